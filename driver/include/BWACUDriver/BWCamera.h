@@ -1,0 +1,116 @@
+#pragma once
+
+#include "BWACUDriver/BWCameraSetting.h"
+#include "BWACUDriver/BWDetectedCamera.h"
+#include "BWACUDriver/BWFrame.h"
+#include "BWACUDriver/BWResolution.h"
+
+#include <functional>
+#include <memory>
+#include <QByteArray>
+
+/// Counts kept by a camera since it was opened.
+struct BWCameraStatistics {
+    uint64_t framesDelivered = 0; ///< handed to the frame callback
+    uint64_t framesBad = 0; ///< skipped because the device flagged them, or torn or truncated on arrival
+    uint64_t framesLost = 0; ///< gaps in the device's sequence numbers
+    uint64_t streamRestarts = 0; ///< restarts after the device stopped delivering
+};
+
+/// A capture session on one camera.
+///
+/// Threads: operations may be called on any thread and never wait for the hardware; they are carried out in order on
+/// the camera's own capture thread, and every completion is called there, exactly once, in every state. Callbacks
+/// arrive on the capture thread, except snapshots, which arrive on a worker of the camera. Callbacks are set right
+/// after the session is made; a callback set to nothing is not called. No callback is called after the destructor
+/// has returned. Do not destroy a camera inside one of its callbacks.
+///
+/// Ownership: held by BWCameraManager and whoever else keeps the shared pointer. The destructor stops the stream and
+/// waits for the capture thread.
+class BWCamera {
+public:
+    using Completion = std::function<void()>;
+    using StartCompletion = std::function<void(bool success)>;
+    using FrameCallback = std::function<void(BWCamera&, const BWFrame&)>;
+    using SnapshotCallback = std::function<void(BWCamera&, const QByteArray& jpeg)>;
+    using RecordingCallback = std::function<void(BWCamera&, bool recording)>;
+    using HardwareButtonCallback = std::function<void(BWCamera&)>;
+
+    explicit BWCamera(BWDetectedCameraPtr detectedCamera);
+    virtual ~BWCamera();
+    BWCamera(const BWCamera&) = delete;
+    BWCamera& operator=(const BWCamera&) = delete;
+
+    const BWDetectedCameraPtr& detectedCamera() const;
+    QString identifierForProducts() const;
+    QString identifierForCameraType() const;
+
+    /// Starts streaming. False means that the camera cannot be had now (another program holds it, or it is gone).
+    /// Starting a started camera answers true and changes nothing.
+    void startWithCompletion(StartCompletion completion);
+
+    /// Stops streaming. The completion follows when the device is fully released; no frame callback comes after it
+    /// until the next start. Stopping a stopped camera only calls the completion.
+    void stopWithCompletion(Completion completion);
+
+    /// Whether it is streaming. True from a successful start until the stop is done.
+    bool started() const;
+
+    /// Changes the capture size; the completion follows when it is in effect. A streaming camera is stopped and
+    /// restarted around the change. A size that the device does not have becomes the nearest it has (by area), and
+    /// defaultResolution() tells which.
+    void setResolution(BWResolution resolution, Completion completion);
+
+    /// The size the session is running at, or will start with.
+    BWResolution defaultResolution() const;
+
+    /// Applies one control at once. Values are clamped to the control's range; a control that the device does not
+    /// have is ignored. Several values sent for one control while the camera is busy may become one: the newest.
+    void setSetting(int identifier, double value);
+
+    /// The control with that code, or null. The pointer is valid as long as the camera is.
+    std::shared_ptr<BWCameraSetting> settingForIdentifier(int identifier) const;
+
+    /// Asks for one still, delivered through the snapshot callback as JPEG data: the camera's own bytes where it
+    /// streams MJPEG (with the standard Huffman tables put in if it leaves them out), else encoded once. Each call
+    /// takes one good frame of its own, in order. A camera that is not streaming delivers nothing; requests that are
+    /// open when the stream stops are dropped and logged.
+    void takeSnapshot();
+
+    /// Starts writing a QuickTime movie at that path, from the next frame on. The recording callback tells when it has
+    /// really begun. Without effect while a recording runs or the camera does not stream.
+    void startRecording(const QString& path);
+    /// Whether a recording runs: from startRecording() until the file is complete.
+    bool recording() const;
+    /// Ends the recording, waits until the file is complete, then returns. Without effect when none runs.
+    void stopRecording();
+
+    void setOnCameraFrame(FrameCallback callback);
+    void setOnCameraSnapshot(SnapshotCallback callback);
+    void setOnCameraRecording(RecordingCallback callback);
+    void setOnCameraHardwareButton(HardwareButtonCallback callback);
+
+    BWCameraStatistics statistics() const;
+
+protected:
+    class Session;
+    const std::shared_ptr<Session> m_session;
+};
+
+using BWCameraPtr = std::shared_ptr<BWCamera>;
+
+/// A camera behind an eMPIA EM28xx bridge chip: an analog receiver with a video norm and registers.
+class BWEmpiaCamera : public BWCamera {
+public:
+    using BWCamera::BWCamera;
+
+    /// Sets the video norm by its index (0 NTSC, 1 PAL, 2 SECAM); a norm that the device does not have changes
+    /// nothing. The completion follows in any case.
+    void setVideoNorm(int norm, Completion completion);
+
+    /// The chip register's value, 0 to 255; 0 where it cannot be read. Waits for the device.
+    int readRegisterWithIdentifier(int identifier);
+
+    /// Writes the low 8 bits of `value`. Waits for the device.
+    void writeValue(int value, int identifier);
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "BWACUDriver/BWDetectedCamera.h"
+
+#include <functional>
+#include <QList>
+
+/// A way of reaching cameras: a kernel interface, or simulation. Plugged into BWCameraDetector, which owns it.
+class BWCameraBackend {
+public:
+    /// Where a backend reports devices; may be called on any thread, in the order of the events.
+    struct Events {
+        std::function<void(BWDetectedCameraPtr)> found;
+        std::function<void(BWDetectedCameraPtr)> removed;
+    };
+
+    virtual ~BWCameraBackend() = default;
+
+    /// Begins to watch for devices that fit one of the descriptions, and reports those already attached. Called once,
+    /// on the main thread. The events may be called until the backend is destroyed.
+    virtual void start(const QList<BWCameraDescriptionPtr>& descriptions, Events events) = 0;
+
+    /// True while a fitting device is attached that has not yet been reported as found. Main thread.
+    virtual bool pendingDevices() const = 0;
+};

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "BWACUDriver/BWCameraBackend.h"
+
+#include <memory>
+#include <QList>
+#include <QObject>
+#include <vector>
+
+/// Hot-plug detection over all backends. Main thread only; both callbacks arrive there, each through the event loop,
+/// never inside startCamerasDetection().
+class BWCameraDetector : public QObject {
+    Q_OBJECT
+
+public:
+    using DeviceCallback = std::function<void(const BWDetectedCameraPtr&)>;
+
+    /// The supported types.
+    static BWCameraDescriptionPtr descriptionForDX20();
+    static BWCameraDescriptionPtr descriptionForRegularMicroscope();
+    static BWCameraDescriptionPtr descriptionForHighResolutionMicroscope();
+    static BWCameraDescriptionPtr descriptionForUltraResolutionMicroscope();
+    static BWCameraDescriptionPtr descriptionForReceptorWirelessMicroscope();
+
+    /// Watches only for devices that fit one of the descriptions.
+    BWCameraDetector(QList<BWCameraDescriptionPtr> descriptions,
+                     std::vector<std::unique_ptr<BWCameraBackend>> backends);
+    ~BWCameraDetector() override;
+
+    /// Called once for each device that is attached, those attached before the start of detection included.
+    void setCameraFoundBlock(DeviceCallback callback);
+    /// Called once for each found device that goes away.
+    void setCameraRemovedBlock(DeviceCallback callback);
+
+    /// Called once, after both callbacks are set.
+    void startCamerasDetection();
+
+    /// True while a supported device is attached and still being prepared.
+    bool pendingDevices() const;
+
+private:
+    QList<BWCameraDescriptionPtr> m_descriptions;
+    std::vector<std::unique_ptr<BWCameraBackend>> m_backends;
+    DeviceCallback m_found;
+    DeviceCallback m_removed;
+};

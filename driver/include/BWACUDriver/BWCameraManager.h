@@ -1,0 +1,20 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+
+#include <QList>
+
+/// The list of opened cameras, in the order in which they were added. Main thread only.
+class BWCameraManager {
+public:
+    /// Opens a session object for the device (a BWEmpiaCamera for a bridge-chip camera) and adds it to cameras().
+    BWCameraPtr addDetectedCamera(const BWDetectedCameraPtr& device);
+
+    /// Drops the session object of the device, compared by identity. Unknown devices are ignored.
+    void removeDetectedCamera(const BWDetectedCameraPtr& device);
+
+    const QList<BWCameraPtr>& cameras() const { return m_cameras; }
+
+private:
+    QList<BWCameraPtr> m_cameras;
+};

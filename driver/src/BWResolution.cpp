@@ -1,0 +1,21 @@
+#include "BWACUDriver/BWResolution.h"
+
+#include <QRegularExpression>
+
+QString BWResolution::resolutionString() const
+{
+    return QStringLiteral("%1x%2").arg(m_width).arg(m_height);
+}
+
+std::optional<BWResolution> BWResolution::fromResolutionString(const QString& text)
+{
+    static const QRegularExpression pattern(QStringLiteral("\\A([0-9]{1,5})x([0-9]{1,5})\\z"));
+    const QRegularExpressionMatch match = pattern.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    constexpr int limit = 32768;
+    const BWResolution resolution(match.captured(1).toInt(), match.captured(2).toInt());
+    if (!resolution.isValid() || resolution.width() > limit || resolution.height() > limit)
+        return std::nullopt;
+    return resolution;
+}
