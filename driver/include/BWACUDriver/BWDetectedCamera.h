@@ -1,11 +1,10 @@
 #pragma once
 
 #include "BWACUDriver/BWCameraDescription.h"
+#include "BWACUDriver/BWCaptureDevice.h"
 
 #include <functional>
 #include <memory>
-
-class BWCaptureDevice;
 
 /// One attached device, as the detector reports it. Compared by identity: a device that is unplugged and plugged in
 /// again is a new object. Immutable; safe on any thread.
