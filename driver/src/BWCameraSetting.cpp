@@ -6,8 +6,8 @@ namespace {
 
 struct SettingNames {
     int identifier;
-    const char* string;
-    const char* name;
+    const char *string;
+    const char *name;
 };
 
 // The strings are also the names that the previous generation of the software stored.
@@ -27,9 +27,9 @@ constexpr std::array settingNames{
     SettingNames{BWSettingVideoNorm, "videoNorm", "Video norm"},
 };
 
-const SettingNames* namesFor(int identifier)
+const SettingNames *namesFor(int identifier)
 {
-    for (const SettingNames& names : settingNames) {
+    for (const SettingNames &names : settingNames) {
         if (names.identifier == identifier)
             return &names;
     }
@@ -45,12 +45,12 @@ BWCameraSetting::BWCameraSetting(int identifier, double min, double max, double 
 
 QString BWCameraSetting::stringForSettingIdentifier(int identifier)
 {
-    const SettingNames* names = namesFor(identifier);
+    const SettingNames *names = namesFor(identifier);
     return names ? QString::fromLatin1(names->string) : QString();
 }
 
 QString BWCameraSetting::nameForSettingIdentifier(int identifier)
 {
-    const SettingNames* names = namesFor(identifier);
+    const SettingNames *names = namesFor(identifier);
     return names ? QString::fromLatin1(names->name) : QString();
 }

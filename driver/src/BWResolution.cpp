@@ -7,7 +7,7 @@ QString BWResolution::resolutionString() const
     return QStringLiteral("%1x%2").arg(m_width).arg(m_height);
 }
 
-std::optional<BWResolution> BWResolution::fromResolutionString(const QString& text)
+std::optional<BWResolution> BWResolution::fromResolutionString(const QString &text)
 {
     static const QRegularExpression pattern(QStringLiteral("\\A([0-9]{1,5})x([0-9]{1,5})\\z"));
     const QRegularExpressionMatch match = pattern.match(text);

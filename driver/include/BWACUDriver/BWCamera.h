@@ -31,17 +31,17 @@ class BWCamera {
 public:
     using Completion = std::function<void()>;
     using StartCompletion = std::function<void(bool success)>;
-    using FrameCallback = std::function<void(BWCamera&, const BWFrame&)>;
-    using SnapshotCallback = std::function<void(BWCamera&, const QByteArray& jpeg)>;
-    using RecordingCallback = std::function<void(BWCamera&, bool recording)>;
-    using HardwareButtonCallback = std::function<void(BWCamera&)>;
+    using FrameCallback = std::function<void(BWCamera &, const BWFrame &)>;
+    using SnapshotCallback = std::function<void(BWCamera &, const QByteArray &jpeg)>;
+    using RecordingCallback = std::function<void(BWCamera &, bool recording)>;
+    using HardwareButtonCallback = std::function<void(BWCamera &)>;
 
     explicit BWCamera(BWDetectedCameraPtr detectedCamera);
     virtual ~BWCamera();
-    BWCamera(const BWCamera&) = delete;
-    BWCamera& operator=(const BWCamera&) = delete;
+    BWCamera(const BWCamera &) = delete;
+    BWCamera &operator=(const BWCamera &) = delete;
 
-    const BWDetectedCameraPtr& detectedCamera() const;
+    const BWDetectedCameraPtr &detectedCamera() const;
     QString identifierForProducts() const;
     QString identifierForCameraType() const;
 
@@ -79,7 +79,7 @@ public:
 
     /// Starts writing a QuickTime movie at that path, from the next frame on. The recording callback tells when it has
     /// really begun. Without effect while a recording runs or the camera does not stream.
-    void startRecording(const QString& path);
+    void startRecording(const QString &path);
     /// Whether a recording runs: from startRecording() until the file is complete.
     bool recording() const;
     /// Ends the recording, waits until the file is complete, then returns. Without effect when none runs.

@@ -18,7 +18,7 @@ public:
 
     /// Begins to watch for devices that fit one of the descriptions, and reports those already attached. Called once,
     /// on the main thread. The events may be called until the backend is destroyed.
-    virtual void start(const QList<BWCameraDescriptionPtr>& descriptions, Events events) = 0;
+    virtual void start(const QList<BWCameraDescriptionPtr> &descriptions, Events events) = 0;
 
     /// True while a fitting device is attached that has not yet been reported as found. Main thread.
     virtual bool pendingDevices() const = 0;

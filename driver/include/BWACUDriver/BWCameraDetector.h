@@ -13,7 +13,7 @@ class BWCameraDetector : public QObject {
     Q_OBJECT
 
 public:
-    using DeviceCallback = std::function<void(const BWDetectedCameraPtr&)>;
+    using DeviceCallback = std::function<void(const BWDetectedCameraPtr &)>;
 
     /// The supported types.
     static BWCameraDescriptionPtr descriptionForDX20();

@@ -8,12 +8,12 @@
 class BWCameraManager {
 public:
     /// Opens a session object for the device (a BWEmpiaCamera for a bridge-chip camera) and adds it to cameras().
-    BWCameraPtr addDetectedCamera(const BWDetectedCameraPtr& device);
+    BWCameraPtr addDetectedCamera(const BWDetectedCameraPtr &device);
 
     /// Drops the session object of the device, compared by identity. Unknown devices are ignored.
-    void removeDetectedCamera(const BWDetectedCameraPtr& device);
+    void removeDetectedCamera(const BWDetectedCameraPtr &device);
 
-    const QList<BWCameraPtr>& cameras() const { return m_cameras; }
+    const QList<BWCameraPtr> &cameras() const { return m_cameras; }
 
 private:
     QList<BWCameraPtr> m_cameras;

@@ -53,7 +53,7 @@ public:
     virtual void stopStreaming() = 0;
 
     /// Waits for the next frame while streaming.
-    virtual WaitResult waitFrame(std::chrono::milliseconds timeout, BWFrame& frame) = 0;
+    virtual WaitResult waitFrame(std::chrono::milliseconds timeout, BWFrame &frame) = 0;
     /// Makes a waiting waitFrame(), or else the next one, return at once. Any thread.
     virtual void interrupt() = 0;
 

@@ -16,8 +16,8 @@ public:
     /// `open` makes the backend's side of a session, without touching the hardware yet.
     BWDetectedCamera(BWCameraDescriptionPtr description, QString uniqueIdentifier, OpenFunction open);
 
-    const BWCameraDescriptionPtr& cameraDescription() const { return m_description; }
-    const QString& uniqueIdentifier() const { return m_uniqueIdentifier; }
+    const BWCameraDescriptionPtr &cameraDescription() const { return m_description; }
+    const QString &uniqueIdentifier() const { return m_uniqueIdentifier; }
 
     std::unique_ptr<BWCaptureDevice> open() const { return m_open(); }
 

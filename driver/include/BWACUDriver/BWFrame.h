@@ -26,7 +26,7 @@ enum class BWColorRange { Limited, Full }; ///< luma 16-235, or 0-255 as JPEG ha
 
 /// One plane of a frame. `stride` is in bytes and 0 for compressed formats.
 struct BWPlane {
-    const uint8_t* data = nullptr;
+    const uint8_t *data = nullptr;
     std::size_t size = 0;
     int stride = 0;
 };
@@ -53,17 +53,17 @@ public:
     BWFrame() = default;
 
     /// Takes over a buffer. `release` is called exactly once, when the last copy of the frame is gone.
-    BWFrame(const BWFrameInfo& info, std::function<void()> release);
+    BWFrame(const BWFrameInfo &info, std::function<void()> release);
 
     bool isNull() const { return !m_buffer; }
     explicit operator bool() const { return static_cast<bool>(m_buffer); }
 
-    const BWFrameInfo& info() const;
+    const BWFrameInfo &info() const;
     BWPixelFormat pixelFormat() const { return info().pixelFormat; }
     int width() const { return info().width; }
     int height() const { return info().height; }
     QSize size() const { return {info().width, info().height}; }
-    const BWPlane& plane(int index) const { return info().planes[static_cast<std::size_t>(index)]; }
+    const BWPlane &plane(int index) const { return info().planes[static_cast<std::size_t>(index)]; }
     uint64_t sequence() const { return info().sequence; }
     std::chrono::steady_clock::time_point timestamp() const { return info().timestamp; }
 

@@ -21,9 +21,9 @@ public:
 
     /// The reverse of resolutionString(). Nothing unless the text is two positive decimal numbers, each at most
     /// 32768, joined by one lower-case x.
-    static std::optional<BWResolution> fromResolutionString(const QString& text);
+    static std::optional<BWResolution> fromResolutionString(const QString &text);
 
-    friend constexpr bool operator==(const BWResolution&, const BWResolution&) = default;
+    friend constexpr bool operator==(const BWResolution &, const BWResolution &) = default;
 
 private:
     int m_width = 0;

@@ -27,7 +27,7 @@ struct BWSimulatedCameraOptions {
     std::optional<BWPixelFormat> pixelFormat; ///< YUYV or MJPEG; by default whichever is faster at the size in use
 
     /// The type with that command-line name (dx20, regular, high, ultra, wireless); nothing for another text.
-    static std::optional<Type> typeFromName(const QString& name);
+    static std::optional<Type> typeFromName(const QString &name);
     static QStringList typeNames();
 };
 
@@ -38,7 +38,7 @@ class BWSimulatedCamera {
 public:
     virtual ~BWSimulatedCamera() = default;
 
-    virtual const BWSimulatedCameraOptions& options() const = 0;
+    virtual const BWSimulatedCameraOptions &options() const = 0;
     /// Name for the person at the screen, e.g. "High Resolution Microscope 1".
     virtual QString title() const = 0;
 
@@ -64,8 +64,8 @@ public:
 class BWSimulatedBackend : public BWCameraBackend {
 public:
     /// `clock` times the pending phase. The handles stay valid after the backend is gone.
-    static std::unique_ptr<BWSimulatedBackend> create(const QList<BWSimulatedCameraOptions>& cameras,
-                                                      BWClock& clock = BWClock::system());
+    static std::unique_ptr<BWSimulatedBackend> create(const QList<BWSimulatedCameraOptions> &cameras,
+                                                      BWClock &clock = BWClock::system());
 
     virtual QList<std::shared_ptr<BWSimulatedCamera>> cameras() const = 0;
 };

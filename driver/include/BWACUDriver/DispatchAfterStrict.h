@@ -19,10 +19,10 @@ public:
 
     /// Runs `callback` once on the event loop of the thread that `queue` lives in, `delay` from now; not at all if
     /// `queue` has been destroyed by then.
-    virtual void callAfter(std::chrono::nanoseconds delay, QObject* queue, Callback callback) = 0;
+    virtual void callAfter(std::chrono::nanoseconds delay, QObject *queue, Callback callback) = 0;
 
     /// The real clock.
-    static BWClock& system();
+    static BWClock &system();
 };
 
 /// A clock that stands still until it is told to move. advance() runs what falls due, in order of time, on the calling
@@ -33,7 +33,7 @@ public:
     ~BWManualClock() override;
 
     std::chrono::nanoseconds now() const override;
-    void callAfter(std::chrono::nanoseconds delay, QObject* queue, Callback callback) override;
+    void callAfter(std::chrono::nanoseconds delay, QObject *queue, Callback callback) override;
 
     void advance(std::chrono::nanoseconds time);
 
@@ -49,8 +49,8 @@ public:
 
     /// Runs `block` once on the event loop of the thread that `queue` lives in, after `delay` seconds, and returns a
     /// handle. The block runs whether or not the handle is kept, unless it is cancelled or `queue` is destroyed first.
-    static Handle dispatchForQueue(QObject* queue, std::function<void()> block, double delay,
-                                   BWClock& clock = BWClock::system());
+    static Handle dispatchForQueue(QObject *queue, std::function<void()> block, double delay,
+                                   BWClock &clock = BWClock::system());
 
     /// The block does not run if it has not started yet; otherwise without effect. Thread of the queue.
     void cancel();

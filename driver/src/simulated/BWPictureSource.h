@@ -20,7 +20,7 @@ struct BWPictureControls {
     double backlight = 0; ///< lifts the shadows
     double exposure = 0;
 
-    bool operator==(const BWPictureControls&) const = default;
+    bool operator==(const BWPictureControls &) const = default;
     bool isNeutral() const { return *this == BWPictureControls{}; }
 };
 
@@ -31,7 +31,7 @@ public:
 
     /// Called before the first picture and on every change of size.
     virtual void setResolution(BWResolution resolution) = 0;
-    virtual void setControls(const BWPictureControls& controls) = 0;
+    virtual void setControls(const BWPictureControls &controls) = 0;
 
     /// Frames per second that the source itself has at the current size; nothing if the camera decides.
     virtual std::optional<double> frameRate() const { return std::nullopt; }
@@ -42,7 +42,7 @@ public:
     virtual BWColorRange range() const { return BWColorRange::Limited; }
 
     /// Draws picture number `index` (they follow each other, gaps included) as packed YUYV.
-    virtual void renderYUYV(uint64_t index, uint8_t* pixels, int stride) = 0;
+    virtual void renderYUYV(uint64_t index, uint8_t *pixels, int stride) = 0;
     /// The same picture as one JPEG image.
-    virtual void renderJPEG(uint64_t index, std::vector<uint8_t>& jpeg) = 0;
+    virtual void renderJPEG(uint64_t index, std::vector<uint8_t> &jpeg) = 0;
 };
