@@ -1,0 +1,50 @@
+#pragma once
+
+#include "BWACUDriver/BWFrame.h"
+
+#include <QRect>
+#include <QSize>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// Makes the pixels of one frame after another readable, a part of the picture at a time.
+///
+/// Raw formats are read from the driver's buffer as it is; JPEG is decoded once, to planes, when the frame is set. One
+/// thread at a time.
+class BWFrameReader {
+public:
+    enum class Scale { Full, Half };
+
+    BWFrameReader();
+    ~BWFrameReader();
+
+    /// Takes the next frame. With Scale::Half a JPEG is decoded at half its size, which costs much less; raw formats
+    /// ignore it. False, and nothing readable, if the frame is torn, too short or of an unknown format.
+    bool setFrame(const BWFrame &frame, Scale scale = Scale::Full);
+
+    /// Lets go of the frame.
+    void clear();
+
+    /// The readable picture; empty if there is none.
+    QSize size() const { return m_size; }
+    const BWFrame &frame() const { return m_frame; }
+
+    /// Converts one part of the picture to 32-bit pixels (bytes B G R A, A opaque). `part` lies inside the picture and
+    /// its left and upper edges are even.
+    void toARGB(const QRect &part, uint8_t *argb, int stride);
+
+private:
+    struct Yuv;
+    bool decodeJpeg(Scale scale);
+    bool decodeJpegToARGB(const QSize &target);
+    bool holdsWholePicture() const;
+    void packedToARGB(const QRect &part, uint8_t *argb, int stride);
+
+    BWFrame m_frame;
+    Scale m_scale = Scale::Full;
+    QSize m_size;
+    void *m_decoder; // TurboJPEG's handle
+    std::unique_ptr<Yuv> m_jpeg; // the decoded JPEG
+    std::vector<uint8_t> m_scratch;
+};

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Model/LiveView/BWFrameReader.h"
+#include "Model/LiveView/BWRenderRequest.h"
+
+#include <QImage>
+#include <array>
+#include <cstdint>
+#include <vector>
+
+class BWOrientation;
+
+/// A piece of the live image, ready to be drawn without scaling.
+struct BWRenderedImage {
+    QImage image; ///< null if there is nothing to draw
+    QPoint position; ///< of its upper left corner in the viewport, in device pixels
+    uint64_t frameNumber = 0; ///< tells pictures of different frames apart
+};
+
+/// Turns frames into pixels of the screen: converts, scales, mirrors and turns only what is visible.
+///
+/// Used by one thread. The images it returns share a few buffers with it and may be kept as long as wished.
+class BWFrameRenderer {
+public:
+    /// Sets the frame to be drawn. False if it cannot be read; the previous one is then kept.
+    bool setFrame(const BWFrame &frame, const BWRenderRequest &request);
+    void clear();
+
+    /// Draws the present frame; a null image if there is no frame or nothing is visible.
+    BWRenderedImage render(const BWRenderRequest &request);
+
+private:
+    struct Pixels {
+        uint8_t *data;
+        int stride;
+    };
+
+    static BWFrameReader::Scale scaleFor(const BWFrame &frame, const BWRenderRequest &request);
+    void scalePart(const QRect &part, QSize whole, Pixels target);
+    QImage &freeImage(QSize size);
+
+    BWFrameReader m_reader;
+    BWFrame m_frame; // the last one that could be read
+    uint64_t m_frameNumber = 0;
+    BWFrameReader::Scale m_scale = BWFrameReader::Scale::Full;
+    std::vector<uint8_t> m_unscaled;
+    std::array<std::vector<uint8_t>, 2> m_steps;
+    std::array<QImage, 4> m_images;
+};

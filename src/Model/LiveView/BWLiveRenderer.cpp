@@ -1,0 +1,145 @@
+#include "Model/LiveView/BWLiveRenderer.h"
+
+#include "Utils/BWLogging.h"
+
+#include <pthread.h>
+#include <utility>
+
+BWLiveRenderer::BWLiveRenderer(QObject *parent) : QObject(parent), m_thread([this] { run(); })
+{
+}
+
+BWLiveRenderer::~BWLiveRenderer()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_quit = true;
+    }
+    m_wake.notify_one();
+    m_thread.join();
+}
+
+void BWLiveRenderer::submitFrame(const BWFrame &frame)
+{
+    BWFrame previous = frame; // released outside the lock: its buffer goes back to the driver
+    {
+        const std::lock_guard lock(m_mutex);
+        std::swap(m_frame, previous);
+        ++m_statistics.received;
+        if (!previous.isNull())
+            ++m_statistics.dropped;
+    }
+    m_wake.notify_one();
+}
+
+void BWLiveRenderer::setRequest(const BWRenderRequest &request)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_request == request)
+            return;
+        m_request = request;
+        m_requestChanged = true;
+    }
+    m_wake.notify_one();
+}
+
+void BWLiveRenderer::clear()
+{
+    BWFrame previous;
+    {
+        const std::lock_guard lock(m_mutex);
+        std::swap(m_frame, previous);
+        m_image = {};
+        m_imageWaiting = false;
+        m_clear = true;
+    }
+    m_wake.notify_one();
+}
+
+bool BWLiveRenderer::takeImage(BWRenderedImage &image)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_imageWaiting)
+            return false;
+        // The old image is let go of under the lock: the drawing thread may then use its memory again.
+        image = std::exchange(m_image, {});
+        m_imageWaiting = false;
+        if (image.frameNumber != m_lastShown) {
+            m_lastShown = image.frameNumber;
+            ++m_statistics.shown;
+        }
+    }
+    m_wake.notify_one();
+    return true;
+}
+
+BWLiveViewStatistics BWLiveRenderer::statistics() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_statistics;
+}
+
+bool BWLiveRenderer::hasWork() const
+{
+    const bool canShow = !m_imageWaiting && !m_request.visible.isEmpty();
+    return m_quit || m_clear || m_requestChanged || (!m_frame.isNull() && canShow);
+}
+
+void BWLiveRenderer::run()
+{
+    pthread_setname_np(pthread_self(), "live view");
+    BWFrameRenderer renderer;
+    bool hasPicture = false;
+    bool badReported = false;
+    for (;;) {
+        BWFrame frame;
+        BWRenderRequest request;
+        bool requestChanged = false;
+        bool cleared = false;
+        {
+            std::unique_lock lock(m_mutex);
+            m_wake.wait(lock, [this] { return hasWork(); });
+            if (m_quit)
+                return;
+            std::swap(frame, m_frame);
+            request = m_request;
+            requestChanged = std::exchange(m_requestChanged, false);
+            cleared = std::exchange(m_clear, false);
+        }
+        if (cleared) {
+            renderer.clear();
+            hasPicture = false;
+        }
+        if (!frame.isNull()) {
+            if (renderer.setFrame(frame, request)) {
+                badReported = false;
+                if (!std::exchange(hasPicture, true))
+                    Q_EMIT firstFrame(frame.size());
+            } else {
+                // One line for a run of bad frames; the count tells the rest.
+                if (!std::exchange(badReported, true))
+                    qCWarning(bwViews, "Frame %llu cannot be decoded; the last good picture stays",
+                              static_cast<unsigned long long>(frame.sequence()));
+                {
+                    const std::lock_guard lock(m_mutex);
+                    ++m_statistics.bad;
+                }
+                if (!requestChanged)
+                    continue;
+            }
+        }
+        BWRenderedImage image = renderer.render(request);
+        if (image.image.isNull())
+            continue;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_clear)
+                continue;
+            m_image = std::move(image);
+            m_imageWaiting = true;
+        }
+        Q_EMIT imageReady();
+    }
+}

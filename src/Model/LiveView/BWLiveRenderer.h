@@ -1,0 +1,70 @@
+#pragma once
+
+#include "BWACUDriver/BWFrame.h"
+#include "Model/LiveView/BWFrameRenderer.h"
+#include "Model/LiveView/BWRenderRequest.h"
+
+#include <QObject>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+
+/// What became of the frames since the start.
+struct BWLiveViewStatistics {
+    uint64_t received = 0; ///< handed over by the camera
+    uint64_t shown = 0; ///< drawn on the screen
+    uint64_t bad = 0; ///< could not be decoded
+    uint64_t dropped = 0; ///< replaced by a newer frame before they were looked at
+};
+
+/// Makes screen pixels of camera frames on a thread of its own. The newest frame wins: one that is not drawn in time
+/// is dropped, and none is decoded that nobody looks at, because the next is begun only when the last was taken.
+///
+/// A frame that cannot be decoded is counted and the last good picture stays. At most three frames of the camera are
+/// held at a time.
+class BWLiveRenderer : public QObject {
+    Q_OBJECT
+
+public:
+    explicit BWLiveRenderer(QObject *parent = nullptr);
+    ~BWLiveRenderer() override;
+
+    /// Hands over a frame. Any thread; never waits for the drawing.
+    void submitFrame(const BWFrame &frame);
+
+    /// Says what is to be drawn from now on; the last picture is drawn anew.
+    void setRequest(const BWRenderRequest &request);
+
+    /// Lets go of all frames; nothing is drawn until the next one.
+    void clear();
+
+    /// Replaces `image` by the newest one if there is any, and tells whether it did. Called when painting, so that
+    /// nothing is made while nothing is painted.
+    bool takeImage(BWRenderedImage &image);
+
+    BWLiveViewStatistics statistics() const;
+
+Q_SIGNALS:
+    /// An image can be taken. Sent from the drawing thread, once for each image.
+    void imageReady();
+    /// The first good frame after there was none, and its size in pixels. Sent from the drawing thread.
+    void firstFrame(QSize size);
+
+private:
+    void run();
+    bool hasWork() const;
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_wake;
+    BWFrame m_frame; // the newest, not yet looked at
+    BWRenderRequest m_request;
+    BWRenderedImage m_image; // finished, not yet taken
+    BWLiveViewStatistics m_statistics;
+    uint64_t m_lastShown = 0;
+    bool m_imageWaiting = false;
+    bool m_requestChanged = false;
+    bool m_clear = false;
+    bool m_quit = false;
+    std::thread m_thread; // last, so that everything it uses is there when it starts
+};

@@ -1,0 +1,71 @@
+#include "Model/LiveView/BWLiveViewGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+BWLiveViewGeometry::BWLiveViewGeometry(QSize imageSize, const BWLiveViewState &state)
+    : m_imageSize(imageSize.isValid() ? imageSize : QSize(0, 0)), m_state(state)
+{
+    const double factor = state.currentZoom() / 100.0;
+    m_frame = QRectF(0, frameOriginY, factor * m_imageSize.width(), factor * m_imageSize.height());
+}
+
+QTransform BWLiveViewGeometry::transform() const
+{
+    QTransform transform;
+    transform.rotate(m_state.currentRotation());
+    // Applied to the rotated transform, hence before the rotation as the image sees it.
+    switch (m_state.currentFlip()) {
+    case BWFlip::None:
+        break;
+    case BWFlip::Horizontal:
+        transform.scale(-1, 1);
+        break;
+    case BWFlip::Vertical:
+        transform.scale(1, -1);
+        break;
+    case BWFlip::Both:
+        transform.scale(-1, -1);
+        break;
+    }
+    return transform;
+}
+
+QSizeF BWLiveViewGeometry::footprint() const
+{
+    const QRectF centred(-m_frame.width() / 2, -m_frame.height() / 2, m_frame.width(), m_frame.height());
+    return transform().mapRect(centred).size();
+}
+
+QSize BWLiveViewGeometry::scrollRange(QSize viewport) const
+{
+    const QSizeF size = footprint();
+    const auto surplus = [](double document, int visible) {
+        // A sliver left over by floating-point arithmetic is nothing to scroll to.
+        return std::max(0, static_cast<int>(std::ceil(document - visible - 1e-6)));
+    };
+    return {surplus(size.width(), viewport.width()), surplus(size.height(), viewport.height())};
+}
+
+QPointF BWLiveViewGeometry::imageOrigin(QSize viewport, QPoint scroll) const
+{
+    const QSizeF size = footprint();
+    const QRectF visible = constrainBoundsRect(QRectF(scroll, QSizeF(viewport)), QRectF(QPointF(0, 0), size));
+    return -visible.topLeft();
+}
+
+QRectF BWLiveViewGeometry::constrainBoundsRect(const QRectF &proposed, const QRectF &documentFrame)
+{
+    const auto keepInside = [](double origin, double length, double documentOrigin, double documentLength) {
+        const double last = documentOrigin + documentLength - length;
+        return std::max(documentOrigin, std::min(origin, last));
+    };
+    QRectF constrained = proposed;
+    constrained.moveLeft(keepInside(proposed.x(), proposed.width(), documentFrame.x(), documentFrame.width()));
+    constrained.moveTop(keepInside(proposed.y(), proposed.height(), documentFrame.y(), documentFrame.height()));
+    if (constrained.width() > documentFrame.width())
+        constrained.moveLeft((constrained.width() - documentFrame.width()) * -0.5);
+    if (constrained.height() > documentFrame.height())
+        constrained.moveTop((constrained.height() - documentFrame.height()) * -0.5);
+    return constrained;
+}

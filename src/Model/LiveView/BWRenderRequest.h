@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Model/LiveView/BWLiveViewGeometry.h"
+
+#include <QPoint>
+#include <QRect>
+#include <QSize>
+
+/// Which part of the live image is to be drawn, and how, in device pixels.
+struct BWRenderRequest {
+    QSize imageSize; ///< the whole image after zoom and rotation
+    QRect visible; ///< the part of it that the viewport shows; empty when nothing is to be drawn
+    QPoint target; ///< where the upper left corner of the whole image lies in the viewport
+    int rotation = 0; ///< counter-clockwise, a multiple of 90
+    BWFlip flip = BWFlip::None;
+
+    BWRenderRequest() = default;
+    /// `viewport` and `scroll` in points.
+    BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double devicePixelRatio);
+
+    bool operator==(const BWRenderRequest &) const = default;
+};

@@ -1,0 +1,169 @@
+#include "Views/BWCenteringClipView.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <QtMath>
+
+namespace {
+
+/// A calm surround a little darker than the window, whatever the palette.
+QColor surroundColor(const QPalette &palette)
+{
+    const QColor window = palette.color(QPalette::Window);
+    return window.lightness() < 128 ? window.darker(125) : window.darker(108);
+}
+
+} // namespace
+
+BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent)
+    : QAbstractScrollArea(parent), m_renderer(renderer)
+{
+    setFrameShape(QFrame::NoFrame);
+    setViewportMargins(0, BWLiveViewGeometry::barHeight, 0, 0);
+    // Keeps the vertical scroll bar from beginning under the control bar.
+    auto *spacer = new QWidget(this);
+    spacer->setFixedSize(1, BWLiveViewGeometry::barHeight);
+    addScrollBarWidget(spacer, Qt::AlignTop);
+
+    setFocusPolicy(Qt::StrongFocus);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+    horizontalScrollBar()->setSingleStep(20);
+    verticalScrollBar()->setSingleStep(20);
+    connect(&m_renderer, &BWLiveRenderer::imageReady, viewport(), qOverload<>(&QWidget::update));
+}
+
+void BWCenteringClipView::setGeometry(const BWLiveViewGeometry &geometry)
+{
+    const QSizeF before = m_geometry.footprint();
+    const QPointF middle = QPointF(scrollPosition())
+        + QPointF(viewport()->width() / 2.0, viewport()->height() / 2.0);
+    m_geometry = geometry;
+    const QSizeF after = m_geometry.footprint();
+    updateScrollBars();
+    const auto keepMiddle = [](QScrollBar *bar, double at, double length, double newLength, int visible) {
+        const double share = length > visible ? at / length : 0.5;
+        bar->setValue(qRound(share * newLength - visible / 2.0));
+    };
+    keepMiddle(horizontalScrollBar(), middle.x(), before.width(), after.width(), viewport()->width());
+    keepMiddle(verticalScrollBar(), middle.y(), before.height(), after.height(), viewport()->height());
+    updateRequest();
+    viewport()->update();
+}
+
+void BWCenteringClipView::clear()
+{
+    m_renderer.clear();
+    m_image = {};
+    viewport()->update();
+}
+
+QPoint BWCenteringClipView::scrollPosition() const
+{
+    return {horizontalScrollBar()->value(), verticalScrollBar()->value()};
+}
+
+void BWCenteringClipView::updateScrollBars()
+{
+    const QSize size = viewport()->size();
+    const QSize range = m_geometry.scrollRange(size);
+    horizontalScrollBar()->setPageStep(size.width());
+    horizontalScrollBar()->setRange(0, range.width());
+    verticalScrollBar()->setPageStep(size.height());
+    verticalScrollBar()->setRange(0, range.height());
+}
+
+void BWCenteringClipView::updateRequest()
+{
+    m_renderer.setRequest(BWRenderRequest(m_geometry, viewport()->size(), scrollPosition(), devicePixelRatioF()));
+}
+
+void BWCenteringClipView::paintEvent(QPaintEvent *)
+{
+    m_renderer.takeImage(m_image);
+    QPainter painter(viewport());
+    const double ratio = devicePixelRatioF();
+    const QRect whole = viewport()->rect();
+    if (m_image.image.isNull()) {
+        painter.fillRect(whole, surroundColor(palette()));
+        return;
+    }
+    const QRect device(m_image.position, m_image.image.size());
+    const QPoint first(qCeil(device.left() / ratio), qCeil(device.top() / ratio));
+    const QPoint behind(qFloor((device.right() + 1) / ratio), qFloor((device.bottom() + 1) / ratio));
+    for (const QRect &rect : QRegion(whole).subtracted(QRect(first, behind - QPoint(1, 1))))
+        painter.fillRect(rect, surroundColor(palette()));
+    // In device pixels, so that the image is copied as it is whatever the screen's scale.
+    painter.scale(1 / ratio, 1 / ratio);
+    painter.drawImage(device.topLeft(), m_image.image);
+    if (!m_painted) {
+        m_painted = true;
+        Q_EMIT firstPicturePainted();
+    }
+}
+
+void BWCenteringClipView::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    updateScrollBars();
+    updateRequest();
+}
+
+void BWCenteringClipView::scrollContentsBy(int, int)
+{
+    updateRequest();
+}
+
+void BWCenteringClipView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton) {
+        Q_EMIT mousePressed();
+    } else if (event->button() == Qt::MiddleButton) {
+        // Not the left button: pressing that may take a snapshot.
+        m_panning = true;
+        m_panStart = event->pos();
+        m_panScroll = scrollPosition();
+        viewport()->setCursor(Qt::ClosedHandCursor);
+    }
+}
+
+void BWCenteringClipView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_panning)
+        return;
+    const QPoint scroll = m_panScroll - (event->pos() - m_panStart);
+    horizontalScrollBar()->setValue(scroll.x());
+    verticalScrollBar()->setValue(scroll.y());
+}
+
+void BWCenteringClipView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::MiddleButton) {
+        m_panning = false;
+        viewport()->unsetCursor();
+    }
+}
+
+void BWCenteringClipView::wheelEvent(QWheelEvent *event)
+{
+    if (event->modifiers() & Qt::ControlModifier) {
+        m_wheel += event->angleDelta().y();
+        constexpr int notch = 120; // eighths of a degree, as mouse wheels have them
+        for (; m_wheel >= notch; m_wheel -= notch)
+            Q_EMIT zoomRequested(true);
+        for (; m_wheel <= -notch; m_wheel += notch)
+            Q_EMIT zoomRequested(false);
+        event->accept();
+        return;
+    }
+    QAbstractScrollArea::wheelEvent(event);
+}
+
+bool BWCenteringClipView::event(QEvent *event)
+{
+    // The window may move to a screen of another scale.
+    if (event->type() == QEvent::ScreenChangeInternal || event->type() == QEvent::Show)
+        updateRequest();
+    return QAbstractScrollArea::event(event);
+}

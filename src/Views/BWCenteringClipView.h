@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Model/LiveView/BWLiveRenderer.h"
+#include "Model/LiveView/BWLiveViewGeometry.h"
+
+#include <QAbstractScrollArea>
+
+/// The live image in its scroll area. Shows what a BWLiveRenderer makes, one pixel to one, centred where the image is
+/// smaller than the view. The top BWLiveViewGeometry::barHeight points are left to the control bar that lies there.
+class BWCenteringClipView : public QAbstractScrollArea {
+    Q_OBJECT
+
+public:
+    explicit BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent = nullptr);
+
+    /// Lays the image out anew; the middle of what is seen stays where it is.
+    void setGeometry(const BWLiveViewGeometry &geometry);
+    using QAbstractScrollArea::setGeometry;
+
+    /// Shows nothing until the next frame.
+    void clear();
+
+    /// The middle of the visible part below the bar, in this widget's coordinates: where a caption over it belongs.
+    QRect pictureArea() const { return viewport()->geometry(); }
+
+Q_SIGNALS:
+    /// A mouse button was pressed on the image.
+    void mousePressed();
+    /// The wheel was turned with Control held.
+    void zoomRequested(bool in);
+    /// The first picture of all was painted.
+    void firstPicturePainted();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    bool event(QEvent *event) override;
+
+private:
+    QPoint scrollPosition() const;
+    void updateScrollBars();
+    void updateRequest();
+
+    BWLiveRenderer &m_renderer;
+    BWLiveViewGeometry m_geometry;
+    BWRenderedImage m_image;
+    QPoint m_panStart;
+    QPoint m_panScroll;
+    int m_wheel = 0;
+    bool m_panning = false;
+    bool m_painted = false;
+};
