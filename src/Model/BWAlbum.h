@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Model/BWMediaType.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <QDate>
+#include <QList>
+#include <QUrl>
+
+/// One folder of captures. The folder is the album: nothing else is kept, every listing is read afresh.
+///
+/// Files are told by local file URLs, which can carry any file name (see BWFilePath). GUI thread only, but addFile()
+/// and what it calls may run on any one thread at a time.
+class BWAlbum {
+public:
+    /// Answers today's date.
+    using Today = std::function<QDate()>;
+
+    /// Does not touch the disk.
+    explicit BWAlbum(const QUrl &path, Today today = {});
+
+    /// The folder's name.
+    const QString &name() const { return m_name; }
+    const QUrl &path() const { return m_path; }
+    bool isDefaultAlbum() const { return m_isDefaultAlbum; }
+    void setIsDefaultAlbum(bool isDefault) { m_isDefaultAlbum = isDefault; }
+
+    /// Today as yyyyMMdd.
+    QString formatToday() const;
+
+    /// Where the next capture of today goes: the lowest number that is free. Creates nothing.
+    QUrl nextPathForType(BWMediaType type) const;
+
+    /// Copies a finished capture into the album; `added` tells where to. Either the whole file is there and safe on
+    /// disk, or nothing is: never a torn file, never an overwritten one. False (and logged) when it did not work.
+    /// The source stays.
+    bool addFile(const QUrl &file, BWMediaType type, QUrl *added = nullptr) const;
+
+    /// Moves a file to the Trash. A failure is only logged.
+    void removeFile(const QUrl &file, BWMediaType type) const;
+
+    /// The captures of a type, newest (highest name) first; nothing when the folder cannot be listed.
+    std::optional<QList<QUrl>> contentsForType(BWMediaType type) const;
+
+private:
+    QString m_name;
+    QUrl m_path;
+    Today m_today;
+    bool m_isDefaultAlbum = false;
+};
+
+using BWAlbumPtr = std::shared_ptr<BWAlbum>;

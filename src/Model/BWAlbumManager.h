@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Model/BWAlbum.h"
+
+#include <functional>
+#include <memory>
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+class BWUserDefaults;
+
+/// The list of albums, which of them is current, and the way in for new captures. The window that shows it asks here
+/// and watches through the two callbacks. GUI thread only, except addFile() and removeFile().
+class BWAlbumManager {
+public:
+    using ChangeCallback = std::function<void()>;
+    /// Told on the GUI thread: whether the file is in the album, and where.
+    using AddCompletion = std::function<void(bool added, const QUrl &file)>;
+
+    /// `home` is the folder that holds the albums' base folder. The store must outlive the manager.
+    BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::Today today = {});
+    /// Finishes the copies that were asked for, without calling their completions.
+    ~BWAlbumManager();
+    BWAlbumManager(const BWAlbumManager &) = delete;
+    BWAlbumManager &operator=(const BWAlbumManager &) = delete;
+
+    /// Before prepare(): folders that replace the stored list once, and the default album's name instead of
+    /// "Default Album".
+    void setImportOldAlbums(const QList<QUrl> &folders);
+    void setOldDefaultAlbumName(const QString &name);
+
+    /// Once, at start: reads the list, makes the folders that must be there and selects the first album.
+    void prepare();
+    /// The folders or the list could not be prepared. Stays set.
+    bool faulty() const;
+
+    /// The folder that holds the albums; made each time it is asked for.
+    QUrl albumsBasePath() const;
+    QUrl pathForAlbumName(const QString &name) const;
+    /// Where an album named "Default Album" lies.
+    QUrl defaultAlbumBasePath() const;
+
+    const QList<BWAlbumPtr> &albums() const;
+    /// The folders that are remembered from one start to the next.
+    const QList<QUrl> &validAlbumPaths() const;
+
+    /// Position of the current album in albums(); -1 without albums.
+    int selectedIndex() const;
+    /// The user picked another album. Tells that the contents changed; out of range changes nothing.
+    void setSelectedIndex(int index);
+    BWAlbumPtr currentAlbum() const;
+
+    /// Takes a finished capture into the album that is current when the GUI thread gets to it; then tells that the
+    /// contents changed, then calls the completion. Returns at once; any thread. Captures are added one after the
+    /// other, in order, and the copying does not hold up the GUI thread.
+    void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {});
+    /// Moves a file of the current album to the Trash, then tells that the contents changed. Returns at once; any
+    /// thread.
+    void removeFile(const QUrl &file, BWMediaType type);
+    /// Waits until everything handed in so far is added or has failed, and calls the completions. For the program's end.
+    void finishAdding();
+
+    /// Adds a folder as the last album, selects it and stores the list. A folder that is remembered already changes
+    /// nothing.
+    void addAlbumFromPath(const QUrl &folder);
+
+    /// False for the default album, and without an album.
+    bool canRemoveCurrentAlbum() const;
+    /// Takes the current album off the list (its folder stays), selects the first and stores the list. Without effect
+    /// unless canRemoveCurrentAlbum().
+    void removeCurrentAlbum();
+
+    /// The list or the selection changed (a new list shows a new current album, too).
+    void setOnAlbumsChanged(ChangeCallback callback);
+    /// Another album is current, or files came into it or left it.
+    void setOnAlbumContentsChanged(ChangeCallback callback);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <QString>
+#include <QStringList>
+
+class BWAlbumManager;
+class BWApplicationDelegate;
+class BWConfigManager;
+class BWLocalizationManager;
+class BWUserDefaults;
+
+/// Owns the managers for the whole run of the program. GUI thread only.
+class BWRepository {
+public:
+    /// Where things are. Set before the first use to run in a home folder of one's own.
+    struct Options {
+        QString settingsFile; ///< BWSettingsFile::defaultPath()
+        QString home; ///< the user's home folder
+        QStringList preferredLanguages; ///< the system's
+        QString localizationFile; ///< the built-in one
+
+        /// What the program uses by itself.
+        static Options standard();
+    };
+
+    /// For singleton(). Ends the program when that exists already.
+    static void setOptions(const Options &options);
+
+    /// Made at its first use, and prepared: albums, texts and settings are ready.
+    static BWRepository &singleton();
+
+    /// A repository of its own, prepared like the singleton.
+    explicit BWRepository(const Options &options);
+    ~BWRepository();
+    BWRepository(const BWRepository &) = delete;
+    BWRepository &operator=(const BWRepository &) = delete;
+
+    BWUserDefaults &userDefaults() const { return *m_userDefaults; }
+    BWConfigManager &configManager() const { return *m_configManager; }
+    BWAlbumManager &albumManager() const { return *m_albumManager; }
+    BWLocalizationManager &localizationManager() const { return *m_localizationManager; }
+    /// The application's delegate, asked for each time; null while there is none.
+    BWApplicationDelegate *appDelegate() const;
+
+private:
+    void prepare();
+
+    std::unique_ptr<BWUserDefaults> m_userDefaults;
+    std::unique_ptr<BWLocalizationManager> m_localizationManager;
+    std::unique_ptr<BWConfigManager> m_configManager;
+    std::unique_ptr<BWAlbumManager> m_albumManager;
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QUrl>
+
+/// Between local file URLs and the system's file names.
+///
+/// A file name is bytes; a QString can hold only those that are valid UTF-8, a URL all of them. So files are handed
+/// around as URLs, and opened with the bytes where a name may come from anywhere.
+class BWFilePath {
+public:
+    /// The system's path of a local file URL; empty for any other URL.
+    static QByteArray native(const QUrl &file);
+    static QUrl url(const QByteArray &nativePath);
+    /// The URL of an entry of a folder, by its name's bytes.
+    static QUrl entry(const QUrl &folder, const QByteArray &name);
+    /// The bytes after the last slash, trailing slashes left aside.
+    static QByteArray lastComponent(const QUrl &file);
+    /// The same folder or file always gives the same URL: no trailing slash, no "." or doubled slashes.
+    static QUrl normalized(const QUrl &file);
+
+    /// Whether something is there, be it a link that leads nowhere.
+    static bool exists(const QUrl &file);
+    static bool isFolder(const QUrl &file);
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QFont>
+#include <QSizeF>
+#include <QUrl>
+
+class BWAlertPresenter;
+
+/// Small helpers that many windows share. GUI thread only, except temporaryPath().
+class BWUIUtils {
+public:
+    /// Who shows alerts from now on; null for nobody. Not owned. Returns the one before.
+    static BWAlertPresenter *setAlertPresenter(BWAlertPresenter *presenter);
+
+    /// Modal alert with one button; returns when it is dismissed. Without a presenter the text goes to the log.
+    static void displayOKAlert(const QString &title, const QString &message);
+    /// Modal alert with OK and Cancel; true exactly when OK was chosen. Without a presenter the answer is Cancel.
+    static bool displayOKCancelAlert(const QString &title, const QString &message);
+
+    /// PREFIX-UUID.EXTENSION in $TMPDIR, or else in /var/tmp (/tmp is often memory, and movies are large). Creates
+    /// nothing; never the same twice. Any thread.
+    static QUrl temporaryPath(const QString &prefix, const QString &extension);
+
+    /// The application's font in the largest size, from the current one's down to the minimum in steps of one point,
+    /// in which the text, wrapped over as many lines as the height holds, fits the bounds; else the minimum size.
+    static QFont fontToFit(const QFont &current, const QSizeF &bounds, const QString &text, double minimumSize);
+};
