@@ -1,0 +1,37 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/BWAlbumManager.h"
+
+#include <QByteArray>
+#include <QUrl>
+#include <atomic>
+#include <functional>
+#include <memory>
+
+/// Takes what cameras capture into the current album. Operations on the GUI thread, except where told otherwise.
+class BWCaptureController {
+public:
+    /// What the user learns of a capture. Called on the GUI thread.
+    struct Feedback {
+        std::function<void(const QUrl &file)> snapshotSaved;
+        /// The capture is not in the album; `left` is where it still is, empty if it could not be written at all.
+        std::function<void(const QUrl &left)> captureNotSaved;
+    };
+
+    BWCaptureController(BWAlbumManager &albums, Feedback feedback);
+
+    /// Installs the snapshot and hardware-button callbacks. They may be called on any thread until the camera is gone
+    /// and outlive this object without harm.
+    void prepareCamera(BWCamera &camera);
+
+    /// Asks the camera for a still; nothing happens without a camera.
+    static void forceSnapshot(const BWCameraPtr &camera);
+
+    /// What the button on the camera does: a snapshot at once, or else `record` on the GUI thread.
+    void setButtonRecords(bool records, std::function<void()> record);
+
+private:
+    struct Shared;
+    std::shared_ptr<Shared> m_shared;
+};

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/DispatchAfterStrict.h"
+
+#include <QObject>
+#include <functional>
+#include <memory>
+
+class BWCameraProduct;
+class BWCameraSessionUi;
+class BWConfigManager;
+
+/// Decides which camera runs and brings it up in the right order: resolution, video norm, stream, product.
+///
+/// GUI thread only. What a camera completes on its own thread is taken up here later; the answer of a camera that is
+/// no longer the one being started is ignored.
+class BWCameraSession : public QObject {
+    Q_OBJECT
+
+public:
+    enum class State {
+        Waiting, ///< no camera yet, or no longer; the no-camera state follows after a while
+        Starting,
+        Streaming,
+        Switching, ///< the old camera is being stopped for another one
+        Stopping, ///< the camera was unplugged and is being stopped
+        NoCamera,
+        Quitting,
+    };
+
+    /// How long the user sees nothing special when there is no camera.
+    static constexpr double noCameraDelay = 1.5; // seconds
+
+    /// `prepareCamera` is called once for each found camera, to install its callbacks.
+    BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWCameraSessionUi &ui,
+                    std::function<void(BWCamera &)> prepareCamera, BWClock &clock = BWClock::system());
+    ~BWCameraSession() override;
+
+    State state() const { return m_state; }
+    /// The camera that runs or is being started; null if there is none.
+    const BWCameraPtr &currentCamera() const { return m_currentCamera; }
+    /// The product chosen for the current camera, or its type's default; null if there is no camera.
+    std::shared_ptr<BWCameraProduct> currentProduct() const;
+    /// Whether the measuring grid fits the current product.
+    bool currentProductHasGrid() const;
+
+    /// Called once, when detection starts.
+    void waitForCamera();
+    void cameraFound(const BWDetectedCameraPtr &device);
+    void cameraRemoved(const BWDetectedCameraPtr &device);
+
+    /// Switches to another camera of the manager's; the current one changes nothing.
+    void changeCurrentCamera(const BWCameraPtr &camera);
+    /// Changes the capture size of the running camera.
+    void changeResolution(BWResolution resolution);
+
+    /// Stops the running camera, then calls `done`; at once if there is nothing to stop.
+    void stopForQuit(std::function<void()> done);
+
+private:
+    void setState(State state);
+    /// A completion for the camera: takes the work up on the GUI thread, unless by then something else was begun.
+    BWCamera::Completion then(std::function<void()> work);
+    void doStart();
+    void startCamera();
+    void setupCurrentCamera();
+    void requestProductFirstTime();
+    void stopCurrentCamera(State state);
+    void continueAfterStop();
+    void setToNoCamera();
+    void scheduleNoCamera();
+    void cancelNoCamera();
+    void updateCameraList();
+
+    BWCameraManager &m_manager;
+    BWConfigManager &m_config;
+    BWCameraSessionUi &m_ui;
+    std::function<void(BWCamera &)> m_prepareCamera;
+    BWClock &m_clock;
+    State m_state = State::Waiting;
+    BWCameraPtr m_currentCamera;
+    BWCameraPtr m_nextCamera; // the one to switch to
+    DispatchAfterStrict::Handle m_noCameraSource;
+    bool m_firstCameraInstalled = false;
+    int m_token = 0; // counts the starts and stops; answers that carry an old one are stale
+    std::shared_ptr<void> m_alive = std::make_shared<int>();
+};

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "BWACUDriver/BWResolution.h"
+
+#include <QList>
+#include <QString>
+#include <functional>
+
+/// What the camera session asks of the windows. All operations are called on the GUI thread and return at once;
+/// questions answer through their callback, later, and not at all once they have been taken back.
+class BWCameraSessionUi {
+public:
+    virtual ~BWCameraSessionUi() = default;
+
+    /// A camera is there: the menu items that need one are enabled from now on.
+    virtual void enableCameraMenus() = 0;
+    virtual void updateStateLabel() = 0;
+    virtual void updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current) = 0;
+
+    /// Streaming has begun; the camera gets its product's settings.
+    virtual void setStartedCamera(const BWCameraPtr &camera) = 0;
+    virtual void showResolutions(const QList<BWResolution> &resolutions, BWResolution current) = 0;
+    virtual void enableGrid(bool available) = 0;
+    virtual void updateImageDisplay() = 0;
+    virtual void bringMainWindowToFront() = 0;
+    /// The camera is gone or about to change: nothing of its picture is shown any more.
+    virtual void resetUIToInitial() = 0;
+
+    /// Asks which product the camera is; `chosen` gets the product's identifier, or null to be asked again later.
+    virtual void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) = 0;
+    /// Tells that the camera is held by another program.
+    virtual void showCameraInUse(std::function<void()> ok) = 0;
+    /// Takes back askForProduct() and showCameraInUse().
+    virtual void endQuestions() = 0;
+
+    virtual void showNoCameraWindow() = 0; ///< no camera since launch
+    virtual void hideNoCameraWindow() = 0;
+    virtual void openNoCameraSheet(std::function<void()> terminate) = 0; ///< the camera in use has gone
+    virtual void endNoCameraSheet() = 0;
+    virtual void hideAuxiliaryWindows() = 0;
+    virtual void terminate() = 0;
+};
