@@ -1,0 +1,178 @@
+#include "Views/Utils/BWDoubleButton.h"
+
+#include "Views/Utils/BWDoubleButtonHalf.h"
+
+#include <cstdint>
+#include <QHBoxLayout>
+#include <QHelpEvent>
+#include <QIcon>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QToolTip>
+
+BWDoubleButton::BWDoubleButton(QWidget *parent)
+    : QWidget(parent),
+      m_left(new BWDoubleButtonHalf(this)),
+      m_right(new BWDoubleButtonHalf(this)),
+      m_label(new QLabel(this))
+{
+    m_label->setAlignment(Qt::AlignCenter);
+    m_label->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_label->hide();
+
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_left, 1);
+    layout->addWidget(m_label);
+    layout->addWidget(m_right, 1);
+
+    setMouseTracking(true);
+    setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    setFocusProxy(m_left);
+    setTabOrder(m_left, m_right);
+
+    connect(m_left, &QAbstractButton::clicked, this, [this] { trigger(false); });
+    connect(m_right, &QAbstractButton::clicked, this, [this] { trigger(true); });
+    for (BWDoubleButtonHalf *half : {m_left, m_right})
+        connect(half, &BWDoubleButtonHalf::arrowPressed, this,
+                [this](bool right) { (right ? m_right : m_left)->setFocus(Qt::TabFocusReason); });
+}
+
+bool BWDoubleButton::isRightHalf(double x, double width)
+{
+    const auto wholePoints = static_cast<uint32_t>(qMax(0.0, x));
+    return width / 2 < wholePoints;
+}
+
+void BWDoubleButton::setLeftIcon(const QIcon &icon)
+{
+    m_left->setIcon(icon);
+}
+
+void BWDoubleButton::setRightIcon(const QIcon &icon)
+{
+    m_right->setIcon(icon);
+}
+
+void BWDoubleButton::setIconSize(const QSize &size)
+{
+    m_left->setIconSize(size);
+    m_right->setIconSize(size);
+}
+
+void BWDoubleButton::setLeftName(const QString &name)
+{
+    m_left->setAccessibleName(name);
+}
+
+void BWDoubleButton::setRightName(const QString &name)
+{
+    m_right->setAccessibleName(name);
+}
+
+void BWDoubleButton::setLeftToolTip(const QString &text)
+{
+    m_left->setToolTip(text);
+}
+
+void BWDoubleButton::setRightToolTip(const QString &text)
+{
+    m_right->setToolTip(text);
+}
+
+void BWDoubleButton::setLeftCaption(const QString &caption)
+{
+    m_left->setCaption(caption);
+}
+
+void BWDoubleButton::setRightCaption(const QString &caption)
+{
+    m_right->setCaption(caption);
+}
+
+void BWDoubleButton::setText(const QString &text)
+{
+    m_label->setText(text);
+    m_label->setVisible(!text.isNull());
+    updateTextWidth();
+}
+
+QString BWDoubleButton::text() const
+{
+    return m_label->text();
+}
+
+void BWDoubleButton::setWidestText(const QString &text)
+{
+    m_widestText = text;
+    updateTextWidth();
+}
+
+void BWDoubleButton::updateTextWidth()
+{
+    m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(m_widestText));
+}
+
+void BWDoubleButton::trigger(bool right)
+{
+    setLastRight(right);
+    Q_EMIT triggered(this);
+}
+
+void BWDoubleButton::showMouse(Half hovered, Half pressed)
+{
+    m_left->setMouseState(hovered == Half::Left, pressed == Half::Left);
+    m_right->setMouseState(hovered == Half::Right, pressed == Half::Right);
+}
+
+void BWDoubleButton::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    const bool right = isRightHalf(event->position().x(), width());
+    const Half half = right ? Half::Right : Half::Left;
+    showMouse(half, half);
+    trigger(right);
+}
+
+void BWDoubleButton::mouseMoveEvent(QMouseEvent *event)
+{
+    if (event->buttons() == Qt::NoButton)
+        showMouse(isRightHalf(event->position().x(), width()) ? Half::Right : Half::Left, Half::None);
+}
+
+void BWDoubleButton::mouseReleaseEvent(QMouseEvent *event)
+{
+    const Half half = isRightHalf(event->position().x(), width()) ? Half::Right : Half::Left;
+    showMouse(rect().contains(event->position().toPoint()) ? half : Half::None, Half::None);
+}
+
+void BWDoubleButton::leaveEvent(QEvent *event)
+{
+    showMouse(Half::None, Half::None);
+    QWidget::leaveEvent(event);
+}
+
+void BWDoubleButton::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        updateTextWidth();
+    if (event->type() == QEvent::EnabledChange)
+        showMouse(Half::None, Half::None);
+    QWidget::changeEvent(event);
+}
+
+bool BWDoubleButton::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        const auto *help = static_cast<QHelpEvent *>(event);
+        const BWDoubleButtonHalf *half = isRightHalf(help->pos().x(), width()) ? m_right : m_left;
+        const QString tip = half->toolTip().isEmpty() ? half->accessibleName() : half->toolTip();
+        QToolTip::showText(help->globalPos(), tip, this);
+        return true;
+    }
+    return QWidget::event(event);
+}
