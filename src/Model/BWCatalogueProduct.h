@@ -4,15 +4,20 @@
 
 #include <span>
 
+/// What products of one make have in common. Everything it points to lives as long as the program.
+struct BWProductShape {
+    const char *cameraTypeIdentifier;
+    std::span<const int> settings;
+    std::span<const BWResolution> resolutions;
+};
+
 /// The constants of one product of the catalogue. Everything it points to lives as long as the program.
 struct BWCatalogueEntry {
     const char *identifier;
     const char *name;
     const char *oldGermanName; ///< nullptr when there is none
-    const char *cameraTypeIdentifier;
-    std::span<const int> settings;
-    std::span<const BWResolution> resolutions;
-    std::span<const int> factoryValues; ///< one for each of `settings`
+    const BWProductShape &shape;
+    std::span<const int> factoryValues; ///< one for each of the shape's settings
 };
 
 /// A product made from a row of the catalogue's table.

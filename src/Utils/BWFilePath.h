@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <QByteArray>
+#include <QList>
 #include <QUrl>
 
 /// Between local file URLs and the system's file names.
@@ -18,6 +20,9 @@ public:
     static QByteArray lastComponent(const QUrl &file);
     /// The same folder or file always gives the same URL: no trailing slash, no "." or doubled slashes.
     static QUrl normalized(const QUrl &file);
+
+    /// The names in a folder as the file system lists them, without "." and ".."; nothing when it cannot be listed.
+    static std::optional<QList<QByteArray>> entries(const QUrl &folder);
 
     /// Whether something is there, be it a link that leads nowhere.
     static bool exists(const QUrl &file);

@@ -1,0 +1,101 @@
+#include "Model/BWAlbum.h"
+
+#include "Model/BWFileNameOrder.h"
+#include "Model/BWTrash.h"
+#include "Utils/BWFileCopy.h"
+#include "Utils/BWFilePath.h"
+#include "Utils/BWLogging.h"
+
+#include <algorithm>
+#include <QFile>
+#include <vector>
+
+namespace {
+
+struct Entry {
+    QByteArray name;
+    QString stem;
+};
+
+/// Highest first; names that count as the same are still told apart, so that the order never jumps.
+bool comesFirst(const Entry &a, const Entry &b)
+{
+    const int order = BWFileNameOrder::compare(a.stem, b.stem);
+    return order != 0 ? order > 0 : a.name > b.name;
+}
+
+} // namespace
+
+BWAlbum::BWAlbum(const QUrl &path, Today today)
+    : m_name(QFile::decodeName(BWFilePath::lastComponent(path))),
+      m_path(BWFilePath::normalized(path)),
+      m_today(today ? std::move(today) : &QDate::currentDate)
+{
+}
+
+QString BWAlbum::formatToday() const
+{
+    return m_today().toString(QStringLiteral("yyyyMMdd"));
+}
+
+QUrl BWAlbum::nextPathForType(BWMediaType type) const
+{
+    const bool image = type == BWMediaType::Image;
+    const QByteArray stem = formatToday().toLatin1() + (image ? "_image_" : "_video_");
+    for (unsigned long counter = 1;; ++counter) {
+        const QByteArray number = QByteArray::number(static_cast<qulonglong>(counter)).rightJustified(3, '0');
+        const QUrl candidate = BWFilePath::entry(m_path, stem + number + (image ? ".jpg" : ".mov"));
+        if (!BWFilePath::exists(candidate))
+            return candidate;
+    }
+}
+
+bool BWAlbum::addFile(const QUrl &file, BWMediaType type, QUrl *added) const
+{
+    const QUrl target = nextPathForType(type);
+    QString error;
+    if (!BWFileCopy::copyWithoutOverwriting(file, target, &error)) {
+        qCWarning(bwModel).noquote() << "Cannot add" << file.toDisplayString() << "to album as"
+                                     << target.toDisplayString() << "-" << error;
+        return false;
+    }
+    if (added)
+        *added = target;
+    return true;
+}
+
+void BWAlbum::removeFile(const QUrl &file, BWMediaType type) const
+{
+    Q_UNUSED(type)
+    QString error;
+    if (!BWTrash::moveToTrash(file, &error))
+        qCWarning(bwModel).noquote() << "Cannot move to the Trash:" << file.toDisplayString() << "-" << error;
+}
+
+std::optional<QList<QUrl>> BWAlbum::contentsForType(BWMediaType type) const
+{
+    QByteArray ending;
+    if (type == BWMediaType::Image)
+        ending = ".jpg";
+    else if (type == BWMediaType::Video)
+        ending = ".mov";
+    else
+        return std::nullopt;
+
+    const std::optional<QList<QByteArray>> names = BWFilePath::entries(m_path);
+    if (!names)
+        return std::nullopt;
+    std::vector<Entry> entries;
+    for (const QByteArray &name : *names) {
+        // A name that is nothing but ".jpg" is a hidden file without an ending.
+        if (name.size() > ending.size() && name.endsWith(ending))
+            entries.push_back({name, QFile::decodeName(name.chopped(ending.size()))});
+    }
+    std::sort(entries.begin(), entries.end(), comesFirst);
+
+    QList<QUrl> files;
+    files.reserve(static_cast<qsizetype>(entries.size()));
+    for (const Entry &entry : entries)
+        files.append(BWFilePath::entry(m_path, entry.name));
+    return files;
+}

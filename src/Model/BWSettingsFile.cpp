@@ -1,0 +1,62 @@
+#include "Model/BWSettingsFile.h"
+
+#include "Utils/BWLogging.h"
+
+#include <QStandardPaths>
+
+BWSettingsFile::BWSettingsFile(const QString &path) : m_settings(path, QSettings::IniFormat)
+{
+    if (m_settings.status() == QSettings::FormatError)
+        qCWarning(bwModel).noquote() << "Settings file" << path << "is damaged; what can be read of it is used";
+}
+
+QString BWSettingsFile::defaultPath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + QStringLiteral("/BrimwellPro/BrimwellPro.conf");
+}
+
+QString BWSettingsFile::string(const QString &key) const
+{
+    const QVariant value = m_settings.value(key);
+    switch (value.typeId()) {
+    case QMetaType::QString:
+        return value.toString();
+    case QMetaType::QStringList: // a text with commas that was typed into the file without quotation marks
+        return value.toStringList().join(QStringLiteral(", "));
+    default:
+        return {};
+    }
+}
+
+void BWSettingsFile::setString(const QString &key, const QString &value)
+{
+    if (value.isNull())
+        m_settings.remove(key);
+    else
+        m_settings.setValue(key, value);
+}
+
+QByteArray BWSettingsFile::data(const QString &key) const
+{
+    const QVariant value = m_settings.value(key);
+    return value.typeId() == QMetaType::QByteArray ? value.toByteArray() : QByteArray();
+}
+
+void BWSettingsFile::setData(const QString &key, const QByteArray &value)
+{
+    if (value.isNull())
+        m_settings.remove(key);
+    else
+        m_settings.setValue(key, value);
+}
+
+bool BWSettingsFile::synchronize()
+{
+    m_settings.sync();
+    const bool failed = m_settings.status() == QSettings::AccessError;
+    if (failed && !m_failureLogged)
+        qCWarning(bwModel).noquote() << "Settings cannot be stored in" << m_settings.fileName();
+    m_failureLogged = m_failureLogged || failed;
+    return !failed;
+}

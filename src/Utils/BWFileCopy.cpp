@@ -1,0 +1,141 @@
+#include "Utils/BWFileCopy.h"
+
+#include "Utils/BWFilePath.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <QUuid>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+class FileDescriptor {
+public:
+    explicit FileDescriptor(int fd) : m_fd(fd) { }
+    ~FileDescriptor() { close(); }
+    FileDescriptor(const FileDescriptor &) = delete;
+    FileDescriptor &operator=(const FileDescriptor &) = delete;
+
+    int get() const { return m_fd; }
+    bool isOpen() const { return m_fd >= 0; }
+    /// False when what was written turns out not to be stored.
+    bool close() { return m_fd < 0 || ::close(std::exchange(m_fd, -1)) == 0; }
+
+private:
+    int m_fd;
+};
+
+bool writeAll(int fd, const char *data, std::size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(fd, data, size);
+        if (written < 0 && errno != EINTR)
+            return false;
+        if (written > 0) {
+            data += written;
+            size -= static_cast<std::size_t>(written);
+        }
+    }
+    return true;
+}
+
+bool copyThroughMemory(int from, int to)
+{
+    std::vector<char> buffer(1 << 20);
+    for (;;) {
+        const ssize_t got = ::read(from, buffer.data(), buffer.size());
+        if (got == 0)
+            return true;
+        if (got < 0 && errno != EINTR)
+            return false;
+        if (got > 0 && !writeAll(to, buffer.data(), static_cast<std::size_t>(got)))
+            return false;
+    }
+}
+
+/// Lets the file system do it, which shares the blocks where it can; goes on by hand from where that stopped.
+bool copyData(int from, int to)
+{
+    constexpr std::size_t step = std::size_t(1) << 30;
+    ssize_t copied;
+    do {
+        copied = ::copy_file_range(from, nullptr, to, nullptr, step, 0);
+    } while (copied > 0);
+    return copyThroughMemory(from, to);
+}
+
+/// Not every file system has every way of doing it.
+bool renameWithoutOverwriting(const QByteArray &from, const QByteArray &to)
+{
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS)
+        return false;
+    if (::link(from.constData(), to.constData()) == 0) {
+        ::unlink(from.constData());
+        return true;
+    }
+    if (errno == EEXIST)
+        return false;
+    struct stat info;
+    if (::lstat(to.constData(), &info) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return ::rename(from.constData(), to.constData()) == 0;
+}
+
+void synchronizeFolder(const QByteArray &folder)
+{
+    const FileDescriptor fd(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.isOpen())
+        ::fsync(fd.get());
+}
+
+bool copy(const QByteArray &from, const QByteArray &to)
+{
+    // Without blocking, so that a pipe in place of a file does not hold the program up.
+    const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat info;
+    if (!source.isOpen() || ::fstat(source.get(), &info) != 0)
+        return false;
+    if (!S_ISREG(info.st_mode)) {
+        errno = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
+        return false;
+    }
+
+    const qsizetype slash = to.lastIndexOf('/');
+    const QByteArray folder = to.left(slash + 1);
+    const QByteArray unique = QUuid::createUuid().toByteArray(QUuid::Id128).left(8);
+    const QByteArray part = folder + '.' + to.mid(slash + 1) + '.' + unique + ".part";
+    FileDescriptor target(::open(part.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!target.isOpen())
+        return false;
+
+    const timespec times[]{info.st_atim, info.st_mtim};
+    const bool copied = copyData(source.get(), target.get()) && ::futimens(target.get(), times) == 0
+        && ::fsync(target.get()) == 0 && target.close() && renameWithoutOverwriting(part, to);
+    if (!copied) {
+        const int reason = errno;
+        ::unlink(part.constData());
+        errno = reason;
+        return false;
+    }
+    synchronizeFolder(folder);
+    return true;
+}
+
+} // namespace
+
+bool BWFileCopy::copyWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error)
+{
+    const bool copied = copy(BWFilePath::native(from), BWFilePath::native(to));
+    if (!copied && error)
+        *error = QString::fromLocal8Bit(std::strerror(errno));
+    return copied;
+}

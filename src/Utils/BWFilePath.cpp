@@ -1,0 +1,85 @@
+#include "Utils/BWFilePath.h"
+
+#include <cerrno>
+#include <dirent.h>
+#include <memory>
+#include <QFile>
+#include <sys/stat.h>
+
+namespace {
+
+/// Without doubled and trailing slashes and "." in between; ".." stays, as it means what the file system says.
+QByteArray tidied(const QByteArray &path)
+{
+    QByteArray result;
+    for (const QByteArray &part : path.split('/')) {
+        if (!part.isEmpty() && part != ".")
+            result += '/' + part;
+    }
+    return result.isEmpty() ? QByteArrayLiteral("/") : result;
+}
+
+} // namespace
+
+QByteArray BWFilePath::native(const QUrl &file)
+{
+    if (!file.isLocalFile())
+        return {};
+    return QByteArray::fromPercentEncoding(file.path(QUrl::FullyEncoded).toLatin1());
+}
+
+QUrl BWFilePath::url(const QByteArray &nativePath)
+{
+    const QByteArray path = tidied(nativePath);
+    const QString text = QFile::decodeName(path);
+    // The same URL as everybody else makes of that path, so that they compare equal.
+    if (QFile::encodeName(text) == path)
+        return QUrl::fromLocalFile(text);
+    return QUrl::fromEncoded("file://" + path.toPercentEncoding("/"), QUrl::StrictMode);
+}
+
+QUrl BWFilePath::entry(const QUrl &folder, const QByteArray &name)
+{
+    return url(native(folder) + '/' + name);
+}
+
+QByteArray BWFilePath::lastComponent(const QUrl &file)
+{
+    const QByteArray path = tidied(native(file));
+    return path.mid(path.lastIndexOf('/') + 1);
+}
+
+QUrl BWFilePath::normalized(const QUrl &file)
+{
+    return file.isLocalFile() ? url(native(file)) : file;
+}
+
+std::optional<QList<QByteArray>> BWFilePath::entries(const QUrl &folder)
+{
+    const std::unique_ptr<DIR, int (*)(DIR *)> dir(::opendir(native(folder).constData()), ::closedir);
+    if (!dir)
+        return std::nullopt;
+    QList<QByteArray> names;
+    errno = 0;
+    while (const dirent *entry = ::readdir(dir.get())) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names.append(name);
+        errno = 0;
+    }
+    if (errno != 0) // half a listing would look as if captures had vanished
+        return std::nullopt;
+    return names;
+}
+
+bool BWFilePath::exists(const QUrl &file)
+{
+    struct stat info;
+    return file.isLocalFile() && ::lstat(native(file).constData(), &info) == 0;
+}
+
+bool BWFilePath::isFolder(const QUrl &file)
+{
+    struct stat info;
+    return file.isLocalFile() && ::stat(native(file).constData(), &info) == 0 && S_ISDIR(info.st_mode);
+}

@@ -1,0 +1,77 @@
+#include "Utils/BWUIUtils.h"
+
+#include "Utils/BWAlertPresenter.h"
+#include "Utils/BWLogging.h"
+
+#include <cmath>
+#include <QFontInfo>
+#include <QFontMetricsF>
+#include <QGuiApplication>
+#include <QUuid>
+#include <utility>
+
+namespace {
+
+BWAlertPresenter *alertPresenter = nullptr;
+
+void logUnshown(const QString &title, const QString &message)
+{
+    qCWarning(bwApp).noquote() << "Alert that nobody shows:" << title << "-" << message;
+}
+
+QFont systemFont(double pointSize)
+{
+    QFont font = QGuiApplication::font();
+    font.setPointSizeF(pointSize);
+    return font;
+}
+
+bool fits(const QFont &font, const QSizeF &bounds, const QString &text)
+{
+    const QSizeF size = QFontMetricsF(font).size(0, text);
+    const auto lines = static_cast<unsigned>(std::ceil(static_cast<float>(bounds.height() / size.height())));
+    return lines > 0 && size.width() / lines <= bounds.width();
+}
+
+} // namespace
+
+BWAlertPresenter *BWUIUtils::setAlertPresenter(BWAlertPresenter *presenter)
+{
+    return std::exchange(alertPresenter, presenter);
+}
+
+void BWUIUtils::displayOKAlert(const QString &title, const QString &message)
+{
+    if (alertPresenter)
+        alertPresenter->presentOK(title, message);
+    else
+        logUnshown(title, message);
+}
+
+bool BWUIUtils::displayOKCancelAlert(const QString &title, const QString &message)
+{
+    if (alertPresenter)
+        return alertPresenter->presentOKCancel(title, message);
+    logUnshown(title, message);
+    return false;
+}
+
+QUrl BWUIUtils::temporaryPath(const QString &prefix, const QString &extension)
+{
+    QString folder = qEnvironmentVariable("TMPDIR");
+    if (folder.isEmpty())
+        folder = QStringLiteral("/var/tmp");
+    const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+    return QUrl::fromLocalFile(QStringLiteral("%1/%2-%3.%4").arg(folder, prefix, uuid, extension));
+}
+
+QFont BWUIUtils::fontToFit(const QFont &current, const QSizeF &bounds, const QString &text, double minimumSize)
+{
+    // A font set in pixels has no point size of its own.
+    for (double size = QFontInfo(current).pointSizeF(); size >= minimumSize; size -= 1) {
+        const QFont font = systemFont(size);
+        if (fits(font, bounds, text))
+            return font;
+    }
+    return systemFont(minimumSize);
+}
