@@ -1,0 +1,32 @@
+#pragma once
+
+#include "BWACUDriver/BWFrame.h"
+
+#include <memory>
+#include <QString>
+
+/// Writes one QuickTime movie with MJPEG video. An MJPEG frame is copied without loss, a raw frame encoded once. Every
+/// picture is shown for as long as the time stamps of the frames tell.
+///
+/// While it grows the file can be played up to the last frame but one at any moment, so a crash or a full disk costs
+/// next to nothing. finish() makes it a plain movie with an index.
+///
+/// Used by one thread at a time. Faults are logged once.
+class BWMovieWriter {
+public:
+    /// Creates (or empties) the file at `path`. Null, with the reason in `error` if that is given, where it cannot be
+    /// written.
+    static std::unique_ptr<BWMovieWriter> create(const QString &path, QString *error = nullptr);
+
+    /// Finishes.
+    virtual ~BWMovieWriter() = default;
+
+    /// Appends a frame. The first one settles size and pixel format: later frames of another size or format, and
+    /// frames that cannot be encoded, are left out and answered with false. False also when writing failed (disk full);
+    /// nothing is written from then on, and what is in the file stays readable.
+    virtual bool write(const BWFrame &frame) = 0;
+
+    /// Completes the file; false if it could not be made whole. Without frames the file is removed. May be called
+    /// again, to the same answer; frames are no longer taken.
+    virtual bool finish() = 0;
+};
