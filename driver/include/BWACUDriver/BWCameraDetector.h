@@ -39,8 +39,13 @@ public:
     bool pendingDevices() const;
 
 private:
+    class Inbox;
+
+    void deliverNext();
+
     QList<BWCameraDescriptionPtr> m_descriptions;
     std::vector<std::unique_ptr<BWCameraBackend>> m_backends;
+    const std::shared_ptr<Inbox> m_inbox;
     DeviceCallback m_found;
     DeviceCallback m_removed;
 };

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+Q_DECLARE_LOGGING_CATEGORY(bwDriver) ///< "bw.driver": detection and capture sessions
+Q_DECLARE_LOGGING_CATEGORY(bwSimulation) ///< "bw.sim": simulated cameras
