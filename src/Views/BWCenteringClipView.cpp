@@ -34,7 +34,7 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     connect(&m_renderer, &BWLiveRenderer::imageReady, viewport(), qOverload<>(&QWidget::update));
 }
 
-void BWCenteringClipView::setGeometry(const BWLiveViewGeometry &geometry)
+void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
 {
     const QSizeF before = m_geometry.footprint();
     const QPointF middle = QPointF(scrollPosition())

@@ -14,8 +14,7 @@ public:
     explicit BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent = nullptr);
 
     /// Lays the image out anew; the middle of what is seen stays where it is.
-    void setGeometry(const BWLiveViewGeometry &geometry);
-    using QAbstractScrollArea::setGeometry;
+    void setLiveGeometry(const BWLiveViewGeometry &geometry);
 
     /// Shows nothing until the next frame.
     void clear();

@@ -19,7 +19,7 @@ BWLiveRenderer::~BWLiveRenderer()
     m_thread.join();
 }
 
-void BWLiveRenderer::submitFrame(const BWFrame &frame)
+void BWLiveRenderer::prepareBuffer(const BWFrame &frame)
 {
     BWFrame previous = frame; // released outside the lock: its buffer goes back to the driver
     {

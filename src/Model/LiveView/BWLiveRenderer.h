@@ -30,8 +30,8 @@ public:
     explicit BWLiveRenderer(QObject *parent = nullptr);
     ~BWLiveRenderer() override;
 
-    /// Hands over a frame. Any thread; never waits for the drawing.
-    void submitFrame(const BWFrame &frame);
+    /// Hands over a frame to be shown. Any thread, in practice the camera's; never waits for the drawing.
+    void prepareBuffer(const BWFrame &frame);
 
     /// Says what is to be drawn from now on; the last picture is drawn anew.
     void setRequest(const BWRenderRequest &request);

@@ -1,0 +1,260 @@
+#include "AppDelegate.h"
+
+#include "BWLiveViewController.h"
+#include "BWSessionWindows.h"
+#include "BWStatusLine.h"
+#include "Model/BWAlbumManager.h"
+#include "Model/BWConfigManager.h"
+#include "Model/BWRepository.h"
+#include "Model/Session/BWCameraAuthorization.h"
+#include "Model/Session/BWCameraSession.h"
+#include "Utils/BWLogging.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/BWCenteringClipView.h"
+#include "Views/BWControlBar.h"
+#include "Views/BWMainMenu.h"
+#include "Views/BWMainWindow.h"
+#include "Views/BWSimulatedCamerasWindowController.h"
+#include "Views/Utils/BWFrameAutosave.h"
+
+#include <QAction>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+AppDelegate::AppDelegate(Options options) :
+    m_options(std::move(options)), m_clock(m_options.clock ? *m_options.clock : BWClock::system()),
+    m_repository(BWRepository::singleton())
+{
+}
+
+AppDelegate::~AppDelegate()
+{
+    m_repository.configManager().removeListener(this);
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    m_texts.localizeWithManager(m_repository.localizationManager());
+    checkCameraAccess();
+}
+
+void AppDelegate::checkCameraAccess()
+{
+    using Status = BWCameraAuthorization::Status;
+    switch (m_options.authorization->authorizationStatus()) {
+    case Status::Authorized:
+        doFinishApplicationLaunch();
+        return;
+    case Status::NotDetermined:
+        m_options.authorization->requestAccess([this, alive = std::weak_ptr(m_alive)](bool granted) {
+            BWMainQueue::post(alive, [this, granted] {
+                if (granted)
+                    doFinishApplicationLaunch();
+                else
+                    cameraAccessMissing(m_texts.cameraAccessDeniedTitle, m_texts.cameraAccessDeniedMessage);
+            });
+        });
+        return;
+    case Status::Restricted:
+        cameraAccessMissing(m_texts.cameraAccessRestrictedTitle, m_texts.cameraAccessRestrictedMessage);
+        return;
+    case Status::Denied:
+        cameraAccessMissing(m_texts.cameraAccessDeniedTitle, m_texts.cameraAccessDeniedMessage);
+        return;
+    }
+    qFatal("Camera access: unknown status");
+}
+
+void AppDelegate::cameraAccessMissing(const QString &title, const QString &message)
+{
+    BWUIUtils::displayOKAlert(title, message);
+    m_options.quit();
+}
+
+void AppDelegate::doFinishApplicationLaunch()
+{
+    prepareUI();
+    m_cameraDetector = std::make_unique<BWCameraDetector>(
+        QList{BWCameraDetector::descriptionForDX20(), BWCameraDetector::descriptionForRegularMicroscope(),
+              BWCameraDetector::descriptionForHighResolutionMicroscope(),
+              BWCameraDetector::descriptionForUltraResolutionMicroscope(),
+              BWCameraDetector::descriptionForReceptorWirelessMicroscope()},
+        std::move(m_options.backends));
+    m_cameraDetector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { m_session->cameraFound(device); });
+    m_cameraDetector->setCameraRemovedBlock(
+        [this](const BWDetectedCameraPtr &device) { m_session->cameraRemoved(device); });
+    m_cameraDetector->startCamerasDetection();
+    m_session->waitForCamera();
+}
+
+void AppDelegate::prepareUI()
+{
+    BWConfigManager &config = m_repository.configManager();
+    BWLocalizationManager &texts = m_repository.localizationManager();
+
+    m_window = std::make_unique<BWMainWindow>(m_renderer);
+    m_window->localizeWithManager(texts);
+    m_window->setShouldClose([this] {
+        applicationShouldTerminate();
+        return false; // closes when the camera has stopped
+    });
+    m_statusLine = std::make_unique<BWStatusLine>(m_window->currentCameraLabel(), m_clock);
+    m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
+    m_capture = std::make_unique<BWCaptureController>(
+        m_repository.albumManager(),
+        BWCaptureController::Feedback{[this](const QUrl &file) { snapshotSaved(file); },
+                                      [this](const QUrl &left) { captureNotSaved(left); }});
+    m_sessionWindows = std::make_unique<BWSessionWindows>(
+        *m_window, *m_liveView, m_repository,
+        BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
+                                  [this] { return pendingDevices(); }},
+        m_clock);
+    m_session = std::make_unique<BWCameraSession>(
+        m_cameraManager, config, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); }, m_clock);
+    m_sessionWindows->setSession(*m_session);
+    connectActions();
+    updateStateLabel();
+
+    config.addListener(this);
+    new BWFrameAutosave(*m_window, u"main"_s, m_repository.userDefaults());
+    if (!config.rememberLayout() || config.firstTime())
+        config.resetLayout();
+    config.setFirstTime(false);
+    m_capture->setButtonRecords(config.saveVideoOnHardwareButton(), [this] { onRecord(); });
+    m_window->show();
+    if (!m_options.simulatedCameras.isEmpty()) {
+        m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras,
+                                                                                   m_window.get());
+        m_simulatedCameras->localizeWithManager(texts);
+        m_simulatedCameras->show();
+    }
+}
+
+void AppDelegate::connectActions()
+{
+    const BWMainMenu &menu = m_window->menu();
+    const BWControlBar &bar = m_window->controlBar();
+    connect(menu.quit, &QAction::triggered, this, &AppDelegate::applicationShouldTerminate);
+    connect(menu.openAlbumFolder, &QAction::triggered, this, &AppDelegate::onSettingsAlbums);
+    connect(&bar, &BWControlBar::albumsTriggered, this, &AppDelegate::onSettingsAlbums);
+    connect(menu.snapshot, &QAction::triggered, this, &AppDelegate::forceSnapshot);
+    connect(&bar, &BWControlBar::snapshotTriggered, this, &AppDelegate::forceSnapshot);
+    connect(menu.record, &QAction::triggered, this, &AppDelegate::onRecord);
+    connect(&bar, &BWControlBar::recordTriggered, this, &AppDelegate::onRecord);
+    connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, [this] {
+        if (m_repository.configManager().saveSnapshotOnClick())
+            forceSnapshot();
+    });
+    connect(m_window.get(), &BWMainWindow::occlusionStateChanged, this, &AppDelegate::windowDidChangeOcclusionState);
+    connect(&menu, &BWMainMenu::panelsMenuOpening, this, &AppDelegate::windowDidChangeOcclusionState);
+    connect(menu.cameraWindowMenuItem, &QAction::triggered, m_sessionWindows.get(),
+            &BWSessionWindows::bringMainWindowToFront);
+}
+
+void AppDelegate::prepareCamera(BWCamera &camera)
+{
+    camera.setOnCameraFrame([&renderer = m_renderer](BWCamera &, const BWFrame &frame) {
+        renderer.prepareBuffer(frame);
+    });
+    m_capture->prepareCamera(camera);
+}
+
+void AppDelegate::applicationShouldTerminate()
+{
+    if (std::exchange(m_terminating, true))
+        return;
+    const auto finish = [this] {
+        m_repository.albumManager().finishAdding();
+        m_options.quit();
+    };
+    if (!m_session) {
+        finish();
+        return;
+    }
+    // A camera that does not answer must not keep the program from ending.
+    constexpr double patience = 5; // seconds
+    DispatchAfterStrict::dispatchForQueue(
+        this,
+        [finish] {
+            qCWarning(bwApp, "Quit: the camera did not stop in time");
+            finish();
+        },
+        patience);
+    m_session->stopForQuit(finish);
+}
+
+BWCameraPtr AppDelegate::currentCamera() const
+{
+    return m_session ? m_session->currentCamera() : nullptr;
+}
+
+bool AppDelegate::pendingDevices() const
+{
+    return m_cameraDetector && m_cameraDetector->pendingDevices();
+}
+
+void AppDelegate::updateStateLabel()
+{
+    if (!currentCamera()) {
+        m_statusLine->setText(m_texts.noCameraDetectedPlaceholder);
+        return;
+    }
+    const auto product = m_session->currentProduct();
+    m_statusLine->setText(product ? u"%1 %2"_s.arg(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
+                                  : m_texts.liveStreamingWith);
+}
+
+void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)
+{
+    // A pulse: it has to be read now, the rest can wait until all listeners were told.
+    const bool resetLayout = config.mustResetLayout();
+    BWMainQueue::post(m_alive, [this, resetLayout] {
+        updateStateLabel();
+        if (resetLayout)
+            m_window->resetLayout();
+        m_sessionWindows->settingsChanged();
+        m_capture->setButtonRecords(m_repository.configManager().saveVideoOnHardwareButton(), [this] { onRecord(); });
+    });
+}
+
+void AppDelegate::onSettingsAlbums()
+{
+    const BWAlbumManager &albums = m_repository.albumManager();
+    if (albums.faulty()) {
+        BWUIUtils::displayOKAlert(m_texts.errorInitializingAlbumsTitle,
+                                  u"%1 %2, %3"_s.arg(m_texts.errorInitializingAlbumsMessage,
+                                                     albums.albumsBasePath().toLocalFile(),
+                                                     albums.defaultAlbumBasePath().toLocalFile()));
+        return;
+    }
+    if (const BWAlbumPtr album = albums.currentAlbum())
+        m_options.openUrl(album->path());
+}
+
+void AppDelegate::forceSnapshot()
+{
+    BWCaptureController::forceSnapshot(currentCamera());
+}
+
+void AppDelegate::onRecord()
+{
+}
+
+void AppDelegate::snapshotSaved(const QUrl &file)
+{
+    m_statusLine->showForAMoment(u"%1: %2"_s.arg(m_texts.snapshotSaved, file.fileName()));
+}
+
+void AppDelegate::captureNotSaved(const QUrl &left)
+{
+    const QString message = left.isEmpty() ? m_texts.captureNotSavedMessage
+                                           : u"%1 %2"_s.arg(m_texts.captureLeftMessage, left.toLocalFile());
+    BWUIUtils::displayOKAlert(m_texts.captureNotSavedTitle, message);
+}
+
+void AppDelegate::windowDidChangeOcclusionState()
+{
+    m_window->menu().showOpenWindows(true);
+}

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWAppTexts.h"
+#include "Model/BWApplicationDelegate.h"
+#include "Model/BWConfigManagerListener.h"
+#include "Model/Capture/BWCaptureController.h"
+#include "Model/LiveView/BWLiveRenderer.h"
+
+#include <functional>
+#include <memory>
+#include <QObject>
+#include <QUrl>
+#include <vector>
+
+class BWCameraAuthorization;
+class BWCameraSession;
+class BWLiveViewController;
+class BWMainWindow;
+class BWRepository;
+class BWSessionWindows;
+class BWSimulatedCamerasWindowController;
+class BWStatusLine;
+
+/// Entry and coordinator: launches, makes the windows and the parts that do the work, wires them together, quits.
+class AppDelegate : public QObject, public BWApplicationDelegate, public BWConfigManagerListener {
+    Q_OBJECT
+
+public:
+    struct Options {
+        std::vector<std::unique_ptr<BWCameraBackend>> backends;
+        QList<std::shared_ptr<BWSimulatedCamera>> simulatedCameras; ///< offered to the person at the screen
+        std::unique_ptr<BWCameraAuthorization> authorization;
+        std::function<void(const QUrl &)> openUrl; ///< opens a folder or page with the desktop's program
+        std::function<void()> quit; ///< ends the event loop
+        BWClock *clock = nullptr; ///< the real one if null
+    };
+
+    explicit AppDelegate(Options options);
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching();
+    /// Stops the camera, then quits. May be called again without harm.
+    void applicationShouldTerminate();
+
+    BWCameraPtr currentCamera() const override;
+    bool pendingDevices() const override;
+    BWMainWindow &cameraWindow() const { return *m_window; }
+    BWCameraSession &session() const { return *m_session; }
+    BWLiveViewStatistics liveViewStatistics() const { return m_renderer.statistics(); }
+
+    void configManagerUpdatedSettings(BWConfigManager &config) override;
+
+    void onSettingsAlbums();
+    void updateStateLabel();
+
+private:
+    void checkCameraAccess();
+    void cameraAccessMissing(const QString &title, const QString &message);
+    void doFinishApplicationLaunch();
+    void prepareUI();
+    void connectActions();
+    void prepareCamera(BWCamera &camera);
+    void forceSnapshot();
+    void onRecord();
+    void snapshotSaved(const QUrl &file);
+    void captureNotSaved(const QUrl &left);
+    void windowDidChangeOcclusionState();
+
+    Options m_options;
+    BWClock &m_clock;
+    BWRepository &m_repository;
+    // The cameras draw into the renderer until they are gone, so it goes last.
+    BWLiveRenderer m_renderer;
+    BWCameraManager m_cameraManager;
+    std::unique_ptr<BWMainWindow> m_window;
+    std::unique_ptr<BWStatusLine> m_statusLine;
+    std::unique_ptr<BWLiveViewController> m_liveView;
+    std::unique_ptr<BWCaptureController> m_capture;
+    std::unique_ptr<BWSessionWindows> m_sessionWindows;
+    std::unique_ptr<BWCameraDetector> m_cameraDetector;
+    std::unique_ptr<BWCameraSession> m_session;
+    std::unique_ptr<BWSimulatedCamerasWindowController> m_simulatedCameras;
+    std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWAppTexts m_texts;
+    bool m_terminating = false;
+};

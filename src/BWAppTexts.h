@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Model/BWLocalizationManagerDelegate.h"
+
+#include <QString>
+
+/// The texts that the program shows outside of any one window.
+struct BWAppTexts : public BWLocalizationManagerDelegate {
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    QString noCameraDetectedPlaceholder;
+    QString liveStreamingWith;
+    QString gridDisclaimer;
+    QString cameraAccessDeniedTitle;
+    QString cameraAccessDeniedMessage;
+    QString cameraAccessRestrictedTitle;
+    QString cameraAccessRestrictedMessage;
+    QString errorInitializingAlbumsTitle;
+    QString errorInitializingAlbumsMessage;
+    QString snapshotSaved;
+    QString captureNotSavedTitle;
+    QString captureNotSavedMessage; ///< nothing is left of it
+    QString captureLeftMessage; ///< followed by the path of the file that is left
+};

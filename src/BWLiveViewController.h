@@ -1,0 +1,47 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/LiveView/BWLiveViewState.h"
+
+#include <functional>
+#include <memory>
+#include <QObject>
+
+class BWDoubleButton;
+class BWMainWindow;
+
+/// Zoom, rotation and mirroring of the live image: takes the user's actions, lays the image out, keeps the controls
+/// of the main window in step. GUI thread.
+class BWLiveViewController : public QObject {
+    Q_OBJECT
+
+public:
+    using CurrentCamera = std::function<BWCameraPtr()>;
+
+    BWLiveViewController(BWMainWindow &window, CurrentCamera currentCamera);
+
+    /// Lays the image out: size from the camera's resolution and the zoom, then rotation and mirroring.
+    void updateImageDisplay();
+    /// Lets go of the last picture.
+    void clear();
+
+    void onZoom(BWDoubleButton *sender);
+    void zoomIn();
+    void zoomOut();
+    void zoomToActualSize();
+    void onRotate(const QString &title);
+    void rotateByQuarter();
+    void onFlip(int index);
+    void flipHorizontally();
+    void flipVertically();
+
+    const BWLiveViewState &state() const { return m_state; }
+
+private:
+    void toggleFlip(BWFlip axis);
+    void showZoom();
+
+    BWMainWindow &m_window;
+    CurrentCamera m_currentCamera;
+    BWLiveViewState m_state;
+};

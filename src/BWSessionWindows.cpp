@@ -1,0 +1,232 @@
+#include "BWSessionWindows.h"
+
+#include "BWLiveViewController.h"
+#include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Model/BWRepository.h"
+#include "Model/Session/BWCameraSession.h"
+#include "Model/Session/BWProductLoader.h"
+#include "Views/BWCameraTitles.h"
+#include "Views/BWControlBar.h"
+#include "Views/BWMainMenu.h"
+#include "Views/BWMainWindow.h"
+#include "Views/BWNoCameraProductSheetWindowController.h"
+#include "Views/BWNoCameraSheetWindowController.h"
+#include "Views/BWNoCameraWindowController.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWRepository &repository,
+                                   Actions actions, BWClock &clock) :
+    m_window(window), m_liveView(liveView), m_repository(repository), m_actions(std::move(actions))
+{
+    BWLocalizationManager &texts = repository.localizationManager();
+    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(m_actions.pendingDevices, clock);
+    m_noCameraWindow->localizeWithManager(texts);
+    connect(m_noCameraWindow.get(), &BWNoCameraWindowController::terminateRequested, this,
+            &BWSessionWindows::terminate);
+    m_productSheet = std::make_unique<BWNoCameraProductSheetWindowController>(
+        [&config = repository.configManager()](const QString &type) { return config.productsByCameraIdentifier(type); },
+        &window);
+    m_productSheet->localizeWithManager(texts);
+    m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(m_actions.pendingDevices, clock, &window);
+    m_noCameraSheet->localizeWithManager(texts);
+    m_window.controlBar().setCameraControlsEnabled(false);
+}
+
+BWSessionWindows::~BWSessionWindows() = default;
+
+void BWSessionWindows::setSession(BWCameraSession &session)
+{
+    m_session = &session;
+    connect(&m_window.controlBar(), &BWControlBar::resolutionPicked, this, [this](const QString &title) {
+        const auto resolution = BWResolution::fromResolutionString(title);
+        if (!resolution)
+            return;
+        if (const auto product = m_session->currentProduct())
+            product->setCurrentResolution(*resolution);
+        m_session->changeResolution(*resolution);
+    });
+    connect(&m_window.menu(), &BWMainMenu::cameraPicked, this, [this](int index) {
+        const BWCameraPtr picked = m_cameras.value(index);
+        m_session->changeCurrentCamera(picked);
+    });
+    connect(&m_window.menu(), &BWMainMenu::productPicked, this, [this](const QString &identifier) {
+        if (const auto product = m_repository.configManager().productByIdentifier(identifier))
+            m_repository.configManager().setCurrentProductIdentifier(identifier, product->cameraTypeIdentifier());
+    });
+}
+
+void BWSessionWindows::settingsChanged()
+{
+    showProducts();
+    enableGrid(m_session->currentProductHasGrid());
+    updateImageDisplay();
+    const auto product = m_session->currentProduct();
+    if (m_session->state() == BWCameraSession::State::Streaming && product != m_loadedProduct.lock())
+        loadProduct(true);
+}
+
+QString BWSessionWindows::localizeProductName(const BWCameraProduct &product) const
+{
+    return m_repository.localizationManager().text(u"camera_product"_s, product.identifier(), product.name());
+}
+
+void BWSessionWindows::enableCameraMenus()
+{
+    m_window.menu().enablePanels();
+}
+
+void BWSessionWindows::updateStateLabel()
+{
+    m_actions.updateStateLabel();
+}
+
+void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current)
+{
+    m_cameras = cameras;
+    QStringList names;
+    for (const BWCameraPtr &camera : cameras) {
+        const BWCameraDescription &description = *camera->detectedCamera()->cameraDescription();
+        names.append(m_repository.localizationManager().text(
+            u"camera_type"_s, description.identifierForCameraType, description.name));
+    }
+    m_window.menu().showCameras(BWCameraTitles::unique(names), static_cast<int>(cameras.indexOf(current)));
+    showProducts();
+}
+
+void BWSessionWindows::showProducts()
+{
+    const BWCameraPtr &camera = m_session->currentCamera();
+    const auto current = m_session->currentProduct();
+    QList<BWCameraProductPtr> products;
+    if (camera)
+        products = m_repository.configManager().productsByCameraIdentifier(camera->identifierForProducts());
+    QStringList names;
+    for (const BWCameraProductPtr &product : products)
+        names.append(localizeProductName(*product));
+    m_window.menu().showProducts(products, names, current ? current->identifier() : QString());
+}
+
+void BWSessionWindows::setStartedCamera(const BWCameraPtr &)
+{
+    m_window.controlBar().setCameraControlsEnabled(true);
+    m_window.menu().setCameraActionsEnabled(true);
+    loadProduct(false);
+}
+
+void BWSessionWindows::loadProduct(bool withVideoNorm)
+{
+    const auto product = m_session->currentProduct();
+    if (!product)
+        return;
+    using Norm = BWProductLoader::VideoNorm;
+    BWProductLoader::load(*product, *m_session->currentCamera(), withVideoNorm ? Norm::Send : Norm::LeaveAlone);
+    m_loadedProduct = product;
+}
+
+void BWSessionWindows::showResolutions(const QList<BWResolution> &resolutions, BWResolution current)
+{
+    m_window.controlBar().showResolutions(resolutions, current);
+}
+
+void BWSessionWindows::enableGrid(bool)
+{
+}
+
+void BWSessionWindows::updateImageDisplay()
+{
+    m_liveView.updateImageDisplay();
+}
+
+void BWSessionWindows::bringMainWindowToFront()
+{
+    m_window.show();
+    m_window.raise();
+    m_window.activateWindow();
+}
+
+void BWSessionWindows::resetUIToInitial()
+{
+    m_loadedProduct.reset();
+    m_window.controlBar().setCameraControlsEnabled(false);
+    m_window.menu().setCameraActionsEnabled(false);
+    m_liveView.clear();
+}
+
+void BWSessionWindows::askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer)
+{
+    m_productSheet->end();
+    m_productSheet->setCamera(camera);
+    m_productSheet->beginSheet(&m_window, [this, answer = std::move(answer)](int result) {
+        const auto product = m_productSheet->selectedProduct();
+        answer(result == 1 && product ? product->identifier() : QString());
+    });
+}
+
+void BWSessionWindows::showCameraInUse(std::function<void()> ok)
+{
+    delete m_cameraInUse;
+    BWLocalizationManager &texts = m_repository.localizationManager();
+    m_cameraInUse = new QMessageBox(&m_window);
+    m_cameraInUse->setAttribute(Qt::WA_DeleteOnClose);
+    m_cameraInUse->setIcon(QMessageBox::Warning);
+    const QString title
+        = texts.text(u"camera_window"_s, u"camera_in_use_title"_s, u"Cannot access camera at this time"_s);
+    m_cameraInUse->setWindowTitle(title);
+    m_cameraInUse->setText(title);
+    m_cameraInUse->setInformativeText(
+        texts.text(u"camera_window"_s, u"camera_in_use_message"_s,
+                   u"BrimwellPro cannot access the camera at this time. Please close any other applications "
+                   "that might be using the camera and press OK."_s));
+    m_cameraInUse->addButton(texts.text(u"general"_s, u"option_ok"_s, u"OK"_s), QMessageBox::AcceptRole);
+    connect(m_cameraInUse, &QDialog::finished, this, [ok = std::move(ok)] { ok(); });
+    m_cameraInUse->open();
+}
+
+void BWSessionWindows::endQuestions()
+{
+    m_productSheet->end();
+    if (m_cameraInUse) {
+        m_cameraInUse->disconnect(this);
+        m_cameraInUse->close();
+    }
+}
+
+void BWSessionWindows::showNoCameraWindow()
+{
+    m_noCameraWindow->show();
+    m_noCameraWindow->raise();
+    m_noCameraWindow->activateWindow();
+}
+
+void BWSessionWindows::hideNoCameraWindow()
+{
+    m_noCameraWindow->hide();
+}
+
+void BWSessionWindows::openNoCameraSheet(std::function<void()> terminateProgram)
+{
+    m_noCameraSheet->beginSheet(&m_window, [terminateProgram = std::move(terminateProgram)](int result) {
+        if (result == 1)
+            terminateProgram();
+    });
+}
+
+void BWSessionWindows::endNoCameraSheet()
+{
+    m_noCameraSheet->end();
+}
+
+void BWSessionWindows::hideAuxiliaryWindows()
+{
+}
+
+void BWSessionWindows::terminate()
+{
+    m_actions.terminate();
+}

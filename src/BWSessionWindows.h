@@ -1,0 +1,79 @@
+#pragma once
+
+#include "BWACUDriver/DispatchAfterStrict.h"
+#include "Model/Session/BWCameraSessionUi.h"
+
+#include <functional>
+#include <memory>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+
+class BWCameraProduct;
+class BWCameraSession;
+class BWLiveViewController;
+class BWMainWindow;
+class BWNoCameraProductSheetWindowController;
+class BWNoCameraSheetWindowController;
+class BWNoCameraWindowController;
+class BWRepository;
+class QMessageBox;
+
+/// Shows what the camera session wants the user to see: the live picture and its menus, the windows that stand in
+/// when there is no camera, and its questions. GUI thread.
+class BWSessionWindows : public QObject, public BWCameraSessionUi {
+    Q_OBJECT
+
+public:
+    struct Actions {
+        std::function<void()> updateStateLabel;
+        std::function<void()> terminate;
+        std::function<bool()> pendingDevices;
+    };
+
+    BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWRepository &repository, Actions actions,
+                     BWClock &clock);
+    ~BWSessionWindows() override;
+
+    /// Called once, when the session exists: the menus act on it from now on.
+    void setSession(BWCameraSession &session);
+
+    /// The settings store changed.
+    void settingsChanged();
+    QString localizeProductName(const BWCameraProduct &product) const;
+
+    void enableCameraMenus() override;
+    void updateStateLabel() override;
+    void updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current) override;
+    void setStartedCamera(const BWCameraPtr &camera) override;
+    void showResolutions(const QList<BWResolution> &resolutions, BWResolution current) override;
+    void enableGrid(bool available) override;
+    void updateImageDisplay() override;
+    void bringMainWindowToFront() override;
+    void resetUIToInitial() override;
+    void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) override;
+    void showCameraInUse(std::function<void()> ok) override;
+    void endQuestions() override;
+    void showNoCameraWindow() override;
+    void hideNoCameraWindow() override;
+    void openNoCameraSheet(std::function<void()> terminate) override;
+    void endNoCameraSheet() override;
+    void hideAuxiliaryWindows() override;
+    void terminate() override;
+
+private:
+    void showProducts();
+    void loadProduct(bool withVideoNorm);
+
+    BWMainWindow &m_window;
+    BWLiveViewController &m_liveView;
+    BWRepository &m_repository;
+    Actions m_actions;
+    BWCameraSession *m_session = nullptr;
+    QList<BWCameraPtr> m_cameras; // as the menu lists them
+    std::weak_ptr<BWCameraProduct> m_loadedProduct; // whose values the running camera has
+    std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;
+    std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
+    std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;
+    QPointer<QMessageBox> m_cameraInUse;
+};

@@ -1,0 +1,198 @@
+#include "Views/BWControlBar.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Views/Utils/BWDoubleButton.h"
+#include "Views/Utils/BWIcons.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QSignalBlocker>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int smallIcon = 22;
+constexpr int captureIcon = 32; // taking a picture is what people are here for
+
+/// Tooltips name the shortcut as the menus do.
+QString withShortcut(const QString &text, const QKeySequence &shortcut)
+{
+    return u"%1 (%2)"_s.arg(text, shortcut.toString(QKeySequence::NativeText));
+}
+
+} // namespace
+
+BWControlBar::BWControlBar(QWidget *parent) : QWidget(parent)
+{
+    setFixedHeight(BWLiveViewGeometry::barHeight);
+    build();
+    updateIcons();
+
+    connect(m_resolutionPopUpButton, &QComboBox::textActivated, this, &BWControlBar::resolutionPicked);
+    connect(m_zoomDoubleButton, &BWDoubleButton::triggered, this, &BWControlBar::zoomTriggered);
+    connect(m_rotatePopUpButton, &QComboBox::textActivated, this, &BWControlBar::rotationPicked);
+    connect(m_flipPopUpButton, &QComboBox::activated, this, &BWControlBar::flipPicked);
+    connect(m_snapshotButton, &QToolButton::clicked, this, &BWControlBar::snapshotTriggered);
+    connect(m_recordButton, &QToolButton::clicked, this, &BWControlBar::recordTriggered);
+    connect(m_albumsButton, &QToolButton::clicked, this, &BWControlBar::albumsTriggered);
+}
+
+void BWControlBar::build()
+{
+    m_resolutionPopUpButton = new QComboBox(this);
+    m_resolutionPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    m_resolutionPopUpButton->addItem(u"2592x1944"_s); // the room for it is kept from the start
+    m_zoomDoubleButton = new BWDoubleButton(this);
+    m_zoomDoubleButton->setWidestText(u"200%"_s);
+    m_rotatePopUpButton = new QComboBox(this);
+    m_rotatePopUpButton->addItems({u"0"_s, u"90"_s, u"180"_s, u"270"_s});
+    m_flipPopUpButton = new QComboBox(this);
+    m_flipPopUpButton->addItems({u"None"_s, u"Horizontal"_s, u"Vertical"_s, u"Both"_s});
+    m_flipPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    m_snapshotButton = makeButton(captureIcon);
+    m_recordButton = makeButton(captureIcon);
+    m_albumsButton = makeButton(smallIcon);
+
+    m_grid = new QGridLayout(this);
+    m_grid->setContentsMargins(16, 6, 16, 7);
+    m_grid->setHorizontalSpacing(18);
+    m_grid->setVerticalSpacing(2);
+    m_grid->setRowStretch(0, 1);
+    m_resolutionLabel = addColumn(m_resolutionPopUpButton, 0);
+    m_zoomLabel = addColumn(m_zoomDoubleButton, 1);
+    m_rotateLabel = addColumn(m_rotatePopUpButton, 2);
+    m_flipLabel = addColumn(m_flipPopUpButton, 3);
+    m_grid->setColumnStretch(4, 1);
+    m_snapshotLabel = addColumn(m_snapshotButton, 5);
+    m_recordLabel = addColumn(m_recordButton, 6);
+    m_grid->setColumnStretch(7, 1);
+    m_albumsLabel = addColumn(m_albumsButton, 8);
+}
+
+QLabel *BWControlBar::addColumn(QWidget *control, int column)
+{
+    auto *label = new QLabel(this);
+    label->setBuddy(control);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * 0.9);
+    label->setFont(font);
+    m_grid->addWidget(control, 0, column, Qt::AlignCenter);
+    m_grid->addWidget(label, 1, column, Qt::AlignHCenter | Qt::AlignBottom);
+    return label;
+}
+
+QToolButton *BWControlBar::makeButton(int iconSize)
+{
+    auto *button = new QToolButton(this);
+    button->setAutoRaise(true);
+    button->setIconSize({iconSize, iconSize});
+    button->setFocusPolicy(Qt::StrongFocus);
+    return button;
+}
+
+void BWControlBar::updateIcons()
+{
+    m_zoomDoubleButton->setLeftIcon(BWIcons::icon(u"zoom-out"_s));
+    m_zoomDoubleButton->setRightIcon(BWIcons::icon(u"zoom-in"_s));
+    m_snapshotButton->setIcon(BWIcons::icon(u"camera-photo"_s));
+    m_albumsButton->setIcon(BWIcons::icon(u"folder-pictures"_s));
+    showRecording(m_recording);
+}
+
+void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
+{
+    const auto name = [](QWidget *control, QLabel *label, const QString &text, const QString &toolTip) {
+        label->setText(text);
+        control->setAccessibleName(text);
+        control->setToolTip(toolTip.isEmpty() ? text : toolTip);
+    };
+    const QString snapshot = manager.text(u"camera_window"_s, u"snapshot_label"_s, u"Snapshot"_s);
+    m_recordText = manager.text(u"camera_window"_s, u"record_label"_s, u"Record"_s);
+    m_stopText = manager.text(u"camera_window"_s, u"stop_label"_s, u"Stop"_s);
+    const QString rotate = manager.text(u"camera_window"_s, u"rotate_label"_s, u"Rotate"_s);
+    name(m_resolutionPopUpButton, m_resolutionLabel,
+         manager.text(u"camera_window"_s, u"resolution_label"_s, u"Resolution"_s), {});
+    name(m_zoomDoubleButton, m_zoomLabel, manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {});
+    name(m_rotatePopUpButton, m_rotateLabel, rotate, withShortcut(rotate, u"Ctrl+R"_s));
+    name(m_flipPopUpButton, m_flipLabel, manager.text(u"camera_window"_s, u"flip_label"_s, u"Flip"_s), {});
+    name(m_snapshotButton, m_snapshotLabel, snapshot, withShortcut(snapshot, u"Ctrl+S"_s));
+    name(m_recordButton, m_recordLabel, m_recordText, {});
+    name(m_albumsButton, m_albumsLabel, manager.text(u"camera_window"_s, u"albums_label"_s, u"Albums"_s), {});
+
+    const QString zoomOut = manager.text(u"camera_window"_s, u"zoom_out"_s, u"Zoom out"_s);
+    const QString zoomIn = manager.text(u"camera_window"_s, u"zoom_in"_s, u"Zoom in"_s);
+    m_zoomDoubleButton->setLeftName(zoomOut);
+    m_zoomDoubleButton->setRightName(zoomIn);
+    m_zoomDoubleButton->setLeftToolTip(withShortcut(zoomOut, u"Ctrl+-"_s));
+    m_zoomDoubleButton->setRightToolTip(withShortcut(zoomIn, u"Ctrl++"_s));
+
+    m_flipPopUpButton->setItemText(0, manager.text(u"camera_window"_s, u"flip_none"_s, u"None"_s));
+    m_flipPopUpButton->setItemText(1, manager.text(u"camera_window"_s, u"flip_horizontal"_s, u"Horizontal"_s));
+    m_flipPopUpButton->setItemText(2, manager.text(u"camera_window"_s, u"flip_vertical"_s, u"Vertical"_s));
+    m_flipPopUpButton->setItemText(3, manager.text(u"camera_window"_s, u"flip_both"_s, u"Both"_s));
+    showRecording(m_recording);
+}
+
+void BWControlBar::showResolutions(const QList<BWResolution> &resolutions, BWResolution current)
+{
+    m_resolutionPopUpButton->clear();
+    for (const BWResolution &resolution : resolutions)
+        m_resolutionPopUpButton->addItem(resolution.resolutionString());
+    m_resolutionPopUpButton->setCurrentIndex(m_resolutionPopUpButton->findText(current.resolutionString()));
+}
+
+void BWControlBar::showZoom(const QString &text)
+{
+    m_zoomDoubleButton->setText(text);
+}
+
+void BWControlBar::showRotation(int degrees)
+{
+    m_rotatePopUpButton->setCurrentIndex(m_rotatePopUpButton->findText(QString::number(degrees)));
+}
+
+void BWControlBar::showFlip(int index)
+{
+    m_flipPopUpButton->setCurrentIndex(index);
+}
+
+void BWControlBar::showRecording(bool recording)
+{
+    m_recording = recording;
+    m_recordButton->setIcon(QIcon(recording ? u":/brimwellpro/images/stop.png"_s
+                                            : u":/brimwellpro/images/record.png"_s));
+    const QString text = recording ? m_stopText : m_recordText;
+    m_recordButton->setAccessibleName(text);
+    m_recordButton->setToolTip(text);
+    m_recordLabel->setText(text);
+}
+
+void BWControlBar::setCameraControlsEnabled(bool enabled)
+{
+    const std::initializer_list<QWidget *> controls{m_resolutionPopUpButton, m_zoomDoubleButton, m_rotatePopUpButton,
+                                                    m_flipPopUpButton,       m_snapshotButton,   m_recordButton};
+    for (QWidget *control : controls)
+        control->setEnabled(enabled);
+}
+
+void BWControlBar::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
+        updateIcons();
+    QWidget::changeEvent(event);
+}
+
+void BWControlBar::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Window));
+    QColor line = palette().color(QPalette::WindowText);
+    line.setAlphaF(0.18F);
+    painter.fillRect(QRect(0, height() - 1, width(), 1), line);
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "BWACUDriver/BWResolution.h"
+#include "Model/BWLocalizationManagerDelegate.h"
+
+#include <QList>
+#include <QString>
+#include <QWidget>
+
+class BWDoubleButton;
+class QComboBox;
+class QGridLayout;
+class QLabel;
+class QToolButton;
+
+/// The controls over the live image: how it is seen on the left, capturing in the middle, the albums on the right.
+/// Every control stands over its caption, all on two common lines.
+class BWControlBar : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    explicit BWControlBar(QWidget *parent = nullptr);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// Fills the resolution menu and selects `current`.
+    void showResolutions(const QList<BWResolution> &resolutions, BWResolution current);
+    void showZoom(const QString &text);
+    /// Selects an angle or a mirroring without telling so.
+    void showRotation(int degrees);
+    void showFlip(int index);
+    void showRecording(bool recording);
+    /// Without a camera nothing but the albums can be used.
+    void setCameraControlsEnabled(bool enabled);
+
+Q_SIGNALS:
+    void resolutionPicked(const QString &title);
+    void zoomTriggered(BWDoubleButton *button);
+    void rotationPicked(const QString &title);
+    void flipPicked(int index);
+    void snapshotTriggered();
+    void recordTriggered();
+    void albumsTriggered();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void build();
+    QLabel *addColumn(QWidget *control, int column);
+    QToolButton *makeButton(int iconSize);
+    void updateIcons();
+
+    QGridLayout *m_grid = nullptr;
+    QComboBox *m_resolutionPopUpButton = nullptr;
+    BWDoubleButton *m_zoomDoubleButton = nullptr;
+    QComboBox *m_rotatePopUpButton = nullptr;
+    QComboBox *m_flipPopUpButton = nullptr;
+    QToolButton *m_snapshotButton = nullptr;
+    QToolButton *m_recordButton = nullptr;
+    QToolButton *m_albumsButton = nullptr;
+    QLabel *m_resolutionLabel = nullptr;
+    QLabel *m_zoomLabel = nullptr;
+    QLabel *m_rotateLabel = nullptr;
+    QLabel *m_flipLabel = nullptr;
+    QLabel *m_snapshotLabel = nullptr;
+    QLabel *m_recordLabel = nullptr;
+    QLabel *m_albumsLabel = nullptr;
+    QString m_recordText;
+    QString m_stopText;
+    bool m_recording = false;
+};

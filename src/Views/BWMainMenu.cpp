@@ -1,0 +1,139 @@
+#include "Views/BWMainMenu.h"
+
+#include "Model/BWLocalizationManager.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+using namespace Qt::StringLiterals;
+
+BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
+{
+    QMenuBar *bar = window.menuBar();
+    m_fileMenu = bar->addMenu(QString());
+    m_cameraMenu = bar->addMenu(QString());
+    m_viewMenu = bar->addMenu(QString());
+    m_panelsMenu = bar->addMenu(QString());
+
+    openAlbumFolder = add(m_fileMenu, u"Ctrl+O"_s);
+    m_fileMenu->addSeparator();
+    quit = add(m_fileMenu, QKeySequence::Quit);
+    quit->setShortcut(u"Ctrl+Q"_s);
+    quit->setMenuRole(QAction::QuitRole);
+
+    snapshot = add(m_cameraMenu, u"Ctrl+S"_s);
+    record = add(m_cameraMenu, u"Ctrl+Shift+S"_s);
+    m_cameraListEnd = m_cameraMenu->addSeparator();
+    m_productMenu = m_cameraMenu->addMenu(QString());
+    m_cameras = new QActionGroup(this);
+    m_products = new QActionGroup(this);
+
+    zoomIn = add(m_viewMenu);
+    zoomIn->setShortcuts({u"Ctrl++"_s, u"Ctrl+="_s});
+    zoomOut = add(m_viewMenu, u"Ctrl+-"_s);
+    actualSize = add(m_viewMenu, u"Ctrl+0"_s);
+    m_viewMenu->addSeparator();
+    rotate = add(m_viewMenu, u"Ctrl+R"_s);
+    flipHorizontally = add(m_viewMenu, u"Ctrl+H"_s);
+    flipVertically = add(m_viewMenu, u"Ctrl+J"_s);
+    m_viewMenu->addSeparator();
+    fullScreen = add(m_viewMenu, u"F11"_s);
+    fullScreen->setCheckable(true);
+
+    cameraWindowMenuItem = add(m_panelsMenu);
+    cameraWindowMenuItem->setCheckable(true);
+    m_panelsMenu->menuAction()->setEnabled(false);
+    connect(m_panelsMenu, &QMenu::aboutToShow, this, &BWMainMenu::panelsMenuOpening);
+    connect(m_cameras, &QActionGroup::triggered, this,
+            [this](QAction *action) { Q_EMIT cameraPicked(action->data().toInt()); });
+    connect(m_products, &QActionGroup::triggered, this,
+            [this](QAction *action) { Q_EMIT productPicked(action->data().toString()); });
+
+    setCameraActionsEnabled(false);
+    showCameras({}, -1);
+    showProducts({}, {}, {});
+}
+
+QAction *BWMainMenu::add(QMenu *menu, const QKeySequence &shortcut)
+{
+    QAction *action = menu->addAction(QString());
+    action->setShortcut(shortcut);
+    return action;
+}
+
+void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
+{
+    const auto set = [](QAction *action, const QString &text) { action->setText(text); };
+    m_fileMenu->setTitle(manager.text(u"main_menu"_s, u"file_menu"_s, u"&File"_s));
+    set(openAlbumFolder, manager.text(u"main_menu"_s, u"open_album_folder_menu_item"_s, u"&Open album folder"_s));
+    set(quit, manager.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s));
+
+    m_cameraMenu->setTitle(manager.text(u"main_menu"_s, u"camera_menu"_s, u"&Camera"_s));
+    set(snapshot, manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s));
+    set(record, manager.text(u"main_menu"_s, u"record_menu_item"_s, u"&Record video"_s));
+    m_productMenu->setTitle(manager.text(u"main_menu"_s, u"product_menu"_s, u"&Product"_s));
+
+    m_viewMenu->setTitle(manager.text(u"main_menu"_s, u"view_menu"_s, u"&View"_s));
+    set(zoomIn, manager.text(u"main_menu"_s, u"zoom_in_menu_item"_s, u"Zoom &in"_s));
+    set(zoomOut, manager.text(u"main_menu"_s, u"zoom_out_menu_item"_s, u"Zoom &out"_s));
+    set(actualSize, manager.text(u"main_menu"_s, u"actual_size_menu_item"_s, u"&Actual size"_s));
+    set(rotate, manager.text(u"main_menu"_s, u"rotate_menu_item"_s, u"&Rotate by 90 degrees"_s));
+    set(flipHorizontally,
+        manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
+    set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));
+    set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
+
+    // The item and the menu that it opens are two texts, as translators may want them to differ; the menu is shown.
+    manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"Panels"_s);
+    m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"Panels"_s));
+    set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"Camera window"_s));
+}
+
+void BWMainMenu::showCameras(const QList<QString> &names, int current)
+{
+    const QList<QAction *> old = m_cameras->actions();
+    qDeleteAll(old);
+    for (int i = 0; i < names.size(); ++i) {
+        auto *action = new QAction(names[i], m_cameras);
+        action->setData(i);
+        action->setCheckable(true);
+        action->setChecked(i == current);
+        m_cameraMenu->insertAction(m_productMenu->menuAction(), action);
+    }
+    m_cameraListEnd->setVisible(!names.isEmpty());
+}
+
+void BWMainMenu::showProducts(const QList<BWCameraProductPtr> &products, const QList<QString> &names,
+                              const QString &current)
+{
+    const QList<QAction *> old = m_products->actions();
+    qDeleteAll(old);
+    for (int i = 0; i < products.size(); ++i) {
+        auto *action = new QAction(names[i], m_products);
+        action->setData(products[i]->identifier());
+        action->setCheckable(true);
+        action->setChecked(products[i]->identifier() == current);
+        m_productMenu->addAction(action);
+    }
+    m_productMenu->menuAction()->setVisible(!products.isEmpty());
+}
+
+void BWMainMenu::enablePanels()
+{
+    m_panelsMenu->menuAction()->setEnabled(true);
+    cameraWindowMenuItem->setEnabled(true);
+}
+
+void BWMainMenu::setCameraActionsEnabled(bool enabled)
+{
+    for (QAction *action : {snapshot, record, zoomIn, zoomOut, actualSize, rotate, flipHorizontally, flipVertically})
+        action->setEnabled(enabled);
+}
+
+void BWMainMenu::showOpenWindows(bool cameraWindow)
+{
+    cameraWindowMenuItem->setChecked(cameraWindow);
+}

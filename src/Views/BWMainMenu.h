@@ -1,0 +1,66 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/BWCameraProduct.h"
+#include "Model/BWLocalizationManagerDelegate.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+class QAction;
+class QActionGroup;
+class QMainWindow;
+class QMenu;
+
+/// The menu bar of the main window. What an item does is up to whoever connects its action.
+class BWMainMenu : public QObject, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    explicit BWMainMenu(QMainWindow &window);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// The opened cameras, one of them checked; and the products that the current one can be.
+    void showCameras(const QList<QString> &names, int current);
+    void showProducts(const QList<BWCameraProductPtr> &products, const QList<QString> &names, const QString &current);
+
+    /// Enables the items that make sense only once a camera has been there.
+    void enablePanels();
+    /// Enables the items that act on a streaming camera.
+    void setCameraActionsEnabled(bool enabled);
+    /// Check marks of the window list.
+    void showOpenWindows(bool cameraWindow);
+
+    QAction *openAlbumFolder;
+    QAction *quit;
+    QAction *snapshot;
+    QAction *record;
+    QAction *zoomIn;
+    QAction *zoomOut;
+    QAction *actualSize;
+    QAction *rotate;
+    QAction *flipHorizontally;
+    QAction *flipVertically;
+    QAction *fullScreen;
+    QAction *cameraWindowMenuItem;
+
+Q_SIGNALS:
+    void cameraPicked(int index);
+    void productPicked(const QString &identifier);
+    /// The window list is about to be shown.
+    void panelsMenuOpening();
+
+private:
+    QAction *add(QMenu *menu, const QKeySequence &shortcut = {});
+
+    QMenu *m_fileMenu;
+    QMenu *m_cameraMenu;
+    QMenu *m_productMenu;
+    QMenu *m_viewMenu;
+    QMenu *m_panelsMenu;
+    QAction *m_cameraListEnd;
+    QActionGroup *m_cameras;
+    QActionGroup *m_products;
+};

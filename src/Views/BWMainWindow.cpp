@@ -1,0 +1,91 @@
+#include "Views/BWMainWindow.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Views/BWCenteringClipView.h"
+#include "Views/BWControlBar.h"
+#include "Views/BWMainMenu.h"
+#include "Views/BWStatusPill.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMenuBar>
+#include <QScreen>
+
+using namespace Qt::StringLiterals;
+
+BWMainWindow::BWMainWindow(BWLiveRenderer &renderer) :
+    m_content(new QWidget(this)), m_menu(new BWMainMenu(*this)), m_clipView(new BWCenteringClipView(renderer, m_content)),
+    m_controlBar(new BWControlBar(m_content)), m_statusPill(new BWStatusPill(m_content))
+{
+    setObjectName(u"main"_s);
+    setCentralWidget(m_content);
+    m_content->installEventFilter(this);
+    // The bar comes first in the order of Tab, as it does for the eye.
+    m_controlBar->raise();
+    m_statusPill->raise();
+    setTabOrder(m_controlBar, m_clipView);
+    m_clipView->setFocus();
+}
+
+void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
+{
+    setWindowTitle(manager.text(u"camera_window"_s, u"window_title"_s, u"BrimwellPro"_s));
+    m_clipView->setAccessibleName(manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s));
+    m_menu->localizeWithManager(manager);
+    m_controlBar->localizeWithManager(manager);
+    // The captions decide how narrow the window may become.
+    m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + 160);
+    layOutContent();
+}
+
+void BWMainWindow::resetLayout()
+{
+    showNormal();
+    const QSize window = defaultContentSize.expandedTo(m_content->minimumSize())
+        + QSize(0, menuBar()->sizeHint().height());
+    resize(window);
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    // The origin of the screen is not added: the position is counted within the whole desktop.
+    move(screen.width() / 2 - window.width() / 2, screen.height() / 2 - window.height() / 2);
+}
+
+void BWMainWindow::layOutContent()
+{
+    m_clipView->setGeometry(m_content->rect());
+    m_controlBar->setGeometry(0, 0, m_content->width(), BWLiveViewGeometry::barHeight);
+    m_statusPill->placeIn(m_clipView->pictureArea());
+}
+
+bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_content && event->type() == QEvent::Resize) {
+        layOutContent();
+        Q_EMIT resized();
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void BWMainWindow::closeEvent(QCloseEvent *event)
+{
+    event->setAccepted(!m_shouldClose || m_shouldClose());
+}
+
+void BWMainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange)
+        Q_EMIT occlusionStateChanged();
+}
+
+void BWMainWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    Q_EMIT occlusionStateChanged();
+}
+
+void BWMainWindow::hideEvent(QHideEvent *event)
+{
+    QMainWindow::hideEvent(event);
+    Q_EMIT occlusionStateChanged();
+}

@@ -1,0 +1,71 @@
+#include "Views/BWStatusPill.h"
+
+#include <algorithm>
+#include <QAccessible>
+#include <QEvent>
+#include <QPainter>
+
+namespace {
+
+constexpr int sidePadding = 17;
+constexpr int endPadding = 5;
+constexpr int bottomDistance = 11;
+constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
+
+} // namespace
+
+BWStatusPill::BWStatusPill(QWidget *parent) : QWidget(parent)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setFocusPolicy(Qt::NoFocus);
+    hide();
+}
+
+void BWStatusPill::setText(const QString &text)
+{
+    if (text == m_text)
+        return;
+    m_text = text;
+    setAccessibleName(text);
+    setVisible(!text.isEmpty());
+    fit();
+    update();
+}
+
+void BWStatusPill::placeIn(const QRect &area)
+{
+    m_area = area;
+    fit();
+}
+
+void BWStatusPill::fit()
+{
+    if (m_text.isEmpty() || m_area.isEmpty())
+        return;
+    const int widest = std::max(1, m_area.width() - 2 * (bottomDistance + sidePadding));
+    const QRect bounds = fontMetrics().boundingRect(QRect(0, 0, widest, 10000), textFlags, m_text);
+    const QSize size = bounds.size() + QSize(2 * sidePadding, 2 * endPadding);
+    const QPoint corner(m_area.x() + (m_area.width() - size.width()) / 2,
+                        m_area.y() + m_area.height() - bottomDistance - size.height());
+    setGeometry(QRect(corner, size));
+}
+
+void BWStatusPill::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange)
+        fit();
+    QWidget::changeEvent(event);
+}
+
+void BWStatusPill::paintEvent(QPaintEvent *)
+{
+    // The same in light and dark palettes: what lies behind is the picture, not the window.
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(24, 24, 26, 205));
+    const double radius = std::min(height() / 2.0, 14.0);
+    painter.drawRoundedRect(rect(), radius, radius);
+    painter.setPen(QColor(245, 245, 245));
+    painter.drawText(rect(), textFlags, m_text);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QWidget>
+
+/// A short text on a dark pill over the live image. Ignores the mouse; screen readers see it as static text.
+class BWStatusPill : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BWStatusPill(QWidget *parent);
+
+    void setText(const QString &text);
+    const QString &text() const { return m_text; }
+
+    /// Takes its place at the middle of the lower edge of that area; long texts are wrapped.
+    void placeIn(const QRect &area);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void fit();
+
+    QString m_text;
+    QRect m_area;
+};
