@@ -1,0 +1,32 @@
+#include "Views/Utils/BWFittingFont.h"
+
+#include "Utils/BWUIUtils.h"
+
+#include <QScopedValueRollback>
+#include <QWidget>
+
+BWFittingFont::BWFittingFont(QWidget *widget) : m_widget(widget), m_fullFont(widget->font()) { }
+
+QFont BWFittingFont::smallestFont() const
+{
+    QFont font = m_fullFont;
+    if (font.pointSizeF() > minimumSize)
+        font.setPointSizeF(minimumSize);
+    return font;
+}
+
+void BWFittingFont::fit(const QString &text, const QSizeF &bounds)
+{
+    QFont font = m_fullFont;
+    font.setPointSizeF(BWUIUtils::fontToFit(m_fullFont, bounds, text, minimumSize).pointSizeF());
+    const QScopedValueRollback guard(m_setting, true);
+    m_widget->setFont(font);
+}
+
+bool BWFittingFont::takeChangedFont()
+{
+    if (m_setting)
+        return false;
+    m_fullFont = m_widget->font();
+    return true;
+}
