@@ -1,0 +1,51 @@
+#include "Views/Utils/BWMessageBoxAlertPresenter.h"
+
+#include "Model/BWLocalizationManager.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+BWMessageBoxAlertPresenter::BWMessageBoxAlertPresenter(BWLocalizationManager &manager,
+                                                       std::function<QWidget *()> window)
+    : m_manager(manager), m_window(std::move(window))
+{
+}
+
+void BWMessageBoxAlertPresenter::presentOK(const QString &title, const QString &message)
+{
+    present(title, message, false);
+}
+
+bool BWMessageBoxAlertPresenter::presentOKCancel(const QString &title, const QString &message)
+{
+    return present(title, message, true);
+}
+
+bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &message, bool withCancel)
+{
+    QWidget *parent = QApplication::activeWindow();
+    if (!parent && m_window)
+        parent = m_window();
+    QMessageBox box(parent);
+    box.setIcon(withCancel ? QMessageBox::Question : QMessageBox::Warning);
+    box.setTextFormat(Qt::PlainText);
+    box.setWindowTitle(title);
+    box.setText(title);
+    box.setInformativeText(message);
+
+    QPushButton *ok = box.addButton(m_manager.localize(BWLocalizableString(u"general"_s, u"option_ok"_s, u"OK"_s)),
+                                    QMessageBox::AcceptRole);
+    box.setDefaultButton(ok);
+    box.setEscapeButton(ok);
+    if (withCancel) {
+        QPushButton *cancel =
+            box.addButton(m_manager.localize(BWLocalizableString(u"general"_s, u"option_cancel"_s, u"Cancel"_s)),
+                          QMessageBox::RejectRole);
+        box.setEscapeButton(cancel);
+    }
+    box.exec();
+    return box.clickedButton() == ok;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Utils/BWAlertPresenter.h"
+
+#include <functional>
+
+class BWLocalizationManager;
+class QWidget;
+
+/// Shows alerts as message boxes over the active window, or over the window told when none of ours is active.
+/// GUI thread.
+class BWMessageBoxAlertPresenter : public BWAlertPresenter {
+public:
+    /// `window` answers the main window, or null while there is none. The manager must outlive the presenter.
+    explicit BWMessageBoxAlertPresenter(BWLocalizationManager &manager, std::function<QWidget *()> window = {});
+
+    void presentOK(const QString &title, const QString &message) override;
+    bool presentOKCancel(const QString &title, const QString &message) override;
+
+private:
+    bool present(const QString &title, const QString &message, bool withCancel);
+
+    BWLocalizationManager &m_manager;
+    std::function<QWidget *()> m_window;
+};
