@@ -1,0 +1,87 @@
+#include "Views/BWNoCameraProductSheetWindowController.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/Utils/BWNoticeView.h"
+
+#include <QComboBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+BWNoCameraProductSheetWindowController::BWNoCameraProductSheetWindowController(ProductsByCameraIdentifier products,
+                                                                               QWidget *parent)
+    : QDialog(parent),
+      m_productsByCameraIdentifier(std::move(products)),
+      m_sheet(this),
+      m_view(new BWNoticeView(u"brimwellpro-which-model"_s)),
+      m_popup(new QComboBox),
+      m_askLaterButton(m_view->addButton()),
+      m_okButton(m_view->addButton())
+{
+    setWindowFlags(Qt::Sheet);
+    m_view->addContent(m_popup);
+    m_okButton->setDefault(true);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(m_view);
+    connect(m_okButton, &QPushButton::clicked, this, &BWNoCameraProductSheetWindowController::onOK);
+    connect(m_askLaterButton, &QPushButton::clicked, this, &BWNoCameraProductSheetWindowController::onAskLater);
+}
+
+void BWNoCameraProductSheetWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    m_manager = &manager;
+    const QString heading =
+        manager.localize(BWLocalizableString(u"no_product_sheet"_s, u"heading_label"_s, u"Which camera is this?"_s));
+    setWindowTitle(heading);
+    m_view->setHeading(heading);
+    m_view->setExplanation(manager.localize(
+        BWLocalizableString(u"no_product_sheet"_s, u"please_select_product_label"_s,
+                            u"Please choose the model that you plugged in, so that its settings fit. You can change "
+                            "your choice later in the settings."_s)));
+    m_popup->setAccessibleName(heading);
+    m_okButton->setText(manager.localize(BWLocalizableString(u"no_product_sheet"_s, u"ok_button"_s, u"OK"_s)));
+    m_askLaterButton->setText(
+        manager.localize(BWLocalizableString(u"no_product_sheet"_s, u"ask_later_button"_s, u"Ask Me Later"_s)));
+}
+
+QString BWNoCameraProductSheetWindowController::localizeProductName(const BWCameraProduct &product) const
+{
+    if (!m_manager)
+        return product.name();
+    return m_manager->localize(BWLocalizableString(u"camera_product"_s, product.identifier(), product.name()));
+}
+
+void BWNoCameraProductSheetWindowController::setCamera(const BWCameraPtr &camera)
+{
+    m_camera = camera;
+    m_products = camera ? m_productsByCameraIdentifier(camera->identifierForProducts()) : QList<BWCameraProductPtr>();
+    m_popup->clear();
+    for (const BWCameraProductPtr &product : std::as_const(m_products))
+        m_popup->addItem(localizeProductName(*product));
+    m_popup->setCurrentIndex(m_products.isEmpty() ? -1 : 0);
+    m_okButton->setEnabled(!m_products.isEmpty());
+}
+
+BWCameraProductPtr BWNoCameraProductSheetWindowController::selectedProduct() const
+{
+    return m_products.value(m_popup->currentIndex());
+}
+
+void BWNoCameraProductSheetWindowController::beginSheet(QWidget *window, BWSheet::Completion completion)
+{
+    m_popup->setFocus();
+    m_sheet.begin(window, std::move(completion));
+}
+
+void BWNoCameraProductSheetWindowController::onOK()
+{
+    m_sheet.endWithCode(1);
+}
+
+void BWNoCameraProductSheetWindowController::onAskLater()
+{
+    m_sheet.endWithCode(0);
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/BWCameraProduct.h"
+#include "Model/BWLocalizationManagerDelegate.h"
+#include "Views/Utils/BWSheet.h"
+
+#include <functional>
+#include <QDialog>
+
+class BWLocalizationManager;
+class BWNoticeView;
+class QComboBox;
+class QPushButton;
+
+/// The sheet that asks which model a newly seen camera is. Its result code is 1 when the user chose (selectedProduct()
+/// tells what), 0 when the user wants to be asked later; Escape means later. GUI thread.
+class BWNoCameraProductSheetWindowController final : public QDialog, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    /// Answers the products of a camera by its identifierForProducts, in the order in which they are offered.
+    using ProductsByCameraIdentifier = std::function<QList<BWCameraProductPtr>(const QString &cameraIdentifier)>;
+
+    explicit BWNoCameraProductSheetWindowController(ProductsByCameraIdentifier products, QWidget *parent = nullptr);
+
+    /// The manager is kept for the product names and must outlive the sheet.
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// The camera that is asked about; null once it is gone. Setting it fills the list and selects the first product.
+    void setCamera(const BWCameraPtr &camera);
+    BWCameraPtr camera() const { return m_camera.lock(); }
+
+    /// Null when there is none to choose from.
+    BWCameraProductPtr selectedProduct() const;
+
+    void beginSheet(QWidget *window, BWSheet::Completion completion);
+    /// Closes the sheet without a result.
+    void end() { m_sheet.end(); }
+    bool isSheetOpen() const { return m_sheet.isOpen(); }
+
+    void onOK();
+    void onAskLater();
+    void reject() override { onAskLater(); }
+
+private:
+    QString localizeProductName(const BWCameraProduct &product) const;
+
+    ProductsByCameraIdentifier m_productsByCameraIdentifier;
+    BWSheet m_sheet;
+    BWLocalizationManager *m_manager = nullptr;
+    std::weak_ptr<BWCamera> m_camera;
+    QList<BWCameraProductPtr> m_products;
+    BWNoticeView *m_view;
+    QComboBox *m_popup;
+    QPushButton *m_askLaterButton;
+    QPushButton *m_okButton;
+};

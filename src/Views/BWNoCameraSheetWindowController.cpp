@@ -1,0 +1,61 @@
+#include "Views/BWNoCameraSheetWindowController.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/Utils/BWNoticeView.h"
+#include "Views/Utils/BWPreparingView.h"
+
+#include <QCloseEvent>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+BWNoCameraSheetWindowController::BWNoCameraSheetWindowController(PendingDevices pendingDevices, BWClock &clock,
+                                                                 QWidget *parent)
+    : BWNoCameraBaseWindowController(std::move(pendingDevices), clock, parent),
+      m_sheet(this),
+      m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
+      m_preparing(new BWPreparingView),
+      m_terminateButton(m_view->addButton())
+{
+    setWindowFlags(Qt::Sheet);
+    m_view->addContent(m_preparing);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(m_view);
+    connect(m_terminateButton, &QPushButton::clicked, this, &BWNoCameraSheetWindowController::onTerminate);
+    windowDidLoad();
+}
+
+void BWNoCameraSheetWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    const QString heading =
+        manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"heading_label"_s, u"The camera was unplugged"_s));
+    setWindowTitle(heading);
+    m_view->setHeading(heading);
+    m_view->setExplanation(manager.localize(
+        BWLocalizableString(u"no_camera_sheet"_s, u"no_camera_label"_s,
+                            u"Plug it in again, or plug in another one, to carry on. The snapshots and videos in your "
+                            "albums are safe."_s)));
+    m_preparing->setText(manager.localize(
+        BWLocalizableString(u"no_camera_sheet"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready…"_s)));
+    m_terminateButton->setText(
+        manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
+}
+
+void BWNoCameraSheetWindowController::setPreparingCamera(bool preparing)
+{
+    m_preparing->setPreparing(preparing);
+}
+
+void BWNoCameraSheetWindowController::onTerminate()
+{
+    m_sheet.endWithCode(1);
+}
+
+void BWNoCameraSheetWindowController::closeEvent(QCloseEvent *event)
+{
+    event->accept();
+    onTerminate();
+}

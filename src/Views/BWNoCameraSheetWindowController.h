@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Views/BWNoCameraBaseWindowController.h"
+#include "Views/Utils/BWSheet.h"
+
+class BWNoticeView;
+class BWPreparingView;
+class QPushButton;
+
+/// The sheet on the main window when the camera in use has gone away. Its result code is 1 when the user wants the
+/// program to end; there is no other way out but a camera that comes, upon which the sheet is ended from outside.
+class BWNoCameraSheetWindowController final : public BWNoCameraBaseWindowController {
+    Q_OBJECT
+
+public:
+    explicit BWNoCameraSheetWindowController(PendingDevices pendingDevices, BWClock &clock = BWClock::system(),
+                                             QWidget *parent = nullptr);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+    void setPreparingCamera(bool preparing) override;
+
+    void beginSheet(QWidget *window, BWSheet::Completion completion) { m_sheet.begin(window, std::move(completion)); }
+    /// Closes the sheet without a result.
+    void end() { m_sheet.end(); }
+    bool isSheetOpen() const { return m_sheet.isOpen(); }
+
+    void onTerminate();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    BWSheet m_sheet;
+    BWNoticeView *m_view;
+    BWPreparingView *m_preparing;
+    QPushButton *m_terminateButton;
+};

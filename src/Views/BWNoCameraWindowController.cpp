@@ -1,0 +1,62 @@
+#include "Views/BWNoCameraWindowController.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/Utils/BWNoticeView.h"
+#include "Views/Utils/BWPreparingView.h"
+
+#include <QCloseEvent>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+BWNoCameraWindowController::BWNoCameraWindowController(PendingDevices pendingDevices, BWClock &clock)
+    : BWNoCameraBaseWindowController(std::move(pendingDevices), clock, nullptr),
+      m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
+      m_preparing(new BWPreparingView),
+      m_closeButton(m_view->addButton())
+{
+    m_view->addContent(m_preparing);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(m_view);
+    connect(m_closeButton, &QPushButton::clicked, this, &BWNoCameraWindowController::onClose);
+    windowDidLoad();
+}
+
+void BWNoCameraWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    setWindowTitle(
+        manager.localize(BWLocalizableString(u"no_camera_window"_s, u"window_title"_s, u"Welcome to BrimwellPro"_s)));
+    m_view->setHeading(
+        manager.localize(BWLocalizableString(u"no_camera_window"_s, u"heading_label"_s, u"Plug in your camera"_s)));
+    m_view->setExplanation(manager.localize(BWLocalizableString(
+        u"no_camera_window"_s, u"welcome_no_camera_label"_s,
+        u"Connect it to a USB port of this computer. For a wireless camera, plug in the receiver and switch the camera "
+        "on. The live image then appears by itself."_s)));
+    m_preparing->setText(manager.localize(
+        BWLocalizableString(u"no_camera_window"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready…"_s)));
+    m_closeButton->setText(
+        manager.localize(BWLocalizableString(u"no_camera_window"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
+}
+
+void BWNoCameraWindowController::setPreparingCamera(bool preparing)
+{
+    m_preparing->setPreparing(preparing);
+}
+
+void BWNoCameraWindowController::onClose()
+{
+    if (m_terminating)
+        return; // ending the program closes this window once more
+    const QScopedValueRollback guard(m_terminating, true);
+    Q_EMIT terminateRequested();
+}
+
+void BWNoCameraWindowController::closeEvent(QCloseEvent *event)
+{
+    event->accept();
+    onClose();
+}

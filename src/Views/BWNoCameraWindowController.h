@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Views/BWNoCameraBaseWindowController.h"
+
+class BWNoticeView;
+class BWPreparingView;
+class QPushButton;
+
+/// The welcome window: stands alone until the first camera of the run is there. Closing it ends the program.
+class BWNoCameraWindowController final : public BWNoCameraBaseWindowController {
+    Q_OBJECT
+
+public:
+    explicit BWNoCameraWindowController(PendingDevices pendingDevices, BWClock &clock = BWClock::system());
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+    void setPreparingCamera(bool preparing) override;
+
+    void onClose();
+
+Q_SIGNALS:
+    /// The user wants the program to end. Not emitted again while a receiver is still at work.
+    void terminateRequested();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    BWNoticeView *m_view;
+    BWPreparingView *m_preparing;
+    QPushButton *m_closeButton;
+    bool m_terminating = false;
+};

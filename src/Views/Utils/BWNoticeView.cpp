@@ -1,0 +1,92 @@
+#include "Views/Utils/BWNoticeView.h"
+
+#include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWIconView.h"
+
+#include <QEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+constexpr int illustrationSize = 96;
+constexpr int outerMargin = 24;
+constexpr double headingScale = 1.4;
+constexpr double columnWidthInEms = 26;
+} // namespace
+
+BWNoticeView::BWNoticeView(const QString &illustrationName, QWidget *parent)
+    : QWidget(parent),
+      m_heading(new QLabel),
+      m_explanation(new QLabel),
+      m_column(new QVBoxLayout),
+      m_buttons(new QHBoxLayout)
+{
+    for (QLabel *label : {m_heading, m_explanation}) {
+        label->setWordWrap(true);
+        label->setTextFormat(Qt::PlainText);
+        m_column->addWidget(label);
+    }
+    m_column->setSpacing(outerMargin / 2);
+    m_buttons->addStretch();
+
+    auto *upper = new QHBoxLayout;
+    upper->setSpacing(outerMargin);
+    upper->addWidget(new BWIconView(BWIcons::icon(illustrationName), {illustrationSize, illustrationSize}), 0,
+                     Qt::AlignTop);
+    upper->addLayout(m_column, 1);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin * 2 / 3);
+    layout->setSpacing(outerMargin * 2 / 3);
+    layout->addLayout(upper, 1);
+    layout->addLayout(m_buttons);
+    updateFonts();
+}
+
+void BWNoticeView::setHeading(const QString &heading)
+{
+    m_heading->setText(heading);
+}
+
+void BWNoticeView::setExplanation(const QString &explanation)
+{
+    m_explanation->setText(explanation);
+}
+
+QString BWNoticeView::explanation() const
+{
+    return m_explanation->text();
+}
+
+void BWNoticeView::addContent(QWidget *widget)
+{
+    m_column->addWidget(widget);
+}
+
+QPushButton *BWNoticeView::addButton()
+{
+    auto *button = new QPushButton;
+    button->setAutoDefault(false);
+    m_buttons->addWidget(button);
+    return button;
+}
+
+void BWNoticeView::updateFonts()
+{
+    QFont large = font();
+    if (large.pointSizeF() > 0)
+        large.setPointSizeF(large.pointSizeF() * headingScale);
+    large.setWeight(QFont::DemiBold);
+    m_heading->setFont(large);
+    const int width = qRound(columnWidthInEms * QFontMetricsF(font()).horizontalAdvance(u'M'));
+    m_heading->setFixedWidth(width);
+    m_explanation->setFixedWidth(width);
+}
+
+void BWNoticeView::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        updateFonts();
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QWidget>
+
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+class QVBoxLayout;
+
+/// The inside of a small window that tells the user one thing: an illustration on the left; a heading, an explanation
+/// and whatever else there is to show on the right; buttons at the bottom right. GUI thread.
+class BWNoticeView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BWNoticeView(const QString &illustrationName, QWidget *parent = nullptr);
+
+    void setHeading(const QString &heading);
+    void setExplanation(const QString &explanation);
+    QString explanation() const;
+
+    /// Adds something below the explanation.
+    void addContent(QWidget *widget);
+    /// Adds a button to the right of those already there.
+    QPushButton *addButton();
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void updateFonts();
+
+    QLabel *m_heading;
+    QLabel *m_explanation;
+    QVBoxLayout *m_column;
+    QHBoxLayout *m_buttons;
+};
