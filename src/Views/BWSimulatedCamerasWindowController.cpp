@@ -1,0 +1,54 @@
+#include "Views/BWSimulatedCamerasWindowController.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/BWSimulatedCameraRow.h"
+
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QLabel>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int outerMargin = 16;
+constexpr int columnSpacing = 12;
+} // namespace
+
+BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
+    const QList<std::shared_ptr<BWSimulatedCamera>> &cameras, QWidget *parent)
+    : QWidget(parent, Qt::Tool), m_noCamerasLabel(new QLabel)
+{
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
+    grid->setHorizontalSpacing(columnSpacing);
+    grid->setSizeConstraint(QLayout::SetFixedSize);
+    grid->addWidget(m_noCamerasLabel, 0, 0, 1, 4);
+    m_noCamerasLabel->setVisible(cameras.isEmpty());
+    for (const std::shared_ptr<BWSimulatedCamera> &camera : cameras)
+        m_rows << new BWSimulatedCameraRow(camera, grid, this);
+}
+
+void BWSimulatedCamerasWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    setWindowTitle(manager.localize(
+        BWLocalizableString(u"simulated_cameras_window"_s, u"window_title"_s, u"Simulated cameras"_s)));
+    m_noCamerasLabel->setText(manager.localize(BWLocalizableString(u"simulated_cameras_window"_s, u"no_cameras_label"_s,
+                                                                   u"No camera is simulated in this run."_s)));
+    for (BWSimulatedCameraRow *row : std::as_const(m_rows))
+        row->localize(manager);
+}
+
+void BWSimulatedCamerasWindowController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    for (BWSimulatedCameraRow *row : std::as_const(m_rows))
+        row->update();
+}
+
+void BWSimulatedCamerasWindowController::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Cancel))
+        hide();
+    else
+        QWidget::keyPressEvent(event);
+}

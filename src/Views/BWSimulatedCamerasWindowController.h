@@ -1,0 +1,31 @@
+#pragma once
+
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "Model/BWLocalizationManagerDelegate.h"
+
+#include <memory>
+#include <QList>
+#include <QWidget>
+
+class BWSimulatedCameraRow;
+class QLabel;
+
+/// The hand that holds the simulated cameras, on the screen: plugs each one in and out, presses its button, and holds it
+/// as another program would. GUI thread.
+class BWSimulatedCamerasWindowController final : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    explicit BWSimulatedCamerasWindowController(const QList<std::shared_ptr<BWSimulatedCamera>> &cameras,
+                                                QWidget *parent = nullptr);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QList<BWSimulatedCameraRow *> m_rows;
+    QLabel *m_noCamerasLabel;
+};
