@@ -80,22 +80,19 @@ bw_install_packages() {
         bw_fail "The packages could not be installed."
 }
 
-# bw_configure PRESET OPTION...: configures unless it was done before with the same options; ninja repeats it when
-# the build description changes. A checkout that was moved or copied starts afresh.
+# bw_is_configured PRESET: whether ninja can take it from here; it configures again when the build description changes.
+bw_is_configured() {
+    local build=$BW_ROOT/build/$1
+    [ -f "$build/build.ninja" ] && grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$BW_ROOT" "$build/CMakeCache.txt"
+}
+
+# bw_configure PRESET OPTION...: configures; a checkout that was moved or copied starts afresh.
 bw_configure() {
-    local preset=$1 build=$BW_ROOT/build/$1 fresh=()
+    local preset=$1 fresh=()
     shift
-    mkdir -p "$build"
-    if [ -f "$build/CMakeCache.txt" ]; then
-        grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$BW_ROOT" "$build/CMakeCache.txt" || fresh=(--fresh)
-    fi
-    if [ "${#fresh[@]}" = 0 ] && [ -f "$build/build.ninja" ] &&
-        [ "$*" = "$(cat "$build/.bw-options" 2>/dev/null)" ]; then
-        return
-    fi
+    bw_is_configured "$preset" || fresh=(--fresh)
     (cd "$BW_ROOT" && bw_logged "configure-$preset.log" cmake --preset "$preset" "${fresh[@]}" "$@") ||
         bw_fail "The $preset build could not be configured."
-    printf '%s\n' "$*" >"$build/.bw-options"
 }
 
 # bw_build PRESET TARGET...: builds those targets, or everything.

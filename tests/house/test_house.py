@@ -1,0 +1,87 @@
+#!/usr/bin/env python3
+"""Shows that house.py finds each fault it is there for: every case is a small tree with one fault in it."""
+
+import tempfile
+import unittest
+from pathlib import Path
+
+from house import House
+
+WIDGETS = {"QWidget", "QLabel"}
+GOOD = {
+    "driver/include/BWACUDriver/BWCamera.h": "#pragma once\n",
+    "driver/src/Usb.h": "#pragma once\n#include \"BWACUDriver/BWCamera.h\"\n",
+    "driver/src/Usb.cpp": "#include \"Usb.h\"\n#include <vector>\n",
+    "driver/CMakeLists.txt": "bw_library(BWACUDriver DIRS src LINK Qt6::Core)\n",
+    "src/Utils/Paths.h": "#pragma once\n#include <QString>\n",
+    "src/Model/Album.h": "#pragma once\n#include \"Utils/Paths.h\"\n",
+    "src/Model/Album.cpp": "#include \"Model/Album.h\"\n#include <BWACUDriver/BWCamera.h>\n// a QWidget shows it\n"
+                           "const char *text = \"QLabel\";\n",
+    "src/Views/AlbumView.h": "#pragma once\n#include <QWidget>\n#include \"Model/Album.h\"\n",
+    "src/AppDelegate.h": "#pragma once\n#include \"Views/AlbumView.h\"\n",
+    "src/main.cpp": "#include \"AppDelegate.h\"\n",
+    "src/CMakeLists.txt": "bw_library(bw_utils DIRS Utils LINK Qt6::Core)\n"
+                          "bw_library(bw_model DIRS Model LINK bw_utils BWACUDriver Qt6::Gui) # never Qt6::Widgets\n"
+                          "bw_library(bw_views DIRS Views LINK bw_model Qt6::Widgets)\n",
+    "tests/model/tst_album.cpp": "#include \"Usb.h\"\n#include <QWidget>\n",
+}
+
+
+def faults_of(changes):
+    with tempfile.TemporaryDirectory() as root:
+        for name, text in {**GOOD, **changes}.items():
+            path = Path(root, name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text)
+        return House(root, WIDGETS).check()
+
+
+class HouseTest(unittest.TestCase):
+    def test_good_tree(self):
+        self.assertEqual(faults_of({}), [])
+
+    def test_faults(self):
+        long_header = "#pragma once\n" + "\n" * 150
+        cases = {
+            "driver uses Utils": ("driver/src/A.cpp", '#include "Utils/Paths.h"\n', "driver may not use Utils"),
+            "Utils uses Model": ("src/Utils/A.cpp", '#include "Model/Album.h"\n', "Utils may not use Model"),
+            "Model uses Views": ("src/Model/A.cpp", '#include "Views/AlbumView.h"\n', "Model may not use Views"),
+            "by a relative path": ("src/Model/A.cpp", '#include "../Views/AlbumView.h"\n', "Model may not use Views"),
+            "in angle brackets": ("src/Model/A.cpp", "#include <Views/AlbumView.h>\n", "Model may not use Views"),
+            "Views use the app": ("src/Views/A.cpp", '#include "AppDelegate.h"\n', "Views may not use app"),
+            "inside of the driver": ("src/Views/A.cpp", '#include "Usb.h"\n', "the driver's own"),
+            "program uses a test": ("src/Views/A.cpp", '#include "tests/model/tst_album.cpp"\n', "no part of"),
+            "widget header": ("src/Model/A.cpp", "#include <QLabel>\n", "QLabel is of Qt Widgets"),
+            "whole module": ("src/Utils/A.cpp", "#include <QtWidgets/QtWidgets>\n", "is of Qt Widgets"),
+            "old header name": ("driver/src/A.cpp", "#include <qlabel.h>\n", "is of Qt Widgets"),
+            "widget declared": ("src/Model/A.h", "#pragma once\nclass QWidget;\n", "QWidget is of Qt Widgets"),
+            "own header second": ("driver/src/Usb.cpp", '#include <vector>\n#include "Usb.h"\n', "Usb.h comes first"),
+            "no pragma once": ("src/Views/A.h", "class A;\n", "#pragma once"),
+            "long header": ("src/Views/A.h", long_header, "151 lines; 150 is the most"),
+            "long source": ("tests/model/tst_a.cpp", "\n" * 701, "701 lines; 700 is the most"),
+            "unfinished": ("src/Views/A.cpp", "// TODO\n", "unfinished"),
+            "skipped test": ("tests/model/tst_a.cpp", 'QSKIP("later");\n', "unfinished"),
+            "Model linked with Views": ("src/Model/CMakeLists.txt", "target_link_libraries(bw_model PUBLIC bw_views)\n",
+                                        "bw_model may not link bw_views"),
+            "driver linked with Utils": ("driver/CMakeLists.txt", "bw_library(BWACUDriver DIRS src\n LINK bw_utils)\n",
+                                         "BWACUDriver may not link bw_utils"),
+            "Model linked with widgets": ("src/Model/CMakeLists.txt",
+                                          "bw_library(bw_model DIRS a PRIVATE_LINK Qt6::Widgets)\n",
+                                          "bw_model may not link Qt6::Widgets"),
+            "driver's sources on the path": ("src/App/CMakeLists.txt",
+                                             "target_include_directories(bw_views PRIVATE ../../driver/src)\n",
+                                             "bw_views may not see"),
+        }
+        for name, (path, text, expected) in cases.items():
+            with self.subTest(name):
+                faults = faults_of({path: text})
+                self.assertEqual(len(faults), 1, faults)
+                self.assertIn(expected, faults[0])
+
+    def test_files_that_are_long_on_the_whole(self):
+        files = {f"src/Views/A{number}.cpp": "\n" * 200 for number in range(9)}
+        self.assertIn("half of the .cpp files", " ".join(faults_of(files)))
+
+
+if __name__ == "__main__":
+    unittest.main()
