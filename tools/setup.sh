@@ -39,8 +39,9 @@ bw_packages() {
 bw_missing_packages() {
     local wanted
     mapfile -t wanted < <(bw_packages "$@")
-    dpkg-query --show --showformat='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null |
-        awk 'NR == FNR { if ($2 == "installed") have[$1]; next } !($1 in have)' - <(printf '%s\n' "${wanted[@]}")
+    comm -23 <(printf '%s\n' "${wanted[@]}" | LC_ALL=C sort) \
+        <(dpkg-query --show --showformat='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null |
+            sed -n 's/ installed$//p' | LC_ALL=C sort -u)
 }
 
 # bw_as_root COMMAND...: runs it as root; sudo asks for the password where there is someone to ask.
