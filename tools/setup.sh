@@ -67,7 +67,7 @@ bw_install_packages() {
     mapfile -t missing < <(bw_missing_packages "$@")
     [ "${#missing[@]}" = 0 ] && return
 
-    bw_say "Installing ${#missing[@]} Debian packages: ${missing[*]}"
+    bw_say "Installing Debian packages: ${missing[*]}"
     if [ "$(id -u)" != 0 ]; then
         command -v sudo >/dev/null ||
             bw_fail "That needs root, and there is no sudo. As root: apt-get install ${missing[*]}"

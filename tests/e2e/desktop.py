@@ -1,0 +1,173 @@
+"""A desktop of one's own: a virtual display with a window manager and a session bus, in a throw-away folder."""
+
+import mmap
+import os
+import shutil
+import signal
+import struct
+import subprocess
+import tempfile
+import time
+import zlib
+from pathlib import Path
+
+WIDTH, HEIGHT = 1280, 800
+MISSING = "{} is missing; install the test packages of tools/packages.txt"
+
+
+class Failure(Exception):
+    """Something did not come about. The text says what."""
+
+
+def wait_until(what, condition, seconds=20.0, step=0.05):
+    """The first true answer of `condition`, asked again and again; fails when it stays false for `seconds`."""
+    end = time.monotonic() + seconds
+    while True:
+        answer = condition()
+        if answer:
+            return answer
+        if time.monotonic() > end:
+            raise Failure(f"not within {seconds:g} s: {what}")
+        time.sleep(step)
+
+
+class Picture:
+    """Pixels of the screen, as (red, green, blue)."""
+
+    def __init__(self, width, height, rows):
+        self.width, self.height = width, height
+        self._rows = rows  # four bytes a pixel: blue, green, red, unused
+
+    def pixel(self, x, y):
+        row = self._rows[y]
+        return row[4 * x + 2], row[4 * x + 1], row[4 * x]
+
+    def save_png(self, path):
+        data = bytearray()
+        for row in self._rows:
+            line = bytearray(3 * self.width)
+            line[0::3], line[1::3], line[2::3] = row[2::4], row[1::4], row[0::4]
+            data += b"\0" + line
+
+        def chunk(kind, content):
+            return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", zlib.crc32(kind + content))
+
+        header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2, 0, 0, 0)
+        Path(path).write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) +
+                               chunk(b"IDAT", zlib.compress(bytes(data), 6)) + chunk(b"IEND", b""))
+
+
+class Desktop:
+    """Used with `with`: started on entry; all that it started is ended and its folder removed on exit.
+
+    `environment` is what a program needs to run on it. Home and settings are below `folder`, so nothing of the
+    person who runs it is read or written.
+    """
+
+    def __init__(self, keep=False, accessibility=True):
+        self.keep = keep
+        self.accessibility = accessibility
+        self._processes = []
+        self._screen = None
+
+    def __enter__(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="brimwellpro-", dir=os.environ.get("TMPDIR") or "/var/tmp"))
+        try:
+            self._start()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self._processes):
+            self._end(process)
+        if self.keep:
+            print(f"kept: {self.folder}", flush=True)
+        else:
+            shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _start(self):
+        self.home = self.folder / "home"
+        places = {"HOME": self.home, "XDG_CONFIG_HOME": self.home / ".config", "XDG_DATA_HOME": self.home / ".local/share",
+                  "XDG_STATE_HOME": self.home / ".local/state", "XDG_CACHE_HOME": self.home / ".cache",
+                  "XDG_RUNTIME_DIR": self.folder / "run", "TMPDIR": self.folder / "tmp"}
+        for place in places.values():
+            place.mkdir(parents=True, exist_ok=True)
+        places["XDG_RUNTIME_DIR"].chmod(0o700)
+        kept = {name: os.environ[name] for name in ("PATH", "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
+                if name in os.environ}
+        self.environment = {**kept, **{name: str(place) for name, place in places.items()},
+                            "LC_ALL": "C.UTF-8", "TZ": "Europe/Berlin", "QT_QPA_PLATFORM": "xcb"}
+
+        self._start_display()
+        if self.accessibility:
+            with open(self.folder / "bus.log", "wb") as log:
+                bus = self.spawn(["dbus-daemon", "--session", "--nofork", "--print-address=1"],
+                                 stdout=subprocess.PIPE, stderr=log)
+            self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
+            self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+        self.spawn(["openbox"], log="openbox.log")
+        wait_until("the window manager is there",
+                   lambda: b"window id" in self.output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]))
+
+    def _start_display(self):
+        reading, writing = os.pipe()
+        self.spawn(["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp",
+                    "-fbdir", str(self.folder)], log="xvfb.log", pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise Failure("the virtual display does not start: " + (self.folder / "xvfb.log").read_text())
+        self.environment["DISPLAY"] = ":" + number
+        with open(self.folder / "Xvfb_screen0", "rb") as screen:
+            self._screen = mmap.mmap(screen.fileno(), 0, prot=mmap.PROT_READ)
+
+    def spawn(self, command, log=None, **options):
+        """Starts a process of this desktop. Its output goes to the file `log` in the folder, if given."""
+        if not shutil.which(command[0]):
+            raise Failure(MISSING.format(command[0]))
+        if log:
+            options["stdout"] = open(self.folder / log, "wb")
+            options["stderr"] = subprocess.STDOUT
+        process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL, start_new_session=True,
+                                   **options)
+        if log:
+            options["stdout"].close()
+        self._processes.append(process)
+        return process
+
+    def _end(self, process):
+        for signum in (signal.SIGTERM, signal.SIGKILL):
+            if process.poll() is None:
+                process.send_signal(signum)
+                try:
+                    process.wait(timeout=5)
+                except subprocess.TimeoutExpired:
+                    pass
+
+    def output(self, command):
+        return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, check=False).stdout
+
+    def input(self, *arguments):
+        """Moves the mouse, presses buttons and keys: the arguments of xdotool."""
+        subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, stdin=subprocess.DEVNULL, check=True)
+
+    def click(self, x, y):
+        self.input("mousemove", x, y, "click", 1)
+
+    def key(self, keys):
+        self.input("key", "--clearmodifiers", keys)
+
+    def picture(self, x=0, y=0, width=WIDTH, height=HEIGHT):
+        """What the screen shows now. The part that lies outside of it is cut off."""
+        right, bottom = min(x + width, WIDTH), min(y + height, HEIGHT)
+        x, y = max(0, x), max(0, y)
+        width, height = right - x, bottom - y
+        header = struct.unpack(">25I", self._screen[:100])
+        offset, line = header[0] + 12 * header[19], header[12]
+        rows = [self._screen[offset + row * line + 4 * x:offset + row * line + 4 * (x + width)]
+                for row in range(y, y + height)]
+        return Picture(width, height, rows)

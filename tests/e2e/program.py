@@ -1,0 +1,151 @@
+"""The program on a desktop of a test's own, seen as a screen reader sees it and used as a person uses it."""
+
+import os
+import subprocess
+import sys
+from collections import namedtuple
+
+from desktop import Failure, wait_until
+
+Area = namedtuple("Area", "x y width height")
+
+
+class Element:
+    """One element of a window: what it is, what it is called, where it is on the screen."""
+
+    def __init__(self, accessible, atspi):
+        self._accessible = accessible
+        self._atspi = atspi
+
+    @property
+    def role(self):
+        return self._accessible.get_role_name()
+
+    @property
+    def name(self):
+        return self._accessible.get_name() or ""
+
+    def is_called(self, name):
+        """By its own name or by that of its label. A combo box is named after its choice, so only the label tells."""
+        if self.name == name:
+            return True
+        labels = self._atspi.RelationType.LABELLED_BY
+        return any(relation.get_target(index).get_name() == name
+                   for relation in self._accessible.get_relation_set() or []
+                   if relation.get_relation_type() == labels for index in range(relation.get_n_targets()))
+
+    @property
+    def area(self):
+        extents = self._accessible.get_component_iface().get_extents(self._atspi.CoordType.SCREEN)
+        return Area(extents.x, extents.y, extents.width, extents.height)
+
+    def has_state(self, name):
+        return self._accessible.get_state_set().contains(getattr(self._atspi.StateType, name.upper()))
+
+    @property
+    def showing(self):
+        return self.has_state("showing")
+
+    def children(self):
+        for index in range(self._accessible.get_child_count()):
+            child = self._accessible.get_child_at_index(index)
+            if child:
+                yield Element(child, self._atspi)
+
+    def descendants(self):
+        for child in self.children():
+            yield child
+            yield from child.descendants()
+
+
+class Program:
+    """Started at once, with its output in program.log of the desktop's folder."""
+
+    def __init__(self, desktop, command, environment=None):
+        self.desktop = desktop
+        desktop.environment.update(environment or {})
+        self.log_file = desktop.folder / "program.log"
+        self._process = desktop.spawn(command, log=self.log_file.name)
+        self._atspi = None
+
+    @property
+    def pid(self):
+        return self._process.pid
+
+    @property
+    def log(self):
+        return self.log_file.read_text(errors="replace")
+
+    @property
+    def running(self):
+        return self._process.poll() is None
+
+    def wait_for_end(self, seconds=20):
+        try:
+            return self._process.wait(timeout=seconds)
+        except subprocess.TimeoutExpired:
+            raise Failure(f"the program has not ended within {seconds:g} s") from None
+
+    def _accessibility(self):
+        if self._atspi is None:
+            for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"):
+                os.environ[name] = self.desktop.environment[name]
+            if "/usr/lib/python3/dist-packages" not in sys.path:
+                sys.path.append("/usr/lib/python3/dist-packages")
+            import gi  # only here: it looks at the environment
+            gi.require_version("Atspi", "2.0")
+            from gi.repository import Atspi
+            Atspi.init()
+            self._atspi = Atspi
+        return self._atspi
+
+    def windows(self):
+        """The visible windows, dialogs included."""
+        if not self.running:
+            raise Failure(f"the program has ended with {self._process.returncode}")
+        atspi = self._accessibility()
+        desktop = atspi.get_desktop(0)
+        desktop.clear_cache()
+        for index in range(desktop.get_child_count()):
+            application = desktop.get_child_at_index(index)
+            if application and application.get_process_id() == self.pid:
+                return [window for window in Element(application, atspi).children() if window.showing]
+        return []
+
+    def window(self, role, name=None):
+        """The first visible window of that role ("frame" or "dialog") and name, or None."""
+        return self._first(self.windows(), role, name)
+
+    def find(self, role, name):
+        """The first visible element of that role and name in any window, or None. No role means any."""
+        return self._first((element for window in self.windows() for element in window.descendants()), role, name)
+
+    def _first(self, elements, role, name):
+        try:
+            return next((element for element in elements
+                         if role in (None, element.role) and (name is None or element.is_called(name))
+                         and element.showing), None)
+        except self._gone():
+            return None  # a window went away under our hands
+
+    def _gone(self):
+        from gi.repository import GLib
+        return GLib.Error
+
+    def wait_for(self, role, name=None, seconds=20):
+        """The element or window of that role and name, as soon as it is to be seen."""
+        return wait_until(f'there is a {role or "thing"} "{name or ""}" to be seen',
+                          lambda: self.window(role, name) or self.find(role, name), seconds)
+
+    def outline(self):
+        """All that is to be seen, one line an element, for the report of a failure."""
+        lines = []
+        for window in self.windows():
+            for element in (window, *window.descendants()):
+                if element.showing and (element.name or element is window):
+                    lines.append(f'{element.role} "{element.name}" {element.area}')
+        return "\n".join(lines)
+
+    def click(self, role, name):
+        area = self.wait_for(role, name).area
+        self.desktop.click(area.x + area.width // 2, area.y + area.height // 2)
