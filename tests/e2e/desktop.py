@@ -113,8 +113,8 @@ class Desktop:
 
     def _start_display(self):
         reading, writing = os.pipe()
-        self.spawn(["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp",
-                    "-fbdir", str(self.folder)], log="xvfb.log", pass_fds=[writing])
+        self.display = self.spawn(["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten",
+                                   "tcp", "-fbdir", str(self.folder)], log="xvfb.log", pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as answer:
             number = answer.readline().strip()

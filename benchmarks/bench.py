@@ -1,0 +1,243 @@
+#!/usr/bin/python3
+"""Measures what the live image costs, beside other programs that show the same pictures on the same virtual display.
+
+CPU per shown frame comes from two runs of different length each, so that starting does not count.
+"""
+
+import argparse
+import os
+import re
+import signal
+import statistics
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "tests" / "e2e"))
+from desktop import Desktop, Failure, wait_until  # noqa: E402
+from live_image import colours  # noqa: E402
+from media import KINDS, Media, title  # noqa: E402
+from players import PLAYERS, PLAYER_ENVIRONMENT, WINDOW, OurProgram, numbers  # noqa: E402
+
+TICK = os.sysconf("SC_CLK_TCK")
+MANY_COLOURS = 400  # no window without a picture has that many
+US = "brimwellpro"
+
+
+def cpu_seconds(pid):
+    fields = Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / TICK
+
+
+def memory_mib(pid):
+    """Resident and proportional set size in MiB."""
+    text = Path(f"/proc/{pid}/smaps_rollup").read_text()
+    return tuple(int(re.search(rf"^{name}:\s+(\d+)", text, re.M).group(1)) / 1024 for name in ("Rss", "Pss"))
+
+
+def table(head, rows):
+    lines = [head, ["---"] * len(head), *rows]
+    return "\n".join("| " + " | ".join(map(str, line)) + " |" for line in lines)
+
+
+class Run:
+    """One run of one program: when it showed the first picture, and what it has used at its end."""
+
+    def __init__(self, desktop, command, environment):
+        self._desktop = desktop
+        desktop.environment.update(environment)
+        self._display_before = cpu_seconds(desktop.display.pid)
+        self._begin = time.monotonic()
+        self.process = desktop.spawn(command, log="program.log")
+        self.first_picture = None
+
+    def wait_for_picture(self):
+        wait_until("the movie is to be seen", lambda: self._ended() or self._picture_there(), seconds=30, step=0.01)
+        if self.process.returncode is not None:
+            raise Failure("the program has ended before it showed a picture:\n" + self.log)
+        self.first_picture = time.monotonic() - self._begin
+
+    def _picture_there(self):
+        return colours(self._desktop.picture(), step=23) > MANY_COLOURS
+
+    def quit(self):
+        self._desktop.key("ctrl+q")
+
+    def wait_for_end(self, seconds=120):
+        wait_until(f"{self.process.args[0]} ends", self._ended, seconds)
+        if self.process.returncode != 0:
+            raise Failure(f"{self.process.args} has ended with {self.process.returncode}:\n{self.log}")
+
+    def _ended(self):
+        if self.process.returncode is None:
+            pid, status, usage = os.wait4(self.process.pid, os.WNOHANG)
+            if pid:
+                self.process.returncode = os.waitstatus_to_exitcode(status)
+                self.cpu = usage.ru_utime + usage.ru_stime
+                self.display_cpu = cpu_seconds(self._desktop.display.pid) - self._display_before
+        return self.process.returncode is not None
+
+    @property
+    def log(self):
+        return (self._desktop.folder / "program.log").read_text(errors="replace")
+
+
+class Bench:
+    def __init__(self, desktop, options):
+        self.desktop = desktop
+        self.media = Media()
+        self.build = options.build
+        self.players = [player for player in PLAYERS if not options.ours]
+        self.ours = OurProgram(options.build / "brimwellpro", desktop.home)
+        self.short, self.long = (1, 3) if options.quick else (2, 10)  # seconds
+        self.starts = 1 if options.quick else 5
+        self.memory_seconds = 20 if options.quick else 120
+        self.kinds = [kind for kind in KINDS if re.search(options.only, title(kind))]
+
+    def run(self):
+        print(f"On {os.cpu_count()} cores, load {os.getloadavg()[0]:.1f} before; window {WINDOW[0]}x{WINDOW[1]}.\n")
+        if self.players:  # its first run looks through all its plugins
+            self.desktop.output(["gst-inspect-1.0", "ximagesink"])
+        self.cpu_table()
+        self.start_table()
+        self.memory_table()
+
+    # CPU
+
+    def cpu_table(self):
+        print("## CPU per shown frame\n\nMilliseconds of the program, and in brackets of the display server for it.\n")
+        rows = [[f"{US}, 100 %"], [f"{US}, 50 %"], *([player.name] for player in self.players), ["TurboJPEG alone"]]
+        for kind in self.kinds:
+            cells = [self.cpu_of_ours(kind, zoom_out=0), self.cpu_of_ours(kind, zoom_out=5),
+                     *(self.cpu_of_player(player, kind) for player in self.players), self.cpu_of_decoder(kind)]
+            for row, cell in zip(rows, cells):
+                row.append(cell)
+                self.progress(f"{title(kind)}: {row[0]}: {cell}")
+        print(table(["", *map(title, self.kinds)], rows))
+        print("\nThe players fit the whole picture into the window; our program shows it at 100 % or 50 % and cuts off "
+              "what does not fit.\n", flush=True)
+
+    def cpu_of_ours(self, kind, zoom_out):
+        def measure(seconds):
+            run = self.start_ours(kind)
+            for _ in range(zoom_out):
+                self.desktop.key("ctrl+minus")
+            time.sleep(seconds)
+            run.quit()
+            run.wait_for_end()
+            return run, self.ours.statistics(run.log)["shown"]
+        return self.cpu_between(measure)
+
+    def start_ours(self, kind):
+        movie = self.media.movie(kind, self.frames(kind, self.long))
+        run = Run(self.desktop, self.ours.command(movie, kind), self.ours.ENVIRONMENT)
+        run.wait_for_picture()
+        return run
+
+    def cpu_of_player(self, player, kind):
+        def measure(seconds):
+            frames = self.frames(kind, seconds)
+            run = Run(self.desktop, player.command(self.media.movie(kind, frames), kind), PLAYER_ENVIRONMENT)
+            run.wait_for_end()
+            return run, frames
+        return self.cpu_between(measure)
+
+    def cpu_between(self, measure):
+        (run_a, shown_a), (run_b, shown_b) = measure(self.short), measure(self.long)
+        frames = shown_b - shown_a
+        if frames < 1:
+            return "no frames"
+        program, display = (1000 * (b - a) / frames for a, b in
+                            ((run_a.cpu, run_b.cpu), (run_a.display_cpu, run_b.display_cpu)))
+        return f"{program:.1f} ({display:.1f})"
+
+    def cpu_of_decoder(self, kind):
+        if kind.format != "MJPEG":
+            return ""
+        frames = self.frames(kind, self.long)
+        output = subprocess.run([self.build / "benchmarks/bw_bench_decode", self.media.pictures(kind), str(frames)],
+                                capture_output=True, text=True, check=True).stdout
+        return f"{numbers(output)['cpu_ms'] / frames:.1f}"
+
+    def frames(self, kind, seconds):
+        return seconds * kind.rate
+
+    # Start
+
+    def start_table(self):
+        print("## From the start of the process to the first picture on the screen\n\nMilliseconds, median of "
+              f"{self.starts}.\n")
+        rows = [[US, *(self.start_of(lambda k=kind: self.start_ours(k)) for kind in self.kinds)]]
+        for player in self.players:
+            rows.append([player.name, *(self.start_of(lambda k=kind: self.start_player(player, k))
+                                        for kind in self.kinds)])
+        print(table(["", *map(title, self.kinds)], rows) + "\n", flush=True)
+
+    def start_player(self, player, kind):
+        movie = self.media.movie(kind, self.frames(kind, self.long))
+        run = Run(self.desktop, player.command(movie, kind), PLAYER_ENVIRONMENT)
+        run.wait_for_picture()
+        return run
+
+    def start_of(self, start):
+        times = []
+        for _ in range(self.starts):
+            run = start()
+            times.append(1000 * run.first_picture)
+            self.end(run)
+        return f"{statistics.median(times):.0f}"
+
+    def end(self, run):
+        run.process.send_signal(signal.SIGTERM)
+        try:
+            run.wait_for_end(10)
+        except Failure:
+            if run.process.returncode is None:
+                raise  # ended by the signal is fine, still there is not
+
+    # Memory
+
+    def memory_table(self):
+        kind = next((kind for kind in reversed(self.kinds) if kind.format == "MJPEG"), None)
+        if not kind:
+            return
+        print(f"## Memory in MiB, {title(kind)}\n\nResident set, and in brackets proportional set.\n")
+        rows = [self.memory_of(US, self.start_ours(kind))]
+        for player in self.players:
+            command = player.loop_command(self.media.movie(kind, self.frames(kind, self.long)), kind)
+            if command:
+                run = Run(self.desktop, command, PLAYER_ENVIRONMENT)
+                run.wait_for_picture()
+                rows.append(self.memory_of(player.name, run))
+        print(table(["", "after 10 s", f"after {self.memory_seconds} s"], rows) + "\n", flush=True)
+
+    def memory_of(self, name, run):
+        cells = []
+        for seconds in (10, self.memory_seconds - 10):
+            time.sleep(seconds)
+            cells.append("%.0f (%.0f)" % memory_mib(run.process.pid))
+        self.end(run)
+        return [name, *cells]
+
+    def progress(self, text):
+        print(text, file=sys.stderr, flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", type=Path, default=ROOT / "build/release", help="where the programs are built")
+    parser.add_argument("--quick", action="store_true", help="shorter runs, less exact")
+    parser.add_argument("--ours", action="store_true", help="leave the other programs out")
+    parser.add_argument("--only", default="", metavar="REGEX", help='only those pictures, e.g. "2592.*MJPEG"')
+    options = parser.parse_args()
+    try:
+        with Desktop(accessibility=False) as desktop:
+            Bench(desktop, options).run()
+    except Failure as failure:
+        sys.exit(f"The benchmark has failed: {failure}")
+
+
+if __name__ == "__main__":
+    main()

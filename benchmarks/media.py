@@ -1,0 +1,60 @@
+"""The movies that all programs show: made once, kept in a cache folder."""
+
+import os
+import subprocess
+from collections import namedtuple
+from pathlib import Path
+
+FORMATS = {
+    "YUYV": ["-c:v", "rawvideo", "-pix_fmt", "yuyv422"],
+    "MJPEG": ["-c:v", "mjpeg", "-pix_fmt", "yuvj422p", "-q:v", "4"],
+}
+DIFFERENT_FRAMES = 15
+
+Kind = namedtuple("Kind", "width height rate format")
+KINDS = [Kind(width, height, rate, name) for name in FORMATS
+         for width, height, rate in ((640, 480, 30), (1920, 1080, 30), (2592, 1944, 15))]
+
+
+def title(kind):
+    return f"{kind.width}x{kind.height} {kind.format}"
+
+
+class Media:
+    def __init__(self):
+        self.folder = Path(os.environ.get("TMPDIR") or "/var/tmp") / f"brimwellpro-benchmark-media-{os.getuid()}"
+        self.folder.mkdir(parents=True, exist_ok=True)
+
+    def movie(self, kind, frames):
+        """A movie of that many frames."""
+        path = self.folder / f"{self._stem(kind)}-{frames}.avi"
+        if not path.exists():
+            self._make(path, ["-stream_loop", "-1", "-i", self._loop(kind), "-frames:v", frames, "-c", "copy"])
+        return path
+
+    def pictures(self, kind):
+        """A folder with the frames of an MJPEG movie, one file each, unchanged."""
+        folder = self.folder / self._stem(kind)
+        if not folder.exists():
+            folder.mkdir()
+            self._ffmpeg(["-i", self._loop(kind), "-c", "copy", "-f", "image2", folder / "%03d.jpg"])
+        return folder
+
+    def _stem(self, kind):
+        return f"{kind.width}x{kind.height}-{kind.rate}-{kind.format.lower()}"
+
+    def _loop(self, kind):
+        """A test chart with a moving part and the grain of a camera."""
+        path = self.folder / f"{self._stem(kind)}.avi"
+        if not path.exists():
+            source = f"testsrc2=size={kind.width}x{kind.height}:rate={kind.rate},noise=alls=7:allf=t"
+            self._make(path, ["-f", "lavfi", "-i", source, "-frames:v", DIFFERENT_FRAMES, *FORMATS[kind.format]])
+        return path
+
+    def _make(self, path, arguments):
+        part = path.with_suffix(".part")
+        self._ffmpeg([*arguments, "-f", "avi", part])
+        part.rename(path)
+
+    def _ffmpeg(self, arguments):
+        subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-y", *map(str, arguments)], check=True)
