@@ -125,10 +125,12 @@ class Program:
             return next((element for element in elements
                          if role in (None, element.role) and (name is None or element.is_called(name))
                          and element.showing), None)
-        except self._gone():
+        except self.window_gone():
             return None  # a window went away under our hands
 
-    def _gone(self):
+    @staticmethod
+    def window_gone():
+        """The error that comes of a window that went away while it was looked at."""
         from gi.repository import GLib
         return GLib.Error
 
@@ -136,6 +138,13 @@ class Program:
         """The element or window of that role and name, as soon as it is to be seen."""
         return wait_until(f'there is a {role or "thing"} "{name or ""}" to be seen',
                           lambda: self.window(role, name) or self.find(role, name), seconds)
+
+    def activate(self, window):
+        """Gives the window the keyboard, with a click on its title."""
+        if not window.has_state("active"):
+            area = window.area
+            self.desktop.click(area.x + area.width // 2, area.y - 8)
+            wait_until(f'"{window.name}" has the keyboard', lambda: window.has_state("active"))
 
     def outline(self):
         """All that is to be seen, one line an element, for the report of a failure."""
