@@ -2,6 +2,7 @@
 
 #include "BWLiveViewController.h"
 #include "BWSessionWindows.h"
+#include "BWStatisticsReport.h"
 #include "BWStatusLine.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWConfigManager.h"
@@ -147,6 +148,8 @@ void AppDelegate::connectActions()
         if (m_repository.configManager().saveSnapshotOnClick())
             forceSnapshot();
     });
+    connect(&m_window->centeringClipView(), &BWCenteringClipView::firstPicturePainted, this,
+            [this] { m_firstFrameMilliseconds = BWStatisticsReport::millisecondsSinceStart(); });
     connect(m_window.get(), &BWMainWindow::occlusionStateChanged, this, &AppDelegate::windowDidChangeOcclusionState);
     connect(&menu, &BWMainMenu::panelsMenuOpening, this, &AppDelegate::windowDidChangeOcclusionState);
     connect(menu.cameraWindowMenuItem, &QAction::triggered, m_sessionWindows.get(),

@@ -47,9 +47,11 @@ public:
 
     BWCameraPtr currentCamera() const override;
     bool pendingDevices() const override;
-    BWMainWindow &cameraWindow() const { return *m_window; }
-    BWCameraSession &session() const { return *m_session; }
+    /// The main window; null until the launch is finished.
+    BWMainWindow *cameraWindow() const { return m_window.get(); }
     BWLiveViewStatistics liveViewStatistics() const { return m_renderer.statistics(); }
+    /// From the start of the process to the first live picture on the screen; -1 while there is none.
+    double firstFrameMilliseconds() const { return m_firstFrameMilliseconds; }
 
     void configManagerUpdatedSettings(BWConfigManager &config) override;
 
@@ -85,5 +87,6 @@ private:
     std::unique_ptr<BWSimulatedCamerasWindowController> m_simulatedCameras;
     std::shared_ptr<void> m_alive = std::make_shared<int>();
     BWAppTexts m_texts;
+    double m_firstFrameMilliseconds = -1;
     bool m_terminating = false;
 };

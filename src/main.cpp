@@ -1,0 +1,96 @@
+#include "AppDelegate.h"
+#include "BWCameraListing.h"
+#include "BWCommandLine.h"
+#include "BWStatisticsReport.h"
+#include "Model/BWRepository.h"
+#include "Model/Session/BWCameraAuthorization.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/BWMainWindow.h"
+#include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWMessageBoxAlertPresenter.h"
+
+#include <cstdio>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QTextStream>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Simulated cameras are there to be used without any device: they need no permission.
+class NoAuthorizationNeeded : public BWCameraAuthorization {
+public:
+    Status authorizationStatus() const override { return Status::Authorized; }
+    void requestAccess(std::function<void(bool)> completion) override { completion(true); }
+};
+
+AppDelegate::Options delegateOptions(const BWCommandLine &line)
+{
+    AppDelegate::Options options;
+    options.openUrl = [](const QUrl &url) { QDesktopServices::openUrl(url); };
+    options.quit = [] { QCoreApplication::quit(); };
+    if (line.simulated.isEmpty()) {
+        options.authorization = std::make_unique<BWDeviceNodeAuthorization>(u"/dev"_s);
+        return options;
+    }
+    options.authorization = std::make_unique<NoAuthorizationNeeded>();
+    auto simulated = BWSimulatedBackend::create(line.simulated);
+    options.simulatedCameras = simulated->cameras();
+    options.backends.push_back(std::move(simulated));
+    return options;
+}
+
+int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
+{
+    if (line.help) {
+        QTextStream(stdout) << BWCommandLine::helpText();
+        return 0;
+    }
+    if (line.version) {
+        QTextStream(stdout) << "BrimwellPro " << BW_VERSION << '\n';
+        return 0;
+    }
+    QCoreApplication application(argc, argv);
+    std::vector<std::unique_ptr<BWCameraBackend>> backends;
+    if (!line.simulated.isEmpty())
+        backends.push_back(BWSimulatedBackend::create(line.simulated));
+    QTextStream out(stdout);
+    BWCameraListing::print(std::move(backends), out);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    const BWCommandLine line = BWCommandLine::parse(arguments);
+    if (!line.error.isNull()) {
+        QTextStream(stderr) << "brimwellpro: " << line.error << '\n';
+        return 2;
+    }
+    if (line.help || line.version || line.listCameras)
+        return runWithoutWindows(line, argc, argv);
+
+    QApplication application(argc, argv);
+    QCoreApplication::setApplicationName(u"BrimwellPro"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(BW_VERSION));
+    QGuiApplication::setDesktopFileName(u"brimwellpro"_s);
+    QGuiApplication::setQuitOnLastWindowClosed(false); // the delegate decides, when the camera has stopped
+    BWIcons::install(application);
+    QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
+
+    AppDelegate delegate(delegateOptions(line));
+    BWMessageBoxAlertPresenter alerts(BWRepository::singleton().localizationManager(),
+                                      [&delegate] { return delegate.cameraWindow(); });
+    BWUIUtils::setAlertPresenter(&alerts);
+    QMetaObject::invokeMethod(
+        &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+    const int result = QApplication::exec();
+    BWStatisticsReport::print(delegate);
+    BWUIUtils::setAlertPresenter(nullptr);
+    return result;
+}
