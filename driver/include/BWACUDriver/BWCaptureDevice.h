@@ -57,6 +57,10 @@ public:
     /// Makes a waiting waitFrame(), or else the next one, return at once. Any thread.
     virtual void interrupt() = 0;
 
+    /// False while it is right that no frame comes, as with a camera whose frames are asked for one by one: silence is
+    /// then not taken for a fault. Capture thread.
+    virtual bool expectsFrames() const { return true; }
+
     /// Sets one control and returns the value that the device took.
     virtual double setControl(int identifier, double value) = 0;
 
