@@ -1,0 +1,152 @@
+#include "BWMovieRecorder.h"
+
+#include "BWDriverLog.h"
+#include "media/BWMovieWriter.h"
+
+#include <utility>
+
+namespace {
+
+// Every queued frame is one of the device's few buffers.
+constexpr std::size_t queueLength = 4;
+
+// A frame may be refused because it is damaged; so many in a row mean that the file takes none any more.
+constexpr int refusedInARow = 15;
+
+} // namespace
+
+BWMovieRecorder::BWMovieRecorder(StateCallback callback) : m_callback(std::move(callback)) { }
+
+BWMovieRecorder::~BWMovieRecorder()
+{
+    end();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+uint64_t BWMovieRecorder::reserve()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_state != State::Idle)
+        return 0;
+    m_state = State::Reserved;
+    return ++m_number;
+}
+
+void BWMovieRecorder::begin(uint64_t recording, const QString &path)
+{
+    // The thread of the recording before this one has nothing left to do but to end.
+    if (m_thread.joinable() && isReserved(recording))
+        m_thread.join();
+    const std::lock_guard lock(m_mutex);
+    if (m_state != State::Reserved || m_number != recording)
+        return;
+    m_state = State::Writing;
+    m_dropped = 0;
+    m_thread = std::thread(&BWMovieRecorder::run, this, path);
+}
+
+bool BWMovieRecorder::isReserved(uint64_t recording) const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_state == State::Reserved && m_number == recording;
+}
+
+bool BWMovieRecorder::isActive() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_state != State::Idle;
+}
+
+void BWMovieRecorder::offer(const BWFrame &frame)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_state != State::Writing)
+        return;
+    if (m_frames.size() >= queueLength) {
+        if (m_dropped++ == 0)
+            qCWarning(bwDriver) << "The movie file cannot be written as fast as frames come; frames are left out";
+        return;
+    }
+    m_frames.push_back(frame);
+    m_changed.notify_all();
+}
+
+void BWMovieRecorder::end()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_state == State::Reserved) {
+        m_state = State::Idle;
+        m_completed = m_number;
+    } else if (m_state == State::Writing) {
+        m_state = State::Ending;
+    }
+    m_changed.notify_all();
+}
+
+void BWMovieRecorder::waitUntilComplete()
+{
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this, number = m_number] { return m_completed >= number; });
+}
+
+void BWMovieRecorder::run(const QString &path)
+{
+    QString error;
+    if (const std::unique_ptr<BWMovieWriter> writer = BWMovieWriter::create(path, &error)) {
+        writeFrames(*writer);
+        if (!writer->finish())
+            qCWarning(bwDriver).noquote() << "The movie" << path << "could not be completed";
+    } else {
+        qCWarning(bwDriver).noquote() << "The movie" << path << "cannot be written:" << error;
+    }
+    finished();
+}
+
+void BWMovieRecorder::writeFrames(BWMovieWriter &writer)
+{
+    BWFrame frame;
+    bool begun = false;
+    int refused = 0;
+    while (refused < refusedInARow && waitForFrame(frame)) {
+        if (!writer.write(frame)) {
+            ++refused;
+            continue;
+        }
+        refused = 0;
+        if (!std::exchange(begun, true))
+            m_callback(true);
+    }
+    if (refused == refusedInARow)
+        qCWarning(bwDriver) << "The recording ends because its file takes no more frames";
+}
+
+bool BWMovieRecorder::waitForFrame(BWFrame &frame)
+{
+    frame = {};
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return !m_frames.empty() || m_state != State::Writing; });
+    if (m_frames.empty())
+        return false;
+    frame = std::move(m_frames.front());
+    m_frames.pop_front();
+    return true;
+}
+
+void BWMovieRecorder::finished()
+{
+    uint64_t number = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_state = State::Idle;
+        m_frames.clear();
+        number = m_number;
+        if (m_dropped > 0)
+            qCWarning(bwDriver) << m_dropped << "frames were left out of the movie";
+    }
+    // Before those who wait go on: whoever has waited finds the callback already on its way.
+    m_callback(false);
+    const std::lock_guard lock(m_mutex);
+    m_completed = std::max(m_completed, number);
+    m_changed.notify_all();
+}

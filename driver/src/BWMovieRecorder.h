@@ -1,0 +1,65 @@
+#pragma once
+
+#include "BWACUDriver/BWFrame.h"
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <QString>
+#include <thread>
+
+class BWMovieWriter;
+
+/// Records passing frames into a movie file on a writer thread. A bounded queue lies in between: when the disk is too
+/// slow for it, frames are left out of the movie, counted and logged, and the stream is not held up.
+///
+/// A recording is asked for with reserve(), so that it counts as running from then on, and begins with begin(). It ends
+/// by end(), or by itself when the file can no longer be written.
+class BWMovieRecorder {
+public:
+    /// Called on the writer thread: true after the first frame is written, false once when a recording that was begun
+    /// is over and its file complete, also if it never got a frame. Must not wait for anything.
+    using StateCallback = std::function<void(bool recording)>;
+
+    explicit BWMovieRecorder(StateCallback callback);
+    /// Ends a recording and waits.
+    ~BWMovieRecorder();
+
+    /// The number of the new recording, or 0 if one is running. Any thread.
+    uint64_t reserve();
+
+    /// Begins the reserved recording; without effect if it was ended meanwhile. Capture thread.
+    void begin(uint64_t recording, const QString &path);
+
+    /// From reserve() until the file is complete. Any thread.
+    bool isActive() const;
+
+    /// Never waits. Capture thread.
+    void offer(const BWFrame &frame);
+
+    /// No frame is taken any more; the file is completed in the background. Never waits. Any thread.
+    void end();
+
+    /// Waits until the recording that runs or ends now is over. Any thread but the writer's.
+    void waitUntilComplete();
+
+private:
+    enum class State { Idle, Reserved, Writing, Ending };
+
+    bool isReserved(uint64_t recording) const;
+    void run(const QString &path);
+    void writeFrames(BWMovieWriter &writer);
+    bool waitForFrame(BWFrame &frame);
+    void finished();
+
+    const StateCallback m_callback;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    State m_state = State::Idle;
+    uint64_t m_number = 0; ///< of the last recording that was reserved
+    uint64_t m_completed = 0; ///< of the last recording that is over
+    std::deque<BWFrame> m_frames;
+    uint64_t m_dropped = 0;
+    std::thread m_thread;
+};
