@@ -1,0 +1,176 @@
+#include "BWCameraSession.h"
+
+#include "BWDriverLog.h"
+
+#include <algorithm>
+#include <cmath>
+#include <future>
+#include <utility>
+
+namespace {
+
+// The session that this thread works for.
+thread_local const void *capturingSession = nullptr;
+thread_local const void *snapshotSession = nullptr;
+
+} // namespace
+
+std::shared_ptr<BWCamera::Session> BWCamera::Session::create(BWCamera &camera,
+                                                             const BWDetectedCameraPtr &detectedCamera)
+{
+    const auto session = std::make_shared<Session>(camera, detectedCamera, detectedCamera->open());
+    session->m_thread = std::thread([session] {
+        capturingSession = session.get();
+        session->run();
+    });
+    return session;
+}
+
+BWCamera::Session::Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera,
+                           std::unique_ptr<BWCaptureDevice> device)
+    : m_detectedCamera(std::move(detectedCamera)),
+      m_callbacks(camera),
+      m_controls(device->controls()),
+      m_snapshots([this](const QByteArray &jpeg) {
+          snapshotSession = this;
+          m_callbacks.snapshot(jpeg);
+      }),
+      m_recorder([this](bool recording) { post([this, recording] { m_callbacks.recording(recording); }); }),
+      m_resolution(device->resolution()),
+      m_device(std::move(device))
+{
+    m_device->setEvents([this] { post([this] { m_callbacks.hardwareButton(); }); },
+                        [this](int identifier, double value) { m_controls.noteValue(identifier, value); });
+}
+
+void BWCamera::Session::shutDown()
+{
+    m_queue.close();
+    m_device->interrupt();
+    if (onOwnThread()) {
+        m_callbacks.clear();
+        m_thread.detach();
+    } else {
+        m_thread.join();
+    }
+}
+
+void BWCamera::Session::setStallTime(std::chrono::milliseconds time)
+{
+    post([this, time] { m_stall.setLimit(time); });
+}
+
+void BWCamera::Session::start(StartCompletion completion)
+{
+    post([this, completion = std::move(completion)] {
+        const bool success = doStart();
+        if (completion)
+            completion(success);
+    });
+}
+
+void BWCamera::Session::stop(Completion completion)
+{
+    post([this, completion = std::move(completion)] {
+        doStop();
+        if (completion)
+            completion();
+    });
+}
+
+void BWCamera::Session::setResolution(BWResolution resolution, Completion completion)
+{
+    post([this, resolution, completion = std::move(completion)] {
+        doSetResolution(resolution);
+        if (completion)
+            completion();
+    });
+}
+
+void BWCamera::Session::setVideoNorm(int norm, Completion completion)
+{
+    post([this, norm, completion = std::move(completion)] {
+        doSetVideoNorm(norm);
+        if (completion)
+            completion();
+    });
+}
+
+void BWCamera::Session::setSetting(int identifier, double value)
+{
+    const std::shared_ptr<BWCameraSetting> setting = m_controls.setting(identifier);
+    if (!setting || std::isnan(value))
+        return;
+    value = std::clamp(value, setting->min(), setting->max());
+    m_queue.postNewest(identifier, [this, identifier, value] {
+        if (identifier == BWSettingVideoNorm)
+            doSetVideoNorm(static_cast<int>(value));
+        else if (deviceIsUsable())
+            m_controls.apply(*m_device, identifier, value);
+    });
+    m_device->interrupt();
+}
+
+void BWCamera::Session::takeSnapshot()
+{
+    post([this] { doTakeSnapshot(); });
+}
+
+void BWCamera::Session::startRecording(const QString &path)
+{
+    if (!m_started) {
+        qCWarning(bwDriver) << "A camera that does not stream cannot be recorded";
+        return;
+    }
+    if (const uint64_t recording = m_recorder.reserve())
+        post([this, recording, path] { doStartRecording(recording, path); });
+}
+
+void BWCamera::Session::stopRecording()
+{
+    m_recorder.end();
+    m_recorder.waitUntilComplete();
+}
+
+int BWCamera::Session::readRegister(int identifier)
+{
+    int value = 0;
+    runAndWait([this, identifier, &value] {
+        if (deviceIsUsable())
+            value = m_device->readRegister(identifier);
+    });
+    return value;
+}
+
+void BWCamera::Session::writeRegister(int identifier, int value)
+{
+    runAndWait([this, identifier, value] {
+        if (deviceIsUsable())
+            m_device->writeRegister(identifier, value);
+    });
+}
+
+void BWCamera::Session::post(BWCommandQueue::Command command)
+{
+    m_queue.post(std::move(command));
+    m_device->interrupt();
+}
+
+void BWCamera::Session::runAndWait(const BWCommandQueue::Command &command)
+{
+    if (capturingSession == this) {
+        command();
+        return;
+    }
+    const auto done = std::make_shared<std::promise<void>>();
+    post([&command, done] {
+        command();
+        done->set_value();
+    });
+    done->get_future().wait();
+}
+
+bool BWCamera::Session::onOwnThread() const
+{
+    return capturingSession == this || snapshotSession == this;
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "BWCameraCallbacks.h"
+#include "BWCameraControls.h"
+#include "BWCommandQueue.h"
+#include "BWFrameInspector.h"
+#include "BWMovieRecorder.h"
+#include "BWSnapshotWorker.h"
+#include "BWStallWatch.h"
+
+#include <atomic>
+#include <thread>
+
+/// What is behind a BWCamera: the capture thread, which alone touches the device, and its states.
+///
+/// The public operations may be called on any thread; they put a command into the queue. The capture thread runs the
+/// commands in order and fetches frames in between. It keeps the session alive until it has ended.
+///
+/// | State       | the device  | left by                                                        |
+/// |-------------|-------------|----------------------------------------------------------------|
+/// | Stopped     | is idle     | start: Streaming                                               |
+/// | Streaming   | streams     | stop: Stopped; failed restart: Interrupted; unplug: Gone       |
+/// | Interrupted | is idle     | stop: Stopped; a later restart: Streaming                      |
+/// | Gone        | is not used | never                                                          |
+class BWCamera::Session {
+public:
+    static std::shared_ptr<Session> create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera);
+    Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera, std::unique_ptr<BWCaptureDevice> device);
+
+    /// Stops everything and waits for the capture thread; on a thread of the session itself it cannot wait, and the
+    /// session ends by itself, without calling back.
+    void shutDown();
+
+    /// How long the device may be silent before its stream is restarted.
+    void setStallTime(std::chrono::milliseconds time);
+
+    void start(StartCompletion completion);
+    void stop(Completion completion);
+    bool started() const { return m_started; }
+    void setResolution(BWResolution resolution, Completion completion);
+    BWResolution resolution() const { return m_resolution; }
+    void setVideoNorm(int norm, Completion completion);
+    void setSetting(int identifier, double value);
+    void takeSnapshot();
+    void startRecording(const QString &path);
+    bool recording() const { return m_recorder.isActive(); }
+    void stopRecording();
+    int readRegister(int identifier);
+    void writeRegister(int identifier, int value);
+
+    const BWDetectedCameraPtr &detectedCamera() const { return m_detectedCamera; }
+    BWCameraCallbacks &callbacks() { return m_callbacks; }
+    const BWCameraControls &controls() const { return m_controls; }
+    const BWFrameInspector &inspector() const { return m_inspector; }
+
+private:
+    enum class State { Stopped, Streaming, Interrupted, Gone };
+
+    // Any thread.
+    void post(BWCommandQueue::Command command);
+    void runAndWait(const BWCommandQueue::Command &command);
+    bool onOwnThread() const;
+
+    // Capture thread.
+    void run();
+    void captureFrame();
+    void deliver(const BWFrame &frame);
+    bool doStart();
+    void doStop();
+    void doSetResolution(BWResolution resolution);
+    void doSetVideoNorm(int norm);
+    void doTakeSnapshot();
+    void doStartRecording(uint64_t recording, const QString &path);
+    void reconfigure(const std::function<void()> &change);
+    void resumeStream();
+    void restartStalledStream();
+    void deviceIsGone();
+    bool deviceIsUsable() const { return m_state != State::Gone; }
+
+    const BWDetectedCameraPtr m_detectedCamera;
+    BWCameraCallbacks m_callbacks;
+    BWCameraControls m_controls;
+    BWCommandQueue m_queue;
+    BWFrameInspector m_inspector;
+    BWStallWatch m_stall;
+    BWSnapshotWorker m_snapshots;
+    BWMovieRecorder m_recorder;
+    State m_state = State::Stopped;
+    bool m_restartWarned = false; ///< since the last good frame
+    int m_videoNorm = -1; ///< as the device has it; unknown before the first change
+    std::atomic<bool> m_started{false};
+    std::atomic<BWResolution> m_resolution;
+    // Destroyed before all that its events use.
+    const std::unique_ptr<BWCaptureDevice> m_device;
+    std::thread m_thread;
+};

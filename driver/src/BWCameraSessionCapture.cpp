@@ -1,0 +1,188 @@
+#include "BWCameraSession.h"
+
+#include "BWDriverLog.h"
+
+#include <utility>
+
+using Clock = std::chrono::steady_clock;
+
+void BWCamera::Session::run()
+{
+    while (!m_queue.isClosed() || !m_queue.isEmpty()) {
+        m_queue.runWaiting();
+        if (m_state == State::Streaming)
+            captureFrame();
+        else if (m_state != State::Interrupted)
+            m_queue.wait();
+        else if (!m_queue.waitFor(m_stall.remaining(Clock::now())))
+            resumeStream();
+    }
+    doStop();
+    m_snapshots.finish();
+    m_queue.runWaiting(); // what the end of a recording has to tell
+}
+
+void BWCamera::Session::captureFrame()
+{
+    BWFrame frame;
+    switch (m_device->waitFrame(m_stall.remaining(Clock::now()), frame)) {
+    case BWCaptureDevice::WaitResult::Frame:
+        if (m_inspector.accept(frame)) {
+            m_stall.restart(Clock::now());
+            m_restartWarned = false;
+            deliver(frame);
+            return;
+        }
+        break;
+    case BWCaptureDevice::WaitResult::BadFrame:
+        m_inspector.reject(frame);
+        break;
+    case BWCaptureDevice::WaitResult::Nothing:
+        break;
+    case BWCaptureDevice::WaitResult::Gone:
+        deviceIsGone();
+        return;
+    }
+    if (!m_device->expectsFrames())
+        m_stall.restart(Clock::now());
+    else if (m_stall.expired(Clock::now()))
+        restartStalledStream();
+}
+
+void BWCamera::Session::deliver(const BWFrame &frame)
+{
+    m_recorder.offer(frame);
+    m_snapshots.offer(frame);
+    m_callbacks.frame(frame);
+}
+
+bool BWCamera::Session::doStart()
+{
+    if (m_state == State::Streaming || m_state == State::Interrupted)
+        return true;
+    if (m_state == State::Gone || m_queue.isClosed())
+        return false;
+    switch (m_device->startStreaming()) {
+    case BWCaptureDevice::StartResult::Started:
+        break;
+    case BWCaptureDevice::StartResult::InUse:
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "is in use by another program";
+        return false;
+    case BWCaptureDevice::StartResult::Failed:
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "could not be started";
+        return false;
+    }
+    m_state = State::Streaming;
+    m_started = true;
+    m_restartWarned = false;
+    m_inspector.streamStarted();
+    m_stall.restart(Clock::now());
+    return true;
+}
+
+void BWCamera::Session::doStop()
+{
+    m_recorder.end();
+    m_snapshots.dropRequests();
+    if (m_state == State::Streaming)
+        m_device->stopStreaming();
+    if (m_state != State::Gone)
+        m_state = State::Stopped;
+    // With the device released nothing is held up by the disk any more, and whoever quits now quits with a whole file.
+    m_recorder.waitUntilComplete();
+    m_started = false;
+}
+
+void BWCamera::Session::doSetResolution(BWResolution resolution)
+{
+    if (!deviceIsUsable())
+        return;
+    if (!resolution.isValid()) {
+        qCWarning(bwDriver) << "No resolution:" << resolution.dimensions();
+        return;
+    }
+    if (resolution != m_resolution)
+        reconfigure([this, resolution] { m_device->setResolution(resolution); });
+}
+
+void BWCamera::Session::doSetVideoNorm(int norm)
+{
+    const std::shared_ptr<BWCameraSetting> setting = m_controls.setting(BWSettingVideoNorm);
+    if (!deviceIsUsable() || !setting)
+        return;
+    if (norm < setting->min() || norm > setting->max()) {
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "has no video norm" << norm;
+        return;
+    }
+    if (norm == m_videoNorm)
+        return;
+    m_videoNorm = norm;
+    setting->setValue(norm);
+    // A change of the norm makes the bridge chip forget its size.
+    reconfigure([this, norm] {
+        m_device->setVideoNorm(norm);
+        m_device->setResolution(m_resolution);
+    });
+}
+
+void BWCamera::Session::doTakeSnapshot()
+{
+    if (m_state == State::Streaming || m_state == State::Interrupted)
+        m_snapshots.request();
+    else
+        qCWarning(bwDriver) << "No snapshot: the camera does not stream";
+}
+
+void BWCamera::Session::doStartRecording(uint64_t recording, const QString &path)
+{
+    if (m_state == State::Streaming || m_state == State::Interrupted) {
+        m_recorder.begin(recording, path);
+        return;
+    }
+    qCWarning(bwDriver) << "No recording: the camera does not stream any more";
+    m_recorder.end();
+}
+
+void BWCamera::Session::reconfigure(const std::function<void()> &change)
+{
+    // One movie has one size and one rate.
+    m_recorder.end();
+    const bool streaming = m_state == State::Streaming;
+    if (streaming)
+        m_device->stopStreaming();
+    change();
+    m_resolution = m_device->resolution();
+    if (streaming)
+        resumeStream();
+}
+
+void BWCamera::Session::resumeStream()
+{
+    if (m_device->startStreaming() == BWCaptureDevice::StartResult::Started) {
+        m_state = State::Streaming;
+        m_inspector.streamStarted();
+    } else {
+        m_state = State::Interrupted;
+        if (!std::exchange(m_restartWarned, true))
+            qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "could not be restarted; trying again";
+    }
+    m_stall.restart(Clock::now());
+}
+
+void BWCamera::Session::restartStalledStream()
+{
+    if (!std::exchange(m_restartWarned, true))
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "delivers nothing; restarting its stream";
+    m_inspector.streamRestarted();
+    m_device->stopStreaming();
+    resumeStream();
+}
+
+void BWCamera::Session::deviceIsGone()
+{
+    qCInfo(bwDriver).noquote() << m_detectedCamera->description() << "was unplugged while it streamed";
+    m_recorder.end();
+    m_snapshots.dropRequests();
+    m_device->stopStreaming();
+    m_state = State::Gone;
+}
