@@ -1,0 +1,213 @@
+#include "simulated/BWSimulatedDevice.h"
+
+#include "BWACUDriver/BWCameraSetting.h"
+#include "BWDriverLog.h"
+#include "simulated/picture/BWMakePictureSource.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t bufferCount = 8;
+constexpr uint64_t backlog = 2; ///< overdue frames that are still delivered
+
+using Clock = std::chrono::steady_clock;
+
+/// Damage that a look at both ends of the image does not show: markers that have no place in the middle of it.
+void tear(BWBufferPool::Bytes &jpeg)
+{
+    const std::size_t middle = jpeg.size() / 2;
+    for (std::size_t i = middle; i + 1 < std::min(middle + 64, jpeg.size() - 2); i += 2) {
+        jpeg[i] = 0xff;
+        jpeg[i + 1] = 0xd5;
+    }
+}
+
+} // namespace
+
+BWSimulatedDevice::BWSimulatedDevice(BWSimulatedCameraOptions options, std::shared_ptr<BWSimulatedCable> cable,
+                                     std::shared_ptr<const std::atomic<bool>> heldByOther)
+    : m_options(std::move(options)),
+      m_profile(BWSimulatedProfile::forType(m_options.type)),
+      m_cable(std::move(cable)),
+      m_heldByOther(std::move(heldByOther)),
+      m_controls(m_profile.controls)
+{
+}
+
+BWSimulatedDevice::~BWSimulatedDevice()
+{
+    m_cable->clearButton(this);
+    m_cable->release(this);
+}
+
+void BWSimulatedDevice::setEvents(std::function<void()> button,
+                                  std::function<void(int identifier, double value)> control)
+{
+    m_cable->setButton(this, std::move(button));
+    m_control = std::move(control);
+}
+
+std::vector<BWControlInfo> BWSimulatedDevice::controls() const
+{
+    return m_profile.controls;
+}
+
+BWResolution BWSimulatedDevice::resolution() const
+{
+    return m_resolution;
+}
+
+void BWSimulatedDevice::setResolution(BWResolution wished)
+{
+    m_resolution = m_profile.nearestResolution(wished);
+}
+
+BWCaptureDevice::StartResult BWSimulatedDevice::startStreaming()
+{
+    if (*m_heldByOther)
+        return StartResult::InUse;
+    switch (m_cable->claim(this)) {
+    case BWSimulatedCable::Claim::Granted:
+        break;
+    case BWSimulatedCable::Claim::InUse:
+        return StartResult::InUse;
+    case BWSimulatedCable::Claim::Gone:
+        qCWarning(bwSimulation) << "The camera is unplugged";
+        return StartResult::Failed;
+    }
+    picture().setResolution(m_resolution);
+    m_mode = mode();
+    m_pool = std::make_shared<BWBufferPool>(bufferCount);
+    m_sequence = 0;
+    m_schedule.start(Clock::now(), m_mode.framesPerSecond);
+    return StartResult::Started;
+}
+
+void BWSimulatedDevice::stopStreaming()
+{
+    m_cable->release(this);
+    m_pool.reset();
+}
+
+BWCaptureDevice::WaitResult BWSimulatedDevice::waitFrame(std::chrono::milliseconds timeout, BWFrame &frame)
+{
+    const auto deadline = Clock::now() + timeout;
+    while (true) {
+        switch (m_cable->waitForTurn(m_schedule.due(), deadline)) {
+        case BWSimulatedCable::Turn::Frame:
+            break;
+        case BWSimulatedCable::Turn::Nothing:
+            return WaitResult::Nothing;
+        case BWSimulatedCable::Turn::Gone:
+            return WaitResult::Gone;
+        }
+        if (m_options.pacing == BWSimulatedCameraOptions::Pacing::RealTime) {
+            const uint64_t skipped = m_schedule.skipOverdue(Clock::now(), backlog);
+            m_sequence += skipped;
+            m_pictureIndex += skipped;
+        }
+        m_schedule.advance();
+        m_controls.advance(std::chrono::duration<double>(1 / m_mode.framesPerSecond), m_control);
+        const BWSimulatedCable::Fault fault = m_cable->takeFault();
+        const bool captured = !fault.lost && capture(m_sequence, fault, frame);
+        ++m_sequence;
+        ++m_pictureIndex;
+        if (captured)
+            return WaitResult::Frame;
+    }
+}
+
+void BWSimulatedDevice::interrupt()
+{
+    m_cable->interrupt();
+}
+
+bool BWSimulatedDevice::expectsFrames() const
+{
+    return m_cable->framesOutstanding();
+}
+
+double BWSimulatedDevice::setControl(int identifier, double value)
+{
+    return m_controls.set(identifier, value);
+}
+
+void BWSimulatedDevice::setVideoNorm(int norm)
+{
+    m_controls.set(BWSettingVideoNorm, norm);
+}
+
+int BWSimulatedDevice::readRegister(int identifier)
+{
+    const bool exists = identifier >= 0 && identifier < static_cast<int>(m_registers.size());
+    return exists ? m_registers[static_cast<std::size_t>(identifier)] : 0;
+}
+
+void BWSimulatedDevice::writeRegister(int identifier, int value)
+{
+    if (identifier >= 0 && identifier < static_cast<int>(m_registers.size()))
+        m_registers[static_cast<std::size_t>(identifier)] = static_cast<uint8_t>(value & 0xff);
+}
+
+BWPictureSource &BWSimulatedDevice::picture()
+{
+    if (!m_picture) {
+        QString error;
+        m_picture = makePictureSource(m_options.path, &error);
+        if (!m_picture) {
+            qCWarning(bwSimulation).noquote()
+                << "Showing the specimen:" << m_options.path << "cannot be used:" << error;
+            m_picture = makePictureSource({});
+        }
+    }
+    return *m_picture;
+}
+
+BWSimulatedProfile::Mode BWSimulatedDevice::mode()
+{
+    // What comes from a file is best handed on as it is.
+    const auto wished = m_options.pixelFormat ? m_options.pixelFormat : picture().nativeFormat();
+    BWSimulatedProfile::Mode mode =
+        m_profile.mode(m_resolution, wished, static_cast<int>(m_controls.value(BWSettingVideoNorm)));
+    mode.framesPerSecond = picture().frameRate().value_or(mode.framesPerSecond);
+    return mode;
+}
+
+bool BWSimulatedDevice::capture(uint64_t sequence, BWSimulatedCable::Fault fault, BWFrame &frame)
+{
+    BWBufferPool::Bytes *bytes = m_pool->acquire();
+    if (!bytes)
+        return false;
+    m_picture->setControls(m_controls.picture());
+    BWFrameInfo info;
+    info.pixelFormat = m_mode.format;
+    info.width = m_resolution.width();
+    info.height = m_resolution.height();
+    info.planes[0] = draw(*bytes, fault);
+    // JPEG has its own rule for colours, whatever they came from.
+    const bool compressed = m_mode.format == BWPixelFormat::MJPEG;
+    info.matrix = compressed ? BWColorMatrix::BT601 : m_picture->matrix();
+    info.range = compressed ? BWColorRange::Full : m_picture->range();
+    info.timestamp = Clock::now();
+    info.sequence = sequence;
+    frame = BWFrame(info, [pool = m_pool, bytes] { pool->release(bytes); });
+    return true;
+}
+
+BWPlane BWSimulatedDevice::draw(BWBufferPool::Bytes &bytes, BWSimulatedCable::Fault fault)
+{
+    if (m_mode.format == BWPixelFormat::MJPEG) {
+        m_picture->renderJPEG(m_pictureIndex, bytes);
+        if (fault.torn)
+            tear(bytes);
+        if (fault.truncated)
+            bytes.resize(bytes.size() / 2);
+        return {bytes.data(), bytes.size(), 0};
+    }
+    const int stride = m_resolution.width() * 2;
+    bytes.resize(static_cast<std::size_t>(stride) * static_cast<std::size_t>(m_resolution.height()));
+    m_picture->renderYUYV(m_pictureIndex, bytes.data(), stride);
+    return {bytes.data(), bytes.size(), stride};
+}
