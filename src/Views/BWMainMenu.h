@@ -5,6 +5,7 @@
 #include "Model/BWLocalizationManagerDelegate.h"
 
 #include <QList>
+#include <QKeySequence>
 #include <QObject>
 #include <QString>
 
