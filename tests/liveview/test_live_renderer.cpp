@@ -1,0 +1,157 @@
+#include "TestFrames.h"
+
+#include "Model/LiveView/BWLiveRenderer.h"
+
+#include <atomic>
+#include <QSignalSpy>
+#include <QTest>
+#include <turbojpeg.h>
+
+namespace {
+
+const QSize size(64, 48);
+
+QColor grey(int level)
+{
+    return {level, level, level};
+}
+
+BWFrame greyFrame(int level, std::atomic<int> *alive = nullptr)
+{
+    const BWFrame frame = TestFrames::make(BWPixelFormat::YUYV, size, [level](int, int) { return grey(level); });
+    if (!alive)
+        return frame;
+    ++*alive;
+    return {frame.info(), [frame, alive] { --*alive; }};
+}
+
+BWFrame jpegFrame(int level, int subsampling, bool torn)
+{
+    const std::vector<uint8_t> pixels(static_cast<std::size_t>(size.width() * size.height() * 3),
+                                      static_cast<uint8_t>(level));
+    unsigned char *jpeg = nullptr;
+    unsigned long length = 0;
+    tjhandle handle = tjInitCompress();
+    tjCompress2(handle, pixels.data(), size.width(), 0, size.height(), TJPF_RGB, &jpeg, &length, subsampling, 90, 0);
+    tjDestroy(handle);
+    auto bytes = std::make_shared<std::vector<uint8_t>>(jpeg, jpeg + length);
+    tjFree(jpeg);
+    if (torn)
+        bytes->resize(bytes->size() - 20);
+    BWFrameInfo info{BWPixelFormat::MJPEG, size.width(), size.height(), {}, {}, {}, {}, 0};
+    info.planes[0] = {bytes->data(), bytes->size(), 0};
+    return {info, [bytes] {}};
+}
+
+BWRenderRequest wholePicture(unsigned zoom = 100)
+{
+    BWLiveViewState state;
+    state.setCurrentZoom(zoom);
+    return {BWLiveViewGeometry(size, state), QSize(400, 300), {}, 1.0};
+}
+
+} // namespace
+
+class TestLiveRenderer : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void newestFrameWins()
+    {
+        BWLiveRenderer renderer;
+        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        renderer.setRequest(wholePicture());
+        std::atomic<int> alive = 0;
+        renderer.prepareBuffer(greyFrame(50, &alive));
+        QTRY_COMPARE(ready.size(), 1);
+        // Nobody has looked at the first picture: of what comes now only the newest is kept.
+        for (const int level : {80, 110, 140})
+            renderer.prepareBuffer(greyFrame(level, &alive));
+        QCOMPARE(renderer.statistics().dropped, 2U);
+        QCOMPARE(alive.load(), 2);
+
+        BWRenderedImage image;
+        QVERIFY(renderer.takeImage(image));
+        QVERIFY(qAbs(image.image.pixelColor(10, 10).red() - 50) <= 2);
+        QTRY_COMPARE(ready.size(), 2);
+        QVERIFY(renderer.takeImage(image));
+        QVERIFY(qAbs(image.image.pixelColor(10, 10).red() - 140) <= 2);
+        QVERIFY(!renderer.takeImage(image));
+        QCOMPARE(renderer.statistics().shown, 2U);
+        QTRY_COMPARE(alive.load(), 1);
+        renderer.clear();
+        QTRY_COMPARE(alive.load(), 0);
+    }
+
+    void lastPictureIsDrawnAnew()
+    {
+        BWLiveRenderer renderer;
+        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        renderer.setRequest(wholePicture());
+        renderer.prepareBuffer(greyFrame(90));
+        QTRY_COMPARE(ready.size(), 1);
+        BWRenderedImage image;
+        QVERIFY(renderer.takeImage(image));
+        renderer.setRequest(wholePicture(200)); // no new frame comes
+        QTRY_COMPARE(ready.size(), 2);
+        QVERIFY(renderer.takeImage(image));
+        QCOMPARE(image.image.size(), size * 2);
+        QCOMPARE(renderer.statistics().shown, 1U);
+    }
+
+    void nothingIsMadeForAHiddenView()
+    {
+        BWLiveRenderer renderer;
+        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        renderer.prepareBuffer(greyFrame(90));
+        renderer.prepareBuffer(greyFrame(120));
+        QCOMPARE(renderer.statistics().dropped, 1U);
+        renderer.setRequest(wholePicture());
+        QTRY_COMPARE(ready.size(), 1);
+        BWRenderedImage image;
+        QVERIFY(renderer.takeImage(image));
+        QVERIFY(qAbs(image.image.pixelColor(10, 10).red() - 120) <= 2);
+    }
+
+    void tornJpegs_data()
+    {
+        QTest::addColumn<int>("subsampling");
+        QTest::addColumn<unsigned>("zoom");
+        QTest::newRow("4:2:0") << int(TJSAMP_420) << 100U;
+        QTest::newRow("4:2:2") << int(TJSAMP_422) << 100U;
+        QTest::newRow("4:4:4") << int(TJSAMP_444) << 100U;
+        QTest::newRow("grey") << int(TJSAMP_GRAY) << 100U;
+        QTest::newRow("4:4:0, converted by the decoder") << int(TJSAMP_440) << 100U;
+        QTest::newRow("4:2:2 at half size") << int(TJSAMP_422) << 50U;
+    }
+    void tornJpegs()
+    {
+        QFETCH(int, subsampling);
+        QFETCH(unsigned, zoom);
+        BWLiveRenderer renderer;
+        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        renderer.setRequest(wholePicture(zoom));
+        BWRenderedImage image;
+        const auto shownLevel = [&] { return image.image.pixelColor(20, 20).red(); };
+
+        renderer.prepareBuffer(jpegFrame(100, subsampling, false));
+        QTRY_COMPARE(ready.size(), 1);
+        QVERIFY(renderer.takeImage(image));
+        QVERIFY(qAbs(shownLevel() - 100) <= 3);
+        renderer.prepareBuffer(jpegFrame(200, subsampling, true));
+        QTRY_COMPARE(renderer.statistics().bad, 1U);
+        QVERIFY(!renderer.takeImage(image));
+        // Looking at it in another way draws the last good picture, not the torn one.
+        renderer.setRequest(wholePicture(zoom == 100 ? 150 : 100));
+        QTRY_COMPARE(ready.size(), 2);
+        QVERIFY(renderer.takeImage(image));
+        QVERIFY(qAbs(shownLevel() - 100) <= 3);
+        renderer.prepareBuffer(jpegFrame(150, subsampling, false));
+        QTRY_COMPARE(ready.size(), 3);
+        QVERIFY(renderer.takeImage(image));
+        QVERIFY(qAbs(shownLevel() - 150) <= 3);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLiveRenderer)
+#include "test_live_renderer.moc"

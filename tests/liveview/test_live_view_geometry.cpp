@@ -1,0 +1,131 @@
+#include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Model/LiveView/BWRenderRequest.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class TestLiveViewGeometry : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void zoomSteps_data()
+    {
+        QTest::addColumn<unsigned>("start");
+        QTest::addColumn<bool>("in");
+        QTest::addColumn<int>("times");
+        QTest::addColumn<unsigned>("end");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("one step in") << 100U << true << 1 << 110U << u"110%"_s;
+        QTest::newRow("up to the end") << 100U << true << 15 << 200U << u"200%"_s;
+        QTest::newRow("one step out") << 100U << false << 1 << 90U << u"90%"_s;
+        QTest::newRow("down to the end") << 100U << false << 15 << 50U << u"50%"_s;
+        QTest::newRow("between the steps, out") << 55U << false << 3 << 45U << u"45%"_s;
+        QTest::newRow("between the steps, in") << 195U << true << 3 << 205U << u"205%"_s;
+    }
+    void zoomSteps()
+    {
+        QFETCH(unsigned, start);
+        QFETCH(bool, in);
+        QFETCH(int, times);
+        BWLiveViewState state;
+        state.setCurrentZoom(start);
+        for (int i = 0; i < times; ++i)
+            in ? state.zoomIn() : state.zoomOut();
+        QTEST(state.currentZoom(), "end");
+        QTEST(state.zoomText(), "text");
+    }
+
+    void frameAndFootprint_data()
+    {
+        QTest::addColumn<QSize>("image");
+        QTest::addColumn<unsigned>("zoom");
+        QTest::addColumn<QString>("rotation");
+        QTest::addColumn<QRectF>("frame");
+        QTest::addColumn<QSizeF>("footprint");
+        const QSize vga(640, 480);
+        QTest::newRow("as it is") << vga << 100U << u"0"_s << QRectF(0, -42, 640, 480) << QSizeF(640, 480);
+        QTest::newRow("zoomed") << vga << 110U << u"0"_s << QRectF(0, -42, 704, 528) << QSizeF(704, 528);
+        QTest::newRow("turned") << vga << 50U << u"90"_s << QRectF(0, -42, 320, 240) << QSizeF(240, 320);
+        QTest::newRow("upside down") << vga << 200U << u"180"_s << QRectF(0, -42, 1280, 960) << QSizeF(1280, 960);
+        QTest::newRow("no number") << vga << 100U << u"ninety"_s << QRectF(0, -42, 640, 480) << QSizeF(640, 480);
+        QTest::newRow("no camera") << QSize(0, 0) << 100U << u"90"_s << QRectF(0, -42, 0, 0) << QSizeF(0, 0);
+    }
+    void frameAndFootprint()
+    {
+        QFETCH(QSize, image);
+        QFETCH(unsigned, zoom);
+        QFETCH(QString, rotation);
+        QFETCH(QSizeF, footprint);
+        BWLiveViewState state;
+        state.setCurrentZoom(zoom);
+        state.setCurrentRotation(BWLiveViewState::rotationFromTitle(rotation));
+        const BWLiveViewGeometry geometry(image, state);
+        QTEST(geometry.frame(), "frame");
+        QCOMPARE(geometry.position(), geometry.frame().center());
+        QVERIFY(qAbs(geometry.footprint().width() - footprint.width()) < 1e-6);
+        QVERIFY(qAbs(geometry.footprint().height() - footprint.height()) < 1e-6);
+    }
+
+    void mirrorComesBeforeRotation()
+    {
+        // With y upwards: right-hand side mirrored to the left, then a quarter turn against the clock takes it down.
+        BWLiveViewState state;
+        state.setCurrentRotation(90);
+        state.setCurrentFlip(1);
+        const QPointF moved = BWLiveViewGeometry(QSize(640, 480), state).transform().map(QPointF(10, 0));
+        QVERIFY(qAbs(moved.x()) < 1e-9);
+        QVERIFY(qAbs(moved.y() + 10) < 1e-9);
+        state.setCurrentFlip(7);
+        QCOMPARE(state.currentFlip(), BWFlip::None);
+    }
+
+    void constrainedBounds_data()
+    {
+        QTest::addColumn<QRectF>("proposed");
+        QTest::addColumn<QRectF>("document");
+        QTest::addColumn<QRectF>("expected");
+        const QRectF small(0, -42, 640, 480);
+        QTest::newRow("smaller") << QRectF(33, 7, 977, 550) << small << QRectF(-168.5, -35, 977, 550);
+        QTest::newRow("larger") << QRectF(100, 50, 977, 550) << QRectF(0, -42, 2592, 1944) << QRectF(100, 50, 977, 550);
+        QTest::newRow("larger, too far") << QRectF(2000, 1900, 977, 550) << QRectF(0, -42, 2592, 1944)
+                                         << QRectF(1615, 1352, 977, 550);
+        QTest::newRow("larger, before") << QRectF(-5, -99, 977, 550) << QRectF(0, -42, 2592, 1944)
+                                        << QRectF(0, -42, 977, 550);
+        QTest::newRow("one way only") << QRectF(0, 20, 977, 550) << QRectF(0, 0, 800, 600)
+                                      << QRectF(-88.5, 20, 977, 550);
+    }
+    void constrainedBounds()
+    {
+        QFETCH(QRectF, proposed);
+        QFETCH(QRectF, document);
+        QTEST(BWLiveViewGeometry::constrainBoundsRect(proposed, document), "expected");
+    }
+
+    void viewport()
+    {
+        // The picture lies 42 points below the middle of the scroll area: in the middle of what the bar leaves.
+        const BWLiveViewGeometry small(QSize(640, 480), BWLiveViewState());
+        const QSize below(977, 700 - BWLiveViewGeometry::barHeight);
+        QCOMPARE(small.imageOrigin(below, {}), QPointF(168.5, 68));
+        QCOMPARE(small.imageOrigin(below, {}).y() + 240 + BWLiveViewGeometry::barHeight, 700 / 2.0 + 42);
+        QCOMPARE(small.scrollRange(below), QSize(0, 0));
+
+        const BWLiveViewGeometry large(QSize(2592, 1944), BWLiveViewState());
+        QCOMPARE(large.scrollRange(QSize(977, 466)), QSize(1615, 1478));
+        QCOMPARE(large.imageOrigin(QSize(977, 466), {}), QPointF(0, 0));
+        QCOMPARE(large.imageOrigin(QSize(977, 466), {1615, 1478}), QPointF(-1615, -1478));
+    }
+
+    void requestsAtScaleTwo()
+    {
+        const BWLiveViewGeometry geometry(QSize(640, 480), BWLiveViewState());
+        const BWRenderRequest request(geometry, QSize(400, 300), QPoint(50, 0), 2.0);
+        QCOMPARE(request.imageSize, QSize(1280, 960));
+        QCOMPARE(request.visible, QRect(100, 0, 800, 600));
+        QCOMPARE(request.target, QPoint(-100, 0));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLiveViewGeometry)
+#include "test_live_view_geometry.moc"

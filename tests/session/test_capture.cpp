@@ -1,0 +1,128 @@
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWACUDriver/BWCameraManager.h"
+#include "Model/BWAlbumManager.h"
+#include "Model/BWSettingsFile.h"
+#include "Model/Capture/BWCaptureController.h"
+
+#include <QDate>
+#include <QDir>
+#include <QImageReader>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+/// Snapshots from the driver's callback to the file in the album folder.
+class TestCapture : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_temporary = m_folder->filePath(u"tmp"_s);
+        QVERIFY(QDir().mkpath(m_temporary));
+        qputenv("TMPDIR", m_temporary.toUtf8());
+        m_defaults = std::make_unique<BWSettingsFile>(m_folder->filePath(u"settings.conf"_s));
+        m_albums = std::make_unique<BWAlbumManager>(*m_defaults, m_folder->path(), [] { return QDate(2024, 6, 7); });
+        m_albums->prepare();
+        m_saved.clear();
+        m_left.clear();
+        m_capture = std::make_unique<BWCaptureController>(
+            *m_albums, BWCaptureController::Feedback{[this](const QUrl &file) { m_saved << file.fileName(); },
+                                                     [this](const QUrl &left) { m_left << left; }});
+        BWSimulatedCameraOptions options;
+        options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
+        options.pixelFormat = BWPixelFormat::MJPEG;
+        auto backend = BWSimulatedBackend::create({options});
+        m_hand = backend->cameras().first();
+        std::vector<std::unique_ptr<BWCameraBackend>> backends;
+        backends.push_back(std::move(backend));
+        m_detector = std::make_unique<BWCameraDetector>(
+            QList{BWCameraDetector::descriptionForHighResolutionMicroscope()}, std::move(backends));
+        m_detector->setCameraFoundBlock(
+            [this](const BWDetectedCameraPtr &device) { m_camera = m_manager.addDetectedCamera(device); });
+        m_detector->startCamerasDetection();
+        QTRY_VERIFY(m_camera);
+        m_capture->prepareCamera(*m_camera);
+        m_camera->setOnCameraFrame([this](BWCamera &, const BWFrame &frame) {
+            const BWPlane &bytes = frame.plane(0);
+            m_lastFrame = QByteArray(reinterpret_cast<const char *>(bytes.data), static_cast<qsizetype>(bytes.size));
+        });
+        std::atomic<bool> started = false;
+        m_camera->startWithCompletion([&](bool success) { started = success; });
+        QTRY_VERIFY(started);
+    }
+    void cleanup()
+    {
+        m_manager.removeDetectedCamera(m_camera->detectedCamera());
+        m_camera.reset(); // joins its threads
+        m_detector.reset();
+        m_capture.reset();
+        m_albums.reset();
+    }
+
+    void snapshotsLandInTheAlbum()
+    {
+        for (int i = 1; i <= 3; ++i) {
+            BWCaptureController::forceSnapshot(m_camera);
+            m_hand->pushFrames(1);
+            QTRY_COMPARE(m_saved.size(), i);
+        }
+        QCOMPARE(m_saved, QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s,
+                                       u"20240607_image_003.jpg"_s}));
+        QFile file(m_folder->filePath(u"BrimwellPro/Default Album/20240607_image_003.jpg"_s));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), m_lastFrame); // the camera's own bytes
+        QVERIFY(QDir(m_temporary).isEmpty()); // nothing of ours is left behind
+    }
+
+    void theButtonOnTheCamera()
+    {
+        m_hand->pressButton();
+        m_hand->pushFrames(1);
+        QTRY_COMPARE(m_saved.size(), 1);
+        int recordPressed = 0;
+        m_capture->setButtonRecords(true, [&] { ++recordPressed; });
+        m_hand->pressButton();
+        QTRY_COMPARE(recordPressed, 1);
+        m_hand->pushFrames(2);
+        QCOMPARE(m_saved.size(), 1);
+    }
+
+    void aLostCaptureIsTold()
+    {
+        // The album is gone: the capture is kept where it is.
+        QVERIFY(QDir(m_folder->filePath(u"BrimwellPro"_s)).removeRecursively());
+        BWCaptureController::forceSnapshot(m_camera);
+        m_hand->pushFrames(1);
+        QTRY_COMPARE(m_left.size(), 1);
+        QImageReader reader(m_left[0].toLocalFile());
+        QVERIFY(!reader.read().isNull());
+        // No place for the temporary file either: the user is told, nothing else.
+        QVERIFY(QDir(m_temporary).removeRecursively());
+        BWCaptureController::forceSnapshot(m_camera);
+        m_hand->pushFrames(1);
+        QTRY_COMPARE(m_left.size(), 2);
+        QVERIFY(m_left[1].isEmpty());
+        QVERIFY(m_saved.isEmpty());
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_temporary;
+    std::unique_ptr<BWSettingsFile> m_defaults;
+    std::unique_ptr<BWAlbumManager> m_albums;
+    std::unique_ptr<BWCaptureController> m_capture;
+    std::unique_ptr<BWCameraDetector> m_detector;
+    BWCameraManager m_manager;
+    std::shared_ptr<BWSimulatedCamera> m_hand;
+    BWCameraPtr m_camera;
+    QByteArray m_lastFrame;
+    QStringList m_saved;
+    QList<QUrl> m_left;
+};
+
+QTEST_GUILESS_MAIN(TestCapture)
+#include "test_capture.moc"
