@@ -91,8 +91,6 @@ BWSimulatedCable::Turn BWSimulatedCable::waitForTurn(Time due, Time deadline)
     while (true) {
         if (m_gone)
             return Turn::Gone;
-        if (std::exchange(m_interrupted, false))
-            return Turn::Nothing;
         const Time now = std::chrono::steady_clock::now();
         if (!m_stalled && m_pacing == Pacing::Manual && m_pushed > 0) {
             --m_pushed;
@@ -101,7 +99,8 @@ BWSimulatedCable::Turn BWSimulatedCable::waitForTurn(Time due, Time deadline)
         const bool timed = !m_stalled && m_pacing == Pacing::RealTime;
         if (timed && now >= due)
             return Turn::Frame;
-        if (now >= deadline)
+        // Asked after the frames, so that a stream of interruptions does not keep them back.
+        if (std::exchange(m_interrupted, false) || now >= deadline)
             return Turn::Nothing;
         m_changed.wait_until(lock, timed ? std::min(due, deadline) : deadline);
     }
