@@ -1,0 +1,172 @@
+#include "media/BWJpeg.h"
+#include "OpenedCamera.h"
+
+#include <atomic>
+#include <fcntl.h>
+#include <QFile>
+#include <QSet>
+#include <QTemporaryDir>
+#include <QTest>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray bytesOf(const BWFrame &frame)
+{
+    return {reinterpret_cast<const char *>(frame.plane(0).data), qsizetype(frame.plane(0).size)};
+}
+
+} // namespace
+
+class TestCapture : public QObject {
+    Q_OBJECT
+
+    using Type = BWSimulatedCameraOptions::Type;
+
+private Q_SLOTS:
+    void mjpegSnapshotIsTheFrameItself()
+    {
+        OpenedCamera opened(Type::Ultra, BWPixelFormat::MJPEG);
+        QVERIFY(opened.probe->start());
+        QList<QByteArray> frames;
+        for (int i = 0; i < 3; ++i) {
+            opened.camera->takeSnapshot();
+            opened.probe->settle();
+            opened.probe->holdNextFrames(1);
+            QVERIFY(opened.stream(1));
+            frames.append(bytesOf(opened.probe->takeHeld().front()));
+            QVERIFY(opened.probe->waitForSnapshots(i + 1));
+        }
+        QCOMPARE(opened.probe->snapshots(), frames);
+        QVERIFY(frames[0] != frames[1]);
+    }
+
+    void rawSnapshotIsEncodedOnce()
+    {
+        OpenedCamera opened(Type::Ultra, BWPixelFormat::YUYV);
+        QVERIFY(opened.probe->start());
+        opened.camera->takeSnapshot();
+        opened.probe->settle();
+        opened.probe->holdNextFrames(1);
+        QVERIFY(opened.stream(1));
+        QVERIFY(opened.probe->waitForSnapshots(1));
+        QCOMPARE(opened.probe->snapshots().constFirst(), BWJpeg::encode(opened.probe->takeHeld().front(), 95));
+    }
+
+    void tornFrameLeavesTheRequestToTheNext()
+    {
+        OpenedCamera opened(Type::Ultra, BWPixelFormat::MJPEG);
+        QVERIFY(opened.probe->start());
+        opened.camera->takeSnapshot();
+        opened.probe->settle();
+        opened.hand->tearNextFrames(2);
+        // A torn frame passes the look at its ends and is shown; only the decoder of the worker finds out.
+        QVERIFY(opened.stream(2));
+        QTRY_VERIFY_WITH_TIMEOUT(opened.stream(1) && !opened.probe->snapshots().isEmpty(), 20000);
+        opened.probe->stop();
+        QCOMPARE(opened.probe->snapshots().size(), 1);
+        const QByteArray jpeg = opened.probe->snapshots().constFirst();
+        QVERIFY(BWJpeg::decodesCleanly(reinterpret_cast<const uint8_t *>(jpeg.constData()), std::size_t(jpeg.size())));
+    }
+
+    void manyRequestsDoNotStarveTheStream()
+    {
+        OpenedCamera opened(Type::Ultra, BWPixelFormat::YUYV);
+        QVERIFY(opened.probe->start());
+        const int requests = 40;
+        for (int i = 0; i < requests; ++i)
+            opened.camera->takeSnapshot();
+        opened.probe->settle();
+        opened.hand->pushFrames(10);
+        QVERIFY(opened.probe->waitForFrames(10));
+        QCOMPARE(opened.camera->statistics().framesLost, 0u);
+        while (opened.probe->snapshots().size() < requests)
+            QVERIFY(opened.stream(1));
+        const QList<QByteArray> snapshots = opened.probe->snapshots();
+        QCOMPARE(QSet<QByteArray>(snapshots.cbegin(), snapshots.cend()).size(), requests);
+    }
+
+    void blockedDiskHoldsUpNobody()
+    {
+        // A pipe that nobody reads takes a little and then blocks its writer.
+        const QTemporaryDir folder;
+        const QByteArray path = QFile::encodeName(folder.filePath(u"movie.mov"_s));
+        QCOMPARE(mkfifo(path.constData(), 0600), 0);
+        OpenedCamera opened(Type::Ultra, BWPixelFormat::MJPEG);
+        QVERIFY(opened.probe->start());
+        opened.camera->startRecording(QFile::decodeName(path));
+        opened.probe->settle();
+        QVERIFY(opened.stream(60));
+        QCOMPARE(opened.camera->statistics().framesLost, 0u);
+        QVERIFY(opened.camera->recording());
+
+        // Let the writer end, however much it could make of a pipe.
+        const int reader = open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        QVERIFY(reader >= 0);
+        std::atomic<bool> stopReading = false;
+        std::thread drain([&] {
+            char buffer[4096];
+            while (!stopReading) {
+                if (read(reader, buffer, sizeof buffer) <= 0)
+                    std::this_thread::yield();
+            }
+        });
+        opened.camera->stopRecording();
+        QVERIFY(!opened.camera->recording());
+        stopReading = true;
+        drain.join();
+        close(reader);
+        QVERIFY(opened.stream(1));
+    }
+
+    void callbacksMayCallTheCamera()
+    {
+        const QTemporaryDir folder;
+        OpenedCamera opened(Type::Regular);
+        BWCamera &camera = *opened.camera;
+        std::atomic<int> round = 0;
+        std::atomic<bool> stopped = false;
+        camera.setOnCameraFrame([&](BWCamera &same, const BWFrame &) {
+            same.takeSnapshot();
+            if (++round == 2)
+                same.startRecording(folder.filePath(u"a.mov"_s));
+            if (round == 5) {
+                same.stopRecording();
+                same.stopWithCompletion([&] { stopped = true; });
+                same.setOnCameraFrame({});
+            }
+        });
+        QVERIFY(opened.probe->start());
+        opened.hand->pushFrames(8);
+        QTRY_VERIFY(stopped);
+        QCOMPARE(round, 5);
+        QVERIFY(!camera.recording());
+    }
+
+    void askedValueHoldsOnceTheAutomaticModeIsOff()
+    {
+        OpenedCamera opened(Type::Ultra);
+        BWCamera &camera = *opened.camera;
+        const auto white = camera.settingForIdentifier(BWSettingWhiteBalance);
+        const auto automatic = camera.settingForIdentifier(BWSettingAutoWhite);
+        QVERIFY(opened.probe->start());
+        camera.setSetting(BWSettingWhiteBalance, 3750);
+        opened.probe->settle();
+        QCOMPARE(white->value(), 4600.0);
+        automatic->setValue(0); // noted before it is sent, as the settings window does
+        camera.setSetting(BWSettingAutoWhite, 0);
+        opened.probe->settle();
+        QCOMPARE(white->value(), 3750.0);
+
+        camera.setSetting(BWSettingAutoWhite, 1);
+        opened.probe->settle();
+        QVERIFY(opened.stream(40));
+        QVERIFY2(white->value() != 3750.0, "the automatic mode moves it and says so");
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCapture)
+#include "tst_Capture.moc"
