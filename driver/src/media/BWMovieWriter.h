@@ -26,7 +26,7 @@ public:
     /// nothing is written from then on, and what is in the file stays readable.
     virtual bool write(const BWFrame &frame) = 0;
 
-    /// Completes the file; false if it could not be made whole. Without frames the file is removed. May be called
-    /// again, to the same answer; frames are no longer taken.
+    /// Completes the file; false if writing failed before or now, or if there were no frames (the file is removed
+    /// then). May be called again, to the same answer; frames are no longer taken.
     virtual bool finish() = 0;
 };

@@ -1,0 +1,204 @@
+#include "media/BWMovieWriter.h"
+
+#include "media/BWJpeg.h"
+#include "media/BWLibav.h"
+#include "media/BWMediaLogging.h"
+#include "media/BWMovieRemux.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <QDateTime>
+#include <QFile>
+
+namespace {
+
+constexpr int ticksPerSecond = 90000;
+constexpr int rawQuality = 95; // of frames that the camera did not compress itself
+
+class MovWriter final : public BWMovieWriter {
+public:
+    MovWriter(QString path, BWLibav::Output output) : m_path(std::move(path)), m_output(std::move(output)) { }
+    ~MovWriter() override { MovWriter::finish(); }
+
+    bool write(const BWFrame &frame) override;
+    bool finish() override;
+
+private:
+    bool begin(const BWFrame &frame);
+    bool writePacket(const QByteArray &jpeg, int64_t time);
+    int64_t timeOf(const BWFrame &frame) const;
+    bool fail(int result);
+    void leaveOut(const BWFrame &frame, const char *reason);
+    void makePlain();
+
+    QString m_path;
+    BWLibav::Output m_output;
+    AVStream *m_stream = nullptr;
+    BWFrameInfo m_first;
+    int64_t m_lastTime = 0;
+    int64_t m_lastDuration = ticksPerSecond / 30;
+    int64_t m_goodSize = 0; ///< bytes of the file that are known to be well
+    bool m_empty = true;
+    bool m_failed = false;
+    bool m_finished = false;
+    bool m_leftOutLogged = false;
+};
+
+bool MovWriter::begin(const BWFrame &frame)
+{
+    m_first = frame.info();
+    m_first.planes = {};
+    m_stream = avformat_new_stream(m_output.get(), nullptr);
+    if (!m_stream)
+        return fail(AVERROR(ENOMEM));
+    AVCodecParameters *codec = m_stream->codecpar;
+    codec->codec_type = AVMEDIA_TYPE_VIDEO;
+    codec->codec_id = AV_CODEC_ID_MJPEG;
+    codec->width = frame.width();
+    codec->height = frame.height();
+    codec->format = AV_PIX_FMT_YUVJ422P;
+    codec->color_range = AVCOL_RANGE_JPEG;
+    codec->color_space = AVCOL_SPC_SMPTE170M;
+    codec->color_primaries = AVCOL_PRI_BT709;
+    codec->color_trc = AVCOL_TRC_BT709;
+    m_stream->time_base = {1, ticksPerSecond};
+    const QByteArray now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1();
+    av_dict_set(&m_output->metadata, "creation_time", now.constData(), 0);
+
+    // One fragment per picture, on disk at once: what is there can be played, whatever happens next.
+    m_output->flags |= AVFMT_FLAG_FLUSH_PACKETS;
+    AVDictionary *options = nullptr;
+    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov", 0);
+    const int result = avformat_write_header(m_output.get(), &options);
+    av_dict_free(&options);
+    if (result < 0)
+        return fail(result);
+    m_goodSize = avio_tell(m_output->pb);
+    return true;
+}
+
+int64_t MovWriter::timeOf(const BWFrame &frame) const
+{
+    using Ticks = std::chrono::duration<int64_t, std::ratio<1, ticksPerSecond>>;
+    return std::chrono::round<Ticks>(frame.timestamp() - m_first.timestamp).count();
+}
+
+bool MovWriter::write(const BWFrame &frame)
+{
+    if (m_failed || m_finished)
+        return false;
+    if (m_stream
+        && (frame.size() != QSize(m_first.width, m_first.height) || frame.pixelFormat() != m_first.pixelFormat)) {
+        leaveOut(frame, "it differs from the first");
+        return false;
+    }
+    QByteArray jpeg;
+    if (frame.pixelFormat() != BWPixelFormat::MJPEG)
+        jpeg = BWJpeg::encode(frame, rawQuality);
+    else if (BWJpeg::looksComplete(frame.plane(0).data, frame.plane(0).size))
+        jpeg = BWJpeg::withHuffmanTables(frame.plane(0).data, frame.plane(0).size);
+    if (jpeg.isEmpty()) {
+        leaveOut(frame, "it is damaged");
+        return false;
+    }
+    if (!m_stream && !begin(frame))
+        return false;
+    return writePacket(jpeg, timeOf(frame));
+}
+
+bool MovWriter::writePacket(const QByteArray &jpeg, int64_t time)
+{
+    if (!m_empty) {
+        time = std::max(time, m_lastTime + 1);
+        m_lastDuration = time - m_lastTime;
+    }
+    const BWLibav::Packet packet(av_packet_alloc());
+    if (!packet)
+        return fail(AVERROR(ENOMEM));
+    packet->data = reinterpret_cast<uint8_t *>(const_cast<char *>(jpeg.constData())); // libav only reads it
+    packet->size = static_cast<int>(jpeg.size());
+    packet->flags = AV_PKT_FLAG_KEY;
+    packet->pts = packet->dts = av_rescale_q(time, {1, ticksPerSecond}, m_stream->time_base);
+    packet->duration = av_rescale_q(m_lastDuration, {1, ticksPerSecond}, m_stream->time_base);
+    int result = av_write_frame(m_output.get(), packet.get());
+    if (result >= 0)
+        result = m_output->pb->error;
+    if (result < 0)
+        return fail(result);
+    m_empty = false;
+    m_lastTime = time;
+    m_goodSize = avio_tell(m_output->pb);
+    return true;
+}
+
+bool MovWriter::fail(int result)
+{
+    qCWarning(bwMedia) << "Recording to" << m_path << "failed:" << BWLibav::errorText(result);
+    m_failed = true;
+    m_output.reset();
+    QFile::resize(m_path, m_goodSize); // cuts off the piece that was being written
+    return false;
+}
+
+void MovWriter::leaveOut(const BWFrame &frame, const char *reason)
+{
+    if (m_leftOutLogged)
+        return;
+    m_leftOutLogged = true;
+    qCWarning(bwMedia) << "Frame" << frame.sequence() << "was left out of" << m_path << "because" << reason
+                       << "- others may follow";
+}
+
+bool MovWriter::finish()
+{
+    if (m_finished)
+        return !m_failed;
+    m_finished = true;
+    if (m_failed)
+        return false;
+    if (!m_stream) {
+        m_output.reset();
+        QFile::remove(m_path);
+        m_failed = true;
+        return false;
+    }
+    int result = av_write_trailer(m_output.get());
+    if (result >= 0)
+        result = m_output->pb->error;
+    if (result < 0)
+        return fail(result);
+    m_output.reset();
+    makePlain();
+    return true;
+}
+
+void MovWriter::makePlain()
+{
+    const QString part = m_path + QStringLiteral(".part");
+    QString reason;
+    bool made = remuxToPlainMov(m_path, part, reason);
+    if (made) {
+        std::error_code error;
+        std::filesystem::rename(QFile::encodeName(part).constData(), QFile::encodeName(m_path).constData(), error);
+        made = !error;
+        reason = QString::fromStdString(error.message());
+    }
+    if (!made) {
+        qCWarning(bwMedia) << m_path << "is complete, but stays in fragments:" << reason;
+        QFile::remove(part);
+    }
+}
+
+} // namespace
+
+std::unique_ptr<BWMovieWriter> BWMovieWriter::create(const QString &path, QString *error)
+{
+    int result = 0;
+    BWLibav::Output output = BWLibav::createMov(path, result);
+    if (!output) {
+        if (error)
+            *error = BWLibav::errorText(result);
+        return nullptr;
+    }
+    return std::make_unique<MovWriter>(path, std::move(output));
+}
