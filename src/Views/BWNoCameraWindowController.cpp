@@ -17,6 +17,8 @@ BWNoCameraWindowController::BWNoCameraWindowController(PendingDevices pendingDev
       m_preparing(new BWPreparingView),
       m_closeButton(m_view->addButton())
 {
+    setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint
+                   | Qt::WindowCloseButtonHint);
     m_view->addContent(m_preparing);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -10,6 +10,10 @@
 #include <QMouseEvent>
 #include <QToolTip>
 
+namespace {
+constexpr int textGap = 4;
+}
+
 BWDoubleButton::BWDoubleButton(QWidget *parent)
     : QWidget(parent),
       m_left(new BWDoubleButtonHalf(this)),
@@ -84,18 +88,20 @@ void BWDoubleButton::setRightToolTip(const QString &text)
 void BWDoubleButton::setLeftCaption(const QString &caption)
 {
     m_left->setCaption(caption);
+    updateLabel();
 }
 
 void BWDoubleButton::setRightCaption(const QString &caption)
 {
     m_right->setCaption(caption);
+    updateLabel();
 }
 
 void BWDoubleButton::setText(const QString &text)
 {
     m_label->setText(text);
     m_label->setVisible(!text.isNull());
-    updateTextWidth();
+    updateLabel();
 }
 
 QString BWDoubleButton::text() const
@@ -106,12 +112,14 @@ QString BWDoubleButton::text() const
 void BWDoubleButton::setWidestText(const QString &text)
 {
     m_widestText = text;
-    updateTextWidth();
+    updateLabel();
 }
 
-void BWDoubleButton::updateTextWidth()
+void BWDoubleButton::updateLabel()
 {
-    m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(m_widestText));
+    m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(m_widestText) + 2 * textGap);
+    const int lift = qMax(m_left->iconOffset(), m_right->iconOffset());
+    m_label->setContentsMargins(textGap, 0, textGap, 2 * lift); // level with the icons, above the captions
 }
 
 void BWDoubleButton::trigger(bool right)
@@ -159,7 +167,7 @@ void BWDoubleButton::leaveEvent(QEvent *event)
 void BWDoubleButton::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        updateTextWidth();
+        updateLabel();
     if (event->type() == QEvent::EnabledChange)
         showMouse(Half::None, Half::None);
     QWidget::changeEvent(event);

@@ -59,7 +59,7 @@ private:
 
     void trigger(bool right);
     void showMouse(Half hovered, Half pressed);
-    void updateTextWidth();
+    void updateLabel();
 
     BWDoubleButtonHalf *m_left;
     BWDoubleButtonHalf *m_right;

@@ -42,13 +42,22 @@ QFont BWDoubleButtonHalf::captionFont() const
     return smaller;
 }
 
+int BWDoubleButtonHalf::captionHeight() const
+{
+    return m_caption.isEmpty() ? 0 : QFontMetrics(captionFont()).height() + captionGap;
+}
+
+int BWDoubleButtonHalf::iconOffset() const
+{
+    return captionHeight() / 2;
+}
+
 QSize BWDoubleButtonHalf::sizeHint() const
 {
     QSize size = iconSize() + QSize(2 * padding, 2 * padding);
     if (!m_caption.isEmpty()) {
-        const QFontMetrics metrics(captionFont());
-        size.rheight() += metrics.height() + captionGap - padding / 2;
-        size.setWidth(qMax(size.width(), metrics.horizontalAdvance(m_caption) + padding));
+        size.rheight() += captionHeight() - padding / 2;
+        size.setWidth(qMax(size.width(), QFontMetrics(captionFont()).horizontalAdvance(m_caption) + padding));
     }
     return size;
 }
@@ -58,19 +67,14 @@ void BWDoubleButtonHalf::paintEvent(QPaintEvent *)
     QPainter painter(this);
     drawBWControlPanel(painter, rect(), palette(), {isEnabled(), m_hovered, m_pressed, hasFocus()});
 
-    QRect iconArea = rect();
+    QRect iconRect(QPoint(), iconSize());
+    iconRect.moveCenter(rect().center() - QPoint(0, iconOffset()));
     if (!m_caption.isEmpty()) {
         painter.setFont(captionFont());
-        const int textHeight = painter.fontMetrics().height();
-        const int top = (height() - iconSize().height() - captionGap - textHeight) / 2;
-        iconArea = QRect(0, top, width(), iconSize().height());
-        const QRect captionArea(0, iconArea.bottom() + 1 + captionGap, width(), textHeight);
         painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(captionArea, Qt::AlignCenter | Qt::TextSingleLine, m_caption);
+        const QRect captionRect(0, iconRect.bottom() + 1 + captionGap, width(), painter.fontMetrics().height());
+        painter.drawText(captionRect, Qt::AlignCenter | Qt::TextSingleLine, m_caption);
     }
-    const QRect iconRect(iconArea.x() + (iconArea.width() - iconSize().width()) / 2,
-                         iconArea.y() + (iconArea.height() - iconSize().height()) / 2, iconSize().width(),
-                         iconSize().height());
     icon().paint(&painter, iconRect, Qt::AlignCenter, isEnabled() ? QIcon::Normal : QIcon::Disabled);
 }
 

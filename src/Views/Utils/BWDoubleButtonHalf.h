@@ -14,6 +14,9 @@ public:
     void setCaption(const QString &caption);
     const QString &caption() const { return m_caption; }
 
+    /// How far the middle of the icon is above the middle of the half.
+    int iconOffset() const;
+
     /// How the mouse shows on the half; told by the whole button.
     void setMouseState(bool hovered, bool pressed);
 
@@ -31,6 +34,7 @@ protected:
 
 private:
     QFont captionFont() const;
+    int captionHeight() const; ///< the gap above it included; 0 without a caption
 
     QString m_caption;
     bool m_hovered = false;

@@ -18,7 +18,8 @@ QFont BWFittingFont::smallestFont() const
 void BWFittingFont::fit(const QString &text, const QSizeF &bounds)
 {
     QFont font = m_fullFont;
-    font.setPointSizeF(BWUIUtils::fontToFit(m_fullFont, bounds, text, minimumSize).pointSizeF());
+    if (m_fullFont.pointSizeF() > minimumSize)
+        font.setPointSizeF(BWUIUtils::fontToFit(m_fullFont, bounds, text, minimumSize).pointSizeF());
     const QScopedValueRollback guard(m_setting, true);
     m_widget->setFont(font);
 }

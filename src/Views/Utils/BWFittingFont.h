@@ -18,7 +18,7 @@ public:
     /// The smallest font that is used.
     QFont smallestFont() const;
 
-    /// Sets the widget's font for a text within bounds (points).
+    /// Sets the widget's font for a text within bounds (points). A font that is no larger than the minimum anyway stays.
     void fit(const QString &text, const QSizeF &bounds);
 
     /// To be called from changeEvent() when the widget's font has changed. True if the owner did that, so that the

@@ -3,6 +3,7 @@
 #include "Model/BWLocalizationManager.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -31,10 +32,18 @@ bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &me
         parent = m_window();
     QMessageBox box(parent);
     box.setIcon(withCancel ? QMessageBox::Question : QMessageBox::Warning);
-    box.setTextFormat(Qt::PlainText);
-    box.setWindowTitle(title);
+    box.setWindowTitle(QGuiApplication::applicationDisplayName());
     box.setText(title);
     box.setInformativeText(message);
+    const auto labels = box.findChildren<QLabel *>();
+    for (QLabel *label : labels) {
+        label->setTextFormat(Qt::PlainText); // album and file names are never markup
+        if (label->text() == title) {
+            QFont bold = label->font();
+            bold.setBold(true);
+            label->setFont(bold);
+        }
+    }
 
     QPushButton *ok = box.addButton(m_manager.localize(BWLocalizableString(u"general"_s, u"option_ok"_s, u"OK"_s)),
                                     QMessageBox::AcceptRole);

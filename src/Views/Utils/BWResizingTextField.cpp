@@ -3,10 +3,7 @@
 #include <QEvent>
 #include <QFontMetrics>
 
-BWResizingTextField::BWResizingTextField(QWidget *parent) : QLabel(parent), m_font(this)
-{
-    setWordWrap(true);
-}
+BWResizingTextField::BWResizingTextField(QWidget *parent) : QLabel(parent), m_font(this) { }
 
 void BWResizingTextField::setStringValue(const QString &text)
 {
@@ -17,6 +14,8 @@ void BWResizingTextField::setStringValue(const QString &text)
 void BWResizingTextField::fit()
 {
     m_font.fit(text(), contentsRect().size());
+    // two lines of which half is cut off are worse than one that is cut at its end
+    setWordWrap(contentsRect().height() >= 2 * fontMetrics().lineSpacing());
 }
 
 QSize BWResizingTextField::textSize(const QFont &font) const
