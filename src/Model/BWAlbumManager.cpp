@@ -97,7 +97,8 @@ bool BWAlbumManager::Private::load()
     for (const QJsonValue &value : paths) {
         const QString path = value.toString();
         const QUrl folder = BWFilePath::url(QFile::encodeName(path));
-        if (path.startsWith(u'/') && BWFilePath::isFolder(folder))
+        // The default album's folder is about to be made again if it has vanished.
+        if (path.startsWith(u'/') && (BWFilePath::isFolder(folder) || folder == pathForName(defaultName())))
             validPaths.append(folder);
     }
     return paths.isEmpty();

@@ -6,6 +6,8 @@
 
 BWSettingsFile::BWSettingsFile(const QString &path) : m_settings(path, QSettings::IniFormat)
 {
+    // The file is not looked at before something of it is wanted.
+    m_settings.allKeys();
     if (m_settings.status() == QSettings::FormatError)
         qCWarning(bwModel).noquote() << "Settings file" << path << "is damaged; what can be read of it is used";
 }

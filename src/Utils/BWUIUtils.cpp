@@ -68,7 +68,8 @@ QUrl BWUIUtils::temporaryPath(const QString &prefix, const QString &extension)
 QFont BWUIUtils::fontToFit(const QFont &current, const QSizeF &bounds, const QString &text, double minimumSize)
 {
     // A font set in pixels has no point size of its own.
-    for (double size = QFontInfo(current).pointSizeF(); size >= minimumSize; size -= 1) {
+    const double largest = current.pointSizeF() > 0 ? current.pointSizeF() : QFontInfo(current).pointSizeF();
+    for (double size = largest; size >= minimumSize; size -= 1) {
         const QFont font = systemFont(size);
         if (fits(font, bounds, text))
             return font;

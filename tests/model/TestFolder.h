@@ -1,0 +1,92 @@
+#pragma once
+
+#include "Utils/BWFilePath.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <QDir>
+#include <QFile>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+#include <unistd.h>
+
+/// A throw-away folder. The Trash is elsewhere, at one place for the whole program, as GIO looks for it only once.
+class TestFolder {
+public:
+    TestFolder()
+    {
+        qputenv("HOME", home().path().toUtf8());
+        qputenv("XDG_DATA_HOME", home().filePath(QStringLiteral("data")).toUtf8());
+    }
+    /// QTemporaryDir itself leaves files whose names are not UTF-8.
+    ~TestFolder() { std::filesystem::remove_all(m_dir.path().toStdString()); }
+
+    static QString trash() { return home().filePath(QStringLiteral("data/Trash/files")); }
+
+    QString path(const QString &name = {}) const { return name.isEmpty() ? m_dir.path() : m_dir.filePath(name); }
+    QUrl url(const QString &name = {}) const { return QUrl::fromLocalFile(path(name)); }
+
+    /// Makes a file, and the folders above it.
+    QUrl file(const QString &name, const QByteArray &content = "x") const
+    {
+        folder(name.section(u'/', 0, -2));
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("%s", qPrintable(file.errorString()));
+        return url(name);
+    }
+
+    QUrl folder(const QString &name) const
+    {
+        if (!QDir().mkpath(path(name)))
+            qFatal("%s cannot be made", qPrintable(name));
+        return url(name);
+    }
+
+    static QByteArray read(const QUrl &url)
+    {
+        QFile file(url.toLocalFile());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    static QStringList names(const QList<QUrl> &urls)
+    {
+        QStringList names;
+        for (const QUrl &url : urls)
+            names.append(QFile::decodeName(BWFilePath::lastComponent(url)));
+        return names;
+    }
+
+    /// All names in a folder, hidden ones included, sorted.
+    static QList<QByteArray> entries(const QString &path)
+    {
+        QList<QByteArray> names = BWFilePath::entries(QUrl::fromLocalFile(path)).value_or(QList<QByteArray>());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+private:
+    static QTemporaryDir &home()
+    {
+        static QTemporaryDir dir;
+        static const auto removed = qScopeGuard([] { std::filesystem::remove_all(dir.path().toStdString()); });
+        return dir;
+    }
+
+    QTemporaryDir m_dir;
+};
+
+/// As long as it lives, folders that are read-only are so for root, too.
+class OrdinaryUser {
+public:
+    OrdinaryUser()
+    {
+        if (::geteuid() == 0 && ::seteuid(65534) != 0)
+            qFatal("Cannot become an ordinary user");
+    }
+    ~OrdinaryUser()
+    {
+        if (::getuid() == 0 && ::seteuid(0) != 0)
+            qFatal("Cannot become root again");
+    }
+};
