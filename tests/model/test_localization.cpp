@@ -1,4 +1,5 @@
 #include "AbortCheck.h"
+#include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
@@ -178,6 +179,12 @@ private Q_SLOTS:
             if (!identifier.isNull())
                 manager.text(u"camera_setting"_s, identifier, BWCameraSetting::nameForSettingIdentifier(code));
         }
+        for (const BWCameraDescriptionPtr &type :
+             {BWCameraDetector::descriptionForDX20(), BWCameraDetector::descriptionForRegularMicroscope(),
+              BWCameraDetector::descriptionForHighResolutionMicroscope(),
+              BWCameraDetector::descriptionForUltraResolutionMicroscope(),
+              BWCameraDetector::descriptionForReceptorWirelessMicroscope()})
+            manager.text(u"camera_type"_s, type->identifierForCameraType, type->name);
         QCOMPARE(manager.strings().size(), known);
         for (const BWLocalizableString &string : manager.strings())
             QCOMPARE(string.value(), english.value(string));
