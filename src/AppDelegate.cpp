@@ -105,8 +105,10 @@ void AppDelegate::prepareUI()
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
     m_capture = std::make_unique<BWCaptureController>(
         m_repository.albumManager(),
-        BWCaptureController::Feedback{[this](const QUrl &file) { snapshotSaved(file); },
-                                      [this](const QUrl &left) { captureNotSaved(left); }});
+        BWCaptureController::Feedback{
+            [this](BWMediaType type, const QUrl &file) { captureSaved(type, file); },
+            [this](bool recording) { m_window->controlBar().showRecording(recording); },
+            [this](const QUrl &left) { captureNotSaved(left); }});
     m_sessionWindows = std::make_unique<BWSessionWindows>(
         *m_window, *m_liveView, m_repository,
         BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
@@ -243,11 +245,13 @@ void AppDelegate::forceSnapshot()
 
 void AppDelegate::onRecord()
 {
+    m_capture->toggleRecording(currentCamera());
 }
 
-void AppDelegate::snapshotSaved(const QUrl &file)
+void AppDelegate::captureSaved(BWMediaType type, const QUrl &file)
 {
-    m_statusLine->showForAMoment(u"%1: %2"_s.arg(m_texts.snapshotSaved, file.fileName()));
+    const QString text = type == BWMediaType::Image ? m_texts.snapshotSaved : m_texts.videoSaved;
+    m_statusLine->showForAMoment(u"%1: %2"_s.arg(text, file.fileName()));
 }
 
 void AppDelegate::captureNotSaved(const QUrl &left)

@@ -67,7 +67,7 @@ private:
     void prepareCamera(BWCamera &camera);
     void forceSnapshot();
     void onRecord();
-    void snapshotSaved(const QUrl &file);
+    void captureSaved(BWMediaType type, const QUrl &file);
     void captureNotSaved(const QUrl &left);
     void windowDidChangeOcclusionState();
 

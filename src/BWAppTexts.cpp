@@ -19,6 +19,7 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     manager.text(u"flash_view"_s, u"recording"_s, u"Recording..."_s);
 
     snapshotSaved = manager.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s);
+    videoSaved = manager.text(u"flash_view"_s, u"video_saved"_s, u"Video saved"_s);
     cameraAccessDeniedTitle
         = manager.text(u"camera_window"_s, u"camera_access_denied_title"_s, u"Camera access denied"_s);
     cameraAccessDeniedMessage

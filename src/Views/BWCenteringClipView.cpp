@@ -68,6 +68,11 @@ void BWCenteringClipView::updateScrollBars()
 {
     const QSize size = viewport()->size();
     const QSize range = m_geometry.scrollRange(size);
+    // Nobody needs a scroll bar for a few lines of the picture; the wheel reaches them all the same.
+    constexpr int barelyLarger = 32;
+    const auto policy = [](int surplus) { return surplus > barelyLarger ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff; };
+    setHorizontalScrollBarPolicy(policy(range.width()));
+    setVerticalScrollBarPolicy(policy(range.height()));
     horizontalScrollBar()->setPageStep(size.width());
     horizontalScrollBar()->setRange(0, range.width());
     verticalScrollBar()->setPageStep(size.height());

@@ -29,8 +29,10 @@ private Q_SLOTS:
         m_albums->prepare();
         m_saved.clear();
         m_left.clear();
+        m_recording = false;
         m_capture = std::make_unique<BWCaptureController>(
-            *m_albums, BWCaptureController::Feedback{[this](const QUrl &file) { m_saved << file.fileName(); },
+            *m_albums, BWCaptureController::Feedback{[this](BWMediaType, const QUrl &file) { m_saved << file.fileName(); },
+                                                     [this](bool recording) { m_recording = recording; },
                                                      [this](const QUrl &left) { m_left << left; }});
         BWSimulatedCameraOptions options;
         options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
@@ -67,7 +69,7 @@ private Q_SLOTS:
     {
         for (int i = 1; i <= 3; ++i) {
             BWCaptureController::forceSnapshot(m_camera);
-            m_hand->pushFrames(1);
+            captureFrame();
             QTRY_COMPARE(m_saved.size(), i);
         }
         QCOMPARE(m_saved, QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s,
@@ -81,13 +83,13 @@ private Q_SLOTS:
     void theButtonOnTheCamera()
     {
         m_hand->pressButton();
-        m_hand->pushFrames(1);
+        captureFrame();
         QTRY_COMPARE(m_saved.size(), 1);
         int recordPressed = 0;
         m_capture->setButtonRecords(true, [&] { ++recordPressed; });
         m_hand->pressButton();
         QTRY_COMPARE(recordPressed, 1);
-        m_hand->pushFrames(2);
+        captureFrame();
         QCOMPARE(m_saved.size(), 1);
     }
 
@@ -96,20 +98,53 @@ private Q_SLOTS:
         // The album is gone: the capture is kept where it is.
         QVERIFY(QDir(m_folder->filePath(u"BrimwellPro"_s)).removeRecursively());
         BWCaptureController::forceSnapshot(m_camera);
-        m_hand->pushFrames(1);
+        captureFrame();
         QTRY_COMPARE(m_left.size(), 1);
         QImageReader reader(m_left[0].toLocalFile());
         QVERIFY(!reader.read().isNull());
         // No place for the temporary file either: the user is told, nothing else.
         QVERIFY(QDir(m_temporary).removeRecursively());
         BWCaptureController::forceSnapshot(m_camera);
-        m_hand->pushFrames(1);
+        captureFrame();
         QTRY_COMPARE(m_left.size(), 2);
         QVERIFY(m_left[1].isEmpty());
         QVERIFY(m_saved.isEmpty());
     }
 
+    void recordingsLandInTheAlbum_data()
+    {
+        QTest::addColumn<bool>("unplug");
+        QTest::newRow("stopped") << false;
+        QTest::newRow("unplugged") << true;
+    }
+    void recordingsLandInTheAlbum()
+    {
+        QFETCH(bool, unplug);
+        m_capture->toggleRecording(m_camera);
+        captureFrame();
+        QTRY_VERIFY(m_recording);
+        for (int i = 0; i < 5; ++i)
+            captureFrame();
+        if (unplug)
+            m_hand->unplug();
+        else
+            m_capture->toggleRecording(m_camera);
+        QTRY_COMPARE(m_saved, QStringList{u"20240607_video_001.mov"_s});
+        QVERIFY(!m_recording);
+        QVERIFY(QFileInfo(m_folder->filePath(u"BrimwellPro/Default Album/20240607_video_001.mov"_s)).size() > 6000);
+        QVERIFY(QDir(m_temporary).isEmpty());
+    }
+
 private:
+    /// Lets the camera take up what was asked of it so far, then capture one frame.
+    void captureFrame()
+    {
+        auto settled = std::make_shared<std::atomic<bool>>(false);
+        m_camera->setResolution(m_camera->defaultResolution(), [settled] { *settled = true; });
+        QTRY_VERIFY(*settled);
+        m_hand->pushFrames(1);
+    }
+
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_temporary;
     std::unique_ptr<BWSettingsFile> m_defaults;
@@ -122,6 +157,7 @@ private:
     QByteArray m_lastFrame;
     QStringList m_saved;
     QList<QUrl> m_left;
+    bool m_recording = false;
 };
 
 QTEST_GUILESS_MAIN(TestCapture)

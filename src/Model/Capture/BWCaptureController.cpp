@@ -4,8 +4,11 @@
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
 
+#include <atomic>
+#include <mutex>
 #include <QFile>
 #include <QSaveFile>
+#include <QThreadPool>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -18,12 +21,16 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     }
 
     void snapshotReady(const QByteArray &jpeg);
-    void saved(bool added, const QUrl &temporary, const QUrl &file);
+    void recordingChanged(bool recording);
+    void takeIn(const QUrl &temporary, BWMediaType type);
+    void takenIn(bool added, BWMediaType type, const QUrl &temporary, const QUrl &file);
 
     BWAlbumManager &albums;
     Feedback feedback;
     std::function<void()> record; // GUI thread only
     std::atomic<bool> buttonRecords = false;
+    std::mutex mutex;
+    QUrl recordTempFile; // the movie that is being recorded
 };
 
 BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback) :
@@ -37,6 +44,10 @@ void BWCaptureController::prepareCamera(BWCamera &camera)
     camera.setOnCameraSnapshot([weak](BWCamera &, const QByteArray &jpeg) {
         if (const auto shared = weak.lock())
             shared->snapshotReady(jpeg);
+    });
+    camera.setOnCameraRecording([weak](BWCamera &, bool recording) {
+        if (const auto shared = weak.lock())
+            shared->recordingChanged(recording);
     });
     camera.setOnCameraHardwareButton([weak](BWCamera &pressed) {
         const auto shared = weak.lock();
@@ -59,6 +70,23 @@ void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
         camera->takeSnapshot();
 }
 
+void BWCaptureController::toggleRecording(const BWCameraPtr &camera)
+{
+    if (!camera)
+        return;
+    if (camera->recording()) {
+        // The camera waits for the movie to be finished; the window must not.
+        QThreadPool::globalInstance()->start([camera] { camera->stopRecording(); });
+        return;
+    }
+    const QUrl file = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"mov"_s);
+    {
+        const std::lock_guard lock(m_shared->mutex);
+        m_shared->recordTempFile = file;
+    }
+    camera->startRecording(file.toLocalFile());
+}
+
 void BWCaptureController::setButtonRecords(bool records, std::function<void()> record)
 {
     m_shared->record = std::move(record);
@@ -76,20 +104,39 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
         BWMainQueue::post(weak, [this] { feedback.captureNotSaved({}); });
         return;
     }
-    albums.addFile(temporary, BWMediaType::Image, [weak, temporary](bool added, const QUrl &saved) {
+    takeIn(temporary, BWMediaType::Image);
+}
+
+void BWCaptureController::Shared::recordingChanged(bool recording)
+{
+    BWMainQueue::post(weak_from_this(), [this, recording] { feedback.recording(recording); });
+    if (recording)
+        return;
+    QUrl file;
+    {
+        const std::lock_guard lock(mutex);
+        file = std::exchange(recordTempFile, {});
+    }
+    if (!file.isEmpty())
+        takeIn(file, BWMediaType::Video);
+}
+
+void BWCaptureController::Shared::takeIn(const QUrl &temporary, BWMediaType type)
+{
+    albums.addFile(temporary, type, [weak = weak_from_this(), temporary, type](bool added, const QUrl &file) {
         if (const auto shared = weak.lock())
-            shared->saved(added, temporary, saved);
+            shared->takenIn(added, type, temporary, file);
     });
 }
 
-void BWCaptureController::Shared::saved(bool added, const QUrl &temporary, const QUrl &file)
+void BWCaptureController::Shared::takenIn(bool added, BWMediaType type, const QUrl &temporary, const QUrl &file)
 {
     if (!added) {
-        qCWarning(bwApp, "Snapshot: cannot be added to the album; it stays in %s",
+        qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s",
                   qUtf8Printable(temporary.toLocalFile()));
         feedback.captureNotSaved(temporary);
         return;
     }
     QFile::remove(temporary.toLocalFile());
-    feedback.snapshotSaved(file);
+    feedback.saved(type, file);
 }

@@ -5,28 +5,33 @@
 
 #include <QByteArray>
 #include <QUrl>
-#include <atomic>
 #include <functional>
 #include <memory>
 
-/// Takes what cameras capture into the current album. Operations on the GUI thread, except where told otherwise.
+/// Takes what cameras capture into the current album: snapshots when they come, movies when they are complete, however
+/// a recording came to its end. Operations on the GUI thread.
 class BWCaptureController {
 public:
     /// What the user learns of a capture. Called on the GUI thread.
     struct Feedback {
-        std::function<void(const QUrl &file)> snapshotSaved;
+        std::function<void(BWMediaType type, const QUrl &file)> saved;
+        /// The camera began or ended to record.
+        std::function<void(bool recording)> recording;
         /// The capture is not in the album; `left` is where it still is, empty if it could not be written at all.
         std::function<void(const QUrl &left)> captureNotSaved;
     };
 
     BWCaptureController(BWAlbumManager &albums, Feedback feedback);
 
-    /// Installs the snapshot and hardware-button callbacks. They may be called on any thread until the camera is gone
+    /// Installs the snapshot, recording and hardware-button callbacks. They may be called on any thread until the camera is gone
     /// and outlive this object without harm.
     void prepareCamera(BWCamera &camera);
 
     /// Asks the camera for a still; nothing happens without a camera.
     static void forceSnapshot(const BWCameraPtr &camera);
+
+    /// Begins a recording, or ends the one that runs. Returns at once: a movie may take a while to be finished.
+    void toggleRecording(const BWCameraPtr &camera);
 
     /// What the button on the camera does: a snapshot at once, or else `record` on the GUI thread.
     void setButtonRecords(bool records, std::function<void()> record);
