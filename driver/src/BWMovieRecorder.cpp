@@ -1,7 +1,6 @@
 #include "BWMovieRecorder.h"
 
 #include "BWDriverLog.h"
-#include "media/BWMovieWriter.h"
 
 #include <utility>
 
@@ -15,7 +14,10 @@ constexpr int refusedInARow = 15;
 
 } // namespace
 
-BWMovieRecorder::BWMovieRecorder(StateCallback callback) : m_callback(std::move(callback)) { }
+BWMovieRecorder::BWMovieRecorder(StateCallback callback, OpenWriter openWriter)
+    : m_callback(std::move(callback)), m_openWriter(std::move(openWriter))
+{
+}
 
 BWMovieRecorder::~BWMovieRecorder()
 {
@@ -93,7 +95,7 @@ void BWMovieRecorder::waitUntilComplete()
 void BWMovieRecorder::run(const QString &path)
 {
     QString error;
-    if (const std::unique_ptr<BWMovieWriter> writer = BWMovieWriter::create(path, &error)) {
+    if (const std::unique_ptr<BWMovieWriter> writer = m_openWriter(path, &error)) {
         writeFrames(*writer);
         if (!writer->finish())
             qCWarning(bwDriver).noquote() << "The movie" << path << "could not be completed";

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/BWFrame.h"
+#include "media/BWMovieWriter.h"
 
 #include <condition_variable>
 #include <deque>
@@ -8,8 +8,6 @@
 #include <mutex>
 #include <QString>
 #include <thread>
-
-class BWMovieWriter;
 
 /// Records passing frames into a movie file on a writer thread. A bounded queue lies in between: when the disk is too
 /// slow for it, frames are left out of the movie, counted and logged, and the stream is not held up.
@@ -22,7 +20,10 @@ public:
     /// is over and its file complete, also if it never got a frame. Must not wait for anything.
     using StateCallback = std::function<void(bool recording)>;
 
-    explicit BWMovieRecorder(StateCallback callback);
+    /// Opens the movie file; as BWMovieWriter::create().
+    using OpenWriter = std::function<std::unique_ptr<BWMovieWriter>(const QString &path, QString *error)>;
+
+    explicit BWMovieRecorder(StateCallback callback, OpenWriter openWriter = &BWMovieWriter::create);
     /// Ends a recording and waits.
     ~BWMovieRecorder();
 
@@ -54,6 +55,7 @@ private:
     void finished();
 
     const StateCallback m_callback;
+    const OpenWriter m_openWriter;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     State m_state = State::Idle;
