@@ -2,6 +2,8 @@
 
 #include "media/BWLibav.h"
 
+#include <algorithm>
+
 namespace {
 
 /// Returns libav's error number, or 0.
@@ -20,8 +22,9 @@ int copyMovie(const QString &from, const QString &to)
     if (!output)
         return result;
     AVStream *copy = avformat_new_stream(output.get(), nullptr);
-    const BWLibav::Packet packet(av_packet_alloc());
-    if (!copy || !packet)
+    BWLibav::Packet packet(av_packet_alloc());
+    BWLibav::Packet next(av_packet_alloc());
+    if (!copy || !packet || !next)
         return AVERROR(ENOMEM);
     result = avcodec_parameters_copy(copy->codecpar, video->codecpar);
     if (result < 0)
@@ -33,16 +36,30 @@ int copyMovie(const QString &from, const QString &to)
     result = avformat_write_header(output.get(), nullptr);
     if (result < 0)
         return result;
-    while ((result = av_read_frame(input.get(), packet.get())) >= 0) {
-        if (packet->stream_index == videoIndex) {
-            av_packet_rescale_ts(packet.get(), video->time_base, copy->time_base);
-            packet->stream_index = 0;
-            packet->pos = -1;
-            result = av_write_frame(output.get(), packet.get());
+    // A fragmented movie tells no durations with its packets: each lasts until the next, the last until the end.
+    const auto write = [&](int64_t until) {
+        packet->duration = std::max<int64_t>(until - packet->pts, 0);
+        av_packet_rescale_ts(packet.get(), video->time_base, copy->time_base);
+        packet->stream_index = 0;
+        packet->pos = -1;
+        return av_write_frame(output.get(), packet.get());
+    };
+    bool pending = false;
+    while ((result = av_read_frame(input.get(), next.get())) >= 0) {
+        if (next->stream_index == videoIndex) {
+            if (pending)
+                result = write(next->pts);
+            packet.swap(next);
+            pending = true;
         }
-        av_packet_unref(packet.get());
+        av_packet_unref(next.get());
         if (result < 0)
             return result;
+    }
+    if (pending && result == AVERROR_EOF) {
+        const int64_t start = video->start_time == AV_NOPTS_VALUE ? 0 : video->start_time;
+        const int written = write(start + std::max<int64_t>(video->duration, 0));
+        result = written < 0 ? written : result;
     }
     if (result != AVERROR_EOF)
         return result;
