@@ -1,0 +1,38 @@
+#pragma once
+
+#include "simulated/BWPictureSource.h"
+
+#include <QByteArray>
+#include <QImage>
+
+/// Looks at what a source draws.
+class PictureProbe {
+public:
+    PictureProbe(BWPictureSource &source, BWResolution size, uint64_t index = 0);
+
+    /// The packed picture without padding; a null array if the source wrote beyond its rows.
+    const QByteArray &bytes() const { return m_bytes; }
+
+    double meanLuma() const; ///< 0 to 255, as stored
+    double spread() const; ///< standard deviation of luma
+    double shadows() const; ///< the luma that a tenth of the pixels stay below
+    double colourfulness() const; ///< mean distance of chroma from grey
+    double hue() const; ///< angle of the mean chroma, 0 to 360 degrees
+    double warmth() const; ///< mean of V - U
+    double edges() const; ///< mean luma difference of neighbours
+    double differenceTo(const PictureProbe &other) const; ///< mean over all bytes
+    double meanLumaOf(QRect part) const;
+    QColor colourAt(int x, int y) const; ///< BT.601, limited range
+
+    static QImage jpeg(BWPictureSource &source, uint64_t index);
+
+private:
+    int luma(int x, int y) const { return uint8_t(m_bytes[y * m_size.width() * 2 + x * 2]); }
+    int u(int x, int y) const { return uint8_t(m_bytes[y * m_size.width() * 2 + x / 2 * 4 + 1]) - 128; }
+    int v(int x, int y) const { return uint8_t(m_bytes[y * m_size.width() * 2 + x / 2 * 4 + 3]) - 128; }
+    template <typename Function>
+    double mean(Function function) const;
+
+    QSize m_size;
+    QByteArray m_bytes;
+};
