@@ -68,6 +68,7 @@ private Q_SLOTS:
 
         BWResizingTextField field;
         field.setFont(fontOfSize(ownSize));
+        field.show();
         field.resize(width, 12); // one line in every size
         field.setStringValue(text);
         const double size = field.font().pointSizeF();
@@ -84,6 +85,7 @@ private Q_SLOTS:
         BWResizingButton button;
         button.setFont(fontOfSize(18));
         button.setTitle(u"Werkseinstellungen"_s);
+        button.show();
         const QSize wanted = button.sizeHint();
         button.resize(wanted);
         QCOMPARE(button.font().pointSizeF(), 18.0);

@@ -1,6 +1,8 @@
 #include "Views/Utils/BWIcons.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -38,9 +40,14 @@ int lightness(const QIcon &icon, QIcon::Mode mode = QIcon::Normal)
 class TestBWIcons : public QObject {
     Q_OBJECT
 
+    QTemporaryDir m_themes;
+
 private Q_SLOTS:
     void initTestCase()
     {
+        addTheme(u"breeze"_s, "#202020");
+        addTheme(u"breeze-dark"_s, "#f0f0f0");
+        QIcon::setThemeSearchPaths({m_themes.path()});
         QApplication::setPalette(paletteOf(Qt::white, Qt::black));
         BWIcons::install(*qApp);
     }
@@ -48,7 +55,7 @@ private Q_SLOTS:
     void oneIconFollowsThePalette_data()
     {
         QTest::addColumn<QString>("name");
-        for (const char *name : {"brimwellpro-zoom-in", "brimwellpro-albums", "configure", "zoom-in"})
+        for (const char *name : {"brimwellpro-zoom-in", "brimwellpro-albums", "configure"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
     void oneIconFollowsThePalette()
@@ -93,6 +100,26 @@ private Q_SLOTS:
     }
 
     void unknownNameIsNull() { QVERIFY(BWIcons::icon(u"brimwellpro-no-such-icon"_s).isNull()); }
+
+private:
+    /// An icon theme with one icon, a square in one colour.
+    void addTheme(const QString &name, const QByteArray &color)
+    {
+        const QDir folder(m_themes.path());
+        QVERIFY(folder.mkpath(name + u"/22"_s));
+        write(folder.filePath(name + u"/index.theme"_s),
+              "[Icon Theme]\nName=Test\nDirectories=22\n[22]\nSize=22\nType=Scalable\n");
+        write(folder.filePath(name + u"/22/configure.svg"_s),
+              "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 22 22'><path fill='" + color
+                  + "' d='M2 2h18v18h-18z'/></svg>");
+    }
+
+    static void write(const QString &path, const QByteArray &content)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
 };
 
 QTEST_MAIN(TestBWIcons)

@@ -2,6 +2,7 @@
 
 #include "Utils/BWUIUtils.h"
 
+#include <QFontInfo>
 #include <QScopedValueRollback>
 #include <QWidget>
 
@@ -18,8 +19,12 @@ QFont BWFittingFont::smallestFont() const
 void BWFittingFont::fit(const QString &text, const QSizeF &bounds)
 {
     QFont font = m_fullFont;
-    if (m_fullFont.pointSizeF() > minimumSize)
-        font.setPointSizeF(BWUIUtils::fontToFit(m_fullFont, bounds, text, minimumSize).pointSizeF());
+    const double fullSize = QFontInfo(m_fullFont).pointSizeF(); // of whole pixels, hence not quite what was asked for
+    if (fullSize > minimumSize) {
+        const double fitting = BWUIUtils::fontToFit(m_fullFont, bounds, text, minimumSize).pointSizeF();
+        if (fitting < fullSize)
+            font.setPointSizeF(fitting);
+    }
     const QScopedValueRollback guard(m_setting, true);
     m_widget->setFont(font);
 }

@@ -72,7 +72,13 @@ QIcon BWIcons::icon(const QString &name)
 QIcon BWIcons::image(const QString &fileName)
 {
     useOurResources();
-    return QIcon(u":/brimwellpro/images/"_s + fileName);
+    const QString path = u":/brimwellpro/images/"_s + fileName;
+    QString sharper = path;
+    sharper.insert(path.lastIndexOf(u'.'), u"@2x"_s);
+    // QIcon looks for the sharper file only if a screen needs it now, but a window can be moved to another screen
+    QIcon icon(path);
+    icon.addFile(sharper);
+    return icon;
 }
 
 QIcon BWIcons::applicationIcon()
