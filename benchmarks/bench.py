@@ -22,7 +22,7 @@ from media import KINDS, Media, title  # noqa: E402
 from players import PLAYERS, PLAYER_ENVIRONMENT, WINDOW, OurProgram, numbers  # noqa: E402
 
 TICK = os.sysconf("SC_CLK_TCK")
-MANY_COLOURS = 400  # no window without a picture has that many
+MANY_COLOURS = 200  # at the points looked at; no window without a picture has that many
 US = "brimwellpro"
 
 
