@@ -131,7 +131,8 @@ void AppDelegate::prepareUI()
         m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras,
                                                                                    m_window.get());
         m_simulatedCameras->localizeWithManager(texts);
-        m_simulatedCameras->show();
+        // When the main window is where it will be.
+        BWMainQueue::post(m_alive, [this] { m_simulatedCameras->showBelow(*m_window); });
     }
 }
 
@@ -144,6 +145,7 @@ void AppDelegate::connectActions()
     connect(&bar, &BWControlBar::albumsTriggered, this, &AppDelegate::onSettingsAlbums);
     connect(menu.snapshot, &QAction::triggered, this, &AppDelegate::forceSnapshot);
     connect(&bar, &BWControlBar::snapshotTriggered, this, &AppDelegate::forceSnapshot);
+    connect(&m_window->centeringClipView(), &BWCenteringClipView::spacePressed, this, &AppDelegate::forceSnapshot);
     connect(menu.record, &QAction::triggered, this, &AppDelegate::onRecord);
     connect(&bar, &BWControlBar::recordTriggered, this, &AppDelegate::onRecord);
     connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, [this] {

@@ -1,5 +1,6 @@
 #include "Views/BWCenteringClipView.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -163,6 +164,14 @@ void BWCenteringClipView::wheelEvent(QWheelEvent *event)
         return;
     }
     QAbstractScrollArea::wheelEvent(event);
+}
+
+void BWCenteringClipView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat())
+        Q_EMIT spacePressed();
+    else
+        QAbstractScrollArea::keyPressEvent(event);
 }
 
 bool BWCenteringClipView::event(QEvent *event)

@@ -23,8 +23,10 @@ public:
     QRect pictureArea() const { return viewport()->geometry(); }
 
 Q_SIGNALS:
-    /// A mouse button was pressed on the image.
+    /// The image was clicked.
     void mousePressed();
+    /// Space was pressed while the image had the focus.
+    void spacePressed();
     /// The wheel was turned with Control held.
     void zoomRequested(bool in);
     /// The first picture of all was painted.
@@ -38,6 +40,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     bool event(QEvent *event) override;
 
 private:

@@ -7,6 +7,7 @@
 #include "Views/BWMainMenu.h"
 #include "Views/BWStatusPill.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
@@ -26,6 +27,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer) :
     m_statusPill->raise();
     setTabOrder(m_controlBar, m_clipView);
     m_clipView->setFocus();
+    connect(m_menu->fullScreen, &QAction::toggled, this, &BWMainWindow::setFullScreen);
 }
 
 void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
@@ -48,6 +50,19 @@ void BWMainWindow::resetLayout()
     const QSize screen = QGuiApplication::primaryScreen()->size();
     // The origin of the screen is not added: the position is counted within the whole desktop.
     move(screen.width() / 2 - window.width() / 2, screen.height() / 2 - window.height() / 2);
+}
+
+void BWMainWindow::setFullScreen(bool fullScreen)
+{
+    setWindowState(windowState().setFlag(Qt::WindowFullScreen, fullScreen));
+}
+
+void BWMainWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Cancel) && isFullScreen())
+        setFullScreen(false);
+    else
+        QMainWindow::keyPressEvent(event);
 }
 
 void BWMainWindow::layOutContent()
@@ -74,8 +89,10 @@ void BWMainWindow::closeEvent(QCloseEvent *event)
 void BWMainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::WindowStateChange)
-        Q_EMIT occlusionStateChanged();
+    if (event->type() != QEvent::WindowStateChange)
+        return;
+    m_menu->fullScreen->setChecked(isFullScreen()); // the desktop has its own ways to change it
+    Q_EMIT occlusionStateChanged();
 }
 
 void BWMainWindow::showEvent(QShowEvent *event)

@@ -32,6 +32,8 @@ public:
     /// Gives the content its default size and puts the window into the middle of the main screen.
     void resetLayout();
 
+    void setFullScreen(bool fullScreen);
+
     /// Asked when the user closes the window: true to let it close. By default it may.
     void setShouldClose(std::function<bool()> shouldClose) { m_shouldClose = std::move(shouldClose); }
 
@@ -46,6 +48,7 @@ protected:
     void changeEvent(QEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void layOutContent();

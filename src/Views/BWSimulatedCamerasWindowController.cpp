@@ -6,6 +6,8 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QScreen>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -36,6 +38,17 @@ void BWSimulatedCamerasWindowController::localizeWithManager(BWLocalizationManag
                                                                    u"No camera is simulated in this run."_s)));
     for (BWSimulatedCameraRow *row : std::as_const(m_rows))
         row->localize(manager);
+}
+
+void BWSimulatedCamerasWindowController::showBelow(const QWidget &window)
+{
+    adjustSize();
+    const QRect screen = window.screen()->availableGeometry();
+    constexpr int titleBar = 30; // what window managers add to the height, about
+    const QPoint wished = window.frameGeometry().bottomLeft() + QPoint(0, 1);
+    const int lowest = screen.y() + screen.height() - height() - titleBar;
+    move(std::max(screen.x(), wished.x()), std::min(wished.y(), lowest));
+    show();
 }
 
 void BWSimulatedCamerasWindowController::showEvent(QShowEvent *event)

@@ -21,6 +21,9 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
+    /// Shows it at the lower left of that window, below it where the screen has room.
+    void showBelow(const QWidget &window);
+
 protected:
     void showEvent(QShowEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
