@@ -24,9 +24,10 @@
 
 using namespace Qt::StringLiterals;
 
-AppDelegate::AppDelegate(Options options) :
-    m_options(std::move(options)), m_clock(m_options.clock ? *m_options.clock : BWClock::system()),
-    m_repository(BWRepository::singleton())
+AppDelegate::AppDelegate(Options options)
+    : m_options(std::move(options)),
+      m_clock(m_options.clock ? *m_options.clock : BWClock::system()),
+      m_repository(BWRepository::singleton())
 {
 }
 
@@ -83,7 +84,8 @@ void AppDelegate::doFinishApplicationLaunch()
               BWCameraDetector::descriptionForUltraResolutionMicroscope(),
               BWCameraDetector::descriptionForReceptorWirelessMicroscope()},
         std::move(m_options.backends));
-    m_cameraDetector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { m_session->cameraFound(device); });
+    m_cameraDetector->setCameraFoundBlock(
+        [this](const BWDetectedCameraPtr &device) { m_session->cameraFound(device); });
     m_cameraDetector->setCameraRemovedBlock(
         [this](const BWDetectedCameraPtr &device) { m_session->cameraRemoved(device); });
     m_cameraDetector->startCamerasDetection();
@@ -105,10 +107,9 @@ void AppDelegate::prepareUI()
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
     m_capture = std::make_unique<BWCaptureController>(
         m_repository.albumManager(),
-        BWCaptureController::Feedback{
-            [this](BWMediaType type, const QUrl &file) { captureSaved(type, file); },
-            [this](bool recording) { m_window->controlBar().showRecording(recording); },
-            [this](const QUrl &left) { captureNotSaved(left); }});
+        BWCaptureController::Feedback{[this](BWMediaType type, const QUrl &file) { captureSaved(type, file); },
+                                      [this](bool recording) { m_window->controlBar().showRecording(recording); },
+                                      [this](const QUrl &left) { captureNotSaved(left); }});
     m_sessionWindows = std::make_unique<BWSessionWindows>(
         *m_window, *m_liveView, m_repository,
         BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
@@ -128,8 +129,8 @@ void AppDelegate::prepareUI()
     m_capture->setButtonRecords(config.saveVideoOnHardwareButton(), [this] { onRecord(); });
     m_window->show();
     if (!m_options.simulatedCameras.isEmpty()) {
-        m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras,
-                                                                                   m_window.get());
+        m_simulatedCameras =
+            std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras, m_window.get());
         m_simulatedCameras->localizeWithManager(texts);
         // When the main window is where it will be.
         BWMainQueue::post(m_alive, [this] { m_simulatedCameras->showBelow(*m_window); });
@@ -162,9 +163,8 @@ void AppDelegate::connectActions()
 
 void AppDelegate::prepareCamera(BWCamera &camera)
 {
-    camera.setOnCameraFrame([&renderer = m_renderer](BWCamera &, const BWFrame &frame) {
-        renderer.prepareBuffer(frame);
-    });
+    camera.setOnCameraFrame(
+        [&renderer = m_renderer](BWCamera &, const BWFrame &frame) { renderer.prepareBuffer(frame); });
     m_capture->prepareCamera(camera);
 }
 
@@ -209,8 +209,9 @@ void AppDelegate::updateStateLabel()
         return;
     }
     const auto product = m_session->currentProduct();
-    m_statusLine->setText(product ? u"%1 %2"_s.arg(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
-                                  : m_texts.liveStreamingWith);
+    m_statusLine->setText(
+        product ? u"%1 %2"_s.arg(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
+                : m_texts.liveStreamingWith);
 }
 
 void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)

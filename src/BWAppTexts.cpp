@@ -8,11 +8,11 @@ using namespace Qt::StringLiterals;
 void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
 {
     // Some texts are only made known here, so that a refreshed translation file has them.
-    for (const auto &description : {BWCameraDetector::descriptionForDX20(),
-                                    BWCameraDetector::descriptionForRegularMicroscope(),
-                                    BWCameraDetector::descriptionForHighResolutionMicroscope(),
-                                    BWCameraDetector::descriptionForUltraResolutionMicroscope(),
-                                    BWCameraDetector::descriptionForReceptorWirelessMicroscope()})
+    for (const auto &description :
+         {BWCameraDetector::descriptionForDX20(), BWCameraDetector::descriptionForRegularMicroscope(),
+          BWCameraDetector::descriptionForHighResolutionMicroscope(),
+          BWCameraDetector::descriptionForUltraResolutionMicroscope(),
+          BWCameraDetector::descriptionForReceptorWirelessMicroscope()})
         manager.text(u"camera_type"_s, description->identifierForCameraType, description->name);
     manager.text(u"general"_s, u"option_ok"_s, u"OK"_s);
     manager.text(u"general"_s, u"option_cancel"_s, u"Cancel"_s);
@@ -20,42 +20,42 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
 
     snapshotSaved = manager.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s);
     videoSaved = manager.text(u"flash_view"_s, u"video_saved"_s, u"Video saved"_s);
-    cameraAccessDeniedTitle
-        = manager.text(u"camera_window"_s, u"camera_access_denied_title"_s, u"Camera access denied"_s);
-    cameraAccessDeniedMessage
-        = manager.text(u"camera_window"_s, u"camera_access_denied_message"_s,
-                       u"BrimwellPro does not have permissions to access the camera. Please go to System Preferences "
-                       "> Security & Privacy to grant access and restart BrimwellPro."_s)
+    cameraAccessDeniedTitle =
+        manager.text(u"camera_window"_s, u"camera_access_denied_title"_s, u"Camera access denied"_s);
+    cameraAccessDeniedMessage =
+        manager.text(u"camera_window"_s, u"camera_access_denied_message"_s,
+                     u"BrimwellPro does not have permissions to access the camera. Please go to System Preferences "
+                     "> Security & Privacy to grant access and restart BrimwellPro."_s)
         + u"\n\n"_s
         + manager.text(u"camera_window"_s, u"camera_access_denied_fix"_s,
                        u"On this computer members of the group \"video\" may use cameras. An administrator can add "
                        "you with the command \"sudo usermod -aG video USER\"; log in again afterwards."_s);
-    cameraAccessRestrictedTitle
-        = manager.text(u"camera_window"_s, u"camera_access_restricted_title"_s, u"Camera access restricted"_s);
-    cameraAccessRestrictedMessage
-        = manager.text(u"camera_window"_s, u"camera_access_restricted_message"_s,
-                       u"It seems your user does not have enough permissions to allow camera access. Please try "
-                       "running BrimwellPro with a different macOS user"_s);
-    errorInitializingAlbumsTitle
-        = manager.text(u"camera_window"_s, u"error_initalizing_albums_title"_s, u"Error while initializing albums"_s);
-    errorInitializingAlbumsMessage
-        = manager.text(u"camera_window"_s, u"error_initalizing_albums_message"_s,
-                       u"Albums could not be loaded. Please ensure that the following folders have write "
-                       "permissions, or contact us for more information:"_s);
-    noCameraDetectedPlaceholder
-        = manager.text(u"camera_window"_s, u"no_camera_detected_placeholder"_s, u"No camera detected"_s);
+    cameraAccessRestrictedTitle =
+        manager.text(u"camera_window"_s, u"camera_access_restricted_title"_s, u"Camera access restricted"_s);
+    cameraAccessRestrictedMessage =
+        manager.text(u"camera_window"_s, u"camera_access_restricted_message"_s,
+                     u"It seems your user does not have enough permissions to allow camera access. Please try "
+                     "running BrimwellPro with a different macOS user"_s);
+    errorInitializingAlbumsTitle =
+        manager.text(u"camera_window"_s, u"error_initalizing_albums_title"_s, u"Error while initializing albums"_s);
+    errorInitializingAlbumsMessage =
+        manager.text(u"camera_window"_s, u"error_initalizing_albums_message"_s,
+                     u"Albums could not be loaded. Please ensure that the following folders have write "
+                     "permissions, or contact us for more information:"_s);
+    noCameraDetectedPlaceholder =
+        manager.text(u"camera_window"_s, u"no_camera_detected_placeholder"_s, u"No camera detected"_s);
     liveStreamingWith = manager.text(u"camera_window"_s, u"live_streaming_with_prefix"_s, u"Live streaming with:"_s);
-    gridDisclaimer
-        = manager.text(u"camera_window"_s, u"grid_disclaimer"_s,
-                       u"Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."_s);
-    captureNotSavedTitle
-        = manager.text(u"camera_window"_s, u"capture_not_saved_title"_s, u"The capture could not be saved"_s);
-    captureNotSavedMessage
-        = manager.text(u"camera_window"_s, u"capture_not_saved_message"_s,
-                       u"It could not be written to the disk. Please check that there is free space, then take it "
-                       "again."_s);
-    captureLeftMessage
-        = manager.text(u"camera_window"_s, u"capture_left_message"_s,
-                       u"It could not be copied into the album. Please check that the album folder exists and has "
-                       "free space. The capture is kept here:"_s);
+    gridDisclaimer =
+        manager.text(u"camera_window"_s, u"grid_disclaimer"_s,
+                     u"Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."_s);
+    captureNotSavedTitle =
+        manager.text(u"camera_window"_s, u"capture_not_saved_title"_s, u"The capture could not be saved"_s);
+    captureNotSavedMessage =
+        manager.text(u"camera_window"_s, u"capture_not_saved_message"_s,
+                     u"It could not be written to the disk. Please check that there is free space, then take it "
+                     "again."_s);
+    captureLeftMessage =
+        manager.text(u"camera_window"_s, u"capture_left_message"_s,
+                     u"It could not be copied into the album. Please check that the album folder exists and has "
+                     "free space. The capture is kept here:"_s);
 }

@@ -20,8 +20,8 @@ void printCamera(const BWDetectedCamera &camera, QTextStream &out)
         resolutions.append(resolution.resolutionString());
     out << description.name << '\n'
         << "  device:      " << camera.uniqueIdentifier() << '\n'
-        << "  type:        " << description.identifierForProducts
-        << (description.isBridgeChip ? " (bridge chip)" : "") << '\n'
+        << "  type:        " << description.identifierForProducts << (description.isBridgeChip ? " (bridge chip)" : "")
+        << '\n'
         << "  resolutions: " << resolutions.join(u' ') << '\n'
         << "  controls:\n";
     for (const BWControlInfo &control : camera.open()->controls())

@@ -40,7 +40,8 @@ BWCommandLine BWCommandLine::parse(const QStringList &arguments)
         } else if (argument.startsWith(simulate + u'=')) {
             camera = argument.mid(simulate.size() + 1);
         } else if (argument == simulate) {
-            line.error = u"--simulate needs a camera type; accepted are %1, each with =PATH if wished"_s.arg(typeList());
+            line.error =
+                u"--simulate needs a camera type; accepted are %1, each with =PATH if wished"_s.arg(typeList());
             continue;
         } else {
             line.error = u"Unknown option %1; accepted: %2"_s.arg(argument, usage());

@@ -10,8 +10,8 @@
 #include <QAction>
 #include <utility>
 
-BWLiveViewController::BWLiveViewController(BWMainWindow &window, CurrentCamera currentCamera) :
-    m_window(window), m_currentCamera(std::move(currentCamera))
+BWLiveViewController::BWLiveViewController(BWMainWindow &window, CurrentCamera currentCamera)
+    : m_window(window), m_currentCamera(std::move(currentCamera))
 {
     const BWControlBar &bar = window.controlBar();
     connect(&bar, &BWControlBar::zoomTriggered, this, &BWLiveViewController::onZoom);

@@ -21,8 +21,8 @@
 using namespace Qt::StringLiterals;
 
 BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWRepository &repository,
-                                   Actions actions, BWClock &clock) :
-    m_window(window), m_liveView(liveView), m_repository(repository), m_actions(std::move(actions))
+                                   Actions actions, BWClock &clock)
+    : m_window(window), m_liveView(liveView), m_repository(repository), m_actions(std::move(actions))
 {
     BWLocalizationManager &texts = repository.localizationManager();
     m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(m_actions.pendingDevices, clock);
@@ -92,8 +92,8 @@ void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const
     QStringList names;
     for (const BWCameraPtr &camera : cameras) {
         const BWCameraDescription &description = *camera->detectedCamera()->cameraDescription();
-        names.append(m_repository.localizationManager().text(
-            u"camera_type"_s, description.identifierForCameraType, description.name));
+        names.append(m_repository.localizationManager().text(u"camera_type"_s, description.identifierForCameraType,
+                                                             description.name));
     }
     m_window.menu().showCameras(BWCameraTitles::unique(names), static_cast<int>(cameras.indexOf(current)));
     showProducts();
@@ -134,9 +134,7 @@ void BWSessionWindows::showResolutions(const QList<BWResolution> &resolutions, B
     m_window.controlBar().showResolutions(resolutions, current);
 }
 
-void BWSessionWindows::enableGrid(bool)
-{
-}
+void BWSessionWindows::enableGrid(bool) { }
 
 void BWSessionWindows::updateImageDisplay()
 {
@@ -175,8 +173,8 @@ void BWSessionWindows::showCameraInUse(std::function<void()> ok)
     m_cameraInUse = new QMessageBox(&m_window);
     m_cameraInUse->setAttribute(Qt::WA_DeleteOnClose);
     m_cameraInUse->setIcon(QMessageBox::Warning);
-    const QString title
-        = texts.text(u"camera_window"_s, u"camera_in_use_title"_s, u"Cannot access camera at this time"_s);
+    const QString title =
+        texts.text(u"camera_window"_s, u"camera_in_use_title"_s, u"Cannot access camera at this time"_s);
     m_cameraInUse->setWindowTitle(title);
     m_cameraInUse->setText(title);
     m_cameraInUse->setInformativeText(
@@ -222,9 +220,7 @@ void BWSessionWindows::endNoCameraSheet()
     m_noCameraSheet->end();
 }
 
-void BWSessionWindows::hideAuxiliaryWindows()
-{
-}
+void BWSessionWindows::hideAuxiliaryWindows() { }
 
 void BWSessionWindows::terminate()
 {

@@ -2,9 +2,7 @@
 
 #include "Views/BWStatusPill.h"
 
-BWStatusLine::BWStatusLine(BWStatusPill &pill, BWClock &clock) : m_pill(pill), m_clock(clock)
-{
-}
+BWStatusLine::BWStatusLine(BWStatusPill &pill, BWClock &clock) : m_pill(pill), m_clock(clock) { }
 
 BWStatusLine::~BWStatusLine()
 {

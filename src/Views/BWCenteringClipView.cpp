@@ -4,8 +4,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QWheelEvent>
 #include <QtMath>
+#include <QWheelEvent>
 
 namespace {
 
@@ -38,8 +38,7 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
 void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
 {
     const QSizeF before = m_geometry.footprint();
-    const QPointF middle = QPointF(scrollPosition())
-        + QPointF(viewport()->width() / 2.0, viewport()->height() / 2.0);
+    const QPointF middle = QPointF(scrollPosition()) + QPointF(viewport()->width() / 2.0, viewport()->height() / 2.0);
     m_geometry = geometry;
     const QSizeF after = m_geometry.footprint();
     updateScrollBars();
@@ -71,7 +70,9 @@ void BWCenteringClipView::updateScrollBars()
     const QSize range = m_geometry.scrollRange(size);
     // Nobody needs a scroll bar for a few lines of the picture; the wheel reaches them all the same.
     constexpr int barelyLarger = 32;
-    const auto policy = [](int surplus) { return surplus > barelyLarger ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff; };
+    const auto policy = [](int surplus) {
+        return surplus > barelyLarger ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff;
+    };
     setHorizontalScrollBarPolicy(policy(range.width()));
     setVerticalScrollBarPolicy(policy(range.height()));
     horizontalScrollBar()->setPageStep(size.width());

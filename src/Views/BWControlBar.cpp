@@ -165,8 +165,8 @@ void BWControlBar::showFlip(int index)
 void BWControlBar::showRecording(bool recording)
 {
     m_recording = recording;
-    m_recordButton->setIcon(QIcon(recording ? u":/brimwellpro/images/stop.png"_s
-                                            : u":/brimwellpro/images/record.png"_s));
+    m_recordButton->setIcon(
+        QIcon(recording ? u":/brimwellpro/images/stop.png"_s : u":/brimwellpro/images/record.png"_s));
     const QString text = recording ? m_stopText : m_recordText;
     m_recordButton->setAccessibleName(text);
     m_recordButton->setToolTip(text);

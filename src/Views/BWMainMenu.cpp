@@ -81,8 +81,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(zoomOut, manager.text(u"main_menu"_s, u"zoom_out_menu_item"_s, u"Zoom &out"_s));
     set(actualSize, manager.text(u"main_menu"_s, u"actual_size_menu_item"_s, u"&Actual size"_s));
     set(rotate, manager.text(u"main_menu"_s, u"rotate_menu_item"_s, u"&Rotate by 90 degrees"_s));
-    set(flipHorizontally,
-        manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
+    set(flipHorizontally, manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
     set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
 

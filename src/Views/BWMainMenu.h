@@ -4,8 +4,8 @@
 #include "Model/BWCameraProduct.h"
 #include "Model/BWLocalizationManagerDelegate.h"
 
-#include <QList>
 #include <QKeySequence>
+#include <QList>
 #include <QObject>
 #include <QString>
 

@@ -15,9 +15,12 @@
 
 using namespace Qt::StringLiterals;
 
-BWMainWindow::BWMainWindow(BWLiveRenderer &renderer) :
-    m_content(new QWidget(this)), m_menu(new BWMainMenu(*this)), m_clipView(new BWCenteringClipView(renderer, m_content)),
-    m_controlBar(new BWControlBar(m_content)), m_statusPill(new BWStatusPill(m_content))
+BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
+    : m_content(new QWidget(this)),
+      m_menu(new BWMainMenu(*this)),
+      m_clipView(new BWCenteringClipView(renderer, m_content)),
+      m_controlBar(new BWControlBar(m_content)),
+      m_statusPill(new BWStatusPill(m_content))
 {
     setObjectName(u"main"_s);
     setCentralWidget(m_content);
@@ -44,8 +47,8 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
 void BWMainWindow::resetLayout()
 {
     showNormal();
-    const QSize window = defaultContentSize.expandedTo(m_content->minimumSize())
-        + QSize(0, menuBar()->sizeHint().height());
+    const QSize window =
+        defaultContentSize.expandedTo(m_content->minimumSize()) + QSize(0, menuBar()->sizeHint().height());
     resize(window);
     const QSize screen = QGuiApplication::primaryScreen()->size();
     // The origin of the screen is not added: the position is counted within the whole desktop.

@@ -3,11 +3,11 @@
 #include "Model/BWLocalizationManager.h"
 #include "Views/BWSimulatedCameraRow.h"
 
+#include <algorithm>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScreen>
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 

@@ -62,9 +62,10 @@ private Q_SLOTS:
         for (const unsigned zoom : {50U, 100U, 110U, 200U}) {
             for (const int rotation : {0, 90, 180, 270}) {
                 for (const int flip : {0, 1, 2, 3}) {
-                    const auto name = QStringLiteral("zoom %1, rotation %2, flip %3, ").arg(zoom).arg(rotation).arg(flip);
-                    QTest::newRow(qPrintable(name + QStringLiteral("all"))) << zoom << rotation << flip << QSize(500, 500)
-                                                                            << QPoint();
+                    const auto name =
+                        QStringLiteral("zoom %1, rotation %2, flip %3, ").arg(zoom).arg(rotation).arg(flip);
+                    QTest::newRow(qPrintable(name + QStringLiteral("all")))
+                        << zoom << rotation << flip << QSize(500, 500) << QPoint();
                     // Odd offsets: chroma belongs to pairs of pixels.
                     QTest::newRow(qPrintable(name + QStringLiteral("part")))
                         << zoom << rotation << flip << QSize(61, 47) << QPoint(13, 7);
@@ -119,11 +120,11 @@ private Q_SLOTS:
                                    Named{"RGB24", BWPixelFormat::RGB24}, Named{"BGR24", BWPixelFormat::BGR24}}) {
             for (const auto matrix : {BWColorMatrix::BT601, BWColorMatrix::BT709}) {
                 for (const auto range : {BWColorRange::Limited, BWColorRange::Full}) {
-                    const auto name = QStringLiteral("%1 BT.%2 %3")
-                                          .arg(QLatin1String(named.name))
-                                          .arg(matrix == BWColorMatrix::BT601 ? 601 : 709)
-                                          .arg(range == BWColorRange::Full ? QStringLiteral("full")
-                                                                           : QStringLiteral("limited"));
+                    const auto name =
+                        QStringLiteral("%1 BT.%2 %3")
+                            .arg(QLatin1String(named.name))
+                            .arg(matrix == BWColorMatrix::BT601 ? 601 : 709)
+                            .arg(range == BWColorRange::Full ? QStringLiteral("full") : QStringLiteral("limited"));
                     QTest::newRow(qPrintable(name)) << named.format << matrix << range;
                 }
             }

@@ -78,10 +78,11 @@ BWSimulatedCameraOptions cameraOf(Type type, bool pluggedIn = true)
 
 /// The session on simulated cameras, with a clock moved by hand.
 struct Bench {
-    explicit Bench(const QList<BWSimulatedCameraOptions> &cameras) : config(defaults, [this] {
-        const BWCameraPtr camera = session ? session->currentCamera() : nullptr;
-        return camera ? camera->identifierForProducts() : QString();
-    })
+    explicit Bench(const QList<BWSimulatedCameraOptions> &cameras)
+        : config(defaults, [this] {
+              const BWCameraPtr camera = session ? session->currentCamera() : nullptr;
+              return camera ? camera->identifierForProducts() : QString();
+          })
     {
         auto backend = BWSimulatedBackend::create(cameras, clock);
         hands = backend->cameras();
@@ -190,7 +191,8 @@ private Q_SLOTS:
         QCOMPARE(bench.session->state(), State::Waiting);
         bench.clock.advance(std::chrono::milliseconds(1));
         QCOMPARE(bench.session->state(), State::NoCamera);
-        QCOMPARE(bench.ui.calls, QStringList({u"hideAuxiliaryWindows"_s, u"updateStateLabel"_s, u"showNoCameraWindow"_s}));
+        QCOMPARE(bench.ui.calls,
+                 QStringList({u"hideAuxiliaryWindows"_s, u"updateStateLabel"_s, u"showNoCameraWindow"_s}));
 
         bench.hands[0]->plugIn();
         QTRY_COMPARE(bench.session->state(), State::Streaming);

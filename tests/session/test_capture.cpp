@@ -1,6 +1,6 @@
 #include "BWACUDriver/BWCameraDetector.h"
-#include "BWACUDriver/BWSimulatedCameras.h"
 #include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWSettingsFile.h"
 #include "Model/Capture/BWCaptureController.h"
@@ -31,9 +31,10 @@ private Q_SLOTS:
         m_left.clear();
         m_recording = false;
         m_capture = std::make_unique<BWCaptureController>(
-            *m_albums, BWCaptureController::Feedback{[this](BWMediaType, const QUrl &file) { m_saved << file.fileName(); },
-                                                     [this](bool recording) { m_recording = recording; },
-                                                     [this](const QUrl &left) { m_left << left; }});
+            *m_albums,
+            BWCaptureController::Feedback{[this](BWMediaType, const QUrl &file) { m_saved << file.fileName(); },
+                                          [this](bool recording) { m_recording = recording; },
+                                          [this](const QUrl &left) { m_left << left; }});
         BWSimulatedCameraOptions options;
         options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
         options.pixelFormat = BWPixelFormat::MJPEG;
@@ -72,8 +73,8 @@ private Q_SLOTS:
             captureFrame();
             QTRY_COMPARE(m_saved.size(), i);
         }
-        QCOMPARE(m_saved, QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s,
-                                       u"20240607_image_003.jpg"_s}));
+        QCOMPARE(m_saved,
+                 QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s, u"20240607_image_003.jpg"_s}));
         QFile file(m_folder->filePath(u"BrimwellPro/Default Album/20240607_image_003.jpg"_s));
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), m_lastFrame); // the camera's own bytes

@@ -15,8 +15,8 @@ using namespace Qt::StringLiterals;
 
 /// What the cameras' callbacks use; held weakly by them.
 struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
-    Shared(BWAlbumManager &albumManager, Feedback userFeedback) :
-        albums(albumManager), feedback(std::move(userFeedback))
+    Shared(BWAlbumManager &albumManager, Feedback userFeedback)
+        : albums(albumManager), feedback(std::move(userFeedback))
     {
     }
 
@@ -33,8 +33,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     QUrl recordTempFile; // the movie that is being recorded
 };
 
-BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback) :
-    m_shared(std::make_shared<Shared>(albums, std::move(feedback)))
+BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback)
+    : m_shared(std::make_shared<Shared>(albums, std::move(feedback)))
 {
 }
 

@@ -3,10 +3,10 @@
 #include "BWACUDriver/BWCamera.h"
 #include "Model/BWAlbumManager.h"
 
-#include <QByteArray>
-#include <QUrl>
 #include <functional>
 #include <memory>
+#include <QByteArray>
+#include <QUrl>
 
 /// Takes what cameras capture into the current album: snapshots when they come, movies when they are complete, however
 /// a recording came to its end. Operations on the GUI thread.

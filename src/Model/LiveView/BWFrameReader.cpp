@@ -53,9 +53,7 @@ std::array<PlaneExtent, 3> extentsFor(BWPixelFormat format, int width, int heigh
 
 } // namespace
 
-BWFrameReader::BWFrameReader() : m_decoder(tjInitDecompress()), m_jpeg(std::make_unique<Yuv>())
-{
-}
+BWFrameReader::BWFrameReader() : m_decoder(tjInitDecompress()), m_jpeg(std::make_unique<Yuv>()) { }
 
 BWFrameReader::~BWFrameReader()
 {
@@ -228,8 +226,8 @@ void BWFrameReader::packedToARGB(const QRect &part, uint8_t *argb, int stride)
         const auto split = info.pixelFormat == BWPixelFormat::YUYV ? libyuv::YUY2ToI422 : libyuv::UYVYToI422;
         split(row(0, 1, x * 2), info.planes[0].stride, planeY, width, planeU, chromaWidth, planeV, chromaWidth, width,
               height);
-        libyuv::I422ToARGBMatrix(planeY, width, planeU, chromaWidth, planeV, chromaWidth, argb, stride, constants, width,
-                                 height);
+        libyuv::I422ToARGBMatrix(planeY, width, planeU, chromaWidth, planeV, chromaWidth, argb, stride, constants,
+                                 width, height);
         break;
     }
     case BWPixelFormat::NV12:

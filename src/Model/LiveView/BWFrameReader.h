@@ -2,10 +2,10 @@
 
 #include "BWACUDriver/BWFrame.h"
 
-#include <QRect>
-#include <QSize>
 #include <cstdint>
 #include <memory>
+#include <QRect>
+#include <QSize>
 #include <vector>
 
 /// Makes the pixels of one frame after another readable, a part of the picture at a time.

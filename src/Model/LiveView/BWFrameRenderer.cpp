@@ -96,9 +96,10 @@ void BWFrameRenderer::scalePart(const QRect &part, QSize whole, Pixels target)
     const double scaleX = static_cast<double>(size.width()) / whole.width();
     const double scaleY = static_cast<double>(size.height()) / whole.height();
     constexpr int margin = 3;
-    QRect source(QPoint(static_cast<int>(part.left() * scaleX) - margin, static_cast<int>(part.top() * scaleY) - margin),
-                 QPoint(static_cast<int>((part.right() + 1) * scaleX) + margin,
-                        static_cast<int>((part.bottom() + 1) * scaleY) + margin));
+    QRect source(
+        QPoint(static_cast<int>(part.left() * scaleX) - margin, static_cast<int>(part.top() * scaleY) - margin),
+        QPoint(static_cast<int>((part.right() + 1) * scaleX) + margin,
+               static_cast<int>((part.bottom() + 1) * scaleY) + margin));
     source = aligned(source.intersected(QRect(QPoint(0, 0), size)));
 
     const int stride = size.width() * 4;

@@ -3,9 +3,9 @@
 #include "Model/LiveView/BWFrameReader.h"
 #include "Model/LiveView/BWRenderRequest.h"
 
-#include <QImage>
 #include <array>
 #include <cstdint>
+#include <QImage>
 #include <vector>
 
 class BWOrientation;

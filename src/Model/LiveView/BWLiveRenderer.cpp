@@ -5,9 +5,7 @@
 #include <pthread.h>
 #include <utility>
 
-BWLiveRenderer::BWLiveRenderer(QObject *parent) : QObject(parent), m_thread([this] { run(); })
-{
-}
+BWLiveRenderer::BWLiveRenderer(QObject *parent) : QObject(parent), m_thread([this] { run(); }) { }
 
 BWLiveRenderer::~BWLiveRenderer()
 {

@@ -4,10 +4,10 @@
 #include "Model/LiveView/BWFrameRenderer.h"
 #include "Model/LiveView/BWRenderRequest.h"
 
-#include <QObject>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <QObject>
 #include <thread>
 
 /// What became of the frames since the start.

@@ -5,9 +5,7 @@
 #include <unistd.h>
 #include <utility>
 
-BWDeviceNodeAuthorization::BWDeviceNodeAuthorization(QString folder) : m_folder(std::move(folder))
-{
-}
+BWDeviceNodeAuthorization::BWDeviceNodeAuthorization(QString folder) : m_folder(std::move(folder)) { }
 
 BWCameraAuthorization::Status BWDeviceNodeAuthorization::authorizationStatus() const
 {

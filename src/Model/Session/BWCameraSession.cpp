@@ -61,8 +61,8 @@ bool mayFollow(BWCameraSession::State from, BWCameraSession::State to)
 } // namespace
 
 BWCameraSession::BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWCameraSessionUi &ui,
-                                 std::function<void(BWCamera &)> prepareCamera, BWClock &clock) :
-    m_manager(manager), m_config(config), m_ui(ui), m_prepareCamera(std::move(prepareCamera)), m_clock(clock)
+                                 std::function<void(BWCamera &)> prepareCamera, BWClock &clock)
+    : m_manager(manager), m_config(config), m_ui(ui), m_prepareCamera(std::move(prepareCamera)), m_clock(clock)
 {
 }
 
@@ -197,15 +197,16 @@ void BWCameraSession::doStart()
     const BWResolution wished = product ? product->currentResolution() : m_currentCamera->defaultResolution();
     ++m_token;
     m_currentCamera->setResolution(wished, then([this] {
-        auto *bridge = dynamic_cast<BWEmpiaCamera *>(m_currentCamera.get());
-        if (!bridge) {
-            startCamera();
-            return;
-        }
-        const auto current = currentProduct();
-        const double norm = current ? current->valueForSetting(BWSettingVideoNorm).value_or(0) : 0;
-        bridge->setVideoNorm(static_cast<int>(norm), then([this] { startCamera(); }));
-    }));
+                                       auto *bridge = dynamic_cast<BWEmpiaCamera *>(m_currentCamera.get());
+                                       if (!bridge) {
+                                           startCamera();
+                                           return;
+                                       }
+                                       const auto current = currentProduct();
+                                       const double norm =
+                                           current ? current->valueForSetting(BWSettingVideoNorm).value_or(0) : 0;
+                                       bridge->setVideoNorm(static_cast<int>(norm), then([this] { startCamera(); }));
+                                   }));
 }
 
 void BWCameraSession::startCamera()

@@ -3,9 +3,9 @@
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
 
-#include <QObject>
 #include <functional>
 #include <memory>
+#include <QObject>
 
 class BWCameraProduct;
 class BWCameraSessionUi;

@@ -3,9 +3,9 @@
 #include "BWACUDriver/BWCamera.h"
 #include "BWACUDriver/BWResolution.h"
 
+#include <functional>
 #include <QList>
 #include <QString>
-#include <functional>
 
 /// What the camera session asks of the windows. All operations are called on the GUI thread and return at once;
 /// questions answer through their callback, later, and not at all once they have been taken back.

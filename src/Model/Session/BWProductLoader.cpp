@@ -5,10 +5,10 @@
 
 const QList<int> &BWProductLoader::settingsOrder()
 {
-    static const QList<int> order{BWSettingHue,        BWSettingContrast,   BWSettingSharpness,
-                                  BWSettingGain,       BWSettingSaturation, BWSettingBrightness,
-                                  BWSettingGamma,      BWSettingExposureAbsolute, BWSettingWhiteBalance,
-                                  BWSettingAutoWhite,  BWSettingVideoNorm,  BWSettingAutoExposure};
+    static const QList<int> order{BWSettingHue,       BWSettingContrast,         BWSettingSharpness,
+                                  BWSettingGain,      BWSettingSaturation,       BWSettingBrightness,
+                                  BWSettingGamma,     BWSettingExposureAbsolute, BWSettingWhiteBalance,
+                                  BWSettingAutoWhite, BWSettingVideoNorm,        BWSettingAutoExposure};
     return order;
 }
 

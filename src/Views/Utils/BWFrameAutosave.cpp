@@ -5,8 +5,8 @@
 #include <QEvent>
 #include <QWidget>
 
-BWFrameAutosave::BWFrameAutosave(QWidget &window, const QString &name, BWUserDefaults &defaults) :
-    QObject(&window), m_window(window), m_key(QStringLiteral("bwp2x_frame_") + name), m_defaults(defaults)
+BWFrameAutosave::BWFrameAutosave(QWidget &window, const QString &name, BWUserDefaults &defaults)
+    : QObject(&window), m_window(window), m_key(QStringLiteral("bwp2x_frame_") + name), m_defaults(defaults)
 {
     const QString stored = defaults.string(m_key);
     if (!stored.isNull())
