@@ -104,10 +104,11 @@ private Q_SLOTS:
         QVERIFY(opened.probe->waitForFrames(6));
         opened.probe->stop();
         const std::vector<BWFrameInfo> frames = opened.probe->frames();
-        // Captured at 30 frames a second, so never closer together than that over several.
+        // Frames may have been lost on a busy machine; those that came keep to the grid of 30 a second.
         const auto time = frames.back().timestamp - frames.front().timestamp;
-        const auto count = static_cast<int>(frames.back().sequence - frames.front().sequence);
-        QVERIFY(time > (count - 3) * 33ms);
+        const auto count = static_cast<int64_t>(frames.back().sequence - frames.front().sequence);
+        QVERIFY(count >= 5);
+        QVERIFY(std::chrono::abs(time - std::chrono::nanoseconds(count * 1'000'000'000 / 30)) < 1us);
     }
 
     void scheduleDoesNotDrift()

@@ -103,15 +103,17 @@ BWCaptureDevice::WaitResult BWSimulatedDevice::waitFrame(std::chrono::millisecon
         case BWSimulatedCable::Turn::Gone:
             return WaitResult::Gone;
         }
+        auto time = Clock::now();
         if (m_options.pacing == BWSimulatedCameraOptions::Pacing::RealTime) {
             const uint64_t skipped = m_schedule.skipOverdue(Clock::now(), backlog);
             m_sequence += skipped;
             m_pictureIndex += skipped;
+            time = m_schedule.due();
         }
         m_schedule.advance();
         m_controls.advance(std::chrono::duration<double>(1 / m_mode.framesPerSecond), m_control);
         const BWSimulatedCable::Fault fault = m_cable->takeFault();
-        const bool captured = !fault.lost && capture(m_sequence, fault, frame);
+        const bool captured = !fault.lost && capture(time, fault, frame);
         ++m_sequence;
         ++m_pictureIndex;
         if (captured)
@@ -175,7 +177,7 @@ BWSimulatedProfile::Mode BWSimulatedDevice::mode()
     return mode;
 }
 
-bool BWSimulatedDevice::capture(uint64_t sequence, BWSimulatedCable::Fault fault, BWFrame &frame)
+bool BWSimulatedDevice::capture(BWSimulatedCable::Time time, BWSimulatedCable::Fault fault, BWFrame &frame)
 {
     BWBufferPool::Bytes *bytes = m_pool->acquire();
     if (!bytes)
@@ -190,8 +192,8 @@ bool BWSimulatedDevice::capture(uint64_t sequence, BWSimulatedCable::Fault fault
     const bool compressed = m_mode.format == BWPixelFormat::MJPEG;
     info.matrix = compressed ? BWColorMatrix::BT601 : m_picture->matrix();
     info.range = compressed ? BWColorRange::Full : m_picture->range();
-    info.timestamp = Clock::now();
-    info.sequence = sequence;
+    info.timestamp = time;
+    info.sequence = m_sequence;
     frame = BWFrame(info, [pool = m_pool, bytes] { pool->release(bytes); });
     return true;
 }

@@ -37,7 +37,7 @@ private:
     BWPictureSource &picture();
     BWSimulatedProfile::Mode mode();
     /// False when there is no buffer for it.
-    bool capture(uint64_t sequence, BWSimulatedCable::Fault fault, BWFrame &frame);
+    bool capture(BWSimulatedCable::Time time, BWSimulatedCable::Fault fault, BWFrame &frame);
     BWPlane draw(BWBufferPool::Bytes &bytes, BWSimulatedCable::Fault fault);
 
     const BWSimulatedCameraOptions m_options;
