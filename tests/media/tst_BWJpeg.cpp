@@ -245,7 +245,5 @@ void TestJpeg::encodesOnManyThreads()
     QCOMPARE(same.load(), 100);
 }
 
-Q_DECLARE_METATYPE(BWFrame)
-
 QTEST_GUILESS_MAIN(TestJpeg)
 #include "tst_BWJpeg.moc"

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QPainter>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -26,9 +27,10 @@ bool near(QColor a, QColor b)
 QImage striped(QSize imageSize, const QList<QColor> &colours)
 {
     QImage image(imageSize, QImage::Format_RGB32);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            image.setPixelColor(x, y, colours[x * colours.size() / image.width()]);
+    QPainter painter(&image);
+    for (qsizetype i = 0; i < colours.size(); ++i) {
+        const int left = int(i * imageSize.width() / colours.size());
+        painter.fillRect(left, 0, imageSize.width(), imageSize.height(), colours[i]);
     }
     return image;
 }

@@ -12,9 +12,6 @@ using Control = double BWPictureControls::*;
 
 } // namespace
 
-Q_DECLARE_METATYPE(Measure)
-Q_DECLARE_METATYPE(Control)
-
 class TestSpecimen : public QObject {
     Q_OBJECT
 
@@ -191,7 +188,7 @@ void TestSpecimen::fillsEverySize()
     QFETCH(BWResolution, resolution);
     const auto source = makePictureSource(QString());
     source->setResolution(resolution);
-    for (const uint64_t index : {0, 100, 200, 300, 400, 500, 600, 700, 800}) {
+    for (const uint64_t index : {0, 180, 450, 720}) {
         const PictureProbe picture(*source, resolution, index);
         QVERIFY(!picture.bytes().isNull());
         QVERIFY(picture.meanLuma() > 90 && picture.meanLuma() < 200);
