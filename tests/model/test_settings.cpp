@@ -65,13 +65,12 @@ private Q_SLOTS:
             manager.setCurrentProductIdentifier(u"mx50_40"_s, u"wired_high"_s);
         }
         BWSettingsFile defaults(m_path);
-        QCOMPARE(defaults.string(u"bwp2x_remember_layout"_s), u"no"_s);
-        QCOMPARE(defaults.string(u"bwp2x_video_button"_s), u"yes"_s);
-        QCOMPARE(defaults.string(u"bwp2x_snapshot_click"_s), u"no"_s);
-        QCOMPARE(defaults.string(u"bwp2x_first_time"_s), u"no"_s);
-        QCOMPARE(defaults.string(u"bwp2x_old_settings_imported"_s), u"yes"_s);
-        QCOMPARE(defaults.string(u"bwp2x_default_album_name"_s), name);
-        QCOMPARE(defaults.string(u"bwp2x_product_for_camera"_s), u"{\"wired_high\":\"mx50_40\"}"_s);
+        QStringList stored;
+        for (const char *key : {"remember_layout", "video_button", "snapshot_click", "first_time",
+                                "old_settings_imported", "default_album_name", "product_for_camera"})
+            stored.append(defaults.string(u"bwp2x_"_s + QLatin1String(key)));
+        QCOMPARE(stored,
+                 QStringList({u"no"_s, u"yes"_s, u"no"_s, u"no"_s, u"yes"_s, name, u"{\"wired_high\":\"mx50_40\"}"_s}));
         const BWConfigManager manager(defaults);
         QVERIFY(!manager.rememberLayout() && manager.saveVideoOnHardwareButton() && !manager.saveSnapshotOnClick());
         QVERIFY(!manager.firstTime() && manager.oldSettingsImported());
@@ -89,50 +88,30 @@ private Q_SLOTS:
         QCOMPARE(BWConfigManager(defaults).defaultAlbumName(), u"Proben"_s);
     }
 
-    void storedBooleans_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("value");
-        QTest::newRow("yes") << u"yes"_s << true;
-        QTest::newRow("YES") << u"YES"_s << true;
-        QTest::newRow("Yes") << u"Yes"_s << true;
-        QTest::newRow("no") << u"no"_s << false;
-        QTest::newRow("1") << u"1"_s << false;
-        QTest::newRow("true") << u"true"_s << false;
-        QTest::newRow("empty") << u""_s << false;
-        QTest::newRow("blank") << u" yes"_s << false;
-    }
-
     void storedBooleans()
     {
-        QFETCH(QString, text);
         BWSettingsFile defaults(m_path);
-        defaults.setString(u"bwp2x_snapshot_click"_s, text);
-        defaults.setString(u"bwp2x_video_button"_s, text);
-        const BWConfigManager manager(defaults);
-        QTEST(manager.saveSnapshotOnClick(), "value");
-        QTEST(manager.saveVideoOnHardwareButton(), "value");
-    }
-
-    void damagedProductChoice_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("high");
-        QTest::newRow("cut off") << u"{\"wired_high\":\"mx61\""_s << QString();
-        QTest::newRow("not an object") << u"[\"wired_high\"]"_s << QString();
-        QTest::newRow("empty") << u""_s << QString();
-        QTest::newRow("one wrong type") << u"{\"wired_high\":\"mx61\",\"wireless\":5}"_s << u"mx61"_s;
+        for (const QString &text : {u"yes"_s, u"YES"_s, u"Yes"_s, u"no"_s, u"1"_s, u"true"_s, u""_s, u" yes"_s}) {
+            defaults.setString(u"bwp2x_snapshot_click"_s, text);
+            defaults.setString(u"bwp2x_video_button"_s, text);
+            const BWConfigManager manager(defaults);
+            QCOMPARE(manager.saveSnapshotOnClick(), text.toLower() == u"yes"_s);
+            QCOMPARE(manager.saveVideoOnHardwareButton(), text.toLower() == u"yes"_s);
+        }
     }
 
     void damagedProductChoice()
     {
-        QFETCH(QString, text);
         BWSettingsFile defaults(m_path);
-        defaults.setString(u"bwp2x_product_for_camera"_s, text);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"choice of products is damaged"_s));
-        const BWConfigManager manager(defaults);
-        QTEST(manager.currentProductIdentifierForCameraIdentifier(u"wired_high"_s), "high");
-        QVERIFY(manager.currentProductIdentifierForCameraIdentifier(u"wireless"_s).isNull());
+        for (const QString &text : {u"{\"wired_high\":\"mx61\""_s, u"[\"wired_high\"]"_s, u""_s,
+                                    u"{\"wired_high\":\"mx61\",\"wireless\":5}"_s}) {
+            defaults.setString(u"bwp2x_product_for_camera"_s, text);
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"choice of products is damaged"_s));
+            const BWConfigManager manager(defaults);
+            QCOMPARE(manager.currentProductIdentifierForCameraIdentifier(u"wired_high"_s),
+                     text.contains(u"wireless"_s) ? u"mx61"_s : QString());
+            QVERIFY(manager.currentProductIdentifierForCameraIdentifier(u"wireless"_s).isNull());
+        }
     }
 
     void damagedFile()
