@@ -195,7 +195,7 @@ private Q_SLOTS:
         std::thread capture([&] {
             for (const QUrl &file : {m_folder->file(u"a"_s, "a"), missing, m_folder->file(u"b"_s, "b")}) {
                 m_manager->addFile(file, image, [&](bool added, const QUrl &url) {
-                    QCOMPARE(QThread::currentThread(), qApp->thread());
+                    QCOMPARE(QThread::currentThread(), QCoreApplication::instance()->thread());
                     events.append(added ? url.fileName() + u'=' + QString::fromUtf8(TestFolder::read(url)) : u"lost"_s);
                 });
             }
