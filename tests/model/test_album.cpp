@@ -119,15 +119,16 @@ private Q_SLOTS:
     void namesOfAnyKind()
     {
         QFETCH(QByteArray, name);
+        const QByteArray path = QFile::encodeName(m_folder->path()) + '/' + name;
+        QCOMPARE(::mkdir(path.constData(), 0777), 0);
         const QUrl folder = BWFilePath::entry(m_folder->url(), name);
-        QCOMPARE(::mkdir(BWFilePath::native(folder).constData(), 0777), 0);
         const BWAlbum album(folder, [this] { return m_today; });
         QCOMPARE(album.name(), QFile::decodeName(name));
         QUrl added;
         QVERIFY(album.addFile(m_folder->file(u"capture"_s, "pixels"), image, &added));
 
         const QUrl renamed = BWFilePath::entry(folder, name + ".jpg");
-        QCOMPARE(::rename(BWFilePath::native(added).constData(), BWFilePath::native(renamed).constData()), 0);
+        QCOMPARE(::rename(BWFilePath::native(added).constData(), (path + '/' + name + ".jpg").constData()), 0);
         QCOMPARE(album.contentsForType(image).value(), QList<QUrl>{renamed});
         QVERIFY(m_album->addFile(renamed, image, &added));
         QCOMPARE(TestFolder::read(added), "pixels");
