@@ -141,10 +141,14 @@ class Program:
 
     def activate(self, window):
         """Gives the window the keyboard, with a click on its title."""
-        if not window.has_state("active"):
+        def active():
+            if window.has_state("active"):
+                return True
             area = window.area
             self.desktop.click(area.x + area.width // 2, area.y - 8)
-            wait_until(f'"{window.name}" has the keyboard', lambda: window.has_state("active"))
+            return False
+
+        wait_until(f'"{window.name}" has the keyboard', active, step=1)  # quicker would be a double click
 
     def drag(self, window, y):
         """Pulls the window up or down by its title until its content begins at y."""
