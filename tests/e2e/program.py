@@ -145,7 +145,7 @@ class Program:
             if window.has_state("active"):
                 return True
             area = window.area
-            self.desktop.click(area.x + area.width // 2, area.y - 8)
+            self.desktop.click(area.x + area.width // 10, area.y - 8)  # dialogs cover the middle
             return False
 
         wait_until(f'"{window.name}" has the keyboard', active, step=1)  # quicker would be a double click
