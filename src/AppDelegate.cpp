@@ -129,8 +129,7 @@ void AppDelegate::prepareUI()
     m_capture->setButtonRecords(config.saveVideoOnHardwareButton(), [this] { onRecord(); });
     m_window->show();
     if (!m_options.simulatedCameras.isEmpty()) {
-        m_simulatedCameras =
-            std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras, m_window.get());
+        m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
         m_simulatedCameras->localizeWithManager(texts);
         // When the main window is where it will be.
         BWMainQueue::post(m_alive, [this] { m_simulatedCameras->showBelow(*m_window); });

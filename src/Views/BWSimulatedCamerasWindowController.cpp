@@ -17,8 +17,8 @@ constexpr int columnSpacing = 12;
 } // namespace
 
 BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
-    const QList<std::shared_ptr<BWSimulatedCamera>> &cameras, QWidget *parent)
-    : QWidget(parent, Qt::Tool), m_noCamerasLabel(new QLabel)
+    const QList<std::shared_ptr<BWSimulatedCamera>> &cameras)
+    : QWidget(nullptr, Qt::Tool), m_noCamerasLabel(new QLabel)
 {
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);

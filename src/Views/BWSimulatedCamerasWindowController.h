@@ -11,13 +11,13 @@ class BWSimulatedCameraRow;
 class QLabel;
 
 /// The hand that holds the simulated cameras, on the screen: plugs each one in and out, presses its button, and holds it
-/// as another program would. GUI thread.
+/// as another program would. It belongs to no other window, for a sheet on that window would block it too, and with it
+/// the only way to plug a camera in again. GUI thread.
 class BWSimulatedCamerasWindowController final : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
-    explicit BWSimulatedCamerasWindowController(const QList<std::shared_ptr<BWSimulatedCamera>> &cameras,
-                                                QWidget *parent = nullptr);
+    explicit BWSimulatedCamerasWindowController(const QList<std::shared_ptr<BWSimulatedCamera>> &cameras);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 

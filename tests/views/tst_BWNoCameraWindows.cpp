@@ -225,12 +225,18 @@ private Q_SLOTS:
         const auto cameras = backend->cameras();
         BWSimulatedCamerasWindowController window(cameras);
         window.localizeWithManager(m_texts);
+        QWidget mainWindow;
+        mainWindow.show();
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         QCOMPARE(namelessWidgets(window), QStringList());
+        BWNoCameraSheetWindowController sheet({}, clock);
+        sheet.beginSheet(&mainWindow, {}); // does not block the window that can end it
 
         const auto press = [&window, &cameras](int camera, const QString &text) {
-            QTest::keyClick(buttonNamed(window, u"%1: %2"_s.arg(cameras[camera]->title(), text)), Qt::Key_Space);
+            const auto *button = buttonNamed(window, u"%1: %2"_s.arg(cameras[camera]->title(), text));
+            const QPoint inside = button->mapTo(&window, QPoint(8, button->height() / 2));
+            QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, inside);
         };
         press(0, u"Unplug"_s);
         QVERIFY(!cameras[0]->isPluggedIn());
