@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <QGridLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QScreen>
 
@@ -20,6 +19,8 @@ BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
     const QList<std::shared_ptr<BWSimulatedCamera>> &cameras)
     : QWidget(nullptr, Qt::Tool), m_noCamerasLabel(new QLabel)
 {
+    // closed it could not be had back
+    setWindowFlags(Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint);
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
     grid->setHorizontalSpacing(columnSpacing);
@@ -56,12 +57,4 @@ void BWSimulatedCamerasWindowController::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     for (BWSimulatedCameraRow *row : std::as_const(m_rows))
         row->update();
-}
-
-void BWSimulatedCamerasWindowController::keyPressEvent(QKeyEvent *event)
-{
-    if (event->matches(QKeySequence::Cancel))
-        hide();
-    else
-        QWidget::keyPressEvent(event);
 }

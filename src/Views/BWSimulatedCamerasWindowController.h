@@ -26,7 +26,6 @@ public:
 
 protected:
     void showEvent(QShowEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     QList<BWSimulatedCameraRow *> m_rows;
