@@ -148,49 +148,6 @@ private Q_SLOTS:
             QCOMPARE(setup.log.size(), before);
         }
     }
-
-    void supportedTypes_data()
-    {
-        QTest::addColumn<BWCameraDescriptionPtr>("description");
-        QTest::addColumn<QString>("texts");
-        QTest::addColumn<QString>("sizes");
-        QTest::addColumn<QList<int>>("settings");
-        const QList<int> colour{0, 1, 2, 3, 4, 5, 7, 8};
-        const QList<int> all{0, 1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12};
-        QTest::newRow("dx20")
-            << BWCameraDetector::descriptionForDX20() << u"DX20 Examination Camera/dx20/wired_ultra"_s
-            << u"640x480 800x600 1024x768 1280x720 1280x960 1280x1024 1600x1200 1920x1080 2048x1536 2592x1944"_s << all;
-        QTest::newRow("regular") << BWCameraDetector::descriptionForRegularMicroscope()
-                                 << u"Regular Microscope/regular_microscope/wired_regular"_s
-                                 << u"640x480 800x600 1280x1024"_s << colour;
-        QTest::newRow("high") << BWCameraDetector::descriptionForHighResolutionMicroscope()
-                              << u"High Resolution Microscope/high_resolution_microscope/wired_high"_s
-                              << u"640x480 1280x1024 1600x1200"_s << colour;
-        QTest::newRow("ultra") << BWCameraDetector::descriptionForUltraResolutionMicroscope()
-                               << u"Ultra Resolution Microscope/ultra_resolution_microscope/wired_ultra"_s
-                               << u"640x480 800x600 1280x1024 1600x1200 1920x1080 2048x1536 2592x1944"_s << all;
-        QTest::newRow("wireless") << BWCameraDetector::descriptionForReceptorWirelessMicroscope()
-                                  << u"Wireless Microscope/receptor_wireless_microscope/wireless"_s
-                                  << u"640x480 720x480"_s << QList<int>{0, 1, 2, 3, 4, 13};
-    }
-
-    void supportedTypes()
-    {
-        QFETCH(BWCameraDescriptionPtr, description);
-        QFETCH(QString, texts);
-        QFETCH(QString, sizes);
-        QFETCH(QList<int>, settings);
-        QCOMPARE(
-            QStringList({description->name, description->identifierForCameraType, description->identifierForProducts})
-                .join(u'/'),
-            texts);
-        QStringList offered;
-        for (const BWResolution &resolution : description->availableResolutions)
-            offered.append(resolution.resolutionString());
-        QCOMPARE(offered.join(u' '), sizes);
-        QCOMPARE(description->acceptedSettings, settings);
-        QCOMPARE(description->isBridgeChip, description->identifierForProducts == u"wireless"_s);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestCameraDetector)

@@ -104,13 +104,6 @@ private Q_SLOTS:
                  u"High Resolution Microscope 1, Wireless Microscope 1, High Resolution Microscope 2"_s);
     }
 
-    void typesHaveNames()
-    {
-        QCOMPARE(Options::typeNames(), (QStringList{u"dx20"_s, u"regular"_s, u"high"_s, u"ultra"_s, u"wireless"_s}));
-        QCOMPARE(Options::typeFromName(u"ultra"_s), Type::Ultra);
-        QVERIFY(!Options::typeFromName(u"Ultra"_s));
-    }
-
     void factoryValuesFit_data()
     {
         QTest::addColumn<Type>("type");
