@@ -22,7 +22,7 @@ from media import KINDS, Media, title  # noqa: E402
 from players import PLAYERS, PLAYER_ENVIRONMENT, WINDOW, OurProgram, numbers  # noqa: E402
 
 TICK = os.sysconf("SC_CLK_TCK")
-MANY_COLOURS = 200  # at the points looked at; no window without a picture has that many
+MANY_COLOURS = 60  # at the points looked at; no window without a picture has that many
 US = "brimwellpro"
 
 
@@ -56,7 +56,8 @@ class Run:
     def wait_for_picture(self):
         wait_until("the movie is to be seen", lambda: self._ended() or self._picture_there(), seconds=30, step=0.01)
         if self.process.returncode is not None:
-            raise Failure("the program has ended before it showed a picture:\n" + self.log)
+            raise Failure(f"{self.process.args} has shown no picture, and ended with {self.process.returncode}:\n"
+                          + self.log)
         self.first_picture = time.monotonic() - self._begin
 
     def _picture_there(self):

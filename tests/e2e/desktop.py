@@ -89,7 +89,8 @@ class Desktop:
 
     def _start(self):
         self.home = self.folder / "home"
-        places = {"HOME": self.home, "XDG_CONFIG_HOME": self.home / ".config", "XDG_DATA_HOME": self.home / ".local/share",
+        places = {"HOME": self.home, "XDG_CONFIG_HOME": self.home / ".config",
+                  "XDG_DATA_HOME": self.home / ".local/share",
                   "XDG_STATE_HOME": self.home / ".local/state", "XDG_CACHE_HOME": self.home / ".cache",
                   "XDG_RUNTIME_DIR": self.folder / "run", "TMPDIR": self.folder / "tmp"}
         for place in places.values():
@@ -113,8 +114,9 @@ class Desktop:
 
     def _start_display(self):
         reading, writing = os.pipe()
-        self.display = self.spawn(["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten",
-                                   "tcp", "-fbdir", str(self.folder)], log="xvfb.log", pass_fds=[writing])
+        command = ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp",
+                   "-fbdir", str(self.folder)]
+        self.display = self.spawn(command, log="xvfb.log", pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as answer:
             number = answer.readline().strip()
