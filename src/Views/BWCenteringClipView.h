@@ -19,9 +19,6 @@ public:
     /// Shows nothing until the next frame.
     void clear();
 
-    /// The middle of the visible part below the bar, in this widget's coordinates: where a caption over it belongs.
-    QRect pictureArea() const { return viewport()->geometry(); }
-
 Q_SIGNALS:
     /// The image was clicked.
     void mousePressed();

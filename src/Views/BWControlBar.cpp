@@ -98,10 +98,10 @@ QToolButton *BWControlBar::makeButton(int iconSize)
 
 void BWControlBar::updateIcons()
 {
-    m_zoomDoubleButton->setLeftIcon(BWIcons::icon(u"zoom-out"_s));
-    m_zoomDoubleButton->setRightIcon(BWIcons::icon(u"zoom-in"_s));
-    m_snapshotButton->setIcon(BWIcons::icon(u"camera-photo"_s));
-    m_albumsButton->setIcon(BWIcons::icon(u"folder-pictures"_s));
+    m_zoomDoubleButton->setLeftIcon(BWIcons::icon(u"brimwellpro-zoom-out"_s));
+    m_zoomDoubleButton->setRightIcon(BWIcons::icon(u"brimwellpro-zoom-in"_s));
+    m_snapshotButton->setIcon(BWIcons::icon(u"brimwellpro-snapshot"_s));
+    m_albumsButton->setIcon(BWIcons::icon(u"brimwellpro-albums"_s));
     showRecording(m_recording);
 }
 
@@ -165,8 +165,7 @@ void BWControlBar::showFlip(int index)
 void BWControlBar::showRecording(bool recording)
 {
     m_recording = recording;
-    m_recordButton->setIcon(
-        QIcon(recording ? u":/brimwellpro/images/stop.png"_s : u":/brimwellpro/images/record.png"_s));
+    m_recordButton->setIcon(BWIcons::image(recording ? u"stop.png"_s : u"record.png"_s));
     const QString text = recording ? m_stopText : m_recordText;
     m_recordButton->setAccessibleName(text);
     m_recordButton->setToolTip(text);

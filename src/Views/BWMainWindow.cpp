@@ -72,7 +72,7 @@ void BWMainWindow::layOutContent()
 {
     m_clipView->setGeometry(m_content->rect());
     m_controlBar->setGeometry(0, 0, m_content->width(), BWLiveViewGeometry::barHeight);
-    m_statusPill->placeIn(m_clipView->pictureArea());
+    m_statusPill->placeIn(m_content->rect().adjusted(0, BWLiveViewGeometry::barHeight, 0, 0));
 }
 
 bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
