@@ -127,13 +127,16 @@ void AppDelegate::prepareUI()
         config.resetLayout();
     config.setFirstTime(false);
     m_capture->setButtonRecords(config.saveVideoOnHardwareButton(), [this] { onRecord(); });
-    m_window->show();
     if (!m_options.simulatedCameras.isEmpty()) {
         m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
         m_simulatedCameras->localizeWithManager(texts);
-        // When the main window is where it will be.
-        BWMainQueue::post(m_alive, [this] { m_simulatedCameras->showBelow(*m_window); });
     }
+    // After a reset of the layout, which comes the same way: the window is then shown where it belongs at once.
+    BWMainQueue::post(m_alive, [this] {
+        m_window->show();
+        if (m_simulatedCameras)
+            m_simulatedCameras->showBelow(*m_window);
+    });
 }
 
 void AppDelegate::connectActions()

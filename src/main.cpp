@@ -29,7 +29,8 @@ AppDelegate::Options delegateOptions(const BWCommandLine &line)
 {
     AppDelegate::Options options;
     options.openUrl = [](const QUrl &url) { QDesktopServices::openUrl(url); };
-    options.quit = [] { QCoreApplication::quit(); };
+    // Not quit(), which asks the windows again whether they may close.
+    options.quit = [] { QCoreApplication::exit(0); };
     if (line.simulated.isEmpty()) {
         options.authorization = std::make_unique<BWDeviceNodeAuthorization>(u"/dev"_s);
         return options;

@@ -46,7 +46,7 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
 
 void BWMainWindow::resetLayout()
 {
-    showNormal();
+    setWindowState(windowState() & ~(Qt::WindowMaximized | Qt::WindowFullScreen));
     const QSize window =
         defaultContentSize.expandedTo(m_content->minimumSize()) + QSize(0, menuBar()->sizeHint().height());
     resize(window);

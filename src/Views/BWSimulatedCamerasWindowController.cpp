@@ -45,8 +45,9 @@ void BWSimulatedCamerasWindowController::showBelow(const QWidget &window)
 {
     adjustSize();
     const QRect screen = window.screen()->availableGeometry();
-    constexpr int titleBar = 30; // what window managers add to the height, about
-    const QPoint wished = window.frameGeometry().bottomLeft() + QPoint(0, 1);
+    constexpr int titleBar =
+        30; // what window managers add to a height, about: it is not known before a window is shown
+    const QPoint wished = window.geometry().bottomLeft() + QPoint(0, titleBar);
     const int lowest = screen.y() + screen.height() - height() - titleBar;
     move(std::max(screen.x(), wished.x()), std::min(wished.y(), lowest));
     show();
