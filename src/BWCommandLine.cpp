@@ -1,5 +1,7 @@
 #include "BWCommandLine.h"
 
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -57,8 +59,13 @@ BWCommandLine BWCommandLine::parse(const QStringList &arguments)
         }
         BWSimulatedCameraOptions options;
         options.type = *type;
-        if (equals >= 0)
+        if (equals >= 0) {
             options.path = camera.mid(equals + 1);
+            if (!QFileInfo::exists(options.path)) {
+                line.error = u"No photo, folder of photos or movie at \"%1\""_s.arg(options.path);
+                continue;
+            }
+        }
         line.simulated.append(options);
     }
     return line;

@@ -150,21 +150,6 @@ class Program:
 
         wait_until(f'"{window.name}" has the keyboard', active, step=1)  # quicker would be a double click
 
-    def drag(self, window, y):
-        """Pulls the window up or down by its title until its content begins at y."""
-        def pulled():
-            area = window.area
-            if abs(area.y - y) <= 2:
-                return True
-            # The window manager follows the mouse only some time after the press, so one attempt may not be enough.
-            middle = area.x + area.width // 2
-            self.desktop.input("mousemove", middle, area.y - 8, "mousedown", 1, "sleep", 0.1,
-                               "mousemove", middle, (area.y + y) // 2, "sleep", 0.1, "mousemove", middle, y - 8,
-                               "mouseup", 1)
-            return False
-
-        wait_until(f'"{window.name}" is where it was pulled to', pulled, step=0.3)
-
     def outline(self):
         """All that is to be seen, one line an element, for the report of a failure."""
         lines = []
