@@ -48,6 +48,7 @@ void BWControlBar::build()
     m_resolutionPopUpButton = new QComboBox(this);
     m_resolutionPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_resolutionPopUpButton->addItem(u"2592x1944"_s); // the room for it is kept from the start
+    m_resolutionPopUpButton->setCurrentIndex(-1);
     m_zoomDoubleButton = new BWDoubleButton(this);
     m_zoomDoubleButton->setWidestText(u"200%"_s);
     m_rotatePopUpButton = new QComboBox(this);
@@ -178,6 +179,8 @@ void BWControlBar::setCameraControlsEnabled(bool enabled)
                                                     m_flipPopUpButton,       m_snapshotButton,   m_recordButton};
     for (QWidget *control : controls)
         control->setEnabled(enabled);
+    if (!enabled)
+        m_resolutionPopUpButton->setCurrentIndex(-1);
 }
 
 void BWControlBar::changeEvent(QEvent *event)
