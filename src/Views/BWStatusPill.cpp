@@ -48,6 +48,7 @@ void BWStatusPill::fit()
     const QPoint corner(m_area.x() + (m_area.width() - size.width()) / 2,
                         m_area.y() + m_area.height() - bottomDistance - size.height());
     setGeometry(QRect(corner, size));
+    m_drawn = {};
 }
 
 void BWStatusPill::changeEvent(QEvent *event)
@@ -59,13 +60,25 @@ void BWStatusPill::changeEvent(QEvent *event)
 
 void BWStatusPill::paintEvent(QPaintEvent *)
 {
-    // The same in light and dark palettes: what lies behind is the picture, not the window.
-    QPainter painter(this);
+    if (m_drawn.isNull() || m_drawn.devicePixelRatio() != devicePixelRatioF())
+        m_drawn = drawn();
+    QPainter(this).drawPixmap(0, 0, m_drawn);
+}
+
+QPixmap BWStatusPill::drawn() const
+{
+    QPixmap pixmap((QSizeF(size()) * devicePixelRatioF()).toSize());
+    pixmap.setDevicePixelRatio(devicePixelRatioF());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.setFont(font());
+    // The same in light and dark palettes: what lies behind is the picture, not the window.
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(24, 24, 26, 205));
     const double radius = std::min(height() / 2.0, 14.0);
     painter.drawRoundedRect(rect(), radius, radius);
     painter.setPen(QColor(245, 245, 245));
     painter.drawText(rect(), textFlags, m_text);
+    return pixmap;
 }

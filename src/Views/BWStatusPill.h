@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPixmap>
 #include <QWidget>
 
 /// A short text on a dark pill over the live image. Ignores the mouse; screen readers see it as static text.
@@ -21,7 +22,9 @@ protected:
 
 private:
     void fit();
+    QPixmap drawn() const;
 
     QString m_text;
+    QPixmap m_drawn; // as the picture below moves, this is painted many times a second
     QRect m_area;
 };

@@ -59,19 +59,24 @@ private Q_SLOTS:
         QTest::addColumn<int>("flip");
         QTest::addColumn<QSize>("viewport");
         QTest::addColumn<QPoint>("scroll");
-        for (const unsigned zoom : {50U, 100U, 110U, 200U}) {
-            for (const int rotation : {0, 90, 180, 270}) {
-                for (const int flip : {0, 1, 2, 3}) {
-                    const auto name =
-                        QStringLiteral("zoom %1, rotation %2, flip %3, ").arg(zoom).arg(rotation).arg(flip);
-                    QTest::newRow(qPrintable(name + QStringLiteral("all")))
-                        << zoom << rotation << flip << QSize(500, 500) << QPoint();
-                    // Odd offsets: chroma belongs to pairs of pixels.
-                    QTest::newRow(qPrintable(name + QStringLiteral("part")))
-                        << zoom << rotation << flip << QSize(61, 47) << QPoint(13, 7);
-                }
-            }
-        }
+        QTest::addColumn<BWPixelFormat>("format");
+        const auto add = [](BWPixelFormat format, unsigned zoom, int rotation, int flip) {
+            const auto name = QStringLiteral("%1, zoom %2, rotation %3, flip %4, ")
+                                  .arg(format == BWPixelFormat::YUYV ? QStringLiteral("YUYV") : QStringLiteral("YU12"))
+                                  .arg(zoom)
+                                  .arg(rotation)
+                                  .arg(flip);
+            QTest::newRow(qPrintable(name + QStringLiteral("all")))
+                << zoom << rotation << flip << QSize(500, 500) << QPoint() << format;
+            // Odd offsets: chroma belongs to pairs of pixels.
+            QTest::newRow(qPrintable(name + QStringLiteral("part")))
+                << zoom << rotation << flip << QSize(61, 47) << QPoint(13, 7) << format;
+        };
+        for (const BWPixelFormat format : {BWPixelFormat::YUYV, BWPixelFormat::YU12})
+            for (const unsigned zoom : {50U, 100U, 110U, 200U})
+                for (const int rotation : {0, 90, 180, 270})
+                    for (const int flip : {0, 1, 2, 3})
+                        add(format, zoom, rotation, flip);
     }
     void orientation()
     {
@@ -80,10 +85,11 @@ private Q_SLOTS:
         QFETCH(int, flip);
         QFETCH(QSize, viewport);
         QFETCH(QPoint, scroll);
+        QFETCH(BWPixelFormat, format);
         const BWLiveViewGeometry geometry(imageSize, stateOf(zoom, rotation, flip));
         const BWRenderRequest request(geometry, viewport, scroll, 1.0);
         BWFrameRenderer renderer;
-        QVERIFY(renderer.setFrame(TestFrames::make(BWPixelFormat::YU12, imageSize, patternColor), request));
+        QVERIFY(renderer.setFrame(TestFrames::make(format, imageSize, patternColor), request));
         const BWRenderedImage rendered = renderer.render(request);
         QVERIFY(!rendered.image.isNull());
         const QRect covered(rendered.position - request.target, rendered.image.size());

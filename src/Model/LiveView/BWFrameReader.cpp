@@ -1,5 +1,6 @@
 #include "Model/LiveView/BWFrameReader.h"
 
+#include <algorithm>
 #include <array>
 #include <libyuv.h>
 #include <turbojpeg.h>
@@ -74,7 +75,11 @@ bool BWFrameReader::setFrame(const BWFrame &frame, Scale scale)
         return decodeJpeg(scale);
     if (!holdsWholePicture())
         return false;
-    m_size = frame.size();
+    // Packed 4:2:2 is what raw cameras deliver; its chroma is halved along with the luma, so the sides are multiples of 4.
+    const bool isPacked = frame.pixelFormat() == BWPixelFormat::YUYV || frame.pixelFormat() == BWPixelFormat::UYVY;
+    const bool canHalve = isPacked && frame.width() % 4 == 0 && frame.height() % 2 == 0;
+    m_scale = canHalve ? scale : Scale::Full;
+    m_size = m_scale == Scale::Half ? frame.size() / 2 : frame.size();
     return true;
 }
 
@@ -168,7 +173,7 @@ void BWFrameReader::toARGB(const QRect &part, uint8_t *argb, int stride)
     const BWFrameInfo &info = m_frame.info();
 
     if (info.pixelFormat != BWPixelFormat::MJPEG) {
-        packedToARGB(part, argb, stride);
+        rawToARGB(part, argb, stride);
         return;
     }
 
@@ -201,7 +206,7 @@ void BWFrameReader::toARGB(const QRect &part, uint8_t *argb, int stride)
     }
 }
 
-void BWFrameReader::packedToARGB(const QRect &part, uint8_t *argb, int stride)
+void BWFrameReader::rawToARGB(const QRect &part, uint8_t *argb, int stride)
 {
     const int x = part.x();
     const int y = part.y();
@@ -215,21 +220,9 @@ void BWFrameReader::packedToARGB(const QRect &part, uint8_t *argb, int stride)
 
     switch (info.pixelFormat) {
     case BWPixelFormat::YUYV:
-    case BWPixelFormat::UYVY: {
-        // By way of planes, because only those can be converted with any matrix and range.
-        const int chromaWidth = (width + 1) / 2;
-        const auto rows = static_cast<std::size_t>(height);
-        m_scratch.resize(rows * static_cast<std::size_t>(width + 2 * chromaWidth));
-        uint8_t *planeY = m_scratch.data();
-        uint8_t *planeU = planeY + rows * static_cast<std::size_t>(width);
-        uint8_t *planeV = planeU + rows * static_cast<std::size_t>(chromaWidth);
-        const auto split = info.pixelFormat == BWPixelFormat::YUYV ? libyuv::YUY2ToI422 : libyuv::UYVYToI422;
-        split(row(0, 1, x * 2), info.planes[0].stride, planeY, width, planeU, chromaWidth, planeV, chromaWidth, width,
-              height);
-        libyuv::I422ToARGBMatrix(planeY, width, planeU, chromaWidth, planeV, chromaWidth, argb, stride, constants,
-                                 width, height);
+    case BWPixelFormat::UYVY:
+        packedToARGB(part, argb, stride);
         break;
-    }
     case BWPixelFormat::NV12:
         libyuv::NV12ToARGBMatrix(row(0, 1, x), info.planes[0].stride, row(1, 2, x), info.planes[1].stride, argb, stride,
                                  constants, width, height);
@@ -250,5 +243,46 @@ void BWFrameReader::packedToARGB(const QRect &part, uint8_t *argb, int stride)
     case BWPixelFormat::None:
     case BWPixelFormat::MJPEG:
         break;
+    }
+}
+
+void BWFrameReader::packedToARGB(const QRect &part, uint8_t *argb, int stride)
+{
+    const BWFrameInfo &info = m_frame.info();
+    const BWPlane &pixels = info.planes[0];
+    const libyuv::YuvConstants *constants = constantsFor(info.matrix, info.range);
+    const auto split = info.pixelFormat == BWPixelFormat::YUYV ? libyuv::YUY2ToI422 : libyuv::UYVYToI422;
+
+    // By way of planes, because only those can be converted with any matrix and range; a few rows at a time, so that
+    // what lies between stays in the cache.
+    constexpr int band = 16;
+    const int factor = m_scale == Scale::Half ? 2 : 1;
+    const int chromaWidth = (part.width() + 1) / 2;
+    const auto planesOf = [](uint8_t *start, int width, int chroma, int rows) {
+        return std::array<uint8_t *, 3>{start, start + width * rows, start + (width + chroma) * rows};
+    };
+    const int wideWidth = part.width() * factor;
+    const int wideChroma = (wideWidth + 1) / 2;
+    const int wideSize = (wideWidth + 2 * wideChroma) * band * factor;
+    m_scratch.resize(static_cast<std::size_t>(wideSize + (part.width() + 2 * chromaWidth) * band));
+
+    for (int y = 0; y < part.height(); y += band) {
+        const int rows = std::min(band, part.height() - y);
+        const auto wide = planesOf(m_scratch.data(), wideWidth, wideChroma, rows * factor);
+        const uint8_t *source =
+            pixels.data + (part.y() + y) * factor * static_cast<std::ptrdiff_t>(pixels.stride) + part.x() * factor * 2;
+        split(source, pixels.stride, wide[0], wideWidth, wide[1], wideChroma, wide[2], wideChroma, wideWidth,
+              rows * factor);
+        auto planes = wide;
+        if (factor == 2) {
+            planes = planesOf(m_scratch.data() + wideSize, part.width(), chromaWidth, rows);
+            libyuv::ScalePlane(wide[0], wideWidth, wideWidth, rows * 2, planes[0], part.width(), part.width(), rows,
+                               libyuv::kFilterBox);
+            for (std::size_t i = 1; i < 3; ++i)
+                libyuv::ScalePlane(wide[i], wideChroma, wideChroma, rows * 2, planes[i], chromaWidth, chromaWidth, rows,
+                                   libyuv::kFilterBox);
+        }
+        libyuv::I422ToARGBMatrix(planes[0], part.width(), planes[1], chromaWidth, planes[2], chromaWidth,
+                                 argb + y * static_cast<std::ptrdiff_t>(stride), stride, constants, part.width(), rows);
     }
 }

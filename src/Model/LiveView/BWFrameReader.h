@@ -19,8 +19,9 @@ public:
     BWFrameReader();
     ~BWFrameReader();
 
-    /// Takes the next frame. With Scale::Half a JPEG is decoded at half its size, which costs much less; raw formats
-    /// ignore it. False, and nothing readable, if the frame is torn, too short or of an unknown format.
+    /// Takes the next frame. With Scale::Half the picture is read at half its size, which costs much less; size() tells
+    /// whether the format can be read so. False, and nothing readable, if the frame is torn, too short or of an unknown
+    /// format.
     bool setFrame(const BWFrame &frame, Scale scale = Scale::Full);
 
     /// Lets go of the frame.
@@ -39,6 +40,7 @@ private:
     bool decodeJpeg(Scale scale);
     bool decodeJpegToARGB(const QSize &target);
     bool holdsWholePicture() const;
+    void rawToARGB(const QRect &part, uint8_t *argb, int stride);
     void packedToARGB(const QRect &part, uint8_t *argb, int stride);
 
     BWFrame m_frame;
