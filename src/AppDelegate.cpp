@@ -182,8 +182,9 @@ void AppDelegate::applicationShouldTerminate()
         finish();
         return;
     }
-    // A camera that does not answer must not keep the program from ending.
-    constexpr double patience = 5; // seconds
+    // A camera that does not answer must not keep the program from ending; a long movie takes a while to be finished.
+    const BWCameraPtr camera = currentCamera();
+    const double patience = camera && camera->recording() ? 120 : 5; // seconds
     DispatchAfterStrict::dispatchForQueue(
         this,
         [finish] {

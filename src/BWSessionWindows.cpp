@@ -13,6 +13,7 @@
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
+#include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -173,16 +174,25 @@ void BWSessionWindows::showCameraInUse(std::function<void()> ok)
     m_cameraInUse = new QMessageBox(&m_window);
     m_cameraInUse->setAttribute(Qt::WA_DeleteOnClose);
     m_cameraInUse->setIcon(QMessageBox::Warning);
-    const QString title =
-        texts.text(u"camera_window"_s, u"camera_in_use_title"_s, u"Cannot access camera at this time"_s);
-    m_cameraInUse->setWindowTitle(title);
-    m_cameraInUse->setText(title);
-    m_cameraInUse->setInformativeText(
+    BWMessageBoxAlertPresenter::setTexts(
+        *m_cameraInUse,
+        texts.text(u"camera_window"_s, u"camera_in_use_title"_s, u"Cannot access camera at this time"_s),
         texts.text(u"camera_window"_s, u"camera_in_use_message"_s,
                    u"BrimwellPro cannot access the camera at this time. Please close any other applications "
                    "that might be using the camera and press OK."_s));
-    m_cameraInUse->addButton(texts.text(u"general"_s, u"option_ok"_s, u"OK"_s), QMessageBox::AcceptRole);
-    connect(m_cameraInUse, &QDialog::finished, this, [ok = std::move(ok)] { ok(); });
+    QPushButton *okButton =
+        m_cameraInUse->addButton(texts.text(u"general"_s, u"option_ok"_s, u"OK"_s), QMessageBox::AcceptRole);
+    QPushButton *quitButton = m_cameraInUse->addButton(
+        texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s), QMessageBox::DestructiveRole);
+    m_cameraInUse->setDefaultButton(okButton);
+    m_cameraInUse->setEscapeButton(okButton);
+    connect(m_cameraInUse, &QDialog::finished, this, [this, quitButton, ok = std::move(ok)] {
+        // The only way out when the other program will not let go of the camera.
+        if (m_cameraInUse->clickedButton() == quitButton)
+            terminate();
+        else
+            ok();
+    });
     m_cameraInUse->open();
 }
 

@@ -20,11 +20,11 @@ struct BWSimulatedCameraOptions {
     };
 
     Type type = Type::High;
-    QString path; ///< photo, folder of photos or movie shown in place of the drawn specimen; empty for the specimen
+    QString path{}; ///< photo, folder of photos or movie shown in place of the drawn specimen; empty for the specimen
     Pacing pacing = Pacing::RealTime;
     double pendingSeconds = 0; ///< how long a plugged-in camera is being prepared before it is found
     bool pluggedIn = true; ///< attached before detection starts
-    std::optional<BWPixelFormat> pixelFormat; ///< YUYV or MJPEG; by default whichever is faster at the size in use
+    std::optional<BWPixelFormat> pixelFormat{}; ///< YUYV or MJPEG; by default whichever is faster at the size in use
 
     /// The type with that command-line name (dx20, regular, high, ultra, wireless); nothing for another text.
     static std::optional<Type> typeFromName(const QString &name);

@@ -159,9 +159,8 @@ void BWCameraSession::stopCurrentCamera(State state)
 {
     setState(state);
     m_ui.endQuestions();
-    if (m_currentCamera->recording())
-        m_currentCamera->stopRecording();
     ++m_token;
+    // Ends a running recording first. Not stopRecording(), which would make the window wait for a long movie.
     m_currentCamera->stopWithCompletion(then([this] { continueAfterStop(); }));
 }
 
@@ -265,8 +264,6 @@ void BWCameraSession::stopForQuit(std::function<void()> done)
         done();
         return;
     }
-    if (m_currentCamera->recording())
-        m_currentCamera->stopRecording();
     m_currentCamera->stopWithCompletion(then(std::move(done)));
 }
 

@@ -29,7 +29,7 @@ public:
 
     /// Asks which product the camera is; `chosen` gets the product's identifier, or null to be asked again later.
     virtual void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) = 0;
-    /// Tells that the camera is held by another program.
+    /// Tells that the camera is held by another program; `ok` tries again.
     virtual void showCameraInUse(std::function<void()> ok) = 0;
     /// Takes back askForProduct() and showCameraInUse().
     virtual void endQuestions() = 0;

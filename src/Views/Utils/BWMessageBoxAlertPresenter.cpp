@@ -25,13 +25,8 @@ bool BWMessageBoxAlertPresenter::presentOKCancel(const QString &title, const QSt
     return present(title, message, true);
 }
 
-bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &message, bool withCancel)
+void BWMessageBoxAlertPresenter::setTexts(QMessageBox &box, const QString &title, const QString &message)
 {
-    QWidget *parent = QApplication::activeWindow();
-    if (!parent && m_window)
-        parent = m_window();
-    QMessageBox box(parent);
-    box.setIcon(withCancel ? QMessageBox::Question : QMessageBox::Warning);
     box.setWindowTitle(QGuiApplication::applicationDisplayName());
     box.setText(title);
     box.setInformativeText(message);
@@ -44,7 +39,16 @@ bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &me
             label->setFont(bold);
         }
     }
+}
 
+bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &message, bool withCancel)
+{
+    QWidget *parent = QApplication::activeWindow();
+    if (!parent && m_window)
+        parent = m_window();
+    QMessageBox box(parent);
+    box.setIcon(withCancel ? QMessageBox::Question : QMessageBox::Warning);
+    setTexts(box, title, message);
     QPushButton *ok = box.addButton(m_manager.localize(BWLocalizableString(u"general"_s, u"option_ok"_s, u"OK"_s)),
                                     QMessageBox::AcceptRole);
     box.setDefaultButton(ok);

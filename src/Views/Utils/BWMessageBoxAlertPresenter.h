@@ -5,6 +5,7 @@
 #include <functional>
 
 class BWLocalizationManager;
+class QMessageBox;
 class QWidget;
 
 /// Shows alerts as message boxes over the active window, or over the window told when none of ours is active.
@@ -16,6 +17,9 @@ public:
 
     void presentOK(const QString &title, const QString &message) override;
     bool presentOKCancel(const QString &title, const QString &message) override;
+
+    /// Gives a message box its two texts as all our alerts have them: the title in bold, both as plain text.
+    static void setTexts(QMessageBox &box, const QString &title, const QString &message);
 
 private:
     bool present(const QString &title, const QString &message, bool withCancel);

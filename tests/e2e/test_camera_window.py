@@ -1,0 +1,123 @@
+#!/usr/bin/python3
+"""What becomes of the camera window when cameras come, go, are pressed and are held by others: the real program, used
+through its window and the window of simulated cameras.
+
+usage: test_camera_window.py PROGRAM
+"""
+
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from desktop import Desktop, wait_until  # noqa: E402
+from live_image import LiveImage, colours  # noqa: E402
+from program import Program  # noqa: E402
+
+PROGRAM = None
+CAMERA = "High Resolution Microscope 1"
+
+
+class CameraWindow(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop())
+
+    def start(self, *arguments):
+        self.program = Program(self.desktop, [PROGRAM, *arguments])
+        self.live = LiveImage(self.desktop, self.program.wait_for(None, "Live image").area)
+
+    def start_with_picture(self, *arguments):
+        self.start("--simulate", "high", *arguments)
+        self.confirm_product()
+        self.wait_for_picture()
+
+    def confirm_product(self):
+        question = self.program.wait_for("dialog")
+        wait_until("the question has the keyboard", lambda: question.has_state("active"))
+        self.desktop.key("Return")
+        wait_until("the question is answered", lambda: not self.program.window("dialog"))
+
+    def wait_for_picture(self):
+        wait_until("the camera's picture is to be seen",
+                   lambda: self.live.width() > 100 and colours(self.live.picture()) > 300)
+
+    def captures(self, pattern):
+        return sorted((self.desktop.home / "BrimwellPro" / "Default Album").glob(pattern))
+
+    def hand(self, action):
+        """Does something to the simulated camera."""
+        role = "check box" if "use" in action else "push button"
+        self.program.click(role, f"{CAMERA}: {action}")
+
+    def quit(self):
+        frame = self.program.wait_for("frame")
+        self.program.activate(frame)
+        self.desktop.key("ctrl+q")
+        self.assertEqual(self.program.wait_for_end(), 0)
+
+    def test_captures(self):
+        self.start_with_picture()
+        area = self.program.wait_for(None, "Live image").area
+        self.desktop.click(area.x + area.width // 2, area.y + area.height // 2)
+        wait_until("a click on the image takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == 1)
+        self.hand("Press Button")
+        wait_until("the button on the camera takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == 2)
+        self.program.click("push button", "Record")
+        self.program.wait_for("push button", "Stop")
+        self.hand("Unplug")  # in the middle of the recording
+        wait_until("the movie is in the album", lambda: len(self.captures("*_video_*.mov")) == 1)
+        codec = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width", "-of", "csv=p=0",
+                                self.captures("*_video_*.mov")[0]], capture_output=True, text=True, check=True).stdout
+        self.assertEqual(codec.strip(), "mjpeg,640")
+        self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
+
+    def test_unplug_and_plug(self):
+        self.start_with_picture()
+        self.hand("Unplug")
+        self.program.wait_for("push button", "Quit")
+        self.assertEqual(self.live.width(), 0)
+        self.hand("Plug In")
+        self.wait_for_picture()
+        wait_until("the sheet is gone", lambda: not self.program.window("dialog"))
+        self.quit()
+
+    def test_no_camera_at_all(self):
+        self.start()
+        self.program.wait_for("push button", "Quit")
+        self.program.click("push button", "Quit")
+        self.assertEqual(self.program.wait_for_end(), 0)
+
+    def test_camera_in_use(self):
+        self.start_with_picture()
+        self.hand("In use by another program")
+        self.hand("Unplug")
+        self.program.wait_for("push button", "Quit")
+        self.hand("Plug In")
+        for _ in range(2):  # it asks again as long as the camera is held
+            self.program.click("push button", "OK")
+        self.program.wait_for("push button", "OK")
+        self.hand("In use by another program")
+        self.program.click("push button", "OK")
+        self.wait_for_picture()
+        self.quit()
+
+    def test_other_resolution_and_camera(self):
+        self.start_with_picture("--simulate", "wireless")
+        before = self.live.width()
+        self.program.click("combo box", "Resolution")
+        self.desktop.key("Down")
+        self.desktop.key("Return")
+        wait_until("the picture is wider than the window", lambda: self.live.width() > before * 1.4)
+        self.desktop.key("alt+c")
+        for key in ("Down", "Down", "Down", "Down", "Return"):  # snapshot, record, first camera, second camera
+            self.desktop.key(key)
+        self.confirm_product()
+        self.program.wait_for(None, "Live streaming with: Wireless Dermatoscope DX12")
+        self.wait_for_picture()
+        self.quit()
+
+
+if __name__ == "__main__":
+    PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
