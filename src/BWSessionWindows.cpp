@@ -182,8 +182,8 @@ void BWSessionWindows::showCameraInUse(std::function<void()> ok)
                    "that might be using the camera and press OK."_s));
     QPushButton *okButton =
         m_cameraInUse->addButton(texts.text(u"general"_s, u"option_ok"_s, u"OK"_s), QMessageBox::AcceptRole);
-    QPushButton *quitButton = m_cameraInUse->addButton(
-        texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s), QMessageBox::DestructiveRole);
+    QPushButton *quitButton = m_cameraInUse->addButton(texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s),
+                                                       QMessageBox::DestructiveRole);
     m_cameraInUse->setDefaultButton(okButton);
     m_cameraInUse->setEscapeButton(okButton);
     connect(m_cameraInUse, &QDialog::finished, this, [this, quitButton, ok = std::move(ok)] {

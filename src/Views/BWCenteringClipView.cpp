@@ -32,7 +32,7 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
-    connect(&m_renderer, &BWLiveRenderer::imageReady, viewport(), qOverload<>(&QWidget::update));
+    connect(&m_renderer, &BWLiveRenderer::imageReady, this, &BWCenteringClipView::updatePicture);
 }
 
 void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
@@ -56,6 +56,7 @@ void BWCenteringClipView::clear()
 {
     m_renderer.clear();
     m_image = {};
+    m_pictureRect = {};
     viewport()->update();
 }
 
@@ -86,7 +87,13 @@ void BWCenteringClipView::updateRequest()
     m_renderer.setRequest(BWRenderRequest(m_geometry, viewport()->size(), scrollPosition(), devicePixelRatioF()));
 }
 
-void BWCenteringClipView::paintEvent(QPaintEvent *)
+void BWCenteringClipView::updatePicture()
+{
+    // The surround stays as it is from one picture to the next.
+    viewport()->update(m_pictureRect.isEmpty() ? viewport()->rect() : m_pictureRect);
+}
+
+void BWCenteringClipView::paintEvent(QPaintEvent *event)
 {
     m_renderer.takeImage(m_image);
     QPainter painter(viewport());
@@ -97,9 +104,16 @@ void BWCenteringClipView::paintEvent(QPaintEvent *)
         return;
     }
     const QRect device(m_image.position, m_image.image.size());
+    const QRect picture =
+        QRectF(QPointF(device.topLeft()) / ratio, QSizeF(device.size()) / ratio).toAlignedRect() & whole;
+    if (picture != m_pictureRect) {
+        m_pictureRect = picture;
+        if (!QRegion(whole).subtracted(event->region()).isEmpty())
+            viewport()->update();
+    }
     const QPoint first(qCeil(device.left() / ratio), qCeil(device.top() / ratio));
     const QPoint behind(qFloor((device.right() + 1) / ratio), qFloor((device.bottom() + 1) / ratio));
-    for (const QRect &rect : QRegion(whole).subtracted(QRect(first, behind - QPoint(1, 1))))
+    for (const QRect &rect : event->region().subtracted(QRect(first, behind - QPoint(1, 1))))
         painter.fillRect(rect, surroundColor(palette()));
     // In device pixels, so that the image is copied as it is whatever the screen's scale.
     painter.scale(1 / ratio, 1 / ratio);

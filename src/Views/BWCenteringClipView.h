@@ -44,10 +44,12 @@ private:
     QPoint scrollPosition() const;
     void updateScrollBars();
     void updateRequest();
+    void updatePicture();
 
     BWLiveRenderer &m_renderer;
     BWLiveViewGeometry m_geometry;
     BWRenderedImage m_image;
+    QRect m_pictureRect; // what m_image covers of the viewport
     QPoint m_panStart;
     QPoint m_panScroll;
     int m_wheel = 0;
