@@ -3,7 +3,6 @@
 #include "Model/LiveView/BWLiveRenderer.h"
 
 #include <atomic>
-#include <QSignalSpy>
 #include <QTest>
 #include <turbojpeg.h>
 
@@ -43,6 +42,19 @@ BWFrame jpegFrame(int level, int subsampling, bool torn)
     return {info, [bytes] {}};
 }
 
+/// Counts the images that a renderer has announced, on the thread of the test.
+class ImageCounter : public QObject {
+public:
+    explicit ImageCounter(BWLiveRenderer &renderer)
+    {
+        connect(&renderer, &BWLiveRenderer::imageReady, this, [this] { ++m_count; });
+    }
+    int size() const { return m_count; }
+
+private:
+    int m_count = 0;
+};
+
 BWRenderRequest wholePicture(unsigned zoom = 100)
 {
     BWLiveViewState state;
@@ -59,7 +71,7 @@ private Q_SLOTS:
     void newestFrameWins()
     {
         BWLiveRenderer renderer;
-        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        ImageCounter ready(renderer);
         renderer.setRequest(wholePicture());
         std::atomic<int> alive = 0;
         renderer.prepareBuffer(greyFrame(50, &alive));
@@ -86,7 +98,7 @@ private Q_SLOTS:
     void lastPictureIsDrawnAnew()
     {
         BWLiveRenderer renderer;
-        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        ImageCounter ready(renderer);
         renderer.setRequest(wholePicture());
         renderer.prepareBuffer(greyFrame(90));
         QTRY_COMPARE(ready.size(), 1);
@@ -102,7 +114,7 @@ private Q_SLOTS:
     void nothingIsMadeForAHiddenView()
     {
         BWLiveRenderer renderer;
-        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        ImageCounter ready(renderer);
         renderer.prepareBuffer(greyFrame(90));
         renderer.prepareBuffer(greyFrame(120));
         QCOMPARE(renderer.statistics().dropped, 1U);
@@ -129,7 +141,7 @@ private Q_SLOTS:
         QFETCH(int, subsampling);
         QFETCH(unsigned, zoom);
         BWLiveRenderer renderer;
-        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
+        ImageCounter ready(renderer);
         renderer.setRequest(wholePicture(zoom));
         BWRenderedImage image;
         const auto shownLevel = [&] { return image.image.pixelColor(20, 20).red(); };

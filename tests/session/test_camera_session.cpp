@@ -283,7 +283,7 @@ private Q_SLOTS:
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         bench.ui.calls.clear();
         bench.session->changeResolution({1600, 1200});
-        QTRY_COMPARE(bench.ui.calls, QStringList{u"updateImageDisplay"_s});
+        QTRY_COMPARE_WITH_TIMEOUT(bench.ui.calls, QStringList{u"updateImageDisplay"_s}, 20000); // slow under sanitizers
         QCOMPARE(bench.session->currentCamera()->defaultResolution(), BWResolution(1600, 1200));
 
         int quit = 0;

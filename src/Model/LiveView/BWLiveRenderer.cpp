@@ -89,7 +89,6 @@ void BWLiveRenderer::run()
 {
     pthread_setname_np(pthread_self(), "live view");
     BWFrameRenderer renderer;
-    bool hasPicture = false;
     bool badReported = false;
     for (;;) {
         BWFrame frame;
@@ -106,15 +105,11 @@ void BWLiveRenderer::run()
             requestChanged = std::exchange(m_requestChanged, false);
             cleared = std::exchange(m_clear, false);
         }
-        if (cleared) {
+        if (cleared)
             renderer.clear();
-            hasPicture = false;
-        }
         if (!frame.isNull()) {
             if (renderer.setFrame(frame, request)) {
                 badReported = false;
-                if (!std::exchange(hasPicture, true))
-                    Q_EMIT firstFrame(frame.size());
             } else {
                 // One line for a run of bad frames; the count tells the rest.
                 if (!std::exchange(badReported, true))

@@ -48,8 +48,6 @@ public:
 Q_SIGNALS:
     /// An image can be taken. Sent from the drawing thread, once for each image.
     void imageReady();
-    /// The first good frame after there was none, and its size in pixels. Sent from the drawing thread.
-    void firstFrame(QSize size);
 
 private:
     void run();
