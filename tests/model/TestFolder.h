@@ -2,13 +2,11 @@
 
 #include "Utils/BWFilePath.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <QDir>
 #include <QFile>
 #include <QScopeGuard>
 #include <QTemporaryDir>
-#include <unistd.h>
 
 /// A throw-away folder. The Trash is elsewhere, at one place for the whole program, as GIO looks for it only once.
 class TestFolder {
@@ -18,8 +16,7 @@ public:
         qputenv("HOME", home().path().toUtf8());
         qputenv("XDG_DATA_HOME", home().filePath(QStringLiteral("data")).toUtf8());
     }
-    /// QTemporaryDir itself leaves files whose names are not UTF-8.
-    ~TestFolder() { std::filesystem::remove_all(m_dir.path().toStdString()); }
+    ~TestFolder() { remove(m_dir); }
 
     static QString trash() { return home().filePath(QStringLiteral("data/Trash/files")); }
 
@@ -49,44 +46,31 @@ public:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    static QStringList names(const QList<QUrl> &urls)
+    /// The names of those files, with | between them.
+    static QString names(const QList<QUrl> &urls)
     {
         QStringList names;
         for (const QUrl &url : urls)
             names.append(QFile::decodeName(BWFilePath::lastComponent(url)));
-        return names;
+        return names.join(u'|');
     }
 
-    /// All names in a folder, hidden ones included, sorted.
-    static QList<QByteArray> entries(const QString &path)
+    /// How many entries a folder has, hidden ones included.
+    static qsizetype count(const QString &path)
     {
-        QList<QByteArray> names = BWFilePath::entries(QUrl::fromLocalFile(path)).value_or(QList<QByteArray>());
-        std::sort(names.begin(), names.end());
-        return names;
+        return BWFilePath::entries(QUrl::fromLocalFile(path)).value_or(QList<QByteArray>()).size();
     }
 
 private:
+    /// QTemporaryDir itself leaves files whose names are not UTF-8.
+    static void remove(const QTemporaryDir &dir) { std::filesystem::remove_all(dir.path().toStdString()); }
+
     static QTemporaryDir &home()
     {
         static QTemporaryDir dir;
-        static const auto removed = qScopeGuard([] { std::filesystem::remove_all(dir.path().toStdString()); });
+        static const auto removed = qScopeGuard([] { remove(dir); });
         return dir;
     }
 
     QTemporaryDir m_dir;
-};
-
-/// As long as it lives, folders that are read-only are so for root, too.
-class OrdinaryUser {
-public:
-    OrdinaryUser()
-    {
-        if (::geteuid() == 0 && ::seteuid(65534) != 0)
-            qFatal("Cannot become an ordinary user");
-    }
-    ~OrdinaryUser()
-    {
-        if (::getuid() == 0 && ::seteuid(0) != 0)
-            qFatal("Cannot become root again");
-    }
 };

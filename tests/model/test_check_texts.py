@@ -8,48 +8,44 @@ import tempfile
 import unittest
 
 TOOL = sys.argv.pop(1)
+KNOWN = 'm.text(u"general"_s, u"ok"_s, u"OK"_s);'
 
 
 def entry(identifier="ok", english="OK", german="OK", parent="general"):
-    localizations = {"de": german, "es": "a", "fr": "b", "ja": "c"}
-    return {"parent": parent, "identifier": identifier, "source_value": english, "localizations": localizations}
+    return {"parent": parent, "identifier": identifier, "source_value": english,
+            "localizations": {"de": german, "es": "a", "fr": "b", "ja": "c"}}
+
+
+def check(source, *entries):
+    with tempfile.TemporaryDirectory() as folder:
+        pathlib.Path(folder, "a.cpp").write_text(source, encoding="utf-8")
+        pathlib.Path(folder, "texts.json").write_text(json.dumps(entries), encoding="utf-8")
+        result = subprocess.run([TOOL, folder, f"{folder}/texts.json"], capture_output=True, text=True)
+        return result.returncode, result.stderr
 
 
 class CheckTexts(unittest.TestCase):
-    def check(self, source, entries):
-        with tempfile.TemporaryDirectory() as name:
-            folder = pathlib.Path(name)
-            (folder / "src").mkdir()
-            (folder / "src" / "a.cpp").write_text(source, encoding="utf-8")
-            (folder / "texts.json").write_text(json.dumps(entries), encoding="utf-8")
-            result = subprocess.run([TOOL, folder / "src", folder / "texts.json"], capture_output=True, text=True)
-            return result.returncode, result.stderr
-
     def test_accepts_what_is_complete(self):
-        source = r"""
-            m.text(u"general"_s, u"ok"_s, u"OK"_s);
+        source = KNOWN + r"""
             const BWLocalizableString long{QStringLiteral("general"), QStringLiteral("quoted"),
                 u"Say \"\u00e4\" // "
                 u"twice"_s, true};
             // m.text(u"general"_s, u"not code"_s, u"No"_s);
             m.text(u"camera_product"_s, product->identifier(), product->name());
         """
-        entries = [entry(), entry("quoted", 'Say "\u00e4" // twice')]
-        self.assertEqual(self.check(source, entries), (0, ""))
+        self.assertEqual(check(source, entry(), entry("quoted", 'Say "\u00e4" // twice')), (0, ""))
 
     def test_finds_faults(self):
-        known = 'm.text(u"general"_s, u"ok"_s, u"OK"_s);'
-        cases = {
-            "is not in the file": ('BWLocalizableString(u"general"_s,\n u"new"_s, u"New"_s);', [entry()]),
-            "'OK', but 'Okay' in the file": (known, [entry(english="Okay")]),
-            "'OK', but 'Okay' at": ('m.text(u"general"_s, u"ok"_s, u"Okay"_s);' + known, [entry(english="Okay")]),
-            "no translation in 'de'": (known, [entry(german=" ")]),
-            "listed twice": (known, [entry(), entry()]),
-            "out of order": (known, [entry(), entry(parent="a")]),
-        }
-        for fault, (source, entries) in cases.items():
+        for fault, source, *entries in [
+            ("is not in the file", 'BWLocalizableString(u"general"_s,\n u"new"_s, u"New"_s);', entry()),
+            ("'OK', but 'Okay' in the file", KNOWN, entry(english="Okay")),
+            ("'OK', but 'Okay' at", KNOWN.replace('"OK"', '"Okay"') + KNOWN, entry(english="Okay")),
+            ("no translation in 'de'", KNOWN, entry(german=" ")),
+            ("listed twice", KNOWN, entry(), entry()),
+            ("out of order", KNOWN, entry(), entry(parent="a")),
+        ]:
             with self.subTest(fault):
-                code, output = self.check(source, entries)
+                code, output = check(source, *entries)
                 self.assertEqual(code, 1)
                 self.assertIn(fault, output)
 

@@ -4,10 +4,9 @@
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWSettingsFile.h"
+#include "TestFolder.h"
 
-#include <QFile>
 #include <QJsonDocument>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -29,7 +28,7 @@ private Q_SLOTS:
     void init()
     {
         QTest::failOnWarning(QRegularExpression(u"."_s));
-        m_dir.emplace();
+        m_folder.emplace();
     }
 
     void languages_data()
@@ -43,50 +42,29 @@ private Q_SLOTS:
         QTest::newRow("en-GB") << QStringList{u"en-GB"_s, u"de"_s} << u"en"_s << u"Cancel"_s;
         QTest::newRow("none") << QStringList{} << QString() << u"Cancel"_s;
     }
-
     void languages()
     {
         QFETCH(QStringList, languages);
-        const QString path =
-            write(json("[{'parent':'general','identifier':'option_cancel','source_value':'Old wording', "
-                       "'format':'text','localizations':{'de':'Abbrechen','fr':'','en':'Not shown'}}]"));
-        BWLocalizationManager manager(path, languages);
+        BWLocalizationManager manager(
+            write(json("[5, null, {'parent':1,'localizations':[]}, {'parent':'a','identifier':'y','format':'html'}, "
+                       "{'parent':'a','identifier':'x','source_value':'first','localizations':{'de':'erster'}}, "
+                       "{'parent':'a','identifier':'x','source_value':'Old wording','format':'text',"
+                       "'localizations':{'de':'Abbrechen','fr':'','en':'Not shown','zh':7}}]")),
+            languages);
         QTEST(manager.preferredLanguage(), "code");
-        QTEST(manager.text(u"general"_s, u"option_cancel"_s, u"Cancel"_s), "shown");
-    }
-
-    void unusableFiles_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("missing") << QByteArray();
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("cut off") << QByteArray("[{\"parent\":\"a\"");
-        QTest::newRow("object") << QByteArray("{}");
+        QTEST(manager.text(u"a"_s, u"x"_s, u"Cancel"_s), "shown");
+        QCOMPARE(manager.text(u"a"_s, u"y"_s, u"<b>y</b>"_s), u"<b>y</b>"_s);
     }
 
     void unusableFiles()
     {
-        QFETCH(QByteArray, content);
-        const QString path = content.isNull() ? m_dir->filePath(u"none"_s) : write(content);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"No translations"_s));
-        BWLocalizationManager manager(path, {u"de"_s});
-        QCOMPARE(manager.text(u"a"_s, u"b"_s, u"English"_s), u"English"_s);
-        QCOMPARE(manager.strings().size(), 1);
-        QCOMPARE(manager.localizations().has_value(), !content.isNull());
-    }
-
-    void elementsOfAnyShape()
-    {
-        BWLocalizationManager manager(
-            write(json("[5, null, {'parent':1,'localizations':[]}, "
-                       "{'parent':'a','identifier':'x','source_value':'first','localizations':{'de':'erster','ja':7}}, "
-                       "{'parent':'a','identifier':'x','source_value':'second','localizations':{'de':'zweiter'}}, "
-                       "{'parent':'a','identifier':'y','source_value':'<b>y</b>','format':'html'}]")),
-            {u"de"_s});
-        QCOMPARE(manager.text(u"a"_s, u"x"_s, u"first"_s), u"zweiter"_s);
-        QCOMPARE(manager.text(u"a"_s, u"y"_s, u"<b>y</b>"_s), u"<b>y</b>"_s);
-        const BWLocalizableString y(u"a"_s, u"y"_s, QString());
-        QVERIFY(manager.localizations()->contains(y) && manager.localizations()->value(y).isEmpty());
+        for (const QByteArray &content : {QByteArray(), QByteArray("[{\"parent\":\"a\""), QByteArray("{}")}) {
+            const QString path = content.isNull() ? m_folder->path(u"none"_s) : write(content);
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"No translations"_s));
+            BWLocalizationManager manager(path, {u"de"_s});
+            QCOMPARE(manager.text(u"a"_s, u"b"_s, u"English"_s), u"English"_s);
+            QCOMPARE(manager.localizations().has_value(), !content.isNull());
+        }
     }
 
     void catalogueKeepsTheLatestWordingAndIsSaved()
@@ -97,54 +75,33 @@ private Q_SLOTS:
         manager.text(u"b"_s, u"x"_s, u"one"_s);
         manager.text(u"b"_s, u"x"_s, u"two"_s);
         manager.localize(BWLocalizableString(u"a"_s, u"z"_s, u"<i>z</i>"_s, true));
-        const QString path = m_dir->filePath(u"saved.json"_s);
-        write("something that was there before", u"saved.json"_s);
-        manager.saveAtPath(path);
+        const QUrl saved = m_folder->file(u"saved.json"_s, "something that was there before");
+        manager.saveAtPath(saved.toLocalFile());
         const QByteArray untranslated("'localizations':{'de':'','es':'','fr':'','ja':''}");
-        QCOMPARE(QJsonDocument::fromJson(read(path)).toJson(QJsonDocument::Compact),
+        QCOMPARE(QJsonDocument::fromJson(TestFolder::read(saved)).toJson(QJsonDocument::Compact),
                  json("[{'format':'html','identifier':'z'," + untranslated
-                      + ",'parent':'a','source_value':'<i>z</i>'},"
-                        "{'format':'text','identifier':'x',"
-                      + untranslated
+                      + ",'parent':'a','source_value':'<i>z</i>'},{'format':'text','identifier':'x'," + untranslated
                       + ",'parent':'b','source_value':'two'},{'format':'html','identifier':'y',"
                         "'localizations':{'de':'ä'},'parent':'b','source_value':'Wörter\\n\\`%1\\`'}]"));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be written"_s));
-        manager.saveAtPath(m_dir->filePath(u"no/such/folder"_s));
-    }
-
-    void equality()
-    {
-        const BWLocalizableString a(u"p"_s, u"i"_s, u"one"_s);
-        const BWLocalizableString b(u"p"_s, u"i"_s, u"two"_s, true);
-        QVERIFY(a == b);
-        QCOMPARE(qHash(a), qHash(b));
-        QVERIFY(!(a == BWLocalizableString(u"i"_s, u"p"_s, u"one"_s)));
-    }
-
-    void missingKeysEndTheProgram_data()
-    {
-        QTest::addColumn<QByteArray>("mistake");
-        for (const char *mistake : {"no parent", "no identifier", "no value"})
-            QTest::newRow(mistake) << QByteArray(mistake);
+        manager.saveAtPath(m_folder->path(u"no/such/folder"_s));
     }
 
     void missingKeysEndTheProgram()
     {
-        QFETCH(QByteArray, mistake);
-        QVERIFY(aborts(mistake.constData()));
+        BWLocalizationManager manager(write("[]"), {u"de"_s});
+        QVERIFY(aborts([&] { manager.text(QString(), u"identifier"_s, u"value"_s); }));
+        QVERIFY(aborts([&] { manager.text(u"parent"_s, QString(), u"value"_s); }));
+        QVERIFY(aborts([&] { manager.text(u"parent"_s, u"identifier"_s, QString()); }));
     }
 
     /// Texts that the sources look up by variables, so that tools/check_texts cannot see them.
     void deliveredFileHasTheTextsOfTables()
     {
         BWLocalizationManager manager(u":/localization.json"_s, {u"de-DE"_s});
-        const qsizetype known = manager.strings().size();
-        QVERIFY(known > 150);
-        QHash<BWLocalizableString, QString> english;
-        for (const BWLocalizableString &string : manager.strings())
-            english.insert(string, string.value());
-
-        BWSettingsFile defaults(m_dir->filePath(u"settings.conf"_s));
+        const auto known = manager.strings();
+        QVERIFY(known.size() > 150);
+        BWSettingsFile defaults(m_folder->path(u"settings.conf"_s));
         BWConfigManager(defaults).localizeWithManager(manager);
         for (int code = BWSettingHue; code <= BWSettingVideoNorm; ++code) {
             const QString identifier = BWCameraSetting::stringForSettingIdentifier(code);
@@ -157,36 +114,31 @@ private Q_SLOTS:
               BWCameraDetector::descriptionForUltraResolutionMicroscope(),
               BWCameraDetector::descriptionForReceptorWirelessMicroscope()})
             manager.text(u"camera_type"_s, type->identifierForCameraType, type->name);
-        QCOMPARE(manager.strings().size(), known);
-        for (const BWLocalizableString &string : manager.strings())
-            QCOMPARE(string.value(), english.value(string));
+        QCOMPARE(wordings(manager.strings()), wordings(known));
         QCOMPARE(manager.text(u"camera_product"_s, u"mx62"_s, u"Polarizing Microscope MX62"_s),
                  u"Polarisationsmikroskop MX62"_s);
     }
 
     void deliveredFileIsWrittenAsSaved()
     {
-        const QString path = m_dir->filePath(u"saved.json"_s);
-        BWLocalizationManager(u"" BW_LOCALIZATION_FILE ""_s, {}).saveAtPath(path);
-        QCOMPARE(read(path), read(u"" BW_LOCALIZATION_FILE ""_s));
+        const QString delivered = u"" BW_LOCALIZATION_FILE ""_s;
+        BWLocalizationManager(delivered, {}).saveAtPath(m_folder->path(u"saved.json"_s));
+        QCOMPARE(TestFolder::read(m_folder->url(u"saved.json"_s)), TestFolder::read(QUrl::fromLocalFile(delivered)));
     }
 
 private:
-    QString write(const QByteArray &content, const QString &name = u"localization.json"_s)
+    QString write(const QByteArray &content) const { return m_folder->file(u"texts.json"_s, content).toLocalFile(); }
+
+    static QStringList wordings(const QList<BWLocalizableString> &strings)
     {
-        QFile file(m_dir->filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("%s", qPrintable(file.errorString()));
-        return file.fileName();
+        QStringList result;
+        for (const BWLocalizableString &string : strings)
+            result.append(u"%1/%2: %3"_s.arg(string.parent(), string.identifier(), string.value()));
+        result.sort();
+        return result;
     }
 
-    static QByteArray read(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    std::optional<QTemporaryDir> m_dir;
+    std::optional<TestFolder> m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestLocalization)

@@ -10,16 +10,30 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct Listener : BWConfigManagerListener {
-    std::function<void(BWConfigManager &)> onUpdate;
-    int updates = 0;
+    std::function<void()> onUpdate;
 
-    void configManagerUpdatedSettings(BWConfigManager &manager) override
-    {
-        ++updates;
-        if (onUpdate)
-            onUpdate(manager);
-    }
+    void configManagerUpdatedSettings(BWConfigManager &) override { onUpdate(); }
 };
+
+QString identifiers(const QList<BWCameraProductPtr> &products)
+{
+    QStringList result;
+    for (const BWCameraProductPtr &product : products)
+        result.append(product->identifier());
+    return result.join(u' ');
+}
+
+/// "0:12 1:50 ... 640x480": the available settings in their order, and the chosen size.
+QString valuesOf(const BWCameraProduct &product)
+{
+    QStringList result;
+    for (int setting : product.availableSettings())
+        result.append(u"%1:%2"_s.arg(setting).arg(product.valueForSetting(setting).value_or(-1)));
+    result.append(product.currentResolution().resolutionString());
+    return result.join(u' ');
+}
+
+const QString factoryOfDX12 = u"0:63 1:28 2:56 3:130 4:10 13:1 640x480"_s;
 
 } // namespace
 
@@ -32,21 +46,22 @@ private Q_SLOTS:
         QTest::failOnWarning(QRegularExpression(u"."_s));
         m_dir.emplace();
         m_path = m_dir->filePath(u"new folder/settings.conf"_s);
+        m_defaults.emplace(m_path);
+    }
+
+    void cleanup()
+    {
+        m_defaults.reset(); // may still write
     }
 
     void emptyStoreGivesDefaultsAndIsNotWritten()
     {
-        BWSettingsFile defaults(m_path);
-        const BWConfigManager manager(defaults);
-        QCOMPARE(manager.rememberLayout(), true);
-        QCOMPARE(manager.firstTime(), true);
-        QCOMPARE(manager.saveSnapshotOnClick(), true);
-        QCOMPARE(manager.saveVideoOnHardwareButton(), false);
-        QCOMPARE(manager.oldSettingsImported(), false);
-        QCOMPARE(manager.mustResetLayout(), false);
+        const BWConfigManager manager(*m_defaults);
+        QVERIFY(manager.rememberLayout() && manager.firstTime() && manager.saveSnapshotOnClick());
+        QVERIFY(!manager.saveVideoOnHardwareButton() && !manager.oldSettingsImported() && !manager.mustResetLayout());
         QVERIFY(manager.defaultAlbumName().isNull());
         QVERIFY(manager.currentProductIdentifierForCameraIdentifier(u"wired_high"_s).isNull());
-        defaults.synchronize();
+        m_defaults->synchronize();
         QVERIFY(!QFile::exists(m_path));
     }
 
@@ -54,8 +69,7 @@ private Q_SLOTS:
     {
         const QString name = u"Päckchen, \"50 %\"; =\n[x]\\ @é日本 "_s;
         {
-            BWSettingsFile defaults(m_path);
-            BWConfigManager manager(defaults);
+            BWConfigManager manager(*m_defaults);
             manager.setRememberLayout(false);
             manager.setSaveVideoOnHardwareButton(true);
             manager.setSaveSnapshotOnClick(false);
@@ -71,43 +85,31 @@ private Q_SLOTS:
             stored.append(defaults.string(u"bwp2x_"_s + QLatin1String(key)));
         QCOMPARE(stored,
                  QStringList({u"no"_s, u"yes"_s, u"no"_s, u"no"_s, u"yes"_s, name, u"{\"wired_high\":\"mx50_40\"}"_s}));
-        const BWConfigManager manager(defaults);
+        BWConfigManager manager(defaults);
         QVERIFY(!manager.rememberLayout() && manager.saveVideoOnHardwareButton() && !manager.saveSnapshotOnClick());
         QVERIFY(!manager.firstTime() && manager.oldSettingsImported());
-        QCOMPARE(manager.defaultAlbumName(), name);
         QCOMPARE(manager.currentProductIdentifierForCameraIdentifier(u"wired_high"_s), u"mx50_40"_s);
-    }
 
-    void clearedAlbumNameComesBack()
-    {
-        BWSettingsFile defaults(m_path);
-        BWConfigManager(defaults).setDefaultAlbumName(u"Proben"_s);
-        BWConfigManager manager(defaults);
         manager.setDefaultAlbumName(QString());
         QVERIFY(manager.defaultAlbumName().isNull());
-        QCOMPARE(BWConfigManager(defaults).defaultAlbumName(), u"Proben"_s);
+        QCOMPARE(BWConfigManager(defaults).defaultAlbumName(), name); // what was stored once stays
     }
 
-    void storedBooleans()
+    void onlyYesIsTrue()
     {
-        BWSettingsFile defaults(m_path);
-        for (const QString &text : {u"yes"_s, u"YES"_s, u"Yes"_s, u"no"_s, u"1"_s, u"true"_s, u""_s, u" yes"_s}) {
-            defaults.setString(u"bwp2x_snapshot_click"_s, text);
-            defaults.setString(u"bwp2x_video_button"_s, text);
-            const BWConfigManager manager(defaults);
-            QCOMPARE(manager.saveSnapshotOnClick(), text.toLower() == u"yes"_s);
-            QCOMPARE(manager.saveVideoOnHardwareButton(), text.toLower() == u"yes"_s);
+        for (const QString &text : {u"Yes"_s, u"1"_s, u"true"_s, u""_s, u" yes"_s}) {
+            m_defaults->setString(u"bwp2x_snapshot_click"_s, text);
+            QCOMPARE(BWConfigManager(*m_defaults).saveSnapshotOnClick(), text == u"Yes"_s);
         }
     }
 
     void damagedProductChoice()
     {
-        BWSettingsFile defaults(m_path);
         for (const QString &text : {u"{\"wired_high\":\"mx61\""_s, u"[\"wired_high\"]"_s, u""_s,
                                     u"{\"wired_high\":\"mx61\",\"wireless\":5}"_s}) {
-            defaults.setString(u"bwp2x_product_for_camera"_s, text);
+            m_defaults->setString(u"bwp2x_product_for_camera"_s, text);
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"choice of products is damaged"_s));
-            const BWConfigManager manager(defaults);
+            const BWConfigManager manager(*m_defaults);
             QCOMPARE(manager.currentProductIdentifierForCameraIdentifier(u"wired_high"_s),
                      text.contains(u"wireless"_s) ? u"mx61"_s : QString());
             QVERIFY(manager.currentProductIdentifierForCameraIdentifier(u"wireless"_s).isNull());
@@ -116,22 +118,21 @@ private Q_SLOTS:
 
     void damagedFile()
     {
-        QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
-        QFile file(m_path);
+        const QString path = m_dir->filePath(u"damaged.conf"_s);
+        QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("\xff\xfe\x01garbage\nbwp2x_video_button=yes\nbwp2x_snapshot_click=@Variant(\\0\\0\\0\\x7f\\xff)\n"
                    "bwp2x_default_album_name=Haut, Haare\n");
         file.close();
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"is damaged"_s));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"QVariant::load"_s));
-        BWSettingsFile defaults(m_path);
+        BWSettingsFile defaults(path);
         BWConfigManager manager(defaults);
-        QVERIFY(manager.saveVideoOnHardwareButton());
-        QVERIFY(manager.saveSnapshotOnClick());
+        QVERIFY(manager.saveVideoOnHardwareButton() && manager.saveSnapshotOnClick());
         QCOMPARE(manager.defaultAlbumName(), u"Haut, Haare"_s);
         manager.setSaveSnapshotOnClick(false);
-        BWSettingsFile again(m_path);
-        QCOMPARE(BWConfigManager(again).saveSnapshotOnClick(), false);
+        BWSettingsFile again(path);
+        QVERIFY(!BWConfigManager(again).saveSnapshotOnClick());
     }
 
     void unwritableFileIsLoggedOnce()
@@ -142,7 +143,6 @@ private Q_SLOTS:
         manager.setFirstTime(false);
         manager.setFirstTime(true);
         QVERIFY(manager.firstTime());
-        QVERIFY(!defaults.synchronize());
     }
 
     void binaryValues()
@@ -154,57 +154,45 @@ private Q_SLOTS:
         QVERIFY(defaults.string(u"frame"_s).isNull());
         defaults.setString(u"text"_s, u"a"_s);
         QVERIFY(defaults.data(u"text"_s).isNull());
-        defaults.setString(u"text"_s, QString());
-        QVERIFY(defaults.string(u"text"_s).isNull());
     }
 
     void listenersAreToldInOrder()
     {
-        BWSettingsFile defaults(m_path);
-        BWConfigManager manager(defaults);
-        QStringList calls;
+        BWConfigManager manager(*m_defaults);
+        QString calls;
         Listener a, b;
-        a.onUpdate = [&](BWConfigManager &changed) {
-            calls.append(u"a"_s);
-            if (changed.firstTime())
-                changed.setFirstTime(false); // tells again, from within
+        a.onUpdate = [&] {
+            calls += manager.mustResetLayout() ? u'A' : u'a';
+            if (manager.firstTime())
+                manager.setFirstTime(false); // tells again, from within
         };
-        b.onUpdate = [&](BWConfigManager &) { calls.append(u"b"_s); };
+        b.onUpdate = [&] { calls += u'b'; };
         manager.addListener(&a);
         manager.addListener(&b);
         manager.addListener(&a);
         manager.setRememberLayout(false);
-        QCOMPARE(calls.join(QString()), u"aabb"_s);
+        QCOMPARE(calls, u"aabb"_s);
+        manager.resetLayout(); // one pulse
+        QVERIFY(!manager.mustResetLayout());
+        QCOMPARE(calls, u"aabbAb"_s);
         manager.removeListener(&a);
         manager.setRememberLayout(true);
-        QCOMPARE(calls.join(QString()), u"aabbb"_s);
-    }
+        QCOMPARE(calls, u"aabbAbb"_s);
 
-    void resetLayoutIsOnePulse()
-    {
-        BWSettingsFile defaults(m_path);
-        BWConfigManager manager(defaults);
-        Listener listener;
-        bool seen = false;
-        listener.onUpdate = [&](BWConfigManager &changed) { seen = changed.mustResetLayout(); };
-        manager.addListener(&listener);
-        manager.resetLayout();
-        QVERIFY(seen);
-        QCOMPARE(listener.updates, 1);
-        QVERIFY(!manager.mustResetLayout());
-        QVERIFY(!QFile::exists(m_path));
+        // To change the listeners while they are being told ends the program.
+        b.onUpdate = [&] { manager.addListener(&a); };
+        QVERIFY(aborts([&] { manager.resetLayout(); }));
+        b.onUpdate = [&] { manager.removeListener(&b); };
+        QVERIFY(aborts([&] { manager.resetLayout(); }));
     }
 
     void productOfTheCameraInUse()
     {
-        BWSettingsFile defaults(m_path);
         QString camera;
-        BWConfigManager manager(defaults, [&] { return camera; });
+        BWConfigManager manager(*m_defaults, [&] { return camera; });
         QVERIFY(manager.productIdentifier().isNull());
         camera = u"wired_high"_s;
         QCOMPARE(manager.productIdentifier(), u"dx10"_s);
-        manager.setCurrentProductIdentifier(u"mx61"_s, camera);
-        QCOMPARE(manager.productIdentifier(), u"mx61"_s);
         manager.setCurrentProductIdentifier(u"gone"_s, camera);
         QCOMPARE(manager.productIdentifier(), u"gone"_s);
         QVERIFY(!manager.productByIdentifier(u"gone"_s));
@@ -212,15 +200,106 @@ private Q_SLOTS:
         QVERIFY(manager.productIdentifier().isNull());
     }
 
-    void changingListenersWhileTellingEndsTheProgram()
+    void orderAndDefaults()
     {
-        QVERIFY(aborts("add listener"));
-        QVERIFY(aborts("remove listener"));
+        const BWConfigManager manager(*m_defaults);
+        for (const QString &line : {u"wired_ultra: mx62 mx51 mx24 dx20"_s, u"wired_regular: dx15_16 dx14 dx70"_s,
+                                    u"wired_high: dx10 mx50_40 mx61 mx63 dx11t"_s,
+                                    u"wireless: dx12 dx17_18 mx30_31 mx32 mx33 dx72 wx90"_s, u"wired: "_s}) {
+            const QString type = line.section(u": "_s, 0, 0);
+            QCOMPARE(identifiers(manager.productsByCameraIdentifier(type)), line.section(u": "_s, 1));
+            QCOMPARE(manager.defaultProductIdentifierForCameraIdentifier(type), line.section(u' ', 1, 1));
+        }
+        QVERIFY(identifiers(manager.allProducts()).startsWith(u"mx62 mx51 mx24 dx15_16 "_s));
+        QCOMPARE(manager.allProducts().last()->identifier(), u"dx20"_s);
+    }
+
+    void namesThatMustNotBeTidied()
+    {
+        const BWConfigManager manager(*m_defaults);
+        QVERIFY(!manager.productByIdentifier(u"mx30_41"_s));
+        QCOMPARE(manager.productByIdentifier(u"mx30_31"_s)->name(), u"Wireless Microscope MX30/MX31"_s);
+        QCOMPARE(manager.productByIdentifier(u"mx30_31"_s)->oldGermanName(), u"Drahtloses Mikroskop MX30 / MX31"_s);
+        QCOMPARE(manager.productByIdentifier(u"wx90"_s)->oldGermanName(), u"Drahtlos Digitalkamera WX90"_s);
+        QCOMPARE(manager.productByIdentifier(u"mx63"_s)->oldEnglishName(), u"Digital U/V Polarizing Microscope MX63"_s);
+        QVERIFY(manager.productByIdentifier(u"dx20"_s)->oldGermanName().isNull());
+    }
+
+    void factoryValues_data()
+    {
+        QTest::addColumn<QString>("values");
+        QTest::addColumn<int>("resolutions");
+        QTest::newRow("mx24") << u"0:12 1:50 2:60 3:35 4:4 5:90 7:3750 8:1 9:0 10:1 11:0 12:625 640x480"_s << 7;
+        QTest::newRow("dx20") << u"0:0 1:32 2:64 3:0 4:3 5:100 7:4600 8:1 9:0 10:1 11:1 12:157 640x480"_s << 10;
+        QTest::newRow("dx11t") << u"0:0 1:15 2:15 3:160 4:13 5:78 7:128 8:1 640x480"_s << 3;
+        QTest::newRow("dx17_18") << u"0:63 1:32 2:56 3:100 4:11 13:1 640x480"_s << 2;
+        QTest::newRow("wx90") << factoryOfDX12 << 2;
+    }
+    void factoryValues()
+    {
+        const BWConfigManager manager(*m_defaults);
+        const auto product = manager.productByIdentifier(QString::fromLatin1(QTest::currentDataTag()));
+        QTEST(valuesOf(*product), "values");
+        QTEST(int(product->availableResolutions().size()), "resolutions");
+    }
+
+    void savedValuesComeBack()
+    {
+        m_defaults->setString(u"bwp2x_product_dx12"_s, u"{\"99\":5,\"2\":57}"_s);
+        {
+            const BWConfigManager manager(*m_defaults);
+            const BWCameraProductPtr product = manager.productByIdentifier(u"dx12"_s);
+            QCOMPARE(product->valueForSetting(99), 5); // read, but not stored again
+            QVERIFY(!product->valueForSetting(6));
+            product->setValue(200, 3);
+            product->setValue(0.5, 4);
+            product->setCurrentResolution({720, 480});
+            product->save();
+        }
+        const QString text = m_defaults->string(u"bwp2x_product_dx12"_s);
+        QCOMPARE(text, u"{\"0\":63,\"1\":28,\"13\":1,\"2\":57,\"3\":200,\"4\":0.5,\"resolution\":\"720x480\"}"_s);
+        const BWConfigManager manager(*m_defaults);
+        const BWCameraProductPtr product = manager.productByIdentifier(u"dx12"_s);
+        QCOMPARE(valuesOf(*product), u"0:63 1:28 2:57 3:200 4:0.5 13:1 720x480"_s);
+        product->setDefaults();
+        QCOMPARE(valuesOf(*product), factoryOfDX12);
+        QCOMPARE(m_defaults->string(u"bwp2x_product_dx12"_s), text);
+    }
+
+    void storedValues_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("values");
+        QTest::addColumn<bool>("logged");
+        QTest::newRow("cut off") << u"{\"3\":200,\"resol"_s << factoryOfDX12 << true;
+        QTest::newRow("not an object") << u"[200]"_s << factoryOfDX12 << true;
+        QTest::newRow("empty") << u""_s << factoryOfDX12 << true;
+        QTest::newRow("wrong types") << u"{\"2\":\"a\",\"3\":200,\"4\":null,\"resolution\":640}"_s
+                                     << u"0:63 1:28 2:56 3:200 4:10 13:1 640x480"_s << true;
+        QTest::newRow("too large") << u"{\"2\":1e300,\"3\":2147483648,\"4\":-9}"_s
+                                   << u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480"_s << true;
+        QTest::newRow("no size") << u"{\"resolution\":\"640x\",\"3\":1}"_s << u"0:63 1:28 2:56 3:1 4:10 13:1 640x480"_s
+                                 << true;
+        // What only the camera offers was chosen from the camera's own menu.
+        QTest::newRow("size of the camera, names read as numbers")
+            << u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s << u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768"_s
+            << false;
+    }
+    void storedValues()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, logged);
+        m_defaults->setString(u"bwp2x_product_dx12"_s, text);
+        if (logged)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"values of dx12 are damaged"_s));
+        const BWConfigManager manager(*m_defaults);
+        QTEST(valuesOf(*manager.productByIdentifier(u"dx12"_s)), "values");
     }
 
 private:
     std::optional<QTemporaryDir> m_dir;
     QString m_path;
+    std::optional<BWSettingsFile> m_defaults;
 };
 
 QTEST_GUILESS_MAIN(TestSettings)

@@ -1,0 +1,355 @@
+#include "Model/BWAlbumManager.h"
+#include "Model/BWFileNameOrder.h"
+#include "Model/BWSettingsFile.h"
+#include "TestFolder.h"
+
+#include <csignal>
+#include <QTest>
+#include <sys/fsuid.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr auto image = BWMediaType::Image;
+constexpr auto video = BWMediaType::Video;
+} // namespace
+
+class TestAlbums : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_folder.emplace();
+        m_today = QDate(2024, 6, 7);
+        m_album.emplace(m_folder->folder(u"Album"_s), [this] { return m_today; });
+        m_defaults.emplace(m_folder->path(u"settings.conf"_s));
+        m_manager = make();
+    }
+
+    void cleanup()
+    {
+        m_manager.reset();
+        m_defaults.reset(); // may still write
+    }
+
+    void lowestFreeNumberIsTaken()
+    {
+        const QUrl capture = m_folder->file(u"capture"_s, "pixels");
+        const QUrl first = m_folder->url(u"Album/20240607_image_001.jpg"_s);
+        QVERIFY(QFile::link(u"nowhere"_s, m_folder->path(u"Album/20240607_video_001.mov"_s))); // takes its name, too
+        const auto addCapture = [&](BWMediaType type) {
+            QUrl added;
+            return m_album->addFile(capture, type, &added) ? TestFolder::names({added}) : QString();
+        };
+        QCOMPARE(addCapture(image), u"20240607_image_001.jpg"_s);
+        QCOMPARE(TestFolder::read(first) + TestFolder::read(capture), "pixelspixels");
+        QCOMPARE(addCapture(video), u"20240607_video_002.mov"_s);
+        QVERIFY(!QFile::exists(m_folder->path(u"Album/nowhere"_s)));
+        QCOMPARE(addCapture(image), u"20240607_image_002.jpg"_s);
+        m_album->removeFile(first, image);
+        QCOMPARE(addCapture(image), u"20240607_image_001.jpg"_s);
+
+        for (int i = 3; i <= 999; ++i)
+            m_folder->file(u"Album/20240607_image_%1.jpg"_s.arg(i, 3, 10, QLatin1Char('0')));
+        QCOMPARE(addCapture(image), u"20240607_image_1000.jpg"_s);
+        const QString listed = TestFolder::names(m_album->contentsForType(image).value());
+        QVERIFY(listed.startsWith(u"20240607_image_1000.jpg|20240607_image_999.jpg|"_s));
+
+        m_today = m_today.addDays(1); // midnight
+        QCOMPARE(addCapture(image), u"20240608_image_001.jpg"_s);
+    }
+
+    void listing()
+    {
+        for (const QString &name : {u"20240607_image_002.jpg"_s, u"20231231_image_010.jpg"_s, u"x.jpg"_s, u"X10.jpg"_s,
+                                    u"x9.jpg"_s, u"photo.JPG"_s, u"notes.txt"_s, u".jpg"_s, u"jpg"_s, u".hidden.jpg"_s,
+                                    u"clip.mov"_s, u".20240607_image_003.jpg.part"_s, u"folder.jpg/inner.jpg"_s})
+            m_folder->file(u"Album/"_s + name);
+        QCOMPARE(TestFolder::names(m_album->contentsForType(image).value()),
+                 u"X10.jpg|x9.jpg|x.jpg|folder.jpg|20240607_image_002.jpg|20231231_image_010.jpg|.hidden.jpg"_s);
+        QCOMPARE(TestFolder::names(m_album->contentsForType(video).value()), u"clip.mov"_s);
+        QVERIFY(!m_album->contentsForType(static_cast<BWMediaType>(2)));
+    }
+
+    void missingFolderIsNoEmptyAlbum()
+    {
+        const BWAlbum gone(m_folder->url(u"gone"_s), {});
+        QVERIFY(!gone.contentsForType(image));
+        QVERIFY(m_album->contentsForType(image)->isEmpty());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
+        QVERIFY(!gone.addFile(m_folder->file(u"capture"_s), video));
+        QVERIFY(!QFile::exists(m_folder->path(u"gone"_s)));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot move to the Trash"_s));
+        gone.removeFile(m_folder->url(u"gone/none.jpg"_s), image);
+    }
+
+    void namesOfAnyKind_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("letters of all kinds") << QByteArray(" Häutchen ß a\xcc\x88 \xf0\x9f\x94\xac\xe6\x97\xa5 ");
+        QTest::newRow("special signs") << QByteArray("100% %20 %41 \"a\" 'b' \\ `c` two\nlines\ta?b#c;d:e&f@g[h]");
+        QTest::newRow("not UTF-8") << QByteArray("caf\xe9 \xff");
+    }
+    void namesOfAnyKind()
+    {
+        QFETCH(QByteArray, name);
+        const QByteArray path = QFile::encodeName(m_folder->path()) + '/' + name;
+        QCOMPARE(::mkdir(path.constData(), 0777), 0);
+        const QUrl folder = BWFilePath::entry(m_folder->url(), name);
+        const BWAlbum album(folder, {});
+        QCOMPARE(album.name(), QFile::decodeName(name));
+        QUrl added;
+        QVERIFY(album.addFile(m_folder->file(u"capture"_s, "pixels"), image, &added));
+
+        const QUrl renamed = BWFilePath::entry(folder, name + ".jpg");
+        QCOMPARE(::rename(BWFilePath::native(added).constData(), (path + '/' + name + ".jpg").constData()), 0);
+        QCOMPARE(album.contentsForType(image).value(), QList<QUrl>{renamed});
+        QVERIFY(m_album->addFile(renamed, image, &added));
+        QCOMPARE(TestFolder::read(added), "pixels");
+        const qsizetype trashed = TestFolder::count(TestFolder::trash());
+        album.removeFile(renamed, image);
+        QVERIFY(album.contentsForType(image)->isEmpty());
+        QCOMPARE(TestFolder::count(TestFolder::trash()), trashed + 1);
+    }
+
+    void failedCopyLeavesNothing_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<unsigned>("mode");
+        QTest::addColumn<qulonglong>("limit"); // of a file's size: what a full disk is like in the middle of a copy
+        QTest::newRow("full disk") << u"capture"_s << 0777U << 1'500'000ULL;
+        QTest::newRow("read-only folder") << u"capture"_s << 0555U << 5'000'000ULL;
+        QTest::newRow("no source") << u"missing"_s << 0777U << 5'000'000ULL;
+        QTest::newRow("source is a folder") << u"Album"_s << 0777U << 5'000'000ULL;
+        QTest::newRow("source is a pipe") << u"pipe"_s << 0777U << 5'000'000ULL;
+    }
+    void failedCopyLeavesNothing()
+    {
+        QFETCH(QString, source);
+        QFETCH(unsigned, mode);
+        QFETCH(qulonglong, limit);
+        m_folder->file(u"capture"_s, QByteArray(3'000'000, 'x'));
+        ::mkfifo(QFile::encodeName(m_folder->path(u"pipe"_s)).constData(), 0666);
+        ::chmod(QFile::encodeName(m_folder->path()).constData(), 0755);
+        ::chmod(QFile::encodeName(m_folder->path(u"Album"_s)).constData(), mode);
+        {
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit before{};
+            ::getrlimit(RLIMIT_FSIZE, &before);
+            const rlimit limited{limit, before.rlim_max};
+            ::setrlimit(RLIMIT_FSIZE, &limited);
+            ::setfsuid(65534); // a read-only folder is not so for root
+            const auto restore = qScopeGuard([&before] {
+                ::setfsuid(::geteuid());
+                ::setrlimit(RLIMIT_FSIZE, &before);
+            });
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
+            QVERIFY(!m_album->addFile(m_folder->url(source), image));
+        }
+        QCOMPARE(TestFolder::count(m_folder->path(u"Album"_s)), 0);
+    }
+
+    void nameOrder()
+    {
+        const QStringList names =
+            u"1_2 1_10 2_1 10_1 a a0 a1 a9 a10 a99999999999999999999 a100000000000000000000 Alpha b "
+            "beta GAMMA Straße x x1 x1a x1b xa z ä"_s.split(u' ');
+        for (int i = 0; i < names.size(); ++i) {
+            for (int j = 0; j < names.size(); ++j) {
+                const int order = BWFileNameOrder::compare(names[i], names[j]);
+                QVERIFY2(i < j ? order < 0 : i > j ? order > 0 : order == 0, qPrintable(names[i] + u' ' + names[j]));
+            }
+        }
+        QCOMPARE(BWFileNameOrder::compare(u"IMG_007"_s, u"img_7"_s), 0);
+    }
+
+    void scanStoresFoldersUpToTheDefaultOne()
+    {
+        for (const QString &name : {u"A"_s, u"Default Album"_s, u"Default Album.old"_s, u"Z"_s, u"Ä %1"_s})
+            m_folder->folder(u"BrimwellPro/"_s + name);
+        m_folder->file(u"BrimwellPro/file"_s);
+        m_defaults->setString(u"bwp2x_albums"_s, u"[]"_s);
+        m_manager->prepare();
+
+        const QString all = albums(); // in the file system's own order
+        QStringList sorted = QString(all).remove(u'*').split(u'|');
+        sorted.sort();
+        QCOMPARE(sorted.join(u'|'), u"A|Default Album|Default Album.old|Z|Ä %1"_s);
+        QCOMPARE(all.count(u'*'), 1);
+        const QString before = all.section(u'*', 0, 0);
+        const QString chosen = all.section(u'*', 1).section(u'|', 0, 0);
+        QVERIFY2(!before.contains(u"Default"_s) && chosen.startsWith(u"Default"_s), qPrintable(all));
+        QCOMPARE(TestFolder::names(m_manager->validAlbumPaths()), before + chosen);
+    }
+
+    void storedLists_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("listed");
+        QTest::addColumn<bool>("logged");
+        QTest::newRow("what can be used, in order")
+            << u"[\"%1/B/\",5,null,\"\",\"A\",{},\"%1/gone\",\"%1/file\",\"%1/BrimwellPro/Default Album\",\"%1/A\"]"_s
+            << u"B|*Default Album|A"_s << false;
+        QTest::newRow("without the default one") << u"[\"%1/A\"]"_s << u"A"_s << false;
+        QTest::newRow("all vanished") << u"[\"%1/gone\"]"_s << u"*Default Album"_s << false;
+        QTest::newRow("cut off") << u"[\"%1/A\""_s << u"*Default Album"_s << true;
+        QTest::newRow("no list") << u"{\"a\":\"%1/A\"}"_s << u"*Default Album"_s << true;
+    }
+    void storedLists()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, logged);
+        m_folder->folder(u"A"_s);
+        m_folder->folder(u"B"_s);
+        m_folder->file(u"file"_s);
+        m_defaults->setString(u"bwp2x_albums"_s, text.arg(m_folder->path()));
+        if (logged)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"list of albums is damaged"_s));
+        m_manager->prepare();
+        QTEST(albums(), "listed");
+        QVERIFY(!m_manager->faulty());
+    }
+
+    void importedAlbumsReplaceTheStoredList()
+    {
+        m_defaults->setString(u"bwp2x_albums"_s, u"[\"%1\"]"_s.arg(m_folder->folder(u"A"_s).path()));
+        m_manager->setImportOldAlbums({m_folder->folder(u"Old/Proben \"1\""_s), m_folder->url(u"Old/gone"_s),
+                                       m_folder->folder(u"Old/Standardalbum"_s)});
+        m_manager->setOldDefaultAlbumName(u"Standardalbum"_s);
+        m_manager->prepare();
+        QCOMPARE(albums(), u"Proben \"1\"|*Standardalbum"_s);
+        QVERIFY(BWFilePath::isFolder(m_folder->url(u"BrimwellPro/Standardalbum"_s)));
+        const QString path = m_folder->path();
+        QCOMPARE(m_defaults->string(u"bwp2x_albums"_s),
+                 u"[\"%1/Old/Proben \\\"1\\\"\",\"%1/Old/gone\",\"%1/Old/Standardalbum\"]"_s.arg(path));
+    }
+
+    void folderThatCannotBeMade()
+    {
+        m_folder->file(u"BrimwellPro/Default Album"_s);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Albums cannot be prepared"_s));
+        m_manager->prepare();
+        QVERIFY(m_manager->faulty());
+        QVERIFY(!m_manager->currentAlbum());
+        QVERIFY(!m_manager->canRemoveCurrentAlbum());
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"No album to add"_s));
+        std::optional<bool> result;
+        add(m_folder->file(u"capture"_s), [&](bool added, const QUrl &) { result = added; });
+        m_manager->finishAdding();
+        QCOMPARE(result, false);
+    }
+
+    void addingAndRemovingAlbums()
+    {
+        m_manager->prepare(); // the first time
+        QCOMPARE(albums(), u"*Default Album"_s);
+        QCOMPARE(m_manager->currentAlbum()->path(), m_folder->url(u"BrimwellPro/Default Album"_s));
+        QCOMPARE(m_manager->currentAlbum()->path(), m_manager->defaultAlbumBasePath());
+        QVERIFY(BWFilePath::isFolder(m_manager->defaultAlbumBasePath()));
+        QVERIFY(m_defaults->string(u"bwp2x_albums"_s).isNull());
+        int changes = 0;
+        m_manager->setOnAlbumsChanged([&] { ++changes; });
+        QVERIFY(!m_manager->canRemoveCurrentAlbum());
+        m_manager->removeCurrentAlbum();
+        QCOMPARE(changes, 0);
+
+        const QUrl folder = m_folder->folder(u"Proben #1 %"_s);
+        m_manager->addAlbumFromPath(folder);
+        m_manager->addAlbumFromPath(QUrl(folder.toString() + u'/'));
+        QCOMPARE(changes, 1);
+        QCOMPARE(albums(), u"*Default Album|Proben #1 %"_s);
+        QCOMPARE(m_manager->selectedIndex(), 1);
+
+        m_manager = make();
+        m_manager->prepare();
+        QCOMPARE(albums(), u"*Default Album|Proben #1 %"_s);
+        m_manager->setSelectedIndex(7);
+        QCOMPARE(m_manager->selectedIndex(), 0);
+        m_manager->setSelectedIndex(1);
+        m_manager->removeCurrentAlbum();
+        QCOMPARE(albums(), u"*Default Album"_s);
+        QCOMPARE(m_manager->selectedIndex(), 0);
+        QVERIFY(BWFilePath::isFolder(folder));
+        QCOMPARE(m_defaults->string(u"bwp2x_albums"_s), u"[\"%1/BrimwellPro/Default Album\"]"_s.arg(m_folder->path()));
+    }
+
+    void thereIsAlwaysAnAlbum()
+    {
+        m_defaults->setString(u"bwp2x_albums"_s, u"[\"%1\"]"_s.arg(m_folder->folder(u"Only"_s).path()));
+        m_manager->prepare();
+        m_manager->removeCurrentAlbum();
+        QCOMPARE(albums(), u"*Default Album"_s);
+    }
+
+    void capturesFromOtherThreadsAreAddedInOrder()
+    {
+        m_manager->prepare();
+        QStringList events;
+        m_manager->setOnAlbumContentsChanged([&] { events.append(u"contents"_s); });
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
+        std::thread capture([&] {
+            for (const QUrl &file :
+                 {m_folder->file(u"a"_s, "a"), m_folder->url(u"missing"_s), m_folder->file(u"b"_s, "b")}) {
+                add(file, [&](bool added, const QUrl &url) {
+                    QCOMPARE(QThread::currentThread(), QCoreApplication::instance()->thread());
+                    events.append(added ? url.fileName() + u'=' + QString::fromUtf8(TestFolder::read(url)) : u"lost"_s);
+                });
+            }
+        });
+        capture.join();
+        QVERIFY(events.isEmpty());
+        QTRY_COMPARE(events.size(), 5);
+        QCOMPARE(events.join(u' '), u"contents 20240607_image_001.jpg=a lost contents 20240607_image_002.jpg=b"_s);
+
+        m_manager->removeFile(m_folder->url(u"BrimwellPro/Default Album/20240607_image_001.jpg"_s), image);
+        QTRY_COMPARE(events.size(), 6);
+        QCOMPARE(TestFolder::names(m_manager->currentAlbum()->contentsForType(image).value()),
+                 u"20240607_image_002.jpg"_s);
+    }
+
+    void capturesSurviveTheEndOfTheProgram()
+    {
+        m_manager->prepare();
+        bool told = false;
+        add(m_folder->file(u"a"_s, "a"), [&](bool, const QUrl &) { told = true; });
+        m_manager.reset();
+        QCoreApplication::processEvents();
+        QVERIFY(!told);
+        QCOMPARE(TestFolder::read(m_folder->url(u"BrimwellPro/Default Album/20240607_image_001.jpg"_s)), "a");
+    }
+
+private:
+    std::unique_ptr<BWAlbumManager> make()
+    {
+        return std::make_unique<BWAlbumManager>(*m_defaults, m_folder->path(), [this] { return m_today; });
+    }
+
+    /// The albums' names, with | between them and the default album's after an asterisk.
+    QString albums() const
+    {
+        QStringList names;
+        for (const BWAlbumPtr &album : m_manager->albums())
+            names.append(album->isDefaultAlbum() ? u'*' + album->name() : album->name());
+        return names.join(u'|');
+    }
+
+    void add(const QUrl &file, BWAlbumManager::AddCompletion completion)
+    {
+        m_manager->addFile(file, image, std::move(completion));
+    }
+
+    std::optional<TestFolder> m_folder;
+    QDate m_today;
+    std::optional<BWAlbum> m_album;
+    std::optional<BWSettingsFile> m_defaults;
+    std::unique_ptr<BWAlbumManager> m_manager;
+};
+
+QTEST_GUILESS_MAIN(TestAlbums)
+#include "test_albums.moc"
