@@ -1,0 +1,218 @@
+#include "Views/Utils/BWDoubleButton.h"
+#include "Views/Utils/BWLightTabBar.h"
+#include "Views/Utils/BWResizingButton.h"
+#include "Views/Utils/BWResizingTextField.h"
+#include "Views/Utils/BWVerticallyCenteringTextFieldCell.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QMouseEvent>
+#include <QSignalSpy>
+#include <QTest>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QFont fontOfSize(double points)
+{
+    QFont font;
+    font.setPointSizeF(points);
+    return font;
+}
+
+/// The pixels that are not background, in the widget's coordinates.
+QRectF inkBounds(QWidget &widget)
+{
+    const QImage image = widget.grab().toImage();
+    QRect ink;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixelColor(x, y).lightness() < 128)
+                ink |= QRect(x, y, 1, 1);
+        }
+    }
+    return ink;
+}
+
+} // namespace
+
+class TestBWControls : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QPalette light(Qt::lightGray);
+        light.setColor(QPalette::Window, Qt::white);
+        light.setColor(QPalette::WindowText, Qt::black);
+        QApplication::setPalette(light);
+        QApplication::setStyle(u"Fusion"_s);
+    }
+
+    void moreThanHalfOfWholePointsIsRight()
+    {
+        for (const double left : {-3.0, 0.0, 60.0, 60.99})
+            QVERIFY(!BWDoubleButton::isRightHalf(left, 120) && !BWDoubleButton::isRightHalf(left, 121));
+        for (const double right : {61.0, 119.5})
+            QVERIFY(BWDoubleButton::isRightHalf(right, 120) && BWDoubleButton::isRightHalf(right, 121));
+    }
+
+    void pressesOnIconsAndTextReachTheButton()
+    {
+        BWDoubleButton button;
+        button.setText(u"100%"_s);
+        button.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&button));
+        QList<bool> right;
+        connect(&button, &BWDoubleButton::triggered, this,
+                [&right](BWDoubleButton *sender) { right << sender->lastRight(); });
+        const int middle = button.width() / 2;
+        const auto press = [&](int x, Qt::MouseButton mouse = Qt::LeftButton) {
+            QTest::mousePress(button.windowHandle(), mouse, {}, QPoint(x, button.height() / 2), 1000);
+            const QList<bool> seen = right; // already at the press
+            QTest::mouseRelease(button.windowHandle(), mouse, {}, QPoint(x, button.height() / 2));
+            return seen;
+        };
+        press(3);
+        press(middle + 5);
+        press(middle - 5);
+        QCOMPARE(press(button.width() - 3), QList<bool>({false, true, false, true}));
+        press(3, Qt::RightButton);
+        QCOMPARE(right.size(), 4);
+        QMouseEvent second(QEvent::MouseButtonDblClick, QPointF(3, 3), button.mapToGlobal(QPointF(3, 3)),
+                           Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&button, &second);
+        QCOMPARE(right.size(), 5); // two fast presses are two steps
+        button.setEnabled(false);
+        press(3);
+        QCOMPARE(right.size(), 5);
+    }
+
+    void keyboard()
+    {
+        QWidget window;
+        auto *layout = new QVBoxLayout(&window);
+        auto *before = new QPushButton(u"before"_s);
+        auto *button = new BWDoubleButton;
+        auto *after = new QPushButton(u"after"_s);
+        for (QWidget *widget : std::initializer_list<QWidget *>{before, button, after})
+            layout->addWidget(widget);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QString acted;
+        connect(button, &BWDoubleButton::triggered, this, [&] { acted += button->lastRight() ? u'R' : u'L'; });
+
+        before->setFocus();
+        for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Space, Qt::Key_Right, Qt::Key_Return, Qt::Key_Left, Qt::Key_Tab,
+                                  Qt::Key_Enter, Qt::Key_Tab})
+            QTest::keyClick(QApplication::focusWidget(), key);
+        QCOMPARE(acted, u"LRR"_s);
+        QCOMPARE(QApplication::focusWidget(), after);
+    }
+
+    void screenReaderSeesTwoNamedButtons()
+    {
+        BWDoubleButton button;
+        button.setLeftName(u"Zoom out"_s);
+        button.setRightName(u"Zoom in"_s);
+        QStringList acted;
+        QAccessibleInterface *group = QAccessible::queryAccessibleInterface(&button);
+        for (int i = 0; i < group->childCount(); ++i) {
+            QAccessibleInterface *child = group->child(i);
+            if (child->role() != QAccessible::Button)
+                continue;
+            QSignalSpy spy(&button, &BWDoubleButton::triggered);
+            child->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+            QTRY_COMPARE(spy.count(), 1);
+            acted << child->text(QAccessible::Name) + (button.lastRight() ? u" right"_s : u" left"_s);
+        }
+        QCOMPARE(acted, QStringList({u"Zoom out left"_s, u"Zoom in right"_s}));
+    }
+
+    void shorterTextMovesNothing()
+    {
+        BWDoubleButton button;
+        button.setWidestText(u"200%"_s);
+        button.setText(u"200%"_s);
+        const QSize widest = button.sizeHint();
+        button.setText(u"50%"_s);
+        QCOMPARE(button.sizeHint(), widest);
+    }
+
+    void labelShrinksToFit()
+    {
+        const QString text = u"Gegenlichtkompensation"_s;
+        const int wanted = QFontMetrics(fontOfSize(16)).horizontalAdvance(text);
+        BWResizingTextField field;
+        field.setFont(fontOfSize(16));
+        field.show();
+        field.resize(wanted * 9 / 10, 12); // one line in every size
+        field.setStringValue(text);
+        const double size = field.font().pointSizeF();
+        QVERIFY2(size >= 11 && size < 16, qPrintable(QString::number(size)));
+        QVERIFY(field.fontMetrics().horizontalAdvance(text) <= field.width());
+        field.resize(wanted / 5, 12);
+        QCOMPARE(field.font().pointSizeF(), 10.0);
+        field.setFont(fontOfSize(8)); // small by wish
+        QCOMPARE(field.font().pointSizeF(), 8.0);
+        field.setFont(fontOfSize(16));
+        field.resize(wanted * 2, 12); // room again
+        QCOMPARE(field.font().pointSizeF(), 16.0);
+    }
+
+    void buttonShrinksToFit()
+    {
+        BWResizingButton button;
+        button.setFont(fontOfSize(18));
+        button.setTitle(u"Werkseinstellungen"_s);
+        button.show();
+        const QSize wanted = button.sizeHint();
+        button.resize(wanted.width() * 3 / 4, wanted.height() * 3); // height does not help a title
+        QVERIFY(button.font().pointSizeF() < 18);
+        QCOMPARE(button.sizeHint(), wanted); // the wish does not shrink along with the font
+        button.resize(10, wanted.height());
+        QCOMPARE(button.font().pointSizeF(), 10.0);
+    }
+
+    void titleIsCentredInItsHeight()
+    {
+        using Cell = BWVerticallyCenteringTextFieldCell;
+        QCOMPARE(Cell::titleRectForBounds(QRectF(3, 5, 80, 60), 20), QRectF(3, 25, 80, 60));
+        QCOMPARE(Cell::titleRectForBounds(QRectF(0, 10, 80, 15), 20), QRectF(0, 7.5, 80, 15)); // higher than the cell
+
+        Cell cell(u"HH"_s);
+        cell.resize(100, 90);
+        cell.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+        const double middleOfOne = inkBounds(cell).center().y();
+        QVERIFY(qAbs(middleOfOne - 45) < 6);
+        cell.setText(u"HH HH"_s);
+        cell.resize(cell.fontMetrics().horizontalAdvance(u"HHH"_s), 90); // two lines
+        QVERIFY(qAbs(inkBounds(cell).center().y() - middleOfOne) < 2);
+    }
+
+    void dotTellsSelectedTab()
+    {
+        QCOMPARE(BWLightTabItem::dotRect(QRectF(50, 10, 40, 17)), QRectF(43, 17.5, 4, 4));
+
+        BWLightTabBar bar;
+        bar.addTab(u"Images"_s);
+        bar.addTab(u"Videos"_s);
+        bar.resize(bar.sizeHint());
+        bar.setCurrentIndex(1);
+        const QImage image = bar.grab().toImage();
+        for (const int tab : {0, 1}) {
+            const QRectF dot = BWLightTabItem::dotRect(bar.labelRect(tab));
+            QVERIFY(QRectF(bar.tabRect(tab)).contains(dot));
+            const QColor color = image.pixelColor(dot.center().toPoint());
+            const bool green = color.green() > color.red() + 60 && color.green() > color.blue() + 30;
+            const bool gray = color.hsvSaturation() < 40 && color.value() < 200;
+            QVERIFY2(tab == 1 ? green : gray, qPrintable(color.name()));
+        }
+    }
+};
+
+QTEST_MAIN(TestBWControls)
+#include "tst_BWControls.moc"

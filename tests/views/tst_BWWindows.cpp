@@ -1,0 +1,294 @@
+#include "BWACUDriver/BWCamera.h"
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Model/BWSettingsFile.h"
+#include "Views/BWNoCameraProductSheetWindowController.h"
+#include "Views/BWNoCameraSheetWindowController.h"
+#include "Views/BWNoCameraWindowController.h"
+#include "Views/BWSimulatedCamerasWindowController.h"
+#include "Views/Utils/BWBusyIndicator.h"
+#include "Views/Utils/BWMessageBoxAlertPresenter.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QApplication>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QTemporaryFile>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// What a screen reader would have to leave unnamed.
+QStringList namelessWidgets(const QWidget &window)
+{
+    QStringList nameless;
+    const auto widgets = window.findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
+        if (widget->focusPolicy() != Qt::NoFocus && (!interface || interface->text(QAccessible::Name).isEmpty()))
+            nameless << QString::fromLatin1(widget->metaObject()->className());
+    }
+    return nameless;
+}
+
+QAbstractButton *buttonNamed(const QWidget &window, const QString &text)
+{
+    const auto buttons = window.findChildren<QAbstractButton *>();
+    for (QAbstractButton *button : buttons) {
+        if (button->text() == text || button->accessibleName() == text)
+            return button;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class TestBWWindows : public QObject {
+    Q_OBJECT
+
+    BWLocalizationManager m_texts{QString(), {u"en"_s}};
+    BWManualClock m_clock;
+
+private Q_SLOTS:
+    void pollShowsPreparingCamera_data()
+    {
+        QTest::addColumn<bool>("sheet");
+        QTest::newRow("window") << false;
+        QTest::newRow("sheet") << true;
+    }
+    void pollShowsPreparingCamera()
+    {
+        QFETCH(bool, sheet);
+        bool pending = false;
+        int asked = 0;
+        const auto pendingDevices = [&] {
+            ++asked;
+            return pending;
+        };
+        std::unique_ptr<BWNoCameraBaseWindowController> window;
+        if (sheet)
+            window = std::make_unique<BWNoCameraSheetWindowController>(pendingDevices, m_clock);
+        else
+            window = std::make_unique<BWNoCameraWindowController>(pendingDevices, m_clock);
+        window->localizeWithManager(m_texts);
+        const auto *indicator = window->findChild<BWBusyIndicator *>();
+        QCOMPARE(asked, 1);
+        QVERIFY(!indicator->isAnimating());
+
+        const QSize size = window->sizeHint();
+        pending = true;
+        m_clock.advance(299ms); // also while the window is hidden
+        QCOMPARE(asked, 1);
+        m_clock.advance(1ms);
+        QCOMPARE(asked, 2);
+        QVERIFY(indicator->isAnimating() && indicator->isVisibleTo(window.get()));
+        QCOMPARE(window->sizeHint(), size); // nothing moves
+
+        pending = false;
+        m_clock.advance(600ms);
+        QCOMPARE(asked, 4);
+        QVERIFY(!indicator->isAnimating() && !indicator->isVisibleTo(window.get()));
+
+        window.reset();
+        m_clock.advance(10s);
+        QCOMPARE(asked, 4);
+    }
+
+    void closingTheWindowEndsTheProgram()
+    {
+        BWNoCameraWindowController window({}, m_clock);
+        window.localizeWithManager(m_texts);
+        QSignalSpy spy(&window, &BWNoCameraWindowController::terminateRequested);
+        connect(&window, &BWNoCameraWindowController::terminateRequested, &window, &QWidget::close); // as quitting does
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QVERIFY(spy.isEmpty() && window.isVisible());
+        window.close();
+        QCOMPARE(spy.count(), 1);
+        window.show();
+        QTest::keyClick(buttonNamed(window, u"Quit"_s), Qt::Key_Space);
+        QCOMPARE(spy.count(), 2);
+    }
+
+    void noCameraSheetEnds()
+    {
+        QWidget window;
+        window.show();
+        BWNoCameraSheetWindowController sheet({}, m_clock);
+        sheet.localizeWithManager(m_texts);
+        const std::function<void()> ways[]{[&] { QTest::keyClick(buttonNamed(sheet, u"Quit"_s), Qt::Key_Space); },
+                                           [&] { sheet.close(); }, [&] { sheet.end(); }};
+        QList<int> got;
+        for (int i = 0; i < 3; ++i) {
+            sheet.beginSheet(&window, [&got, i](int code) { got << i << code; });
+            QCOMPARE(sheet.windowModality(), Qt::WindowModal);
+            QTest::keyClick(&sheet, Qt::Key_Escape);
+            QVERIFY(sheet.isVisible());
+            ways[i]();
+            QVERIFY(!sheet.isVisible());
+            sheet.onTerminate(); // a sheet that is not open has no result
+        }
+        QCOMPARE(got, QList<int>({0, 1, 1, 1})); // ended from outside it has none, either
+    }
+
+    void productSheet_data()
+    {
+        QTest::addColumn<QList<int>>("keys");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<int>("index");
+        QTest::newRow("first is preselected") << QList<int>{Qt::Key_Return} << 1 << 0;
+        QTest::newRow("second") << QList<int>{Qt::Key_Down, Qt::Key_Return} << 1 << 1;
+        QTest::newRow("escape means later") << QList<int>{Qt::Key_Down, Qt::Key_Escape} << 0 << 1;
+        QTest::newRow("later by keyboard") << QList<int>{Qt::Key_Tab, Qt::Key_Space} << 0 << 0;
+    }
+    void productSheet()
+    {
+        QFETCH(QList<int>, keys);
+        QFETCH(int, code);
+        QFETCH(int, index);
+        BWSettingsFile defaults(u"/none/settings.conf"_s); // nothing is stored
+        const BWConfigManager config(defaults);
+        const auto products = config.productsByCameraIdentifier(u"wired_high"_s);
+        const BWCameraPtr camera = highResolutionCamera();
+
+        QWidget window;
+        window.show();
+        BWNoCameraProductSheetWindowController sheet(
+            [&config](const QString &identifier) { return config.productsByCameraIdentifier(identifier); });
+        sheet.localizeWithManager(m_texts);
+        sheet.setCamera(camera);
+        QCOMPARE(sheet.camera(), camera);
+        const auto *popup = sheet.findChild<QComboBox *>();
+        QCOMPARE(popup->count(), 5);
+        for (int i = 0; i < popup->count(); ++i)
+            QCOMPARE(popup->itemText(i), products[i]->name());
+
+        QList<int> got;
+        sheet.beginSheet(&window, [&got](int result) { got << result; });
+        QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        for (const int key : keys)
+            QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key));
+        QCOMPARE(got, QList<int>{code});
+        QCOMPARE(sheet.selectedProduct(), products[index]);
+
+        sheet.setCamera(camera); // asked again: the first one once more
+        QCOMPARE(sheet.selectedProduct(), products[0]);
+        QCOMPARE(namelessWidgets(sheet), QStringList());
+    }
+
+    void productSheetOfUnknownType()
+    {
+        BWNoCameraProductSheetWindowController sheet([](const QString &) { return QList<BWCameraProductPtr>(); });
+        sheet.localizeWithManager(m_texts);
+        sheet.setCamera(highResolutionCamera());
+        QVERIFY(!sheet.camera()); // the sheet does not keep an unplugged camera alive
+        QVERIFY(!sheet.selectedProduct());
+        QVERIFY(!buttonNamed(sheet, u"OK"_s)->isEnabled());
+    }
+
+    void simulatedCamerasAreHandled()
+    {
+        BWSimulatedCameraOptions second;
+        second.type = BWSimulatedCameraOptions::Type::DX20;
+        second.pluggedIn = false;
+        const auto backend = BWSimulatedBackend::create({{}, second}, m_clock);
+        const auto cameras = backend->cameras();
+        BWSimulatedCamerasWindowController window(cameras);
+        window.localizeWithManager(m_texts);
+        QWidget mainWindow;
+        mainWindow.show();
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(namelessWidgets(window), QStringList());
+        BWNoCameraSheetWindowController sheet({}, m_clock);
+        sheet.beginSheet(&mainWindow, {}); // does not block the window that can end it
+
+        const auto button = [&](int camera, const QString &text) {
+            return buttonNamed(window, u"%1: %2"_s.arg(cameras[camera]->title(), text));
+        };
+        const auto press = [&](int camera, const QString &text) {
+            const QAbstractButton *pressed = button(camera, text);
+            const QPoint inside = pressed->mapTo(&window, QPoint(8, pressed->height() / 2));
+            QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, inside);
+        };
+        press(0, u"Unplug"_s);
+        QVERIFY(!cameras[0]->isPluggedIn() && !button(0, u"Press Button"_s)->isEnabled());
+        press(1, u"Plug In"_s);
+        press(1, u"In use by another program"_s);
+        QVERIFY(cameras[1]->isPluggedIn() && cameras[1]->inUse() && !cameras[0]->inUse());
+
+        window.hide();
+        cameras[1]->setInUse(false); // behind the window's back
+        window.show();
+        QVERIFY(!button(1, u"In use by another program"_s)->isChecked());
+    }
+
+    void alertAnswers_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("buttons");
+        QTest::addColumn<bool>("ok");
+        QTest::newRow("return is OK") << int(Qt::Key_Return) << u"Ist gut|Abbrechen"_s << true;
+        QTest::newRow("escape is Cancel") << int(Qt::Key_Escape) << u"Ist gut|Abbrechen"_s << false;
+        QTest::newRow("escape dismisses") << int(Qt::Key_Escape) << u"Ist gut"_s << true;
+    }
+    void alertAnswers()
+    {
+        QFETCH(int, key);
+        QFETCH(QString, buttons);
+        QFETCH(bool, ok);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write(R"([{"parent": "general", "identifier": "option_ok", "localizations": {"de": "Ist gut"}},
+                       {"parent": "general", "identifier": "option_cancel", "localizations": {"de": "Abbrechen"}}])");
+        file.close();
+        BWLocalizationManager texts(file.fileName(), {u"de-CH"_s});
+        BWMessageBoxAlertPresenter presenter(texts);
+
+        const QString markup = u"<b>Album</b>"_s;
+        QStringList shown;
+        QTimer::singleShot(0, this, [&] {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            const auto all = box->buttons();
+            for (const QAbstractButton *button : all)
+                shown << button->text();
+            QTest::keyClick(box, static_cast<Qt::Key>(key));
+            QCOMPARE(box->informativeText(), markup);
+        });
+        if (buttons.contains(u'|'))
+            QCOMPARE(presenter.presentOKCancel(u"Delete album"_s, markup), ok);
+        else
+            presenter.presentOK(u"Delete album"_s, markup);
+        QCOMPARE(shown.join(u'|'), buttons);
+    }
+
+private:
+    static BWCameraPtr highResolutionCamera()
+    {
+        BWSimulatedCameraOptions options;
+        options.type = BWSimulatedCameraOptions::Type::High;
+        options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
+        std::vector<std::unique_ptr<BWCameraBackend>> backends;
+        backends.push_back(BWSimulatedBackend::create({options}));
+        BWCameraDetector detector({BWCameraDetector::descriptionForHighResolutionMicroscope()}, std::move(backends));
+        BWCameraPtr camera;
+        detector.setCameraFoundBlock(
+            [&camera](const BWDetectedCameraPtr &detected) { camera = std::make_shared<BWCamera>(detected); });
+        detector.startCamerasDetection();
+        [&] { QTRY_VERIFY(camera); }();
+        return camera;
+    }
+};
+
+QTEST_MAIN(TestBWWindows)
+#include "tst_BWWindows.moc"
