@@ -39,11 +39,10 @@ private Q_SLOTS:
         QVERIFY(!repository.localizationManager().strings().isEmpty()); // of the products
         QCOMPARE(repository.albumManager().currentAlbum()->path(), folder.url(u"BrimwellPro/Standardalbum"_s));
 
-        QVERIFY(repository.configManager().productIdentifier().isNull());
         {
             Delegate delegate;
             QCOMPARE(repository.appDelegate(), &delegate);
-            QVERIFY(repository.configManager().productIdentifier().isNull());
+            QVERIFY(repository.configManager().productIdentifier().isNull()); // no camera yet
         }
         QVERIFY(!repository.appDelegate());
     }

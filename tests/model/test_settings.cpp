@@ -23,17 +23,18 @@ QString identifiers(const QList<BWCameraProductPtr> &products)
     return result.join(u' ');
 }
 
-/// "0:12 1:50 ... 640x480": the available settings in their order, and the chosen size.
+/// "0:12 1:50 ... 640x480 of 7": the available settings in their order, the chosen size, how many sizes there are.
 QString valuesOf(const BWCameraProduct &product)
 {
     QStringList result;
     for (int setting : product.availableSettings())
         result.append(u"%1:%2"_s.arg(setting).arg(product.valueForSetting(setting).value_or(-1)));
     result.append(product.currentResolution().resolutionString());
+    result.append(u"of %1"_s.arg(product.availableResolutions().size()));
     return result.join(u' ');
 }
 
-const QString factoryOfDX12 = u"0:63 1:28 2:56 3:130 4:10 13:1 640x480"_s;
+const QString factoryOfDX12 = u"0:63 1:28 2:56 3:130 4:10 13:1 640x480 of 2"_s;
 
 } // namespace
 
@@ -200,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(manager.productIdentifier().isNull());
     }
 
-    void orderAndDefaults()
+    void catalogue()
     {
         const BWConfigManager manager(*m_defaults);
         for (const QString &line : {u"wired_ultra: mx62 mx51 mx24 dx20"_s, u"wired_regular: dx15_16 dx14 dx70"_s,
@@ -212,11 +213,8 @@ private Q_SLOTS:
         }
         QVERIFY(identifiers(manager.allProducts()).startsWith(u"mx62 mx51 mx24 dx15_16 "_s));
         QCOMPARE(manager.allProducts().last()->identifier(), u"dx20"_s);
-    }
 
-    void namesThatMustNotBeTidied()
-    {
-        const BWConfigManager manager(*m_defaults);
+        // Names that must not be tidied up.
         QVERIFY(!manager.productByIdentifier(u"mx30_41"_s));
         QCOMPARE(manager.productByIdentifier(u"mx30_31"_s)->name(), u"Wireless Microscope MX30/MX31"_s);
         QCOMPARE(manager.productByIdentifier(u"mx30_31"_s)->oldGermanName(), u"Drahtloses Mikroskop MX30 / MX31"_s);
@@ -225,22 +223,16 @@ private Q_SLOTS:
         QVERIFY(manager.productByIdentifier(u"dx20"_s)->oldGermanName().isNull());
     }
 
-    void factoryValues_data()
-    {
-        QTest::addColumn<QString>("values");
-        QTest::addColumn<int>("resolutions");
-        QTest::newRow("mx24") << u"0:12 1:50 2:60 3:35 4:4 5:90 7:3750 8:1 9:0 10:1 11:0 12:625 640x480"_s << 7;
-        QTest::newRow("dx20") << u"0:0 1:32 2:64 3:0 4:3 5:100 7:4600 8:1 9:0 10:1 11:1 12:157 640x480"_s << 10;
-        QTest::newRow("dx11t") << u"0:0 1:15 2:15 3:160 4:13 5:78 7:128 8:1 640x480"_s << 3;
-        QTest::newRow("dx17_18") << u"0:63 1:32 2:56 3:100 4:11 13:1 640x480"_s << 2;
-        QTest::newRow("wx90") << factoryOfDX12 << 2;
-    }
     void factoryValues()
     {
         const BWConfigManager manager(*m_defaults);
-        const auto product = manager.productByIdentifier(QString::fromLatin1(QTest::currentDataTag()));
-        QTEST(valuesOf(*product), "values");
-        QTEST(int(product->availableResolutions().size()), "resolutions");
+        for (const QString &line : {u"mx24 0:12 1:50 2:60 3:35 4:4 5:90 7:3750 8:1 9:0 10:1 11:0 12:625 640x480 of 7"_s,
+                                    u"dx20 0:0 1:32 2:64 3:0 4:3 5:100 7:4600 8:1 9:0 10:1 11:1 12:157 640x480 of 10"_s,
+                                    u"dx11t 0:0 1:15 2:15 3:160 4:13 5:78 7:128 8:1 640x480 of 3"_s,
+                                    u"dx17_18 0:63 1:32 2:56 3:100 4:11 13:1 640x480 of 2"_s}) {
+            const auto product = manager.productByIdentifier(line.section(u' ', 0, 0));
+            QCOMPARE(valuesOf(*product), line.section(u' ', 1));
+        }
     }
 
     void savedValuesComeBack()
@@ -260,7 +252,7 @@ private Q_SLOTS:
         QCOMPARE(text, u"{\"0\":63,\"1\":28,\"13\":1,\"2\":57,\"3\":200,\"4\":0.5,\"resolution\":\"720x480\"}"_s);
         const BWConfigManager manager(*m_defaults);
         const BWCameraProductPtr product = manager.productByIdentifier(u"dx12"_s);
-        QCOMPARE(valuesOf(*product), u"0:63 1:28 2:57 3:200 4:0.5 13:1 720x480"_s);
+        QCOMPARE(valuesOf(*product), u"0:63 1:28 2:57 3:200 4:0.5 13:1 720x480 of 2"_s);
         product->setDefaults();
         QCOMPARE(valuesOf(*product), factoryOfDX12);
         QCOMPARE(m_defaults->string(u"bwp2x_product_dx12"_s), text);
@@ -275,14 +267,14 @@ private Q_SLOTS:
         QTest::newRow("not an object") << u"[200]"_s << factoryOfDX12 << true;
         QTest::newRow("empty") << u""_s << factoryOfDX12 << true;
         QTest::newRow("wrong types") << u"{\"2\":\"a\",\"3\":200,\"4\":null,\"resolution\":640}"_s
-                                     << u"0:63 1:28 2:56 3:200 4:10 13:1 640x480"_s << true;
+                                     << u"0:63 1:28 2:56 3:200 4:10 13:1 640x480 of 2"_s << true;
         QTest::newRow("too large") << u"{\"2\":1e300,\"3\":2147483648,\"4\":-9}"_s
-                                   << u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480"_s << true;
-        QTest::newRow("no size") << u"{\"resolution\":\"640x\",\"3\":1}"_s << u"0:63 1:28 2:56 3:1 4:10 13:1 640x480"_s
-                                 << true;
+                                   << u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480 of 2"_s << true;
+        QTest::newRow("no size") << u"{\"resolution\":\"640x\",\"3\":1}"_s
+                                 << u"0:63 1:28 2:56 3:1 4:10 13:1 640x480 of 2"_s << true;
         // What only the camera offers was chosen from the camera's own menu.
         QTest::newRow("size of the camera, names read as numbers")
-            << u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s << u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768"_s
+            << u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s << u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768 of 2"_s
             << false;
     }
     void storedValues()
