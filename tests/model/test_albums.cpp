@@ -140,7 +140,8 @@ private Q_SLOTS:
             // What a full disk is like in the middle of a copy.
             const rlimit limited{reason == "full disk" ? 1'500'000 : before.rlim_cur, before.rlim_max};
             ::setrlimit(RLIMIT_FSIZE, &limited);
-            ::setfsuid(65534); // a read-only folder is not so for root
+            if (reason == "read-only folder")
+                ::setfsuid(65534); // for root no folder is read-only
             const auto restore = qScopeGuard([&before] {
                 ::setfsuid(::geteuid());
                 ::setrlimit(RLIMIT_FSIZE, &before);
