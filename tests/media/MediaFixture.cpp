@@ -2,36 +2,33 @@
 
 #include <algorithm>
 #include <cmath>
-#include <QDebug>
-#include <QDir>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QProcess>
+#include <map>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <turbojpeg.h>
 #include <vector>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-struct Yuv {
-    uint8_t y, u, v;
-};
-
-Yuv toYuv(QColor colour, BWColorMatrix matrix, BWColorRange range)
+/// Y, U, V, R, G or B of a colour.
+long component(char which, QColor colour, BWColorMatrix matrix, BWColorRange range)
 {
     const double kr = matrix == BWColorMatrix::BT601 ? 0.299 : 0.2126;
     const double kb = matrix == BWColorMatrix::BT601 ? 0.114 : 0.0722;
     const double y = kr * colour.redF() + (1 - kr - kb) * colour.greenF() + kb * colour.blueF();
-    const double u = (colour.blueF() - y) / (2 * (1 - kb));
-    const double v = (colour.redF() - y) / (2 * (1 - kr));
     const bool full = range == BWColorRange::Full;
-    const auto rounded = [](double value) { return uint8_t(std::clamp(std::lround(value), 0L, 255L)); };
-    return {rounded(full ? 255 * y : 16 + 219 * y), rounded(128 + (full ? 255 : 224) * u),
-            rounded(128 + (full ? 255 : 224) * v)};
+    const auto chroma = [&](double part, double weight) {
+        return std::clamp(std::lround(128 + (full ? 255 : 224) * (part - y) / (2 * (1 - weight))), 0L, 255L);
+    };
+    switch (which) {
+    case 'Y':
+        return std::lround(full ? 255 * y : 16 + 219 * y);
+    case 'U':
+        return chroma(colour.blueF(), kb);
+    case 'V':
+        return chroma(colour.redF(), kr);
+    default:
+        return which == 'R' ? colour.red() : which == 'G' ? colour.green() : colour.blue();
+    }
 }
 
 /// Offset and length of each Huffman segment, marker included.
@@ -98,80 +95,31 @@ BWFrame MediaFixture::jpegFrame(const QByteArray &jpeg, int width, int height, s
 BWFrame MediaFixture::twoColourFrame(BWPixelFormat format, int width, int height, QColor left, QColor right,
                                      BWColorMatrix matrix, BWColorRange range, std::chrono::microseconds time)
 {
-    const int chromaWidth = (width + 1) / 2;
-    const int chromaHeight = (height + 1) / 2;
-    const auto colourAt = [&](int x) { return x < width / 2 ? left : right; };
-    auto buffers = std::make_shared<std::array<std::vector<uint8_t>, 3>>();
+    // What the bytes of two neighbouring pixels are, plane by plane; planes after the first have every other row.
+    static const std::map<BWPixelFormat, QByteArrayList> layouts{
+        {BWPixelFormat::YUYV, {"YUYV"}},         {BWPixelFormat::UYVY, {"UYVY"}},
+        {BWPixelFormat::NV12, {"YY", "UV"}},     {BWPixelFormat::GREY, {"YY"}},
+        {BWPixelFormat::YU12, {"YY", "U", "V"}}, {BWPixelFormat::RGB24, {"RGBRGB"}},
+        {BWPixelFormat::BGR24, {"BGRBGR"}},
+    };
+    const QByteArrayList &layout = layouts.at(format);
+    const int pairs = (width + 1) / 2;
+    auto buffers = std::make_shared<std::array<QByteArray, 3>>();
     BWFrameInfo info;
-    const auto plane = [&](size_t index, int rowBytes, int rows, auto fill) {
-        const int stride = rowBytes + 6; // as drivers like to pad rows
-        std::vector<uint8_t> &buffer = (*buffers)[index];
-        buffer.assign(size_t(stride) * size_t(rows), 0xee);
-        for (int row = 0; row < rows; ++row)
-            fill(buffer.data() + row * stride);
-        info.planes[index] = {buffer.data(), buffer.size(), stride};
-    };
-    const auto packed = [&](std::array<int, 4> order) { // places of Y0 U Y1 V
-        plane(0, chromaWidth * 4, height, [&, order](uint8_t *row) {
-            for (int x = 0; x < width; x += 2) {
-                const Yuv yuv = toYuv(colourAt(x), matrix, range);
-                row[2 * x + order[0]] = row[2 * x + order[2]] = yuv.y;
-                row[2 * x + order[1]] = yuv.u;
-                row[2 * x + order[3]] = yuv.v;
-            }
-        });
-    };
-    const auto luma = [&] {
-        plane(0, width, height, [&](uint8_t *row) {
-            for (int x = 0; x < width; ++x)
-                row[x] = toYuv(colourAt(x), matrix, range).y;
-        });
-    };
-    const auto chroma = [&](size_t index, int step, uint8_t Yuv::*part, int place) {
-        for (int row = 0; row < chromaHeight; ++row) {
-            for (int x = 0; x < chromaWidth; ++x) {
-                (*buffers)[index][size_t(row * info.planes[index].stride + x * step + place)] =
-                    toYuv(colourAt(2 * x), matrix, range).*part;
+    for (qsizetype plane = 0; plane < layout.size(); ++plane) {
+        const QByteArray &bytes = layout[plane];
+        QByteArray row;
+        for (int pair = 0; pair < pairs; ++pair) {
+            for (qsizetype i = 0; i < bytes.size(); ++i) {
+                const auto x = 2 * pair + bytes.first(i).count(bytes[i]);
+                row += char(component(bytes[i], x < width / 2 ? left : right, matrix, range));
             }
         }
-    };
-    const auto nothing = [](uint8_t *) {};
-    switch (format) {
-    case BWPixelFormat::YUYV:
-        packed({0, 1, 2, 3});
-        break;
-    case BWPixelFormat::UYVY:
-        packed({1, 0, 3, 2});
-        break;
-    case BWPixelFormat::NV12:
-        luma();
-        plane(1, chromaWidth * 2, chromaHeight, nothing);
-        chroma(1, 2, &Yuv::u, 0);
-        chroma(1, 2, &Yuv::v, 1);
-        break;
-    case BWPixelFormat::YU12:
-        luma();
-        plane(1, chromaWidth, chromaHeight, nothing);
-        plane(2, chromaWidth, chromaHeight, nothing);
-        chroma(1, 1, &Yuv::u, 0);
-        chroma(2, 1, &Yuv::v, 0);
-        break;
-    case BWPixelFormat::GREY:
-        luma();
-        break;
-    case BWPixelFormat::RGB24:
-    case BWPixelFormat::BGR24:
-        plane(0, width * 3, height, [&](uint8_t *row) {
-            for (int x = 0; x < width; ++x) {
-                const QColor c = colourAt(x);
-                row[3 * x + (format == BWPixelFormat::RGB24 ? 0 : 2)] = uint8_t(c.red());
-                row[3 * x + 1] = uint8_t(c.green());
-                row[3 * x + (format == BWPixelFormat::RGB24 ? 2 : 0)] = uint8_t(c.blue());
-            }
-        });
-        break;
-    default:
-        qFatal("no raw format");
+        row += QByteArray(6, '\xee'); // as drivers like to pad rows
+        QByteArray &buffer = (*buffers)[size_t(plane)];
+        buffer = row.repeated(plane == 0 ? height : (height + 1) / 2);
+        info.planes[size_t(plane)] = {reinterpret_cast<const uint8_t *>(buffer.constData()), size_t(buffer.size()),
+                                      int(row.size())};
     }
     info.pixelFormat = format;
     info.width = width;
@@ -180,45 +128,4 @@ BWFrame MediaFixture::twoColourFrame(BWPixelFormat format, int width, int height
     info.range = range;
     info.timestamp = std::chrono::steady_clock::time_point(time);
     return BWFrame(info, [buffers] {});
-}
-
-QByteArray MediaFixture::run(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    constexpr int patience = 60'000; // ms
-    if (!process.waitForFinished(patience) || process.exitCode() != 0) {
-        qInfo() << program << arguments << process.errorString() << process.readAllStandardError();
-        return {};
-    }
-    const QByteArray output = process.readAllStandardOutput();
-    return output.isNull() ? QByteArray("") : output;
-}
-
-QJsonObject MediaFixture::probe(const QString &file)
-{
-    const QByteArray json = run(u"ffprobe"_s,
-                                {u"-v"_s, u"error"_s, u"-count_frames"_s, u"-show_streams"_s, u"-show_packets"_s,
-                                 u"-show_format"_s, u"-of"_s, u"json"_s, file});
-    const QJsonObject all = QJsonDocument::fromJson(json).object();
-    QJsonObject stream = all[u"streams"_s].toArray().first().toObject();
-    if (!stream.isEmpty()) {
-        stream[u"packets"_s] = all[u"packets"_s];
-        stream[u"format"_s] = all[u"format"_s];
-    }
-    return stream;
-}
-
-QList<QByteArray> MediaFixture::storedPictures(const QString &file)
-{
-    const QTemporaryDir folder;
-    run(u"ffmpeg"_s,
-        {u"-v"_s, u"error"_s, u"-i"_s, file, u"-c"_s, u"copy"_s, u"-f"_s, u"image2"_s, folder.filePath(u"%05d.jpg"_s)});
-    QList<QByteArray> pictures;
-    for (const QString &name : QDir(folder.path()).entryList(QDir::Files, QDir::Name)) {
-        QFile picture(folder.filePath(name));
-        if (picture.open(QIODevice::ReadOnly))
-            pictures << picture.readAll();
-    }
-    return pictures;
 }
