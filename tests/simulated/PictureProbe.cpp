@@ -4,16 +4,32 @@
 #include <cmath>
 #include <vector>
 
+namespace {
+
+template <typename Function>
+double meanOver(QSize size, Function function)
+{
+    double sum = 0;
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x)
+            sum += function(x, y);
+    }
+    return sum / (size.width() * size.height());
+}
+
+} // namespace
+
 PictureProbe::PictureProbe(BWPictureSource &source, BWResolution size, uint64_t index) : m_size(size.dimensions())
 {
-    constexpr int padding = 24;
     constexpr char untouched = 0x5a;
+    const QByteArray padding(24, untouched);
     const int rowBytes = size.width() * 2;
-    QByteArray buffer((rowBytes + padding) * size.height(), untouched);
-    source.renderYUYV(index, reinterpret_cast<uint8_t *>(buffer.data()), rowBytes + padding);
+    const qsizetype stride = rowBytes + padding.size();
+    QByteArray buffer(stride * size.height(), untouched);
+    source.renderYUYV(index, reinterpret_cast<uint8_t *>(buffer.data()), int(stride));
     for (int row = 0; row < size.height(); ++row) {
-        const QByteArray line = buffer.mid(row * (rowBytes + padding), rowBytes + padding);
-        if (line.right(padding) != QByteArray(padding, untouched)) {
+        const QByteArray line = buffer.mid(row * stride, stride);
+        if (!line.endsWith(padding)) {
             m_bytes.clear();
             return;
         }
@@ -21,26 +37,32 @@ PictureProbe::PictureProbe(BWPictureSource &source, BWResolution size, uint64_t 
     }
 }
 
-template <typename Function>
-double PictureProbe::mean(Function function) const
+QImage PictureProbe::image() const
 {
-    double sum = 0;
+    const auto channel = [](double value) { return std::clamp(int(std::lround(value)), 0, 255); };
+    QImage image(m_size, QImage::Format_RGB32);
     for (int y = 0; y < m_size.height(); ++y) {
-        for (int x = 0; x < m_size.width(); ++x)
-            sum += function(x, y);
+        for (int x = 0; x < m_size.width(); ++x) {
+            const double l = (luma(x, y) - 16) / 219.0 * 255;
+            const double cu = u(x, y) / 224.0 * 255;
+            const double cv = v(x, y) / 224.0 * 255;
+            const QColor colour(channel(l + 1.402 * cv), channel(l - 0.344136 * cu - 0.714136 * cv),
+                                channel(l + 1.772 * cu));
+            image.setPixelColor(x, y, colour);
+        }
     }
-    return sum / (m_size.width() * m_size.height());
+    return image;
 }
 
 double PictureProbe::meanLuma() const
 {
-    return mean([this](int x, int y) { return luma(x, y); });
+    return meanOver(m_size, [this](int x, int y) { return luma(x, y); });
 }
 
 double PictureProbe::spread() const
 {
     const double middle = meanLuma();
-    return std::sqrt(mean([&](int x, int y) { return (luma(x, y) - middle) * (luma(x, y) - middle); }));
+    return std::sqrt(meanOver(m_size, [&](int x, int y) { return std::pow(luma(x, y) - middle, 2); }));
 }
 
 double PictureProbe::shadows() const
@@ -55,24 +77,24 @@ double PictureProbe::shadows() const
 
 double PictureProbe::colourfulness() const
 {
-    return mean([this](int x, int y) { return std::hypot(u(x, y), v(x, y)); });
+    return meanOver(m_size, [this](int x, int y) { return std::hypot(u(x, y), v(x, y)); });
 }
 
 double PictureProbe::hue() const
 {
-    const double meanU = mean([this](int x, int y) { return u(x, y); });
-    const double meanV = mean([this](int x, int y) { return v(x, y); });
+    const double meanU = meanOver(m_size, [this](int x, int y) { return u(x, y); });
+    const double meanV = meanOver(m_size, [this](int x, int y) { return v(x, y); });
     return std::fmod(std::atan2(meanV, meanU) * 180 / M_PI + 360, 360);
 }
 
 double PictureProbe::warmth() const
 {
-    return mean([this](int x, int y) { return v(x, y) - u(x, y); });
+    return meanOver(m_size, [this](int x, int y) { return v(x, y) - u(x, y); });
 }
 
 double PictureProbe::edges() const
 {
-    return mean([this](int x, int y) { return x == 0 ? 0 : std::abs(luma(x, y) - luma(x - 1, y)); });
+    return meanOver(m_size, [this](int x, int y) { return x ? std::abs(luma(x, y) - luma(x - 1, y)) : 0; });
 }
 
 double PictureProbe::differenceTo(const PictureProbe &other) const
@@ -83,28 +105,20 @@ double PictureProbe::differenceTo(const PictureProbe &other) const
     return sum / double(m_bytes.size());
 }
 
-double PictureProbe::meanLumaOf(QRect part) const
-{
-    double sum = 0;
-    for (int y = part.top(); y <= part.bottom(); ++y) {
-        for (int x = part.left(); x <= part.right(); ++x)
-            sum += luma(x, y);
-    }
-    return sum / (part.width() * part.height());
-}
-
-QColor PictureProbe::colourAt(int x, int y) const
-{
-    const double l = (luma(x, y) - 16) / 219.0 * 255;
-    const double cu = u(x, y) / 224.0 * 255;
-    const double cv = v(x, y) / 224.0 * 255;
-    const auto channel = [](double value) { return std::clamp(int(std::lround(value)), 0, 255); };
-    return {channel(l + 1.402 * cv), channel(l - 0.344136 * cu - 0.714136 * cv), channel(l + 1.772 * cu)};
-}
-
-QImage PictureProbe::jpeg(BWPictureSource &source, uint64_t index)
+QByteArray PictureProbe::jpeg(BWPictureSource &source, uint64_t index)
 {
     std::vector<uint8_t> data;
     source.renderJPEG(index, data);
-    return QImage::fromData(data.data(), int(data.size()), "JPEG").convertToFormat(QImage::Format_RGB32);
+    return QByteArray(reinterpret_cast<const char *>(data.data()), qsizetype(data.size()));
+}
+
+double PictureProbe::difference(const QImage &a, const QImage &b)
+{
+    return meanOver(a.size(), [&](int x, int y) {
+        const QColor one = a.pixelColor(x, y);
+        const QColor other = b.pixelColor(x, y);
+        return (std::abs(one.red() - other.red()) + std::abs(one.green() - other.green())
+                + std::abs(one.blue() - other.blue()))
+            / 3.0;
+    });
 }

@@ -12,6 +12,7 @@ public:
 
     /// The packed picture without padding; a null array if the source wrote beyond its rows.
     const QByteArray &bytes() const { return m_bytes; }
+    QImage image() const; ///< BT.601, limited range
 
     double meanLuma() const; ///< 0 to 255, as stored
     double spread() const; ///< standard deviation of luma
@@ -21,17 +22,15 @@ public:
     double warmth() const; ///< mean of V - U
     double edges() const; ///< mean luma difference of neighbours
     double differenceTo(const PictureProbe &other) const; ///< mean over all bytes
-    double meanLumaOf(QRect part) const;
-    QColor colourAt(int x, int y) const; ///< BT.601, limited range
 
-    static QImage jpeg(BWPictureSource &source, uint64_t index);
+    static QByteArray jpeg(BWPictureSource &source, uint64_t index);
+    /// Mean over all pixels and channels.
+    static double difference(const QImage &a, const QImage &b);
 
 private:
     int luma(int x, int y) const { return uint8_t(m_bytes[y * m_size.width() * 2 + x * 2]); }
     int u(int x, int y) const { return uint8_t(m_bytes[y * m_size.width() * 2 + x / 2 * 4 + 1]) - 128; }
     int v(int x, int y) const { return uint8_t(m_bytes[y * m_size.width() * 2 + x / 2 * 4 + 3]) - 128; }
-    template <typename Function>
-    double mean(Function function) const;
 
     QSize m_size;
     QByteArray m_bytes;
