@@ -3,17 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-namespace {
-
-constexpr std::chrono::seconds patience(20);
-
-} // namespace
-
-CameraProbe::CameraProbe(BWCamera &camera) : m_camera(camera)
+CameraProbe::CameraProbe(BWCamera &camera, std::function<void(int)> push) : m_camera(camera), m_push(std::move(push))
 {
     camera.setOnCameraFrame([this](BWCamera &, const BWFrame &frame) {
-        note([&] {
-            noteCaptureThread();
+        note(m_captureThreads, [&] {
             m_frames.push_back(frame.info());
             if (m_holdNext > 0) {
                 --m_holdNext;
@@ -21,24 +14,11 @@ CameraProbe::CameraProbe(BWCamera &camera) : m_camera(camera)
             }
         });
     });
-    camera.setOnCameraSnapshot([this](BWCamera &, const QByteArray &jpeg) {
-        note([&] {
-            m_snapshotThread = std::this_thread::get_id();
-            m_snapshots.append(jpeg);
-        });
-    });
-    camera.setOnCameraRecording([this](BWCamera &, bool recording) {
-        note([&] {
-            noteCaptureThread();
-            m_recording.push_back(recording);
-        });
-    });
-    camera.setOnCameraHardwareButton([this](BWCamera &) {
-        note([&] {
-            noteCaptureThread();
-            ++m_presses;
-        });
-    });
+    camera.setOnCameraSnapshot(
+        [this](BWCamera &, const QByteArray &jpeg) { note(m_snapshotThreads, [&] { m_snapshots.append(jpeg); }); });
+    camera.setOnCameraRecording(
+        [this](BWCamera &, bool recording) { note(m_captureThreads, [&] { m_recording.push_back(recording); }); });
+    camera.setOnCameraHardwareButton([this](BWCamera &) { note(m_captureThreads, [&] { ++m_presses; }); });
 }
 
 CameraProbe::~CameraProbe()
@@ -50,54 +30,22 @@ CameraProbe::~CameraProbe()
     settle();
 }
 
-bool CameraProbe::start()
+bool CameraProbe::complete(const std::function<void(const BWCamera::Completion &)> &operation)
 {
-    m_camera.startWithCompletion([this](bool success) {
-        note([&] {
-            noteCaptureThread();
-            m_startSucceeded = success;
-            ++m_completions;
+    ++m_asked;
+    operation([this] { note(m_captureThreads, [&] { ++m_completions; }); });
+    return waitFor([&] { return m_completions >= m_asked; });
+}
+
+bool CameraProbe::start(int frames)
+{
+    const bool completed = complete([this](const BWCamera::Completion &done) {
+        m_camera.startWithCompletion([this, done](bool success) {
+            note(m_captureThreads, [&] { m_startSucceeded = success; });
+            done();
         });
     });
-    return waitForCompletion() && m_startSucceeded;
-}
-
-void CameraProbe::stop()
-{
-    m_camera.stopWithCompletion(completion());
-    waitForCompletion();
-}
-
-void CameraProbe::setResolution(BWResolution resolution)
-{
-    m_camera.setResolution(resolution, completion());
-    waitForCompletion();
-}
-
-void CameraProbe::setVideoNorm(BWEmpiaCamera &camera, int norm)
-{
-    camera.setVideoNorm(norm, completion());
-    waitForCompletion();
-}
-
-bool CameraProbe::waitForFrames(std::size_t count)
-{
-    return waitFor([&] { return m_frames.size() >= count; });
-}
-
-bool CameraProbe::waitForSnapshots(qsizetype count)
-{
-    return waitFor([&] { return m_snapshots.size() >= count; });
-}
-
-bool CameraProbe::waitForRecordingChanges(std::size_t count)
-{
-    return waitFor([&] { return m_recording.size() >= count; });
-}
-
-bool CameraProbe::waitForButtonPresses(int count)
-{
-    return waitFor([&] { return m_presses >= count; });
+    return completed && locked(m_startSucceeded) && stream(frames);
 }
 
 void CameraProbe::settle()
@@ -106,31 +54,23 @@ void CameraProbe::settle()
     setResolution(m_camera.defaultResolution());
 }
 
-std::vector<BWFrameInfo> CameraProbe::frames() const
+bool CameraProbe::stream(int count)
 {
-    const std::lock_guard lock(m_mutex);
-    return m_frames;
+    for (int i = 0; i < count; ++i) {
+        const std::size_t before = frames().size();
+        m_push(1);
+        if (!waitForFrames(before + 1))
+            return false;
+    }
+    return true;
 }
 
 std::vector<uint64_t> CameraProbe::sequences() const
 {
-    const std::lock_guard lock(m_mutex);
     std::vector<uint64_t> sequences;
-    for (const BWFrameInfo &frame : m_frames)
+    for (const BWFrameInfo &frame : frames())
         sequences.push_back(frame.sequence);
     return sequences;
-}
-
-QList<QByteArray> CameraProbe::snapshots() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_snapshots;
-}
-
-std::vector<bool> CameraProbe::recordingChanges() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_recording;
 }
 
 void CameraProbe::holdNextFrames(std::size_t count)
@@ -145,50 +85,16 @@ std::vector<BWFrame> CameraProbe::takeHeld()
     return std::exchange(m_held, {});
 }
 
-std::thread::id CameraProbe::captureThread() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_captureThreads.size() == 1 ? m_captureThreads.front() : std::thread::id();
-}
-
-std::thread::id CameraProbe::snapshotThread() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_snapshotThread;
-}
-
-BWCamera::Completion CameraProbe::completion()
-{
-    return [this] {
-        note([&] {
-            noteCaptureThread();
-            ++m_completions;
-        });
-    };
-}
-
-bool CameraProbe::waitForCompletion()
-{
-    ++m_asked;
-    return waitFor([&] { return m_completions >= m_asked; });
-}
-
 bool CameraProbe::waitFor(const std::function<bool()> &condition)
 {
     std::unique_lock lock(m_mutex);
-    return m_changed.wait_for(lock, patience, condition);
+    return m_changed.wait_for(lock, std::chrono::seconds(20), condition);
 }
 
-void CameraProbe::note(const std::function<void()> &change)
+void CameraProbe::note(Threads &threads, const std::function<void()> &change)
 {
     const std::lock_guard lock(m_mutex);
+    threads.insert(std::this_thread::get_id());
     change();
     m_changed.notify_all();
-}
-
-void CameraProbe::noteCaptureThread()
-{
-    const std::thread::id thread = std::this_thread::get_id();
-    if (std::find(m_captureThreads.begin(), m_captureThreads.end(), thread) == m_captureThreads.end())
-        m_captureThreads.push_back(thread);
 }

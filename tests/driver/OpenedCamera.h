@@ -2,34 +2,43 @@
 
 #include "CameraProbe.h"
 
-#include "BWACUDriver/BWCamera.h"
+#include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWCameraSession.h"
 
 #include <memory>
 #include <optional>
 
 /// A simulated camera with an opened session on it, without a detector in between.
 class OpenedCamera {
-public:
     using Options = BWSimulatedCameraOptions;
 
-    /// Its frames are pushed, unless the pacing says otherwise.
-    explicit OpenedCamera(Options::Type type, std::optional<BWPixelFormat> format = {},
-                          Options::Pacing pacing = Options::Pacing::Manual);
-
-    /// Pushes frames one after the other, waiting for each to be delivered.
-    bool stream(int count);
-
-    /// Restarts a silent stream after that time already.
-    void setStallTime(std::chrono::milliseconds time);
-
-private:
-    class Session;
+    class Session : public BWCamera {
+    public:
+        using BWCamera::BWCamera;
+        void setStallTime(std::chrono::milliseconds time) { m_session->setStallTime(time); }
+    };
 
     std::unique_ptr<BWSimulatedBackend> m_backend;
 
 public:
-    std::shared_ptr<BWSimulatedCamera> hand;
+    /// Its frames are pushed, unless the pacing says otherwise.
+    explicit OpenedCamera(Options::Type type, std::optional<BWPixelFormat> format = {},
+                          Options::Pacing pacing = Options::Pacing::Manual)
+        : m_backend(BWSimulatedBackend::create({{.type = type, .pacing = pacing, .pixelFormat = format}})),
+          hand(m_backend->cameras().constFirst())
+    {
+        m_backend->start({BWCameraDetector::descriptionForUltraResolutionMicroscope(),
+                          BWCameraDetector::descriptionForRegularMicroscope()},
+                         {[this](const BWDetectedCameraPtr &device) { camera = std::make_shared<Session>(device); },
+                          [](const BWDetectedCameraPtr &) {}});
+        probe.emplace(*camera, [this](int count) { hand->pushFrames(count); });
+    }
+
+    /// Restarts a silent stream after that time already.
+    void setStallTime(std::chrono::milliseconds time) { static_cast<Session &>(*camera).setStallTime(time); }
+
+    const std::shared_ptr<BWSimulatedCamera> hand;
     std::shared_ptr<BWCamera> camera;
     std::optional<CameraProbe> probe;
 };

@@ -20,34 +20,32 @@ struct SlowDisk {
     std::atomic<bool> finished = false;
     std::atomic<int> written = 0;
 
+    class Writer : public BWMovieWriter {
+    public:
+        explicit Writer(SlowDisk &disk) : m_disk(disk) { }
+        bool write(const BWFrame &) override
+        {
+            m_disk.mayWrite.acquire();
+            m_disk.written += m_disk.full ? 0 : 1;
+            return !m_disk.full;
+        }
+        bool finish() override { return m_disk.finished = true; }
+
+    private:
+        SlowDisk &m_disk;
+    };
+
+    BWMovieRecorder::OpenWriter opener()
+    {
+        return [this](const QString &, QString *) { return std::make_unique<Writer>(*this); };
+    }
+
     BWFrame makeFrame()
     {
         buffersHeld.release();
         return BWFrame({}, [this] { buffersHeld.acquire(); });
     }
 };
-
-class SlowWriter : public BWMovieWriter {
-public:
-    explicit SlowWriter(std::shared_ptr<SlowDisk> disk) : m_disk(std::move(disk)) { }
-    bool write(const BWFrame &) override
-    {
-        m_disk->mayWrite.acquire();
-        if (m_disk->full)
-            return false;
-        ++m_disk->written;
-        return true;
-    }
-    bool finish() override { return m_disk->finished = true; }
-
-private:
-    const std::shared_ptr<SlowDisk> m_disk;
-};
-
-QByteArray bytesOf(const BWFrame &frame)
-{
-    return {reinterpret_cast<const char *>(frame.plane(0).data), qsizetype(frame.plane(0).size)};
-}
 
 } // namespace
 
@@ -57,33 +55,27 @@ class TestCapture : public QObject {
     using Type = BWSimulatedCameraOptions::Type;
 
 private Q_SLOTS:
-    void mjpegSnapshotIsTheFrameItself()
+    void snapshotIsTheFrameItselfOrEncodedOnce()
     {
-        OpenedCamera opened(Type::Ultra, BWPixelFormat::MJPEG);
-        QVERIFY(opened.probe->start());
-        QList<QByteArray> frames;
-        for (int i = 0; i < 3; ++i) {
-            opened.camera->takeSnapshot();
-            opened.probe->settle();
-            opened.probe->holdNextFrames(1);
-            QVERIFY(opened.stream(1));
-            frames.append(bytesOf(opened.probe->takeHeld().front()));
-            QVERIFY(opened.probe->waitForSnapshots(i + 1));
+        for (const BWPixelFormat format : {BWPixelFormat::MJPEG, BWPixelFormat::YUYV}) {
+            OpenedCamera opened(Type::Ultra, format);
+            QVERIFY(opened.probe->start());
+            QList<QByteArray> expected;
+            for (int i = 0; i < 3; ++i) {
+                opened.camera->takeSnapshot();
+                opened.probe->settle();
+                opened.probe->holdNextFrames(1);
+                QVERIFY(opened.probe->stream(1));
+                const BWFrame frame = opened.probe->takeHeld().front();
+                const BWPlane &plane = frame.plane(0);
+                expected.append(format == BWPixelFormat::MJPEG
+                                    ? QByteArray(reinterpret_cast<const char *>(plane.data), qsizetype(plane.size))
+                                    : BWJpeg::encode(frame, 95));
+                QVERIFY(opened.probe->waitForSnapshots(i + 1));
+            }
+            QCOMPARE(opened.probe->snapshots(), expected);
+            QVERIFY(expected[0] != expected[1]);
         }
-        QCOMPARE(opened.probe->snapshots(), frames);
-        QVERIFY(frames[0] != frames[1]);
-    }
-
-    void rawSnapshotIsEncodedOnce()
-    {
-        OpenedCamera opened(Type::Ultra, BWPixelFormat::YUYV);
-        QVERIFY(opened.probe->start());
-        opened.camera->takeSnapshot();
-        opened.probe->settle();
-        opened.probe->holdNextFrames(1);
-        QVERIFY(opened.stream(1));
-        QVERIFY(opened.probe->waitForSnapshots(1));
-        QCOMPARE(opened.probe->snapshots().constFirst(), BWJpeg::encode(opened.probe->takeHeld().front(), 95));
     }
 
     void tornFrameLeavesTheRequestToTheNext()
@@ -94,8 +86,8 @@ private Q_SLOTS:
         opened.probe->settle();
         opened.hand->tearNextFrames(2);
         // A torn frame passes the look at its ends and is shown; only the decoder of the worker finds out.
-        QVERIFY(opened.stream(2));
-        QTRY_VERIFY_WITH_TIMEOUT(opened.stream(1) && !opened.probe->snapshots().isEmpty(), 20000);
+        QVERIFY(opened.probe->stream(2));
+        QTRY_VERIFY_WITH_TIMEOUT(opened.probe->stream(1) && !opened.probe->snapshots().isEmpty(), 20000);
         opened.probe->stop();
         QCOMPARE(opened.probe->snapshots().size(), 1);
         const QByteArray jpeg = opened.probe->snapshots().constFirst();
@@ -114,43 +106,40 @@ private Q_SLOTS:
         QVERIFY(opened.probe->waitForFrames(10));
         QCOMPARE(opened.camera->statistics().framesLost, 0u);
         while (opened.probe->snapshots().size() < requests)
-            QVERIFY(opened.stream(1));
+            QVERIFY(opened.probe->stream(1));
         const QList<QByteArray> snapshots = opened.probe->snapshots();
         QCOMPARE(QSet<QByteArray>(snapshots.cbegin(), snapshots.cend()).size(), requests);
     }
 
     void slowDiskHoldsUpNobody()
     {
-        auto disk = std::make_shared<SlowDisk>();
+        SlowDisk disk;
         std::vector<bool> changes;
-        BWMovieRecorder recorder([&changes](bool recording) { changes.push_back(recording); },
-                                 [disk](const QString &, QString *) { return std::make_unique<SlowWriter>(disk); });
+        BWMovieRecorder recorder([&](bool recording) { changes.push_back(recording); }, disk.opener());
         recorder.begin(recorder.reserve(), {});
-        const QSemaphore &held = disk->buffersHeld;
         for (int i = 0; i < 100; ++i)
-            recorder.offer(disk->makeFrame());
-        QVERIFY2(held.available() <= 6, "a recording must not take all buffers of a device");
-        disk->mayWrite.release(100);
+            recorder.offer(disk.makeFrame());
+        QVERIFY2(disk.buffersHeld.available() <= 6, "a recording must not take all buffers of a device");
+        disk.mayWrite.release(100);
         recorder.end();
         recorder.waitUntilComplete();
-        QVERIFY(disk->finished);
-        QVERIFY(disk->written >= 4 && disk->written <= 6);
-        QCOMPARE(held.available(), 0);
+        QVERIFY(disk.finished);
+        QVERIFY(disk.written >= 4 && disk.written <= 6);
+        QCOMPARE(disk.buffersHeld.available(), 0);
         QCOMPARE(changes, (std::vector<bool>{true, false}));
     }
 
     void fullDiskEndsTheRecording()
     {
-        auto disk = std::make_shared<SlowDisk>();
-        disk->full = true;
-        disk->mayWrite.release(1000);
+        SlowDisk disk;
+        disk.full = true;
+        disk.mayWrite.release(1000);
         std::atomic<int> ends = 0;
-        BWMovieRecorder recorder([&ends](bool recording) { ends += recording ? 100 : 1; },
-                                 [disk](const QString &, QString *) { return std::make_unique<SlowWriter>(disk); });
+        BWMovieRecorder recorder([&](bool recording) { ends += recording ? 100 : 1; }, disk.opener());
         recorder.begin(recorder.reserve(), {});
         QCOMPARE(recorder.reserve(), 0u);
         while (recorder.isActive())
-            recorder.offer(disk->makeFrame());
+            recorder.offer(disk.makeFrame());
         recorder.waitUntilComplete();
         QCOMPARE(ends, 1);
         QVERIFY(recorder.reserve() > 0);
@@ -197,7 +186,7 @@ private Q_SLOTS:
 
         camera.setSetting(BWSettingAutoWhite, 1);
         opened.probe->settle();
-        QVERIFY(opened.stream(40));
+        QVERIFY(opened.probe->stream(40));
         QVERIFY2(white->value() != 3750.0, "the automatic mode moves it and says so");
     }
 };

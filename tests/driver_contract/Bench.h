@@ -7,21 +7,38 @@
 #include "BWACUDriver/BWCameraManager.h"
 
 #include <optional>
-#include <QList>
+#include <QTest>
+#include <QThread>
 
 /// A detector on the fixture's backend, what it has reported, and the opened camera. Main thread.
 class Bench {
 public:
     /// Starts detection.
-    Bench(BackendFixture &fixture, bool attached);
+    Bench(BackendFixture &fixture, bool attached)
+        : detector({fixture.description()}, only(fixture.makeBackend(attached))), m_fixture(fixture)
+    {
+        const auto noteIn = [this, thread = QThread::currentThread()](QList<BWDetectedCameraPtr> &list) {
+            return [this, thread, &list](const BWDetectedCameraPtr &device) {
+                calledOnOtherThread |= QThread::currentThread() != thread;
+                list.append(device);
+            };
+        };
+        detector.setCameraFoundBlock(noteIn(found));
+        detector.setCameraRemovedBlock(noteIn(removed));
+        detector.startCamerasDetection();
+    }
 
-    /// Waits until the attached camera is found, and opens it.
-    bool openCamera();
+    /// Waits until the camera is found for the `count`th time, and opens it.
+    bool openCamera(int count = 1)
+    {
+        if (!QTest::qWaitFor([&] { return found.size() >= count; }, 20000))
+            return false;
+        probe.reset();
+        camera = manager.addDetectedCamera(found.at(count - 1));
+        probe.emplace(*camera, [this](int frames) { m_fixture.pushFrames(frames); });
+        return true;
+    }
 
-    /// Pushes frames one after the other, waiting for each to be delivered.
-    bool stream(int count);
-
-    BackendFixture &fixture;
     BWCameraDetector detector;
     QList<BWDetectedCameraPtr> found;
     QList<BWDetectedCameraPtr> removed;
@@ -29,4 +46,14 @@ public:
     BWCameraManager manager;
     BWCameraPtr camera;
     std::optional<CameraProbe> probe;
+
+private:
+    static std::vector<std::unique_ptr<BWCameraBackend>> only(std::unique_ptr<BWCameraBackend> backend)
+    {
+        std::vector<std::unique_ptr<BWCameraBackend>> backends;
+        backends.push_back(std::move(backend));
+        return backends;
+    }
+
+    BackendFixture &m_fixture;
 };

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Bench.h"
+
+/// What every backend must do. Each test of the suite finds a new backend with an opened camera.
+class Contract : public QObject {
+    Q_OBJECT
+
+public:
+    explicit Contract(BackendFixture &fixture) : m_fixture(fixture) { }
+
+protected:
+    BWCamera &camera() { return *m_bench->camera; }
+    CameraProbe &probe() { return *m_bench->probe; }
+
+    BackendFixture &m_fixture;
+    std::optional<Bench> m_bench;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_bench.emplace(m_fixture, true);
+        QVERIFY(m_bench->openCamera());
+    }
+    void cleanup() { m_bench.reset(); }
+};
+
+/// Detection, start and stop, size and controls, frames, unplugging.
+std::unique_ptr<Contract> makeSessionContract(BackendFixture &fixture);
+/// Snapshots and recordings.
+std::unique_ptr<Contract> makeCaptureContract(BackendFixture &fixture);
