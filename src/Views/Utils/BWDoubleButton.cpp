@@ -117,7 +117,10 @@ void BWDoubleButton::setWidestText(const QString &text)
 
 void BWDoubleButton::updateLabel()
 {
-    m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(m_widestText) + 2 * textGap);
+    // As wide as a label measures its text: in some fonts that is more than the advance.
+    const QFontMetrics metrics = m_label->fontMetrics();
+    const int bounds = metrics.boundingRect(QRect(0, 0, 2000, 2000), Qt::AlignCenter, m_widestText).width();
+    m_label->setMinimumWidth(qMax(bounds, metrics.horizontalAdvance(m_widestText)) + 2 * textGap);
     const int lift = qMax(m_left->iconOffset(), m_right->iconOffset());
     m_label->setContentsMargins(textGap, 0, textGap, 2 * lift); // level with the icons, above the captions
 }
