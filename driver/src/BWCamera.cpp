@@ -31,6 +31,11 @@ void BWCamera::startWithCompletion(StartCompletion completion)
     m_session->start(std::move(completion));
 }
 
+BWStartProblem BWCamera::startProblem() const
+{
+    return m_session->startProblem();
+}
+
 void BWCamera::stopWithCompletion(Completion completion)
 {
     m_session->stop(std::move(completion));
@@ -101,6 +106,11 @@ void BWCamera::setOnCameraHardwareButton(HardwareButtonCallback callback)
     m_session->callbacks().setHardwareButton(std::move(callback));
 }
 
+bool BWCamera::readsHardwareButton() const
+{
+    return m_session->readsButton();
+}
+
 BWCameraStatistics BWCamera::statistics() const
 {
     return m_session->inspector().statistics();
@@ -119,4 +129,9 @@ int BWEmpiaCamera::readRegisterWithIdentifier(int identifier)
 void BWEmpiaCamera::writeValue(int value, int identifier)
 {
     m_session->writeRegister(identifier, value & 0xff);
+}
+
+QString BWEmpiaCamera::registerProblem()
+{
+    return m_session->registerProblem();
 }

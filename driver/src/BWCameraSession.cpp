@@ -69,6 +69,12 @@ void BWCamera::Session::start(StartCompletion completion)
     });
 }
 
+BWStartProblem BWCamera::Session::startProblem() const
+{
+    const std::lock_guard lock(m_startProblemMutex);
+    return m_startProblem;
+}
+
 void BWCamera::Session::stop(Completion completion)
 {
     post([this, completion = std::move(completion)] {
@@ -148,6 +154,13 @@ void BWCamera::Session::writeRegister(int identifier, int value)
         if (deviceIsUsable())
             m_device->writeRegister(identifier, value);
     });
+}
+
+QString BWCamera::Session::registerProblem()
+{
+    QString problem;
+    runAndWait([this, &problem] { problem = m_device->registerProblem(); });
+    return problem;
 }
 
 void BWCamera::Session::post(BWCommandQueue::Command command)

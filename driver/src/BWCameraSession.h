@@ -10,6 +10,7 @@
 #include "BWStallWatch.h"
 
 #include <atomic>
+#include <mutex>
 #include <thread>
 
 /// What is behind a BWCamera: the capture thread, which alone touches the device, and its states.
@@ -36,6 +37,7 @@ public:
     void setStallTime(std::chrono::milliseconds time);
 
     void start(StartCompletion completion);
+    BWStartProblem startProblem() const;
     void stop(Completion completion);
     bool started() const { return m_started; }
     void setResolution(BWResolution resolution, Completion completion);
@@ -48,6 +50,8 @@ public:
     void stopRecording();
     int readRegister(int identifier);
     void writeRegister(int identifier, int value);
+    QString registerProblem();
+    bool readsButton() const { return m_device->readsButton(); }
 
     const BWDetectedCameraPtr &detectedCamera() const { return m_detectedCamera; }
     BWCameraCallbacks &callbacks() { return m_callbacks; }
@@ -67,6 +71,7 @@ private:
     void captureFrame();
     void deliver(const BWFrame &frame);
     bool doStart();
+    BWStartProblem tryToStart();
     void doStop();
     void doSetResolution(BWResolution resolution);
     void doSetVideoNorm(int norm);
@@ -89,6 +94,8 @@ private:
     State m_state = State::Stopped;
     bool m_restartWarned = false; ///< since the last good frame
     int m_videoNorm = -1; ///< as the device has it; unknown before the first change
+    mutable std::mutex m_startProblemMutex;
+    BWStartProblem m_startProblem;
     std::atomic<bool> m_started{false};
     std::atomic<BWResolution> m_resolution;
     // Destroyed before all that its events use.

@@ -6,6 +6,30 @@
 
 using Clock = std::chrono::steady_clock;
 
+namespace {
+
+QString inWords(const BWStartProblem &problem)
+{
+    switch (problem.kind) {
+    case BWStartProblem::Kind::None:
+        break;
+    case BWStartProblem::Kind::InUse:
+        return problem.holder.isNull() ? QStringLiteral("another program holds it")
+                                       : QStringLiteral("%1 holds it").arg(problem.holder);
+    case BWStartProblem::Kind::NoBandwidth:
+        return QStringLiteral("not enough USB bandwidth");
+    case BWStartProblem::Kind::NoPermission:
+        return QStringLiteral("no permission to open it");
+    case BWStartProblem::Kind::Gone:
+        return QStringLiteral("it is not attached any more");
+    case BWStartProblem::Kind::Failed:
+        return QStringLiteral("it failed");
+    }
+    return {};
+}
+
+} // namespace
+
 void BWCamera::Session::run()
 {
     while (!m_queue.isClosed() || !m_queue.isEmpty()) {
@@ -58,26 +82,33 @@ void BWCamera::Session::deliver(const BWFrame &frame)
 
 bool BWCamera::Session::doStart()
 {
+    const BWStartProblem problem = tryToStart();
+    {
+        const std::lock_guard lock(m_startProblemMutex);
+        m_startProblem = problem;
+    }
+    return problem.isNone();
+}
+
+BWStartProblem BWCamera::Session::tryToStart()
+{
     if (m_state == State::Streaming || m_state == State::Interrupted)
-        return true;
-    if (m_state == State::Gone || m_queue.isClosed())
-        return false;
-    switch (m_device->startStreaming()) {
-    case BWCaptureDevice::StartResult::Started:
-        break;
-    case BWCaptureDevice::StartResult::InUse:
-        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "is in use by another program";
-        return false;
-    case BWCaptureDevice::StartResult::Failed:
-        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "could not be started";
-        return false;
+        return {};
+    if (m_state == State::Gone)
+        return {BWStartProblem::Kind::Gone};
+    if (m_queue.isClosed())
+        return {BWStartProblem::Kind::Failed};
+    const BWStartProblem problem = m_device->startStreaming();
+    if (!problem.isNone()) {
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "could not be started:" << inWords(problem);
+        return problem;
     }
     m_state = State::Streaming;
     m_started = true;
     m_restartWarned = false;
     m_inspector.streamStarted();
     m_stall.restart(Clock::now());
-    return true;
+    return {};
 }
 
 void BWCamera::Session::doStop()
@@ -158,7 +189,7 @@ void BWCamera::Session::reconfigure(const std::function<void()> &change)
 
 void BWCamera::Session::resumeStream()
 {
-    if (m_device->startStreaming() == BWCaptureDevice::StartResult::Started) {
+    if (m_device->startStreaming().isNone()) {
         m_state = State::Streaming;
         m_inspector.streamStarted();
     } else {

@@ -4,6 +4,7 @@
 #include "BWACUDriver/BWDetectedCamera.h"
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
+#include "BWACUDriver/BWStartProblem.h"
 
 #include <functional>
 #include <memory>
@@ -49,6 +50,9 @@ public:
     /// Starting a started camera answers true and changes nothing.
     void startWithCompletion(StartCompletion completion);
 
+    /// Why the last start failed; none after a successful one. Any thread.
+    BWStartProblem startProblem() const;
+
     /// Stops streaming. The completion follows when the device is fully released; no frame callback comes after it
     /// until the next start. Stopping a stopped camera only calls the completion.
     void stopWithCompletion(Completion completion);
@@ -90,6 +94,10 @@ public:
     void setOnCameraRecording(RecordingCallback callback);
     void setOnCameraHardwareButton(HardwareButtonCallback callback);
 
+    /// Whether a press of the camera's button reaches the callback whichever window has the keyboard. Where it does
+    /// not (the button's device may not be read), the desktop may still hand it to a window as a key. Any thread.
+    bool readsHardwareButton() const;
+
     BWCameraStatistics statistics() const;
 
 protected:
@@ -113,4 +121,8 @@ public:
 
     /// Writes the low 8 bits of `value`. Waits for the device.
     void writeValue(int value, int identifier);
+
+    /// Why the last access to a register failed, in plain English for a technician; null if it did not. Waits for the
+    /// device.
+    QString registerProblem();
 };

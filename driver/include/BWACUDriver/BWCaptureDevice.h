@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
+#include "BWACUDriver/BWStartProblem.h"
 
 #include <chrono>
 #include <functional>
@@ -22,11 +23,6 @@ struct BWControlInfo {
 /// where told otherwise, so an implementation needs no lock of its own for what it does there.
 class BWCaptureDevice {
 public:
-    enum class StartResult {
-        Started,
-        InUse, ///< another program holds the device
-        Failed, ///< anything else; the device has logged why
-    };
     enum class WaitResult {
         Frame, ///< a good frame
         BadFrame, ///< a frame that must be skipped (flagged in error by the device)
@@ -48,7 +44,7 @@ public:
     /// Sets the nearest size that the device has. Called only while not streaming.
     virtual void setResolution(BWResolution wished) = 0;
 
-    virtual StartResult startStreaming() = 0;
+    virtual BWStartProblem startStreaming() = 0;
     /// Frames that are still held elsewhere stay valid afterwards.
     virtual void stopStreaming() = 0;
 
@@ -60,6 +56,9 @@ public:
     /// False while it is right that no frame comes, as with a camera whose frames are asked for one by one: silence is
     /// then not taken for a fault. Capture thread.
     virtual bool expectsFrames() const { return true; }
+
+    /// Whether presses of the device's button reach the button event whichever window has the keyboard. Any thread.
+    virtual bool readsButton() const { return true; }
 
     /// Sets one control and returns the value that the device took.
     virtual double setControl(int identifier, double value) = 0;
@@ -76,4 +75,6 @@ public:
         Q_UNUSED(identifier)
         Q_UNUSED(value)
     }
+    /// Why the last access to a register failed, in plain English for a technician; null if it did not.
+    virtual QString registerProblem() const { return {}; }
 };

@@ -64,25 +64,24 @@ void BWSimulatedDevice::setResolution(BWResolution wished)
     m_resolution = m_profile.nearestResolution(wished);
 }
 
-BWCaptureDevice::StartResult BWSimulatedDevice::startStreaming()
+BWStartProblem BWSimulatedDevice::startStreaming()
 {
     if (*m_heldByOther)
-        return StartResult::InUse;
+        return {BWStartProblem::Kind::InUse};
     switch (m_cable->claim(this)) {
     case BWSimulatedCable::Claim::Granted:
         break;
     case BWSimulatedCable::Claim::InUse:
-        return StartResult::InUse;
+        return {BWStartProblem::Kind::InUse};
     case BWSimulatedCable::Claim::Gone:
-        qCWarning(bwSimulation) << "The camera is unplugged";
-        return StartResult::Failed;
+        return {BWStartProblem::Kind::Gone};
     }
     picture().setResolution(m_resolution);
     m_mode = mode();
     m_pool = std::make_shared<BWBufferPool>(bufferCount);
     m_sequence = 0;
     m_schedule.start(Clock::now(), m_mode.framesPerSecond);
-    return StartResult::Started;
+    return {};
 }
 
 void BWSimulatedDevice::stopStreaming()

@@ -23,7 +23,7 @@ public:
     std::vector<BWControlInfo> controls() const override;
     BWResolution resolution() const override;
     void setResolution(BWResolution wished) override;
-    StartResult startStreaming() override;
+    BWStartProblem startStreaming() override;
     void stopStreaming() override;
     WaitResult waitFrame(std::chrono::milliseconds timeout, BWFrame &frame) override;
     void interrupt() override;

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// A video capture node as sysfs and udev describe it, without opening it.
+struct BWVideoNode {
+    QByteArray path; ///< device node, such as /dev/video0; changes when the camera is plugged in again
+    QByteArray sysPath; ///< its folder in sysfs
+    QString name; ///< what the driver calls the camera
+    QString driver; ///< kernel driver, such as uvcvideo or em28xx
+    QString usbId; ///< vendor:product in lower-case hexadecimal, such as eb1a:2761; null if not on USB
+    QString serial; ///< serial number of the USB device; null if it has none
+    QString port; ///< the socket it is plugged into: the same after every replugging into that socket
+    int usbBus = 0; ///< bus and device number as in /dev/bus/usb/BUS/DEVICE; 0 if not on USB
+    int usbDevice = 0;
+
+    /// Tells this camera from others and stays the same when it is plugged in again: by its serial number, else by its
+    /// port.
+    QString identity() const
+    {
+        const QString kind = usbId.isNull() ? driver : usbId;
+        return QStringLiteral("%1 %2").arg(kind, serial.isEmpty() ? port : serial);
+    }
+};
