@@ -1,3 +1,4 @@
+#include "media/BWMovieCompletion.h"
 #include "media/BWMovieWriter.h"
 #include "MediaFixture.h"
 #include "MovieProbe.h"
@@ -9,6 +10,7 @@
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QtEndian>
 #include <QTest>
 #include <sys/resource.h>
 
@@ -62,6 +64,30 @@ class TestMovieWriter : public QObject {
     QString m_path;
     std::unique_ptr<BWMovieWriter> m_writer;
 
+    /// The boxes of which the file consists, by their sizes.
+    static QByteArrayList boxesIn(const QString &path)
+    {
+        QFile file(path);
+        QByteArrayList types;
+        if (!file.open(QIODevice::ReadOnly))
+            return types;
+        for (qint64 at = 0; at < file.size();) {
+            file.seek(at);
+            const QByteArray header = file.read(16);
+            const auto size = qFromBigEndian<quint32>(header.constData());
+            types << header.mid(4, 4);
+            at += size == 1 ? qint64(qFromBigEndian<quint64>(header.constData() + 8)) : qMax<qint64>(size, 8);
+        }
+        return types;
+    }
+
+    static void put(const QString &path, const QByteArray &content)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -107,10 +133,7 @@ private Q_SLOTS:
             QCOMPARE(withoutHuffmanTables(stored[i]), withoutHuffmanTables(expected[i]));
             QCOMPARE(huffmanTablesOf(stored[i]), huffmanTablesOf(expected[i]));
         }
-        QFile plain(m_path);
-        QVERIFY(plain.open(QIODevice::ReadOnly));
-        QVERIFY(!plain.readAll().contains("moof"));
-        QVERIFY(!QFile::exists(m_path + u".part"_s));
+        QCOMPARE(boxesIn(m_path), (QByteArrayList{"ftyp", "mdat", "moov"}));
     }
 
     void encodesRawFrames()
@@ -134,6 +157,80 @@ private Q_SLOTS:
         QVERIFY(QFile::copy(m_path, copy)); // what a killed program would leave behind
         QVERIFY2(framesIn(copy) >= 19, qPrintable(QString::number(framesIn(copy))));
         QCOMPARE(storedPictures(copy).value(18), detailedJpeg(width, height, 18));
+    }
+
+    void completesWhatACrashLeft()
+    {
+        for (int i = 0; i < 20; ++i)
+            QVERIFY(m_writer->write(pictureAt(i * 40ms, detailedJpeg(width, height, i))));
+        QFile growing(m_path);
+        QVERIFY(growing.open(QIODevice::ReadOnly));
+        const QByteArray whole = growing.readAll();
+        const qsizetype firstPicture = whole.indexOf("moof");
+        QVERIFY(firstPicture > 0);
+        QList<qsizetype> ends; // of the pictures
+        for (qsizetype next = firstPicture; next > 0; next = whole.indexOf("moof", next + 1))
+            ends << next - 4;
+        ends.removeFirst();
+        ends << whole.size();
+        const QString copy = m_folder.filePath(u"left.mov"_s);
+        QString error;
+
+        // Cut off anywhere, and with blocks behind it that never reached the disk.
+        int most = 0;
+        for (qsizetype size = whole.size(); size > firstPicture; size -= whole.size() / 4 + 1) {
+            const QByteArray left = whole.left(size);
+            const auto pictures = int(std::count_if(ends.begin(), ends.end(), [=](auto end) { return end <= size; }));
+            for (const QByteArray &rest : {QByteArray(), QByteArray(5000, '\0')}) {
+                put(copy, left + rest);
+                QCOMPARE(completeMovie(copy, &error), BWMovieCompletion::Completed);
+                QCOMPARE(boxesIn(copy), (QByteArrayList{"ftyp", "mdat", "moov"}));
+                QCOMPARE(framesIn(copy), pictures);
+                QVERIFY(std::abs(probe(copy)[u"duration"_s].toString().toDouble() - pictures * 0.04) < 0.01);
+                QCOMPARE(storedPictures(copy).constLast(), detailedJpeg(width, height, pictures - 1));
+            }
+            most = std::max(most, pictures);
+        }
+        QVERIFY(most >= 19);
+        QCOMPARE(completeMovie(copy), BWMovieCompletion::Plain);
+
+        // The index was written, the header in front not yet.
+        put(copy, whole);
+        QCOMPARE(completeMovie(copy), BWMovieCompletion::Completed);
+        QFile file(copy);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        const qsizetype header = whole.indexOf("moov") - 4;
+        QVERIFY(file.seek(header));
+        file.write(whole.mid(header, 16));
+        file.close();
+        QCOMPARE(framesIn(copy), 19);
+        QCOMPARE(completeMovie(copy), BWMovieCompletion::Completed);
+        QCOMPARE(framesIn(copy), 19);
+    }
+
+    void leavesForeignFilesAlone()
+    {
+        QVERIFY(m_writer->write(pictureAt(0ms, detailedJpeg(width, height))));
+        QVERIFY(m_writer->write(pictureAt(1ms, detailedJpeg(width, height))));
+        QFile begun(m_path);
+        QVERIFY(begun.open(QIODevice::ReadOnly));
+        const QByteArray movie = begun.readAll();
+        const std::pair<QByteArray, BWMovieCompletion> cases[] = {
+            {{}, BWMovieCompletion::Failed},
+            {QByteArray(3000, 'x'), BWMovieCompletion::Failed},
+            {QByteArray(3000, '\0'), BWMovieCompletion::Failed},
+            {movie.left(movie.indexOf("trak")), BWMovieCompletion::Failed},
+            {QByteArray(movie).replace("stsd", "none"), BWMovieCompletion::Failed},
+            {movie.left(movie.indexOf("moof") - 4), BWMovieCompletion::Empty},
+        };
+        const QString path = m_folder.filePath(u"foreign.mov"_s);
+        for (const auto &[content, expected] : cases) {
+            put(path, content);
+            QCOMPARE(completeMovie(path), expected);
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(file.readAll(), content);
+        }
     }
 
     void leavesOutWhatDoesNotFit()

@@ -3,10 +3,9 @@
 #include "media/BWJpeg.h"
 #include "media/BWLibav.h"
 #include "media/BWMediaLogging.h"
-#include "media/BWMovieRemux.h"
+#include "media/BWMovieCompletion.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <QDateTime>
 #include <QFile>
 
@@ -29,7 +28,7 @@ private:
     int64_t timeOf(const BWFrame &frame) const;
     bool fail(int result);
     void leaveOut(const BWFrame &frame, const char *reason);
-    void makePlain();
+    void complete();
 
     QString m_path;
     BWLibav::Output m_output;
@@ -68,7 +67,7 @@ bool MovWriter::begin(const BWFrame &frame)
     // One fragment per picture, on disk at once: what is there can be played, whatever happens next.
     m_output->flags |= AVFMT_FLAG_FLUSH_PACKETS;
     AVDictionary *options = nullptr;
-    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov", 0);
+    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov+skip_trailer", 0);
     const int result = avformat_write_header(m_output.get(), &options);
     av_dict_free(&options);
     if (result < 0)
@@ -154,39 +153,28 @@ bool MovWriter::finish()
     if (m_finished)
         return !m_failed;
     m_finished = true;
-    if (m_failed)
-        return false;
-    if (!m_stream) {
-        m_output.reset();
-        QFile::remove(m_path);
-        m_failed = true;
-        return false;
+    if (!m_failed && m_stream) {
+        int result = av_write_trailer(m_output.get());
+        if (result >= 0)
+            result = m_output->pb->error;
+        if (result < 0)
+            fail(result);
     }
-    int result = av_write_trailer(m_output.get());
-    if (result >= 0)
-        result = m_output->pb->error;
-    if (result < 0)
-        return fail(result);
     m_output.reset();
-    makePlain();
-    return true;
+    complete();
+    return !m_failed;
 }
 
-void MovWriter::makePlain()
+void MovWriter::complete()
 {
-    const QString part = m_path + QStringLiteral(".part");
+    if (m_empty) {
+        QFile::remove(m_path);
+        m_failed = true;
+        return;
+    }
     QString reason;
-    bool made = remuxToPlainMov(m_path, part, reason);
-    if (made) {
-        std::error_code error;
-        std::filesystem::rename(QFile::encodeName(part).constData(), QFile::encodeName(m_path).constData(), error);
-        made = !error;
-        reason = QString::fromStdString(error.message());
-    }
-    if (!made) {
-        qCWarning(bwMedia) << m_path << "is complete, but stays in fragments:" << reason;
-        QFile::remove(part);
-    }
+    if (completeMovie(m_path, &reason) == BWMovieCompletion::Failed)
+        qCWarning(bwMedia).noquote() << m_path << "is whole, but stays in fragments:" << reason;
 }
 
 } // namespace

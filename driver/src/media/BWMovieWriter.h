@@ -9,7 +9,7 @@
 /// picture is shown for as long as the time stamps of the frames tell.
 ///
 /// While it grows the file can be played up to the last frame but one at any moment, so a crash or a full disk costs
-/// next to nothing. finish() makes it a plain movie with an index.
+/// next to nothing: completeMovie() makes a plain movie of what is there. finish() does so too.
 ///
 /// Used by one thread at a time. Faults are logged once.
 class BWMovieWriter {
