@@ -86,6 +86,11 @@ void BWCamera::stopRecording()
     m_session->stopRecording();
 }
 
+BWRecordingStatus BWCamera::recordingStatus() const
+{
+    return m_session->recordingStatus();
+}
+
 void BWCamera::setOnCameraFrame(FrameCallback callback)
 {
     m_session->callbacks().setFrame(std::move(callback));

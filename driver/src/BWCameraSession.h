@@ -48,6 +48,7 @@ public:
     void startRecording(const QString &path);
     bool recording() const { return m_recorder.isActive(); }
     void stopRecording();
+    BWRecordingStatus recordingStatus() const { return m_recorder.status(); }
     int readRegister(int identifier);
     void writeRegister(int identifier, int value);
     QString registerProblem();

@@ -177,7 +177,7 @@ void BWCamera::Session::doStartRecording(uint64_t recording, const QString &path
 void BWCamera::Session::reconfigure(const std::function<void()> &change)
 {
     // One movie has one size and one rate.
-    m_recorder.end();
+    m_recorder.end(BWRecordingStatus::End::CameraChanged);
     const bool streaming = m_state == State::Streaming;
     if (streaming)
         m_device->stopStreaming();
@@ -212,7 +212,7 @@ void BWCamera::Session::restartStalledStream()
 void BWCamera::Session::deviceIsGone()
 {
     qCInfo(bwDriver).noquote() << m_detectedCamera->description() << "was unplugged while it streamed";
-    m_recorder.end();
+    m_recorder.end(BWRecordingStatus::End::CameraGone);
     m_snapshots.dropRequests();
     m_device->stopStreaming();
     m_state = State::Gone;

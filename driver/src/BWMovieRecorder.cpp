@@ -1,16 +1,16 @@
 #include "BWMovieRecorder.h"
 
+#include "BWDiskSpace.h"
 #include "BWDriverLog.h"
 
 #include <utility>
 
 namespace {
 
-// Every queued frame is one of the device's few buffers.
-constexpr std::size_t queueLength = 4;
-
 // A frame may be refused because it is damaged; so many in a row mean that the file takes none any more.
 constexpr int refusedInARow = 15;
+
+constexpr std::chrono::milliseconds spaceInterval(500);
 
 } // namespace
 
@@ -44,7 +44,7 @@ void BWMovieRecorder::begin(uint64_t recording, const QString &path)
     if (m_state != State::Reserved || m_number != recording)
         return;
     m_state = State::Writing;
-    m_dropped = 0;
+    m_status = {};
     m_thread = std::thread(&BWMovieRecorder::run, this, path);
 }
 
@@ -65,16 +65,13 @@ void BWMovieRecorder::offer(const BWFrame &frame)
     const std::lock_guard lock(m_mutex);
     if (m_state != State::Writing)
         return;
-    if (m_frames.size() >= queueLength) {
-        if (m_dropped++ == 0)
-            qCWarning(bwDriver) << "The movie file cannot be written as fast as frames come; frames are left out";
-        return;
-    }
-    m_frames.push_back(frame);
-    m_changed.notify_all();
+    if (m_frames.push(frame))
+        m_changed.notify_all();
+    else if (m_status.framesLeftOut++ == 0)
+        qCWarning(bwDriver) << "The movie file cannot be written as fast as frames come; frames are left out";
 }
 
-void BWMovieRecorder::end()
+void BWMovieRecorder::end(BWRecordingStatus::End reason)
 {
     const std::lock_guard lock(m_mutex);
     if (m_state == State::Reserved) {
@@ -82,8 +79,15 @@ void BWMovieRecorder::end()
         m_completed = m_number;
     } else if (m_state == State::Writing) {
         m_state = State::Ending;
+        m_status.end = reason;
     }
     m_changed.notify_all();
+}
+
+BWRecordingStatus BWMovieRecorder::status() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_status;
 }
 
 void BWMovieRecorder::waitUntilComplete()
@@ -96,43 +100,62 @@ void BWMovieRecorder::run(const QString &path)
 {
     QString error;
     if (const std::unique_ptr<BWMovieWriter> writer = m_openWriter(path, &error)) {
-        writeFrames(*writer);
+        writeFrames(*writer, path);
         if (!writer->finish())
             qCWarning(bwDriver).noquote() << "The movie" << path << "could not be completed";
     } else {
         qCWarning(bwDriver).noquote() << "The movie" << path << "cannot be written:" << error;
+        end(BWRecordingStatus::End::Failed);
     }
     finished();
 }
 
-void BWMovieRecorder::writeFrames(BWMovieWriter &writer)
+void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
 {
     BWFrame frame;
     bool begun = false;
     int refused = 0;
+    auto spaceChecked = std::chrono::steady_clock::now();
     while (refused < refusedInARow && waitForFrame(frame)) {
         if (!writer.write(frame)) {
             ++refused;
             continue;
         }
         refused = 0;
+        noteWritten(writer, frame);
         if (!std::exchange(begun, true))
             m_callback(true);
+        const auto now = std::chrono::steady_clock::now();
+        if (now - spaceChecked < spaceInterval)
+            continue;
+        spaceChecked = now;
+        if (BWDiskSpace::isNearlyFull(path)) {
+            qCWarning(bwDriver).noquote() << "The recording ends because the disk of" << path << "is nearly full";
+            end(BWRecordingStatus::End::DiskFull);
+        }
     }
-    if (refused == refusedInARow)
-        qCWarning(bwDriver) << "The recording ends because its file takes no more frames";
+    if (refused < refusedInARow)
+        return;
+    qCWarning(bwDriver) << "The recording ends because its file takes no more frames";
+    end(writer.diskIsFull() ? BWRecordingStatus::End::DiskFull : BWRecordingStatus::End::Failed);
+}
+
+void BWMovieRecorder::noteWritten(const BWMovieWriter &writer, const BWFrame &frame)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_status.frames++ == 0)
+        m_firstTime = frame.timestamp();
+    m_status.duration = std::chrono::duration_cast<std::chrono::milliseconds>(frame.timestamp() - m_firstTime);
+    m_status.bytes = writer.bytesWritten();
 }
 
 bool BWMovieRecorder::waitForFrame(BWFrame &frame)
 {
     frame = {};
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return !m_frames.empty() || m_state != State::Writing; });
-    if (m_frames.empty())
-        return false;
-    frame = std::move(m_frames.front());
-    m_frames.pop_front();
-    return true;
+    m_changed.wait(lock, [this] { return !m_frames.isEmpty() || m_state != State::Writing; });
+    frame = m_frames.pop();
+    return !frame.isNull();
 }
 
 void BWMovieRecorder::finished()
@@ -143,8 +166,8 @@ void BWMovieRecorder::finished()
         m_state = State::Idle;
         m_frames.clear();
         number = m_number;
-        if (m_dropped > 0)
-            qCWarning(bwDriver) << m_dropped << "frames were left out of the movie";
+        if (m_status.framesLeftOut > 0)
+            qCWarning(bwDriver) << m_status.framesLeftOut << "frames were left out of the movie";
     }
     // Before those who wait go on: whoever has waited finds the callback already on its way.
     m_callback(false);

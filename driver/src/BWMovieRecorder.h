@@ -1,9 +1,10 @@
 #pragma once
 
+#include "BWACUDriver/BWRecordingStatus.h"
+#include "BWRecordingQueue.h"
 #include "media/BWMovieWriter.h"
 
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <QString>
@@ -13,7 +14,7 @@
 /// slow for it, frames are left out of the movie, counted and logged, and the stream is not held up.
 ///
 /// A recording is asked for with reserve(), so that it counts as running from then on, and begins with begin(). It ends
-/// by end(), or by itself when the file can no longer be written.
+/// by end(), or by itself when the file can no longer be written or the disk is nearly full.
 class BWMovieRecorder {
 public:
     /// Called on the writer thread: true after the first frame is written, false once when a recording that was begun
@@ -40,7 +41,10 @@ public:
     void offer(const BWFrame &frame);
 
     /// No frame is taken any more; the file is completed in the background. Never waits. Any thread.
-    void end();
+    void end(BWRecordingStatus::End reason = BWRecordingStatus::End::Asked);
+
+    /// Of the recording that runs, else of the last one. Any thread.
+    BWRecordingStatus status() const;
 
     /// Waits until the recording that runs or ends now is over. Any thread but the writer's.
     void waitUntilComplete();
@@ -50,7 +54,8 @@ private:
 
     bool isReserved(uint64_t recording) const;
     void run(const QString &path);
-    void writeFrames(BWMovieWriter &writer);
+    void writeFrames(BWMovieWriter &writer, const QString &path);
+    void noteWritten(const BWMovieWriter &writer, const BWFrame &frame);
     bool waitForFrame(BWFrame &frame);
     void finished();
 
@@ -61,7 +66,8 @@ private:
     State m_state = State::Idle;
     uint64_t m_number = 0; ///< of the last recording that was reserved
     uint64_t m_completed = 0; ///< of the last recording that is over
-    std::deque<BWFrame> m_frames;
-    uint64_t m_dropped = 0;
+    BWRecordingQueue m_frames;
+    BWRecordingStatus m_status;
+    std::chrono::steady_clock::time_point m_firstTime; ///< time stamp of the first frame
     std::thread m_thread;
 };

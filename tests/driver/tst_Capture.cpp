@@ -19,6 +19,7 @@ struct SlowDisk {
     std::atomic<bool> full = false;
     std::atomic<bool> finished = false;
     std::atomic<int> written = 0;
+    const std::vector<uint8_t> picture = std::vector<uint8_t>(4 << 20);
 
     class Writer : public BWMovieWriter {
     public:
@@ -30,6 +31,8 @@ struct SlowDisk {
             return !m_disk.full;
         }
         bool finish() override { return m_disk.finished = true; }
+        int64_t bytesWritten() const override { return m_disk.written; }
+        bool diskIsFull() const override { return m_disk.full; }
 
     private:
         SlowDisk &m_disk;
@@ -43,7 +46,9 @@ struct SlowDisk {
     BWFrame makeFrame()
     {
         buffersHeld.release();
-        return BWFrame({}, [this] { buffersHeld.acquire(); });
+        BWFrameInfo info;
+        info.planes[0] = {picture.data(), picture.size(), 0};
+        return BWFrame(info, [this] { buffersHeld.acquire(); });
     }
 };
 
@@ -119,12 +124,14 @@ private Q_SLOTS:
         recorder.begin(recorder.reserve(), {});
         for (int i = 0; i < 100; ++i)
             recorder.offer(disk.makeFrame());
-        QVERIFY2(disk.buffersHeld.available() <= 6, "a recording must not take all buffers of a device");
+        QVERIFY2(disk.buffersHeld.available() <= 3, "a recording must not take all buffers of a device");
         disk.mayWrite.release(100);
         recorder.end();
         recorder.waitUntilComplete();
         QVERIFY(disk.finished);
-        QVERIFY(disk.written >= 4 && disk.written <= 6);
+        QVERIFY2(disk.written >= 18 && disk.written <= 20, "those that are copied take 64 MiB");
+        QCOMPARE(recorder.status().framesLeftOut, uint64_t(100 - disk.written));
+        QCOMPARE(recorder.status().frames, uint64_t(disk.written));
         QCOMPARE(disk.buffersHeld.available(), 0);
         QCOMPARE(changes, (std::vector<bool>{true, false}));
     }
@@ -142,6 +149,7 @@ private Q_SLOTS:
             recorder.offer(disk.makeFrame());
         recorder.waitUntilComplete();
         QCOMPARE(ends, 1);
+        QCOMPARE(recorder.status().end, BWRecordingStatus::End::DiskFull);
         QVERIFY(recorder.reserve() > 0);
     }
 

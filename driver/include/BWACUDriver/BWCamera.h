@@ -3,6 +3,7 @@
 #include "BWACUDriver/BWCameraSetting.h"
 #include "BWACUDriver/BWDetectedCamera.h"
 #include "BWACUDriver/BWFrame.h"
+#include "BWACUDriver/BWRecordingStatus.h"
 #include "BWACUDriver/BWResolution.h"
 #include "BWACUDriver/BWStartProblem.h"
 
@@ -88,6 +89,8 @@ public:
     bool recording() const;
     /// Ends the recording, waits until the file is complete, then returns. Without effect when none runs.
     void stopRecording();
+    /// Of the recording that runs, else of the last one. Any thread.
+    BWRecordingStatus recordingStatus() const;
 
     void setOnCameraFrame(FrameCallback callback);
     void setOnCameraSnapshot(SnapshotCallback callback);

@@ -1,5 +1,6 @@
 #include "media/BWMovieWriter.h"
 
+#include "media/BWDiskSync.h"
 #include "media/BWJpeg.h"
 #include "media/BWLibav.h"
 #include "media/BWMediaLogging.h"
@@ -12,15 +13,21 @@
 namespace {
 
 constexpr int ticksPerSecond = 90000;
+constexpr std::chrono::milliseconds syncInterval(800); // what a power cut may cost
 constexpr int rawQuality = 95; // of frames that the camera did not compress itself
 
 class MovWriter final : public BWMovieWriter {
 public:
-    MovWriter(QString path, BWLibav::Output output) : m_path(std::move(path)), m_output(std::move(output)) { }
+    MovWriter(QString path, BWLibav::Output output)
+        : m_path(std::move(path)), m_output(std::move(output)), m_disk(m_path)
+    {
+    }
     ~MovWriter() override { MovWriter::finish(); }
 
     bool write(const BWFrame &frame) override;
     bool finish() override;
+    int64_t bytesWritten() const override { return m_goodSize; }
+    bool diskIsFull() const override { return m_diskIsFull; }
 
 private:
     bool begin(const BWFrame &frame);
@@ -32,6 +39,8 @@ private:
 
     QString m_path;
     BWLibav::Output m_output;
+    BWDiskSync m_disk;
+    std::chrono::steady_clock::time_point m_synced = std::chrono::steady_clock::now();
     AVStream *m_stream = nullptr;
     BWFrameInfo m_first;
     int64_t m_lastTime = 0;
@@ -39,6 +48,7 @@ private:
     int64_t m_goodSize = 0; ///< bytes of the file that are known to be well
     bool m_empty = true;
     bool m_failed = false;
+    bool m_diskIsFull = false;
     bool m_finished = false;
     bool m_leftOutLogged = false;
 };
@@ -127,6 +137,11 @@ bool MovWriter::writePacket(const QByteArray &jpeg, int64_t time)
     m_empty = false;
     m_lastTime = time;
     m_goodSize = avio_tell(m_output->pb);
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_synced >= syncInterval) {
+        m_synced = now;
+        m_disk.request();
+    }
     return true;
 }
 
@@ -134,6 +149,7 @@ bool MovWriter::fail(int result)
 {
     qCWarning(bwMedia) << "Recording to" << m_path << "failed:" << BWLibav::errorText(result);
     m_failed = true;
+    m_diskIsFull = result == AVERROR(ENOSPC) || result == AVERROR(EDQUOT) || result == AVERROR(EFBIG);
     m_output.reset();
     QFile::resize(m_path, m_goodSize); // cuts off the piece that was being written
     return false;

@@ -8,8 +8,8 @@
 /// Writes one QuickTime movie with MJPEG video. An MJPEG frame is copied without loss, a raw frame encoded once. Every
 /// picture is shown for as long as the time stamps of the frames tell.
 ///
-/// While it grows the file can be played up to the last frame but one at any moment, so a crash or a full disk costs
-/// next to nothing: completeMovie() makes a plain movie of what is there. finish() does so too.
+/// While it grows the file can be played up to the last frame but one at any moment, and reaches the disk once a
+/// second, so a crash, a power cut or a full disk costs next to nothing: completeMovie() makes a plain movie of what is there. finish() does so too.
 ///
 /// Used by one thread at a time. Faults are logged once.
 class BWMovieWriter {
@@ -29,4 +29,9 @@ public:
     /// Completes the file; false if writing failed before or now, or if there were no frames (the file is removed
     /// then). May be called again, to the same answer; frames are no longer taken.
     virtual bool finish() = 0;
+
+    /// Size of the file so far.
+    virtual int64_t bytesWritten() const = 0;
+    /// Whether writing failed because there was no room.
+    virtual bool diskIsFull() const = 0;
 };
