@@ -50,11 +50,11 @@ QUrl BWAlbum::nextPathForType(BWMediaType type) const
     }
 }
 
-bool BWAlbum::addFile(const QUrl &file, BWMediaType type, QUrl *added) const
+bool BWAlbum::addFile(const QUrl &file, BWMediaType type, QUrl *added, const Progress &progress) const
 {
     const QUrl target = nextPathForType(type);
     QString error;
-    if (!BWFileCopy::copyWithoutOverwriting(file, target, &error)) {
+    if (!BWFileCopy::shareWithoutOverwriting(file, target, &error, progress)) {
         qCWarning(bwModel).noquote() << "Cannot add" << file.toDisplayString() << "to album as"
                                      << target.toDisplayString() << "-" << error;
         return false;

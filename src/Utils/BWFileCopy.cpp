@@ -2,6 +2,7 @@
 
 #include "Utils/BWFilePath.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -44,9 +45,26 @@ bool writeAll(int fd, const char *data, std::size_t size)
     return true;
 }
 
-bool copyThroughMemory(int from, int to)
+/// What a copy tells while it goes on.
+class Teller {
+public:
+    Teller(const BWFileCopy::Progress &progress, off_t total) : m_progress(progress), m_total(total) { }
+    void add(ssize_t bytes)
+    {
+        m_done += bytes;
+        if (m_progress && m_total > 0)
+            m_progress(std::min(1.0, double(m_done) / double(m_total)));
+    }
+
+private:
+    const BWFileCopy::Progress &m_progress;
+    const off_t m_total;
+    off_t m_done = 0;
+};
+
+bool copyThroughMemory(int from, int to, Teller &teller)
 {
-    std::vector<char> buffer(1 << 20);
+    std::vector<char> buffer(4 << 20);
     for (;;) {
         const ssize_t got = ::read(from, buffer.data(), buffer.size());
         if (got == 0)
@@ -55,18 +73,21 @@ bool copyThroughMemory(int from, int to)
             return false;
         if (got > 0 && !writeAll(to, buffer.data(), static_cast<std::size_t>(got)))
             return false;
+        if (got > 0)
+            teller.add(got);
     }
 }
 
 /// Lets the file system do it, which shares the blocks where it can; goes on by hand from where that stopped.
-bool copyData(int from, int to)
+bool copyData(int from, int to, Teller &teller)
 {
-    constexpr std::size_t step = std::size_t(1) << 30;
-    ssize_t copied;
-    do {
-        copied = ::copy_file_range(from, nullptr, to, nullptr, step, 0);
-    } while (copied > 0);
-    return copyThroughMemory(from, to);
+    constexpr std::size_t step = std::size_t(64) << 20;
+    for (;;) {
+        const ssize_t copied = ::copy_file_range(from, nullptr, to, nullptr, step, 0);
+        if (copied <= 0)
+            return copyThroughMemory(from, to, teller);
+        teller.add(copied);
+    }
 }
 
 /// Not every file system has every way of doing it.
@@ -97,7 +118,7 @@ void synchronizeFolder(const QByteArray &folder)
         ::fsync(fd.get());
 }
 
-bool copy(const QByteArray &from, const QByteArray &to)
+bool copy(const QByteArray &from, const QByteArray &to, const BWFileCopy::Progress &progress)
 {
     // Without blocking, so that a pipe in place of a file does not hold the program up.
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -118,7 +139,8 @@ bool copy(const QByteArray &from, const QByteArray &to)
         return false;
 
     const timespec times[]{info.st_atim, info.st_mtim};
-    const bool copied = copyData(source.get(), target.get()) && ::futimens(target.get(), times) == 0
+    Teller teller(progress, info.st_size);
+    const bool copied = copyData(source.get(), target.get(), teller) && ::futimens(target.get(), times) == 0
         && ::fsync(target.get()) == 0 && target.close() && renameWithoutOverwriting(part, to);
     if (!copied) {
         const int reason = errno;
@@ -130,12 +152,30 @@ bool copy(const QByteArray &from, const QByteArray &to)
     return true;
 }
 
+/// False also where it cannot be done, as between two disks.
+bool giveSecondName(const QByteArray &from, const QByteArray &to)
+{
+    const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+    struct stat info;
+    if (!source.isOpen() || ::fstat(source.get(), &info) != 0 || !S_ISREG(info.st_mode) || ::fsync(source.get()) != 0
+        || ::link(from.constData(), to.constData()) != 0)
+        return false;
+    synchronizeFolder(to.left(to.lastIndexOf('/') + 1));
+    return true;
+}
+
 } // namespace
 
-bool BWFileCopy::copyWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error)
+bool BWFileCopy::copyWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error, const Progress &progress)
 {
-    const bool copied = copy(BWFilePath::native(from), BWFilePath::native(to));
+    const bool copied = copy(BWFilePath::native(from), BWFilePath::native(to), progress);
     if (!copied && error)
         *error = QString::fromLocal8Bit(std::strerror(errno));
     return copied;
+}
+
+bool BWFileCopy::shareWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error, const Progress &progress)
+{
+    return giveSecondName(BWFilePath::native(from), BWFilePath::native(to))
+        || copyWithoutOverwriting(from, to, error, progress);
 }

@@ -129,7 +129,11 @@ private Q_SLOTS:
     {
         QFETCH(QString, source);
         const QByteArray reason = QTest::currentDataTag();
-        m_folder->file(u"capture"_s, QByteArray(3'000'000, 'x'));
+        // On another disk, so that it has to be copied.
+        const QTemporaryDir otherDisk(u"/dev/shm/album-XXXXXX"_s);
+        QFile capture(otherDisk.filePath(u"capture"_s));
+        QVERIFY(capture.open(QIODevice::WriteOnly) && capture.resize(3'000'000));
+        capture.close();
         ::mkfifo(QFile::encodeName(m_folder->path(u"pipe"_s)).constData(), 0666);
         ::chmod(QFile::encodeName(m_folder->path()).constData(), 0755);
         ::chmod(QFile::encodeName(m_folder->path(u"Album"_s)).constData(), reason == "read-only folder" ? 0555 : 0777);
@@ -147,7 +151,8 @@ private Q_SLOTS:
                 ::setrlimit(RLIMIT_FSIZE, &before);
             });
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
-            QVERIFY(!m_album->addFile(m_folder->url(source), image));
+            const QUrl from = source == u"capture"_s ? QUrl::fromLocalFile(capture.fileName()) : m_folder->url(source);
+            QVERIFY(!m_album->addFile(from, image));
         }
         QCOMPARE(TestFolder::count(m_folder->path(u"Album"_s)), 0);
     }

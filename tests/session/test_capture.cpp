@@ -1,14 +1,22 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/BWMovieCompletion.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWSettingsFile.h"
 #include "Model/Capture/BWCaptureController.h"
+#include "Model/Capture/BWCaptureRecovery.h"
 
 #include <QDate>
 #include <QDir>
 #include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QtEndian>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -68,6 +76,7 @@ private Q_SLOTS:
 
     void snapshotsLandInTheAlbum()
     {
+        m_capture->setSnapshotTags(u"MX7"_s, u"BrimwellPro 1"_s);
         for (int i = 1; i <= 3; ++i) {
             BWCaptureController::forceSnapshot(m_camera);
             captureFrame();
@@ -75,9 +84,23 @@ private Q_SLOTS:
         }
         QCOMPARE(m_saved,
                  QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s, u"20240607_image_003.jpg"_s}));
-        QFile file(m_folder->filePath(u"BrimwellPro/Default Album/20240607_image_003.jpg"_s));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), m_lastFrame); // the camera's own bytes
+        // The camera's own bytes, but for what the snapshot tells about itself.
+        const QString path = inAlbum(u"20240607_image_003.jpg"_s);
+        QByteArray stored = contentOf(path);
+        const qsizetype exif = stored.indexOf("\xff\xe1");
+        QVERIFY(exif > 0);
+        stored.remove(exif, 2 + qFromBigEndian<quint16>(stored.constData() + exif + 2));
+        QCOMPARE(stored, m_lastFrame);
+        QProcess exiftool;
+        exiftool.start(u"exiftool"_s, {u"-j"_s, u"-validate"_s, u"-all"_s, path});
+        QVERIFY(exiftool.waitForFinished());
+        const QJsonObject tags = QJsonDocument::fromJson(exiftool.readAllStandardOutput()).array().at(0).toObject();
+        QCOMPARE(tags[u"Model"_s].toString(), u"MX7"_s);
+        QCOMPARE(tags[u"Software"_s].toString(), u"BrimwellPro 1"_s);
+        QCOMPARE(tags[u"Validate"_s].toString(), u"OK"_s);
+        QCOMPARE(tags[u"ExifImageWidth"_s].toInt(), tags[u"ImageWidth"_s].toInt());
+        const QDateTime taken = QDateTime::fromString(tags[u"DateTimeOriginal"_s].toString(), u"yyyy:MM:dd HH:mm:ss"_s);
+        QVERIFY(std::abs(taken.secsTo(QDateTime::currentDateTime())) < 60);
         QVERIFY(QDir(m_temporary).isEmpty()); // nothing of ours is left behind
     }
 
@@ -136,7 +159,69 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).isEmpty());
     }
 
+    void whatACrashLeftComesIntoTheAlbum()
+    {
+        m_capture->toggleRecording(m_camera);
+        for (int i = 0; i < 5; ++i)
+            captureFrame();
+        QTRY_VERIFY(m_camera->recordingStatus().frames >= 4);
+        const QString growing = QDir(m_temporary).entryInfoList({u"*.mov"_s}).constFirst().filePath();
+        const auto named = [this](char digit, const char *ending) {
+            const QString uuid = u"00000000-0000-0000-0000-00000000000%1"_s.arg(QLatin1Char(digit));
+            return QStringLiteral("%1/brimwellpro-%2.%3").arg(m_temporary, uuid, QLatin1String(ending));
+        };
+        const QByteArray jpeg = m_lastFrame;
+        put(named('1', "mov"), contentOf(growing)); // as a killed program leaves it
+        put(named('2', "jpg"), jpeg);
+        put(named('3', "jpg"), "another");
+        put(inAlbum(u"20240101_image_001.jpg"_s), "another"); // was copied, but not removed any more
+        QVERIFY(QFile::link(inAlbum(u"x.mov"_s), named('4', "mov"))); // no file of ours
+        put(named('5', "mov"), "no movie at all");
+        put(m_temporary + u"/brimwellpro-foreign.jpg"_s, jpeg);
+        put(inAlbum(u".20240607_image_001.jpg.0123abcd.part"_s), "half");
+        for (const QString &old : {named('2', "jpg"), named('3', "jpg"), inAlbum(u"20240101_image_001.jpg"_s),
+                                   inAlbum(u".20240607_image_001.jpg.0123abcd.part"_s)}) {
+            QFile file(old);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(file.setFileTime(QDateTime(QDate(2024, 1, 1), QTime(12, 0)), QFileDevice::FileModificationTime));
+        }
+
+        QList<int> recovered;
+        BWCaptureRecovery recovery(*m_albums, [&](int captures, const QUrl &) { recovered << captures; });
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be completed"_s));
+        recovery.start(m_temporary);
+        QTRY_COMPARE(recovered, QList<int>{2});
+
+        QCOMPARE(contentOf(inAlbum(u"20240607_image_001.jpg"_s)), jpeg);
+        QCOMPARE(completeMovie(inAlbum(u"20240607_video_001.mov"_s)), BWMovieCompletion::Plain);
+        for (const QString &gone : {named('1', "mov"), named('2', "jpg"), named('3', "jpg"),
+                                    inAlbum(u".20240607_image_001.jpg.0123abcd.part"_s)})
+            QVERIFY2(!QFileInfo::exists(gone), qPrintable(gone));
+        QVERIFY(QFileInfo(named('4', "mov")).isSymLink());
+        QCOMPARE(contentOf(named('5', "mov")), "no movie at all");
+        QCOMPARE(contentOf(m_temporary + u"/brimwellpro-foreign.jpg"_s), jpeg);
+        QCOMPARE(m_albums->currentAlbum()->contentsForType(BWMediaType::Image)->size(), 2);
+
+        // The recording that runs was left to its owner.
+        captureFrame();
+        m_capture->toggleRecording(m_camera);
+        QTRY_COMPARE(m_saved, QStringList{u"20240607_video_002.mov"_s});
+    }
+
 private:
+    QString inAlbum(const QString &name) const { return m_folder->filePath(u"BrimwellPro/Default Album/"_s + name); }
+    static QByteArray contentOf(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    static void put(const QString &path, const QByteArray &content)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
+
     /// Lets the camera take up what was asked of it so far, then capture one frame.
     void captureFrame()
     {

@@ -1,4 +1,4 @@
-#include "media/BWMovieCompletion.h"
+#include "BWACUDriver/BWMovieCompletion.h"
 
 #include "media/BWMovieIndex.h"
 

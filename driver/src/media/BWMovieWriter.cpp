@@ -1,10 +1,10 @@
 #include "media/BWMovieWriter.h"
 
+#include "BWACUDriver/BWMovieCompletion.h"
 #include "media/BWDiskSync.h"
 #include "media/BWJpeg.h"
 #include "media/BWLibav.h"
 #include "media/BWMediaLogging.h"
-#include "media/BWMovieCompletion.h"
 
 #include <algorithm>
 #include <QDateTime>

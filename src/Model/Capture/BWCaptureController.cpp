@@ -1,5 +1,7 @@
 #include "Model/Capture/BWCaptureController.h"
 
+#include "Model/Capture/BWSnapshotTags.h"
+#include "Utils/BWFileClaim.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
@@ -22,7 +24,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
 
     void snapshotReady(const QByteArray &jpeg);
     void recordingChanged(bool recording);
-    void takeIn(const QUrl &temporary, BWMediaType type);
+    void takeIn(const QUrl &temporary, BWMediaType type, const std::shared_ptr<BWFileClaim> &claim);
     void takenIn(bool added, BWMediaType type, const QUrl &temporary, const QUrl &file);
 
     BWAlbumManager &albums;
@@ -31,6 +33,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     std::atomic<bool> buttonRecords = false;
     std::mutex mutex;
     QUrl recordTempFile; // the movie that is being recorded
+    std::shared_ptr<BWFileClaim> recordClaim;
+    BWSnapshotTags tags;
 };
 
 BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback)
@@ -83,8 +87,16 @@ void BWCaptureController::toggleRecording(const BWCameraPtr &camera)
     {
         const std::lock_guard lock(m_shared->mutex);
         m_shared->recordTempFile = file;
+        m_shared->recordClaim = BWFileClaim::create(file.toLocalFile());
     }
     camera->startRecording(file.toLocalFile());
+}
+
+void BWCaptureController::setSnapshotTags(const QString &camera, const QString &software)
+{
+    const std::lock_guard lock(m_shared->mutex);
+    m_shared->tags.camera = camera;
+    m_shared->tags.software = software;
 }
 
 void BWCaptureController::setButtonRecords(bool records, std::function<void()> record)
@@ -96,15 +108,22 @@ void BWCaptureController::setButtonRecords(bool records, std::function<void()> r
 void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
 {
     const std::weak_ptr weak = weak_from_this();
+    BWSnapshotTags about;
+    {
+        const std::lock_guard lock(mutex);
+        about = tags;
+    }
+    about.taken = QDateTime::currentDateTime();
+    const QByteArray image = about.addedTo(jpeg);
     const QUrl temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
     QSaveFile file(temporary.toLocalFile());
-    if (!file.open(QIODevice::WriteOnly) || file.write(jpeg) != jpeg.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(image) != image.size() || !file.commit()) {
         qCWarning(bwApp, "Snapshot: cannot write %s: %s", qUtf8Printable(file.fileName()),
                   qUtf8Printable(file.errorString()));
         BWMainQueue::post(weak, [this] { feedback.captureNotSaved({}); });
         return;
     }
-    takeIn(temporary, BWMediaType::Image);
+    takeIn(temporary, BWMediaType::Image, BWFileClaim::existing(temporary.toLocalFile()));
 }
 
 void BWCaptureController::Shared::recordingChanged(bool recording)
@@ -113,17 +132,20 @@ void BWCaptureController::Shared::recordingChanged(bool recording)
     if (recording)
         return;
     QUrl file;
+    std::shared_ptr<BWFileClaim> claim;
     {
         const std::lock_guard lock(mutex);
         file = std::exchange(recordTempFile, {});
+        claim = std::exchange(recordClaim, nullptr);
     }
     if (!file.isEmpty())
-        takeIn(file, BWMediaType::Video);
+        takeIn(file, BWMediaType::Video, claim);
 }
 
-void BWCaptureController::Shared::takeIn(const QUrl &temporary, BWMediaType type)
+void BWCaptureController::Shared::takeIn(const QUrl &temporary, BWMediaType type,
+                                         const std::shared_ptr<BWFileClaim> &claim)
 {
-    albums.addFile(temporary, type, [weak = weak_from_this(), temporary, type](bool added, const QUrl &file) {
+    albums.addFile(temporary, type, [weak = weak_from_this(), temporary, type, claim](bool added, const QUrl &file) {
         if (const auto shared = weak.lock())
             shared->takenIn(added, type, temporary, file);
     });

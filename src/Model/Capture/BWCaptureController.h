@@ -27,6 +27,9 @@ public:
     /// and outlive this object without harm.
     void prepareCamera(BWCamera &camera);
 
+    /// What snapshots tell about themselves from now on. The time is put in by itself.
+    void setSnapshotTags(const QString &camera, const QString &software);
+
     /// Asks the camera for a still; nothing happens without a camera.
     static void forceSnapshot(const BWCameraPtr &camera);
 

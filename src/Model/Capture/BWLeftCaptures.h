@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Model/BWMediaType.h"
+#include "Utils/BWFileClaim.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QUrl>
+
+/// A capture that an earlier run of the program left in the folder for temporary files, whole and ready to be taken into
+/// an album.
+struct BWLeftCapture {
+    QUrl file;
+    BWMediaType type = BWMediaType::Image;
+    std::shared_ptr<BWFileClaim> claim; ///< keeps other runs away until the capture is in its album
+};
+
+/// Finds what a crashed run left behind. Touches files only; any thread.
+class BWLeftCaptures {
+public:
+    BWLeftCaptures() = delete;
+
+    /// Completes the movies among the captures in the temporary folder that no running program claims. Removes those
+    /// that hold nothing and those that have come into `album` already. Oldest first.
+    static QList<BWLeftCapture> collect(const QString &temporaryFolder, const QUrl &album,
+                                        const QDateTime &now = QDateTime::currentDateTime());
+
+    /// Removes the halves of copies that a crash left in an album; the whole captures are still in the temporary folder.
+    static void removeHalfCopies(const QUrl &album, const QDateTime &now = QDateTime::currentDateTime());
+};

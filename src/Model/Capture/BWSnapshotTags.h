@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+/// What a snapshot tells about itself.
+struct BWSnapshotTags {
+    QDateTime taken; ///< with its offset from UTC
+    QString camera; ///< the product; null to leave it out
+    QString software; ///< name and version
+
+    /// The JPEG image with these tags in an Exif segment (Exif 2.31). The image itself stays as it is, byte for byte. An
+    /// image that has an Exif segment already, or is no JPEG, is returned unchanged.
+    QByteArray addedTo(const QByteArray &jpeg) const;
+};

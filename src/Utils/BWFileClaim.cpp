@@ -1,0 +1,36 @@
+#include "Utils/BWFileClaim.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <QFile>
+#include <sys/file.h>
+#include <unistd.h>
+
+std::shared_ptr<BWFileClaim> BWFileClaim::create(const QString &path)
+{
+    return open(path, O_CREAT);
+}
+
+std::shared_ptr<BWFileClaim> BWFileClaim::existing(const QString &path)
+{
+    return open(path, 0);
+}
+
+BWFileClaim::~BWFileClaim()
+{
+    ::close(m_descriptor);
+}
+
+std::shared_ptr<BWFileClaim> BWFileClaim::open(const QString &path, int flags)
+{
+    const int descriptor =
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
+    if (descriptor < 0)
+        return nullptr;
+    // A file system that knows no such marks leaves the file unmarked; that must not cost a capture.
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        ::close(descriptor);
+        return nullptr;
+    }
+    return std::shared_ptr<BWFileClaim>(new BWFileClaim(descriptor));
+}

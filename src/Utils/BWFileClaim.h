@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <QString>
+
+/// Marks a temporary file as being in use by this run of the program, so that no other takes it for one that a crash
+/// left behind. The mark is the kernel's (flock) and ends with the claim or with the process, however that ends.
+class BWFileClaim {
+public:
+    /// Creates the file if it is not there. Null if another claim holds it or it cannot be opened.
+    static std::shared_ptr<BWFileClaim> create(const QString &path);
+    /// Null also if the file does not exist.
+    static std::shared_ptr<BWFileClaim> existing(const QString &path);
+
+    ~BWFileClaim();
+    BWFileClaim(const BWFileClaim &) = delete;
+    BWFileClaim &operator=(const BWFileClaim &) = delete;
+
+private:
+    explicit BWFileClaim(int descriptor) : m_descriptor(descriptor) { }
+    static std::shared_ptr<BWFileClaim> open(const QString &path, int flags);
+
+    const int m_descriptor;
+};
