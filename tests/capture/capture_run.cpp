@@ -1,0 +1,131 @@
+// Records a simulated camera into an album, as the program does but without windows, until it is told to stop or is
+// killed; or brings into the album what such a run left behind. Home and temporary folder are those of the environment.
+
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "Model/BWAlbumManager.h"
+#include "Model/BWSettingsFile.h"
+#include "Model/Capture/BWCaptureController.h"
+#include "Model/Capture/BWCaptureRecovery.h"
+
+#include <cstdio>
+#include <QCoreApplication>
+#include <QDir>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void tell(const QByteArray &line)
+{
+    // At once and in one piece, so that a kill right after it does not take it back.
+    if (::write(STDOUT_FILENO, (line + '\n').constData(), size_t(line.size() + 1)) < 0)
+        std::abort();
+}
+
+int recover(BWAlbumManager &albums)
+{
+    BWCaptureRecovery recovery(albums, [](int captures, const QUrl &last) {
+        tell("recovered " + QByteArray::number(captures) + ' ' + QFile::encodeName(last.toLocalFile()));
+        QCoreApplication::exit(0);
+    });
+    recovery.start(qEnvironmentVariable("TMPDIR"));
+    QTimer::singleShot(20000, qApp, [] { QCoreApplication::exit(1); });
+    return QCoreApplication::exec();
+}
+
+/// Tells "recording", and for each frame its sequence number and how many are in the file already; at the end, asked for
+/// by a line of input or not, how the recording ended, then "saved FILE" or "left FILE".
+class Recording {
+public:
+    Recording(BWAlbumManager &albums, const QStringList &arguments)
+        : m_controller(albums,
+                       {[this](BWMediaType, const QUrl &file) { ended("saved", file); },
+                        [](bool recording) { tell(recording ? "recording" : "stopped"); },
+                        [this](const QUrl &file) { ended("left", file); }}),
+          m_resolution(*BWResolution::fromResolutionString(arguments.at(2)))
+    {
+        BWSimulatedCameraOptions options;
+        options.type = BWSimulatedCameraOptions::Type::Ultra;
+        options.path = arguments.at(0);
+        options.pixelFormat = arguments.at(1) == u"mjpeg"_s ? BWPixelFormat::MJPEG : BWPixelFormat::YUYV;
+        auto backend = BWSimulatedBackend::create({options});
+        m_hand = backend->cameras().first();
+        std::vector<std::unique_ptr<BWCameraBackend>> backends;
+        backends.push_back(std::move(backend));
+        m_detector.emplace(QList{BWCameraDetector::descriptionForUltraResolutionMicroscope()}, std::move(backends));
+        m_detector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { start(device); });
+        m_detector->startCamerasDetection();
+    }
+
+    /// One word from the test: "stop", "unplug" or "smaller".
+    void obey(const QByteArray &word)
+    {
+        if (word == "stop")
+            m_controller.toggleRecording(m_camera);
+        else if (word == "unplug")
+            m_hand->unplug();
+        else if (word == "smaller")
+            m_camera->setResolution({640, 480}, {});
+    }
+
+private:
+    void start(const BWDetectedCameraPtr &device)
+    {
+        m_camera = m_manager.addDetectedCamera(device);
+        m_controller.prepareCamera(*m_camera);
+        m_camera->setOnCameraFrame([](BWCamera &camera, const BWFrame &frame) {
+            if (camera.recording())
+                tell("frame " + QByteArray::number(frame.sequence()) + ' '
+                     + QByteArray::number(camera.recordingStatus().frames));
+        });
+        m_camera->setResolution(m_resolution, {});
+        m_camera->startWithCompletion(
+            [this](bool) { QMetaObject::invokeMethod(qApp, [this] { m_controller.toggleRecording(m_camera); }); });
+    }
+
+    void ended(const char *how, const QUrl &file)
+    {
+        const BWRecordingStatus status = m_camera->recordingStatus();
+        tell("end " + QByteArray::number(int(status.end)) + " left-out " + QByteArray::number(status.framesLeftOut));
+        tell(QByteArray(how) + ' ' + QFile::encodeName(file.toLocalFile()));
+        QCoreApplication::exit(0);
+    }
+
+    BWCaptureController m_controller;
+    BWResolution m_resolution;
+    std::shared_ptr<BWSimulatedCamera> m_hand;
+    std::optional<BWCameraDetector> m_detector;
+    BWCameraManager m_manager;
+    BWCameraPtr m_camera;
+};
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    QStringList arguments = QCoreApplication::arguments();
+    BWSettingsFile defaults;
+    BWAlbumManager albums(defaults, QDir::homePath());
+    albums.prepare();
+    if (arguments.value(1) == u"recover"_s)
+        return recover(albums);
+    if (arguments.size() != 5) {
+        std::fputs("capture_run recover | record MOVIE mjpeg|yuyv WIDTHxHEIGHT\n", stderr);
+        return 2;
+    }
+    Recording recording(albums, arguments.mid(2));
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&input, &QSocketNotifier::activated, qApp, [&] {
+        char word[32];
+        const ssize_t got = ::read(STDIN_FILENO, word, sizeof word);
+        input.setEnabled(got > 0);
+        recording.obey(QByteArray(word, qMax<ssize_t>(got, 0)).trimmed());
+    });
+    return QCoreApplication::exec();
+}
