@@ -79,9 +79,9 @@ private:
         m_camera = m_manager.addDetectedCamera(device);
         m_controller.prepareCamera(*m_camera);
         m_camera->setOnCameraFrame([](BWCamera &camera, const BWFrame &frame) {
-            if (camera.recording())
-                tell("frame " + QByteArray::number(frame.sequence()) + ' '
-                     + QByteArray::number(camera.recordingStatus().frames));
+            const BWRecordingStatus status = camera.recordingStatus();
+            if (camera.recording() && status.end == BWRecordingStatus::End::None)
+                tell("frame " + QByteArray::number(frame.sequence()) + ' ' + QByteArray::number(status.frames));
         });
         m_camera->setResolution(m_resolution, {});
         m_camera->startWithCompletion(

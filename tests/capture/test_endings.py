@@ -1,0 +1,111 @@
+"""How recordings end when nobody presses stop, and what becomes of them on a slow or full disk."""
+
+import random
+import re
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+import numbered_movie
+from capture_run import CaptureRun
+
+LENGTH = 60
+ASKED, CAMERA_CHANGED, CAMERA_GONE, DISK_FULL = 1, 2, 3, 4
+
+
+class Recordings(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="endings-")
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+
+    def record(self, size="640x480", rate=30, temporary=None, preload=None, name="run", pixel_format="mjpeg"):
+        movie = self.folder / f"{size}.mov"
+        if not movie.exists():
+            numbered_movie.make(movie, *map(int, size.split("x")), LENGTH, rate)
+        run = CaptureRun(PROGRAM, self.folder / name, temporary)
+        if preload:
+            run.environment["LD_PRELOAD"] = preload
+        run.record(movie, pixel_format, size)
+        self.assertTrue(run.read_until("recording"))
+        return run
+
+    def saved(self, run, end):
+        """The numbers in the movie that was saved."""
+        line = run.read_until("end")
+        self.assertEqual(line.split()[1], str(end), line)
+        self.left_out = int(line.split()[3])
+        line = run.read_until("saved")
+        self.assertTrue(line, "not saved")
+        run.kill()
+        path = Path(line.split(maxsplit=1)[1])
+        self.assertEqual(run.left_files(), [])
+        self.path = path
+        return numbered_movie.numbers(path)
+
+    def assert_players_agree(self, path):
+        """Other players know the length and may jump."""
+        found = subprocess.run(["gst-discoverer-1.0", str(path)], capture_output=True, text=True).stdout
+        self.assertIn("Quicktime", found)
+        self.assertIn("Seekable: yes", found)
+        hours, minutes, seconds = re.search(r"Duration: (\d+):(\d+):([\d.]+)", found).groups()
+        probed = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "format=duration", "-of", "csv=p=0",
+                                 str(path)], capture_output=True, text=True).stdout
+        self.assertAlmostEqual(int(hours) * 3600 + int(minutes) * 60 + float(seconds), float(probed), delta=0.01)
+
+
+class Endings(Recordings):
+    def test_unplugged_or_changed_at_any_moment(self):
+        for attempt in range(10):
+            word, end = random.choice([("unplug", CAMERA_GONE), ("smaller", CAMERA_CHANGED)])
+            with self.subTest(attempt=attempt, word=word):
+                run = self.record("1280x1024" if word == "smaller" else "640x480", name=str(attempt))
+                time.sleep(random.uniform(0, 0.6))
+                run.say(word)
+                numbers = self.saved(run, end)
+                self.assertTrue(numbers)
+                self.assertTrue(run.has_in_order(numbers, LENGTH), f"{run.delivered}: {numbers}")
+        self.assert_players_agree(self.path)
+
+    def test_slow_disk(self):
+        """Frames are left out and counted; those that are there are whole, and the camera is not held up."""
+        run = self.record("1600x1200", 15, preload=SLOW_DISK, pixel_format="yuyv")
+        time.sleep(4)
+        run.say("stop")
+        numbers = self.saved(run, ASKED)
+        self.assertGreater(self.left_out, 0)
+        self.assertGreater(len(numbers), 5)
+        delivered = len(run.delivered)
+        print(f"slow disk: {delivered} frames came, {len(numbers)} in the movie, {self.left_out} left out")
+        self.assertLessEqual(abs(delivered - len(numbers) - self.left_out), 2)
+        # The camera's own numbers tell what it lost because its buffers were held.
+        lost = run.delivered[-1] - run.delivered[0] + 1 - delivered
+        self.assertLessEqual(lost, delivered // 4)
+
+
+class SmallDisk(Recordings):
+    """In a machine in which it may mount."""
+
+    def test_full_disk(self):
+        for name, taken in (("empty", 0), ("nearly full", 37)):
+            with self.subTest(name):
+                disk = self.folder / f"disk {name}"
+                disk.mkdir()
+                subprocess.run(["mount", "-t", "tmpfs", "-o", "size=48m", "none", str(disk)], check=True)
+                self.addCleanup(subprocess.run, ["umount", str(disk)])
+                (disk / "earlier.jpg").write_bytes(b"x" * (taken << 20))
+                temporary = disk / "tmp"
+                run = self.record("2592x1944", 15, temporary, name=name)
+                numbers = self.saved(run, DISK_FULL)
+                self.assertTrue(run.has_in_order(numbers, LENGTH), f"{run.delivered}: {numbers}")
+                self.assertGreater(len(numbers), 3)
+                self.assertEqual((disk / "earlier.jpg").read_bytes(), b"x" * (taken << 20))
+                print(f"full disk, {taken} of 48 MiB taken before: {len(numbers)} frames saved, left out {self.left_out}")
+
+
+if __name__ == "__main__":
+    PROGRAM, SLOW_DISK = sys.argv[1:3]
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:], verbosity=2)
