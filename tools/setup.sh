@@ -81,6 +81,37 @@ bw_install_packages() {
         bw_fail "The packages could not be installed."
 }
 
+# bw_unpack_packages GROUP...: fetches the packages of those groups and unpacks each into build/unpacked/NAME, once. They
+# are not installed: nothing of them takes hold of this system, and nobody needs to be root for it.
+bw_unpack_packages() {
+    local name
+    command -v dpkg-deb >/dev/null || return 0
+    for name in $(bw_packages "$@"); do
+        [ -d "$BW_ROOT/build/unpacked/$name" ] || bw_unpack "$name" ||
+            bw_fail "The Debian package $name could not be fetched and unpacked."
+    done
+}
+
+bw_unpack() {
+    local folder=$BW_ROOT/build/unpacked/$1
+    rm -rf "$folder.part"
+    mkdir -p "$folder.part"
+    bw_say "Fetching the Debian package $1, to be unpacked only"
+    # A list of packages that is not there, or names a version that has been replaced since
+    bw_download "$1" "$folder.part" || { bw_logged apt-update.log bw_apt_get update && bw_download "$1" "$folder.part"; } ||
+        return
+    dpkg-deb -x "$folder.part"/*.deb "$folder.part" || return
+    rm "$folder.part"/*.deb
+    mv "$folder.part" "$folder"
+}
+
+# bw_download PACKAGE FOLDER: for one that only stands for its newest version (linux-image-amd64), that version.
+bw_download() {
+    local newest
+    newest=$(apt-cache depends --important "$1" | sed -n "s/^ *Depends: \(${1%-*}-[0-9].*\)/\1/p")
+    (cd "$2" && bw_logged apt-download.log apt-get download "${newest:-$1}")
+}
+
 # bw_is_configured PRESET: whether ninja can take it from here; it configures again when the build description changes.
 bw_is_configured() {
     local build=$BW_ROOT/build/$1

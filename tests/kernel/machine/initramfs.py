@@ -1,0 +1,51 @@
+"""The machine's first file system: busybox, the modules that lead to the host's files, and the guest's scripts."""
+
+from pathlib import Path
+
+from faults import MissingPackage
+
+BUSYBOX = Path("/bin/busybox")
+GUEST = Path(__file__).resolve().parent / "guest"
+MODULES = ["virtio_pci", "virtio_console", "9pnet_virtio", "9p", "overlay"]
+
+DIRECTORY, FILE, PROGRAM = 0o040755, 0o100644, 0o100755
+INTERPRETER = 3  # the kind of program header that a dynamically linked program has
+
+
+def entries(kernel, given):
+    """What lies in it: path, mode and content, folders before what is in them. `given` maps the names of files in
+    /machine to their texts. Small enough to be made anew each time."""
+    if not BUSYBOX.exists() or not is_static(BUSYBOX.read_bytes()):
+        raise MissingPackage("a statically linked busybox", "busybox-static")
+    for folder in ("bin", "modules", "proc", "host", "memory", "new", "machine"):
+        yield folder, DIRECTORY, b""
+    yield "bin/busybox", PROGRAM, BUSYBOX.read_bytes()
+    yield "init", PROGRAM, (GUEST / "init").read_bytes()
+    yield "machine/start", FILE, (GUEST / "start").read_bytes()
+    for name, text in given.items():
+        yield f"machine/{name}", FILE, text.encode()
+    files = kernel.module_files(MODULES)
+    for file in files:
+        yield f"modules/{file.name}", FILE, file.read_bytes()
+    yield "modules/order", FILE, "".join(f"{file.name}\n" for file in files).encode()
+
+
+def archive(contents):
+    """The cpio archive of such entries, as the kernel unpacks it."""
+    data = bytearray()
+    for number, (name, mode, content) in enumerate([*contents, ("TRAILER!!!", 0, b"")], 1):
+        name = name.encode() + b"\0"
+        fields = [number, mode, 0, 0, 1, 0, len(content), 0, 0, 0, 0, len(name), 0]
+        data += b"070701" + b"".join(b"%08X" % field for field in fields) + name
+        data += bytes(-len(data) % 4) + content
+        data += bytes(-len(data) % 4)
+    return bytes(data)
+
+
+def is_static(program):
+    def number(at, size):
+        return int.from_bytes(program[at:at + size], "little")
+
+    first, size, count = number(32, 8), number(54, 2), number(56, 2)
+    kinds = [number(first + index * size, 4) for index in range(count)]
+    return program.startswith(b"\x7fELF") and INTERPRETER not in kinds

@@ -1,0 +1,130 @@
+"""The running machine: started, listened to and ended."""
+
+import selectors
+import shlex
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+import initramfs
+import qemu
+from faults import MachineFailure, MissingPackage, TimeIsUp
+
+UDEV = Path("/lib/systemd/systemd-udevd")
+MODPROBE = Path("/sbin/modprobe")
+CONSOLE_LINES = 40  # of its end are shown when the machine fails
+AFTERLIFE = 10  # seconds that it may take to switch off once it has told the exit code
+
+
+class Machine:
+    """Boots `kernel`, runs one command and is gone.
+
+    `modules` are lines for modprobe, a name and its parameters. `environment` is all that the command gets.
+    `results` is a folder of the host in which the command can write; everything else that it writes is lost.
+    """
+
+    def __init__(self, kernel, modules, environment, directory, results=None, memory="2G", processors=2):
+        for program, package in ((UDEV, "udev"), (MODPROBE, "kmod")):
+            if not program.exists():
+                raise MissingPackage(str(program), package)
+        self._kernel = kernel
+        self._modules = modules
+        self._environment = environment
+        self._directory = directory
+        self._results = results
+        self._memory = memory
+        self._processors = processors
+        self.console = bytearray()
+        self._status = bytearray()
+        self.boot_seconds = None  # by the guest's clock, until the command was started
+
+    def run(self, command, seconds):
+        """Runs it with its output in ours; returns its exit code."""
+        given = {
+            "settings": f"modules_folder={shlex.quote(str(self._kernel.modules))}\n"
+                        f"results={shlex.quote(str(self._results or ''))}\n",
+            "modules": "".join(f"{line}\n" for line in self._modules),
+            "command": self._script(command),
+        }
+        with tempfile.NamedTemporaryFile(prefix="initramfs-") as file:
+            file.write(initramfs.archive(initramfs.entries(self._kernel, given)))
+            file.flush()
+            return self._run(file.name, seconds)
+
+    def _script(self, command):
+        lines = [f"export {name}={shlex.quote(value)}" for name, value in self._environment.items()]
+        return "\n".join([*lines, f"cd {shlex.quote(str(self._directory))} || exit",
+                          "exec " + shlex.join(command), ""])
+
+    def _run(self, initramfs_file, seconds):
+        sockets = {name: socket.socketpair() for name in ("console", *qemu.PORTS)}
+        theirs = {name: pair[1] for name, pair in sockets.items()}
+        arguments = qemu.command(self._kernel, initramfs_file, self._memory, self._processors,
+                                 theirs["console"].fileno(),
+                                 {name: theirs[name].fileno() for name in qemu.PORTS}, self._results)
+        process = subprocess.Popen(arguments, stdin=subprocess.DEVNULL, stdout=theirs["console"],
+                                   stderr=theirs["console"], pass_fds=[end.fileno() for end in theirs.values()])
+        try:
+            for end in theirs.values():
+                end.close()
+            self._listen({name: pair[0] for name, pair in sockets.items()}, time.monotonic() + seconds)
+            process.wait(AFTERLIFE)
+        except subprocess.TimeoutExpired:
+            pass  # it has told all that we want to know
+        finally:
+            process.kill()
+            process.wait()
+        return self._exit_code()
+
+    def _listen(self, ends, deadline):
+        """Until the machine has closed all its ends."""
+        receivers = {"console": self.console.extend, "status": self._status_received,
+                     "output": self._writer(sys.stdout.buffer), "errors": self._writer(sys.stderr.buffer)}
+        with selectors.DefaultSelector() as selector:
+            for name, end in ends.items():
+                selector.register(end, selectors.EVENT_READ, receivers[name])
+            while selector.get_map():
+                left = deadline - time.monotonic()
+                if left <= 0:
+                    raise TimeIsUp("the command has not ended in time" if self.boot_seconds else
+                                   "the machine has not come up in time")
+                for key, _ in selector.select(left):
+                    data = key.fileobj.recv(1 << 16)
+                    if data:
+                        key.data(data)
+                    else:
+                        selector.unregister(key.fileobj)
+                        key.fileobj.close()
+
+    @staticmethod
+    def _writer(stream):
+        def write(data):
+            stream.write(data)
+            stream.flush()
+        return write
+
+    def _status_received(self, data):
+        self._status += data
+        if self.boot_seconds is None and (line := self._told("up")):
+            self.boot_seconds = float(line)
+
+    def _told(self, word):
+        """What the guest has said behind that word; None as long as it has not."""
+        for line in self._status.decode().split("\n")[:-1]:
+            if line.startswith(word + " "):
+                return line.removeprefix(word + " ")
+        return None
+
+    def _exit_code(self):
+        code = self._told("exit")
+        if code is None:
+            raise MachineFailure("the kernel panicked" if b"Kernel panic" in self.console else
+                                 "the machine ended before the command did")
+        return int(code)
+
+    def console_end(self):
+        """The last lines of what the kernel, and the guest before the command, have said."""
+        return "\n".join(self.console.decode(errors="replace").splitlines()[-CONSOLE_LINES:])

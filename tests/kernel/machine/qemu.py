@@ -1,0 +1,39 @@
+"""The command that starts the machine."""
+
+import shutil
+
+from faults import MissingPackage
+
+PROGRAM = "qemu-system-x86_64"
+PORTS = ("status", "output", "errors")  # in the order of their numbers in the guest: /dev/vport0p1 and on
+
+
+def share(tag, path, *options):
+    """A folder of the host that the guest mounts by `tag`."""
+    return ["-fsdev", ",".join((f"local,id={tag}", "path=" + str(path).replace(",", ",,"), "security_model=none", "multidevs=remap", *options)),
+            "-device", f"virtio-9p-pci,fsdev={tag},mount_tag={tag}"]
+
+
+def command(kernel, initramfs, memory, processors, console, ports, results=None):
+    """Boots `initramfs`. `console` and each of `ports` are numbers of open sockets."""
+    program = shutil.which(PROGRAM)
+    if not program:
+        raise MissingPackage(PROGRAM, "qemu-system-x86")
+    arguments = [
+        # it ends with us, however we end
+        "setpriv", "--pdeathsig", "KILL", "--",
+        # in software: a processor's help is not to be had everywhere, and not to be trusted where it seems to be
+        program, "-accel", "tcg,thread=multi", "-cpu", "max", "-smp", str(processors), "-m", memory,
+        "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
+        "-kernel", str(kernel.image), "-initrd", str(initramfs),
+        "-append", "console=ttyS0 quiet panic=-1 oops=panic mitigations=off random.trust_cpu=on",
+        "-chardev", f"socket,id=console,fd={console}", "-serial", "chardev:console",
+        "-device", "virtio-serial-pci",  # the first of its kind, so that its ports are vport0
+    ]
+    for number, name in enumerate(PORTS, 1):
+        arguments += ["-chardev", f"socket,id={name},fd={ports[name]}",
+                      "-device", f"virtserialport,nr={number},chardev={name},name={name}"]
+    arguments += share("host", "/", "readonly=on")
+    if results:
+        arguments += share("results", results)
+    return arguments
