@@ -1,0 +1,136 @@
+"""The streaming interface: when frames begin, and how they are cut into payloads for the host's requests."""
+
+import time
+
+from descriptors import BULK_PACKET, ISOCHRONOUS_PACKET, STREAM_ENDPOINT
+from formats import Choice
+from frames import Frames
+
+# The kernel's requests to a bulk endpoint are that large, so a payload is one request.
+BULK_PAYLOAD = 32 * BULK_PACKET
+HEADER_BYTES = 2
+TOGGLE, END_OF_FRAME, ERROR, END_OF_HEADER = 0x01, 0x02, 0x40, 0x80
+
+
+class Stream:
+    """Runs from the first request for data until reset(). `paced`: a frame begins at each tick of the camera's clock
+    and is left out while the last one is still on its way. Otherwise: as many as were pushed, one after the other.
+    """
+
+    def __init__(self, device, isochronous, paced, rate):
+        self._device, self._isochronous, self._paced, self._rate = device, isochronous, paced, rate
+        self.frames = Frames()
+        self.power_up()
+
+    def power_up(self):
+        self.running = self._stalled = False
+        self.pushed = self.sent = self.skipped = self.lost = 0
+        self.last = ""
+        self.bytes_left = None
+        self.probed = self.choice = self.choose()
+        self._toggle = 0
+        self._frame = None
+
+    def choose(self, block=b""):
+        return Choice(ISOCHRONOUS_PACKET if self._isochronous else BULK_PAYLOAD, block)
+
+    def reset(self):
+        """The host has ended the stream, or is about to begin it."""
+        if self.running:
+            self._device.log.append("stop")
+        self.running = self._stalled = False
+        self._frame = None
+        self.frames.restart()
+
+    def stall(self):
+        """Nothing more until the host resets the stream."""
+        self._stalled = True
+
+    def push(self, count):
+        self.pushed += count
+        self.serve()
+
+    def requested(self):
+        if not self.running:
+            self.running = True
+            self._due = time.monotonic()
+            self._device.log.append("start")
+        self.serve()
+
+    def next_wake(self):
+        """Begins the frame whose time has come; milliseconds until the next, or None."""
+        if not (self._paced and self.running):
+            return None
+        now = time.monotonic()
+        if now >= self._due:
+            interval = 1 / self._rate if self._rate else self.choice.seconds
+            missed = int((now - self._due) / interval)
+            self._due += (missed + 1) * interval
+            self.skipped += missed
+            if self._frame:
+                self.skipped += 1
+            else:
+                self._begin()
+            self.serve()
+        return max(0, int((self._due - now) * 1000) + 1)
+
+    def serve(self):
+        """Answers the requests that wait, as far as there is something to send."""
+        waiting = self._device.waiting(STREAM_ENDPOINT)
+        while waiting and self.running and not self._stalled:
+            if not self._frame and not self._paced and self.pushed:
+                self.pushed -= 1
+                self._begin()
+                continue
+            if not self._frame:
+                break
+            if self._isochronous:
+                self._answer_packets(waiting.popleft())
+            else:
+                self._answer_bulk(waiting.popleft())
+            if self.bytes_left is not None and self.bytes_left <= 0:
+                self._device.unplug()
+                break
+
+    def _begin(self):
+        try:
+            frame = self.frames.take(self.choice)
+        except LookupError as error:
+            self._device.log.append(str(error))
+            self.stall()
+            return
+        if frame is None:
+            self.lost += 1
+            return
+        self._frame, self._data, self._sent = frame, memoryview(frame.data), 0
+        self._toggle ^= TOGGLE
+
+    def _payload(self, length):
+        """The next of the frame, header and data, in at most `length` bytes."""
+        data = self._data[self._sent:self._sent + length - HEADER_BYTES]
+        self._sent += len(data)
+        flags = END_OF_HEADER | self._toggle | (ERROR if self._frame.error else 0)
+        if self._sent == len(self._data):
+            flags |= END_OF_FRAME
+            self.sent += 1
+            self.last = self._frame.name
+            self._frame = None
+        if self.bytes_left is not None:
+            self.bytes_left -= len(data)
+        return bytes((HEADER_BYTES, flags)), data
+
+    def _answer_bulk(self, request):
+        # A payload ends where it has the agreed size or a request is not filled.
+        whole = request.length >= BULK_PAYLOAD
+        header, data = self._payload(BULK_PAYLOAD if whole else request.length - 1)
+        self._device.cable.answer(request, (header, data), len(header) + len(data))
+
+    def _answer_packets(self, request):
+        buffers, lengths = [], []
+        for size in request.packets:
+            if not self._frame:
+                break
+            header, data = self._payload(min(size, ISOCHRONOUS_PACKET))
+            buffers += header, data
+            lengths.append(len(header) + len(data))
+        self._device.cable.answer_packets(request, buffers, lengths)

@@ -1,0 +1,165 @@
+"""What every USB device does: it is plugged and unplugged, and answers the standard requests on endpoint 0."""
+
+import select
+import struct
+import threading
+from collections import deque
+
+from usbip import STALL, Cable
+
+GET_STATUS, CLEAR_FEATURE, SET_FEATURE = 0, 1, 3
+GET_DESCRIPTOR, GET_CONFIGURATION, SET_CONFIGURATION, GET_INTERFACE, SET_INTERFACE = 6, 8, 9, 10, 11
+DEVICE, CONFIGURATION, STRING = 1, 2, 3
+TO_ENDPOINT = 0x02
+SETUP = struct.Struct("<BBHHH")
+
+
+class Stall(Exception):
+    """The device refuses a control request."""
+
+
+class UsbDevice:
+    """A device with its thread, which lives as long as the device is plugged in.
+
+    Who calls a method holds `lock`: the state is shared with that thread.
+    """
+
+    def __init__(self, descriptor, configuration, strings):
+        self.lock = threading.Lock()
+        self.cable = None
+        self.log = []
+        self._descriptor, self._configuration = descriptor, configuration
+        self._strings = [b"\x09\x04"] + [text.encode("utf-16-le") for text in strings]
+        self._thread = None
+        self._waiting = {}
+        self._alternates = {}
+
+    def plug(self, port=None):
+        if self.cable:
+            raise ValueError("it is plugged in already")
+        self._waiting = {}
+        self._alternates = {}
+        self.cable = Cable(port)
+        self._thread = threading.Thread(target=self._serve, args=(self.cable,), daemon=True)
+        self._thread.start()
+
+    def unplug(self):
+        if not self.cable:
+            raise ValueError("it is not plugged in")
+        self.cable.unplug()
+        self.cable = None
+        self.unplugged()
+
+    def waiting(self, endpoint):
+        """The host's requests to an endpoint that have not been answered, oldest first."""
+        return self._waiting.setdefault(endpoint, deque())
+
+    # What a kind of device adds.
+
+    def control(self, kind, request, value, index, length, data):
+        """Answers a class or vendor request: the bytes that it brings, or a Stall."""
+        raise Stall
+
+    def arrived(self, endpoint):
+        """The host asks an endpoint for data."""
+
+    def unlinked(self, endpoint):
+        """The host took a request to an endpoint back."""
+
+    def endpoint_reset(self, endpoint):
+        """The host cleared the halt of an endpoint."""
+
+    def alternate_chosen(self, interface, alternate):
+        """The host chose an alternate setting."""
+
+    def unplugged(self):
+        """It has lost its power."""
+
+    def next_wake(self):
+        """Does what is due by the clock; tells in how many milliseconds to be asked again, or None."""
+        return None
+
+    # The thread.
+
+    def _serve(self, cable):
+        poll = select.poll()
+        poll.register(cable, select.POLLIN)
+        wake = None
+        while True:
+            requests = cable.receive() if poll.poll(wake) else ()
+            with self.lock:
+                if cable is not self.cable:
+                    break
+                if requests is None:
+                    self.unplug()
+                    break
+                for request in requests:
+                    self._take(request)
+                    if not self.cable:
+                        break
+                else:
+                    wake = self.next_wake()
+        cable.close()
+
+    def _take(self, request):
+        if request.unlinks is not None:
+            self._unlink(request)
+        elif request.endpoint:
+            self.waiting(request.endpoint).append(request)
+            self.arrived(request.endpoint)
+        else:
+            self._answer_control(request)
+
+    def _unlink(self, request):
+        for endpoint, waiting in self._waiting.items():
+            for candidate in waiting:
+                if candidate.number == request.unlinks:
+                    waiting.remove(candidate)
+                    self.cable.answer_unlink(request, was_waiting=True)
+                    self.unlinked(endpoint)
+                    return
+        self.cable.answer_unlink(request, was_waiting=False)
+
+    def _answer_control(self, request):
+        kind, what, value, index, length = SETUP.unpack(request.setup)
+        try:
+            if kind & 0x60:
+                answer = self.control(kind, what, value, index, length, request.data)
+            else:
+                answer = self._standard(kind & 0x1f, what, value, index)
+        except Stall:
+            self.cable.answer(request, status=STALL)
+            return
+        if request.inward:
+            answer = answer[:length]
+            self.cable.answer(request, [answer], len(answer))
+        else:
+            self.cable.answer(request, length=length)
+
+    def _standard(self, recipient, what, value, index):
+        if what == GET_DESCRIPTOR:
+            return self._descriptor_of(value >> 8, value & 0xff)
+        if what == GET_STATUS:
+            return b"\0\0"
+        if what == GET_CONFIGURATION:
+            return b"\1"
+        if what == GET_INTERFACE:
+            return bytes([self._alternates.get(index, 0)])
+        if what == SET_INTERFACE:
+            self._alternates[index] = value
+            self.alternate_chosen(index, value)
+        elif what == CLEAR_FEATURE and recipient == TO_ENDPOINT:
+            self.endpoint_reset(index & 0x0f)
+        elif what not in (SET_CONFIGURATION, SET_FEATURE, CLEAR_FEATURE):
+            raise Stall
+        return b""
+
+    def _descriptor_of(self, kind, index):
+        if kind == DEVICE:
+            return self._descriptor
+        if kind == CONFIGURATION:
+            return self._configuration
+        if kind == STRING and index < len(self._strings):
+            text = self._strings[index]
+            return bytes([len(text) + 2, STRING]) + text
+        raise Stall

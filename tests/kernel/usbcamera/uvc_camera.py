@@ -1,0 +1,119 @@
+"""A USB Video Class camera: its units, its stream, and the endpoint on which it tells of its button."""
+
+from collections import deque
+
+import controls
+import descriptors
+from descriptors import STATUS_ENDPOINT, STREAM_ENDPOINT, VIDEO_CONTROL, VIDEO_STREAMING
+from stream import Stream
+from usb_device import Stall, UsbDevice
+
+PROBE, COMMIT = 1, 2
+LAST_ERROR = 2
+OUT_OF_RANGE, UNKNOWN_CONTROL = 4, 6
+TO_INTERFACE = 0x21
+
+
+class UvcCamera(UsbDevice):
+    def __init__(self, vendor=0x1209, product=0x0001, title="Test Camera", serial="1", mode="paced", rate=None,
+                 endpoint="bulk"):
+        if mode not in ("paced", "pushed") or endpoint not in ("bulk", "iso"):
+            raise ValueError("mode is paced or pushed, endpoint bulk or iso")
+        isochronous = endpoint == "iso"
+        super().__init__(descriptors.device((vendor, product), (0xef, 2, 1)),
+                         descriptors.camera_configuration(isochronous), ("Brimwell", title, serial))
+        self.controls = controls.Controls(self.log)
+        self.stream = Stream(self, isochronous, mode == "paced", rate)
+        self._last_error = 0
+        self._status = deque()
+        self._listening = False
+
+    def unplugged(self):
+        self.controls.reset()
+        self.stream.power_up()
+        self._status.clear()
+        self._listening = False
+
+    @property
+    def listening(self):
+        """Whether the host hears of the button and of controls that move: while a program has the camera open."""
+        return self._listening
+
+    def press(self):
+        for value in (1, 0):
+            self._tell(bytes((2, VIDEO_STREAMING, 0, value)))
+
+    def tell_moved(self, control):
+        value = controls.pack(control, self.controls.values[control.name])
+        self._tell(bytes((1, control.unit, 0, control.selector, 0)) + value)
+
+    def _tell(self, status):
+        if not self._listening:
+            raise ValueError("nobody has the camera open")
+        self._status.append(status)
+        self.arrived(STATUS_ENDPOINT)
+
+    def arrived(self, endpoint):
+        if endpoint == STREAM_ENDPOINT:
+            self.stream.requested()
+            return
+        self._listening = True
+        waiting = self.waiting(STATUS_ENDPOINT)
+        while waiting and self._status:
+            status = self._status.popleft()
+            self.cable.answer(waiting.popleft(), [status], len(status))
+
+    def unlinked(self, endpoint):
+        if endpoint == STATUS_ENDPOINT:
+            self._listening = False
+            self._status.clear()
+
+    def endpoint_reset(self, endpoint):
+        if endpoint == STREAM_ENDPOINT:
+            self.stream.reset()
+
+    def alternate_chosen(self, interface, alternate):
+        if interface == VIDEO_STREAMING:
+            self.stream.reset()
+
+    def next_wake(self):
+        return self.stream.next_wake()
+
+    def control(self, kind, request, value, index, length, data):
+        if kind & 0x7f != TO_INTERFACE:
+            raise Stall
+        selector, unit, interface = value >> 8, index >> 8, index & 0xff
+        if interface == VIDEO_STREAMING:
+            return self._stream_control(selector, request, data)
+        if interface == VIDEO_CONTROL and unit == 0 and selector == LAST_ERROR:
+            return bytes([self._last_error])
+        try:
+            return self.controls.request(unit, selector, request, data)
+        except Stall:
+            self._last_error = OUT_OF_RANGE if request == controls.SET_CURRENT else UNKNOWN_CONTROL
+            raise
+
+    def _stream_control(self, selector, request, data):
+        stream = self.stream
+        if selector not in (PROBE, COMMIT):
+            raise Stall
+        if request == controls.GET_INFORMATION:
+            return bytes([controls.READ_AND_SET])
+        if request == controls.GET_LENGTH:
+            return len(stream.probed.pack()).to_bytes(2, "little")
+        if request in (controls.GET_MINIMUM, controls.GET_MAXIMUM):
+            return stream.probed.pack()
+        if request == controls.GET_DEFAULT:
+            return stream.choose().pack()
+        if request == controls.GET_CURRENT:
+            return (stream.probed if selector == PROBE else stream.choice).pack()
+        if request != controls.SET_CURRENT:
+            raise Stall
+        if selector == PROBE:
+            stream.probed = stream.choose(data)
+            self.log.append(f"probe {stream.probed}")
+        else:
+            stream.reset()
+            stream.choice = stream.choose(data)
+            self.log.append(f"commit {stream.choice}")
+        return b""
