@@ -10,12 +10,19 @@
 
 class BWKernelCalls;
 
+/// The time from one frame to the next: a fraction of seconds, 0/0 if not known.
+struct BWVideoInterval {
+    uint32_t numerator = 0;
+    uint32_t denominator = 0;
+};
+
 /// A pixel format at a size, and how fast the device says it delivers that.
 struct BWVideoMode {
     uint32_t fourcc = 0; ///< V4L2 pixel format
     BWPixelFormat pixelFormat = BWPixelFormat::None; ///< ours; None for a format that we do not show
     BWResolution resolution;
     double framesPerSecond = 0; ///< the highest; 0 if the device does not say
+    BWVideoInterval interval; ///< the same, as the device put it
 };
 
 /// One entry of a menu control.
@@ -27,7 +34,7 @@ struct BWVideoMenuEntry {
 /// A control of the device that stands behind one of our control codes.
 struct BWVideoControl {
     BWControlInfo info; ///< as the program sees it: automatic exposure is 0 or 1, whatever its menu
-    uint32_t id = 0; ///< V4L2 control id
+    uint32_t id = 0; ///< V4L2 control id; 0 for the video norm, which is no V4L2 control
     std::vector<BWVideoMenuEntry> menu; ///< of a menu control
 };
 

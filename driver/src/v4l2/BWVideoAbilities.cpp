@@ -1,0 +1,74 @@
+#include "v4l2/BWVideoAbilities.h"
+
+#include "v4l2/BWVideoControlReader.h"
+#include "v4l2/BWVideoModeReader.h"
+#include "v4l2/BWVideoNorms.h"
+
+#include <algorithm>
+#include <linux/videodev2.h>
+
+namespace {
+
+template <std::size_t size>
+QString text(const __u8 (&bytes)[size])
+{
+    const auto *characters = reinterpret_cast<const char *>(bytes);
+    return QString::fromUtf8(characters, qsizetype(qstrnlen(characters, size)));
+}
+
+BWResolution currentSize(const BWKernelFile &node)
+{
+    v4l2_format format{};
+    format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    if (node.ioctl(VIDIOC_G_FMT, format) < 0)
+        return {};
+    return {static_cast<int>(format.fmt.pix.width), static_cast<int>(format.fmt.pix.height)};
+}
+
+} // namespace
+
+std::vector<BWResolution> BWVideoAbilities::resolutions() const
+{
+    std::vector<BWResolution> sizes;
+    for (const BWVideoMode &mode : modes) {
+        if (mode.pixelFormat != BWPixelFormat::None
+            && std::find(sizes.begin(), sizes.end(), mode.resolution) == sizes.end())
+            sizes.push_back(mode.resolution);
+    }
+    const auto area = [](BWResolution size) { return int64_t(size.width()) * size.height(); };
+    std::sort(sizes.begin(), sizes.end(), [area](BWResolution left, BWResolution right) {
+        return area(left) != area(right) ? area(left) < area(right) : left.width() < right.width();
+    });
+    return sizes;
+}
+
+std::optional<BWVideoAbilities> BWVideoAbilities::read(BWKernelCalls &kernel, const char *path, int &error)
+{
+    const BWKernelFile node(kernel, path);
+    if (!node.isOpen()) {
+        error = -node.openError();
+        return std::nullopt;
+    }
+    v4l2_capability capability{};
+    if (const int result = node.ioctl(VIDIOC_QUERYCAP, capability); result < 0) {
+        error = -result;
+        return std::nullopt;
+    }
+    BWVideoAbilities abilities;
+    abilities.driver = text(capability.driver);
+    abilities.card = text(capability.card);
+    abilities.bus = text(capability.bus_info);
+    // A driver with several nodes tells of all of them, and apart from that what this node does.
+    const uint32_t does =
+        capability.capabilities & V4L2_CAP_DEVICE_CAPS ? capability.device_caps : capability.capabilities;
+    abilities.captures = (does & V4L2_CAP_VIDEO_CAPTURE) && (does & V4L2_CAP_STREAMING);
+    if (!abilities.captures)
+        return abilities;
+    abilities.modes = BWVideoModeReader(node).modes();
+    abilities.controls = BWVideoControlReader(node).controls();
+    abilities.norms = BWVideoNorms::read(node);
+    if (abilities.hasNorms())
+        abilities.controls.push_back(BWVideoNorms::control(node, abilities.norms));
+    abilities.current = currentSize(node);
+    return abilities;
+}
