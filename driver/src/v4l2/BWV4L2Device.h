@@ -2,11 +2,11 @@
 
 #include "BWACUDriver/BWCaptureDevice.h"
 #include "v4l2/BWBridgeRegisters.h"
-#include "v4l2/BWKernelCalls.h"
-#include "v4l2/BWVideoAbilities.h"
+#include "v4l2/BWButtonReader.h"
+#include "v4l2/BWVideoControls.h"
 #include "v4l2/BWVideoNode.h"
+#include "v4l2/BWVideoStream.h"
 
-#include <memory>
 #include <QByteArray>
 
 /// One opened camera of the kernel. Its node is open only while it streams, and for the moment of a change otherwise,
@@ -29,10 +29,50 @@ public:
     void stopStreaming() override;
     WaitResult waitFrame(std::chrono::milliseconds timeout, BWFrame &frame) override;
     void interrupt() override;
-    bool readsButton() const override;
+    bool expectsFrames() const override { return m_stream.canDeliver(); }
+    bool readsButton() const override { return m_button.isOpen(); }
     double setControl(int identifier, double value) override;
     void setVideoNorm(int norm) override;
     int readRegister(int identifier) override;
     void writeRegister(int identifier, int value) override;
     QString registerProblem() const override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Ready {
+        short node = 0; ///< events of the poll; 0 also while the node is not listened to
+        bool button = false;
+    };
+
+    /// Null, and why, where it cannot be opened. A node that belongs to another device by now counts as gone.
+    std::unique_ptr<const BWKernelFile> openNode(int &error) const;
+    int applyNorm(const BWKernelFile &node) const;
+    BWStartProblem problem(BWStartProblem::Kind kind) const;
+    /// Waits until something is to be done, at most until then.
+    Ready waitUntil(Clock::time_point deadline);
+    WaitResult takeFrame(short events, BWFrame &frame);
+    bool isGone() const;
+
+    const BWVideoNode m_node;
+    const BWVideoAbilities m_abilities;
+    const QString m_name; ///< for the log
+    const std::function<QByteArray()> m_findButton;
+    const std::unique_ptr<BWBridgeRegisters> m_registers;
+    BWKernelCalls &m_kernel;
+    std::function<void()> m_pressed;
+    const std::shared_ptr<const BWWakeUp> m_wakeUp;
+    std::atomic<bool> m_interrupted = false;
+    BWResolution m_resolution;
+    std::optional<uint64_t> m_norm; ///< V4L2 standard; not touched before one is asked for
+    BWVideoControls m_controls;
+
+    // While it streams.
+    std::unique_ptr<const BWKernelFile> m_file;
+    BWVideoStream m_stream;
+    BWButtonReader m_button;
+    bool m_hasEvents = false; ///< the node tells of controls that move
+    bool m_wasBroken = false;
+    Clock::time_point m_deafUntil; ///< the node is not polled before: it would answer at once, again and again
+    Clock::time_point m_nextReading; ///< of controls which the camera moves
 };

@@ -42,6 +42,21 @@ std::vector<BWResolution> BWVideoAbilities::resolutions() const
     return sizes;
 }
 
+int BWVideoAbilities::identify(const BWKernelFile &node)
+{
+    v4l2_capability capability{};
+    if (const int result = node.ioctl(VIDIOC_QUERYCAP, capability); result < 0)
+        return result;
+    driver = text(capability.driver);
+    card = text(capability.card);
+    bus = text(capability.bus_info);
+    // A driver with several nodes tells what all of them do, and apart from that what this one does.
+    const bool own = capability.capabilities & V4L2_CAP_DEVICE_CAPS;
+    const uint32_t does = own ? capability.device_caps : capability.capabilities;
+    captures = (does & V4L2_CAP_VIDEO_CAPTURE) && (does & V4L2_CAP_STREAMING);
+    return 0;
+}
+
 std::optional<BWVideoAbilities> BWVideoAbilities::read(BWKernelCalls &kernel, const char *path, int &error)
 {
     const BWKernelFile node(kernel, path);
@@ -49,19 +64,11 @@ std::optional<BWVideoAbilities> BWVideoAbilities::read(BWKernelCalls &kernel, co
         error = -node.openError();
         return std::nullopt;
     }
-    v4l2_capability capability{};
-    if (const int result = node.ioctl(VIDIOC_QUERYCAP, capability); result < 0) {
+    BWVideoAbilities abilities;
+    if (const int result = abilities.identify(node); result < 0) {
         error = -result;
         return std::nullopt;
     }
-    BWVideoAbilities abilities;
-    abilities.driver = text(capability.driver);
-    abilities.card = text(capability.card);
-    abilities.bus = text(capability.bus_info);
-    // A driver with several nodes tells of all of them, and apart from that what this node does.
-    const uint32_t does =
-        capability.capabilities & V4L2_CAP_DEVICE_CAPS ? capability.device_caps : capability.capabilities;
-    abilities.captures = (does & V4L2_CAP_VIDEO_CAPTURE) && (does & V4L2_CAP_STREAMING);
     if (!abilities.captures)
         return abilities;
     abilities.modes = BWVideoModeReader(node).modes();

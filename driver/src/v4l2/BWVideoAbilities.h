@@ -9,6 +9,7 @@
 #include <vector>
 
 class BWKernelCalls;
+class BWKernelFile;
 
 /// The time from one frame to the next: a fraction of seconds, 0/0 if not known.
 struct BWVideoInterval {
@@ -53,6 +54,9 @@ struct BWVideoAbilities {
     bool hasNorms() const { return norms[0] || norms[1] || norms[2]; }
     /// Sizes in formats that we show, ascending by area, each once.
     std::vector<BWResolution> resolutions() const;
+
+    /// Reads the first four of an open node; a negative errno number on failure.
+    int identify(const BWKernelFile &node);
 
     /// Opens and closes the node. Returns nothing, and the errno number in `error`, where it cannot be opened or is no
     /// V4L2 device.

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "v4l2/BWKernelFile.h"
+
+#include <atomic>
+#include <memory>
+
+/// The button of a camera, which the kernel hands on as a key of an input device. Capture thread, except isOpen().
+class BWButtonReader {
+public:
+    explicit BWButtonReader(BWKernelCalls &kernel) : m_kernel(kernel) { }
+
+    /// `path` is the event node; empty where the camera has no button. Presses before now do not count.
+    void open(const char *path);
+    void close();
+
+    /// Any thread.
+    bool isOpen() const { return m_isOpen; }
+    /// To poll; -1 while closed.
+    int descriptor() const { return m_node ? m_node->descriptor() : -1; }
+
+    /// The number of presses since the last call. Closes itself when the node has gone, as on an unplug.
+    int takePresses();
+
+private:
+    BWKernelCalls &m_kernel;
+    std::unique_ptr<const BWKernelFile> m_node;
+    std::atomic<bool> m_isOpen = false;
+};
