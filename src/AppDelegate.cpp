@@ -78,12 +78,8 @@ void AppDelegate::cameraAccessMissing(const QString &title, const QString &messa
 void AppDelegate::doFinishApplicationLaunch()
 {
     prepareUI();
-    m_cameraDetector = std::make_unique<BWCameraDetector>(
-        QList{BWCameraDetector::descriptionForDX20(), BWCameraDetector::descriptionForRegularMicroscope(),
-              BWCameraDetector::descriptionForHighResolutionMicroscope(),
-              BWCameraDetector::descriptionForUltraResolutionMicroscope(),
-              BWCameraDetector::descriptionForReceptorWirelessMicroscope()},
-        std::move(m_options.backends));
+    m_cameraDetector =
+        std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(m_options.backends));
     m_cameraDetector->setCameraFoundBlock(
         [this](const BWDetectedCameraPtr &device) { m_session->cameraFound(device); });
     m_cameraDetector->setCameraRemovedBlock(

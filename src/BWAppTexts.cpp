@@ -8,11 +8,8 @@ using namespace Qt::StringLiterals;
 void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
 {
     // Some texts are only made known here, so that a refreshed translation file has them.
-    for (const auto &description :
-         {BWCameraDetector::descriptionForDX20(), BWCameraDetector::descriptionForRegularMicroscope(),
-          BWCameraDetector::descriptionForHighResolutionMicroscope(),
-          BWCameraDetector::descriptionForUltraResolutionMicroscope(),
-          BWCameraDetector::descriptionForReceptorWirelessMicroscope()})
+    const QList<BWCameraDescriptionPtr> descriptions = BWCameraDetector::supportedDescriptions();
+    for (const BWCameraDescriptionPtr &description : descriptions)
         manager.text(u"camera_type"_s, description->identifierForCameraType, description->name);
     manager.text(u"general"_s, u"option_ok"_s, u"OK"_s);
     manager.text(u"general"_s, u"option_cancel"_s, u"Cancel"_s);

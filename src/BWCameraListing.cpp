@@ -36,12 +36,7 @@ void printCamera(const BWDetectedCamera &camera, QTextStream &out)
 void BWCameraListing::print(std::vector<std::unique_ptr<BWCameraBackend>> backends, QTextStream &out)
 {
     int count = 0;
-    BWCameraDetector detector({BWCameraDetector::descriptionForDX20(),
-                               BWCameraDetector::descriptionForRegularMicroscope(),
-                               BWCameraDetector::descriptionForHighResolutionMicroscope(),
-                               BWCameraDetector::descriptionForUltraResolutionMicroscope(),
-                               BWCameraDetector::descriptionForReceptorWirelessMicroscope()},
-                              std::move(backends));
+    BWCameraDetector detector(BWCameraDetector::supportedDescriptions(), std::move(backends));
     detector.setCameraFoundBlock([&](const BWDetectedCameraPtr &camera) {
         ++count;
         printCamera(*camera, out);

@@ -12,7 +12,7 @@ BWCameraDescriptionPtr describe(QString name, QString cameraType, QString produc
         BWCameraDescription{name, cameraType, products, resolutions, settings, isBridgeChip});
 }
 
-/// The supported types, in the order in which they are registered.
+/// The supported types.
 struct SupportedTypes {
     const QList<int> colour{BWSettingHue,       BWSettingContrast, BWSettingSaturation,   BWSettingBrightness,
                             BWSettingSharpness, BWSettingGamma,    BWSettingWhiteBalance, BWSettingAutoWhite};
@@ -76,4 +76,10 @@ BWCameraDescriptionPtr BWCameraDetector::descriptionForUltraResolutionMicroscope
 BWCameraDescriptionPtr BWCameraDetector::descriptionForReceptorWirelessMicroscope()
 {
     return SupportedTypes::table().wireless;
+}
+
+QList<BWCameraDescriptionPtr> BWCameraDetector::supportedDescriptions()
+{
+    const SupportedTypes &types = SupportedTypes::table();
+    return {types.dx20, types.regular, types.high, types.ultra, types.wireless};
 }

@@ -108,11 +108,7 @@ private Q_SLOTS:
             if (!identifier.isNull())
                 manager.text(u"camera_setting"_s, identifier, BWCameraSetting::nameForSettingIdentifier(code));
         }
-        for (const BWCameraDescriptionPtr &type :
-             {BWCameraDetector::descriptionForDX20(), BWCameraDetector::descriptionForRegularMicroscope(),
-              BWCameraDetector::descriptionForHighResolutionMicroscope(),
-              BWCameraDetector::descriptionForUltraResolutionMicroscope(),
-              BWCameraDetector::descriptionForReceptorWirelessMicroscope()})
+        for (const BWCameraDescriptionPtr &type : BWCameraDetector::supportedDescriptions())
             manager.text(u"camera_type"_s, type->identifierForCameraType, type->name);
         QCOMPARE(wordings(manager.strings()), wordings(known));
         QCOMPARE(manager.text(u"camera_product"_s, u"mx62"_s, u"Polarizing Microscope MX62"_s),

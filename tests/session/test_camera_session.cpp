@@ -90,12 +90,7 @@ struct Bench {
         backends.push_back(std::move(backend));
         session = std::make_unique<BWCameraSession>(
             manager, config, ui, [this](BWCamera &) { ++prepared; }, clock);
-        detector = std::make_unique<BWCameraDetector>(
-            QList{BWCameraDetector::descriptionForDX20(), BWCameraDetector::descriptionForRegularMicroscope(),
-                  BWCameraDetector::descriptionForHighResolutionMicroscope(),
-                  BWCameraDetector::descriptionForUltraResolutionMicroscope(),
-                  BWCameraDetector::descriptionForReceptorWirelessMicroscope()},
-            std::move(backends));
+        detector = std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(backends));
         detector->setCameraFoundBlock([this](const BWDetectedCameraPtr &camera) { session->cameraFound(camera); });
         detector->setCameraRemovedBlock([this](const BWDetectedCameraPtr &camera) { session->cameraRemoved(camera); });
         detector->startCamerasDetection();

@@ -21,6 +21,8 @@ public:
     static BWCameraDescriptionPtr descriptionForHighResolutionMicroscope();
     static BWCameraDescriptionPtr descriptionForUltraResolutionMicroscope();
     static BWCameraDescriptionPtr descriptionForReceptorWirelessMicroscope();
+    /// All of them, in the order in which they are registered.
+    static QList<BWCameraDescriptionPtr> supportedDescriptions();
 
     /// Watches only for devices that fit one of the descriptions.
     BWCameraDetector(QList<BWCameraDescriptionPtr> descriptions,
