@@ -22,7 +22,6 @@ BWCameraControls::BWCameraControls(const std::vector<BWControlInfo> &controls)
         auto setting =
             std::make_shared<BWCameraSetting>(info.identifier, info.min, info.max, info.step, info.defaultValue);
         setting->setValue(info.value);
-        m_taken[info.identifier] = info.value;
         m_settings.emplace(info.identifier, std::move(setting));
     }
 }
@@ -35,26 +34,15 @@ std::shared_ptr<BWCameraSetting> BWCameraControls::setting(int identifier) const
 
 void BWCameraControls::apply(BWCaptureDevice &device, int identifier, double value)
 {
-    const std::shared_ptr<BWCameraSetting> changed = setting(identifier);
-    if (!changed)
+    if (!setting(identifier))
         return;
+    const double taken = send(device, identifier, value);
     for (const AutomaticMode &automatic : automaticModes) {
-        if (automatic.moves != identifier)
-            continue;
-        if (isOn(automatic.mode))
-            m_held[identifier] = value;
-        else
-            m_held.erase(identifier);
-    }
-    send(device, *changed, value);
-
-    for (const AutomaticMode &automatic : automaticModes) {
-        if (automatic.mode != identifier || isOn(identifier))
-            continue;
-        const auto held = m_held.extract(automatic.moves);
-        const std::shared_ptr<BWCameraSetting> moved = setting(automatic.moves);
-        if (held && moved)
-            send(device, *moved, held.mapped());
+        if (automatic.moves == identifier)
+            m_asked[identifier] = value;
+        const auto asked = m_asked.find(automatic.moves);
+        if (automatic.mode == identifier && taken <= 0 && asked != m_asked.end())
+            send(device, automatic.moves, asked->second);
     }
 }
 
@@ -64,15 +52,9 @@ void BWCameraControls::noteValue(int identifier, double value)
         moved->setValue(value);
 }
 
-void BWCameraControls::send(BWCaptureDevice &device, BWCameraSetting &setting, double value)
+double BWCameraControls::send(BWCaptureDevice &device, int identifier, double value)
 {
-    const double taken = device.setControl(setting.identifier(), value);
-    m_taken[setting.identifier()] = taken;
-    setting.setValue(taken);
-}
-
-bool BWCameraControls::isOn(int mode) const
-{
-    const auto taken = m_taken.find(mode);
-    return taken != m_taken.end() && taken->second > 0;
+    const double taken = device.setControl(identifier, value);
+    m_settings.at(identifier)->setValue(taken);
+    return taken;
 }

@@ -10,8 +10,8 @@
 /// The controls of one opened camera and what has been asked of them.
 ///
 /// While an automatic mode of the camera moves a control (white balance, exposure), a value sent for that control has
-/// no lasting effect; it is remembered and sent again when the mode is switched off, so that the camera then does what
-/// was asked last.
+/// no lasting effect, and what it had before is gone. So what was asked last is sent again when the mode is switched
+/// off: in whatever order a mode and its control are set, the camera then does what was asked of both.
 class BWCameraControls {
 public:
     explicit BWCameraControls(const std::vector<BWControlInfo> &controls);
@@ -26,11 +26,9 @@ public:
     void noteValue(int identifier, double value);
 
 private:
-    void send(BWCaptureDevice &device, BWCameraSetting &setting, double value);
-    bool isOn(int mode) const;
+    /// Returns what the device took.
+    double send(BWCaptureDevice &device, int identifier, double value);
 
     std::map<int, std::shared_ptr<BWCameraSetting>> m_settings;
-    // Users of a setting may note a value in it before it is sent, so what the device has is kept apart.
-    std::map<int, double> m_taken;
-    std::map<int, double> m_held; ///< values asked for while an automatic mode had the control
+    std::map<int, double> m_asked; ///< last, of the controls that an automatic mode may move
 };

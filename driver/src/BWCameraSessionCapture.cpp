@@ -104,6 +104,7 @@ BWStartProblem BWCamera::Session::tryToStart()
         return problem;
     }
     m_state = State::Streaming;
+    m_resolution = m_device->resolution();
     m_started = true;
     m_restartWarned = false;
     m_inspector.streamStarted();
@@ -191,6 +192,7 @@ void BWCamera::Session::resumeStream()
 {
     if (m_device->startStreaming().isNone()) {
         m_state = State::Streaming;
+        m_resolution = m_device->resolution();
         m_inspector.streamStarted();
     } else {
         m_state = State::Interrupted;

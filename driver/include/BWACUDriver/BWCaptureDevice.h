@@ -39,7 +39,8 @@ public:
     /// Fixed for the life of the device. Any thread.
     virtual std::vector<BWControlInfo> controls() const = 0;
 
-    /// The size the device is set to. Called on the capture thread, and once before it runs.
+    /// The size the device is set to. Called on the capture thread, and once before it runs. A start may change it: what
+    /// a device really delivers it tells only then.
     virtual BWResolution resolution() const = 0;
     /// Sets the nearest size that the device has. Called only while not streaming.
     virtual void setResolution(BWResolution wished) = 0;

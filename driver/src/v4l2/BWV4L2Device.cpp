@@ -1,6 +1,7 @@
 #include "v4l2/BWV4L2Device.h"
 
 #include "BWDriverLog.h"
+#include "v4l2/BWDeviceHolder.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -191,7 +192,8 @@ int BWV4L2Device::applyNorm(const BWKernelFile &node) const
 
 BWStartProblem BWV4L2Device::problem(BWStartProblem::Kind kind) const
 {
-    return {kind};
+    const bool held = kind == BWStartProblem::Kind::InUse;
+    return {kind, held ? BWDeviceHolder::programHolding(m_node.path) : QString()};
 }
 
 BWV4L2Device::Ready BWV4L2Device::waitUntil(Clock::time_point deadline)
