@@ -14,6 +14,7 @@ struct BWCameraDescription {
     QList<BWResolution> availableResolutions; ///< in the order in which they are offered
     QList<int> acceptedSettings; ///< control codes (BWSettingCode)
     bool isBridgeChip = false; ///< sessions are BWEmpiaCamera objects
+    bool hasOwnName = false; ///< the name was given to this device by a person, and is not translated
 
     bool acceptsSetting(int identifier) const { return acceptedSettings.contains(identifier); }
 };

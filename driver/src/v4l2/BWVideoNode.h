@@ -12,6 +12,8 @@ struct BWVideoNode {
     QString usbId; ///< vendor:product in lower-case hexadecimal, such as eb1a:2761; null if not on USB
     QString serial; ///< serial number of the USB device; null if it has none
     QString port; ///< the socket it is plugged into: the same after every replugging into that socket
+    QString part; ///< tells cameras in one device apart: the USB interface, such as "if2"; null for the first
+    int index = 0; ///< among the nodes of one camera: 0 captures, others carry metadata and the like
     int usbBus = 0; ///< bus and device number as in /dev/bus/usb/BUS/DEVICE; 0 if not on USB
     int usbDevice = 0;
 
@@ -20,6 +22,8 @@ struct BWVideoNode {
     QString identity() const
     {
         const QString kind = usbId.isNull() ? driver : usbId;
-        return QStringLiteral("%1 %2").arg(kind, serial.isEmpty() ? port : serial);
+        const QString place = serial.isEmpty() ? port : serial;
+        return part.isNull() ? QStringLiteral("%1 %2").arg(kind, place)
+                             : QStringLiteral("%1 %2 %3").arg(kind, place, part);
     }
 };

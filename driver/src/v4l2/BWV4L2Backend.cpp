@@ -1,0 +1,38 @@
+#include "BWACUDriver/BWV4L2Backend.h"
+
+#include "v4l2/BWCameraMaker.h"
+#include "v4l2/BWNodeTracker.h"
+#include "v4l2/BWUdevWatch.h"
+
+#include <atomic>
+#include <utility>
+
+namespace {
+
+class Backend : public BWCameraBackend {
+public:
+    explicit Backend(QStringList tables) : m_tables(std::move(tables)) { }
+
+    void start(const QList<BWCameraDescriptionPtr> &descriptions, Events events) override
+    {
+        m_pending = true; // until those attached have been looked at
+        BWCameraMaker maker(BWCameraTable::read(m_tables), descriptions);
+        m_watch = std::make_unique<BWUdevWatch>(
+            std::make_unique<BWNodeTracker>(std::move(maker), std::move(events), BWUdevWatch::udevRuns),
+            [this](bool pending) { m_pending = pending; });
+    }
+
+    bool pendingDevices() const override { return m_pending; }
+
+private:
+    const QStringList m_tables;
+    std::atomic<bool> m_pending = false;
+    std::unique_ptr<BWUdevWatch> m_watch; ///< last, so that its thread ends before what it uses
+};
+
+} // namespace
+
+std::unique_ptr<BWCameraBackend> BWV4L2Backend::create(const QStringList &tables)
+{
+    return std::make_unique<Backend>(tables);
+}
