@@ -140,8 +140,8 @@ void BWNodeTracker::settle(Entry &entry, const BWVideoAbilities &abilities)
         return;
     }
     const QByteArray before = std::exchange(m_known[identifier], node.path);
-    qCInfo(bwDriver).noquote() << u"%1 (%2) is a %3: %4"_s.arg(QFile::decodeName(node.path), node.name, kind.type,
-                                                               kind.why)
+    qCInfo(bwDriver).noquote() << u"%1 (%2) is a %3: %4"_s.arg(QFile::decodeName(node.path), node.name,
+                                                               entry.camera->cameraDescription()->name, kind.why)
             + (before.isNull() ? QString() : u"; it came back, and was %1"_s.arg(QFile::decodeName(before)));
     m_events.found(entry.camera);
 }

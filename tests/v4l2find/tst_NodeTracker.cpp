@@ -1,0 +1,291 @@
+#include "BWACUDriver/BWCameraDetector.h"
+#include "v4l2/BWNodeTracker.h"
+
+#include <cerrno>
+#include <QMap>
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// A computer whose nodes the test makes appear, and whose clock it moves.
+class Computer {
+public:
+    explicit Computer(bool udev = true) : m_udev(udev) { }
+
+    static BWVideoNode node(int number, const QString &serial, int index = 0)
+    {
+        BWVideoNode node;
+        node.path = "/dev/video" + QByteArray::number(number);
+        node.sysPath = "/sys/usb1/1-1/1-1:1.0/video4linux/video" + QByteArray::number(number);
+        node.name = u"Lens"_s;
+        node.usbId = u"1234:5678"_s;
+        node.serial = serial;
+        node.port = u"usb-1"_s;
+        node.index = index;
+        return node;
+    }
+
+    void kernelAdds(const BWVideoNode &node) { m_tracker.nodeAppeared(node, false, ++m_sequence, m_now); }
+    void udevAdds(const BWVideoNode &node) { m_tracker.nodeAppeared(node, true, m_sequence, m_now); }
+    void add(const BWVideoNode &node)
+    {
+        kernelAdds(node);
+        udevAdds(node);
+    }
+    void remove(const BWVideoNode &node) { m_tracker.gone(node.sysPath, ++m_sequence); }
+
+    /// Lets the time pass as the tracker's thread does: advance() whenever it is due.
+    void pass(std::chrono::milliseconds time = 0ms)
+    {
+        const BWNodeTracker::Time end = m_now + time;
+        m_tracker.advance(m_now);
+        for (auto next = m_tracker.nextTime(); next && *next <= end; next = m_tracker.nextTime()) {
+            m_now = std::max(m_now, *next);
+            m_tracker.advance(m_now);
+        }
+        m_now = end;
+    }
+
+    bool pending() const { return m_tracker.pending(m_now); }
+    BWNodeTracker &tracker() { return m_tracker; }
+    BWNodeTracker::Time now() const { return m_now; }
+    quint64 sequence() const { return m_sequence; }
+
+    QMap<QByteArray, int> errors; ///< of opening a node
+    int openings = 0;
+    QStringList events; ///< "+identifier" and "-identifier"
+    QList<BWDetectedCameraPtr> found;
+
+private:
+    BWCameraMaker maker()
+    {
+        const auto read = [this](const QByteArray &path, int &error) -> std::optional<BWVideoAbilities> {
+            ++openings;
+            error = errors.value(path);
+            if (error != 0)
+                return std::nullopt;
+            BWVideoMode mode;
+            mode.pixelFormat = BWPixelFormat::MJPEG;
+            mode.resolution = {640, 480};
+            BWVideoAbilities abilities;
+            abilities.captures = true;
+            abilities.modes = {mode};
+            return abilities;
+        };
+        return BWCameraMaker(BWCameraTable(), {BWCameraDetector::descriptionForRegularMicroscope()}, read);
+    }
+
+    bool m_udev;
+    quint64 m_sequence = 100;
+    BWNodeTracker::Time m_now{1000s};
+    BWNodeTracker m_tracker{maker(),
+                            {[this](const BWDetectedCameraPtr &camera) {
+                                 events.append(u'+' + camera->uniqueIdentifier());
+                                 found.append(camera);
+                             },
+                             [this](const BWDetectedCameraPtr &camera) {
+                                 events.append(u'-' + camera->uniqueIdentifier());
+                                 found.removeOne(camera);
+                             }},
+                            [this] { return m_udev; }};
+};
+
+} // namespace
+
+/// The way of a node from its appearing to its going.
+class NodeTracker : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void waitsForUdevAndReportsOnce();
+    void waitsUntilItMayBeOpened();
+    void takesNodesAsTheyAreWithoutUdev();
+    void loggedOnceAndStillPickedUp();
+    void cameraThatComesBackIsANewDevice();
+    void oldEventsAreTold();
+    void camerasThatSwapNodesAreToldApart();
+    void camerasWithOneSerialNumberAreToldApart();
+    void interfaceIsPendingUntilItsNodeComes();
+    void lostEventsAreMadeUpFor();
+};
+
+void NodeTracker::waitsForUdevAndReportsOnce()
+{
+    Computer computer;
+    computer.kernelAdds(Computer::node(0, u"A"_s));
+    computer.kernelAdds(Computer::node(1, u"A"_s, 1)); // metadata
+    computer.pass(1s);
+    QVERIFY(computer.pending());
+    QCOMPARE(computer.openings, 0);
+
+    computer.udevAdds(Computer::node(0, u"A"_s));
+    computer.udevAdds(Computer::node(1, u"A"_s, 1));
+    computer.udevAdds(Computer::node(0, u"A"_s));
+    computer.tracker().nodeAppeared(Computer::node(0, u"A"_s), true, 0, computer.now()); // found there as well
+    computer.pass(1s);
+    QCOMPARE(computer.events, QStringList{u"+1234:5678 A"_s});
+    QCOMPARE(computer.openings, 1);
+    QVERIFY(!computer.pending());
+    QVERIFY2(!computer.tracker().nextTime(), "nothing to wake up for");
+
+    computer.remove(Computer::node(0, u"A"_s));
+    computer.remove(Computer::node(0, u"A"_s));
+    QCOMPARE(computer.events.size(), 2);
+}
+
+void NodeTracker::waitsUntilItMayBeOpened()
+{
+    Computer computer;
+    computer.errors["/dev/video0"] = EACCES;
+    computer.add(Computer::node(0, u"A"_s));
+    computer.pass(100ms);
+    QVERIFY(computer.events.isEmpty());
+    QVERIFY(computer.pending());
+
+    computer.errors.clear();
+    computer.tracker().accessChanged("/dev/video1", computer.now());
+    computer.tracker().advance(computer.now());
+    QVERIFY2(computer.events.isEmpty(), "another node's permissions");
+    computer.tracker().accessChanged("/dev/video0", computer.now());
+    computer.tracker().advance(computer.now());
+    QCOMPARE(computer.events.size(), 1);
+}
+
+void NodeTracker::takesNodesAsTheyAreWithoutUdev()
+{
+    Computer computer(false);
+    computer.kernelAdds(Computer::node(0, u"A"_s));
+    computer.pass();
+    QCOMPARE(computer.events.size(), 1);
+}
+
+void NodeTracker::loggedOnceAndStillPickedUp()
+{
+    Computer computer;
+    computer.errors["/dev/video0"] = EPERM;
+    computer.add(Computer::node(0, u"A"_s));
+    computer.pass(9900ms);
+    QVERIFY(computer.pending());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Lens cannot be used.*container"_s));
+    computer.pass(200ms);
+    QVERIFY(!computer.pending());
+
+    QTest::failOnWarning(QRegularExpression(u".*"_s));
+    computer.pass(60s);
+    QVERIFY2(computer.openings < 80, "tries with patience");
+    computer.errors.clear();
+    computer.pass(6s);
+    QCOMPARE(computer.events.size(), 1);
+}
+
+void NodeTracker::cameraThatComesBackIsANewDevice()
+{
+    Computer computer;
+    computer.add(Computer::node(0, u"A"_s));
+    computer.pass();
+    const BWDetectedCameraPtr first = computer.found.value(0);
+    computer.remove(Computer::node(0, u"A"_s));
+    QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"/dev/video2.*came back.*/dev/video0"_s));
+    computer.add(Computer::node(2, u"A"_s));
+    computer.pass();
+    QCOMPARE(computer.found.size(), 1);
+    QVERIFY(computer.found.first() != first);
+    QCOMPARE(computer.found.first()->uniqueIdentifier(), first->uniqueIdentifier());
+}
+
+void NodeTracker::oldEventsAreTold()
+{
+    // Plugged in, out, and in again at the same place before udev has done anything.
+    Computer computer;
+    const BWVideoNode node = Computer::node(0, u"A"_s);
+    computer.kernelAdds(node);
+    const quint64 first = computer.sequence();
+    computer.remove(node);
+    computer.tracker().nodeAppeared(node, true, first, computer.now());
+    computer.pass();
+    QVERIFY2(computer.events.isEmpty() && !computer.pending(), "it is gone already");
+
+    computer.kernelAdds(node);
+    computer.tracker().gone(node.sysPath, first + 1);
+    QVERIFY2(computer.pending(), "the one that went is not this one");
+    computer.udevAdds(node);
+    computer.pass();
+    computer.tracker().gone(node.sysPath, first + 1);
+    QCOMPARE(computer.events.size(), 1);
+}
+
+void NodeTracker::camerasThatSwapNodesAreToldApart()
+{
+    Computer computer;
+    computer.add(Computer::node(0, u"A"_s));
+    computer.add(Computer::node(2, u"B"_s));
+    computer.pass();
+    computer.remove(Computer::node(0, u"A"_s));
+    computer.remove(Computer::node(2, u"B"_s));
+    computer.add(Computer::node(0, u"B"_s));
+    computer.add(Computer::node(2, u"A"_s));
+    computer.pass();
+    computer.remove(Computer::node(0, u"B"_s));
+    const QString a = u"1234:5678 A"_s;
+    const QString b = u"1234:5678 B"_s;
+    QCOMPARE(computer.events, (QStringList{u'+' + a, u'+' + b, u'-' + a, u'-' + b, u'+' + b, u'+' + a, u'-' + b}));
+}
+
+void NodeTracker::camerasWithOneSerialNumberAreToldApart()
+{
+    Computer computer;
+    for (const int number : {0, 2, 4})
+        computer.add(Computer::node(number, u"0001"_s));
+    computer.pass();
+    QSet<QString> identifiers;
+    for (const BWDetectedCameraPtr &camera : qAsConst(computer.found))
+        identifiers.insert(camera->uniqueIdentifier());
+    QCOMPARE(identifiers.size(), 3);
+}
+
+void NodeTracker::interfaceIsPendingUntilItsNodeComes()
+{
+    Computer computer;
+    BWVideoNode interface;
+    interface.sysPath = "/sys/usb1/1-1/1-1:1.0";
+    interface.usbId = u"1234:5678"_s;
+    computer.tracker().interfaceAppeared(interface, computer.now());
+    computer.pass(5s);
+    QVERIFY(computer.pending());
+    computer.add(Computer::node(0, u"A"_s));
+    computer.pass();
+    QVERIFY(!computer.pending());
+    QCOMPARE(computer.openings, 1);
+
+    interface.sysPath = "/sys/usb1/1-2/1-2:1.0";
+    computer.tracker().interfaceAppeared(interface, computer.now());
+    computer.tracker().gone(interface.sysPath, computer.sequence() + 1);
+    QVERIFY(!computer.pending());
+    computer.tracker().interfaceAppeared(interface, computer.now());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"1234:5678.*no video node"_s));
+    computer.pass(30s);
+    QVERIFY(!computer.pending());
+}
+
+void NodeTracker::lostEventsAreMadeUpFor()
+{
+    Computer computer;
+    computer.add(Computer::node(0, u"A"_s));
+    computer.add(Computer::node(2, u"B"_s));
+    computer.pass();
+    computer.tracker().keepOnly({Computer::node(0, u"A"_s).sysPath});
+    QCOMPARE(computer.events.mid(2), QStringList{u"-1234:5678 B"_s});
+
+    BWVideoNode other = Computer::node(0, u"C"_s); // plugged in where A was
+    other.usbDevice = 7;
+    computer.tracker().nodeAppeared(other, true, 0, computer.now());
+    computer.pass();
+    QCOMPARE(computer.events.mid(3), (QStringList{u"-1234:5678 A"_s, u"+1234:5678 C"_s}));
+}
+
+QTEST_GUILESS_MAIN(NodeTracker)
+#include "tst_NodeTracker.moc"
