@@ -111,6 +111,11 @@ void BWCamera::setOnCameraHardwareButton(HardwareButtonCallback callback)
     m_session->callbacks().setHardwareButton(std::move(callback));
 }
 
+void BWCamera::setOnCameraStreamProblem(StreamProblemCallback callback)
+{
+    m_session->callbacks().setStreamProblem(std::move(callback));
+}
+
 bool BWCamera::readsHardwareButton() const
 {
     return m_session->readsButton();

@@ -14,11 +14,13 @@ public:
     void setSnapshot(BWCamera::SnapshotCallback callback) { set(&Table::snapshot, std::move(callback)); }
     void setRecording(BWCamera::RecordingCallback callback) { set(&Table::recording, std::move(callback)); }
     void setHardwareButton(BWCamera::HardwareButtonCallback callback) { set(&Table::button, std::move(callback)); }
+    void setStreamProblem(BWCamera::StreamProblemCallback callback) { set(&Table::streamProblem, std::move(callback)); }
 
     void frame(const BWFrame &frame) const { call(&Table::frame, frame); }
     void snapshot(const QByteArray &jpeg) const { call(&Table::snapshot, jpeg); }
     void recording(bool recording) const { call(&Table::recording, recording); }
     void hardwareButton() const { call(&Table::button); }
+    void streamProblem(const BWStartProblem &problem) const { call(&Table::streamProblem, problem); }
 
     /// No callback begins any more.
     void clear()
@@ -33,6 +35,7 @@ private:
         BWCamera::SnapshotCallback snapshot;
         BWCamera::RecordingCallback recording;
         BWCamera::HardwareButtonCallback button;
+        BWCamera::StreamProblemCallback streamProblem;
     };
 
     // The table is replaced as a whole, so that a call costs no copy of a callback.

@@ -80,6 +80,7 @@ private:
     void doStartRecording(uint64_t recording, const QString &path);
     void reconfigure(const std::function<void()> &change);
     void resumeStream();
+    void tellStreamProblem(const BWStartProblem &problem);
     void restartStalledStream();
     void deviceIsGone();
     bool deviceIsUsable() const { return m_state != State::Gone; }
@@ -94,6 +95,7 @@ private:
     BWMovieRecorder m_recorder;
     State m_state = State::Stopped;
     bool m_restartWarned = false; ///< since the last good frame
+    BWStartProblem m_streamProblem; ///< as last told
     int m_videoNorm = -1; ///< as the device has it; unknown before the first change
     mutable std::mutex m_startProblemMutex;
     BWStartProblem m_startProblem;

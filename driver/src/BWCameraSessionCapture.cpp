@@ -122,6 +122,7 @@ void BWCamera::Session::doStop()
         m_state = State::Stopped;
     // With the device released nothing is held up by the disk any more, and whoever quits now quits with a whole file.
     m_recorder.waitUntilComplete();
+    m_streamProblem = {};
     m_started = false;
 }
 
@@ -184,22 +185,36 @@ void BWCamera::Session::reconfigure(const std::function<void()> &change)
         m_device->stopStreaming();
     change();
     m_resolution = m_device->resolution();
-    if (streaming)
+    // The change may be just what an interrupted stream was waiting for.
+    if (streaming || m_state == State::Interrupted)
         resumeStream();
 }
 
 void BWCamera::Session::resumeStream()
 {
-    if (m_device->startStreaming().isNone()) {
+    const BWStartProblem problem = m_device->startStreaming();
+    if (problem.isNone()) {
         m_state = State::Streaming;
         m_resolution = m_device->resolution();
         m_inspector.streamStarted();
     } else {
         m_state = State::Interrupted;
-        if (!std::exchange(m_restartWarned, true))
-            qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "could not be restarted; trying again";
     }
     m_stall.restart(Clock::now());
+    tellStreamProblem(problem);
+}
+
+void BWCamera::Session::tellStreamProblem(const BWStartProblem &problem)
+{
+    if (problem == m_streamProblem)
+        return;
+    m_streamProblem = problem;
+    if (problem.isNone())
+        qCInfo(bwDriver).noquote() << m_detectedCamera->description() << "streams again";
+    else
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description()
+                                      << "could not be restarted:" << inWords(problem) << "- trying again";
+    m_callbacks.streamProblem(problem);
 }
 
 void BWCamera::Session::restartStalledStream()

@@ -6,13 +6,13 @@
 #include <QObject>
 
 class BWLocalizationManager;
-class QCheckBox;
+class QComboBox;
 class QGridLayout;
 class QLabel;
 class QPushButton;
 
 /// The controls of one simulated camera, in one row of a grid: its name, plug in or unplug, press the button, and
-/// whether another program seems to hold it. GUI thread.
+/// what keeps it from being started. GUI thread.
 class BWSimulatedCameraRow : public QObject {
     Q_OBJECT
 
@@ -30,7 +30,7 @@ private:
     QLabel *m_title;
     QPushButton *m_plugButton;
     QPushButton *m_pressButton;
-    QCheckBox *m_inUseBox;
+    QComboBox *m_startBox;
     QString m_plugInText;
     QString m_unplugText;
 };

@@ -78,6 +78,26 @@ private Q_SLOTS:
         QCOMPARE(opened.camera->statistics().framesLost, 0u);
     }
 
+    void aStreamThatCannotBeRestartedTellsWhy()
+    {
+        using Kind = BWStartProblem::Kind;
+        OpenedCamera opened(Type::Ultra);
+        opened.setStallTime(1h); // it tries again only when something changes
+        QList<Kind> told; // on the capture thread, before what the probe waits for
+        opened.camera->setOnCameraStreamProblem(
+            [&told](BWCamera &, const BWStartProblem &problem) { told << problem.kind; });
+        QVERIFY(opened.probe->start(1));
+        opened.hand->setStartProblem({Kind::NoBandwidth});
+        opened.probe->setResolution({1600, 1200});
+        QCOMPARE(told, QList{Kind::NoBandwidth});
+        opened.probe->setResolution({1280, 1024});
+        QCOMPARE(told, QList{Kind::NoBandwidth}); // tried once more, and known already
+        QVERIFY(opened.camera->started());
+        opened.probe->setResolution({640, 480});
+        QCOMPARE(told, (QList{Kind::NoBandwidth, Kind::None}));
+        QVERIFY(opened.probe->stream(1));
+    }
+
     void silenceIsNoStallWhileNoFrameIsAskedFor()
     {
         OpenedCamera opened(Type::Ultra);

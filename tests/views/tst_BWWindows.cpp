@@ -212,13 +212,15 @@ private Q_SLOTS:
         button(0, u"Unplug"_s)->click();
         QVERIFY(!cameras[0]->isPluggedIn() && !button(0, u"Press Button"_s)->isEnabled());
         button(1, u"Plug In"_s)->click();
-        QAbstractButton *inUse = button(1, u"In use by another program"_s);
-        inUse->click();
-        QVERIFY(cameras[1]->isPluggedIn() && cameras[1]->inUse() && !cameras[0]->inUse());
+        QVERIFY(cameras[1]->isPluggedIn());
+        QComboBox *start = window.findChildren<QComboBox *>()[1];
+        QTest::keyClick(start, Qt::Key_Down);
+        QCOMPARE(cameras[1]->startProblem(), BWStartProblem{BWStartProblem::Kind::InUse});
+        QVERIFY(cameras[0]->startProblem().isNone());
         window.hide();
-        cameras[1]->setInUse(false); // behind the window's back
+        cameras[1]->setStartProblem({}); // behind the window's back
         window.show();
-        QVERIFY(!inUse->isChecked());
+        QCOMPARE(start->currentIndex(), 0);
     }
 
     void alertAnswers_data()

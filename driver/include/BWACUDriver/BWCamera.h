@@ -37,6 +37,7 @@ public:
     using SnapshotCallback = std::function<void(BWCamera &, const QByteArray &jpeg)>;
     using RecordingCallback = std::function<void(BWCamera &, bool recording)>;
     using HardwareButtonCallback = std::function<void(BWCamera &)>;
+    using StreamProblemCallback = std::function<void(BWCamera &, const BWStartProblem &)>;
 
     explicit BWCamera(BWDetectedCameraPtr detectedCamera);
     virtual ~BWCamera();
@@ -96,6 +97,9 @@ public:
     void setOnCameraSnapshot(SnapshotCallback callback);
     void setOnCameraRecording(RecordingCallback callback);
     void setOnCameraHardwareButton(HardwareButtonCallback callback);
+    /// Called with the reason when a running stream could not be restarted, after a change of the size or a fault, and
+    /// with none when it runs again. The camera keeps trying in between.
+    void setOnCameraStreamProblem(StreamProblemCallback callback);
 
     /// Whether a press of the camera's button reaches the callback whichever window has the keyboard. Where it does
     /// not (the button's device may not be read), the desktop may still hand it to a window as a key. Any thread.

@@ -3,6 +3,7 @@
 #include "BWACUDriver/BWCameraBackend.h"
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
+#include "BWACUDriver/BWStartProblem.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
 
 #include <chrono>
@@ -48,8 +49,12 @@ public:
 
     virtual void pressButton() = 0;
 
-    virtual void setInUse(bool inUse) = 0; ///< as if another program held it: starts fail. Kept over unplugging.
-    virtual bool inUse() const = 0;
+    /// Starts fail for that reason until it is set to none. A bus without bandwidth (NoBandwidth) still carries the
+    /// camera's smallest size. Kept over unplugging.
+    virtual void setStartProblem(const BWStartProblem &problem) = 0;
+    virtual BWStartProblem startProblem() const = 0;
+    /// As if a program whose name cannot be seen held it, or nobody.
+    void setInUse(bool inUse) { setStartProblem({inUse ? BWStartProblem::Kind::InUse : BWStartProblem::Kind::None}); }
 
     virtual void stall() = 0; ///< delivers nothing until the stream is restarted
     virtual void tearNextFrames(int count) = 0; ///< MJPEG: bytes in the middle are damaged

@@ -17,4 +17,6 @@ struct BWStartProblem {
     QString holder{}; ///< InUse: name of the program that holds it; null if that cannot be seen
 
     bool isNone() const { return kind == Kind::None; }
+
+    friend bool operator==(const BWStartProblem &, const BWStartProblem &) = default;
 };

@@ -27,11 +27,11 @@ void tear(BWBufferPool::Bytes &jpeg)
 } // namespace
 
 BWSimulatedDevice::BWSimulatedDevice(BWSimulatedCameraOptions options, std::shared_ptr<BWSimulatedCable> cable,
-                                     std::shared_ptr<const std::atomic<bool>> heldByOther)
+                                     std::shared_ptr<const BWSimulatedObstacle> obstacle)
     : m_options(std::move(options)),
       m_profile(BWSimulatedProfile::forType(m_options.type)),
       m_cable(std::move(cable)),
-      m_heldByOther(std::move(heldByOther)),
+      m_obstacle(std::move(obstacle)),
       m_controls(m_profile.controls)
 {
 }
@@ -66,8 +66,11 @@ void BWSimulatedDevice::setResolution(BWResolution wished)
 
 BWStartProblem BWSimulatedDevice::startStreaming()
 {
-    if (*m_heldByOther)
-        return {BWStartProblem::Kind::InUse};
+    const BWStartProblem problem = m_obstacle->problem();
+    const bool carried = problem.kind == BWStartProblem::Kind::NoBandwidth
+        && m_resolution == m_profile.nearestResolution(BWResolution(1, 1));
+    if (!problem.isNone() && !carried)
+        return problem;
     switch (m_cable->claim(this)) {
     case BWSimulatedCable::Claim::Granted:
         break;

@@ -5,10 +5,10 @@
 #include "simulated/BWFrameSchedule.h"
 #include "simulated/BWSimulatedCable.h"
 #include "simulated/BWSimulatedControls.h"
+#include "simulated/BWSimulatedObstacle.h"
 #include "simulated/BWSimulatedProfile.h"
 
 #include <array>
-#include <atomic>
 #include <memory>
 
 /// One opened simulated camera. Its frames are drawn on the capture thread into a fixed number of buffers; while all of
@@ -16,7 +16,7 @@
 class BWSimulatedDevice : public BWCaptureDevice {
 public:
     BWSimulatedDevice(BWSimulatedCameraOptions options, std::shared_ptr<BWSimulatedCable> cable,
-                      std::shared_ptr<const std::atomic<bool>> heldByOther);
+                      std::shared_ptr<const BWSimulatedObstacle> obstacle);
     ~BWSimulatedDevice() override;
 
     void setEvents(std::function<void()> button, std::function<void(int identifier, double value)> control) override;
@@ -43,7 +43,7 @@ private:
     const BWSimulatedCameraOptions m_options;
     const BWSimulatedProfile &m_profile;
     const std::shared_ptr<BWSimulatedCable> m_cable;
-    const std::shared_ptr<const std::atomic<bool>> m_heldByOther;
+    const std::shared_ptr<const BWSimulatedObstacle> m_obstacle;
     std::function<void(int identifier, double value)> m_control;
     BWSimulatedControls m_controls;
     std::array<uint8_t, 256> m_registers{};

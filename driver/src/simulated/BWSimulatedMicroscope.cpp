@@ -131,8 +131,8 @@ void BWSimulatedMicroscope::prepared(const std::shared_ptr<BWSimulatedCable> &ca
 
 void BWSimulatedMicroscope::reportFound()
 {
-    const auto open = [options = m_options, cable = m_cable, held = m_heldByOther] {
-        return std::make_unique<BWSimulatedDevice>(options, cable, held);
+    const auto open = [options = m_options, cable = m_cable, obstacle = m_obstacle] {
+        return std::make_unique<BWSimulatedDevice>(options, cable, obstacle);
     };
     m_found = std::make_shared<BWDetectedCamera>(BWSimulatedProfile::forType(m_options.type).description,
                                                  m_uniqueIdentifier, open);

@@ -3,8 +3,8 @@
 #include "BWACUDriver/BWDetectedCamera.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "simulated/BWSimulatedCable.h"
+#include "simulated/BWSimulatedObstacle.h"
 
-#include <atomic>
 #include <memory>
 #include <mutex>
 #include <QString>
@@ -20,8 +20,8 @@ public:
     void plugIn() override;
     void unplug() override;
     void pressButton() override;
-    void setInUse(bool inUse) override { *m_heldByOther = inUse; }
-    bool inUse() const override { return *m_heldByOther; }
+    void setStartProblem(const BWStartProblem &problem) override { m_obstacle->set(problem); }
+    BWStartProblem startProblem() const override { return m_obstacle->problem(); }
     void stall() override;
     void tearNextFrames(int count) override;
     void truncateNextFrames(int count) override;
@@ -47,7 +47,7 @@ private:
     const QString m_title;
     const QString m_uniqueIdentifier;
     BWClock &m_clock;
-    const std::shared_ptr<std::atomic<bool>> m_heldByOther = std::make_shared<std::atomic<bool>>(false);
+    const std::shared_ptr<BWSimulatedObstacle> m_obstacle = std::make_shared<BWSimulatedObstacle>();
 
     // Held while events are reported, so that they keep their order.
     mutable std::mutex m_mutex;
