@@ -9,6 +9,7 @@
 #include "Model/BWRepository.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Model/Session/BWCameraSession.h"
+#include "Model/Session/BWStartProblemText.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
@@ -205,6 +206,10 @@ void AppDelegate::updateStateLabel()
 {
     if (!currentCamera()) {
         m_statusLine->setText(m_texts.noCameraDetectedPlaceholder);
+        return;
+    }
+    if (const BWStartProblem &problem = m_session->streamProblem(); !problem.isNone()) {
+        m_statusLine->setText(BWStartProblemText::status(problem, m_repository.localizationManager()));
         return;
     }
     const auto product = m_session->currentProduct();

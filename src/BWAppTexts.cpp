@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "Model/BWLocalizationManager.h"
+#include "Model/Session/BWStartProblemText.h"
 
 using namespace Qt::StringLiterals;
 
@@ -23,10 +24,7 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"camera_window"_s, u"camera_access_denied_message"_s,
                      u"BrimwellPro does not have permissions to access the camera. Please go to System Preferences "
                      "> Security & Privacy to grant access and restart BrimwellPro."_s)
-        + u"\n\n"_s
-        + manager.text(u"camera_window"_s, u"camera_access_denied_fix"_s,
-                       u"On this computer members of the group \"video\" may use cameras. An administrator can add "
-                       "you with the command \"sudo usermod -aG video USER\"; log in again afterwards."_s);
+        + u"\n\n"_s + BWStartProblemText::permissionFix(manager);
     cameraAccessRestrictedTitle =
         manager.text(u"camera_window"_s, u"camera_access_restricted_title"_s, u"Camera access restricted"_s);
     cameraAccessRestrictedMessage =

@@ -6,6 +6,7 @@
 #include "Model/BWRepository.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWProductLoader.h"
+#include "Views/BWCameraInUseAlert.h"
 #include "Views/BWCameraTitles.h"
 #include "Views/BWControlBar.h"
 #include "Views/BWMainMenu.h"
@@ -13,10 +14,7 @@
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
-#include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
-#include <QMessageBox>
-#include <QPushButton>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -167,32 +165,18 @@ void BWSessionWindows::askForProduct(const BWCameraPtr &camera, std::function<vo
     });
 }
 
-void BWSessionWindows::showCameraInUse(std::function<void()> ok)
+void BWSessionWindows::showCameraInUse(const BWStartProblem &problem, std::optional<BWResolution> smaller,
+                                       std::function<void(std::optional<BWResolution> size)> retry)
 {
     delete m_cameraInUse;
-    BWLocalizationManager &texts = m_repository.localizationManager();
-    m_cameraInUse = new QMessageBox(&m_window);
-    m_cameraInUse->setAttribute(Qt::WA_DeleteOnClose);
-    m_cameraInUse->setIcon(QMessageBox::Warning);
-    BWMessageBoxAlertPresenter::setTexts(
-        *m_cameraInUse,
-        texts.text(u"camera_window"_s, u"camera_in_use_title"_s, u"Cannot access camera at this time"_s),
-        texts.text(u"camera_window"_s, u"camera_in_use_message"_s,
-                   u"BrimwellPro cannot access the camera at this time. Please close any other applications "
-                   "that might be using the camera and press OK."_s));
-    QPushButton *okButton =
-        m_cameraInUse->addButton(texts.text(u"general"_s, u"option_ok"_s, u"OK"_s), QMessageBox::AcceptRole);
-    QPushButton *quitButton = m_cameraInUse->addButton(texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s),
-                                                       QMessageBox::DestructiveRole);
-    m_cameraInUse->setDefaultButton(okButton);
-    m_cameraInUse->setEscapeButton(okButton);
-    connect(m_cameraInUse, &QDialog::finished, this, [this, quitButton, ok = std::move(ok)] {
-        // The only way out when the other program will not let go of the camera.
-        if (m_cameraInUse->clickedButton() == quitButton)
-            terminate();
-        else
-            ok();
-    });
+    m_cameraInUse = new BWCameraInUseAlert(problem, smaller, m_repository.localizationManager(), &m_window);
+    connect(m_cameraInUse, &BWCameraInUseAlert::answered, this,
+            [this, smaller, retry = std::move(retry)](BWCameraInUseAlert::Answer answer) {
+                if (answer == BWCameraInUseAlert::Answer::Quit)
+                    terminate();
+                else
+                    retry(answer == BWCameraInUseAlert::Answer::UseSmaller ? smaller : std::nullopt);
+            });
     m_cameraInUse->open();
 }
 

@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QPointer>
 
+class BWCameraInUseAlert;
 class BWCameraProduct;
 class BWCameraSession;
 class BWLiveViewController;
@@ -17,7 +18,6 @@ class BWNoCameraProductSheetWindowController;
 class BWNoCameraSheetWindowController;
 class BWNoCameraWindowController;
 class BWRepository;
-class QMessageBox;
 
 /// Shows what the camera session wants the user to see: the live picture and its menus, the windows that stand in
 /// when there is no camera, and its questions. GUI thread.
@@ -52,7 +52,8 @@ public:
     void bringMainWindowToFront() override;
     void resetUIToInitial() override;
     void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) override;
-    void showCameraInUse(std::function<void()> ok) override;
+    void showCameraInUse(const BWStartProblem &problem, std::optional<BWResolution> smaller,
+                         std::function<void(std::optional<BWResolution> size)> retry) override;
     void endQuestions() override;
     void showNoCameraWindow() override;
     void hideNoCameraWindow() override;
@@ -75,5 +76,5 @@ private:
     std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;
     std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
     std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;
-    QPointer<QMessageBox> m_cameraInUse;
+    QPointer<BWCameraInUseAlert> m_cameraInUse;
 };

@@ -29,13 +29,16 @@ BWSimulatedCameraRow::BWSimulatedCameraRow(std::shared_ptr<BWSimulatedCamera> ca
       m_title(new QLabel(m_camera->title())),
       m_plugButton(new QPushButton),
       m_pressButton(new QPushButton),
+      m_startLabel(new QLabel),
       m_startBox(new QComboBox)
 {
     const int row = grid->rowCount();
     grid->addWidget(m_title, row, 0);
     grid->addWidget(m_plugButton, row, 1);
     grid->addWidget(m_pressButton, row, 2);
-    grid->addWidget(m_startBox, row, 3);
+    grid->addWidget(m_startLabel, row, 3);
+    grid->addWidget(m_startBox, row, 4);
+    m_startLabel->setBuddy(m_startBox);
     connect(m_plugButton, &QPushButton::clicked, this, &BWSimulatedCameraRow::onPlug);
     connect(m_pressButton, &QPushButton::clicked, this, [this] { m_camera->pressButton(); });
     connect(m_startBox, &QComboBox::activated, this, [this](int index) { m_camera->setStartProblem(starts()[index]); });
@@ -50,8 +53,9 @@ void BWSimulatedCameraRow::localize(BWLocalizationManager &manager)
     m_pressButton->setText(manager.localize(
         BWLocalizableString(u"simulated_cameras_window"_s, u"press_button_button"_s, u"Press Button"_s)));
     m_pressButton->setAccessibleName(u"%1: %2"_s.arg(m_camera->title(), m_pressButton->text()));
-    m_startBox->setAccessibleName(
-        u"%1: %2"_s.arg(m_camera->title(), manager.text(u"simulated_cameras_window"_s, u"start_label"_s, u"Start"_s)));
+    m_startLabel->setText(manager.text(u"simulated_cameras_window"_s, u"start_label"_s, u"Start"_s));
+    for (QWidget *widget : std::initializer_list<QWidget *>{m_startLabel, m_startBox})
+        widget->setAccessibleName(u"%1: %2"_s.arg(m_camera->title(), m_startLabel->text()));
     m_startBox->clear();
     m_startBox->addItems(
         {manager.text(u"simulated_cameras_window"_s, u"start_works_item"_s, u"Can be started"_s),

@@ -30,6 +30,7 @@ private:
     QLabel *m_title;
     QPushButton *m_plugButton;
     QPushButton *m_pressButton;
+    QLabel *m_startLabel;
     QComboBox *m_startBox;
     QString m_plugInText;
     QString m_unplugText;

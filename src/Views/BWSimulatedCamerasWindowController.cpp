@@ -25,7 +25,7 @@ BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
     grid->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
     grid->setHorizontalSpacing(columnSpacing);
     grid->setSizeConstraint(QLayout::SetFixedSize);
-    grid->addWidget(m_noCamerasLabel, 0, 0, 1, 4);
+    grid->addWidget(m_noCamerasLabel, 0, 0, 1, 5);
     m_noCamerasLabel->setVisible(cameras.isEmpty());
     for (const std::shared_ptr<BWSimulatedCamera> &camera : cameras)
         m_rows << new BWSimulatedCameraRow(camera, grid, this);

@@ -47,8 +47,14 @@ class CameraWindow(unittest.TestCase):
 
     def hand(self, action):
         """Does something to the simulated camera."""
-        role = "check box" if "use" in action else "push button"
-        self.program.click(role, f"{CAMERA}: {action}")
+        self.program.click("push button", f"{CAMERA}: {action}")
+
+    def let_start(self, meet):
+        """Decides what the next starts of the simulated camera meet."""
+        choices = ("nothing", "a program", "a named program", "too little bandwidth")
+        self.program.click("combo box", f"{CAMERA}: Start")
+        for key in ("Home", *["Down"] * choices.index(meet), "Return"):
+            self.desktop.key(key)
 
     def quit(self):
         frame = self.program.wait_for("frame")
@@ -90,24 +96,41 @@ class CameraWindow(unittest.TestCase):
 
     def test_camera_in_use(self):
         self.start_with_picture()
-        self.hand("In use by another program")
+        self.let_start("a named program")
         self.hand("Unplug")
         self.program.wait_for("push button", "Quit")
         self.hand("Plug In")
         for _ in range(2):  # it asks again as long as the camera is held
             self.program.click("push button", "OK")
         self.program.wait_for("push button", "OK")
-        self.hand("In use by another program")
+        self.assertIn("In use by: guvcview", self.program.outline())
+        self.let_start("nothing")
         self.program.click("push button", "OK")
         self.wait_for_picture()
         self.quit()
 
+    def test_too_little_bandwidth(self):
+        self.start_with_picture()
+        self.let_start("too little bandwidth")
+        self.choose_resolution("Down")
+        wait_until("the status line tells", lambda: "not enough USB bandwidth" in self.program.outline())
+        self.hand("Unplug")
+        self.program.wait_for("push button", "Quit")
+        self.hand("Plug In")
+        self.program.click("push button", "Use 640x480")
+        self.wait_for_picture()
+        self.assertNotIn("bandwidth for", self.program.outline())
+        self.quit()
+
+    def choose_resolution(self, *keys):
+        self.program.click("combo box", "Resolution")
+        for key in (*keys, "Return"):
+            self.desktop.key(key)
+
     def test_other_resolution_and_camera(self):
         self.start_with_picture("--simulate", "wireless")
         before = self.live.width()
-        self.program.click("combo box", "Resolution")
-        self.desktop.key("Down")
-        self.desktop.key("Return")
+        self.choose_resolution("Down")
         wait_until("the picture is wider than the window", lambda: self.live.width() > before * 1.4)
         self.desktop.key("alt+c")
         for key in ("Down", "Down", "Down", "Return"):  # past snapshot, record and the first camera

@@ -38,15 +38,17 @@ public:
         calls << u"askForProduct"_s;
         productAnswer = std::move(answer);
     }
-    void showCameraInUse(std::function<void()> ok) override
+    void showCameraInUse(const BWStartProblem &why, std::optional<BWResolution> offered,
+                         std::function<void(std::optional<BWResolution>)> again) override
     {
-        calls << u"showCameraInUse"_s;
-        inUseOk = std::move(ok);
+        problem = why;
+        smaller = offered;
+        retry = std::move(again);
     }
     void endQuestions() override
     {
         productAnswer = {};
-        inUseOk = {};
+        retry = {};
     }
     void showNoCameraWindow() override { calls << u"showNoCameraWindow"_s; }
     void hideNoCameraWindow() override { }
@@ -63,7 +65,9 @@ public:
     QList<BWCameraPtr> cameras;
     BWCameraPtr listedCurrent;
     std::function<void(const QString &)> productAnswer;
-    std::function<void()> inUseOk;
+    BWStartProblem problem;
+    std::optional<BWResolution> smaller;
+    std::function<void(std::optional<BWResolution>)> retry;
     std::function<void()> sheetTerminate;
 };
 
@@ -243,32 +247,79 @@ private Q_SLOTS:
     void cameraInUse()
     {
         Bench bench({cameraOf(Type::High)});
-        bench.hands[0]->setInUse(true);
-        QTRY_VERIFY(bench.ui.inUseOk);
+        const BWStartProblem held{BWStartProblem::Kind::InUse, u"guvcview"_s};
+        bench.hands[0]->setStartProblem(held);
+        QTRY_VERIFY(bench.ui.retry);
         QCOMPARE(bench.session->state(), State::Starting);
+        QCOMPARE(bench.ui.problem, held);
+        QVERIFY(!bench.ui.smaller); // which would not help
         for (int i = 0; i < 3; ++i) {
-            const auto ok = std::exchange(bench.ui.inUseOk, {});
-            ok();
-            QTRY_VERIFY(bench.ui.inUseOk);
+            const auto retry = std::exchange(bench.ui.retry, {});
+            retry({});
+            QTRY_VERIFY(bench.ui.retry);
         }
-        bench.hands[0]->setInUse(false);
-        const auto ok = bench.ui.inUseOk;
-        ok();
+        bench.hands[0]->setStartProblem({});
+        const auto retry = bench.ui.retry;
+        retry({});
         QTRY_COMPARE(bench.session->state(), State::Streaming);
-        ok(); // an old answer
+        retry({}); // an old answer
         QCOMPARE(bench.session->state(), State::Streaming);
+    }
+
+    void tooLittleBandwidth()
+    {
+        Bench bench({cameraOf(Type::High)});
+        bench.hands[0]->setStartProblem({BWStartProblem::Kind::NoBandwidth});
+        QTRY_COMPARE(bench.session->state(), State::Streaming); // the smallest size
+        bench.session->currentProduct()->setCurrentResolution({1600, 1200});
+        bench.hands[0]->unplug();
+        QTRY_VERIFY(!bench.session->currentCamera());
+        bench.hands[0]->plugIn();
+        for (const BWResolution offered : {BWResolution(1280, 1024), BWResolution(640, 480)}) {
+            QTRY_VERIFY(bench.ui.retry);
+            QCOMPARE(bench.ui.smaller, std::optional(offered));
+            std::exchange(bench.ui.retry, {})(offered);
+        }
+        QTRY_COMPARE(bench.session->state(), State::Streaming);
+        QCOMPARE(bench.session->currentProduct()->currentResolution(), BWResolution(640, 480));
+        QVERIFY(bench.session->streamProblem().isNone());
+
+        bench.ui.calls.clear();
+        bench.session->changeResolution({1280, 1024});
+        QTRY_COMPARE(bench.session->streamProblem().kind, BWStartProblem::Kind::NoBandwidth);
+        QCOMPARE(bench.ui.calls.count(u"updateStateLabel"_s), 1);
+        QCOMPARE(bench.session->state(), State::Streaming);
+        bench.session->changeResolution({640, 480});
+        QTRY_VERIFY(bench.session->streamProblem().isNone());
+        QCOMPARE(bench.ui.calls.count(u"updateStateLabel"_s), 2);
+    }
+
+    void goneBeforeAnybodyTold()
+    {
+        Bench bench({cameraOf(Type::High, false)});
+        const auto starts = [&bench] { return bench.ui.calls.count(u"enableCameraMenus"_s); };
+        bench.hands[0]->setStartProblem({BWStartProblem::Kind::Gone});
+        bench.hands[0]->plugIn();
+        QTRY_COMPARE((bench.clock.advance(std::chrono::seconds(1)), starts()), 2);
+        QVERIFY(!bench.ui.retry); // nobody is asked
+        bench.hands[0]->unplug();
+        QTRY_COMPARE(bench.session->state(), State::Waiting);
+        bench.hands[0]->plugIn();
+        // It is not taken away this time: somebody has to know in the end.
+        QTRY_VERIFY((bench.clock.advance(std::chrono::seconds(1)), bench.ui.retry));
+        QCOMPARE(starts(), 6);
     }
 
     void unpluggedWhileTheAlertIsShown()
     {
         Bench bench({cameraOf(Type::High)});
         bench.hands[0]->setInUse(true);
-        QTRY_VERIFY(bench.ui.inUseOk);
-        const auto ok = bench.ui.inUseOk;
+        QTRY_VERIFY(bench.ui.retry);
+        const auto retry = bench.ui.retry;
         bench.hands[0]->unplug();
         QTRY_COMPARE(bench.session->state(), State::Waiting);
-        QVERIFY(!bench.ui.inUseOk);
-        ok();
+        QVERIFY(!bench.ui.retry);
+        retry({});
         QCOMPARE(bench.session->state(), State::Waiting);
     }
 

@@ -58,6 +58,18 @@ bool mayFollow(BWCameraSession::State from, BWCameraSession::State to)
     return false;
 }
 
+/// The largest of the camera's sizes that is smaller than the one it failed to start with.
+std::optional<BWResolution> smallerResolution(const BWCamera &camera)
+{
+    const auto area = [](BWResolution size) { return qint64(size.width()) * size.height(); };
+    std::optional<BWResolution> best;
+    for (const BWResolution &size : camera.detectedCamera()->cameraDescription()->availableResolutions) {
+        if (area(size) < area(camera.defaultResolution()) && (!best || area(size) > area(*best)))
+            best = size;
+    }
+    return best;
+}
+
 } // namespace
 
 BWCameraSession::BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWCameraSessionUi &ui,
@@ -120,6 +132,7 @@ void BWCameraSession::cameraFound(const BWDetectedCameraPtr &device)
     cancelNoCamera();
     m_ui.hideNoCameraWindow();
     const BWCameraPtr camera = m_manager.addDetectedCamera(device);
+    watchStream(*camera);
     m_prepareCamera(*camera);
     m_ui.endNoCameraSheet();
     if (m_currentCamera) {
@@ -158,6 +171,7 @@ void BWCameraSession::changeCurrentCamera(const BWCameraPtr &camera)
 void BWCameraSession::stopCurrentCamera(State state)
 {
     setState(state);
+    m_streamProblem = {};
     m_ui.endQuestions();
     ++m_token;
     // Ends a running recording first. Not stopRecording(), which would make the window wait for a long movie.
@@ -186,8 +200,10 @@ void BWCameraSession::continueAfterStop()
 
 void BWCameraSession::doStart()
 {
-    if (m_state != State::Starting)
+    if (m_state != State::Starting) {
         setState(State::Starting);
+        m_quietRetries = 0;
+    }
     m_ui.enableCameraMenus();
     m_firstCameraInstalled = true;
     m_ui.updateStateLabel();
@@ -215,15 +231,49 @@ void BWCameraSession::startCamera()
         m_ui.setStartedCamera(m_currentCamera);
         setupCurrentCamera();
     });
-    const auto failed = then([this] {
-        qCWarning(bwApp, "Camera %s cannot be started: it is in use, or gone",
-                  qUtf8Printable(m_currentCamera->detectedCamera()->description()));
-        m_ui.showCameraInUse([this, token = m_token] {
-            if (token == m_token && m_state == State::Starting)
-                doStart();
-        });
-    });
+    const auto failed = then([this] { startFailed(m_currentCamera->startProblem()); });
     m_currentCamera->startWithCompletion([succeeded, failed](bool success) { success ? succeeded() : failed(); });
+}
+
+void BWCameraSession::startFailed(const BWStartProblem &problem)
+{
+    const auto stillStarting = [this, token = m_token] { return token == m_token && m_state == State::Starting; };
+    constexpr int mostQuietRetries = 3;
+    if (problem.kind == BWStartProblem::Kind::Gone && m_quietRetries < mostQuietRetries) {
+        // Its removal is about to be reported. Nobody can do anything about it.
+        ++m_quietRetries;
+        DispatchAfterStrict::dispatchForQueue(
+            this,
+            [this, stillStarting] {
+                if (stillStarting())
+                    doStart();
+            },
+            goneDelay, m_clock);
+        return;
+    }
+    std::optional<BWResolution> smaller;
+    if (problem.kind == BWStartProblem::Kind::NoBandwidth)
+        smaller = smallerResolution(*m_currentCamera);
+    m_ui.showCameraInUse(problem, smaller, [this, stillStarting](std::optional<BWResolution> size) {
+        if (!stillStarting())
+            return;
+        if (const auto product = currentProduct(); product && size)
+            product->setCurrentResolution(*size);
+        doStart();
+    });
+}
+
+void BWCameraSession::watchStream(BWCamera &camera)
+{
+    camera.setOnCameraStreamProblem(
+        [this, alive = std::weak_ptr(m_alive)](BWCamera &source, const BWStartProblem &problem) {
+            BWMainQueue::post(alive, [this, camera = &source, problem] {
+                if (m_currentCamera.get() != camera || m_state != State::Streaming)
+                    return;
+                m_streamProblem = problem;
+                m_ui.updateStateLabel();
+            });
+        });
 }
 
 void BWCameraSession::setupCurrentCamera()

@@ -31,6 +31,8 @@ public:
 
     /// How long the user sees nothing special when there is no camera.
     static constexpr double noCameraDelay = 1.5; // seconds
+    /// A camera that is gone although nobody has told so is tried again after that time.
+    static constexpr double goneDelay = 1; // seconds
 
     /// `prepareCamera` is called once for each found camera, to install its callbacks.
     BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWCameraSessionUi &ui,
@@ -44,6 +46,9 @@ public:
     std::shared_ptr<BWCameraProduct> currentProduct() const;
     /// Whether the measuring grid fits the current product.
     bool currentProductHasGrid() const;
+
+    /// Why the running camera's stream is interrupted; none while it is not.
+    const BWStartProblem &streamProblem() const { return m_streamProblem; }
 
     /// Called once, when detection starts.
     void waitForCamera();
@@ -64,7 +69,9 @@ private:
     BWCamera::Completion then(std::function<void()> work);
     void doStart();
     void startCamera();
+    void startFailed(const BWStartProblem &problem);
     void setupCurrentCamera();
+    void watchStream(BWCamera &camera);
     void requestProductFirstTime();
     void stopCurrentCamera(State state);
     void continueAfterStop();
@@ -83,6 +90,8 @@ private:
     BWCameraPtr m_nextCamera; // the one to switch to
     DispatchAfterStrict::Handle m_noCameraSource;
     bool m_firstCameraInstalled = false;
+    int m_quietRetries = 0; // of this start, of which nobody was told
+    BWStartProblem m_streamProblem;
     int m_token = 0; // counts the starts and stops; answers that carry an old one are stale
     std::shared_ptr<void> m_alive = std::make_shared<int>();
 };

@@ -4,6 +4,7 @@
 #include "BWACUDriver/BWResolution.h"
 
 #include <functional>
+#include <optional>
 #include <QList>
 #include <QString>
 
@@ -29,8 +30,10 @@ public:
 
     /// Asks which product the camera is; `chosen` gets the product's identifier, or null to be asked again later.
     virtual void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) = 0;
-    /// Tells that the camera is held by another program; `ok` tries again.
-    virtual void showCameraInUse(std::function<void()> ok) = 0;
+    /// Tells that the camera cannot be started and why; `retry` tries again, with the size that it is given from now
+    /// on. `smaller` is a size with which it may work.
+    virtual void showCameraInUse(const BWStartProblem &problem, std::optional<BWResolution> smaller,
+                                 std::function<void(std::optional<BWResolution> size)> retry) = 0;
     /// Takes back askForProduct() and showCameraInUse().
     virtual void endQuestions() = 0;
 

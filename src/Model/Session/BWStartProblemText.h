@@ -1,0 +1,22 @@
+#pragma once
+
+#include "BWACUDriver/BWStartProblem.h"
+
+#include <QString>
+
+class BWLocalizationManager;
+
+/// What the user is told when a camera cannot be started, in the user's language. GUI thread.
+class BWStartProblemText {
+public:
+    static QString title(BWLocalizationManager &texts);
+
+    /// Why, in a sentence or two; null where nothing is known beyond the title.
+    static QString reason(const BWStartProblem &problem, BWLocalizationManager &texts);
+
+    /// What a user can do who may not open cameras.
+    static QString permissionFix(BWLocalizationManager &texts);
+
+    /// Title and reason, for the status line.
+    static QString status(const BWStartProblem &problem, BWLocalizationManager &texts);
+};
