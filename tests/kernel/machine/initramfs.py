@@ -1,4 +1,4 @@
-"""The machine's first file system: busybox, the modules that lead to the host's files, and the guest's scripts."""
+"""The machine's first file system: busybox, the modules and the guest's scripts."""
 
 from pathlib import Path
 
@@ -6,15 +6,15 @@ from faults import MissingPackage
 
 BUSYBOX = Path("/bin/busybox")
 GUEST = Path(__file__).resolve().parent / "guest"
-MODULES = ["virtio_pci", "virtio_console", "9pnet_virtio", "9p", "overlay"]
+MODULES = ("virtio_pci", "virtio_console", "9pnet_virtio", "9p", "overlay")  # lead to us and to the host's files
 
 DIRECTORY, FILE, PROGRAM = 0o040755, 0o100644, 0o100755
 INTERPRETER = 3  # the kind of program header that a dynamically linked program has
 
 
-def entries(kernel, given):
-    """What lies in it: path, mode and content, folders before what is in them. `given` maps the names of files in
-    /machine to their texts. Small enough to be made anew each time."""
+def entries(kernel, modules, given):
+    """What lies in it: path, mode and content, folders before what is in them. `modules` maps names of more modules to
+    their parameters, `given` those of files in /machine to their texts. Small enough to be made anew each time."""
     if not BUSYBOX.exists() or not is_static(BUSYBOX.read_bytes()):
         raise MissingPackage("a statically linked busybox", "busybox-static")
     for folder in ("bin", "modules", "proc", "host", "memory", "new", "machine"):
@@ -24,10 +24,11 @@ def entries(kernel, given):
     yield "machine/start", FILE, (GUEST / "start").read_bytes()
     for name, text in given.items():
         yield f"machine/{name}", FILE, text.encode()
-    files = kernel.module_files(MODULES)
-    for file in files:
+    order = []
+    for file in kernel.module_files([*MODULES, *modules]):
         yield f"modules/{file.name}", FILE, file.read_bytes()
-    yield "modules/order", FILE, "".join(f"{file.name}\n" for file in files).encode()
+        order.append(f"{file.name} {modules.get(file.stem, '')}\n")
+    yield "modules/order", FILE, "".join(order).encode()
 
 
 def archive(contents):

@@ -1,5 +1,6 @@
 """The kernel that the machine boots: Debian's own, unpacked below the build folder and installed nowhere."""
 
+import lzma
 import subprocess
 from pathlib import Path
 
@@ -7,7 +8,6 @@ from faults import MissingPackage
 
 ROOT = Path(__file__).resolve().parents[3]
 UNPACKED = ROOT / "build" / "unpacked" / "linux-image-amd64"
-PACKAGE = "linux-image-amd64, which ./test unpacks"
 DEPMOD = Path("/sbin/depmod")
 
 
@@ -15,33 +15,46 @@ class Kernel:
     """`image` is what boots, `release` its version, `modules` the folder that is /lib/modules to it."""
 
     def __init__(self, folder=UNPACKED):
-        images = sorted(folder.glob("boot/vmlinuz-*"))
-        if not images:
-            raise MissingPackage("the machine's kernel", PACKAGE)
-        self.image = images[-1]
-        self.release = self.image.name.removeprefix("vmlinuz-")
+        packed = max(folder.glob("boot/vmlinuz-*"), default=None)
+        if packed is None:
+            raise MissingPackage("the machine's kernel", "linux-image-amd64, which ./test unpacks")
+        self.release = packed.name.removeprefix("vmlinuz-")
         self.modules = folder / "lib" / "modules"
-        self._files = {}  # name of a module: its file and those that it needs, itself first
+        self.image = packed.with_name(f"vmlinux-{self.release}")
+        if not self.image.exists():
+            part = self.image.with_suffix(".part")
+            part.write_bytes(without_wrapping(packed.read_bytes()))
+            part.rename(self.image)
         index = self.modules / self.release / "modules.dep"
         if not index.exists():
             if not DEPMOD.exists():
                 raise MissingPackage(str(DEPMOD), "kmod")
             subprocess.run([DEPMOD, "-b", folder, self.release], check=True)
+        self._files = {}  # name of a module: its file and those that it needs
         for line in index.read_text().splitlines():
             module, needed = line.split(":")
-            self._files[self._name(module)] = [module, *needed.split()]
-
-    @staticmethod
-    def _name(path):
-        return Path(path).name.partition(".")[0].replace("-", "_")
+            self._files[module_name(module)] = [module, *needed.split()]
 
     def module_files(self, names):
         """The files of these modules and of all that they need, in an order in which they can be loaded."""
         files = []
         for name in names:
-            # the index names what comes first last
-            for path in reversed(self._files[self._name(name)]):
+            # in the index, what is needed first comes last
+            for path in reversed(self._files[module_name(name)]):
                 file = self.modules / self.release / path
                 if file not in files:
                     files.append(file)
         return files
+
+
+def module_name(path):
+    return Path(path).name.partition(".")[0].replace("-", "_")
+
+
+def without_wrapping(image):
+    """The kernel proper out of a bzImage, which would unpack itself, but takes five seconds for that in software."""
+    setup_sectors = image[0x1F1]
+    offset, length = (int.from_bytes(image[at:at + 4], "little") for at in (0x248, 0x24C))
+    begin = (setup_sectors + 1) * 512 + offset
+    # behind the packed data stands their unpacked length
+    return lzma.LZMADecompressor().decompress(image[begin:begin + length])

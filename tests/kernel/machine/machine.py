@@ -16,17 +16,16 @@ from faults import MachineFailure, MissingPackage, TimeIsUp
 UDEV = Path("/lib/systemd/systemd-udevd")
 MODPROBE = Path("/sbin/modprobe")
 CONSOLE_LINES = 40  # of its end are shown when the machine fails
-AFTERLIFE = 10  # seconds that it may take to switch off once it has told the exit code
 
 
 class Machine:
     """Boots `kernel`, runs one command and is gone.
 
-    `modules` are lines for modprobe, a name and its parameters. `environment` is all that the command gets.
+    `modules` maps names of modules to their parameters. `environment` is all that the command gets.
     `results` is a folder of the host in which the command can write; everything else that it writes is lost.
     """
 
-    def __init__(self, kernel, modules, environment, directory, results=None, memory="2G", processors=2):
+    def __init__(self, kernel, modules, environment, directory, results=None, memory="2G", processors=1):
         for program, package in ((UDEV, "udev"), (MODPROBE, "kmod")):
             if not program.exists():
                 raise MissingPackage(str(program), package)
@@ -44,13 +43,12 @@ class Machine:
     def run(self, command, seconds):
         """Runs it with its output in ours; returns its exit code."""
         given = {
-            "settings": f"modules_folder={shlex.quote(str(self._kernel.modules))}\n"
+            "settings": f"modules={shlex.quote(str(self._kernel.modules))}\n"
                         f"results={shlex.quote(str(self._results or ''))}\n",
-            "modules": "".join(f"{line}\n" for line in self._modules),
             "command": self._script(command),
         }
         with tempfile.NamedTemporaryFile(prefix="initramfs-") as file:
-            file.write(initramfs.archive(initramfs.entries(self._kernel, given)))
+            file.write(initramfs.archive(initramfs.entries(self._kernel, self._modules, given)))
             file.flush()
             return self._run(file.name, seconds)
 
@@ -65,22 +63,18 @@ class Machine:
         arguments = qemu.command(self._kernel, initramfs_file, self._memory, self._processors,
                                  theirs["console"].fileno(),
                                  {name: theirs[name].fileno() for name in qemu.PORTS}, self._results)
-        process = subprocess.Popen(arguments, stdin=subprocess.DEVNULL, stdout=theirs["console"],
-                                   stderr=theirs["console"], pass_fds=[end.fileno() for end in theirs.values()])
-        try:
-            for end in theirs.values():
-                end.close()
-            self._listen({name: pair[0] for name, pair in sockets.items()}, time.monotonic() + seconds)
-            process.wait(AFTERLIFE)
-        except subprocess.TimeoutExpired:
-            pass  # it has told all that we want to know
-        finally:
-            process.kill()
-            process.wait()
+        with subprocess.Popen(arguments, stdin=subprocess.DEVNULL, stdout=theirs["console"], stderr=theirs["console"],
+                              pass_fds=[end.fileno() for end in theirs.values()]) as process:
+            try:
+                for end in theirs.values():
+                    end.close()
+                self._listen({name: pair[0] for name, pair in sockets.items()}, process, time.monotonic() + seconds)
+            finally:
+                process.kill()
         return self._exit_code()
 
-    def _listen(self, ends, deadline):
-        """Until the machine has closed all its ends."""
+    def _listen(self, ends, process, deadline):
+        """Until the machine has closed all its ends, by itself or because it is switched off once all is told."""
         receivers = {"console": self.console.extend, "status": self._status_received,
                      "output": self._writer(sys.stdout.buffer), "errors": self._writer(sys.stderr.buffer)}
         with selectors.DefaultSelector() as selector:
@@ -95,6 +89,8 @@ class Machine:
                     data = key.fileobj.recv(1 << 16)
                     if data:
                         key.data(data)
+                        if self._told("exit"):
+                            process.kill()
                     else:
                         selector.unregister(key.fileobj)
                         key.fileobj.close()

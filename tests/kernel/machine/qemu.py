@@ -23,10 +23,12 @@ def command(kernel, initramfs, memory, processors, console, ports, results=None)
         # it ends with us, however we end
         "setpriv", "--pdeathsig", "KILL", "--",
         # in software: a processor's help is not to be had everywhere, and not to be trusted where it seems to be
-        program, "-accel", "tcg,thread=multi", "-cpu", "max", "-smp", str(processors), "-m", memory,
+        program, "-accel", "tcg,thread=multi", "-cpu", "max,la57=off", "-smp", str(processors), "-m", memory,
+        "-machine", "pc,i8042=off",
         "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
         "-kernel", str(kernel.image), "-initrd", str(initramfs),
-        "-append", "console=ttyS0 quiet panic=-1 oops=panic mitigations=off random.trust_cpu=on",
+        "-append", "console=ttyS0 quiet panic=-1 oops=panic mitigations=off random.trust_cpu=on "
+                   "cryptomgr.notests tsc=reliable",
         "-chardev", f"socket,id=console,fd={console}", "-serial", "chardev:console",
         "-device", "virtio-serial-pci",  # the first of its kind, so that its ports are vport0
     ]
