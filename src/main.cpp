@@ -1,8 +1,12 @@
 #include "AppDelegate.h"
+#include "BWACUDriver/BWV4L2Backend.h"
+#include "BWACUDriver/BWV4L2Listing.h"
 #include "BWCameraListing.h"
 #include "BWCommandLine.h"
+#include "BWNodePrinter.h"
 #include "BWStatisticsReport.h"
 #include "Model/BWRepository.h"
+#include "Model/BWSettingsFile.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/BWMainWindow.h"
@@ -12,6 +16,7 @@
 #include <cstdio>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QFileInfo>
 #include <QTextStream>
 
 using namespace Qt::StringLiterals;
@@ -25,6 +30,12 @@ public:
     void requestAccess(std::function<void(bool)> completion) override { completion(true); }
 };
 
+/// What tells the types of cameras: the user's own table before ours.
+QStringList cameraTables()
+{
+    return {QFileInfo(BWSettingsFile::defaultPath()).path() + "/cameras.json"_L1, u":/cameras.json"_s};
+}
+
 AppDelegate::Options delegateOptions(const BWCommandLine &line)
 {
     AppDelegate::Options options;
@@ -33,6 +44,7 @@ AppDelegate::Options delegateOptions(const BWCommandLine &line)
     options.quit = [] { QCoreApplication::exit(0); };
     if (line.simulated.isEmpty()) {
         options.authorization = std::make_unique<BWDeviceNodeAuthorization>(u"/dev"_s);
+        options.backends.push_back(BWV4L2Backend::create(cameraTables()));
         return options;
     }
     options.authorization = std::make_unique<NoAuthorizationNeeded>();
@@ -53,10 +65,13 @@ int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
         return 0;
     }
     QCoreApplication application(argc, argv);
-    std::vector<std::unique_ptr<BWCameraBackend>> backends;
-    if (!line.simulated.isEmpty())
-        backends.push_back(BWSimulatedBackend::create(line.simulated));
     QTextStream out(stdout);
+    if (line.simulated.isEmpty()) {
+        BWNodePrinter::print(BWV4L2Listing::list(cameraTables()), out);
+        return 0;
+    }
+    std::vector<std::unique_ptr<BWCameraBackend>> backends;
+    backends.push_back(BWSimulatedBackend::create(line.simulated));
     BWCameraListing::print(std::move(backends), out);
     return 0;
 }

@@ -8,10 +8,8 @@ struct BWUdevUnref {
     void operator()(udev *context) const { udev_unref(context); }
     void operator()(udev_device *device) const { udev_device_unref(device); }
     void operator()(udev_monitor *monitor) const { udev_monitor_unref(monitor); }
-    void operator()(udev_enumerate *enumerate) const { udev_enumerate_unref(enumerate); }
 };
 
 using BWUdevContext = std::unique_ptr<udev, BWUdevUnref>;
 using BWUdevDevice = std::unique_ptr<udev_device, BWUdevUnref>;
 using BWUdevMonitor = std::unique_ptr<udev_monitor, BWUdevUnref>;
-using BWUdevEnumerate = std::unique_ptr<udev_enumerate, BWUdevUnref>;

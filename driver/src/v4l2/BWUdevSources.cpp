@@ -1,12 +1,11 @@
 #include "v4l2/BWUdevSources.h"
 
 #include "BWDriverLog.h"
-#include "v4l2/BWSysfs.h"
 #include "v4l2/BWVideoNodeReader.h"
 
 #include <cerrno>
 #include <cstring>
-#include <QDir>
+#include <QFile>
 #include <string_view>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -28,14 +27,10 @@ bool isVideo(udev_device *device)
     return subsystem && std::strcmp(subsystem, video) == 0;
 }
 
-/// Cameras of the USB video class: the interface that controls the camera.
 void reportInterface(const QByteArray &sysPath, BWNodeTracker &tracker)
 {
-    const QString folder = QFile::decodeName(sysPath);
-    if (BWSysfs::attribute(folder + "/bInterfaceClass"_L1) != "0e"_L1
-        || BWSysfs::attribute(folder + "/bInterfaceSubClass"_L1) != "01"_L1 || QDir(folder).exists(u"video4linux"_s))
-        return;
-    tracker.interfaceAppeared(BWVideoNodeReader::readInterface(folder), now());
+    if (const auto interface = BWVideoNodeReader::readInterface(QFile::decodeName(sysPath)))
+        tracker.interfaceAppeared(*interface, now());
 }
 
 void reportNode(const QByteArray &sysPath, bool initialised, quint64 sequence, BWNodeTracker &tracker)
@@ -85,29 +80,16 @@ std::array<pollfd, 3> BWUdevSources::descriptors() const
 
 void BWUdevSources::enumerate(BWNodeTracker &tracker) const
 {
-    const QSet<QByteArray> interfaces = folders("usb", "bInterfaceClass", "0e");
-    const QSet<QByteArray> nodes = folders(video);
-    tracker.keepOnly(interfaces + nodes);
+    const QList<QByteArray> interfaces = BWVideoNodeReader::interfaceFolders();
+    const QList<QByteArray> nodes = BWVideoNodeReader::nodeFolders();
+    const QList<QByteArray> all = interfaces + nodes;
+    tracker.keepOnly({all.begin(), all.end()});
     for (const QByteArray &interface : interfaces)
         reportInterface(interface, tracker);
     for (const QByteArray &node : nodes) {
         const BWUdevDevice device(udev_device_new_from_syspath(m_udev.get(), node.constData()));
         reportNode(node, device && udev_device_get_is_initialized(device.get()) > 0, 0, tracker);
     }
-}
-
-QSet<QByteArray> BWUdevSources::folders(const char *subsystem, const char *attribute, const char *value) const
-{
-    const BWUdevEnumerate all(udev_enumerate_new(m_udev.get()));
-    udev_enumerate_add_match_subsystem(all.get(), subsystem);
-    if (attribute)
-        udev_enumerate_add_match_sysattr(all.get(), attribute, value);
-    udev_enumerate_scan_devices(all.get());
-    QSet<QByteArray> found;
-    for (udev_list_entry *entry = udev_enumerate_get_list_entry(all.get()); entry;
-         entry = udev_list_entry_get_next(entry))
-        found.insert(udev_list_entry_get_name(entry));
-    return found;
 }
 
 void BWUdevSources::readEvents(BWNodeTracker &tracker)

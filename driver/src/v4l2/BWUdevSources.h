@@ -25,8 +25,6 @@ public:
 
 private:
     BWUdevMonitor listen(const char *source) const;
-    /// The devices of a subsystem, or those of them with that attribute: their folders in sysfs.
-    QSet<QByteArray> folders(const char *subsystem, const char *attribute = nullptr, const char *value = nullptr) const;
     /// False when events were lost.
     static bool readMonitor(udev_monitor *monitor, bool initialised, BWNodeTracker &tracker);
     void readAccess(BWNodeTracker &tracker) const;

@@ -2,9 +2,12 @@
 
 #include "v4l2/BWSysfs.h"
 
+#include <algorithm>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -33,6 +36,18 @@ void readUsb(BWVideoNode &node, const QString &usbDevice, const QString &interfa
         node.part = u"if%1"_s.arg(number);
 }
 
+QList<QByteArray> folders(const QString &links, const QString &pattern)
+{
+    QStringList names = QDir(links).entryList({pattern}, QDir::Dirs | QDir::NoDotAndDotDot);
+    // video10 after video9
+    std::stable_sort(names.begin(), names.end(),
+                     [](const QString &left, const QString &right) { return left.size() < right.size(); });
+    QList<QByteArray> resolved;
+    for (const QString &name : std::as_const(names))
+        resolved.append(QFile::encodeName(QFileInfo(links + u'/' + name).canonicalFilePath()));
+    return resolved;
+}
+
 } // namespace
 
 std::optional<BWVideoNode> BWVideoNodeReader::read(const QString &folder)
@@ -56,12 +71,25 @@ std::optional<BWVideoNode> BWVideoNodeReader::read(const QString &folder)
     return node;
 }
 
-BWVideoNode BWVideoNodeReader::readInterface(const QString &folder)
+std::optional<BWVideoNode> BWVideoNodeReader::readInterface(const QString &folder)
 {
+    if (BWSysfs::attribute(folder + "/bInterfaceClass"_L1) != "0e"_L1
+        || BWSysfs::attribute(folder + "/bInterfaceSubClass"_L1) != "01"_L1 || QDir(folder).exists(u"video4linux"_s))
+        return std::nullopt;
     const QString path = QFileInfo(folder).canonicalFilePath();
     BWVideoNode node;
     node.sysPath = QFile::encodeName(path);
     node.driver = BWSysfs::linkedName(path + "/driver"_L1);
     readUsb(node, BWSysfs::usbDevice(path), path);
     return node;
+}
+
+QList<QByteArray> BWVideoNodeReader::nodeFolders()
+{
+    return folders(u"/sys/class/video4linux"_s, u"video*"_s);
+}
+
+QList<QByteArray> BWVideoNodeReader::interfaceFolders()
+{
+    return folders(u"/sys/bus/usb/devices"_s, u"*:*"_s);
 }
