@@ -1,0 +1,248 @@
+#include "FakeKernel.h"
+
+#include "v4l2/BWVideoFormat.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// No real descriptor is that large.
+constexpr int nodeDescriptor = 1'000'000;
+constexpr int buttonDescriptor = 1'000'001;
+
+template <typename Argument>
+Argument &as(void *argument)
+{
+    return *static_cast<Argument *>(argument);
+}
+
+} // namespace
+
+QStringList FakeKernel::takeLog()
+{
+    return change([](State &state) { return std::exchange(state.log, {}); });
+}
+
+void FakeKernel::pushFrame(uint32_t flags, uint32_t bytesUsed)
+{
+    change([&](State &state) {
+        const uint32_t number = state.sequence++;
+        if (!m_streaming || state.queued.empty())
+            return;
+        v4l2_buffer frame{};
+        frame.index = state.queued.front();
+        state.queued.pop_front();
+        m_memory[m_memory.size() - m_buffers + frame.index].assign(frameSize, static_cast<uint8_t>(number));
+        frame.bytesused = bytesUsed;
+        frame.sequence = number;
+        frame.flags = flags;
+        m_done.push_back(frame);
+    });
+}
+
+void FakeKernel::moveControl(uint32_t id, int32_t value)
+{
+    change([&](State &state) {
+        state.controls.at(id).value = value;
+        v4l2_event event{};
+        event.type = V4L2_EVENT_CTRL;
+        event.id = id;
+        event.u.ctrl.changes = V4L2_EVENT_CTRL_CH_VALUE;
+        event.u.ctrl.value = value;
+        state.events.push_back(event);
+    });
+}
+
+void FakeKernel::pushKey(uint16_t code, int32_t value)
+{
+    change([&](State &state) { state.keys.push_back({{}, EV_KEY, code, value}); });
+}
+
+int FakeKernel::open(const char *path, int)
+{
+    const std::lock_guard lock(m_mutex);
+    const bool button = std::strcmp(path, "/dev/button") == 0;
+    if (const int fault = button ? m_state.button : takeFault(opening))
+        return -fault;
+    if (m_state.gone)
+        return -ENOENT;
+    ++m_state.opened;
+    return button ? buttonDescriptor : nodeDescriptor;
+}
+
+int FakeKernel::close(int)
+{
+    const std::lock_guard lock(m_mutex);
+    --m_state.opened;
+    return 0;
+}
+
+int FakeKernel::ioctl(int descriptor, unsigned long request, void *argument)
+{
+    const std::lock_guard lock(m_mutex);
+    if (descriptor != nodeDescriptor || m_state.opened == 0)
+        return -EBADF;
+    if (const int fault = takeFault(request))
+        return -fault;
+    if (m_state.gone)
+        return -ENODEV;
+    const auto scripted = m_state.answers.find(request);
+    return scripted == m_state.answers.end() ? answer(request, argument) : scripted->second(argument);
+}
+
+int FakeKernel::answer(unsigned long request, void *argument)
+{
+    State &state = m_state;
+    switch (request) {
+    case VIDIOC_QUERYCAP:
+        state.bus.copy(reinterpret_cast<char *>(as<v4l2_capability>(argument).bus_info), 31);
+        as<v4l2_capability>(argument).capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+        return 0;
+    case VIDIOC_S_FMT:
+        if (m_buffers > 0)
+            return -EBUSY;
+        state.log += u"S_FMT "_s + BWVideoFormat::name(as<v4l2_format>(argument).fmt.pix.pixelformat);
+        return 0;
+    case VIDIOC_S_PARM:
+        state.log += u"S_PARM %1"_s.arg(as<v4l2_streamparm>(argument).parm.capture.timeperframe.denominator);
+        return 0;
+    case VIDIOC_S_STD:
+        state.log += u"S_STD %1"_s.arg(as<v4l2_std_id>(argument), 0, 16);
+        return m_streaming ? -EBUSY : 0;
+    case VIDIOC_S_EXT_CTRLS:
+    case VIDIOC_G_EXT_CTRLS:
+        return accessControl(as<v4l2_ext_controls>(argument).controls[0], request == VIDIOC_S_EXT_CTRLS);
+    case VIDIOC_REQBUFS:
+        if (m_streaming)
+            return -EBUSY;
+        m_buffers = as<v4l2_requestbuffers>(argument).count =
+            std::min(as<v4l2_requestbuffers>(argument).count, state.mostBuffers);
+        m_memory.resize(m_memory.size() + m_buffers);
+        return 0;
+    case VIDIOC_QUERYBUF:
+        as<v4l2_buffer>(argument).length = frameSize;
+        as<v4l2_buffer>(argument).m.offset = as<v4l2_buffer>(argument).index;
+        return 0;
+    case VIDIOC_QBUF:
+        if (as<v4l2_buffer>(argument).index >= m_buffers)
+            return -EINVAL;
+        state.queued.push_back(as<v4l2_buffer>(argument).index);
+        return 0;
+    case VIDIOC_DQBUF:
+        if (m_done.empty())
+            return -EAGAIN;
+        as<v4l2_buffer>(argument) = m_done.front();
+        m_done.pop_front();
+        return 0;
+    case VIDIOC_STREAMON:
+    case VIDIOC_STREAMOFF:
+        m_streaming = request == VIDIOC_STREAMON;
+        state.log += m_streaming ? u"STREAMON"_s : u"STREAMOFF"_s;
+        if (!m_streaming) {
+            state.queued.clear();
+            m_done.clear();
+        }
+        return 0;
+    case VIDIOC_SUBSCRIBE_EVENT:
+        return 0;
+    case VIDIOC_DQEVENT:
+        if (state.events.empty())
+            return -ENOENT;
+        as<v4l2_event>(argument) = state.events.front();
+        state.events.pop_front();
+        return 0;
+    default:
+        return -ENOTTY;
+    }
+}
+
+int FakeKernel::accessControl(v4l2_ext_control &wanted, bool set)
+{
+    const auto found = m_state.controls.find(wanted.id);
+    if (found == m_state.controls.end())
+        return -EINVAL;
+    Control &control = found->second;
+    if (set) {
+        if (control.master && m_state.controls.at(control.master).value != control.manual)
+            return -EACCES;
+        const int32_t value = wanted.value;
+        if (!control.menu.empty() && std::find(control.menu.begin(), control.menu.end(), value) == control.menu.end())
+            return -EINVAL;
+        control.value = std::clamp(value, control.min, control.max);
+        m_state.log += u"SET %1=%2"_s.arg(wanted.id, 0, 16).arg(control.value);
+    }
+    wanted.value = control.value;
+    return 0;
+}
+
+ssize_t FakeKernel::read(int, void *bytes, std::size_t size)
+{
+    const std::lock_guard lock(m_mutex);
+    std::deque<input_event> &keys = m_state.keys;
+    if (m_state.button || keys.empty())
+        return m_state.button ? -m_state.button : -EAGAIN;
+    const auto count = static_cast<std::ptrdiff_t>(std::min(size / sizeof(input_event), keys.size()));
+    std::copy_n(keys.begin(), count, static_cast<input_event *>(bytes));
+    keys.erase(keys.begin(), keys.begin() + count);
+    return count * static_cast<std::ptrdiff_t>(sizeof(input_event));
+}
+
+int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::milliseconds(timeout);
+    pollfd &node = descriptors[0];
+    pollfd &button = descriptors[2];
+    while (true) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_changed.clear();
+            ++m_state.polls;
+            const int events = (m_done.empty() ? 0 : POLLIN) | (m_state.events.empty() ? 0 : POLLPRI)
+                | (m_state.broken ? POLLERR : 0) | (m_state.gone ? POLLERR | POLLHUP : 0);
+            node.revents = node.fd < 0 ? 0 : static_cast<short>(events & (node.events | POLLERR | POLLHUP));
+            const bool pressed = m_state.button || !m_state.keys.empty();
+            button.revents = button.fd >= 0 && pressed ? POLLIN : 0;
+        }
+        const bool ready = node.revents || button.revents;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        pollfd real[] = {descriptors[1], {m_changed.descriptor(), POLLIN, 0}};
+        ::poll(real, 2, ready ? 0 : std::max(static_cast<int>(left), 0));
+        descriptors[1].revents = real[0].revents;
+        if (ready || real[0].revents || Clock::now() >= deadline)
+            return 1;
+    }
+}
+
+void *FakeKernel::map(int, std::size_t, off_t offset, int &error)
+{
+    const std::lock_guard lock(m_mutex);
+    error = takeFault(mapping);
+    if (error)
+        return nullptr;
+    ++m_state.mapped;
+    auto &memory = m_memory[m_memory.size() - m_buffers + static_cast<std::size_t>(offset)];
+    memory.resize(frameSize);
+    return memory.data();
+}
+
+void FakeKernel::unmap(void *, std::size_t)
+{
+    const std::lock_guard lock(m_mutex);
+    --m_state.mapped;
+}
+
+int FakeKernel::takeFault(unsigned long request)
+{
+    std::deque<int> &faults = m_state.faults[request];
+    if (faults.empty())
+        return 0;
+    const int fault = faults.front();
+    faults.pop_front();
+    return fault;
+}

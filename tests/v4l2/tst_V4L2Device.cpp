@@ -1,0 +1,244 @@
+#include "FakeCamera.h"
+
+#include <cerrno>
+#include <QTest>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Kind = BWStartProblem::Kind;
+using Result = BWCaptureDevice::WaitResult;
+using State = FakeKernel::State;
+
+class TestV4L2Device : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void failedStart_data()
+    {
+        QTest::addColumn<unsigned long>("call");
+        QTest::addColumn<QList<int>>("errors");
+        QTest::addColumn<Kind>("problem");
+        const auto row = [](const char *name, unsigned long call, const QList<int> &errors, Kind problem) {
+            QTest::newRow(name) << call << errors << problem;
+        };
+        row("not allowed", FakeKernel::opening, {EACCES}, Kind::NoPermission);
+        row("unplugged", FakeKernel::opening, {ENOENT}, Kind::Gone);
+        row("unplugged a moment later", VIDIOC_QUERYCAP, {ENODEV}, Kind::Gone);
+        row("held at S_STD", VIDIOC_S_STD, {EBUSY}, Kind::InUse);
+        row("held at S_FMT", VIDIOC_S_FMT, {EBUSY}, Kind::InUse);
+        row("held at S_PARM", VIDIOC_S_PARM, {EBUSY}, Kind::InUse);
+        row("held at REQBUFS", VIDIOC_REQBUFS, {EBUSY}, Kind::InUse);
+        row("held at STREAMON", VIDIOC_STREAMON, {EBUSY}, Kind::InUse);
+        row("unplugged at QBUF", VIDIOC_QBUF, {ENODEV}, Kind::Gone);
+        row("no bandwidth for any format", VIDIOC_STREAMON, {ENOSPC, EIO}, Kind::NoBandwidth);
+        row("broken", VIDIOC_STREAMON, {EIO, EIO}, Kind::Failed);
+        row("no memory", FakeKernel::mapping, {ENOMEM, ENOMEM}, Kind::Failed);
+        row("the number of another camera", 0, {}, Kind::Gone);
+    }
+
+    void failedStart()
+    {
+        QFETCH(unsigned long, call);
+        QFETCH(QList<int>, errors);
+        QFETCH(Kind, problem);
+        FakeCamera camera;
+        camera.device->setVideoNorm(1);
+        camera.kernel.change([&](State &state) {
+            state.faults[call].assign(errors.begin(), errors.end());
+            state.bus = call ? "usb-1" : "usb-2";
+        });
+        QCOMPARE(camera.device->startStreaming().kind, problem);
+        camera.kernel.change([](State &state) {
+            QCOMPARE(state.opened, 0);
+            QCOMPARE(state.mapped, 0);
+            state.bus = "usb-1";
+        });
+        QVERIFY(camera.device->startStreaming().isNone());
+        camera.kernel.pushFrame();
+        QVERIFY(camera.take() == Result::Frame);
+    }
+
+    void normThenFormatThenStream()
+    {
+        FakeCamera camera;
+        camera.device->setVideoNorm(2); // which it does not have
+        camera.device->setVideoNorm(0);
+        camera.kernel.takeLog();
+        camera.kernel.change([](State &state) { state.faults[VIDIOC_STREAMON] = {ENOSPC}; });
+        QVERIFY(camera.device->startStreaming().isNone());
+        const QString norm = u"S_STD %1"_s.arg(V4L2_STD_NTSC, 0, 16);
+        QCOMPARE(camera.kernel.takeLog(),
+                 QStringList({norm, u"S_FMT MJPEG"_s, u"S_PARM 30"_s, u"STREAMOFF"_s, u"S_FMT YUYV"_s, u"S_PARM 15"_s,
+                              u"STREAMON"_s}));
+        camera.kernel.pushFrame();
+        QVERIFY(camera.take() == Result::Frame);
+        QCOMPARE(camera.frame.pixelFormat(), BWPixelFormat::YUYV);
+    }
+
+    void framesAreNumberedAndJudged()
+    {
+        FakeCamera camera;
+        camera.kernel.change([](State &state) {
+            state.faults[VIDIOC_STREAMON] = {ENOSPC}; // a raw stream
+            state.sequence = 0xfffffffe;
+        });
+        QVERIFY(camera.device->startStreaming().isNone());
+        const uint64_t first = 0xfffffffe;
+        const struct {
+            uint32_t skipped, flags, bytes;
+            Result result;
+            uint64_t sequence;
+        } rows[] = {
+            {0, 0, FakeKernel::frameSize, Result::Frame, first},
+            {0, V4L2_BUF_FLAG_ERROR, FakeKernel::frameSize, Result::BadFrame, first + 1},
+            {0, 0, FakeKernel::frameSize - 1, Result::BadFrame, first + 2}, // the counter has wrapped
+            {3, 0, FakeKernel::frameSize, Result::Frame, first + 6},
+            {0, 0, 0, Result::BadFrame, first + 7},
+        };
+        for (const auto &row : rows) {
+            camera.kernel.change([&](State &state) { state.sequence += row.skipped; });
+            camera.kernel.pushFrame(row.flags, row.bytes);
+            QVERIFY(camera.take() == row.result);
+            QCOMPARE(camera.frame.sequence(), row.sequence);
+            camera.frame = {};
+            camera.kernel.change([](State &state) { QCOMPARE(state.queued.size(), 8u); });
+        }
+        camera.kernel.change([](State &state) { state.faults[VIDIOC_DQBUF] = {EINTR}; });
+        camera.kernel.pushFrame();
+        QVERIFY(camera.take() == Result::Nothing);
+        QVERIFY(camera.take() == Result::Frame);
+    }
+
+    void framesOutliveTheirStream()
+    {
+        FakeCamera camera;
+        QVERIFY(camera.device->startStreaming().isNone());
+        camera.kernel.pushFrame();
+        QVERIFY(camera.take() == Result::Frame);
+        BWFrame held = camera.frame;
+        const uint8_t *pixels = held.plane(0).data;
+        camera.device->stopStreaming();
+        camera.kernel.change([](State &state) {
+            QCOMPARE(state.opened, 0);
+            QCOMPARE(state.mapped, 1);
+        });
+        QVERIFY(camera.device->startStreaming().isNone());
+        for (int i = 0; i < 9; ++i) {
+            camera.kernel.pushFrame();
+            QVERIFY(camera.take() == Result::Frame);
+            QVERIFY(camera.frame.plane(0).data != pixels);
+        }
+        QCOMPARE(pixels[held.plane(0).size - 1], uint8_t(0));
+        camera.frame = {};
+        camera.device.reset();
+        std::thread([frame = std::exchange(held, {})] {}).join();
+        camera.kernel.change([](State &state) {
+            QCOMPARE(state.mapped, 0);
+            QCOMPARE(state.opened, 0);
+        });
+    }
+
+    void streamWaitsWhileAllBuffersAreHeld()
+    {
+        FakeCamera camera;
+        camera.kernel.change([](State &state) { state.mostBuffers = 3; });
+        QVERIFY(camera.device->startStreaming().isNone());
+        std::vector<BWFrame> held;
+        for (int i = 0; i < 3; ++i) {
+            camera.kernel.pushFrame();
+            QVERIFY(camera.take() == Result::Frame);
+            held.push_back(std::exchange(camera.frame, {}));
+        }
+        QVERIFY2(!camera.device->expectsFrames(), "silence now is no stall");
+        camera.kernel.pushFrame();
+        // As kernels do that were left without a buffer.
+        const int before = camera.kernel.change([](State &state) {
+            state.broken = true;
+            return state.polls;
+        });
+        QVERIFY(camera.take(20ms) == Result::Nothing);
+        QVERIFY2(camera.kernel.change([](State &state) { return state.polls; }) < before + 10, "spins");
+        camera.kernel.change([](State &state) { state.broken = false; });
+
+        std::thread other([&] {
+            held.clear();
+            camera.kernel.pushFrame();
+        });
+        const Result result = camera.take(10s);
+        other.join();
+        QVERIFY(result == Result::Frame);
+        QCOMPARE(camera.frame.sequence(), 4u);
+
+        camera.device->stopStreaming();
+        camera.frame = {};
+        camera.kernel.change([](State &state) {
+            state.mostBuffers = 8;
+            state.faults[VIDIOC_REQBUFS] = {ENOMEM}; // for eight; there is for four
+            state.faults[FakeKernel::mapping] = {0, 0, 0, ENOMEM};
+        });
+        QVERIFY(camera.device->startStreaming().isNone());
+        camera.kernel.change([](State &state) { QCOMPARE(state.queued.size(), 3u); });
+    }
+
+    void onlyAnUnplugIsAnUnplug()
+    {
+        FakeCamera camera;
+        QVERIFY(camera.device->startStreaming().isNone());
+        camera.kernel.change([](State &state) {
+            state.broken = true;
+            state.faults[VIDIOC_DQBUF] = {EIO, EIO, EIO, EINVAL};
+        });
+        QVERIFY(camera.take(250ms) == Result::Nothing);
+        QVERIFY2(camera.kernel.change([](State &state) { return state.polls; }) < 20, "spins");
+        camera.kernel.change([](State &state) {
+            state.broken = false;
+            state.faults.clear();
+        });
+        camera.kernel.pushFrame();
+        QVERIFY2(camera.take(10s) == Result::Frame, "a stream that came back");
+
+        const BWFrame held = camera.frame;
+        std::thread other([&] { camera.kernel.change([](State &state) { state.gone = true; }); });
+        const Result result = camera.take(10s);
+        other.join();
+        QVERIFY(result == Result::Gone);
+        camera.device->stopStreaming();
+        QCOMPARE(camera.device->startStreaming().kind, Kind::Gone);
+        QCOMPARE(held.plane(0).data[0], uint8_t(0));
+    }
+
+    void interruptionEndsOneWait()
+    {
+        FakeCamera camera;
+        QVERIFY(camera.device->startStreaming().isNone());
+        std::thread other([&] { camera.device->interrupt(); });
+        const Result result = camera.take(10s);
+        other.join();
+        QVERIFY(result == Result::Nothing);
+        camera.kernel.pushFrame();
+        camera.device->interrupt();
+        QVERIFY2(camera.take(10s) == Result::Frame, "frames are not kept back");
+        QVERIFY2(camera.take(1h) == Result::Nothing, "nor is the interruption lost");
+    }
+
+    void buttonCountsPresses()
+    {
+        FakeCamera camera;
+        camera.kernel.pushKey(KEY_CAMERA, 1);
+        QVERIFY(!camera.device->readsButton());
+        QVERIFY(camera.device->startStreaming().isNone());
+        QVERIFY(camera.device->readsButton());
+        for (const auto &[code, value] : {std::pair(KEY_CAMERA, 1), {KEY_CAMERA, 2}, {KEY_CAMERA, 0}, {KEY_A, 1}})
+            camera.kernel.pushKey(static_cast<uint16_t>(code), value);
+        camera.take();
+        QCOMPARE(camera.presses, 1);
+        camera.kernel.change([](State &state) { state.button = ENODEV; });
+        camera.kernel.pushFrame();
+        QVERIFY(camera.take() == Result::Frame);
+        QVERIFY(!camera.device->readsButton());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestV4L2Device)
+#include "tst_V4L2Device.moc"
