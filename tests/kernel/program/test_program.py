@@ -1,0 +1,219 @@
+#!/usr/bin/python3
+"""The program itself on real device nodes: a USB camera that is pressed, marred, pulled out and held by others, and
+the kernel's virtual video devices. Runs in the machine.
+
+Usage: test_program.py PROGRAM FRAMES [TEST...]; FRAMES is a folder made by make_frames.
+"""
+
+import json
+import re
+import subprocess
+import sys
+import time
+import unittest
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+sys.path[:0] = [str(HERE.parents[1] / "e2e"), str(HERE.parent / "usbcamera")]
+from client import UsbCameras  # noqa: E402
+from desktop import Desktop, wait_until  # noqa: E402
+from program import Program  # noqa: E402
+
+PROGRAM, FRAMES = sys.argv[1], Path(sys.argv[2])
+TITLE = "BrimwellPro"
+VIVID = Path("/sys/bus/platform/drivers/vivid")
+PATIENCE = 60  # seconds; the processor is emulated
+
+
+def without_tags(jpeg):
+    """The image without what a snapshot tells about itself."""
+    at = jpeg.find(b"\xff\xe1")
+    if at < 0:
+        return jpeg
+    return jpeg[:at] + jpeg[at + 2 + int.from_bytes(jpeg[at + 2:at + 4], "big"):]
+
+
+def pictures_in(movie):
+    """The stored pictures, byte for byte."""
+    out = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(movie), "-c", "copy", "-f", "mjpeg",
+                          "-"], check=True, capture_output=True).stdout
+    starts = [match.start() for match in re.finditer(b"\xff\xd8\xff", out)]
+    return [out[begin:end] for begin, end in zip(starts, [*starts[1:], len(out)])]
+
+
+class ProgramTest(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop(accessibility=False))
+        self.cameras = self.enterContext(UsbCameras())
+        self.album = self.desktop.home / "BrimwellPro" / "Default Album"
+
+    def configure(self, table=(), **products):
+        """What the user has chosen before: the product of each type of camera, and entries of cameras.json."""
+        folder = self.desktop.home / ".config" / "BrimwellPro"
+        folder.mkdir(parents=True)
+        text = json.dumps(products, separators=(",", ":")).replace('"', '\\"')
+        (folder / "BrimwellPro.conf").write_text(f'[General]\nbwp2x_product_for_camera="{text}"\n')
+        (folder / "cameras.json").write_text(json.dumps({"cameras": list(table)}))
+
+    def start(self):
+        self.program = Program(self.desktop, [PROGRAM])
+        self.window = self.wait("the window", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", f"^{TITLE}"]).split())[0].decode()
+
+    def wait(self, what, condition, seconds=PATIENCE):
+        try:
+            return wait_until(what, condition, seconds, step=0.2)
+        except Exception:
+            print(self.program.log)
+            self.desktop.picture().save_png("/tmp/failed.png")
+            raise
+
+    def wait_for_stream(self, name):
+        self.wait(f"{name} streams", lambda: "streaming" in self.cameras(f"status {name}"))
+        sent = self.sent(name)
+        self.wait(f"{name} sends", lambda: self.sent(name) > sent + 1)
+
+    def sent(self, name):
+        return int(re.search(r"sent=(\d+)", self.cameras(f"status {name}"))[1])
+
+    def plug(self, name, options="rate=5"):
+        self.cameras(f"add {name} uvc serial={name} {options}")
+        self.cameras(f"source {name} {FRAMES}")
+        self.cameras(f"plug {name}")
+
+    def press_keys(self, keys):
+        self.desktop.input("windowactivate", "--sync", self.window)
+        self.desktop.key(keys)
+
+    def captures(self, pattern, count):
+        """The files of the album once there are that many; a moment later there are not more."""
+        found = self.wait(f"{count} {pattern}", lambda: len(files := sorted(self.album.glob(pattern))) >= count and files)
+        self.wait("they are whole", lambda: all(file.stat().st_size for file in found))
+        time.sleep(1)
+        found = sorted(self.album.glob(pattern))
+        self.assertEqual(len(found), count)
+        return found
+
+    def assert_sent(self, jpeg, size="640x480"):
+        sent = {path.read_bytes() for path in FRAMES.glob(f"{size}-*.jpg")}
+        self.assertIn(without_tags(jpeg), sent)
+
+    def end(self):
+        self.press_keys("ctrl+q")
+        self.assertEqual(self.program.wait_for_end(PATIENCE), 0)
+
+    def test_usb_camera(self):
+        self.configure(wired_ultra="mx62")
+        self.plug("scope")
+        self.start()
+        self.wait_for_stream("scope")
+
+        # The button, while another window has the keyboard; then while ours has it.
+        other = self.desktop.spawn(["xev"], log="xev.log")
+        xev = self.wait("another window", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", "Event Tester"]).split())[0].decode()
+        self.desktop.input("windowactivate", "--sync", xev)
+        self.cameras("press scope")
+        self.assert_sent(self.captures("*.jpg", 1)[0].read_bytes())
+        other.terminate()
+        self.desktop.input("windowactivate", "--sync", self.window)
+        self.cameras("press scope")
+        self.captures("*.jpg", 2)
+
+        # Frames that are marred are skipped; a stall is over after a restart.
+        for fault in ("truncate", "error", "lose", "truncate"):
+            self.cameras(f"{fault} scope")
+        self.cameras("forget scope")
+        self.cameras("stall scope")
+        self.wait("the stream is restarted", lambda: "start" in self.cameras("log scope").split("; "))
+        self.wait_for_stream("scope")
+        self.press_keys("ctrl+s")
+        self.assert_sent(self.captures("*.jpg", 3)[2].read_bytes())
+
+        # Pulled out in the middle of a frame while recording; back with another node.
+        self.press_keys("ctrl+shift+s")
+        self.wait("a recording", lambda: list((self.desktop.folder / "tmp").glob("*.mov")))
+        sent = self.sent("scope")
+        self.wait("some frames", lambda: self.sent("scope") > sent + 5)
+        node = self.node("scope")
+        self.cameras("unplug scope after-bytes=20000")
+        movie = self.captures("*.mov", 1)[0]
+        pictures = pictures_in(movie)
+        self.assertGreater(len(pictures), 3)
+        for picture in pictures:
+            self.assert_sent(picture)
+        self.plug("other", "mode=pushed")  # takes the numbers that are free
+        self.wait("the other camera is there", lambda: self.node("other"))
+        self.cameras("plug scope")
+        self.wait("its node", lambda: self.node("scope"))
+        self.assertNotEqual(self.node("scope"), node)
+        self.end()
+        self.assertIn("was skipped", self.program.log)
+
+    @staticmethod
+    def node(serial):
+        links = Path("/dev/v4l/by-id").glob(f"*_{serial}-video-index0")
+        return next((link.resolve() for link in links if link.exists()), None)
+
+    def test_large_frames(self):
+        self.configure(wired_ultra="mx62")
+        folder = self.desktop.home / ".config" / "BrimwellPro"
+        with open(folder / "BrimwellPro.conf", "a") as file:
+            file.write('bwp2x_product_mx62="{\\"resolution\\":\\"2592x1944\\"}"\n')
+        self.plug("scope")
+        self.start()
+        self.wait_for_stream("scope")
+        self.assertIn("commit mjpeg 2592x1944", self.cameras("log scope"))
+        self.press_keys("ctrl+s")
+        self.assert_sent(self.captures("*.jpg", 1)[0].read_bytes(), "2592x1944")
+        # Pulled out, it is taken up again when it comes back.
+        self.cameras("unplug scope after-bytes=100000")
+        self.wait("its node is gone", lambda: not self.node("scope"))
+        self.cameras("plug scope")
+        self.wait_for_stream("scope")
+        self.press_keys("ctrl+s")
+        self.captures("*.jpg", 2)
+        self.end()
+
+    def test_held_by_another_program(self):
+        self.configure(wired_ultra="mx62")
+        self.plug("scope")
+        self.wait_for_node("scope")
+        holder = self.desktop.spawn(["v4l2-ctl", "-d", str(self.node("scope")), "--stream-mmap"], log="holder.log")
+        wait_until("another program streams", lambda: "streaming" in self.cameras("status scope"), PATIENCE)
+        self.start()
+        self.wait("the holder is named", lambda: "v4l2-ctl holds it" in self.program.log)
+        holder.terminate()
+        holder.wait()
+        alert = self.wait("the alert", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--class", "brimwellpro"]).split()[1:])
+        self.desktop.input("windowactivate", "--sync", alert[-1].decode())
+        self.desktop.key("Return")
+        self.wait_for_stream("scope")
+        self.end()
+
+    def wait_for_node(self, name):
+        wait_until(f"a node of {name}", lambda: self.node(name), PATIENCE)
+
+    def test_driver_unbound_while_recording(self):
+        if not VIVID.exists():
+            self.fail("vivid is not loaded")
+        self.configure([{"driver": "vivid", "type": "regular_microscope"}], wired_regular="dx70")
+        self.start()
+        self.wait("vivid streams", lambda: "640x480" in self.program.log)
+        self.press_keys("ctrl+shift+s")
+        self.wait("a recording", lambda: list((self.desktop.folder / "tmp").glob("*.mov")))
+        time.sleep(3)
+        (VIVID / "unbind").write_text("vivid.0")
+        movie = self.captures("*.mov", 1)[0]
+        self.assertGreater(len(pictures_in(movie)), 3)
+        before = self.program.log.count("640x480")
+        (VIVID / "bind").write_text("vivid.0")
+        self.wait("vivid streams again", lambda: self.program.log.count("640x480") > before)
+        self.press_keys("ctrl+s")
+        self.captures("*.jpg", 1)
+        self.end()
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
