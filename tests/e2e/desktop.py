@@ -12,6 +12,7 @@ import zlib
 from pathlib import Path
 
 WIDTH, HEIGHT = 1280, 800
+PATIENCE = float(os.environ.get("BW_PATIENCE", "1"))  # stretches the waiting, where the computer is a slow one
 MISSING = "{} is missing; install the test packages of tools/packages.txt"
 
 
@@ -21,6 +22,7 @@ class Failure(Exception):
 
 def wait_until(what, condition, seconds=20.0, step=0.05):
     """The first true answer of `condition`, asked again and again; fails when it stays false for `seconds`."""
+    seconds *= PATIENCE
     end = time.monotonic() + seconds
     while True:
         answer = condition()

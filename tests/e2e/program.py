@@ -5,7 +5,7 @@ import subprocess
 import sys
 from collections import namedtuple
 
-from desktop import Failure, wait_until
+from desktop import PATIENCE, Failure, wait_until
 
 Area = namedtuple("Area", "x y width height")
 
@@ -82,7 +82,7 @@ class Program:
 
     def wait_for_end(self, seconds=20):
         try:
-            return self._process.wait(timeout=seconds)
+            return self._process.wait(timeout=seconds * PATIENCE)
         except subprocess.TimeoutExpired:
             raise Failure(f"the program has not ended within {seconds:g} s") from None
 

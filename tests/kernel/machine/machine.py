@@ -1,11 +1,11 @@
 """The running machine: started, listened to and ended."""
 
+import os
 import selectors
 import shlex
 import socket
 import subprocess
 import sys
-import tempfile
 import time
 from pathlib import Path
 
@@ -47,31 +47,32 @@ class Machine:
                         f"results={shlex.quote(str(self._results or ''))}\n",
             "command": self._script(command),
         }
-        with tempfile.NamedTemporaryFile(prefix="initramfs-") as file:
+        with os.fdopen(os.memfd_create("initramfs"), "wb") as file:
             file.write(initramfs.archive(initramfs.entries(self._kernel, self._modules, given)))
             file.flush()
-            return self._run(file.name, seconds)
+            self._start(file, time.monotonic() + seconds)
+        return self._exit_code()
 
     def _script(self, command):
         lines = [f"export {name}={shlex.quote(value)}" for name, value in self._environment.items()]
         return "\n".join([*lines, f"cd {shlex.quote(str(self._directory))} || exit",
                           "exec " + shlex.join(command), ""])
 
-    def _run(self, initramfs_file, seconds):
-        sockets = {name: socket.socketpair() for name in ("console", *qemu.PORTS)}
+    def _start(self, initramfs_file, deadline):
+        sockets = {name: socket.socketpair() for name in qemu.ENDS}
+        ours = {name: pair[0] for name, pair in sockets.items()}
         theirs = {name: pair[1] for name, pair in sockets.items()}
-        arguments = qemu.command(self._kernel, initramfs_file, self._memory, self._processors,
-                                 theirs["console"].fileno(),
-                                 {name: theirs[name].fileno() for name in qemu.PORTS}, self._results)
+        arguments = qemu.command(self._kernel, f"/proc/self/fd/{initramfs_file.fileno()}", self._memory,
+                                 self._processors, {name: end.fileno() for name, end in theirs.items()}, self._results)
+        handed_on = [file.fileno() for file in (initramfs_file, *theirs.values())]
         with subprocess.Popen(arguments, stdin=subprocess.DEVNULL, stdout=theirs["console"], stderr=theirs["console"],
-                              pass_fds=[end.fileno() for end in theirs.values()]) as process:
+                              pass_fds=handed_on) as process:
             try:
                 for end in theirs.values():
                     end.close()
-                self._listen({name: pair[0] for name, pair in sockets.items()}, process, time.monotonic() + seconds)
+                self._listen(ours, process, deadline)
             finally:
                 process.kill()
-        return self._exit_code()
 
     def _listen(self, ends, process, deadline):
         """Until the machine has closed all its ends, by itself or because it is switched off once all is told."""

@@ -6,6 +6,12 @@ from faults import MissingPackage
 
 PROGRAM = "qemu-system-x86_64"
 PORTS = ("status", "output", "errors")  # in the order of their numbers in the guest: /dev/vport0p1 and on
+ENDS = ("console", *PORTS)
+BOOT = ("console=ttyS0 quiet panic=-1 oops=panic "
+        # nobody attacks it, and its numbers are none that must not be guessed
+        "mitigations=off random.trust_cpu=on cryptomgr.notests "
+        # its processors have one clock; the kernel would suspect several, and ask a much slower one
+        "tsc=reliable")
 
 
 def share(tag, path, *options):
@@ -14,26 +20,24 @@ def share(tag, path, *options):
             "-device", f"virtio-9p-pci,fsdev={tag},mount_tag={tag}"]
 
 
-def command(kernel, initramfs, memory, processors, console, ports, results=None):
-    """Boots `initramfs`. `console` and each of `ports` are numbers of open sockets."""
+def command(kernel, initramfs, memory, processors, ends, results=None):
+    """Boots `kernel` with the file `initramfs`. `ends` are the numbers of open sockets for each of ENDS."""
     program = shutil.which(PROGRAM)
     if not program:
         raise MissingPackage(PROGRAM, "qemu-system-x86")
     arguments = [
         # it ends with us, however we end
         "setpriv", "--pdeathsig", "KILL", "--",
-        # in software: a processor's help is not to be had everywhere, and not to be trusted where it seems to be
+        # in software: help from the processor is not to be had everywhere, nor to be trusted where it seems to be
         program, "-accel", "tcg,thread=multi", "-cpu", "max,la57=off", "-smp", str(processors), "-m", memory,
-        "-machine", "pc,i8042=off",
-        "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
-        "-kernel", str(kernel.image), "-initrd", str(initramfs),
-        "-append", "console=ttyS0 quiet panic=-1 oops=panic mitigations=off random.trust_cpu=on "
-                   "cryptomgr.notests tsc=reliable",
-        "-chardev", f"socket,id=console,fd={console}", "-serial", "chardev:console",
+        # no keyboard, so that every input device is one that a test has made
+        "-machine", "pc,i8042=off", "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
+        "-kernel", str(kernel.image), "-initrd", str(initramfs), "-append", BOOT,
+        "-chardev", f"socket,id=console,fd={ends['console']}", "-serial", "chardev:console",
         "-device", "virtio-serial-pci",  # the first of its kind, so that its ports are vport0
     ]
     for number, name in enumerate(PORTS, 1):
-        arguments += ["-chardev", f"socket,id={name},fd={ports[name]}",
+        arguments += ["-chardev", f"socket,id={name},fd={ends[name]}",
                       "-device", f"virtserialport,nr={number},chardev={name},name={name}"]
     arguments += share("host", "/", "readonly=on")
     if results:
