@@ -97,9 +97,9 @@ bw_unpack() {
     rm -rf "$folder.part"
     mkdir -p "$folder.part"
     bw_say "Fetching the Debian package $1, to be unpacked only"
-    # A list of packages that is not there, or names a version that has been replaced since
-    bw_download "$1" "$folder.part" || { bw_logged apt-update.log bw_apt_get update && bw_download "$1" "$folder.part"; } ||
-        return
+    # The lists of packages may be missing, or name a version that has been replaced since.
+    bw_download "$1" "$folder.part" 2>/dev/null ||
+        { bw_logged apt-update.log bw_apt_get update && bw_download "$1" "$folder.part"; } || return
     dpkg-deb -x "$folder.part"/*.deb "$folder.part" || return
     rm "$folder.part"/*.deb
     mv "$folder.part" "$folder"

@@ -15,7 +15,7 @@ from faults import MachineFailure, MissingPackage, TimeIsUp
 
 UDEV = Path("/lib/systemd/systemd-udevd")
 MODPROBE = Path("/sbin/modprobe")
-CONSOLE_LINES = 40  # of its end are shown when the machine fails
+CONSOLE_LINES = 80  # of its end are shown when the machine fails; a panic alone takes some sixty
 
 
 class Machine:
