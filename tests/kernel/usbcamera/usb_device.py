@@ -3,14 +3,14 @@
 import select
 import struct
 import threading
-from collections import defaultdict, deque
+from collections import deque
 
 from usbip import STALL, Cable
 
 GET_STATUS, CLEAR_FEATURE, SET_FEATURE = 0, 1, 3
-GET_DESCRIPTOR, SET_CONFIGURATION, SET_INTERFACE = 6, 9, 11
+GET_DESCRIPTOR, GET_CONFIGURATION, SET_CONFIGURATION, GET_INTERFACE, SET_INTERFACE = 6, 8, 9, 10, 11
 DEVICE, CONFIGURATION, STRING = 1, 2, 3
-INWARD, NOT_STANDARD, RECIPIENT, TO_ENDPOINT = 0x80, 0x60, 0x1f, 0x02  # in the type of a request
+TO_ENDPOINT = 0x02
 SETUP = struct.Struct("<BBHHH")
 
 
@@ -21,30 +21,24 @@ class Stall(Exception):
 class UsbDevice:
     """A device with its thread, which lives as long as the device is plugged in.
 
-    Its state is shared with that thread: methods are called within `with device:`.
+    Who calls a method holds `lock`: the state is shared with that thread.
     """
 
     def __init__(self, descriptor, configuration, strings):
-        self._lock = threading.Lock()
+        self.lock = threading.Lock()
         self.cable = None
         self.log = []
         self._descriptor, self._configuration = descriptor, configuration
         self._strings = [b"\x09\x04"] + [text.encode("utf-16-le") for text in strings]
         self._thread = None
-
-    def __enter__(self):
-        self._lock.acquire()
-        return self
-
-    def __exit__(self, *_):
-        if self.cable:
-            self.cable.flush()
-        self._lock.release()
+        self._waiting = {}
+        self._alternates = {}
 
     def plug(self, port=None):
         if self.cable:
             raise ValueError("it is plugged in already")
-        self.waiting = defaultdict(deque)  # the host's requests to an endpoint, oldest first
+        self._waiting = {}
+        self._alternates = {}
         self.cable = Cable(port)
         self._thread = threading.Thread(target=self._serve, args=(self.cable,), daemon=True)
         self._thread.start()
@@ -56,14 +50,18 @@ class UsbDevice:
         self.cable = None
         self.unplugged()
 
+    def waiting(self, endpoint):
+        """The host's requests to an endpoint that have not been answered, oldest first."""
+        return self._waiting.setdefault(endpoint, deque())
+
     # What a kind of device adds.
 
     def control(self, kind, request, value, index, length, data):
         """Answers a class or vendor request: the bytes that it brings, or a Stall."""
         raise Stall
 
-    def asked(self, endpoint):
-        """The host has one more request waiting for an endpoint."""
+    def arrived(self, endpoint):
+        """The host asks an endpoint for data."""
 
     def unlinked(self, endpoint):
         """The host took a request to an endpoint back."""
@@ -77,8 +75,8 @@ class UsbDevice:
     def unplugged(self):
         """It has lost its power."""
 
-    def go_on(self):
-        """Answers what can be answered by now; tells in how many milliseconds to be called again, or None."""
+    def next_wake(self):
+        """Does what is due by the clock; tells in how many milliseconds to be asked again, or None."""
         return None
 
     # The thread.
@@ -89,7 +87,7 @@ class UsbDevice:
         wake = None
         while True:
             requests = cable.receive() if poll.poll(wake) else ()
-            with self:
+            with self.lock:
                 if cable is not self.cable:
                     break
                 if requests is None:
@@ -100,20 +98,20 @@ class UsbDevice:
                     if not self.cable:
                         break
                 else:
-                    wake = self.go_on()
+                    wake = self.next_wake()
         cable.close()
 
     def _take(self, request):
         if request.unlinks is not None:
             self._unlink(request)
         elif request.endpoint:
-            self.waiting[request.endpoint].append(request)
-            self.asked(request.endpoint)
+            self.waiting(request.endpoint).append(request)
+            self.arrived(request.endpoint)
         else:
             self._answer_control(request)
 
     def _unlink(self, request):
-        for endpoint, waiting in self.waiting.items():
+        for endpoint, waiting in self._waiting.items():
             for candidate in waiting:
                 if candidate.number == request.unlinks:
                     waiting.remove(candidate)
@@ -125,14 +123,14 @@ class UsbDevice:
     def _answer_control(self, request):
         kind, what, value, index, length = SETUP.unpack(request.setup)
         try:
-            if kind & NOT_STANDARD:
+            if kind & 0x60:
                 answer = self.control(kind, what, value, index, length, request.data)
             else:
-                answer = self._standard(kind & RECIPIENT, what, value, index)
+                answer = self._standard(kind & 0x1f, what, value, index)
         except Stall:
             self.cable.answer(request, status=STALL)
             return
-        if kind & INWARD:
+        if request.inward:
             answer = answer[:length]
             self.cable.answer(request, [answer], len(answer))
         else:
@@ -143,7 +141,12 @@ class UsbDevice:
             return self._descriptor_of(value >> 8, value & 0xff)
         if what == GET_STATUS:
             return b"\0\0"
+        if what == GET_CONFIGURATION:
+            return b"\1"
+        if what == GET_INTERFACE:
+            return bytes([self._alternates.get(index, 0)])
         if what == SET_INTERFACE:
+            self._alternates[index] = value
             self.alternate_chosen(index, value)
         elif what == CLEAR_FEATURE and recipient == TO_ENDPOINT:
             self.endpoint_reset(index & 0x0f)

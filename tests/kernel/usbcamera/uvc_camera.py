@@ -51,20 +51,17 @@ class UvcCamera(UsbDevice):
         if not self._listening:
             raise ValueError("nobody has the camera open")
         self._status.append(status)
-        self._answer_status()
+        self.arrived(STATUS_ENDPOINT)
 
-    def _answer_status(self):
-        waiting = self.waiting[STATUS_ENDPOINT]
+    def arrived(self, endpoint):
+        if endpoint == STREAM_ENDPOINT:
+            self.stream.requested()
+            return
+        self._listening = True
+        waiting = self.waiting(STATUS_ENDPOINT)
         while waiting and self._status:
             status = self._status.popleft()
             self.cable.answer(waiting.popleft(), [status], len(status))
-
-    def asked(self, endpoint):
-        if endpoint == STREAM_ENDPOINT:
-            self.stream.asked()
-        else:
-            self._listening = True
-            self._answer_status()
 
     def unlinked(self, endpoint):
         if endpoint == STATUS_ENDPOINT:
@@ -79,8 +76,8 @@ class UvcCamera(UsbDevice):
         if interface == VIDEO_STREAMING:
             self.stream.reset()
 
-    def go_on(self):
-        return self.stream.go_on()
+    def next_wake(self):
+        return self.stream.next_wake()
 
     def control(self, kind, request, value, index, length, data):
         if kind & 0x7f != TO_INTERFACE:
