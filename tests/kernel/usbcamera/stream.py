@@ -48,17 +48,17 @@ class Stream:
 
     def push(self, count):
         self.pushed += count
-        self.serve()
+        self._serve()
 
-    def requested(self):
+    def asked(self):
         if not self.running:
             self.running = True
             self._due = time.monotonic()
             self._device.log.append("start")
-        self.serve()
 
-    def next_wake(self):
-        """Begins the frame whose time has come; milliseconds until the next, or None."""
+    def go_on(self):
+        """Sends what there is to send; milliseconds until the next frame is due, or None."""
+        self._serve()
         if not (self._paced and self.running):
             return None
         now = time.monotonic()
@@ -71,12 +71,13 @@ class Stream:
                 self.skipped += 1
             else:
                 self._begin()
-            self.serve()
+                self._serve()
         return max(0, int((self._due - now) * 1000) + 1)
 
-    def serve(self):
-        """Answers the requests that wait, as far as there is something to send."""
-        waiting = self._device.waiting(STREAM_ENDPOINT)
+    def _serve(self):
+        if not self.running:
+            return
+        waiting = self._device.waiting[STREAM_ENDPOINT]
         while waiting and self.running and not self._stalled:
             if not self._frame and not self._paced and self.pushed:
                 self.pushed -= 1

@@ -3,14 +3,14 @@
 import select
 import struct
 import threading
-from collections import deque
+from collections import defaultdict, deque
 
 from usbip import STALL, Cable
 
 GET_STATUS, CLEAR_FEATURE, SET_FEATURE = 0, 1, 3
 GET_DESCRIPTOR, GET_CONFIGURATION, SET_CONFIGURATION, GET_INTERFACE, SET_INTERFACE = 6, 8, 9, 10, 11
 DEVICE, CONFIGURATION, STRING = 1, 2, 3
-TO_ENDPOINT = 0x02
+INWARD, NOT_STANDARD, RECIPIENT, TO_ENDPOINT = 0x80, 0x60, 0x1f, 0x02  # in the type of a request
 SETUP = struct.Struct("<BBHHH")
 
 
@@ -21,23 +21,30 @@ class Stall(Exception):
 class UsbDevice:
     """A device with its thread, which lives as long as the device is plugged in.
 
-    Who calls a method holds `lock`: the state is shared with that thread.
+    Its state is shared with that thread: methods are called within `with device:`.
     """
 
     def __init__(self, descriptor, configuration, strings):
-        self.lock = threading.Lock()
+        self._lock = threading.Lock()
         self.cable = None
         self.log = []
         self._descriptor, self._configuration = descriptor, configuration
         self._strings = [b"\x09\x04"] + [text.encode("utf-16-le") for text in strings]
         self._thread = None
-        self._waiting = {}
-        self._alternates = {}
+
+    def __enter__(self):
+        self._lock.acquire()
+        return self
+
+    def __exit__(self, *_):
+        if self.cable:
+            self.cable.flush()
+        self._lock.release()
 
     def plug(self, port=None):
         if self.cable:
             raise ValueError("it is plugged in already")
-        self._waiting = {}
+        self.waiting = defaultdict(deque)  # the host's requests to an endpoint, oldest first
         self._alternates = {}
         self.cable = Cable(port)
         self._thread = threading.Thread(target=self._serve, args=(self.cable,), daemon=True)
@@ -50,18 +57,14 @@ class UsbDevice:
         self.cable = None
         self.unplugged()
 
-    def waiting(self, endpoint):
-        """The host's requests to an endpoint that have not been answered, oldest first."""
-        return self._waiting.setdefault(endpoint, deque())
-
     # What a kind of device adds.
 
     def control(self, kind, request, value, index, length, data):
         """Answers a class or vendor request: the bytes that it brings, or a Stall."""
         raise Stall
 
-    def arrived(self, endpoint):
-        """The host asks an endpoint for data."""
+    def asked(self, endpoint):
+        """The host has one more request waiting for an endpoint."""
 
     def unlinked(self, endpoint):
         """The host took a request to an endpoint back."""
@@ -75,8 +78,8 @@ class UsbDevice:
     def unplugged(self):
         """It has lost its power."""
 
-    def next_wake(self):
-        """Does what is due by the clock; tells in how many milliseconds to be asked again, or None."""
+    def go_on(self):
+        """Answers what can be answered by now; tells in how many milliseconds to be called again, or None."""
         return None
 
     # The thread.
@@ -87,7 +90,7 @@ class UsbDevice:
         wake = None
         while True:
             requests = cable.receive() if poll.poll(wake) else ()
-            with self.lock:
+            with self:
                 if cable is not self.cable:
                     break
                 if requests is None:
@@ -98,20 +101,20 @@ class UsbDevice:
                     if not self.cable:
                         break
                 else:
-                    wake = self.next_wake()
+                    wake = self.go_on()
         cable.close()
 
     def _take(self, request):
         if request.unlinks is not None:
             self._unlink(request)
         elif request.endpoint:
-            self.waiting(request.endpoint).append(request)
-            self.arrived(request.endpoint)
+            self.waiting[request.endpoint].append(request)
+            self.asked(request.endpoint)
         else:
             self._answer_control(request)
 
     def _unlink(self, request):
-        for endpoint, waiting in self._waiting.items():
+        for endpoint, waiting in self.waiting.items():
             for candidate in waiting:
                 if candidate.number == request.unlinks:
                     waiting.remove(candidate)
@@ -123,14 +126,14 @@ class UsbDevice:
     def _answer_control(self, request):
         kind, what, value, index, length = SETUP.unpack(request.setup)
         try:
-            if kind & 0x60:
+            if kind & NOT_STANDARD:
                 answer = self.control(kind, what, value, index, length, request.data)
             else:
-                answer = self._standard(kind & 0x1f, what, value, index)
+                answer = self._standard(kind & RECIPIENT, what, value, index)
         except Stall:
             self.cable.answer(request, status=STALL)
             return
-        if request.inward:
+        if kind & INWARD:
             answer = answer[:length]
             self.cable.answer(request, [answer], len(answer))
         else:

@@ -4,9 +4,11 @@ The protocol is that of Documentation/usb/usbip_protocol in the kernel's tree: h
 the eight setup bytes of a control request.
 """
 
+import errno
 import re
 import socket
 import struct
+import time
 from pathlib import Path
 
 CONTROLLER = Path("/sys/devices/platform/vhci_hcd.0")
@@ -14,41 +16,44 @@ HIGH_SPEED = 3
 FREE = "004"
 
 COMMAND_SUBMIT, COMMAND_UNLINK, RETURN_SUBMIT, RETURN_UNLINK = 1, 2, 3, 4
-HEADER = struct.Struct(">IIIII IIIII 8s")
+HEADER = struct.Struct(">II4xIIII4xI4x8s")
 ANSWER = struct.Struct(">IIIII iIIII 8x")
 PACKET = struct.Struct(">IIIi")
 PACKET_SIZE = struct.Struct(">4xI8x")
 NO_PACKETS = 0xffffffff
+MOST_BUFFERS = 1000  # a little less than the system takes in one call
 
 STALL = -32
 UNLINKED = -104
 
 
 class Request:
-    """One transfer that the host asks for, or (`unlinks` is set) its wish to have an earlier one back."""
+    """One transfer that the host asks for, or (`unlinks` is its number) its wish to have an earlier one back."""
 
-    __slots__ = ("number", "inward", "endpoint", "length", "packets", "setup", "data", "unlinks")
+    __slots__ = ("number", "endpoint", "length", "setup", "data", "packets", "unlinks")
+
+    def __init__(self, number, endpoint, length, setup, data=b"", packets=(), unlinks=None):
+        self.number, self.endpoint, self.length, self.setup = number, endpoint, length, setup
+        self.data, self.packets, self.unlinks = data, packets, unlinks
 
 
 class Cable:
-    """Plugged into a port of the host from its making until close()."""
+    """Plugged into a port of the host from its making until close(). Answers leave with flush()."""
 
     def __init__(self, port=None):
         self.port = free_port() if port is None else port
         self._socket, theirs = socket.socketpair()
         with theirs:
-            try:
-                (CONTROLLER / "attach").write_text(f"{self.port} {theirs.fileno()} {self.port + 1} {HIGH_SPEED}")
-            except OSError:
-                self._socket.close()
-                raise
-        self._received = bytearray()
+            attach(self.port, theirs)
+        self._received = b""
+        self._outgoing = []
 
     def fileno(self):
         return self._socket.fileno()
 
     def unplug(self):
         """At once, from any thread; who reads is told that the host has gone."""
+        self.flush()
         self._socket.shutdown(socket.SHUT_RDWR)
 
     def close(self):
@@ -62,40 +67,33 @@ class Cable:
             return None
         if not arrived:
             return None
-        self._received += arrived
+        received = self._received + arrived
         requests = []
-        while (request := self._next_request()) is not None:
+        begin = 0
+        while len(received) - begin >= HEADER.size:
+            command, number, inward, endpoint, word, length, packets, setup = HEADER.unpack_from(received, begin)
+            end = begin + HEADER.size
+            if command == COMMAND_UNLINK:
+                request = Request(number, 0, 0, setup, unlinks=word)
+            elif inward and packets in (0, NO_PACKETS):
+                request = Request(number, endpoint, length, setup)
+            else:
+                data_end = end if inward else end + length
+                whole = data_end + (0 if packets == NO_PACKETS else packets * PACKET.size)
+                if whole > len(received):
+                    break
+                sizes = [size for (size,) in PACKET_SIZE.iter_unpack(received[data_end:whole])]
+                request = Request(number, endpoint, length, setup, received[end:data_end], sizes)
+                end = whole
             requests.append(request)
+            begin = end
+        self._received = received[begin:]
         return requests
-
-    def _next_request(self):
-        received = self._received
-        if len(received) < HEADER.size:
-            return None
-        (command, number, _, direction, endpoint, word, length, _, packets, _, setup) = HEADER.unpack_from(received)
-        request = Request()
-        request.number, request.inward, request.endpoint = number, direction == 1, endpoint
-        request.unlinks, request.length, request.setup = None, length, setup
-        end = HEADER.size
-        if command == COMMAND_UNLINK:
-            request.unlinks = word
-            packets = length = 0
-        if packets == NO_PACKETS:
-            packets = 0
-        if not request.inward:
-            end += length
-        whole = end + packets * PACKET.size
-        if len(received) < whole:
-            return None
-        request.data = bytes(received[HEADER.size:end])
-        request.packets = [size for (size,) in PACKET_SIZE.iter_unpack(received[end:whole])]
-        del received[:whole]
-        return request
 
     def answer(self, request, buffers=(), length=0, status=0):
         """Ends a transfer: with the data that an inward one brings, or the length that an outward one took."""
-        header = ANSWER.pack(RETURN_SUBMIT, request.number, 0, 0, 0, status, length, 0, 0, 0)
-        self._send([header, *buffers])
+        self._outgoing.append(ANSWER.pack(RETURN_SUBMIT, request.number, 0, 0, 0, status, length, 0, 0, 0))
+        self._outgoing += buffers
 
     def answer_packets(self, request, buffers, lengths):
         """Ends an isochronous transfer; `lengths` tells how much of each packet was used, the rest stayed empty."""
@@ -107,19 +105,36 @@ class Cable:
             table += PACKET.pack(offset, size, length, 0)
             offset += size
         header = ANSWER.pack(RETURN_SUBMIT, request.number, 0, 0, 0, 0, sum(lengths), 0, len(sizes), 0)
-        self._send([header, *buffers, table])
+        self._outgoing += (header, *buffers, table)
 
     def answer_unlink(self, request, was_waiting):
         status = UNLINKED if was_waiting else 0
-        self._send([ANSWER.pack(RETURN_UNLINK, request.number, 0, 0, 0, status, 0, 0, 0, 0)])
+        self._outgoing.append(ANSWER.pack(RETURN_UNLINK, request.number, 0, 0, 0, status, 0, 0, 0, 0))
 
-    def _send(self, buffers):
+    def flush(self):
+        """In one go: the host takes few large writes more quickly than many small ones."""
+        outgoing, self._outgoing = self._outgoing, []
         try:
-            sent = self._socket.sendmsg(buffers)
-            if sent < sum(map(len, buffers)):
-                self._socket.sendall(b"".join(buffers)[sent:])
+            while outgoing:
+                part, outgoing = outgoing[:MOST_BUFFERS], outgoing[MOST_BUFFERS:]
+                sent = self._socket.sendmsg(part)
+                if sent < sum(map(len, part)):
+                    self._socket.sendall(b"".join(part)[sent:])
         except ConnectionError:
             pass  # the host has gone, as receive() will tell
+
+
+def attach(port, plug):
+    """Waits a while for a port that has just been left."""
+    end = time.monotonic() + 3
+    while True:
+        try:
+            (CONTROLLER / "attach").write_text(f"{port} {plug.fileno()} {port + 1} {HIGH_SPEED}")
+            return
+        except OSError as error:
+            if error.errno != errno.EBUSY or time.monotonic() > end:
+                raise
+            time.sleep(0.02)
 
 
 def free_port():

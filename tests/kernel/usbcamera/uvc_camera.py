@@ -51,17 +51,20 @@ class UvcCamera(UsbDevice):
         if not self._listening:
             raise ValueError("nobody has the camera open")
         self._status.append(status)
-        self.arrived(STATUS_ENDPOINT)
+        self._answer_status()
 
-    def arrived(self, endpoint):
-        if endpoint == STREAM_ENDPOINT:
-            self.stream.requested()
-            return
-        self._listening = True
-        waiting = self.waiting(STATUS_ENDPOINT)
+    def _answer_status(self):
+        waiting = self.waiting[STATUS_ENDPOINT]
         while waiting and self._status:
             status = self._status.popleft()
             self.cable.answer(waiting.popleft(), [status], len(status))
+
+    def asked(self, endpoint):
+        if endpoint == STREAM_ENDPOINT:
+            self.stream.asked()
+        else:
+            self._listening = True
+            self._answer_status()
 
     def unlinked(self, endpoint):
         if endpoint == STATUS_ENDPOINT:
@@ -76,8 +79,8 @@ class UvcCamera(UsbDevice):
         if interface == VIDEO_STREAMING:
             self.stream.reset()
 
-    def next_wake(self):
-        return self.stream.next_wake()
+    def go_on(self):
+        return self.stream.go_on()
 
     def control(self, kind, request, value, index, length, data):
         if kind & 0x7f != TO_INTERFACE:
