@@ -8,7 +8,7 @@ from collections import defaultdict, deque
 from usbip import STALL, Cable
 
 GET_STATUS, CLEAR_FEATURE, SET_FEATURE = 0, 1, 3
-GET_DESCRIPTOR, GET_CONFIGURATION, SET_CONFIGURATION, GET_INTERFACE, SET_INTERFACE = 6, 8, 9, 10, 11
+GET_DESCRIPTOR, SET_CONFIGURATION, SET_INTERFACE = 6, 9, 11
 DEVICE, CONFIGURATION, STRING = 1, 2, 3
 INWARD, NOT_STANDARD, RECIPIENT, TO_ENDPOINT = 0x80, 0x60, 0x1f, 0x02  # in the type of a request
 SETUP = struct.Struct("<BBHHH")
@@ -45,7 +45,6 @@ class UsbDevice:
         if self.cable:
             raise ValueError("it is plugged in already")
         self.waiting = defaultdict(deque)  # the host's requests to an endpoint, oldest first
-        self._alternates = {}
         self.cable = Cable(port)
         self._thread = threading.Thread(target=self._serve, args=(self.cable,), daemon=True)
         self._thread.start()
@@ -144,12 +143,7 @@ class UsbDevice:
             return self._descriptor_of(value >> 8, value & 0xff)
         if what == GET_STATUS:
             return b"\0\0"
-        if what == GET_CONFIGURATION:
-            return b"\1"
-        if what == GET_INTERFACE:
-            return bytes([self._alternates.get(index, 0)])
         if what == SET_INTERFACE:
-            self._alternates[index] = value
             self.alternate_chosen(index, value)
         elif what == CLEAR_FEATURE and recipient == TO_ENDPOINT:
             self.endpoint_reset(index & 0x0f)
