@@ -43,17 +43,19 @@ class UsbCameraTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.cameras = cls.enterClassContext(UsbCameras())
+        cls.plug("micro", "mode=pushed title='Ultra Resolution Microscope'")
 
     def setUp(self):
+        self.cameras("forget micro")
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
 
-    def plug(self, name, options="mode=pushed", port=""):
+    @classmethod
+    def plug(cls, name, options):
         """A camera whose serial number is its name; its capture node."""
-        if options is not None:
-            self.cameras(f"add {name} uvc serial={name} {options}")
-            self.cameras(f"source {name} {FRAMES}")
-        self.cameras(f"plug {name} {port}")
-        return self.node(name)
+        cls.cameras(f"add {name} uvc serial={name} {options}")
+        cls.cameras(f"source {name} {FRAMES}")
+        cls.cameras(f"plug {name}")
+        return cls.node(name)
 
     @staticmethod
     def node(serial):
@@ -82,15 +84,15 @@ class UsbCameraTest(unittest.TestCase):
         return subprocess.run(["v4l2-ctl", "-d", node, *arguments], capture_output=True, text=True)
 
     def test_frames_arrive_as_they_were_sent(self):
-        bulk, isochronous = self.plug("bulk"), self.plug("iso", "mode=pushed endpoint=iso")
-        for name, node, shape, pattern in (("bulk", bulk, SMALL, "640x480-*.jpg"),
-                                           ("bulk", bulk, LARGE, "2592x1944-*.jpg"),
-                                           ("bulk", bulk, RAW, "640x480-*.yuyv"),
+        bulk, isochronous = self.node("micro"), self.plug("iso", "mode=pushed endpoint=iso")
+        for name, node, shape, pattern in (("micro", bulk, SMALL, "640x480-*.jpg"),
+                                           ("micro", bulk, LARGE, "2592x1944-*.jpg"),
+                                           ("micro", bulk, RAW, "640x480-*.yuyv"),
                                            ("iso", isochronous, LARGE, "2592x1944-*.jpg")):
             with self.subTest(name=name, shape=shape):
                 self.cameras(f"push {name} 4")
                 self.assertEqual(self.finish(self.capture(node, shape, 4)), b"".join(files(pattern, 4)))
-        log = self.cameras("log bulk").split("; ")
+        log = self.cameras("log micro").split("; ")
         self.assertEqual([line for line in log if not line.startswith("probe")],
                          ["commit mjpeg 640x480 666666", "start", "stop", "commit mjpeg 2592x1944 666666", "start",
                           "stop", "commit yuyv 640x480 2000000", "start", "stop"])
@@ -107,64 +109,61 @@ class UsbCameraTest(unittest.TestCase):
             self.assertGreater(times[frames - 1] - times[0], 0.8 * (frames - 1) / 15)
 
     def test_what_befalls_frames(self):
-        node = self.plug("marred")
+        node = self.node("micro")
         sent = files("640x480-*.jpg", 8)
         for fault in ("tear", "truncate", "error 2", "lose", "short"):
             name, _, count = fault.partition(" ")
-            self.cameras(f"{name} marred {count}")
-        self.cameras("push marred 8")
+            self.cameras(f"{name} micro {count}")
+        self.cameras("push micro 8")
         self.assertEqual(self.finish(self.capture(node, SMALL, 5)),
                          torn(sent[0]) + sent[1][:len(sent[1]) // 2] + sent[5][:16] + sent[6] + sent[7])
 
         capture = self.capture(node, SMALL, 2)
-        wait_until("a stream", lambda: "streaming" in self.cameras("status marred"))
-        self.cameras("stall marred")
-        self.cameras("push marred 2")
+        wait_until("a stream", lambda: "streaming" in self.cameras("status micro"))
+        self.cameras("stall micro")
+        self.cameras("push micro 2")
         with self.assertRaises(subprocess.TimeoutExpired):
             capture[0].wait(0.5)
         capture[0].kill()
         capture[0].wait()
-        wait_until("its end", lambda: "streaming" not in self.cameras("status marred"))
+        wait_until("its end", lambda: "streaming" not in self.cameras("status micro"))
         self.assertEqual(self.finish(self.capture(node, SMALL, 2)), sent[0] + sent[1])
 
     def test_controls(self):
-        node = self.plug("moved", "title='Ultra Resolution Microscope'")
+        node = self.node("micro")
         self.assertRegex(self.control(node, "--list-devices").stdout, r"Ultra Resolution Microscope \(usb-vhci")
         listed = self.control(node, "--list-ctrls-menus").stdout
         self.assertEqual(len(re.findall(r"value=", listed)), 13)
         self.assertRegex(listed, r"brightness .*min=-64 max=64 step=1 default=0 value=0")
         self.assertRegex(listed, r"auto_exposure .*value=3 .*\n\s+1: Manual Mode\n\s+3: Aperture Priority Mode\n")
 
-        self.cameras("forget moved")
         refused = self.control(node, "--set-ctrl", "exposure_time_absolute=100")
         self.assertIn("Permission denied", refused.stderr)
         for wish in ("brightness=-20", "auto_exposure=1", "exposure_time_absolute=100"):
             self.control(node, "--set-ctrl", wish)
-        self.assertEqual(self.cameras("log moved"), "set brightness -20; set exposure_mode 1; set exposure 100")
-        self.assertEqual(self.cameras("get moved brightness"), "-20")
+        self.assertEqual(self.cameras("log micro"), "set brightness -20; set exposure_mode 1; set exposure 100")
+        self.assertEqual(self.cameras("get micro brightness"), "-20")
 
         # What moves by itself is told to those who wait for it; who asks gets what the kernel remembers.
         with open(node, "rb"):
             event = subprocess.Popen(["v4l2-ctl", "-d", node, "--wait-for-event=ctrl=brightness"],
                                      stdout=subprocess.PIPE, text=True)
             self.addCleanup(event.kill)
-            wait_until("a listener", lambda: "listening" in self.cameras("status moved"))
-            wait_until("the news", lambda: (self.cameras("set moved brightness 34 tell"), event.poll())[1] is not None)
+            wait_until("a listener", lambda: "listening" in self.cameras("status micro"))
+            wait_until("the news", lambda: (self.cameras("set micro brightness 34 tell"), event.poll())[1] is not None)
         self.assertIn("value: 34 ", event.communicate()[0])
         self.assertIn("-20", self.control(node, "--get-ctrl", "brightness").stdout)
-        self.cameras("unplug moved")
-        self.assertEqual(self.cameras("get moved brightness"), "0")
 
     def test_button(self):
-        node = self.plug("pressed")
+        node = self.node("micro")
         buttons = wait_until("the button", lambda: list(
             Path(f"/sys/class/video4linux/{node.name}/device").glob("../*/input/input*/event*")))
         with self.assertRaisesRegex(RuntimeError, "nobody has the camera open"):
-            self.cameras("press pressed")
+            self.cameras("press micro")
         with open(node, "rb"), open(f"/dev/input/{buttons[0].name}", "rb", buffering=0) as events:
-            wait_until("a listener", lambda: "listening" in self.cameras("status pressed"))
-            self.cameras("press pressed")
-            self.cameras("press pressed")
+            wait_until("a listener", lambda: "listening" in self.cameras("status micro"))
+            self.cameras("press micro")
+            self.cameras("press micro")
             keys = []
             while len(keys) < 4 and select.select([events], [], [], 5)[0]:
                 _, _, kind, code, value = INPUT_EVENT.unpack(events.read(INPUT_EVENT.size))
@@ -178,23 +177,28 @@ class UsbCameraTest(unittest.TestCase):
         for line in monitor.stdout:
             if line.startswith("UDEV"):
                 break  # it listens
-        node = self.plug("pulled", port="port=9")
+        node = self.node("micro")
         sent = files("2592x1944-*.jpg", 1)[0]
-        self.cameras(f"unplug pulled after-bytes={len(sent) + 100000}")
+        port = self.cameras("status micro").split()[0]
+        self.cameras("set micro brightness 20")
+        self.cameras(f"unplug micro after-bytes={len(sent) + 100000}")
         with open(node, "rb"):  # so that its number stays taken
             capture, target = self.capture(node, LARGE, 3)
-            self.cameras("push pulled 3")
+            self.cameras("push micro 3")
             capture.wait(30)
             wait_until("that the node goes", lambda: not node.exists())
             self.assertEqual(target.read_bytes()[:len(sent)], sent)
-            self.assertEqual(self.cameras("status pulled").split()[0], "unplugged")
-            again = self.plug("pulled", None, port="port=9")
+            self.assertEqual(self.cameras("status micro").split()[0], "unplugged")
+            self.assertEqual(self.cameras("get micro brightness"), "0")
+            self.cameras(f"plug micro {port}")
+            again = self.node("micro")
             self.assertNotEqual(again, node)
-        self.cameras("push pulled")
+        self.cameras("push micro")
         self.assertEqual(self.finish(self.capture(again, LARGE, 1)), sent)
         monitor.terminate()
-        happened = re.findall(r"^UDEV .* (\w+) .*/1-10/.*/video\d+ ", monitor.communicate()[0], re.MULTILINE)
-        self.assertEqual(happened, ["add", "add", "remove", "remove", "add", "add"])
+        device = f"1-{int(port[len('port='):]) + 1}"
+        happened = re.findall(rf"^UDEV .* (\w+) .*/{device}/.*/video\d+ ", monitor.communicate()[0], re.MULTILINE)
+        self.assertEqual(happened, ["remove", "remove", "add", "add"])
 
     def test_bridge_chip(self):
         self.cameras("add chip em28xx")
