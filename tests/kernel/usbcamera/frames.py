@@ -28,7 +28,7 @@ FAULTS = {
 class Frames:
     """The files of a folder in the order of their names, over and over.
 
-    A file is named WIDTHxHEIGHT-NUMBER.jpg or .yuyv; those of the format and size that is streamed are sent as they are.
+    A file is named WIDTHxHEIGHT-NUMBER.jpg or .yuyv; those of the streamed format and size are sent as they are.
     """
 
     def __init__(self):
