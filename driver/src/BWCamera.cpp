@@ -121,6 +121,11 @@ bool BWCamera::readsHardwareButton() const
     return m_session->readsButton();
 }
 
+void BWCamera::setStallTime(std::chrono::milliseconds time)
+{
+    m_session->setStallTime(time);
+}
+
 BWCameraStatistics BWCamera::statistics() const
 {
     return m_session->inspector().statistics();

@@ -33,7 +33,6 @@ public:
     /// session ends by itself, without calling back.
     void shutDown();
 
-    /// How long the device may be silent before its stream is restarted.
     void setStallTime(std::chrono::milliseconds time);
 
     void start(StartCompletion completion);

@@ -4,7 +4,6 @@
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
-#include "BWCameraSession.h"
 
 #include <memory>
 #include <optional>
@@ -12,12 +11,6 @@
 /// A simulated camera with an opened session on it, without a detector in between.
 class OpenedCamera {
     using Options = BWSimulatedCameraOptions;
-
-    class Session : public BWCamera {
-    public:
-        using BWCamera::BWCamera;
-        void setStallTime(std::chrono::milliseconds time) { m_session->setStallTime(time); }
-    };
 
     std::unique_ptr<BWSimulatedBackend> m_backend;
 
@@ -30,13 +23,10 @@ public:
     {
         m_backend->start({BWCameraDetector::descriptionForUltraResolutionMicroscope(),
                           BWCameraDetector::descriptionForRegularMicroscope()},
-                         {[this](const BWDetectedCameraPtr &device) { camera = std::make_shared<Session>(device); },
+                         {[this](const BWDetectedCameraPtr &device) { camera = std::make_shared<BWCamera>(device); },
                           [](const BWDetectedCameraPtr &) {}});
         probe.emplace(*camera, [this](int count) { hand->pushFrames(count); });
     }
-
-    /// Restarts a silent stream after that time already.
-    void setStallTime(std::chrono::milliseconds time) { static_cast<Session &>(*camera).setStallTime(time); }
 
     const std::shared_ptr<BWSimulatedCamera> hand;
     std::shared_ptr<BWCamera> camera;

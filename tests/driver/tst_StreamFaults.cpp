@@ -59,7 +59,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, heldByOther);
         OpenedCamera opened(Type::Ultra);
-        opened.setStallTime(30ms);
+        opened.camera->setStallTime(30ms);
         QVERIFY(opened.probe->start(2));
         opened.hand->setInUse(heldByOther);
         opened.hand->stall();
@@ -101,7 +101,7 @@ private Q_SLOTS:
     void silenceIsNoStallWhileNoFrameIsAskedFor()
     {
         OpenedCamera opened(Type::Ultra);
-        opened.setStallTime(1ms);
+        opened.camera->setStallTime(1ms);
         QVERIFY(opened.probe->start());
         for (int i = 0; i < 50; ++i) {
             opened.probe->settle();
@@ -114,7 +114,7 @@ private Q_SLOTS:
     void unplugDuringAStall()
     {
         OpenedCamera opened(Type::Ultra);
-        opened.setStallTime(1h);
+        opened.camera->setStallTime(1h);
         QVERIFY(opened.probe->start());
         opened.hand->stall();
         opened.hand->pushFrames(1);

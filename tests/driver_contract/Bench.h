@@ -35,6 +35,8 @@ public:
             return false;
         probe.reset();
         camera = manager.addDetectedCamera(found.at(count - 1));
+        if (m_fixture.isPushed())
+            camera->setStallTime(std::chrono::hours(1)); // it is right that it says nothing until it is pushed
         probe.emplace(*camera, [this](int frames) { m_fixture.pushFrames(frames); });
         return true;
     }

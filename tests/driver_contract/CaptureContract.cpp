@@ -49,7 +49,7 @@ private Q_SLOTS:
         camera().takeSnapshot();
         for (int round = 0; round < 2; ++round) {
             QVERIFY(probe().start(2));
-            if (round == 0)
+            if (round == 0 && m_fixture.isPushed())
                 camera().takeSnapshot();
             probe().stop();
         }
@@ -68,7 +68,7 @@ private Q_SLOTS:
             QVERIFY(probe().stream(2));
             camera().stopRecording();
             QVERIFY(!camera().recording());
-            QCOMPARE(MovieProbe::framesIn(path), 5);
+            QVERIFY(isCount(std::size_t(MovieProbe::framesIn(path)), 5));
             QVERIFY(probe().waitForRecordingChanges(changes += 2));
             camera().stopRecording();
             QVERIFY(probe().stream(1));
@@ -99,14 +99,14 @@ private Q_SLOTS:
             m_bench->manager.removeDetectedCamera(m_bench->found.constFirst());
             m_bench->camera.reset();
             QCOMPARE(changes, Changes{false});
-            QCOMPARE(MovieProbe::framesIn(path), 4);
+            QVERIFY(isCount(std::size_t(MovieProbe::framesIn(path)), 4));
             return;
         }
         if (event == u"stop"_s) {
             probe().stop();
             QVERIFY2(!camera().recording(), "who quits on the completion would lose the end of the movie");
         } else if (event == u"size"_s) {
-            probe().setResolution(m_fixture.description()->availableResolutions.constLast());
+            probe().setResolution(otherSize());
             camera().stopRecording();
         } else {
             m_fixture.unplug();
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(probe().recordingChanges(), (Changes{true, false}));
         camera().stopRecording();
         QVERIFY(!camera().recording());
-        QCOMPARE(MovieProbe::framesIn(path), 4);
+        QVERIFY(isCount(std::size_t(MovieProbe::framesIn(path)), 4));
     }
 
     void recordingThatGetsNowhere()
@@ -133,7 +133,7 @@ private Q_SLOTS:
 
         camera().startRecording(path);
         camera().stopRecording();
-        QVERIFY2(!QFileInfo::exists(path), "a movie without a frame");
+        QVERIFY2(!m_fixture.isPushed() || !QFileInfo::exists(path), "a movie without a frame");
         QVERIFY(probe().stream(1));
         QVERIFY(!camera().recording());
     }

@@ -12,6 +12,18 @@ public:
 protected:
     BWCamera &camera() { return *m_bench->camera; }
     CameraProbe &probe() { return *m_bench->probe; }
+    const BWCameraDescription &description() { return *camera().detectedCamera()->cameraDescription(); }
+    /// A size that the camera has and is not set to.
+    BWResolution otherSize()
+    {
+        const QList<BWResolution> &sizes = description().availableResolutions;
+        return camera().defaultResolution() == sizes.at(1) ? sizes.at(0) : sizes.at(1);
+    }
+    /// A camera that runs at its own rate may have captured more than was asked for.
+    bool isCount(std::size_t found, std::size_t expected) const
+    {
+        return m_fixture.isPushed() ? found == expected : found >= expected;
+    }
 
     BackendFixture &m_fixture;
     std::optional<Bench> m_bench;

@@ -1,7 +1,8 @@
 #include "Contract.h"
 
+#include <algorithm>
 #include <atomic>
-#include <numeric>
+#include <functional>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -13,13 +14,6 @@ class SessionContract : public Contract {
 public:
     using Contract::Contract;
 
-private:
-    BWResolution otherSize()
-    {
-        const QList<BWResolution> &sizes = m_fixture.description()->availableResolutions;
-        return camera().defaultResolution() == sizes.at(1) ? sizes.at(0) : sizes.at(1);
-    }
-
 private Q_SLOTS:
     void foundThoughAttachedBefore()
     {
@@ -28,7 +22,8 @@ private Q_SLOTS:
         QVERIFY(m_bench->detector.pendingDevices());
         QTRY_COMPARE(m_bench->found.size(), 1);
         QVERIFY(!m_bench->detector.pendingDevices());
-        QCOMPARE(m_bench->found.constFirst()->cameraDescription(), m_fixture.description());
+        QCOMPARE(m_bench->found.constFirst()->cameraDescription()->identifierForCameraType,
+                 m_fixture.description()->identifierForCameraType);
     }
 
     void foundAndRemovedOnceForEachPlugging()
@@ -60,7 +55,7 @@ private Q_SLOTS:
             QVERIFY(!camera().started());
             probe().stop();
         }
-        QCOMPARE(probe().frames().size(), std::size_t(6));
+        QVERIFY(isCount(probe().frames().size(), 6));
     }
 
     void everyPushedFrameArrivesOnce()
@@ -69,12 +64,14 @@ private Q_SLOTS:
         m_fixture.pushFrames(50);
         QVERIFY(probe().waitForFrames(50));
         probe().stop();
-        Sequences expected(50);
-        std::iota(expected.begin(), expected.end(), 0);
-        QCOMPARE(probe().sequences(), expected);
+        const Sequences sequences = probe().sequences();
         const BWCameraStatistics statistics = camera().statistics();
-        QCOMPARE(statistics.framesDelivered, 50u);
-        QCOMPARE(statistics.framesBad + statistics.framesLost + statistics.streamRestarts, 0u);
+        QVERIFY(isCount(sequences.size(), 50));
+        QVERIFY(std::adjacent_find(sequences.begin(), sequences.end(), std::greater_equal()) == sequences.end());
+        QCOMPARE(statistics.framesDelivered, sequences.size());
+        QCOMPARE(statistics.framesLost, sequences.back() - sequences.front() + 1 - sequences.size());
+        QCOMPARE(statistics.framesBad + statistics.streamRestarts, 0u);
+        QVERIFY2(!m_fixture.isPushed() || statistics.framesLost == 0, "the camera did not have to wait");
     }
 
     void callbacksComeOnTheirThreads()
@@ -87,7 +84,7 @@ private Q_SLOTS:
         QVERIFY(probe().stream(1));
         QVERIFY(probe().waitForRecordingChanges(1));
         QVERIFY(probe().waitForSnapshots(1));
-        for (int press = 1; press <= 3; ++press) {
+        for (int press = 1; press <= 3 && m_fixture.hasButton(); ++press) {
             m_fixture.pressButton();
             QVERIFY(probe().waitForButtonPresses(press));
         }
@@ -182,17 +179,18 @@ private Q_SLOTS:
             const BWFrameInfo last = probe().frames().back();
             QCOMPARE(QSize(last.width, last.height), wished.dimensions());
         }
-        QCOMPARE(probe().sequences(), (Sequences{0, 1, 0, 1, 0, 1, 0, 1}));
-        QCOMPARE(camera().statistics().framesLost, 0u);
+        const Sequences sequences = probe().sequences();
+        QVERIFY(!m_fixture.isPushed() || sequences == (Sequences{0, 1, 0, 1, 0, 1, 0, 1}));
+        QVERIFY(!m_fixture.isPushed() || camera().statistics().framesLost == 0);
         probe().setResolution({30000, 30000}); // unknown: the nearest
-        QCOMPARE(camera().defaultResolution(), m_fixture.description()->availableResolutions.constLast());
+        QCOMPARE(camera().defaultResolution(), description().availableResolutions.constLast());
         probe().setResolution({641, 479});
         QCOMPARE(camera().defaultResolution(), BWResolution(640, 480));
     }
 
     void settingsAreClampedAndTaken()
     {
-        for (const int code : m_fixture.description()->acceptedSettings)
+        for (const int code : description().acceptedSettings)
             QVERIFY2(camera().settingForIdentifier(code), qPrintable(QString::number(code)));
         QVERIFY(!camera().settingForIdentifier(6));
 
@@ -225,7 +223,7 @@ private Q_SLOTS:
         probe().stop();
         QVERIFY(!camera().started());
         QVERIFY(!probe().start());
-        QCOMPARE(probe().frames().size(), std::size_t(3));
+        QVERIFY(isCount(probe().frames().size(), 3));
 
         m_fixture.plugIn();
         const BWCameraPtr before = m_bench->camera;
@@ -243,16 +241,19 @@ private Q_SLOTS:
         // Between two commands the camera has looked for a frame at least once.
         for (int i = 0; i <= many; ++i)
             probe().settle();
+        QVERIFY(probe().waitForFrames(2));
         const std::size_t delivered = probe().frames().size();
-        QVERIFY(delivered >= 2 && delivered < static_cast<std::size_t>(many));
+        QVERIFY(delivered < static_cast<std::size_t>(many));
 
         // As soon as one buffer is back the stream goes on, and tells what was missed.
         std::vector<BWFrame> held = probe().takeHeld();
         probe().holdNextFrames(0);
         held.erase(held.begin());
         QVERIFY(probe().stream(1));
-        QCOMPARE(probe().sequences().back(), static_cast<uint64_t>(many));
-        QCOMPARE(camera().statistics().framesLost, static_cast<uint64_t>(many) - delivered);
+        if (m_fixture.isPushed()) {
+            QCOMPARE(probe().sequences().back(), static_cast<uint64_t>(many));
+            QCOMPARE(camera().statistics().framesLost, static_cast<uint64_t>(many) - delivered);
+        }
 
         const auto contents = [&held] {
             QByteArray bytes;
@@ -297,7 +298,7 @@ private Q_SLOTS:
     void bridgeChipHasNormAndRegisters()
     {
         auto *bridgeChip = dynamic_cast<BWEmpiaCamera *>(&camera());
-        QCOMPARE(bridgeChip != nullptr, m_fixture.description()->isBridgeChip);
+        QCOMPARE(bridgeChip != nullptr, description().isBridgeChip);
         if (!bridgeChip)
             return;
         bridgeChip->writeValue(300, 0x28);

@@ -37,12 +37,11 @@ private Q_SLOTS:
         row("raw is slow", {mode(V4L2_PIX_FMT_YUYV, size, 5), mode(V4L2_PIX_FMT_MJPEG, size, 30)},
             u"MJPEG 640x480 at 30/s; YUYV gives 5/s"_s);
         row("nearly the same rate", {mode(V4L2_PIX_FMT_MJPEG, size, 30), mode(V4L2_PIX_FMT_UYVY, size, 30000 / 1001.)},
-            u"UYVY 640x480 at 30/s; MJPEG gives 30/s"_s);
+            u"UYVY 640x480 at 30/s"_s);
         row("order of equals",
             {mode(V4L2_PIX_FMT_JPEG, size, 0), mode(V4L2_PIX_FMT_BGR24, size, 0), mode(V4L2_PIX_FMT_RGB24, size, 0),
              mode(V4L2_PIX_FMT_YUV420, size, 0), mode(V4L2_PIX_FMT_NV12, size, 0), mode(V4L2_PIX_FMT_YUYV, size, 0)},
-            u"YUYV 640x480 at an unknown rate; NV12 gives an unknown rate, YU12 gives an unknown rate, RGB3 gives an "
-            "unknown rate, BGR3 gives an unknown rate, MJPEG gives an unknown rate"_s);
+            u"YUYV 640x480 at an unknown rate"_s);
         row("unknown is slowest", {mode(V4L2_PIX_FMT_YUYV, size, 0), mode(V4L2_PIX_FMT_MJPEG, size, 1)},
             u"MJPEG 640x480 at 1/s; YUYV gives an unknown rate"_s);
         row("colour before grey", {mode(V4L2_PIX_FMT_GREY, size, 60), mode(V4L2_PIX_FMT_YUYV, size, 2)},

@@ -7,6 +7,7 @@
 #include "BWACUDriver/BWResolution.h"
 #include "BWACUDriver/BWStartProblem.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <QByteArray>
@@ -104,6 +105,9 @@ public:
     /// Whether a press of the camera's button reaches the callback whichever window has the keyboard. Where it does
     /// not (the button's device may not be read), the desktop may still hand it to a window as a key. Any thread.
     bool readsHardwareButton() const;
+
+    /// How long the device may be silent before its stream is restarted; 2 s at first. Any thread.
+    void setStallTime(std::chrono::milliseconds time);
 
     BWCameraStatistics statistics() const;
 

@@ -59,7 +59,7 @@ QString BWVideoModeChoice::reason(std::size_t taken) const
     const BWVideoMode &mode = m_candidates[taken];
     QStringList others;
     for (std::size_t i = 0; i < m_candidates.size(); ++i) {
-        if (i != taken)
+        if (std::lround(m_candidates[i].framesPerSecond) != std::lround(mode.framesPerSecond))
             others += u"%1 gives %2"_s.arg(BWVideoFormat::name(m_candidates[i].fourcc), rate(m_candidates[i]));
     }
     const QString choice =

@@ -17,7 +17,7 @@ public:
     /// Best first, all of one size; empty where the device has nothing that we show.
     const std::vector<BWVideoMode> &candidates() const { return m_candidates; }
 
-    /// For the log: what candidate `taken` gives, and what the others would.
+    /// For the log: what candidate `taken` gives, and which others would give another rate.
     QString reason(std::size_t taken) const;
 
 private:
