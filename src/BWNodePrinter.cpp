@@ -38,22 +38,27 @@ void printText(const QString &label, const QString &text, QTextStream &out)
     printField(label, text.split(u' ', Qt::SkipEmptyParts), indent, out);
 }
 
-/// One line, or a few, for each format: its sizes with their rates.
+/// One line, or a few, for each format: its sizes with their rates. Those that cannot be shown are only named.
 void printModes(const QList<Mode> &modes, QTextStream &out)
 {
+    QStringList others;
     QString label = u"pictures"_s;
     for (qsizetype i = 0; i < modes.size();) {
-        QStringList sizes;
         const Mode &first = modes[i];
+        QStringList sizes;
         for (; i < modes.size() && modes[i].format == first.format; ++i) {
             const QString rate = u" (%1/s)"_s.arg(modes[i].framesPerSecond, 0, 'g', 3);
             sizes.append(modes[i].resolution.resolutionString() + (modes[i].framesPerSecond > 0 ? rate : QString()));
         }
-        if (!first.isShown)
-            sizes.append(u"- cannot be shown"_s);
+        if (!first.isShown) {
+            others.append(first.format);
+            continue;
+        }
         printField(label.leftJustified(indent - 2) + first.format, sizes, indent + 6, out);
         label.clear();
     }
+    others.removeDuplicates();
+    printField(u"not shown"_s, others, indent, out);
 }
 
 void printControls(const QList<Control> &controls, QTextStream &out)
@@ -61,12 +66,12 @@ void printControls(const QList<Control> &controls, QTextStream &out)
     if (controls.isEmpty())
         return;
     out << u"  %1%2 %3 %4  range\n"_s.arg(u"controls"_s, -(indent - 2))
-               .arg(QString(), -24)
+               .arg(QString(), -27)
                .arg(u"now"_s, 7)
                .arg(u"default"_s, 8);
     for (const Control &control : controls) {
         const QString id = control.id != 0 ? u"0x%1"_s.arg(control.id, 8, 16, QLatin1Char('0')) : QString();
-        out << u"    %1 %2 %3 %4  %5 to %6"_s.arg(control.name, -21)
+        out << u"    %1 %2 %3 %4  %5 to %6"_s.arg(control.name, -24)
                    .arg(id, -10)
                    .arg(control.value, 7)
                    .arg(control.defaultValue, 8)
@@ -91,6 +96,9 @@ void printNode(const Node &node, QTextStream &out)
             u"used as"_s,
             u"%1%2, because %3"_s.arg(node.type, node.isBridgeChip ? u" with bridge chip"_s : QString(), node.why),
             out);
+    // Of nodes that are no cameras nothing more is worth telling.
+    if (node.modes.isEmpty() && node.problems.isEmpty())
+        return;
     for (const QString &problem : node.problems)
         printText(u"problem"_s, problem, out);
     if (!node.heldBy.isNull())

@@ -60,7 +60,7 @@ BWCameraKind BWCameraKind::of(const BWVideoNode &node, const BWVideoAbilities &a
     if (rule) {
         if (!rule->type.isNull()) {
             kind.type = rule->type;
-            kind.why = rule->origin;
+            kind.why = u"%1 says so"_s.arg(rule->origin);
         }
         kind.displayName = rule->displayName;
     }

@@ -140,9 +140,10 @@ void BWNodeTracker::settle(Entry &entry, const BWVideoAbilities &abilities)
         return;
     }
     const QByteArray before = std::exchange(m_known[identifier], node.path);
-    qCInfo(bwDriver).noquote() << u"%1 (%2) is a %3: %4"_s.arg(QFile::decodeName(node.path), node.name,
-                                                               entry.camera->cameraDescription()->name, kind.why)
-            + (before.isNull() ? QString() : u"; it came back, and was %1"_s.arg(QFile::decodeName(before)));
+    const QString cameBack =
+        before.isNull() ? QString() : u"; it came back, and was %1 before"_s.arg(QFile::decodeName(before));
+    qCInfo(bwDriver).noquote() << u"%1 (%2) is used as %3, because %4%5"_s.arg(
+        QFile::decodeName(node.path), node.name, entry.camera->cameraDescription()->name, kind.why, cameBack);
     m_events.found(entry.camera);
 }
 
