@@ -91,8 +91,10 @@ void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const
     QStringList names;
     for (const BWCameraPtr &camera : cameras) {
         const BWCameraDescription &description = *camera->detectedCamera()->cameraDescription();
-        names.append(m_repository.localizationManager().text(u"camera_type"_s, description.identifierForCameraType,
-                                                             description.name));
+        BWLocalizationManager &texts = m_repository.localizationManager();
+        names.append(description.hasOwnName
+                         ? description.name
+                         : texts.text(u"camera_type"_s, description.identifierForCameraType, description.name));
     }
     m_window.menu().showCameras(BWCameraTitles::unique(names), static_cast<int>(cameras.indexOf(current)));
     showProducts();

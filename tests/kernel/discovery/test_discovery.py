@@ -54,7 +54,7 @@ class Watcher:
     def events(self):
         return [line for line in self.lines if line.startswith(("found", "removed"))]
 
-    def wait_for(self, condition, seconds=40):
+    def wait_for(self, condition, seconds=60):
         with self._changed:
             if not self._changed.wait_for(lambda: condition(self), seconds):
                 raise AssertionError(f"not within {seconds} s; reported: {self.lines}, logged: {self.log}")
@@ -109,14 +109,12 @@ class DiscoveryTest(unittest.TestCase):
             os.chmod(node, 0o600)
         watcher = self.watch(NOBODY)
         watcher.wait_for(lambda self: "pending" in self.lines)
-        time.sleep(1)
-        self.assertEqual(watcher.lines, ["pending"])
         listing = subprocess.run([*NOBODY, PROGRAM, "--list-cameras"], text=True, capture_output=True)
         self.assertIn("may not open /dev/video", listing.stdout)
+        self.assertEqual(watcher.events(), [])
         for node in vivid_nodes():
             os.chmod(node, 0o666)
         watcher.wait_for_events(*(f"found {each}" for each in BOTH_VIVID))
-        self.assertEqual(watcher.log and [line for line in watcher.log if "cannot be used" in line], [])
 
     def test_usb_cameras_are_told_apart_however_they_are_plugged(self):
         cameras = self.enterContext(UsbCameras())
@@ -130,7 +128,7 @@ class DiscoveryTest(unittest.TestCase):
                 cameras(f"plug {name}")
                 watcher.wait_for(lambda self: "pending" in self.lines)
                 watcher.wait_for_events(f"found 1209:0001 {name}")
-                nodes[turn, name] = re.search(r"/dev/video\d+", watcher.log[-1])[0]
+                nodes[turn, name] = [line for line in watcher.log if "is used as" in line][-1].split()[1]
             for name in order:
                 cameras(f"unplug {name}")
                 watcher.wait_for_events(f"removed 1209:0001 {name}")
@@ -145,13 +143,14 @@ class DiscoveryTest(unittest.TestCase):
         watcher.wait_for(lambda self: "found 1209:0001 SN7" in self.lines)
         node = re.search(r"(/dev/video\d+) \(Scope", "\n".join(watcher.log))[1]
         with subprocess.Popen(["sh", "-c", f"exec sleep 60 < {node}"]) as holder:
+            while Path(f"/proc/{holder.pid}/comm").read_text() != "sleep\n":
+                time.sleep(0.05)
             listing = subprocess.run([PROGRAM, "--list-cameras"], text=True, capture_output=True, check=True).stdout
             holder.kill()
-        print(listing)
         text = next(part for part in listing.split("\n\n") if part.startswith(node))
         for expected in ("Ultra Resolution Microscope, because its largest picture is 2592x1944", "open in   sleep",
-                         "1209:0001, serial number SN7", "button    /dev/input/event", "MJPG  640x480 (30/s)",
-                         "Brightness            0x00980900"):
+                         "1209:0001, serial number SN7", "button    /dev/input/event", "MJPEG 640x480 (30/s)",
+                         "Brightness               0x00980900       0        0  -64 to 64"):
             self.assertIn(expected, text)
         self.assertLessEqual(max(map(len, listing.splitlines())), 96)
         self.assertIn("not used  it is a further node", listing)
