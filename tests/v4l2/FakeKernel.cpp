@@ -49,12 +49,7 @@ void FakeKernel::moveControl(uint32_t id, int32_t value)
 {
     change([&](State &state) {
         state.controls.at(id).value = value;
-        v4l2_event event{};
-        event.type = V4L2_EVENT_CTRL;
-        event.id = id;
-        event.u.ctrl.changes = V4L2_EVENT_CTRL_CH_VALUE;
-        event.u.ctrl.value = value;
-        state.events.push_back(event);
+        tell(id);
     });
 }
 
@@ -174,10 +169,24 @@ int FakeKernel::accessControl(v4l2_ext_control &wanted, bool set)
         if (!control.menu.empty() && std::find(control.menu.begin(), control.menu.end(), value) == control.menu.end())
             return -EINVAL;
         control.value = std::clamp(value, control.min, control.max);
-        m_state.log += u"SET %1=%2"_s.arg(wanted.id, 0, 16).arg(control.value);
+        // The control that it holds or lets go tells what it has now.
+        for (const auto &[id, other] : m_state.controls) {
+            if (other.master == wanted.id)
+                tell(id);
+        }
     }
     wanted.value = control.value;
     return 0;
+}
+
+void FakeKernel::tell(uint32_t id)
+{
+    v4l2_event event{};
+    event.type = V4L2_EVENT_CTRL;
+    event.id = id;
+    event.u.ctrl.changes = V4L2_EVENT_CTRL_CH_VALUE;
+    event.u.ctrl.value = m_state.controls.at(id).value;
+    m_state.events.push_back(event);
 }
 
 ssize_t FakeKernel::read(int, void *bytes, std::size_t size)

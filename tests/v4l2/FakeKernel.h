@@ -44,7 +44,7 @@ public:
         std::deque<input_event> keys;
         int button = 0; ///< what a read of the button fails with
 
-        QStringList log; ///< "S_FMT YUYV", "STREAMON", "SET 980900=5" ...
+        QStringList log; ///< "S_FMT YUYV", "STREAMON" ...
         int opened = 0; ///< descriptors
         int mapped = 0;
         int polls = 0;
@@ -76,6 +76,7 @@ public:
 private:
     int answer(unsigned long request, void *argument);
     int accessControl(v4l2_ext_control &wanted, bool set);
+    void tell(uint32_t id);
     int takeFault(unsigned long request);
 
     std::mutex m_mutex;

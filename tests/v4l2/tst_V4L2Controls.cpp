@@ -78,8 +78,15 @@ private Q_SLOTS:
             if (streaming)
                 QVERIFY(camera.device->startStreaming().isNone());
             BWCameraControls controls(camera.device->controls());
+            camera.device->setEvents({}, [&](int identifier, double value) { controls.noteValue(identifier, value); });
             for (const auto &[identifier, value] : product)
                 controls.apply(*camera.device, identifier, value);
+            if (streaming)
+                camera.take();
+            for (const auto &[identifier, value] : product) {
+                if (identifier != BWSettingExposureAbsolute) // the camera's own affair now
+                    QCOMPARE(controls.setting(identifier)->value(), value);
+            }
             QCOMPARE(camera.value(V4L2_CID_AUTO_WHITE_BALANCE), 0);
             QCOMPARE(camera.value(V4L2_CID_WHITE_BALANCE_TEMPERATURE), 3750);
             QCOMPARE(camera.value(V4L2_CID_GAIN), 7);
@@ -87,6 +94,8 @@ private Q_SLOTS:
             camera.kernel.change([](State &state) { state.controls.at(V4L2_CID_EXPOSURE_ABSOLUTE).value = 99; });
             controls.apply(*camera.device, BWSettingAutoExposure, 0);
             QCOMPARE(camera.value(V4L2_CID_EXPOSURE_AUTO), 1);
+            if (streaming)
+                camera.take();
             QCOMPARE(camera.value(V4L2_CID_EXPOSURE_ABSOLUTE), 625);
             QCOMPARE(controls.setting(BWSettingExposureAbsolute)->value(), 625.0);
         } while (std::next_permutation(product.begin(), product.end()));

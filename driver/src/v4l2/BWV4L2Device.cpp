@@ -125,8 +125,11 @@ void BWV4L2Device::interrupt()
 
 double BWV4L2Device::setControl(int identifier, double value)
 {
-    if (m_file)
+    if (m_file) {
+        // What others have set before must not look as if it came afterwards.
+        m_controls.takeEvents(*m_file);
         return m_controls.set(*m_file, identifier, value);
+    }
     int error = 0;
     const auto file = openNode(error);
     if (file)

@@ -33,6 +33,14 @@ constexpr std::array hiddenMasters{
     HiddenMaster{BWSettingGain, V4L2_CID_AUTOGAIN},
 };
 
+bool hasMaster(int identifier)
+{
+    return std::any_of(automaticModes.begin(), automaticModes.end(),
+                       [identifier](const AutomaticMode &automatic) { return automatic.moves == identifier; })
+        || std::any_of(hiddenMasters.begin(), hiddenMasters.end(),
+                       [identifier](const HiddenMaster &master) { return master.identifier == identifier; });
+}
+
 } // namespace
 
 BWVideoControls::BWVideoControls(const std::vector<BWVideoControl> &controls, QString name) : m_name(std::move(name))
@@ -90,8 +98,14 @@ bool BWVideoControls::takeEvents(const BWKernelFile &node)
         const auto control = std::find_if(m_controls.begin(), m_controls.end(), [&event](const Control &candidate) {
             return candidate.ability.id == event.id;
         });
-        if (event.type == V4L2_EVENT_CTRL && (event.u.ctrl.changes & V4L2_EVENT_CTRL_CH_VALUE)
-            && control != m_controls.end())
+        if (event.type != V4L2_EVENT_CTRL || !(event.u.ctrl.changes & V4L2_EVENT_CTRL_CH_VALUE)
+            || control == m_controls.end())
+            continue;
+        // When its master is switched, a control tells what it had then; by now it may have been set. The others are
+        // believed, for the kernel answers with what it remembers although the camera has just told it otherwise.
+        if (hasMaster(control->ability.info.identifier) && control->readable)
+            read(node, *control);
+        else
             note(*control, toProgram(*control, event.u.ctrl.value));
     }
     return any;
