@@ -23,11 +23,6 @@ Argument &as(void *argument)
 
 } // namespace
 
-QStringList FakeKernel::takeLog()
-{
-    return change([](State &state) { return std::exchange(state.log, {}); });
-}
-
 void FakeKernel::pushFrame(uint32_t flags, uint32_t bytesUsed)
 {
     change([&](State &state) {
@@ -93,16 +88,16 @@ int FakeKernel::ioctl(int descriptor, unsigned long request, void *argument)
 int FakeKernel::answer(unsigned long request, void *argument)
 {
     State &state = m_state;
+    auto *buffer = static_cast<v4l2_buffer *>(argument);
+    auto *wanted = static_cast<v4l2_requestbuffers *>(argument);
     switch (request) {
     case VIDIOC_QUERYCAP:
         state.bus.copy(reinterpret_cast<char *>(as<v4l2_capability>(argument).bus_info), 31);
         as<v4l2_capability>(argument).capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
         return 0;
     case VIDIOC_S_FMT:
-        if (m_buffers > 0)
-            return -EBUSY;
         state.log += u"S_FMT "_s + BWVideoFormat::name(as<v4l2_format>(argument).fmt.pix.pixelformat);
-        return 0;
+        return m_buffers > 0 ? -EBUSY : 0;
     case VIDIOC_S_PARM:
         state.log += u"S_PARM %1"_s.arg(as<v4l2_streamparm>(argument).parm.capture.timeperframe.denominator);
         return 0;
@@ -115,23 +110,20 @@ int FakeKernel::answer(unsigned long request, void *argument)
     case VIDIOC_REQBUFS:
         if (m_streaming)
             return -EBUSY;
-        m_buffers = as<v4l2_requestbuffers>(argument).count =
-            std::min(as<v4l2_requestbuffers>(argument).count, state.mostBuffers);
+        m_buffers = wanted->count = std::min(wanted->count, state.mostBuffers);
         m_memory.resize(m_memory.size() + m_buffers);
         return 0;
     case VIDIOC_QUERYBUF:
-        as<v4l2_buffer>(argument).length = frameSize;
-        as<v4l2_buffer>(argument).m.offset = as<v4l2_buffer>(argument).index;
+        buffer->length = frameSize;
+        buffer->m.offset = buffer->index;
         return 0;
     case VIDIOC_QBUF:
-        if (as<v4l2_buffer>(argument).index >= m_buffers)
-            return -EINVAL;
-        state.queued.push_back(as<v4l2_buffer>(argument).index);
-        return 0;
+        state.queued.push_back(buffer->index);
+        return buffer->index < m_buffers ? 0 : -EINVAL;
     case VIDIOC_DQBUF:
         if (m_done.empty())
             return -EAGAIN;
-        as<v4l2_buffer>(argument) = m_done.front();
+        *buffer = m_done.front();
         m_done.pop_front();
         return 0;
     case VIDIOC_STREAMON:

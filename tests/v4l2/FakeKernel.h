@@ -58,7 +58,6 @@ public:
         m_changed.wake();
         return function(m_state);
     }
-    QStringList takeLog();
     /// Captures a frame, all of its bytes its number; lost when no buffer is queued.
     void pushFrame(uint32_t flags = 0, uint32_t bytesUsed = frameSize);
     /// The camera or somebody else sets a control, and the driver is told.

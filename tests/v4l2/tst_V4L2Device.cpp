@@ -64,11 +64,13 @@ private Q_SLOTS:
         FakeCamera camera;
         camera.device->setVideoNorm(2); // which it does not have
         camera.device->setVideoNorm(0);
-        camera.kernel.takeLog();
-        camera.kernel.change([](State &state) { state.faults[VIDIOC_STREAMON] = {ENOSPC}; });
+        camera.kernel.change([](State &state) {
+            state.log.clear();
+            state.faults[VIDIOC_STREAMON] = {ENOSPC};
+        });
         QVERIFY(camera.device->startStreaming().isNone());
         const QString norm = u"S_STD %1"_s.arg(V4L2_STD_NTSC, 0, 16);
-        QCOMPARE(camera.kernel.takeLog(),
+        QCOMPARE(camera.kernel.change([](State &state) { return state.log; }),
                  QStringList({norm, u"S_FMT MJPEG"_s, u"S_PARM 30"_s, u"STREAMOFF"_s, u"S_FMT YUYV"_s, u"S_PARM 15"_s,
                               u"STREAMON"_s}));
         camera.kernel.pushFrame();

@@ -10,8 +10,6 @@
 using namespace Qt::StringLiterals;
 using State = FakeKernel::State;
 
-Q_DECLARE_METATYPE(v4l2_pix_format)
-
 namespace {
 
 BWVideoMode mode(uint32_t fourcc, BWResolution size, double rate)
@@ -25,83 +23,68 @@ class TestVideoModes : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void choice_data()
-    {
-        QTest::addColumn<std::vector<BWVideoMode>>("modes");
-        QTest::addColumn<QString>("reason");
-        const BWResolution size(640, 480);
-        const BWResolution large(2592, 1944);
-        const auto row = [](const char *name, const std::vector<BWVideoMode> &modes, const QString &reason) {
-            QTest::newRow(name) << modes << reason;
-        };
-        row("raw is slow", {mode(V4L2_PIX_FMT_YUYV, size, 5), mode(V4L2_PIX_FMT_MJPEG, size, 30)},
-            u"MJPEG 640x480 at 30/s; YUYV gives 5/s"_s);
-        row("nearly the same rate", {mode(V4L2_PIX_FMT_MJPEG, size, 30), mode(V4L2_PIX_FMT_UYVY, size, 30000 / 1001.)},
-            u"UYVY 640x480 at 30/s"_s);
-        row("order of equals",
-            {mode(V4L2_PIX_FMT_JPEG, size, 0), mode(V4L2_PIX_FMT_BGR24, size, 0), mode(V4L2_PIX_FMT_RGB24, size, 0),
-             mode(V4L2_PIX_FMT_YUV420, size, 0), mode(V4L2_PIX_FMT_NV12, size, 0), mode(V4L2_PIX_FMT_YUYV, size, 0)},
-            u"YUYV 640x480 at an unknown rate"_s);
-        row("unknown is slowest", {mode(V4L2_PIX_FMT_YUYV, size, 0), mode(V4L2_PIX_FMT_MJPEG, size, 1)},
-            u"MJPEG 640x480 at 1/s; YUYV gives an unknown rate"_s);
-        row("colour before grey", {mode(V4L2_PIX_FMT_GREY, size, 60), mode(V4L2_PIX_FMT_YUYV, size, 2)},
-            u"YUYV 640x480 at 2/s; GREY gives 60/s"_s);
-        row("grey alone", {mode(V4L2_PIX_FMT_GREY, size, 60), mode(V4L2_PIX_FMT_SBGGR8, size, 90)},
-            u"GREY 640x480 at 60/s"_s);
-        row("nearest size", {mode(V4L2_PIX_FMT_YUYV, large, 2), mode(V4L2_PIX_FMT_YUYV, {352, 288}, 30)},
-            u"YUYV 352x288 at 30/s"_s);
-        row("the same area turned", {mode(V4L2_PIX_FMT_YUYV, {480, 640}, 30), mode(V4L2_PIX_FMT_YUYV, size, 30)},
-            u"YUYV 640x480 at 30/s"_s);
-        row("nothing to show", {mode(V4L2_PIX_FMT_SBGGR8, size, 30)}, {});
-    }
-
     void choice()
     {
-        QFETCH(std::vector<BWVideoMode>, modes);
-        QFETCH(QString, reason);
-        BWVideoAbilities abilities;
-        abilities.modes = modes;
-        const BWVideoModeChoice choice(abilities, {640, 480});
-        QCOMPARE(choice.candidates().empty() ? QString() : choice.reason(0), reason);
-    }
-
-    void planes_data()
-    {
-        QTest::addColumn<uint32_t>("fourcc");
-        QTest::addColumn<uint32_t>("stride");
-        QTest::addColumn<QList<int>>("offsets");
-        QTest::addColumn<QList<int>>("strides");
-        QTest::addColumn<int>("least");
-        QTest::newRow("YUYV, padded") << V4L2_PIX_FMT_YUYV << 16u << QList{0} << QList{16} << 16 + 12;
-        QTest::newRow("NV12") << V4L2_PIX_FMT_NV12 << 8u << QList{0, 16} << QList{8, 8} << 16 + 6;
-        QTest::newRow("YU12") << V4L2_PIX_FMT_YUV420 << 8u << QList{0, 16, 20} << QList{8, 4, 4} << 20 + 3;
-        QTest::newRow("RGB24, stride not told") << V4L2_PIX_FMT_RGB24 << 0u << QList{0} << QList{18} << 36;
-        QTest::newRow("MJPEG") << V4L2_PIX_FMT_MJPEG << 0u << QList{0} << QList{0} << 1;
+        const BWResolution size(640, 480);
+        const struct {
+            std::vector<BWVideoMode> modes;
+            QString reason;
+        } rows[] = {
+            {{mode(V4L2_PIX_FMT_YUYV, size, 5), mode(V4L2_PIX_FMT_MJPEG, size, 30)},
+             u"MJPEG 640x480 at 30/s; YUYV gives 5/s"_s},
+            {{mode(V4L2_PIX_FMT_MJPEG, size, 30), mode(V4L2_PIX_FMT_UYVY, size, 29.97)}, u"UYVY 640x480 at 30/s"_s},
+            {{mode(V4L2_PIX_FMT_JPEG, size, 0), mode(V4L2_PIX_FMT_BGR24, size, 0), mode(V4L2_PIX_FMT_NV12, size, 0),
+              mode(V4L2_PIX_FMT_YUYV, size, 0)},
+             u"YUYV 640x480 at an unknown rate"_s},
+            {{mode(V4L2_PIX_FMT_YUYV, size, 0), mode(V4L2_PIX_FMT_MJPEG, size, 1)},
+             u"MJPEG 640x480 at 1/s; YUYV gives an unknown rate"_s},
+            {{mode(V4L2_PIX_FMT_GREY, size, 60), mode(V4L2_PIX_FMT_YUYV, size, 2)},
+             u"YUYV 640x480 at 2/s; GREY gives 60/s"_s},
+            {{mode(V4L2_PIX_FMT_GREY, size, 60), mode(V4L2_PIX_FMT_SBGGR8, size, 90)}, u"GREY 640x480 at 60/s"_s},
+            {{mode(V4L2_PIX_FMT_YUYV, {2592, 1944}, 2), mode(V4L2_PIX_FMT_YUYV, {352, 288}, 7.5)},
+             u"YUYV 352x288 at 7.5/s"_s},
+            {{mode(V4L2_PIX_FMT_YUYV, {480, 640}, 30), mode(V4L2_PIX_FMT_YUYV, size, 15)}, u"YUYV 640x480 at 15/s"_s},
+            {{mode(V4L2_PIX_FMT_SBGGR8, size, 30)}, {}},
+        };
+        for (const auto &row : rows) {
+            BWVideoAbilities abilities;
+            abilities.modes = row.modes;
+            const BWVideoModeChoice choice(abilities, size);
+            QCOMPARE(choice.candidates().empty() ? QString() : choice.reason(0), row.reason);
+        }
     }
 
     void planes()
     {
-        QFETCH(uint32_t, fourcc);
-        QFETCH(uint32_t, stride);
-        QFETCH(QList<int>, offsets);
-        QFETCH(QList<int>, strides);
-        QFETCH(int, least);
-        v4l2_pix_format description{};
-        description.width = 6;
-        description.height = 2;
-        description.pixelformat = fourcc;
-        description.bytesperline = stride;
-        const BWVideoFormat format(description);
-        const std::array<uint8_t, 99> memory{};
-        const BWFrameInfo frame = format.frame(memory.data(), std::size_t(least));
-        QVERIFY(format.fits(std::size_t(least)));
-        QCOMPARE(format.fits(std::size_t(least - 1)), fourcc == V4L2_PIX_FMT_MJPEG);
-        for (qsizetype i = 0; i < 3; ++i) {
-            const BWPlane &plane = frame.planes[std::size_t(i)];
-            QCOMPARE(plane.data, i < offsets.size() ? memory.data() + offsets[i] : nullptr);
-            QCOMPARE(plane.stride, i < strides.size() ? strides[i] : 0);
-            if (plane.data)
-                QCOMPARE(plane.size, std::size_t((i + 1 < offsets.size() ? offsets[i + 1] : least) - offsets[i]));
+        const struct {
+            uint32_t fourcc, stride;
+            QList<int> offsets, strides;
+            int least;
+        } rows[] = {
+            {V4L2_PIX_FMT_YUYV, 16, {0}, {16}, 16 + 12}, // padded; the last row need not be
+            {V4L2_PIX_FMT_NV12, 8, {0, 16}, {8, 8}, 16 + 6},
+            {V4L2_PIX_FMT_YUV420, 8, {0, 16, 20}, {8, 4, 4}, 20 + 3},
+            {V4L2_PIX_FMT_RGB24, 0, {0}, {18}, 36}, // a stride that is not told
+            {V4L2_PIX_FMT_MJPEG, 0, {0}, {0}, 1},
+        };
+        for (const auto &row : rows) {
+            v4l2_pix_format description{};
+            description.width = 6;
+            description.height = 2;
+            description.pixelformat = row.fourcc;
+            description.bytesperline = row.stride;
+            const BWVideoFormat format(description);
+            const std::array<uint8_t, 99> memory{};
+            const BWFrameInfo frame = format.frame(memory.data(), std::size_t(row.least));
+            QVERIFY(format.fits(std::size_t(row.least)));
+            QCOMPARE(format.fits(std::size_t(row.least - 1)), row.fourcc == V4L2_PIX_FMT_MJPEG);
+            for (qsizetype i = 0; i < row.offsets.size(); ++i) {
+                const BWPlane &plane = frame.planes[std::size_t(i)];
+                const int end = i + 1 < row.offsets.size() ? row.offsets[i + 1] : row.least;
+                QCOMPARE(plane.data, memory.data() + row.offsets[i]);
+                QCOMPARE(plane.stride, row.strides[i]);
+                QCOMPARE(plane.size, std::size_t(end - row.offsets[i]));
+            }
         }
     }
 

@@ -99,9 +99,15 @@ BWCaptureDevice::WaitResult BWV4L2Device::waitFrame(std::chrono::milliseconds ti
 {
     const auto deadline = Clock::now() + timeout;
     while (true) {
+        if (Clock::now() >= m_nextReading) {
+            m_controls.readMoved(*m_file);
+            m_nextReading = Clock::now() + readingTime;
+        }
         const Ready ready = waitUntil(deadline);
-        for (int presses = ready.button ? m_button.takePresses() : 0; presses > 0; --presses)
-            m_pressed();
+        for (int presses = ready.button ? m_button.takePresses() : 0; presses > 0; --presses) {
+            if (m_pressed)
+                m_pressed();
+        }
         if (ready.node & POLLPRI)
             m_hasEvents = m_controls.takeEvents(*m_file);
         const WaitResult result = takeFrame(ready.node, frame);
@@ -110,10 +116,6 @@ BWCaptureDevice::WaitResult BWV4L2Device::waitFrame(std::chrono::milliseconds ti
         // Asked after the frames, so that a stream of interruptions does not keep them back.
         if (m_interrupted.exchange(false) || Clock::now() >= deadline)
             return WaitResult::Nothing;
-        if (Clock::now() >= m_nextReading) {
-            m_controls.readMoved(*m_file);
-            m_nextReading = Clock::now() + readingTime;
-        }
     }
 }
 
