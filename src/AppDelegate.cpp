@@ -7,6 +7,7 @@
 #include "Model/BWAlbumManager.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWRepository.h"
+#include "Model/Capture/BWHardwareButton.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWStartProblemText.h"
@@ -154,6 +155,7 @@ void AppDelegate::connectActions()
     });
     connect(&m_window->centeringClipView(), &BWCenteringClipView::firstPicturePainted, this,
             [this] { m_firstFrameMilliseconds = BWStatisticsReport::millisecondsSinceStart(); });
+    connect(m_window.get(), &BWMainWindow::otherKeyPressed, this, &AppDelegate::otherKeyPressed);
     connect(m_window.get(), &BWMainWindow::occlusionStateChanged, this, &AppDelegate::windowDidChangeOcclusionState);
     connect(&menu, &BWMainMenu::panelsMenuOpening, this, &AppDelegate::windowDidChangeOcclusionState);
     connect(menu.cameraWindowMenuItem, &QAction::triggered, m_sessionWindows.get(),
@@ -253,6 +255,13 @@ void AppDelegate::forceSnapshot()
 void AppDelegate::onRecord()
 {
     m_capture->toggleRecording(currentCamera());
+}
+
+void AppDelegate::otherKeyPressed(int key, bool autoRepeat)
+{
+    const BWCameraPtr camera = currentCamera();
+    if (camera && BWHardwareButton::isPress(key, autoRepeat, camera->readsHardwareButton()))
+        m_capture->pressHardwareButton(*camera);
 }
 
 void AppDelegate::captureSaved(BWMediaType type, const QUrl &file)

@@ -67,6 +67,7 @@ private:
     void prepareCamera(BWCamera &camera);
     void forceSnapshot();
     void onRecord();
+    void otherKeyPressed(int key, bool autoRepeat);
     void captureSaved(BWMediaType type, const QUrl &file);
     void captureNotSaved(const QUrl &left);
     void windowDidChangeOcclusionState();

@@ -65,7 +65,7 @@ void BWMainWindow::keyPressEvent(QKeyEvent *event)
     if (event->matches(QKeySequence::Cancel) && isFullScreen())
         setFullScreen(false);
     else
-        QMainWindow::keyPressEvent(event);
+        Q_EMIT otherKeyPressed(event->key(), event->isAutoRepeat());
 }
 
 void BWMainWindow::layOutContent()

@@ -41,6 +41,8 @@ Q_SIGNALS:
     void resized();
     /// The window was shown, hidden, minimised or restored.
     void occlusionStateChanged();
+    /// A key for which nothing in the window has a use.
+    void otherKeyPressed(int key, bool autoRepeat);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -6,6 +6,7 @@
 #include "Model/BWSettingsFile.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/Capture/BWCaptureRecovery.h"
+#include "Model/Capture/BWHardwareButton.h"
 
 #include <QDate>
 #include <QDir>
@@ -113,8 +114,19 @@ private Q_SLOTS:
         m_capture->setButtonRecords(true, [&] { ++recordPressed; });
         m_hand->pressButton();
         QTRY_COMPARE(recordPressed, 1);
+        m_capture->pressHardwareButton(*m_camera); // as a key
+        QTRY_COMPARE(recordPressed, 2);
         captureFrame();
         QCOMPARE(m_saved.size(), 1);
+    }
+
+    void theButtonAsAKey()
+    {
+        QVERIFY(BWHardwareButton::isPress(Qt::Key_WebCam, false, false));
+        QVERIFY(BWHardwareButton::isPress(Qt::Key_Camera, false, false));
+        QVERIFY(!BWHardwareButton::isPress(Qt::Key_WebCam, true, false)); // held down
+        QVERIFY(!BWHardwareButton::isPress(Qt::Key_WebCam, false, true)); // has come by way of the camera
+        QVERIFY(!BWHardwareButton::isPress(Qt::Key_S, false, false));
     }
 
     void aLostCaptureIsTold()

@@ -24,6 +24,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
 
     void snapshotReady(const QByteArray &jpeg);
     void recordingChanged(bool recording);
+    void buttonPressed(BWCamera &camera);
     void takeIn(const QUrl &temporary, BWMediaType type, const std::shared_ptr<BWFileClaim> &claim);
     void takenIn(bool added, BWMediaType type, const QUrl &temporary, const QUrl &file);
 
@@ -54,18 +55,14 @@ void BWCaptureController::prepareCamera(BWCamera &camera)
             shared->recordingChanged(recording);
     });
     camera.setOnCameraHardwareButton([weak](BWCamera &pressed) {
-        const auto shared = weak.lock();
-        if (!shared)
-            return;
-        if (!shared->buttonRecords) {
-            pressed.takeSnapshot();
-            return;
-        }
-        BWMainQueue::post(weak, [shared = shared.get()] {
-            if (shared->record)
-                shared->record();
-        });
+        if (const auto shared = weak.lock())
+            shared->buttonPressed(pressed);
     });
+}
+
+void BWCaptureController::pressHardwareButton(BWCamera &camera) const
+{
+    m_shared->buttonPressed(camera);
 }
 
 void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
@@ -124,6 +121,18 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
         return;
     }
     takeIn(temporary, BWMediaType::Image, BWFileClaim::existing(temporary.toLocalFile()));
+}
+
+void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
+{
+    if (!buttonRecords) {
+        camera.takeSnapshot();
+        return;
+    }
+    BWMainQueue::post(weak_from_this(), [this] {
+        if (record)
+            record();
+    });
 }
 
 void BWCaptureController::Shared::recordingChanged(bool recording)

@@ -36,6 +36,9 @@ public:
     /// Begins a recording, or ends the one that runs. Returns at once: a movie may take a while to be finished.
     void toggleRecording(const BWCameraPtr &camera);
 
+    /// As if the button on the camera had been pressed. Any thread.
+    void pressHardwareButton(BWCamera &camera) const;
+
     /// What the button on the camera does: a snapshot at once, or else `record` on the GUI thread.
     void setButtonRecords(bool records, std::function<void()> record);
 
