@@ -16,15 +16,31 @@ public:
     virtual void requestAccess(std::function<void(bool granted)> completion) = 0;
 };
 
-/// Access to the device nodes of cameras: denied if there are some and none may be opened.
+/// Access to the device nodes of cameras.
+///
+/// | Status        |                                                                                              |
+/// |---------------|----------------------------------------------------------------------------------------------|
+/// | Authorized    | a camera may be opened for reading and writing, or there is none: one may be plugged in later |
+/// | Denied        | there are cameras, and the user's permissions are not enough for any                         |
+/// | Restricted    | the permissions are enough, but a policy forbids it, as in a container without the devices   |
+/// | NotDetermined | never: nobody is asked                                                                       |
 class BWDeviceNodeAuthorization : public BWCameraAuthorization {
 public:
-    /// `folder` holds the device nodes, named video0, video1 and so on.
-    explicit BWDeviceNodeAuthorization(QString folder);
+    /// Opens a node for reading and writing and closes it again; answers 0 or the errno number.
+    using OpenNode = std::function<int(const QString &path)>;
+
+    /// `folder` holds the device nodes, named video0, video1 and so on, and `classFolder` a folder of the same name for
+    /// each, which tells what the node is for. What is not known counts as a camera.
+    explicit BWDeviceNodeAuthorization(QString folder, QString classFolder = QStringLiteral("/sys/class/video4linux"),
+                                       OpenNode openNode = {});
 
     Status authorizationStatus() const override;
     void requestAccess(std::function<void(bool granted)> completion) override;
 
 private:
+    bool isCamera(const QString &name) const;
+
     QString m_folder;
+    QString m_classFolder;
+    OpenNode m_openNode;
 };
