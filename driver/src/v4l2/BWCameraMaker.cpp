@@ -2,6 +2,7 @@
 
 #include "v4l2/BWButtonFinder.h"
 #include "v4l2/BWKernelCalls.h"
+#include "v4l2/BWMakeBridgeRegisters.h"
 #include "v4l2/BWV4L2Device.h"
 
 #include <algorithm>
@@ -39,9 +40,10 @@ BWDetectedCameraPtr BWCameraMaker::make(const BWVideoNode &node, const BWVideoAb
     const BWCameraDescriptionPtr description = kind.describe(abilities, m_types);
     if (!description)
         return nullptr;
-    const auto open = [node, abilities]() -> std::unique_ptr<BWCaptureDevice> {
+    const auto open = [node, abilities, bridgeChip = kind.bridgeChip]() -> std::unique_ptr<BWCaptureDevice> {
         const auto findButton = [sysPath = node.sysPath] { return BWButtonFinder::eventNode(sysPath); };
-        return std::make_unique<BWV4L2Device>(node, abilities, findButton);
+        auto registers = bridgeChip ? makeBridgeRegisters(node, BWKernelCalls::system()) : nullptr;
+        return std::make_unique<BWV4L2Device>(node, abilities, findButton, std::move(registers));
     };
     return std::make_shared<BWDetectedCamera>(description, uniqueIdentifier, open);
 }

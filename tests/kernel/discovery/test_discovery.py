@@ -5,7 +5,6 @@ Usage: test_discovery.py WATCH_CAMERAS BRIMWELLPRO [TEST...]
 """
 
 import os
-import re
 import subprocess
 import sys
 import threading
@@ -69,9 +68,11 @@ class Watcher:
         self.lines.clear()
 
 
-def rebind(*actions):
+def vivid(*actions):
+    """Does these, "bind" and "unbind", if there is anything to do."""
     for action in actions:
-        (VIVID / action).write_text("vivid.0")
+        if (action == "bind") != (VIVID / "vivid.0").exists():
+            (VIVID / action).write_text("vivid.0")
 
 
 def vivid_nodes():
@@ -86,24 +87,22 @@ class DiscoveryTest(unittest.TestCase):
         return watcher
 
     def test_driver_is_unbound_and_bound(self):
-        found, removed = [f"found {each}" for each in BOTH_VIVID], [f"removed {each}" for each in BOTH_VIVID]
+        vivid("bind")
         watcher = self.watch()
-        watcher.wait_for_events(*found)
-        rebind("unbind")
-        watcher.wait_for_events(*removed)
-        rebind("bind")
-        watcher.wait_for_events(*found)
-        self.assertEqual(sum("it came back" in line for line in watcher.log), 2, watcher.log)
-        rebind("unbind", "bind", "unbind", "bind")
-        watcher.wait_for(lambda self: self.events()[-2:] and all(each in self.events() for each in found))
+        watcher.wait_for_events(*(f"found {each}" for each in BOTH_VIVID))
+        vivid("unbind", "bind", "unbind", "bind")
+        # The driver has gone so fast that its second coming may be the first that is found again.
+        watcher.wait_for(lambda self: all(f"found {each}" in self.events()[-2:] for each in BOTH_VIVID))
         time.sleep(1)
         events = watcher.events()
         for camera in BOTH_VIVID:
             own = [event.split()[0] for event in events if event.endswith(camera)]
             self.assertEqual(own, ["removed", "found"] * (len(own) // 2), events)
+            self.assertGreater(len(own), 0)
+        self.assertTrue(any("it came back" in line for line in watcher.log), watcher.log)
 
     def test_camera_is_found_when_its_permissions_come(self):
-        rebind("unbind", "bind")
+        vivid("unbind", "bind")
         subprocess.run(["udevadm", "settle"], check=True)
         for node in vivid_nodes():
             os.chmod(node, 0o600)
@@ -117,11 +116,11 @@ class DiscoveryTest(unittest.TestCase):
         watcher.wait_for_events(*(f"found {each}" for each in BOTH_VIVID))
 
     def test_usb_cameras_are_told_apart_however_they_are_plugged(self):
+        vivid("unbind")
         cameras = self.enterContext(UsbCameras())
-        watcher = self.watch()
-        watcher.wait_for_events(*(f"found {each}" for each in BOTH_VIVID))
         for name in "left", "right":
-            cameras(f"add {name} uvc serial={name}")
+            cameras(f"add {name} uvc serial={name} title=Scope")
+        watcher = self.watch()
         nodes = {}
         for turn, order in enumerate((("left", "right"), ("right", "left"))):
             for name in order:
@@ -129,28 +128,24 @@ class DiscoveryTest(unittest.TestCase):
                 watcher.wait_for(lambda self: "pending" in self.lines)
                 watcher.wait_for_events(f"found 1209:0001 {name}")
                 nodes[turn, name] = [line for line in watcher.log if "is used as" in line][-1].split()[1]
+            if turn == 0:
+                self.check_listing(nodes[turn, "left"], "left")
             for name in order:
                 cameras(f"unplug {name}")
                 watcher.wait_for_events(f"removed 1209:0001 {name}")
         self.assertEqual(nodes[0, "left"], nodes[1, "right"], nodes)
         self.assertEqual(nodes[0, "right"], nodes[1, "left"], nodes)
 
-    def test_cameras_are_listed(self):
-        cameras = self.enterContext(UsbCameras())
-        cameras("add scope uvc serial=SN7 title=Scope")
-        cameras("plug scope")
-        watcher = self.watch()
-        watcher.wait_for(lambda self: "found 1209:0001 SN7" in self.lines)
-        node = re.search(r"(/dev/video\d+) \(Scope", "\n".join(watcher.log))[1]
+    def check_listing(self, node, serial):
         with subprocess.Popen(["sh", "-c", f"exec sleep 60 < {node}"]) as holder:
             while Path(f"/proc/{holder.pid}/comm").read_text() != "sleep\n":
                 time.sleep(0.05)
             listing = subprocess.run([PROGRAM, "--list-cameras"], text=True, capture_output=True, check=True).stdout
             holder.kill()
         text = next(part for part in listing.split("\n\n") if part.startswith(node))
-        for expected in ("Ultra Resolution Microscope, because its largest picture is 2592x1944", "open in   sleep",
-                         "1209:0001, serial number SN7", "button    /dev/input/event", "MJPEG 640x480 (30/s)",
-                         "Brightness               0x00980900       0        0  -64 to 64"):
+        for expected in (f"{node}  Scope\n", "Ultra Resolution Microscope, because its largest picture is 2592x1944",
+                         "open in   sleep", f"1209:0001, serial number {serial}", "button    /dev/input/event",
+                         "MJPEG 640x480 (30/s)", "Brightness               0x00980900       0        0  -64 to 64"):
             self.assertIn(expected, text)
         self.assertLessEqual(max(map(len, listing.splitlines())), 96)
         self.assertIn("not used  it is a further node", listing)
