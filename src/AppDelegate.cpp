@@ -210,7 +210,7 @@ void AppDelegate::updateStateLabel()
         m_statusLine->setText(m_texts.noCameraDetectedPlaceholder);
         return;
     }
-    if (const BWStartProblem &problem = m_session->streamProblem(); !problem.isNone()) {
+    if (const BWStartProblem &problem = m_session->problem(); !problem.isNone()) {
         m_statusLine->setText(BWStartProblemText::status(problem, m_repository.localizationManager()));
         return;
     }

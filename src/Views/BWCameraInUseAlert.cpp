@@ -35,7 +35,7 @@ BWCameraInUseAlert::BWCameraInUseAlert(const BWStartProblem &problem, std::optio
     QPushButton *useSmaller = nullptr;
     if (smaller) {
         const QString text = texts.text(u"camera_window"_s, u"use_resolution_button"_s, u"Use %1"_s);
-        useSmaller = addButton(text.arg(smaller->resolutionString()), QMessageBox::ActionRole);
+        useSmaller = addButton(text.arg(smaller->resolutionString()), QMessageBox::AcceptRole);
     }
     QPushButton *quit =
         addButton(texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s), QMessageBox::DestructiveRole);

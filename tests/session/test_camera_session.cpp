@@ -252,6 +252,7 @@ private Q_SLOTS:
         QTRY_VERIFY(bench.ui.retry);
         QCOMPARE(bench.session->state(), State::Starting);
         QCOMPARE(bench.ui.problem, held);
+        QCOMPARE(bench.session->problem(), held); // as the status line tells
         QVERIFY(!bench.ui.smaller); // which would not help
         for (int i = 0; i < 3; ++i) {
             const auto retry = std::exchange(bench.ui.retry, {});
@@ -282,15 +283,15 @@ private Q_SLOTS:
         }
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         QCOMPARE(bench.session->currentProduct()->currentResolution(), BWResolution(640, 480));
-        QVERIFY(bench.session->streamProblem().isNone());
+        QVERIFY(bench.session->problem().isNone());
 
         bench.ui.calls.clear();
         bench.session->changeResolution({1280, 1024});
-        QTRY_COMPARE(bench.session->streamProblem().kind, BWStartProblem::Kind::NoBandwidth);
+        QTRY_COMPARE(bench.session->problem().kind, BWStartProblem::Kind::NoBandwidth);
         QCOMPARE(bench.ui.calls.count(u"updateStateLabel"_s), 1);
         QCOMPARE(bench.session->state(), State::Streaming);
         bench.session->changeResolution({640, 480});
-        QTRY_VERIFY(bench.session->streamProblem().isNone());
+        QTRY_VERIFY(bench.session->problem().isNone());
         QCOMPARE(bench.ui.calls.count(u"updateStateLabel"_s), 2);
     }
 

@@ -171,7 +171,7 @@ void BWCameraSession::changeCurrentCamera(const BWCameraPtr &camera)
 void BWCameraSession::stopCurrentCamera(State state)
 {
     setState(state);
-    m_streamProblem = {};
+    m_problem = {};
     m_ui.endQuestions();
     ++m_token;
     // Ends a running recording first. Not stopRecording(), which would make the window wait for a long movie.
@@ -206,7 +206,7 @@ void BWCameraSession::doStart()
     }
     m_ui.enableCameraMenus();
     m_firstCameraInstalled = true;
-    m_ui.updateStateLabel();
+    setProblem({});
 
     const auto product = currentProduct();
     const BWResolution wished = product ? product->currentResolution() : m_currentCamera->defaultResolution();
@@ -251,6 +251,7 @@ void BWCameraSession::startFailed(const BWStartProblem &problem)
             goneDelay, m_clock);
         return;
     }
+    setProblem(problem);
     std::optional<BWResolution> smaller;
     if (problem.kind == BWStartProblem::Kind::NoBandwidth)
         smaller = smallerResolution(*m_currentCamera);
@@ -268,12 +269,16 @@ void BWCameraSession::watchStream(BWCamera &camera)
     camera.setOnCameraStreamProblem(
         [this, alive = std::weak_ptr(m_alive)](BWCamera &source, const BWStartProblem &problem) {
             BWMainQueue::post(alive, [this, camera = &source, problem] {
-                if (m_currentCamera.get() != camera || m_state != State::Streaming)
-                    return;
-                m_streamProblem = problem;
-                m_ui.updateStateLabel();
+                if (m_currentCamera.get() == camera && m_state == State::Streaming)
+                    setProblem(problem);
             });
         });
+}
+
+void BWCameraSession::setProblem(const BWStartProblem &problem)
+{
+    m_problem = problem;
+    m_ui.updateStateLabel();
 }
 
 void BWCameraSession::setupCurrentCamera()

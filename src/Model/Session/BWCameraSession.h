@@ -47,8 +47,8 @@ public:
     /// Whether the measuring grid fits the current product.
     bool currentProductHasGrid() const;
 
-    /// Why the running camera's stream is interrupted; none while it is not.
-    const BWStartProblem &streamProblem() const { return m_streamProblem; }
+    /// Why the current camera could not be started, or started again; none while it streams or is about to.
+    const BWStartProblem &problem() const { return m_problem; }
 
     /// Called once, when detection starts.
     void waitForCamera();
@@ -72,6 +72,7 @@ private:
     void startFailed(const BWStartProblem &problem);
     void setupCurrentCamera();
     void watchStream(BWCamera &camera);
+    void setProblem(const BWStartProblem &problem);
     void requestProductFirstTime();
     void stopCurrentCamera(State state);
     void continueAfterStop();
@@ -91,7 +92,7 @@ private:
     DispatchAfterStrict::Handle m_noCameraSource;
     bool m_firstCameraInstalled = false;
     int m_quietRetries = 0; // of this start, of which nobody was told
-    BWStartProblem m_streamProblem;
+    BWStartProblem m_problem;
     int m_token = 0; // counts the starts and stops; answers that carry an old one are stale
     std::shared_ptr<void> m_alive = std::make_shared<int>();
 };
