@@ -39,8 +39,7 @@ QString BWStartProblemText::permissionFix(BWLocalizationManager &texts)
     return texts.text(u"camera_window"_s, u"camera_access_denied_fix"_s,
                       u"On this computer members of the group \"video\" may use cameras. An administrator can add you "
                       "with the command \"sudo usermod -aG video USER\"; log in again afterwards. Or the udev rule "
-                      "\"70-brimwellpro.rules\" that comes with BrimwellPro gives the camera to whoever is logged in "
-                      "at the screen."_s);
+                      "that comes with BrimwellPro gives the camera to whoever is logged in at the screen."_s);
 }
 
 QString BWStartProblemText::status(const BWStartProblem &problem, BWLocalizationManager &texts)
