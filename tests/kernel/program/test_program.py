@@ -21,6 +21,7 @@ from program import Program  # noqa: E402
 
 PROGRAM, FRAMES = sys.argv[1], Path(sys.argv[2])
 TITLE = "BrimwellPro"
+FORMAT_CHOSEN = "640x480 at"
 VIVID = Path("/sys/bus/platform/drivers/vivid")
 PATIENCE = 60  # seconds; the processor is emulated
 
@@ -57,8 +58,12 @@ class ProgramTest(unittest.TestCase):
 
     def start(self):
         self.program = Program(self.desktop, [PROGRAM])
-        self.window = self.wait("the window", lambda: self.desktop.output(
-            ["xdotool", "search", "--onlyvisible", "--name", f"^{TITLE}"]).split())[0].decode()
+        self.window = self.wait("the window", lambda: self.windows("--name", f"^{TITLE}"))[0]
+
+    def windows(self, *pattern):
+        pattern = pattern or ("--class", "brimwellpro")
+        found = self.desktop.output(["xdotool", "search", "--onlyvisible", *pattern]).split()
+        return [window.decode() for window in found]
 
     def wait(self, what, condition, seconds=PATIENCE):
         try:
@@ -98,20 +103,42 @@ class ProgramTest(unittest.TestCase):
         sent = {path.read_bytes() for path in FRAMES.glob(f"{size}-*.jpg")}
         self.assertIn(without_tags(jpeg), sent)
 
-    def end(self):
+    @staticmethod
+    def node(serial):
+        links = Path("/dev/v4l/by-id").glob(f"*_{serial}-video-index0")
+        return next((link.resolve() for link in links if link.exists()), None)
+
+    def test_one_day(self):
+        """All in one run of the program, as starting it is what takes long here."""
+        (VIVID / "unbind").write_text("vivid.0")
+        self.configure([{"driver": "vivid", "type": "regular_microscope"}], wired_ultra="mx62", wired_regular="dx70")
+        self.plug("scope")
+        self.held_by_another_program()
+        self.button()
+        self.faults()
+        self.pulled_out_while_recording()
+        self.driver_unbound_while_recording()
         self.press_keys("ctrl+q")
         self.assertEqual(self.program.wait_for_end(PATIENCE), 0)
+        print(self.program.log)
 
-    def test_usb_camera(self):
-        self.configure(wired_ultra="mx62")
-        self.plug("scope")
+    def held_by_another_program(self):
+        node = self.wait("a node", lambda: self.node("scope"))
+        holder = self.desktop.spawn(["v4l2-ctl", "-d", str(node), "--stream-mmap"], log="holder.log")
+        self.wait("another program streams", lambda: "streaming" in self.cameras("status scope"))
         self.start()
+        self.wait("the holder is named", lambda: "v4l2-ctl holds it" in self.program.log)
+        holder.terminate()
+        holder.wait()
+        alert = self.wait("the alert", lambda: [window for window in self.windows() if window != self.window])
+        self.desktop.input("windowactivate", "--sync", alert[-1])
+        self.desktop.key("Return")
         self.wait_for_stream("scope")
 
-        # The button, while another window has the keyboard; then while ours has it.
+    def button(self):
+        """While another window has the keyboard; then while ours has it, which must not count twice."""
         other = self.desktop.spawn(["xev"], log="xev.log")
-        xev = self.wait("another window", lambda: self.desktop.output(
-            ["xdotool", "search", "--onlyvisible", "--name", "Event Tester"]).split())[0].decode()
+        xev = self.wait("another window", lambda: self.windows("--name", "Event Tester"))[0]
         self.desktop.input("windowactivate", "--sync", xev)
         self.cameras("press scope")
         self.assert_sent(self.captures("*.jpg", 1)[0].read_bytes())
@@ -120,9 +147,11 @@ class ProgramTest(unittest.TestCase):
         self.cameras("press scope")
         self.captures("*.jpg", 2)
 
-        # Frames that are marred are skipped; a stall is over after a restart.
+    def faults(self):
+        """Frames that are marred are skipped; a stall is over after a restart."""
         for fault in ("truncate", "error", "lose", "truncate"):
             self.cameras(f"{fault} scope")
+        self.wait("they are over", lambda: "was skipped" in self.program.log)
         self.cameras("forget scope")
         self.cameras("stall scope")
         self.wait("the stream is restarted", lambda: "start" in self.cameras("log scope").split("; "))
@@ -130,89 +159,45 @@ class ProgramTest(unittest.TestCase):
         self.press_keys("ctrl+s")
         self.assert_sent(self.captures("*.jpg", 3)[2].read_bytes())
 
-        # Pulled out in the middle of a frame while recording; back with another node.
-        self.press_keys("ctrl+shift+s")
-        self.wait("a recording", lambda: list((self.desktop.folder / "tmp").glob("*.mov")))
-        sent = self.sent("scope")
-        self.wait("some frames", lambda: self.sent("scope") > sent + 5)
-        node = self.node("scope")
-        self.cameras("unplug scope after-bytes=20000")
-        movie = self.captures("*.mov", 1)[0]
-        pictures = pictures_in(movie)
-        self.assertGreater(len(pictures), 3)
-        for picture in pictures:
-            self.assert_sent(picture)
-        self.plug("other", "mode=pushed")  # takes the numbers that are free
-        self.wait("the other camera is there", lambda: self.node("other"))
-        self.cameras("plug scope")
-        self.wait("its node", lambda: self.node("scope"))
-        self.assertNotEqual(self.node("scope"), node)
-        self.end()
-        self.assertIn("was skipped", self.program.log)
-
-    @staticmethod
-    def node(serial):
-        links = Path("/dev/v4l/by-id").glob(f"*_{serial}-video-index0")
-        return next((link.resolve() for link in links if link.exists()), None)
-
-    def test_large_frames(self):
-        self.configure(wired_ultra="mx62")
-        folder = self.desktop.home / ".config" / "BrimwellPro"
-        with open(folder / "BrimwellPro.conf", "a") as file:
-            file.write('bwp2x_product_mx62="{\\"resolution\\":\\"2592x1944\\"}"\n')
-        self.plug("scope")
-        self.start()
-        self.wait_for_stream("scope")
-        self.assertIn("commit mjpeg 2592x1944", self.cameras("log scope"))
-        self.press_keys("ctrl+s")
-        self.assert_sent(self.captures("*.jpg", 1)[0].read_bytes(), "2592x1944")
-        # Pulled out, it is taken up again when it comes back.
-        self.cameras("unplug scope after-bytes=100000")
-        self.wait("its node is gone", lambda: not self.node("scope"))
-        self.cameras("plug scope")
-        self.wait_for_stream("scope")
-        self.press_keys("ctrl+s")
-        self.captures("*.jpg", 2)
-        self.end()
-
-    def test_held_by_another_program(self):
-        self.configure(wired_ultra="mx62")
-        self.plug("scope")
-        self.wait_for_node("scope")
-        holder = self.desktop.spawn(["v4l2-ctl", "-d", str(self.node("scope")), "--stream-mmap"], log="holder.log")
-        wait_until("another program streams", lambda: "streaming" in self.cameras("status scope"), PATIENCE)
-        self.start()
-        self.wait("the holder is named", lambda: "v4l2-ctl holds it" in self.program.log)
-        holder.terminate()
-        holder.wait()
-        alert = self.wait("the alert", lambda: self.desktop.output(
-            ["xdotool", "search", "--onlyvisible", "--class", "brimwellpro"]).split()[1:])
-        self.desktop.input("windowactivate", "--sync", alert[-1].decode())
-        self.desktop.key("Return")
-        self.wait_for_stream("scope")
-        self.end()
-
-    def wait_for_node(self, name):
-        wait_until(f"a node of {name}", lambda: self.node(name), PATIENCE)
-
-    def test_driver_unbound_while_recording(self):
-        if not VIVID.exists():
-            self.fail("vivid is not loaded")
-        self.configure([{"driver": "vivid", "type": "regular_microscope"}], wired_regular="dx70")
-        self.start()
-        self.wait("vivid streams", lambda: "640x480" in self.program.log)
+    def record_a_little(self):
         self.press_keys("ctrl+shift+s")
         self.wait("a recording", lambda: list((self.desktop.folder / "tmp").glob("*.mov")))
         time.sleep(3)
-        (VIVID / "unbind").write_text("vivid.0")
-        movie = self.captures("*.mov", 1)[0]
-        self.assertGreater(len(pictures_in(movie)), 3)
-        before = self.program.log.count("640x480")
+
+    def pulled_out_while_recording(self):
+        """In the middle of a frame; then it is back, with another node."""
+        self.record_a_little()
+        node = self.node("scope")
+        self.cameras("unplug scope after-bytes=20000")
+        pictures = pictures_in(self.captures("*.mov", 1)[0])
+        self.assertGreater(len(pictures), 3)
+        for picture in pictures:
+            self.assert_sent(picture)
+        self.cameras("add other uvc serial=other mode=pushed")
+        self.cameras("plug other")  # takes the numbers that are free
+        self.wait("the other camera is there", lambda: self.node("other"))
+        self.cameras("plug scope")
+        self.assertNotEqual(self.wait("its node", lambda: self.node("scope")), node)
+        self.wait("the scope is known again", lambda: "came back" in self.program.log)
+        # The other came first, so it is the one that is shown; without it the scope is.
+        self.cameras("unplug other")
+        self.wait_for_stream("scope")
+
+    def driver_unbound_while_recording(self):
+        """A virtual device joins and takes over; its driver is taken away and given back."""
         (VIVID / "bind").write_text("vivid.0")
-        self.wait("vivid streams again", lambda: self.program.log.count("640x480") > before)
+        self.wait("the device is found", lambda: "Camera attached: Regular" in self.program.log)
+        before = self.program.log.count(FORMAT_CHOSEN)
+        self.cameras("unplug scope")
+        self.wait("the device streams", lambda: self.program.log.count(FORMAT_CHOSEN) > before)
+        self.record_a_little()
+        (VIVID / "unbind").write_text("vivid.0")
+        self.assertGreater(len(pictures_in(self.captures("*.mov", 2)[1])), 3)
+        before = self.program.log.count(FORMAT_CHOSEN)
+        (VIVID / "bind").write_text("vivid.0")
+        self.wait("the device streams again", lambda: self.program.log.count(FORMAT_CHOSEN) > before)
         self.press_keys("ctrl+s")
-        self.captures("*.jpg", 1)
-        self.end()
+        self.captures("*.jpg", 4)
 
 
 if __name__ == "__main__":
