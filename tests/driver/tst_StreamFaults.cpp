@@ -82,7 +82,7 @@ private Q_SLOTS:
     {
         using Kind = BWStartProblem::Kind;
         OpenedCamera opened(Type::Ultra);
-        opened.setStallTime(1h); // it tries again only when something changes
+        opened.camera->setStallTime(1h); // it tries again only when something changes
         QList<Kind> told; // on the capture thread, before what the probe waits for
         opened.camera->setOnCameraStreamProblem(
             [&told](BWCamera &, const BWStartProblem &problem) { told << problem.kind; });
