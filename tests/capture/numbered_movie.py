@@ -1,6 +1,7 @@
 """Movies whose pictures carry their own number: sixteen black or white squares along the top, lowest bit first."""
 
 import subprocess
+import sys
 
 BITS = 16
 FFMPEG = ["ffmpeg", "-nostdin", "-loglevel", "error", "-y"]
@@ -23,3 +24,7 @@ def numbers(path):
     out = subprocess.run(FFMPEG + ["-xerror", "-i", str(path), "-vf", strip, "-fps_mode", "passthrough",
                                    "-f", "rawvideo", "-"], check=True, capture_output=True).stdout
     return [sum((out[at + bit] > 127) << bit for bit in range(BITS)) for at in range(0, len(out), BITS)]
+
+
+if __name__ == "__main__":  # PATH WIDTH HEIGHT FRAMES RATE
+    make(sys.argv[1], *map(int, sys.argv[2:]))
