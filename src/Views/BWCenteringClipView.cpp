@@ -1,5 +1,6 @@
 #include "Views/BWCenteringClipView.h"
 
+#include <QAccessibleWidget>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -16,11 +17,21 @@ QColor surroundColor(const QPalette &palette)
     return window.lightness() < 128 ? window.darker(125) : window.darker(108);
 }
 
+/// Qt's own interface of scroll areas reads beyond its children when a screen reader asks for a scroll bar that has just
+/// gone, as one does with each change of size.
+QAccessibleInterface *accessibleView(const QString &className, QObject *object)
+{
+    if (className != QLatin1String(BWCenteringClipView::staticMetaObject.className()))
+        return nullptr;
+    return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Client);
+}
+
 } // namespace
 
 BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent)
     : QAbstractScrollArea(parent), m_renderer(renderer)
 {
+    QAccessible::installFactory(&accessibleView); // once, however often it is said
     setFrameShape(QFrame::NoFrame);
     setViewportMargins(0, BWLiveViewGeometry::barHeight, 0, 0);
     // Keeps the vertical scroll bar from beginning under the control bar.

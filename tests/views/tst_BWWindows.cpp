@@ -4,6 +4,7 @@
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWSettingsFile.h"
+#include "Views/BWCenteringClipView.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
@@ -193,6 +194,16 @@ private Q_SLOTS:
         QVERIFY(!sheet.camera()); // the sheet does not keep an unplugged camera alive
         QVERIFY(!sheet.selectedProduct());
         QVERIFY(!buttonNamed(sheet, u"OK"_s)->isEnabled());
+    }
+
+    void screenReadersMayAskForScrollBarsThatHaveGone()
+    {
+        BWLiveRenderer renderer;
+        BWCenteringClipView view(renderer);
+        const QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&view);
+        QVERIFY(interface->childCount() > 0 && interface->child(0));
+        for (int i = 0; i < 4; ++i)
+            QVERIFY(!interface->child(interface->childCount() + i));
     }
 
     void simulatedCamerasAreHandled()
