@@ -37,6 +37,7 @@ class CameraWindow(unittest.TestCase):
         wait_until("the question has the keyboard", lambda: question.has_state("active"))
         self.desktop.key("Return")
         wait_until("the question is answered", lambda: not self.program.window("dialog"))
+        self.program.activate(self.program.wait_for("frame"))  # a click would be lost until then
 
     def wait_for_picture(self):
         wait_until("the camera's picture is to be seen",
