@@ -1,5 +1,7 @@
 #include "Views/BWStatusPill.h"
 
+#include "Views/Utils/BWPillPainting.h"
+
 #include <algorithm>
 #include <QAccessible>
 #include <QEvent>
@@ -71,14 +73,9 @@ QPixmap BWStatusPill::drawn() const
     pixmap.setDevicePixelRatio(devicePixelRatioF());
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
+    drawBWPill(painter, rect());
     painter.setFont(font());
-    // The same in light and dark palettes: what lies behind is the picture, not the window.
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(24, 24, 26, 205));
-    const double radius = std::min(height() / 2.0, 14.0);
-    painter.drawRoundedRect(rect(), radius, radius);
-    painter.setPen(QColor(245, 245, 245));
+    painter.setPen(bwPillTextColor);
     painter.drawText(rect(), textFlags, m_text);
     return pixmap;
 }
