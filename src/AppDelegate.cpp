@@ -1,13 +1,16 @@
 #include "AppDelegate.h"
 
+#include "BWCaptureFeedback.h"
 #include "BWLiveViewController.h"
 #include "BWSessionWindows.h"
+#include "BWSnapshotSound.h"
 #include "BWStatisticsReport.h"
 #include "BWStatusLine.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWHardwareButton.h"
+#include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWStartProblemText.h"
@@ -16,12 +19,14 @@
 #include "Utils/BWUIUtils.h"
 #include "Views/BWCenteringClipView.h"
 #include "Views/BWControlBar.h"
+#include "Views/BWFlashActionViewController.h"
 #include "Views/BWMainMenu.h"
 #include "Views/BWMainWindow.h"
 #include "Views/BWSimulatedCamerasWindowController.h"
 #include "Views/Utils/BWFrameAutosave.h"
 
 #include <QAction>
+#include <QFile>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -103,11 +108,7 @@ void AppDelegate::prepareUI()
     });
     m_statusLine = std::make_unique<BWStatusLine>(m_window->currentCameraLabel(), m_clock);
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
-    m_capture = std::make_unique<BWCaptureController>(
-        m_repository.albumManager(),
-        BWCaptureController::Feedback{[this](BWMediaType type, const QUrl &file) { captureSaved(type, file); },
-                                      [this](bool recording) { m_window->controlBar().showRecording(recording); },
-                                      [this](const QUrl &left) { captureNotSaved(left); }});
+    prepareCapture();
     m_sessionWindows = std::make_unique<BWSessionWindows>(
         *m_window, *m_liveView, m_repository,
         BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
@@ -135,6 +136,20 @@ void AppDelegate::prepareUI()
         if (m_simulatedCameras)
             m_simulatedCameras->showBelow(*m_window);
     });
+}
+
+void AppDelegate::prepareCapture()
+{
+    BWLocalizationManager &texts = m_repository.localizationManager();
+    m_flashActionViewController = std::make_unique<BWFlashActionViewController>(
+        *m_window->centralWidget(), BWLiveViewGeometry::barHeight, texts, m_clock);
+    QFile sound(u":/sounds/snapshot.mp3"_s);
+    sound.open(QIODevice::ReadOnly);
+    m_snapshotSound = std::make_unique<BWSnapshotSound>(sound.readAll());
+    m_captureFeedback = std::make_unique<BWCaptureFeedback>(
+        m_window->controlBar(), *m_flashActionViewController, *m_statusLine, texts,
+        BWCaptureFeedback::Hooks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); }}, m_clock);
+    m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
 }
 
 void AppDelegate::connectActions()
@@ -262,19 +277,6 @@ void AppDelegate::otherKeyPressed(int key, bool autoRepeat)
     const BWCameraPtr camera = currentCamera();
     if (camera && BWHardwareButton::isPress(key, autoRepeat, camera->readsHardwareButton()))
         m_capture->pressHardwareButton(*camera);
-}
-
-void AppDelegate::captureSaved(BWMediaType type, const QUrl &file)
-{
-    const QString text = type == BWMediaType::Image ? m_texts.snapshotSaved : m_texts.videoSaved;
-    m_statusLine->showForAMoment(u"%1: %2"_s.arg(text, file.fileName()));
-}
-
-void AppDelegate::captureNotSaved(const QUrl &left)
-{
-    const QString message = left.isEmpty() ? m_texts.captureNotSavedMessage
-                                           : u"%1 %2"_s.arg(m_texts.captureLeftMessage, left.toLocalFile());
-    BWUIUtils::displayOKAlert(m_texts.captureNotSavedTitle, message);
 }
 
 void AppDelegate::windowDidChangeOcclusionState()

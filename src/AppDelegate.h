@@ -17,11 +17,14 @@
 
 class BWCameraAuthorization;
 class BWCameraSession;
+class BWCaptureFeedback;
+class BWFlashActionViewController;
 class BWLiveViewController;
 class BWMainWindow;
 class BWRepository;
 class BWSessionWindows;
 class BWSimulatedCamerasWindowController;
+class BWSnapshotSound;
 class BWStatusLine;
 
 /// Entry and coordinator: launches, makes the windows and the parts that do the work, wires them together, quits.
@@ -63,13 +66,12 @@ private:
     void cameraAccessMissing(const QString &title, const QString &message);
     void doFinishApplicationLaunch();
     void prepareUI();
+    void prepareCapture();
     void connectActions();
     void prepareCamera(BWCamera &camera);
     void forceSnapshot();
     void onRecord();
     void otherKeyPressed(int key, bool autoRepeat);
-    void captureSaved(BWMediaType type, const QUrl &file);
-    void captureNotSaved(const QUrl &left);
     void windowDidChangeOcclusionState();
 
     Options m_options;
@@ -81,6 +83,9 @@ private:
     std::unique_ptr<BWMainWindow> m_window;
     std::unique_ptr<BWStatusLine> m_statusLine;
     std::unique_ptr<BWLiveViewController> m_liveView;
+    std::unique_ptr<BWFlashActionViewController> m_flashActionViewController;
+    std::unique_ptr<BWSnapshotSound> m_snapshotSound;
+    std::unique_ptr<BWCaptureFeedback> m_captureFeedback;
     std::unique_ptr<BWCaptureController> m_capture;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
     std::unique_ptr<BWCameraDetector> m_cameraDetector;

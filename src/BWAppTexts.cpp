@@ -14,10 +14,9 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"camera_type"_s, description->identifierForCameraType, description->name);
     manager.text(u"general"_s, u"option_ok"_s, u"OK"_s);
     manager.text(u"general"_s, u"option_cancel"_s, u"Cancel"_s);
+    manager.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s);
     manager.text(u"flash_view"_s, u"recording"_s, u"Recording..."_s);
 
-    snapshotSaved = manager.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s);
-    videoSaved = manager.text(u"flash_view"_s, u"video_saved"_s, u"Video saved"_s);
     cameraAccessDeniedTitle =
         manager.text(u"camera_window"_s, u"camera_access_denied_title"_s, u"Camera access denied"_s);
     cameraAccessDeniedMessage =
@@ -47,14 +46,4 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     gridDisclaimer =
         manager.text(u"camera_window"_s, u"grid_disclaimer"_s,
                      u"Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."_s);
-    captureNotSavedTitle =
-        manager.text(u"camera_window"_s, u"capture_not_saved_title"_s, u"The capture could not be saved"_s);
-    captureNotSavedMessage =
-        manager.text(u"camera_window"_s, u"capture_not_saved_message"_s,
-                     u"It could not be written to the disk. Please check that there is free space, then take it "
-                     "again."_s);
-    captureLeftMessage =
-        manager.text(u"camera_window"_s, u"capture_left_message"_s,
-                     u"It could not be copied into the album. Please check that the album folder exists and has "
-                     "free space. The capture is kept here:"_s);
 }

@@ -17,9 +17,4 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString cameraAccessRestrictedMessage;
     QString errorInitializingAlbumsTitle;
     QString errorInitializingAlbumsMessage;
-    QString snapshotSaved;
-    QString videoSaved;
-    QString captureNotSavedTitle;
-    QString captureNotSavedMessage; ///< nothing is left of it
-    QString captureLeftMessage; ///< followed by the path of the file that is left
 };

@@ -17,7 +17,7 @@ void BWStatusLine::setText(const QString &text)
         m_pill.setText(text);
 }
 
-void BWStatusLine::showForAMoment(const QString &text)
+void BWStatusLine::showForAMoment(const QString &text, double seconds)
 {
     if (m_moment)
         m_moment->cancel();
@@ -28,5 +28,5 @@ void BWStatusLine::showForAMoment(const QString &text)
             m_moment.reset();
             m_pill.setText(m_text);
         },
-        momentSeconds, m_clock);
+        seconds, m_clock);
 }

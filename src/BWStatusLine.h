@@ -19,7 +19,7 @@ public:
 
     void setText(const QString &text);
     /// Shows another text for a moment.
-    void showForAMoment(const QString &text);
+    void showForAMoment(const QString &text, double seconds = momentSeconds);
 
 private:
     BWStatusPill &m_pill;

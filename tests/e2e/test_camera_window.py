@@ -72,6 +72,7 @@ class CameraWindow(unittest.TestCase):
         wait_until("the button on the camera takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == 2)
         self.program.click("push button", "Record")
         self.program.wait_for("push button", "Stop")
+        self.program.wait_for(None, "Recording...")
         self.hand("Unplug")  # in the middle of the recording
         wait_until("the movie is in the album", lambda: len(self.captures("*_video_*.mov")) == 1)
         codec = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width", "-of", "csv=p=0",

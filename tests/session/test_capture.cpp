@@ -22,7 +22,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// Snapshots from the driver's callback to the file in the album folder.
+/// Captures from the driver's callback to the file in the album folder.
 class TestCapture : public QObject {
     Q_OBJECT
 
@@ -38,12 +38,12 @@ private Q_SLOTS:
         m_albums->prepare();
         m_saved.clear();
         m_left.clear();
+        m_stills = 0;
         m_recording = false;
         m_capture = std::make_unique<BWCaptureController>(
             *m_albums,
-            BWCaptureController::Feedback{[this](BWMediaType, const QUrl &file) { m_saved << file.fileName(); },
-                                          [this](bool recording) { m_recording = recording; },
-                                          [this](const QUrl &left) { m_left << left; }});
+            BWCaptureController::Feedback{[this] { ++m_stills; }, [this](bool recording) { m_recording = recording; },
+                                          [this](const BWCaptureResult &result) { done(result); }});
         BWSimulatedCameraOptions options;
         options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
         options.pixelFormat = BWPixelFormat::MJPEG;
@@ -73,6 +73,7 @@ private Q_SLOTS:
         m_detector.reset();
         m_capture.reset();
         m_albums.reset();
+        qputenv("TMPDIR", m_outerTemporary);
     }
 
     void snapshotsLandInTheAlbum()
@@ -82,6 +83,7 @@ private Q_SLOTS:
             BWCaptureController::forceSnapshot(m_camera);
             captureFrame();
             QTRY_COMPARE(m_saved.size(), i);
+            QCOMPARE(m_stills, i);
         }
         QCOMPARE(m_saved,
                  QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s, u"20240607_image_003.jpg"_s}));
@@ -167,8 +169,33 @@ private Q_SLOTS:
             m_capture->toggleRecording(m_camera);
         QTRY_COMPARE(m_saved, QStringList{u"20240607_video_001.mov"_s});
         QVERIFY(!m_recording);
+        QVERIFY(m_result.recording.frames >= 5);
+        QCOMPARE(m_result.recording.end, unplug ? BWRecordingStatus::End::CameraGone : BWRecordingStatus::End::Asked);
         QVERIFY(QFileInfo(m_folder->filePath(u"BrimwellPro/Default Album/20240607_video_001.mov"_s)).size() > 6000);
         QVERIFY(QDir(m_temporary).isEmpty());
+    }
+
+    void aRecordingWithoutFileIsTold_data()
+    {
+        QTest::addColumn<bool>("diskFails");
+        QTest::newRow("no picture came") << false;
+        QTest::newRow("no place for the file") << true;
+    }
+    void aRecordingWithoutFileIsTold()
+    {
+        QFETCH(bool, diskFails);
+        if (diskFails)
+            QVERIFY(QDir(m_temporary).removeRecursively());
+        m_capture->toggleRecording(m_camera);
+        if (diskFails) {
+            captureFrame();
+        } else {
+            settle();
+            m_capture->toggleRecording(m_camera);
+        }
+        QTRY_COMPARE(m_left, QList<QUrl>{QUrl()});
+        QCOMPARE(m_result.type, BWMediaType::Video);
+        QCOMPARE(m_result.recording.end, diskFails ? BWRecordingStatus::End::Failed : BWRecordingStatus::End::Asked);
     }
 
     void whatACrashLeftComesIntoTheAlbum()
@@ -234,16 +261,30 @@ private:
         QCOMPARE(file.write(content), content.size());
     }
 
-    /// Lets the camera take up what was asked of it so far, then capture one frame.
-    void captureFrame()
+    void done(const BWCaptureResult &result)
+    {
+        m_result = result;
+        if (result.file.isEmpty())
+            m_left << result.left;
+        else
+            m_saved << result.file.fileName();
+    }
+
+    /// Lets the camera take up what was asked of it so far.
+    void settle()
     {
         auto settled = std::make_shared<std::atomic<bool>>(false);
         m_camera->setResolution(m_camera->defaultResolution(), [settled] { *settled = true; });
         QTRY_VERIFY(*settled);
+    }
+    void captureFrame()
+    {
+        settle();
         m_hand->pushFrames(1);
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
+    const QByteArray m_outerTemporary = qgetenv("TMPDIR");
     QString m_temporary;
     std::unique_ptr<BWSettingsFile> m_defaults;
     std::unique_ptr<BWAlbumManager> m_albums;
@@ -255,6 +296,8 @@ private:
     QByteArray m_lastFrame;
     QStringList m_saved;
     QList<QUrl> m_left;
+    BWCaptureResult m_result;
+    int m_stills = 0;
     bool m_recording = false;
 };
 

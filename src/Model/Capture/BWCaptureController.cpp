@@ -23,10 +23,12 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     }
 
     void snapshotReady(const QByteArray &jpeg);
-    void recordingChanged(bool recording);
     void buttonPressed(BWCamera &camera);
-    void takeIn(const QUrl &temporary, BWMediaType type, const std::shared_ptr<BWFileClaim> &claim);
-    void takenIn(bool added, BWMediaType type, const QUrl &temporary, const QUrl &file);
+    void recordingBegan();
+    void recordingEnded(const BWRecordingStatus &status);
+    void tell(const BWCaptureResult &result);
+    void takeIn(const QUrl &temporary, const BWCaptureResult &capture, const std::shared_ptr<BWFileClaim> &claim);
+    void takenIn(bool added, const QUrl &temporary, const QUrl &file, BWCaptureResult result);
 
     BWAlbumManager &albums;
     Feedback feedback;
@@ -50,9 +52,14 @@ void BWCaptureController::prepareCamera(BWCamera &camera)
         if (const auto shared = weak.lock())
             shared->snapshotReady(jpeg);
     });
-    camera.setOnCameraRecording([weak](BWCamera &, bool recording) {
-        if (const auto shared = weak.lock())
-            shared->recordingChanged(recording);
+    camera.setOnCameraRecording([weak](const BWCamera &recorder, bool recording) {
+        const auto shared = weak.lock();
+        if (!shared)
+            return;
+        if (recording)
+            shared->recordingBegan();
+        else
+            shared->recordingEnded(recorder.recordingStatus());
     });
     camera.setOnCameraHardwareButton([weak](BWCamera &pressed) {
         if (const auto shared = weak.lock())
@@ -104,7 +111,7 @@ void BWCaptureController::setButtonRecords(bool records, std::function<void()> r
 
 void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
 {
-    const std::weak_ptr weak = weak_from_this();
+    BWMainQueue::post(weak_from_this(), [this] { feedback.snapshot(); });
     BWSnapshotTags about;
     {
         const std::lock_guard lock(mutex);
@@ -117,10 +124,10 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
     if (!file.open(QIODevice::WriteOnly) || file.write(image) != image.size() || !file.commit()) {
         qCWarning(bwApp, "Snapshot: cannot write %s: %s", qUtf8Printable(file.fileName()),
                   qUtf8Printable(file.errorString()));
-        BWMainQueue::post(weak, [this] { feedback.captureNotSaved({}); });
+        tell({BWMediaType::Image});
         return;
     }
-    takeIn(temporary, BWMediaType::Image, BWFileClaim::existing(temporary.toLocalFile()));
+    takeIn(temporary, {BWMediaType::Image}, BWFileClaim::existing(temporary.toLocalFile()));
 }
 
 void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
@@ -135,11 +142,14 @@ void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
     });
 }
 
-void BWCaptureController::Shared::recordingChanged(bool recording)
+void BWCaptureController::Shared::recordingBegan()
 {
-    BWMainQueue::post(weak_from_this(), [this, recording] { feedback.recording(recording); });
-    if (recording)
-        return;
+    BWMainQueue::post(weak_from_this(), [this] { feedback.recording(true); });
+}
+
+void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status)
+{
+    BWMainQueue::post(weak_from_this(), [this] { feedback.recording(false); });
     QUrl file;
     std::shared_ptr<BWFileClaim> claim;
     {
@@ -147,27 +157,37 @@ void BWCaptureController::Shared::recordingChanged(bool recording)
         file = std::exchange(recordTempFile, {});
         claim = std::exchange(recordClaim, nullptr);
     }
-    if (!file.isEmpty())
-        takeIn(file, BWMediaType::Video, claim);
+    const BWCaptureResult movie{BWMediaType::Video, {}, {}, status};
+    if (status.frames == 0)
+        tell(movie); // there is no file without a picture
+    else if (!file.isEmpty())
+        takeIn(file, movie, claim);
 }
 
-void BWCaptureController::Shared::takeIn(const QUrl &temporary, BWMediaType type,
+void BWCaptureController::Shared::tell(const BWCaptureResult &result)
+{
+    BWMainQueue::post(weak_from_this(), [this, result] { feedback.done(result); });
+}
+
+void BWCaptureController::Shared::takeIn(const QUrl &temporary, const BWCaptureResult &capture,
                                          const std::shared_ptr<BWFileClaim> &claim)
 {
-    albums.addFile(temporary, type, [weak = weak_from_this(), temporary, type, claim](bool added, const QUrl &file) {
-        if (const auto shared = weak.lock())
-            shared->takenIn(added, type, temporary, file);
-    });
+    albums.addFile(temporary, capture.type,
+                   [weak = weak_from_this(), temporary, capture, claim](bool added, const QUrl &file) {
+                       if (const auto shared = weak.lock())
+                           shared->takenIn(added, temporary, file, capture);
+                   });
 }
 
-void BWCaptureController::Shared::takenIn(bool added, BWMediaType type, const QUrl &temporary, const QUrl &file)
+void BWCaptureController::Shared::takenIn(bool added, const QUrl &temporary, const QUrl &file, BWCaptureResult result)
 {
-    if (!added) {
+    if (added) {
+        QFile::remove(temporary.toLocalFile());
+        result.file = file;
+    } else {
         qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s",
                   qUtf8Printable(temporary.toLocalFile()));
-        feedback.captureNotSaved(temporary);
-        return;
+        result.left = temporary;
     }
-    QFile::remove(temporary.toLocalFile());
-    feedback.saved(type, file);
+    feedback.done(result);
 }

@@ -2,11 +2,11 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "Model/BWAlbumManager.h"
+#include "Model/Capture/BWCaptureResult.h"
 
 #include <functional>
 #include <memory>
 #include <QByteArray>
-#include <QUrl>
 
 /// Takes what cameras capture into the current album: snapshots when they come, movies when they are complete, however
 /// a recording came to its end. Operations on the GUI thread.
@@ -14,11 +14,12 @@ class BWCaptureController {
 public:
     /// What the user learns of a capture. Called on the GUI thread.
     struct Feedback {
-        std::function<void(BWMediaType type, const QUrl &file)> saved;
+        /// The camera took a still; it is not saved yet.
+        std::function<void()> snapshot;
         /// The camera began or ended to record.
         std::function<void(bool recording)> recording;
-        /// The capture is not in the album; `left` is where it still is, empty if it could not be written at all.
-        std::function<void(const QUrl &left)> captureNotSaved;
+        /// A capture is done: it is in the album, or it is known why not.
+        std::function<void(const BWCaptureResult &result)> done;
     };
 
     BWCaptureController(BWAlbumManager &albums, Feedback feedback);

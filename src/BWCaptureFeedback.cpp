@@ -1,0 +1,85 @@
+#include "BWCaptureFeedback.h"
+
+#include "BWStatusLine.h"
+#include "Model/Capture/BWCaptureNotice.h"
+#include "Model/Capture/BWRecordingProgress.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/BWControlBar.h"
+#include "Views/BWFlashActionViewController.h"
+
+#include <utility>
+
+namespace {
+
+constexpr double progressSeconds = 0.5;
+constexpr double unusualSeconds = 8; // two sentences, for people who look at something else
+
+} // namespace
+
+BWCaptureFeedback::BWCaptureFeedback(BWControlBar &bar, BWFlashActionViewController &flash, BWStatusLine &statusLine,
+                                     BWLocalizationManager &texts, Hooks hooks, BWClock &clock)
+    : m_bar(bar), m_flash(flash), m_statusLine(statusLine), m_texts(texts), m_hooks(std::move(hooks)), m_clock(clock)
+{
+}
+
+BWCaptureFeedback::~BWCaptureFeedback()
+{
+    stopProgress();
+}
+
+BWCaptureController::Feedback BWCaptureFeedback::callbacks()
+{
+    return {[this] {
+                m_hooks.playSound();
+                flashSnapshot();
+            },
+            [this](bool recording) { recordingChanged(recording); },
+            [this](const BWCaptureResult &result) { tell(result); }};
+}
+
+void BWCaptureFeedback::flashSnapshot()
+{
+    const BWCameraPtr camera = m_hooks.currentCamera();
+    if (!camera || !camera->recording())
+        m_flash.setAction(BWFlashActionViewController::Action::SnapshotSaved);
+}
+
+void BWCaptureFeedback::flashVideo(bool recording)
+{
+    using Action = BWFlashActionViewController::Action;
+    m_flash.setAction(recording ? Action::RecordingStarted : Action::RecordingStopped);
+}
+
+void BWCaptureFeedback::recordingChanged(bool recording)
+{
+    m_bar.showRecording(recording);
+    flashVideo(recording);
+    stopProgress();
+    if (recording)
+        showProgress();
+}
+
+/// And again, until the recording is over.
+void BWCaptureFeedback::showProgress()
+{
+    if (const BWCameraPtr camera = m_hooks.currentCamera())
+        m_flash.setDetails(BWRecordingProgress::text(camera->recordingStatus()));
+    m_progress = DispatchAfterStrict::dispatchForQueue(
+        this, [this] { showProgress(); }, progressSeconds, m_clock);
+}
+
+void BWCaptureFeedback::stopProgress()
+{
+    if (m_progress)
+        m_progress->cancel();
+    m_progress.reset();
+}
+
+void BWCaptureFeedback::tell(const BWCaptureResult &result)
+{
+    const BWCaptureNotice notice = BWCaptureNotice::of(result, m_texts);
+    if (!notice.title.isNull())
+        BWUIUtils::displayOKAlert(notice.title, notice.text);
+    else
+        m_statusLine.showForAMoment(notice.text, notice.unusual ? unusualSeconds : BWStatusLine::momentSeconds);
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "BWACUDriver/DispatchAfterStrict.h"
+#include "Model/Capture/BWCaptureController.h"
+
+#include <functional>
+#include <QObject>
+
+class BWControlBar;
+class BWFlashActionViewController;
+class BWLocalizationManager;
+class BWStatusLine;
+
+/// What is seen and heard of captures: the shutter sound, the flash over the live image, the record button, how far a
+/// recording has come, and what became of it all. GUI thread.
+class BWCaptureFeedback : public QObject {
+    Q_OBJECT
+
+public:
+    struct Hooks {
+        std::function<BWCameraPtr()> currentCamera;
+        std::function<void()> playSound;
+    };
+
+    BWCaptureFeedback(BWControlBar &bar, BWFlashActionViewController &flash, BWStatusLine &statusLine,
+                      BWLocalizationManager &texts, Hooks hooks, BWClock &clock = BWClock::system());
+    ~BWCaptureFeedback() override;
+
+    /// For the capture controller, which must not outlive this object.
+    BWCaptureController::Feedback callbacks();
+
+    /// Nothing while the camera records: the flash is taken.
+    void flashSnapshot();
+    void flashVideo(bool recording);
+
+private:
+    void recordingChanged(bool recording);
+    void showProgress();
+    void stopProgress();
+    void tell(const BWCaptureResult &result);
+
+    BWControlBar &m_bar;
+    BWFlashActionViewController &m_flash;
+    BWStatusLine &m_statusLine;
+    BWLocalizationManager &m_texts;
+    Hooks m_hooks;
+    BWClock &m_clock;
+    DispatchAfterStrict::Handle m_progress; // while a recording runs
+};

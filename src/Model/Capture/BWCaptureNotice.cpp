@@ -1,0 +1,108 @@
+#include "Model/Capture/BWCaptureNotice.h"
+
+#include "Model/BWLocalizationManager.h"
+
+#include <QStringList>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using End = BWRecordingStatus::End;
+
+/// Why a recording ended that nobody ended; null if somebody did.
+QString reason(End end, BWLocalizationManager &texts)
+{
+    switch (end) {
+    case End::None:
+    case End::Asked:
+        return {};
+    case End::CameraChanged:
+        return texts.text(u"camera_window"_s, u"recording_camera_changed"_s,
+                          u"The recording ended because the picture size or the video norm was changed."_s);
+    case End::CameraGone:
+        return texts.text(u"camera_window"_s, u"recording_camera_gone"_s,
+                          u"The recording ended because the camera was unplugged."_s);
+    case End::DiskFull:
+        return texts.text(u"camera_window"_s, u"recording_disk_full"_s,
+                          u"The recording ended because the disk is full."_s);
+    case End::Failed:
+        return texts.text(u"camera_window"_s, u"recording_failed"_s,
+                          u"The recording ended because its file could not be written."_s);
+    }
+    return {};
+}
+
+QString leftOut(const BWRecordingStatus &recording, BWLocalizationManager &texts)
+{
+    if (recording.framesLeftOut == 0)
+        return {};
+    return u"%1 %2"_s
+        .arg(texts.text(u"camera_window"_s, u"recording_frames_left_out"_s,
+                        u"Pictures left out because the disk or the computer was too slow:"_s))
+        .arg(recording.framesLeftOut);
+}
+
+/// One line each, without those that have nothing to tell.
+QString lines(QStringList texts)
+{
+    texts.removeAll(QString());
+    return texts.join(u'\n');
+}
+
+/// Titles have no full stop, in no language.
+QString asTitle(QString sentence)
+{
+    if (sentence.endsWith(u'.') || sentence.endsWith(u'。'))
+        sentence.chop(1);
+    return sentence;
+}
+
+BWCaptureNotice saved(const BWCaptureResult &result, BWLocalizationManager &texts)
+{
+    const QString caption = result.type == BWMediaType::Image
+        ? texts.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s)
+        : texts.text(u"flash_view"_s, u"video_saved"_s, u"Video saved"_s);
+    const QString place = u"%1 · %2"_s.arg(caption, result.file.fileName());
+    const QString ended = reason(result.recording.end, texts);
+    const QString missing = leftOut(result.recording, texts);
+    if (result.recording.end == End::DiskFull || result.recording.end == End::Failed) {
+        const QString until = texts.text(u"camera_window"_s, u"recording_saved_until_then"_s,
+                                         u"What was recorded until then is in the album:"_s);
+        return {asTitle(ended), lines({u"%1 %2"_s.arg(until, result.file.fileName()), missing})};
+    }
+    return {{}, lines({place, ended, missing}), !ended.isEmpty() || !missing.isEmpty()};
+}
+
+BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts)
+{
+    const End end = result.recording.end;
+    const QString ended = reason(end, texts);
+    const QString notSaved =
+        texts.text(u"camera_window"_s, u"capture_not_saved_title"_s, u"The capture could not be saved"_s);
+    if (!result.left.isEmpty()) {
+        const QString left =
+            texts.text(u"camera_window"_s, u"capture_left_message"_s,
+                       u"It could not be copied into the album. Please check that the album folder exists and has "
+                       "free space. The capture is kept here:"_s);
+        return {notSaved,
+                lines({ended, u"%1 %2"_s.arg(left, result.left.toLocalFile()), leftOut(result.recording, texts)})};
+    }
+    if (result.type == BWMediaType::Video && end != End::DiskFull && end != End::Failed) {
+        const QString nothing = texts.text(u"camera_window"_s, u"recording_empty"_s,
+                                           u"Nothing was recorded, because the camera sent no picture."_s);
+        return {{}, lines({nothing, ended}), true};
+    }
+    const QString message =
+        texts.text(u"camera_window"_s, u"capture_not_saved_message"_s,
+                   u"It could not be written to the disk. Please check that there is free space, then take it "
+                   "again."_s);
+    return {notSaved, message};
+}
+
+} // namespace
+
+BWCaptureNotice BWCaptureNotice::of(const BWCaptureResult &result, BWLocalizationManager &texts)
+{
+    return result.file.isEmpty() ? lost(result, texts) : saved(result, texts);
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Model/Capture/BWCaptureResult.h"
+
+#include <QString>
+
+class BWLocalizationManager;
+
+/// What the user is told when a capture is done. What is lost, or not where it belongs, is told in an alert, which stays
+/// until it is read; what went well, or ended early and is saved, in a line.
+struct BWCaptureNotice {
+    QString title{}; ///< of the alert; null where a line is enough
+    QString text;
+    bool unusual = false; ///< a line that tells more than where the capture is: takes longer to read
+
+    static BWCaptureNotice of(const BWCaptureResult &result, BWLocalizationManager &texts);
+};

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "BWACUDriver/BWRecordingStatus.h"
+#include "Model/BWMediaType.h"
+
+#include <QUrl>
+
+/// What became of one capture. Without any file there is nothing of it.
+struct BWCaptureResult {
+    BWMediaType type = BWMediaType::Image;
+    QUrl file{}; ///< in the album; empty if it did not get there
+    QUrl left{}; ///< where it lies instead; empty if it is in the album, or could not be written at all
+    BWRecordingStatus recording{}; ///< of a movie: how long it is, and how it ended
+};

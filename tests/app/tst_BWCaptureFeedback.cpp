@@ -1,0 +1,110 @@
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWCaptureFeedback.h"
+#include "BWStatusLine.h"
+#include "Model/BWLocalizationManager.h"
+#include "Utils/BWAlertPresenter.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/BWControlBar.h"
+#include "Views/BWFlashActionViewController.h"
+#include "Views/BWStatusPill.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class TestBWCaptureFeedback : public QObject, private BWAlertPresenter {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_sounds = 0;
+        m_alerts.clear();
+        m_statusLine.setText(u"Streaming"_s);
+        BWUIUtils::setAlertPresenter(this);
+    }
+    void cleanup() { BWUIUtils::setAlertPresenter(nullptr); }
+
+    void aRecordingKeepsTheFlash()
+    {
+        const QTemporaryDir folder;
+        const auto backend = BWSimulatedBackend::create({{.pacing = BWSimulatedCameraOptions::Pacing::Manual}});
+        backend->start({BWCameraDetector::descriptionForHighResolutionMicroscope()},
+                       {[this](const BWDetectedCameraPtr &device) { m_camera = std::make_shared<BWCamera>(device); },
+                        [](const BWDetectedCameraPtr &) {}});
+        QVERIFY(m_camera);
+        std::atomic<bool> recording = false;
+        m_camera->setOnCameraRecording([&](BWCamera &, bool now) { recording = now; });
+        m_camera->startWithCompletion({});
+        QTRY_VERIFY(m_camera->started());
+
+        m_tell.snapshot();
+        QTRY_COMPARE(m_flash.caption(), u"Snapshot saved"_s);
+        QVERIFY(!m_flash.isHidden());
+
+        m_camera->startRecording(folder.filePath(u"a.mov"_s));
+        QTRY_VERIFY((backend->cameras().constFirst()->pushFrames(1), recording));
+        m_tell.recording(true);
+        QTRY_COMPARE(m_flash.caption(), u"Recording..."_s);
+        m_clock.advance(1s);
+        QVERIFY(m_flash.details().startsWith(u"0:00 · "_s));
+        const QString before = m_flash.details();
+        backend->cameras().constFirst()->pushFrames(60);
+        QTRY_VERIFY((m_clock.advance(100ms), m_flash.details() != before)); // the file has grown
+
+        m_tell.snapshot();
+        QCOMPARE(m_sounds, 2);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_flash.caption(), u"Recording..."_s);
+        QVERIFY(!m_flash.isHidden());
+
+        m_camera->stopRecording();
+        m_tell.recording(false);
+        QTRY_VERIFY(m_flash.isHidden());
+        m_camera.reset();
+    }
+
+    void whatIsLostIsAnAlert()
+    {
+        BWCaptureResult result{BWMediaType::Video, QUrl(u"file:///a/v.mov"_s)};
+        m_tell.done(result);
+        QCOMPARE(m_pill.text(), u"Video saved · v.mov"_s);
+        m_clock.advance(3s);
+        QCOMPARE(m_pill.text(), u"Streaming"_s);
+        result.recording.end = BWRecordingStatus::End::CameraGone;
+        m_tell.done(result);
+        m_clock.advance(7s); // more to read
+        QVERIFY(m_pill.text().startsWith(u"Video saved · v.mov\n"_s));
+        m_clock.advance(2s);
+        QCOMPARE(m_pill.text(), u"Streaming"_s);
+        QVERIFY(m_alerts.isEmpty());
+        result.recording.end = BWRecordingStatus::End::DiskFull;
+        m_tell.done(result);
+        QCOMPARE(m_alerts, QStringList{u"The recording ended because the disk is full"_s});
+        QCOMPARE(m_pill.text(), u"Streaming"_s);
+    }
+
+private:
+    void presentOK(const QString &title, const QString &) override { m_alerts << title; }
+    bool presentOKCancel(const QString &, const QString &) override { return false; }
+
+    BWLocalizationManager m_texts{QString(), {u"en"_s}};
+    BWManualClock m_clock;
+    QWidget m_window;
+    BWControlBar m_bar{&m_window};
+    BWStatusPill m_pill{&m_window};
+    BWStatusLine m_statusLine{m_pill, m_clock};
+    BWFlashActionViewController m_flash{m_window, 84, m_texts, m_clock};
+    BWCameraPtr m_camera;
+    int m_sounds = 0;
+    QStringList m_alerts;
+    BWCaptureFeedback m_feedback{
+        m_bar, m_flash, m_statusLine, m_texts, {[this] { return m_camera; }, [this] { ++m_sounds; }}, m_clock};
+    const BWCaptureController::Feedback m_tell = m_feedback.callbacks();
+};
+
+QTEST_MAIN(TestBWCaptureFeedback)
+#include "tst_BWCaptureFeedback.moc"

@@ -1,0 +1,97 @@
+#include "Model/BWLocalizationManager.h"
+#include "Model/Capture/BWCaptureNotice.h"
+#include "Model/Capture/BWRecordingProgress.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+/// What is told of captures.
+class TestCaptureNotices : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void notices_data()
+    {
+        using End = BWRecordingStatus::End;
+        QTest::addColumn<BWCaptureResult>("result");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("text");
+        const auto movie = [](End end, uint64_t leftOut = 0) {
+            BWRecordingStatus status;
+            status.end = end;
+            status.framesLeftOut = leftOut;
+            return BWCaptureResult{BWMediaType::Video, QUrl(u"file:///album/v.mov"_s), {}, status};
+        };
+        const auto lost = [](BWCaptureResult result, const QUrl &left = {}) {
+            result.file.clear();
+            result.left = left;
+            return result;
+        };
+        const QUrl left(u"file:///var/tmp/t.mov"_s);
+        const QString notSaved = u"The capture could not be saved"_s;
+        const QString keptHere =
+            u"It could not be copied into the album. Please check that the album folder exists and "
+            "has free space. The capture is kept here: /var/tmp/t.mov"_s;
+        const QString slow = u"Pictures left out because the disk or the computer was too slow: 12"_s;
+        const QString untilThen = u"What was recorded until then is in the album: v.mov"_s;
+        QTest::newRow("snapshot") << BWCaptureResult{BWMediaType::Image, QUrl(u"file:///album/i.jpg"_s)} << QString()
+                                  << u"Snapshot saved · i.jpg"_s;
+        QTest::newRow("video") << movie(End::Asked) << QString() << u"Video saved · v.mov"_s;
+        QTest::newRow("slow disk") << movie(End::Asked, 12) << QString() << u"Video saved · v.mov\n"_s + slow;
+        QTest::newRow("unplugged") << movie(End::CameraGone) << QString()
+                                   << u"Video saved · v.mov\nThe recording ended because the camera was unplugged."_s;
+        QTest::newRow("other size")
+            << movie(End::CameraChanged) << QString()
+            << u"Video saved · v.mov\nThe recording ended because the picture size or the video norm was changed."_s;
+        QTest::newRow("full disk") << movie(End::DiskFull, 12) << u"The recording ended because the disk is full"_s
+                                   << untilThen + u'\n' + slow;
+        QTest::newRow("failed") << movie(End::Failed) << u"The recording ended because its file could not be written"_s
+                                << untilThen;
+        QTest::newRow("not in the album") << lost(movie(End::Asked), left) << notSaved << keptHere;
+        QTest::newRow("full disk, not in the album") << lost(movie(End::DiskFull), left) << notSaved
+                                                     << u"The recording ended because the disk is full.\n"_s + keptHere;
+        QTest::newRow("nothing at all") << lost(movie(End::Failed)) << notSaved
+                                        << u"It could not be written to the disk. Please check that there is free "
+                                           "space, then take it again."_s;
+        QTest::newRow("no picture came") << lost(movie(End::CameraGone)) << QString()
+                                         << u"Nothing was recorded, because the camera sent no picture.\n"
+                                            "The recording ended because the camera was unplugged."_s;
+    }
+    void notices()
+    {
+        QFETCH(BWCaptureResult, result);
+        BWLocalizationManager texts(QString(), {u"en"_s});
+        const BWCaptureNotice notice = BWCaptureNotice::of(result, texts);
+        QTEST(notice.title, "title");
+        QTEST(notice.text, "text");
+        QCOMPARE(notice.title.isNull(), notice.title.isEmpty());
+    }
+
+    void progress_data()
+    {
+        QTest::addColumn<int>("milliseconds");
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("begin") << 0 << qint64(99'600) << u"en"_s << u"0:00 · 100 kB"_s;
+        QTest::newRow("short of a minute") << 59'999 << qint64(34'400'000) << u"en"_s << u"0:59 · 34 MB"_s;
+        QTest::newRow("minutes") << 65'000 << qint64(999'000'000) << u"en"_s << u"1:05 · 999 MB"_s;
+        QTest::newRow("hours") << 3'725'000 << qint64(12'340'000'000) << u"en"_s << u"1:02:05 · 12.3 GB"_s;
+        QTest::newRow("German") << 600'000 << qint64(1'230'000'000) << u"de"_s << u"10:00 · 1,2 GB"_s;
+        QTest::newRow("French") << 1'000 << qint64(5'000'000) << u"fr"_s << u"0:01 · 5 Mo"_s;
+    }
+    void progress()
+    {
+        QFETCH(int, milliseconds);
+        QFETCH(qint64, bytes);
+        QFETCH(QString, locale);
+        BWRecordingStatus status;
+        status.duration = std::chrono::milliseconds(milliseconds);
+        status.bytes = bytes;
+        QTEST(BWRecordingProgress::text(status, QLocale(locale)), "text");
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCaptureNotices)
+#include "test_capture_notices.moc"
