@@ -9,6 +9,7 @@
 #include "Model/BWAlbumManager.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWRepository.h"
+#include "Model/Capture/BWCaptureRecovery.h"
 #include "Model/Capture/BWHardwareButton.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Session/BWCameraAuthorization.h"
@@ -133,6 +134,7 @@ void AppDelegate::prepareUI()
     // After a reset of the layout, which comes the same way: the window is then shown where it belongs at once.
     BWMainQueue::post(m_alive, [this] {
         m_window->show();
+        m_captureRecovery->start(BWUIUtils::temporaryFolder());
         if (m_simulatedCameras)
             m_simulatedCameras->showBelow(*m_window);
     });
@@ -150,6 +152,8 @@ void AppDelegate::prepareCapture()
         m_window->controlBar(), *m_flashActionViewController, *m_statusLine, texts,
         BWCaptureFeedback::Hooks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); }}, m_clock);
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
+    m_captureRecovery = std::make_unique<BWCaptureRecovery>(
+        m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->tellRecovered(last); });
 }
 
 void AppDelegate::connectActions()
@@ -230,6 +234,7 @@ void AppDelegate::updateStateLabel()
         return;
     }
     const auto product = m_session->currentProduct();
+    m_capture->setSnapshotTags(product ? product->name() : QString(), QStringLiteral("BrimwellPro " BW_VERSION));
     m_statusLine->setText(
         product ? u"%1 %2"_s.arg(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
                 : m_texts.liveStreamingWith);

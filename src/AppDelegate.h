@@ -18,6 +18,7 @@
 class BWCameraAuthorization;
 class BWCameraSession;
 class BWCaptureFeedback;
+class BWCaptureRecovery;
 class BWFlashActionViewController;
 class BWLiveViewController;
 class BWMainWindow;
@@ -87,6 +88,7 @@ private:
     std::unique_ptr<BWSnapshotSound> m_snapshotSound;
     std::unique_ptr<BWCaptureFeedback> m_captureFeedback;
     std::unique_ptr<BWCaptureController> m_capture;
+    std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
     std::unique_ptr<BWCameraDetector> m_cameraDetector;
     std::unique_ptr<BWCameraSession> m_session;

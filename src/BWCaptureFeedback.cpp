@@ -75,6 +75,12 @@ void BWCaptureFeedback::stopProgress()
     m_progress.reset();
 }
 
+void BWCaptureFeedback::tellRecovered(const QUrl &last)
+{
+    const BWCaptureNotice notice = BWCaptureNotice::ofRecovered(last, m_texts);
+    BWUIUtils::displayOKAlert(notice.title, notice.text);
+}
+
 void BWCaptureFeedback::tell(const BWCaptureResult &result)
 {
     const BWCaptureNotice notice = BWCaptureNotice::of(result, m_texts);

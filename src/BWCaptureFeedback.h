@@ -29,6 +29,9 @@ public:
     /// For the capture controller, which must not outlive this object.
     BWCaptureController::Feedback callbacks();
 
+    /// Captures of an earlier run have come into the album.
+    void tellRecovered(const QUrl &last);
+
     /// Nothing while the camera records: the flash is taken.
     void flashSnapshot();
     void flashVideo(bool recording);

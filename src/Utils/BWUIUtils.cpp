@@ -56,13 +56,16 @@ bool BWUIUtils::displayOKCancelAlert(const QString &title, const QString &messag
     return false;
 }
 
+QString BWUIUtils::temporaryFolder()
+{
+    const QString folder = qEnvironmentVariable("TMPDIR");
+    return folder.isEmpty() ? QStringLiteral("/var/tmp") : folder;
+}
+
 QUrl BWUIUtils::temporaryPath(const QString &prefix, const QString &extension)
 {
-    QString folder = qEnvironmentVariable("TMPDIR");
-    if (folder.isEmpty())
-        folder = QStringLiteral("/var/tmp");
     const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-    return QUrl::fromLocalFile(QStringLiteral("%1/%2-%3.%4").arg(folder, prefix, uuid, extension));
+    return QUrl::fromLocalFile(QStringLiteral("%1/%2-%3.%4").arg(temporaryFolder(), prefix, uuid, extension));
 }
 
 QFont BWUIUtils::fontToFit(const QFont &current, const QSizeF &bounds, const QString &text, double minimumSize)

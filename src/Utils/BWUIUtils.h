@@ -17,6 +17,9 @@ public:
     /// Modal alert with OK and Cancel; true exactly when OK was chosen. Without a presenter the answer is Cancel.
     static bool displayOKCancelAlert(const QString &title, const QString &message);
 
+    /// Where temporary captures go: $TMPDIR if that is set, else /var/tmp, because /tmp is often memory.
+    static QString temporaryFolder();
+
     /// PREFIX-UUID.EXTENSION in $TMPDIR, or else in /var/tmp (/tmp is often memory, and movies are large). Creates
     /// nothing; never the same twice. Any thread.
     static QUrl temporaryPath(const QString &prefix, const QString &extension);

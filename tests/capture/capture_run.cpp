@@ -44,9 +44,8 @@ class Recording {
 public:
     Recording(BWAlbumManager &albums, const QStringList &arguments)
         : m_controller(albums,
-                       {[this](BWMediaType, const QUrl &file) { ended("saved", file); },
-                        [](bool recording) { tell(recording ? "recording" : "stopped"); },
-                        [this](const QUrl &file) { ended("left", file); }}),
+                       {[] {}, [](bool recording) { tell(recording ? "recording" : "stopped"); },
+                        [](const BWCaptureResult &result) { ended(result); }}),
           m_resolution(*BWResolution::fromResolutionString(arguments.at(2)))
     {
         BWSimulatedCameraOptions options;
@@ -88,11 +87,12 @@ private:
             [this](bool) { QMetaObject::invokeMethod(qApp, [this] { m_controller.toggleRecording(m_camera); }); });
     }
 
-    void ended(const char *how, const QUrl &file)
+    static void ended(const BWCaptureResult &result)
     {
-        const BWRecordingStatus status = m_camera->recordingStatus();
+        const BWRecordingStatus &status = result.recording;
         tell("end " + QByteArray::number(int(status.end)) + " left-out " + QByteArray::number(status.framesLeftOut));
-        tell(QByteArray(how) + ' ' + QFile::encodeName(file.toLocalFile()));
+        const bool saved = !result.file.isEmpty();
+        tell((saved ? "saved " : "left ") + QFile::encodeName((saved ? result.file : result.left).toLocalFile()));
         QCoreApplication::exit(0);
     }
 

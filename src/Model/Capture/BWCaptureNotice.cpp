@@ -102,6 +102,15 @@ BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts
 
 } // namespace
 
+BWCaptureNotice BWCaptureNotice::ofRecovered(const QUrl &last, BWLocalizationManager &texts)
+{
+    const QString message = texts.text(u"camera_window"_s, u"captures_recovered_message"_s,
+                                       u"BrimwellPro ended unexpectedly the last time. What it had captured is now in "
+                                       "the album; the newest file is:"_s);
+    return {texts.text(u"camera_window"_s, u"captures_recovered_title"_s, u"Captures were recovered"_s),
+            u"%1 %2"_s.arg(message, last.fileName())};
+}
+
 BWCaptureNotice BWCaptureNotice::of(const BWCaptureResult &result, BWLocalizationManager &texts)
 {
     return result.file.isEmpty() ? lost(result, texts) : saved(result, texts);

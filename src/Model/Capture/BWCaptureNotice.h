@@ -13,5 +13,8 @@ struct BWCaptureNotice {
     QString text;
     bool unusual = false; ///< a line that tells more than where the capture is: takes longer to read
 
+    /// Of captures of an earlier run that have come into the album; `last` is the newest.
+    static BWCaptureNotice ofRecovered(const QUrl &last, BWLocalizationManager &texts);
+
     static BWCaptureNotice of(const BWCaptureResult &result, BWLocalizationManager &texts);
 };
