@@ -33,6 +33,7 @@ private Q_SLOTS:
     {
         m_bench.emplace(m_fixture, true);
         QVERIFY(m_bench->openCamera());
+        probe().setResolution({640, 480}); // a device keeps the size that the last test has set
     }
     void cleanup() { m_bench.reset(); }
 };
