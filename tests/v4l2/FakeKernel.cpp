@@ -204,6 +204,7 @@ int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)
             const std::lock_guard lock(m_mutex);
             m_changed.clear();
             ++m_state.polls;
+            m_state.patience = timeout;
             const int events = (m_done.empty() ? 0 : POLLIN) | (m_state.events.empty() ? 0 : POLLPRI)
                 | (m_state.broken ? POLLERR : 0) | (m_state.gone ? POLLERR | POLLHUP : 0);
             node.revents = node.fd < 0 ? 0 : static_cast<short>(events & (node.events | POLLERR | POLLHUP));

@@ -48,6 +48,7 @@ public:
         int opened = 0; ///< descriptors
         int mapped = 0;
         int polls = 0;
+        int patience = 0; ///< the time that the last poll would have waited
         std::deque<uint32_t> queued;
     };
 

@@ -222,6 +222,7 @@ private Q_SLOTS:
         camera.device->interrupt();
         QVERIFY2(camera.take(10s) == Result::Frame, "frames are not kept back");
         QVERIFY2(camera.take(1h) == Result::Nothing, "nor is the interruption lost");
+        QCOMPARE(camera.kernel.change([](State &state) { return state.patience; }), 0);
     }
 
     void buttonCountsPresses()
