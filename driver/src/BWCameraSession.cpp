@@ -35,7 +35,10 @@ BWCamera::Session::Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera,
           snapshotSession = this;
           m_callbacks.snapshot(jpeg);
       }),
-      m_recorder([this](bool recording) { post([this, recording] { m_callbacks.recording(recording); }); }),
+      m_recorder([this](bool recording) {
+          m_recordingNews.post([this, recording] { m_callbacks.recording(recording); });
+          post([this] { m_recordingNews.runWaiting(); });
+      }),
       m_resolution(device->resolution()),
       m_device(std::move(device))
 {

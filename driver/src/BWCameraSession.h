@@ -91,6 +91,7 @@ private:
     BWFrameInspector m_inspector;
     BWStallWatch m_stall;
     BWSnapshotWorker m_snapshots;
+    BWCommandQueue m_recordingNews; ///< for the recording callback
     BWMovieRecorder m_recorder;
     State m_state = State::Stopped;
     bool m_restartWarned = false; ///< since the last good frame

@@ -122,6 +122,7 @@ void BWCamera::Session::doStop()
         m_state = State::Stopped;
     // With the device released nothing is held up by the disk any more, and whoever quits now quits with a whole file.
     m_recorder.waitUntilComplete();
+    m_recordingNews.runWaiting(); // now, or it would come after the completion of the stop
     m_streamProblem = {};
     m_started = false;
 }

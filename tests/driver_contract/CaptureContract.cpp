@@ -103,8 +103,16 @@ private Q_SLOTS:
             return;
         }
         if (event == u"stop"_s) {
-            probe().stop();
+            Changes toldBefore;
+            const auto stop = [&](const BWCamera::Completion &done) {
+                camera().stopWithCompletion([&, done] {
+                    toldBefore = probe().recordingChanges();
+                    done();
+                });
+            };
+            QVERIFY(probe().complete(stop));
             QVERIFY2(!camera().recording(), "who quits on the completion would lose the end of the movie");
+            QVERIFY2(toldBefore == (Changes{true, false}), "who quits on the completion would lose the whole movie");
         } else if (event == u"size"_s) {
             probe().setResolution(otherSize());
             camera().stopRecording();
