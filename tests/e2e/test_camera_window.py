@@ -5,8 +5,11 @@ through its window and the window of simulated cameras.
 usage: test_camera_window.py PROGRAM
 """
 
+import os
+import signal
 import subprocess
 import sys
+import time
 import unittest
 from pathlib import Path
 
@@ -79,6 +82,24 @@ class CameraWindow(unittest.TestCase):
                                 self.captures("*_video_*.mov")[0]], capture_output=True, text=True, check=True).stdout
         self.assertEqual(codec.strip(), "mjpeg,640")
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
+
+    def test_killed_while_recording(self):
+        self.start_with_picture()
+        self.program.click("push button", "Record")
+        self.program.wait_for("push button", "Stop")
+        time.sleep(1.5)
+        os.kill(self.program.pid, signal.SIGKILL)
+        self.program.wait_for_end()
+        self.start("--simulate", "high")
+        self.program.wait_for(None, "Captures were recovered")
+        self.desktop.key("Return")
+        wait_until("the message is gone", lambda: "Captures were recovered" not in self.program.outline())
+        movie, = self.captures("*_video_*.mov")
+        frames = subprocess.run(["ffprobe", "-v", "error", "-count_frames", "-show_entries", "stream=nb_read_frames",
+                                 "-of", "csv=p=0", movie], capture_output=True, text=True, check=True).stdout
+        self.assertGreater(int(frames), 10)
+        self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
+        self.quit()
 
     def test_unplug_and_plug(self):
         self.start_with_picture()
