@@ -70,10 +70,10 @@ class UsbCameraTest(unittest.TestCase):
         """The process that captures, and the file it writes. It has a buffer for each frame that is pushed."""
         target = self.folder / f"{node.name}.frames"
         target.unlink(missing_ok=True)
-        # The kernel drops what it has no buffer for, so there is one for each frame that is pushed.
+        command = ["v4l2-ctl", "-d", node, "--set-fmt-video", shape, "--stream-mmap=8", "--stream-count", str(count),
+                   "--stream-to", target, "--verbose"]
         with open(target.with_suffix(".log"), "w") as log:
-            return subprocess.Popen(["v4l2-ctl", "-d", node, "--set-fmt-video", shape, "--stream-mmap=8", "--verbose",
-                                     "--stream-count", str(count), "--stream-to", target], stdout=log, stderr=log), target
+            return subprocess.Popen(command, stdout=log, stderr=log), target
 
     def finish(self, capture):
         process, target = capture
