@@ -110,9 +110,20 @@ class Desktop:
                                  stdout=subprocess.PIPE, stderr=log)
             self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
             self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
-        self.spawn(["openbox"], log="openbox.log")
-        wait_until("the window manager is there",
-                   lambda: b"window id" in self.output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]))
+        self._start_window_manager()
+
+    def _start_window_manager(self):
+        """On a busy machine openbox sometimes never comes up, and does when it is started again."""
+        for attempt in range(3):
+            manager = self.spawn(["openbox"], log="openbox.log")
+            try:
+                wait_until("the window manager is there",
+                           lambda: b"window id" in self.output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]))
+                return
+            except Failure:
+                if attempt == 2:
+                    raise
+                self._end(manager)
 
     def _start_display(self):
         reading, writing = os.pipe()
