@@ -1,0 +1,88 @@
+// Opens and starts the first camera of the kernel and obeys lines: "set CODE VALUE", "get CODE", "size WxH" and "sizes",
+// each answered by one line. "codes" lists what it can, with ranges. Usage: control_camera TABLE...
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/BWV4L2Backend.h"
+
+#include <cstdio>
+#include <future>
+#include <iostream>
+#include <QCoreApplication>
+#include <string>
+#include <thread>
+
+namespace {
+
+/// Returns when the camera has the size, and has done everything that was asked of it before.
+void setSize(BWCamera &camera, BWResolution size)
+{
+    std::promise<void> done;
+    camera.setResolution(size, [&done] { done.set_value(); });
+    done.get_future().wait();
+}
+
+std::string answer(BWCamera &camera, const std::string &verb)
+{
+    if (verb == "sizes") {
+        std::string sizes;
+        for (const BWResolution &size : camera.detectedCamera()->cameraDescription()->availableResolutions)
+            sizes += size.resolutionString().toStdString() + ' ';
+        return sizes;
+    }
+    if (verb == "size") {
+        std::string size;
+        std::cin >> size;
+        setSize(camera, *BWResolution::fromResolutionString(QString::fromStdString(size)));
+        return camera.defaultResolution().resolutionString().toStdString();
+    }
+    if (verb == "codes") {
+        std::string codes;
+        for (int code = 0; code <= BWSettingVideoNorm; ++code) {
+            if (const auto setting = camera.settingForIdentifier(code))
+                codes += std::to_string(code) + ':' + std::to_string(int(setting->min())) + ':'
+                    + std::to_string(int(setting->max())) + ' ';
+        }
+        return codes;
+    }
+    int code = 0;
+    std::cin >> code;
+    if (verb == "set") {
+        double value = 0;
+        std::cin >> value;
+        camera.setSetting(code, value);
+        setSize(camera, camera.defaultResolution());
+    }
+    return std::to_string(int(camera.settingForIdentifier(code)->value()));
+}
+
+void obey(const BWCameraPtr &camera)
+{
+    std::promise<bool> started;
+    camera->startWithCompletion([&started](bool success) { started.set_value(success); });
+    std::cout << (started.get_future().get() ? "ready" : "failed") << std::endl;
+    std::string verb;
+    while (std::cin >> verb)
+        std::cout << answer(*camera, verb) << std::endl;
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    std::vector<std::unique_ptr<BWCameraBackend>> backends;
+    backends.push_back(BWV4L2Backend::create(QCoreApplication::arguments().mid(1)));
+    BWCameraDetector detector(BWCameraDetector::supportedDescriptions(), std::move(backends));
+    BWCameraManager manager;
+    std::thread worker;
+    detector.setCameraFoundBlock([&](const BWDetectedCameraPtr &device) {
+        const BWCameraPtr camera = manager.addDetectedCamera(device);
+        if (!worker.joinable())
+            worker = std::thread(&obey, camera);
+    });
+    detector.startCamerasDetection();
+    const int result = QCoreApplication::exec();
+    worker.join();
+    return result;
+}
