@@ -1,4 +1,5 @@
-// Opens and starts the first camera of the kernel and obeys lines: "set CODE VALUE", "get CODE", "size WxH" and "sizes",
+// Opens and starts all cameras of the kernel that it finds within a second of the first, tells "ready", and obeys lines:
+// "frames" tells how many frames each has delivered so far; the others are for the first camera: "set CODE VALUE", "get CODE", "size WxH" and "sizes",
 // each answered by one line. "codes" lists what it can, with ranges. Usage: control_camera TABLE...
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
@@ -8,6 +9,7 @@
 #include <future>
 #include <iostream>
 #include <QCoreApplication>
+#include <QTimer>
 #include <string>
 #include <thread>
 
@@ -55,14 +57,29 @@ std::string answer(BWCamera &camera, const std::string &verb)
     return std::to_string(int(camera.settingForIdentifier(code)->value()));
 }
 
-void obey(const BWCameraPtr &camera)
+bool start(BWCamera &camera)
 {
     std::promise<bool> started;
-    camera->startWithCompletion([&started](bool success) { started.set_value(success); });
-    std::cout << (started.get_future().get() ? "ready" : "failed") << std::endl;
+    camera.startWithCompletion([&started](bool success) { started.set_value(success); });
+    return started.get_future().get();
+}
+
+void obey(const QList<BWCameraPtr> &cameras)
+{
+    bool ready = true;
+    for (const BWCameraPtr &camera : cameras)
+        ready = start(*camera) && ready;
+    std::cout << (ready ? "ready" : "failed") << std::endl;
     std::string verb;
-    while (std::cin >> verb)
-        std::cout << answer(*camera, verb) << std::endl;
+    while (std::cin >> verb) {
+        if (verb == "frames") {
+            for (const BWCameraPtr &camera : cameras)
+                std::cout << camera->statistics().framesDelivered << ' ';
+            std::cout << std::endl;
+        } else {
+            std::cout << answer(*cameras.constFirst(), verb) << std::endl;
+        }
+    }
     QMetaObject::invokeMethod(qApp, &QCoreApplication::quit);
 }
 
@@ -77,9 +94,9 @@ int main(int argc, char *argv[])
     BWCameraManager manager;
     std::thread worker;
     detector.setCameraFoundBlock([&](const BWDetectedCameraPtr &device) {
-        const BWCameraPtr camera = manager.addDetectedCamera(device);
-        if (!worker.joinable())
-            worker = std::thread(&obey, camera);
+        manager.addDetectedCamera(device);
+        if (manager.cameras().size() == 1)
+            QTimer::singleShot(1000, &application, [&] { worker = std::thread(&obey, manager.cameras()); });
     });
     detector.startCamerasDetection();
     const int result = QCoreApplication::exec();

@@ -75,6 +75,24 @@ class Controls(unittest.TestCase):
             self.try_all(node, set(NAMES))
         time.sleep(1)
 
+    def test_two_at_once(self):
+        with UsbCameras() as cameras:
+            for name in ("one", "two"):
+                cameras(f"add {name} uvc serial={name} rate=10")
+                cameras(f"source {name} {FRAMES}")
+                cameras(f"plug {name}")
+            for name in ("one", "two"):
+                wait_until("a node", lambda: list(Path("/dev/v4l/by-id").glob(f"*_{name}-video-index0")), 60)
+            self.process = subprocess.Popen([PROGRAM, TABLE], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                            bufsize=1)
+            self.assertEqual(self.process.stdout.readline().strip(), "ready")
+            counts = wait_until("both deliver", lambda: min(found := [int(word) for word in self.ask("frames").split()])
+                                > 10 and found, 60)
+            self.assertEqual(len(counts), 2)
+            self.process.stdin.close()
+            self.assertEqual(self.process.wait(30), 0)
+        time.sleep(1)
+
     def test_vivid(self):
         driver = Path("/sys/bus/platform/drivers/vivid")
         (driver / "bind").write_text("vivid.0")
