@@ -93,16 +93,34 @@ class Controls(unittest.TestCase):
             self.assertEqual(self.process.wait(30), 0)
         time.sleep(1)
 
-    def test_vivid(self):
+    def start_vivid(self):
         driver = Path("/sys/bus/platform/drivers/vivid")
         (driver / "bind").write_text("vivid.0")
-        try:
-            node = wait_until("a node", lambda: next(
-                (f"/dev/{node.name}" for node in Path("/sys/class/video4linux").iterdir()
-                 if "vivid" in (node / "name").read_text() and Path("/dev", node.name).exists()), None), 60)
-            self.try_all(node, {0, 1, 2, 3, 9})
-        finally:
-            (driver / "unbind").write_text("vivid.0")
+        self.addCleanup((driver / "unbind").write_text, "vivid.0")
+        return wait_until("a node", lambda: next(
+            (f"/dev/{node.name}" for node in Path("/sys/class/video4linux").iterdir()
+             if "vivid" in (node / "name").read_text() and Path("/dev", node.name).exists()), None), 60)
+
+    def test_vivid(self):
+        self.try_all(self.start_vivid(), {0, 1, 2, 3, 9})
+
+
+class Norms(Controls):
+    """On a machine whose virtual device is a receiver."""
+
+    def test_vivid(self):
+        self.node = self.start_vivid()
+        self.process = subprocess.Popen([PROGRAM, TABLE], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                        bufsize=1)
+        self.assertEqual(self.process.stdout.readline().strip(), "ready")
+        for norm, name in ((1, "PAL"), (2, "SECAM"), (0, "NTSC"), (1, "PAL")):
+            with self.subTest(name):
+                self.assertEqual(self.ask(f"set 13 {norm}"), str(norm))
+                self.assertIn(name, self.ctl("--get-standard"))
+                before = int(self.ask("frames"))
+                wait_until("it streams on", lambda: int(self.ask("frames")) > before + 3, 30)
+        self.process.stdin.close()
+        self.assertEqual(self.process.wait(30), 0)
 
 
 def exposure_mode(ctl, value):
@@ -113,4 +131,4 @@ def exposure_mode(ctl, value):
 
 if __name__ == "__main__":
     Path("/sys/bus/platform/drivers/vivid/unbind").write_text("vivid.0")
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    unittest.main(argv=[sys.argv[0], *sys.argv[4:]], verbosity=2)
