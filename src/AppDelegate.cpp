@@ -190,11 +190,13 @@ void AppDelegate::prepareCamera(BWCamera &camera)
 
 void AppDelegate::applicationShouldTerminate()
 {
-    if (std::exchange(m_terminating, true))
+    if (std::exchange(m_terminating, true)) {
+        offerToQuitAtOnce();
         return;
+    }
     const auto finish = [this] {
-        m_repository.albumManager().finishAdding();
-        m_options.quit();
+        m_waitsForCopies = true;
+        m_repository.albumManager().whenAdded(m_options.quit);
     };
     if (!m_session) {
         finish();
@@ -211,6 +213,16 @@ void AppDelegate::applicationShouldTerminate()
         },
         patience);
     m_session->stopForQuit(finish);
+}
+
+/// A capture may take long to be copied to a slow disk.
+void AppDelegate::offerToQuitAtOnce()
+{
+    if (!m_waitsForCopies || std::exchange(m_offersToQuit, true))
+        return;
+    if (BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage))
+        m_repository.albumManager().abandonAdding();
+    m_offersToQuit = false;
 }
 
 BWCameraPtr AppDelegate::currentCamera() const

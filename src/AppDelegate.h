@@ -66,6 +66,7 @@ private:
     void checkCameraAccess();
     void cameraAccessMissing(const QString &title, const QString &message);
     void doFinishApplicationLaunch();
+    void offerToQuitAtOnce();
     void prepareUI();
     void prepareCapture();
     void connectActions();
@@ -97,4 +98,6 @@ private:
     BWAppTexts m_texts;
     double m_firstFrameMilliseconds = -1;
     bool m_terminating = false;
+    bool m_waitsForCopies = false;
+    bool m_offersToQuit = false;
 };

@@ -40,6 +40,11 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"camera_window"_s, u"error_initalizing_albums_message"_s,
                      u"Albums could not be loaded. Please ensure that the following folders have write "
                      "permissions, or contact us for more information:"_s);
+    quitAtOnceTitle = manager.text(u"camera_window"_s, u"quit_at_once_title"_s, u"Quit at once?"_s);
+    quitAtOnceMessage =
+        manager.text(u"camera_window"_s, u"quit_at_once_message"_s,
+                     u"A capture is still being copied into the album. If you quit now, nothing is lost: it is copied "
+                     "when BrimwellPro starts the next time."_s);
     noCameraDetectedPlaceholder =
         manager.text(u"camera_window"_s, u"no_camera_detected_placeholder"_s, u"No camera detected"_s);
     liveStreamingWith = manager.text(u"camera_window"_s, u"live_streaming_with_prefix"_s, u"Live streaming with:"_s);

@@ -17,4 +17,6 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString cameraAccessRestrictedMessage;
     QString errorInitializingAlbumsTitle;
     QString errorInitializingAlbumsMessage;
+    QString quitAtOnceTitle;
+    QString quitAtOnceMessage;
 };

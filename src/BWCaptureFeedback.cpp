@@ -1,6 +1,7 @@
 #include "BWCaptureFeedback.h"
 
 #include "BWStatusLine.h"
+#include "Model/BWLocalizationManager.h"
 #include "Model/Capture/BWCaptureNotice.h"
 #include "Model/Capture/BWRecordingProgress.h"
 #include "Utils/BWUIUtils.h"
@@ -8,6 +9,8 @@
 #include "Views/BWFlashActionViewController.h"
 
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -34,7 +37,7 @@ BWCaptureController::Feedback BWCaptureFeedback::callbacks()
                 flashSnapshot();
             },
             [this](bool recording) { recordingChanged(recording); },
-            [this](const BWCaptureResult &result) { tell(result); }};
+            [this](const BWCaptureResult &result) { tell(result); }, [this](double done) { tellCopying(done); }};
 }
 
 void BWCaptureFeedback::flashSnapshot()
@@ -81,8 +84,16 @@ void BWCaptureFeedback::tellRecovered(const QUrl &last)
     BWUIUtils::displayOKAlert(notice.title, notice.text);
 }
 
+void BWCaptureFeedback::tellCopying(double done)
+{
+    m_statusLine.setProgress(
+        m_texts.text(u"camera_window"_s, u"copying_into_album"_s, u"Copying the capture into the album: %1%"_s)
+            .arg(static_cast<int>(100 * done)));
+}
+
 void BWCaptureFeedback::tell(const BWCaptureResult &result)
 {
+    m_statusLine.setProgress({});
     const BWCaptureNotice notice = BWCaptureNotice::of(result, m_texts);
     if (!notice.title.isNull())
         BWUIUtils::displayOKAlert(notice.title, notice.text);

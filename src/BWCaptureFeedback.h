@@ -41,6 +41,7 @@ private:
     void showProgress();
     void stopProgress();
     void tell(const BWCaptureResult &result);
+    void tellCopying(double done);
 
     BWControlBar &m_bar;
     BWFlashActionViewController &m_flash;

@@ -13,8 +13,19 @@ BWStatusLine::~BWStatusLine()
 void BWStatusLine::setText(const QString &text)
 {
     m_text = text;
+    show();
+}
+
+void BWStatusLine::setProgress(const QString &text)
+{
+    m_progress = text;
+    show();
+}
+
+void BWStatusLine::show()
+{
     if (!m_moment)
-        m_pill.setText(text);
+        m_pill.setText(m_progress.isNull() ? m_text : m_progress);
 }
 
 void BWStatusLine::showForAMoment(const QString &text, double seconds)
@@ -26,7 +37,7 @@ void BWStatusLine::showForAMoment(const QString &text, double seconds)
         this,
         [this] {
             m_moment.reset();
-            m_pill.setText(m_text);
+            show();
         },
         seconds, m_clock);
 }

@@ -18,12 +18,17 @@ public:
     ~BWStatusLine() override;
 
     void setText(const QString &text);
+    /// In place of that text while something goes on; null when it is over.
+    void setProgress(const QString &text);
     /// Shows another text for a moment.
     void showForAMoment(const QString &text, double seconds = momentSeconds);
 
 private:
+    void show();
+
     BWStatusPill &m_pill;
     BWClock &m_clock;
     QString m_text;
+    QString m_progress;
     DispatchAfterStrict::Handle m_moment;
 };

@@ -2,7 +2,6 @@
 
 #include "Model/BWFileNameOrder.h"
 #include "Model/BWTrash.h"
-#include "Utils/BWFileCopy.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 

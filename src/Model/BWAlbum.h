@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/BWMediaType.h"
+#include "Utils/BWFileCopy.h"
 
 #include <functional>
 #include <memory>
@@ -17,7 +18,7 @@ class BWAlbum {
 public:
     /// Answers today's date.
     using Today = std::function<QDate()>;
-    using Progress = std::function<void(double done)>;
+    using Progress = BWFileCopy::Progress;
 
     /// Does not touch the disk.
     explicit BWAlbum(const QUrl &path, Today today = {});
@@ -37,7 +38,7 @@ public:
     /// Copies a finished capture into the album; `added` tells where to. Either the whole file is there and safe on
     /// disk, or nothing is: never a torn file, never an overwritten one. False (and logged) when it did not work.
     /// The source stays; its bytes must not be changed any more, for the album may share them. `progress` is told how
-    /// far a long copy has come, on the calling thread.
+    /// far a long copy has come, and may end it, on the calling thread.
     bool addFile(const QUrl &file, BWMediaType type, QUrl *added = nullptr, const Progress &progress = {}) const;
 
     /// Moves a file to the Trash. A failure is only logged.

@@ -2,7 +2,17 @@
 
 #include "Utils/BWLogging.h"
 
+#include <chrono>
 #include <utility>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto longCopy = std::chrono::milliseconds(500);
+constexpr auto tellEvery = std::chrono::milliseconds(200);
+
+} // namespace
 
 BWAlbumIntake::BWAlbumIntake(CurrentAlbum currentAlbum, std::function<void()> contentsChanged)
     : m_currentAlbum(std::move(currentAlbum)), m_contentsChanged(std::move(contentsChanged))
@@ -27,11 +37,12 @@ std::optional<Item> BWAlbumIntake::takeFirst(std::deque<Item> &items)
     return item;
 }
 
-void BWAlbumIntake::add(const QUrl &file, BWMediaType type, Completion completion)
+void BWAlbumIntake::add(const QUrl &file, BWMediaType type, Completion completion, Progress progress)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_captures.push_back({file, type, std::move(completion)});
+        m_captures.push_back({file, type, std::move(completion), std::move(progress)});
+        ++m_open;
     }
     QMetaObject::invokeMethod(
         &m_context, [this] { startCopies(); }, Qt::QueuedConnection);
@@ -50,7 +61,7 @@ void BWAlbumIntake::startCopies()
 void BWAlbumIntake::copy(const BWAlbumPtr &album, const Capture &capture)
 {
     Result result{false, {}, capture.completion};
-    result.added = album && album->addFile(capture.file, capture.type, &result.file);
+    result.added = album && album->addFile(capture.file, capture.type, &result.file, throttled(capture.progress));
     {
         const std::lock_guard lock(m_mutex);
         m_results.push_back(std::move(result));
@@ -65,19 +76,40 @@ void BWAlbumIntake::report()
     while (const std::optional<Result> result = takeFirst(m_results)) {
         if (result->added)
             m_contentsChanged();
-        if (result->completion)
+        if (result->completion && (result->added || !m_abandoned))
             result->completion(result->added, result->file);
+        const std::lock_guard lock(m_mutex);
+        --m_open;
     }
+    tellIfDone();
 }
 
-void BWAlbumIntake::finish()
+/// Hands what a long copy tells on to the owner's thread, and ends it when it is abandoned.
+BWAlbum::Progress BWAlbumIntake::throttled(const Progress &progress)
 {
-    bool more = true;
-    while (more) {
-        startCopies();
-        m_worker.waitForDone();
-        report();
+    return [this, progress, next = Clock::now() + longCopy](double done) mutable {
+        if (progress && Clock::now() >= next) {
+            next = Clock::now() + tellEvery;
+            QMetaObject::invokeMethod(
+                &m_context, [progress, done] { progress(done); }, Qt::QueuedConnection);
+        }
+        return !m_abandoned;
+    };
+}
+
+void BWAlbumIntake::whenDone(std::function<void()> done)
+{
+    m_whenDone.push_back(std::move(done));
+    tellIfDone();
+}
+
+void BWAlbumIntake::tellIfDone()
+{
+    {
         const std::lock_guard lock(m_mutex);
-        more = !m_captures.empty() || !m_results.empty();
+        if (m_open > 0)
+            return;
     }
+    for (const auto &done : std::exchange(m_whenDone, {}))
+        done();
 }

@@ -245,9 +245,9 @@ BWAlbumPtr BWAlbumManager::currentAlbum() const
     return d->currentAlbum();
 }
 
-void BWAlbumManager::addFile(const QUrl &file, BWMediaType type, AddCompletion completion)
+void BWAlbumManager::addFile(const QUrl &file, BWMediaType type, AddCompletion completion, AddProgress progress)
 {
-    d->intake.add(file, type, std::move(completion));
+    d->intake.add(file, type, std::move(completion), std::move(progress));
 }
 
 void BWAlbumManager::removeFile(const QUrl &file, BWMediaType type)
@@ -262,9 +262,14 @@ void BWAlbumManager::removeFile(const QUrl &file, BWMediaType type)
         Qt::QueuedConnection);
 }
 
-void BWAlbumManager::finishAdding()
+void BWAlbumManager::whenAdded(std::function<void()> done)
 {
-    d->intake.finish();
+    d->intake.whenDone(std::move(done));
+}
+
+void BWAlbumManager::abandonAdding()
+{
+    d->intake.abandon();
 }
 
 void BWAlbumManager::addAlbumFromPath(const QUrl &folder)

@@ -17,6 +17,8 @@ public:
     using ChangeCallback = std::function<void()>;
     /// Told on the GUI thread: whether the file is in the album, and where.
     using AddCompletion = std::function<void(bool added, const QUrl &file)>;
+    /// How much of a file is copied, from 0 to 1. Told on the GUI thread, only of copies that take long.
+    using AddProgress = std::function<void(double done)>;
 
     /// `home` is the folder that holds the albums' base folder. The store must outlive the manager.
     BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::Today today = {});
@@ -54,12 +56,15 @@ public:
     /// Takes a finished capture into the album that is current when the GUI thread gets to it; then tells that the
     /// contents changed, then calls the completion. Returns at once; any thread. Captures are added one after the
     /// other, in order, and the copying does not hold up the GUI thread.
-    void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {});
+    void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {}, AddProgress progress = {});
     /// Moves a file of the current album to the Trash, then tells that the contents changed. Returns at once; any
     /// thread.
     void removeFile(const QUrl &file, BWMediaType type);
-    /// Waits until everything handed in so far is added or has failed, and calls the completions. For the program's end.
-    void finishAdding();
+    /// Calls `done` once everything handed in is added or has failed, and the completions are called. For the
+    /// program's end.
+    void whenAdded(std::function<void()> done);
+    /// Ends the copies that run or wait, without calling their completions; the captures stay where they are.
+    void abandonAdding();
 
     /// Adds a folder as the last album, selects it and stores the list. A folder that is remembered already changes
     /// nothing.

@@ -49,11 +49,14 @@ bool writeAll(int fd, const char *data, std::size_t size)
 class Teller {
 public:
     Teller(const BWFileCopy::Progress &progress, off_t total) : m_progress(progress), m_total(total) { }
-    void add(ssize_t bytes)
+    /// False, with the reason in errno, when the copy shall not go on.
+    bool add(ssize_t bytes)
     {
         m_done += bytes;
-        if (m_progress && m_total > 0)
-            m_progress(std::min(1.0, double(m_done) / double(m_total)));
+        if (!m_progress || m_total <= 0 || m_progress(std::min(1.0, double(m_done) / double(m_total))))
+            return true;
+        errno = ECANCELED;
+        return false;
     }
 
 private:
@@ -73,8 +76,8 @@ bool copyThroughMemory(int from, int to, Teller &teller)
             return false;
         if (got > 0 && !writeAll(to, buffer.data(), static_cast<std::size_t>(got)))
             return false;
-        if (got > 0)
-            teller.add(got);
+        if (got > 0 && !teller.add(got))
+            return false;
     }
 }
 
@@ -86,7 +89,8 @@ bool copyData(int from, int to, Teller &teller)
         const ssize_t copied = ::copy_file_range(from, nullptr, to, nullptr, step, 0);
         if (copied <= 0)
             return copyThroughMemory(from, to, teller);
-        teller.add(copied);
+        if (!teller.add(copied))
+            return false;
     }
 }
 

@@ -7,8 +7,9 @@
 /// Copying files so that a power cut or a full disk never leaves half a file under the target's name. Any thread.
 class BWFileCopy {
 public:
-    /// How much of the data is copied, from 0 to 1. Called on the calling thread, only while it takes long.
-    using Progress = std::function<void(double done)>;
+    /// How much of the data is copied, from 0 to 1; answers whether to go on. Called on the calling thread, every few
+    /// megabytes. A copy that does not go on has failed.
+    using Progress = std::function<bool(double done)>;
 
     /// Copies a file, its date included. The data are written beside the target under a hidden name, brought to disk,
     /// and only then take the target's name, unless that is taken. False, with the reason in `error`, when anything

@@ -70,6 +70,8 @@ private Q_SLOTS:
     void whatIsLostIsAnAlert()
     {
         BWCaptureResult result{BWMediaType::Video, QUrl(u"file:///a/v.mov"_s)};
+        m_tell.copying(0.429);
+        QCOMPARE(m_pill.text(), u"Copying the capture into the album: 42%"_s);
         m_tell.done(result);
         QCOMPARE(m_pill.text(), u"Video saved · v.mov"_s);
         m_clock.advance(3s);

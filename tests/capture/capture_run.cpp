@@ -39,13 +39,15 @@ int recover(BWAlbumManager &albums)
 }
 
 /// Tells "recording", and for each frame its sequence number and how many are in the file already; at the end, asked for
-/// by a line of input or not, how the recording ended, then "saved FILE" or "left FILE".
+/// by a line of input or not, how the recording ended, then how far a
+/// long copy into the album has come, and "saved FILE" or "left FILE".
 class Recording {
 public:
     Recording(BWAlbumManager &albums, const QStringList &arguments)
         : m_controller(albums,
                        {[] {}, [](bool recording) { tell(recording ? "recording" : "stopped"); },
-                        [](const BWCaptureResult &result) { ended(result); }}),
+                        [](const BWCaptureResult &result) { ended(result); },
+                        [](double done) { tell("copying " + QByteArray::number(done)); }}),
           m_resolution(*BWResolution::fromResolutionString(arguments.at(2)))
     {
         BWSimulatedCameraOptions options;

@@ -6,12 +6,12 @@ from pathlib import Path
 
 
 class CaptureRun:
-    def __init__(self, program, folder, temporary=None):
+    def __init__(self, program, folder, temporary=None, home=None):
         self.program = program
-        self.home = Path(folder) / "home"
+        self.home = Path(home or Path(folder) / "home")
         self.temporary = Path(temporary) if temporary else Path(folder) / "tmp"
         self.home.mkdir(parents=True, exist_ok=True)
-        self.temporary.mkdir(exist_ok=True)
+        self.temporary.mkdir(parents=True, exist_ok=True)
         self.environment = {**os.environ, "HOME": str(self.home), "TMPDIR": str(self.temporary),
                             "XDG_CONFIG_HOME": str(self.home / "config")}
         self.delivered = []  # the sequence numbers of the frames

@@ -1,19 +1,23 @@
-/* Preloaded into a program, makes every write to a movie file take a while, as a tired disk does. */
+/* Preloaded into a program, makes every write to a movie file take a while, as a tired disk does; or, with SLOW_COPIES set,
+   every write to a half-done copy, as a disk on the other end of a cable does. */
 
 #define _GNU_SOURCE
 #include <dlfcn.h>
+#include <errno.h>
 #include <limits.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
-static int is_movie(int descriptor)
+static int is_slow(int descriptor)
 {
+    const char *ending = getenv("SLOW_COPIES") ? "part" : ".mov";
     char link[64];
     char path[PATH_MAX];
     snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
     const ssize_t length = readlink(link, path, sizeof path);
-    return length > 4 && memcmp(path + length - 4, ".mov", 4) == 0;
+    return length > 4 && memcmp(path + length - 4, ending, 4) == 0;
 }
 
 ssize_t write(int descriptor, const void *bytes, size_t size)
@@ -21,7 +25,15 @@ ssize_t write(int descriptor, const void *bytes, size_t size)
     static ssize_t (*next)(int, const void *, size_t);
     if (!next)
         *(void **)&next = dlsym(RTLD_NEXT, "write");
-    if (is_movie(descriptor))
-        usleep(150000);
+    if (is_slow(descriptor))
+        usleep(getenv("SLOW_COPIES") ? 700000 : 150000);
     return next(descriptor, bytes, size);
+}
+
+/* Between two disks of different kinds there is no such short cut. */
+ssize_t copy_file_range(int from, off64_t *from_offset, int to, off64_t *to_offset, size_t size, unsigned flags)
+{
+    (void)from, (void)from_offset, (void)to, (void)to_offset, (void)size, (void)flags;
+    errno = EXDEV;
+    return -1;
 }

@@ -23,11 +23,11 @@ class Recordings(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
 
-    def record(self, size="640x480", rate=30, temporary=None, preload=None, name="run", pixel_format="mjpeg"):
+    def record(self, size="640x480", rate=30, temporary=None, preload=None, name="run", pixel_format="mjpeg", home=None):
         movie = Path(os.environ.get("BW_MOVIES", self.folder), f"{size}.mov")
         if not movie.exists():
             numbered_movie.make(movie, *map(int, size.split("x")), LENGTH, rate)
-        run = CaptureRun(PROGRAM, self.folder / name, temporary)
+        run = CaptureRun(PROGRAM, self.folder / name, temporary, home)
         if preload:
             run.environment["LD_PRELOAD"] = preload
         run.record(movie, pixel_format, size)
@@ -86,20 +86,38 @@ class Endings(Recordings):
         lost = run.delivered[-1] - run.delivered[0] + 1 - delivered
         self.assertLessEqual(lost, delivered // 4)
 
+    def test_album_on_a_slow_disk_of_its_own(self):
+        """The copy tells how far it has come, and the temporary file goes only when the copy is whole."""
+        album = tempfile.TemporaryDirectory(dir="/dev/shm")
+        self.addCleanup(album.cleanup)
+        self.assertNotEqual(os.stat(album.name).st_dev, self.folder.stat().st_dev)
+        os.environ["SLOW_COPIES"] = "1"
+        self.addCleanup(os.environ.pop, "SLOW_COPIES")
+        run = self.record("1600x1200", 15, preload=SLOW_DISK, home=album.name)
+        time.sleep(4)
+        run.say("stop")
+        self.assertTrue(run.has_in_order(self.saved(run, ASKED), LENGTH))
+        self.assertTrue(str(self.path).startswith(album.name))
+        told = [float(line.split()[1]) for line in run.lines if line.startswith("copying")]
+        self.assertTrue(told)
+        self.assertEqual(told, sorted(told))
+        self.assertLessEqual(told[-1], 1)
+
 
 class SmallDisk(Recordings):
     """In a machine in which it may mount."""
 
     def test_full_disk(self):
-        for name, taken in (("empty", 0), ("nearly full", 11)):
+        for name, taken in (("nearly full", 11), ("only the album's", 0)):
             with self.subTest(name):
                 disk = self.folder / f"disk {name}"
                 disk.mkdir()
                 subprocess.run(["mount", "-t", "tmpfs", "-o", "size=20m", "none", str(disk)], check=True)
                 self.addCleanup(subprocess.run, ["umount", str(disk)])
                 (disk / "earlier.jpg").write_bytes(b"x" * (taken << 20))
-                temporary = disk / "tmp"
-                run = self.record("1280x1024", 15, temporary, name=name)
+                of_album = name.startswith("only")
+                run = self.record("1280x1024", 15, None if of_album else disk / "tmp", name=name.replace(" ", "-"),
+                                  home=disk if of_album else None)
                 numbers = self.saved(run, DISK_FULL)
                 self.assertTrue(run.has_in_order(numbers, LENGTH), f"{run.delivered}: {numbers}")
                 self.assertGreater(len(numbers), 3)

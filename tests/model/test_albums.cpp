@@ -244,7 +244,9 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"No album to add"_s));
         std::optional<bool> result;
         add(m_folder->file(u"capture"_s), [&](bool added, const QUrl &) { result = added; });
-        m_manager->finishAdding();
+        bool done = false;
+        m_manager->whenAdded([&] { done = true; });
+        QTRY_VERIFY(done);
         QCOMPARE(result, false);
     }
 

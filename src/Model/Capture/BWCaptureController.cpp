@@ -1,5 +1,6 @@
 #include "Model/Capture/BWCaptureController.h"
 
+#include "Model/Capture/BWAlbumDiskGuard.h"
 #include "Model/Capture/BWSnapshotTags.h"
 #include "Utils/BWFileClaim.h"
 #include "Utils/BWLogging.h"
@@ -32,17 +33,23 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
 
     BWAlbumManager &albums;
     Feedback feedback;
+    std::weak_ptr<BWAlbumDiskGuard> guard; // GUI thread only
     std::function<void()> record; // GUI thread only
     std::atomic<bool> buttonRecords = false;
     std::mutex mutex;
     QUrl recordTempFile; // the movie that is being recorded
     std::shared_ptr<BWFileClaim> recordClaim;
+    bool albumIsFull = false; // which is why the recording ends
     BWSnapshotTags tags;
 };
 
-BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback)
-    : m_shared(std::make_shared<Shared>(albums, std::move(feedback)))
+BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback,
+                                         std::shared_ptr<BWAlbumDiskGuard> guard)
+    : m_shared(std::make_shared<Shared>(albums, std::move(feedback))), m_guard(std::move(guard))
 {
+    if (!m_guard)
+        m_guard = std::make_shared<BWAlbumDiskGuard>(albums);
+    m_shared->guard = m_guard;
 }
 
 void BWCaptureController::prepareCamera(BWCamera &camera)
@@ -92,8 +99,23 @@ void BWCaptureController::toggleRecording(const BWCameraPtr &camera)
         const std::lock_guard lock(m_shared->mutex);
         m_shared->recordTempFile = file;
         m_shared->recordClaim = BWFileClaim::create(file.toLocalFile());
+        m_shared->albumIsFull = false;
     }
     camera->startRecording(file.toLocalFile());
+    m_guard->watch(file, [this, weak = std::weak_ptr(camera)] { recordingEndsForAlbum(weak.lock()); });
+}
+
+/// What is recorded must still fit into the album when it is complete.
+void BWCaptureController::recordingEndsForAlbum(const BWCameraPtr &camera)
+{
+    if (!camera || !camera->recording())
+        return;
+    qCWarning(bwApp, "Recording: it ends because the album's disk is nearly full");
+    {
+        const std::lock_guard lock(m_shared->mutex);
+        m_shared->albumIsFull = true;
+    }
+    toggleRecording(camera);
 }
 
 void BWCaptureController::setSnapshotTags(const QString &camera, const QString &software)
@@ -149,15 +171,21 @@ void BWCaptureController::Shared::recordingBegan()
 
 void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status)
 {
-    BWMainQueue::post(weak_from_this(), [this] { feedback.recording(false); });
+    BWMainQueue::post(weak_from_this(), [this] {
+        if (const auto watching = guard.lock())
+            watching->stop();
+        feedback.recording(false);
+    });
     QUrl file;
     std::shared_ptr<BWFileClaim> claim;
+    BWCaptureResult movie{BWMediaType::Video, {}, {}, status};
     {
         const std::lock_guard lock(mutex);
         file = std::exchange(recordTempFile, {});
         claim = std::exchange(recordClaim, nullptr);
+        if (std::exchange(albumIsFull, false) && status.end == BWRecordingStatus::End::Asked)
+            movie.recording.end = BWRecordingStatus::End::DiskFull;
     }
-    const BWCaptureResult movie{BWMediaType::Video, {}, {}, status};
     if (status.frames == 0)
         tell(movie); // there is no file without a picture
     else if (!file.isEmpty())
@@ -172,11 +200,17 @@ void BWCaptureController::Shared::tell(const BWCaptureResult &result)
 void BWCaptureController::Shared::takeIn(const QUrl &temporary, const BWCaptureResult &capture,
                                          const std::shared_ptr<BWFileClaim> &claim)
 {
-    albums.addFile(temporary, capture.type,
-                   [weak = weak_from_this(), temporary, capture, claim](bool added, const QUrl &file) {
-                       if (const auto shared = weak.lock())
-                           shared->takenIn(added, temporary, file, capture);
-                   });
+    albums.addFile(
+        temporary, capture.type,
+        [weak = weak_from_this(), temporary, capture, claim](bool added, const QUrl &file) {
+            if (const auto shared = weak.lock())
+                shared->takenIn(added, temporary, file, capture);
+        },
+        [weak = weak_from_this()](double done) {
+            const auto shared = weak.lock();
+            if (shared && shared->feedback.copying)
+                shared->feedback.copying(done);
+        });
 }
 
 void BWCaptureController::Shared::takenIn(bool added, const QUrl &temporary, const QUrl &file, BWCaptureResult result)

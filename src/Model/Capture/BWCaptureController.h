@@ -8,6 +8,8 @@
 #include <memory>
 #include <QByteArray>
 
+class BWAlbumDiskGuard;
+
 /// Takes what cameras capture into the current album: snapshots when they come, movies when they are complete, however
 /// a recording came to its end. Operations on the GUI thread.
 class BWCaptureController {
@@ -20,9 +22,12 @@ public:
         std::function<void(bool recording)> recording;
         /// A capture is done: it is in the album, or it is known why not.
         std::function<void(const BWCaptureResult &result)> done;
+        /// A capture takes long to be copied into the album; so much of it is there, from 0 to 1.
+        std::function<void(double done)> copying = {};
     };
 
-    BWCaptureController(BWAlbumManager &albums, Feedback feedback);
+    /// `guard` watches the room in the album while a movie grows elsewhere; one with the usual check if null.
+    BWCaptureController(BWAlbumManager &albums, Feedback feedback, std::shared_ptr<BWAlbumDiskGuard> guard = {});
 
     /// Installs the snapshot, recording and hardware-button callbacks. They may be called on any thread until the camera is gone
     /// and outlive this object without harm.
@@ -44,6 +49,9 @@ public:
     void setButtonRecords(bool records, std::function<void()> record);
 
 private:
+    void recordingEndsForAlbum(const BWCameraPtr &camera);
+
     struct Shared;
     std::shared_ptr<Shared> m_shared;
+    std::shared_ptr<BWAlbumDiskGuard> m_guard;
 };
