@@ -1,0 +1,73 @@
+"""One run of a program on the virtual display, and what it uses."""
+
+import os
+import re
+import sys
+import time
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "tests" / "e2e"))
+from desktop import Failure, wait_until  # noqa: E402
+from live_image import colours  # noqa: E402
+
+TICK = os.sysconf("SC_CLK_TCK")
+MANY_COLOURS = 60  # at the points looked at; no window without a picture has that many
+
+
+def cpu_seconds(pid):
+    fields = Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / TICK
+
+
+def memory_mib(pid):
+    """Resident and proportional set size in MiB."""
+    text = Path(f"/proc/{pid}/smaps_rollup").read_text()
+    return tuple(int(re.search(rf"^{name}:\s+(\d+)", text, re.M).group(1)) / 1024 for name in ("Rss", "Pss"))
+
+
+def table(head, rows):
+    lines = [head, ["---"] * len(head), *rows]
+    return "\n".join("| " + " | ".join(map(str, line)) + " |" for line in lines)
+
+
+class Run:
+    """One run of one program: when it showed the first picture, and what it has used at its end."""
+
+    def __init__(self, desktop, command, environment):
+        self._desktop = desktop
+        desktop.environment.update(environment)
+        self._display_before = cpu_seconds(desktop.display.pid)
+        self._begin = time.monotonic()
+        self.process = desktop.spawn(command, log="program.log")
+        self.first_picture = None
+
+    def wait_for_picture(self):
+        wait_until("the movie is to be seen", lambda: self._ended() or self._picture_there(), seconds=30, step=0.01)
+        if self.process.returncode is not None:
+            raise Failure(f"{self.process.args} has shown no picture, and ended with {self.process.returncode}:\n"
+                          + self.log)
+        self.first_picture = time.monotonic() - self._begin
+
+    def _picture_there(self):
+        return colours(self._desktop.picture(), step=23) > MANY_COLOURS
+
+    def quit(self):
+        self._desktop.key("ctrl+q")
+
+    def wait_for_end(self, seconds=120):
+        wait_until(f"{self.process.args[0]} ends", self._ended, seconds)
+        if self.process.returncode != 0:
+            raise Failure(f"{self.process.args} has ended with {self.process.returncode}:\n{self.log}")
+
+    def _ended(self):
+        if self.process.returncode is None:
+            pid, status, usage = os.wait4(self.process.pid, os.WNOHANG)
+            if pid:
+                self.process.returncode = os.waitstatus_to_exitcode(status)
+                self.cpu = usage.ru_utime + usage.ru_stime
+                self.display_cpu = cpu_seconds(self._desktop.display.pid) - self._display_before
+        return self.process.returncode is not None
+
+    @property
+    def log(self):
+        return (self._desktop.folder / "program.log").read_text(errors="replace")

@@ -1,0 +1,95 @@
+#include "Model/BWAlbumContents.h"
+#include "Model/BWSettingsFile.h"
+#include "TestFolder.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using State = BWAlbumContents::State;
+
+/// An album's contents as they change under the program's eyes, in a real folder.
+class TestAlbumContents : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void followsTheFolder()
+    {
+        m_albums.prepare();
+        const QDir album(m_albums.currentAlbum()->path().toLocalFile());
+        write(album, u"a.jpg"_s);
+        BWAlbumContents contents(m_albums, m_clock);
+        QSignalSpy reloaded(&contents, &BWAlbumContents::reloaded);
+        QSignalSpy changed(&contents, &BWAlbumContents::changed);
+        QSignalSpy written(&contents, &BWAlbumContents::filesWritten);
+        contents.reload();
+        QCOMPARE(reloaded.size(), 1);
+        QCOMPARE(contents.state(), State::Reading);
+        m_clock.advance(2s); // and no listing has come yet
+        QCOMPARE(contents.state(), State::NotAnswering);
+        QTRY_COMPARE(contents.state(), State::Listed);
+        QCOMPARE(names(contents), u"a.jpg"_s);
+        QCOMPARE(reloaded.size(), 2);
+
+        changed.clear();
+        write(album, u"b.jpg"_s);
+        write(album, u"c.mov"_s);
+        write(album, u"notes.txt"_s);
+        QTRY_COMPARE(names(contents), u"b.jpg|a.jpg|c.mov"_s);
+        const auto changes = changed.size();
+        written.clear();
+        write(album, u"a.jpg"_s); // again
+        QTRY_COMPARE(written.size(), 1);
+        QCOMPARE(changed.size(), changes); // the list is the same
+        QCOMPARE(reloaded.size(), 2);
+
+        contents.reload();
+        QTRY_COMPARE(reloaded.size(), 3);
+        m_clock.advance(2s);
+        QCOMPARE(contents.state(), State::Listed);
+
+        const QString elsewhere = album.path() + u" elsewhere"_s;
+        QVERIFY(QDir().rename(album.path(), elsewhere));
+        QTRY_COMPARE(contents.state(), State::Unavailable);
+        QCOMPARE(names(contents), QString());
+        QVERIFY(QDir().rename(elsewhere, album.path()));
+        QTRY_COMPARE(contents.state(), State::Listed);
+        write(album, u"d.jpg"_s); // watched as before
+        QTRY_COMPARE(names(contents), u"d.jpg|b.jpg|a.jpg|c.mov"_s);
+        QCOMPARE(reloaded.size(), 3);
+    }
+
+    void anotherAlbumIsEmptyUntilItIsListed()
+    {
+        m_folder.file(u"First/a.jpg"_s);
+        m_folder.file(u"Second/b.jpg"_s);
+        BWAlbumContents contents(m_albums, m_clock);
+        for (const auto &[album, file] : {std::pair{u"First"_s, u"a.jpg"_s}, {u"Second"_s, u"b.jpg"_s}}) {
+            m_albums.addAlbumFromPath(m_folder.url(album));
+            contents.reload();
+            QCOMPARE(names(contents), QString());
+            QTRY_COMPARE(names(contents), file);
+        }
+    }
+
+private:
+    static void write(const QDir &folder, const QString &name)
+    {
+        QFile file(folder.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("x");
+    }
+    static QString names(const BWAlbumContents &contents)
+    {
+        return TestFolder::names(contents.files(BWMediaType::Image) + contents.files(BWMediaType::Video));
+    }
+
+    TestFolder m_folder;
+    BWSettingsFile m_defaults{m_folder.path() + u"/settings.conf"_s};
+    BWManualClock m_clock;
+    BWAlbumManager m_albums{m_defaults, m_folder.path()};
+};
+
+QTEST_GUILESS_MAIN(TestAlbumContents)
+#include "test_album_contents.moc"
