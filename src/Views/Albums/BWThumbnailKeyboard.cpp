@@ -1,0 +1,149 @@
+#include "Views/Albums/BWThumbnailKeyboard.h"
+
+#include "Views/Albums/BWThumbnailTableView.h"
+#include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+
+#include <algorithm>
+#include <optional>
+#include <QHeaderView>
+#include <QKeyEvent>
+
+namespace {
+
+enum class Command { SelectAll, Deselect, Toggle, Open, Trash, SaveAs, Menu };
+
+Qt::KeyboardModifiers modifiersOf(const QKeyEvent &event)
+{
+    return event.modifiers() & ~Qt::KeypadModifier;
+}
+
+std::optional<Command> commandOf(const QKeyEvent &event)
+{
+    const Qt::KeyboardModifiers modifiers = modifiersOf(event);
+    const bool plain = modifiers == Qt::NoModifier;
+    const bool withControl = modifiers == Qt::ControlModifier;
+    switch (event.key()) {
+    case Qt::Key_A:
+        return withControl ? std::optional(Command::SelectAll) : std::nullopt;
+    case Qt::Key_S:
+        return withControl ? std::optional(Command::SaveAs) : std::nullopt;
+    case Qt::Key_Space:
+        return plain || withControl ? std::optional(Command::Toggle) : std::nullopt;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return plain ? std::optional(Command::Open) : std::nullopt;
+    case Qt::Key_Delete:
+        return plain ? std::optional(Command::Trash) : std::nullopt;
+    case Qt::Key_Escape:
+        return plain ? std::optional(Command::Deselect) : std::nullopt;
+    case Qt::Key_F10: // the menu key itself comes as a request for a menu
+        return modifiers == Qt::ShiftModifier ? std::optional(Command::Menu) : std::nullopt;
+    default:
+        return std::nullopt;
+    }
+}
+
+/// Where a moving key leads from `focus` (-1: nowhere yet), or nothing if it is none.
+std::optional<int> targetOf(int key, int focus, const BWThumbnailTableView &view)
+{
+    const int columns = view.model()->columnCount();
+    const int across = columns > 1 ? 1 : 2; // a single column shows every second element
+    const int elements = view.elementCount();
+    const int last = across == 1 ? elements - 1 : (elements - 1) / 2 * 2;
+    const int page = std::max(1, view.viewport()->height() / view.verticalHeader()->defaultSectionSize());
+    const auto byRows = [&](int rows) {
+        const int row = std::clamp(focus / 2 + rows, 0, last / 2);
+        return std::min(row * 2 + focus % 2, last);
+    };
+    if (view.isRightToLeft() && (key == Qt::Key_Left || key == Qt::Key_Right))
+        key = key == Qt::Key_Left ? Qt::Key_Right : Qt::Key_Left;
+    switch (key) {
+    case Qt::Key_Left:
+        return std::max(focus - across, 0);
+    case Qt::Key_Right:
+        return focus < 0 ? 0 : std::min(focus + across, last);
+    case Qt::Key_Up:
+        return focus < 0 ? 0 : byRows(-1);
+    case Qt::Key_Down:
+        return focus < 0 ? 0 : byRows(1);
+    case Qt::Key_PageUp:
+        return focus < 0 ? 0 : byRows(-page);
+    case Qt::Key_PageDown:
+        return focus < 0 ? 0 : byRows(page);
+    case Qt::Key_Home:
+        return 0;
+    case Qt::Key_End:
+        return last;
+    default:
+        return std::nullopt;
+    }
+}
+
+bool move(BWThumbnailTableView &view, const QKeyEvent &event)
+{
+    const Qt::KeyboardModifiers modifiers = modifiersOf(event);
+    if (modifiers != Qt::NoModifier && modifiers != Qt::ShiftModifier && modifiers != Qt::ControlModifier)
+        return false;
+    const int focus = view.focusIndex();
+    const std::optional<int> target = targetOf(event.key(), focus, view);
+    if (!target)
+        return false;
+    view.setFocusIndex(*target);
+    view.scrollTo(view.currentIndex());
+    if (modifiers == Qt::ControlModifier)
+        return true;
+    const auto handler = view.mouseEventHandler();
+    handler->updateOperationIndexesFromIndex(*target);
+    if (modifiers == Qt::ShiftModifier)
+        handler->moveRangeEnd(focus < 0 ? *target : focus, *target);
+    else
+        handler->selectOnly(*target);
+    return true;
+}
+
+void perform(Command command, BWThumbnailTableView &view)
+{
+    const auto handler = view.mouseEventHandler(); // held: an operation may make the grid reload
+    if (view.focusIndex() < 0)
+        view.setFocusIndex(handler->selectedIndexes().value(0, 0));
+    const int focus = view.focusIndex();
+    if (command != Command::SelectAll && command != Command::Deselect)
+        handler->updateOperationIndexesFromIndex(focus);
+    switch (command) {
+    case Command::SelectAll:
+        return view.onSelectAll();
+    case Command::Deselect:
+        return view.onUnselectAll();
+    case Command::Toggle:
+        return handler->toggle(focus);
+    case Command::Open:
+        return view.performDoubleClickForIndex(focus);
+    case Command::Trash:
+        return view.onTrash();
+    case Command::SaveAs:
+        return view.onSaveAs();
+    case Command::Menu:
+        return view.popUpMenuAtFocus();
+    }
+}
+
+} // namespace
+
+bool BWThumbnailKeyboard::takes(const QKeyEvent &event)
+{
+    const std::optional<Command> command = commandOf(event);
+    return command && *command != Command::Deselect; // with nothing to deselect, Escape is the window's
+}
+
+bool BWThumbnailKeyboard::press(BWThumbnailTableView &view, const QKeyEvent &event)
+{
+    if (view.elementCount() == 0)
+        return false;
+    const std::optional<Command> command = commandOf(event);
+    if (!command)
+        return move(view, event);
+    if (*command == Command::Deselect && view.mouseEventHandler()->selectedIndexes().isEmpty())
+        return false;
+    perform(*command, view);
+    return true;
+}

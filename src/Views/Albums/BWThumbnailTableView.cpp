@@ -1,0 +1,334 @@
+#include "Views/Albums/BWThumbnailTableView.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/Albums/BWThumbnailCellGeometry.h"
+#include "Views/Albums/BWThumbnailCellPainter.h"
+#include "Views/Albums/BWThumbnailDrag.h"
+#include "Views/Albums/BWThumbnailKeyboard.h"
+#include "Views/Albums/BWThumbnailNotice.h"
+#include "Views/Albums/BWThumbnailSelection.h"
+#include "Views/Albums/BWThumbnailTableModel.h"
+#include "Views/Albums/BWThumbnailTableViewDataSource.h"
+#include "Views/Albums/BWThumbnailTableViewDelegate.h"
+#include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+#include "Views/Albums/BWThumbnailWishes.h"
+
+#include <algorithm>
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QMenu>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+
+using namespace Qt::StringLiterals;
+
+BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
+    : QTableView(parent),
+      m_clock(clock),
+      m_model(new BWThumbnailTableModel(*this)),
+      m_notice(new BWThumbnailNotice(viewport())),
+      m_rightMenu(new QMenu(this)),
+      m_painter(std::make_unique<BWThumbnailCellPainter>(*this)),
+      m_wishes(std::make_unique<BWThumbnailWishes>(*this, clock))
+{
+    renewHandler();
+    setModel(m_model);
+    setItemDelegate(m_painter.get());
+    setSelectionMode(ExtendedSelection);
+    setSelectionBehavior(SelectItems);
+    setEditTriggers(NoEditTriggers);
+    setTabKeyNavigation(false);
+    setShowGrid(false);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    horizontalHeader()->hide();
+    horizontalHeader()->setMinimumSectionSize(1);
+    horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    verticalHeader()->hide();
+    verticalHeader()->setMinimumSectionSize(1);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+}
+
+BWThumbnailTableView::~BWThumbnailTableView()
+{
+    m_handler->retire();
+}
+
+void BWThumbnailTableView::localizeWithManager(BWLocalizationManager &manager)
+{
+    createRightMenu(manager);
+}
+
+void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
+{
+    // The keys are only told here: the grid takes them itself, while it has the focus.
+    const auto add = [this](const QString &text, const QKeySequence &key, void (BWThumbnailTableView::*action)()) {
+        m_rightMenu->addAction(text + u'\t' + key.toString(QKeySequence::NativeText), this, action);
+    };
+    m_rightMenu->clear();
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_select_all"_s, u"Select All"_s), u"Ctrl+A"_s,
+        &BWThumbnailTableView::onSelectAll);
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_deselect_all"_s, u"Deselect All"_s), Qt::Key_Escape,
+        &BWThumbnailTableView::onUnselectAll);
+    m_rightMenu->addSeparator();
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s), u"Ctrl+S"_s,
+        &BWThumbnailTableView::onSaveAs);
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Qt::Key_Delete,
+        &BWThumbnailTableView::onTrash);
+}
+
+void BWThumbnailTableView::setEmptyNotice(const QString &iconName, const QString &text)
+{
+    m_notice->setNotice(iconName, text);
+    setAccessibleDescription(elementCount() ? QString() : text);
+}
+
+void BWThumbnailTableView::reloadData()
+{
+    const int focus = focusIndex();
+    const QUrl focused = m_model->elementAt(focus);
+    renewHandler();
+    m_model->reload();
+    updateRowHeight();
+    restoreFocus(focused, focus);
+    const bool empty = elementCount() == 0;
+    m_notice->setVisible(empty);
+    setAccessibleDescription(empty ? m_notice->text() : QString());
+    m_wishes->renew();
+}
+
+void BWThumbnailTableView::renewHandler()
+{
+    if (m_handler)
+        m_handler->retire();
+    m_handler = std::make_shared<BWThumbnailViewMouseEventHandler>(*this, m_clock);
+}
+
+void BWThumbnailTableView::restoreFocus(const QUrl &file, int index)
+{
+    if (file.isEmpty())
+        return;
+    const QList<QUrl> now = elements();
+    const bool stayed = index < now.size() && now[index] == file;
+    const qsizetype found = stayed ? index : now.indexOf(file);
+    // What took the place of an element that is gone is the next best.
+    setFocusIndex(static_cast<int>(found >= 0 ? found : std::min<qsizetype>(index, now.size() - 1)));
+}
+
+void BWThumbnailTableView::redrawElements(const QList<QUrl> &files)
+{
+    const QList<QUrl> now = elements();
+    for (const int index : m_wishes->visibleIndexes()) {
+        if (files.contains(now[index]))
+            update(m_model->index(index / 2, index % 2));
+    }
+}
+
+QList<QUrl> BWThumbnailTableView::elements() const
+{
+    return m_modelDelegate ? m_modelDelegate->elementsForThumbnailTableView(*this) : QList<QUrl>();
+}
+
+bool BWThumbnailTableView::hasElement(const QModelIndex &index) const
+{
+    return index.isValid() && m_dataSource && cellIndex(index.row(), index.column()) < elementCount();
+}
+
+bool BWThumbnailTableView::cellIsSelectedAtRow(int row, int column) const
+{
+    return m_handler->isSelected(cellIndex(row, column));
+}
+
+QSize BWThumbnailTableView::thumbnailPixelSize() const
+{
+    const QSize cell(horizontalHeader()->sectionSize(0), verticalHeader()->defaultSectionSize());
+    return BWThumbnailCellGeometry::pictureArea(QRect(QPoint(), cell)).size() * devicePixelRatioF();
+}
+
+int BWThumbnailTableView::focusIndex() const
+{
+    const QModelIndex current = currentIndex();
+    return hasElement(current) ? cellIndex(current.row(), current.column()) : -1;
+}
+
+void BWThumbnailTableView::setFocusIndex(int index)
+{
+    selectionModel()->setCurrentIndex(m_model->index(index / 2, index % 2), QItemSelectionModel::NoUpdate);
+}
+
+void BWThumbnailTableView::popUpMenuAtFocus()
+{
+    if (focusIndex() < 0)
+        return;
+    scrollTo(currentIndex());
+    const QPoint middle = visualRect(currentIndex()).center();
+    if (QMenu *menu = m_handler->menuForRightClick(middle))
+        menu->popup(viewport()->mapToGlobal(middle));
+}
+
+void BWThumbnailTableView::onSelectAll()
+{
+    m_handler->selectAllCells();
+}
+
+void BWThumbnailTableView::onUnselectAll()
+{
+    m_handler->unselectAllCells();
+}
+
+void BWThumbnailTableView::onSaveAs()
+{
+    if (const auto indexes = m_handler->operationIndexes(); m_modelDelegate && !indexes.isEmpty())
+        m_modelDelegate->saveIndexesOfModel(*this, indexes);
+}
+
+void BWThumbnailTableView::onTrash()
+{
+    if (const auto indexes = m_handler->operationIndexes(); m_modelDelegate && !indexes.isEmpty())
+        m_modelDelegate->removeIndexesOfModel(*this, indexes);
+}
+
+void BWThumbnailTableView::performDoubleClickForIndex(int)
+{
+    if (const auto indexes = m_handler->operationIndexes(); m_modelDelegate && !indexes.isEmpty())
+        m_modelDelegate->openIndexesOfModel(*this, indexes);
+}
+
+void BWThumbnailTableView::beginDraggingSession(const QList<BWThumbnailDragItem> &items, QPoint)
+{
+    BWThumbnailDrag::run(*this, items);
+}
+
+void BWThumbnailTableView::showSelection()
+{
+    const QScopedValueRollback repeating(m_repeatingSelection, true);
+    selectionModel()->select(BWThumbnailSelection::fromIndexes(*m_model, m_handler->selectedIndexes()),
+                             QItemSelectionModel::ClearAndSelect);
+    viewport()->update();
+}
+
+void BWThumbnailTableView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    if (!m_repeatingSelection && m_handler) // a screen reader selects
+        m_handler->adoptSelection(BWThumbnailSelection::toIndexes(selectionModel()->selection()));
+}
+
+bool BWThumbnailTableView::event(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::ShortcutOverride:
+        // The same keys may be shortcuts of the window.
+        if (BWThumbnailKeyboard::takes(static_cast<const QKeyEvent &>(*event))) {
+            event->accept();
+            return true;
+        }
+        break;
+    case QEvent::ScreenChangeInternal: // another scale
+        m_wishes->schedule();
+        break;
+    default:
+        break;
+    }
+    return QTableView::event(event);
+}
+
+// The handler is held while it is called: what it calls may make the grid reload.
+
+void BWThumbnailTableView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (const QModelIndex index = indexAt(event->position().toPoint()); hasElement(index))
+        setFocusIndex(cellIndex(index.row(), index.column()));
+    const auto handler = m_handler;
+    if (handler->acceptMouseDown(*event, 1))
+        QTableView::mousePressEvent(event);
+}
+
+void BWThumbnailTableView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    const auto handler = m_handler;
+    if (handler->acceptMouseDown(*event, 2))
+        QTableView::mouseDoubleClickEvent(event);
+}
+
+void BWThumbnailTableView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    const auto handler = m_handler;
+    if (handler->acceptMouseUp(*event))
+        QTableView::mouseReleaseEvent(event);
+}
+
+void BWThumbnailTableView::mouseMoveEvent(QMouseEvent *)
+{
+    // the table would select and drag by itself
+}
+
+void BWThumbnailTableView::contextMenuEvent(QContextMenuEvent *event)
+{
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        popUpMenuAtFocus();
+        return;
+    }
+    const QModelIndex index = indexAt(event->pos());
+    if (QMenu *menu = m_handler->menuForRightClick(event->pos())) {
+        setFocusIndex(cellIndex(index.row(), index.column()));
+        menu->popup(event->globalPos());
+    }
+}
+
+void BWThumbnailTableView::keyPressEvent(QKeyEvent *event)
+{
+    event->setAccepted(BWThumbnailKeyboard::press(*this, *event));
+}
+
+void BWThumbnailTableView::resizeEvent(QResizeEvent *event)
+{
+    QTableView::resizeEvent(event);
+    m_notice->setGeometry(viewport()->rect());
+    updateRowHeight();
+    m_wishes->schedule();
+}
+
+void BWThumbnailTableView::showEvent(QShowEvent *event)
+{
+    QTableView::showEvent(event);
+    updateRowHeight();
+    m_wishes->schedule();
+}
+
+void BWThumbnailTableView::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    m_wishes->scrolled(dy < 0);
+}
+
+void BWThumbnailTableView::updateRowHeight()
+{
+    if (!m_dataSource || model()->rowCount() == 0)
+        return;
+    const int old = verticalHeader()->defaultSectionSize();
+    const int height = std::max(1, m_dataSource->heightOfRow(*this, 0));
+    if (height == old)
+        return;
+    const double top = static_cast<double>(verticalScrollBar()->value()) / old;
+    verticalHeader()->setDefaultSectionSize(height);
+    updateGeometries();
+    verticalScrollBar()->setValue(qRound(top * height)); // the same row stays at the top
+}
+
+void BWThumbnailTableView::initViewItemOption(QStyleOptionViewItem *option) const
+{
+    QTableView::initViewItemOption(option);
+    option->showDecorationSelected = false; // the painter shows the selection
+}
+
+QItemSelectionModel::SelectionFlags BWThumbnailTableView::selectionCommand(const QModelIndex &, const QEvent *) const
+{
+    return QItemSelectionModel::NoUpdate;
+}
