@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+/// How an export ended.
+struct BWExportResult {
+    enum class Outcome {
+        Done,
+        Cancelled, ///< nothing of it is left; what stood at the target still does
+        Failed ///< the same, but for `leftover`
+    };
+    /// What stood in the way, as far as the user can do something about it.
+    enum class Problem {
+        None,
+        SourceUnreadable, ///< gone, no file, or not ours to read
+        SourceChanged, ///< another program wrote to it while it was read
+        TargetIsSource, ///< the archive would replace one of the files that go into it
+        TargetFolderMissing,
+        TargetNotWritable,
+        TargetFull, ///< no room, or larger than the target's file system can take
+        NameTooLong,
+        Other
+    };
+
+    Outcome outcome = Outcome::Done;
+    Problem problem = Problem::None;
+    QUrl file; ///< done: the target; failed: the file that it failed on
+    QString reason; ///< the system's words, for the log and for details; null unless failed
+    QUrl leftover; ///< the part of an archive that a failure left; empty if there is none
+
+    static BWExportResult done(const QUrl &target);
+    static BWExportResult cancelled();
+    /// `error` is an errno.
+    static BWExportResult sourceFailed(const QUrl &source, int error);
+    static BWExportResult sourceChanged(const QUrl &source);
+    static BWExportResult targetFailed(const QUrl &target, int error);
+    static BWExportResult targetIsSource(const QUrl &target);
+};

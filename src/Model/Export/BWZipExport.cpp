@@ -1,0 +1,181 @@
+#include "Model/Export/BWZipExport.h"
+
+#include "Model/Export/BWBlockDeflater.h"
+#include "Model/Export/BWExportSource.h"
+#include "Model/Export/BWExportWatch.h"
+#include "Model/Export/BWPartFile.h"
+#include "Model/Export/BWZipWriter.h"
+#include "Utils/BWFilePath.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <deque>
+#include <future>
+#include <memory>
+#include <optional>
+#include <QThread>
+#include <QThreadPool>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <zlib.h>
+
+namespace {
+
+using Failure = std::optional<BWExportResult>;
+
+constexpr int mostThreads = 8; // more would only wait for the disk
+constexpr int yieldToOthers = 10; // the live image and a recording come first
+
+/// Bytes of the files that can be looked at now; the others fail when their turn comes.
+qint64 totalSize(const QList<QUrl> &files)
+{
+    qint64 total = 0;
+    struct stat info;
+    for (const QUrl &file : files)
+        total += ::stat(BWFilePath::native(file).constData(), &info) == 0 ? info.st_size : 0;
+    return total;
+}
+
+bool contains(const QList<QUrl> &files, const QUrl &target)
+{
+    struct stat there;
+    if (::lstat(BWFilePath::native(target).constData(), &there) != 0)
+        return false;
+    return std::any_of(files.begin(), files.end(), [&there](const QUrl &file) {
+        struct stat info;
+        return ::stat(BWFilePath::native(file).constData(), &info) == 0 && info.st_dev == there.st_dev
+            && info.st_ino == there.st_ino;
+    });
+}
+
+/// The blocks of all files in a row: compressed ahead by the pool, written in order by the thread that calls.
+class Packer {
+public:
+    Packer(BWPartFile &part, BWExportWatch &watch) : m_part(part), m_writer(part), m_watch(watch)
+    {
+        m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount(), 1, mostThreads));
+    }
+    ~Packer()
+    {
+        m_stopped = true; // what has not begun is not worth beginning
+        m_pool.waitForDone();
+    }
+
+    Failure run(const QList<QUrl> &files)
+    {
+        m_watch.begin(totalSize(files));
+        if (!m_writer.open())
+            return targetFailure();
+        Failure missing;
+        for (auto file = files.begin(); file != files.end() && !missing; ++file) {
+            const auto source = BWExportSource::open(*file);
+            if (!source)
+                missing = BWExportResult::sourceFailed(*file, errno);
+            else if (Failure failure = add(source))
+                return failure;
+        }
+        // With a file missing, what goes before it still becomes an archive that can be read.
+        while (!m_blocks.empty()) {
+            if (Failure failure = writeFirst())
+                return failure;
+        }
+        if (!m_writer.close())
+            return targetFailure();
+        return missing;
+    }
+
+private:
+    struct Block {
+        std::shared_ptr<const BWExportSource> source;
+        qint64 offset;
+        std::future<BWDeflatedBlock> result;
+    };
+
+    Failure targetFailure() const { return BWExportResult::targetFailed(m_part.target(), m_writer.error()); }
+
+    Failure add(const std::shared_ptr<const BWExportSource> &source)
+    {
+        qint64 offset = 0;
+        do {
+            enqueue(source, offset);
+            offset += BWBlockDeflater::blockSize;
+            // Twice as many as threads, so that none runs out of work while a block is being written.
+            while (m_blocks.size() > 2 * static_cast<std::size_t>(m_pool.maxThreadCount())) {
+                if (Failure failure = writeFirst())
+                    return failure;
+            }
+        } while (offset < source->size());
+        return {};
+    }
+
+    void enqueue(const std::shared_ptr<const BWExportSource> &source, qint64 offset)
+    {
+        const auto task = std::make_shared<std::packaged_task<BWDeflatedBlock()>>([this, source, offset] {
+            ::setpriority(PRIO_PROCESS, 0, yieldToOthers); // of this thread alone
+            return m_stopped ? BWDeflatedBlock() : BWBlockDeflater::deflate(*source, offset);
+        });
+        m_blocks.push_back({source, offset, task->get_future()});
+        m_pool.start([task] { (*task)(); });
+    }
+
+    Failure writeFirst()
+    {
+        if (m_watch.isCancelled())
+            return BWExportResult::cancelled();
+        Block block = std::move(m_blocks.front());
+        m_blocks.pop_front();
+        const BWExportSource &source = *block.source;
+        if (block.offset == 0) {
+            m_checksum = 0;
+            if (!m_writer.beginEntry(
+                    {BWFilePath::lastComponent(source.file()), source.modified().tv_sec, source.size()}))
+                return targetFailure();
+        }
+        const BWDeflatedBlock deflated = block.result.get();
+        if (deflated.changed)
+            return BWExportResult::sourceChanged(source.file());
+        if (deflated.error != 0)
+            return BWExportResult::sourceFailed(source.file(), deflated.error);
+        m_checksum = static_cast<quint32>(::crc32_combine(m_checksum, deflated.checksum, deflated.size));
+        if (!m_writer.write(deflated.deflated))
+            return targetFailure();
+        if (block.offset + deflated.size == source.size()) {
+            if (!source.isUnchanged())
+                return BWExportResult::sourceChanged(source.file());
+            if (!m_writer.endEntry(m_checksum))
+                return targetFailure();
+        }
+        m_watch.add(deflated.size);
+        return {};
+    }
+
+    BWPartFile &m_part;
+    BWZipWriter m_writer;
+    BWExportWatch &m_watch;
+    std::deque<Block> m_blocks;
+    quint32 m_checksum = 0; // of the entry so far
+    std::atomic<bool> m_stopped = false;
+    QThreadPool m_pool;
+};
+
+} // namespace
+
+BWExportResult BWZipExport::run(const QList<QUrl> &files, const QUrl &target, BWExportWatch &watch)
+{
+    if (contains(files, target))
+        return BWExportResult::targetIsSource(target);
+    BWPartFile part(target);
+    if (!part.create())
+        return BWExportResult::targetFailed(target, errno);
+    Failure failure = Packer(part, watch).run(files);
+    if (!failure && watch.isCancelled())
+        failure = BWExportResult::cancelled();
+    if (!failure && !part.complete())
+        failure = BWExportResult::targetFailed(target, errno);
+    if (!failure)
+        return BWExportResult::done(target);
+    if (failure->outcome == BWExportResult::Outcome::Failed)
+        failure->leftover = part.keep();
+    return *failure;
+}
