@@ -1,0 +1,57 @@
+// Saves files as the program does: export_run TARGET FILE..., or with the files' names, each ended by a zero byte, from
+// standard input. Prints the outcome, what stood in the way, and the memory it took at first and at most.
+#include "Model/Export/BWFileExport.h"
+#include "Utils/BWFilePath.h"
+
+#include <cstdio>
+#include <QCoreApplication>
+#include <QFile>
+
+namespace {
+
+/// In KiB.
+long memory(const QByteArray &which)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray text = status.readAll();
+    const qsizetype begin = text.indexOf(which) + which.size() + 1;
+    return text.mid(begin, text.indexOf("kB", begin) - begin).trimmed().toLong();
+}
+
+QList<QUrl> filesFromInput()
+{
+    QFile input;
+    QList<QUrl> files;
+    if (input.open(stdin, QIODevice::ReadOnly)) {
+        for (const QByteArray &name : input.readAll().split('\0')) {
+            if (!name.isEmpty())
+                files.append(BWFilePath::url(name));
+        }
+    }
+    return files;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    if (argc < 2)
+        return 2;
+    QList<QUrl> files;
+    for (int i = 2; i < argc; ++i)
+        files.append(BWFilePath::url(argv[i]));
+    if (files.isEmpty())
+        files = filesFromInput();
+
+    const long before = memory("VmRSS");
+    BWFileExport fileExport;
+    const bool begun = fileExport.start(files, BWFilePath::url(argv[1]), [before](const BWExportResult &result) {
+        std::printf("%d %d %ld %ld %s\n", static_cast<int>(result.outcome), static_cast<int>(result.problem), before,
+                    memory("VmHWM"), qPrintable(result.reason));
+        QCoreApplication::exit(static_cast<int>(result.outcome));
+    });
+    return begun ? QCoreApplication::exec() : 2;
+}

@@ -1,0 +1,156 @@
+#!/usr/bin/python3
+"""Whether other programs find in our ZIP archives what went into them.
+
+Usage: test_archives.py EXPORT_RUN [CLASS...]
+"""
+
+import os
+import random
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import zipfile
+import zlib
+from pathlib import Path
+
+MIB = 1 << 20
+UTF8 = 1 << 11
+HEADER_64 = 45  # the version of the format that a program must know to read zip64
+TIME_ZONE = "Europe/Berlin"
+IDLE_LIMIT = 64 * 1024  # KiB above what the program takes without an export
+
+
+class Folder(unittest.TestCase):
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory(dir="/var/tmp")
+        self.addCleanup(holder.cleanup)
+        self.album = os.path.join(os.fsencode(holder.name), b"album")
+        os.mkdir(self.album)
+        self.target = Path(holder.name) / "out.zip"
+
+    def file(self, name, content, modified=None):
+        path = os.path.join(self.album, name)
+        with open(path, "wb") as file:
+            file.write(content)
+        if modified is not None:
+            os.utime(path, (0, modified))
+        return path
+
+    def export(self, paths):
+        run = subprocess.run([PROGRAM, self.target], input=b"\0".join(paths), stdout=subprocess.PIPE, check=False,
+                             env={**os.environ, "TZ": TIME_ZONE})
+        _, _, before, most, reason = run.stdout.decode().split(" ", 4)
+        self.assertEqual(run.returncode, 0, reason)
+        self.assertLess(int(most) - int(before), IDLE_LIMIT)
+        self.assertEqual(list(self.target.parent.glob("*.part")), [])
+        return int(most) - int(before)
+
+    def assert_tools_agree(self):
+        for command in (["unzip", "-tqq"], ["7z", "t", "-bso0"]):
+            run = subprocess.run([*command, self.target], capture_output=True, check=False)
+            self.assertEqual((run.returncode, run.stdout, run.stderr), (0, b"", b""), command)
+
+
+class Archives(Folder):
+    def test_names_contents_and_dates(self):
+        noise = random.Random(1)
+        summer, winter = 1720000001, 1704067201
+        files = {
+            "plain.jpg".encode(): (b"pixels" * 1000, summer),
+            "Häutchen ß 日本 🔬.jpg".encode(): (noise.randbytes(3 * MIB + 1), winter),
+            b"a b'c\"d%20&$`*?[x].jpg": (b"", summer),
+            b"two\nlines\t.jpg": (noise.randbytes(512 * 1024), summer),  # one whole block
+            b"caf\xe9.mov": (noise.randbytes(512 * 1024 + 1), summer),
+            b"-x.jpg": (b"x", -1),  # before 1980
+            b"later.mov": (bytes(5 * MIB), 4_000_000_000),  # after 2038
+            b"n" * 251 + b".jpg": (b"long", summer),
+        }
+        self.export([self.file(name, *rest) for name, rest in files.items()])
+        self.assert_tools_agree()
+        os.environ["TZ"] = TIME_ZONE
+        time.tzset()
+        with zipfile.ZipFile(self.target) as archive:
+            self.assertEqual(len(archive.infolist()), len(files))
+            for entry, (name, (content, modified)) in zip(archive.infolist(), files.items()):
+                with self.subTest(name):
+                    self.assertEqual(entry.filename.encode("utf-8" if entry.flag_bits & UTF8 else "cp437"), name)
+                    self.assertEqual(bool(entry.flag_bits & UTF8), b"\xe9" not in name)
+                    self.assertEqual(archive.read(entry), content)
+                    local = time.localtime(modified)[:5] + (time.localtime(modified)[5] & ~1,)
+                    self.assertEqual(entry.date_time, max(local, (1980, 1, 1, 0, 0, 0)))
+                    self.assertEqual(entry.external_attr >> 16, 0o100644)
+                    self.assertLess(entry.extract_version, HEADER_64)
+        unpacked = self.target.parent / "unpacked"
+        subprocess.run(["unzip", "-qq", self.target, "-d", unpacked], check=True)
+        for name in (b"plain.jpg", "Häutchen ß 日本 🔬.jpg".encode(), b"caf\xe9.mov"):
+            path = os.path.join(os.fsencode(unpacked), name)
+            self.assertEqual((Path(os.fsdecode(path)).read_bytes(), os.stat(path).st_mtime), files[name])
+
+    def test_same_name_twice(self):
+        os.mkdir(os.path.join(self.album, b"other"))
+        names = [b"a.jpg", b"other/a.jpg", b"a (2).jpg", b".jpg", b"other/.jpg"]
+        self.export([self.file(name, name) for name in names])
+        self.assert_tools_agree()
+        with zipfile.ZipFile(self.target) as archive:
+            self.assertEqual({name: archive.read(name) for name in archive.namelist()},
+                             {"a.jpg": b"a.jpg", "a (2).jpg": b"other/a.jpg", "a (2) (2).jpg": b"a (2).jpg",
+                              ".jpg": b".jpg", ".jpg (2)": b"other/.jpg"})
+
+    def test_more_entries_than_16_bits_can_count(self):
+        for count in (65535, 65536):
+            with self.subTest(count):
+                first = self.file(b"0.jpg", b"pixels")
+                paths = [first] + [os.path.join(self.album, b"%d.jpg" % number) for number in range(1, count)]
+                for path in paths[1:]:
+                    if not os.path.exists(path):
+                        os.link(first, path) if os.stat(first).st_nlink < 60000 else self.file(path, b"pixels")
+                self.export(paths)
+                self.assert_tools_agree()
+                with zipfile.ZipFile(self.target) as archive:
+                    self.assertEqual(len(archive.namelist()), count)
+                    self.assertEqual(archive.read("%d.jpg" % (count - 1)), b"pixels")
+
+
+class HugeArchives(Folder):
+    def test_beyond_4_gib(self):
+        """A sparse member of 5 GiB between small ones; then an archive whose last member begins beyond 4 GiB."""
+        sparse = self.file(b"sparse.mov", b"begin")
+        with open(sparse, "r+b") as file:
+            file.seek(5 * 1024 * MIB - 3)
+            file.write(b"end")
+        small = [self.file(b"small %d.jpg" % number, b"pixels" * number) for number in (1, 2)]
+        memory = self.export([small[0], sparse, small[1]])
+        print(f"5 GiB sparse: {memory} KiB")
+        self.check({"small 1.jpg": 20, "sparse.mov": HEADER_64, "small 2.jpg": 20})
+
+        noise = random.Random(2).randbytes(16 * MIB)
+        paths = []
+        for number in range(5):
+            paths.append(self.file(b"noise %d.mov" % number, b""))
+            with open(paths[-1], "wb") as file:
+                for _ in range(52):
+                    file.write(noise)
+        memory = self.export(paths[:4] + [small[0], paths[4], small[1]])
+        print(f"{self.target.stat().st_size} bytes of noise: {memory} KiB")
+        self.assertGreater(self.target.stat().st_size, 4096 * MIB)
+        self.check({})
+
+    def check(self, versions):
+        self.assert_tools_agree()
+        with zipfile.ZipFile(self.target) as archive:
+            for entry in archive.infolist():
+                self.assertEqual(versions.get(entry.filename, entry.extract_version), entry.extract_version)
+                checksum, size = 0, 0
+                with archive.open(entry) as packed, open(os.path.join(self.album, os.fsencode(entry.filename)), "rb") as own:
+                    while piece := packed.read(MIB):
+                        self.assertEqual(piece, own.read(len(piece)))
+                        checksum, size = zlib.crc32(piece, checksum), size + len(piece)
+                    self.assertEqual(own.read(1), b"")
+                self.assertEqual((checksum, size), (entry.CRC, entry.file_size))
+
+
+if __name__ == "__main__":
+    PROGRAM = sys.argv[1]
+    unittest.main(argv=sys.argv[:1] + sys.argv[2:], verbosity=2)

@@ -1,0 +1,262 @@
+#include "Model/Export/BWExportCopy.h"
+#include "Model/Export/BWExportWatch.h"
+#include "Model/Export/BWFileExport.h"
+#include "Model/Export/BWFolderCopies.h"
+#include "Model/Export/BWZipExport.h"
+#include "TestFolder.h"
+
+#include <csignal>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QTest>
+#include <sys/fsuid.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Outcome = BWExportResult::Outcome;
+using Problem = BWExportResult::Problem;
+
+QByteArray noise(qsizetype size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    QRandomGenerator(7).fillRange(reinterpret_cast<quint32 *>(bytes.data()), size / 4);
+    return bytes;
+}
+
+/// While it lives, no file gets larger than that: what a full disk is like in the middle.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t size)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limited{size, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+
+private:
+    rlimit m_before{};
+};
+
+} // namespace
+
+class TestFileExport : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_folder.emplace();
+        m_folder->folder(u"out"_s);
+    }
+
+    void copyIsWholeAndKeepsItsDate_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("plain") << QByteArray("copy.jpg");
+        QTest::newRow("not UTF-8") << QByteArray("caf\xe9 100% \n.jpg");
+        QTest::newRow("no room for .part") << QByteArray(251, 'n') + ".jpg";
+        QTest::newRow("nor in the middle of a letter") << QByteArray("n") + QByteArray("\xc3\xa4").repeated(127);
+    }
+    void copyIsWholeAndKeepsItsDate()
+    {
+        QFETCH(QByteArray, name);
+        const QByteArray content = noise(9'000'000);
+        const QUrl source = m_folder->file(u"a.jpg"_s, content);
+        const timeval times[]{{0, 0}, {1'720'000'001, 0}};
+        ::utimes(BWFilePath::native(source).constData(), times);
+        const QUrl target = BWFilePath::entry(m_folder->url(u"out"_s), name);
+        QFile old(m_folder->path(u"old"_s)); // stands at the target
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        ::rename(QFile::encodeName(old.fileName()).constData(), BWFilePath::native(target).constData());
+
+        BWExportWatch watch;
+        const BWExportResult result = BWExportCopy::run(source, target, watch);
+        QCOMPARE(result.reason, QString());
+        QCOMPARE(result.file, target);
+        QCOMPARE(TestFolder::count(m_folder->path(u"out"_s)), 1);
+        struct stat info;
+        QCOMPARE(::stat(BWFilePath::native(target).constData(), &info), 0);
+        QCOMPARE(info.st_mtim.tv_sec, 1'720'000'001);
+        ::rename(BWFilePath::native(target).constData(), QFile::encodeName(m_folder->path(u"read"_s)).constData());
+        QVERIFY(TestFolder::read(m_folder->url(u"read"_s)) == content);
+    }
+
+    void targetThatIsSpecial_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<int>("files");
+        QTest::addColumn<int>("problem");
+        const auto row = [](const char *title, const QString &target, int files, Problem problem) {
+            QTest::newRow(title) << target << files << static_cast<int>(problem);
+        };
+        row("the file itself", u"a.jpg"_s, 1, Problem::None);
+        row("the file itself, by another way", u"link/a.jpg"_s, 1, Problem::None);
+        row("a link to it", u"out/link.jpg"_s, 1, Problem::None);
+        row("one of the files of an archive", u"b.jpg"_s, 2, Problem::TargetIsSource);
+        row("folder", u"out"_s, 1, Problem::TargetNotWritable);
+        row("archive as a folder", u"out"_s, 2, Problem::TargetNotWritable);
+        row("no folder", u"gone/x.zip"_s, 2, Problem::TargetFolderMissing);
+        row("below a file", u"a.jpg/x.jpg"_s, 1, Problem::TargetFolderMissing);
+        row("long name", QString(256, u'n'), 1, Problem::NameTooLong);
+    }
+    void targetThatIsSpecial()
+    {
+        QFETCH(QString, target);
+        QFETCH(int, files);
+        QFETCH(int, problem);
+        const QList<QUrl> sources{m_folder->file(u"a.jpg"_s, "pixels"), m_folder->file(u"b.jpg"_s, "more")};
+        QVERIFY(QFile::link(m_folder->path(), m_folder->path(u"link"_s)));
+        QVERIFY(QFile::link(m_folder->path(u"a.jpg"_s), m_folder->path(u"out/link.jpg"_s)));
+        QCOMPARE(static_cast<int>(run(sources.first(files), m_folder->url(target)).problem), problem);
+        QCOMPARE(TestFolder::read(sources[0]) + TestFolder::read(sources[1]), "pixelsmore");
+        QCOMPARE(TestFolder::count(m_folder->path()), 4);
+        if (problem == 0)
+            QCOMPARE(TestFolder::read(m_folder->url(target)), "pixels");
+    }
+
+    void failureCostsNothing_data()
+    {
+        QTest::addColumn<int>("files");
+        QTest::addColumn<QString>("second"); // or the only one
+        QTest::addColumn<int>("problem");
+        const auto rows = [](const char *title, const QString &second, Problem problem) {
+            for (const int files : {1, 2})
+                QTest::addRow("%s, %d", title, files) << files << second << static_cast<int>(problem);
+        };
+        rows("full disk", u"b.jpg"_s, Problem::TargetFull);
+        rows("read-only folder", u"b.jpg"_s, Problem::TargetNotWritable);
+        rows("gone", u"gone"_s, Problem::SourceUnreadable);
+        rows("folder", u"out"_s, Problem::SourceUnreadable);
+        rows("pipe", u"pipe"_s, Problem::SourceUnreadable);
+        rows("cut off", u"b.jpg"_s, Problem::SourceChanged);
+        rows("grown", u"b.jpg"_s, Problem::SourceChanged);
+        rows("cancelled", u"b.jpg"_s, Problem::None);
+    }
+    void failureCostsNothing()
+    {
+        QFETCH(int, files);
+        QFETCH(QString, second);
+        QFETCH(int, problem);
+        const QByteArray what = QByteArray(QTest::currentDataTag()).split(',').first();
+        const QUrl target = m_folder->file(u"out/x.zip"_s, "old");
+        m_folder->file(u"out/x.zip.part"_s, "another program's");
+        ::mkfifo(QFile::encodeName(m_folder->path(u"pipe"_s)).constData(), 0666);
+        const QUrl changing = m_folder->file(u"b.jpg"_s, noise(12'000'000));
+        QList<QUrl> sources{m_folder->file(u"a.jpg"_s, noise(1'000'000)), m_folder->url(second)};
+        sources = sources.last(files);
+
+        BWExportWatch *asked = nullptr;
+        BWExportWatch watch([&](qint64, qint64) {
+            if (what == "cancelled")
+                asked->cancel();
+            else if (what == "cut off" || what == "grown")
+                QFile::resize(changing.toLocalFile(), what == "grown" ? 13'000'000 : 100);
+        });
+        asked = &watch;
+        ::chmod(QFile::encodeName(m_folder->path()).constData(), 0755);
+        if (what == "read-only folder")
+            ::setfsuid(65534); // for root no folder is read-only
+        BWExportResult result;
+        {
+            const auto restore = qScopeGuard([] { ::setfsuid(::geteuid()); });
+            const FullDisk disk(what == "full disk" ? 5'000'000 : RLIM_INFINITY);
+            result = run(sources, target, watch);
+        }
+        QCOMPARE(result.outcome, what == "cancelled" ? Outcome::Cancelled : Outcome::Failed);
+        QCOMPARE(static_cast<int>(result.problem), problem);
+        QCOMPARE(result.reason.isNull(), what == "cancelled");
+        QCOMPARE(TestFolder::read(target) + TestFolder::read(m_folder->url(u"out/x.zip.part"_s)),
+                 "oldanother program's");
+        // Of an archive as much as there was is left; of a copy nothing.
+        const bool leaves = files == 2 && !result.leftover.isEmpty();
+        QCOMPARE(leaves, files == 2 && what != "cancelled" && what != "read-only folder");
+        QCOMPARE(TestFolder::count(m_folder->path(u"out"_s)), leaves ? 3 : 2);
+        if (leaves)
+            QVERIFY(QFile::exists(m_folder->path(u"out/x.zip (2).part"_s)));
+    }
+
+    void oneAtATimeAndCancelledFromOutside()
+    {
+        QList<QUrl> sources;
+        for (int i = 0; i < 40; ++i)
+            sources.append(m_folder->file(u"%1.jpg"_s.arg(i), noise(2'000'000)));
+        const QUrl target = m_folder->file(u"out/x.zip"_s, "old");
+        BWFileExport fileExport;
+        QList<BWExportResult> results;
+        const auto finished = [&](const BWExportResult &result) { results.append(result); };
+        QElapsedTimer timer;
+        timer.start();
+        qint64 last = 0;
+        int told = 0;
+        QVERIFY(fileExport.start(sources, target, finished, [&](qint64 done, qint64 total) {
+            QCOMPARE(total, 80'000'000);
+            QVERIFY(done > last && done <= total);
+            last = done;
+            ++told;
+            if (done > 20'000'000)
+                fileExport.cancel();
+        }));
+        QVERIFY(!fileExport.start(sources, target, finished));
+        QTRY_COMPARE_WITH_TIMEOUT(results.size(), 1, 30'000);
+        QCOMPARE(results.first().outcome, Outcome::Cancelled);
+        QVERIFY(last < 80'000'000);
+        QVERIFY2(told <= timer.elapsed() / 50 + 1, qPrintable(QString::number(told)));
+        QCOMPARE(TestFolder::read(target), "old");
+        QCOMPARE(TestFolder::count(m_folder->path(u"out"_s)), 1);
+
+        // A failure is logged once, and the next export may begin from within the end of the last.
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^Cannot save as .*gone"_s));
+        QVERIFY(fileExport.start({m_folder->url(u"gone"_s)}, target, [&](const BWExportResult &result) {
+            finished(result);
+            QVERIFY(fileExport.start(sources.first(1), target, finished));
+        }));
+        QTRY_COMPARE_WITH_TIMEOUT(results.size(), 3, 30'000);
+        QCOMPARE(results[1].outcome, Outcome::Failed);
+        QCOMPARE(results[2].outcome, Outcome::Done);
+        QVERIFY(TestFolder::read(target) == TestFolder::read(sources.first()));
+        QVERIFY(fileExport.start(sources, target, finished));
+        // Goes while an export runs.
+    }
+
+    void dropIntoAFolder()
+    {
+        const QUrl out = m_folder->url(u"out"_s);
+        const QList<QUrl> files{m_folder->file(u"ä.jpg"_s, "new"), m_folder->file(u"b.jpg"_s, "pixels"),
+                                m_folder->url(u"gone.jpg"_s), m_folder->file(u"out/self.jpg"_s, "itself")};
+        m_folder->file(u"out/ä.jpg"_s, "old");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot copy .*gone.jpg"_s));
+        QCOMPARE(BWFolderCopies().copy(files, out),
+                 (QStringList{u"ä.jpg"_s, u"b.jpg"_s, u"gone.jpg"_s, u"self.jpg"_s}));
+        QCOMPARE(TestFolder::read(m_folder->url(u"out/ä.jpg"_s)), "new");
+        QCOMPARE(TestFolder::read(m_folder->url(u"out/b.jpg"_s)), "pixels");
+        QCOMPARE(TestFolder::read(m_folder->url(u"out/self.jpg"_s)), "itself");
+        QCOMPARE(TestFolder::count(m_folder->path(u"out"_s)), 3);
+    }
+
+private:
+    static BWExportResult run(const QList<QUrl> &files, const QUrl &target, BWExportWatch &watch)
+    {
+        return files.size() == 1 ? BWExportCopy::run(files.first(), target, watch)
+                                 : BWZipExport::run(files, target, watch);
+    }
+    static BWExportResult run(const QList<QUrl> &files, const QUrl &target)
+    {
+        BWExportWatch watch;
+        return run(files, target, watch);
+    }
+
+    std::optional<TestFolder> m_folder;
+};
+
+QTEST_GUILESS_MAIN(TestFileExport)
+#include "test_file_export.moc"

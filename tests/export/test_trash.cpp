@@ -1,0 +1,174 @@
+#include "Model/BWTrash.h"
+#include "TestFolder.h"
+
+#include <cstdio>
+#include <QRegularExpression>
+#include <QTest>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+class TestTrash : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        m_folder.emplace();
+        std::filesystem::remove_all(QFileInfo(TestFolder::trash()).path().toStdString());
+    }
+
+    void thereAndBack_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("plain") << QByteArray("20240607_image_001.jpg");
+        QTest::newRow("letters of all kinds") << QByteArray("H\xc3\xa4utchen \xf0\x9f\x94\xac.jpg");
+        QTest::newRow("special signs") << QByteArray("100% %41 \"a\" 'b' \\ two\nlines (deleted)");
+        QTest::newRow("not UTF-8") << QByteArray("caf\xe9.jpg");
+    }
+    void thereAndBack()
+    {
+        QFETCH(QByteArray, name);
+        // The second gets another name in the Trash.
+        const QList<QUrl> files{file("a", name, "first"), file("b", name, "second")};
+        BWTrash trash;
+        const BWTrash::Moved moved = move(trash, files);
+        QCOMPARE(moved.files, files);
+        QVERIFY(moved.stayed.isEmpty());
+        QVERIFY(!BWFilePath::exists(files[0]) && !BWFilePath::exists(files[1]));
+        // What every file manager goes by to put them back itself.
+        QCOMPARE(notedPaths(), QSet<QByteArray>({BWFilePath::native(files[0]), BWFilePath::native(files[1])}));
+
+        const BWTrash::Restored restored = undo(trash);
+        QVERIFY(restored.failed.isEmpty());
+        for (int i = 0; i < 2; ++i) {
+            QCOMPARE(restored.files[i].original, files[i]);
+            QCOMPARE(restored.files[i].now, files[i]);
+            QCOMPARE(read(files[i]), i == 0 ? "first" : "second");
+        }
+        QVERIFY(notedPaths().isEmpty());
+        QCOMPARE(TestFolder::count(TestFolder::trash()), 0);
+        QVERIFY(!trash.canUndo());
+    }
+
+    void whatCannotBeMovedStays()
+    {
+        const QTemporaryDir otherDisk(u"/dev/shm/trash-XXXXXX"_s); // has no Trash
+        const QUrl there = BWFilePath::entry(QUrl::fromLocalFile(otherDisk.path()), "a.jpg");
+        QVERIFY(QFile(there.toLocalFile()).open(QIODevice::WriteOnly));
+        const QUrl gone = m_folder->url(u"gone.jpg"_s);
+        BWTrash trash;
+        const QUrl fine = m_folder->file(u"fine.jpg"_s, "pixels");
+        for (const char *name : {"a.jpg", "gone.jpg", "a.jpg"})
+            QTest::ignoreMessage(QtWarningMsg,
+                                 QRegularExpression(u"Cannot move to the Trash .*"_s + QLatin1String(name)));
+        const BWTrash::Moved moved = move(trash, {there, fine, gone});
+        QCOMPARE(moved.files, QList<QUrl>{fine});
+        QCOMPARE(moved.stayed.size(), 2);
+        QCOMPARE(moved.stayed[0].file, there);
+        QVERIFY(BWFilePath::exists(there) && !moved.stayed[0].reason.isEmpty());
+        QCOMPARE(moved.stayed[1].file, gone);
+
+        move(trash, {there}); // takes nothing back from the one before
+        QCOMPARE(undo(trash).files.size(), 1);
+        QCOMPARE(read(fine), "pixels");
+    }
+
+    void onlyTheLastTimeIsUndone()
+    {
+        const QUrl first = m_folder->file(u"first.jpg"_s);
+        const QUrl second = m_folder->file(u"second.jpg"_s);
+        BWTrash trash;
+        move(trash, {first});
+        move(trash, {second});
+        QCOMPARE(undo(trash).files.size(), 1);
+        QVERIFY(BWFilePath::exists(second) && !BWFilePath::exists(first));
+        QVERIFY(undo(trash).files.isEmpty());
+    }
+
+    void undoLosesNothing()
+    {
+        const QUrl taken = m_folder->file(u"taken.jpg"_s, "trashed");
+        const QUrl emptied = m_folder->file(u"emptied.jpg"_s, "trashed");
+        const QUrl homeless = m_folder->file(u"sub/homeless.jpg"_s, "trashed");
+        BWTrash trash;
+        move(trash, {taken, emptied, homeless});
+        m_folder->file(u"taken.jpg"_s, "new");
+        m_folder->file(u"taken (2).jpg"_s, "newer");
+        // Another file of that name comes into the Trash after it was emptied.
+        const QString inTrash = TestFolder::trash() + u"/emptied.jpg"_s;
+        QVERIFY(QFile::rename(inTrash, m_folder->path(u"keeps the inode"_s)));
+        QFile other(inTrash);
+        QVERIFY(other.open(QIODevice::WriteOnly));
+        QVERIFY(QDir(m_folder->path(u"sub"_s)).removeRecursively());
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot put back .*emptied.jpg"_s));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot put back .*homeless.jpg"_s));
+        const BWTrash::Restored restored = undo(trash);
+        QCOMPARE(restored.files.size(), 1);
+        QCOMPARE(restored.files[0].original, taken);
+        QCOMPARE(restored.files[0].now, m_folder->url(u"taken (3).jpg"_s));
+        QCOMPARE(read(taken) + read(m_folder->url(u"taken (2).jpg"_s)) + read(restored.files[0].now),
+                 "newnewertrashed");
+        QCOMPARE(restored.failed.size(), 2);
+        QVERIFY(!BWFilePath::exists(emptied) && other.exists());
+        // It can still be put back by other programs.
+        QVERIFY(notedPaths().contains(BWFilePath::native(homeless)));
+        QVERIFY(QFile::exists(TestFolder::trash() + u"/homeless.jpg"_s));
+    }
+
+private:
+    QUrl file(const char *folder, const QByteArray &name, const QByteArray &content) const
+    {
+        const QUrl made = m_folder->file(QLatin1String(folder) + u"/made"_s, content);
+        const QUrl url = BWFilePath::entry(m_folder->url(QLatin1String(folder)), name);
+        ::rename(BWFilePath::native(made).constData(), BWFilePath::native(url).constData());
+        return url;
+    }
+
+    QByteArray read(const QUrl &url) const
+    {
+        const QString copy = m_folder->path(u"copy"_s);
+        QFile::remove(copy);
+        ::link(BWFilePath::native(url).constData(), QFile::encodeName(copy).constData());
+        return TestFolder::read(QUrl::fromLocalFile(copy));
+    }
+
+    static QSet<QByteArray> notedPaths()
+    {
+        QSet<QByteArray> paths;
+        const QString info = QFileInfo(TestFolder::trash()).path() + u"/info"_s;
+        const auto notes = BWFilePath::entries(QUrl::fromLocalFile(info)).value_or(QList<QByteArray>());
+        for (const QByteArray &note : notes) {
+            QFile file;
+            const QByteArray path = QFile::encodeName(info) + '/' + note;
+            std::FILE *const stream = std::fopen(path.constData(), "r");
+            if (!stream || !file.open(stream, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+                continue;
+            const QByteArray text = file.readAll();
+            const qsizetype begin = text.indexOf("\nPath=") + 6;
+            paths.insert(QByteArray::fromPercentEncoding(text.mid(begin, text.indexOf('\n', begin) - begin)));
+        }
+        return paths;
+    }
+
+    static BWTrash::Moved move(BWTrash &trash, const QList<QUrl> &files)
+    {
+        std::optional<BWTrash::Moved> result;
+        trash.move(files, [&](const BWTrash::Moved &moved) { result = moved; });
+        return QTest::qWaitFor([&] { return result.has_value(); }, 20'000) ? *result : BWTrash::Moved();
+    }
+
+    static BWTrash::Restored undo(BWTrash &trash)
+    {
+        std::optional<BWTrash::Restored> result;
+        trash.undo([&](const BWTrash::Restored &restored) { result = restored; });
+        return QTest::qWaitFor([&] { return result.has_value(); }, 20'000) ? *result : BWTrash::Restored();
+    }
+
+    std::optional<TestFolder> m_folder;
+};
+
+QTEST_GUILESS_MAIN(TestTrash)
+#include "test_trash.moc"
