@@ -18,8 +18,10 @@ void BWExportWatch::begin(qint64 total)
 void BWExportWatch::add(qint64 bytes)
 {
     // A file may have grown since the total was made up.
-    m_done = std::min(m_done + bytes, m_total);
-    if (!m_tell || (m_done < m_total && Clock::now() < m_next))
+    const qint64 done = std::min(m_done + bytes, m_total);
+    const bool complete = m_done < m_total && done == m_total;
+    m_done = done;
+    if (!m_tell || (!complete && Clock::now() < m_next))
         return;
     m_next = Clock::now() + tellEvery;
     m_tell(m_done, m_total);

@@ -8,6 +8,20 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void report(const QUrl &target, const BWExportResult &failure)
+{
+    QString reason = failure.reason;
+    if (failure.file != target)
+        reason = failure.file.toDisplayString() + u": "_s + reason;
+    qCWarning(bwModel).noquote() << "Cannot save" << target.toDisplayString() << '-' << reason;
+}
+
+} // namespace
+
 BWFileExport::BWFileExport() : m_alive(std::make_shared<int>()) { }
 
 BWFileExport::~BWFileExport()
@@ -29,8 +43,7 @@ bool BWFileExport::start(const QList<QUrl> &files, const QUrl &target, Finished 
         const BWExportResult result = files.size() == 1 ? BWExportCopy::run(files.first(), target, *watch)
                                                         : BWZipExport::run(files, target, *watch);
         if (result.outcome == BWExportResult::Outcome::Failed)
-            qCWarning(bwModel).noquote() << "Cannot save as" << target.toDisplayString() << "because of"
-                                         << result.file.toDisplayString() << '-' << result.reason;
+            report(target, result);
         BWMainQueue::post(owner, [this, result] { finish(result); });
     });
     return true;
