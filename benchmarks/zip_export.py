@@ -20,7 +20,7 @@ def make_pictures(folder, count):
     """Pictures of 5 megapixels with the fine noise of a camera, about 1 MB each; every original several times."""
     subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i",
                     "mandelbrot=size=2592x1944:rate=5,noise=alls=9:allf=t", "-frames:v", str(min(ORIGINALS, count)),
-                    "-q:v", "5", folder / "picture_%04d.jpg"], check=True)
+                    "-q:v", "3", folder / "picture_%04d.jpg"], check=True)
     originals = sorted(folder.iterdir())
     for number in range(len(originals), count):
         shutil.copy2(originals[number % len(originals)], folder / f"picture_{number + 1:04d}.jpg")
