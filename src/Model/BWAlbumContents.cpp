@@ -21,7 +21,15 @@ void BWAlbumContents::reload()
     if (album != m_album)
         startWatch(album);
     else if (m_watch)
-        m_asked = m_watch->ask();
+        m_reload = m_asked = m_watch->ask();
+    waitForAnswer();
+}
+
+void BWAlbumContents::refresh()
+{
+    if (!m_watch || m_first)
+        return;
+    m_asked = m_watch->ask();
     waitForAnswer();
 }
 
@@ -32,6 +40,7 @@ void BWAlbumContents::startWatch(const BWAlbumPtr &album)
     m_listing = {};
     m_asked = 0;
     m_served = 0;
+    m_reload = 0;
     m_first = true;
     if (album)
         m_watch = std::make_unique<BWAlbumWatch>(*album, [this](const auto &report) { take(report); });
@@ -58,7 +67,7 @@ void BWAlbumContents::waitForAnswer()
 
 void BWAlbumContents::take(const BWAlbumWatch::Report &report)
 {
-    const bool wasAsked = std::exchange(m_first, false) || report.asked != m_served;
+    const bool wasAsked = std::exchange(m_first, false) || (m_reload > m_served && report.asked >= m_reload);
     m_served = report.asked;
     const State state = report.listing ? State::Listed : State::Unavailable;
     const BWAlbumWatch::Listing listing = report.listing.value_or(BWAlbumWatch::Listing{});

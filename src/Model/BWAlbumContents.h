@@ -30,6 +30,9 @@ public:
     /// is told at once, too, with nothing in it yet.
     void reload();
 
+    /// Lists it anew, too, but only tells what has changed. For folders of which nobody tells when they change.
+    void refresh();
+
     /// Newest first; empty while they are not known.
     const QList<QUrl> &files(BWMediaType type) const;
     State state() const { return m_state; }
@@ -55,6 +58,7 @@ private:
     State m_state = State::Reading;
     unsigned m_asked = 0;
     unsigned m_served = 0;
+    unsigned m_reload = 0; // the latest of those that were asked for to be told in any case
     bool m_first = true; // no listing of this album has come yet
     DispatchAfterStrict::Handle m_noAnswer;
 };

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// Shows modal alerts and waits for the answer. It words its own buttons: group "general", "option_ok" (English "OK")
+/// Shows modal alerts and waits for the answer. It words its own buttons unless told otherwise: group "general", "option_ok" (English "OK")
 /// and "option_cancel" (English "Cancel").
 class BWAlertPresenter {
 public:
@@ -11,4 +11,7 @@ public:
     virtual void presentOK(const QString &title, const QString &message) = 0;
     /// True exactly when OK was chosen.
     virtual bool presentOKCancel(const QString &title, const QString &message) = 0;
+    /// The same with other words on the buttons; true exactly when the first was chosen.
+    virtual bool presentChoice(const QString &title, const QString &message, const QString &accept,
+                               const QString &reject) = 0;
 };

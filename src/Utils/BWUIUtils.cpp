@@ -56,6 +56,15 @@ bool BWUIUtils::displayOKCancelAlert(const QString &title, const QString &messag
     return false;
 }
 
+bool BWUIUtils::displayChoiceAlert(const QString &title, const QString &message, const QString &accept,
+                                   const QString &reject)
+{
+    if (alertPresenter)
+        return alertPresenter->presentChoice(title, message, accept, reject);
+    logUnshown(title, message);
+    return false;
+}
+
 QString BWUIUtils::temporaryFolder()
 {
     const QString folder = qEnvironmentVariable("TMPDIR");

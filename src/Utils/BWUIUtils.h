@@ -16,6 +16,9 @@ public:
     static void displayOKAlert(const QString &title, const QString &message);
     /// Modal alert with OK and Cancel; true exactly when OK was chosen. Without a presenter the answer is Cancel.
     static bool displayOKCancelAlert(const QString &title, const QString &message);
+    /// The same with other words on the two buttons; true exactly when the first was chosen.
+    static bool displayChoiceAlert(const QString &title, const QString &message, const QString &accept,
+                                   const QString &reject);
 
     /// Where temporary captures go: $TMPDIR if that is set, else /var/tmp, because /tmp is often memory.
     static QString temporaryFolder();

@@ -92,6 +92,7 @@ private Q_SLOTS:
 private:
     void presentOK(const QString &title, const QString &) override { m_alerts << title; }
     bool presentOKCancel(const QString &, const QString &) override { return false; }
+    bool presentChoice(const QString &, const QString &, const QString &, const QString &) override { return false; }
 
     BWLocalizationManager m_texts{QString(), {u"en"_s}};
     BWManualClock m_clock;

@@ -15,6 +15,7 @@ struct Presenter : BWAlertPresenter {
 
     void presentOK(const QString &title, const QString &message) override { shown += title + message; }
     bool presentOKCancel(const QString &title, const QString &) override { return title == "yes"_L1; }
+    bool presentChoice(const QString &, const QString &, const QString &, const QString &) override { return false; }
 };
 
 } // namespace

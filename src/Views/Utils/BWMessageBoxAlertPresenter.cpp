@@ -17,12 +17,24 @@ BWMessageBoxAlertPresenter::BWMessageBoxAlertPresenter(BWLocalizationManager &ma
 
 void BWMessageBoxAlertPresenter::presentOK(const QString &title, const QString &message)
 {
-    present(title, message, false);
+    present(title, message, ok(), {});
 }
 
 bool BWMessageBoxAlertPresenter::presentOKCancel(const QString &title, const QString &message)
 {
-    return present(title, message, true);
+    return present(title, message, ok(),
+                   m_manager.localize(BWLocalizableString(u"general"_s, u"option_cancel"_s, u"Cancel"_s)));
+}
+
+bool BWMessageBoxAlertPresenter::presentChoice(const QString &title, const QString &message, const QString &accept,
+                                               const QString &reject)
+{
+    return present(title, message, accept, reject);
+}
+
+QString BWMessageBoxAlertPresenter::ok() const
+{
+    return m_manager.localize(BWLocalizableString(u"general"_s, u"option_ok"_s, u"OK"_s));
 }
 
 void BWMessageBoxAlertPresenter::setTexts(QMessageBox &box, const QString &title, const QString &message)
@@ -41,24 +53,20 @@ void BWMessageBoxAlertPresenter::setTexts(QMessageBox &box, const QString &title
     }
 }
 
-bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &message, bool withCancel)
+bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &message, const QString &acceptText,
+                                         const QString &rejectText)
 {
     QWidget *parent = QApplication::activeWindow();
     if (!parent && m_window)
         parent = m_window();
     QMessageBox box(parent);
-    box.setIcon(withCancel ? QMessageBox::Question : QMessageBox::Warning);
+    box.setIcon(rejectText.isNull() ? QMessageBox::Warning : QMessageBox::Question);
     setTexts(box, title, message);
-    QPushButton *ok = box.addButton(m_manager.localize(BWLocalizableString(u"general"_s, u"option_ok"_s, u"OK"_s)),
-                                    QMessageBox::AcceptRole);
-    box.setDefaultButton(ok);
-    box.setEscapeButton(ok);
-    if (withCancel) {
-        QPushButton *cancel =
-            box.addButton(m_manager.localize(BWLocalizableString(u"general"_s, u"option_cancel"_s, u"Cancel"_s)),
-                          QMessageBox::RejectRole);
-        box.setEscapeButton(cancel);
-    }
+    QPushButton *accept = box.addButton(acceptText, QMessageBox::AcceptRole);
+    box.setDefaultButton(accept);
+    box.setEscapeButton(accept);
+    if (!rejectText.isNull())
+        box.setEscapeButton(box.addButton(rejectText, QMessageBox::RejectRole));
     box.exec();
-    return box.clickedButton() == ok;
+    return box.clickedButton() == accept;
 }

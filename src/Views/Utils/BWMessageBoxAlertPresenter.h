@@ -17,12 +17,15 @@ public:
 
     void presentOK(const QString &title, const QString &message) override;
     bool presentOKCancel(const QString &title, const QString &message) override;
+    bool presentChoice(const QString &title, const QString &message, const QString &accept,
+                       const QString &reject) override;
 
     /// Gives a message box its two texts as all our alerts have them: the title in bold, both as plain text.
     static void setTexts(QMessageBox &box, const QString &title, const QString &message);
 
 private:
-    bool present(const QString &title, const QString &message, bool withCancel);
+    bool present(const QString &title, const QString &message, const QString &accept, const QString &reject);
+    QString ok() const;
 
     BWLocalizationManager &m_manager;
     std::function<QWidget *()> m_window;

@@ -1,0 +1,345 @@
+#include "Views/Albums/BWAlbumManagerWindowController.h"
+
+#include "Model/BWAlbumManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWThumbnailTableView.h"
+#include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+#include "Views/Utils/BWFilePanels.h"
+#include "Views/Utils/BWFrameAutosave.h"
+#include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWLightTabView.h"
+
+#include <algorithm>
+#include <QComboBox>
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QScreen>
+#include <QShortcut>
+#include <QSignalBlocker>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype manyFiles = 20; // to be opened at once
+
+QToolButton *toolButton(const QString &icon)
+{
+    auto *button = new QToolButton;
+    button->setIcon(BWIcons::icon(icon));
+    button->setFocusPolicy(Qt::TabFocus);
+    return button;
+}
+
+QList<QUrl> selectedFiles(const BWThumbnailTableView &grid)
+{
+    const QList<QUrl> files = grid.elements();
+    QList<QUrl> selected;
+    const QList<int> indexes = grid.mouseEventHandler()->selectedIndexes();
+    for (const int index : indexes)
+        selected.append(files.value(index));
+    return selected;
+}
+
+void select(BWThumbnailTableView &grid, const QList<QUrl> &files)
+{
+    const QSet<QUrl> wished(files.begin(), files.end());
+    const QList<QUrl> elements = grid.elements();
+    QSet<int> indexes;
+    for (int i = 0; i < elements.size(); ++i) {
+        if (wished.contains(elements[i]))
+            indexes.insert(i);
+    }
+    grid.mouseEventHandler()->adoptSelection(indexes);
+    grid.showSelection();
+}
+
+} // namespace
+
+BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &albums, BWUserDefaults &defaults,
+                                                               Surroundings surroundings, QWidget *cameraWindow,
+                                                               BWClock &clock)
+    : QWidget(cameraWindow, Qt::Tool),
+      m_albums(albums),
+      m_surroundings(std::move(surroundings)),
+      m_popUp(new QComboBox),
+      m_add(toolButton(u"list-add"_s)),
+      m_remove(toolButton(u"list-remove"_s)),
+      m_tabs(new BWLightTabView),
+      m_images(new BWThumbnailTableView(nullptr, clock)),
+      m_videos(new BWThumbnailTableView(nullptr, clock)),
+      m_footer(new BWAlbumFooter(nullptr, clock)),
+      m_contents(albums, clock),
+      m_thumbnails([this](const QList<QUrl> &files) {
+          m_images->redrawElements(files);
+          m_videos->redrawElements(files);
+      }),
+      m_saving(std::make_unique<BWAlbumSaving>(*this, m_surroundings.panels, m_texts, *m_footer)),
+      m_trashing(std::make_unique<BWAlbumTrashing>(albums, m_texts, *m_footer)),
+      m_model(std::make_unique<BWAlbumGridModel>(
+          m_contents, m_thumbnails,
+          BWAlbumGridModel::Actions{
+              [this](const QList<QUrl> &files, BWMediaType type) {
+                  const BWAlbumPtr album = m_albums.currentAlbum();
+                  m_saving->save(files, type, album ? album->name() : QString());
+              },
+              [this](const QList<QUrl> &files, BWMediaType type) { m_trashing->trash(files, type); },
+              [this](const QList<QUrl> &files) { openFiles(files); }}))
+{
+    setAttribute(Qt::WA_ShowWithoutActivating); // it stands beside the camera window, which stays the one in use
+    m_model->setGrids(*m_images, *m_videos);
+    for (BWThumbnailTableView *grid : {m_images, m_videos}) {
+        grid->setModelDelegate(m_model.get());
+        grid->setDataSource(m_model.get());
+    }
+    layOut();
+    connectParts();
+    reloadAlbums();
+    new BWFrameAutosave(*this, u"albums"_s, defaults);
+}
+
+BWAlbumManagerWindowController::~BWAlbumManagerWindowController()
+{
+    m_albums.setOnAlbumsChanged({});
+    m_albums.setOnAlbumContentsChanged({});
+    for (BWThumbnailTableView *grid : {m_images, m_videos}) {
+        grid->disconnect(this);
+        grid->setModelDelegate(nullptr);
+        grid->setDataSource(nullptr);
+    }
+}
+
+void BWAlbumManagerWindowController::layOut()
+{
+    constexpr int shortestTitle = 8; // characters
+    m_popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_popUp->setMinimumContentsLength(shortestTitle);
+    m_popUp->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_tabs->setDocumentMode(true);
+    m_tabs->addTab(m_images, QString());
+    m_tabs->addTab(m_videos, QString());
+    for (BWThumbnailTableView *grid : {m_images, m_videos})
+        grid->setFrameShape(QFrame::NoFrame);
+
+    auto *top = new QHBoxLayout;
+    top->addWidget(m_popUp, 1);
+    top->addWidget(m_add);
+    top->addWidget(m_remove);
+    top->setSpacing(style()->pixelMetric(QStyle::PM_LayoutHorizontalSpacing) / 2);
+    const int margin = style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
+    top->setContentsMargins(margin, margin, margin, margin / 2);
+    m_footer->layout()->setContentsMargins(margin, margin / 2, margin, margin / 2);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(top);
+    column->addWidget(m_tabs, 1);
+    column->addWidget(m_footer);
+    resize(defaultContentSize);
+}
+
+void BWAlbumManagerWindowController::connectParts()
+{
+    connect(m_popUp, &QComboBox::activated, this, &BWAlbumManagerWindowController::onChangeAlbum);
+    connect(m_add, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onAddAlbum);
+    connect(m_remove, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onRemoveAlbum);
+    m_albums.setOnAlbumsChanged([this] { reloadAlbums(); });
+    m_albums.setOnAlbumContentsChanged([this] {
+        if (m_shown)
+            m_contents.reload();
+    });
+    connect(&m_contents, &BWAlbumContents::reloaded, this, [this] { reloadGrids(false); });
+    connect(&m_contents, &BWAlbumContents::changed, this, [this] { reloadGrids(true); });
+    connect(&m_contents, &BWAlbumContents::filesWritten, this, &BWAlbumManagerWindowController::wantThumbnails);
+    for (BWThumbnailTableView *grid : {m_images, m_videos}) {
+        connect(grid, &BWThumbnailTableView::thumbnailsWanted, this,
+                [this](const QList<QUrl> &inOrder, const QSize &pixels) {
+                    m_wanted = inOrder;
+                    m_wantedPixels = std::max(pixels.width(), pixels.height());
+                    wantThumbnails();
+                });
+        connect(grid, &BWThumbnailTableView::selectionShown, this, &BWAlbumManagerWindowController::updateSummary);
+    }
+    connect(m_tabs, &QTabWidget::currentChanged, this, &BWAlbumManagerWindowController::updateSummary);
+    connect(m_footer, &BWAlbumFooter::saveTriggered, this, [this] {
+        m_model->saveIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
+    });
+    connect(m_footer, &BWAlbumFooter::trashTriggered, this, [this] {
+        m_model->removeIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
+    });
+    connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_trashing.get(), &BWAlbumTrashing::undo);
+    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
+}
+
+void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    const QString group = u"album_manager"_s;
+    setWindowTitle(manager.text(group, u"window_title"_s, u"Albums"_s));
+    m_tabs->setTabText(m_tabs->indexOf(m_videos), manager.text(group, u"videos_tab_view_item"_s, u"Videos"_s));
+    m_tabs->setTabText(m_tabs->indexOf(m_images), manager.text(group, u"images_tab_view_item"_s, u"Images"_s));
+    const auto name = [](QWidget *widget, const QString &text) {
+        widget->setToolTip(text);
+        widget->setAccessibleName(text);
+    };
+    name(m_add, manager.text(group, u"add_album_button"_s, u"Add album"_s));
+    name(m_remove, manager.text(group, u"delete_album_button"_s, u"Delete album"_s));
+    m_texts.localizeWithManager(manager);
+    m_popUp->setAccessibleName(manager.text(group, u"album_pop_up"_s, u"Album"_s));
+    m_footer->localize(manager);
+    m_model->setWords(
+        {manager.text(group, u"image_word"_s, u"image"_s), manager.text(group, u"video_word"_s, u"video"_s)});
+    m_images->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_images)));
+    m_videos->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_videos)));
+    m_images->localizeWithManager(manager);
+    m_videos->localizeWithManager(manager);
+    reloadAlbums();
+    updateNotices();
+    updateSummary();
+}
+
+void BWAlbumManagerWindowController::reloadAlbums()
+{
+    {
+        const QSignalBlocker blocker(m_popUp);
+        m_popUp->clear();
+        const QList<BWAlbumPtr> albums = m_albums.albums();
+        for (const BWAlbumPtr &album : albums) {
+            m_popUp->addItem(album->isDefaultAlbum() ? m_texts.defaultAlbumDisplayName : album->name());
+            m_popUp->setItemData(m_popUp->count() - 1, album->path().toLocalFile(), Qt::ToolTipRole);
+        }
+        m_popUp->setCurrentIndex(m_albums.selectedIndex());
+    }
+    m_popUp->setToolTip(m_popUp->currentData(Qt::ToolTipRole).toString());
+    if (m_shown)
+        m_contents.reload();
+}
+
+void BWAlbumManagerWindowController::onChangeAlbum(int index)
+{
+    m_albums.setSelectedIndex(index);
+    m_popUp->setToolTip(m_popUp->currentData(Qt::ToolTipRole).toString());
+}
+
+void BWAlbumManagerWindowController::onAddAlbum()
+{
+    const BWFilePanels::Folder panel{m_texts.selectAlbum.title, m_texts.selectAlbum.message, m_albums.albumsBasePath()};
+    m_surroundings.panels.chooseFolder(this, panel, [this](const QUrl &folder) { m_albums.addAlbumFromPath(folder); });
+}
+
+void BWAlbumManagerWindowController::onRemoveAlbum()
+{
+    if (!m_albums.canRemoveCurrentAlbum()) {
+        BWUIUtils::displayOKAlert(m_texts.cannotDeleteDefault.title, m_texts.cannotDeleteDefault.message);
+        return;
+    }
+    const BWAlbumPtr album = m_albums.currentAlbum();
+    if (BWUIUtils::displayOKCancelAlert(m_texts.deleteAlbum.title, m_texts.deleteAlbum.message)
+        && album == m_albums.currentAlbum())
+        m_albums.removeCurrentAlbum();
+}
+
+void BWAlbumManagerWindowController::reloadGrids(bool keepSelection)
+{
+    const QList<QUrl> images = selectedFiles(*m_images);
+    const QList<QUrl> videos = selectedFiles(*m_videos);
+    m_images->reloadData();
+    m_videos->reloadData();
+    if (keepSelection) {
+        select(*m_images, images);
+        select(*m_videos, videos);
+    }
+    updateNotices();
+    updateSummary();
+}
+
+void BWAlbumManagerWindowController::updateNotices()
+{
+    using State = BWAlbumContents::State;
+    const auto show = [this](BWThumbnailTableView &grid, const QString &icon, const QString &none) {
+        switch (m_contents.state()) {
+        case State::Reading:
+            grid.setEmptyNotice({}, {});
+            return;
+        case State::NotAnswering:
+            grid.setEmptyNotice(u"network-server"_s, m_texts.notAnswering);
+            return;
+        case State::Unavailable:
+            grid.setEmptyNotice(u"dialog-warning"_s, m_texts.unavailable);
+            return;
+        case State::Listed:
+            grid.setEmptyNotice(icon, none);
+            return;
+        }
+    };
+    show(*m_images, u"brimwellpro-snapshot"_s, m_texts.noImages);
+    show(*m_videos, u"camera-video"_s, m_texts.noVideos);
+}
+
+void BWAlbumManagerWindowController::updateSummary()
+{
+    const auto total = currentGrid().elementCount();
+    const auto selected = currentGrid().mouseEventHandler()->selectedIndexes().size();
+    m_footer->setSummary(selected > 0 ? m_texts.selected.arg(selected).arg(total) : m_texts.total.arg(total),
+                         selected > 0);
+}
+
+void BWAlbumManagerWindowController::wantThumbnails()
+{
+    m_thumbnails.want(m_wanted, m_wantedPixels);
+}
+
+void BWAlbumManagerWindowController::openFiles(const QList<QUrl> &files)
+{
+    if (files.size() > manyFiles
+        && !BWUIUtils::displayOKCancelAlert(m_texts.openMany.title.arg(files.size()), m_texts.openMany.message))
+        return;
+    for (const QUrl &file : files)
+        m_surroundings.open(file);
+}
+
+BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const
+{
+    return m_tabs->currentWidget() == m_videos ? *m_videos : *m_images;
+}
+
+void BWAlbumManagerWindowController::resetLayout(const QRect &cameraWindowFrame)
+{
+    resize(defaultContentSize);
+    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    QRect place(cameraWindowFrame.right() + 1, 0, width() + frame.left() + frame.right(),
+                height() + frame.top() + frame.bottom());
+    place.moveBottom(cameraWindowFrame.bottom());
+    if (const QScreen *screen = QGuiApplication::screenAt(cameraWindowFrame.center())) {
+        const QRect room = screen->availableGeometry();
+        place.moveRight(std::min(place.right(), room.right()));
+        place.moveTop(std::max(place.top(), room.top()));
+    }
+    move(place.topLeft());
+    update();
+}
+
+void BWAlbumManagerWindowController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (!std::exchange(m_shown, true))
+        m_contents.reload();
+    Q_EMIT visibilityChanged();
+}
+
+void BWAlbumManagerWindowController::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    Q_EMIT visibilityChanged();
+}
+
+void BWAlbumManagerWindowController::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    // Not every file system tells what other computers do.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_shown)
+        m_contents.refresh();
+}

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Model/BWAlbumContents.h"
+#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/Thumbnails/BWThumbnails.h"
+#include "Views/Albums/BWAlbumGridModel.h"
+#include "Views/Albums/BWAlbumSaving.h"
+#include "Views/Albums/BWAlbumTexts.h"
+#include "Views/Albums/BWAlbumTrashing.h"
+
+#include <functional>
+#include <QWidget>
+
+class BWAlbumFooter;
+class BWAlbumManager;
+class BWFilePanels;
+class BWLightTabView;
+class BWUserDefaults;
+class QComboBox;
+class QToolButton;
+
+/// The album window: which album is current, its images and videos as grids of thumbnails, and what is done with them.
+/// A utility window beside the camera window. It wires its parts together; what albums are is the manager's. GUI thread.
+class BWAlbumManagerWindowController : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    static constexpr QSize defaultContentSize{287, 550};
+
+    /// What is outside of the program.
+    struct Surroundings {
+        BWFilePanels &panels;
+        std::function<void(const QUrl &file)> open; ///< with the desktop's program for such files
+    };
+
+    /// From now on it alone is told when the albums or their contents change.
+    BWAlbumManagerWindowController(BWAlbumManager &albums, BWUserDefaults &defaults, Surroundings surroundings,
+                                   QWidget *cameraWindow, BWClock &clock = BWClock::system());
+    ~BWAlbumManagerWindowController() override;
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// Gives the window its default size and puts it to the right of that frame, with its lower edge at the same height.
+    void resetLayout(const QRect &cameraWindowFrame);
+
+    /// Files are being saved elsewhere.
+    bool isSaving() const { return m_saving->isSaving(); }
+
+    void onAddAlbum();
+    void onRemoveAlbum();
+    void onChangeAlbum(int index);
+
+Q_SIGNALS:
+    void visibilityChanged();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void layOut();
+    void connectParts();
+    void reloadAlbums();
+    void reloadGrids(bool keepSelection);
+    void updateNotices();
+    void updateSummary();
+    void wantThumbnails();
+    void openFiles(const QList<QUrl> &files);
+    BWThumbnailTableView &currentGrid() const;
+
+    BWAlbumManager &m_albums;
+    Surroundings m_surroundings;
+    BWAlbumTexts m_texts;
+    QComboBox *m_popUp;
+    QToolButton *m_add;
+    QToolButton *m_remove;
+    BWLightTabView *m_tabs;
+    BWThumbnailTableView *m_images;
+    BWThumbnailTableView *m_videos;
+    BWAlbumFooter *m_footer;
+    BWAlbumContents m_contents;
+    BWThumbnails m_thumbnails;
+    QList<QUrl> m_wanted;
+    int m_wantedPixels = 0;
+    std::unique_ptr<BWAlbumSaving> m_saving;
+    std::unique_ptr<BWAlbumTrashing> m_trashing;
+    std::unique_ptr<BWAlbumGridModel> m_model;
+    bool m_shown = false; // has been, so that the album is listed
+};

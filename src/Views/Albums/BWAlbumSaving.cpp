@@ -1,0 +1,65 @@
+#include "Views/Albums/BWAlbumSaving.h"
+
+#include "Utils/BWUIUtils.h"
+#include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWAlbumTexts.h"
+#include "Views/Utils/BWFilePanels.h"
+
+#include <QFileInfo>
+#include <QStandardPaths>
+
+using namespace Qt::StringLiterals;
+
+BWAlbumSaving::BWAlbumSaving(QWidget &window, BWFilePanels &panels, const BWAlbumTexts &texts, BWAlbumFooter &footer)
+    : m_window(window), m_panels(panels), m_texts(texts), m_footer(footer)
+{
+    connect(&footer, &BWAlbumFooter::cancelTriggered, this, &BWAlbumSaving::cancel);
+}
+
+void BWAlbumSaving::save(const QList<QUrl> &files, BWMediaType type, const QString &archiveName)
+{
+    if (files.isEmpty())
+        return;
+    const bool one = files.size() == 1;
+    const BWAlbumTexts::Alert &texts = m_texts.saving(type).of(files.size());
+    BWFilePanels::Save panel{texts.title, texts.message, u"zip"_s};
+    if (one)
+        panel.extension = type == BWMediaType::Image ? u"jpg"_s : u"mov"_s;
+    panel.folder = QUrl::fromLocalFile(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
+    panel.name = one ? files.first().fileName() : u"%1.zip"_s.arg(archiveName);
+    m_panels.save(&m_window, panel, [this, files](const QUrl &target) {
+        m_waiting.append({files, target});
+        startNext();
+    });
+}
+
+void BWAlbumSaving::startNext()
+{
+    if (m_waiting.isEmpty() || m_export.isRunning())
+        return;
+    const Job job = m_waiting.takeFirst();
+    const QString text = m_texts.savingProgress.arg(job.target.fileName());
+    m_export.start(
+        job.files, job.target, [this](const BWExportResult &result) { finished(result); },
+        [this, text](qint64 done, qint64 total) { m_footer.showProgress(text, total > 0 ? double(done) / total : 0); });
+}
+
+void BWAlbumSaving::finished(const BWExportResult &result)
+{
+    m_footer.endProgress();
+    if (result.outcome == BWExportResult::Outcome::Done) {
+        m_footer.showNotice(m_texts.saved.arg(result.file.fileName()), false);
+    } else if (result.outcome == BWExportResult::Outcome::Failed) {
+        QString message = u"%1\n\n%2: %3"_s.arg(m_texts.errorSaving.message, result.file.fileName(), result.reason);
+        if (!result.leftover.isEmpty())
+            message += u"\n\n"_s + m_texts.leftArchive.arg(result.leftover.toLocalFile());
+        BWUIUtils::displayOKAlert(m_texts.errorSaving.title, message);
+    }
+    startNext();
+}
+
+void BWAlbumSaving::cancel()
+{
+    m_waiting.clear();
+    m_export.cancel();
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/BWMediaType.h"
+
+#include <QString>
+
+/// What the album window says in alerts and panels.
+struct BWAlbumTexts : public BWLocalizationManagerDelegate {
+    struct Alert {
+        QString title;
+        QString message;
+    };
+    /// The same for one file and for several.
+    struct Counted {
+        Alert single;
+        Alert multiple;
+
+        const Alert &of(qsizetype count) const { return count == 1 ? single : multiple; }
+    };
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    const Counted &saving(BWMediaType type) const { return type == BWMediaType::Image ? saveImages : saveVideos; }
+    const Counted &trashing(BWMediaType type) const { return type == BWMediaType::Image ? trashImages : trashVideos; }
+
+    QString defaultAlbumDisplayName;
+    Counted saveImages;
+    Counted saveVideos;
+    Alert errorSaving;
+    Counted trashImages;
+    Counted trashVideos;
+    QString trashOk;
+    QString trashCancel;
+    Alert selectAlbum;
+    Alert cannotDeleteDefault;
+    Alert deleteAlbum;
+    // Below the grids.
+    QString total; ///< with %1
+    QString selected; ///< with %1 and %2
+    QString savingProgress; ///< with %1
+    QString saved; ///< with %1
+    QString leftArchive; ///< with %1
+    QString movedToTrash; ///< with %1
+    QString stayedOutOfTrash; ///< with %1
+    QString broughtBack; ///< with %1
+    QString notBroughtBack; ///< with %1
+    Alert openMany; ///< title with %1
+    // In a grid that shows nothing.
+    QString noImages;
+    QString noVideos;
+    QString notAnswering;
+    QString unavailable;
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Model/BWMediaType.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+
+class BWAlbumFooter;
+class BWAlbumManager;
+struct BWAlbumTexts;
+
+/// Moves files of the current album to the Trash when the user confirms it, and offers the way back. GUI thread.
+class BWAlbumTrashing : public QObject {
+    Q_OBJECT
+
+public:
+    BWAlbumTrashing(BWAlbumManager &albums, const BWAlbumTexts &texts, BWAlbumFooter &footer);
+
+    void trash(const QList<QUrl> &files, BWMediaType type);
+    /// Brings back what was moved the last time, if that has not been done yet.
+    void undo();
+
+private:
+    BWAlbumManager &m_albums;
+    const BWAlbumTexts &m_texts;
+    BWAlbumFooter &m_footer;
+};

@@ -1,0 +1,90 @@
+#include "Views/Utils/BWDialogFilePanels.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLayout>
+#include <QStandardPaths>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Qt's own dialog, which has room for the message, and which looks the same wherever the program runs.
+class Panel : public QFileDialog {
+public:
+    Panel(QWidget *window, const QString &title, const QString &message, const QUrl &folder) : QFileDialog(window)
+    {
+        setAttribute(Qt::WA_DeleteOnClose);
+        setOption(DontUseNativeDialog);
+        setWindowFlag(Qt::Sheet);
+        setWindowModality(Qt::WindowModal);
+        setWindowTitle(title);
+        setAccessibleDescription(message);
+        auto *label = new QLabel(message);
+        label->setWordWrap(true);
+        label->setTextFormat(Qt::PlainText);
+        const int margin = style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
+        label->setContentsMargins(margin, margin, margin, 0);
+        layout()->setMenuBar(label); // above all else
+        setSidebarUrls(places());
+        if (QFileInfo(folder.toLocalFile()).isDir())
+            setDirectoryUrl(folder);
+        else
+            setDirectory(QDir::homePath());
+    }
+
+    void accept() override
+    {
+        // Before the dialog asks whether an existing file is to be replaced.
+        const QString file = selectedFiles().value(0);
+        const QString suffix = defaultSuffix();
+        if (acceptMode() == AcceptSave && !file.isEmpty() && !QFileInfo(file).isDir()
+            && QFileInfo(file).suffix() != suffix)
+            selectFile(file + u'.' + suffix);
+        QFileDialog::accept();
+    }
+
+    void begin(BWFilePanels::Chosen chosen)
+    {
+        connect(this, &QFileDialog::fileSelected, this,
+                [chosen = std::move(chosen)](const QString &file) { chosen(QUrl::fromLocalFile(file)); });
+        open();
+    }
+
+private:
+    static QList<QUrl> places()
+    {
+        QList<QUrl> urls{QUrl::fromLocalFile(QDir::homePath())};
+        for (const auto place : {QStandardPaths::DesktopLocation, QStandardPaths::DocumentsLocation,
+                                 QStandardPaths::PicturesLocation, QStandardPaths::DownloadLocation}) {
+            const QUrl url = QUrl::fromLocalFile(QStandardPaths::writableLocation(place));
+            if (!urls.contains(url) && QFileInfo(url.toLocalFile()).isDir())
+                urls.append(url);
+        }
+        return urls;
+    }
+};
+
+} // namespace
+
+void BWDialogFilePanels::save(QWidget *window, const Save &save, Chosen chosen)
+{
+    auto *panel = new Panel(window, save.title, save.message, save.folder);
+    panel->setAcceptMode(QFileDialog::AcceptSave);
+    panel->setFileMode(QFileDialog::AnyFile);
+    panel->setOption(QFileDialog::ReadOnly); // no new folders, nothing renamed
+    panel->setNameFilter(u"%1 (*.%2)"_s.arg(save.extension.toUpper(), save.extension));
+    panel->setDefaultSuffix(save.extension);
+    panel->selectFile(save.name);
+    panel->begin(std::move(chosen));
+}
+
+void BWDialogFilePanels::chooseFolder(QWidget *window, const Folder &folder, Chosen chosen)
+{
+    auto *panel = new Panel(window, folder.title, folder.message, folder.folder);
+    panel->setFileMode(QFileDialog::Directory);
+    panel->setOption(QFileDialog::ShowDirsOnly);
+    panel->begin(std::move(chosen));
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <QString>
+#include <QUrl>
+
+class QWidget;
+
+/// Asks the user for places on the disk, in panels over a window. A seam, so that a test can answer. GUI thread.
+class BWFilePanels {
+public:
+    struct Save {
+        QString title;
+        QString message;
+        QString extension; ///< the only type of file that can be saved, such as "jpg"
+        QUrl folder; ///< where the panel begins
+        QString name; ///< suggested, with its extension
+    };
+    struct Folder {
+        QString title;
+        QString message;
+        QUrl folder; ///< where the panel begins
+    };
+    /// Told only when the user confirms.
+    using Chosen = std::function<void(const QUrl &place)>;
+
+    virtual ~BWFilePanels() = default;
+
+    /// A file to be written, with the extension; the user has agreed to replace one that stands there. No folders can be
+    /// made. Returns at once.
+    virtual void save(QWidget *window, const Save &panel, Chosen chosen) = 0;
+    /// An existing folder, which the user may just have made. Returns at once.
+    virtual void chooseFolder(QWidget *window, const Folder &panel, Chosen chosen) = 0;
+};
