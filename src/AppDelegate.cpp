@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "BWAuxiliaryWindows.h"
 #include "BWCaptureFeedback.h"
 #include "BWLiveViewController.h"
 #include "BWSessionWindows.h"
@@ -110,10 +111,11 @@ void AppDelegate::prepareUI()
     m_statusLine = std::make_unique<BWStatusLine>(m_window->currentCameraLabel(), m_clock);
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
     prepareCapture();
+    m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_options.openUrl, m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
         *m_window, *m_liveView, m_repository,
         BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
-                                  [this] { return pendingDevices(); }},
+                                  [this] { return pendingDevices(); }, [this] { m_auxiliaryWindows->hideAll(); }},
         m_clock);
     m_session = std::make_unique<BWCameraSession>(
         m_cameraManager, config, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); }, m_clock);
@@ -161,7 +163,7 @@ void AppDelegate::connectActions()
     const BWMainMenu &menu = m_window->menu();
     const BWControlBar &bar = m_window->controlBar();
     connect(menu.quit, &QAction::triggered, this, &AppDelegate::applicationShouldTerminate);
-    connect(menu.openAlbumFolder, &QAction::triggered, this, &AppDelegate::onSettingsAlbums);
+    connect(menu.openAlbumFolder, &QAction::triggered, this, &AppDelegate::openAlbumFolder);
     connect(&bar, &BWControlBar::albumsTriggered, this, &AppDelegate::onSettingsAlbums);
     connect(menu.snapshot, &QAction::triggered, this, &AppDelegate::forceSnapshot);
     connect(&bar, &BWControlBar::snapshotTriggered, this, &AppDelegate::forceSnapshot);
@@ -255,14 +257,20 @@ void AppDelegate::updateStateLabel()
 void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)
 {
     // A pulse: it has to be read now, the rest can wait until all listeners were told.
-    const bool resetLayout = config.mustResetLayout();
-    BWMainQueue::post(m_alive, [this, resetLayout] {
+    const bool mustResetLayout = config.mustResetLayout();
+    BWMainQueue::post(m_alive, [this, mustResetLayout] {
         updateStateLabel();
-        if (resetLayout)
-            m_window->resetLayout();
+        if (mustResetLayout)
+            resetLayout();
         m_sessionWindows->settingsChanged();
         m_capture->setButtonRecords(m_repository.configManager().saveVideoOnHardwareButton(), [this] { onRecord(); });
     });
+}
+
+void AppDelegate::resetLayout()
+{
+    m_window->resetLayout();
+    m_auxiliaryWindows->resetLayout();
 }
 
 void AppDelegate::onSettingsAlbums()
@@ -275,7 +283,12 @@ void AppDelegate::onSettingsAlbums()
                                                      albums.defaultAlbumBasePath().toLocalFile()));
         return;
     }
-    if (const BWAlbumPtr album = albums.currentAlbum())
+    m_auxiliaryWindows->showAlbums();
+}
+
+void AppDelegate::openAlbumFolder()
+{
+    if (const BWAlbumPtr album = m_repository.albumManager().currentAlbum())
         m_options.openUrl(album->path());
 }
 
@@ -298,5 +311,5 @@ void AppDelegate::otherKeyPressed(int key, bool autoRepeat)
 
 void AppDelegate::windowDidChangeOcclusionState()
 {
-    m_window->menu().showOpenWindows(true);
+    m_auxiliaryWindows->updateMenu();
 }

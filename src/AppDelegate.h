@@ -15,6 +15,7 @@
 #include <QUrl>
 #include <vector>
 
+class BWAuxiliaryWindows;
 class BWCameraAuthorization;
 class BWCameraSession;
 class BWCaptureFeedback;
@@ -71,6 +72,8 @@ private:
     void prepareCapture();
     void connectActions();
     void prepareCamera(BWCamera &camera);
+    void resetLayout();
+    void openAlbumFolder();
     void forceSnapshot();
     void onRecord();
     void otherKeyPressed(int key, bool autoRepeat);
@@ -90,6 +93,7 @@ private:
     std::unique_ptr<BWCaptureFeedback> m_captureFeedback;
     std::unique_ptr<BWCaptureController> m_capture;
     std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
+    std::unique_ptr<BWAuxiliaryWindows> m_auxiliaryWindows;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
     std::unique_ptr<BWCameraDetector> m_cameraDetector;
     std::unique_ptr<BWCameraSession> m_session;

@@ -216,7 +216,10 @@ void BWSessionWindows::endNoCameraSheet()
     m_noCameraSheet->end();
 }
 
-void BWSessionWindows::hideAuxiliaryWindows() { }
+void BWSessionWindows::hideAuxiliaryWindows()
+{
+    m_actions.hideAuxiliaryWindows();
+}
 
 void BWSessionWindows::terminate()
 {

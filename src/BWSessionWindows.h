@@ -29,6 +29,7 @@ public:
         std::function<void()> updateStateLabel;
         std::function<void()> terminate;
         std::function<bool()> pendingDevices;
+        std::function<void()> hideAuxiliaryWindows;
     };
 
     BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWRepository &repository, Actions actions,

@@ -75,6 +75,7 @@ struct BWAlbumManager::Private {
     int selected = -1;
     ChangeCallback onAlbumsChanged;
     ChangeCallback onContentsChanged;
+    BWTrash trash;
     BWAlbumIntake intake; // last, so that it ends first
 };
 
@@ -252,14 +253,32 @@ void BWAlbumManager::addFile(const QUrl &file, BWMediaType type, AddCompletion c
 
 void BWAlbumManager::removeFile(const QUrl &file, BWMediaType type)
 {
+    Q_UNUSED(type)
     QMetaObject::invokeMethod(
-        d->intake.context(),
-        [this, file, type] {
-            if (const BWAlbumPtr album = d->currentAlbum())
-                album->removeFile(file, type);
-            Private::tell(d->onContentsChanged);
-        },
-        Qt::QueuedConnection);
+        d->intake.context(), [this, file] { removeFiles({file}, {}); }, Qt::QueuedConnection);
+}
+
+void BWAlbumManager::removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &)> finished)
+{
+    d->trash.move(files, [this, finished = std::move(finished)](const BWTrash::Moved &result) {
+        Private::tell(d->onContentsChanged);
+        if (finished)
+            finished(result);
+    });
+}
+
+bool BWAlbumManager::canUndoRemoving() const
+{
+    return d->trash.canUndo();
+}
+
+void BWAlbumManager::undoRemoving(std::function<void(const BWTrash::Restored &)> finished)
+{
+    d->trash.undo([this, finished = std::move(finished)](const BWTrash::Restored &result) {
+        Private::tell(d->onContentsChanged);
+        if (finished)
+            finished(result);
+    });
 }
 
 void BWAlbumManager::whenAdded(std::function<void()> done)

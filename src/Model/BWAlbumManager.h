@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/BWAlbum.h"
+#include "Model/BWTrash.h"
 
 #include <functional>
 #include <memory>
@@ -60,6 +61,13 @@ public:
     /// Moves a file of the current album to the Trash, then tells that the contents changed. Returns at once; any
     /// thread.
     void removeFile(const QUrl &file, BWMediaType type);
+    /// Moves files of the current album to the Trash, which does not hold up the GUI thread; then tells that the
+    /// contents changed, then calls `finished`.
+    void removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &result)> finished);
+    /// Whether there are files to bring back: those that were moved to the Trash the last time.
+    bool canUndoRemoving() const;
+    /// Brings them back, then tells that the contents changed, then calls `finished`. Once only.
+    void undoRemoving(std::function<void(const BWTrash::Restored &result)> finished);
     /// Calls `done` once everything handed in is added or has failed, and the completions are called. For the
     /// program's end.
     void whenAdded(std::function<void()> done);

@@ -45,6 +45,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
 
     cameraWindowMenuItem = add(m_panelsMenu);
     cameraWindowMenuItem->setCheckable(true);
+    albumManagerMenuItem = add(m_panelsMenu, u"F9"_s);
+    albumManagerMenuItem->setCheckable(true);
     m_panelsMenu->menuAction()->setEnabled(false);
     connect(m_panelsMenu, &QMenu::aboutToShow, this, &BWMainMenu::panelsMenuOpening);
     connect(m_cameras, &QActionGroup::triggered, this,
@@ -89,6 +91,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"Panels"_s);
     m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"Panels"_s));
     set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"Camera window"_s));
+    set(albumManagerMenuItem, manager.text(u"main_menu"_s, u"album_manager_menu_item"_s, u"Album manager"_s));
 }
 
 void BWMainMenu::showCameras(const QList<QString> &names, int current)
@@ -124,6 +127,7 @@ void BWMainMenu::enablePanels()
 {
     m_panelsMenu->menuAction()->setEnabled(true);
     cameraWindowMenuItem->setEnabled(true);
+    albumManagerMenuItem->setEnabled(true);
 }
 
 void BWMainMenu::setCameraActionsEnabled(bool enabled)
@@ -132,7 +136,8 @@ void BWMainMenu::setCameraActionsEnabled(bool enabled)
         action->setEnabled(enabled);
 }
 
-void BWMainMenu::showOpenWindows(bool cameraWindow)
+void BWMainMenu::showOpenWindows(bool cameraWindow, bool albums)
 {
     cameraWindowMenuItem->setChecked(cameraWindow);
+    albumManagerMenuItem->setChecked(albums);
 }

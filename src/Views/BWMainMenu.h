@@ -32,7 +32,7 @@ public:
     /// Enables the items that act on a streaming camera.
     void setCameraActionsEnabled(bool enabled);
     /// Check marks of the window list.
-    void showOpenWindows(bool cameraWindow);
+    void showOpenWindows(bool cameraWindow, bool albums);
 
     QAction *openAlbumFolder;
     QAction *quit;
@@ -46,6 +46,7 @@ public:
     QAction *flipVertically;
     QAction *fullScreen;
     QAction *cameraWindowMenuItem;
+    QAction *albumManagerMenuItem;
 
 Q_SIGNALS:
     void cameraPicked(int index);

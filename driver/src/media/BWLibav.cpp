@@ -4,20 +4,15 @@
 #include <mutex>
 #include <QFile>
 
-namespace {
-
-/// The faults that count are logged by whoever meets them, once; libav would tell of every bad frame.
-void silenceOnce()
+void BWLibav::silence()
 {
     static std::once_flag once;
     std::call_once(once, [] { av_log_set_level(AV_LOG_FATAL); });
 }
 
-} // namespace
-
 BWLibav::Input BWLibav::openInput(const QString &path, int &result)
 {
-    silenceOnce();
+    silence();
     AVFormatContext *context = nullptr;
     result = avformat_open_input(&context, QFile::encodeName(path).constData(), nullptr, nullptr);
     return result < 0 ? nullptr : Input(context);
@@ -25,7 +20,7 @@ BWLibav::Input BWLibav::openInput(const QString &path, int &result)
 
 BWLibav::Output BWLibav::createMov(const QString &path, int &result)
 {
-    silenceOnce();
+    silence();
     const QByteArray name = QFile::encodeName(path);
     AVFormatContext *context = nullptr;
     result = avformat_alloc_output_context2(&context, nullptr, "mov", name.constData());

@@ -42,6 +42,9 @@ Input openInput(const QString &path, int &result);
 /// Creates a QuickTime file; null, with libav's error number in `result`, where that cannot be done.
 Output createMov(const QString &path, int &result);
 
+/// Keeps libav from telling of every bad picture on standard error; whoever meets a fault logs it.
+void silence();
+
 QString errorText(int error);
 
 } // namespace BWLibav

@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double noticeSeconds = 12; // to read it, think, and change one's mind
+constexpr int margin = 8; // points, as around the pop-up
 constexpr int summaryPage = 0;
 constexpr int progressPage = 1;
 constexpr int noticePage = 2;
@@ -58,7 +59,7 @@ QWidget *page(QLabel *label, Widgets *...widgets)
 {
     auto *page = new QWidget;
     auto *row = new QHBoxLayout(page);
-    row->setContentsMargins(0, 0, 0, 0);
+    row->setContentsMargins(margin, margin / 2, margin, margin / 2);
     row->addWidget(label, 1);
     (row->addWidget(widgets), ...);
     return page;
@@ -101,11 +102,10 @@ BWAlbumFooter::~BWAlbumFooter()
 
 void BWAlbumFooter::localize(BWLocalizationManager &manager)
 {
-    const QString group = u"album_manager"_s;
-    setName(m_save, manager.text(group, u"save_button"_s, u"Save the selection as..."_s));
-    setName(m_trash, manager.text(group, u"trash_button"_s, u"Move the selection to the Trash"_s));
-    setName(m_cancel, manager.text(group, u"cancel_button"_s, u"Cancel"_s));
-    m_undo->setText(manager.text(group, u"undo_button"_s, u"Undo"_s));
+    setName(m_save, manager.text(u"album_manager"_s, u"save_button"_s, u"Save the selection as..."_s));
+    setName(m_trash, manager.text(u"album_manager"_s, u"trash_button"_s, u"Move the selection to the Trash"_s));
+    setName(m_cancel, manager.text(u"album_manager"_s, u"cancel_button"_s, u"Cancel"_s));
+    m_undo->setText(manager.text(u"album_manager"_s, u"undo_button"_s, u"Undo"_s));
 }
 
 void BWAlbumFooter::setSummary(const QString &text, bool selectionExists)

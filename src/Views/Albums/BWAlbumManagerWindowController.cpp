@@ -20,6 +20,7 @@
 #include <QSignalBlocker>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -129,10 +130,9 @@ void BWAlbumManagerWindowController::layOut()
     top->addWidget(m_popUp, 1);
     top->addWidget(m_add);
     top->addWidget(m_remove);
-    top->setSpacing(style()->pixelMetric(QStyle::PM_LayoutHorizontalSpacing) / 2);
-    const int margin = style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
-    top->setContentsMargins(margin, margin, margin, margin / 2);
-    m_footer->layout()->setContentsMargins(margin, margin / 2, margin, margin / 2);
+    top->setSpacing(4);
+    constexpr int margin = 8;
+    top->setContentsMargins(margin, margin, margin, margin);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -177,21 +177,22 @@ void BWAlbumManagerWindowController::connectParts()
 
 void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &manager)
 {
-    const QString group = u"album_manager"_s;
-    setWindowTitle(manager.text(group, u"window_title"_s, u"Albums"_s));
-    m_tabs->setTabText(m_tabs->indexOf(m_videos), manager.text(group, u"videos_tab_view_item"_s, u"Videos"_s));
-    m_tabs->setTabText(m_tabs->indexOf(m_images), manager.text(group, u"images_tab_view_item"_s, u"Images"_s));
+    setWindowTitle(manager.text(u"album_manager"_s, u"window_title"_s, u"Albums"_s));
+    m_tabs->setTabText(m_tabs->indexOf(m_videos),
+                       manager.text(u"album_manager"_s, u"videos_tab_view_item"_s, u"Videos"_s));
+    m_tabs->setTabText(m_tabs->indexOf(m_images),
+                       manager.text(u"album_manager"_s, u"images_tab_view_item"_s, u"Images"_s));
     const auto name = [](QWidget *widget, const QString &text) {
         widget->setToolTip(text);
         widget->setAccessibleName(text);
     };
-    name(m_add, manager.text(group, u"add_album_button"_s, u"Add album"_s));
-    name(m_remove, manager.text(group, u"delete_album_button"_s, u"Delete album"_s));
+    name(m_add, manager.text(u"album_manager"_s, u"add_album_button"_s, u"Add album"_s));
+    name(m_remove, manager.text(u"album_manager"_s, u"delete_album_button"_s, u"Delete album"_s));
     m_texts.localizeWithManager(manager);
-    m_popUp->setAccessibleName(manager.text(group, u"album_pop_up"_s, u"Album"_s));
+    m_popUp->setAccessibleName(manager.text(u"album_manager"_s, u"album_pop_up"_s, u"Album"_s));
     m_footer->localize(manager);
-    m_model->setWords(
-        {manager.text(group, u"image_word"_s, u"image"_s), manager.text(group, u"video_word"_s, u"video"_s)});
+    m_model->setWords({manager.text(u"album_manager"_s, u"image_word"_s, u"image"_s),
+                       manager.text(u"album_manager"_s, u"video_word"_s, u"video"_s)});
     m_images->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_images)));
     m_videos->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_videos)));
     m_images->localizeWithManager(manager);
@@ -306,14 +307,16 @@ BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const
     return m_tabs->currentWidget() == m_videos ? *m_videos : *m_images;
 }
 
-void BWAlbumManagerWindowController::resetLayout(const QRect &cameraWindowFrame)
+void BWAlbumManagerWindowController::resetLayout(const QWidget &cameraWindow)
 {
     resize(defaultContentSize);
-    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
-    QRect place(cameraWindowFrame.right() + 1, 0, width() + frame.left() + frame.right(),
-                height() + frame.top() + frame.bottom());
-    place.moveBottom(cameraWindowFrame.bottom());
-    if (const QScreen *screen = QGuiApplication::screenAt(cameraWindowFrame.center())) {
+    // Our own frame is not known before we have been shown; it is about that of the camera window.
+    const QRect camera = cameraWindow.frameGeometry();
+    QRect place = QRect(QPoint(), defaultContentSize).marginsAdded(
+        {cameraWindow.geometry().left() - camera.left(), cameraWindow.geometry().top() - camera.top(),
+         camera.right() - cameraWindow.geometry().right(), camera.bottom() - cameraWindow.geometry().bottom()});
+    place.moveBottomLeft({camera.right() + 1, camera.bottom()});
+    if (const QScreen *screen = cameraWindow.screen()) {
         const QRect room = screen->availableGeometry();
         place.moveRight(std::min(place.right(), room.right()));
         place.moveTop(std::max(place.top(), room.top()));

@@ -40,8 +40,9 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// Gives the window its default size and puts it to the right of that frame, with its lower edge at the same height.
-    void resetLayout(const QRect &cameraWindowFrame);
+    /// Gives the window its default size and puts it to the right of the camera window, lower edges at the same height, or
+    /// as near to that as the screen allows.
+    void resetLayout(const QWidget &cameraWindow);
 
     /// Files are being saved elsewhere.
     bool isSaving() const { return m_saving->isSaving(); }

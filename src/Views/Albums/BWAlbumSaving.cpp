@@ -22,9 +22,10 @@ void BWAlbumSaving::save(const QList<QUrl> &files, BWMediaType type, const QStri
         return;
     const bool one = files.size() == 1;
     const BWAlbumTexts::Alert &texts = m_texts.saving(type).of(files.size());
-    BWFilePanels::Save panel{texts.title, texts.message, u"zip"_s};
-    if (one)
-        panel.extension = type == BWMediaType::Image ? u"jpg"_s : u"mov"_s;
+    BWFilePanels::Save panel;
+    panel.title = texts.title;
+    panel.message = texts.message;
+    panel.extension = !one ? u"zip"_s : type == BWMediaType::Image ? u"jpg"_s : u"mov"_s;
     panel.folder = QUrl::fromLocalFile(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
     panel.name = one ? files.first().fileName() : u"%1.zip"_s.arg(archiveName);
     m_panels.save(&m_window, panel, [this, files](const QUrl &target) {

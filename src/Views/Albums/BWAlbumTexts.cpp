@@ -6,67 +6,77 @@ using namespace Qt::StringLiterals;
 
 void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
 {
-    const QString group = u"album_manager"_s;
-    defaultAlbumDisplayName = manager.text(group, u"default_album_name"_s, u"Default Album"_s);
-    saveImages.single.title = manager.text(group, u"single_image_save_title"_s, u"Saving image as JPG file"_s);
-    saveImages.single.message = manager.text(group, u"single_image_save_message"_s,
+    defaultAlbumDisplayName = manager.text(u"album_manager"_s, u"default_album_name"_s, u"Default Album"_s);
+    saveImages.single.title =
+        manager.text(u"album_manager"_s, u"single_image_save_title"_s, u"Saving image as JPG file"_s);
+    saveImages.single.message = manager.text(u"album_manager"_s, u"single_image_save_message"_s,
                                              u"Please select where to save a JPG file with your selected image"_s);
-    saveVideos.single.title = manager.text(group, u"single_video_save_title"_s, u"Saving video as MOV file"_s);
-    saveVideos.single.message = manager.text(group, u"single_video_save_message"_s,
+    saveVideos.single.title =
+        manager.text(u"album_manager"_s, u"single_video_save_title"_s, u"Saving video as MOV file"_s);
+    saveVideos.single.message = manager.text(u"album_manager"_s, u"single_video_save_message"_s,
                                              u"Please select where to save a MOV file with your selected video"_s);
-    saveImages.multiple.title = manager.text(group, u"multiple_images_save_title"_s, u"Saving images as ZIP file"_s);
-    saveImages.multiple.message = manager.text(group, u"multiple_images_save_message"_s,
+    saveImages.multiple.title =
+        manager.text(u"album_manager"_s, u"multiple_images_save_title"_s, u"Saving images as ZIP file"_s);
+    saveImages.multiple.message = manager.text(u"album_manager"_s, u"multiple_images_save_message"_s,
                                                u"Please select where to save a ZIP file with your selected images"_s);
-    saveVideos.multiple.title = manager.text(group, u"multiple_videos_save_title"_s, u"Saving videos as ZIP file"_s);
-    saveVideos.multiple.message = manager.text(group, u"multiple_videos_save_message"_s,
+    saveVideos.multiple.title =
+        manager.text(u"album_manager"_s, u"multiple_videos_save_title"_s, u"Saving videos as ZIP file"_s);
+    saveVideos.multiple.message = manager.text(u"album_manager"_s, u"multiple_videos_save_message"_s,
                                                u"Please select where to save a ZIP file with your selected videos"_s);
-    errorSaving.title = manager.text(group, u"error_saving_title"_s, u"Error while saving"_s);
+    errorSaving.title = manager.text(u"album_manager"_s, u"error_saving_title"_s, u"Error while saving"_s);
     errorSaving.message =
-        manager.text(group, u"error_saving_message"_s,
+        manager.text(u"album_manager"_s, u"error_saving_message"_s,
                      u"Could not save file to destination. Please check that you have write permissions"_s);
-    trashImages.single.title = manager.text(group, u"trash_single_image_title"_s, u"Move image to the Trash"_s);
-    trashImages.single.message = manager.text(group, u"trash_single_image_message"_s,
+    trashImages.single.title =
+        manager.text(u"album_manager"_s, u"trash_single_image_title"_s, u"Move image to the Trash"_s);
+    trashImages.single.message = manager.text(u"album_manager"_s, u"trash_single_image_message"_s,
                                               u"Are you sure you want to move this image to the Trash?"_s);
-    trashVideos.single.title = manager.text(group, u"trash_single_video_title"_s, u"Move video to the Trash"_s);
-    trashVideos.single.message = manager.text(group, u"trash_single_video_message"_s,
+    trashVideos.single.title =
+        manager.text(u"album_manager"_s, u"trash_single_video_title"_s, u"Move video to the Trash"_s);
+    trashVideos.single.message = manager.text(u"album_manager"_s, u"trash_single_video_message"_s,
                                               u"Are you sure you want to move this video to the Trash?"_s);
     trashImages.multiple.title =
-        manager.text(group, u"trash_multiple_images_title"_s, u"Move selected images to the Trash"_s);
-    trashImages.multiple.message = manager.text(group, u"trash_multiple_images_message"_s,
+        manager.text(u"album_manager"_s, u"trash_multiple_images_title"_s, u"Move selected images to the Trash"_s);
+    trashImages.multiple.message = manager.text(u"album_manager"_s, u"trash_multiple_images_message"_s,
                                                 u"Are you sure you want to move the selected images to the Trash?"_s);
     trashVideos.multiple.title =
-        manager.text(group, u"trash_multiple_videos_title"_s, u"Move selected videos to the Trash"_s);
-    trashVideos.multiple.message = manager.text(group, u"trash_multiple_videos_message"_s,
+        manager.text(u"album_manager"_s, u"trash_multiple_videos_title"_s, u"Move selected videos to the Trash"_s);
+    trashVideos.multiple.message = manager.text(u"album_manager"_s, u"trash_multiple_videos_message"_s,
                                                 u"Are you sure you want to move the selected videos to the Trash?"_s);
-    trashOk = manager.text(group, u"trash_ok"_s, u"OK"_s);
-    trashCancel = manager.text(group, u"trash_cancel"_s, u"Cancel"_s);
-    selectAlbum.title = manager.text(group, u"select_album_title"_s, u"Select directory for album"_s);
+    trashOk = manager.text(u"album_manager"_s, u"trash_ok"_s, u"OK"_s);
+    trashCancel = manager.text(u"album_manager"_s, u"trash_cancel"_s, u"Cancel"_s);
+    selectAlbum.title = manager.text(u"album_manager"_s, u"select_album_title"_s, u"Select directory for album"_s);
     selectAlbum.message =
-        manager.text(group, u"select_album_message"_s, u"Please select a directory for the new album"_s);
-    cannotDeleteDefault.title = manager.text(group, u"cannot_delete_default_title"_s, u"Cannot delete default album"_s);
+        manager.text(u"album_manager"_s, u"select_album_message"_s, u"Please select a directory for the new album"_s);
+    cannotDeleteDefault.title =
+        manager.text(u"album_manager"_s, u"cannot_delete_default_title"_s, u"Cannot delete default album"_s);
     cannotDeleteDefault.message =
-        manager.text(group, u"cannot_delete_default_message"_s, u"You cannot delete the default album"_s);
-    deleteAlbum.title = manager.text(group, u"delete_album_title"_s, u"Delete album"_s);
-    deleteAlbum.message = manager.text(group, u"delete_album_message"_s,
+        manager.text(u"album_manager"_s, u"cannot_delete_default_message"_s, u"You cannot delete the default album"_s);
+    deleteAlbum.title = manager.text(u"album_manager"_s, u"delete_album_title"_s, u"Delete album"_s);
+    deleteAlbum.message = manager.text(u"album_manager"_s, u"delete_album_message"_s,
                                        u"Are you sure you want to delete the current album? Its contents will still "
                                        "be available in Finder"_s);
 
-    total = manager.text(group, u"total_label"_s, u"Total: %1"_s);
-    selected = manager.text(group, u"selected_label"_s, u"Selected: %1 of %2"_s);
-    savingProgress = manager.text(group, u"saving_progress"_s, u"Saving: %1"_s);
-    saved = manager.text(group, u"saved_notice"_s, u"Saved: %1"_s);
-    leftArchive = manager.text(group, u"left_archive_message"_s, u"What was packed until then is in: %1"_s);
-    movedToTrash = manager.text(group, u"moved_to_trash_notice"_s, u"Moved to the Trash: %1"_s);
-    stayedOutOfTrash = manager.text(group, u"not_moved_to_trash_notice"_s, u"Could not be moved to the Trash: %1"_s);
-    broughtBack = manager.text(group, u"brought_back_notice"_s, u"Back from the Trash: %1"_s);
-    notBroughtBack = manager.text(group, u"not_brought_back_notice"_s, u"Could not be brought back: %1"_s);
-    openMany.title = manager.text(group, u"open_many_title"_s, u"Open %1 files?"_s);
-    openMany.message =
-        manager.text(group, u"open_many_message"_s, u"Each of them is opened by the program for such files."_s);
-    noImages = manager.text(group, u"no_images_notice"_s, u"No images yet. Take a snapshot, and it appears here."_s);
-    noVideos = manager.text(group, u"no_videos_notice"_s, u"No videos yet. Record one, and it appears here."_s);
-    notAnswering = manager.text(group, u"folder_not_answering_notice"_s,
+    total = manager.text(u"album_manager"_s, u"total_label"_s, u"Total: %1"_s);
+    selected = manager.text(u"album_manager"_s, u"selected_label"_s, u"Selected: %1 of %2"_s);
+    savingProgress = manager.text(u"album_manager"_s, u"saving_progress"_s, u"Saving: %1"_s);
+    saved = manager.text(u"album_manager"_s, u"saved_notice"_s, u"Saved: %1"_s);
+    leftArchive =
+        manager.text(u"album_manager"_s, u"left_archive_message"_s, u"What was packed until then is in: %1"_s);
+    movedToTrash = manager.text(u"album_manager"_s, u"moved_to_trash_notice"_s, u"Moved to the Trash: %1"_s);
+    stayedOutOfTrash =
+        manager.text(u"album_manager"_s, u"not_moved_to_trash_notice"_s, u"Could not be moved to the Trash: %1"_s);
+    broughtBack = manager.text(u"album_manager"_s, u"brought_back_notice"_s, u"Back from the Trash: %1"_s);
+    notBroughtBack = manager.text(u"album_manager"_s, u"not_brought_back_notice"_s, u"Could not be brought back: %1"_s);
+    openMany.title = manager.text(u"album_manager"_s, u"open_many_title"_s, u"Open %1 files?"_s);
+    openMany.message = manager.text(u"album_manager"_s, u"open_many_message"_s,
+                                    u"Each of them is opened by the program for such files."_s);
+    noImages = manager.text(u"album_manager"_s, u"no_images_notice"_s,
+                            u"No images yet. Take a snapshot, and it appears here."_s);
+    noVideos =
+        manager.text(u"album_manager"_s, u"no_videos_notice"_s, u"No videos yet. Record one, and it appears here."_s);
+    notAnswering = manager.text(u"album_manager"_s, u"folder_not_answering_notice"_s,
                                 u"Waiting for the album's folder, which does not answer."_s);
-    unavailable = manager.text(group, u"folder_unavailable_notice"_s,
+    unavailable = manager.text(u"album_manager"_s, u"folder_unavailable_notice"_s,
                                u"The album's folder cannot be read. It may have been moved, renamed or removed."_s);
 }

@@ -22,7 +22,7 @@ BWThumbnailNotice::BWThumbnailNotice(QWidget *parent) : QWidget(parent)
 
 void BWThumbnailNotice::setNotice(const QString &iconName, const QString &text)
 {
-    m_icon = BWIcons::icon(iconName);
+    m_icon = iconName.isNull() ? QIcon() : BWIcons::icon(iconName);
     m_text = text;
     update();
 }

@@ -205,6 +205,7 @@ void BWThumbnailTableView::showSelection()
     selectionModel()->select(BWThumbnailSelection::fromIndexes(*m_model, m_handler->selectedIndexes()),
                              QItemSelectionModel::ClearAndSelect);
     viewport()->update();
+    Q_EMIT selectionShown();
 }
 
 void BWThumbnailTableView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)

@@ -79,6 +79,8 @@ Q_SIGNALS:
     /// Whose thumbnails are wished for, and how large: those to be seen first, then those near. Told anew whenever that
     /// has changed, but not more often than it can be seen.
     void thumbnailsWanted(const QList<QUrl> &inOrder, const QSize &pixelSize);
+    /// The handler's selection may be another.
+    void selectionShown();
 
 protected:
     bool event(QEvent *event) override;

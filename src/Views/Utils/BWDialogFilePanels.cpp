@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QStandardPaths>
+#include <QStyle>
 
 using namespace Qt::StringLiterals;
 

@@ -1,0 +1,182 @@
+#include "BWACUDriver/BWMoviePicture.h"
+
+#include "media/BWFrameScaler.h"
+#include "media/BWMovieFile.h"
+
+#include <cmath>
+#include <libyuv.h>
+#include <QTransform>
+
+extern "C" {
+#include <libavutil/display.h>
+}
+
+namespace {
+
+constexpr int64_t maxPixels = 100'000'000; // a damaged header may tell anything
+constexpr int maxTries = 16; // pictures that are looked at in search of a good one
+constexpr int maxPackets = 1000; // those of sound included
+
+class FirstPicture {
+public:
+    int open(int file, QSize most);
+    int find();
+
+    QImage image();
+    std::optional<std::chrono::milliseconds> length() const;
+
+private:
+    const AVStream &stream() const { return *m_movie->input()->streams[m_stream]; }
+    int openDecoder(const AVCodec *decoder);
+    int decode();
+    QSize shownSize() const;
+    int quarterTurns() const;
+    QSize mostUnturned() const { return quarterTurns() % 2 == 0 ? m_most : m_most.transposed(); }
+
+    QSize m_most;
+    std::optional<BWMovieFile> m_movie;
+    int m_stream = -1;
+    BWLibav::Codec m_codec;
+    BWLibav::Packet m_packet{av_packet_alloc()};
+    BWLibav::Frame m_frame{av_frame_alloc()};
+};
+
+int FirstPicture::open(int file, QSize most)
+{
+    if (!m_packet || !m_frame)
+        return AVERROR(ENOMEM);
+    m_most = most;
+    m_movie.emplace(file);
+    int result = m_movie->open();
+    if (result < 0)
+        return result;
+    const AVCodec *decoder = nullptr;
+    m_stream = av_find_best_stream(m_movie->input(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
+    if (m_stream < 0)
+        return m_stream;
+    // A movie of ours tells everything in its header, so the pictures need not be searched for what they are.
+    if (stream().codecpar->width <= 0 || stream().codecpar->height <= 0)
+        return AVERROR_INVALIDDATA;
+    return openDecoder(decoder);
+}
+
+int FirstPicture::openDecoder(const AVCodec *decoder)
+{
+    m_codec.reset(avcodec_alloc_context3(decoder));
+    if (!m_codec)
+        return AVERROR(ENOMEM);
+    const int result = avcodec_parameters_to_context(m_codec.get(), stream().codecpar);
+    if (result < 0)
+        return result;
+    m_codec->thread_count = 1;
+    m_codec->max_pixels = maxPixels;
+    m_codec->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
+    // Some decoders can leave out detail at no cost.
+    const QSize most = mostUnturned();
+    while (m_codec->lowres < decoder->max_lowres && m_codec->width >> (m_codec->lowres + 1) >= most.width()
+           && m_codec->height >> (m_codec->lowres + 1) >= most.height())
+        ++m_codec->lowres;
+    return avcodec_open2(m_codec.get(), decoder, nullptr);
+}
+
+int FirstPicture::find()
+{
+    int tries = 0;
+    for (int packets = 0; packets < maxPackets; ++packets) {
+        av_packet_unref(m_packet.get());
+        int result = av_read_frame(m_movie->input(), m_packet.get());
+        if (result < 0)
+            return result;
+        if (m_packet->stream_index != m_stream)
+            continue;
+        result = decode();
+        if (result >= 0 || ++tries == maxTries)
+            return result;
+    }
+    return AVERROR_INVALIDDATA;
+}
+
+/// The packet alone: a decoder that would wait for more pictures, to put them in order, is told that none follow.
+int FirstPicture::decode()
+{
+    avcodec_flush_buffers(m_codec.get());
+    int result = avcodec_send_packet(m_codec.get(), m_packet.get());
+    if (result >= 0)
+        result = avcodec_send_packet(m_codec.get(), nullptr);
+    if (result >= 0)
+        result = avcodec_receive_frame(m_codec.get(), m_frame.get());
+    if (result >= 0 && (m_frame->decode_error_flags != 0 || (m_frame->flags & AV_FRAME_FLAG_CORRUPT)))
+        return AVERROR_INVALIDDATA;
+    return result;
+}
+
+/// How often the picture is to be turned clockwise by 90 degrees, 0 to 3.
+int FirstPicture::quarterTurns() const
+{
+    std::size_t size = 0;
+    const uint8_t *const data = av_stream_get_side_data(&stream(), AV_PKT_DATA_DISPLAYMATRIX, &size);
+    if (!data || size < 9 * sizeof(int32_t))
+        return 0;
+    const double angle = av_display_rotation_get(reinterpret_cast<const int32_t *>(data)); // counter-clockwise
+    return std::isnan(angle) ? 0 : (4 - static_cast<int>(std::lround(angle / 90))) % 4;
+}
+
+/// In square pixels, before it is turned.
+QSize FirstPicture::shownSize() const
+{
+    const AVRational aspect =
+        av_guess_sample_aspect_ratio(m_movie->input(), m_movie->input()->streams[m_stream], m_frame.get());
+    QSizeF size(stream().codecpar->width, stream().codecpar->height);
+    if (aspect.num > aspect.den && aspect.den > 0)
+        size.setHeight(size.height() * aspect.den / aspect.num);
+    else if (aspect.num > 0 && aspect.den > 0)
+        size.setWidth(size.width() * aspect.num / aspect.den);
+    return size.toSize().expandedTo({1, 1});
+}
+
+QImage FirstPicture::image()
+{
+    const QSize most = mostUnturned();
+    QSize size = shownSize();
+    if (size.width() > most.width() || size.height() > most.height())
+        size = size.scaled(most, Qt::KeepAspectRatio).expandedTo({1, 1});
+
+    BWFrameScaler scaler;
+    BWYuvPlanes planes;
+    QImage image(size, QImage::Format_RGB32);
+    if (image.isNull()
+        || !scaler.scale(*m_frame, m_codec->codec_id, {size.width(), size.height()}, BWColorMatrix::BT601, planes))
+        return {};
+    libyuv::J422ToARGB(planes.y(), planes.stride(), planes.u(), planes.chromaStride(), planes.v(),
+                       planes.chromaStride(), image.bits(), static_cast<int>(image.bytesPerLine()), size.width(),
+                       size.height());
+    return quarterTurns() == 0 ? image : image.transformed(QTransform().rotate(90 * quarterTurns()));
+}
+
+std::optional<std::chrono::milliseconds> FirstPicture::length() const
+{
+    const int64_t length = m_movie->input()->duration;
+    if (length == AV_NOPTS_VALUE || length < 0)
+        return std::nullopt;
+    return std::chrono::milliseconds(length / (AV_TIME_BASE / 1000));
+}
+
+} // namespace
+
+std::optional<BWMoviePicture> BWMoviePicture::read(int file, QSize most, QString *error)
+{
+    FirstPicture first;
+    int result = first.open(file, most);
+    if (result >= 0)
+        result = first.find();
+    BWMoviePicture picture;
+    if (result >= 0) {
+        picture = {first.image(), first.length()};
+        if (!picture.image.isNull())
+            return picture;
+        result = AVERROR_INVALIDDATA;
+    }
+    if (error)
+        *error = BWLibav::errorText(result);
+    return std::nullopt;
+}

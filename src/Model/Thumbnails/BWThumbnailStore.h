@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Model/Thumbnails/BWThumbnail.h"
+#include "Model/Thumbnails/BWThumbnailFile.h"
+#include "Model/Thumbnails/BWThumbnailSize.h"
+
+#include <atomic>
+#include <optional>
+#include <QByteArray>
+
+/// The thumbnails that all programs of the desktop share, as the Thumbnail Managing Standard of freedesktop.org has it.
+/// What cannot be stored is left out; the first time a line in the log tells why. Any threads at once.
+class BWThumbnailStore {
+public:
+    /// `folder` is made when something is to be stored. An empty one: nothing is found, nothing stored.
+    explicit BWThumbnailStore(const QByteArray &folder);
+
+    /// The desktop's folder for them.
+    static QByteArray defaultFolder();
+
+    /// What is stored of the file as it is now; a larger one is made smaller. Impossible if we have failed to make one
+    /// before. A movie's thumbnail without the movie's length is of no use to us and not found.
+    std::optional<BWThumbnail> find(const QByteArray &path, const BWFileStamp &stamp, BWThumbnailSize size) const;
+
+    /// Stores a thumbnail, or that there is none to be had. Thumbnails of thumbnails are not stored.
+    void keep(const QByteArray &path, const BWFileStamp &stamp, BWThumbnailSize size, const BWThumbnail &thumbnail);
+
+    /// The address by which all programs know the file: the bytes of its path, percent-encoded.
+    static QByteArray uri(const QByteArray &path);
+
+private:
+    bool isInside(const QByteArray &path) const;
+    void write(const QByteArray &subfolder, const QByteArray &name, const QByteArray &png);
+    void logFault(const QByteArray &what, int error);
+
+    QByteArray m_folder;
+    QByteArray m_failedFolder; // relative
+    std::atomic_bool m_faultLogged = false;
+};

@@ -1,0 +1,171 @@
+#include "Model/Thumbnails/BWThumbnailWorkers.h"
+
+#include "Utils/BWLogging.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <list>
+#include <mutex>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+
+using Clock = std::chrono::steady_clock;
+
+struct BWThumbnailWorkers::State {
+    struct Task { // being carried out by a worker
+        BWThumbnailWish wish;
+        Clock::time_point begun;
+    };
+
+    Work work;
+    mutable std::mutex mutex;
+    std::condition_variable wake;
+    std::condition_variable ended;
+    std::deque<BWThumbnailWish> wishes;
+    std::list<Task> tasks;
+    std::vector<BWThumbnailResult> results;
+    std::deque<BWThumbnailResult> unstored;
+    int storing = 0;
+    int workers = 0;
+    bool told = false;
+    bool quit = false;
+
+    bool hasWork() const { return quit || !wishes.empty() || !unstored.empty(); }
+    bool isUnderWay(const BWThumbnailWish &wish) const;
+    void carryOutWish(std::unique_lock<std::mutex> &lock, const Make &make);
+    void storeResult(std::unique_lock<std::mutex> &lock);
+};
+
+namespace {
+
+constexpr int lowPriority = 10; // nice value: live image and recording come first
+constexpr std::size_t mostUnstored = 64; // results; they hold images
+constexpr std::size_t mostHanging = 8;
+constexpr std::chrono::milliseconds patienceAtEnd(500);
+
+int processors()
+{
+    // With one worker only, a file that hangs would hold up all others.
+    return static_cast<int>(std::max(2U, std::thread::hardware_concurrency()));
+}
+
+} // namespace
+
+bool BWThumbnailWorkers::State::isUnderWay(const BWThumbnailWish &wish) const
+{
+    const auto isSame = [&wish](const BWThumbnailWish &other) {
+        return other.file == wish.file && other.size >= wish.size;
+    };
+    return std::any_of(tasks.begin(), tasks.end(), [&](const Task &task) { return isSame(task.wish); })
+        || std::any_of(results.begin(), results.end(), [&](const auto &result) { return isSame(result.wish); });
+}
+
+void BWThumbnailWorkers::State::carryOutWish(std::unique_lock<std::mutex> &lock, const Make &make)
+{
+    const auto task = tasks.insert(tasks.end(), {std::move(wishes.front()), Clock::now()});
+    wishes.pop_front();
+    lock.unlock();
+    BWThumbnailResult result = make(task->wish);
+    lock.lock();
+    tasks.erase(task);
+    if (quit)
+        return;
+    if (result.toBeStored)
+        unstored.push_back(result);
+    results.push_back(std::move(result));
+    if (std::exchange(told, true))
+        return;
+    lock.unlock();
+    work.resultsWaiting();
+    lock.lock();
+}
+
+void BWThumbnailWorkers::State::storeResult(std::unique_lock<std::mutex> &lock)
+{
+    const BWThumbnailResult result = std::move(unstored.front());
+    unstored.pop_front();
+    ++storing;
+    lock.unlock();
+    work.store(result);
+    lock.lock();
+    --storing;
+}
+
+BWThumbnailWorkers::BWThumbnailWorkers(Work work, int threads, std::chrono::milliseconds patience)
+    : m_state(std::make_shared<State>()), m_threads(threads > 0 ? threads : processors()), m_patience(patience)
+{
+    m_state->work = std::move(work);
+}
+
+BWThumbnailWorkers::~BWThumbnailWorkers()
+{
+    std::unique_lock lock(m_state->mutex);
+    m_state->quit = true;
+    m_state->wishes.clear();
+    m_state->wake.notify_all();
+    if (!m_state->ended.wait_for(lock, patienceAtEnd, [this] { return m_state->workers == 0; }))
+        qCWarning(bwModel, "Thumbnails: %d files do not answer and are left behind", m_state->workers);
+}
+
+void BWThumbnailWorkers::want(const QList<BWThumbnailWish> &inOrder)
+{
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->wishes.clear();
+        for (const BWThumbnailWish &wish : inOrder) {
+            if (!m_state->isUnderWay(wish))
+                m_state->wishes.push_back(wish);
+        }
+        if (!m_state->wishes.empty())
+            addWorkers();
+    }
+    m_state->wake.notify_all();
+}
+
+std::vector<BWThumbnailResult> BWThumbnailWorkers::take()
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->told = false;
+    return std::exchange(m_state->results, {});
+}
+
+bool BWThumbnailWorkers::isIdle() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->wishes.empty() && m_state->tasks.empty() && m_state->results.empty() && m_state->unstored.empty()
+        && m_state->storing == 0;
+}
+
+/// As many as are meant to be there beside those that hang. Called with the lock held.
+void BWThumbnailWorkers::addWorkers()
+{
+    const auto longAgo = Clock::now() - m_patience;
+    const auto hanging = std::count_if(m_state->tasks.begin(), m_state->tasks.end(),
+                                       [longAgo](const State::Task &task) { return task.begun < longAgo; });
+    const int wanted = m_threads + static_cast<int>(std::min<std::size_t>(hanging, mostHanging));
+    for (; m_state->workers < wanted; ++m_state->workers)
+        std::thread(&BWThumbnailWorkers::run, m_state).detach();
+}
+
+void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
+{
+    pthread_setname_np(pthread_self(), "thumbnails");
+    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), lowPriority); // of this thread alone, on Linux
+    const Make make = state->work.newMaker();
+    std::unique_lock lock(state->mutex);
+    for (;;) {
+        state->wake.wait(lock, [&] { return state->hasWork(); });
+        if (state->quit)
+            break;
+        // Showing comes before storing, unless too much memory waits for it.
+        if (state->wishes.empty() || state->unstored.size() > mostUnstored)
+            state->storeResult(lock);
+        else
+            state->carryOutWish(lock, make);
+    }
+    --state->workers;
+    state->ended.notify_all();
+}

@@ -1,0 +1,162 @@
+#include "Model/Thumbnails/BWThumbnails.h"
+
+#include "Utils/BWFilePath.h"
+#include "Utils/BWMainQueue.h"
+
+#include <algorithm>
+#include <QSet>
+
+using Clock = std::chrono::steady_clock;
+
+struct BWThumbnails::Entry {
+    BWThumbnail thumbnail;
+    std::optional<BWFileStamp> stamp;
+    BWThumbnailSize size;
+    Clock::time_point looked;
+    int looksLeft = 0; ///< that are taken unasked, at a file that may still be written
+
+    qsizetype cost() const { return costOfEntry + thumbnail.image.sizeInBytes(); }
+    static constexpr qsizetype costOfEntry = 512; // bytes, about: address, stamp, administration
+};
+
+namespace {
+
+constexpr int looksAtUnsettled = 10;
+constexpr std::chrono::milliseconds margin(50); // for timers that fire early
+
+/// What a picture may need: no more than a square one.
+qsizetype mostBytes(BWThumbnailSize size)
+{
+    const qsizetype side = BWThumbnailSizes::pixels(size);
+    return side * side * 4;
+}
+
+BWThumbnailWorkers::Work workFor(const QByteArray &folder)
+{
+    const auto store = std::make_shared<BWThumbnailStore>(folder);
+    BWThumbnailWorkers::Work work;
+    work.newMaker = [store] {
+        const auto maker = std::make_shared<BWThumbnailMaker>();
+        return [store, maker](const BWThumbnailWish &wish) {
+            const QByteArray path = BWFilePath::native(wish.file);
+            BWThumbnailResult result{wish};
+            result.made.stamp = BWThumbnailFile::stampOf(path);
+            if (wish.known && wish.knownStamp == result.made.stamp) {
+                result.unchanged = true;
+                return result;
+            }
+            if (!result.made.stamp)
+                return result;
+            if (auto found = store->find(path, *result.made.stamp, wish.size)) {
+                result.made.thumbnail = std::move(*found);
+                return result;
+            }
+            result.made = maker->make(path, wish.size);
+            result.toBeStored = result.made.worthKeeping;
+            return result;
+        };
+    };
+    work.store = [store](const BWThumbnailResult &result) {
+        store->keep(BWFilePath::native(result.wish.file), *result.made.stamp, result.wish.size, result.made.thumbnail);
+    };
+    return work;
+}
+
+} // namespace
+
+BWThumbnails::BWThumbnails(Ready ready) : BWThumbnails(std::move(ready), Options()) { }
+
+BWThumbnails::BWThumbnails(Ready ready, const Options &options)
+    : m_ready(std::move(ready)), m_options(options), m_memory(options.memory), m_alive(std::make_shared<int>())
+{
+    BWThumbnailWorkers::Work work = workFor(options.sharedFolder);
+    work.resultsWaiting = [this, alive = std::weak_ptr(m_alive)] {
+        BWMainQueue::post(alive, [this] { takeResults(); });
+    };
+    m_workers = std::make_unique<BWThumbnailWorkers>(std::move(work), options.threads);
+    m_nextLook.setSingleShot(true);
+    m_nextLook.setInterval(options.lookAgainAfter + margin);
+    m_nextLook.callOnTimeout([this] { ask(); });
+}
+
+BWThumbnails::~BWThumbnails() = default;
+
+std::optional<BWThumbnail> BWThumbnails::thumbnail(const QUrl &file) const
+{
+    const Entry *const entry = m_memory.object(file);
+    return entry ? std::optional(entry->thumbnail) : std::nullopt;
+}
+
+void BWThumbnails::want(const QList<QUrl> &inOrder, int pixels)
+{
+    m_size = BWThumbnailSizes::forPixels(pixels);
+    m_wanted = inOrder;
+    ask();
+}
+
+void BWThumbnails::ask()
+{
+    const auto longAgo = Clock::now() - m_options.lookAgainAfter;
+    QList<BWThumbnailWish> missing;
+    QList<BWThumbnailWish> again;
+    QSet<QUrl> seen;
+    qsizetype bytes = 0;
+    for (qsizetype i = 0; i < m_wanted.size(); ++i) {
+        const QUrl &file = m_wanted.at(i);
+        if (seen.contains(file))
+            continue;
+        seen.insert(file);
+        const Entry *const entry = m_memory.object(file);
+        const bool suffices = entry && entry->size >= m_size;
+        bytes += suffices ? entry->cost() : Entry::costOfEntry + mostBytes(m_size);
+        if (bytes > m_memory.maxCost() && i > 0) {
+            m_wanted.resize(i);
+            break;
+        }
+        if (!suffices)
+            missing.append({file, m_size});
+        else if (entry->looked <= longAgo)
+            again.append({file, m_size, true, entry->stamp});
+    }
+    // What is wanted most is let go of last.
+    std::for_each(m_wanted.crbegin(), m_wanted.crend(), [this](const QUrl &file) { m_memory.object(file); });
+    m_workers->want(missing + again);
+}
+
+void BWThumbnails::takeResults()
+{
+    QList<QUrl> ready;
+    bool lost = false;
+    for (const BWThumbnailResult &result : m_workers->take()) {
+        lost = lost || (result.unchanged && !m_memory.contains(result.wish.file));
+        if (keep(result))
+            ready.append(result.wish.file);
+    }
+    if (lost) // what is still the same has been let go of meanwhile
+        ask();
+    if (!ready.isEmpty())
+        m_ready(ready);
+}
+
+/// Whether there is another thumbnail now than before.
+bool BWThumbnails::keep(const BWThumbnailResult &result)
+{
+    Entry *const before = m_memory.object(result.wish.file);
+    if (result.unchanged) {
+        if (!before)
+            return false;
+        before->looked = Clock::now();
+        before->looksLeft = std::max(before->looksLeft - 1, 0);
+    }
+    const int looksLeft = result.unchanged ? before->looksLeft : result.made.unsettled ? looksAtUnsettled : 0;
+    if (looksLeft > 0 && !m_nextLook.isActive())
+        m_nextLook.start();
+    if (result.unchanged)
+        return false;
+
+    const BWThumbnail &thumbnail = result.made.thumbnail;
+    const bool wasImpossible = before && before->thumbnail.kind == BWThumbnail::Kind::Impossible;
+    const bool isNews = !wasImpossible || thumbnail.kind != BWThumbnail::Kind::Impossible;
+    auto *const entry = new Entry{thumbnail, result.made.stamp, result.wish.size, Clock::now(), looksLeft};
+    return m_memory.insert(result.wish.file, entry, entry->cost()) && isNews;
+}
