@@ -47,9 +47,15 @@ void BWThumbnailCellPainter::paint(QPainter *painter, const QStyleOptionViewItem
     if (m_view.hasFocus() && index == m_view.currentIndex())
         BWThumbnailPainting::drawFocus(*painter, rect, option.palette);
     if (selected)
-        painter->drawPixmap(BWThumbnailCellGeometry::markRect(option.rect).topLeft(),
-                            m_mark.pixmap(BWThumbnailCellGeometry::markRect(option.rect).size().toSize(), scale));
+        paintMark(*painter, BWThumbnailCellGeometry::markRect(option.rect));
     painter->restore();
+}
+
+void BWThumbnailCellPainter::paintMark(QPainter &painter, const QRectF &rect) const
+{
+    const QPixmap mark = m_mark.pixmap(rect.size().toSize(), painter.device()->devicePixelRatioF());
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawPixmap(rect, mark, QRectF(mark.rect()));
 }
 
 void BWThumbnailCellPainter::paintPicture(QPainter &painter, const QRectF &rect, const BWThumbnailValue &value,

@@ -21,6 +21,7 @@ public:
     QSize sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const override { return {}; }
 
 private:
+    void paintMark(QPainter &painter, const QRectF &rect) const;
     void paintPicture(QPainter &painter, const QRectF &rect, const BWThumbnailValue &value,
                       const QPalette &palette) const;
 

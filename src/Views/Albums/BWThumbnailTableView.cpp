@@ -38,6 +38,7 @@ BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
     setSelectionBehavior(SelectItems);
     setEditTriggers(NoEditTriggers);
     setTabKeyNavigation(false);
+    setAutoScroll(false); // a click on a cell that is cut off must not move it from under the pointer
     setShowGrid(false);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -85,10 +86,13 @@ void BWThumbnailTableView::setEmptyNotice(const QString &iconName, const QString
 
 void BWThumbnailTableView::reloadData()
 {
-    const int focus = focusIndex();
-    const QUrl focused = m_model->elementAt(focus);
+    const int focus = currentIndex().isValid() ? cellIndex(currentIndex().row(), currentIndex().column()) : -1;
+    const QUrl focused = m_model->elementAt(focus); // as it was: the list may be another already
+    const int scrolled = verticalScrollBar()->value();
     renewHandler();
     m_model->reload();
+    updateGeometries();
+    verticalScrollBar()->setValue(scrolled);
     updateRowHeight();
     restoreFocus(focused, focus);
     const bool empty = elementCount() == 0;

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Views/Albums/BWThumbnailTableView.h"
+#include "Views/Albums/BWThumbnailTableViewDataSource.h"
+#include "Views/Albums/BWThumbnailTableViewDelegate.h"
+
+#include <functional>
+#include <QSet>
+
+/// An album that exists in memory only. It tells what the grid asked it for.
+class FakeAlbum : public BWThumbnailTableViewDelegate, public BWThumbnailTableViewDataSource {
+public:
+    explicit FakeAlbum(int count) { setCount(count); }
+
+    void setCount(int count)
+    {
+        m_elements.clear();
+        for (int index = 0; index < count; ++index)
+            m_elements.append(QUrl::fromLocalFile(QStringLiteral("/album/%1.jpg").arg(index)));
+    }
+    void insertFirst(const QString &name) { m_elements.prepend(QUrl::fromLocalFile(QStringLiteral("/album/") + name)); }
+
+    int columns = 2;
+    std::function<BWThumbnailValue(int index)> value = [](int) { return BWThumbnailValue(); };
+    std::function<void()> onOperation = [] {}; ///< called in each of the three operations
+    QList<int> removed, opened, saved;
+    QSet<int> painted; ///< elements whose value was asked for
+    QList<QUrl> copied;
+
+    QList<QUrl> elementsForThumbnailTableView(const BWThumbnailTableView &) override { return m_elements; }
+    QSize draggingSizeForElementAt(const BWThumbnailTableView &, int index) override
+    {
+        return value(index).picture.size();
+    }
+    QString dragTypeForElementAt(const BWThumbnailTableView &, int) override { return QStringLiteral("public.jpeg"); }
+    QImage thumbnailForElementAtIndex(const BWThumbnailTableView &, int index) override { return value(index).picture; }
+    void removeIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(removed, indexes); }
+    void openIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(opened, indexes); }
+    void saveIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(saved, indexes); }
+
+    int numberOfColumnsForView(const BWThumbnailTableView &) override { return columns; }
+    int numberOfRowsInTableView(const BWThumbnailTableView &) override
+    {
+        const int count = static_cast<int>(m_elements.size());
+        return columns > 0 ? (count + columns - 1) / columns : std::min(count, 1);
+    }
+    int heightOfRow(const BWThumbnailTableView &view, int) override
+    {
+        const int height = view.viewport()->height();
+        return height < 500 ? height / 4 : 125;
+    }
+    BWThumbnailValue objectValueForTableColumn(const BWThumbnailTableView &, int column, int row) override
+    {
+        painted.insert(row * 2 + column);
+        return value(row * 2 + column);
+    }
+    QString accessibleNameForElementAt(const BWThumbnailTableView &, int index) override
+    {
+        return m_elements[index].fileName() + QStringLiteral(", image");
+    }
+    QStringList copyFiles(const QList<QUrl> &files, const QUrl &) override
+    {
+        copied = files;
+        QStringList names;
+        for (const QUrl &file : files)
+            names.append(file.fileName());
+        return names;
+    }
+
+private:
+    void operate(QList<int> &log, const QList<int> &indexes)
+    {
+        log = indexes;
+        onOperation();
+    }
+
+    QList<QUrl> m_elements;
+};

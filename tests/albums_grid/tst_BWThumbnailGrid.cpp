@@ -1,0 +1,280 @@
+#include "GridFixture.h"
+#include "Views/Albums/BWThumbnailCellGeometry.h"
+#include "Views/Albums/BWThumbnailMimeData.h"
+#include "Views/Albums/BWThumbnailPainting.h"
+#include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+
+#include <QAccessible>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+
+using Indexes = QList<int>;
+
+namespace {
+
+Indexes wished(const QSignalSpy &spy)
+{
+    Indexes indexes;
+    for (const QUrl &file : spy.last().first().value<QList<QUrl>>())
+        indexes.append(file.fileName().section(u'.', 0, 0).toInt());
+    return indexes;
+}
+
+Indexes numbers(int from, int to)
+{
+    Indexes indexes;
+    for (int index = from; from <= to ? index <= to : index >= to; index += from <= to ? 1 : -1)
+        indexes.append(index);
+    return indexes;
+}
+
+} // namespace
+
+class TestBWThumbnailGrid : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void keys_data()
+    {
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<int>("focus");
+        QTest::addColumn<Indexes>("selected");
+        QTest::addColumn<Indexes>("acted"); // on which elements, by whatever operation
+        const Indexes none;
+        QTest::newRow("right") << u"Right"_s << 1 << Indexes{1} << none;
+        QTest::newRow("right goes on in the next row") << u"Right|Right"_s << 2 << Indexes{2} << none;
+        QTest::newRow("left stops at the first") << u"Right|Left|Left"_s << 0 << Indexes{0} << none;
+        QTest::newRow("up stays in the first row") << u"Right|Up"_s << 1 << Indexes{1} << none;
+        QTest::newRow("page down") << u"Right|PgDown"_s << 9 << Indexes{9} << none;
+        QTest::newRow("page up") << u"End|PgUp"_s << 16 << Indexes{16} << none;
+        QTest::newRow("down to a cell that is not there")
+            << u"Right|PgDown|PgDown|PgDown|Down"_s << 24 << Indexes{24} << none;
+        QTest::newRow("end and home") << u"End|Home"_s << 0 << Indexes{0} << none;
+        QTest::newRow("shift extends") << u"Right|Shift+Down"_s << 3 << Indexes{1, 2, 3} << none;
+        QTest::newRow("and shrinks") << u"Right|Shift+Down|Shift+Left"_s << 2 << Indexes{1, 2} << none;
+        QTest::newRow("and turns round the anchor")
+            << u"Down|Down|Shift+Right|Shift+Up|Shift+Left"_s << 2 << Indexes{2, 3, 4} << none;
+        QTest::newRow("again and again") << u"Right|Left|Shift+Right"_s << 1 << Indexes{0, 1} << none;
+        QTest::newRow("ctrl leaves the selection") << u"Right|Ctrl+Down"_s << 3 << Indexes{1} << none;
+        QTest::newRow("space adds") << u"Right|Ctrl+Down|Space"_s << 3 << Indexes{1, 3} << none;
+        QTest::newRow("space takes away") << u"Right|Space"_s << 1 << none << none;
+        QTest::newRow("escape") << u"Ctrl+A|Escape"_s << 0 << none << none;
+        QTest::newRow("enter opens the focus") << u"Right|Ctrl+Down|Return"_s << 3 << Indexes{1} << Indexes{3};
+        QTest::newRow("enter opens the selection")
+            << u"Right|Shift+Down|Enter"_s << 3 << Indexes{1, 2, 3} << Indexes{1, 2, 3};
+        QTest::newRow("delete") << u"Right|Shift+Right|Delete"_s << 2 << Indexes{1, 2} << Indexes{1, 2};
+        QTest::newRow("all are saved") << u"Ctrl+A|Ctrl+S"_s << 0 << numbers(0, 24) << numbers(0, 24);
+    }
+    void keys()
+    {
+        QFETCH(QString, keys);
+        GridFixture grid(25);
+        for (const QString &key : keys.split(u'|')) {
+            const QKeyCombination combination = QKeySequence(key)[0];
+            QTest::keyClick(&grid.view, combination.key(), combination.keyboardModifiers());
+        }
+        QTEST(grid.view.focusIndex(), "focus");
+        QTEST(grid.view.mouseEventHandler()->selectedIndexes(), "selected");
+        QTEST(grid.album.opened + grid.album.removed + grid.album.saved, "acted");
+        QVERIFY(grid.view.viewport()->rect().contains(grid.view.visualRect(grid.view.currentIndex())));
+    }
+
+    void escapeWithoutSelectionIsTheWindows()
+    {
+        GridFixture grid(3);
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, {});
+        QCoreApplication::sendEvent(&grid.view, &escape);
+        QVERIFY(!escape.isAccepted());
+    }
+
+    void wishesInOrder()
+    {
+        GridFixture grid(10000);
+        QSignalSpy spy(&grid.view, &BWThumbnailTableView::thumbnailsWanted);
+        const auto scroll = [&](int row) { grid.view.verticalScrollBar()->setValue(row * 120); };
+        grid.clock.advance(std::chrono::seconds(1));
+        QCOMPARE(spy.size(), 1);
+        QCOMPARE(wished(spy), numbers(0, 23));
+        QCOMPARE(spy.last().last().toSize().height(), 106);
+        for (int row = 1; row <= 100; ++row)
+            scroll(row);
+        QCOMPARE(spy.size(), 1);
+        grid.clock.advance(std::chrono::seconds(1));
+        QCOMPARE(spy.size(), 2);
+        QCOMPARE(wished(spy), numbers(200, 207) + numbers(208, 223) + numbers(199, 184));
+        scroll(99);
+        grid.clock.advance(std::chrono::seconds(1));
+        QCOMPARE(wished(spy), numbers(198, 205) + numbers(197, 182) + numbers(206, 221));
+        scroll(100);
+        scroll(99); // nothing has changed but the direction
+        scroll(5000);
+        grid.clock.advance(std::chrono::seconds(1));
+        QCOMPARE(wished(spy), numbers(9992, 9999) + numbers(9991, 9976));
+        grid.view.hide();
+        grid.view.reloadData();
+        grid.clock.advance(std::chrono::seconds(1));
+        QCOMPARE(spy.size(), 4);
+        grid.view.show(); // the files may be others: tells in any case
+        grid.clock.advance(std::chrono::seconds(1));
+        QCOMPARE(spy.size(), 5);
+    }
+
+    void onlyWhatIsSeenIsPainted()
+    {
+        GridFixture grid(10000);
+        grid.view.verticalScrollBar()->setValue(120 * 10);
+        QCoreApplication::processEvents();
+        grid.album.painted.clear();
+        grid.view.reloadData();
+        grid.view.viewport()->repaint();
+        const Indexes seen = numbers(20, 27);
+        QCOMPARE(grid.album.painted, QSet<int>(seen.begin(), seen.end()));
+        grid.album.painted.clear();
+        const QList<QUrl> elements = grid.view.elements();
+        grid.view.redrawElements({elements[3], elements[23], elements[5000]});
+        QCoreApplication::processEvents();
+        QCOMPARE(grid.album.painted, QSet<int>{23});
+    }
+
+    void rowHeights_data()
+    {
+        QTest::addColumn<int>("height");
+        QTest::addColumn<int>("row");
+        QTest::newRow("low") << 300 << 75;
+        QTest::newRow("cut") << 499 << 124;
+        QTest::newRow("high") << 800 << 125;
+    }
+    void rowHeights()
+    {
+        QFETCH(int, height);
+        GridFixture grid(1000);
+        grid.view.verticalScrollBar()->setValue(120 * 50);
+        grid.view.resize(300, height);
+        QTEST(grid.view.rowHeight(0), "row");
+        QCOMPARE(grid.view.rowAt(0), 50); // the same at the top as before
+    }
+
+    void aReloadKeepsTheFocusOnItsFile()
+    {
+        GridFixture grid(100);
+        grid.view.verticalScrollBar()->setValue(120 * 20);
+        grid.view.setFocusIndex(50);
+        grid.album.insertFirst(u"a snapshot.jpg"_s);
+        grid.view.reloadData();
+        QCOMPARE(grid.view.focusIndex(), 51);
+        QCOMPARE(grid.view.verticalScrollBar()->value(), 120 * 20);
+        grid.album.setCount(10);
+        grid.view.reloadData();
+        QCOMPARE(grid.view.focusIndex(), 9);
+        grid.album.setCount(0);
+        grid.view.reloadData();
+        QCOMPARE(grid.view.focusIndex(), -1);
+    }
+
+    void otherNumbersOfColumns_data()
+    {
+        QTest::addColumn<int>("columns");
+        QTest::newRow("none") << 0;
+        QTest::newRow("one") << 1;
+        QTest::newRow("three") << 3;
+    }
+    void otherNumbersOfColumns()
+    {
+        QFETCH(int, columns);
+        GridFixture grid(7);
+        grid.album.columns = columns;
+        grid.view.reloadData();
+        grid.view.onSelectAll();
+        for (const auto key : {Qt::Key_End, Qt::Key_Right, Qt::Key_Down, Qt::Key_Home, Qt::Key_Left})
+            QTest::keyClick(&grid.view, key);
+        grid.view.viewport()->repaint();
+        grid.clock.advance(std::chrono::seconds(1));
+        QCOMPARE(grid.view.model()->columnCount(), columns);
+        QCOMPARE(grid.view.focusIndex(), columns ? 0 : -1);
+    }
+
+    void screenReader()
+    {
+        GridFixture grid(7);
+        QAccessibleInterface *table = QAccessible::queryAccessibleInterface(&grid.view);
+        grid.view.mouseEventHandler()->selectOnly(3);
+        QAccessibleInterface *cell = table->tableInterface()->cellAt(1, 1);
+        QCOMPARE(cell->text(QAccessible::Name), u"3.jpg, image"_s);
+        QVERIFY(cell->state().selected);
+        QVERIFY(!table->tableInterface()->cellAt(1, 0)->state().selected);
+        QVERIFY(table->tableInterface()->cellAt(3, 1)->text(QAccessible::Name).isEmpty());
+        table->tableInterface()->selectRow(2);
+        QVERIFY(grid.view.mouseEventHandler()->isSelected(4) && grid.view.mouseEventHandler()->isSelected(5));
+    }
+
+    void theSelectionIsSeen()
+    {
+        GridFixture grid(7);
+        grid.view.mouseEventHandler()->selectOnly(1);
+        const QImage seen = grid.view.viewport()->grab().toImage();
+        const auto isGreen = [&](int cell) {
+            const QRect rect = grid.view.visualRect(grid.view.model()->index(cell / 2, cell % 2));
+            const QColor colour = seen.pixelColor(BWThumbnailCellGeometry::markRect(rect).center().toPoint());
+            return colour.green() > colour.red() + 40 && colour.green() > colour.blue() + 40;
+        };
+        QVERIFY(isGreen(1));
+        QVERIFY(!isGreen(0));
+        QCOMPARE(BWThumbnailCellGeometry::markRect(QRect(160, 80, 160, 80)), QRectF(170, 150, 5, 5));
+    }
+
+    void pictureRect_data()
+    {
+        QTest::addColumn<QSize>("pixels");
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<QRectF>("rect");
+        // a cell of 140 x 120: pictures have 126 x 106
+        QTest::newRow("wide") << QSize(2000, 1000) << 1.0 << QRectF(7, 29, 126, 63);
+        QTest::newRow("high") << QSize(1000, 2000) << 1.0 << QRectF(44, 7, 53, 106);
+        QTest::newRow("not enlarged") << QSize(20, 10) << 1.0 << QRectF(60, 55, 20, 10);
+        QTest::newRow("pixels of a fine screen") << QSize(20, 10) << 2.0 << QRectF(65, 57.5, 10, 5);
+        QTest::newRow("halves on a fine screen") << QSize(2592, 1944) << 2.0 << QRectF(7, 13, 126, 94.5);
+        QTest::newRow("unknown") << QSize() << 1.0 << QRectF(7, 13, 126, 94);
+        QTest::newRow("hair") << QSize(1, 5000) << 1.0 << QRectF(70, 7, 1, 106);
+    }
+    void pictureRect()
+    {
+        QFETCH(QSize, pixels);
+        QFETCH(double, scale);
+        QTEST(BWThumbnailCellGeometry::pictureRect(QRect(0, 0, 140, 120), pixels, scale), "rect");
+    }
+
+    void lengths_data()
+    {
+        QTest::addColumn<int>("milliseconds");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("hardly any") << 3 << u"0:01"_s;
+        QTest::newRow("seconds") << 12400 << u"0:12"_s;
+        QTest::newRow("rounded up to a minute") << 59600 << u"1:00"_s;
+        QTest::newRow("hours") << 3723000 << u"1:02:03"_s;
+    }
+    void lengths()
+    {
+        QFETCH(int, milliseconds);
+        QTEST(BWThumbnailPainting::lengthText(std::chrono::milliseconds(milliseconds)), "text");
+    }
+
+    void whatIsDragged()
+    {
+        QImage image(8, 6, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        const QList<QUrl> files{QUrl::fromLocalFile(u"/album/a b.jpg"_s), QUrl::fromLocalFile(u"/album/ü.jpg"_s)};
+        const BWThumbnailMimeData data({{files[0], u"public.jpeg"_s, image.size(), image}, {files[1], {}, {}, {}}});
+        QCOMPARE(data.urls(), files);
+        QVERIFY(data.data(u"text/uri-list"_s).startsWith("file:///album/a%20b.jpg\r\n"));
+        QCOMPARE(data.imageData().value<QImage>(), image);
+        const QString encoded = data.hasFormat(u"image/tiff"_s) ? u"image/tiff"_s : u"image/png"_s;
+        QCOMPARE(QImage::fromData(data.data(encoded)).convertToFormat(image.format()), image);
+        QVERIFY(!BWThumbnailMimeData({{files[0], {}, {}, {}}}).hasImage());
+    }
+};
+
+QTEST_MAIN(TestBWThumbnailGrid)
+#include "tst_BWThumbnailGrid.moc"

@@ -1,0 +1,192 @@
+#include "GridFixture.h"
+#include "Model/BWLocalizationManager.h"
+#include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+
+#include <QContextMenuEvent>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+
+using Indexes = QList<int>;
+
+class TestBWThumbnailMouse : public QObject {
+    Q_OBJECT
+
+private:
+    /// One step: a letter and a number.
+    static void act(GridFixture &grid, const QString &step)
+    {
+        const int number = step.mid(1).toInt();
+        const QPoint place = grid.place(number);
+        QWidget *viewport = grid.view.viewport();
+        const auto click = [&](Qt::KeyboardModifiers modifiers = {}) {
+            QTest::mousePress(viewport, Qt::LeftButton, modifiers, place);
+            QTest::mouseRelease(viewport, Qt::LeftButton, modifiers, place);
+        };
+        switch (step[0].unicode()) {
+        case 'c': // click
+            return click();
+        case 's': // with Shift
+            return click(Qt::ShiftModifier);
+        case 'k': // with Ctrl
+            return click(Qt::ControlModifier);
+        case 'd': // double click
+            click();
+            QTest::mouseDClick(viewport, Qt::LeftButton, {}, place);
+            return;
+        case 'p': // press
+            return QTest::mousePress(viewport, Qt::LeftButton, {}, place);
+        case 'r': // release
+            return QTest::mouseRelease(viewport, Qt::LeftButton, {}, place);
+        case 'm': { // menu
+            QContextMenuEvent event(QContextMenuEvent::Mouse, place, viewport->mapToGlobal(place));
+            QCoreApplication::sendEvent(viewport, &event);
+            return;
+        }
+        case 'w': // wait
+            return grid.clock.advance(std::chrono::milliseconds(number));
+        case 'R':
+            return grid.view.reloadData();
+        default:
+            QFAIL("no such step");
+        }
+    }
+
+private Q_SLOTS:
+    void gestures_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<Indexes>("selected");
+        QTest::addColumn<Indexes>("operation");
+        QTest::addColumn<Indexes>("opened");
+        QTest::addColumn<Indexes>("dragged");
+        const Indexes none;
+        QTest::newRow("a click waits for a second one") << u"c3 w299"_s << none << none << none << none;
+        QTest::newRow("and selects") << u"c3 w300"_s << Indexes{3} << Indexes{3} << none << none;
+        QTest::newRow("shift extends") << u"c2 w300 s5 w300"_s << Indexes{2, 3, 4, 5} << Indexes{5} << none << none;
+        QTest::newRow("and adds") << u"c3 w300 s5 w300 s1 w300"_s << Indexes{1, 2, 3, 4, 5} << Indexes{1} << none
+                                  << none;
+        QTest::newRow("clicked twice slowly") << u"c3 w300 c3 w300"_s << none << Indexes{3} << none << none;
+        QTest::newRow("shift without anchor") << u"s3 w300"_s << Indexes{3} << Indexes{3} << none << none;
+        QTest::newRow("shift after the anchor is gone")
+            << u"c3 w300 c3 w300 s5 w300"_s << Indexes{5} << Indexes{5} << none << none;
+        QTest::newRow("two cells in a hurry") << u"c3 w50 c5 w300"_s << Indexes{5} << Indexes{5} << none << none;
+        QTest::newRow("a range in a hurry") << u"c3 w50 s5 w300"_s << Indexes{3, 4, 5} << Indexes{5} << none << none;
+        QTest::newRow("ctrl adds") << u"c3 w300 k5 w300"_s << Indexes{3, 5} << Indexes{5} << none << none;
+        QTest::newRow("ctrl takes away") << u"c3 w300 s5 w300 k4 w300"_s << Indexes{3, 5} << Indexes{3, 4, 5} << none
+                                         << none;
+        QTest::newRow("a double click selects nothing") << u"d3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
+        QTest::newRow("on the selection it opens all")
+            << u"c3 w300 s5 w300 d4 w1000"_s << Indexes{3, 4, 5} << Indexes{3, 4, 5} << Indexes{3, 4, 5} << none;
+        QTest::newRow("beside it, one") << u"c3 w300 d1 w1000"_s << Indexes{3} << Indexes{1} << Indexes{1} << none;
+        QTest::newRow("nothing beyond the last")
+            << u"c3 w300 c7 w300 d7 w300 p7 w900"_s << Indexes{3} << Indexes{3} << none << none;
+        QTest::newRow("menu beyond the last") << u"c3 w300 m7"_s << Indexes{3} << Indexes{3} << none << none;
+        QTest::newRow("menu beside the selection") << u"c3 w300 m5"_s << Indexes{3} << Indexes{5} << none << none;
+        QTest::newRow("menu on the selection")
+            << u"c3 w300 s5 w300 m4"_s << Indexes{3, 4, 5} << Indexes{3, 4, 5} << none << none;
+        QTest::newRow("menu before the click has selected")
+            << u"c3 w100 m5 w300"_s << Indexes{3} << Indexes{5} << none << none;
+        QTest::newRow("held a little") << u"p3 w499"_s << none << none << none << none;
+        QTest::newRow("held: dragged, not selected")
+            << u"p3 w500 r3 w300"_s << none << Indexes{3} << none << Indexes{3};
+        QTest::newRow("held on the selection")
+            << u"c3 w300 s5 w300 p3 w500 r3 w300"_s << Indexes{3, 4, 5} << Indexes{3, 4, 5} << none << Indexes{3, 4, 5};
+        QTest::newRow("held beside it") << u"c3 w300 p1 w500"_s << Indexes{3} << Indexes{1} << none << Indexes{1};
+        QTest::newRow("a reload deselects") << u"c3 w300 R0"_s << none << none << none << none;
+        QTest::newRow("a reload forgets a click") << u"c3 w100 R0 w1000"_s << none << none << none << none;
+        QTest::newRow("a reload forgets a drag") << u"p3 w100 R0 w1000 r3 w1000"_s << none << none << none << none;
+        QTest::newRow("a reload within a double click")
+            << u"c3 R0 d3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
+    }
+    void gestures()
+    {
+        QFETCH(QString, steps);
+        GridFixture grid(7); // the last row has one cell
+        for (const QString &step : steps.split(u' '))
+            act(grid, step);
+        const auto handler = grid.view.mouseEventHandler();
+        QTEST(handler->selectedIndexes(), "selected");
+        QTEST(handler->operationIndexes(), "operation");
+        QTEST(grid.album.opened, "opened");
+        QTEST(grid.view.dragged, "dragged");
+        for (int cell = 0; cell < 7; ++cell) // what a screen reader sees
+            QCOMPARE(grid.view.selectionModel()->isSelected(grid.view.model()->index(cell / 2, cell % 2)),
+                     handler->isSelected(cell));
+    }
+
+    void everyOperationMayReload_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("key");
+        QTest::newRow("opening") << u"c2 w300 d3 w1000"_s << QString();
+        QTest::newRow("dragging") << u"c2 w300 p3 w500 r3 w1000"_s << QString();
+        QTest::newRow("key that opens") << u"c2 w300"_s << u"Return"_s;
+        QTest::newRow("Trash") << u"c2 w300"_s << u"Delete"_s;
+        QTest::newRow("saving") << u"c2 w300"_s << u"Ctrl+S"_s;
+    }
+    void everyOperationMayReload()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, key);
+        GridFixture grid(7);
+        int reloads = 0;
+        grid.album.onOperation = grid.view.onDrag = [&] {
+            ++reloads;
+            grid.album.setCount(1); // the others are gone
+            grid.view.reloadData();
+        };
+        for (const QString &step : steps.split(u' '))
+            act(grid, step);
+        if (!key.isEmpty())
+            QTest::keyClick(&grid.view, QKeySequence(key)[0].key(), QKeySequence(key)[0].keyboardModifiers());
+        QCOMPARE(reloads, 1);
+        QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), Indexes());
+        QCOMPARE(grid.view.focusIndex(), 0);
+        grid.view.onTrash(); // nothing is left to act on
+        QCOMPARE(reloads, 1);
+    }
+
+    void menu()
+    {
+        BWLocalizationManager texts(u"/nonexistent"_s, {u"en"_s});
+        GridFixture grid(7);
+        grid.view.localizeWithManager(texts);
+        grid.view.localizeWithManager(texts); // another language must not add a second set
+        QMenu *menu = grid.view.rightMenu();
+        act(grid, u"m7"_s);
+        QVERIFY(!menu->isVisible());
+        act(grid, u"m5"_s);
+        QVERIFY(menu->isVisible());
+        const QList<QAction *> items = menu->actions();
+        QStringList names;
+        for (const QAction *item : items) {
+            names.append(item->text().section(u'\t', 0, 0));
+            QVERIFY(item->shortcut().isEmpty());
+        }
+        QCOMPARE(names, QStringList({u"Select All"_s, u"Deselect All"_s, QString(), u"Save as..."_s, u"Trash"_s}));
+        items[0]->trigger();
+        QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes().size(), 7);
+        items[4]->trigger(); // still acts on what was clicked
+        QCOMPARE(grid.album.removed, Indexes{5});
+        act(grid, u"m4"_s);
+        items[1]->trigger();
+        QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), Indexes());
+        items[3]->trigger();
+        QCOMPARE(grid.album.saved, Indexes({0, 1, 2, 3, 4, 5, 6}));
+    }
+
+    void dropInAFolder()
+    {
+        GridFixture grid(7);
+        for (const QString &step : {u"c2"_s, u"w300"_s, u"s3"_s, u"w300"_s, u"p2"_s, u"w500"_s})
+            act(grid, step);
+        const QStringList names =
+            grid.view.mouseEventHandler()->completeDragOperationAtDestination(QUrl(u"file:///somewhere"_s));
+        QCOMPARE(names, QStringList({u"2.jpg"_s, u"3.jpg"_s}));
+        QCOMPARE(grid.album.copied, grid.view.elements().mid(2, 2));
+    }
+};
+
+QTEST_MAIN(TestBWThumbnailMouse)
+#include "tst_BWThumbnailMouse.moc"
