@@ -1,7 +1,9 @@
 #include "Model/BWTrash.h"
 #include "TestFolder.h"
 
+#include <atomic>
 #include <cstdio>
+#include <future>
 #include <QRegularExpression>
 #include <QTest>
 #include <unistd.h>
@@ -116,6 +118,33 @@ private Q_SLOTS:
         // It can still be put back by other programs.
         QVERIFY(notedPaths().contains(BWFilePath::native(homeless)));
         QVERIFY(QFile::exists(TestFolder::trash() + u"/homeless.jpg"_s));
+    }
+
+    void endWaitsForTheDiskButNotForever()
+    {
+        struct Seen {
+            std::promise<void> disk;
+            std::atomic<int> done = 0;
+        };
+        for (const bool hangs : {false, true}) {
+            const auto seen = std::make_shared<Seen>();
+            if (!hangs)
+                seen->disk.set_value();
+            {
+                BWPatientThread thread(hangs ? std::chrono::milliseconds(20) : std::chrono::minutes(1));
+                thread.run([seen] {
+                    seen->disk.get_future().wait();
+                    ++seen->done;
+                });
+                thread.run([seen] { seen->done += 10; });
+            }
+            QCOMPARE(int(seen->done), hangs ? 0 : 11);
+            if (hangs) {
+                seen->disk.set_value();
+                QTRY_COMPARE(seen.use_count(), 1L); // it has ended, and dropped what it had not begun
+                QCOMPARE(int(seen->done), 1);
+            }
+        }
     }
 
 private:
