@@ -54,9 +54,7 @@ int FirstPicture::open(int file, QSize most)
     m_stream = av_find_best_stream(m_movie->input(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
     if (m_stream < 0)
         return m_stream;
-    // A movie of ours tells everything in its header, so the pictures need not be searched for what they are.
-    if (stream().codecpar->width <= 0 || stream().codecpar->height <= 0)
-        return AVERROR_INVALIDDATA;
+    // The header tells enough to decode, so no pictures need to be searched for more.
     return openDecoder(decoder);
 }
 
@@ -126,7 +124,8 @@ QSize FirstPicture::shownSize() const
 {
     const AVRational aspect =
         av_guess_sample_aspect_ratio(m_movie->input(), m_movie->input()->streams[m_stream], m_frame.get());
-    QSizeF size(stream().codecpar->width, stream().codecpar->height);
+    const AVCodecParameters &told = *stream().codecpar; // the frame may have been decoded smaller
+    QSizeF size(told.width > 0 ? told.width : m_frame->width, told.height > 0 ? told.height : m_frame->height);
     if (aspect.num > aspect.den && aspect.den > 0)
         size.setHeight(size.height() * aspect.den / aspect.num);
     else if (aspect.num > 0 && aspect.den > 0)

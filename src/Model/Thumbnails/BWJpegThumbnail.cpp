@@ -6,6 +6,7 @@
 #include <mutex>
 #include <QTransform>
 #include <turbojpeg.h>
+#include <utility>
 
 struct BWJpegThumbnail::Picture {
     QSize size;
@@ -94,7 +95,7 @@ void fromCmyk(QImage &image)
 
 } // namespace
 
-BWJpegThumbnail::BWJpegThumbnail() : m_decoder(tjInitDecompress()) { }
+BWJpegThumbnail::BWJpegThumbnail() = default;
 
 BWJpegThumbnail::~BWJpegThumbnail()
 {
@@ -112,13 +113,17 @@ bool BWJpegThumbnail::decode(std::span<const uint8_t> jpeg, const Picture &pictu
 
 QImage BWJpegThumbnail::make(std::span<const uint8_t> jpeg, BWThumbnailSize size, QString *error)
 {
-    const auto fail = [error](const QString &why) {
+    // A decoder that has met a damaged header takes every image after it for damaged, too.
+    const auto fail = [this, error](const QString &why) {
         if (error)
             *error = why;
+        tjDestroy(std::exchange(m_decoder, nullptr));
         return QImage();
     };
     const auto decoderError = [this] { return QString::fromLatin1(tjGetErrorStr2(m_decoder)); };
 
+    if (!m_decoder)
+        m_decoder = tjInitDecompress();
     Picture picture;
     int subsampling = 0;
     if (tjDecompressHeader3(m_decoder, jpeg.data(), jpeg.size(), &picture.size.rwidth(), &picture.size.rheight(),

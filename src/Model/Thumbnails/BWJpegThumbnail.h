@@ -24,6 +24,6 @@ private:
     struct Picture;
     bool decode(std::span<const uint8_t> jpeg, const Picture &picture, int flags);
 
-    void *m_decoder;
+    void *m_decoder = nullptr;
     QImage m_scaled; // as decoded; its memory is used again
 };

@@ -42,19 +42,17 @@ QByteArray nameFor(const QByteArray &uri)
 /// Whether the texts are about that file as it is now. Some programs write fractions of a second.
 bool areOf(const BWThumbnailPng::Texts &texts, const QByteArray &uri, const BWFileStamp &stamp)
 {
-    const QByteArray modified = texts.value(keyModified);
-    const bool sameTime = modified.left(modified.indexOf('.')) == QByteArray::number(qlonglong(stamp.modified));
+    const QByteArray modified = texts.value(keyModified).split('.').first();
+    const bool sameTime = modified == QByteArray::number(qlonglong(stamp.modified));
     const QByteArray size = texts.value(keySize);
     return texts.value(keyUri) == uri && sameTime && (size.isEmpty() || size.toLongLong() == stamp.size);
 }
 
+/// With those above it; another thread or program may be making the same.
 bool makeFolder(const QByteArray &folder)
 {
-    if (::mkdir(folder.constData(), S_IRWXU) == 0 || errno == EEXIST)
-        return true;
-    if (errno != ENOENT)
-        return false;
-    return makeFolder(folder.left(folder.lastIndexOf('/'))) && ::mkdir(folder.constData(), S_IRWXU) == 0;
+    const auto make = [&folder] { return ::mkdir(folder.constData(), S_IRWXU) == 0 || errno == EEXIST; };
+    return make() || (errno == ENOENT && makeFolder(folder.left(folder.lastIndexOf('/'))) && make());
 }
 
 /// Where links lead to in the end; empty if nothing is there.

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Model/Thumbnails/BWThumbnails.h"
+
+#include <QColor>
+#include <QDateTime>
+#include <QTemporaryDir>
+
+/// A throw-away album and cache, and one reader of thumbnails after the other.
+class ThumbnailFixture {
+public:
+    explicit ThumbnailFixture();
+    ~ThumbnailFixture();
+
+    QByteArray path(const QByteArray &name) const { return m_album + '/' + name; }
+    QUrl url(const QByteArray &name) const;
+    const QByteArray &cache() const { return m_options.sharedFolder; }
+
+    /// Makes a file that nobody has touched for long, unless it is to be new.
+    QUrl file(const QByteArray &name, const QByteArray &content, bool isNew = false) const;
+    void setModified(const QByteArray &name, const QDateTime &time) const;
+    static const QDateTime longAgo;
+
+    BWThumbnails::Options &options() { return m_options; }
+    /// Another start of the program.
+    void restart();
+    BWThumbnails &thumbnails() { return *m_thumbnails; }
+    /// Wishes these files, and waits until everything is made, told and stored.
+    void make(const QList<QUrl> &files, int pixels = 256);
+    /// Makes one and tells the colour of its middle ("red"), or "impossible", or "missing".
+    QString make(const QUrl &file, int pixels = 256);
+    QString shown(const QUrl &file) const;
+
+    /// What has been told since the last start.
+    const QList<QUrl> &told() const { return m_told; }
+
+    static QByteArray jpeg(QColor colour, QSize size = {400, 300});
+    /// The image with an Exif segment that tells how to turn it.
+    static QByteArray withOrientation(const QByteArray &jpeg, int orientation);
+    /// The name of the colour that this one is about.
+    static QString nameOf(QRgb colour);
+    static bool run(const QString &program, const QStringList &arguments, QByteArray *output = nullptr);
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray m_album;
+    BWThumbnails::Options m_options;
+    QList<QUrl> m_told;
+    std::unique_ptr<BWThumbnails> m_thumbnails;
+};

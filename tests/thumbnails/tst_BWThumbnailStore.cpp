@@ -1,0 +1,180 @@
+#include "Model/Thumbnails/BWThumbnailPng.h"
+#include "ThumbnailFixture.h"
+#include "Utils/BWFilePath.h"
+
+#include <csignal>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QTest>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+/// What is shared with other programs, on disk.
+class TestThumbnailStore : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_fixture.emplace(); }
+    void cleanup() { m_fixture.reset(); }
+
+    void otherProgramsFindOurs()
+    {
+        QList<QUrl> files;
+        for (const char *name : {"plain.jpg", "\xc3\xa4 \xe6\x97\xa5.jpg", "100%41.jpg", "it's \"one\".jpg",
+                                 "two\nlines.jpg", "\xff\xfe.jpg", "a+b&c;d=e@f,g!(h)[i]~j#k?l|m.jpg"})
+            files.append(m_fixture->file(name, ThumbnailFixture::jpeg(Qt::red)));
+        m_fixture->make(files);
+
+        qputenv("XDG_CACHE_HOME", m_fixture->cache().left(m_fixture->cache().lastIndexOf('/')));
+        QByteArray listing;
+        QVERIFY(ThumbnailFixture::run(u"gio"_s,
+                                      {u"list"_s, u"-u"_s, u"-a"_s, u"thumbnail::path,thumbnail::is-valid"_s,
+                                       QFile::decodeName(m_fixture->path(""))},
+                                      &listing));
+        for (const QUrl &file : files) {
+            const QByteArray uri = BWThumbnailStore::uri(BWFilePath::native(file));
+            const QByteArray line = listing.mid(listing.indexOf(uri + '\t')).split('\n').first();
+            QVERIFY2(line.contains("thumbnail::is-valid=TRUE") && line.contains("/large/"), uri + '\n' + listing);
+        }
+        QDirIterator entries(QFile::decodeName(m_fixture->cache()), QDir::AllEntries | QDir::NoDotAndDotDot,
+                             QDirIterator::Subdirectories);
+        int count = 0;
+        while (entries.hasNext()) {
+            struct stat info;
+            QCOMPARE(::stat(QFile::encodeName(entries.next()).constData(), &info), 0);
+            QCOMPARE(info.st_mode & 0777, S_ISDIR(info.st_mode) ? mode_t(0700) : mode_t(0600));
+            ++count;
+        }
+        QCOMPARE(count, files.size() + 1); // nothing but them in one folder
+    }
+
+    void theirsAreUsedIfValid_data()
+    {
+        QTest::addColumn<QByteArray>("folder");
+        QTest::addColumn<QByteArray>("key");
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<QString>("shown");
+        const QByteArray none;
+        QTest::newRow("valid") << QByteArray("large") << none << none << u"blue"_s;
+        QTest::newRow("larger") << QByteArray("x-large") << none << none << u"blue"_s;
+        QTest::newRow("smaller") << QByteArray("normal") << none << none << u"red"_s;
+        QTest::newRow("no size") << QByteArray("large") << QByteArray("Thumb::Size") << none << u"blue"_s;
+        QTest::newRow("other size") << QByteArray("large") << QByteArray("Thumb::Size") << QByteArray("1") << u"red"_s;
+        QTest::newRow("no time") << QByteArray("large") << QByteArray("Thumb::MTime") << none << u"red"_s;
+        QTest::newRow("stale") << QByteArray("large") << QByteArray("Thumb::MTime") << QByteArray("1") << u"red"_s;
+        QTest::newRow("fraction") << QByteArray("large") << QByteArray("Thumb::MTime")
+                                  << QByteArray::number(ThumbnailFixture::longAgo.toSecsSinceEpoch()) + ".123"
+                                  << u"blue"_s;
+        QTest::newRow("other file") << QByteArray("large") << QByteArray("Thumb::URI") << QByteArray("file:///x")
+                                    << u"red"_s;
+        QTest::newRow("damaged") << QByteArray("large") << QByteArray("cut") << none << u"red"_s;
+        QTest::newRow("failed") << QByteArray("fail/brimwellpro-" BW_VERSION) << none << none << u"impossible"_s;
+    }
+
+    void theirsAreUsedIfValid()
+    {
+        QFETCH(QByteArray, folder);
+        QFETCH(QByteArray, key);
+        QFETCH(QByteArray, value);
+        QFETCH(QString, shown);
+        const QByteArray picture = ThumbnailFixture::jpeg(Qt::red);
+        const QUrl file = m_fixture->file("picture.jpg", picture);
+        const QByteArray uri = BWThumbnailStore::uri(m_fixture->path("picture.jpg"));
+        BWThumbnailPng::Texts texts{{"Thumb::URI", uri},
+                                    {"Thumb::MTime", QByteArray::number(ThumbnailFixture::longAgo.toSecsSinceEpoch())},
+                                    {"Thumb::Size", QByteArray::number(picture.size())}};
+        if (value.isNull())
+            texts.remove(key);
+        else
+            texts.insert(key, value);
+        QImage image(200, 150, QImage::Format_RGB32);
+        image.fill(Qt::blue);
+        QByteArray png = BWThumbnailPng::encode(image, texts);
+        if (key == "cut")
+            png.chop(png.size() / 3);
+        const QByteArray name = entry(folder, uri);
+        QVERIFY(QDir().mkpath(QFile::decodeName(m_fixture->cache() + '/' + folder)));
+        QFile stored(QFile::decodeName(name));
+        QVERIFY(stored.open(QIODevice::WriteOnly) && stored.write(png) == png.size());
+        stored.close();
+
+        QCOMPARE(m_fixture->make(file), shown);
+        if (shown != u"red"_s)
+            return;
+        QImage own; // has replaced it
+        QVERIFY(own.load(QFile::decodeName(entry("large", uri)), "png"));
+        QCOMPARE(ThumbnailFixture::nameOf(own.pixel(5, 5)), u"red"_s);
+        QCOMPARE(own.text(u"Thumb::URI"_s).toLatin1(), uri);
+    }
+
+    void failuresAreRemembered()
+    {
+        const QByteArray good = ThumbnailFixture::jpeg(Qt::red);
+        const QUrl file = m_fixture->file("picture.jpg", QByteArray(good.size(), 'x'));
+        QCOMPARE(m_fixture->make(file), u"impossible"_s);
+        m_fixture->file("picture.jpg", good); // of the same size and time
+        m_fixture->restart();
+        QCOMPARE(m_fixture->make(file), u"impossible"_s);
+        m_fixture->setModified("picture.jpg", ThumbnailFixture::longAgo.addSecs(1));
+        m_fixture->restart();
+        QCOMPARE(m_fixture->make(file), u"red"_s);
+    }
+
+    void whatCannotBeStoredIsShownAllTheSame_data()
+    {
+        QTest::addColumn<QString>("reason");
+        for (const char *reason : {"no folder can be made", "the disk is full", "none is wanted"})
+            QTest::newRow(reason) << QString::fromLatin1(reason);
+    }
+
+    void whatCannotBeStoredIsShownAllTheSame()
+    {
+        QFETCH(QString, reason);
+        QTest::failOnWarning(QRegularExpression(u"."_s));
+        if (reason == u"no folder can be made"_s)
+            m_fixture->options().sharedFolder = m_fixture->path("picture0.jpg") + "/thumbnails";
+        else if (reason == u"none is wanted"_s)
+            m_fixture->options().sharedFolder.clear();
+        m_fixture->restart();
+        QList<QUrl> files;
+        for (int i = 0; i < 3; ++i)
+            files.append(m_fixture->file("picture" + QByteArray::number(i) + ".jpg", ThumbnailFixture::jpeg(Qt::red)));
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before{};
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limited{reason == u"the disk is full"_s ? 100 : before.rlim_cur, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limited);
+        if (reason != u"none is wanted"_s) // one line for all of them
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be stored"_s));
+        m_fixture->make(files);
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        QCOMPARE(m_fixture->shown(files.last()), u"red"_s);
+        QDirIterator left(QFile::decodeName(m_fixture->cache()), QDir::Files, QDirIterator::Subdirectories);
+        QVERIFY(!left.hasNext());
+    }
+
+    void thumbnailsHaveNone()
+    {
+        QVERIFY(QDir().mkpath(QFile::decodeName(m_fixture->cache() + "/large")));
+        QCOMPARE(::symlink((m_fixture->cache() + "/large").constData(), m_fixture->path("link").constData()), 0);
+        const QUrl file = m_fixture->file("link/picture.jpg", ThumbnailFixture::jpeg(Qt::red));
+        QCOMPARE(m_fixture->make(file), u"red"_s);
+        QCOMPARE(QDir(QFile::decodeName(m_fixture->cache() + "/large")).count(), 3U); // with . and ..
+    }
+
+private:
+    QByteArray entry(const QByteArray &folder, const QByteArray &uri) const
+    {
+        return m_fixture->cache() + '/' + folder + '/' + QCryptographicHash::hash(uri, QCryptographicHash::Md5).toHex()
+            + ".png";
+    }
+
+    std::optional<ThumbnailFixture> m_fixture;
+};
+
+QTEST_GUILESS_MAIN(TestThumbnailStore)
+#include "tst_BWThumbnailStore.moc"

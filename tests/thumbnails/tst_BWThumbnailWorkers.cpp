@@ -1,0 +1,123 @@
+#include "Model/Thumbnails/BWThumbnailWorkers.h"
+
+#include <mutex>
+#include <QSemaphore>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+/// On workers whose making of a thumbnail waits for the test, if the file is to wait.
+class TestThumbnailWorkers : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void wishesAreReplacedAndKeepTheirOrder()
+    {
+        start(1);
+        m_workers->want(wishes(u"slow a b c"_s));
+        m_begun.acquire();
+        m_workers->want(wishes(u"d slow b"_s)); // "slow" is being made, "a" and "c" are not wanted any more
+        m_mayGoOn.release();
+        QTRY_COMPARE(log(), u"make slow, make d, make b"_s);
+        QCOMPARE(m_told.loadAcquire(), 1); // as nothing has been taken yet
+        QTRY_COMPARE(taken(), u"slow d b"_s);
+
+        m_told = 0;
+        m_workers->want(wishes(u"e"_s));
+        QTRY_COMPARE(m_told.loadAcquire(), 1);
+        m_workers->want(wishes(u"e"_s)); // waits to be taken
+        QTRY_COMPARE(taken(), u"slow d b e"_s);
+        QVERIFY(m_workers->isIdle());
+    }
+
+    void storingComesLast()
+    {
+        start(1, true);
+        m_workers->want(wishes(u"slow a b"_s));
+        m_begun.acquire();
+        m_mayGoOn.release();
+        QTRY_COMPARE(log(), u"make slow, make a, make b, store slow, store a, store b"_s);
+    }
+
+    void hangingOnesAreReplacedAndLeftBehind()
+    {
+        start(1, false, std::chrono::milliseconds(0));
+        m_workers->want(wishes(u"slow a"_s));
+        m_begun.acquire();
+        QVERIFY(log().isEmpty());
+        m_workers->want(wishes(u"a b"_s));
+        QTRY_COMPARE(log(), u"make a, make b"_s);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"1 files do not answer"_s));
+        m_workers.reset();
+        m_mayGoOn.release();
+        m_ended.acquire(2); // the end of both threads, before this program's
+    }
+
+private:
+    /// Tells that a worker has let go of everything.
+    struct End {
+        QSemaphore &ended;
+        ~End() { ended.release(); }
+    };
+
+    void start(int threads, bool store = false, std::chrono::milliseconds patience = std::chrono::seconds(60))
+    {
+        m_log.clear();
+        m_taken.clear();
+        m_told = 0;
+        BWThumbnailWorkers::Work work;
+        work.newMaker = [this, store] {
+            return [this, store, end = std::make_shared<End>(m_ended)](const BWThumbnailWish &wish) {
+                if (wish.file.path() == u"slow"_s) {
+                    m_begun.release();
+                    m_mayGoOn.acquire();
+                }
+                note(u"make "_s, wish);
+                return BWThumbnailResult{wish, {}, false, store};
+            };
+        };
+        work.store = [this](const BWThumbnailResult &result) { note(u"store "_s, result.wish); };
+        work.resultsWaiting = [this] { ++m_told; };
+        m_workers = std::make_unique<BWThumbnailWorkers>(std::move(work), threads, patience);
+    }
+
+    void note(const QString &what, const BWThumbnailWish &wish)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_log.append(what + wish.file.path());
+    }
+
+    QString log()
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_log.join(u", "_s);
+    }
+
+    static QList<BWThumbnailWish> wishes(const QString &names)
+    {
+        QList<BWThumbnailWish> wishes;
+        for (const QString &name : names.split(u' '))
+            wishes.append({QUrl(name)});
+        return wishes;
+    }
+
+    /// The names in all results so far.
+    QString taken()
+    {
+        for (const BWThumbnailResult &result : m_workers->take())
+            m_taken.append(result.wish.file.path());
+        return m_taken.join(u' ');
+    }
+
+    std::mutex m_mutex;
+    QStringList m_log;
+    QStringList m_taken;
+    QAtomicInt m_told;
+    QSemaphore m_begun;
+    QSemaphore m_mayGoOn;
+    QSemaphore m_ended;
+    std::unique_ptr<BWThumbnailWorkers> m_workers;
+};
+
+QTEST_GUILESS_MAIN(TestThumbnailWorkers)
+#include "tst_BWThumbnailWorkers.moc"
