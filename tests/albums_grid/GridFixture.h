@@ -12,7 +12,7 @@ class DragRecorder : public BWThumbnailTableView {
 public:
     explicit DragRecorder(BWClock &clock) : BWThumbnailTableView(nullptr, clock) { }
 
-    void beginDraggingSession(const QList<BWThumbnailDragItem> &items, QPoint) override
+    void beginDraggingSession(const QList<BWThumbnailDragItem> &items) override
     {
         for (const BWThumbnailDragItem &item : items)
             dragged.append(item.file.fileName().section(u'.', 0, 0).toInt());

@@ -21,6 +21,8 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
+    /// Nothing: rows and columns only lay the elements out.
+    QVariant headerData(int, Qt::Orientation, int) const override { return {}; }
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:

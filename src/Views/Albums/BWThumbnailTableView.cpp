@@ -198,7 +198,7 @@ void BWThumbnailTableView::performDoubleClickForIndex(int)
         m_modelDelegate->openIndexesOfModel(*this, indexes);
 }
 
-void BWThumbnailTableView::beginDraggingSession(const QList<BWThumbnailDragItem> &items, QPoint)
+void BWThumbnailTableView::beginDraggingSession(const QList<BWThumbnailDragItem> &items)
 {
     BWThumbnailDrag::run(*this, items);
 }

@@ -68,8 +68,8 @@ public:
     void onTrash();
     /// Opens the operation indexes; `index` is where it was clicked.
     void performDoubleClickForIndex(int index);
-    /// Lets files be dragged out, as copies. Returns when the drag is over. `place` is where the button went down.
-    virtual void beginDraggingSession(const QList<BWThumbnailDragItem> &items, QPoint place);
+    /// Lets files be dragged out, as copies. Returns when the drag is over.
+    virtual void beginDraggingSession(const QList<BWThumbnailDragItem> &items);
     /// Paints the handler's selection, and repeats it to screen readers.
     void showSelection();
 

@@ -120,9 +120,9 @@ bool BWThumbnailViewMouseEventHandler::acceptMouseDown(const QMouseEvent &event,
     } else {
         m_pendingDrag = DispatchAfterStrict::dispatchForQueue(
             m_view,
-            [handler = weak_from_this(), place, index] {
+            [handler = weak_from_this(), index] {
                 if (const auto self = handler.lock())
-                    self->performDragForEvent(place, index);
+                    self->performDragForEvent(index);
             },
             dragDelay, m_clock);
     }
@@ -176,7 +176,7 @@ QMenu *BWThumbnailViewMouseEventHandler::menuForRightClick(QPoint place)
     return m_view->rightMenu();
 }
 
-void BWThumbnailViewMouseEventHandler::performDragForEvent(QPoint place, int index)
+void BWThumbnailViewMouseEventHandler::performDragForEvent(int index)
 {
     cancel(m_pendingDrag);
     BWThumbnailTableViewDelegate *model = m_view ? m_view->modelDelegate() : nullptr;
@@ -194,7 +194,7 @@ void BWThumbnailViewMouseEventHandler::performDragForEvent(QPoint place, int ind
                           model->draggingSizeForElementAt(*m_view, each),
                           model->thumbnailForElementAtIndex(*m_view, each)});
     }
-    m_view->beginDraggingSession(items, place);
+    m_view->beginDraggingSession(items);
 }
 
 QStringList BWThumbnailViewMouseEventHandler::completeDragOperationAtDestination(const QUrl &folder)

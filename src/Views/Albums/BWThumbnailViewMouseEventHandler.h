@@ -50,8 +50,8 @@ public:
     /// The menu for the cell there, on which its operations will act; null where there is no element.
     QMenu *menuForRightClick(QPoint place);
 
-    /// Drags the operation indexes of a cell. `place` is where the button went down. Returns when the drag is over.
-    void performDragForEvent(QPoint place, int index);
+    /// Drags the operation indexes of the cell that was pressed. Returns when the drag is over.
+    void performDragForEvent(int index);
     /// The names under which the dragged files will be in the folder; they are copied in the background.
     QStringList completeDragOperationAtDestination(const QUrl &folder);
 
