@@ -19,6 +19,7 @@
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
+#include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/BWCenteringClipView.h"
 #include "Views/BWControlBar.h"
 #include "Views/BWFlashActionViewController.h"
@@ -192,6 +193,9 @@ void AppDelegate::prepareCamera(BWCamera &camera)
 
 void AppDelegate::applicationShouldTerminate()
 {
+    if (!m_terminating && m_auxiliaryWindows && m_auxiliaryWindows->albums().isSaving()
+        && !BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage))
+        return;
     if (std::exchange(m_terminating, true)) {
         offerToQuitAtOnce();
         return;

@@ -40,6 +40,11 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"camera_window"_s, u"error_initalizing_albums_message"_s,
                      u"Albums could not be loaded. Please ensure that the following folders have write "
                      "permissions, or contact us for more information:"_s);
+    quitWhileSavingTitle = manager.text(u"camera_window"_s, u"quit_while_saving_title"_s, u"Quit and stop saving?"_s);
+    quitWhileSavingMessage = manager.text(
+        u"camera_window"_s, u"quit_while_saving_message"_s,
+        u"Files of an album are still being saved elsewhere. If you quit now, they are not saved; the album "
+        "keeps them."_s);
     quitAtOnceTitle = manager.text(u"camera_window"_s, u"quit_at_once_title"_s, u"Quit at once?"_s);
     quitAtOnceMessage =
         manager.text(u"camera_window"_s, u"quit_at_once_message"_s,

@@ -17,6 +17,8 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString cameraAccessRestrictedMessage;
     QString errorInitializingAlbumsTitle;
     QString errorInitializingAlbumsMessage;
+    QString quitWhileSavingTitle;
+    QString quitWhileSavingMessage;
     QString quitAtOnceTitle;
     QString quitAtOnceMessage;
 };
