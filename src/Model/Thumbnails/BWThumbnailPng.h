@@ -9,8 +9,8 @@ namespace BWThumbnailPng {
 
 using Texts = QMap<QByteArray, QByteArray>; ///< Latin-1, by keyword
 
-/// Empty if the image cannot be encoded. Meant to be quick rather than small. The texts stand uncompressed in front of
-/// the picture, where every reader finds them.
+/// Without transparency; quick rather than small. The texts stand uncompressed in front of the picture, where every
+/// reader finds them. Empty for a null image.
 QByteArray encode(const QImage &image, const Texts &texts);
 
 /// The texts, without decoding the picture; compressed ones are left out. Empty for what is no PNG image.

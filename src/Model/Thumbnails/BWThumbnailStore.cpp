@@ -150,8 +150,8 @@ void BWThumbnailStore::keep(const QByteArray &path, const BWFileStamp &stamp, BW
     if (thumbnail.kind == BWThumbnail::Kind::Picture) {
         write(nameOf(size), name, BWThumbnailPng::encode(thumbnail.image, texts));
     } else {
-        QImage dot(1, 1, QImage::Format_ARGB32);
-        dot.fill(Qt::transparent);
+        QImage dot(1, 1, QImage::Format_RGB32);
+        dot.fill(Qt::black);
         write(m_failedFolder, name, BWThumbnailPng::encode(dot, texts));
     }
 }

@@ -28,6 +28,7 @@ struct BWThumbnailWorkers::State {
     std::list<Task> tasks;
     std::vector<BWThumbnailResult> results;
     std::deque<BWThumbnailResult> unstored;
+    qsizetype unstoredBytes = 0; ///< of their images
     int storing = 0;
     int workers = 0;
     bool told = false;
@@ -42,7 +43,7 @@ struct BWThumbnailWorkers::State {
 namespace {
 
 constexpr int lowPriority = 10; // nice value: live image and recording come first
-constexpr std::size_t mostUnstored = 64; // results; they hold images
+constexpr qsizetype mostUnstored = 32 * 1024 * 1024; // bytes
 constexpr std::size_t mostHanging = 8;
 constexpr std::chrono::milliseconds patienceAtEnd(500);
 
@@ -73,8 +74,10 @@ void BWThumbnailWorkers::State::carryOutWish(std::unique_lock<std::mutex> &lock,
     tasks.erase(task);
     if (quit)
         return;
-    if (result.toBeStored)
+    if (result.toBeStored) {
         unstored.push_back(result);
+        unstoredBytes += result.made.thumbnail.image.sizeInBytes();
+    }
     results.push_back(std::move(result));
     if (std::exchange(told, true))
         return;
@@ -87,6 +90,7 @@ void BWThumbnailWorkers::State::storeResult(std::unique_lock<std::mutex> &lock)
 {
     const BWThumbnailResult result = std::move(unstored.front());
     unstored.pop_front();
+    unstoredBytes -= result.made.thumbnail.image.sizeInBytes();
     ++storing;
     lock.unlock();
     work.store(result);
@@ -161,7 +165,7 @@ void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
         if (state->quit)
             break;
         // Showing comes before storing, unless too much memory waits for it.
-        if (state->wishes.empty() || state->unstored.size() > mostUnstored)
+        if (state->wishes.empty() || state->unstoredBytes > mostUnstored)
             state->storeResult(lock);
         else
             state->carryOutWish(lock, make);
