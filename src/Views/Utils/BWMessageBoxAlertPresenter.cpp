@@ -2,7 +2,9 @@
 
 #include "Model/BWLocalizationManager.h"
 
+#include <algorithm>
 #include <QApplication>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -49,6 +51,11 @@ void BWMessageBoxAlertPresenter::setTexts(QMessageBox &box, const QString &title
             QFont bold = label->font();
             bold.setBold(true);
             label->setFont(bold);
+        } else if (label->text() == message) {
+            constexpr int charactersInLine = 44; // Qt's own lines are too short for a message of several sentences
+            const QFontMetrics metrics(label->font());
+            label->setMinimumWidth(std::min(metrics.horizontalAdvance(u'x') * charactersInLine,
+                                            metrics.boundingRect(QRect(), Qt::TextSingleLine, message).width()));
         }
     }
 }
