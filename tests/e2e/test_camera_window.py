@@ -83,6 +83,42 @@ class CameraWindow(unittest.TestCase):
         self.assertEqual(codec.strip(), "mjpeg,640")
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
 
+    def test_captures_in_a_hurry(self):
+        settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        settings.write_text("[General]\nbwp2x_video_button=yes\n")
+        self.start_with_picture()
+        live = self.program.wait_for(None, "Live image").area
+        self.hand("Press Button")
+        self.program.wait_for("push button", "Stop")
+        self.desktop.click(live.x + live.width // 2, live.y + live.height // 2)
+        self.desktop.input("key", "--delay", 1, "space", "space")
+        wait_until("each snapshot is a file", lambda: len(self.captures("*_image_*.jpg")) == 3)
+        self.program.wait_for("push button", "Stop")  # the recording goes on
+        self.hand("Press Button")
+        wait_until("the movie is in the album", lambda: len(self.captures("*_video_*.mov")) == 1)
+
+        record = self.program.wait_for("push button", "Record").area
+        self.desktop.input("mousemove", record.x + record.width // 2, record.y + record.height // 2,
+                           "click", "--repeat", 2, "--delay", 20, 1)
+        self.program.wait_for("push button", "Record")
+        time.sleep(1)
+        before = len(self.captures("*_video_*.mov"))
+        self.program.click("push button", "Record")
+        self.program.wait_for("push button", "Stop")
+        time.sleep(1)
+        self.quit()
+        movies = self.captures("*_video_*.mov")
+        self.assertEqual(len(movies), before + 1)
+        self.assertGreater(self.frames_of(movies[-1]), 10)
+        self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
+
+    @staticmethod
+    def frames_of(movie):
+        frames = subprocess.run(["ffprobe", "-v", "error", "-count_frames", "-show_entries", "stream=nb_read_frames",
+                                 "-of", "csv=p=0", movie], capture_output=True, text=True, check=True).stdout
+        return int(frames)
+
     def test_killed_while_recording(self):
         self.start_with_picture()
         self.program.click("push button", "Record")
@@ -95,9 +131,7 @@ class CameraWindow(unittest.TestCase):
         self.desktop.key("Return")
         wait_until("the message is gone", lambda: "Captures were recovered" not in self.program.outline())
         movie, = self.captures("*_video_*.mov")
-        frames = subprocess.run(["ffprobe", "-v", "error", "-count_frames", "-show_entries", "stream=nb_read_frames",
-                                 "-of", "csv=p=0", movie], capture_output=True, text=True, check=True).stdout
-        self.assertGreater(int(frames), 10)
+        self.assertGreater(self.frames_of(movie), 10)
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
         self.quit()
 
