@@ -2,6 +2,8 @@
 
 #include "Model/LiveView/BWLiveRenderer.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <QTest>
 #include <turbojpeg.h>
@@ -24,7 +26,9 @@ BWFrame greyFrame(int level, std::atomic<int> *alive = nullptr)
     return {frame.info(), [frame, alive] { --*alive; }};
 }
 
-BWFrame jpegFrame(int level, int subsampling, bool torn)
+enum class Damage { None, CutOff, Table };
+
+BWFrame jpegFrame(int level, int subsampling, Damage damage = Damage::None)
 {
     const std::vector<uint8_t> pixels(static_cast<std::size_t>(size.width() * size.height() * 3),
                                       static_cast<uint8_t>(level));
@@ -35,8 +39,13 @@ BWFrame jpegFrame(int level, int subsampling, bool torn)
     tjDestroy(handle);
     auto bytes = std::make_shared<std::vector<uint8_t>>(jpeg, jpeg + length);
     tjFree(jpeg);
-    if (torn)
+    if (damage == Damage::CutOff)
         bytes->resize(bytes->size() - 20);
+    if (damage == Damage::Table) {
+        constexpr std::array<uint8_t, 2> quantization{0xff, 0xdb};
+        const auto marker = std::search(bytes->begin(), bytes->end(), quantization.begin(), quantization.end());
+        *(marker + 3) = 9; // shorter than a table is
+    }
     BWFrameInfo info{BWPixelFormat::MJPEG, size.width(), size.height(), {}, {}, {}, {}, 0};
     info.planes[0] = {bytes->data(), bytes->size(), 0};
     return {info, [bytes] {}};
@@ -146,19 +155,21 @@ private Q_SLOTS:
         BWRenderedImage image;
         const auto shownLevel = [&] { return image.image.pixelColor(20, 20).red(); };
 
-        renderer.prepareBuffer(jpegFrame(100, subsampling, false));
+        renderer.prepareBuffer(jpegFrame(100, subsampling));
         QTRY_COMPARE(ready.size(), 1);
         QVERIFY(renderer.takeImage(image));
         QVERIFY(qAbs(shownLevel() - 100) <= 3);
-        renderer.prepareBuffer(jpegFrame(200, subsampling, true));
+        renderer.prepareBuffer(jpegFrame(200, subsampling, Damage::Table));
         QTRY_COMPARE(renderer.statistics().bad, 1U);
+        renderer.prepareBuffer(jpegFrame(200, subsampling, Damage::CutOff));
+        QTRY_COMPARE(renderer.statistics().bad, 2U);
         QVERIFY(!renderer.takeImage(image));
         // Looking at it in another way draws the last good picture, not the torn one.
         renderer.setRequest(wholePicture(zoom == 100 ? 150 : 100));
         QTRY_COMPARE(ready.size(), 2);
         QVERIFY(renderer.takeImage(image));
         QVERIFY(qAbs(shownLevel() - 100) <= 3);
-        renderer.prepareBuffer(jpegFrame(150, subsampling, false));
+        renderer.prepareBuffer(jpegFrame(150, subsampling));
         QTRY_COMPARE(ready.size(), 3);
         QVERIFY(renderer.takeImage(image));
         QVERIFY(qAbs(shownLevel() - 150) <= 3);

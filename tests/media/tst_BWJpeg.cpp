@@ -63,6 +63,9 @@ private Q_SLOTS:
         row("without tables", withoutHuffmanTables(jpeg), true, true);
         row("padded by a large buffer", jpeg + QByteArray(200'000, '\0'), true, true);
         row("torn in the middle", torn(jpeg), true, false);
+        QByteArray noQuantization = jpeg;
+        noQuantization[noQuantization.indexOf("\xff\xdb") + 3] = 9; // shorter than a table is
+        row("torn table", noQuantization);
         row("second half missing", jpeg.left(half));
         row("second half zero", jpeg.left(half) + QByteArray(half, '\0'));
         row("end marker missing", jpeg.chopped(2));
@@ -80,6 +83,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, data);
         QTEST(BWJpeg::looksComplete(bytes(data), size_t(data.size())), "complete");
         QTEST(BWJpeg::decodesCleanly(bytes(data), size_t(data.size())), "clean");
+        const QByteArray good = detailedJpeg(320, 240);
+        QVERIFY2(BWJpeg::decodesCleanly(bytes(good), size_t(good.size())), "the next one has nothing to do with it");
     }
 
     void readsOnlyHeaderAndTail()

@@ -98,6 +98,7 @@ bool BWJpegCodec::decodes(const uint8_t *data, std::size_t size)
     }
     const auto failed = [&state] {
         state.error = QString::fromLatin1(tjGetErrorStr2(state.decompressor.get()));
+        state.decompressor.reset(); // after a damaged header it would take every image for damaged
         return false;
     };
     int width = 0;

@@ -54,12 +54,14 @@ std::array<PlaneExtent, 3> extentsFor(BWPixelFormat format, int width, int heigh
 
 } // namespace
 
-BWFrameReader::BWFrameReader() : m_decoder(tjInitDecompress()), m_jpeg(std::make_unique<Yuv>()) { }
-
-BWFrameReader::~BWFrameReader()
+void BWFrameReader::DecoderDeleter::operator()(void *decoder) const
 {
-    tjDestroy(m_decoder);
+    tjDestroy(decoder);
 }
+
+BWFrameReader::BWFrameReader() : m_jpeg(std::make_unique<Yuv>()) { }
+
+BWFrameReader::~BWFrameReader() = default;
 
 void BWFrameReader::clear()
 {
@@ -71,8 +73,14 @@ bool BWFrameReader::setFrame(const BWFrame &frame, Scale scale)
 {
     m_frame = frame;
     m_size = QSize();
-    if (frame.pixelFormat() == BWPixelFormat::MJPEG)
-        return decodeJpeg(scale);
+    if (frame.pixelFormat() == BWPixelFormat::MJPEG) {
+        if (!m_decoder)
+            m_decoder.reset(tjInitDecompress());
+        const bool decoded = m_decoder && decodeJpeg(scale);
+        if (!decoded)
+            m_decoder.reset(); // after a damaged header it would take every frame for damaged
+        return decoded;
+    }
     if (!holdsWholePicture())
         return false;
     // Packed 4:2:2 is what raw cameras deliver; its chroma is halved along with the luma, so the sides are multiples of 4.
@@ -109,7 +117,8 @@ bool BWFrameReader::decodeJpeg(Scale scale)
     int subsampling = 0;
     int colorSpace = 0;
     if (!bytes.data
-        || tjDecompressHeader3(m_decoder, bytes.data, bytes.size, &width, &height, &subsampling, &colorSpace) != 0)
+        || tjDecompressHeader3(m_decoder.get(), bytes.data, bytes.size, &width, &height, &subsampling, &colorSpace)
+            != 0)
         return false;
 
     const int divisor = scale == Scale::Half ? 2 : 1;
@@ -142,7 +151,7 @@ bool BWFrameReader::decodeJpeg(Scale scale)
         planes[i] = m_jpeg->planes[i].data();
     }
     // A warning means that a part of the picture is missing or made up: such a picture is not shown.
-    if (tjDecompressToYUVPlanes(m_decoder, bytes.data, bytes.size, planes.data(), target.width(),
+    if (tjDecompressToYUVPlanes(m_decoder.get(), bytes.data, bytes.size, planes.data(), target.width(),
                                 m_jpeg->strides.data(), target.height(), 0)
         != 0)
         return false;
@@ -156,8 +165,8 @@ bool BWFrameReader::decodeJpegToARGB(const QSize &target)
     m_jpeg->layout = Yuv::Layout::ARGB;
     m_jpeg->strides[0] = target.width() * 4;
     m_jpeg->planes[0].resize(static_cast<std::size_t>(m_jpeg->strides[0]) * static_cast<std::size_t>(target.height()));
-    if (tjDecompress2(m_decoder, bytes.data, bytes.size, m_jpeg->planes[0].data(), target.width(), m_jpeg->strides[0],
-                      target.height(), TJPF_BGRA, 0)
+    if (tjDecompress2(m_decoder.get(), bytes.data, bytes.size, m_jpeg->planes[0].data(), target.width(),
+                      m_jpeg->strides[0], target.height(), TJPF_BGRA, 0)
         != 0)
         return false;
     m_size = target;

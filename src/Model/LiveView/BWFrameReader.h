@@ -37,6 +37,9 @@ public:
 
 private:
     struct Yuv;
+    struct DecoderDeleter {
+        void operator()(void *decoder) const;
+    };
     bool decodeJpeg(Scale scale);
     bool decodeJpegToARGB(const QSize &target);
     bool holdsWholePicture() const;
@@ -46,7 +49,7 @@ private:
     BWFrame m_frame;
     Scale m_scale = Scale::Full;
     QSize m_size;
-    void *m_decoder; // TurboJPEG's handle
+    std::unique_ptr<void, DecoderDeleter> m_decoder; // TurboJPEG's handle; made when it is needed
     std::unique_ptr<Yuv> m_jpeg; // the decoded JPEG
     std::vector<uint8_t> m_scratch;
 };
