@@ -20,6 +20,7 @@ from program_run import Run, cpu_seconds, memory_mib, table  # noqa: E402
 KINDS = [Kind(2592, 1944, 30, "MJPEG"), Kind(1920, 1080, 30, "YUYV")]
 LONG_KIND = Kind(1920, 1080, 30, "MJPEG")
 LOOP_FRAMES = 60
+PARTS = ["recording", "snapshot", "memory"]
 
 
 class RecordingBench:
@@ -32,10 +33,9 @@ class RecordingBench:
         self.minutes = 1 if options.quick else 10
         self.album = desktop.home / "BrimwellPro" / "Default Album"
 
-    def run(self):
-        self.recording_table()
-        self.snapshot_table()
-        self.memory_table()
+    def run(self, parts):
+        for part in parts:
+            {"recording": self.recording_table, "snapshot": self.snapshot_table, "memory": self.memory_table}[part]()
 
     def recording_table(self):
         print(f"## Recording for {self.seconds} s while the image is shown\n\nCPU milliseconds for each frame of the "
@@ -143,10 +143,11 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", type=Path, default=ROOT / "build/release", help="where the programs are built")
     parser.add_argument("--quick", action="store_true", help="shorter runs, less exact")
+    parser.add_argument("--part", action="append", choices=PARTS, help="only that; may be given several times")
     options = parser.parse_args()
     try:
         with Desktop(accessibility=False) as desktop:
-            RecordingBench(desktop, options).run()
+            RecordingBench(desktop, options).run(options.part or PARTS)
     except Failure as failure:
         sys.exit(f"The benchmark has failed: {failure}")
 
