@@ -226,9 +226,12 @@ void AppDelegate::offerToQuitAtOnce()
 {
     if (!m_waitsForCopies || std::exchange(m_offersToQuit, true))
         return;
-    if (BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage))
-        m_repository.albumManager().abandonAdding();
+    const bool atOnce = BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage);
     m_offersToQuit = false;
+    if (!atOnce)
+        return;
+    m_repository.albumManager().abandonAdding();
+    m_options.quit(); // the disk may never answer
 }
 
 BWCameraPtr AppDelegate::currentCamera() const

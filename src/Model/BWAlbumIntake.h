@@ -1,18 +1,17 @@
 #pragma once
 
 #include "Model/BWAlbum.h"
+#include "Utils/BWPatientThread.h"
 
 #include <atomic>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
-#include <optional>
-#include <QObject>
-#include <QThreadPool>
 #include <vector>
 
 /// Brings captures into albums: takes them from any thread, copies them one after the other on a thread of its own,
-/// and reports on the thread that it was made on. The album is the one that is current when that thread gets to it.
+/// and reports on the GUI thread. The album is the one that is current when that thread gets to it.
 class BWAlbumIntake {
 public:
     using CurrentAlbum = std::function<BWAlbumPtr()>;
@@ -22,8 +21,10 @@ public:
 
     /// `contentsChanged` is called for each capture that has come into its album, before its completion.
     BWAlbumIntake(CurrentAlbum currentAlbum, std::function<void()> contentsChanged);
-    /// Copies what is left, without calling anything.
+    /// Copies what is left, without calling anything, unless the disk takes far too long.
     ~BWAlbumIntake();
+    BWAlbumIntake(const BWAlbumIntake &) = delete;
+    BWAlbumIntake &operator=(const BWAlbumIntake &) = delete;
 
     /// Any thread; returns at once.
     void add(const QUrl &file, BWMediaType type, Completion completion, Progress progress = {});
@@ -33,10 +34,10 @@ public:
     void whenDone(std::function<void()> done);
 
     /// Ends the copies that run or wait, without calling their completions: the captures stay where they are.
-    void abandon() { m_abandoned = true; }
+    void abandon();
 
-    /// Where queued calls of the owner can live.
-    QObject *context() { return &m_context; }
+    /// Gone with this object, for calls that are posted.
+    std::weak_ptr<void> alive() const { return m_alive; }
 
 private:
     struct Capture {
@@ -45,28 +46,20 @@ private:
         Completion completion;
         Progress progress;
     };
-    struct Result {
-        bool added;
-        QUrl file;
-        Completion completion;
-    };
 
     void startCopies();
-    void copy(const BWAlbumPtr &album, const Capture &capture);
-    void report();
-    void tellIfDone();
+    void startCopy(const Capture &capture);
+    void report(const Capture &capture, bool added, const QUrl &file);
     BWAlbum::Progress throttled(const Progress &progress);
-    template <typename Item>
-    std::optional<Item> takeFirst(std::deque<Item> &items);
+    void tellIfDone();
 
-    CurrentAlbum m_currentAlbum;
-    std::function<void()> m_contentsChanged;
-    std::atomic<bool> m_abandoned = false;
-    std::mutex m_mutex; // guards the two queues
-    std::deque<Capture> m_captures;
-    std::deque<Result> m_results;
-    int m_open = 0; // captures that are not reported yet
-    std::vector<std::function<void()>> m_whenDone; // GUI thread, as all below
-    QObject m_context;
-    QThreadPool m_worker;
+    const CurrentAlbum m_currentAlbum;
+    const std::function<void()> m_contentsChanged;
+    const std::shared_ptr<void> m_alive = std::make_shared<int>();
+    const std::shared_ptr<std::atomic<bool>> m_abandoned = std::make_shared<std::atomic<bool>>(false);
+    std::atomic<int> m_open = 0; // captures that are not reported yet
+    std::mutex m_mutex; // guards the captures
+    std::deque<Capture> m_captures; // not begun
+    std::vector<std::function<void()>> m_whenDone;
+    BWPatientThread m_worker; // last, so that it ends first
 };

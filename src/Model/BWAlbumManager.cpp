@@ -3,7 +3,9 @@
 #include "Model/BWAlbumIntake.h"
 #include "Model/BWUserDefaults.h"
 #include "Utils/BWFilePath.h"
+#include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"
+#include "Utils/BWMainQueue.h"
 
 #include <optional>
 #include <QDir>
@@ -95,13 +97,13 @@ bool BWAlbumManager::Private::load()
     if (!document.isArray())
         qCWarning(bwModel) << "The stored list of albums is damaged; the albums' folder is searched instead";
     const QJsonArray paths = document.array();
+    QList<QUrl> stored;
     for (const QJsonValue &value : paths) {
-        const QString path = value.toString();
-        const QUrl folder = BWFilePath::url(QFile::encodeName(path));
-        // The default album's folder is about to be made again if it has vanished.
-        if (path.startsWith(u'/') && (BWFilePath::isFolder(folder) || folder == pathForName(defaultName())))
-            validPaths.append(folder);
+        if (const QString path = value.toString(); path.startsWith(u'/'))
+            stored.append(BWFilePath::url(QFile::encodeName(path)));
     }
+    // The default album's folder is about to be made again if it has vanished.
+    validPaths = BWFolderCheck::folders(stored, {pathForName(defaultName())});
     return paths.isEmpty();
 }
 
@@ -122,9 +124,8 @@ void BWAlbumManager::Private::prepareAlbums(bool scan)
     }
     albums.clear();
     bool defaultFound = false;
+    folders = BWFolderCheck::folders(folders);
     for (const QUrl &folder : std::as_const(folders)) {
-        if (!BWFilePath::isFolder(folder))
-            continue;
         const auto album = std::make_shared<BWAlbum>(folder, today);
         if (!defaultFound) {
             defaultFound = nameWithoutExtension(*album) == defaultName();
@@ -254,8 +255,7 @@ void BWAlbumManager::addFile(const QUrl &file, BWMediaType type, AddCompletion c
 void BWAlbumManager::removeFile(const QUrl &file, BWMediaType type)
 {
     Q_UNUSED(type)
-    QMetaObject::invokeMethod(
-        d->intake.context(), [this, file] { removeFiles({file}, {}); }, Qt::QueuedConnection);
+    BWMainQueue::post(d->intake.alive(), [this, file] { removeFiles({file}, {}); });
 }
 
 void BWAlbumManager::removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &)> finished)

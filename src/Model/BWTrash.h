@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Model/BWTrashedFile.h"
-#include "Model/Export/BWPatientThread.h"
+#include "Utils/BWPatientThread.h"
 
 #include <functional>
 #include <memory>

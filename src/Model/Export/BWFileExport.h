@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Model/Export/BWExportResult.h"
-#include "Model/Export/BWPatientThread.h"
+#include "Utils/BWPatientThread.h"
 
 #include <functional>
 #include <memory>

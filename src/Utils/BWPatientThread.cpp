@@ -1,4 +1,4 @@
-#include "Model/Export/BWPatientThread.h"
+#include "Utils/BWPatientThread.h"
 
 #include <condition_variable>
 #include <deque>

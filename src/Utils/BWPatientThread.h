@@ -16,6 +16,8 @@ public:
     BWPatientThread(const BWPatientThread &) = delete;
     BWPatientThread &operator=(const BWPatientThread &) = delete;
 
+    void setPatience(std::chrono::milliseconds patience) { m_patience = patience; }
+
     /// Piece after piece, in order. Returns at once.
     void run(std::function<void()> work);
 
@@ -23,6 +25,6 @@ private:
     struct State;
     static void loop(const std::shared_ptr<State> &state);
 
-    const std::chrono::milliseconds m_patience;
+    std::chrono::milliseconds m_patience;
     const std::shared_ptr<State> m_state;
 };

@@ -1,0 +1,52 @@
+#include "Model/BWAlbumContents.h"
+#include "Model/BWSettingsFile.h"
+#include "TestFolder.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using State = BWAlbumContents::State;
+
+/// An album on a disk that has stopped to answer: nothing waits for it. Runs with hanging_disk preloaded; whatever does
+/// wait makes it run out of time.
+class TestHangingDisk : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void nothingWaits()
+    {
+        const TestFolder folder;
+        folder.file(u"BrimwellPro/Default Album/a.jpg"_s);
+        folder.folder(u"hanging/Remote"_s);
+        BWSettingsFile defaults(folder.path(u"settings.conf"_s));
+        defaults.setString(
+            u"bwp2x_albums"_s,
+            u"[\"%1/hanging/Remote\",\"%1/BrimwellPro/Default Album\",\"%1/gone\"]"_s.arg(folder.path()));
+        BWAlbumManager albums(defaults, folder.path());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The disk does not answer about .*Remote"_s));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The disk does not answer about .*Remote"_s));
+        albums.prepare();
+        QCOMPARE(albums.albums().size(), 2); // it may come back, while the one that is gone is gone
+        QCOMPARE(albums.currentAlbum()->name(), u"Remote"_s);
+
+        BWAlbumContents contents(albums);
+        contents.reload();
+        QTRY_COMPARE(contents.state(), State::NotAnswering);
+        albums.setSelectedIndex(1);
+        contents.reload();
+        QTRY_COMPARE(TestFolder::names(contents.files(BWMediaType::Image)), u"a.jpg"_s);
+
+        albums.setSelectedIndex(0);
+        bool called = false;
+        albums.addFile(folder.file(u"capture"_s), BWMediaType::Image, [&](bool, const QUrl &) { called = true; });
+        albums.whenAdded([&] { called = true; });
+        QTest::qWait(100);
+        QVERIFY(!called);
+        albums.abandonAdding();
+        QVERIFY(QFile::exists(folder.path(u"capture"_s)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestHangingDisk)
+#include "test_hanging_disk.moc"
