@@ -1,0 +1,154 @@
+#!/usr/bin/python3
+"""The album window of the real program, used by mouse and keyboard, beside other programs: a file manager takes what is
+dragged, the desktop's own tool lists the Trash, unzip reads the archive.
+
+usage: test_albums.py PROGRAM
+"""
+
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+from urllib.parse import unquote
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from desktop import Desktop, wait_until  # noqa: E402
+from program import Program  # noqa: E402
+
+PROGRAM = None
+NAMES = [f"20240607_image_{number:03d}" for number in (1, 2, 3)]
+HELD = 0.7  # seconds; a drag begins after half a second
+
+
+class Albums(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop())
+        self.album = self.desktop.home / "BrimwellPro" / "Default Album"
+        self.album.mkdir(parents=True)
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=640x480", "-frames:v", "3",
+                        self.album / "20240607_image_%03d.jpg"], check=True)
+        self.pictures = {file.name: file.read_bytes() for file in self.album.iterdir()}
+        self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"])
+        self.answer("OK")
+        self.program.activate(self.program.wait_for("frame"))
+        self.desktop.key("F9")
+        for name in NAMES:
+            self.cell(name)
+
+    def answer(self, button):
+        """With Return, which presses the button that is marked."""
+        def question():
+            return self.program.window("dialog") or self.program.window("alert")
+
+        wait_until("the question has the keyboard", lambda: question() and question().has_state("active"))
+        self.assertTrue(self.program.wait_for("push button", button).has_state("is_default"))
+        self.desktop.key("Return")
+        wait_until("the question is answered", lambda: not question())
+
+    def cell(self, name):
+        return self.program.wait_for("table cell", f"{name}, image")
+
+    def cells(self):
+        """The visible cells from the first to the last, each with whether it is selected."""
+        return [(cell.name, cell.has_state("selected")) for cell in self.grid().descendants()
+                if cell.role == "table cell" and cell.name]
+
+    def grid(self):
+        return self.program.wait_for("table", "Images")
+
+    def focus_grid(self):
+        self.program.activate(self.program.wait_for(None, "Albums"))
+
+        def focused():
+            if self.grid().has_state("focused"):
+                return True
+            self.desktop.key("Tab")
+            return False
+
+        wait_until("the grid has the focus", focused, step=0.2)
+
+    def quit(self):
+        self.program.activate(self.program.wait_for("frame"))
+        self.desktop.key("ctrl+q")
+        self.assertEqual(self.program.wait_for_end(), 0)
+
+    def test_drag_into_file_manager(self):
+        folder = self.desktop.folder / "drop here"
+        folder.mkdir()
+        self.desktop.spawn(["pcmanfm", "--no-desktop", str(folder)], log="pcmanfm.log")
+        window = wait_until("the file manager is there", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", "drop here"]).split()).pop()
+        self.desktop.input("windowmove", "--sync", window.decode(), 20, 160)  # the program's title stays free
+        x, y = 400, 450
+        wait_until("the file manager shows the empty folder",
+                   lambda: self.desktop.picture(x, y, 1, 1).pixel(0, 0) == (255, 255, 255))
+        area = self.cell(NAMES[1]).area
+        self.desktop.input("mousemove", area.x + area.width // 2, area.y + area.height // 2, "mousedown", 1,
+                           "sleep", HELD)
+        for step in reversed(range(8)):  # the file manager decides while the pointer moves
+            self.desktop.input("mousemove", x + 10 * step, y + 5 * step, "sleep", 0.15)
+        self.desktop.input("mouseup", 1)
+        name = NAMES[1] + ".jpg"
+        wait_until("the file is in the other folder", (folder / name).is_file)
+        wait_until("it is whole", lambda: (folder / name).read_bytes() == self.pictures[name])
+        self.assertEqual([file.name for file in folder.iterdir()], [name])
+        self.assertEqual({file.name: file.read_bytes() for file in self.album.iterdir()}, self.pictures)
+        self.quit()
+
+    def test_trash_and_undo(self):
+        self.focus_grid()
+        self.desktop.key("Home")
+        self.desktop.key("Right")  # from the newest to the one before it
+        wait_until("that is selected", lambda: (f"{NAMES[1]}, image", True) in self.cells())
+        self.desktop.key("Delete")
+        self.answer("OK")
+        file = self.album / (NAMES[1] + ".jpg")
+        wait_until("the desktop's Trash has it", lambda: self.in_trash() == [str(file)])
+        self.assertFalse(file.exists())
+        self.program.click("push button", "Undo")
+        wait_until("it is back", file.is_file)
+        self.assertEqual(file.read_bytes(), self.pictures[file.name])
+        wait_until("the Trash is empty", lambda: self.in_trash() == [])
+        self.cell(NAMES[1])
+        self.quit()
+
+    def in_trash(self):
+        """Where what is in the Trash was before, as the desktop's tool tells."""
+        lines = self.desktop.output(["gio", "trash", "--list"]).decode().splitlines()
+        return [unquote(line.split("\t")[1]) for line in lines]
+
+    def test_save_all_as_archive(self):
+        self.focus_grid()
+        self.desktop.key("ctrl+a")
+        self.desktop.key("ctrl+s")
+        panel = self.program.wait_for("dialog", "Saving images as ZIP file")
+        wait_until("the panel has the keyboard", lambda: panel.has_state("active"))
+        archive = self.desktop.home / "my pictures.zip"
+        self.desktop.input("type", str(archive.with_suffix("")))  # in place of the name that is proposed
+        self.desktop.key("Return")
+        wait_until("the archive is there", archive.is_file)
+        self.program.wait_for("label", "Saved: my pictures.zip")
+        tested = subprocess.run(["unzip", "-t", archive], capture_output=True, text=True)
+        self.assertEqual(tested.returncode, 0, tested.stdout)
+        for name, bytes_ in self.pictures.items():
+            self.assertEqual(subprocess.run(["unzip", "-p", archive, name], capture_output=True).stdout, bytes_)
+        self.quit()
+
+    def test_snapshot_while_open(self):
+        self.focus_grid()
+        self.desktop.key("End")
+        wait_until("a screen reader hears what is selected", lambda: self.cells() == [
+            (f"{NAMES[2]}, image", False), (f"{NAMES[1]}, image", False), (f"{NAMES[0]}, image", True)])
+        self.program.wait_for("label", "Selected: 1 of 3")
+        self.program.click("push button", "Snapshot")
+        new = wait_until("there is a snapshot", lambda: [file for file in self.album.glob("*.jpg")
+                                                         if file.name not in self.pictures])[0]
+        wait_until("it is the first, and nothing is selected", lambda: self.cells() == [
+            (f"{name}, image", False) for name in (new.stem, *reversed(NAMES))])
+        self.program.wait_for("label", "Total: 4")
+        self.quit()
+
+
+if __name__ == "__main__":
+    PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
