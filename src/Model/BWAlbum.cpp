@@ -13,13 +13,13 @@ namespace {
 
 struct Entry {
     QByteArray name;
-    QString stem;
+    QString key; // for the order
 };
 
 /// Highest first; names that count as the same are still told apart, so that the order never jumps.
 bool comesFirst(const Entry &a, const Entry &b)
 {
-    const int order = BWFileNameOrder::compare(a.stem, b.stem);
+    const int order = BWFileNameOrder::compareKeys(a.key, b.key);
     return order != 0 ? order > 0 : a.name > b.name;
 }
 
@@ -88,13 +88,14 @@ std::optional<QList<QUrl>> BWAlbum::contentsForType(BWMediaType type) const
     for (const QByteArray &name : *names) {
         // A name that is nothing but ".jpg" is a hidden file without an ending.
         if (name.size() > ending.size() && name.endsWith(ending))
-            entries.push_back({name, QFile::decodeName(name.chopped(ending.size()))});
+            entries.push_back({name, BWFileNameOrder::key(QFile::decodeName(name.chopped(ending.size())))});
     }
     std::sort(entries.begin(), entries.end(), comesFirst);
 
+    const QByteArray folder = BWFilePath::native(m_path) + '/';
     QList<QUrl> files;
     files.reserve(static_cast<qsizetype>(entries.size()));
     for (const Entry &entry : entries)
-        files.append(BWFilePath::entry(m_path, entry.name));
+        files.append(BWFilePath::url(folder + entry.name));
     return files;
 }

@@ -31,10 +31,16 @@ int compareNumbers(QStringView a, QStringView b)
 
 int BWFileNameOrder::compare(const QString &a, const QString &b)
 {
-    const QString foldedA = a.toCaseFolded();
-    const QString foldedB = b.toCaseFolded();
-    QStringView restA = foldedA;
-    QStringView restB = foldedB;
+    return compareKeys(key(a), key(b));
+}
+
+QString BWFileNameOrder::key(const QString &name)
+{
+    return name.toCaseFolded();
+}
+
+int BWFileNameOrder::compareKeys(QStringView restA, QStringView restB)
+{
     while (!restA.isEmpty() && !restB.isEmpty()) {
         if (isDigit(restA.front()) && isDigit(restB.front())) {
             if (const int order = compareNumbers(takeNumber(restA), takeNumber(restB)))

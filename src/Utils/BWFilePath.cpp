@@ -11,6 +11,9 @@ namespace {
 /// Without doubled and trailing slashes and "." in between; ".." stays, as it means what the file system says.
 QByteArray tidied(const QByteArray &path)
 {
+    const QByteArray withEnd = path + '/';
+    if (path.startsWith('/') && !withEnd.contains("//") && !withEnd.contains("/./")) // as nearly all are
+        return path;
     QByteArray result;
     for (const QByteArray &part : path.split('/')) {
         if (!part.isEmpty() && part != ".")
