@@ -1,6 +1,7 @@
 #include "BWStatisticsReport.h"
 
 #include "AppDelegate.h"
+#include "BWMeasuredApplication.h"
 
 #include <ctime>
 #include <QFile>
@@ -8,9 +9,15 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+bool BWStatisticsReport::isWished()
+{
+    return qEnvironmentVariableIsSet("BW_STATISTICS");
+}
+
 void BWStatisticsReport::print(const AppDelegate &delegate)
 {
-    if (!qEnvironmentVariableIsSet("BW_STATISTICS"))
+    const auto *application = qobject_cast<BWMeasuredApplication *>(QCoreApplication::instance());
+    if (!isWished() || !application)
         return;
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
@@ -19,7 +26,8 @@ void BWStatisticsReport::print(const AppDelegate &delegate)
     QTextStream(stderr) << "statistics: received=" << counts.received << " shown=" << counts.shown
                         << " bad=" << counts.bad << " dropped=" << counts.dropped
                         << " cpu_ms=" << milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime)
-                        << " first_frame_ms=" << delegate.firstFrameMilliseconds() << '\n';
+                        << " first_frame_ms=" << delegate.firstFrameMilliseconds()
+                        << " gui_longest_ms=" << application->longestMilliseconds() << '\n';
 }
 
 double BWStatisticsReport::millisecondsSinceStart()

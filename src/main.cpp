@@ -3,6 +3,7 @@
 #include "BWACUDriver/BWV4L2Listing.h"
 #include "BWCameraListing.h"
 #include "BWCommandLine.h"
+#include "BWMeasuredApplication.h"
 #include "BWNodePrinter.h"
 #include "BWStatisticsReport.h"
 #include "Model/BWRepository.h"
@@ -14,6 +15,7 @@
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
 #include <cstdio>
+#include <memory>
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
@@ -91,12 +93,13 @@ int main(int argc, char *argv[])
     if (line.help || line.version || line.listCameras)
         return runWithoutWindows(line, argc, argv);
 
-    QApplication application(argc, argv);
+    const auto application = BWStatisticsReport::isWished() ? std::make_unique<BWMeasuredApplication>(argc, argv)
+                                                            : std::make_unique<QApplication>(argc, argv);
     QCoreApplication::setApplicationName(u"BrimwellPro"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(BW_VERSION));
     QGuiApplication::setDesktopFileName(u"brimwellpro"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false); // the delegate decides, when the camera has stopped
-    BWIcons::install(application);
+    BWIcons::install(*application);
     QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
 
     AppDelegate delegate(delegateOptions(line));
