@@ -1,0 +1,185 @@
+#!/usr/bin/python3
+"""Measures the album window with ten thousand snapshots of 5 megapixels: from the window being up to the thumbnails of
+all visible cells, how long the GUI thread is held up while it is scrolled from end to end, and memory after that.
+"""
+
+import argparse
+import os
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "tests" / "e2e"))
+from desktop import Desktop, Failure, wait_until  # noqa: E402
+from media import Kind, Media  # noqa: E402
+from players import OurProgram  # noqa: E402
+from program_run import Run, memory_mib, table  # noqa: E402
+
+KIND = Kind(640, 480, 30, "MJPEG")  # what the camera shows meanwhile
+ORIGINALS = 20
+GRID_TOP, GRID_BOTTOM = 70, 517  # of the window's 550 points: between the tabs and the lower edge
+ROWS = 4  # that are to be seen in full
+GREY = 12  # the parts of a colour without colour differ by less
+NOT_BLOCKED = 8  # milliseconds that the program does not tell of
+
+
+class AlbumBench:
+    def __init__(self, desktop, options):
+        self.desktop = desktop
+        self.files = options.files
+        self.rounds = options.rounds
+        self.ours = OurProgram(options.build / "brimwellpro", desktop.home)
+        self.movie = Media().movie(KIND, 300)
+        self.make_album(desktop.home / "BrimwellPro" / "Default Album")
+
+    def make_album(self, album):
+        """Few originals with the fine noise of a camera, in full colours, and many names for each."""
+        originals = self.desktop.folder / "originals"
+        originals.mkdir()
+        album.mkdir(parents=True)
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i",
+                        "color=c=0xc02040:size=2592x1944:rate=5,hue=H=0.3*t,noise=alls=8:allf=t", "-frames:v",
+                        str(ORIGINALS), "-q:v", "3", originals / "%02d.jpg"], check=True)
+        sources = sorted(originals.iterdir())
+        self.size = sum(file.stat().st_size for file in sources) / len(sources)
+        for number in range(self.files):
+            os.link(sources[number % len(sources)], album / f"20240607_image_{number + 1:05d}.jpg")
+
+    def run(self):
+        print(f"{self.files} pictures of 5 megapixels, {self.size / 1e6:.1f} MB each; load {os.getloadavg()[0]:.1f} "
+              "before.\n")
+        thumbnails = Path(self.desktop.environment["XDG_CACHE_HOME"]) / "thumbnails"
+        self.find_window()
+        cold, warm = [], []
+        for _ in range(self.rounds):
+            shutil.rmtree(thumbnails, ignore_errors=True)
+            for times in (cold, warm):
+                run = self.start()
+                times.append(self.open_window())
+                wait_until("thumbnails are stored", lambda: len(list(thumbnails.rglob("*.png"))) >= 2 * ROWS)
+                self.end(run)
+        print("Milliseconds, median of", self.rounds, "(and the longest)\n")
+        print(table(["", "from F9 to the window", "from the window to all its thumbnails"],
+                    [self.times_row("thumbnails to be made", cold), self.times_row("thumbnails stored before", warm)]))
+        self.scroll_table()
+
+    def times_row(self, name, times):
+        return [name, *(f"{1000 * statistics.median(column):.0f} ({1000 * max(column):.0f})" for column in zip(*times))]
+
+    def start(self):
+        run = Run(self.desktop, self.ours.command(self.movie, KIND), self.ours.ENVIRONMENT)
+        run.wait_for_picture()
+        time.sleep(1)
+        return run
+
+    def end(self, run):
+        run.quit()
+        run.wait_for_end()
+
+    def open_window(self):
+        """Seconds from the key to the window being painted, and from there to all its thumbnails."""
+        begin = time.monotonic()
+        self.desktop.key("F9")
+        wait_until("the window is painted", lambda: self.pixel(200, 540) != (0, 0, 0), step=0.002)
+        painted = time.monotonic()
+        wait_until("all thumbnails are to be seen", self.thumbnails_there, step=0.002)
+        return painted - begin, time.monotonic() - painted
+
+    def find_window(self):
+        """Where it stands; it stands there at every start."""
+        run = self.start()
+        self.desktop.key("F9")
+        number = wait_until("the window is there", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", "^Albums$"]).split())[0]
+        place = self.desktop.output(["xwininfo", "-id", number]).decode()
+        self.left, self.top = (int(re.search(rf"Absolute upper-left {name}:\s+(\d+)", place).group(1)) for name in "XY")
+        wait_until("all thumbnails are to be seen", self.thumbnails_there)
+        self.end(run)
+
+    def pixel(self, x, y):
+        return self.desktop.picture(self.left + x, self.top + y, 1, 1).pixel(0, 0)
+
+    def thumbnails_there(self):
+        """Placeholders have no colour. Of a row, a fifth is between the pictures."""
+        def part_with_colour(x):
+            picture = self.desktop.picture(self.left + x, self.top + GRID_TOP, 1, GRID_BOTTOM - GRID_TOP)
+            pixels = [picture.pixel(0, y) for y in range(0, picture.height, 4)]
+            return sum(max(pixel) - min(pixel) > GREY for pixel in pixels) / len(pixels)
+        return all(part_with_colour(x) > 0.7 for x in (72, 208))
+
+    # Scrolling
+
+    def scroll_table(self):
+        run = self.start()
+        self.open_window()
+        time.sleep(2)
+        before = memory_mib(run.process.pid)[0]
+        right, top, bottom = self.left + 287 - 7, self.top + GRID_TOP, self.top + GRID_BOTTOM
+        ways = {
+            "mouse wheel, a hundred screens": lambda: self.desktop.input(
+                "mousemove", self.left + 140, self.top + 300, "click", "--repeat", 800, "--delay", 10, 5),
+            "scroll bar to the end": lambda: self.drag(right, range(top + 6, bottom + 10)),
+            "scroll bar back": lambda: self.drag(right, range(bottom - 12, top - 10, -1)),
+            "page keys to the end": lambda: self.desktop.input(
+                "mousemove", self.left + 72, self.top + 120, "click", 1, "sleep", 1,
+                "key", "--delay", 8, "--repeat", self.files // (2 * ROWS) + 20, "Next"),
+        }
+        rows = []
+        for name, scroll in ways.items():
+            picture = self.scroll_bar()
+            begin = time.monotonic()
+            scroll()
+            wait_until("the end has thumbnails", self.thumbnails_there)
+            rows.append([name, f"{time.monotonic() - begin:.0f}", *self.blocked(run, begin, time.monotonic())])
+            if self.scroll_bar() == picture:
+                raise Failure(f"{name}: nothing has moved")
+        after = memory_mib(run.process.pid)[0]
+        self.end(run)
+        print("\nHow long the GUI thread was held up at most, in milliseconds, and how often for longer than 16. What it computed "
+              "meanwhile is less where other programs had the processors.\n")
+        print(table(["scrolled by", "seconds", "longest", "above 16", "longest computed"], rows))
+        print(f"\nResident set: {before:.0f} MiB with the window open, {after:.0f} MiB after scrolling.")
+
+    def scroll_bar(self):
+        picture = self.desktop.picture(self.left + 280, self.top + GRID_TOP, 1, GRID_BOTTOM - GRID_TOP)
+        return [picture.pixel(0, y) for y in range(picture.height)]
+
+    def drag(self, x, ys):
+        steps = [part for y in ys for part in ("mousemove", x, y, "sleep", 0.02)]
+        self.desktop.input("mousemove", x, ys[0], "mousedown", 1, *steps, "mouseup", 1)
+
+    def blocked(self, run, begin, end):
+        events = [(blocked, computed) for blocked, computed, ended in
+                  (map(float, told) for told in
+                   re.findall(r"blocked_ms=([\d.]+) computed_ms=([\d.]+) ended_ms=([\d.]+)", run.log))
+                  if 1000 * begin <= ended <= 1000 * end]
+
+        def longest(times):
+            return f"{max(times):.1f}" if times and max(times) > NOT_BLOCKED else f"below {NOT_BLOCKED}"
+        return [longest([blocked for blocked, _ in events]), sum(blocked > 16 for blocked, _ in events),
+                longest([computed for _, computed in events])]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--build", type=Path, default=ROOT / "build/release", help="where the program is built")
+    parser.add_argument("--files", type=int, default=10000)
+    parser.add_argument("--rounds", type=int, default=5, help="starts of each kind")
+    parser.add_argument("--log", type=Path, help="keep the program's output of the scrolling in this file")
+    options = parser.parse_args()
+    try:
+        with Desktop(accessibility=False) as desktop:
+            AlbumBench(desktop, options).run()
+            if options.log:
+                shutil.copy(desktop.folder / "program.log", options.log)
+    except Failure as failure:
+        sys.exit(f"The benchmark has failed: {failure}")
+
+
+if __name__ == "__main__":
+    main()
