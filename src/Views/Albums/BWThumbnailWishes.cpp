@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double interval = 0.03; // seconds
+constexpr std::chrono::milliseconds interval(30);
 constexpr int screensNear = 2; // each way
 
 } // namespace
@@ -21,14 +21,17 @@ BWThumbnailWishes::~BWThumbnailWishes()
 
 void BWThumbnailWishes::schedule()
 {
-    if (!m_pending)
-        m_pending = DispatchAfterStrict::dispatchForQueue(
-            &m_view,
-            [this] {
-                m_pending.reset();
-                tell();
-            },
-            interval, m_clock);
+    if (m_pending)
+        return;
+    // At once after a while of rest: what is wished for first is what the user waits for.
+    const std::chrono::duration<double> sinceLast = m_lastTold ? m_clock.now() - *m_lastTold : interval;
+    m_pending = DispatchAfterStrict::dispatchForQueue(
+        &m_view,
+        [this] {
+            m_pending.reset();
+            tell();
+        },
+        (interval - sinceLast).count(), m_clock);
 }
 
 void BWThumbnailWishes::scrolled(bool down)
@@ -96,5 +99,6 @@ void BWThumbnailWishes::tell()
         return;
     m_told = wishes;
     m_toldSize = size;
+    m_lastTold = m_clock.now();
     Q_EMIT m_view.thumbnailsWanted(wishes, size);
 }

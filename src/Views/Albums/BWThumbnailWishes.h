@@ -2,6 +2,8 @@
 
 #include "BWACUDriver/DispatchAfterStrict.h"
 
+#include <chrono>
+#include <optional>
 #include <QList>
 #include <QSize>
 #include <QUrl>
@@ -32,6 +34,7 @@ private:
     BWThumbnailTableView &m_view; // owns this
     BWClock &m_clock;
     DispatchAfterStrict::Handle m_pending;
+    std::optional<std::chrono::nanoseconds> m_lastTold; // when
     bool m_down = true;
     QList<QUrl> m_told;
     QSize m_toldSize;
