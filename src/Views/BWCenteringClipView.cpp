@@ -1,5 +1,7 @@
 #include "Views/BWCenteringClipView.h"
 
+#include "Model/LiveView/BWMeasuringGrid.h"
+
 #include <QAccessibleWidget>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -61,6 +63,14 @@ void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
     keepMiddle(verticalScrollBar(), middle.y(), before.height(), after.height(), viewport()->height());
     updateRequest();
     viewport()->update();
+}
+
+void BWCenteringClipView::setGridDistance(double distance)
+{
+    if (distance == m_gridDistance)
+        return;
+    m_gridDistance = distance;
+    updatePicture();
 }
 
 void BWCenteringClipView::clear()
@@ -129,10 +139,19 @@ void BWCenteringClipView::paintEvent(QPaintEvent *event)
     // In device pixels, so that the image is copied as it is whatever the screen's scale.
     painter.scale(1 / ratio, 1 / ratio);
     painter.drawImage(device.topLeft(), m_image.image);
+    drawGrid(painter);
     if (!m_painted) {
         m_painted = true;
         Q_EMIT firstPicturePainted();
     }
+}
+
+/// By the layout of the picture that is shown, which follows a change of the layout a little later.
+void BWCenteringClipView::drawGrid(QPainter &painter) const
+{
+    const QList<QRect> lines = BWMeasuringGrid(m_image.request.frameSize, m_gridDistance).pixels(m_image.request);
+    for (const QRect &line : lines)
+        painter.fillRect(line, Qt::red);
 }
 
 void BWCenteringClipView::resizeEvent(QResizeEvent *event)

@@ -16,6 +16,10 @@ public:
     /// Lays the image out anew; the middle of what is seen stays where it is.
     void setLiveGeometry(const BWLiveViewGeometry &geometry);
 
+    /// Draws the measuring grid into the picture, its lines that many points apart; 0 for no grid.
+    void setGridDistance(double distance);
+    double gridDistance() const { return m_gridDistance; }
+
     /// Shows nothing until the next frame.
     void clear();
 
@@ -45,6 +49,7 @@ private:
     void updateScrollBars();
     void updateRequest();
     void updatePicture();
+    void drawGrid(QPainter &painter) const;
 
     BWLiveRenderer &m_renderer;
     BWLiveViewGeometry m_geometry;
@@ -52,6 +57,7 @@ private:
     QRect m_pictureRect; // what m_image covers of the viewport
     QPoint m_panStart;
     QPoint m_panScroll;
+    double m_gridDistance = 0;
     int m_wheel = 0;
     bool m_panning = false;
     bool m_painted = false;

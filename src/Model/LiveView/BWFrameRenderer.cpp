@@ -85,7 +85,7 @@ BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &request)
     if (orientation.clockwise() != 0)
         libyuv::ARGBRotate(upRight.data, upRight.stride, pixels.data, pixels.stride, part.width(), part.height(),
                            static_cast<libyuv::RotationMode>(orientation.clockwise()));
-    return {image, request.target + shown.topLeft(), m_frameNumber};
+    return {image, request.target + shown.topLeft(), m_frameNumber, request};
 }
 
 void BWFrameRenderer::scalePart(const QRect &part, QSize whole, Pixels target)

@@ -15,6 +15,7 @@ struct BWRenderedImage {
     QImage image; ///< null if there is nothing to draw
     QPoint position; ///< of its upper left corner in the viewport, in device pixels
     uint64_t frameNumber = 0; ///< tells pictures of different frames apart
+    BWRenderRequest request; ///< what it was made for
 };
 
 /// Turns frames into pixels of the screen: converts, scales, mirrors and turns only what is visible.

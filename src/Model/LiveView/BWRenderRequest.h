@@ -13,10 +13,12 @@ struct BWRenderRequest {
     QPoint target; ///< where the upper left corner of the whole image lies in the viewport
     int rotation = 0; ///< counter-clockwise, a multiple of 90
     BWFlip flip = BWFlip::None;
+    QSizeF frameSize; ///< the zoomed image before it is turned, in points
+    double devicePixelRatio = 1;
 
     BWRenderRequest() = default;
-    /// `viewport` and `scroll` in points.
-    BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double devicePixelRatio);
+    /// `viewport` and `scroll` in points; `ratio` is that of device pixels to them.
+    BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double ratio);
 
     bool operator==(const BWRenderRequest &) const = default;
 };

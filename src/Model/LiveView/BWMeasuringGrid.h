@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QList>
+#include <QRect>
+#include <QSizeF>
+
+struct BWRenderRequest;
+
+/// The lines of the measuring grid on the live image, with a square around the image's middle.
+///
+/// Lengths are in points, in the image as it is before it is turned or mirrored, with y growing upwards. The distance
+/// of the lines is not zoomed.
+class BWMeasuringGrid {
+public:
+    static constexpr double lineWidth = 0.25;
+
+    BWMeasuringGrid() = default;
+    /// `frame` is the size of the zoomed image. There are no lines if their `distance` is less than their width.
+    BWMeasuringGrid(QSizeF frame, double distance);
+
+    /// Left edges of the upright lines. One may lie on the right edge of the image.
+    const QList<double> &vertical() const { return m_vertical; }
+    /// Lower edges of the level lines, all of them within the image.
+    const QList<double> &horizontal() const { return m_horizontal; }
+
+    /// What the lines cover of the viewport, in device pixels: whole pixels and at least one, turned and mirrored like
+    /// the image, and nothing outside of the part of it that is to be seen. A line on the edge of the image takes the
+    /// image's last pixels.
+    QList<QRect> pixels(const BWRenderRequest &request) const;
+
+private:
+    QSizeF m_frame;
+    QList<double> m_vertical;
+    QList<double> m_horizontal;
+};
