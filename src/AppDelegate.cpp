@@ -2,11 +2,13 @@
 
 #include "BWAuxiliaryWindows.h"
 #include "BWCaptureFeedback.h"
+#include "BWGridController.h"
 #include "BWLiveViewController.h"
 #include "BWSessionWindows.h"
 #include "BWSnapshotSound.h"
 #include "BWStatisticsReport.h"
 #include "BWStatusLine.h"
+#include "BWTechnicianTools.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWRepository.h"
@@ -111,10 +113,15 @@ void AppDelegate::prepareUI()
     });
     m_statusLine = std::make_unique<BWStatusLine>(m_window->currentCameraLabel(), m_clock);
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
+    m_grid = std::make_unique<BWGridController>(
+        *m_window, *m_liveView, config, texts,
+        BWGridController::Surroundings{[this] { return currentCamera(); }, [this] { updateStateLabel(); }});
+    m_technicianTools = std::make_unique<BWTechnicianTools>(*m_window, texts, [this] { return currentCamera(); });
+    m_window->menu().showTools(m_options.technician);
     prepareCapture();
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_options.openUrl, m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
-        *m_window, *m_liveView, m_repository,
+        *m_window, *m_liveView, *m_grid, m_repository,
         BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
                                   [this] { return pendingDevices(); }, [this] { m_auxiliaryWindows->hideAll(); }},
         m_clock);
@@ -256,6 +263,10 @@ void AppDelegate::updateStateLabel()
     }
     const auto product = m_session->currentProduct();
     m_capture->setSnapshotTags(product ? product->name() : QString(), QStringLiteral("BrimwellPro " BW_VERSION));
+    if (m_grid->useGrid()) {
+        m_statusLine->setText(m_texts.gridDisclaimer);
+        return;
+    }
     m_statusLine->setText(
         product ? u"%1 %2"_s.arg(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
                 : m_texts.liveStreamingWith);

@@ -21,6 +21,7 @@ class BWCameraSession;
 class BWCaptureFeedback;
 class BWCaptureRecovery;
 class BWFlashActionViewController;
+class BWGridController;
 class BWLiveViewController;
 class BWMainWindow;
 class BWRepository;
@@ -28,6 +29,7 @@ class BWSessionWindows;
 class BWSimulatedCamerasWindowController;
 class BWSnapshotSound;
 class BWStatusLine;
+class BWTechnicianTools;
 
 /// Entry and coordinator: launches, makes the windows and the parts that do the work, wires them together, quits.
 class AppDelegate : public QObject, public BWApplicationDelegate, public BWConfigManagerListener {
@@ -40,6 +42,7 @@ public:
         std::unique_ptr<BWCameraAuthorization> authorization;
         std::function<void(const QUrl &)> openUrl; ///< opens a folder or page with the desktop's program
         std::function<void()> quit; ///< ends the event loop
+        bool technician = false; ///< the menu of the technician's tools is there from the start
         BWClock *clock = nullptr; ///< the real one if null
     };
 
@@ -88,6 +91,8 @@ private:
     std::unique_ptr<BWMainWindow> m_window;
     std::unique_ptr<BWStatusLine> m_statusLine;
     std::unique_ptr<BWLiveViewController> m_liveView;
+    std::unique_ptr<BWGridController> m_grid;
+    std::unique_ptr<BWTechnicianTools> m_technicianTools;
     std::unique_ptr<BWFlashActionViewController> m_flashActionViewController;
     std::unique_ptr<BWSnapshotSound> m_snapshotSound;
     std::unique_ptr<BWCaptureFeedback> m_captureFeedback;

@@ -13,7 +13,7 @@ QString typeList()
 
 QString usage()
 {
-    return u"brimwellpro [--simulate TYPE[=PATH]]... [--list-cameras] [--version] [--help]"_s;
+    return u"brimwellpro [--simulate TYPE[=PATH]]... [--technician] [--list-cameras] [--version] [--help]"_s;
 }
 
 } // namespace
@@ -27,6 +27,10 @@ BWCommandLine BWCommandLine::parse(const QStringList &arguments)
         QString camera;
         if (argument == u"--list-cameras"_s) {
             line.listCameras = true;
+            continue;
+        }
+        if (argument == u"--technician"_s) {
+            line.technician = true;
             continue;
         }
         if (argument == u"--version"_s) {
@@ -80,6 +84,7 @@ QString BWCommandLine::helpText()
            "  --simulate TYPE[=PATH]  attach a simulated camera; TYPE is one of %2.\n"
            "                          PATH is a photo, a folder of photos or a movie to show\n"
            "                          in place of the specimen. May be given several times.\n"
+           "  --technician            show the menu of the technician's tools\n"
            "  --list-cameras          print the attached cameras and what they can do\n"
            "  --version               print the version\n"
            "  --help                  print this text\n"_s.arg(usage(), typeList());

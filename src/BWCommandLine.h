@@ -9,6 +9,7 @@
 /// What the program was asked to do on its command line.
 struct BWCommandLine {
     QList<BWSimulatedCameraOptions> simulated;
+    bool technician = false; ///< shows the menu of the technician's tools
     bool listCameras = false;
     bool version = false;
     bool help = false;

@@ -35,6 +35,7 @@ void BWLiveViewController::updateImageDisplay()
     const BWCameraPtr camera = m_currentCamera();
     const QSize size = camera ? camera->defaultResolution().dimensions() : QSize(0, 0);
     m_window.centeringClipView().setLiveGeometry(BWLiveViewGeometry(size, m_state));
+    Q_EMIT imageDisplayUpdated();
 }
 
 void BWLiveViewController::clear()

@@ -37,6 +37,10 @@ public:
 
     const BWLiveViewState &state() const { return m_state; }
 
+Q_SIGNALS:
+    /// updateImageDisplay() has done its work.
+    void imageDisplayUpdated();
+
 private:
     void toggleFlip(BWFlip axis);
     void showZoom();

@@ -1,5 +1,6 @@
 #include "BWSessionWindows.h"
 
+#include "BWGridController.h"
 #include "BWLiveViewController.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
@@ -19,9 +20,9 @@
 
 using namespace Qt::StringLiterals;
 
-BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWRepository &repository,
-                                   Actions actions, BWClock &clock)
-    : m_window(window), m_liveView(liveView), m_repository(repository), m_actions(std::move(actions))
+BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
+                                   BWRepository &repository, Actions actions, BWClock &clock)
+    : m_window(window), m_liveView(liveView), m_grid(grid), m_repository(repository), m_actions(std::move(actions))
 {
     BWLocalizationManager &texts = repository.localizationManager();
     m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(m_actions.pendingDevices, clock);
@@ -135,10 +136,14 @@ void BWSessionWindows::showResolutions(const QList<BWResolution> &resolutions, B
     m_window.controlBar().showResolutions(resolutions, current);
 }
 
-void BWSessionWindows::enableGrid(bool) { }
+void BWSessionWindows::enableGrid(bool available)
+{
+    m_grid.enableGrid(available);
+}
 
 void BWSessionWindows::updateImageDisplay()
 {
+    m_grid.reloadGridDebugger();
     m_liveView.updateImageDisplay();
 }
 

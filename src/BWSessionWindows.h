@@ -12,6 +12,7 @@
 class BWCameraInUseAlert;
 class BWCameraProduct;
 class BWCameraSession;
+class BWGridController;
 class BWLiveViewController;
 class BWMainWindow;
 class BWNoCameraProductSheetWindowController;
@@ -32,8 +33,8 @@ public:
         std::function<void()> hideAuxiliaryWindows;
     };
 
-    BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWRepository &repository, Actions actions,
-                     BWClock &clock);
+    BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
+                     BWRepository &repository, Actions actions, BWClock &clock);
     ~BWSessionWindows() override;
 
     /// Called once, when the session exists: the menus act on it from now on.
@@ -69,6 +70,7 @@ private:
 
     BWMainWindow &m_window;
     BWLiveViewController &m_liveView;
+    BWGridController &m_grid;
     BWRepository &m_repository;
     Actions m_actions;
     BWCameraSession *m_session = nullptr;

@@ -41,6 +41,7 @@ QStringList cameraTables()
 AppDelegate::Options delegateOptions(const BWCommandLine &line)
 {
     AppDelegate::Options options;
+    options.technician = line.technician;
     options.openUrl = [](const QUrl &url) { QDesktopServices::openUrl(url); };
     // Not quit(), which asks the windows again whether they may close.
     options.quit = [] { QCoreApplication::exit(0); };

@@ -38,6 +38,7 @@ BWControlBar::BWControlBar(QWidget *parent) : QWidget(parent)
     connect(m_zoomDoubleButton, &BWDoubleButton::triggered, this, &BWControlBar::zoomTriggered);
     connect(m_rotatePopUpButton, &QComboBox::textActivated, this, &BWControlBar::rotationPicked);
     connect(m_flipPopUpButton, &QComboBox::activated, this, &BWControlBar::flipPicked);
+    connect(m_gridButton, &QToolButton::clicked, this, &BWControlBar::gridTriggered);
     connect(m_snapshotButton, &QToolButton::clicked, this, &BWControlBar::snapshotTriggered);
     connect(m_recordButton, &QToolButton::clicked, this, &BWControlBar::recordTriggered);
     connect(m_albumsButton, &QToolButton::clicked, this, &BWControlBar::albumsTriggered);
@@ -56,6 +57,8 @@ void BWControlBar::build()
     m_flipPopUpButton = new QComboBox(this);
     m_flipPopUpButton->addItems({u"None"_s, u"Horizontal"_s, u"Vertical"_s, u"Both"_s});
     m_flipPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    m_gridButton = makeButton(smallIcon);
+    m_gridButton->setCheckable(true);
     m_snapshotButton = makeButton(captureIcon);
     m_recordButton = makeButton(captureIcon);
     m_albumsButton = makeButton(smallIcon);
@@ -69,11 +72,19 @@ void BWControlBar::build()
     m_zoomLabel = addColumn(m_zoomDoubleButton, 1);
     m_rotateLabel = addColumn(m_rotatePopUpButton, 2);
     m_flipLabel = addColumn(m_flipPopUpButton, 3);
-    m_grid->setColumnStretch(4, 1);
-    m_snapshotLabel = addColumn(m_snapshotButton, 5);
-    m_recordLabel = addColumn(m_recordButton, 6);
-    m_grid->setColumnStretch(7, 1);
-    m_albumsLabel = addColumn(m_albumsButton, 8);
+    m_gridLabel = addColumn(m_gridButton, 4);
+    m_grid->setColumnStretch(5, 1);
+    m_snapshotLabel = addColumn(m_snapshotButton, 6);
+    m_recordLabel = addColumn(m_recordButton, 7);
+    m_grid->setColumnStretch(8, 1);
+    m_albumsLabel = addColumn(m_albumsButton, 9);
+    // The place of the grid is kept, so that nothing moves when it comes and goes.
+    for (QWidget *widget : std::initializer_list<QWidget *>{m_gridButton, m_gridLabel}) {
+        QSizePolicy policy = widget->sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        widget->setSizePolicy(policy);
+    }
+    setGridAvailable(false);
 }
 
 QLabel *BWControlBar::addColumn(QWidget *control, int column)
@@ -101,6 +112,7 @@ void BWControlBar::updateIcons()
 {
     m_zoomDoubleButton->setLeftIcon(BWIcons::icon(u"brimwellpro-zoom-out"_s));
     m_zoomDoubleButton->setRightIcon(BWIcons::icon(u"brimwellpro-zoom-in"_s));
+    m_gridButton->setIcon(BWIcons::icon(u"brimwellpro-grid"_s));
     m_snapshotButton->setIcon(BWIcons::icon(u"brimwellpro-snapshot"_s));
     m_albumsButton->setIcon(BWIcons::icon(u"brimwellpro-albums"_s));
     showRecording(m_recording);
@@ -116,12 +128,14 @@ void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
     const QString snapshot = manager.text(u"camera_window"_s, u"snapshot_label"_s, u"Snapshot"_s);
     m_recordText = manager.text(u"camera_window"_s, u"record_label"_s, u"Record"_s);
     m_stopText = manager.text(u"camera_window"_s, u"stop_label"_s, u"Stop"_s);
+    const QString grid = manager.text(u"camera_window"_s, u"grid_label"_s, u"Grid"_s);
     const QString rotate = manager.text(u"camera_window"_s, u"rotate_label"_s, u"Rotate"_s);
     name(m_resolutionPopUpButton, m_resolutionLabel,
          manager.text(u"camera_window"_s, u"resolution_label"_s, u"Resolution"_s), {});
     name(m_zoomDoubleButton, m_zoomLabel, manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {});
     name(m_rotatePopUpButton, m_rotateLabel, rotate, withShortcut(rotate, u"Ctrl+R"_s));
     name(m_flipPopUpButton, m_flipLabel, manager.text(u"camera_window"_s, u"flip_label"_s, u"Flip"_s), {});
+    name(m_gridButton, m_gridLabel, grid, withShortcut(grid, u"Ctrl+G"_s));
     name(m_snapshotButton, m_snapshotLabel, snapshot, withShortcut(snapshot, u"Ctrl+S"_s));
     name(m_recordButton, m_recordLabel, m_recordText, {});
     name(m_albumsButton, m_albumsLabel, manager.text(u"camera_window"_s, u"albums_label"_s, u"Albums"_s), {});
@@ -173,10 +187,22 @@ void BWControlBar::showRecording(bool recording)
     m_recordLabel->setText(text);
 }
 
+void BWControlBar::setGridAvailable(bool available)
+{
+    m_gridButton->setVisible(available);
+    m_gridLabel->setVisible(available);
+}
+
+void BWControlBar::showGrid(bool on)
+{
+    m_gridButton->setChecked(on);
+}
+
 void BWControlBar::setCameraControlsEnabled(bool enabled)
 {
     const std::initializer_list<QWidget *> controls{m_resolutionPopUpButton, m_zoomDoubleButton, m_rotatePopUpButton,
-                                                    m_flipPopUpButton,       m_snapshotButton,   m_recordButton};
+                                                    m_flipPopUpButton,       m_gridButton,       m_snapshotButton,
+                                                    m_recordButton};
     for (QWidget *control : controls)
         control->setEnabled(enabled);
     if (!enabled)

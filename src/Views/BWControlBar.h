@@ -30,6 +30,9 @@ public:
     void showRotation(int degrees);
     void showFlip(int index);
     void showRecording(bool recording);
+    /// Whether the button of the measuring grid is there, and pressed.
+    void setGridAvailable(bool available);
+    void showGrid(bool on);
     /// Without a camera nothing but the albums can be used.
     void setCameraControlsEnabled(bool enabled);
 
@@ -38,6 +41,7 @@ Q_SIGNALS:
     void zoomTriggered(BWDoubleButton *button);
     void rotationPicked(const QString &title);
     void flipPicked(int index);
+    void gridTriggered();
     void snapshotTriggered();
     void recordTriggered();
     void albumsTriggered();
@@ -57,6 +61,7 @@ private:
     BWDoubleButton *m_zoomDoubleButton = nullptr;
     QComboBox *m_rotatePopUpButton = nullptr;
     QComboBox *m_flipPopUpButton = nullptr;
+    QToolButton *m_gridButton = nullptr;
     QToolButton *m_snapshotButton = nullptr;
     QToolButton *m_recordButton = nullptr;
     QToolButton *m_albumsButton = nullptr;
@@ -64,6 +69,7 @@ private:
     QLabel *m_zoomLabel = nullptr;
     QLabel *m_rotateLabel = nullptr;
     QLabel *m_flipLabel = nullptr;
+    QLabel *m_gridLabel = nullptr;
     QLabel *m_snapshotLabel = nullptr;
     QLabel *m_recordLabel = nullptr;
     QLabel *m_albumsLabel = nullptr;

@@ -17,6 +17,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_cameraMenu = bar->addMenu(QString());
     m_viewMenu = bar->addMenu(QString());
     m_panelsMenu = bar->addMenu(QString());
+    m_toolsMenu = bar->addMenu(QString());
 
     openAlbumFolder = add(m_fileMenu, u"Ctrl+O"_s);
     m_fileMenu->addSeparator();
@@ -40,6 +41,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     flipHorizontally = add(m_viewMenu, u"Ctrl+H"_s);
     flipVertically = add(m_viewMenu, u"Ctrl+J"_s);
     m_viewMenu->addSeparator();
+    grid = add(m_viewMenu, u"Ctrl+G"_s);
+    grid->setCheckable(true);
     fullScreen = add(m_viewMenu, u"F11"_s);
     fullScreen->setCheckable(true);
 
@@ -48,6 +51,12 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     albumManagerMenuItem = add(m_panelsMenu, u"F9"_s);
     albumManagerMenuItem->setCheckable(true);
     m_panelsMenu->menuAction()->setEnabled(false);
+    gridDebugger = add(m_toolsMenu);
+    registerDebugger = add(m_toolsMenu);
+    auto *toggleTools = new QAction(this);
+    toggleTools->setShortcut(u"Ctrl+Alt+Shift+T"_s);
+    window.addAction(toggleTools);
+    connect(toggleTools, &QAction::triggered, this, [this] { showTools(!m_toolsMenu->menuAction()->isVisible()); });
     connect(m_panelsMenu, &QMenu::aboutToShow, this, &BWMainMenu::panelsMenuOpening);
     connect(m_cameras, &QActionGroup::triggered, this,
             [this](QAction *action) { Q_EMIT cameraPicked(action->data().toInt()); });
@@ -55,6 +64,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
             [this](QAction *action) { Q_EMIT productPicked(action->data().toString()); });
 
     setCameraActionsEnabled(false);
+    setGridAvailable(false);
+    showTools(false);
     showCameras({}, -1);
     showProducts({}, {}, {});
 }
@@ -85,6 +96,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(rotate, manager.text(u"main_menu"_s, u"rotate_menu_item"_s, u"&Rotate by 90 degrees"_s));
     set(flipHorizontally, manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
     set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));
+    set(grid, manager.text(u"main_menu"_s, u"grid_menu_item"_s, u"&Measuring grid"_s));
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
 
     // The item and the menu that it opens are two texts, as translators may want them to differ; the menu is shown.
@@ -92,6 +104,10 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"Panels"_s));
     set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"Camera window"_s));
     set(albumManagerMenuItem, manager.text(u"main_menu"_s, u"album_manager_menu_item"_s, u"Album manager"_s));
+
+    m_toolsMenu->setTitle(manager.text(u"main_menu"_s, u"tools_menu"_s, u"&Tools"_s));
+    set(gridDebugger, manager.text(u"main_menu"_s, u"grid_debugger_menu_item"_s, u"&Grid debugger"_s));
+    set(registerDebugger, manager.text(u"main_menu"_s, u"register_debugger_menu_item"_s, u"&Register debugger"_s));
 }
 
 void BWMainMenu::showCameras(const QList<QString> &names, int current)
@@ -132,8 +148,25 @@ void BWMainMenu::enablePanels()
 
 void BWMainMenu::setCameraActionsEnabled(bool enabled)
 {
-    for (QAction *action : {snapshot, record, zoomIn, zoomOut, actualSize, rotate, flipHorizontally, flipVertically})
+    for (QAction *action :
+         {snapshot, record, zoomIn, zoomOut, actualSize, rotate, flipHorizontally, flipVertically, grid})
         action->setEnabled(enabled);
+}
+
+void BWMainMenu::setGridAvailable(bool available)
+{
+    grid->setVisible(available);
+    gridDebugger->setEnabled(available);
+}
+
+void BWMainMenu::showGrid(bool on)
+{
+    grid->setChecked(on);
+}
+
+void BWMainMenu::showTools(bool shown)
+{
+    m_toolsMenu->menuAction()->setVisible(shown);
 }
 
 void BWMainMenu::showOpenWindows(bool cameraWindow, bool albums)

@@ -31,6 +31,11 @@ public:
     void enablePanels();
     /// Enables the items that act on a streaming camera.
     void setCameraActionsEnabled(bool enabled);
+    /// Whether the item of the measuring grid is there, and checked.
+    void setGridAvailable(bool available);
+    void showGrid(bool on);
+    /// The menu of a technician's tools, which users do not meet.
+    void showTools(bool shown);
     /// Check marks of the window list.
     void showOpenWindows(bool cameraWindow, bool albums);
 
@@ -44,9 +49,12 @@ public:
     QAction *rotate;
     QAction *flipHorizontally;
     QAction *flipVertically;
+    QAction *grid;
     QAction *fullScreen;
     QAction *cameraWindowMenuItem;
     QAction *albumManagerMenuItem;
+    QAction *gridDebugger;
+    QAction *registerDebugger;
 
 Q_SIGNALS:
     void cameraPicked(int index);
@@ -62,6 +70,7 @@ private:
     QMenu *m_productMenu;
     QMenu *m_viewMenu;
     QMenu *m_panelsMenu;
+    QMenu *m_toolsMenu;
     QAction *m_cameraListEnd;
     QActionGroup *m_cameras;
     QActionGroup *m_products;

@@ -1,0 +1,180 @@
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWGridController.h"
+#include "BWLiveViewController.h"
+#include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Model/BWSettingsFile.h"
+#include "Views/BWCenteringClipView.h"
+#include "Views/BWControlBar.h"
+#include "Views/BWGridDebuggerWindowController.h"
+#include "Views/BWMainMenu.h"
+#include "Views/BWMainWindow.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto type = "wired_high";
+
+/// The grid of a window whose camera, a DX10, runs at 640x480 until told otherwise.
+struct Bench {
+    Bench()
+    {
+        backend->start({BWCameraDetector::descriptionForHighResolutionMicroscope()},
+                       {[this](const BWDetectedCameraPtr &device) { camera = std::make_shared<BWCamera>(device); },
+                        [](const BWDetectedCameraPtr &) {}});
+        window.localizeWithManager(texts);
+        config.setCurrentProductIdentifier(u"dx10"_s, QLatin1String(type));
+        setResolution({640, 480});
+        grid.enableGrid(true);
+    }
+
+    void setResolution(BWResolution resolution)
+    {
+        std::atomic<bool> done = false;
+        camera->setResolution(resolution, [&] { done = true; });
+        QTRY_VERIFY(done);
+        liveView.updateImageDisplay();
+    }
+    double shown() const { return window.centeringClipView().gridDistance(); }
+    QToolButton *button() const
+    {
+        const auto buttons = window.controlBar().findChildren<QToolButton *>();
+        for (QToolButton *candidate : buttons)
+            if (candidate->accessibleName() == u"Grid"_s)
+                return candidate;
+        return nullptr;
+    }
+
+    QTemporaryDir folder;
+    BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
+    std::unique_ptr<BWSimulatedBackend> backend =
+        BWSimulatedBackend::create({{.pacing = BWSimulatedCameraOptions::Pacing::Manual}});
+    BWCameraPtr camera;
+    BWConfigManager config{defaults, [this] { return camera ? camera->identifierForProducts() : QString(); }};
+    BWLocalizationManager texts{QString(), {u"en"_s}};
+    BWLiveRenderer renderer;
+    BWMainWindow window{renderer};
+    BWLiveViewController liveView{window, [this] { return camera; }};
+    int labelUpdates = 0;
+    BWGridController grid{window, liveView, config, texts, {[this] { return camera; }, [this] { ++labelUpdates; }}};
+    BWGridDebuggerWindowController &debugger = *window.findChild<BWGridDebuggerWindowController *>();
+    QSlider &slider = *debugger.findChild<QSlider *>();
+};
+
+bool shows(const QWidget &window, const QString &text)
+{
+    const auto labels = window.findChildren<QLabel *>();
+    return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) { return label->text() == text; });
+}
+
+} // namespace
+
+class TestBWGridController : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void isTurnedOnAndOffByButtonAndMenu()
+    {
+        Bench bench;
+        QVERIFY(!bench.button()->isHidden());
+        QVERIFY(!bench.grid.useGrid()); // being there does not turn it on
+        QCOMPARE(bench.shown(), 0.0);
+        const int before = bench.labelUpdates;
+
+        bench.window.menu().grid->setEnabled(true); // as it is while a camera streams
+        bench.button()->click();
+        QVERIFY(bench.grid.useGrid() && bench.window.menu().grid->isChecked() && bench.button()->isChecked());
+        QCOMPARE(bench.labelUpdates, before + 1);
+        QCOMPARE(bench.shown(), 355.0);
+        bench.liveView.zoomIn();
+        QCOMPARE(bench.shown(), 355.0); // points are not zoomed
+        bench.setResolution({1280, 1024});
+        QCOMPARE(bench.shown(), 710.0);
+        bench.grid.enableGrid(true); // a change of the settings
+        QVERIFY(bench.grid.useGrid());
+
+        bench.window.menu().grid->trigger();
+        QVERIFY(!bench.grid.useGrid() && !bench.window.menu().grid->isChecked() && !bench.button()->isChecked());
+        QCOMPARE(bench.shown(), 0.0);
+    }
+
+    void goesWithAnotherProduct()
+    {
+        Bench bench;
+        bench.grid.onGrid();
+        bench.grid.showGridDebugger();
+        QVERIFY(bench.debugger.isVisibleTo(&bench.window));
+        const int before = bench.labelUpdates;
+        bench.grid.enableGrid(false);
+        bench.liveView.updateImageDisplay();
+        QVERIFY(bench.button()->isHidden() && !bench.window.menu().grid->isVisible());
+        QVERIFY(bench.debugger.isHidden());
+        QCOMPARE(bench.labelUpdates, before + 1);
+        QCOMPARE(bench.shown(), 0.0);
+        bench.grid.enableGrid(true); // it has to be turned on again
+        QVERIFY(!bench.grid.useGrid() && !bench.button()->isChecked());
+    }
+
+    void theDebuggerTunesIt()
+    {
+        Bench bench;
+        bench.grid.onGrid();
+        bench.grid.showGridDebugger();
+        QVERIFY(shows(bench.debugger, u"Digital Dermatoscope DX10"_s) && shows(bench.debugger, u"640x480"_s));
+        QVERIFY(shows(bench.debugger, u"355.0"_s));
+        bench.slider.setValue(bench.slider.value() + 1); // one press of an arrow key
+        QVERIFY(shows(bench.debugger, u"355.1"_s));
+        QCOMPARE(bench.shown(), 355.1);
+        QCOMPARE(bench.grid.gridDistance(), 355.1);
+
+        bench.setResolution({1280, 1024});
+        bench.grid.reloadGridDebugger();
+        QVERIFY(shows(bench.debugger, u"1280x1024"_s) && shows(bench.debugger, u"710.0"_s));
+        bench.setResolution({640, 480});
+        bench.grid.reloadGridDebugger();
+        QVERIFY(shows(bench.debugger, u"355.1"_s)); // remembered
+        QCOMPARE(bench.shown(), 355.1); // and a reload changes nothing
+
+        bench.grid.onGrid();
+        QVERIFY(bench.debugger.isHidden());
+        QCOMPARE(bench.shown(), 0.0);
+        bench.grid.updateGridForCurrentProduct(100); // is shown even so
+        QCOMPARE(bench.shown(), 100.0);
+    }
+
+    void withoutACameraThereIsNone()
+    {
+        Bench bench;
+        bench.grid.onGrid();
+        bench.camera.reset();
+        bench.liveView.updateImageDisplay();
+        QCOMPARE(bench.shown(), 0.0);
+        bench.grid.updateGridForCurrentProduct(100);
+        bench.grid.reloadGridDebugger();
+        QCOMPARE(bench.shown(), 0.0);
+    }
+
+    void theToolsMenuIsHiddenFromUsers()
+    {
+        Bench bench;
+        bench.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&bench.window));
+        const auto *tools = qobject_cast<QMenu *>(bench.window.menu().gridDebugger->parent());
+        QVERIFY(!tools->menuAction()->isVisible());
+        QTest::keyClick(&bench.window, Qt::Key_T, Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier);
+        QVERIFY(tools->menuAction()->isVisible());
+    }
+};
+
+QTEST_MAIN(TestBWGridController)
+#include "tst_BWGridController.moc"
