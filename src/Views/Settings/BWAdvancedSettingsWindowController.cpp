@@ -1,0 +1,313 @@
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
+
+#include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Model/CameraSettings/BWAutomaticModes.h"
+#include "Model/CameraSettings/BWSettingSender.h"
+#include "Utils/BWMainQueue.h"
+#include "Views/Settings/BWAutoSettingViewController.h"
+#include "Views/Settings/BWNormSettingViewController.h"
+#include "Views/Settings/BWNumericSettingViewController.h"
+#include "Views/Utils/BWFrameAutosave.h"
+
+#include <algorithm>
+#include <array>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QShortcut>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int rows = 4;
+constexpr int columns = 3;
+
+// Column by column. Backlight compensation is not among them: it is stored with a product and never changed.
+constexpr std::array<int, rows * columns> settingsOrderByColumn{
+    BWSettingHue,          BWSettingContrast,   BWSettingSharpness, BWSettingGain, //
+    BWSettingSaturation,   BWSettingBrightness, BWSettingGamma,     BWSettingExposureAbsolute,
+    BWSettingWhiteBalance, BWSettingAutoWhite,  BWSettingVideoNorm, BWSettingAutoExposure};
+
+BWSettingViewController *makeController(int setting, BWLocalizationManager &texts)
+{
+    switch (setting) {
+    case BWSettingAutoWhite:
+    case BWSettingAutoExposure:
+        return new BWAutoSettingViewController(texts);
+    case BWSettingVideoNorm:
+        return new BWNormSettingViewController(texts);
+    default:
+        return new BWNumericSettingViewController(texts);
+    }
+}
+
+} // namespace
+
+BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigManager &config,
+                                                                       BWUserDefaults &defaults,
+                                                                       CurrentCamera currentCamera,
+                                                                       QWidget *cameraWindow)
+    : QWidget(cameraWindow, Qt::Tool),
+      m_config(config),
+      m_currentCamera(std::move(currentCamera)),
+      m_settingsView(new QWidget),
+      m_productName(new QLabel),
+      m_saveAsDefaultButton(new QPushButton),
+      m_restoreDefaultsButton(new QPushButton)
+{
+    setAttribute(Qt::WA_ShowWithoutActivating); // it stands beside the camera window, which stays the one in use
+    layOut();
+    connect(m_saveAsDefaultButton, &QPushButton::clicked, this, &BWAdvancedSettingsWindowController::onSaveAsDefault);
+    connect(m_restoreDefaultsButton, &QPushButton::clicked, this,
+            &BWAdvancedSettingsWindowController::onRestoreDefaults);
+    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
+    m_followTimer.setInterval(1s);
+    connect(&m_followTimer, &QTimer::timeout, this, &BWAdvancedSettingsWindowController::follow);
+    new BWFrameAutosave(*this, u"advanced_settings"_s, defaults);
+}
+
+void BWAdvancedSettingsWindowController::layOut()
+{
+    constexpr int margin = BWSettingViewController::margin;
+    auto *grid = new QGridLayout(m_settingsView);
+    grid->setContentsMargins(0, margin / 2, margin, margin / 2); // the cells have their own margin on the left
+    grid->setSpacing(0);
+    for (int column = 0; column < columns; ++column)
+        grid->setColumnStretch(column, 1);
+    for (int row = 0; row < rows; ++row)
+        grid->setRowStretch(row, 1);
+
+    auto *line = new QFrame;
+    line->setFrameShape(QFrame::HLine);
+    line->setFrameShadow(QFrame::Sunken);
+    auto *buttons = new QHBoxLayout;
+    buttons->setContentsMargins(margin, margin * 3 / 5, margin, margin * 3 / 5);
+    buttons->addWidget(m_productName, 1);
+    buttons->addSpacing(margin);
+    buttons->addWidget(m_restoreDefaultsButton);
+    buttons->addWidget(m_saveAsDefaultButton);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_settingsView, 1);
+    column->addWidget(line);
+    column->addLayout(buttons);
+    for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
+        button->setEnabled(false);
+}
+
+void BWAdvancedSettingsWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    m_texts = &manager;
+    setWindowTitle(manager.text(u"advanced_settings_window"_s, u"window_title"_s, u"Advanced settings"_s));
+    m_saveAsDefaultButton->setText(
+        manager.text(u"advanced_settings_window"_s, u"save_as_defaults_button"_s, u"Save as defaults"_s));
+    m_saveAsDefaultButton->setToolTip(
+        manager.text(u"advanced_settings_window"_s, u"save_as_defaults_tooltip"_s,
+                     u"Cameras of this product start with these values and the current resolution from now on"_s));
+    m_restoreDefaultsButton->setText(manager.text(u"advanced_settings_window"_s, u"restore_factory_settings_button"_s,
+                                                  u"Restore factory settings"_s));
+    m_restoreDefaultsButton->setToolTip(
+        manager.text(u"advanced_settings_window"_s, u"restore_factory_settings_tooltip"_s,
+                     u"Sets all values as they were when the camera was new, and saves them as defaults"_s));
+    for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
+        button->setAccessibleDescription(button->toolTip());
+    prepare();
+}
+
+void BWAdvancedSettingsWindowController::prepare()
+{
+    auto *grid = static_cast<QGridLayout *>(m_settingsView->layout());
+    for (std::size_t i = 0; i < settingsOrderByColumn.size(); ++i) {
+        const int setting = settingsOrderByColumn[i];
+        BWSettingViewController *controller = makeController(setting, *m_texts);
+        controller->setSettingChangedBlock(
+            [this](BWCameraSetting &changed, double value) { updateSetting(changed, value); });
+        controller->setSettingIdentifier(setting);
+        controller->enable(false);
+        m_settingControllers.append(controller);
+        m_settingControllersBySetting.insert(setting, controller);
+        grid->addWidget(controller, static_cast<int>(i) % rows, static_cast<int>(i) / rows);
+    }
+    // The buttons were there before the controls.
+    setTabOrder(m_settingControllers.last(), m_restoreDefaultsButton);
+    setTabOrder(m_restoreDefaultsButton, m_saveAsDefaultButton);
+}
+
+void BWAdvancedSettingsWindowController::setCurrentCamera(const BWCameraPtr &)
+{
+    m_product.reset();
+    reload();
+}
+
+BWCameraProductPtr BWAdvancedSettingsWindowController::productFor(const BWCamera &camera) const
+{
+    const QString type = camera.identifierForProducts();
+    if (auto chosen = m_config.productByIdentifier(m_config.currentProductIdentifierForCameraIdentifier(type)))
+        return chosen;
+    // Nothing chosen, or a product that does not exist any more.
+    return m_config.productByIdentifier(m_config.defaultProductIdentifierForCameraIdentifier(type));
+}
+
+void BWAdvancedSettingsWindowController::reload()
+{
+    const BWCameraPtr camera = m_currentCamera();
+    if (!camera)
+        return;
+    const BWCameraProductPtr previous = std::exchange(m_product, productFor(*camera));
+    if (!previous || previous != m_product)
+        loadProductWithVideoNorm(previous != nullptr);
+}
+
+void BWAdvancedSettingsWindowController::loadProductWithVideoNorm(bool applyNorm)
+{
+    const BWCameraPtr camera = m_currentCamera();
+    if (!camera)
+        return;
+    for (BWSettingViewController *controller : std::as_const(m_settingControllers)) {
+        const int setting = controller->settingIdentifier();
+        const auto live = camera->settingForIdentifier(setting);
+        if (!live || !camera->detectedCamera()->cameraDescription()->acceptsSetting(setting)) {
+            controller->enable(false);
+            continue;
+        }
+        controller->enable(true);
+        const auto value = m_product ? m_product->valueForSetting(setting) : std::nullopt;
+        if (value)
+            live->setValue(*value);
+        controller->setSetting(live);
+        if (value && (setting != BWSettingVideoNorm || applyNorm))
+            controller->apply();
+    }
+    updateHolds();
+    updateProductName(false);
+}
+
+void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolution)
+{
+    if (m_product)
+        m_product->setCurrentResolution(resolution);
+}
+
+void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting, double value)
+{
+    if (const BWCameraPtr camera = m_currentCamera())
+        BWSettingSender::send(*camera, setting, value);
+    if (m_product)
+        m_product->setValue(value, setting.identifier());
+    updateHolds();
+    updateProductName(false);
+    // A camera needs its time to answer; until then it would seem to put the old value back.
+    if (m_followTimer.isActive())
+        m_followTimer.start();
+}
+
+void BWAdvancedSettingsWindowController::onSaveAsDefault()
+{
+    if (!m_product)
+        return;
+    m_product->save();
+    updateProductName(true);
+}
+
+void BWAdvancedSettingsWindowController::onRestoreDefaults()
+{
+    if (!m_product)
+        return;
+    m_product->setDefaults();
+    m_product->save();
+    // Not by way of reload(): the product is the same, its values are not.
+    loadProductWithVideoNorm(true);
+    updateProductName(true);
+}
+
+void BWAdvancedSettingsWindowController::follow()
+{
+    for (BWSettingViewController *controller : std::as_const(m_settingControllers))
+        controller->follow();
+    updateHolds();
+}
+
+void BWAdvancedSettingsWindowController::updateHolds()
+{
+    const BWCameraPtr camera = m_currentCamera();
+    for (BWSettingViewController *controller : std::as_const(m_settingControllers)) {
+        const auto mode =
+            camera ? BWAutomaticModes::modeHolding(controller->settingIdentifier(), *camera) : std::nullopt;
+        const BWSettingViewController *holder = mode ? controllerForSetting(*mode) : nullptr;
+        controller->setHeldBy(holder ? holder->localizedName() : QString());
+    }
+}
+
+void BWAdvancedSettingsWindowController::updateProductName(bool saved)
+{
+    for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
+        button->setEnabled(m_product != nullptr);
+    QString name;
+    if (m_product && m_texts)
+        name = m_texts->text(u"camera_product"_s, m_product->identifier(), m_product->name());
+    if (saved && m_texts)
+        name = m_texts->text(u"advanced_settings_window"_s, u"saved_notice"_s, u"%1 – saved"_s).arg(name);
+    m_productName->setText(name);
+}
+
+void BWAdvancedSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &config)
+{
+    // A pulse: it has to be read now.
+    const bool mustResetLayout = config.mustResetLayout();
+    BWMainQueue::post(m_alive, [this, mustResetLayout] {
+        reload();
+        if (mustResetLayout)
+            resetLayout();
+    });
+}
+
+void BWAdvancedSettingsWindowController::resetLayout()
+{
+    // While it is hidden the camera window may still move, at the start even without its final frame.
+    m_mustPlace = true;
+    if (isVisible())
+        place();
+}
+
+void BWAdvancedSettingsWindowController::place()
+{
+    const QWidget *cameraWindow = parentWidget();
+    if (!cameraWindow || !std::exchange(m_mustPlace, false))
+        return;
+    // Our own frame is not known before we have been shown; it is about that of the camera window.
+    const QRect camera = cameraWindow->frameGeometry();
+    const QRect content = cameraWindow->geometry();
+    QRect frame = QRect(QPoint(), size())
+                      .marginsAdded({content.left() - camera.left(), content.top() - camera.top(),
+                                     camera.right() - content.right(), camera.bottom() - content.bottom()});
+    frame.moveTopLeft({camera.left() + (camera.width() - frame.width()) / 2, camera.bottom() + 1});
+    if (const QScreen *screen = cameraWindow->screen()) {
+        const QRect room = screen->availableGeometry();
+        frame.moveBottom(std::min(frame.bottom(), room.bottom()));
+        frame.moveLeft(std::max(frame.left(), room.left()));
+    }
+    move(frame.topLeft());
+    update();
+}
+
+void BWAdvancedSettingsWindowController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    place();
+    follow();
+    m_followTimer.start();
+    Q_EMIT visibilityChanged();
+}
+
+void BWAdvancedSettingsWindowController::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    m_followTimer.stop();
+    Q_EMIT visibilityChanged();
+}

@@ -1,0 +1,169 @@
+#include "Views/Settings/BWNumericSettingViewController.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/Settings/BWClampingSpinBox.h"
+
+#include <algorithm>
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSignalBlocker>
+#include <QSlider>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int widestNumber = 99999;
+constexpr int narrowestSlider = 110;
+
+} // namespace
+
+BWNumericSettingViewController::BWNumericSettingViewController(BWLocalizationManager &texts, QWidget *parent)
+    : BWSettingViewController(texts, parent),
+      m_label(new QLabel),
+      m_hint(new QLabel),
+      m_slider(new QSlider(Qt::Horizontal)),
+      m_textField(new BWClampingSpinBox)
+{
+    m_label->setBuddy(m_slider);
+    setFocusProxy(m_slider);
+    m_hint->setText(texts.text(u"advanced_settings_window"_s, u"held_hint"_s, u"automatic"_s));
+    m_hint->hide();
+    m_slider->setMinimumWidth(narrowestSlider);
+    m_textField->setKeyboardTracking(false); // a number is worth sending when it is complete
+    m_textField->setAlignment(Qt::AlignRight);
+    m_textField->setRange(-widestNumber, widestNumber);
+    m_textField->setFixedWidth(m_textField->sizeHint().width()); // all fields of the window are as wide
+
+    auto *names = new QHBoxLayout;
+    names->addWidget(m_label, 1);
+    names->addWidget(m_hint);
+    auto *controls = new QHBoxLayout;
+    constexpr int between = 10;
+    controls->setSpacing(between);
+    controls->addWidget(m_slider, 1);
+    controls->addWidget(m_textField);
+    column().addStretch();
+    column().addLayout(names);
+    column().addLayout(controls);
+    column().addStretch();
+    connect(m_slider, &QSlider::valueChanged, this, &BWNumericSettingViewController::onChange);
+    connect(m_textField, &QSpinBox::valueChanged, this, &BWNumericSettingViewController::onChange);
+    updateColors();
+}
+
+void BWNumericSettingViewController::reload()
+{
+    m_label->setText(localizedName());
+    nameControls({m_slider, m_textField});
+    if (const auto live = setting()) {
+        const QSignalBlocker slider(m_slider);
+        const QSignalBlocker field(m_textField);
+        const int min = static_cast<int>(live->min());
+        const int max = static_cast<int>(live->max());
+        const int step = std::max(1, static_cast<int>(live->step()));
+        m_slider->setRange(min, max);
+        m_slider->setSingleStep(step);
+        m_slider->setPageStep(std::max(step, (max - min) / 10));
+        m_textField->setRange(min, max);
+        m_textField->setSingleStep(step);
+    }
+    updateToolTip();
+    updateValue();
+}
+
+void BWNumericSettingViewController::updateValue()
+{
+    if (const auto live = setting())
+        showNumber(static_cast<int>(live->value()));
+}
+
+void BWNumericSettingViewController::enable(bool enabled)
+{
+    for (QWidget *part : std::initializer_list<QWidget *>{m_label, m_slider, m_textField})
+        part->setEnabled(enabled);
+    if (enabled)
+        return;
+    // Not the number of another camera.
+    const QSignalBlocker slider(m_slider);
+    const QSignalBlocker field(m_textField);
+    m_slider->setValue(m_slider->minimum());
+    m_textField->clear();
+}
+
+void BWNumericSettingViewController::setHeldBy(const QString &mode)
+{
+    if (mode == m_heldBy)
+        return;
+    m_heldBy = mode;
+    m_hint->setVisible(!mode.isNull());
+    updateColors();
+    updateToolTip();
+}
+
+bool BWNumericSettingViewController::isBeingChanged() const
+{
+    return m_slider->isSliderDown() || m_textField->isBeingEdited();
+}
+
+void BWNumericSettingViewController::changeEvent(QEvent *event)
+{
+    BWSettingViewController::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        updateColors();
+}
+
+void BWNumericSettingViewController::onChange(int value)
+{
+    const auto live = setting();
+    if (!live)
+        return;
+    const double clamped = std::clamp(static_cast<double>(value), live->min(), live->max());
+    showNumber(static_cast<int>(clamped));
+    change(clamped);
+}
+
+void BWNumericSettingViewController::showNumber(int value)
+{
+    const QSignalBlocker slider(m_slider);
+    const QSignalBlocker field(m_textField);
+    m_slider->setValue(value);
+    m_textField->setValue(value);
+}
+
+void BWNumericSettingViewController::updateColors()
+{
+    const QColor dim = palette().color(QPalette::PlaceholderText);
+    QPalette hint;
+    hint.setColor(QPalette::WindowText, dim);
+    m_hint->setPalette(hint);
+    QPalette value;
+    if (!m_heldBy.isNull()) {
+        value.setColor(QPalette::Text, dim);
+        value.setColor(QPalette::Highlight, palette().color(QPalette::Mid));
+    }
+    m_slider->setPalette(value);
+    m_textField->setPalette(value);
+}
+
+void BWNumericSettingViewController::updateToolTip()
+{
+    const auto live = setting();
+    QString text;
+    if (live && !m_heldBy.isNull())
+        text = texts()
+                   .text(u"advanced_settings_window"_s, u"held_tooltip"_s,
+                         u"“%1” is on: the camera sets this value by itself. Switch it off to set it yourself."_s)
+                   .arg(m_heldBy);
+    else if (live)
+        text = texts()
+                   .text(u"advanced_settings_window"_s, u"range_tooltip"_s, u"%1: %2 to %3"_s)
+                   .arg(localizedName())
+                   .arg(live->min())
+                   .arg(live->max());
+    for (QWidget *part : std::initializer_list<QWidget *>{m_label, m_hint, m_slider, m_textField}) {
+        part->setToolTip(text);
+        part->setAccessibleDescription(text);
+    }
+}

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "BWACUDriver/BWCameraSetting.h"
+
+#include <functional>
+#include <memory>
+#include <QWidget>
+
+class BWLocalizationManager;
+class QLabel;
+class QVBoxLayout;
+
+/// One cell of the advanced settings window: the name of a camera control and, below it, what changes it. The kinds
+/// differ in that. GUI thread.
+class BWSettingViewController : public QWidget {
+    Q_OBJECT
+
+public:
+    using SettingChangedBlock = std::function<void(BWCameraSetting &setting, double value)>;
+
+    /// Empty space on the left of a cell.
+    static constexpr int margin = 20;
+
+    /// The texts must outlive it.
+    explicit BWSettingViewController(BWLocalizationManager &texts, QWidget *parent = nullptr);
+
+    int settingIdentifier() const { return m_settingIdentifier; }
+    /// Also shows the control's name.
+    void setSettingIdentifier(int identifier);
+
+    /// The camera's control; null before one was set, and when its camera is gone.
+    std::shared_ptr<BWCameraSetting> setting() const { return m_setting.lock(); }
+    /// Shows that control of the camera, which is watched and not owned.
+    void setSetting(const std::shared_ptr<BWCameraSetting> &setting);
+
+    /// Called with every value that the user chooses, and by apply().
+    void setSettingChangedBlock(SettingChangedBlock block) { m_settingChangedBlock = std::move(block); }
+
+    /// Shows the name and the limits, and then the value.
+    virtual void reload() { }
+    /// Shows the control's value as it is now.
+    virtual void updateValue() { }
+    /// A camera that does not have the control shows it disabled, without a value.
+    virtual void enable(bool enabled) { Q_UNUSED(enabled) }
+    /// Tells that the camera itself moves the control, by the automatic mode of that name; null when it does not.
+    virtual void setHeldBy(const QString &mode) { Q_UNUSED(mode) }
+
+    /// Hands on the control's value as if the user had chosen it.
+    void apply();
+
+    /// As updateValue(), if another value is shown and the user is not about to change it.
+    void follow();
+
+    QString localizedName() const;
+
+protected:
+    /// Whether the user holds the slider, types a number or looks at the menu.
+    virtual bool isBeingChanged() const { return false; }
+
+    /// The user chose that value.
+    void change(double value);
+
+    /// Names what changes the control, for screen readers.
+    void nameControls(std::initializer_list<QWidget *> controls) const;
+
+    BWLocalizationManager &texts() const { return m_texts; }
+    /// The cell's column: the line with the name, and what is added below it.
+    QVBoxLayout &column() const { return m_column; }
+
+private:
+    BWLocalizationManager &m_texts;
+    QVBoxLayout &m_column;
+    int m_settingIdentifier = 0;
+    std::weak_ptr<BWCameraSetting> m_setting;
+    SettingChangedBlock m_settingChangedBlock;
+    double m_shown = 0;
+};

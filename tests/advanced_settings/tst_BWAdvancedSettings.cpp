@@ -1,0 +1,314 @@
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Model/BWSettingsFile.h"
+#include "Model/CameraSettings/BWSettingSender.h"
+#include "NotingDevice.h"
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
+#include "Views/Settings/BWSettingViewController.h"
+
+#include <future>
+#include <QComboBox>
+#include <QLabel>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using Type = BWSimulatedCameraOptions::Type;
+
+namespace {
+
+/// An opened camera, simulated, that notes what it is sent.
+class NotingCamera {
+    std::unique_ptr<BWSimulatedBackend> m_backend;
+    BWCameraManager m_manager;
+
+public:
+    explicit NotingCamera(Type type, bool withBridge = true)
+        : m_backend(BWSimulatedBackend::create({{.type = type, .pacing = BWSimulatedCameraOptions::Pacing::Manual}}))
+    {
+        m_backend->start(
+            BWCameraDetector::supportedDescriptions(),
+            {[&](const BWDetectedCameraPtr &found) {
+                 BWCameraDescription description = *found->cameraDescription();
+                 description.isBridgeChip = description.isBridgeChip && withBridge;
+                 camera = m_manager.addDetectedCamera(std::make_shared<BWDetectedCamera>(
+                     std::make_shared<BWCameraDescription>(description), u"noting"_s,
+                     [found, notes = notes] { return std::make_unique<NotingDevice>(found->open(), notes); }));
+             },
+             [](const BWDetectedCameraPtr &) {}});
+    }
+
+    /// What it was sent since the last time, now that it has done all of it.
+    QString received() const
+    {
+        std::promise<void> done;
+        camera->stopWithCompletion([&done] { done.set_value(); });
+        done.get_future().wait();
+        return notes->take();
+    }
+
+    const std::shared_ptr<DeviceNotes> notes = std::make_shared<DeviceNotes>();
+    BWCameraPtr camera;
+};
+
+/// The window on one camera after the other, and what a person does in it.
+struct Bench {
+    explicit Bench(const NotingCamera &first) : camera(first.camera)
+    {
+        window.localizeWithManager(texts);
+        config.addListener(&window);
+        start(first);
+    }
+    ~Bench() { config.removeListener(&window); }
+
+    void start(const NotingCamera &started)
+    {
+        camera = started.camera;
+        window.setCurrentCamera(camera);
+    }
+    template <typename Widget>
+    Widget *part(int setting) const
+    {
+        return window.controllerForSetting(setting)->findChild<Widget *>();
+    }
+    void choose(int setting, int index) const
+    {
+        part<QComboBox>(setting)->setCurrentIndex(index);
+        Q_EMIT part<QComboBox>(setting)->activated(index);
+    }
+    void type(int setting, const QString &text) const
+    {
+        auto *field = part<QSpinBox>(setting);
+        field->selectAll();
+        QTest::keyClicks(field, text);
+        QTest::keyClick(field, Qt::Key_Return);
+    }
+
+    QTemporaryDir folder;
+    BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
+    BWLocalizationManager texts{QString::fromUtf8(BW_LOCALIZATION_FILE), {u"en"_s}};
+    BWCameraPtr camera;
+    BWConfigManager config{defaults, [this] { return camera->identifierForProducts(); }};
+    QWidget cameraWindow;
+    BWAdvancedSettingsWindowController window{config, defaults, [this] { return camera; }, &cameraWindow};
+};
+
+} // namespace
+
+class TestBWAdvancedSettings : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void loading_data()
+    {
+        QTest::addColumn<Type>("type");
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<QString>("received");
+        const QString ultra = u"0=0 1=32 4=3 9=0 2=64 3=0 5=100 12=157 7=4600 8=1 11=1"_s;
+        const QString wireless = u"0=63 1=28 4=10 2=56 3=130"_s;
+        QTest::newRow("a camera has started") << Type::Ultra << u"start"_s << ultra;
+        QTest::newRow("started, the norm is left alone") << Type::Wireless << u"start"_s << wireless;
+        QTest::newRow("another product") << Type::Ultra << u"mx24"_s
+                                         << u"0=12 1=50 4=4 9=0 2=60 3=35 5=90 12=625 7=3750 8=1 11=0 12=625"_s;
+        QTest::newRow("another product, the norm too")
+            << Type::Wireless << u"dx17_18"_s << u"0=63 1=32 4=11 2=56 3=100 norm 1"_s;
+        QTest::newRow("the same product") << Type::Ultra << u"mx62"_s << QString();
+        QTest::newRow("a product that does not exist: the default one") << Type::Ultra << u"mx99"_s << QString();
+        QTest::newRow("factory values, the norm too") << Type::Wireless << u"restore"_s << wireless + u" norm 1"_s;
+    }
+    void loading()
+    {
+        QFETCH(Type, type);
+        QFETCH(QString, what);
+        QFETCH(QString, received);
+        const NotingCamera camera(type);
+        Bench bench(camera);
+        QVERIFY(camera.received().startsWith(u"0="_s));
+        if (what == u"start"_s)
+            bench.start(camera);
+        else if (what == u"restore"_s)
+            bench.window.onRestoreDefaults();
+        else
+            bench.config.setCurrentProductIdentifier(what, bench.camera->identifierForProducts());
+        QCoreApplication::processEvents();
+        QCOMPARE(camera.received(), received);
+    }
+
+    void aControlWithoutAValueOfTheProductIsLeftAlone()
+    {
+        const NotingCamera camera(Type::High);
+        Bench bench(camera);
+        camera.received();
+        // Cameras of that kind may have more controls than its products know.
+        const NotingCamera richer(Type::Ultra);
+        bench.camera = richer.camera;
+        bench.window.loadProductWithVideoNorm(true);
+        QCOMPARE(richer.received(), u"0=0 1=15 4=6 2=15 3=64 5=78 7=2800 8=1"_s);
+        QCOMPARE(bench.part<QSpinBox>(BWSettingExposureAbsolute)->value(), 157);
+        QVERIFY(bench.part<QSlider>(BWSettingExposureAbsolute)->isEnabled());
+    }
+
+    void changes_data()
+    {
+        QTest::addColumn<Type>("type");
+        QTest::addColumn<int>("setting");
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QString>("received");
+        QTest::addColumn<double>("kept");
+        const auto row = [](const char *name, Type type, int setting, const QString &how, const QString &received,
+                            double kept) { QTest::newRow(name) << type << setting << how << received << kept; };
+        row("slider", Type::Ultra, BWSettingBrightness, u"slide 20"_s, u"3=20"_s, 20);
+        row("number", Type::Ultra, BWSettingBrightness, u"type -7"_s, u"3=-7"_s, -7);
+        row("too large a number", Type::Ultra, BWSettingBrightness, u"type 999"_s, u"3=64"_s, 64);
+        row("much too large a number", Type::Ultra, BWSettingBrightness, u"type 99999999999"_s, u"3=64"_s, 64);
+        row("too small a number", Type::Ultra, BWSettingGamma, u"type -5"_s, u"5=40"_s, 40);
+        row("automatic off", Type::Ultra, BWSettingAutoWhite, u"choose 1"_s, u"8=0 7=4600"_s, 0);
+        row("automatic on", Type::Regular, BWSettingAutoWhite, u"choose 0"_s, u"8=1"_s, 1);
+        row("video norm", Type::Wireless, BWSettingVideoNorm, u"choose 2"_s, u"norm 2"_s, 2);
+        row("video norm without a bridge chip", Type::Wireless, BWSettingVideoNorm, u"choose 2 unbridged"_s, u""_s, 2);
+    }
+    void changes()
+    {
+        QFETCH(Type, type);
+        QFETCH(int, setting);
+        QFETCH(QString, how);
+        QFETCH(QString, received);
+        QFETCH(double, kept);
+        const NotingCamera camera(type, !how.endsWith(u"unbridged"_s));
+        const Bench bench(camera);
+        camera.received();
+        const QString value = how.section(u' ', 1, 1);
+        if (how.startsWith(u"slide"_s))
+            bench.part<QSlider>(setting)->setValue(value.toInt());
+        else if (how.startsWith(u"type"_s))
+            bench.type(setting, value);
+        else
+            bench.choose(setting, value.toInt());
+        QCOMPARE(camera.received(), received);
+        QCOMPARE(bench.window.product()->valueForSetting(setting), kept);
+        if (const auto *slider = bench.part<QSlider>(setting)) {
+            QCOMPARE(slider->value(), kept);
+            QCOMPARE(bench.part<QSpinBox>(setting)->value(), kept);
+        }
+    }
+
+    void controlsThatTheCameraDoesNotHaveAreBlank()
+    {
+        const NotingCamera high(Type::High);
+        const NotingCamera ultra(Type::Ultra);
+        Bench bench(high);
+        const auto *automatic = bench.part<QComboBox>(BWSettingAutoExposure);
+        for (int round = 0; round < 2; ++round) {
+            bench.start(high);
+            bench.window.reload();
+            QVERIFY(!automatic->isEnabled());
+            QCOMPARE(automatic->currentText(), QString());
+            QVERIFY(!bench.part<QSpinBox>(BWSettingGain)->isEnabled());
+            QCOMPARE(bench.part<QSpinBox>(BWSettingGain)->text(), QString());
+            QCOMPARE(bench.part<QComboBox>(BWSettingVideoNorm)->currentText(), QString());
+
+            bench.start(ultra);
+            QVERIFY(automatic->isEnabled());
+            QCOMPARE(automatic->currentText(), u"Yes"_s);
+            QCOMPARE(automatic->count(), 2);
+            QCOMPARE(bench.part<QSpinBox>(BWSettingGain)->text(), u"0"_s);
+        }
+        QVERIFY(!bench.window.controllerForSetting(BWSettingBacklight));
+    }
+
+    void valuesAreStoredWhenTheUserSaysSo()
+    {
+        const NotingCamera camera(Type::Wireless);
+        Bench bench(camera);
+        const QString key = bench.window.product()->settingsName();
+        bench.part<QSlider>(BWSettingBrightness)->setValue(77);
+        bench.window.updateResolution({720, 480});
+        QCOMPARE(bench.defaults.string(key), QString());
+        bench.window.onSaveAsDefault();
+        QCOMPARE(bench.defaults.string(key),
+                 uR"({"0":63,"1":28,"13":1,"2":56,"3":77,"4":10,"resolution":"720x480"})"_s);
+        bench.window.onRestoreDefaults();
+        QCOMPARE(bench.defaults.string(key),
+                 uR"({"0":63,"1":28,"13":1,"2":56,"3":130,"4":10,"resolution":"640x480"})"_s);
+        QCOMPARE(bench.part<QSpinBox>(BWSettingBrightness)->value(), 130);
+    }
+
+    void followsTheCamera()
+    {
+        const NotingCamera camera(Type::Ultra);
+        Bench bench(camera);
+        bench.window.show();
+        camera.received();
+        auto *slider = bench.part<QSlider>(BWSettingWhiteBalance);
+        const auto *field = bench.part<QSpinBox>(BWSettingWhiteBalance);
+        camera.notes->moves(BWSettingWhiteBalance, 4710);
+        QTRY_COMPARE(slider->value(), 4710);
+        QCOMPARE(field->value(), 4710);
+        QVERIFY(slider->isEnabled());
+        QVERIFY(slider->toolTip().contains(u"Automatic white balance"_s));
+        QCOMPARE(camera.received(), QString()); // what is shown is not sent back
+        QCOMPARE(bench.window.product()->valueForSetting(BWSettingWhiteBalance), 4600.0);
+
+        // A slider that is being held stays under the hand.
+        slider->setSliderDown(true);
+        camera.notes->moves(BWSettingWhiteBalance, 4720);
+        camera.notes->moves(BWSettingExposureAbsolute, 200);
+        QTRY_COMPARE(bench.part<QSlider>(BWSettingExposureAbsolute)->value(), 200);
+        QCOMPARE(slider->value(), 4710);
+        slider->setSliderDown(false);
+        QTRY_COMPARE(slider->value(), 4720);
+
+        bench.choose(BWSettingAutoWhite, 1);
+        QVERIFY(!slider->toolTip().contains(u"Automatic white balance"_s));
+        camera.notes->moves(BWSettingAutoWhite, 1); // by another program
+        QTRY_VERIFY(slider->toolTip().contains(u"Automatic white balance"_s));
+        QCOMPARE(bench.part<QComboBox>(BWSettingAutoWhite)->currentText(), u"Yes"_s);
+    }
+
+    void aSlowCameraHoldsUpNobody()
+    {
+        const NotingCamera slow(Type::High);
+        const auto send = [&slow](int setting, double value) {
+            BWSettingSender::send(*slow.camera, *slow.camera->settingForIdentifier(setting), value);
+        };
+        slow.notes->holdUp();
+        send(BWSettingBrightness, 1);
+        slow.notes->waitUntilBusy();
+        for (int value = 2; value <= 20; ++value) {
+            send(BWSettingBrightness, value);
+            send(BWSettingContrast, value);
+            send(BWSettingHue, -value);
+        }
+        slow.notes->letGo();
+        QCOMPARE(slow.received(), u"3=1 3=20 1=20 0=-20"_s);
+    }
+
+    void aResetOfTheLayoutPutsItBelowTheCameraWindow()
+    {
+        const NotingCamera camera(Type::High);
+        Bench bench(camera);
+        bench.cameraWindow.setGeometry(40, 30, 700, 100);
+        bench.cameraWindow.show();
+        bench.window.show();
+        bench.window.hide();
+        bench.window.move(0, 0);
+        const QSize size = bench.window.size();
+        bench.config.resetLayout();
+        QCoreApplication::processEvents();
+        QCOMPARE(bench.window.pos(), QPoint()); // the camera window may move until it is shown
+        bench.cameraWindow.move(60, 30);
+        bench.window.show();
+        QCOMPARE(bench.window.size(), size);
+        QCOMPARE(bench.window.frameGeometry().top(), bench.cameraWindow.frameGeometry().bottom() + 1);
+        QVERIFY(std::abs(bench.window.frameGeometry().center().x() - bench.cameraWindow.frameGeometry().center().x())
+                <= 1);
+    }
+};
+
+QTEST_MAIN(TestBWAdvancedSettings)
+#include "tst_BWAdvancedSettings.moc"
