@@ -205,7 +205,10 @@ private Q_SLOTS:
         const auto *automatic = bench.part<QComboBox>(BWSettingAutoExposure);
         for (int round = 0; round < 2; ++round) {
             bench.start(high);
-            bench.window.reload();
+            ultra.notes->moves(BWSettingGain, 50 + round); // the other camera, which is still there
+            ultra.notes->moves(BWSettingAutoExposure, round);
+            bench.window.hide();
+            bench.window.show();
             QVERIFY(!automatic->isEnabled());
             QCOMPARE(automatic->currentText(), QString());
             QVERIFY(!bench.part<QSpinBox>(BWSettingGain)->isEnabled());
@@ -265,6 +268,7 @@ private Q_SLOTS:
 
         bench.choose(BWSettingAutoWhite, 1);
         QVERIFY(!slider->toolTip().contains(u"Automatic white balance"_s));
+        QCOMPARE(camera.received(), u"8=0 7=4600"_s);
         camera.notes->moves(BWSettingAutoWhite, 1); // by another program
         QTRY_VERIFY(slider->toolTip().contains(u"Automatic white balance"_s));
         QCOMPARE(bench.part<QComboBox>(BWSettingAutoWhite)->currentText(), u"Yes"_s);

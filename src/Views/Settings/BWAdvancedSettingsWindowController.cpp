@@ -57,6 +57,7 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
       m_currentCamera(std::move(currentCamera)),
       m_settingsView(new QWidget),
       m_productName(new QLabel),
+      m_notice(new QLabel),
       m_saveAsDefaultButton(new QPushButton),
       m_restoreDefaultsButton(new QPushButton)
 {
@@ -82,23 +83,26 @@ void BWAdvancedSettingsWindowController::layOut()
     for (int row = 0; row < rows; ++row)
         grid->setRowStretch(row, 1);
 
+    QFont bold = font();
+    bold.setBold(true);
+    m_productName->setFont(bold);
+    m_productName->setContentsMargins(margin, margin, margin, 0);
     auto *line = new QFrame;
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);
     auto *buttons = new QHBoxLayout;
     buttons->setContentsMargins(margin, margin * 3 / 5, margin, margin * 3 / 5);
-    buttons->addWidget(m_productName, 1);
-    buttons->addSpacing(margin);
+    buttons->setSpacing(margin / 2);
+    buttons->addWidget(m_notice, 1);
     buttons->addWidget(m_restoreDefaultsButton);
     buttons->addWidget(m_saveAsDefaultButton);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
+    column->addWidget(m_productName);
     column->addWidget(m_settingsView, 1);
     column->addWidget(line);
     column->addLayout(buttons);
-    for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
-        button->setEnabled(false);
 }
 
 void BWAdvancedSettingsWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -134,9 +138,11 @@ void BWAdvancedSettingsWindowController::prepare()
         m_settingControllersBySetting.insert(setting, controller);
         grid->addWidget(controller, static_cast<int>(i) % rows, static_cast<int>(i) / rows);
     }
+    updateProductName();
     // The buttons were there before the controls.
     setTabOrder(m_settingControllers.last(), m_restoreDefaultsButton);
     setTabOrder(m_restoreDefaultsButton, m_saveAsDefaultButton);
+    m_settingControllers.first()->setFocus();
 }
 
 void BWAdvancedSettingsWindowController::setCurrentCamera(const BWCameraPtr &)
@@ -173,6 +179,7 @@ void BWAdvancedSettingsWindowController::loadProductWithVideoNorm(bool applyNorm
         const int setting = controller->settingIdentifier();
         const auto live = camera->settingForIdentifier(setting);
         if (!live || !camera->detectedCamera()->cameraDescription()->acceptsSetting(setting)) {
+            controller->setSetting(nullptr); // that of another camera, which may well be alive
             controller->enable(false);
             continue;
         }
@@ -185,13 +192,16 @@ void BWAdvancedSettingsWindowController::loadProductWithVideoNorm(bool applyNorm
             controller->apply();
     }
     updateHolds();
-    updateProductName(false);
+    updateProductName();
+    showSaved(false);
 }
 
 void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolution)
 {
-    if (m_product)
-        m_product->setCurrentResolution(resolution);
+    if (!m_product)
+        return;
+    m_product->setCurrentResolution(resolution);
+    showSaved(false);
 }
 
 void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting, double value)
@@ -201,7 +211,7 @@ void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting,
     if (m_product)
         m_product->setValue(value, setting.identifier());
     updateHolds();
-    updateProductName(false);
+    showSaved(false);
     // A camera needs its time to answer; until then it would seem to put the old value back.
     if (m_followTimer.isActive())
         m_followTimer.start();
@@ -212,7 +222,7 @@ void BWAdvancedSettingsWindowController::onSaveAsDefault()
     if (!m_product)
         return;
     m_product->save();
-    updateProductName(true);
+    showSaved(true);
 }
 
 void BWAdvancedSettingsWindowController::onRestoreDefaults()
@@ -223,7 +233,7 @@ void BWAdvancedSettingsWindowController::onRestoreDefaults()
     m_product->save();
     // Not by way of reload(): the product is the same, its values are not.
     loadProductWithVideoNorm(true);
-    updateProductName(true);
+    showSaved(true);
 }
 
 void BWAdvancedSettingsWindowController::follow()
@@ -237,23 +247,25 @@ void BWAdvancedSettingsWindowController::updateHolds()
 {
     const BWCameraPtr camera = m_currentCamera();
     for (BWSettingViewController *controller : std::as_const(m_settingControllers)) {
-        const auto mode =
-            camera ? BWAutomaticModes::modeHolding(controller->settingIdentifier(), *camera) : std::nullopt;
+        const auto mode = camera && controller->setting()
+            ? BWAutomaticModes::modeHolding(controller->settingIdentifier(), *camera)
+            : std::nullopt;
         const BWSettingViewController *holder = mode ? controllerForSetting(*mode) : nullptr;
         controller->setHeldBy(holder ? holder->localizedName() : QString());
     }
 }
 
-void BWAdvancedSettingsWindowController::updateProductName(bool saved)
+void BWAdvancedSettingsWindowController::updateProductName()
 {
     for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
         button->setEnabled(m_product != nullptr);
-    QString name;
-    if (m_product && m_texts)
-        name = m_texts->text(u"camera_product"_s, m_product->identifier(), m_product->name());
-    if (saved && m_texts)
-        name = m_texts->text(u"advanced_settings_window"_s, u"saved_notice"_s, u"%1 – saved"_s).arg(name);
-    m_productName->setText(name);
+    m_productName->setText(m_product ? m_texts->text(u"camera_product"_s, m_product->identifier(), m_product->name())
+                                     : QString());
+}
+
+void BWAdvancedSettingsWindowController::showSaved(bool saved)
+{
+    m_notice->setText(saved ? m_texts->text(u"advanced_settings_window"_s, u"saved_notice"_s, u"Saved"_s) : QString());
 }
 
 void BWAdvancedSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &config)
@@ -296,10 +308,20 @@ void BWAdvancedSettingsWindowController::place()
     update();
 }
 
+void BWAdvancedSettingsWindowController::setVisible(bool visible)
+{
+    // A position that is set later, in showEvent(), would be that of the content instead of the frame.
+    if (visible && !isVisible()) {
+        if (!testAttribute(Qt::WA_Resized))
+            adjustSize();
+        place();
+    }
+    QWidget::setVisible(visible);
+}
+
 void BWAdvancedSettingsWindowController::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    place();
     follow();
     m_followTimer.start();
     Q_EMIT visibilityChanged();

@@ -62,6 +62,7 @@ public:
     /// Puts the window centred under the camera window: now, or when it is next shown.
     void resetLayout();
     void configManagerUpdatedSettings(BWConfigManager &config) override;
+    void setVisible(bool visible) override;
 
     /// The values shown belong to this product; null before the first camera.
     const BWCameraProductPtr &product() const { return m_product; }
@@ -84,7 +85,8 @@ private:
     BWCameraProductPtr productFor(const BWCamera &camera) const;
     void follow();
     void updateHolds();
-    void updateProductName(bool saved);
+    void updateProductName();
+    void showSaved(bool saved);
     void place();
 
     BWConfigManager &m_config;
@@ -92,6 +94,7 @@ private:
     BWLocalizationManager *m_texts = nullptr;
     QWidget *m_settingsView; ///< the grid
     QLabel *m_productName;
+    QLabel *m_notice; ///< that the values shown are stored, until one changes
     QPushButton *m_saveAsDefaultButton;
     QPushButton *m_restoreDefaultsButton;
     QList<BWSettingViewController *> m_settingControllers;

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int widestNumber = 99999;
-constexpr int narrowestSlider = 110;
+constexpr int narrowestSlider = 140;
 
 } // namespace
 
@@ -44,7 +44,6 @@ BWNumericSettingViewController::BWNumericSettingViewController(BWLocalizationMan
     controls->setSpacing(between);
     controls->addWidget(m_slider, 1);
     controls->addWidget(m_textField);
-    column().addStretch();
     column().addLayout(names);
     column().addLayout(controls);
     column().addStretch();

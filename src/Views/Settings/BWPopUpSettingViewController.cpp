@@ -10,7 +10,6 @@ BWPopUpSettingViewController::BWPopUpSettingViewController(BWLocalizationManager
 {
     m_label->setBuddy(m_popUpButton);
     setFocusProxy(m_popUpButton);
-    column().addStretch();
     column().addWidget(m_label);
     column().addWidget(m_popUpButton);
     column().addStretch();

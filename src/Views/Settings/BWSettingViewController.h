@@ -30,7 +30,7 @@ public:
 
     /// The camera's control; null before one was set, and when its camera is gone.
     std::shared_ptr<BWCameraSetting> setting() const { return m_setting.lock(); }
-    /// Shows that control of the camera, which is watched and not owned.
+    /// Shows that control of the camera, which is watched and not owned; null for none.
     void setSetting(const std::shared_ptr<BWCameraSetting> &setting);
 
     /// Called with every value that the user chooses, and by apply().
