@@ -1,0 +1,205 @@
+#include "Views/BWSimpleHelpWindowController.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/BWShortcutTable.h"
+#include "Views/BWSupportMail.h"
+#include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWIconView.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int outerMargin = 24;
+constexpr int sectionSpacing = 20;
+constexpr int iconSize = 64;
+constexpr double titleScale = 1.4;
+
+QLabel *label(bool wraps)
+{
+    auto *made = new QLabel;
+    made->setTextFormat(Qt::PlainText);
+    made->setWordWrap(wraps);
+    return made;
+}
+
+QPushButton *pushButton(const QString &icon)
+{
+    auto *button = new QPushButton(BWIcons::icon(icon), QString());
+    button->setAutoDefault(false);
+    return button;
+}
+
+/// To be copied, for those who write or look it up elsewhere.
+QLabel *addressLabel(const QString &address)
+{
+    QLabel *made = label(false);
+    made->setText(address);
+    made->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return made;
+}
+
+void scaleFont(QLabel &label, const QFont &font, double scale)
+{
+    QFont scaled = font;
+    if (scaled.pointSizeF() > 0)
+        scaled.setPointSizeF(scaled.pointSizeF() * scale);
+    scaled.setWeight(QFont::DemiBold);
+    label.setFont(scaled);
+}
+
+} // namespace
+
+BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings,
+                                                           QWidget *cameraWindow)
+    : QWidget(cameraWindow, Qt::Tool),
+      m_contact(contact),
+      m_surroundings(std::move(surroundings)),
+      m_title(label(false)),
+      m_introduction(label(true)),
+      m_faqButton(pushButton(u"help-faq"_s)),
+      m_supportButton(pushButton(u"mail-message-new"_s)),
+      m_supportNote(label(true)),
+      m_problem(label(true)),
+      m_shortcutsTitle(label(false)),
+      m_shortcuts(new BWShortcutTable)
+{
+    m_title->setText(QStringLiteral("BrimwellPro " BW_VERSION));
+    m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_problem->hide();
+    auto *line = new QFrame;
+    line->setFrameShape(QFrame::HLine);
+    line->setFrameShadow(QFrame::Sunken);
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
+    column->setSpacing(sectionSpacing);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+    column->addLayout(head());
+    column->addLayout(ways());
+    column->addWidget(line);
+    column->addWidget(m_shortcutsTitle);
+    column->addWidget(m_shortcuts);
+    updateFonts();
+
+    connect(m_faqButton, &QPushButton::clicked, this, &BWSimpleHelpWindowController::onFrequentlyAskedQuestions);
+    connect(m_supportButton, &QPushButton::clicked, this, &BWSimpleHelpWindowController::onWriteToSupport);
+    for (const auto key : {QKeySequence::Close, QKeySequence::Cancel})
+        connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
+}
+
+QLayout *BWSimpleHelpWindowController::head()
+{
+    auto *texts = new QVBoxLayout;
+    texts->addStretch();
+    texts->addWidget(m_title);
+    texts->addWidget(m_introduction);
+    texts->addStretch();
+    auto *row = new QHBoxLayout;
+    row->setSpacing(sectionSpacing);
+    row->addWidget(new BWIconView(BWIcons::applicationIcon(), {iconSize, iconSize}), 0, Qt::AlignVCenter);
+    row->addLayout(texts, 1);
+    return row;
+}
+
+QLayout *BWSimpleHelpWindowController::ways()
+{
+    auto *grid = new QGridLayout;
+    grid->setHorizontalSpacing(outerMargin / 2);
+    grid->setColumnStretch(1, 1);
+    const auto add = [&](QPushButton *button, const QString &address) {
+        const int row = grid->rowCount();
+        grid->addWidget(button, row, 0);
+        grid->addWidget(addressLabel(address), row, 1);
+        button->setVisible(!address.isEmpty());
+        return row;
+    };
+    add(m_faqButton, m_contact.faqPage.toDisplayString());
+    const int row = add(m_supportButton, m_contact.supportAddress);
+    m_supportNote->setVisible(!m_contact.supportAddress.isEmpty());
+    grid->addWidget(m_supportNote, row + 1, 0, 1, 2);
+    grid->addWidget(m_problem, row + 2, 0, 1, 2);
+    return grid;
+}
+
+void BWSimpleHelpWindowController::updateFonts()
+{
+    scaleFont(*m_title, font(), titleScale);
+    scaleFont(*m_shortcutsTitle, font(), 1.1);
+}
+
+void BWSimpleHelpWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    setWindowTitle(manager.text(u"help_window"_s, u"window_title"_s, u"Help"_s));
+    m_introduction->setText(
+        manager.text(u"help_window"_s, u"introduction_label"_s,
+                     u"Something is unclear, or does not work as it should? You will find help here."_s));
+    m_faqButton->setText(manager.text(u"help_window"_s, u"faq_button"_s, u"&Frequently asked questions"_s));
+    m_supportButton->setText(manager.text(u"help_window"_s, u"support_button"_s, u"&Write to support"_s));
+    m_supportNote->setText(manager.text(u"help_window"_s, u"support_note_label"_s,
+                                        u"The e-mail already tells the version, your system and the attached cameras. "
+                                        "Nothing is sent until you send it."_s));
+    m_cannotOpen = manager.text(u"help_window"_s, u"cannot_open_label"_s,
+                                u"No program was found that can open this. Please use this address:"_s);
+    m_shortcutsTitle->setText(manager.text(u"help_window"_s, u"keyboard_shortcuts_label"_s, u"Keyboard shortcuts"_s));
+    m_mailSubject = manager.text(u"help_window"_s, u"mail_subject"_s, u"BrimwellPro %1: request for help"_s);
+    m_mailRequest = manager.text(u"help_window"_s, u"mail_request"_s,
+                                 u"Please tell us here what you did, what happened, and what you expected instead:"_s);
+}
+
+void BWSimpleHelpWindowController::makeKeyAndOrderFront()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+void BWSimpleHelpWindowController::onFrequentlyAskedQuestions()
+{
+    open(m_contact.faqPage, m_contact.faqPage.toDisplayString());
+}
+
+void BWSimpleHelpWindowController::onWriteToSupport()
+{
+    open(mail(), m_contact.supportAddress);
+}
+
+void BWSimpleHelpWindowController::open(const QUrl &url, const QString &address)
+{
+    const bool opened = m_surroundings.openUrl(url);
+    m_problem->setText(m_cannotOpen + u' ' + address);
+    m_problem->setVisible(!opened);
+}
+
+QUrl BWSimpleHelpWindowController::mail() const
+{
+    BWSupportMail mail{m_contact.supportAddress, m_mailSubject.arg(QStringLiteral(BW_VERSION)), m_mailRequest, {}};
+    mail.facts = {QStringLiteral("BrimwellPro " BW_VERSION), BWSupportMail::system()};
+    const QList<BWCameraPtr> cameras = m_surroundings.cameras();
+    if (cameras.isEmpty())
+        mail.facts.append(u"No camera"_s);
+    for (const BWCameraPtr &camera : cameras)
+        mail.facts.append(camera->detectedCamera()->description());
+    return mail.url();
+}
+
+void BWSimpleHelpWindowController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    m_problem->hide();
+    m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()));
+}
+
+void BWSimpleHelpWindowController::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        updateFonts();
+}

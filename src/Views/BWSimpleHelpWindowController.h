@@ -1,0 +1,62 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/BWLocalizationManagerDelegate.h"
+#include "Views/BWHelpContact.h"
+
+#include <functional>
+#include <QWidget>
+
+class BWShortcutTable;
+class QAction;
+class QLabel;
+class QPushButton;
+
+/// The help window: the page with answers, an e-mail to the support that already tells what they ask first, and the
+/// keyboard shortcuts. A utility window of the camera window. GUI thread.
+class BWSimpleHelpWindowController : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    /// What the window asks of the application.
+    struct Surroundings {
+        std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
+        std::function<QList<BWCameraPtr>()> cameras; ///< the attached ones
+        std::function<QList<QAction *>()> actions; ///< whose shortcuts are listed, those of their menus included
+    };
+
+    BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings, QWidget *cameraWindow);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// To the front, and in use.
+    void makeKeyAndOrderFront();
+
+    void onFrequentlyAskedQuestions();
+    void onWriteToSupport();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    QLayout *head();
+    QLayout *ways();
+    void updateFonts();
+    void open(const QUrl &url, const QString &address);
+    QUrl mail() const;
+
+    BWHelpContact m_contact;
+    Surroundings m_surroundings;
+    QString m_mailSubject;
+    QString m_mailRequest;
+    QString m_cannotOpen;
+    QLabel *m_title;
+    QLabel *m_introduction;
+    QPushButton *m_faqButton;
+    QPushButton *m_supportButton;
+    QLabel *m_supportNote;
+    QLabel *m_problem;
+    QLabel *m_shortcutsTitle;
+    BWShortcutTable *m_shortcuts;
+};

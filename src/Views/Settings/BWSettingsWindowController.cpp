@@ -1,0 +1,220 @@
+#include "Views/Settings/BWSettingsWindowController.h"
+
+#include "BWACUDriver/BWCameraDetector.h"
+#include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Utils/BWMainQueue.h"
+#include "Views/BWCameraTitles.h"
+#include "Views/Settings/BWSettingsForm.h"
+#include "Views/Settings/BWSettingsWindowControllerDelegate.h"
+#include "Views/Utils/BWFrameAutosave.h"
+
+#include <algorithm>
+#include <QComboBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QMargins frameMargins(const QWidget &window)
+{
+    const QRect inside = window.geometry();
+    const QRect outside = window.frameGeometry();
+    return {inside.left() - outside.left(), inside.top() - outside.top(), outside.right() - inside.right(),
+            outside.bottom() - inside.bottom()};
+}
+
+QString localizedCameraName(const BWCameraDescription &description, BWLocalizationManager *manager)
+{
+    if (!manager || description.hasOwnName)
+        return description.name;
+    return manager->text(u"camera_type"_s, description.identifierForCameraType, description.name);
+}
+
+} // namespace
+
+BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults,
+                                                       Surroundings surroundings, QWidget *cameraWindow)
+    : QWidget(cameraWindow, Qt::Tool),
+      m_config(config),
+      m_surroundings(std::move(surroundings)),
+      m_cameraWindow(cameraWindow),
+      m_form(new BWSettingsForm),
+      m_products(config)
+{
+    setAttribute(Qt::WA_ShowWithoutActivating); // it stands beside the camera window, which stays the one in use
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(m_form);
+    connectControls();
+    updateUsualTitles();
+    reloadSettings();
+    new BWFrameAutosave(*this, u"settings"_s, defaults);
+}
+
+BWSettingsWindowController::~BWSettingsWindowController()
+{
+    m_config.removeListener(this);
+}
+
+void BWSettingsWindowController::connectControls()
+{
+    const auto onActivated = [this](QComboBox *popUp, void (BWSettingsWindowController::*handler)(int)) {
+        connect(popUp, &QComboBox::activated, this, handler);
+    };
+    connect(m_form->cameraTypes, &QComboBox::activated, this, &BWSettingsWindowController::onCameraTypeChanged);
+    onActivated(m_form->cameraProducts, &BWSettingsWindowController::onCameraProductChanged);
+    onActivated(m_form->videoHardware, &BWSettingsWindowController::onCameraButtonSaves);
+    onActivated(m_form->snapshotOnClick, &BWSettingsWindowController::onSaveSnapshotOnClick);
+    onActivated(m_form->rememberLayout, &BWSettingsWindowController::onRememberLayout);
+    connect(m_form->restoreLayout, &QPushButton::clicked, this, &BWSettingsWindowController::onRestoreLayout);
+    connect(m_form->advancedSettings, &QPushButton::clicked, this, &BWSettingsWindowController::onAdvancedSettings);
+    for (const auto key : {QKeySequence::Close, QKeySequence::Cancel})
+        connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
+}
+
+void BWSettingsWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    m_manager = &manager;
+    setWindowTitle(manager.text(u"settings_window"_s, u"window_title"_s, u"Settings"_s));
+    m_form->localizeWithManager(manager);
+    updateUsualTitles();
+}
+
+QString BWSettingsWindowController::localizeCameraName(const BWCamera &camera) const
+{
+    return localizedCameraName(*camera.detectedCamera()->cameraDescription(), m_manager);
+}
+
+QString BWSettingsWindowController::localizeProductName(const BWCameraProduct &product) const
+{
+    return m_manager ? m_manager->text(u"camera_product"_s, product.identifier(), product.name()) : product.name();
+}
+
+void BWSettingsWindowController::updateUsualTitles()
+{
+    QStringList titles;
+    const QList<BWCameraDescriptionPtr> cameras = BWCameraDetector::supportedDescriptions();
+    for (const BWCameraDescriptionPtr &camera : cameras) {
+        const QString name = localizedCameraName(*camera, m_manager);
+        titles.append(BWCameraTitles::unique({name, name}).last());
+    }
+    for (const BWCameraProductPtr &product : m_config.allProducts())
+        titles.append(localizeProductName(*product));
+    m_form->setUsualTitles(titles);
+}
+
+void BWSettingsWindowController::updateCameras(const QList<BWCameraPtr> &cameras, const BWCameraPtr &currentCamera)
+{
+    m_cameras.setCameras(cameras, currentCamera, [this](const BWCamera &camera) { return localizeCameraName(camera); });
+    m_form->showCameras(m_cameras.titles(), m_cameras.currentIndex());
+    updateProductForCamera(currentCamera);
+}
+
+void BWSettingsWindowController::updateProductForCamera(const BWCameraPtr &camera)
+{
+    m_products.setCamera(camera.get());
+    QStringList titles;
+    for (const BWCameraProductPtr &product : m_products.products())
+        titles.append(localizeProductName(*product));
+    m_form->showProducts(titles, m_products.currentIndex());
+}
+
+void BWSettingsWindowController::reloadSettings()
+{
+    m_form->rememberLayout->setCurrentIndex(m_config.rememberLayout() ? 0 : 1);
+    m_form->videoHardware->setCurrentIndex(m_config.saveVideoOnHardwareButton() ? 1 : 0);
+    m_form->snapshotOnClick->setCurrentIndex(m_config.saveSnapshotOnClick() ? 0 : 1);
+}
+
+void BWSettingsWindowController::onCameraTypeChanged()
+{
+    if (const BWCameraPtr camera = m_cameras.cameraWithTitle(m_form->cameraTypes->currentText()))
+        m_surroundings.modelDelegate.changeCurrentCamera(*this, camera);
+}
+
+void BWSettingsWindowController::onCameraProductChanged(int index)
+{
+    m_products.choose(index);
+}
+
+void BWSettingsWindowController::onRestoreLayout()
+{
+    m_config.resetLayout();
+}
+
+void BWSettingsWindowController::onRememberLayout(int index)
+{
+    m_config.setRememberLayout(index == 0);
+}
+
+void BWSettingsWindowController::onCameraButtonSaves(int index)
+{
+    m_config.setSaveVideoOnHardwareButton(index == 1);
+}
+
+void BWSettingsWindowController::onSaveSnapshotOnClick(int index)
+{
+    m_config.setSaveSnapshotOnClick(index == 0);
+}
+
+void BWSettingsWindowController::onAdvancedSettings()
+{
+    m_surroundings.showAdvancedSettings();
+}
+
+void BWSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &configManager)
+{
+    // A pulse: it has to be read now, the rest can wait until all listeners were told.
+    BWMainQueue::post(m_alive, [this, reset = configManager.mustResetLayout()] { showChange(reset); });
+}
+
+void BWSettingsWindowController::showChange(bool mustResetLayout)
+{
+    if (const BWCameraPtr camera = m_surroundings.currentCamera()) {
+        if (const int index = m_products.chosenIndex(*camera); index >= 0)
+            m_form->selectProduct(index);
+    }
+    if (mustResetLayout && m_cameraWindow) {
+        m_mustPlace = !isVisible(); // by where the camera window is then, its frame included
+        resetLayout(*m_cameraWindow);
+    }
+    reloadSettings();
+}
+
+void BWSettingsWindowController::resetLayout(const QWidget &cameraWindow)
+{
+    // Our own frame is not known before we have been shown; it is about that of the camera window.
+    const QMargins margins = frameMargins(isVisible() ? *this : cameraWindow);
+    const QRect camera = cameraWindow.frameGeometry();
+    QRect place = QRect(QPoint(), isVisible() ? size() : sizeHint()).marginsAdded(margins);
+    place.moveTopLeft({camera.left() + (camera.width() - place.width()) / 2, camera.bottom() + 1});
+    if (const QScreen *screen = cameraWindow.screen()) {
+        const QRect room = screen->availableGeometry();
+        place.moveBottom(std::min(place.bottom(), room.bottom()));
+        place.moveRight(std::min(place.right(), room.right()));
+        place.moveLeft(std::max(place.left(), room.left()));
+    }
+    move(place.topLeft());
+    update();
+}
+
+void BWSettingsWindowController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (std::exchange(m_mustPlace, false))
+        resetLayout(*m_cameraWindow);
+    Q_EMIT visibilityChanged();
+}
+
+void BWSettingsWindowController::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    Q_EMIT visibilityChanged();
+}

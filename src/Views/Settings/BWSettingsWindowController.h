@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Model/BWConfigManagerListener.h"
+#include "Model/BWLocalizationManagerDelegate.h"
+#include "Views/Settings/BWCameraChoices.h"
+#include "Views/Settings/BWProductChoices.h"
+
+#include <functional>
+#include <memory>
+#include <QWidget>
+
+class BWSettingsForm;
+class BWSettingsWindowControllerDelegate;
+class BWUserDefaults;
+
+/// The settings window: which camera is live, which product it is, what saves a picture or a video, and whether windows
+/// are found where they were left. A utility window beside the camera window. GUI thread.
+///
+/// It is a listener of the settings store once somebody adds it there; it removes itself when it is destroyed.
+class BWSettingsWindowController : public QWidget,
+                                   public BWLocalizationManagerDelegate,
+                                   public BWConfigManagerListener {
+    Q_OBJECT
+
+public:
+    /// What the window asks of the application.
+    struct Surroundings {
+        BWSettingsWindowControllerDelegate &modelDelegate;
+        std::function<BWCameraPtr()> currentCamera; ///< the one that runs or is being started, or null
+        std::function<void()> showAdvancedSettings;
+    };
+
+    /// All must outlive the window; the camera window owns it, if given, and is what it is placed by.
+    BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults, Surroundings surroundings,
+                               QWidget *cameraWindow);
+    ~BWSettingsWindowController() override;
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+    QString localizeCameraName(const BWCamera &camera) const;
+    QString localizeProductName(const BWCameraProduct &product) const;
+
+    /// The attached cameras, or which of them is live, changed.
+    void updateCameras(const QList<BWCameraPtr> &cameras, const BWCameraPtr &currentCamera);
+    /// Lists the products of that camera's type; none for null.
+    void updateProductForCamera(const BWCameraPtr &camera);
+    /// Shows the options as they are stored.
+    void reloadSettings();
+    /// What follows from the change is done later, when all listeners have been told.
+    void configManagerUpdatedSettings(BWConfigManager &configManager) override;
+
+    /// Puts the window centred below the camera window, or as near to that as the screen allows. Its size stays.
+    void resetLayout(const QWidget &cameraWindow);
+
+Q_SIGNALS:
+    void visibilityChanged();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    void connectControls();
+    void onCameraTypeChanged();
+    void onCameraProductChanged(int index);
+    void onRestoreLayout();
+    void onRememberLayout(int index);
+    void onCameraButtonSaves(int index);
+    void onSaveSnapshotOnClick(int index);
+    void onAdvancedSettings();
+    void showChange(bool mustResetLayout);
+    void updateUsualTitles();
+
+    BWConfigManager &m_config;
+    Surroundings m_surroundings;
+    QWidget *m_cameraWindow;
+    BWLocalizationManager *m_manager = nullptr;
+    BWSettingsForm *m_form;
+    BWCameraChoices m_cameras;
+    BWProductChoices m_products;
+    bool m_mustPlace = false;
+    std::shared_ptr<void> m_alive = std::make_shared<int>();
+};
