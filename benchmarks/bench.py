@@ -17,9 +17,9 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests" / "e2e"))
 from desktop import Desktop, Failure  # noqa: E402
-from media import KINDS, Media, title  # noqa: E402
+from media import GRID_KINDS, KINDS, Media, title  # noqa: E402
 from players import PLAYERS, PLAYER_ENVIRONMENT, WINDOW, OurProgram, numbers  # noqa: E402
-from program_run import Run, memory_mib, table  # noqa: E402
+from program_run import Run, cpu_seconds, memory_mib, table  # noqa: E402
 
 US = "brimwellpro"
 
@@ -35,12 +35,15 @@ class Bench:
         self.starts = 1 if options.quick else 5
         self.memory_seconds = 20 if options.quick else 120
         self.kinds = [kind for kind in KINDS if re.search(options.only, title(kind))]
+        self.grid_kinds = [kind for kind in GRID_KINDS if re.search(options.only, title(kind))]
+        self.grid_rounds = 1 if options.quick else 5
 
     def run(self):
         print(f"On {os.cpu_count()} cores, load {os.getloadavg()[0]:.1f} before; window {WINDOW[0]}x{WINDOW[1]}.\n")
         if self.players:  # its first run looks through all its plugins
             self.desktop.output(["gst-inspect-1.0", "ximagesink"])
         self.cpu_table()
+        self.grid_table()
         self.start_table()
         self.memory_table()
 
@@ -70,9 +73,37 @@ class Bench:
             return run, self.ours.statistics(run.log)["shown"]
         return self.cpu_between(measure)
 
-    def start_ours(self, kind):
+    def grid_table(self):
+        """Off and on take turns, so that what else the computer does befalls both."""
+        print("## The measuring grid\n\nCPU milliseconds of the program per shown frame at 100 %, median of "
+              f"{self.grid_rounds}.\n")
+        rows = [["off"], ["on"], ["more"]]
+        for kind in self.grid_kinds:
+            rounds = [[self.cpu_with_grid(kind, on) for on in (False, True)] for _ in range(self.grid_rounds)]
+            off, on = (statistics.median(column) for column in zip(*rounds))
+            for row, cell in zip(rows, (f"{off:.2f}", f"{on:.2f}", f"{100 * (on / off - 1):+.1f} %")):
+                row.append(cell)
+            self.progress(f"{title(kind)}: grid: {off:.2f} {on:.2f}")
+        print(table(["", *map(title, self.grid_kinds)], rows) + "\n", flush=True)
+
+    def cpu_with_grid(self, kind, on):
+        """Between two moments of one run: the start is the same with and without it."""
+        run = self.start_ours(kind, camera="high", product="dx10")
+        first_picture = time.monotonic()
+        if on:
+            self.desktop.key("ctrl+g")
+        time.sleep(1)
+        cpu_before, begin = cpu_seconds(run.process.pid), time.monotonic()
+        time.sleep(self.long)
+        cpu, end = cpu_seconds(run.process.pid) - cpu_before, time.monotonic()
+        run.quit()
+        run.wait_for_end()
+        frames = self.ours.statistics(run.log)["shown"] * (end - begin) / (end - first_picture)
+        return 1000 * cpu / frames
+
+    def start_ours(self, kind, **options):
         movie = self.media.movie(kind, self.frames(kind, self.long))
-        run = Run(self.desktop, self.ours.command(movie, kind), self.ours.ENVIRONMENT)
+        run = Run(self.desktop, self.ours.command(movie, kind, **options), self.ours.ENVIRONMENT)
         run.wait_for_picture()
         return run
 

@@ -15,6 +15,9 @@ Kind = namedtuple("Kind", "width height rate format")
 KINDS = [Kind(width, height, rate, name) for name in FORMATS
          for width, height, rate in ((640, 480, 30), (1920, 1080, 30), (2592, 1944, 15))]
 
+# The sizes at which the measuring grid is calibrated.
+GRID_KINDS = [Kind(width, height, 30, name) for name in FORMATS for width, height in ((640, 480), (1600, 1200))]
+
 
 def title(kind):
     return f"{kind.width}x{kind.height} {kind.format}"

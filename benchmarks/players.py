@@ -61,15 +61,15 @@ class OurProgram:
         self._program = program
         self._settings = home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
 
-    def command(self, movie, kind):
+    def command(self, movie, kind, camera="ultra", product="mx62"):
         """Also stores the settings that make the camera run at the movie's size and leave nothing to be asked."""
         self._settings.parent.mkdir(parents=True, exist_ok=True)
         self._settings.write_text(
             "[General]\n"
             "bwp2x_first_time=no\nbwp2x_remember_layout=no\nbwp2x_old_settings_imported=yes\n"
-            'bwp2x_product_for_camera="{\\"wired_ultra\\":\\"mx62\\"}"\n'
-            f'bwp2x_product_mx62="{{\\"resolution\\":\\"{kind.width}x{kind.height}\\"}}"\n')
-        return [str(self._program), "--simulate", f"ultra={movie}"]
+            f'bwp2x_product_for_camera="{{\\"wired_{camera}\\":\\"{product}\\"}}"\n'
+            f'bwp2x_product_{product}="{{\\"resolution\\":\\"{kind.width}x{kind.height}\\"}}"\n')
+        return [str(self._program), "--simulate", f"{camera}={movie}"]
 
     def statistics(self, log):
         """What it tells at its end: shown, bad and dropped frames, cpu_ms, first_frame_ms."""

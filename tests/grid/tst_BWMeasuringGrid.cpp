@@ -61,7 +61,7 @@ QString faults(const QImage &viewport, const BWLiveViewGeometry &geometry, const
 /// The same of what the view shows, as soon as its picture is the one for that layout.
 QString faultsOf(const BWCenteringClipView &view, const BWLiveViewGeometry &geometry, const BWMeasuringGrid &grid)
 {
-    const QDeadlineTimer deadline(10000);
+    const QDeadlineTimer deadline(5000);
     QString found = u"nothing shown"_s;
     while (!found.isNull() && !deadline.hasExpired()) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
