@@ -2,7 +2,7 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "Model/BWLocalizationManagerDelegate.h"
-#include "Model/Export/BWPatientThread.h"
+#include "Utils/BWPatientThread.h"
 
 #include <functional>
 #include <memory>
