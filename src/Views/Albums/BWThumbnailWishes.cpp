@@ -6,7 +6,9 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds interval(30);
+using Seconds = std::chrono::duration<double>;
+
+constexpr Seconds interval(0.03);
 constexpr int screensNear = 2; // each way
 
 } // namespace
@@ -24,7 +26,7 @@ void BWThumbnailWishes::schedule()
     if (m_pending)
         return;
     // At once after a while of rest: what is wished for first is what the user waits for.
-    const std::chrono::duration<double> sinceLast = m_lastTold ? m_clock.now() - *m_lastTold : interval;
+    const Seconds sinceLast = m_lastTold ? m_clock.now() - *m_lastTold : interval;
     m_pending = DispatchAfterStrict::dispatchForQueue(
         &m_view,
         [this] {
