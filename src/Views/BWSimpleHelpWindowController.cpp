@@ -19,6 +19,7 @@ namespace {
 
 constexpr int outerMargin = 24;
 constexpr int sectionSpacing = 20;
+constexpr int rowSpacing = 8;
 constexpr int iconSize = 64;
 constexpr double titleScale = 1.4;
 
@@ -64,7 +65,7 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
       m_surroundings(std::move(surroundings)),
       m_title(label(false)),
       m_introduction(label(true)),
-      m_faqButton(pushButton(u"help-faq"_s)),
+      m_faqButton(pushButton(u"help-contents"_s)),
       m_supportButton(pushButton(u"mail-message-new"_s)),
       m_supportNote(label(true)),
       m_problem(label(true)),
@@ -98,6 +99,7 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
 QLayout *BWSimpleHelpWindowController::head()
 {
     auto *texts = new QVBoxLayout;
+    texts->setSpacing(rowSpacing / 2);
     texts->addStretch();
     texts->addWidget(m_title);
     texts->addWidget(m_introduction);
@@ -113,6 +115,7 @@ QLayout *BWSimpleHelpWindowController::ways()
 {
     auto *grid = new QGridLayout;
     grid->setHorizontalSpacing(outerMargin / 2);
+    grid->setVerticalSpacing(rowSpacing);
     grid->setColumnStretch(1, 1);
     const auto add = [&](QPushButton *button, const QString &address) {
         const int row = grid->rowCount();

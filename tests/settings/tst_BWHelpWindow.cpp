@@ -1,0 +1,182 @@
+#include "AttachedCameras.h"
+#include "Model/BWLocalizationManager.h"
+#include "Views/BWHelpContact.h"
+#include "Views/BWKeyCaps.h"
+#include "Views/BWMainMenu.h"
+#include "Views/BWShortcutSection.h"
+#include "Views/BWSimpleHelpWindowController.h"
+#include "Views/BWSupportMail.h"
+
+#include <numeric>
+#include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QTemporaryFile>
+#include <QTest>
+#include <QUrlQuery>
+
+using namespace Qt::StringLiterals;
+
+class TestBWHelpWindow : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void mail_data()
+    {
+        QTest::addColumn<QString>("text"); // in every part of the mail
+        QTest::newRow("plain") << u"Mikroskop 1"_s;
+        QTest::newRow("marks") << u"a&b=c?d#e+f%20g;h,i:/'k"_s;
+        QTest::newRow("other letters") << u"Größe – 顕微鏡 🔬"_s;
+    }
+    void mail()
+    {
+        QFETCH(QString, text);
+        const BWSupportMail mail{u"help+me@maker.example"_s, text, text, {u"BrimwellPro"_s, text + u"\r\n 2"_s}};
+        const QUrl url = mail.url();
+        QVERIFY2(url.isValid(), qPrintable(url.errorString()));
+        const QByteArray bytes = url.toEncoded(); // what the mail program is given
+        QVERIFY(bytes.startsWith("mailto:help%2Bme@maker.example?subject="));
+        for (const char mark : {'+', ' ', '#', '\n'})
+            QVERIFY(!bytes.contains(mark));
+        const QUrlQuery query(url);
+        QCOMPARE(query.queryItems().size(), 2);
+        QCOMPARE(query.queryItemValue(u"subject"_s, QUrl::FullyDecoded), text);
+        QCOMPARE(query.queryItemValue(u"body"_s, QUrl::FullyDecoded),
+                 text + u"\r\n\r\n\r\nBrimwellPro\r\n"_s + text + u" 2"_s);
+    }
+
+    void longMailIsCutAtALine_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("length"); // characters of two units
+        QTest::newRow("many cameras") << 100 << 5;
+        QTest::newRow("a camera with a very long name") << 1 << 5000;
+        QTest::newRow("both") << 100 << 5000;
+    }
+    void longMailIsCutAtALine()
+    {
+        QFETCH(int, count);
+        QFETCH(int, length);
+        const QString name = u"x"_s + u"🔬"_s.repeated(length);
+        const QUrl url = BWSupportMail{u"a@b.example"_s, u"Help"_s, u"Tell us"_s, QStringList(count, name)}.url();
+        QVERIFY(url.isValid());
+        QVERIFY(url.toEncoded().size() <= BWSupportMail::maxLength);
+        const QString body = QUrlQuery(url).queryItemValue(u"body"_s, QUrl::FullyDecoded);
+        QVERIFY(body.startsWith(u"Tell us\r\n\r\n\r\nx🔬"_s) && body.endsWith(u'…'));
+        QVERIFY(!body.contains(QChar::ReplacementCharacter));
+    }
+
+    void shortcutsAreThoseOfTheMenus()
+    {
+        QMainWindow window;
+        BWMainMenu menu(window);
+        BWLocalizationManager texts(QStringLiteral(BW_RESOURCES "/localization.json"), {u"ja"_s});
+        menu.localizeWithManager(texts);
+        menu.fullScreen->setVisible(false);
+        menu.rotate->setShortcut({});
+        menu.quit->setText(u"Drag && &drop…"_s);
+        QStringList shown;
+        const auto sections = BWShortcutSection::ofActions(window.menuBar()->actions());
+        for (const BWShortcutSection &section : sections) {
+            for (const BWShortcutSection::Shortcut &shortcut : section.shortcuts)
+                shown << section.title + u": "_s + shortcut.name + u" "_s + shortcut.keys.join(u'|');
+        }
+        for (const QString &text : {u"表示: 拡大 Ctrl++|Ctrl+="_s, u"ファイル: Drag & drop Ctrl+Q"_s})
+            QVERIFY2(shown.contains(text), qPrintable(shown.join(u'\n')));
+        QVERIFY(shown.filter(u"F11"_s).isEmpty() && shown.filter(u"Ctrl+R"_s).isEmpty());
+        QCOMPARE(BWKeyCaps::keys(u"Ctrl++"_s), QStringList({u"Ctrl"_s, u"+"_s}));
+        QCOMPARE(BWKeyCaps::keys(u"Ctrl+Shift+S"_s), QStringList({u"Ctrl"_s, u"Shift"_s, u"S"_s}));
+    }
+
+    void contact_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("address");
+        QTest::newRow("whole") << "{\"faq_page\": \"https://a.example/f\", \"support_address\": \"b@a.example\"}"_ba
+                               << u"https://a.example/f"_s << u"b@a.example"_s;
+        QTest::newRow("no web page")
+            << "{\"faq_page\": \"file:///etc/passwd\", \"support_address\": \"b@a.example\"}"_ba << QString()
+            << u"b@a.example"_s;
+        QTest::newRow("more than an address")
+            << "{\"faq_page\": \"https://a.example\", \"support_address\": \"b@a.example?cc=c@d.example\"}"_ba
+            << u"https://a.example"_s << QString();
+        QTest::newRow("damaged") << "{\"faq_page\": \"https"_ba << QString() << QString();
+    }
+    void contact()
+    {
+        QFETCH(QByteArray, content);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write(content);
+        file.close();
+        const BWHelpContact contact = BWHelpContact::fromFile(file.fileName());
+        QTEST(contact.faqPage.toString(), "page");
+        QTEST(contact.supportAddress, "address");
+    }
+
+    void window_data()
+    {
+        QTest::addColumn<QString>("language");
+        for (const QString &language : {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s})
+            QTest::newRow(qPrintable(language)) << language;
+    }
+    void window()
+    {
+        QFETCH(QString, language);
+        const BWHelpContact known = BWHelpContact::fromFile(QStringLiteral(BW_RESOURCES "/contact.json"));
+        BWLocalizationManager texts(QStringLiteral(BW_RESOURCES "/localization.json"), {language});
+        const AttachedCameras cameras({AttachedCameras::Type::High, AttachedCameras::Type::DX20});
+        QMainWindow camera;
+        BWMainMenu menu(camera);
+        menu.localizeWithManager(texts);
+        QList<QUrl> opened;
+        bool opens = true;
+        BWSimpleHelpWindowController help(known,
+                                          {[&](const QUrl &url) {
+                                               opened << url;
+                                               return opens;
+                                           },
+                                           [&] { return cameras.list(); }, [&] { return camera.menuBar()->actions(); }},
+                                          &camera);
+        help.localizeWithManager(texts);
+        help.makeKeyAndOrderFront();
+        QTRY_COMPARE(QApplication::activeWindow(), &help);
+        const auto sections = BWShortcutSection::ofActions(camera.menuBar()->actions());
+        QCOMPARE(help.findChildren<BWKeyCaps *>().size(),
+                 std::accumulate(sections.begin(), sections.end(), qsizetype(0),
+                                 [](auto sum, const auto &section) { return sum + section.shortcuts.size(); }));
+        const auto buttons = help.findChildren<QPushButton *>();
+        for (QPushButton *button : buttons)
+            QTest::keyClick(button, Qt::Key_Space);
+        QCOMPARE(opened.size(), 2);
+        QCOMPARE(opened[0], known.faqPage);
+        const QString body = QUrlQuery(opened[1]).queryItemValue(u"body"_s, QUrl::FullyDecoded);
+        for (const BWCameraPtr &attached : cameras.list())
+            QVERIFY(body.contains(attached->detectedCamera()->description()));
+        QVERIFY(body.contains(QStringLiteral(BW_VERSION)) && !body.endsWith(u'…'));
+
+        const auto problem = [&] {
+            const auto labels = help.findChildren<QLabel *>();
+            return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+                return label->isVisible() && label->text().endsWith(u' ' + known.supportAddress);
+            });
+        };
+        QVERIFY(!problem());
+        opens = false;
+        help.onWriteToSupport();
+        QVERIFY(problem());
+        const auto widgets = help.findChildren<QWidget *>();
+        for (const QWidget *widget : widgets)
+            QVERIFY(!widget->isVisible() || widget->width() >= widget->minimumSizeHint().width());
+        QTest::keyClick(&help, Qt::Key_Escape);
+        help.makeKeyAndOrderFront();
+        QVERIFY(!problem());
+    }
+};
+
+QTEST_MAIN(TestBWHelpWindow)
+#include "tst_BWHelpWindow.moc"

@@ -1,0 +1,347 @@
+#include "AttachedCameras.h"
+#include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
+#include "Model/BWSettingsFile.h"
+#include "Views/Settings/BWSettingsForm.h"
+#include "Views/Settings/BWSettingsWindowController.h"
+#include "Views/Settings/BWSettingsWindowControllerDelegate.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using Type = AttachedCameras::Type;
+
+namespace {
+
+/// A real settings file that also tells in which order it is written.
+class RecordingDefaults : public BWSettingsFile {
+public:
+    RecordingDefaults(const QString &path, QStringList &log) : BWSettingsFile(path), m_log(log) { }
+
+    void setString(const QString &key, const QString &value) override
+    {
+        if (string(key) != value && !key.startsWith("bwp2x_frame_"_L1))
+            m_log << key + u'=' + value;
+        BWSettingsFile::setString(key, value);
+    }
+
+private:
+    QStringList &m_log;
+};
+
+QString titles(const QComboBox &popUp)
+{
+    QStringList titles;
+    for (int i = 0; i < popUp.count(); ++i)
+        titles << popUp.itemText(i);
+    return titles.join(u'|');
+}
+
+/// A menu's own name is its selected item; what it is for is told by its label.
+QString spokenName(QWidget &widget)
+{
+    const QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&widget);
+    const auto labels = interface->relations(QAccessible::Label);
+    return (labels.isEmpty() ? interface : labels[0].first)->text(QAccessible::Name);
+}
+
+} // namespace
+
+/// The settings window on a real store with simulated cameras, used by keyboard.
+class TestBWSettingsWindow : public QObject,
+                             private BWSettingsWindowControllerDelegate,
+                             private BWConfigManagerListener {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_defaults = std::make_unique<RecordingDefaults>(m_folder->filePath(u"settings.conf"_s), m_log);
+        m_config = std::make_unique<BWConfigManager>(*m_defaults);
+        m_config->setFirstTime(false); // writes all
+        m_cameraWindow = std::make_unique<QWidget>();
+        m_cameraWindow->setGeometry(100, 50, 500, 300);
+        m_cameraWindow->show();
+        m_window =
+            new BWSettingsWindowController(*m_config, *m_defaults,
+                                           BWSettingsWindowController::Surroundings{*this, [this] { return m_current; },
+                                                                                    [this] { m_log << u"advanced"_s; }},
+                                           m_cameraWindow.get());
+        m_form = m_window->findChild<BWSettingsForm *>();
+        m_window->localizeWithManager(m_texts);
+        m_config->addListener(m_window);
+        m_config->addListener(this);
+        m_log.clear();
+    }
+    void cleanup()
+    {
+        m_config->removeListener(this);
+        m_current.reset();
+        m_cameraWindow.reset();
+        m_config.reset();
+    }
+
+    void controls_data()
+    {
+        QTest::addColumn<QList<int>>("keys"); // after Alt and a letter
+        QTest::addColumn<QStringList>("effects");
+        const int down = Qt::Key_Down;
+        QTest::newRow("second camera") << QList<int>{'C', down}
+                                       << QStringList{u"camera High Resolution Microscope (2)"_s};
+        QTest::newRow("product") << QList<int>{'P', down}
+                                 << QStringList{u"bwp2x_product_for_camera={\"wired_high\":\"mx50_40\"}"_s, u"told"_s};
+        QTest::newRow("button saves video")
+            << QList<int>{'B', down} << QStringList{u"bwp2x_video_button=yes"_s, u"told"_s};
+        QTest::newRow("click takes none")
+            << QList<int>{'I', down} << QStringList{u"bwp2x_snapshot_click=no"_s, u"told"_s};
+        QTest::newRow("layout is forgotten")
+            << QList<int>{'R', down} << QStringList{u"bwp2x_remember_layout=no"_s, u"told"_s};
+        QTest::newRow("and remembered") << QList<int>{'R', down, Qt::Key_Up}
+                                        << QStringList{u"bwp2x_remember_layout=no"_s, u"told"_s,
+                                                       u"bwp2x_remember_layout=yes"_s, u"told"_s};
+        QTest::newRow("restore layout") << QList<int>{'S'} << QStringList{u"told to reset"_s};
+        QTest::newRow("advanced") << QList<int>{'V'} << QStringList{u"advanced"_s};
+    }
+    void controls()
+    {
+        QFETCH(QList<int>, keys);
+        const AttachedCameras cameras({Type::High, Type::High});
+        use(cameras, cameras[0]);
+        activate();
+        QTest::keyClick(m_window, static_cast<Qt::Key>(keys.takeFirst()), Qt::AltModifier);
+        for (const int key : keys)
+            QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key));
+        QFETCH(QStringList, effects);
+        QTRY_COMPARE(m_log, effects); // a button is released a moment later
+    }
+
+    void camerasOfTheSameName()
+    {
+        AttachedCameras cameras({Type::High, Type::Regular, Type::High, Type::High});
+        use(cameras, cameras[2]);
+        const QComboBox &popUp = *m_form->cameraTypes;
+        QCOMPARE(titles(popUp),
+                 u"High Resolution Microscope|Regular Microscope|High Resolution Microscope (2)|"
+                 "High Resolution Microscope (3)"_s);
+        QCOMPARE(popUp.currentText(), u"High Resolution Microscope (2)"_s);
+        const std::weak_ptr<BWCamera> last = cameras[3];
+        pick(*m_form->cameraTypes, 3);
+        QCOMPARE(m_picked.lock(), last.lock());
+
+        activate();
+        m_form->cameraTypes->showPopup();
+        m_picked.reset();
+        cameras.unplug(3);
+        QVERIFY(last.expired());
+        pick(*m_form->cameraTypes, 3); // the list is still the old one
+        QVERIFY(m_picked.expired());
+        m_window->updateCameras(cameras.list(), m_current);
+        QVERIFY(!QApplication::activePopupWidget()); // nothing moves under the hand
+        QCOMPARE(popUp.count(), 3);
+        QCOMPARE(popUp.currentText(), u"High Resolution Microscope (2)"_s);
+
+        m_current.reset();
+        m_window->updateCameras(cameras.list(), nullptr); // between two cameras
+        QCOMPARE(popUp.currentIndex(), -1);
+        QVERIFY(popUp.placeholderText() != u"No camera detected"_s);
+        m_window->updateCameras({}, nullptr);
+        QCOMPARE(popUp.placeholderText(), u"No camera detected"_s);
+        QVERIFY(!popUp.isEnabled() && !m_form->cameraProducts->isEnabled());
+        QCOMPARE(m_form->cameraProducts->count(), 0);
+    }
+
+    void products_data()
+    {
+        QTest::addColumn<QString>("before"); // chosen when the camera comes
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("after"); // chosen by others later
+        QTest::addColumn<QString>("then");
+        QTest::newRow("default") << QString() << u"dx10"_s << QString() << u"dx10"_s;
+        QTest::newRow("chosen") << u"mx61"_s << u"mx61"_s << u"mx63"_s << u"mx63"_s;
+        QTest::newRow("no longer made") << u"mx1"_s << QString() << u"mx61"_s << u"mx61"_s;
+        QTest::newRow("unknown keeps") << u"mx61"_s << u"mx61"_s << u"mx1"_s << u"mx61"_s;
+    }
+    void products()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, shown);
+        QFETCH(QString, after);
+        QFETCH(QString, then);
+        const auto name = [this](const QString &identifier) {
+            return identifier.isNull() ? QString() : m_config->productByIdentifier(identifier)->name();
+        };
+        if (!before.isNull())
+            m_config->setCurrentProductIdentifier(before, u"wired_high"_s);
+        const AttachedCameras cameras({Type::High});
+        use(cameras, cameras[0]);
+        const QComboBox &popUp = *m_form->cameraProducts;
+        QCOMPARE(popUp.count(), m_config->productsByCameraIdentifier(u"wired_high"_s).size());
+        QCOMPARE(popUp.currentText(), name(shown));
+        if (after.isNull())
+            m_config->setRememberLayout(true);
+        else
+            m_config->setCurrentProductIdentifier(after, u"wired_high"_s);
+        QCOMPARE(popUp.currentText(), name(shown)); // not before all have been told
+        QCoreApplication::processEvents();
+        QCOMPARE(popUp.currentText(), name(then));
+    }
+
+    void optionsFollowTheStore()
+    {
+        const auto shown = [this] {
+            return QStringList{m_form->videoHardware->currentText(), m_form->snapshotOnClick->currentText(),
+                               m_form->rememberLayout->currentText()}
+                .join(u'|');
+        };
+        QCOMPARE(shown(), u"Photo|Yes|Yes"_s);
+        m_config->setSaveVideoOnHardwareButton(true);
+        m_config->setSaveSnapshotOnClick(false);
+        m_config->setRememberLayout(false);
+        QCOMPARE(shown(), u"Photo|Yes|Yes"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(shown(), u"Video|No|No"_s);
+    }
+
+    void layoutReset_data()
+    {
+        QTest::addColumn<QPoint>("cameraWindow");
+        QTest::addColumn<bool>("visible");
+        QTest::addColumn<QPoint>("off"); // from where it belongs
+        QTest::newRow("below") << QPoint(100, 50) << true << QPoint();
+        QTest::newRow("when it is shown") << QPoint(100, 50) << false << QPoint();
+        QTest::newRow("at the edge of the screen") << QPoint(-400, 700) << true << QPoint(1, -1);
+    }
+    void layoutReset()
+    {
+        QFETCH(QPoint, cameraWindow);
+        QFETCH(bool, visible);
+        QFETCH(QPoint, off);
+        m_window->move(7, 9);
+        m_window->setVisible(visible);
+        const QSize size = m_window->sizeHint();
+        m_cameraWindow->move(cameraWindow);
+        m_config->resetLayout();
+        QCoreApplication::processEvents();
+        if (!visible)
+            m_cameraWindow->move(cameraWindow + QPoint(5, 5)); // it is placed by where that is then
+        m_window->show();
+        const QRect camera = m_cameraWindow->frameGeometry();
+        const QRect got = m_window->frameGeometry();
+        const QPoint distance =
+            got.topLeft() - QPoint(camera.left() + (camera.width() - got.width()) / 2, camera.bottom() + 1);
+        const auto sign = [](int value) { return (value > 0) - (value < 0); };
+        QCOMPARE(QPoint(sign(distance.x()), sign(distance.y())), off);
+        QVERIFY(m_window->screen()->availableGeometry().contains(got));
+        QCOMPARE(m_window->size(), size);
+
+        m_window->hide();
+        QVERIFY(!m_defaults->string(u"bwp2x_frame_settings"_s).isNull());
+        m_window->move(11, 13);
+        m_window->show(); // once is enough
+        QCOMPARE(m_window->pos(), QPoint(11, 13));
+    }
+
+    void languages_data()
+    {
+        QTest::addColumn<QString>("language");
+        for (const QString &language : {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s})
+            QTest::newRow(qPrintable(language)) << language;
+    }
+    void languages()
+    {
+        QFETCH(QString, language);
+        BWLocalizationManager texts(QStringLiteral(BW_RESOURCES "/localization.json"), {language});
+        m_window->localizeWithManager(texts);
+        const AttachedCameras cameras({Type::Ultra, Type::Ultra, Type::Wireless, Type::Wireless});
+        use(cameras, cameras[3]);
+        m_window->show();
+        QSet<QString> accessKeys;
+        const auto widgets = m_form->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+        for (const QWidget *widget : widgets) {
+            QVERIFY(widget->width() >= widget->sizeHint().width());
+            const auto *label = qobject_cast<const QLabel *>(widget);
+            const auto *button = qobject_cast<const QPushButton *>(widget);
+            if (!label && !button)
+                continue;
+            const QString text = label ? label->text() : button->text();
+            const QString key = text.mid(text.indexOf(u'&') + 1, 1).toLower();
+            QVERIFY2(text.contains(u'&') && !accessKeys.contains(key), qPrintable(text));
+            accessKeys.insert(key);
+        }
+        for (QComboBox *popUp : {m_form->cameraTypes, m_form->cameraProducts}) {
+            popUp->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+            QVERIFY(popUp->width() >= popUp->sizeHint().width());
+        }
+    }
+
+    void tabOrderAndNames()
+    {
+        const AttachedCameras cameras({Type::High});
+        use(cameras, cameras[0]);
+        activate();
+        m_form->cameraTypes->setFocus();
+        QStringList names;
+        for (int i = 0; i < 7; ++i) {
+            QWidget *widget = QApplication::focusWidget();
+            names << spokenName(*widget);
+            QTest::keyClick(widget, Qt::Key_Tab);
+        }
+        QCOMPARE(names.join(u'|'),
+                 u"Camera|Product|Advanced settings|Camera button saves|"
+                 "Click on image takes snapshot|Remember window layout|Restore layout"_s);
+        QCOMPARE(QApplication::focusWidget(), m_form->cameraTypes);
+        QTest::keyClick(m_window, Qt::Key_Escape);
+        QVERIFY(!m_window->isVisible());
+    }
+
+private:
+    void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override
+    {
+        QCOMPARE(&sender, m_window);
+        m_log << u"camera "_s + m_form->cameraTypes->currentText();
+        m_picked = camera;
+    }
+    void configManagerUpdatedSettings(BWConfigManager &config) override
+    {
+        m_log << (config.mustResetLayout() ? u"told to reset"_s : u"told"_s);
+    }
+
+    void use(const AttachedCameras &cameras, const BWCameraPtr &current)
+    {
+        m_current = current;
+        m_window->updateCameras(cameras.list(), current);
+        m_log.clear();
+    }
+    void activate() const
+    {
+        m_window->show();
+        m_window->activateWindow();
+        QTRY_COMPARE(QApplication::activeWindow(), m_window); // a window counts as active with its parent
+    }
+    static void pick(QComboBox &popUp, int index)
+    {
+        popUp.setCurrentIndex(index);
+        Q_EMIT popUp.activated(index);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QStringList m_log;
+    std::unique_ptr<RecordingDefaults> m_defaults;
+    std::unique_ptr<BWConfigManager> m_config;
+    std::unique_ptr<QWidget> m_cameraWindow;
+    BWSettingsWindowController *m_window = nullptr; // of the camera window
+    BWSettingsForm *m_form = nullptr;
+    BWLocalizationManager m_texts{QString(), {u"en"_s}};
+    BWCameraPtr m_current;
+    std::weak_ptr<BWCamera> m_picked;
+};
+
+QTEST_MAIN(TestBWSettingsWindow)
+#include "tst_BWSettingsWindow.moc"
