@@ -53,6 +53,10 @@ void BWShortcutTable::setSections(const QList<BWShortcutSection> &sections)
         addSection(*column, section);
         used += section.shortcuts.size() + 1;
     }
+    // In a window that is already shown they would have no size until the event loop shows them.
+    const auto made = findChildren<QWidget *>();
+    for (QWidget *widget : made)
+        widget->show();
 }
 
 void BWShortcutTable::addSection(QGridLayout &column, const BWShortcutSection &section)

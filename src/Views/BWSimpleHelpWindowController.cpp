@@ -6,12 +6,16 @@
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWIconView.h"
 
+#include <algorithm>
 #include <QApplication>
 #include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QShortcut>
+#include <QStyle>
 
 using namespace Qt::StringLiterals;
 
@@ -70,6 +74,7 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
       m_supportNote(label(true)),
       m_problem(label(true)),
       m_shortcutsTitle(label(false)),
+      m_shortcutsView(new QScrollArea),
       m_shortcuts(new BWShortcutTable)
 {
     m_title->setText(QStringLiteral("BrimwellPro " BW_VERSION));
@@ -87,7 +92,10 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
     column->addLayout(ways());
     column->addWidget(line);
     column->addWidget(m_shortcutsTitle);
-    column->addWidget(m_shortcuts);
+    m_shortcutsView->setFrameShape(QFrame::NoFrame);
+    m_shortcutsView->setWidgetResizable(true);
+    m_shortcutsView->setWidget(m_shortcuts);
+    column->addWidget(m_shortcutsView);
     updateFonts();
 
     connect(m_faqButton, &QPushButton::clicked, this, &BWSimpleHelpWindowController::onFrequentlyAskedQuestions);
@@ -136,6 +144,7 @@ void BWSimpleHelpWindowController::updateFonts()
 {
     scaleFont(*m_title, font(), titleScale);
     scaleFont(*m_shortcutsTitle, font(), 1.1);
+    scaleFont(*m_problem, font(), 1);
 }
 
 void BWSimpleHelpWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -152,6 +161,7 @@ void BWSimpleHelpWindowController::localizeWithManager(BWLocalizationManager &ma
     m_cannotOpen = manager.text(u"help_window"_s, u"cannot_open_label"_s,
                                 u"No program was found that can open this. Please use this address:"_s);
     m_shortcutsTitle->setText(manager.text(u"help_window"_s, u"keyboard_shortcuts_label"_s, u"Keyboard shortcuts"_s));
+    m_shortcutsView->setAccessibleName(m_shortcutsTitle->text());
     m_mailSubject = manager.text(u"help_window"_s, u"mail_subject"_s, u"BrimwellPro %1: request for help"_s);
     m_mailRequest = manager.text(u"help_window"_s, u"mail_request"_s,
                                  u"Please tell us here what you did, what happened, and what you expected instead:"_s);
@@ -198,6 +208,22 @@ void BWSimpleHelpWindowController::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     m_problem->hide();
     m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()));
+    fitShortcuts();
+}
+
+/// They are seen whole where the screen is high enough for that.
+void BWSimpleHelpWindowController::fitShortcuts()
+{
+    constexpr int titleBar = 40; // what window managers add, about
+    constexpr int least = 100;
+    QSize size = m_shortcuts->sizeHint();
+    m_shortcutsView->setFixedSize(size);
+    const int excess = layout()->totalSizeHint().height() + titleBar - screen()->availableGeometry().height();
+    if (excess <= 0)
+        return;
+    size.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    size.rheight() = std::max(size.height() - excess, least);
+    m_shortcutsView->setFixedSize(size);
 }
 
 void BWSimpleHelpWindowController::changeEvent(QEvent *event)

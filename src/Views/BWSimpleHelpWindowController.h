@@ -11,6 +11,7 @@ class BWShortcutTable;
 class QAction;
 class QLabel;
 class QPushButton;
+class QScrollArea;
 
 /// The help window: the page with answers, an e-mail to the support that already tells what they ask first, and the
 /// keyboard shortcuts. A utility window of the camera window. GUI thread.
@@ -43,6 +44,7 @@ private:
     QLayout *head();
     QLayout *ways();
     void updateFonts();
+    void fitShortcuts();
     void open(const QUrl &url, const QString &address);
     QUrl mail() const;
 
@@ -58,5 +60,6 @@ private:
     QLabel *m_supportNote;
     QLabel *m_problem;
     QLabel *m_shortcutsTitle;
+    QScrollArea *m_shortcutsView;
     BWShortcutTable *m_shortcuts;
 };

@@ -66,7 +66,7 @@ private Q_SLOTS:
         QVERIFY(url.toEncoded().size() <= BWSupportMail::maxLength);
         const QString body = QUrlQuery(url).queryItemValue(u"body"_s, QUrl::FullyDecoded);
         QVERIFY(body.startsWith(u"Tell us\r\n\r\n\r\nx🔬"_s) && body.endsWith(u'…'));
-        QVERIFY(!body.contains(QChar::ReplacementCharacter));
+        QVERIFY(!body.contains(u'?') && !body.contains(QChar::ReplacementCharacter));
     }
 
     void shortcutsAreThoseOfTheMenus()
@@ -171,7 +171,8 @@ private Q_SLOTS:
         QVERIFY(problem());
         const auto widgets = help.findChildren<QWidget *>();
         for (const QWidget *widget : widgets)
-            QVERIFY(!widget->isVisible() || widget->width() >= widget->minimumSizeHint().width());
+            QVERIFY2(!widget->isVisible() || widget->width() >= widget->minimumSizeHint().width(),
+                     widget->metaObject()->className());
         QTest::keyClick(&help, Qt::Key_Escape);
         help.makeKeyAndOrderFront();
         QVERIFY(!problem());
