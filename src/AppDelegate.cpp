@@ -28,6 +28,7 @@
 #include "Views/BWMainMenu.h"
 #include "Views/BWMainWindow.h"
 #include "Views/BWSimulatedCamerasWindowController.h"
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Utils/BWFrameAutosave.h"
 
 #include <QAction>
@@ -119,11 +120,16 @@ void AppDelegate::prepareUI()
     m_technicianTools = std::make_unique<BWTechnicianTools>(*m_window, texts, [this] { return currentCamera(); });
     m_window->menu().showTools(m_options.technician);
     prepareCapture();
-    m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_options.openUrl, m_clock);
+    m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(
+        *m_window, m_repository,
+        BWAuxiliaryWindows::Surroundings{m_options.openUrl, [this] { return currentCamera(); },
+                                         [this] { return m_cameraManager.cameras(); },
+                                         [this](const BWCameraPtr &camera) { m_session->changeCurrentCamera(camera); }},
+        m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
-        *m_window, *m_liveView, *m_grid, m_repository,
+        *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_repository,
         BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
-                                  [this] { return pendingDevices(); }, [this] { m_auxiliaryWindows->hideAll(); }},
+                                  [this] { return pendingDevices(); }},
         m_clock);
     m_session = std::make_unique<BWCameraSession>(
         m_cameraManager, config, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); }, m_clock);
@@ -132,6 +138,7 @@ void AppDelegate::prepareUI()
     updateStateLabel();
 
     config.addListener(this);
+    m_auxiliaryWindows->listen(); // after us, who move the camera window
     new BWFrameAutosave(*m_window, u"main"_s, m_repository.userDefaults());
     if (!config.rememberLayout() || config.firstTime())
         config.resetLayout();
@@ -173,6 +180,7 @@ void AppDelegate::connectActions()
     connect(menu.quit, &QAction::triggered, this, &AppDelegate::applicationShouldTerminate);
     connect(menu.openAlbumFolder, &QAction::triggered, this, &AppDelegate::openAlbumFolder);
     connect(&bar, &BWControlBar::albumsTriggered, this, &AppDelegate::onSettingsAlbums);
+    connect(&bar, &BWControlBar::settingsTriggered, m_auxiliaryWindows.get(), &BWAuxiliaryWindows::showSettings);
     connect(menu.snapshot, &QAction::triggered, this, &AppDelegate::forceSnapshot);
     connect(&bar, &BWControlBar::snapshotTriggered, this, &AppDelegate::forceSnapshot);
     connect(&m_window->centeringClipView(), &BWCenteringClipView::spacePressed, this, &AppDelegate::forceSnapshot);

@@ -40,7 +40,7 @@ public:
         std::vector<std::unique_ptr<BWCameraBackend>> backends;
         QList<std::shared_ptr<BWSimulatedCamera>> simulatedCameras; ///< offered to the person at the screen
         std::unique_ptr<BWCameraAuthorization> authorization;
-        std::function<void(const QUrl &)> openUrl; ///< opens a folder or page with the desktop's program
+        std::function<bool(const QUrl &)> openUrl; ///< opens a file or page with the desktop's program for it
         std::function<void()> quit; ///< ends the event loop
         bool technician = false; ///< the menu of the technician's tools is there from the start
         BWClock *clock = nullptr; ///< the real one if null

@@ -1,50 +1,119 @@
 #include "BWAuxiliaryWindows.h"
 
+#include "Model/BWConfigManager.h"
 #include "Model/BWRepository.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
+#include "Views/BWHelpContact.h"
 #include "Views/BWMainMenu.h"
 #include "Views/BWMainWindow.h"
+#include "Views/BWSimpleHelpWindowController.h"
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
+#include "Views/Settings/BWSettingsWindowController.h"
 
 #include <QAction>
+#include <QMenuBar>
 #include <utility>
 
-BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository,
-                                       std::function<void(const QUrl &)> openUrl, BWClock &clock)
-    : m_window(window),
-      m_albums(std::make_unique<BWAlbumManagerWindowController>(
-          repository.albumManager(), repository.userDefaults(),
-          BWAlbumManagerWindowController::Surroundings{m_panels, std::move(openUrl)}, &window, clock))
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// An open window comes to the front and into use; one that is not is shown beside the camera window, which stays in
+/// use.
+void bringToFront(QWidget &window)
 {
-    m_albums->localizeWithManager(repository.localizationManager());
-    connect(m_albums.get(), &BWAlbumManagerWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
-    connect(window.menu().albumManagerMenuItem, &QAction::triggered, this, &BWAuxiliaryWindows::toggleAlbums);
+    if (window.isVisible()) {
+        window.raise();
+        window.activateWindow();
+    } else {
+        window.show();
+    }
 }
 
-BWAuxiliaryWindows::~BWAuxiliaryWindows() = default;
+} // namespace
+
+BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Surroundings surroundings,
+                                       BWClock &clock)
+    : m_window(window),
+      m_config(repository.configManager()),
+      m_surroundings(std::move(surroundings)),
+      m_albums(std::make_unique<BWAlbumManagerWindowController>(
+          repository.albumManager(), repository.userDefaults(),
+          BWAlbumManagerWindowController::Surroundings{m_panels, m_surroundings.openUrl}, &window, clock)),
+      m_settings(std::make_unique<BWSettingsWindowController>(
+          m_config, repository.userDefaults(),
+          BWSettingsWindowController::Surroundings{*this, m_surroundings.currentCamera,
+                                                   [this] { showAdvancedSettings(); }},
+          &window)),
+      m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(m_config, repository.userDefaults(),
+                                                                              m_surroundings.currentCamera, &window)),
+      m_help(std::make_unique<BWSimpleHelpWindowController>(
+          BWHelpContact::fromFile(u":/contact.json"_s),
+          BWSimpleHelpWindowController::Surroundings{m_surroundings.openUrl, m_surroundings.cameras,
+                                                     [&window] { return window.menuBar()->actions(); }},
+          &window))
+{
+    BWLocalizationManager &texts = repository.localizationManager();
+    m_settings->localizeWithManager(texts);
+    m_help->localizeWithManager(texts);
+    m_advancedSettings->localizeWithManager(texts);
+    m_albums->localizeWithManager(texts);
+    connect(m_albums.get(), &BWAlbumManagerWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
+    connect(m_settings.get(), &BWSettingsWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
+    connect(m_advancedSettings.get(), &BWAdvancedSettingsWindowController::visibilityChanged, this,
+            &BWAuxiliaryWindows::updateMenu);
+    const BWMainMenu &menu = window.menu();
+    addToMenu(menu.albumManagerMenuItem, *m_albums, &BWAuxiliaryWindows::showAlbums);
+    addToMenu(menu.settingsMenuItem, *m_settings, &BWAuxiliaryWindows::showSettings);
+    addToMenu(menu.advancedSettingsMenuItem, *m_advancedSettings, &BWAuxiliaryWindows::showAdvancedSettings);
+    connect(menu.simpleHelpMenuItem, &QAction::triggered, m_help.get(),
+            &BWSimpleHelpWindowController::makeKeyAndOrderFront);
+}
+
+BWAuxiliaryWindows::~BWAuxiliaryWindows()
+{
+    m_config.removeListener(m_advancedSettings.get());
+}
+
+void BWAuxiliaryWindows::addToMenu(QAction *item, QWidget &window, void (BWAuxiliaryWindows::*show)())
+{
+    connect(item, &QAction::triggered, this, [this, &window, show] {
+        if (window.isVisible())
+            window.hide();
+        else
+            (this->*show)();
+        updateMenu();
+    });
+}
+
+void BWAuxiliaryWindows::listen()
+{
+    m_config.addListener(m_settings.get());
+    m_config.addListener(m_advancedSettings.get());
+}
 
 void BWAuxiliaryWindows::showAlbums()
 {
-    if (m_albums->isVisible()) {
-        m_albums->raise();
-        m_albums->activateWindow();
-        return;
-    }
-    place();
-    m_albums->show();
+    if (!m_albums->isVisible())
+        place();
+    bringToFront(*m_albums);
 }
 
-void BWAuxiliaryWindows::toggleAlbums()
+void BWAuxiliaryWindows::showSettings()
 {
-    if (m_albums->isVisible())
-        m_albums->hide();
-    else
-        showAlbums();
-    updateMenu();
+    bringToFront(*m_settings);
+}
+
+void BWAuxiliaryWindows::showAdvancedSettings()
+{
+    bringToFront(*m_advancedSettings);
 }
 
 void BWAuxiliaryWindows::hideAll()
 {
     m_albums->hide();
+    m_settings->hide();
+    m_advancedSettings->hide();
 }
 
 void BWAuxiliaryWindows::resetLayout()
@@ -63,5 +132,14 @@ void BWAuxiliaryWindows::place()
 
 void BWAuxiliaryWindows::updateMenu()
 {
-    m_window.menu().showOpenWindows(true, m_albums->isVisible());
+    m_window.menu().showOpenWindows({.camera = true,
+                                     .albums = m_albums->isVisible(),
+                                     .settings = m_settings->isVisible(),
+                                     .advancedSettings = m_advancedSettings->isVisible()});
+}
+
+void BWAuxiliaryWindows::changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera)
+{
+    Q_UNUSED(sender)
+    m_surroundings.changeCurrentCamera(camera);
 }

@@ -1,43 +1,71 @@
 #pragma once
 
 #include "BWACUDriver/DispatchAfterStrict.h"
+#include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 #include "Views/Utils/BWDialogFilePanels.h"
 
 #include <functional>
 #include <memory>
+#include <QList>
 #include <QObject>
 #include <QUrl>
 
+class BWAdvancedSettingsWindowController;
 class BWAlbumManagerWindowController;
+class BWConfigManager;
 class BWMainWindow;
 class BWRepository;
+class BWSettingsWindowController;
+class BWSimpleHelpWindowController;
+class QAction;
 
 /// The windows beside the camera window: shown and hidden from its menu, and put in their places. GUI thread.
-class BWAuxiliaryWindows : public QObject {
+class BWAuxiliaryWindows : public QObject, private BWSettingsWindowControllerDelegate {
     Q_OBJECT
 
 public:
-    /// `openUrl` opens a file with the desktop's program for it. All must outlive this object.
-    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, std::function<void(const QUrl &)> openUrl,
-                       BWClock &clock);
+    struct Surroundings {
+        std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
+        std::function<BWCameraPtr()> currentCamera;
+        std::function<QList<BWCameraPtr>()> cameras;
+        std::function<void(const BWCameraPtr &camera)> changeCurrentCamera; ///< the user picked that one
+    };
+
+    /// All must outlive this object.
+    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Surroundings surroundings, BWClock &clock);
     ~BWAuxiliaryWindows() override;
+
+    /// Makes the windows listeners of the settings store. After whoever moves the camera window, by which they are
+    /// placed.
+    void listen();
 
     /// To the front; in use only if it was there already.
     void showAlbums();
-    void toggleAlbums();
+    void showSettings();
+    void showAdvancedSettings();
     void hideAll();
-    /// Puts all windows where they belong, those that are not open when they are shown the next time.
+    /// Puts the album window where it belongs, if it is not open when it is shown the next time. The others do that by
+    /// themselves.
     void resetLayout();
     /// The check marks in the menu.
     void updateMenu();
 
     BWAlbumManagerWindowController &albums() const { return *m_albums; }
+    BWSettingsWindowController &settings() const { return *m_settings; }
+    BWAdvancedSettingsWindowController &advancedSettings() const { return *m_advancedSettings; }
 
 private:
+    void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override;
+    void addToMenu(QAction *item, QWidget &window, void (BWAuxiliaryWindows::*show)());
     void place();
 
     BWMainWindow &m_window;
+    BWConfigManager &m_config;
+    Surroundings m_surroundings;
     BWDialogFilePanels m_panels;
     std::unique_ptr<BWAlbumManagerWindowController> m_albums;
+    std::unique_ptr<BWSettingsWindowController> m_settings;
+    std::unique_ptr<BWAdvancedSettingsWindowController> m_advancedSettings;
+    std::unique_ptr<BWSimpleHelpWindowController> m_help;
     bool m_mustPlace = false;
 };

@@ -1,12 +1,12 @@
 #include "BWSessionWindows.h"
 
+#include "BWAuxiliaryWindows.h"
 #include "BWGridController.h"
 #include "BWLiveViewController.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Session/BWCameraSession.h"
-#include "Model/Session/BWProductLoader.h"
 #include "Views/BWCameraInUseAlert.h"
 #include "Views/BWCameraTitles.h"
 #include "Views/BWControlBar.h"
@@ -15,14 +15,22 @@
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
+#include "Views/Settings/BWSettingsWindowController.h"
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                                   BWRepository &repository, Actions actions, BWClock &clock)
-    : m_window(window), m_liveView(liveView), m_grid(grid), m_repository(repository), m_actions(std::move(actions))
+                                   BWAuxiliaryWindows &auxiliary, BWRepository &repository, Actions actions,
+                                   BWClock &clock)
+    : m_window(window),
+      m_liveView(liveView),
+      m_grid(grid),
+      m_auxiliary(auxiliary),
+      m_repository(repository),
+      m_actions(std::move(actions))
 {
     BWLocalizationManager &texts = repository.localizationManager();
     m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(m_actions.pendingDevices, clock);
@@ -47,8 +55,7 @@ void BWSessionWindows::setSession(BWCameraSession &session)
         const auto resolution = BWResolution::fromResolutionString(title);
         if (!resolution)
             return;
-        if (const auto product = m_session->currentProduct())
-            product->setCurrentResolution(*resolution);
+        m_auxiliary.advancedSettings().updateResolution(*resolution);
         m_session->changeResolution(*resolution);
     });
     connect(&m_window.menu(), &BWMainMenu::cameraPicked, this, [this](int index) {
@@ -66,9 +73,6 @@ void BWSessionWindows::settingsChanged()
     showProducts();
     enableGrid(m_session->currentProductHasGrid());
     updateImageDisplay();
-    const auto product = m_session->currentProduct();
-    if (m_session->state() == BWCameraSession::State::Streaming && product != m_loadedProduct.lock())
-        loadProduct(true);
 }
 
 QString BWSessionWindows::localizeProductName(const BWCameraProduct &product) const
@@ -97,6 +101,7 @@ void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const
                          ? description.name
                          : texts.text(u"camera_type"_s, description.identifierForCameraType, description.name));
     }
+    m_auxiliary.settings().updateCameras(cameras, current);
     m_window.menu().showCameras(BWCameraTitles::unique(names), static_cast<int>(cameras.indexOf(current)));
     showProducts();
 }
@@ -114,21 +119,11 @@ void BWSessionWindows::showProducts()
     m_window.menu().showProducts(products, names, current ? current->identifier() : QString());
 }
 
-void BWSessionWindows::setStartedCamera(const BWCameraPtr &)
+void BWSessionWindows::setStartedCamera(const BWCameraPtr &camera)
 {
     m_window.controlBar().setCameraControlsEnabled(true);
     m_window.menu().setCameraActionsEnabled(true);
-    loadProduct(false);
-}
-
-void BWSessionWindows::loadProduct(bool withVideoNorm)
-{
-    const auto product = m_session->currentProduct();
-    if (!product)
-        return;
-    using Norm = BWProductLoader::VideoNorm;
-    BWProductLoader::load(*product, *m_session->currentCamera(), withVideoNorm ? Norm::Send : Norm::LeaveAlone);
-    m_loadedProduct = product;
+    m_auxiliary.advancedSettings().setCurrentCamera(camera);
 }
 
 void BWSessionWindows::showResolutions(const QList<BWResolution> &resolutions, BWResolution current)
@@ -156,7 +151,6 @@ void BWSessionWindows::bringMainWindowToFront()
 
 void BWSessionWindows::resetUIToInitial()
 {
-    m_loadedProduct.reset();
     m_window.controlBar().setCameraControlsEnabled(false);
     m_window.menu().setCameraActionsEnabled(false);
     m_liveView.clear();
@@ -223,7 +217,7 @@ void BWSessionWindows::endNoCameraSheet()
 
 void BWSessionWindows::hideAuxiliaryWindows()
 {
-    m_actions.hideAuxiliaryWindows();
+    m_auxiliary.hideAll();
 }
 
 void BWSessionWindows::terminate()

@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QPointer>
 
+class BWAuxiliaryWindows;
 class BWCameraInUseAlert;
 class BWCameraProduct;
 class BWCameraSession;
@@ -30,11 +31,10 @@ public:
         std::function<void()> updateStateLabel;
         std::function<void()> terminate;
         std::function<bool()> pendingDevices;
-        std::function<void()> hideAuxiliaryWindows;
     };
 
     BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                     BWRepository &repository, Actions actions, BWClock &clock);
+                     BWAuxiliaryWindows &auxiliary, BWRepository &repository, Actions actions, BWClock &clock);
     ~BWSessionWindows() override;
 
     /// Called once, when the session exists: the menus act on it from now on.
@@ -66,16 +66,15 @@ public:
 
 private:
     void showProducts();
-    void loadProduct(bool withVideoNorm);
 
     BWMainWindow &m_window;
     BWLiveViewController &m_liveView;
     BWGridController &m_grid;
+    BWAuxiliaryWindows &m_auxiliary;
     BWRepository &m_repository;
     Actions m_actions;
     BWCameraSession *m_session = nullptr;
     QList<BWCameraPtr> m_cameras; // as the menu lists them
-    std::weak_ptr<BWCameraProduct> m_loadedProduct; // whose values the running camera has
     std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;
     std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
     std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;

@@ -42,7 +42,7 @@ AppDelegate::Options delegateOptions(const BWCommandLine &line)
 {
     AppDelegate::Options options;
     options.technician = line.technician;
-    options.openUrl = [](const QUrl &url) { QDesktopServices::openUrl(url); };
+    options.openUrl = [](const QUrl &url) { return QDesktopServices::openUrl(url); };
     // Not quit(), which asks the windows again whether they may close.
     options.quit = [] { QCoreApplication::exit(0); };
     if (line.simulated.isEmpty()) {

@@ -41,6 +41,7 @@ BWControlBar::BWControlBar(QWidget *parent) : QWidget(parent)
     connect(m_gridButton, &QToolButton::clicked, this, &BWControlBar::gridTriggered);
     connect(m_snapshotButton, &QToolButton::clicked, this, &BWControlBar::snapshotTriggered);
     connect(m_recordButton, &QToolButton::clicked, this, &BWControlBar::recordTriggered);
+    connect(m_settingsButton, &QToolButton::clicked, this, &BWControlBar::settingsTriggered);
     connect(m_albumsButton, &QToolButton::clicked, this, &BWControlBar::albumsTriggered);
 }
 
@@ -61,6 +62,7 @@ void BWControlBar::build()
     m_gridButton->setCheckable(true);
     m_snapshotButton = makeButton(captureIcon);
     m_recordButton = makeButton(captureIcon);
+    m_settingsButton = makeButton(smallIcon);
     m_albumsButton = makeButton(smallIcon);
 
     m_grid = new QGridLayout(this);
@@ -77,7 +79,8 @@ void BWControlBar::build()
     m_snapshotLabel = addColumn(m_snapshotButton, 6);
     m_recordLabel = addColumn(m_recordButton, 7);
     m_grid->setColumnStretch(8, 1);
-    m_albumsLabel = addColumn(m_albumsButton, 9);
+    m_settingsLabel = addColumn(m_settingsButton, 9);
+    m_albumsLabel = addColumn(m_albumsButton, 10);
     // The place of the grid is kept, so that nothing moves when it comes and goes.
     for (QWidget *widget : std::initializer_list<QWidget *>{m_gridButton, m_gridLabel}) {
         QSizePolicy policy = widget->sizePolicy();
@@ -114,6 +117,7 @@ void BWControlBar::updateIcons()
     m_zoomDoubleButton->setRightIcon(BWIcons::icon(u"brimwellpro-zoom-in"_s));
     m_gridButton->setIcon(BWIcons::icon(u"brimwellpro-grid"_s));
     m_snapshotButton->setIcon(BWIcons::icon(u"brimwellpro-snapshot"_s));
+    m_settingsButton->setIcon(BWIcons::icon(u"configure"_s));
     m_albumsButton->setIcon(BWIcons::icon(u"brimwellpro-albums"_s));
     showRecording(m_recording);
 }
@@ -138,7 +142,10 @@ void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
     name(m_gridButton, m_gridLabel, grid, withShortcut(grid, u"Ctrl+G"_s));
     name(m_snapshotButton, m_snapshotLabel, snapshot, withShortcut(snapshot, u"Ctrl+S"_s));
     name(m_recordButton, m_recordLabel, m_recordText, {});
-    name(m_albumsButton, m_albumsLabel, manager.text(u"camera_window"_s, u"albums_label"_s, u"Albums"_s), {});
+    const QString settings = manager.text(u"camera_window"_s, u"settings_label"_s, u"Settings"_s);
+    const QString albums = manager.text(u"camera_window"_s, u"albums_label"_s, u"Albums"_s);
+    name(m_settingsButton, m_settingsLabel, settings, withShortcut(settings, u"Ctrl+,"_s));
+    name(m_albumsButton, m_albumsLabel, albums, withShortcut(albums, u"F9"_s));
 
     const QString zoomOut = manager.text(u"camera_window"_s, u"zoom_out"_s, u"Zoom out"_s);
     const QString zoomIn = manager.text(u"camera_window"_s, u"zoom_in"_s, u"Zoom in"_s);

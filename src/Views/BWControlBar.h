@@ -13,7 +13,7 @@ class QGridLayout;
 class QLabel;
 class QToolButton;
 
-/// The controls over the live image: how it is seen on the left, capturing in the middle, the albums on the right.
+/// The controls over the live image: how it is seen on the left, capturing in the middle, settings and albums on the right.
 /// Every control stands over its caption, all on two common lines.
 class BWControlBar : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
@@ -33,7 +33,7 @@ public:
     /// Whether the button of the measuring grid is there, and pressed.
     void setGridAvailable(bool available);
     void showGrid(bool on);
-    /// Without a camera nothing but the albums can be used.
+    /// Without a camera nothing but settings and albums can be used.
     void setCameraControlsEnabled(bool enabled);
 
 Q_SIGNALS:
@@ -44,6 +44,7 @@ Q_SIGNALS:
     void gridTriggered();
     void snapshotTriggered();
     void recordTriggered();
+    void settingsTriggered();
     void albumsTriggered();
 
 protected:
@@ -64,6 +65,7 @@ private:
     QToolButton *m_gridButton = nullptr;
     QToolButton *m_snapshotButton = nullptr;
     QToolButton *m_recordButton = nullptr;
+    QToolButton *m_settingsButton = nullptr;
     QToolButton *m_albumsButton = nullptr;
     QLabel *m_resolutionLabel = nullptr;
     QLabel *m_zoomLabel = nullptr;
@@ -72,6 +74,7 @@ private:
     QLabel *m_gridLabel = nullptr;
     QLabel *m_snapshotLabel = nullptr;
     QLabel *m_recordLabel = nullptr;
+    QLabel *m_settingsLabel = nullptr;
     QLabel *m_albumsLabel = nullptr;
     QString m_recordText;
     QString m_stopText;

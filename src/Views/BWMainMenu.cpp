@@ -18,6 +18,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_viewMenu = bar->addMenu(QString());
     m_panelsMenu = bar->addMenu(QString());
     m_toolsMenu = bar->addMenu(QString());
+    m_helpMenu = bar->addMenu(QString());
 
     openAlbumFolder = add(m_fileMenu, u"Ctrl+O"_s);
     m_fileMenu->addSeparator();
@@ -49,7 +50,11 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     cameraWindowMenuItem = add(m_panelsMenu);
     cameraWindowMenuItem->setCheckable(true);
     albumManagerMenuItem = add(m_panelsMenu, u"F9"_s);
-    albumManagerMenuItem->setCheckable(true);
+    settingsMenuItem = add(m_panelsMenu, u"Ctrl+,"_s);
+    advancedSettingsMenuItem = add(m_panelsMenu, u"F8"_s);
+    for (QAction *item : {albumManagerMenuItem, settingsMenuItem, advancedSettingsMenuItem})
+        item->setCheckable(true);
+    simpleHelpMenuItem = add(m_helpMenu, u"F1"_s);
     m_panelsMenu->menuAction()->setEnabled(false);
     gridDebugger = add(m_toolsMenu);
     registerDebugger = add(m_toolsMenu);
@@ -104,6 +109,12 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"Panels"_s));
     set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"Camera window"_s));
     set(albumManagerMenuItem, manager.text(u"main_menu"_s, u"album_manager_menu_item"_s, u"Album manager"_s));
+    set(settingsMenuItem, manager.text(u"main_menu"_s, u"settings_menu_item"_s, u"Settings"_s));
+    set(advancedSettingsMenuItem,
+        manager.text(u"main_menu"_s, u"advanced_settings_menu_item"_s, u"Advanced settings"_s));
+    manager.text(u"main_menu"_s, u"help_menu_item"_s, u"Help"_s);
+    m_helpMenu->setTitle(manager.text(u"main_menu"_s, u"help_menu"_s, u"Help"_s));
+    set(simpleHelpMenuItem, manager.text(u"main_menu"_s, u"simple_help_menu_item"_s, u"BrimwellPro help"_s));
 
     m_toolsMenu->setTitle(manager.text(u"main_menu"_s, u"tools_menu"_s, u"&Tools"_s));
     set(gridDebugger, manager.text(u"main_menu"_s, u"grid_debugger_menu_item"_s, u"&Grid debugger"_s));
@@ -143,7 +154,8 @@ void BWMainMenu::enablePanels()
 {
     m_panelsMenu->menuAction()->setEnabled(true);
     cameraWindowMenuItem->setEnabled(true);
-    albumManagerMenuItem->setEnabled(true);
+    for (QAction *item : {albumManagerMenuItem, settingsMenuItem, advancedSettingsMenuItem})
+        item->setEnabled(true);
 }
 
 void BWMainMenu::setCameraActionsEnabled(bool enabled)
@@ -169,8 +181,10 @@ void BWMainMenu::showTools(bool shown)
     m_toolsMenu->menuAction()->setVisible(shown);
 }
 
-void BWMainMenu::showOpenWindows(bool cameraWindow, bool albums)
+void BWMainMenu::showOpenWindows(const OpenWindows &windows)
 {
-    cameraWindowMenuItem->setChecked(cameraWindow);
-    albumManagerMenuItem->setChecked(albums);
+    cameraWindowMenuItem->setChecked(windows.camera);
+    albumManagerMenuItem->setChecked(windows.albums);
+    settingsMenuItem->setChecked(windows.settings);
+    advancedSettingsMenuItem->setChecked(windows.advancedSettings);
 }

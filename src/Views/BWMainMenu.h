@@ -19,6 +19,14 @@ class BWMainMenu : public QObject, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
+    /// The windows that are on the screen.
+    struct OpenWindows {
+        bool camera = false;
+        bool albums = false;
+        bool settings = false;
+        bool advancedSettings = false;
+    };
+
     explicit BWMainMenu(QMainWindow &window);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
@@ -37,7 +45,7 @@ public:
     /// The menu of a technician's tools, which users do not meet.
     void showTools(bool shown);
     /// Check marks of the window list.
-    void showOpenWindows(bool cameraWindow, bool albums);
+    void showOpenWindows(const OpenWindows &windows);
 
     QAction *openAlbumFolder;
     QAction *quit;
@@ -53,6 +61,9 @@ public:
     QAction *fullScreen;
     QAction *cameraWindowMenuItem;
     QAction *albumManagerMenuItem;
+    QAction *settingsMenuItem;
+    QAction *advancedSettingsMenuItem;
+    QAction *simpleHelpMenuItem;
     QAction *gridDebugger;
     QAction *registerDebugger;
 
@@ -70,6 +81,7 @@ private:
     QMenu *m_productMenu;
     QMenu *m_viewMenu;
     QMenu *m_panelsMenu;
+    QMenu *m_helpMenu;
     QMenu *m_toolsMenu;
     QAction *m_cameraListEnd;
     QActionGroup *m_cameras;
