@@ -16,6 +16,7 @@
 #include <QScrollArea>
 #include <QShortcut>
 #include <QStyle>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -209,6 +210,21 @@ void BWSimpleHelpWindowController::showEvent(QShowEvent *event)
     m_problem->hide();
     m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()));
     fitShortcuts();
+    if (!std::exchange(m_placed, true) && parentWidget())
+        placeOver(*parentWidget());
+}
+
+/// From then on it is where the user puts it.
+void BWSimpleHelpWindowController::placeOver(const QWidget &cameraWindow)
+{
+    const QRect room = cameraWindow.screen()->availableGeometry();
+    QRect place(QPoint(), layout()->totalSizeHint());
+    place.moveCenter(cameraWindow.frameGeometry().center());
+    place.moveBottom(std::min(place.bottom(), room.bottom()));
+    place.moveTop(std::max(place.top(), room.top()));
+    place.moveRight(std::min(place.right(), room.right()));
+    place.moveLeft(std::max(place.left(), room.left()));
+    move(place.topLeft());
 }
 
 /// They are seen whole where the screen is high enough for that.

@@ -45,6 +45,7 @@ private:
     QLayout *ways();
     void updateFonts();
     void fitShortcuts();
+    void placeOver(const QWidget &cameraWindow);
     void open(const QUrl &url, const QString &address);
     QUrl mail() const;
 
@@ -62,4 +63,5 @@ private:
     QLabel *m_shortcutsTitle;
     QScrollArea *m_shortcutsView;
     BWShortcutTable *m_shortcuts;
+    bool m_placed = false; // once, when its size was first known
 };

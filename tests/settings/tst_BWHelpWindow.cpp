@@ -143,7 +143,10 @@ private Q_SLOTS:
                                            [&] { return cameras.list(); }, [&] { return camera.menuBar()->actions(); }},
                                           &camera);
         help.localizeWithManager(texts);
+        camera.setGeometry(300, 100, 200, 200);
         help.makeKeyAndOrderFront();
+        QVERIFY(help.screen()->availableGeometry().contains(help.geometry()));
+        QVERIFY(help.geometry().contains(camera.geometry().center()));
         QTRY_COMPARE(QApplication::activeWindow(), &help);
         const auto sections = BWShortcutSection::ofActions(camera.menuBar()->actions());
         QCOMPARE(help.findChildren<BWKeyCaps *>().size(),
