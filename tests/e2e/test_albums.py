@@ -13,6 +13,7 @@ from urllib.parse import unquote
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 from desktop import Desktop, wait_until  # noqa: E402
+from live_image import colours  # noqa: E402
 from program import Program  # noqa: E402
 
 PROGRAM = None
@@ -33,7 +34,8 @@ class Albums(unittest.TestCase):
         self.program.activate(self.program.wait_for("frame"))
         self.desktop.key("F9")
         for name in NAMES:
-            self.cell(name)
+            area = self.cell(name).area
+            wait_until(f"the picture of {name} is to be seen", lambda: colours(self.desktop.picture(*area)) > 20)
 
     def answer(self, button):
         """With Return, which presses the button that is marked."""
