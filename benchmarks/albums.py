@@ -121,10 +121,10 @@ class AlbumBench:
         before = memory_mib(run.process.pid)[0]
         right, top, bottom = self.left + 287 - 7, self.top + GRID_TOP, self.top + GRID_BOTTOM
         ways = {
+            "scroll bar to the end": lambda: self.drag(right, range(top + 22, bottom + 10)),
+            "scroll bar back": lambda: self.drag(right, range(bottom - 22, top - 10, -1)),
             "mouse wheel, a hundred screens": lambda: self.desktop.input(
                 "mousemove", self.left + 140, self.top + 300, "click", "--repeat", 800, "--delay", 10, 5),
-            "scroll bar to the end": lambda: self.drag(right, range(top + 6, bottom + 10)),
-            "scroll bar back": lambda: self.drag(right, range(bottom - 12, top - 10, -1)),
             "page keys to the end": lambda: self.desktop.input(
                 "mousemove", self.left + 72, self.top + 120, "click", 1, "sleep", 1,
                 "key", "--delay", 8, "--repeat", self.files // (2 * ROWS) + 20, "Next"),
