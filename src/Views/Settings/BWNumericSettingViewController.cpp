@@ -16,6 +16,7 @@ namespace {
 
 constexpr int widestNumber = 99999;
 constexpr int narrowestSlider = 140;
+constexpr float dimmed = 0.6F; // how much of a text is seen that the user cannot change now
 
 } // namespace
 
@@ -133,7 +134,8 @@ void BWNumericSettingViewController::showNumber(int value)
 
 void BWNumericSettingViewController::updateColors()
 {
-    const QColor dim = palette().color(QPalette::PlaceholderText);
+    QColor dim = palette().color(QPalette::Text); // not every palette has a colour for this
+    dim.setAlphaF(dimmed);
     QPalette hint;
     hint.setColor(QPalette::WindowText, dim);
     m_hint->setPalette(hint);
