@@ -122,6 +122,21 @@ private Q_SLOTS:
         QCOMPARE(spy.size(), 5);
     }
 
+    void wishesWithoutDelayButNotTooOften()
+    {
+        using std::chrono_literals::operator""ms;
+        GridFixture grid(10000);
+        QSignalSpy spy(&grid.view, &BWThumbnailTableView::thumbnailsWanted);
+        grid.clock.advance(0ms);
+        QCOMPARE(spy.size(), 1);
+        grid.clock.advance(10ms);
+        grid.view.reloadData();
+        grid.clock.advance(19ms);
+        QCOMPARE(spy.size(), 1);
+        grid.clock.advance(1ms);
+        QCOMPARE(spy.size(), 2);
+    }
+
     void onlyWhatIsSeenIsPainted()
     {
         GridFixture grid(10000);

@@ -312,9 +312,11 @@ void BWAlbumManagerWindowController::resetLayout(const QWidget &cameraWindow)
     resize(defaultContentSize);
     // Our own frame is not known before we have been shown; it is about that of the camera window.
     const QRect camera = cameraWindow.frameGeometry();
-    QRect place = QRect(QPoint(), defaultContentSize).marginsAdded(
-        {cameraWindow.geometry().left() - camera.left(), cameraWindow.geometry().top() - camera.top(),
-         camera.right() - cameraWindow.geometry().right(), camera.bottom() - cameraWindow.geometry().bottom()});
+    QRect place =
+        QRect(QPoint(), defaultContentSize)
+            .marginsAdded({cameraWindow.geometry().left() - camera.left(), cameraWindow.geometry().top() - camera.top(),
+                           camera.right() - cameraWindow.geometry().right(),
+                           camera.bottom() - cameraWindow.geometry().bottom()});
     place.moveBottomLeft({camera.right() + 1, camera.bottom()});
     if (const QScreen *screen = cameraWindow.screen()) {
         const QRect room = screen->availableGeometry();
