@@ -10,12 +10,12 @@
 #include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWLightTabView.h"
+#include "Views/Utils/BWWindowPlacement.h"
 
 #include <algorithm>
 #include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
-#include <QScreen>
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QToolButton>
@@ -310,20 +310,7 @@ BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const
 void BWAlbumManagerWindowController::resetLayout(const QWidget &cameraWindow)
 {
     resize(defaultContentSize);
-    // Our own frame is not known before we have been shown; it is about that of the camera window.
-    const QRect camera = cameraWindow.frameGeometry();
-    QRect place =
-        QRect(QPoint(), defaultContentSize)
-            .marginsAdded({cameraWindow.geometry().left() - camera.left(), cameraWindow.geometry().top() - camera.top(),
-                           camera.right() - cameraWindow.geometry().right(),
-                           camera.bottom() - cameraWindow.geometry().bottom()});
-    place.moveBottomLeft({camera.right() + 1, camera.bottom()});
-    if (const QScreen *screen = cameraWindow.screen()) {
-        const QRect room = screen->availableGeometry();
-        place.moveRight(std::min(place.right(), room.right()));
-        place.moveTop(std::max(place.top(), room.top()));
-    }
-    move(place.topLeft());
+    move(BWWindowPlacement::rightOf(cameraWindow, defaultContentSize));
     update();
 }
 

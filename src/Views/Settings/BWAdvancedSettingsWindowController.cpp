@@ -9,13 +9,12 @@
 #include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
 #include "Views/Utils/BWFrameAutosave.h"
+#include "Views/Utils/BWWindowPlacement.h"
 
-#include <algorithm>
 #include <array>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
 #include <QShortcut>
 #include <utility>
 
@@ -292,25 +291,12 @@ void BWAdvancedSettingsWindowController::place()
     const QWidget *cameraWindow = parentWidget();
     if (!cameraWindow || !std::exchange(m_mustPlace, false))
         return;
-    // Our own frame is not known before we have been shown; it is about that of the camera window.
-    const QRect camera = cameraWindow->frameGeometry();
-    const QRect content = cameraWindow->geometry();
-    QRect frame = QRect(QPoint(), size())
-                      .marginsAdded({content.left() - camera.left(), content.top() - camera.top(),
-                                     camera.right() - content.right(), camera.bottom() - content.bottom()});
-    frame.moveTopLeft({camera.left() + (camera.width() - frame.width()) / 2, camera.bottom() + 1});
-    if (const QScreen *screen = cameraWindow->screen()) {
-        const QRect room = screen->availableGeometry();
-        frame.moveBottom(std::min(frame.bottom(), room.bottom()));
-        frame.moveLeft(std::max(frame.left(), room.left()));
-    }
-    move(frame.topLeft());
+    move(BWWindowPlacement::below(*cameraWindow, size()));
     update();
 }
 
 void BWAdvancedSettingsWindowController::setVisible(bool visible)
 {
-    // A position that is set later, in showEvent(), would be that of the content instead of the frame.
     if (visible && !isVisible()) {
         if (!testAttribute(Qt::WA_Resized))
             adjustSize();

@@ -8,11 +8,10 @@
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 #include "Views/Utils/BWFrameAutosave.h"
+#include "Views/Utils/BWWindowPlacement.h"
 
-#include <algorithm>
 #include <QComboBox>
 #include <QPushButton>
-#include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <utility>
@@ -20,14 +19,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QMargins frameMargins(const QWidget &window)
-{
-    const QRect inside = window.geometry();
-    const QRect outside = window.frameGeometry();
-    return {inside.left() - outside.left(), inside.top() - outside.top(), outside.right() - inside.right(),
-            outside.bottom() - inside.bottom()};
-}
 
 QString localizedCameraName(const BWCameraDescription &description, BWLocalizationManager *manager)
 {
@@ -190,26 +181,20 @@ void BWSettingsWindowController::showChange(bool mustResetLayout)
 
 void BWSettingsWindowController::resetLayout(const QWidget &cameraWindow)
 {
-    // Our own frame is not known before we have been shown; it is about that of the camera window.
-    const QMargins margins = frameMargins(isVisible() ? *this : cameraWindow);
-    const QRect camera = cameraWindow.frameGeometry();
-    QRect place = QRect(QPoint(), isVisible() ? size() : sizeHint()).marginsAdded(margins);
-    place.moveTopLeft({camera.left() + (camera.width() - place.width()) / 2, camera.bottom() + 1});
-    if (const QScreen *screen = cameraWindow.screen()) {
-        const QRect room = screen->availableGeometry();
-        place.moveBottom(std::min(place.bottom(), room.bottom()));
-        place.moveRight(std::min(place.right(), room.right()));
-        place.moveLeft(std::max(place.left(), room.left()));
-    }
-    move(place.topLeft());
+    move(BWWindowPlacement::below(cameraWindow, isVisible() ? size() : sizeHint()));
     update();
+}
+
+void BWSettingsWindowController::setVisible(bool visible)
+{
+    if (visible && !isVisible() && std::exchange(m_mustPlace, false))
+        resetLayout(*m_cameraWindow);
+    QWidget::setVisible(visible);
 }
 
 void BWSettingsWindowController::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    if (std::exchange(m_mustPlace, false))
-        resetLayout(*m_cameraWindow);
     Q_EMIT visibilityChanged();
 }
 

@@ -51,6 +51,8 @@ public:
     /// Puts the window centred below the camera window, or as near to that as the screen allows. Its size stays.
     void resetLayout(const QWidget &cameraWindow);
 
+    void setVisible(bool visible) override;
+
 Q_SIGNALS:
     void visibilityChanged();
 

@@ -20,6 +20,7 @@ BWFrameAutosave::BWFrameAutosave(QWidget &window, const QString &name, BWUserDef
 bool BWFrameAutosave::eventFilter(QObject *watched, QEvent *event)
 {
     switch (event->type()) {
+    case QEvent::Show: // it may have been moved before
     case QEvent::Move:
     case QEvent::Resize:
     case QEvent::WindowStateChange:

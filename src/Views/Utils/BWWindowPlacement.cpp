@@ -1,0 +1,47 @@
+#include "Views/Utils/BWWindowPlacement.h"
+
+#include <algorithm>
+#include <QScreen>
+#include <QWidget>
+
+namespace {
+
+QRect framed(const QWidget &cameraWindow, QSize content)
+{
+    const QRect frame = cameraWindow.frameGeometry();
+    const QRect inside = cameraWindow.geometry();
+    return QRect(QPoint(), content)
+        .marginsAdded({inside.left() - frame.left(), inside.top() - frame.top(), frame.right() - inside.right(),
+                       frame.bottom() - inside.bottom()});
+}
+
+/// The upper left corner matters most, for the title is there.
+QPoint onScreen(const QWidget &cameraWindow, QRect place)
+{
+    if (const QScreen *screen = cameraWindow.screen()) {
+        const QRect room = screen->availableGeometry();
+        place.moveBottom(std::min(place.bottom(), room.bottom()));
+        place.moveRight(std::min(place.right(), room.right()));
+        place.moveTop(std::max(place.top(), room.top()));
+        place.moveLeft(std::max(place.left(), room.left()));
+    }
+    return place.topLeft();
+}
+
+} // namespace
+
+QPoint BWWindowPlacement::below(const QWidget &cameraWindow, QSize content)
+{
+    const QRect camera = cameraWindow.frameGeometry();
+    QRect place = framed(cameraWindow, content);
+    place.moveTopLeft({camera.left() + (camera.width() - place.width()) / 2, camera.bottom() + 1});
+    return onScreen(cameraWindow, place);
+}
+
+QPoint BWWindowPlacement::rightOf(const QWidget &cameraWindow, QSize content)
+{
+    const QRect camera = cameraWindow.frameGeometry();
+    QRect place = framed(cameraWindow, content);
+    place.moveBottomLeft({camera.right() + 1, camera.bottom()});
+    return onScreen(cameraWindow, place);
+}
