@@ -129,7 +129,7 @@ void AppDelegate::prepareUI()
     m_sessionWindows = std::make_unique<BWSessionWindows>(
         *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_repository,
         BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
-                                  [this] { return pendingDevices(); }},
+                                  [this] { return pendingDevices(); }, [this] { return blockedCameras(); }},
         m_clock);
     m_session = std::make_unique<BWCameraSession>(
         m_cameraManager, config, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); }, m_clock);
@@ -257,6 +257,11 @@ BWCameraPtr AppDelegate::currentCamera() const
 bool AppDelegate::pendingDevices() const
 {
     return m_cameraDetector && m_cameraDetector->pendingDevices();
+}
+
+QList<BWBlockedCamera> AppDelegate::blockedCameras() const
+{
+    return m_cameraDetector ? m_cameraDetector->blockedCameras() : QList<BWBlockedCamera>();
 }
 
 void AppDelegate::updateStateLabel()

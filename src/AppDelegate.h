@@ -55,6 +55,7 @@ public:
 
     BWCameraPtr currentCamera() const override;
     bool pendingDevices() const override;
+    QList<BWBlockedCamera> blockedCameras() const;
     /// The main window; null until the launch is finished.
     BWMainWindow *cameraWindow() const { return m_window.get(); }
     BWLiveViewStatistics liveViewStatistics() const { return m_renderer.statistics(); }

@@ -7,6 +7,7 @@
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Session/BWCameraSession.h"
+#include "Model/Session/BWStartProblemText.h"
 #include "Views/BWCameraInUseAlert.h"
 #include "Views/BWCameraTitles.h"
 #include "Views/BWControlBar.h"
@@ -33,7 +34,10 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
       m_actions(std::move(actions))
 {
     BWLocalizationManager &texts = repository.localizationManager();
-    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(m_actions.pendingDevices, clock);
+    const BWNoCameraBaseWindowController::Questions questions{
+        m_actions.pendingDevices,
+        [this, &texts] { return BWStartProblemText::obstacle(m_actions.blockedCameras(), texts); }};
+    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(questions, clock);
     m_noCameraWindow->localizeWithManager(texts);
     connect(m_noCameraWindow.get(), &BWNoCameraWindowController::terminateRequested, this,
             &BWSessionWindows::terminate);
@@ -41,7 +45,7 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
         [&config = repository.configManager()](const QString &type) { return config.productsByCameraIdentifier(type); },
         &window);
     m_productSheet->localizeWithManager(texts);
-    m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(m_actions.pendingDevices, clock, &window);
+    m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(questions, clock, &window);
     m_noCameraSheet->localizeWithManager(texts);
     m_window.controlBar().setCameraControlsEnabled(false);
 }

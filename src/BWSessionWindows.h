@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BWACUDriver/BWBlockedCamera.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Session/BWCameraSessionUi.h"
 
@@ -31,6 +32,7 @@ public:
         std::function<void()> updateStateLabel;
         std::function<void()> terminate;
         std::function<bool()> pendingDevices;
+        std::function<QList<BWBlockedCamera>()> blockedCameras;
     };
 
     BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,

@@ -48,6 +48,14 @@ bool BWCameraDetector::pendingDevices() const
         || m_inbox->holdsFound();
 }
 
+QList<BWBlockedCamera> BWCameraDetector::blockedCameras() const
+{
+    QList<BWBlockedCamera> blocked;
+    for (const auto &backend : m_backends)
+        blocked += backend->blockedCameras();
+    return blocked;
+}
+
 void BWCameraDetector::deliverNext()
 {
     const std::optional<Inbox::Event> event = m_inbox->takeNext();

@@ -4,9 +4,8 @@ namespace {
 constexpr double pollSeconds = 0.3;
 }
 
-BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(PendingDevices pendingDevices, BWClock &clock,
-                                                               QWidget *parent)
-    : QDialog(parent), m_pendingDevices(std::move(pendingDevices)), m_clock(clock)
+BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Questions questions, BWClock &clock, QWidget *parent)
+    : QDialog(parent), m_questions(std::move(questions)), m_clock(clock)
 {
 }
 
@@ -19,7 +18,8 @@ void BWNoCameraBaseWindowController::windowDidLoad()
 
 void BWNoCameraBaseWindowController::watchPendingDevices()
 {
-    setPreparingCamera(m_pendingDevices && m_pendingDevices());
+    setPreparingCamera(m_questions.pendingDevices && m_questions.pendingDevices());
+    setObstacle(m_questions.obstacle ? m_questions.obstacle() : QString());
     DispatchAfterStrict::dispatchForQueue(
         this, [this] { watchPendingDevices(); }, pollSeconds, m_clock);
 }

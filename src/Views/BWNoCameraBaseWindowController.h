@@ -12,13 +12,19 @@ class BWNoCameraBaseWindowController : public QDialog, public BWLocalizationMana
     Q_OBJECT
 
 public:
-    using PendingDevices = std::function<bool()>;
+    /// What is asked again and again; either may be missing.
+    struct Questions {
+        std::function<bool()> pendingDevices{};
+        std::function<QString()> obstacle{}; ///< what keeps an attached camera from appearing; null if nothing does
+    };
 
-    /// `pendingDevices` is asked from the constructor of the concrete window on; `clock` must outlive the window.
-    BWNoCameraBaseWindowController(PendingDevices pendingDevices, BWClock &clock, QWidget *parent);
+    /// `questions` are asked from the constructor of the concrete window on; `clock` must outlive the window.
+    BWNoCameraBaseWindowController(Questions questions, BWClock &clock, QWidget *parent);
 
     /// Tells whether a camera is being prepared. Nothing to show here.
     virtual void setPreparingCamera(bool preparing);
+    /// Tells what keeps a camera from appearing, in place of what the window says otherwise; null: nothing does.
+    virtual void setObstacle(const QString &obstacle) = 0;
 
     /// Escape leads nowhere: there is nothing behind these windows to go back to.
     void reject() override { }
@@ -30,6 +36,6 @@ protected:
 private:
     void watchPendingDevices();
 
-    PendingDevices m_pendingDevices;
+    Questions m_questions;
     BWClock &m_clock;
 };

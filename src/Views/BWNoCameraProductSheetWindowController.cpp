@@ -40,7 +40,7 @@ void BWNoCameraProductSheetWindowController::localizeWithManager(BWLocalizationM
     m_view->setExplanation(manager.localize(
         BWLocalizableString(u"no_product_sheet"_s, u"please_select_product_label"_s,
                             u"Please choose the model that you plugged in, so that its settings fit. You can change "
-                            "your choice later in the Camera menu."_s)));
+                            "your choice later in the settings."_s)));
     m_popup->setAccessibleName(heading);
     m_okButton->setText(manager.localize(BWLocalizableString(u"no_product_sheet"_s, u"ok_button"_s, u"OK"_s)));
     m_askLaterButton->setText(

@@ -1,6 +1,7 @@
 #include "Views/BWNoCameraSheetWindowController.h"
 
 #include "Model/BWLocalizationManager.h"
+#include "Model/Session/BWStartProblemText.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/BWPreparingView.h"
 
@@ -10,9 +11,8 @@
 
 using namespace Qt::StringLiterals;
 
-BWNoCameraSheetWindowController::BWNoCameraSheetWindowController(PendingDevices pendingDevices, BWClock &clock,
-                                                                 QWidget *parent)
-    : BWNoCameraBaseWindowController(std::move(pendingDevices), clock, parent),
+BWNoCameraSheetWindowController::BWNoCameraSheetWindowController(Questions questions, BWClock &clock, QWidget *parent)
+    : BWNoCameraBaseWindowController(std::move(questions), clock, parent),
       m_sheet(this),
       m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
       m_preparing(new BWPreparingView),
@@ -38,6 +38,7 @@ void BWNoCameraSheetWindowController::localizeWithManager(BWLocalizationManager 
         BWLocalizableString(u"no_camera_sheet"_s, u"no_camera_label"_s,
                             u"Plug it in again, or plug in another one, to carry on. The snapshots and videos in your "
                             "albums are safe."_s)));
+    m_view->setObstacleHeading(BWStartProblemText::title(manager));
     m_preparing->setText(manager.localize(
         BWLocalizableString(u"no_camera_sheet"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready…"_s)));
     m_terminateButton->setText(
@@ -47,6 +48,11 @@ void BWNoCameraSheetWindowController::localizeWithManager(BWLocalizationManager 
 void BWNoCameraSheetWindowController::setPreparingCamera(bool preparing)
 {
     m_preparing->setPreparing(preparing);
+}
+
+void BWNoCameraSheetWindowController::setObstacle(const QString &obstacle)
+{
+    m_view->setObstacle(obstacle);
 }
 
 void BWNoCameraSheetWindowController::onTerminate()

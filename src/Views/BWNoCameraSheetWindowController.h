@@ -13,11 +13,12 @@ class BWNoCameraSheetWindowController final : public BWNoCameraBaseWindowControl
     Q_OBJECT
 
 public:
-    explicit BWNoCameraSheetWindowController(PendingDevices pendingDevices, BWClock &clock = BWClock::system(),
+    explicit BWNoCameraSheetWindowController(Questions questions, BWClock &clock = BWClock::system(),
                                              QWidget *parent = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
     void setPreparingCamera(bool preparing) override;
+    void setObstacle(const QString &obstacle) override;
 
     void beginSheet(QWidget *window, BWSheet::Completion completion) { m_sheet.begin(window, std::move(completion)); }
     /// Closes the sheet without a result.

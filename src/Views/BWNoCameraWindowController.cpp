@@ -1,6 +1,7 @@
 #include "Views/BWNoCameraWindowController.h"
 
 #include "Model/BWLocalizationManager.h"
+#include "Model/Session/BWStartProblemText.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/BWPreparingView.h"
 
@@ -11,8 +12,8 @@
 
 using namespace Qt::StringLiterals;
 
-BWNoCameraWindowController::BWNoCameraWindowController(PendingDevices pendingDevices, BWClock &clock)
-    : BWNoCameraBaseWindowController(std::move(pendingDevices), clock, nullptr),
+BWNoCameraWindowController::BWNoCameraWindowController(Questions questions, BWClock &clock)
+    : BWNoCameraBaseWindowController(std::move(questions), clock, nullptr),
       m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
       m_preparing(new BWPreparingView),
       m_closeButton(m_view->addButton())
@@ -38,6 +39,7 @@ void BWNoCameraWindowController::localizeWithManager(BWLocalizationManager &mana
         u"no_camera_window"_s, u"welcome_no_camera_label"_s,
         u"Connect it to a USB port of this computer. For a wireless camera, plug in the receiver and switch the camera "
         "on. The live image then appears by itself."_s)));
+    m_view->setObstacleHeading(BWStartProblemText::title(manager));
     m_preparing->setText(manager.localize(
         BWLocalizableString(u"no_camera_window"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready…"_s)));
     m_closeButton->setText(
@@ -47,6 +49,11 @@ void BWNoCameraWindowController::localizeWithManager(BWLocalizationManager &mana
 void BWNoCameraWindowController::setPreparingCamera(bool preparing)
 {
     m_preparing->setPreparing(preparing);
+}
+
+void BWNoCameraWindowController::setObstacle(const QString &obstacle)
+{
+    m_view->setObstacle(obstacle);
 }
 
 void BWNoCameraWindowController::onClose()

@@ -11,10 +11,11 @@ class BWNoCameraWindowController final : public BWNoCameraBaseWindowController {
     Q_OBJECT
 
 public:
-    explicit BWNoCameraWindowController(PendingDevices pendingDevices, BWClock &clock = BWClock::system());
+    explicit BWNoCameraWindowController(Questions questions, BWClock &clock = BWClock::system());
 
     void localizeWithManager(BWLocalizationManager &manager) override;
     void setPreparingCamera(bool preparing) override;
+    void setObstacle(const QString &obstacle) override;
 
     void onClose();
 

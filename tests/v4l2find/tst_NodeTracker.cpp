@@ -164,9 +164,12 @@ void NodeTracker::loggedOnceAndStillPickedUp()
     computer.add(Computer::node(0, u"A"_s));
     computer.pass(9900ms);
     QVERIFY(computer.pending());
+    QVERIFY(computer.tracker().blocked().isEmpty());
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Lens cannot be used.*container"_s));
     computer.pass(200ms);
     QVERIFY(!computer.pending());
+    const QList<BWBlockedCamera> blocked{{u"Lens"_s, {BWStartProblem::Kind::NoPermission}}};
+    QCOMPARE(computer.tracker().blocked(), blocked);
 
     QTest::failOnWarning(QRegularExpression(u".*"_s));
     computer.pass(60s);
@@ -174,6 +177,7 @@ void NodeTracker::loggedOnceAndStillPickedUp()
     computer.errors.clear();
     computer.pass(6s);
     QCOMPARE(computer.events.size(), 1);
+    QVERIFY(computer.tracker().blocked().isEmpty());
 }
 
 void NodeTracker::oldEventsAreTold()

@@ -11,6 +11,7 @@
 #include "Views/BWSimulatedCamerasWindowController.h"
 #include "Views/Utils/BWBusyIndicator.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
+#include "Views/Utils/BWNoticeView.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -70,15 +71,17 @@ private Q_SLOTS:
         QFETCH(bool, sheet);
         bool pending = false;
         int asked = 0;
-        const auto pendingDevices = [&] {
-            ++asked;
-            return pending;
-        };
+        QString obstacle;
+        const BWNoCameraBaseWindowController::Questions questions{[&] {
+                                                                      ++asked;
+                                                                      return pending;
+                                                                  },
+                                                                  [&] { return obstacle; }};
         std::unique_ptr<BWNoCameraBaseWindowController> window;
         if (sheet)
-            window = std::make_unique<BWNoCameraSheetWindowController>(pendingDevices, m_clock);
+            window = std::make_unique<BWNoCameraSheetWindowController>(questions, m_clock);
         else
-            window = std::make_unique<BWNoCameraWindowController>(pendingDevices, m_clock);
+            window = std::make_unique<BWNoCameraWindowController>(questions, m_clock);
         window->localizeWithManager(m_texts);
         const auto *indicator = window->findChild<BWBusyIndicator *>();
         QCOMPARE(asked, 1);
@@ -98,9 +101,17 @@ private Q_SLOTS:
         QCOMPARE(asked, 4);
         QVERIFY(!indicator->isAnimating() && !indicator->isVisibleTo(window.get()));
 
+        const QString usual = window->findChild<BWNoticeView *>()->explanation();
+        obstacle = u"may not be opened"_s;
+        m_clock.advance(300ms);
+        QCOMPARE(window->findChild<BWNoticeView *>()->explanation(), obstacle);
+        obstacle.clear();
+        m_clock.advance(300ms);
+        QCOMPARE(window->findChild<BWNoticeView *>()->explanation(), usual);
+
         window.reset();
         m_clock.advance(10s);
-        QCOMPARE(asked, 4);
+        QCOMPARE(asked, 6);
     }
 
     void closingTheWindowEndsTheProgram()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BWACUDriver/BWBlockedCamera.h"
 #include "BWACUDriver/BWDetectedCamera.h"
 
 #include <functional>
@@ -22,4 +23,8 @@ public:
 
     /// True while a fitting device is attached that has not yet been reported as found. Main thread.
     virtual bool pendingDevices() const = 0;
+
+    /// Fitting devices that are attached and can neither be used nor are likely to become usable by waiting. They are
+    /// reported as found as soon as they can be used after all. Main thread.
+    virtual QList<BWBlockedCamera> blockedCameras() const { return {}; }
 };

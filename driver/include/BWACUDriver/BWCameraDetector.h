@@ -40,6 +40,9 @@ public:
     /// True while a supported device is attached and still being prepared.
     bool pendingDevices() const;
 
+    /// Attached devices that would be supported, if they could be opened.
+    QList<BWBlockedCamera> blockedCameras() const;
+
 private:
     class Inbox;
 

@@ -46,3 +46,17 @@ QString BWNodeAccess::problem(const QByteArray &path, int error)
         return u"%1 cannot be used: %2"_s.arg(node, qt_error_string(error));
     }
 }
+
+BWStartProblem::Kind BWNodeAccess::problemKind(int error)
+{
+    switch (error) {
+    case EACCES:
+    case EPERM:
+    case ENOENT: // in a container that was not given the node
+        return BWStartProblem::Kind::NoPermission;
+    case EBUSY:
+        return BWStartProblem::Kind::InUse;
+    default:
+        return BWStartProblem::Kind::Failed;
+    }
+}

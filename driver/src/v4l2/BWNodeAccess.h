@@ -1,5 +1,7 @@
 #pragma once
 
+#include "BWACUDriver/BWStartProblem.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -8,4 +10,7 @@ class BWNodeAccess {
 public:
     /// `error` is an errno number. One sentence, with what helps, where that is known.
     static QString problem(const QByteArray &path, int error);
+
+    /// What kind of obstacle that is to a user; Failed for what only the log can explain.
+    static BWStartProblem::Kind problemKind(int error);
 };

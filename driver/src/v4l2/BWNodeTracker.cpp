@@ -115,6 +115,16 @@ bool BWNodeTracker::pending(Time now) const
                        [now](const auto &each) { return !each.second.settled && now < each.second.since + patience; });
 }
 
+QList<BWBlockedCamera> BWNodeTracker::blocked() const
+{
+    QList<BWBlockedCamera> blocked;
+    for (const auto &[folder, entry] : m_entries) {
+        if (!entry.settled && entry.complained)
+            blocked.append({entry.node.name, {BWNodeAccess::problemKind(entry.error)}});
+    }
+    return blocked;
+}
+
 bool BWNodeTracker::isAttempted(const Entry &entry, Time now) const
 {
     return !entry.isInterface && (entry.initialised || now >= entry.since + patience || !m_udevRuns());

@@ -41,6 +41,8 @@ public:
 
     /// Whether a device is being prepared that may become a camera.
     bool pending(Time now) const;
+    /// Devices for which nobody waits any more, because something keeps us from opening them.
+    QList<BWBlockedCamera> blocked() const;
 
 private:
     struct Entry {

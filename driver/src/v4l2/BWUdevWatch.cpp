@@ -25,9 +25,9 @@ int milliseconds(const std::optional<BWNodeTracker::Time> &until)
 
 } // namespace
 
-BWUdevWatch::BWUdevWatch(std::unique_ptr<BWNodeTracker> tracker, std::function<void(bool)> pending)
+BWUdevWatch::BWUdevWatch(std::unique_ptr<BWNodeTracker> tracker, Publish publish)
     : m_tracker(std::move(tracker)),
-      m_pending(std::move(pending)),
+      m_publish(std::move(publish)),
       m_end(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       m_thread([this] { run(); })
 {
@@ -50,9 +50,9 @@ void BWUdevWatch::run()
     BWUdevSources sources;
     sources.enumerate(*m_tracker);
     while (true) {
-        publishPending(); // to open a camera can take a while
+        publish(); // to open a camera can take a while
         m_tracker->advance(std::chrono::steady_clock::now());
-        publishPending();
+        publish();
         const auto [kernel, udev, access] = sources.descriptors();
         std::array waited{pollfd{m_end, POLLIN, 0}, kernel, udev, access};
         if (poll(waited.data(), waited.size(), milliseconds(m_tracker->nextTime())) < 0 && errno != EINTR) {
@@ -65,7 +65,7 @@ void BWUdevWatch::run()
     }
 }
 
-void BWUdevWatch::publishPending() const
+void BWUdevWatch::publish() const
 {
-    m_pending(m_tracker->pending(std::chrono::steady_clock::now()));
+    m_publish(m_tracker->pending(std::chrono::steady_clock::now()), m_tracker->blocked());
 }

@@ -9,9 +9,12 @@
 /// Tells a node tracker, on a thread of its own, what the kernel and udev have to say about cameras.
 class BWUdevWatch {
 public:
-    /// The thread starts at once and alone uses the tracker from then on. `pending` is called on it, whenever the answer
-    /// may have changed; for the first time when what was attached before has been looked at.
-    BWUdevWatch(std::unique_ptr<BWNodeTracker> tracker, std::function<void(bool)> pending);
+    /// BWNodeTracker::pending() and blocked().
+    using Publish = std::function<void(bool pending, const QList<BWBlockedCamera> &blocked)>;
+
+    /// The thread starts at once and alone uses the tracker from then on. `publish` is called on it, whenever the
+    /// answers may have changed; for the first time when what was attached before has been looked at.
+    BWUdevWatch(std::unique_ptr<BWNodeTracker> tracker, Publish publish);
     /// Nothing is called any more afterwards. Waits for a device that is just being opened.
     ~BWUdevWatch();
 
@@ -20,10 +23,10 @@ public:
 
 private:
     void run();
-    void publishPending() const;
+    void publish() const;
 
     const std::unique_ptr<BWNodeTracker> m_tracker;
-    const std::function<void(bool)> m_pending;
+    const Publish m_publish;
     const int m_end; ///< an eventfd, written to end the thread
     std::thread m_thread;
 };

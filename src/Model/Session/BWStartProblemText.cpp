@@ -2,6 +2,9 @@
 
 #include "Model/BWLocalizationManager.h"
 
+#include <algorithm>
+#include <QStringList>
+
 using namespace Qt::StringLiterals;
 
 QString BWStartProblemText::title(BWLocalizationManager &texts)
@@ -40,6 +43,24 @@ QString BWStartProblemText::permissionFix(BWLocalizationManager &texts)
                       u"On this computer members of the group \"video\" may use cameras. An administrator can add you "
                       "with the command \"sudo usermod -aG video USER\"; log in again afterwards. Or the udev rule "
                       "that comes with BrimwellPro gives the camera to whoever is logged in at the screen."_s);
+}
+
+QString BWStartProblemText::obstacle(const QList<BWBlockedCamera> &blocked, BWLocalizationManager &texts)
+{
+    using Kind = BWStartProblem::Kind;
+    QStringList paragraphs;
+    for (const BWBlockedCamera &camera : blocked) {
+        const QString why = camera.problem.kind == Kind::InUse
+            ? texts.text(u"camera_window"_s, u"camera_blocked_in_use"_s,
+                         u"Another program uses this camera. Please close that program."_s)
+            : reason(camera.problem, texts);
+        paragraphs << u"%1\n%2"_s.arg(camera.name, why);
+    }
+    paragraphs.removeDuplicates(); // of a device with several nodes
+    if (std::any_of(blocked.begin(), blocked.end(),
+                    [](const BWBlockedCamera &camera) { return camera.problem.kind == Kind::NoPermission; }))
+        paragraphs << permissionFix(texts);
+    return paragraphs.join(u"\n\n"_s);
 }
 
 QString BWStartProblemText::status(const BWStartProblem &problem, BWLocalizationManager &texts)

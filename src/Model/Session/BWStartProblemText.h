@@ -1,7 +1,8 @@
 #pragma once
 
-#include "BWACUDriver/BWStartProblem.h"
+#include "BWACUDriver/BWBlockedCamera.h"
 
+#include <QList>
 #include <QString>
 
 class BWLocalizationManager;
@@ -16,6 +17,9 @@ public:
 
     /// What a user can do who may not open cameras.
     static QString permissionFix(BWLocalizationManager &texts);
+
+    /// What keeps an attached camera from appearing, and what to do about it; null when there is none.
+    static QString obstacle(const QList<BWBlockedCamera> &blocked, BWLocalizationManager &texts);
 
     /// Title and reason, for the status line.
     static QString status(const BWStartProblem &problem, BWLocalizationManager &texts);

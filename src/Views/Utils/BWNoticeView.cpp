@@ -46,12 +46,35 @@ BWNoticeView::BWNoticeView(const QString &illustrationName, QWidget *parent)
 
 void BWNoticeView::setHeading(const QString &heading)
 {
-    m_heading->setText(heading);
+    m_usual.heading = heading;
+    updateTexts();
 }
 
 void BWNoticeView::setExplanation(const QString &explanation)
 {
-    m_explanation->setText(explanation);
+    m_usual.explanation = explanation;
+    updateTexts();
+}
+
+void BWNoticeView::setObstacleHeading(const QString &heading)
+{
+    m_obstacle.heading = heading;
+    updateTexts();
+}
+
+void BWNoticeView::setObstacle(const QString &explanation)
+{
+    if (explanation == m_obstacle.explanation)
+        return;
+    m_obstacle.explanation = explanation;
+    updateTexts();
+}
+
+void BWNoticeView::updateTexts()
+{
+    const Texts &shown = m_obstacle.explanation.isEmpty() ? m_usual : m_obstacle;
+    m_heading->setText(shown.heading);
+    m_explanation->setText(shown.explanation);
 }
 
 QString BWNoticeView::explanation() const

@@ -19,6 +19,11 @@ public:
     void setExplanation(const QString &explanation);
     QString explanation() const;
 
+    /// What stands above the explanation of an obstacle.
+    void setObstacleHeading(const QString &heading);
+    /// Shows the explanation of an obstacle in place of the usual heading and explanation; null: shows those again.
+    void setObstacle(const QString &explanation);
+
     /// Adds something below the explanation.
     void addContent(QWidget *widget);
     /// Adds a button to the right of those already there.
@@ -29,7 +34,15 @@ protected:
 
 private:
     void updateFonts();
+    void updateTexts();
 
+    struct Texts {
+        QString heading;
+        QString explanation;
+    };
+
+    Texts m_usual;
+    Texts m_obstacle;
     QLabel *m_heading;
     QLabel *m_explanation;
     QVBoxLayout *m_column;

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "BWACUDriver/BWStartProblem.h"
+
+#include <QString>
+
+/// An attached device that might be a camera of the program's, had it not been out of reach since it was attached.
+struct BWBlockedCamera {
+    QString name; ///< as the device calls itself
+    BWStartProblem problem; ///< never Kind::None
+
+    friend bool operator==(const BWBlockedCamera &, const BWBlockedCamera &) = default;
+};
