@@ -3,6 +3,7 @@
 #include "Model/BWConfigManager.h"
 #include "Model/BWRepository.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
+#include "Views/BWAboutWindowController.h"
 #include "Views/BWHelpContact.h"
 #include "Views/BWMainMenu.h"
 #include "Views/BWMainWindow.h"
@@ -51,11 +52,13 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
           BWHelpContact::fromFile(u":/contact.json"_s),
           BWSimpleHelpWindowController::Surroundings{m_surroundings.openUrl, m_surroundings.cameras,
                                                      [&window] { return window.menuBar()->actions(); }},
-          &window))
+          &window)),
+      m_about(std::make_unique<BWAboutWindowController>(BWLibraryList::ours(), &window))
 {
     BWLocalizationManager &texts = repository.localizationManager();
     m_settings->localizeWithManager(texts);
     m_help->localizeWithManager(texts);
+    m_about->localizeWithManager(texts);
     m_advancedSettings->localizeWithManager(texts);
     m_albums->localizeWithManager(texts);
     connect(m_albums.get(), &BWAlbumManagerWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
@@ -68,6 +71,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
     addToMenu(menu.advancedSettingsMenuItem, *m_advancedSettings, &BWAuxiliaryWindows::showAdvancedSettings);
     connect(menu.simpleHelpMenuItem, &QAction::triggered, m_help.get(),
             &BWSimpleHelpWindowController::makeKeyAndOrderFront);
+    connect(menu.aboutMenuItem, &QAction::triggered, m_about.get(), &BWAboutWindowController::makeKeyAndOrderFront);
 }
 
 BWAuxiliaryWindows::~BWAuxiliaryWindows()

@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QUrl>
 
+class BWAboutWindowController;
 class BWAdvancedSettingsWindowController;
 class BWAlbumManagerWindowController;
 class BWConfigManager;
@@ -67,5 +68,6 @@ private:
     std::unique_ptr<BWSettingsWindowController> m_settings;
     std::unique_ptr<BWAdvancedSettingsWindowController> m_advancedSettings;
     std::unique_ptr<BWSimpleHelpWindowController> m_help;
+    std::unique_ptr<BWAboutWindowController> m_about;
     bool m_mustPlace = false;
 };

@@ -6,6 +6,7 @@
 #include "BWMeasuredApplication.h"
 #include "BWNodePrinter.h"
 #include "BWStatisticsReport.h"
+#include "Model/BWLibraryList.h"
 #include "Model/BWRepository.h"
 #include "Model/BWSettingsFile.h"
 #include "Model/Session/BWCameraAuthorization.h"
@@ -64,7 +65,10 @@ int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
         return 0;
     }
     if (line.version) {
-        QTextStream(stdout) << "BrimwellPro " << BW_VERSION << '\n';
+        QTextStream out(stdout);
+        out << "BrimwellPro " << BW_VERSION << '\n';
+        for (const BWLibrary &library : BWLibraryList::ours())
+            out << "  " << library.name << ' ' << library.version << ", " << library.licence << '\n';
         return 0;
     }
     QCoreApplication application(argc, argv);

@@ -55,6 +55,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     for (QAction *item : {albumManagerMenuItem, settingsMenuItem, advancedSettingsMenuItem})
         item->setCheckable(true);
     simpleHelpMenuItem = add(m_helpMenu, u"F1"_s);
+    aboutMenuItem = add(m_helpMenu);
+    aboutMenuItem->setMenuRole(QAction::AboutRole);
     m_panelsMenu->menuAction()->setEnabled(false);
     gridDebugger = add(m_toolsMenu);
     registerDebugger = add(m_toolsMenu);
@@ -115,6 +117,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     manager.text(u"main_menu"_s, u"help_menu_item"_s, u"Help"_s);
     m_helpMenu->setTitle(manager.text(u"main_menu"_s, u"help_menu"_s, u"Help"_s));
     set(simpleHelpMenuItem, manager.text(u"main_menu"_s, u"simple_help_menu_item"_s, u"BrimwellPro help"_s));
+    set(aboutMenuItem, manager.text(u"main_menu"_s, u"about_menu_item"_s, u"&About BrimwellPro"_s));
 
     m_toolsMenu->setTitle(manager.text(u"main_menu"_s, u"tools_menu"_s, u"&Tools"_s));
     set(gridDebugger, manager.text(u"main_menu"_s, u"grid_debugger_menu_item"_s, u"&Grid debugger"_s));

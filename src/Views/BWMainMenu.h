@@ -64,6 +64,7 @@ public:
     QAction *settingsMenuItem;
     QAction *advancedSettingsMenuItem;
     QAction *simpleHelpMenuItem;
+    QAction *aboutMenuItem;
     QAction *gridDebugger;
     QAction *registerDebugger;
 

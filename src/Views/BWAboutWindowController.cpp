@@ -1,0 +1,146 @@
+#include "Views/BWAboutWindowController.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWIconView.h"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QStyle>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int outerMargin = 24;
+constexpr int sectionSpacing = 20;
+constexpr int rowSpacing = 8;
+constexpr int iconSize = 64;
+constexpr int shownRows = 8;
+constexpr double titleScale = 1.4;
+
+QLabel *label()
+{
+    auto *made = new QLabel;
+    made->setTextFormat(Qt::PlainText);
+    return made;
+}
+
+} // namespace
+
+BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &libraries, QWidget *cameraWindow)
+    : QDialog(cameraWindow),
+      m_title(label()),
+      m_version(label()),
+      m_description(label()),
+      m_librariesLabel(label()),
+      m_libraries(new QTreeWidget),
+      m_licencesNote(label()),
+      m_closeButton(new QPushButton)
+{
+    m_title->setText(u"BrimwellPro"_s);
+    m_version->setTextInteractionFlags(Qt::TextSelectableByMouse); // for those who report a fault
+    m_licencesNote->setWordWrap(true);
+    m_librariesLabel->setBuddy(m_libraries);
+    m_libraries->setRootIsDecorated(false);
+    m_libraries->setColumnCount(3);
+    for (const BWLibrary &library : libraries)
+        m_libraries->addTopLevelItem(new QTreeWidgetItem({library.name, library.version, library.licence}));
+    m_libraries->setCurrentItem(m_libraries->topLevelItem(0));
+    m_closeButton->setDefault(true);
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin * 2 / 3);
+    column->setSpacing(rowSpacing);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+    column->addLayout(head());
+    column->addSpacing(sectionSpacing - rowSpacing);
+    column->addWidget(m_librariesLabel);
+    column->addWidget(m_libraries);
+    column->addWidget(m_licencesNote);
+    column->addSpacing(rowSpacing);
+    column->addWidget(m_closeButton, 0, Qt::AlignRight);
+    updateFonts();
+    connect(m_closeButton, &QPushButton::clicked, this, &QWidget::close);
+}
+
+QLayout *BWAboutWindowController::head()
+{
+    auto *texts = new QVBoxLayout;
+    texts->setSpacing(rowSpacing / 2);
+    texts->addStretch();
+    texts->addWidget(m_title);
+    texts->addWidget(m_version);
+    texts->addWidget(m_description);
+    texts->addStretch();
+    auto *row = new QHBoxLayout;
+    row->setSpacing(sectionSpacing);
+    row->addWidget(new BWIconView(BWIcons::applicationIcon(), {iconSize, iconSize}), 0, Qt::AlignVCenter);
+    row->addLayout(texts, 1);
+    return row;
+}
+
+void BWAboutWindowController::updateFonts()
+{
+    QFont large = font();
+    if (large.pointSizeF() > 0)
+        large.setPointSizeF(large.pointSizeF() * titleScale);
+    large.setWeight(QFont::DemiBold);
+    m_title->setFont(large);
+}
+
+void BWAboutWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    setWindowTitle(manager.text(u"about_window"_s, u"window_title"_s, u"About BrimwellPro"_s));
+    m_version->setText(
+        manager.text(u"about_window"_s, u"version_label"_s, u"Version %1"_s).arg(QStringLiteral(BW_VERSION)));
+    m_description->setText(manager.text(u"about_window"_s, u"description_label"_s,
+                                        u"Looks through digital microscopes and examination scopes."_s));
+    m_librariesLabel->setText(manager.text(u"about_window"_s, u"libraries_label"_s, u"&Libraries in use:"_s));
+    m_libraries->setHeaderLabels({manager.text(u"about_window"_s, u"library_column"_s, u"Library"_s),
+                                  manager.text(u"about_window"_s, u"version_column"_s, u"Version"_s),
+                                  manager.text(u"about_window"_s, u"licence_column"_s, u"Licence"_s)});
+    m_licencesNote->setText(
+        manager.text(u"about_window"_s, u"licences_note"_s,
+                     u"The texts of these licences are on this computer, below /usr/share/doc for each library."_s));
+    m_closeButton->setText(manager.text(u"about_window"_s, u"close_button"_s, u"&Close"_s));
+}
+
+void BWAboutWindowController::makeKeyAndOrderFront()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+void BWAboutWindowController::showEvent(QShowEvent *event)
+{
+    fitLibraries();
+    QDialog::showEvent(event);
+}
+
+/// As wide as the texts are, so that nothing is cut off.
+void BWAboutWindowController::fitLibraries()
+{
+    int width = 2 * m_libraries->frameWidth() + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    for (int column = 0; column < m_libraries->columnCount(); ++column) {
+        m_libraries->resizeColumnToContents(column);
+        m_libraries->setColumnWidth(column, m_libraries->columnWidth(column) + 2 * rowSpacing);
+        width += m_libraries->columnWidth(column);
+    }
+    const int rowHeight = m_libraries->sizeHintForRow(0);
+    m_libraries->setFixedSize(
+        width, m_libraries->header()->sizeHint().height() + shownRows * rowHeight + 2 * m_libraries->frameWidth());
+    m_licencesNote->setFixedWidth(width);
+}
+
+void BWAboutWindowController::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        updateFonts();
+}

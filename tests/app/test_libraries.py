@@ -1,0 +1,28 @@
+#!/usr/bin/python3
+"""Whether the program tells of every library that it is linked with, and of no other.
+
+usage: test_libraries.py PROGRAM
+"""
+
+import re
+import subprocess
+import sys
+
+FAMILIES = {r"libQt6": "Qt", r"lib(av|sw)": "FFmpeg", r"libturbojpeg": "libjpeg-turbo", r"lib(gio|gobject|glib)-": "GLib",
+            r"libz\.": "zlib", r"lib(c|m|gcc_s|stdc\+\+)\.|ld-": None}
+
+
+def told_as(library):
+    for pattern, name in FAMILIES.items():
+        if re.match(pattern, library):
+            return name
+    return re.match(r"lib[a-z]+", library)[0].replace("libminizip", "minizip")
+
+
+program = sys.argv[1]
+dynamic = subprocess.run(["readelf", "--dynamic", program], capture_output=True, text=True, check=True).stdout
+linked = {told_as(library) for library in re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic)} - {None}
+told = dict(re.findall(r"^  (\S+) (.+), .+$",
+                       subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout, re.M))
+print("linked:", *sorted(linked), "\ntold:", told)
+sys.exit(linked != set(told) or any(not re.search(r"\d", version) for version in told.values()))
