@@ -4,6 +4,7 @@
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWIconView.h"
 
+#include <algorithm>
 #include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
@@ -20,7 +21,7 @@ constexpr int outerMargin = 24;
 constexpr int sectionSpacing = 20;
 constexpr int rowSpacing = 8;
 constexpr int iconSize = 64;
-constexpr int shownRows = 8;
+constexpr int mostRows = 14;
 constexpr double titleScale = 1.4;
 
 QLabel *label()
@@ -104,9 +105,8 @@ void BWAboutWindowController::localizeWithManager(BWLocalizationManager &manager
     m_libraries->setHeaderLabels({manager.text(u"about_window"_s, u"library_column"_s, u"Library"_s),
                                   manager.text(u"about_window"_s, u"version_column"_s, u"Version"_s),
                                   manager.text(u"about_window"_s, u"licence_column"_s, u"Licence"_s)});
-    m_licencesNote->setText(
-        manager.text(u"about_window"_s, u"licences_note"_s,
-                     u"The texts of these licences are on this computer, below /usr/share/doc for each library."_s));
+    m_licencesNote->setText(manager.text(u"about_window"_s, u"licences_note"_s,
+                                         u"The licence texts are on this computer, below /usr/share/doc."_s));
     m_closeButton->setText(manager.text(u"about_window"_s, u"close_button"_s, u"&Close"_s));
 }
 
@@ -123,18 +123,21 @@ void BWAboutWindowController::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
 }
 
-/// As wide as the texts are, so that nothing is cut off.
+/// As large as the texts are, so that nothing is cut off.
 void BWAboutWindowController::fitLibraries()
 {
-    int width = 2 * m_libraries->frameWidth() + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    const int rows = std::min(mostRows, m_libraries->topLevelItemCount());
+    const int frame = 2 * m_libraries->frameWidth();
+    int width = frame;
+    if (rows < m_libraries->topLevelItemCount())
+        width += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     for (int column = 0; column < m_libraries->columnCount(); ++column) {
         m_libraries->resizeColumnToContents(column);
         m_libraries->setColumnWidth(column, m_libraries->columnWidth(column) + 2 * rowSpacing);
         width += m_libraries->columnWidth(column);
     }
-    const int rowHeight = m_libraries->sizeHintForRow(0);
-    m_libraries->setFixedSize(
-        width, m_libraries->header()->sizeHint().height() + shownRows * rowHeight + 2 * m_libraries->frameWidth());
+    const int height = m_libraries->header()->sizeHint().height() + rows * m_libraries->sizeHintForRow(0);
+    m_libraries->setFixedSize(width, height + frame);
     m_licencesNote->setFixedWidth(width);
 }
 
