@@ -1,11 +1,9 @@
 #include "Views/BWAboutWindowController.h"
 
 #include "Model/BWLocalizationManager.h"
-#include "Views/Utils/BWIcons.h"
-#include "Views/Utils/BWIconView.h"
+#include "Views/Utils/BWProgramHead.h"
 
 #include <algorithm>
-#include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
@@ -20,9 +18,7 @@ namespace {
 constexpr int outerMargin = 24;
 constexpr int sectionSpacing = 20;
 constexpr int rowSpacing = 8;
-constexpr int iconSize = 64;
 constexpr int mostRows = 14;
-constexpr double titleScale = 1.4;
 
 QLabel *label()
 {
@@ -35,7 +31,6 @@ QLabel *label()
 
 BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &libraries, QWidget *cameraWindow)
     : QDialog(cameraWindow),
-      m_title(label()),
       m_version(label()),
       m_description(label()),
       m_librariesLabel(label()),
@@ -43,7 +38,6 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
       m_licencesNote(label()),
       m_closeButton(new QPushButton)
 {
-    m_title->setText(u"BrimwellPro"_s);
     m_version->setTextInteractionFlags(Qt::TextSelectableByMouse); // for those who report a fault
     m_licencesNote->setWordWrap(true);
     m_librariesLabel->setBuddy(m_libraries);
@@ -54,44 +48,21 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
     m_libraries->setCurrentItem(m_libraries->topLevelItem(0));
     m_closeButton->setDefault(true);
 
+    auto *head = new BWProgramHead(u"BrimwellPro"_s);
+    head->addLine(m_version);
+    head->addLine(m_description);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin * 2 / 3);
     column->setSpacing(rowSpacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
-    column->addLayout(head());
+    column->addWidget(head);
     column->addSpacing(sectionSpacing - rowSpacing);
     column->addWidget(m_librariesLabel);
     column->addWidget(m_libraries);
     column->addWidget(m_licencesNote);
     column->addSpacing(rowSpacing);
     column->addWidget(m_closeButton, 0, Qt::AlignRight);
-    updateFonts();
     connect(m_closeButton, &QPushButton::clicked, this, &QWidget::close);
-}
-
-QLayout *BWAboutWindowController::head()
-{
-    auto *texts = new QVBoxLayout;
-    texts->setSpacing(rowSpacing / 2);
-    texts->addStretch();
-    texts->addWidget(m_title);
-    texts->addWidget(m_version);
-    texts->addWidget(m_description);
-    texts->addStretch();
-    auto *row = new QHBoxLayout;
-    row->setSpacing(sectionSpacing);
-    row->addWidget(new BWIconView(BWIcons::applicationIcon(), {iconSize, iconSize}), 0, Qt::AlignVCenter);
-    row->addLayout(texts, 1);
-    return row;
-}
-
-void BWAboutWindowController::updateFonts()
-{
-    QFont large = font();
-    if (large.pointSizeF() > 0)
-        large.setPointSizeF(large.pointSizeF() * titleScale);
-    large.setWeight(QFont::DemiBold);
-    m_title->setFont(large);
 }
 
 void BWAboutWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -139,11 +110,4 @@ void BWAboutWindowController::fitLibraries()
     const int height = m_libraries->header()->sizeHint().height() + rows * m_libraries->sizeHintForRow(0);
     m_libraries->setFixedSize(width, height + frame);
     m_licencesNote->setFixedWidth(width);
-}
-
-void BWAboutWindowController::changeEvent(QEvent *event)
-{
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        updateFonts();
 }

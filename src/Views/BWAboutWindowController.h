@@ -23,14 +23,10 @@ public:
 
 protected:
     void showEvent(QShowEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
 private:
-    QLayout *head();
-    void updateFonts();
     void fitLibraries();
 
-    QLabel *m_title;
     QLabel *m_version;
     QLabel *m_description;
     QLabel *m_librariesLabel;

@@ -4,7 +4,7 @@
 #include "Views/BWShortcutTable.h"
 #include "Views/BWSupportMail.h"
 #include "Views/Utils/BWIcons.h"
-#include "Views/Utils/BWIconView.h"
+#include "Views/Utils/BWProgramHead.h"
 
 #include <algorithm>
 #include <QApplication>
@@ -25,8 +25,6 @@ namespace {
 constexpr int outerMargin = 24;
 constexpr int sectionSpacing = 20;
 constexpr int rowSpacing = 8;
-constexpr int iconSize = 64;
-constexpr double titleScale = 1.4;
 
 QLabel *label(bool wraps)
 {
@@ -68,7 +66,6 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
     : QWidget(cameraWindow, Qt::Tool),
       m_contact(contact),
       m_surroundings(std::move(surroundings)),
-      m_title(label(false)),
       m_introduction(label(true)),
       m_faqButton(pushButton(u"help-contents"_s)),
       m_supportButton(pushButton(u"mail-message-new"_s)),
@@ -78,18 +75,19 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
       m_shortcutsView(new QScrollArea),
       m_shortcuts(new BWShortcutTable)
 {
-    m_title->setText(QStringLiteral("BrimwellPro " BW_VERSION));
     m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_problem->hide();
     auto *line = new QFrame;
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);
 
+    auto *head = new BWProgramHead(QStringLiteral("BrimwellPro " BW_VERSION));
+    head->addLine(m_introduction);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
     column->setSpacing(sectionSpacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
-    column->addLayout(head());
+    column->addWidget(head);
     column->addLayout(ways());
     column->addWidget(line);
     column->addWidget(m_shortcutsTitle);
@@ -103,21 +101,6 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
     connect(m_supportButton, &QPushButton::clicked, this, &BWSimpleHelpWindowController::onWriteToSupport);
     for (const auto key : {QKeySequence::Close, QKeySequence::Cancel})
         connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
-}
-
-QLayout *BWSimpleHelpWindowController::head()
-{
-    auto *texts = new QVBoxLayout;
-    texts->setSpacing(rowSpacing / 2);
-    texts->addStretch();
-    texts->addWidget(m_title);
-    texts->addWidget(m_introduction);
-    texts->addStretch();
-    auto *row = new QHBoxLayout;
-    row->setSpacing(sectionSpacing);
-    row->addWidget(new BWIconView(BWIcons::applicationIcon(), {iconSize, iconSize}), 0, Qt::AlignVCenter);
-    row->addLayout(texts, 1);
-    return row;
 }
 
 QLayout *BWSimpleHelpWindowController::ways()
@@ -143,7 +126,6 @@ QLayout *BWSimpleHelpWindowController::ways()
 
 void BWSimpleHelpWindowController::updateFonts()
 {
-    scaleFont(*m_title, font(), titleScale);
     scaleFont(*m_shortcutsTitle, font(), 1.1);
     scaleFont(*m_problem, font(), 1);
 }

@@ -41,7 +41,6 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    QLayout *head();
     QLayout *ways();
     void updateFonts();
     void fitShortcuts();
@@ -54,7 +53,6 @@ private:
     QString m_mailSubject;
     QString m_mailRequest;
     QString m_cannotOpen;
-    QLabel *m_title;
     QLabel *m_introduction;
     QPushButton *m_faqButton;
     QPushButton *m_supportButton;
