@@ -11,6 +11,7 @@
 #include "BWTechnicianTools.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureRecovery.h"
 #include "Model/Capture/BWHardwareButton.h"
@@ -30,6 +31,7 @@
 #include "Views/BWSimulatedCamerasWindowController.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Utils/BWFrameAutosave.h"
+#include "Views/Utils/BWQtTexts.h"
 
 #include <QAction>
 #include <QFile>
@@ -51,7 +53,9 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    m_texts.localizeWithManager(m_repository.localizationManager());
+    BWLocalizationManager &texts = m_repository.localizationManager();
+    BWQtTexts::setLanguage(texts.preferredLanguage());
+    m_texts.localizeWithManager(texts);
     checkCameraAccess();
 }
 
