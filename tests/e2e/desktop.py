@@ -6,6 +6,7 @@ import shutil
 import signal
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 import zlib
@@ -66,8 +67,9 @@ class Desktop:
     person who runs it is read or written.
     """
 
-    def __init__(self, keep=False, accessibility=True):
+    def __init__(self, keep=False, accessibility=True, size=(WIDTH, HEIGHT)):
         self.keep = keep
+        self.size = size
         self.accessibility = accessibility
         self._processes = []
         self._screen = None
@@ -113,22 +115,15 @@ class Desktop:
         self._start_window_manager()
 
     def _start_window_manager(self):
-        """On a busy machine openbox sometimes never comes up, and does when it is started again."""
-        for attempt in range(3):
-            manager = self.spawn(["openbox"], log="openbox.log")
-            try:
-                wait_until("the window manager is there",
-                           lambda: b"window id" in self.output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]))
-                return
-            except Failure:
-                if attempt == 2:
-                    raise
-                self._end(manager)
+        self.spawn(["openbox"], log="openbox.log")
+        wait_until("the window manager is there",
+                   lambda: b"window id" in self.output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]))
 
     def _start_display(self):
         reading, writing = os.pipe()
-        command = ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp",
-                   "-fbdir", str(self.folder)]
+        # Without a reset: it would throw the window manager out that is just coming while the last program leaves.
+        command = ["Xvfb", "-displayfd", str(writing), "-screen", "0", "{}x{}x24".format(*self.size), "-noreset",
+                   "-nolisten", "tcp", "-fbdir", str(self.folder)]
         self.display = self.spawn(command, log="xvfb.log", pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as answer:
@@ -176,9 +171,9 @@ class Desktop:
     def key(self, keys):
         self.input("key", "--clearmodifiers", keys)
 
-    def picture(self, x=0, y=0, width=WIDTH, height=HEIGHT):
+    def picture(self, x=0, y=0, width=sys.maxsize, height=sys.maxsize):
         """What the screen shows now. The part that lies outside of it is cut off."""
-        right, bottom = min(x + width, WIDTH), min(y + height, HEIGHT)
+        right, bottom = min(x + width, self.size[0]), min(y + height, self.size[1])
         x, y = max(0, x), max(0, y)
         width, height = right - x, bottom - y
         header = struct.unpack(">25I", self._screen[:100])
