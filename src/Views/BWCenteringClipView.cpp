@@ -25,7 +25,7 @@ QAccessibleInterface *accessibleView(const QString &className, QObject *object)
 {
     if (className != QLatin1String(BWCenteringClipView::staticMetaObject.className()))
         return nullptr;
-    return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Client);
+    return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Graphic);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "Model/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
+#include "Views/Utils/BWClosingKeys.h"
 
 #include <cstdlib>
 #include <QFontDatabase>
@@ -60,6 +61,7 @@ BWEMPIADebuggerWindowController::BWEMPIADebuggerWindowController(std::function<B
     grid->addLayout(buttons, tag + 2, 0, 1, 2);
     connect(m_readButton, &QPushButton::clicked, this, &BWEMPIADebuggerWindowController::onReadRegisters);
     connect(m_writeButton, &QPushButton::clicked, this, &BWEMPIADebuggerWindowController::onWriteRegisters);
+    new BWClosingKeys(*this);
     updateButtons();
 }
 

@@ -2,6 +2,7 @@
 
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
+#include "Views/Utils/BWClosingKeys.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -44,8 +45,10 @@ BWGridDebuggerWindowController::BWGridDebuggerWindowController(Surroundings surr
     // The window must not jump with the digits.
     m_resultNumberTextField->setMinimumWidth(
         m_resultNumberTextField->fontMetrics().horizontalAdvance(oneDecimal(largestDistance)));
-    for (QLabel *field : {m_productNameTextField, m_resolutionTextField, m_resultNumberTextField})
-        field->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    for (QLabel *field : {m_productNameTextField, m_resolutionTextField, m_resultNumberTextField}) {
+        field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+        field->setFocusPolicy(Qt::StrongFocus);
+    }
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(16, 16, 16, 16);
@@ -60,6 +63,7 @@ BWGridDebuggerWindowController::BWGridDebuggerWindowController(Surroundings surr
     grid->addWidget(m_gridSlider, 2, 1);
     grid->addWidget(m_resultNumberTextField, 2, 2);
     connect(m_gridSlider, &QSlider::valueChanged, this, &BWGridDebuggerWindowController::onGridSlider);
+    new BWClosingKeys(*this);
     updateResultNumber();
     reload();
 }

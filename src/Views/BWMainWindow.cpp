@@ -6,6 +6,7 @@
 #include "Views/BWControlBar.h"
 #include "Views/BWMainMenu.h"
 #include "Views/BWStatusPill.h"
+#include "Views/Utils/BWAccessibleRoles.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -22,6 +23,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
       m_controlBar(new BWControlBar(m_content)),
       m_statusPill(new BWStatusPill(m_content))
 {
+    BWAccessibleRoles::install();
     setObjectName(u"main"_s);
     setCentralWidget(m_content);
     m_content->installEventFilter(this);

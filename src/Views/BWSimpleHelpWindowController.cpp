@@ -3,6 +3,7 @@
 #include "Model/BWLocalizationManager.h"
 #include "Views/BWShortcutTable.h"
 #include "Views/BWSupportMail.h"
+#include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWProgramHead.h"
 
@@ -14,7 +15,6 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
-#include <QShortcut>
 #include <QStyle>
 #include <utility>
 
@@ -41,12 +41,18 @@ QPushButton *pushButton(const QString &icon)
     return button;
 }
 
+void makeCopyable(QLabel &label)
+{
+    label.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label.setFocusPolicy(Qt::StrongFocus);
+}
+
 /// To be copied, for those who write or look it up elsewhere.
 QLabel *addressLabel(const QString &address)
 {
     QLabel *made = label(false);
     made->setText(address);
-    made->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    makeCopyable(*made);
     return made;
 }
 
@@ -75,7 +81,7 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
       m_shortcutsView(new QScrollArea),
       m_shortcuts(new BWShortcutTable)
 {
-    m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    makeCopyable(*m_problem);
     m_problem->hide();
     auto *line = new QFrame;
     line->setFrameShape(QFrame::HLine);
@@ -99,8 +105,7 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
 
     connect(m_faqButton, &QPushButton::clicked, this, &BWSimpleHelpWindowController::onFrequentlyAskedQuestions);
     connect(m_supportButton, &QPushButton::clicked, this, &BWSimpleHelpWindowController::onWriteToSupport);
-    for (const auto key : {QKeySequence::Close, QKeySequence::Cancel})
-        connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
+    new BWClosingKeys(*this);
 }
 
 QLayout *BWSimpleHelpWindowController::ways()

@@ -27,20 +27,35 @@ class Element:
 
     def is_called(self, name):
         """By its own name or by that of its label. A combo box is named after its choice, so only the label tells."""
-        if self.name == name:
-            return True
-        labels = self._atspi.RelationType.LABELLED_BY
-        return any(relation.get_target(index).get_name() == name
-                   for relation in self._accessible.get_relation_set() or []
-                   if relation.get_relation_type() == labels for index in range(relation.get_n_targets()))
+        return self.name == name or any(label.get_name() == name for label in self._labels())
+
+    def _labels(self):
+        for relation in self._accessible.get_relation_set() or []:
+            if relation.get_relation_type() == self._atspi.RelationType.LABELLED_BY:
+                yield from map(relation.get_target, range(relation.get_n_targets()))
 
     @property
     def area(self):
-        extents = self._accessible.get_component_iface().get_extents(self._atspi.CoordType.SCREEN)
+        component = self._accessible.get_component_iface()
+        if not component:  # the corner of a table
+            return Area(0, 0, 0, 0)
+        extents = component.get_extents(self._atspi.CoordType.SCREEN)
         return Area(extents.x, extents.y, extents.width, extents.height)
 
     def has_state(self, name):
         return self._accessible.get_state_set().contains(getattr(self._atspi.StateType, name.upper()))
+
+    @property
+    def actions(self):
+        """What a screen reader can do to it, but for giving it the focus."""
+        actions = self._accessible.get_action_iface()
+        names = [actions.get_action_name(index) for index in range(actions.get_n_actions())] if actions else []
+        return [name for name in names if name != "SetFocus"]
+
+    @property
+    def label(self):
+        """The name of the element that labels it, or nothing."""
+        return next((target.get_name() for target in self._labels()), "")
 
     @property
     def showing(self):

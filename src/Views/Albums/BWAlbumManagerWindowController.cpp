@@ -6,6 +6,7 @@
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+#include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWFilePanels.h"
 #include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWIcons.h"
@@ -16,6 +17,7 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QToolButton>
@@ -68,6 +70,7 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
       m_albums(albums),
       m_surroundings(std::move(surroundings)),
       m_popUp(new QComboBox),
+      m_popUpLabel(new QLabel(this)),
       m_add(toolButton(u"list-add"_s)),
       m_remove(toolButton(u"list-remove"_s)),
       m_tabs(new BWLightTabView),
@@ -120,6 +123,8 @@ void BWAlbumManagerWindowController::layOut()
     m_popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_popUp->setMinimumContentsLength(shortestTitle);
     m_popUp->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_popUpLabel->hide(); // for screen readers, to whom a pop-up has no other name
+    m_popUpLabel->setBuddy(m_popUp);
     m_tabs->setDocumentMode(true);
     m_tabs->addTab(m_images, QString());
     m_tabs->addTab(m_videos, QString());
@@ -172,7 +177,7 @@ void BWAlbumManagerWindowController::connectParts()
         m_model->removeIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
     });
     connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_trashing.get(), &BWAlbumTrashing::undo);
-    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
+    new BWClosingKeys(*this);
 }
 
 void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -189,7 +194,7 @@ void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &
     name(m_add, manager.text(u"album_manager"_s, u"add_album_button"_s, u"Add album"_s));
     name(m_remove, manager.text(u"album_manager"_s, u"delete_album_button"_s, u"Delete album"_s));
     m_texts.localizeWithManager(manager);
-    m_popUp->setAccessibleName(manager.text(u"album_manager"_s, u"album_pop_up"_s, u"Album"_s));
+    m_popUpLabel->setText(manager.text(u"album_manager"_s, u"album_pop_up"_s, u"Album"_s));
     m_footer->localize(manager);
     m_model->setWords({manager.text(u"album_manager"_s, u"image_word"_s, u"image"_s),
                        manager.text(u"album_manager"_s, u"video_word"_s, u"video"_s)});

@@ -17,6 +17,7 @@ class BWFilePanels;
 class BWLightTabView;
 class BWUserDefaults;
 class QComboBox;
+class QLabel;
 class QToolButton;
 
 /// The album window: which album is current, its images and videos as grids of thumbnails, and what is done with them.
@@ -74,6 +75,7 @@ private:
     Surroundings m_surroundings;
     BWAlbumTexts m_texts;
     QComboBox *m_popUp;
+    QLabel *m_popUpLabel;
     QToolButton *m_add;
     QToolButton *m_remove;
     BWLightTabView *m_tabs;

@@ -8,6 +8,7 @@
 #include "Views/Settings/BWAutoSettingViewController.h"
 #include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
+#include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWWindowPlacement.h"
 
@@ -15,7 +16,6 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QShortcut>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -65,7 +65,7 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
     connect(m_saveAsDefaultButton, &QPushButton::clicked, this, &BWAdvancedSettingsWindowController::onSaveAsDefault);
     connect(m_restoreDefaultsButton, &QPushButton::clicked, this,
             &BWAdvancedSettingsWindowController::onRestoreDefaults);
-    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
+    new BWClosingKeys(*this);
     m_followTimer.setInterval(1s);
     connect(&m_followTimer, &QTimer::timeout, this, &BWAdvancedSettingsWindowController::follow);
     new BWFrameAutosave(*this, u"advanced_settings"_s, defaults);

@@ -7,12 +7,12 @@
 #include "Views/BWCameraTitles.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
+#include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWWindowPlacement.h"
 
 #include <QComboBox>
 #include <QPushButton>
-#include <QShortcut>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -66,8 +66,7 @@ void BWSettingsWindowController::connectControls()
     onActivated(m_form->rememberLayout, &BWSettingsWindowController::onRememberLayout);
     connect(m_form->restoreLayout, &QPushButton::clicked, this, &BWSettingsWindowController::onRestoreLayout);
     connect(m_form->advancedSettings, &QPushButton::clicked, this, &BWSettingsWindowController::onAdvancedSettings);
-    for (const auto key : {QKeySequence::Close, QKeySequence::Cancel})
-        connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
+    new BWClosingKeys(*this);
 }
 
 void BWSettingsWindowController::localizeWithManager(BWLocalizationManager &manager)

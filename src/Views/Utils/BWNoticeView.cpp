@@ -85,6 +85,7 @@ QString BWNoticeView::explanation() const
 void BWNoticeView::addContent(QWidget *widget)
 {
     m_column->addWidget(widget);
+    m_heading->setBuddy(widget); // a pop-up has no other name to screen readers
 }
 
 QPushButton *BWNoticeView::addButton()

@@ -1,0 +1,190 @@
+"""Goes through a window with the keyboard alone, and tells what a person who does so, or who hears it, would miss."""
+
+import time
+
+from desktop import PATIENCE, Failure
+
+USED = {"push button", "toggle button", "check box", "radio button", "combo box", "slider", "spin button", "text",
+        "entry", "list item", "table cell", "page tab", "link"}
+NOTHING_IN_PARTICULAR = {"filler", "panel", "unknown", "invalid"}
+ARROW_KEYS_LEAD_THROUGH = {"table", "page tab list"}
+
+
+class Node:
+    def __init__(self, element, parent):
+        self.element, self.parent = element, parent
+        self.role, self.area = element.role, element.area
+        self.name = element.label if self.role == "combo box" else element.name or element.label
+        self.enabled, self.focusable = element.has_state("enabled"), element.has_state("focusable")
+
+    def __str__(self):
+        return f'{self.role} "{self.name}" at {self.area.x},{self.area.y}'
+
+    def within(self, roles):
+        """The nearest of those that hold it, among those roles."""
+        holder = self.parent
+        while holder and holder.role not in roles:
+            holder = holder.parent
+        return holder
+
+    def is_used(self):
+        """Whether a person does something with it. What is left out here is used by way of another element."""
+        if self.within({"combo box"}):  # the items are those of the box, which shows them when asked to
+            return False
+        if self.within({"menu bar"}):  # a walk of its own
+            return False
+        if self.role == "scroll bar":  # the keys that move in what it belongs to scroll that
+            return False
+        if self.role == "table cell" and not self.element.has_state("selectable"):  # behind the last file
+            return False
+        if any(child.role == "page tab list" for child in self.element.children()):  # which has the focus in its place
+            return False
+        return self.role in USED or self.focusable or bool(self.element.actions)
+
+    def has_focus(self):
+        # The tab that is chosen and the cell where the keys would go on always say so.
+        focused = self.focusable and self.element.has_state("focused")
+        holder = self.within(ARROW_KEYS_LEAD_THROUGH)
+        return focused and (not holder or holder.element.has_state("focused"))
+
+    def surrounds(self, other):
+        return (self.area.x <= other.area.x and self.area.x + self.area.width >= other.area.x + other.area.width and
+                self.area.y <= other.area.y and self.area.y + self.area.height >= other.area.y + other.area.height)
+
+    def leads_on_to(self, other):
+        """As the eye goes: to the right or down, into the next column as well."""
+        return (other.area.x >= self.area.x + self.area.width - 2 or
+                other.area.y >= self.area.y + self.area.height - 2 or self.surrounds(other) or other.surrounds(self))
+
+
+class KeyboardWalk:
+    """Of a window that has the keyboard."""
+
+    def __init__(self, desktop, window):
+        self._desktop = desktop
+        self.problems = []
+        self._nodes = list(self._showing(window, None))
+        # What an alert says can be marked with the mouse; the keys copy all of it at once.
+        self._used = [node for node in self._nodes
+                      if node.is_used() and (window.role, node.role) != ("alert", "label")]
+
+    def _showing(self, element, parent):
+        for child in element.children():
+            if child.showing:
+                node = Node(child, parent)
+                yield node
+                yield from self._showing(child, node)
+
+    def run(self):
+        """The problems, in words."""
+        self._look_at_names()
+        forward = self._round("Tab")
+        backward = self._round("shift+Tab")
+        if backward != [forward[0], *reversed(forward[1:])]:
+            self.problems.append("Shift+Tab does not lead back: " + ", ".join(map(str, backward)))
+        back = [f"{one} -> {other}" for one, other in zip(forward, [*forward[1:], forward[0]])
+                if not one.leads_on_to(other)]
+        if len(back) > 1:  # from the last to the first
+            self.problems.append("Tab jumps about: " + "; ".join(back))
+        self._look_for_missed(forward)
+        return self.problems
+
+    def _look_at_names(self):
+        for node in self._used:
+            if not node.name:
+                self.problems.append(f"without a name: {node}")
+            if node.role in NOTHING_IN_PARTICULAR and node.element.actions:
+                self.problems.append(f"without a role: {node}")
+
+    def _look_for_missed(self, reached):
+        reached = {*reached, *(node.parent for node in reached)}  # a table is where its cells are
+        missed = [node for node in self._used if node.enabled and node not in reached]
+        for holder in [node for node in reversed(self._nodes) if node in {one.within(ARROW_KEYS_LEAD_THROUGH)
+                                                                          for one in missed}]:
+            by_arrows = self._arrows(holder)
+            missed = [node for node in missed if node not in by_arrows]
+        self.problems += [f"not to be reached with the keyboard: {node}" for node in missed]
+
+    def _focused(self):
+        """The innermost of those that have the focus. What only surrounds a widget or lies in it tells it as well."""
+        return next((node for node in reversed(self._nodes) if node.has_focus()), None)
+
+    def _press(self, key):
+        """What has the focus then. Where the key leads nowhere that takes a moment to be seen."""
+        before = self._focused()
+        self._desktop.key(key)
+        end = time.monotonic() + PATIENCE
+        while self._focused() in (before, None) and time.monotonic() < end:
+            time.sleep(0.01)
+        return self._focused()
+
+    def _round(self, key):
+        """What gets the focus one after the other, until one comes again."""
+        found = []
+        node = self._focused() or self._press(key)
+        while node and node not in found:
+            found.append(node)
+            node = self._press(key)
+        if not node:
+            raise Failure(f"{key} leads to nothing known after {found[-1] if found else 'nothing'}")
+        return found
+
+    def _arrows(self, holder):
+        for _ in self._used:
+            if (node := self._focused()) and holder in (node, node.parent):
+                break
+            self._press("Tab")
+        found = []
+        node = self._press("Home")
+        while node not in found:
+            found.append(node)
+            node = self._press("Right")
+        for _ in found[1:]:
+            self._press("Left")
+        return found
+
+
+class MenuWalk:
+    """Of the menu bar of a window that has the keyboard: each item in turn, as the arrow keys reach it."""
+
+    def __init__(self, desktop, window):
+        self._desktop = desktop
+        self._bar = next(element for element in window.children() if element.role == "menu bar")
+        self.problems = []
+
+    def run(self):
+        self._desktop.key("alt")
+        for menu in [item for item in self._bar.children() if item.showing]:
+            self._expect(menu)
+            self._desktop.key("Down")
+            self._walk(menu)
+            self._desktop.key("Escape")
+            self._desktop.key("Right")
+        self._desktop.key("Escape")
+        return self.problems
+
+    def _walk(self, menu):
+        popup = next(menu.children())
+        for item in [item for item in popup.children() if item.showing and item.role != "separator"]:
+            if not item.has_state("enabled"):
+                self._named(item)
+                continue
+            self._expect(item)
+            if "ShowMenu" in item.actions:
+                self._desktop.key("Right")
+                self._walk(item)
+                self._desktop.key("Left")
+            self._desktop.key("Down")
+
+    def _named(self, item):
+        if not item.name:
+            self.problems.append(f"without a name: {item.role} at {item.area}")
+
+    def _expect(self, item):
+        self._named(item)
+        end = time.monotonic() + 5 * PATIENCE
+        while not item.has_state("focused"):
+            if time.monotonic() > end:
+                self.problems.append(f'the arrow keys do not reach: {item.role} "{item.name}"')
+                return
+            time.sleep(0.02)

@@ -1,0 +1,111 @@
+#!/usr/bin/python3
+"""Every window of the real program, for those who use the keyboard alone or a screen reader: all that can be used has a
+name and is reached by keys, in an order that makes sense; Escape closes what may be closed and leads back.
+
+usage: test_accessibility.py PROGRAM
+"""
+
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from desktop import Desktop, wait_until  # noqa: E402
+from keyboard_walk import KeyboardWalk, MenuWalk  # noqa: E402
+from program import Program  # noqa: E402
+
+PROGRAM = None
+CAMERA = "High Resolution Microscope 1"
+MAIN = ("frame", "BrimwellPro")
+
+
+class Accessibility(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop())
+
+    def start(self, *arguments):
+        self.program = Program(self.desktop, [PROGRAM, *arguments])
+
+    def active(self, role, name=None):
+        """The window once it has the keyboard."""
+        return wait_until(f'the {role} "{name or ""}" has the keyboard', lambda: next(
+            (window for window in self.program.windows() if window.role == role and name in (None, window.name) and
+             window.has_state("active")), None))
+
+    def walk(self, role, name=None):
+        window = self.active(role, name)
+        self.assertEqual(KeyboardWalk(self.desktop, window).run(), [], window.name)
+
+    def turn_to(self, role, name):
+        """As one does without a mouse."""
+        def there():
+            if any(window.name == name and window.has_state("active") for window in self.program.windows()):
+                return True
+            self.switches += 1
+            keys = ["keydown", "alt", *["key", "Tab"] * self.switches, "keyup", "alt"]
+            self.desktop.input(*keys)
+            return False
+
+        self.switches = 0
+        wait_until(f'"{name}" has the keyboard', there, step=0.5)
+
+    def escape(self, name):
+        """Closes the window, which leads back to the camera window."""
+        self.desktop.key("Escape")
+        wait_until(f'"{name}" is gone', lambda: all(window.name != name for window in self.program.windows()))
+        self.active(*MAIN)
+
+    def hand(self, action):
+        self.program.click("push button", f"{CAMERA}: {action}")
+
+    def test_with_a_camera(self):
+        album = self.desktop.home / "BrimwellPro" / "Default Album"
+        album.mkdir(parents=True)
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=320x240", "-frames:v", "3",
+                        album / "20240607_image_%03d.jpg"], check=True)
+        self.start("--simulate", "high", "--technician")
+        self.walk("dialog", "Which camera is this?")
+        self.desktop.key("Return")
+
+        self.walk(*MAIN)
+        self.assertEqual(MenuWalk(self.desktop, self.program.window(*MAIN)).run(), [])
+        for keys, name in ((("ctrl+comma",), "Settings"), (("F8",), "Advanced settings"), (("F9",), "Albums"),
+                           (("F1",), "Help"), (("alt+t", "g"), "Grid debugger"), (("alt+t", "r"), "Register debugger")):
+            for key in keys:
+                self.desktop.key(key)
+            self.program.wait_for("frame", name)
+            if name == "Albums":
+                self.program.click("table cell", "20240607_image_001, image")  # there is more to do with one selected
+                self.program.wait_for("label", "Selected: 1 of 3")
+            self.turn_to("frame", name)
+            self.walk("frame", name)
+            if name == "Albums":
+                self.desktop.key("Escape")  # the first one is for what is selected
+                self.program.wait_for("label", "Total: 3")
+            self.escape(name)
+
+        self.turn_to("frame", "Simulated cameras")
+        self.walk("frame", "Simulated cameras")
+        self.program.click("combo box", f"{CAMERA}: Start")
+        for key in ("Home", "Down", "Return"):
+            self.desktop.key(key)
+        self.hand("Unplug")
+        self.turn_to("dialog", "The camera was unplugged")
+        self.walk("dialog", "The camera was unplugged")
+        self.hand("Plug In")
+        self.walk("alert")
+
+    def test_without_a_camera(self):
+        self.start()
+        self.walk("dialog", "Welcome to BrimwellPro")
+        self.desktop.key("Escape")  # nothing is behind it
+        self.desktop.key("Tab")
+        self.walk("dialog", "Welcome to BrimwellPro")
+        self.desktop.key("space")
+        self.assertEqual(self.program.wait_for_end(), 0)
+
+
+if __name__ == "__main__":
+    PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
