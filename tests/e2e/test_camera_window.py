@@ -2,9 +2,10 @@
 """What becomes of the camera window when cameras come, go, are pressed and are held by others: the real program, used
 through its window and the window of simulated cameras.
 
-usage: test_camera_window.py PROGRAM
+usage: test_camera_window.py PROGRAM LATE_CAMERA
 """
 
+import json
 import os
 import signal
 import subprocess
@@ -18,16 +19,17 @@ from desktop import Desktop, wait_until  # noqa: E402
 from live_image import LiveImage, colours  # noqa: E402
 from program import Program  # noqa: E402
 
-PROGRAM = None
+PROGRAM = LATE_CAMERA = None
 CAMERA = "High Resolution Microscope 1"
 
 
 class CameraWindow(unittest.TestCase):
     def setUp(self):
         self.desktop = self.enterContext(Desktop())
+        self.settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
 
-    def start(self, *arguments):
-        self.program = Program(self.desktop, [PROGRAM, *arguments])
+    def start(self, *arguments, program=None):
+        self.program = Program(self.desktop, [program or PROGRAM, *arguments])
         self.live = LiveImage(self.desktop, self.program.wait_for(None, "Live image").area)
 
     def start_with_picture(self, *arguments):
@@ -36,7 +38,7 @@ class CameraWindow(unittest.TestCase):
         self.wait_for_picture()
 
     def confirm_product(self):
-        question = self.program.wait_for("dialog")
+        question = self.program.wait_for("dialog", "Which camera is this?")
         wait_until("the question has the keyboard", lambda: question.has_state("active"))
         self.desktop.key("Return")
         wait_until("the question is answered", lambda: not self.program.window("dialog"))
@@ -84,9 +86,8 @@ class CameraWindow(unittest.TestCase):
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
 
     def test_captures_in_a_hurry(self):
-        settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
-        settings.parent.mkdir(parents=True, exist_ok=True)
-        settings.write_text("[General]\nbwp2x_video_button=yes\n")
+        self.settings.parent.mkdir(parents=True, exist_ok=True)
+        self.settings.write_text("[General]\nbwp2x_video_button=yes\n")
         self.start_with_picture()
         live = self.program.wait_for(None, "Live image").area
         self.hand("Press Button")
@@ -197,7 +198,87 @@ class CameraWindow(unittest.TestCase):
         self.wait_for_picture()
         self.quit()
 
+    def stored_products(self):
+        key = "bwp2x_product_for_camera="
+        line = next(line for line in self.settings.read_text().splitlines() if line.startswith(key))
+        return json.loads(line.removeprefix(key).replace('\\"', '"').strip('"'))
+
+    def test_product_is_asked_for_until_it_is_known(self):
+        self.start("--simulate", "high")
+        self.program.click("push button", "Ask Me Later")
+        wait_until("the question is gone", lambda: not self.program.window("dialog"))
+        self.wait_for_picture()
+        self.assertEqual(self.stored_products(), {})
+        self.quit()
+        self.start("--simulate", "high")
+        self.program.click("combo box", "Which camera is this?")
+        self.desktop.key("Down")
+        self.desktop.key("Return")
+        self.confirm_product()
+        self.assertEqual(self.stored_products(), {"wired_high": "mx50_40"})
+        self.quit()
+        self.start("--simulate", "high")
+        self.program.wait_for(None, "Live streaming with: Digital Microscope MX50/MX40")
+        self.wait_for_picture()
+        time.sleep(1)
+        self.assertIsNone(self.program.window("dialog"))
+        self.quit()
+
+    def choose_camera(self, name):
+        """In the settings window."""
+        self.program.click("combo box", "Camera")
+        item = next(item for item in self.program.wait_for("combo box", "Camera").descendants() if item.name == name)
+        wait_until("the list is open", lambda: item.area.height > 0)
+        self.desktop.key("Home" if name == self.cameras()[0] else "End")
+        self.desktop.key("Return")
+
+    def cameras(self):
+        """What the settings window offers."""
+        box = self.program.wait_for("combo box", "Camera")
+        return [item.name for item in box.descendants() if item.role == "list item"]
+
+    def test_two_cameras_of_one_name(self):
+        name, second = "High Resolution Microscope", "High Resolution Microscope (2)"
+        self.start_with_picture("--simulate", "high")
+        self.desktop.key("ctrl+comma")
+        self.program.wait_for("frame", "Settings")  # lies over the picture and what else there is to click on
+        self.desktop.input("search", "--name", "^Settings$", "windowmove", "--sync", 900, 20)
+        self.assertEqual(self.cameras(), [name, second])
+        self.choose_camera(second)
+        wait_until("the second one streams", lambda: self.program.log.count("Camera session: streaming") == 2)
+        self.assertEqual(self.program.wait_for("combo box", "Camera").name, second)
+        self.wait_for_picture()
+        self.hand("Unplug")  # the first
+        wait_until("one is left", lambda: self.cameras() == [name])
+        self.hand("Plug In")
+        wait_until("it is the second now", lambda: self.cameras() == [name, second])
+        self.choose_camera(second)
+        wait_until("that one streams", lambda: self.program.log.count("Camera session: streaming") == 3)
+        self.hand("Unplug")  # of two cameras, the one in use
+        wait_until("the other takes over", lambda: self.program.log.count("Camera session: streaming") == 4)
+        self.assertEqual(self.cameras(), [name])
+        self.assertIsNone(self.program.window("dialog"))
+        self.wait_for_picture()
+        self.quit()
+
+    def test_camera_comes_in_time(self):
+        self.start("1", "0", program=LATE_CAMERA)
+        self.confirm_product()
+        self.wait_for_picture()
+        self.assertNotIn("Camera session: no camera", self.program.log)
+        self.quit()
+
+    def test_camera_comes_late(self):
+        self.start("3", "2", program=LATE_CAMERA)
+        welcome = self.program.wait_for("dialog", "Welcome to BrimwellPro")
+        self.assertNotIn("getting it ready", self.program.outline())
+        self.program.wait_for(None, "Camera found, getting it ready…")
+        self.confirm_product()
+        wait_until("the welcome is over", lambda: not welcome.showing)
+        self.wait_for_picture()
+        self.quit()
+
 
 if __name__ == "__main__":
-    PROGRAM = sys.argv.pop(1)
+    PROGRAM, LATE_CAMERA = sys.argv.pop(1), sys.argv.pop(1)
     unittest.main(verbosity=2)

@@ -186,8 +186,11 @@ void BWSettingsWindowController::resetLayout(const QWidget &cameraWindow)
 
 void BWSettingsWindowController::setVisible(bool visible)
 {
-    if (visible && !isVisible() && std::exchange(m_mustPlace, false))
-        resetLayout(*m_cameraWindow);
+    if (visible && !isVisible()) {
+        adjustSize(); // if its size changed only when it is shown, its place would be taken for that of the content
+        if (std::exchange(m_mustPlace, false))
+            resetLayout(*m_cameraWindow);
+    }
     QWidget::setVisible(visible);
 }
 

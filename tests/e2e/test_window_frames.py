@@ -1,0 +1,145 @@
+#!/usr/bin/python3
+"""Where the windows of the real program are: as they were left, unless that is not wished for.
+
+usage: test_window_frames.py PROGRAM
+"""
+
+import re
+import sys
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from desktop import Desktop, wait_until  # noqa: E402
+from program import Area, Program  # noqa: E402
+
+PROGRAM = None
+SCREEN = (1600, 1600)  # there is room below the camera window
+OPENED = {"Settings": "ctrl+comma", "Advanced settings": "F8", "Albums": "F9"}
+SIZE = (977, 550)
+
+
+class WindowFrames(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop(size=SCREEN))
+        self.settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
+        self.settings.parent.mkdir(parents=True)
+        # The question for the product would stand in the way.
+        self.settings.write_text('[General]\nbwp2x_product_for_camera="{\\"wired_high\\":\\"mx50_40\\"}"\n')
+
+    def start(self):
+        self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"])
+        self.program.wait_for(None, "Live streaming with: Digital Microscope MX50/MX40")
+        for name, key in OPENED.items():
+            self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
+            self.desktop.key(key)
+            self.program.wait_for("frame", name)
+
+    def quit(self):
+        self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
+        self.desktop.key("ctrl+q")
+        self.assertEqual(self.program.wait_for_end(), 0)
+
+    def window(self, name):
+        found = self.desktop.output(["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"]).split()
+        return found[-1].decode()
+
+    def content(self, name):
+        lines = self.desktop.output(["xwininfo", "-id", self.window(name)]).decode()
+        keys = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
+        return Area(*(int(re.search(rf"{key}: +(-?\d+)", lines)[1]) for key in keys))
+
+    def frame(self, name):
+        extents = self.desktop.output(["xprop", "-id", self.window(name), "_NET_FRAME_EXTENTS"]).decode()
+        left, right, top, bottom = map(int, re.findall(r"\d+", extents.split("=")[1]))
+        area = self.content(name)
+        return Area(area.x - left, area.y - top, area.width + left + right, area.height + top + bottom)
+
+    def frames(self):
+        return {name: self.frame(name) for name in ("BrimwellPro", *OPENED)}
+
+    def place(self, name, x, y, width=None, height=None):
+        window = self.window(name)
+        if width:
+            self.desktop.input("windowsize", "--sync", window, width, height)
+        self.desktop.input("windowmove", "--sync", window, x, y)
+
+    def leave_apart(self):
+        """Each at a place and, where that can be, in a size that nothing but the user would choose."""
+        self.place("BrimwellPro", 31, 47, 903, 601)
+        self.place("Settings", 1010, 60)
+        self.place("Advanced settings", 90, 800, 700, 420)
+        self.place("Albums", 1100, 520, 333, 444)
+        return self.frames()
+
+    def assert_put_back(self):
+        """To the places that are made for them."""
+        main, screen = self.content("BrimwellPro"), Area(0, 0, *SCREEN)
+        self.assertEqual(main.width, SIZE[0])
+        menu = main.height - SIZE[1]
+        self.assertTrue(0 < menu < 40, main)
+        self.assertEqual(self.frame("BrimwellPro")[:2],
+                         (SCREEN[0] // 2 - main.width // 2, SCREEN[1] // 2 - main.height // 2))
+        main = self.frame("BrimwellPro")
+        for name in ("Settings", "Advanced settings"):
+            frame = self.frame(name)
+            self.assertAlmostEqual(frame.x + frame.width / 2, main.x + main.width / 2, delta=1, msg=name)
+            self.assertEqual(frame.y, main.y + main.height, name)
+        albums = self.frame("Albums")
+        self.assertEqual(self.content("Albums")[2:], (287, 550))
+        self.assertEqual(albums.x, min(main.x + main.width, screen.width - albums.width))
+        self.assertEqual(albums.y + albums.height, main.y + main.height)
+
+    def wait_until_put_back(self):
+        def put_back():
+            try:
+                self.assert_put_back()
+            except AssertionError as error:
+                self.problem = error
+                return False
+            return True
+
+        try:
+            wait_until("the windows are where they belong", put_back, seconds=5)
+        except Exception:
+            raise self.problem from None
+
+    def test_remembered(self):
+        self.start()
+        left = self.leave_apart()
+        self.quit()
+        stored = self.settings.read_text()
+        for name in ("main", "settings", "advanced_settings", "albums"):
+            self.assertIn(f"bwp2x_frame_{name}=", stored)
+        self.start()
+        self.assertEqual(self.frames(), left)
+        self.quit()
+
+    def test_put_back(self):
+        self.start()
+        self.wait_until_put_back()  # as it is the first start
+        self.leave_apart()
+        self.program.activate(self.program.wait_for("frame", "Settings"))
+        self.program.click("push button", "Restore layout")
+        self.wait_until_put_back()
+        self.quit()
+        self.start()
+        self.wait_until_put_back()
+        self.quit()
+
+    def test_not_remembered(self):
+        self.start()
+        self.leave_apart()
+        self.program.click("combo box", "Remember window layout")
+        for key in ("End", "Return"):
+            self.desktop.key(key)
+        wait_until("that is stored", lambda: "bwp2x_remember_layout=no" in self.settings.read_text())
+        self.quit()
+        self.start()
+        self.wait_until_put_back()
+        self.quit()
+
+
+if __name__ == "__main__":
+    PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
