@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """The program itself on real device nodes: a USB camera that is pressed, marred, pulled out and held by others, and
-the kernel's virtual video devices. Runs in the machine.
+the kernel's virtual video devices; what a camera is told when the user saves values. Runs in the machine.
 
 Usage: test_program.py PROGRAM FRAMES [TEST...]; FRAMES is a folder made by make_frames.
 """
@@ -53,7 +53,8 @@ class ProgramTest(unittest.TestCase):
         folder = self.desktop.home / ".config" / "BrimwellPro"
         folder.mkdir(parents=True)
         text = json.dumps(products, separators=(",", ":")).replace('"', '\\"')
-        (folder / "BrimwellPro.conf").write_text(f'[General]\nbwp2x_product_for_camera="{text}"\n')
+        self.settings = folder / "BrimwellPro.conf"
+        self.settings.write_text(f'[General]\nbwp2x_product_for_camera="{text}"\n')
         (folder / "cameras.json").write_text(json.dumps({"cameras": list(table)}))
 
     def start(self):
@@ -121,6 +122,60 @@ class ProgramTest(unittest.TestCase):
         self.press_keys("ctrl+q")
         self.assertEqual(self.program.wait_for_end(PATIENCE), 0)
         print(self.program.log)
+
+    def test_saved_values(self):
+        """A value changed with the keys and saved is there at the next start; all are as they were when the camera was
+        new when that is wished, as far as the device can go."""
+        self.configure([{"usb": "1209:0001", "type": "regular_microscope"}], wired_regular="dx70")
+        self.plug("scope", "rate=1")
+        self.start_streaming()
+        self.wait_for_controls(brightness=64)
+        self.press_in_advanced_settings(*["Tab"] * 10, *["Left"] * 3)
+        self.wait_for_controls(brightness=61)
+        self.press_in_advanced_settings(*["shift+Tab"] * 11, "space")
+        self.wait("it is saved", lambda: self.stored("bwp2x_product_dx70").get("3") == 61)
+        self.press_keys("ctrl+q")
+        self.assertEqual(self.program.wait_for_end(PATIENCE), 0)
+
+        self.v4l2("--set-ctrl", "brightness=5")
+        self.start_streaming()
+        self.wait_for_controls(brightness=61)
+        self.press_in_advanced_settings("shift+Tab", "shift+Tab", "space")
+        self.wait_for_controls(hue=0, contrast=13, saturation=15, brightness=64, sharpness=6, gamma=75,
+                               white_balance_automatic=0, white_balance_temperature=2800)
+        self.assertEqual(self.stored("bwp2x_product_dx70"), {
+            "resolution": "640x480", "0": 0, "1": 13, "2": 15, "3": 167, "4": 15, "5": 75, "7": 90, "8": 0})
+
+    def start_streaming(self):
+        self.start()
+        self.wait_for_stream("scope")
+        self.press_keys("F8")
+        self.advanced = self.wait("the advanced settings", lambda: self.windows("--name", "^Advanced settings$"))[0]
+
+    def press_in_advanced_settings(self, *keys):
+        self.desktop.input("windowactivate", "--sync", self.advanced)
+        for key in keys:
+            self.desktop.key(key)
+
+    def v4l2(self, *arguments):
+        node = self.wait("a node", lambda: self.node("scope"))
+        return subprocess.run(["v4l2-ctl", "-d", str(node), *arguments], check=True, capture_output=True,
+                              text=True).stdout
+
+    def wait_for_controls(self, **wished):
+        """In the device, as another program reads them."""
+        def reached():
+            self.values = dict(re.findall(r"(\w+): (-?\d+)", self.v4l2("--get-ctrl", ",".join(wished))))
+            return self.values == {name: str(value) for name, value in wished.items()}
+
+        try:
+            self.wait(f"the device has {wished}", reached)
+        finally:
+            print("the device has", self.values)
+
+    def stored(self, key):
+        line = next((line for line in self.settings.read_text().splitlines() if line.startswith(key + "=")), "={}")
+        return json.loads(line.partition("=")[2].replace('\\"', '"').strip('"'))
 
     def held_by_another_program(self):
         node = self.wait("a node", lambda: self.node("scope"))
