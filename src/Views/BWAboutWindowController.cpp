@@ -1,6 +1,7 @@
 #include "Views/BWAboutWindowController.h"
 
 #include "Model/BWLocalizationManager.h"
+#include "Views/Utils/BWCopyableText.h"
 #include "Views/Utils/BWProgramHead.h"
 
 #include <algorithm>
@@ -38,7 +39,7 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
       m_licencesNote(label()),
       m_closeButton(new QPushButton)
 {
-    m_version->setTextInteractionFlags(Qt::TextSelectableByMouse); // for those who report a fault
+    makeBWTextCopyable(*m_version); // for those who report a fault
     m_licencesNote->setWordWrap(true);
     m_librariesLabel->setBuddy(m_libraries);
     m_libraries->setRootIsDecorated(false);
@@ -62,6 +63,7 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
     column->addWidget(m_licencesNote);
     column->addSpacing(rowSpacing);
     column->addWidget(m_closeButton, 0, Qt::AlignRight);
+    m_libraries->setFocus();
     connect(m_closeButton, &QPushButton::clicked, this, &QWidget::close);
 }
 
@@ -73,6 +75,7 @@ void BWAboutWindowController::localizeWithManager(BWLocalizationManager &manager
     m_description->setText(manager.text(u"about_window"_s, u"description_label"_s,
                                         u"Looks through digital microscopes and examination scopes."_s));
     m_librariesLabel->setText(manager.text(u"about_window"_s, u"libraries_label"_s, u"&Libraries in use:"_s));
+    m_libraries->setAccessibleName(m_librariesLabel->text().remove(u'&')); // to screen readers it has no label
     m_libraries->setHeaderLabels({manager.text(u"about_window"_s, u"library_column"_s, u"Library"_s),
                                   manager.text(u"about_window"_s, u"version_column"_s, u"Version"_s),
                                   manager.text(u"about_window"_s, u"licence_column"_s, u"Licence"_s)});

@@ -3,6 +3,7 @@
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Views/Utils/BWClosingKeys.h"
+#include "Views/Utils/BWCopyableText.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -45,10 +46,8 @@ BWGridDebuggerWindowController::BWGridDebuggerWindowController(Surroundings surr
     // The window must not jump with the digits.
     m_resultNumberTextField->setMinimumWidth(
         m_resultNumberTextField->fontMetrics().horizontalAdvance(oneDecimal(largestDistance)));
-    for (QLabel *field : {m_productNameTextField, m_resolutionTextField, m_resultNumberTextField}) {
-        field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-        field->setFocusPolicy(Qt::StrongFocus);
-    }
+    for (QLabel *field : {m_productNameTextField, m_resolutionTextField, m_resultNumberTextField})
+        makeBWTextCopyable(*field);
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(16, 16, 16, 16);
@@ -62,6 +61,7 @@ BWGridDebuggerWindowController::BWGridDebuggerWindowController(Surroundings surr
     grid->addWidget(m_distanceLabel, 2, 0, Qt::AlignRight);
     grid->addWidget(m_gridSlider, 2, 1);
     grid->addWidget(m_resultNumberTextField, 2, 2);
+    m_gridSlider->setFocus();
     connect(m_gridSlider, &QSlider::valueChanged, this, &BWGridDebuggerWindowController::onGridSlider);
     new BWClosingKeys(*this);
     updateResultNumber();

@@ -4,6 +4,7 @@
 #include "Views/BWShortcutTable.h"
 #include "Views/BWSupportMail.h"
 #include "Views/Utils/BWClosingKeys.h"
+#include "Views/Utils/BWCopyableText.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWProgramHead.h"
 
@@ -41,18 +42,12 @@ QPushButton *pushButton(const QString &icon)
     return button;
 }
 
-void makeCopyable(QLabel &label)
-{
-    label.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    label.setFocusPolicy(Qt::StrongFocus);
-}
-
 /// To be copied, for those who write or look it up elsewhere.
 QLabel *addressLabel(const QString &address)
 {
     QLabel *made = label(false);
     made->setText(address);
-    makeCopyable(*made);
+    makeBWTextCopyable(*made);
     return made;
 }
 
@@ -81,7 +76,7 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
       m_shortcutsView(new QScrollArea),
       m_shortcuts(new BWShortcutTable)
 {
-    makeCopyable(*m_problem);
+    makeBWTextCopyable(*m_problem);
     m_problem->hide();
     auto *line = new QFrame;
     line->setFrameShape(QFrame::HLine);

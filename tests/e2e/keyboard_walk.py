@@ -7,7 +7,7 @@ from desktop import PATIENCE, Failure
 USED = {"push button", "toggle button", "check box", "radio button", "combo box", "slider", "spin button", "text",
         "entry", "list item", "table cell", "page tab", "link"}
 NOTHING_IN_PARTICULAR = {"filler", "panel", "unknown", "invalid"}
-ARROW_KEYS_LEAD_THROUGH = {"table", "page tab list"}
+ARROW_KEYS_LEAD_THROUGH = {"table", "tree", "page tab list"}
 
 
 class Node:
@@ -29,7 +29,7 @@ class Node:
 
     def is_used(self):
         """Whether a person does something with it. What is left out here is used by way of another element."""
-        if self.within({"combo box"}):  # the items are those of the box, which shows them when asked to
+        if self.within({"combo box", "tree"}):  # the arrow keys of the toolkit lead through the items
             return False
         if self.within({"menu bar"}):  # a walk of its own
             return False

@@ -70,16 +70,18 @@ class Accessibility(unittest.TestCase):
 
         self.walk(*MAIN)
         self.assertEqual(MenuWalk(self.desktop, self.program.window(*MAIN)).run(), [])
-        for keys, name in ((("ctrl+comma",), "Settings"), (("F8",), "Advanced settings"), (("F9",), "Albums"),
-                           (("F1",), "Help"), (("alt+t", "g"), "Grid debugger"), (("alt+t", "r"), "Register debugger")):
+        for name, *keys in (("Settings", "ctrl+comma"), ("Advanced settings", "F8"), ("Albums", "F9"), ("Help", "F1"),
+                            ("Grid debugger", "alt+t", "g"), ("Register debugger", "alt+t", "r"),
+                            ("About BrimwellPro", "alt", "Left", "Down", "Down", "Return")):
             for key in keys:
                 self.desktop.key(key)
-            self.program.wait_for("frame", name)
+            role = "dialog" if name.startswith("About") else "frame"
+            self.program.wait_for(role, name)
             if name == "Albums":
                 self.program.click("table cell", "20240607_image_001, image")  # there is more to do with one selected
                 self.program.wait_for("label", "Selected: 1 of 3")
-            self.turn_to("frame", name)
-            self.walk("frame", name)
+            self.turn_to(role, name)
+            self.walk(role, name)
             if name == "Albums":
                 self.desktop.key("Escape")  # the first one is for what is selected
                 self.program.wait_for("label", "Total: 3")
