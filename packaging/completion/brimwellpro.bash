@@ -1,0 +1,24 @@
+# Completion of brimwellpro's options for bash.
+
+_brimwellpro() {
+    local word=${COMP_WORDS[COMP_CWORD]} before=("${COMP_WORDS[@]:0:COMP_CWORD}")
+    # "=" is a word of its own, in --simulate=TYPE as in --simulate TYPE=PATH.
+    if [ "$word" = "=" ]; then
+        before+=("=")
+        word=
+    fi
+    case "${before[*]: -2}" in
+    *" --simulate" | "--simulate =")
+        compopt -o nospace
+        mapfile -t COMPREPLY < <(compgen -W "dx20 regular high ultra wireless" -- "$word")
+        ;;
+    *" =")
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        ;;
+    *)
+        mapfile -t COMPREPLY < <(compgen -W "--simulate --technician --list-cameras --version --help" -- "$word")
+        ;;
+    esac
+}
+complete -F _brimwellpro brimwellpro

@@ -1,0 +1,94 @@
+#!/usr/bin/python3
+"""What is in the Debian package, by Debian's own tools, and whether its parts agree with each other.
+
+usage: test_content.py FOLDER_OF_DEB
+"""
+
+import gzip
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+SOURCES = HERE.parents[1]
+OPTION = re.compile(r"--[a-z][a-z-]+")
+DEB = None
+
+
+def run(*command, **options):
+    """What it prints on both outputs; a failure is one of the test."""
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, **options)
+    if done.returncode != 0:
+        raise AssertionError(f"{' '.join(map(str, command))}:\n{done.stdout}")
+    return done.stdout
+
+
+class Package(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = Path(cls.enterClassContext(tempfile.TemporaryDirectory()))
+        run("dpkg-deb", "--extract", DEB, cls.folder)
+        cls.share = cls.folder / "usr/share"
+        cls.program = cls.folder / "usr/bin/brimwellpro"
+
+    def test_content(self):
+        listed = [line.split() for line in run("dpkg-deb", "--contents", DEB).splitlines()]
+        content = sorted(f"{mode} {owner} {path[1:]}" for mode, owner, _, _, _, path in listed
+                         if not mode.startswith("d"))
+        self.assertEqual(content, (HERE / "content.txt").read_text().splitlines())
+        self.assertEqual({(mode, owner) for mode, owner, *_ in listed if mode.startswith("d")},
+                         {("drwxr-xr-x", "root/root")})
+
+    def test_remarks_of_debian_tools(self):
+        self.assertEqual(run("lintian", "--allow-root", "--display-info", "--pedantic", "--fail-on",
+                             "error,warning,info,pedantic", DEB), "")
+        self.assertEqual(run("desktop-file-validate", self.share / "applications/brimwellpro.desktop"), "")
+        run("appstreamcli", "validate", "--pedantic", "--no-net", *(self.share / "metainfo").iterdir())
+        self.assertEqual(run("sh", "-c", 'man --warnings -Tutf8 -Z -l "$1" >/dev/null', "sh",
+                             self.share / "man/man1/brimwellpro.1.gz"), "")
+
+    def test_one_version(self):
+        version = run("dpkg-deb", "--field", DEB, "Version").strip()
+        changelog = gzip.open(self.share / "doc/brimwellpro/changelog.gz", "rt").readline()
+        metainfo = next((self.share / "metainfo").iterdir()).read_text()
+        self.assertEqual(run(self.program, "--version").splitlines()[0], f"BrimwellPro {version}")
+        self.assertTrue(changelog.startswith(f"brimwellpro ({version}) "), changelog)
+        self.assertEqual(re.search(r'<release version="([^"]+)"', metainfo).group(1), version)
+
+    def test_options_are_told_everywhere(self):
+        options = set(OPTION.findall(run(self.program, "--help")))
+        manual = gzip.open(self.share / "man/man1/brimwellpro.1.gz", "rt").read().replace("\\-", "-")
+        texts = {"man page": manual}
+        for path in ("bash-completion/completions/brimwellpro", "fish/vendor_completions.d/brimwellpro.fish",
+                     "zsh/vendor-completions/_brimwellpro"):
+            # fish names long options after -l
+            texts[path] = re.sub(r" -l ([a-z])", r" --\1", (self.share / path).read_text())
+        for name, text in texts.items():
+            with self.subTest(name):
+                self.assertEqual(set(OPTION.findall(text)), options)
+
+    def test_completion_in_bash(self):
+        script = ('. "$1"; COMP_WORDS=("${@:2}"); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); compopt() { :; }; '
+                  '_brimwellpro; printf "%s\\n" "${COMPREPLY[@]}"')
+        for words, expected in ((["--l"], {"--list-cameras"}), (["--simulate", ""], TYPES),
+                                (["--simulate", "h"], {"high"}), (["--simulate", "="], TYPES),
+                                (["--simulate", "=", "u"], {"ultra"}),
+                                (["--simulate", "high", "=", "conte"], {"content.txt"})):
+            with self.subTest(words):
+                answer = run("bash", "-c", script, "bash", self.share / "bash-completion/completions/brimwellpro",
+                             "brimwellpro", *words, cwd=HERE)
+                self.assertTrue(expected <= set(answer.split()), answer)
+                self.assertEqual(len(answer.split()), len(expected))
+
+    def test_knows_no_folder_of_its_making(self):
+        self.assertNotIn(bytes(SOURCES), self.program.read_bytes())
+
+
+TYPES = {"dx20", "regular", "high", "ultra", "wireless"}
+
+if __name__ == "__main__":
+    DEB, = Path(sys.argv.pop(1)).glob("*.deb")
+    unittest.main(verbosity=2)
