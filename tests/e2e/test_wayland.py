@@ -1,0 +1,167 @@
+#!/usr/bin/python3
+"""The real program in a Wayland session: Weston, shown in a window of the virtual display, so that there is a keyboard
+and a mouse and the screen can be looked at. No program knows there where its windows are, so they are used by keyboard
+and by their accessible actions; those that the mouse has to meet are maximised.
+
+usage: test_wayland.py PROGRAM
+"""
+
+import re
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from desktop import Desktop, wait_until  # noqa: E402
+from live_image import colours  # noqa: E402
+from program import Program  # noqa: E402
+
+PROGRAM = None
+SOCKET = "brimwellpro-test"
+SETTINGS = """
+[core]
+idle-time=0
+[shell]
+panel-position=none
+locking=false
+[input-method]
+path=
+[output]
+name=X1
+mode=1200x720
+"""
+HELD = 0.7  # seconds; a release within less would count as a click, and a drag begins after half a second
+TITLE_BAR = 30  # of a maximised window, drawn by Qt
+EXPECTED_LOG = re.compile(r"bw\.|PulseAudioService: pa_context_connect\(\) failed")
+
+
+class Wayland(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop())
+        settings = self.desktop.folder / "weston.ini"
+        settings.write_text(SETTINGS)
+        self.desktop.spawn(["weston", "--backend=x11-backend.so", "--use-pixman", f"--socket={SOCKET}",
+                            f"--config={settings}"], log="weston.log")
+        wait_until("the session is there", (self.desktop.folder / "run" / SOCKET).exists)
+        wait_until("its window is there", lambda: self.session)
+        self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"],
+                               {"QT_QPA_PLATFORM": "wayland", "WAYLAND_DISPLAY": SOCKET})
+
+    @property
+    def session(self):
+        """The place of its window on the screen, where the window manager may have put it a moment ago."""
+        told = self.desktop.output(["xwininfo", "-name", "Weston Compositor - X1"]).decode()
+        return tuple(map(int, re.findall(r"(?:Absolute upper-left .|Width|Height):\s+(-?\d+)", told)))
+
+    def do(self, action, role, name):
+        """What a screen reader can do to an element of a window that lies anywhere."""
+        atspi = self.program.wait_for(role, name)._accessible  # pylint: disable=protected-access
+        actions = atspi.get_action_iface()
+        names = [actions.get_action_name(index) for index in range(actions.get_n_actions())]
+        actions.do_action(names.index(action))
+
+    def wait_for_active(self, name):
+        wait_until(f'"{name}" has the keyboard',
+                   lambda: any(window.name == name and window.has_state("active") for window in self.program.windows()))
+
+    def maximise(self, role, name):
+        """The active window; afterwards it is known where it is."""
+        self.desktop.key("super+shift+m")
+        wait_until(f"{name} is maximised", lambda: self.program.window(role, name).area.width >= self.session[2] - 20)
+
+    def point_at(self, x, y):
+        """From outside of the session, which learns for certain where the mouse is only when it comes in."""
+        self.desktop.input("mousemove", 0, 0, "sleep", 0.1, "mousemove", x, y, "sleep", HELD)
+
+    def middle(self, element):
+        """Of an element of the maximised window, on the screen."""
+        area = element.area
+        left, top, *_ = self.session
+        return left + area.x + area.width // 2, top + TITLE_BAR + area.y + area.height // 2
+
+    def is_shown(self, name):
+        return any(element.name == name and element.showing
+                   for window in self.program.windows() for element in window.descendants())
+
+    def test_session(self):
+        self.answer_question()
+        wait_until("the camera's picture is to be seen", lambda: colours(self.desktop.picture(*self.session)) > 300)
+        self.use_popups()
+        self.take_snapshot()
+        self.drag_from_album()
+        self.copy_and_paste()
+        self.desktop.key("ctrl+q")
+        self.assertEqual(self.program.wait_for_end(), 0)
+        self.assertEqual([line for line in self.program.log.splitlines() if line and not EXPECTED_LOG.match(line)], [])
+
+    def answer_question(self):
+        self.wait_for_active("Which camera is this?")
+        self.desktop.key("Return")
+        wait_until("the question is answered", lambda: not self.program.window("dialog"))
+        self.wait_for_active("Simulated cameras")
+        self.desktop.key("super+Tab")
+        self.wait_for_active("BrimwellPro")
+        self.maximise("frame", "BrimwellPro")
+
+    def use_popups(self):
+        # Held until they are there: the session refuses a popup for a key or button that is up again already.
+        self.desktop.input("keydown", "alt", "keydown", "f")
+        wait_until("the menu is open", lambda: self.is_shown("Quit"))
+        self.desktop.input("keyup", "f", "keyup", "alt")
+        self.desktop.key("Escape")
+        wait_until("the menu is closed", lambda: not self.is_shown("Quit"))
+        choice = self.program.wait_for("combo box", "Resolution")
+        self.point_at(*self.middle(choice))
+        self.desktop.input("mousedown", 1)
+        wait_until("the choices are open", lambda: choice.has_state("expanded"))
+        self.desktop.input("sleep", HELD, "mousemove", *self.middle(self.program.wait_for("list item", "1280x1024")),
+                           "sleep", HELD, "mouseup", 1)
+        wait_until("another resolution is chosen", lambda: self.program.find("combo box", "1280x1024"))
+
+    def take_snapshot(self):
+        album = self.desktop.home / "BrimwellPro" / "Default Album"
+        self.do("Press", "push button", "Snapshot")
+        snapshot, = wait_until("the snapshot is in the album", lambda: list(album.glob("*_image_001.jpg")))
+        size = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width,height", "-of",
+                               "csv=p=0", snapshot], capture_output=True, text=True, check=True).stdout
+        self.assertEqual(size.strip(), "mjpeg,1280,1024")
+
+    def drag_from_album(self):
+        self.desktop.key("F9")
+        self.wait_for_active("Albums")
+        self.maximise("filler", "Albums")
+        x, y = self.middle(self.program.wait_for("table cell"))
+        self.point_at(x, y)
+        self.desktop.input("mousedown", 1, "sleep", HELD, "mousemove", x + 40, y + 200,
+                           "sleep", 0.3, "mousemove", x + 80, y + 300, "sleep", 0.3)
+        wait_until("its picture goes with the mouse",
+                   lambda: colours(self.desktop.picture(x + 60, y + 290, 40, 20), step=2) > 20)
+        self.desktop.input("mouseup", 1, "sleep", HELD, "click", 1)  # Weston gives the keyboard to nobody after a drag
+        self.wait_for_active("Albums")
+        left, top, width, _ = self.session
+        self.point_at(left + width - 18, top + TITLE_BAR // 2)
+        self.desktop.input("click", 1)
+        wait_until("the button in its title bar has closed the window", lambda: not self.program.window("filler", "Albums"))
+        self.wait_for_active("BrimwellPro")
+
+    def copy_and_paste(self):
+        self.desktop.key("F8")
+        self.wait_for_active("Advanced settings")
+        wished = self.number("Contrast") + 1
+        self.do("SetFocus", "spin button", "Contrast")
+        for keys in ("Up", "ctrl+a", "ctrl+c"):
+            self.desktop.key(keys)
+        self.do("SetFocus", "spin button", "Sharpness")
+        for keys in ("ctrl+a", "ctrl+v", "Return"):
+            self.desktop.key(keys)
+        wait_until("what was copied is there", lambda: self.number("Sharpness") == wished)
+
+    def number(self, name):
+        atspi = self.program.wait_for("spin button", name)._accessible  # pylint: disable=protected-access
+        return atspi.get_value_iface().get_current_value()
+
+
+if __name__ == "__main__":
+    PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
