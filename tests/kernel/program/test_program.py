@@ -93,7 +93,8 @@ class ProgramTest(unittest.TestCase):
 
     def captures(self, pattern, count):
         """The files of the album once there are that many; a moment later there are not more."""
-        found = self.wait(f"{count} {pattern}", lambda: len(files := sorted(self.album.glob(pattern))) >= count and files)
+        found = self.wait(f"{count} {pattern}",
+                          lambda: len(files := sorted(self.album.glob(pattern))) >= count and files)
         self.wait("they are whole", lambda: all(file.stat().st_size for file in found))
         time.sleep(1)
         found = sorted(self.album.glob(pattern))
@@ -108,6 +109,10 @@ class ProgramTest(unittest.TestCase):
     def node(serial):
         links = Path("/dev/v4l/by-id").glob(f"*_{serial}-video-index0")
         return next((link.resolve() for link in links if link.exists()), None)
+
+    def node_in_use(self):
+        """Of the USB camera, or of the virtual device where there is none."""
+        return self.node("scope") or next(VIVID.glob("vivid.*/video4linux/video*"), None)
 
     def test_one_day(self):
         """All in one run of the program, as starting it is what takes long here."""
@@ -128,27 +133,39 @@ class ProgramTest(unittest.TestCase):
         new when that is wished, as far as the device can go."""
         self.configure([{"usb": "1209:0001", "type": "regular_microscope"}], wired_regular="dx70")
         self.plug("scope", "rate=1")
+        self.is_streaming = lambda: self.wait_for_stream("scope")
+        self.save_and_restore("dx70", 64, controls=4, factory=dict(
+            hue=0, contrast=13, saturation=15, brightness=64, sharpness=6, gamma=75,
+            white_balance_automatic=0, white_balance_temperature=2800))
+        self.assertEqual(self.stored("bwp2x_product_dx70"), {
+            "resolution": "640x480", "0": 0, "1": 13, "2": 15, "3": 167, "4": 15, "5": 75, "7": 90, "8": 0})
+
+    def test_saved_values_of_vivid(self):
+        """The same with the kernel's virtual device, which has fewer controls, and reaches every value."""
+        self.configure([{"driver": "vivid", "type": "high_resolution_microscope"}], wired_high="dx10")
+        self.is_streaming = lambda: self.wait("vivid streams", lambda: FORMAT_CHOSEN in self.program.log)
+        self.save_and_restore("dx10", 160, controls=3, factory=dict(hue=0, contrast=15, saturation=15, brightness=160))
+
+    def save_and_restore(self, product, brightness, controls, factory):
+        """`controls` come before the brightness, each with two stops of the Tab key."""
         self.start_streaming()
-        self.wait_for_controls(brightness=64)
-        self.press_in_advanced_settings(*["Tab"] * 10, *["Left"] * 3)
-        self.wait_for_controls(brightness=61)
-        self.press_in_advanced_settings(*["shift+Tab"] * 11, "space")
-        self.wait("it is saved", lambda: self.stored("bwp2x_product_dx70").get("3") == 61)
+        self.wait_for_controls(brightness=brightness)
+        self.press_in_advanced_settings(*["Tab"] * (2 * controls + 2), *["Left"] * 3)
+        self.wait_for_controls(brightness=brightness - 3)
+        self.press_in_advanced_settings(*["shift+Tab"] * (2 * controls + 3), "space")
+        self.wait("it is saved", lambda: self.stored(f"bwp2x_product_{product}").get("3") == brightness - 3)
         self.press_keys("ctrl+q")
         self.assertEqual(self.program.wait_for_end(PATIENCE), 0)
 
         self.v4l2("--set-ctrl", "brightness=5")
         self.start_streaming()
-        self.wait_for_controls(brightness=61)
+        self.wait_for_controls(brightness=brightness - 3)
         self.press_in_advanced_settings("shift+Tab", "shift+Tab", "space")
-        self.wait_for_controls(hue=0, contrast=13, saturation=15, brightness=64, sharpness=6, gamma=75,
-                               white_balance_automatic=0, white_balance_temperature=2800)
-        self.assertEqual(self.stored("bwp2x_product_dx70"), {
-            "resolution": "640x480", "0": 0, "1": 13, "2": 15, "3": 167, "4": 15, "5": 75, "7": 90, "8": 0})
+        self.wait_for_controls(**factory)
 
     def start_streaming(self):
         self.start()
-        self.wait_for_stream("scope")
+        self.is_streaming()
         self.press_keys("F8")
         self.advanced = self.wait("the advanced settings", lambda: self.windows("--name", "^Advanced settings$"))[0]
 
@@ -158,8 +175,8 @@ class ProgramTest(unittest.TestCase):
             self.desktop.key(key)
 
     def v4l2(self, *arguments):
-        node = self.wait("a node", lambda: self.node("scope"))
-        return subprocess.run(["v4l2-ctl", "-d", str(node), *arguments], check=True, capture_output=True,
+        node = self.wait("a node", self.node_in_use)
+        return subprocess.run(["v4l2-ctl", "-d", f"/dev/{node.name}", *arguments], check=True, capture_output=True,
                               text=True).stdout
 
     def wait_for_controls(self, **wished):
