@@ -178,7 +178,7 @@ private Q_SLOTS:
 
     void changesAreSeen()
     {
-        m_fixture->options().lookAgainAfter = std::chrono::milliseconds(1);
+        m_fixture->options().lookAgainAfter = std::chrono::milliseconds(0);
         m_fixture->restart();
         const QByteArray red = ThumbnailFixture::jpeg(Qt::red);
         const QUrl file = m_fixture->file("picture.jpg", red.left(red.size() / 2), true);
