@@ -12,9 +12,12 @@ namespace {
 
 QString message(const BWStartProblem &problem, BWLocalizationManager &texts)
 {
-    QStringList paragraphs{texts.text(u"camera_window"_s, u"camera_in_use_message"_s,
-                                      u"BrimwellPro cannot access the camera at this time. Please close any other "
-                                      "applications that might be using the camera and press OK."_s)};
+    QStringList paragraphs;
+    // Other programs are not to blame where the reason is known.
+    if (problem.kind == BWStartProblem::Kind::InUse)
+        paragraphs << texts.text(u"camera_window"_s, u"camera_in_use_message"_s,
+                                 u"BrimwellPro cannot access the camera at this time. Please close any other "
+                                 "applications that might be using the camera and press OK."_s);
     if (const QString reason = BWStartProblemText::reason(problem, texts); !reason.isNull())
         paragraphs << reason;
     if (problem.kind == BWStartProblem::Kind::NoPermission)

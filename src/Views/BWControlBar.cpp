@@ -2,9 +2,11 @@
 
 #include "Model/BWLocalizationManager.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWIcons.h"
 
+#include <algorithm>
 #include <QComboBox>
 #include <QEvent>
 #include <QGridLayout>
@@ -104,10 +106,8 @@ QLabel *BWControlBar::addColumn(QWidget *control, int column)
 
 QToolButton *BWControlBar::makeButton(int iconSize)
 {
-    auto *button = new QToolButton(this);
-    button->setAutoRaise(true);
+    auto *button = new BWBarButton(this);
     button->setIconSize({iconSize, iconSize});
-    button->setFocusPolicy(Qt::StrongFocus);
     return button;
 }
 
@@ -158,6 +158,7 @@ void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
     m_flipPopUpButton->setItemText(1, manager.text(u"camera_window"_s, u"flip_horizontal"_s, u"Horizontal"_s));
     m_flipPopUpButton->setItemText(2, manager.text(u"camera_window"_s, u"flip_vertical"_s, u"Vertical"_s));
     m_flipPopUpButton->setItemText(3, manager.text(u"camera_window"_s, u"flip_both"_s, u"Both"_s));
+    keepRoomForStop();
     showRecording(m_recording);
 }
 
@@ -194,6 +195,15 @@ void BWControlBar::showRecording(bool recording)
     m_recordLabel->setText(text);
 }
 
+/// Nothing moves when a recording begins or ends.
+void BWControlBar::keepRoomForStop()
+{
+    const QFontMetrics metrics = m_recordLabel->fontMetrics();
+    m_recordLabel->setAlignment(Qt::AlignCenter);
+    m_recordLabel->setMinimumWidth(
+        std::max(metrics.horizontalAdvance(m_recordText), metrics.horizontalAdvance(m_stopText)));
+}
+
 void BWControlBar::setGridAvailable(bool available)
 {
     m_gridButton->setVisible(available);
@@ -209,7 +219,9 @@ void BWControlBar::setCameraControlsEnabled(bool enabled)
 {
     const std::initializer_list<QWidget *> controls{m_resolutionPopUpButton, m_zoomDoubleButton, m_rotatePopUpButton,
                                                     m_flipPopUpButton,       m_gridButton,       m_snapshotButton,
-                                                    m_recordButton};
+                                                    m_recordButton,          m_resolutionLabel,  m_zoomLabel,
+                                                    m_rotateLabel,           m_flipLabel,        m_gridLabel,
+                                                    m_snapshotLabel,         m_recordLabel};
     for (QWidget *control : controls)
         control->setEnabled(enabled);
     if (!enabled)

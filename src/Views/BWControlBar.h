@@ -56,6 +56,7 @@ private:
     QLabel *addColumn(QWidget *control, int column);
     QToolButton *makeButton(int iconSize);
     void updateIcons();
+    void keepRoomForStop();
 
     QGridLayout *m_grid = nullptr;
     QComboBox *m_resolutionPopUpButton = nullptr;

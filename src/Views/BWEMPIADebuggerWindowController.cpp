@@ -51,7 +51,9 @@ BWEMPIADebuggerWindowController::BWEMPIADebuggerWindowController(std::function<B
 
     m_noticeLabel->setWordWrap(true);
     m_noticeLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-    m_noticeLabel->setMinimumHeight(2 * m_noticeLabel->fontMetrics().lineSpacing());
+    // What goes wrong is told in a sentence or two; the window neither jumps nor cuts it off.
+    m_noticeLabel->setMinimumWidth(22 * m_noticeLabel->fontMetrics().horizontalAdvance(u'M'));
+    m_noticeLabel->setMinimumHeight(4 * m_noticeLabel->fontMetrics().lineSpacing());
     grid->addWidget(m_noticeLabel, tag + 1, 0, 1, 2);
     auto *buttons = new QHBoxLayout;
     buttons->setSpacing(8);

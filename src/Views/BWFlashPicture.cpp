@@ -37,7 +37,7 @@ void BWFlashPicture::setFont(const QFont &font)
     m_detailsFont = font;
     m_detailsFont.setPointSizeF(font.pointSizeF() * enlarged);
     m_captionFont = m_detailsFont;
-    m_captionFont.setWeight(QFont::DemiBold);
+    m_captionFont.setWeight(QFont::Bold);
     m_detailsWidth = 0;
     setDetails(m_details);
 }

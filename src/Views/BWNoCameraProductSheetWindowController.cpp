@@ -3,6 +3,7 @@
 #include "Model/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -20,6 +21,7 @@ BWNoCameraProductSheetWindowController::BWNoCameraProductSheetWindowController(P
       m_okButton(m_view->addButton())
 {
     setWindowFlags(Qt::Sheet);
+    m_popup->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_view->addContent(m_popup);
     m_okButton->setDefault(true);
     auto *layout = new QVBoxLayout(this);
@@ -41,7 +43,8 @@ void BWNoCameraProductSheetWindowController::localizeWithManager(BWLocalizationM
         BWLocalizableString(u"no_product_sheet"_s, u"please_select_product_label"_s,
                             u"Please choose the model that you plugged in, so that its settings fit. You can change "
                             "your choice later in the settings."_s)));
-    m_popup->setAccessibleName(heading);
+    for (QWidget *named : std::initializer_list<QWidget *>{m_popup, m_popup->view()})
+        named->setAccessibleName(heading);
     m_okButton->setText(manager.localize(BWLocalizableString(u"no_product_sheet"_s, u"ok_button"_s, u"OK"_s)));
     m_askLaterButton->setText(
         manager.localize(BWLocalizableString(u"no_product_sheet"_s, u"ask_later_button"_s, u"Ask Me Later"_s)));
@@ -63,6 +66,7 @@ void BWNoCameraProductSheetWindowController::setCamera(const BWCameraPtr &camera
         m_popup->addItem(localizeProductName(*product));
     m_popup->setCurrentIndex(m_products.isEmpty() ? -1 : 0);
     m_okButton->setEnabled(!m_products.isEmpty());
+    m_view->updateWidth();
 }
 
 BWCameraProductPtr BWNoCameraProductSheetWindowController::selectedProduct() const

@@ -67,7 +67,7 @@ void BWShortcutTable::addSection(QGridLayout &column, const BWShortcutSection &s
     if (!section.title.isNull()) {
         QLabel *title = plainLabel(section.title);
         QFont bold = title->font();
-        bold.setWeight(QFont::DemiBold);
+        bold.setWeight(QFont::Bold);
         title->setFont(bold);
         column.addWidget(title, row++, 0, 1, 2);
     }

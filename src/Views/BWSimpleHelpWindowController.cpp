@@ -56,7 +56,7 @@ void scaleFont(QLabel &label, const QFont &font, double scale)
     QFont scaled = font;
     if (scaled.pointSizeF() > 0)
         scaled.setPointSizeF(scaled.pointSizeF() * scale);
-    scaled.setWeight(QFont::DemiBold);
+    scaled.setWeight(QFont::Bold);
     label.setFont(scaled);
 }
 
@@ -172,6 +172,7 @@ void BWSimpleHelpWindowController::open(const QUrl &url, const QString &address)
     const bool opened = m_surroundings.openUrl(url);
     m_problem->setText(m_cannotOpen + u' ' + address);
     m_problem->setVisible(!opened);
+    fitShortcuts();
 }
 
 QUrl BWSimpleHelpWindowController::mail() const

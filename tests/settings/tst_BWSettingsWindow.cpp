@@ -9,8 +9,6 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
-#include <QLabel>
-#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -216,6 +214,7 @@ private Q_SLOTS:
         QTest::addColumn<QPoint>("off"); // from where it belongs
         QTest::newRow("below") << QPoint(100, 50) << true << QPoint();
         QTest::newRow("when it is shown") << QPoint(100, 50) << false << QPoint();
+        QTest::newRow("aside, without room below") << QPoint(300, 700) << true << QPoint(-1, -1);
         QTest::newRow("at the edge of the screen") << QPoint(-400, 700) << true << QPoint(1, -1);
     }
     void layoutReset()
@@ -246,39 +245,6 @@ private Q_SLOTS:
         m_window->move(11, 13);
         m_window->show(); // once is enough
         QCOMPARE(m_window->pos(), QPoint(11, 13));
-    }
-
-    void languages_data()
-    {
-        QTest::addColumn<QString>("language");
-        for (const QString &language : {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s})
-            QTest::newRow(qPrintable(language)) << language;
-    }
-    void languages()
-    {
-        QFETCH(QString, language);
-        BWLocalizationManager texts(QStringLiteral(BW_RESOURCES "/localization.json"), {language});
-        m_window->localizeWithManager(texts);
-        const AttachedCameras cameras({Type::Ultra, Type::Ultra, Type::Wireless, Type::Wireless});
-        use(cameras, cameras[3]);
-        m_window->show();
-        QSet<QString> accessKeys;
-        const auto widgets = m_form->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
-        for (const QWidget *widget : widgets) {
-            QVERIFY(widget->width() >= widget->sizeHint().width());
-            const auto *label = qobject_cast<const QLabel *>(widget);
-            const auto *button = qobject_cast<const QPushButton *>(widget);
-            if (!label && !button)
-                continue;
-            const QString text = label ? label->text() : button->text();
-            const QString key = text.mid(text.indexOf(u'&') + 1, 1).toLower();
-            QVERIFY2(text.contains(u'&') && !accessKeys.contains(key), qPrintable(text));
-            accessKeys.insert(key);
-        }
-        for (QComboBox *popUp : {m_form->cameraTypes, m_form->cameraProducts}) {
-            popUp->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-            QVERIFY(popUp->width() >= popUp->sizeHint().width());
-        }
     }
 
     void tabOrderAndNames()

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
+#include <QRegularExpression>
 #include <QStackedLayout>
 #include <QToolButton>
 
@@ -19,8 +20,8 @@ constexpr int summaryPage = 0;
 constexpr int progressPage = 1;
 constexpr int noticePage = 2;
 
-/// A text that is cut off at its end rather than making the window wider; whole in its tooltip.
-QLabel *elidingLabel()
+/// A text that takes more lines rather than making the window wider.
+QLabel *wrappingLabel()
 {
     class Label : public QLabel {
     public:
@@ -33,10 +34,13 @@ QLabel *elidingLabel()
     return label;
 }
 
-void setText(QLabel *label, const QString &text)
+void setText(QLabel *label, QString text)
 {
-    label->setText(text);
     label->setToolTip(text);
+    label->setAccessibleName(text);
+    // Names of files have no spaces, and may be longer than a line.
+    static const QRegularExpression joint(u"(?<=[_-])(?=\\w)"_s);
+    label->setText(text.replace(joint, QString(QChar(0x200b)))); // a space without width
 }
 
 QToolButton *button(const QString &icon)
@@ -71,13 +75,13 @@ BWAlbumFooter::BWAlbumFooter(QWidget *parent, BWClock &clock)
     : QWidget(parent),
       m_clock(clock),
       m_pages(new QStackedLayout(this)),
-      m_summary(elidingLabel()),
+      m_summary(wrappingLabel()),
       m_save(button(u"document-save-as"_s)),
       m_trash(button(u"user-trash"_s)),
-      m_progressText(elidingLabel()),
+      m_progressText(wrappingLabel()),
       m_progress(new QProgressBar),
       m_cancel(button(u"process-stop"_s)),
-      m_notice(elidingLabel()),
+      m_notice(wrappingLabel()),
       m_undo(button(u"edit-undo"_s))
 {
     constexpr int progressWidth = 80;

@@ -119,9 +119,7 @@ BWAlbumManagerWindowController::~BWAlbumManagerWindowController()
 
 void BWAlbumManagerWindowController::layOut()
 {
-    constexpr int shortestTitle = 8; // characters
     m_popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    m_popUp->setMinimumContentsLength(shortestTitle);
     m_popUp->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     m_popUpLabel->hide(); // for screen readers, to whom a pop-up has no other name
     m_popUpLabel->setBuddy(m_popUp);
@@ -194,6 +192,7 @@ void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &
     name(m_add, manager.text(u"album_manager"_s, u"add_album_button"_s, u"Add album"_s));
     name(m_remove, manager.text(u"album_manager"_s, u"delete_album_button"_s, u"Delete album"_s));
     m_texts.localizeWithManager(manager);
+    m_popUp->setMinimumContentsLength(static_cast<int>(m_texts.defaultAlbumDisplayName.size()));
     m_popUpLabel->setText(manager.text(u"album_manager"_s, u"album_pop_up"_s, u"Album"_s));
     m_footer->localize(manager);
     m_model->setWords({manager.text(u"album_manager"_s, u"image_word"_s, u"image"_s),
@@ -314,8 +313,9 @@ BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const
 
 void BWAlbumManagerWindowController::resetLayout(const QWidget &cameraWindow)
 {
-    resize(defaultContentSize);
-    move(BWWindowPlacement::rightOf(cameraWindow, defaultContentSize));
+    const QSize size = defaultContentSize.expandedTo(minimumSizeHint()); // with large fonts
+    resize(size);
+    move(BWWindowPlacement::rightOf(cameraWindow, size));
     update();
 }
 

@@ -34,7 +34,10 @@ void BWThumbnailCellPainter::paint(QPainter *painter, const QStyleOptionViewItem
         return;
     const double scale = painter->device()->devicePixelRatioF();
     const BWThumbnailValue value = m_view.dataSource()->objectValueForTableColumn(m_view, index.column(), index.row());
-    const QRectF rect = BWThumbnailCellGeometry::pictureRect(option.rect, shapeOf(value), scale);
+    // One column may be a point wider than the other; the pictures of a row are still as large.
+    QRect cell = option.rect;
+    cell.setWidth(m_view.narrowestColumn());
+    const QRectF rect = BWThumbnailCellGeometry::pictureRect(cell, shapeOf(value), scale);
     const bool selected = m_view.cellIsSelectedAtRow(index.row(), index.column());
 
     painter->save();

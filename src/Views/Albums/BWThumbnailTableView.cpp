@@ -143,9 +143,14 @@ bool BWThumbnailTableView::cellIsSelectedAtRow(int row, int column) const
     return m_handler->isSelected(cellIndex(row, column));
 }
 
+int BWThumbnailTableView::narrowestColumn() const
+{
+    return std::min(horizontalHeader()->sectionSize(0), horizontalHeader()->sectionSize(1));
+}
+
 QSize BWThumbnailTableView::thumbnailPixelSize() const
 {
-    const QSize cell(horizontalHeader()->sectionSize(0), verticalHeader()->defaultSectionSize());
+    const QSize cell(narrowestColumn(), verticalHeader()->defaultSectionSize());
     return BWThumbnailCellGeometry::pictureArea(QRect(QPoint(), cell)).size() * devicePixelRatioF();
 }
 

@@ -53,6 +53,7 @@ public:
     /// The present one; a reload makes a new one.
     const std::shared_ptr<BWThumbnailViewMouseEventHandler> &mouseEventHandler() const { return m_handler; }
     QMenu *rightMenu() const { return m_rightMenu; }
+    int narrowestColumn() const;
     /// Pixels of the screen that a thumbnail can fill.
     QSize thumbnailPixelSize() const;
 

@@ -3,10 +3,12 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
 #include <QStandardPaths>
 #include <QStyle>
+#include <QTreeView>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +24,7 @@ public:
         setWindowFlag(Qt::Sheet);
         setWindowModality(Qt::WindowModal);
         setWindowTitle(title);
+        resize(sizeHint().expandedTo({760, 480})); // dates and names are to be read
         setAccessibleDescription(message);
         auto *label = new QLabel(message);
         label->setWordWrap(true);
@@ -29,6 +32,10 @@ public:
         const int margin = style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
         label->setContentsMargins(margin, margin, margin, 0);
         layout()->setMenuBar(label); // above all else
+        if (auto *details = findChild<QTreeView *>(u"treeView"_s)) {
+            details->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+            details->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        }
         setSidebarUrls(places());
         if (QFileInfo(folder.toLocalFile()).isDir())
             setDirectoryUrl(folder);

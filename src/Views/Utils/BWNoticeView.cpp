@@ -3,16 +3,18 @@
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWIconView.h"
 
+#include <algorithm>
 #include <QEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace {
 constexpr int illustrationSize = 96;
 constexpr int outerMargin = 24;
 constexpr double headingScale = 1.4;
-constexpr double columnWidthInEms = 26;
+constexpr double narrowestColumnInEms = 30;
 } // namespace
 
 BWNoticeView::BWNoticeView(const QString &illustrationName, QWidget *parent)
@@ -86,6 +88,18 @@ void BWNoticeView::addContent(QWidget *widget)
 {
     m_column->addWidget(widget);
     m_heading->setBuddy(widget); // a pop-up has no other name to screen readers
+    m_contents.append(widget);
+}
+
+void BWNoticeView::updateWidth()
+{
+    int width = qRound(narrowestColumnInEms * QFontMetricsF(font()).horizontalAdvance(u'M'));
+    for (QWidget *content : std::as_const(m_contents)) {
+        content->ensurePolished();
+        width = std::max(width, content->sizeHint().width());
+    }
+    m_heading->setFixedWidth(width);
+    m_explanation->setFixedWidth(width);
 }
 
 QPushButton *BWNoticeView::addButton()
@@ -101,16 +115,20 @@ void BWNoticeView::updateFonts()
     QFont large = font();
     if (large.pointSizeF() > 0)
         large.setPointSizeF(large.pointSizeF() * headingScale);
-    large.setWeight(QFont::DemiBold);
+    large.setWeight(QFont::Bold);
     m_heading->setFont(large);
-    const int width = qRound(columnWidthInEms * QFontMetricsF(font()).horizontalAdvance(u'M'));
-    m_heading->setFixedWidth(width);
-    m_explanation->setFixedWidth(width);
+    updateWidth();
 }
 
 void BWNoticeView::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         updateFonts();
+}
+
+void BWNoticeView::showEvent(QShowEvent *event)
+{
+    updateWidth();
+    QWidget::showEvent(event);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QWidget>
 
 class QHBoxLayout;
@@ -26,11 +27,14 @@ public:
 
     /// Adds something below the explanation.
     void addContent(QWidget *widget);
+    /// Makes the texts at least as wide as that. To be called when it needs more room than before.
+    void updateWidth();
     /// Adds a button to the right of those already there.
     QPushButton *addButton();
 
 protected:
     void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void updateFonts();
@@ -47,4 +51,5 @@ private:
     QLabel *m_explanation;
     QVBoxLayout *m_column;
     QHBoxLayout *m_buttons;
+    QList<QWidget *> m_contents;
 };

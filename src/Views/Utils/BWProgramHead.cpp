@@ -40,7 +40,7 @@ void BWProgramHead::updateFonts()
     QFont large = font();
     if (large.pointSizeF() > 0)
         large.setPointSizeF(large.pointSizeF() * titleScale);
-    large.setWeight(QFont::DemiBold);
+    large.setWeight(QFont::Bold);
     m_title->setFont(large);
 }
 

@@ -35,7 +35,12 @@ QPoint BWWindowPlacement::below(const QWidget &cameraWindow, QSize content)
     const QRect camera = cameraWindow.frameGeometry();
     QRect place = framed(cameraWindow, content);
     place.moveTopLeft({camera.left() + (camera.width() - place.width()) / 2, camera.bottom() + 1});
-    return onScreen(cameraWindow, place);
+    const QPoint corner = onScreen(cameraWindow, place);
+    if (corner.y() == place.top() || !cameraWindow.screen())
+        return corner;
+    // It would lie on the picture, which is in the middle of the camera window: aside it covers least of it. The albums
+    // are on the right.
+    return {cameraWindow.screen()->availableGeometry().left(), corner.y()};
 }
 
 QPoint BWWindowPlacement::rightOf(const QWidget &cameraWindow, QSize content)

@@ -13,7 +13,7 @@ class BWWindowPlacement {
 public:
     BWWindowPlacement() = delete;
 
-    /// Centred below it.
+    /// Centred below it; where the screen has no room there, at its left edge.
     static QPoint below(const QWidget &cameraWindow, QSize content);
     /// To its right, lower edges at the same height.
     static QPoint rightOf(const QWidget &cameraWindow, QSize content);
