@@ -1,0 +1,338 @@
+#include "WindowFit.h"
+
+#include "Views/Albums/BWThumbnailNotice.h"
+#include "Views/BWFlashActionViewController.h"
+#include "Views/BWFlashPicture.h"
+#include "Views/BWKeyCaps.h"
+#include "Views/BWStatusPill.h"
+#include "Views/Utils/BWDoubleButtonHalf.h"
+#include "Views/Utils/BWLightTabBar.h"
+
+#include <algorithm>
+#include <QAbstractScrollArea>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QHash>
+#include <QHeaderView>
+#include <QKeySequence>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSpinBox>
+#include <QStyleOption>
+#include <QToolButton>
+#include <QTreeWidget>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize screenRoom(1280 - 4, 800 - 32); // without what a window manager adds
+constexpr int titleButtons = 110; // the room that it takes from a title
+
+/// What has no text of its own. A widget of any other kind must be known to Judge.
+const QList<QByteArray> withoutText =
+    QByteArray("QWidget QFrame QSlider QScrollBar QScrollArea QStackedWidget QTabWidget "
+               "QDialogButtonBox QMessageBox QAbstractScrollAreaScrollBarContainer QHeaderView "
+               "BWAboutWindowController BWAdvancedSettingsWindowController BWAlbumFooter "
+               "BWAlbumManagerWindowController BWAutoSettingViewController BWBusyIndicator "
+               "BWCameraInUseAlert BWCenteringClipView BWControlBar BWDoubleButton "
+               "BWEMPIADebuggerWindowController BWGridDebuggerWindowController BWIconView "
+               "BWLightTabView BWMainWindow BWNoCameraProductSheetWindowController "
+               "BWNoCameraSheetWindowController BWNoCameraWindowController BWNormSettingViewController "
+               "BWNoticeView BWNumericSettingViewController BWPreparingView BWProgramHead "
+               "BWSettingsForm BWSettingsWindowController BWShortcutTable BWSimpleHelpWindowController "
+               "BWSimulatedCamerasWindowController BWThumbnailTableView")
+        .split(' ');
+
+/// The style option as the widget itself fills it, which only derived classes may ask for.
+template <typename Option, typename Widget, typename... Which>
+Option optionOf(const Widget &widget, Which... which)
+{
+    struct Opened : Widget {
+        static void fill(const Widget &widget, Option &option, Which... which)
+        {
+            (widget.*(&Opened::initStyleOption))(&option, which...);
+        }
+    };
+    Option option;
+    Opened::fill(widget, option, which...);
+    return option;
+}
+
+/// How wide a text is that may not wrap, or its widest word if it may.
+int textWidth(const QFontMetrics &metrics, const QString &text, bool wraps)
+{
+    int widest = 0;
+    // A line may be broken within Japanese and after some marks, but not within a word of letters.
+    const QStringList parts = wraps
+        ? text.split(QRegularExpression(u"[\\s\\x{200b}\\x{3000}-\\x{9fff}\\x{ff00}-\\x{ffef}]+|(?<=[-/])"_s))
+        : QStringList{text};
+    for (const QString &part : parts)
+        widest = std::max(widest, metrics.size(Qt::TextShowMnemonic, part).width());
+    return widest;
+}
+
+class Judge {
+public:
+    QStringList faults;
+
+    void judge(const QWidget &widget)
+    {
+        place(widget);
+        if (const auto *label = qobject_cast<const QLabel *>(&widget))
+            judgeLabel(*label);
+        else if (const auto *push = qobject_cast<const QPushButton *>(&widget))
+            judgePush(*push);
+        else if (const auto *tool = qobject_cast<const QToolButton *>(&widget))
+            judgeTool(*tool);
+        else if (const auto *popUp = qobject_cast<const QComboBox *>(&widget))
+            judgePopUp(*popUp);
+        else if (const auto *spin = qobject_cast<const QSpinBox *>(&widget))
+            judgeSpin(*spin);
+        else if (const auto *edit = qobject_cast<const QLineEdit *>(&widget))
+            judgeEdit(*edit);
+        else if (const auto *tabs = qobject_cast<const BWLightTabBar *>(&widget))
+            judgeTabs(*tabs);
+        else if (const auto *bar = qobject_cast<const QMenuBar *>(&widget))
+            judgeActions(*bar, *bar);
+        else if (const auto *menu = qobject_cast<const QMenu *>(&widget))
+            judgeActions(*menu, *menu);
+        else if (const auto *pill = qobject_cast<const BWStatusPill *>(&widget))
+            judgeWrapped(*pill, pill->text(), pill->size());
+        else if (const auto *notice = qobject_cast<const BWThumbnailNotice *>(&widget))
+            judgeWrapped(*notice, notice->text(), notice->size() - QSize(40, 100)); // margins; the icon
+        else if (const auto *flash = qobject_cast<const BWFlashActionViewController *>(&widget))
+            judgeFlash(*flash);
+        else if (const auto *list = qobject_cast<const QTreeWidget *>(&widget))
+            judgeList(*list);
+        else if (qobject_cast<const BWKeyCaps *>(&widget) || qobject_cast<const BWDoubleButtonHalf *>(&widget))
+            fits(widget, widget.accessibleName(), widget.sizeHint(), widget.size());
+        else if (const auto *progress = qobject_cast<const QProgressBar *>(&widget);
+                 progress && !progress->isTextVisible())
+            return;
+        else if (!withoutText.contains(widget.metaObject()->className()))
+            fault(widget, u"is of a kind that nobody has thought of"_s);
+    }
+
+    void judgeWindow(const QWidget &window)
+    {
+        const QSize size = window.size();
+        if (screenRoom.expandedTo(size) != screenRoom)
+            fault(window, u"is larger than a screen: %1 x %2"_s.arg(size.width()).arg(size.height()));
+        QFont bold = window.font();
+        bold.setBold(true);
+        const QString title = window.windowTitle();
+        if (!qobject_cast<const QMenu *>(&window)
+            && (title.isEmpty() || QFontMetrics(bold).horizontalAdvance(title) + titleButtons > size.width()))
+            fault(window, u"has no room for its title \"%1\""_s.arg(title));
+    }
+
+private:
+    void fault(const QWidget &widget, const QString &what)
+    {
+        faults << u"%1 in %2 %3"_s.arg(QLatin1String(widget.metaObject()->className()),
+                                       QLatin1String(widget.window()->metaObject()->className()), what);
+    }
+
+    void fits(const QWidget &widget, const QString &text, QSize needed, QSize room)
+    {
+        if (needed.width() > room.width() || needed.height() > room.height())
+            fault(widget,
+                  u"cuts off \"%1\": needs %2 x %3, has %4 x %5"_s.arg(text)
+                      .arg(needed.width())
+                      .arg(needed.height())
+                      .arg(room.width())
+                      .arg(room.height()));
+    }
+
+    /// One letter cannot mean two things in a window; its menus open one at a time.
+    void accessKey(const QWidget &widget, const QString &text)
+    {
+        const QString key = QKeySequence::mnemonic(text).toString();
+        if (!key.isEmpty() && std::exchange(m_accessKeys[key], text) != QString())
+            fault(widget, u"has the access key of another: \"%1\""_s.arg(text));
+    }
+
+    /// Within its parent, and beside its siblings. What lies over the live image lies there on purpose.
+    void place(const QWidget &widget)
+    {
+        const QWidget *parent = widget.parentWidget();
+        if (widget.isWindow() || !parent)
+            return;
+        const auto *area = qobject_cast<const QAbstractScrollArea *>(parent->parentWidget());
+        const bool scrolled = area && area->viewport() == parent;
+        if (scrolled ? widget.width() > parent->width() : !parent->rect().contains(widget.geometry()))
+            fault(widget, u"sticks out of its parent: \"%1\""_s.arg(widget.accessibleName()));
+        const auto over = [](const QWidget &one) {
+            return one.inherits("BWCenteringClipView") || one.inherits("BWFlashActionViewController");
+        };
+        const auto siblings = parent->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+        for (const QWidget *sibling : siblings) {
+            if (sibling < &widget && sibling->isVisible() && !sibling->isWindow() && !over(widget) && !over(*sibling)
+                && sibling->geometry().intersects(widget.geometry()))
+                fault(widget, u"overlaps a %1"_s.arg(QLatin1String(sibling->metaObject()->className())));
+        }
+    }
+
+    void judgeWrapped(const QWidget &widget, const QString &text, QSize room)
+    {
+        const QRect bounds =
+            widget.fontMetrics().boundingRect(QRect(QPoint(), room), Qt::AlignCenter | Qt::TextWordWrap, text);
+        fits(widget, text, bounds.size(), room);
+    }
+
+    void judgeLabel(const QLabel &label)
+    {
+        if (label.text().isEmpty())
+            return;
+        if (label.buddy())
+            accessKey(label, label.text());
+        const int width = label.contentsRect().width() - 2 * label.margin() - std::max(0, label.indent());
+        // What a label itself says it needs, whatever a derived one wishes.
+        const int height =
+            label.wordWrap() ? label.QLabel::heightForWidth(label.width()) : label.QLabel::sizeHint().height();
+        const bool rich = label.textFormat() == Qt::RichText;
+        fits(label, label.text(),
+             {rich ? label.QLabel::sizeHint().width() : textWidth(label.fontMetrics(), label.text(), label.wordWrap()),
+              height},
+             {rich ? label.width() : width, label.height()});
+    }
+
+    void judgePush(const QPushButton &button)
+    {
+        accessKey(button, button.text());
+        const auto option = optionOf<QStyleOptionButton>(button);
+        const QRect room = button.style()->subElementRect(QStyle::SE_PushButtonContents, &option, &button);
+        QSize needed(textWidth(option.fontMetrics, option.text, false), option.fontMetrics.height());
+        constexpr int gap = 4;
+        if (!option.icon.isNull())
+            needed = {needed.width() + option.iconSize.width() + gap,
+                      std::max(needed.height(), option.iconSize.height())};
+        fits(button, option.text, needed, room.size());
+    }
+
+    void judgeTool(const QToolButton &button)
+    {
+        const auto option = optionOf<QStyleOptionToolButton>(button);
+        const QRect room =
+            button.style()->subControlRect(QStyle::CC_ToolButton, &option, QStyle::SC_ToolButton, &button);
+        QSize needed = option.icon.isNull() ? QSize() : option.iconSize;
+        constexpr int gap = 4;
+        if (option.toolButtonStyle == Qt::ToolButtonTextBesideIcon)
+            needed = {needed.width() + gap + textWidth(option.fontMetrics, option.text, false),
+                      std::max(needed.height(), option.fontMetrics.height())};
+        else if (option.toolButtonStyle != Qt::ToolButtonIconOnly || option.icon.isNull())
+            fault(button, u"is drawn in a way that nobody has thought of"_s);
+        fits(button, option.text, needed, room.size());
+    }
+
+    void judgePopUp(const QComboBox &popUp)
+    {
+        const auto option = optionOf<QStyleOptionComboBox>(popUp);
+        const QSize room =
+            popUp.style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, &popUp).size()
+            - QSize(2, 0); // which styles keep free beside the text
+        QStringList texts{popUp.placeholderText()};
+        for (int i = 0; i < popUp.count(); ++i)
+            texts << popUp.itemText(i);
+        for (const QString &text : std::as_const(texts))
+            fits(popUp, text, {option.fontMetrics.horizontalAdvance(text), option.fontMetrics.height()}, room);
+    }
+
+    void judgeSpin(const QSpinBox &spin)
+    {
+        const auto option = optionOf<QStyleOptionSpinBox>(spin);
+        const QSize room =
+            spin.style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxEditField, &spin).size();
+        for (const int value : {spin.minimum(), spin.maximum()}) {
+            const QString text = spin.prefix() + QString::number(value) + spin.suffix();
+            fits(spin, text, spin.fontMetrics().size(Qt::TextSingleLine, text), room);
+        }
+    }
+
+    void judgeEdit(const QLineEdit &edit)
+    {
+        const auto option = optionOf<QStyleOptionFrame>(edit);
+        const QRect room = edit.style()->subElementRect(QStyle::SE_LineEditContents, &option, &edit);
+        constexpr int margin = 2; // on both sides of the text
+        for (const QString &text : {edit.text(), edit.placeholderText()})
+            fits(edit, text, {edit.fontMetrics().horizontalAdvance(text), edit.fontMetrics().height()},
+                 room.marginsRemoved(edit.textMargins()).size() - QSize(2 * margin, 0));
+    }
+
+    void judgeTabs(const BWLightTabBar &tabs)
+    {
+        for (int i = 0; i < tabs.count(); ++i) {
+            const auto option = optionOf<QStyleOptionTab>(tabs, i);
+            const QRect room = tabs.style()->subElementRect(QStyle::SE_TabBarTabText, &option, &tabs);
+            fits(tabs, tabs.tabText(i), option.fontMetrics.size(Qt::TextShowMnemonic, tabs.tabText(i)), room.size());
+            const QRectF dot = BWLightTabItem::dotRect(tabs.labelRect(i));
+            if (!tabs.rect().contains(tabs.tabRect(i)) || !QRectF(tabs.tabRect(i)).contains(dot))
+                fault(tabs, u"has no room for the tab \"%1\""_s.arg(tabs.tabText(i)));
+        }
+    }
+
+    void judgeList(const QTreeWidget &list)
+    {
+        const int margins = 2 * (list.style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, &list) + 1);
+        QList<QTreeWidgetItem *> items{list.headerItem()};
+        for (int i = 0; i < list.topLevelItemCount(); ++i)
+            items << list.topLevelItem(i);
+        for (const QTreeWidgetItem *item : std::as_const(items)) {
+            for (int column = 0; column < list.columnCount(); ++column)
+                fits(list, item->text(column), list.fontMetrics().size(Qt::TextSingleLine, item->text(column)),
+                     {list.columnWidth(column) - margins, list.sizeHintForRow(0)});
+        }
+        if (list.header()->length() > list.viewport()->width())
+            fault(list, u"has columns that cannot be seen"_s);
+    }
+
+    template <typename Menu>
+    void judgeActions(const QWidget &widget, const Menu &menu)
+    {
+        const auto actions = widget.actions();
+        for (QAction *action : actions) {
+            if (!action->isVisible() || action->isSeparator())
+                continue;
+            accessKey(widget, action->text());
+            const QRect place = menu.actionGeometry(action);
+            fits(widget, action->text(), widget.fontMetrics().size(Qt::TextShowMnemonic, action->text()), place.size());
+            if (!widget.rect().contains(place))
+                fault(widget, u"has no room for \"%1\""_s.arg(action->text()));
+        }
+    }
+
+    void judgeFlash(const BWFlashActionViewController &flash)
+    {
+        BWFlashPicture picture;
+        picture.setFont(flash.font());
+        picture.setCaption(BWFlashPicture::Sign::Record, flash.caption());
+        picture.setDetails(flash.details());
+        fits(flash, flash.caption() + flash.details(), picture.size(), flash.size());
+    }
+
+    QHash<QString, QString> m_accessKeys;
+};
+
+} // namespace
+
+QStringList WindowFit::faults(const QWidget &window)
+{
+    Judge judge;
+    judge.judgeWindow(window);
+    const bool ours = !qobject_cast<const QFileDialog *>(&window); // of that one only the texts are
+    if (ours)
+        judge.judge(window);
+    const auto widgets = window.findChildren<QWidget *>();
+    for (const QWidget *widget : widgets) {
+        if (widget->window() == &window && widget->isVisible() && (ours || qobject_cast<const QLabel *>(widget)))
+            judge.judge(*widget);
+    }
+    return judge.faults;
+}

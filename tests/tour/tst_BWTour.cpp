@@ -1,0 +1,508 @@
+#include "AppDelegate.h"
+#include "BWAppTexts.h"
+#include "Model/BWAlbumManager.h"
+#include "Model/BWRepository.h"
+#include "Model/Capture/BWCaptureNotice.h"
+#include "Model/Session/BWCameraAuthorization.h"
+#include "Model/Session/BWStartProblemText.h"
+#include "TestFolder.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWAlbumManagerWindowController.h"
+#include "Views/Albums/BWThumbnailNotice.h"
+#include "Views/Albums/BWThumbnailTableView.h"
+#include "Views/Albums/BWThumbnailTableViewDataSource.h"
+#include "Views/Albums/BWThumbnailValue.h"
+#include "Views/BWAboutWindowController.h"
+#include "Views/BWCameraInUseAlert.h"
+#include "Views/BWEMPIADebuggerWindowController.h"
+#include "Views/BWFlashActionViewController.h"
+#include "Views/BWGridDebuggerWindowController.h"
+#include "Views/BWMainMenu.h"
+#include "Views/BWMainWindow.h"
+#include "Views/BWNoCameraProductSheetWindowController.h"
+#include "Views/BWNoCameraSheetWindowController.h"
+#include "Views/BWNoCameraWindowController.h"
+#include "Views/BWSimpleHelpWindowController.h"
+#include "Views/BWSimulatedCamerasWindowController.h"
+#include "Views/BWStatusPill.h"
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
+#include "Views/Settings/BWSettingsWindowController.h"
+#include "Views/Utils/BWDialogFilePanels.h"
+#include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWMessageBoxAlertPresenter.h"
+#include "WindowFit.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStyleFactory>
+#include <QTabWidget>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Type = BWSimulatedCameraOptions::Type;
+
+namespace {
+
+/// How the desktop may look.
+struct Look {
+    QString name;
+    bool dark = false;
+    int scale = 1;
+    int pointSize = 10;
+    QString style = u"Fusion"_s;
+};
+
+const QList<Look> looks{{u"light"_s},           {u"dark"_s, true},          {u"light-2"_s, false, 2},
+                        {u"dark-2"_s, true, 2}, {u"large"_s, false, 1, 13}, {u"adwaita"_s, false, 1, 10, u"Adwaita"_s}};
+
+QString language;
+Look look;
+
+void dressUp()
+{
+    if (!QStyleFactory::keys().contains(look.style, Qt::CaseInsensitive))
+        qFatal("the style %s is missing; install the test packages of tools/packages.txt", qPrintable(look.style));
+    QApplication::setStyle(look.style);
+    QApplication::setFont(QFont(u"DejaVu Sans"_s, look.pointSize));
+    QPalette palette(QColor(look.dark ? 0x31363b : 0xeff0f1), QColor(look.dark ? 0x2a2e32 : 0xeff0f1));
+    palette.setColor(QPalette::Base, look.dark ? QColor(0x1b1e20) : Qt::white);
+    palette.setColor(QPalette::Highlight, 0x3daee9);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    QApplication::setPalette(palette);
+}
+
+class EverybodyMay : public BWCameraAuthorization {
+public:
+    Status authorizationStatus() const override { return Status::Authorized; }
+    void requestAccess(std::function<void(bool)> completion) override { completion(true); }
+};
+
+template <typename Window>
+Window *visible()
+{
+    const auto windows = QApplication::topLevelWidgets();
+    for (QWidget *widget : windows) {
+        if (auto *window = qobject_cast<Window *>(widget); window && window->isVisible())
+            return window;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+/// Walks through all windows of the real program on simulated cameras, in one language and one look, in the order in
+/// which a user could meet them. Every window has to fit, and is drawn into a picture.
+class TestBWTour : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QList<BWSimulatedCameraOptions> cameras;
+        for (const Type type : {Type::High, Type::Ultra, Type::Regular, Type::Wireless, Type::DX20, Type::High})
+            cameras << BWSimulatedCameraOptions{.type = type,
+                                                .pacing = BWSimulatedCameraOptions::Pacing::Manual,
+                                                .pendingSeconds = 1,
+                                                .pluggedIn = false};
+        auto backend = BWSimulatedBackend::create(cameras, m_clock);
+        m_cameras = backend->cameras();
+        AppDelegate::Options options;
+        options.simulatedCameras = m_cameras.mid(0, 2);
+        options.backends.push_back(std::move(backend));
+        options.authorization = std::make_unique<EverybodyMay>();
+        options.openUrl = [](const QUrl &) { return false; };
+        options.quit = [this] { m_quit = true; };
+        options.technician = true;
+        options.clock = &m_clock;
+        m_delegate = std::make_unique<AppDelegate>(std::move(options));
+        m_alerts = std::make_unique<BWMessageBoxAlertPresenter>(BWRepository::singleton().localizationManager(),
+                                                                [this] { return m_delegate->cameraWindow(); });
+        BWUIUtils::setAlertPresenter(m_alerts.get());
+        m_delegate->applicationDidFinishLaunching();
+        m_window = m_delegate->cameraWindow();
+        QTRY_VERIFY(m_window->isVisible());
+    }
+    void cleanupTestCase()
+    {
+        m_delegate->applicationShouldTerminate();
+        QTRY_VERIFY(m_quit);
+        m_delegate.reset();
+        BWUIUtils::setAlertPresenter(nullptr);
+    }
+
+    void noCamera()
+    {
+        see(visible<BWSimulatedCamerasWindowController>(), u"simulated-cameras"_s);
+        see(m_window, u"main-waiting"_s);
+        m_clock.advance(2s);
+        see(visible<BWNoCameraWindowController>(), u"no-camera"_s);
+        m_cameras[0]->plugIn();
+        m_clock.advance(500ms);
+        see(visible<BWNoCameraWindowController>(), u"no-camera-preparing"_s);
+        m_cameras[0]->unplug();
+        m_clock.advance(500ms);
+        visible<BWNoCameraWindowController>()->setObstacle(obstacle());
+        see(visible<BWNoCameraWindowController>(), u"no-camera-blocked"_s);
+    }
+
+    void startProblems_data()
+    {
+        using Kind = BWStartProblem::Kind;
+        QTest::addColumn<BWStartProblem>("problem");
+        QTest::newRow("in-use") << BWStartProblem{Kind::InUse};
+        QTest::newRow("in-use-by") << BWStartProblem{Kind::InUse, u"guvcview"_s};
+        QTest::newRow("no-bandwidth") << BWStartProblem{Kind::NoBandwidth};
+        QTest::newRow("no-permission") << BWStartProblem{Kind::NoPermission};
+        QTest::newRow("failed") << BWStartProblem{Kind::Failed};
+    }
+    void startProblems()
+    {
+        QFETCH(BWStartProblem, problem);
+        std::optional<BWResolution> smaller;
+        if (problem.kind == BWStartProblem::Kind::NoBandwidth)
+            smaller = BWResolution(640, 480);
+        auto *alert =
+            new BWCameraInUseAlert(problem, smaller, BWRepository::singleton().localizationManager(), m_window);
+        alert->open();
+        see(alert, name(u"problem"_s));
+        alert->close();
+    }
+
+    void products_data()
+    {
+        QTest::addColumn<int>("camera");
+        for (int i = 1; i < 5; ++i)
+            QTest::addRow("%d", i) << i;
+        QTest::newRow("0") << 0;
+    }
+    void products()
+    {
+        QFETCH(int, camera);
+        plugIn(camera);
+        QTRY_VERIFY(visible<BWNoCameraProductSheetWindowController>());
+        see(visible<BWNoCameraProductSheetWindowController>(), name(u"product"_s));
+        if (camera == 0) {
+            visible<BWNoCameraProductSheetWindowController>()->onOK();
+        } else {
+            m_cameras[camera]->unplug();
+            QTRY_VERIFY(!m_delegate->currentCamera());
+        }
+    }
+
+    void mainWindow()
+    {
+        showFrames();
+        see(m_window, u"main"_s);
+        m_window->menu().grid->trigger();
+        showFrames();
+        see(m_window, u"main-grid"_s);
+        const auto menus = m_window->menuBar()->actions();
+        int number = 0;
+        for (const QAction *action : menus)
+            seeMenu(action->menu(), u"menu-%1"_s.arg(++number));
+        m_window->menu().gridDebugger->trigger();
+        see(visible<BWGridDebuggerWindowController>(), u"grid-debugger"_s);
+        m_window->menu().grid->trigger();
+        m_window->menu().registerDebugger->trigger();
+        auto *registers = visible<BWEMPIADebuggerWindowController>();
+        registers->onReadRegisters();
+        see(registers, u"register-debugger"_s);
+        registers->close();
+    }
+
+    void captures()
+    {
+        m_window->menu().albumManagerMenuItem->trigger();
+        auto *notice = m_window->findChild<BWThumbnailNotice *>();
+        QTRY_VERIFY(!notice->text().isEmpty());
+        see(visible<BWAlbumManagerWindowController>(), u"albums-empty"_s);
+        auto *flash = m_window->findChild<BWFlashActionViewController *>();
+        for (int i = 0; i < 5; ++i) {
+            m_window->menu().snapshot->trigger();
+            QTRY_VERIFY((showFrames(), flash->isVisible()));
+            m_clock.advance(500ms);
+            if (i == 0)
+                see(m_window, u"main-snapshot-saved"_s);
+            m_clock.advance(5s);
+            QTRY_VERIFY(!flash->isVisible());
+        }
+        m_window->menu().record->trigger();
+        for (int i = 0; i < 30; ++i)
+            showFrames();
+        m_clock.advance(1500ms);
+        QTRY_VERIFY((showFrames(), flash->isVisible() && !flash->details().isEmpty()));
+        see(m_window, u"main-recording"_s);
+        m_window->menu().record->trigger();
+        QTRY_VERIFY((showFrames(), !flash->isVisible()));
+        see(m_window, u"main-video-saved"_s);
+    }
+
+    void albums()
+    {
+        auto *window = visible<BWAlbumManagerWindowController>();
+        auto *tabs = window->findChild<QTabWidget *>();
+        auto *grid = qobject_cast<BWThumbnailTableView *>(tabs->currentWidget());
+        waitForThumbnails(*grid, 5);
+        see(window, u"albums"_s);
+        seeMenu(grid->rightMenu(), u"albums-menu"_s);
+        grid->onSelectAll();
+        see(window, u"albums-selected"_s);
+        tabs->setCurrentIndex(1);
+        waitForThumbnails(*qobject_cast<BWThumbnailTableView *>(tabs->currentWidget()), 1);
+        see(window, u"albums-videos"_s);
+        tabs->setCurrentIndex(0);
+
+        BWAlbumTexts texts;
+        texts.localizeWithManager(BWRepository::singleton().localizationManager());
+        auto *footer = window->findChild<BWAlbumFooter *>();
+        const QString file = grid->elements().first().fileName();
+        footer->showProgress(texts.savingProgress.arg(file), 0.4);
+        see(window, u"albums-saving"_s);
+        footer->endProgress();
+        footer->showNotice(texts.saved.arg(file), false);
+        see(window, u"albums-saved"_s);
+        footer->showNotice(texts.movedToTrash.arg(file), true);
+        see(window, u"albums-undo"_s);
+        footer->showNotice(texts.stayedOutOfTrash.arg(file), false);
+        see(window, u"albums-not-moved"_s);
+        footer->showNotice(texts.notBroughtBack.arg(file), false);
+        see(window, u"albums-not-back"_s);
+        footer->endNotice();
+
+        window->onAddAlbum();
+        see(visible<QFileDialog>(), u"albums-add"_s);
+        visible<QFileDialog>()->close();
+        const QString folder = BWRepository::singleton().albumManager().currentAlbum()->path().toLocalFile();
+        QVERIFY(QDir().rename(folder, folder + u"-moved"_s));
+        QTRY_COMPARE(window->findChild<BWThumbnailNotice *>()->text(), texts.unavailable);
+        see(window, u"albums-unavailable"_s);
+        grid->setEmptyNotice(u"network-server"_s, texts.notAnswering);
+        see(window, u"albums-waiting"_s);
+        window->close();
+    }
+
+    void settings()
+    {
+        for (int i = 1; i < 6; ++i)
+            plugIn(i);
+        QTRY_COMPARE(m_window->findChild<BWSettingsWindowController *>()->findChild<QComboBox *>()->count(), 6);
+        m_window->menu().settingsMenuItem->trigger();
+        see(visible<BWSettingsWindowController>(), u"settings"_s);
+        const auto controls = visible<BWSettingsWindowController>()->findChildren<QPushButton *>();
+        for (const QPushButton *button : controls)
+            QVERIFY2(!QKeySequence::mnemonic(button->text()).isEmpty(), qPrintable(button->text()));
+        const auto labels = visible<BWSettingsWindowController>()->findChildren<QLabel *>();
+        for (const QLabel *label : labels)
+            QVERIFY2(!QKeySequence::mnemonic(label->text()).isEmpty(), qPrintable(label->text()));
+        visible<BWSettingsWindowController>()->close();
+        m_window->menu().advancedSettingsMenuItem->trigger();
+        see(visible<BWAdvancedSettingsWindowController>(), u"advanced-settings"_s);
+        visible<BWAdvancedSettingsWindowController>()->onSaveAsDefault();
+        see(visible<BWAdvancedSettingsWindowController>(), u"advanced-settings-saved"_s);
+        visible<BWAdvancedSettingsWindowController>()->close();
+        m_window->menu().aboutMenuItem->trigger();
+        see(visible<BWAboutWindowController>(), u"about"_s);
+        visible<BWAboutWindowController>()->close();
+        m_window->menu().simpleHelpMenuItem->trigger();
+        see(visible<BWSimpleHelpWindowController>(), u"help"_s);
+        visible<BWSimpleHelpWindowController>()->onWriteToSupport();
+        see(visible<BWSimpleHelpWindowController>(), u"help-no-program"_s);
+        visible<BWSimpleHelpWindowController>()->close();
+    }
+
+    void alerts_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<bool>("asks");
+        BWLocalizationManager &manager = BWRepository::singleton().localizationManager();
+        BWAppTexts app;
+        app.localizeWithManager(manager);
+        const auto add = [](const char *name, const QString &title, const QString &message, bool asks = false) {
+            QTest::newRow(name) << title << message << asks;
+        };
+        add("access-denied", app.cameraAccessDeniedTitle, app.cameraAccessDeniedMessage);
+        add("access-restricted", app.cameraAccessRestrictedTitle, app.cameraAccessRestrictedMessage);
+        add("no-albums", app.errorInitializingAlbumsTitle,
+            app.errorInitializingAlbumsMessage + u" /home/user/BrimwellPro, /home/user/BrimwellPro/Default Album"_s);
+        add("quit-while-saving", app.quitWhileSavingTitle, app.quitWhileSavingMessage, true);
+        add("quit-at-once", app.quitAtOnceTitle, app.quitAtOnceMessage, true);
+
+        BWAlbumTexts albums;
+        albums.localizeWithManager(manager);
+        add("not-saved", albums.errorSaving.title,
+            u"%1\n\nmicroscope.zip: Permission denied\n\n"_s.arg(albums.errorSaving.message)
+                + albums.leftArchive.arg(u"/home/user/Desktop/microscope.zip.part"_s));
+        add("default-album", albums.cannotDeleteDefault.title, albums.cannotDeleteDefault.message);
+        add("delete-album", albums.deleteAlbum.title, albums.deleteAlbum.message, true);
+        add("open-many", albums.openMany.title.arg(21), albums.openMany.message, true);
+        add("trash-image", albums.trashImages.single.title, albums.trashImages.single.message, true);
+        add("trash-images", albums.trashImages.multiple.title, albums.trashImages.multiple.message, true);
+        add("trash-video", albums.trashVideos.single.title, albums.trashVideos.single.message, true);
+        add("trash-videos", albums.trashVideos.multiple.title, albums.trashVideos.multiple.message, true);
+
+        using End = BWRecordingStatus::End;
+        const QUrl movie(u"file:///home/user/BrimwellPro/Default%20Album/2024-05-17_video_001.mov"_s);
+        const auto capture = [&](const char *name, const BWCaptureNotice &notice) {
+            add(name, notice.title, notice.text);
+        };
+        const auto video = [&](const QUrl &file, const QUrl &left, End end) {
+            return BWCaptureNotice::of({BWMediaType::Video, file, left, {.end = end, .framesLeftOut = 12}}, manager);
+        };
+        capture("recovered", BWCaptureNotice::ofRecovered(movie, manager));
+        capture("disk-full", video(movie, {}, End::DiskFull));
+        capture("write-error", video(movie, {}, End::Failed));
+        capture("kept-elsewhere", video({}, QUrl(u"file:///var/tmp/brimwellpro-0f3c.mov"_s), End::CameraGone));
+        capture("lost", BWCaptureNotice::of({}, manager));
+    }
+    void alerts()
+    {
+        QFETCH(QString, title);
+        QFETCH(QString, message);
+        QFETCH(bool, asks);
+        QTimer::singleShot(0, this, [this] {
+            see(visible<QMessageBox>(), name(u"alert"_s));
+            visible<QMessageBox>()->reject();
+        });
+        if (asks)
+            m_alerts->presentOKCancel(title, message);
+        else
+            m_alerts->presentOK(title, message);
+    }
+
+    void statusLines()
+    {
+        BWLocalizationManager &manager = BWRepository::singleton().localizationManager();
+        for (const auto kind : {BWStartProblem::Kind::NoBandwidth, BWStartProblem::Kind::Failed}) {
+            m_window->currentCameraLabel().setText(BWStartProblemText::status({kind}, manager));
+            see(m_window, u"main-status-%1"_s.arg(static_cast<int>(kind)));
+        }
+    }
+
+    void unplugged()
+    {
+        for (const auto &camera : m_cameras)
+            camera->unplug();
+        QTRY_VERIFY((m_clock.advance(2s), visible<BWNoCameraSheetWindowController>()));
+        see(visible<BWNoCameraSheetWindowController>(), u"unplugged"_s);
+        see(m_window, u"main-unplugged"_s);
+        m_cameras[0]->plugIn();
+        m_clock.advance(500ms);
+        see(visible<BWNoCameraSheetWindowController>(), u"unplugged-preparing"_s);
+        visible<BWNoCameraSheetWindowController>()->setObstacle(obstacle());
+        see(visible<BWNoCameraSheetWindowController>(), u"unplugged-blocked"_s);
+    }
+
+private:
+    /// Checks a window, and paints it; into WINDOW-LANGUAGE-LOOK.png if BW_TOUR_OUTPUT names a folder.
+    void see(QWidget *window, const QString &name)
+    {
+        QVERIFY2(window, qPrintable(name));
+        for (int i = 0; i < 5; ++i) // layouts within layouts
+            QCoreApplication::processEvents();
+        const QStringList faults = WindowFit::faults(*window);
+        for (const QString &fault : faults)
+            QTest::qFail(qPrintable(u"%1: %2"_s.arg(name, fault)), __FILE__, __LINE__);
+        const QPixmap picture = window->grab();
+        const QString folder = qEnvironmentVariable("BW_TOUR_OUTPUT");
+        if (folder.isEmpty())
+            return;
+        const QString file = u"%1/%2-%3-%4.png"_s.arg(folder, name, language, look.name);
+        QVERIFY2(QDir().mkpath(folder) && picture.save(file, "PNG", 80), qPrintable(file));
+    }
+
+    void seeMenu(QMenu *menu, const QString &name)
+    {
+        menu->popup(m_window->mapToGlobal(QPoint(0, 20)));
+        see(menu, name);
+        menu->close();
+    }
+
+    static QString name(const QString &kind) { return u"%1-%2"_s.arg(kind, QLatin1String(QTest::currentDataTag())); }
+
+    /// What keeps cameras from appearing, at its longest.
+    static QString obstacle()
+    {
+        using Kind = BWStartProblem::Kind;
+        return BWStartProblemText::obstacle({{u"USB Microscope"_s, {Kind::InUse}}, {u"Webcam"_s, {Kind::NoPermission}}},
+                                            BWRepository::singleton().localizationManager());
+    }
+
+    void waitForThumbnails(BWThumbnailTableView &grid, int count)
+    {
+        QTRY_COMPARE(grid.elementCount(), count);
+        const int last = count - 1;
+        const auto isThere = [&] {
+            m_clock.advance(100ms);
+            return grid.dataSource()->objectValueForTableColumn(grid, last % 2, last / 2).state
+                == BWThumbnailValue::State::Picture;
+        };
+        QTRY_VERIFY(isThere());
+    }
+
+    void plugIn(int camera)
+    {
+        m_cameras[camera]->plugIn();
+        m_clock.advance(1500ms);
+    }
+
+    /// Until one of them is to be seen.
+    void showFrames()
+    {
+        const auto before = m_delegate->liveViewStatistics().shown;
+        const auto isShown = [&] {
+            m_cameras[0]->pushFrames(1);
+            return m_delegate->liveViewStatistics().shown > before;
+        };
+        QVERIFY(QTest::qWaitFor(isShown));
+    }
+
+    BWManualClock m_clock;
+    QList<std::shared_ptr<BWSimulatedCamera>> m_cameras;
+    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<BWMessageBoxAlertPresenter> m_alerts;
+    BWMainWindow *m_window = nullptr;
+    bool m_quit = false;
+};
+
+int main(int argc, char *argv[])
+{
+    const QString wished = QString::fromLocal8Bit(argc > 2 ? argv[2] : "");
+    for (const Look &known : looks) {
+        if (known.name == wished)
+            look = known;
+    }
+    if (look.name.isNull())
+        qFatal("usage: %s LANGUAGE LOOK [option of Qt Test...]", argv[0]);
+    language = QString::fromLocal8Bit(argv[1]);
+    const TestFolder home;
+    qputenv("TMPDIR", home.path().toUtf8());
+    home.file(u"screen.json"_s,
+              u"{\"screens\": [{\"name\": \"screen\", \"x\": 0, \"y\": 0, \"logicalDpi\": 96, \"dpr\": 1, "
+              "\"width\": %1, \"height\": %2}]}"_s.arg(1280 * look.scale)
+                  .arg(800 * look.scale)
+                  .toUtf8());
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + home.path(u"screen.json"_s).toUtf8());
+    qputenv("QT_SCALE_FACTOR", QByteArray::number(look.scale));
+    BWRepository::setOptions({home.path(u"settings.conf"_s), home.path(), {language}, u":/localization.json"_s});
+    QApplication application(argc, argv);
+    QCoreApplication::setApplicationName(u"BrimwellPro"_s);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    dressUp();
+    QIcon::setThemeSearchPaths({u"/usr/share/icons"_s}); // a desktop would do that
+    BWIcons::install(application);
+    TestBWTour tour;
+    return QTest::qExec(&tour, argc - 2, argv + 2);
+}
+
+#include "tst_BWTour.moc"
