@@ -93,6 +93,9 @@ class Wayland(unittest.TestCase):
         self.copy_and_paste()
         self.desktop.key("ctrl+q")
         self.assertEqual(self.program.wait_for_end(), 0)
+        # The places that are known in other sessions are left alone.
+        settings = (self.desktop.home / ".config/BrimwellPro/BrimwellPro.conf").read_text()
+        self.assertEqual(set(re.findall(r"^bwp2x_frame_(wayland)?", settings, re.M)), {"wayland"})
         self.assertEqual([line for line in self.program.log.splitlines() if line and not EXPECTED_LOG.match(line)], [])
 
     def answer_question(self):
@@ -130,7 +133,7 @@ class Wayland(unittest.TestCase):
     def drag_from_album(self):
         self.desktop.key("F9")
         self.wait_for_active("Albums")
-        self.maximise("filler", "Albums")
+        self.maximise("frame", "Albums")
         x, y = self.middle(self.program.wait_for("table cell"))
         self.point_at(x, y)
         self.desktop.input("mousedown", 1, "sleep", HELD, "mousemove", x + 40, y + 200,
@@ -142,7 +145,7 @@ class Wayland(unittest.TestCase):
         left, top, width, _ = self.session
         self.point_at(left + width - 18, top + TITLE_BAR // 2)
         self.desktop.input("click", 1)
-        wait_until("the button in its title bar has closed the window", lambda: not self.program.window("filler", "Albums"))
+        wait_until("the button in its title bar has closed the window", lambda: not self.program.window("frame", "Albums"))
         self.wait_for_active("BrimwellPro")
 
     def copy_and_paste(self):

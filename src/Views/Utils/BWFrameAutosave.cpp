@@ -3,10 +3,25 @@
 #include "Model/BWUserDefaults.h"
 
 #include <QEvent>
+#include <QGuiApplication>
 #include <QWidget>
 
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// No program knows where its windows are in a Wayland session: what is stored there must not take the place of what is
+/// known elsewhere.
+QString key(const QString &name)
+{
+    const bool isWayland = QGuiApplication::platformName().startsWith("wayland"_L1);
+    return (isWayland ? u"bwp2x_frame_wayland_"_s : u"bwp2x_frame_"_s) + name;
+}
+
+} // namespace
+
 BWFrameAutosave::BWFrameAutosave(QWidget &window, const QString &name, BWUserDefaults &defaults)
-    : QObject(&window), m_window(window), m_key(QStringLiteral("bwp2x_frame_") + name), m_defaults(defaults)
+    : QObject(&window), m_window(window), m_key(key(name)), m_defaults(defaults)
 {
     const QString stored = defaults.string(m_key);
     if (!stored.isNull())
