@@ -12,16 +12,21 @@ namespace {
 
 QString message(const BWStartProblem &problem, BWLocalizationManager &texts)
 {
+    using Kind = BWStartProblem::Kind;
+    const QString reason = BWStartProblemText::reason(problem, texts);
     QStringList paragraphs;
-    // Other programs are not to blame where the reason is known.
-    if (problem.kind == BWStartProblem::Kind::InUse)
+    // Other programs are not to blame where another reason is known.
+    const bool isInUse = problem.kind == Kind::InUse || reason.isNull();
+    if (isInUse)
         paragraphs << texts.text(u"camera_window"_s, u"camera_in_use_message"_s,
                                  u"BrimwellPro cannot access the camera at this time. Please close any other "
                                  "applications that might be using the camera and press OK."_s);
-    if (const QString reason = BWStartProblemText::reason(problem, texts); !reason.isNull())
+    if (!reason.isNull())
         paragraphs << reason;
-    if (problem.kind == BWStartProblem::Kind::NoPermission)
+    if (problem.kind == Kind::NoPermission)
         paragraphs << BWStartProblemText::permissionFix(texts);
+    if (!isInUse)
+        paragraphs << texts.text(u"camera_window"_s, u"camera_try_again"_s, u"Then press OK to try again."_s);
     return paragraphs.join(u"\n\n"_s);
 }
 

@@ -38,7 +38,7 @@ void BWNoCameraWindowController::localizeWithManager(BWLocalizationManager &mana
     m_view->setExplanation(manager.localize(BWLocalizableString(
         u"no_camera_window"_s, u"welcome_no_camera_label"_s,
         u"Connect it to a USB port of this computer. For a wireless camera, plug in the receiver and switch the camera "
-        "on. The live image then appears by itself."_s)));
+        "on. The live image then appears by itself. If nothing happens, try another port or cable."_s)));
     m_view->setObstacleHeading(BWStartProblemText::title(manager));
     m_preparing->setText(manager.localize(
         BWLocalizableString(u"no_camera_window"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready…"_s)));

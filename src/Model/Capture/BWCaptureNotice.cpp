@@ -85,8 +85,9 @@ BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts
             texts.text(u"camera_window"_s, u"capture_left_message"_s,
                        u"It could not be copied into the album. Please check that the album folder exists and has "
                        "free space. The capture is kept here:"_s);
+        // The path has a line of its own, so that it is broken as late as can be.
         return {notSaved,
-                lines({ended, u"%1 %2"_s.arg(left, result.left.toLocalFile()), leftOut(result.recording, texts)})};
+                lines({ended, u"%1\n%2"_s.arg(left, result.left.toLocalFile()), leftOut(result.recording, texts)})};
     }
     if (result.type == BWMediaType::Video && end != End::DiskFull && end != End::Failed) {
         const QString nothing = texts.text(u"camera_window"_s, u"recording_empty"_s,
