@@ -7,6 +7,7 @@
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 
+#include <algorithm>
 #include <optional>
 #include <QDir>
 #include <QFileInfo>
@@ -302,6 +303,27 @@ void BWAlbumManager::addAlbumFromPath(const QUrl &folder)
     d->validPaths.append(path);
     d->reload(static_cast<int>(d->albums.size()) - 1);
     d->save();
+}
+
+int BWAlbumManager::addAlbumsFromPaths(const QList<QUrl> &folders)
+{
+    int added = 0;
+    for (const QUrl &folder : folders) {
+        const QUrl path = BWFilePath::normalized(folder);
+        if (!path.isLocalFile() || d->validPaths.contains(path))
+            continue;
+        const bool isListed = std::any_of(d->albums.cbegin(), d->albums.cend(),
+                                          [&path](const BWAlbumPtr &album) { return album->path() == path; });
+        if (!isListed) // a scan may have found it without storing it
+            d->albums.append(std::make_shared<BWAlbum>(path, d->today));
+        d->validPaths.append(path);
+        ++added;
+    }
+    if (added > 0) {
+        d->reload(std::max(d->selected, 0));
+        d->save();
+    }
+    return added;
 }
 
 bool BWAlbumManager::canRemoveCurrentAlbum() const

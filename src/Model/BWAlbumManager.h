@@ -78,6 +78,10 @@ public:
     /// nothing.
     void addAlbumFromPath(const QUrl &folder);
 
+    /// Adds folders as the last albums and stores the list; the current album stays the current one. How many of them
+    /// were not remembered already.
+    int addAlbumsFromPaths(const QList<QUrl> &folders);
+
     /// False for the default album, and without an album.
     bool canRemoveCurrentAlbum() const;
     /// Takes the current album off the list (its folder stays), selects the first and stores the list. Without effect

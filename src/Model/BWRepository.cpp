@@ -5,6 +5,7 @@
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWSettingsFile.h"
+#include "Model/Import/BWOldSettingsImporter.h"
 
 #include <optional>
 #include <QDir>
@@ -47,6 +48,7 @@ BWRepository &BWRepository::singleton()
 
 BWRepository::BWRepository(const Options &options)
     : m_userDefaults(std::make_unique<BWSettingsFile>(options.settingsFile)),
+      m_oldSettingsImporter(std::make_unique<BWOldSettingsImporter>(*m_userDefaults)),
       m_localizationManager(
           std::make_unique<BWLocalizationManager>(options.localizationFile, options.preferredLanguages)),
       m_configManager(std::make_unique<BWConfigManager>(*m_userDefaults, currentCameraIdentifier)),
@@ -59,6 +61,7 @@ BWRepository::~BWRepository() = default;
 
 void BWRepository::prepare()
 {
+    m_oldSettingsImporter->importSettingsIfNecessary(*m_configManager, *m_albumManager);
     if (!m_configManager->defaultAlbumName().isEmpty())
         m_albumManager->setOldDefaultAlbumName(m_configManager->defaultAlbumName());
     m_albumManager->prepare();

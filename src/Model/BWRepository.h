@@ -8,6 +8,7 @@ class BWAlbumManager;
 class BWApplicationDelegate;
 class BWConfigManager;
 class BWLocalizationManager;
+class BWOldSettingsImporter;
 class BWUserDefaults;
 
 /// Owns the managers for the whole run of the program. GUI thread only.
@@ -27,7 +28,7 @@ public:
     /// For singleton(). Ends the program when that exists already.
     static void setOptions(const Options &options);
 
-    /// Made at its first use, and prepared: albums, texts and settings are ready.
+    /// Made at its first use, and prepared: old settings are taken over, albums, texts and settings are ready.
     static BWRepository &singleton();
 
     /// A repository of its own, prepared like the singleton.
@@ -37,6 +38,7 @@ public:
     BWRepository &operator=(const BWRepository &) = delete;
 
     BWUserDefaults &userDefaults() const { return *m_userDefaults; }
+    BWOldSettingsImporter &oldSettingsImporter() const { return *m_oldSettingsImporter; }
     BWConfigManager &configManager() const { return *m_configManager; }
     BWAlbumManager &albumManager() const { return *m_albumManager; }
     BWLocalizationManager &localizationManager() const { return *m_localizationManager; }
@@ -47,6 +49,7 @@ private:
     void prepare();
 
     std::unique_ptr<BWUserDefaults> m_userDefaults;
+    std::unique_ptr<BWOldSettingsImporter> m_oldSettingsImporter;
     std::unique_ptr<BWLocalizationManager> m_localizationManager;
     std::unique_ptr<BWConfigManager> m_configManager;
     std::unique_ptr<BWAlbumManager> m_albumManager;

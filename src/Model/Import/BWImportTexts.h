@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Model/Import/BWOldSettingsFile.h"
+#include "Model/Import/BWOldSettingsImporter.h"
+
+class BWLocalizationManager;
+
+/// What the user is told of old settings that were taken over by hand, each in one sentence. `name` is the file's.
+class BWImportTexts {
+public:
+    BWImportTexts() = delete;
+
+    static QString takenOver(const BWOldSettingsImporter::Result &result, const QString &name,
+                             BWLocalizationManager &texts);
+    /// Why nothing was taken over; the file has a problem.
+    static QString refused(const BWOldSettingsFile &file, const QString &name, BWLocalizationManager &texts);
+    /// They are in effect, but not on the disk.
+    static QString notStored(BWLocalizationManager &texts);
+    /// From the command line while the program is open, which would overwrite them.
+    static QString programRuns(BWLocalizationManager &texts);
+};

@@ -1,0 +1,138 @@
+#include "Model/Import/BWOldSettings.h"
+
+#include "Model/Import/BWKeyedArchive.h"
+
+#include <cmath>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Takes values of the types they must have. What is absent gives an empty value, any other type is noted as a problem.
+class Expect {
+public:
+    explicit Expect(QString &problem) : m_problem(problem) { }
+
+    bool allWell() const { return m_problem.isNull(); }
+
+    QVariantMap dictionary(const QVariant &value, const QString &name)
+    {
+        return is(value, QMetaType::QVariantMap, name) ? value.toMap() : QVariantMap();
+    }
+
+    QVariantList array(const QVariant &value, const QString &name)
+    {
+        return is(value, QMetaType::QVariantList, name) ? value.toList() : QVariantList();
+    }
+
+    QString text(const QVariant &value, const QString &name)
+    {
+        return is(value, QMetaType::QString, name) ? value.toString() : QString();
+    }
+
+    std::optional<double> number(const QVariant &value, const QString &name)
+    {
+        const int type = value.typeId();
+        if (type != QMetaType::Double && type != QMetaType::Bool && !is(value, QMetaType::LongLong, name))
+            return std::nullopt;
+        return value.toDouble();
+    }
+
+    /// A number that is no value of a control counts as absent.
+    std::optional<double> controlValue(const QVariant &value, const QString &name)
+    {
+        const auto found = number(value, name);
+        const bool isUsable = found && std::isfinite(*found) && *found >= std::numeric_limits<int>::min()
+            && *found <= std::numeric_limits<int>::max();
+        return isUsable ? found : std::nullopt;
+    }
+
+    void note(const QString &name)
+    {
+        if (m_problem.isNull())
+            m_problem = u"\"%1\" makes no sense"_s.arg(name);
+    }
+
+private:
+    /// False for an absent value as well.
+    bool is(const QVariant &value, QMetaType::Type type, const QString &name)
+    {
+        if (value.isValid() && value.typeId() != type)
+            note(name);
+        return value.typeId() == type;
+    }
+
+    QString &m_problem;
+};
+
+BWOldCameraSettings::Product productOf(const QString &name, const QVariantMap &record, Expect &expect)
+{
+    BWOldCameraSettings::Product product;
+    product.name = name;
+    const QVariantMap values = expect.dictionary(record.value(u"cp"_s), u"cp"_s);
+    for (auto it = values.begin(); expect.allWell() && it != values.end(); ++it) {
+        const QVariantMap entry = expect.dictionary(*it, it.key());
+        if (const auto value = expect.controlValue(entry.value(u"value"_s), it.key()))
+            product.values.insert(it.key(), *value);
+    }
+    product.videoNorm = expect.controlValue(record.value(u"currentVideoNorm"_s), u"currentVideoNorm"_s);
+    const QVariantList names = expect.array(record.value(u"resolutionNames"_s), u"resolutionNames"_s);
+    const auto index = expect.number(record.value(u"currentResolution"_s), u"currentResolution"_s);
+    if (index && *index >= 0 && *index < static_cast<double>(names.size()))
+        product.resolution = expect.text(names.value(static_cast<qsizetype>(*index)), u"resolutionNames"_s);
+    return product;
+}
+
+std::optional<QVariantMap> rootOf(const QByteArray &archive, QString &problem)
+{
+    const auto root = BWKeyedArchive::root(archive, problem);
+    if (!root)
+        return std::nullopt;
+    if (root->typeId() != QMetaType::QVariantMap) {
+        problem = u"its root is no dictionary"_s;
+        return std::nullopt;
+    }
+    return root->toMap();
+}
+
+} // namespace
+
+std::optional<BWOldCameraSettings> BWOldCameraSettings::decode(const QByteArray &archive, QString &problem)
+{
+    const auto root = rootOf(archive, problem);
+    if (!root)
+        return std::nullopt;
+    Expect expect(problem);
+    BWOldCameraSettings settings;
+    const QVariantMap chosen = expect.dictionary(root->value(u"cameraCurrentProducts"_s), u"cameraCurrentProducts"_s);
+    for (auto it = chosen.begin(); it != chosen.end(); ++it) {
+        if (const QString product = expect.text(*it, it.key()); !product.isNull())
+            settings.productForCamera.insert(it.key(), product);
+    }
+    const QVariantMap products = expect.dictionary(root->value(u"productsByName"_s), u"productsByName"_s);
+    for (auto it = products.begin(); expect.allWell() && it != products.end(); ++it) {
+        if (it->isValid())
+            settings.products.append(productOf(it.key(), expect.dictionary(*it, it.key()), expect));
+    }
+    return expect.allWell() ? std::optional(settings) : std::nullopt;
+}
+
+std::optional<QList<BWOldAlbum>> BWOldAlbum::decode(const QByteArray &archive, QString &problem)
+{
+    const auto root = rootOf(archive, problem);
+    if (!root)
+        return std::nullopt;
+    Expect expect(problem);
+    const QVariantList records = expect.array(root->value(u"albums"_s), u"albums"_s);
+    if (records.size() > maximumCount)
+        expect.note(u"albums"_s);
+    QList<BWOldAlbum> albums;
+    for (qsizetype i = 0; expect.allWell() && i < records.size(); ++i) {
+        const QVariantMap record = expect.dictionary(records[i], u"album"_s);
+        const QString path = expect.text(record.value(u"path"_s), u"path"_s);
+        if (const QString name = expect.text(record.value(u"name"_s), u"name"_s); !path.isNull())
+            albums.append({name, path});
+    }
+    return expect.allWell() ? std::optional(albums) : std::nullopt;
+}

@@ -1,0 +1,155 @@
+#include "Model/Import/BWXmlPropertyList.h"
+
+#include "Model/Import/BWPropertyList.h"
+
+#include <algorithm>
+#include <QXmlStreamReader>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What no property list has and no reader needs to try: other encodings than UTF-8, entities of the file's own (in
+/// which Qt 6.4 may turn for ever) and prefixes in names (on which it may stumble).
+bool isUnusual(const QByteArray &bytes)
+{
+    if (bytes.contains('\0') || bytes.contains("<!ENTITY"))
+        return true;
+    for (qsizetype tag = bytes.indexOf('<'); tag >= 0; tag = bytes.indexOf('<', tag + 1)) {
+        const auto end = std::find_if(bytes.begin() + tag + 1, bytes.end(), [](char character) {
+            return character == ':' || character == '>' || character == '<' || character == '"' || character == '!';
+        });
+        if (end != bytes.end() && *end == ':')
+            return true;
+    }
+    return false;
+}
+
+class Reader {
+public:
+    explicit Reader(const QByteArray &bytes) : m_xml(bytes) { }
+
+    std::optional<QVariant> read(QString &problem)
+    {
+        QVariant root;
+        if (!m_xml.readNextStartElement() || m_xml.name() != "plist"_L1) {
+            m_xml.raiseError(u"it is no property list"_s);
+        } else if (!m_xml.readNextStartElement()) {
+            m_xml.raiseError(u"it is empty"_s);
+        } else {
+            root = value(0);
+            while (!m_xml.atEnd()) {
+                if (m_xml.readNext() == QXmlStreamReader::StartElement)
+                    m_xml.raiseError(u"there is something behind its end"_s);
+            }
+        }
+        if (!m_xml.hasError())
+            return root;
+        problem = u"%1 (line %2)"_s.arg(m_xml.errorString()).arg(m_xml.lineNumber());
+        return std::nullopt;
+    }
+
+private:
+    QVariant value(int level)
+    {
+        if (++m_values > BWPropertyList::maximumValues || level > BWPropertyList::maximumDepth) {
+            m_xml.raiseError(u"it holds too many values or is nested too deeply"_s);
+            return {};
+        }
+        const QStringView type = m_xml.name();
+        if (type == "dict"_L1)
+            return dictionary(level);
+        if (type == "array"_L1)
+            return array(level);
+        if (type == "string"_L1)
+            return m_xml.readElementText();
+        if (type == "integer"_L1)
+            return integer();
+        if (type == "real"_L1)
+            return checked<double>([](const QString &text, bool *ok) { return text.toDouble(ok); });
+        if (type == "data"_L1)
+            return data();
+        if (type == "true"_L1 || type == "false"_L1) {
+            const bool result = type == "true"_L1;
+            m_xml.skipCurrentElement();
+            return result;
+        }
+        if (type == "date"_L1)
+            m_xml.skipCurrentElement();
+        else
+            m_xml.raiseError(u"there is an unknown type of value"_s);
+        return {};
+    }
+
+    template <typename Number, typename Convert>
+    QVariant checked(Convert convert)
+    {
+        bool ok = false;
+        const Number number = convert(m_xml.readElementText().trimmed(), &ok);
+        if (!ok)
+            m_xml.raiseError(u"a number is damaged"_s);
+        return number;
+    }
+
+    QVariant integer()
+    {
+        return checked<qlonglong>([](const QString &text, bool *ok) {
+            const qlonglong number = text.toLongLong(ok);
+            return *ok ? number : static_cast<qlonglong>(text.toULongLong(ok));
+        });
+    }
+
+    QVariant data()
+    {
+        QByteArray text = m_xml.readElementText().toLatin1();
+        text.removeIf([](char character) { return QByteArrayView(" \t\r\n").contains(character); });
+        const auto decoded = QByteArray::fromBase64Encoding(text, QByteArray::AbortOnBase64DecodingErrors);
+        if (!decoded)
+            m_xml.raiseError(u"data is damaged"_s);
+        return decoded.decoded;
+    }
+
+    QVariant array(int level)
+    {
+        QVariantList list;
+        while (m_xml.readNextStartElement())
+            list.append(value(level + 1));
+        return list;
+    }
+
+    /// A dictionary, or a reference of a keyed archive, which is written as one.
+    QVariant dictionary(int level)
+    {
+        QVariantMap map;
+        while (m_xml.readNextStartElement()) {
+            if (m_xml.name() != "key"_L1) {
+                m_xml.raiseError(u"a key is missing"_s);
+                break;
+            }
+            const QString key = m_xml.readElementText();
+            if (!m_xml.readNextStartElement()) {
+                m_xml.raiseError(u"a value is missing"_s);
+                break;
+            }
+            map.insert(key, value(level + 1));
+        }
+        const QVariant index = map.value(u"CF$UID"_s);
+        if (map.size() == 1 && index.typeId() == QMetaType::LongLong)
+            return QVariant::fromValue(BWArchiveReference{static_cast<quint64>(index.toLongLong())});
+        return map;
+    }
+
+    QXmlStreamReader m_xml;
+    qsizetype m_values = 0;
+};
+
+} // namespace
+
+std::optional<QVariant> BWXmlPropertyList::read(const QByteArray &bytes, QString &problem)
+{
+    if (isUnusual(bytes)) {
+        problem = u"it is no property list in plain XML"_s;
+        return std::nullopt;
+    }
+    return Reader(bytes).read(problem);
+}
