@@ -3,6 +3,7 @@
 #include "BWAuxiliaryWindows.h"
 #include "BWCaptureFeedback.h"
 #include "BWGridController.h"
+#include "BWImportMenu.h"
 #include "BWLiveViewController.h"
 #include "BWSessionWindows.h"
 #include "BWSnapshotSound.h"
@@ -138,6 +139,8 @@ void AppDelegate::prepareUI()
     m_session = std::make_unique<BWCameraSession>(
         m_cameraManager, config, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); }, m_clock);
     m_sessionWindows->setSession(*m_session);
+    m_importMenu =
+        std::make_unique<BWImportMenu>(*m_window, m_repository, m_panels, [this] { showImportedSettings(); });
     connectActions();
     updateStateLabel();
 
@@ -330,6 +333,23 @@ void AppDelegate::openAlbumFolder()
 void AppDelegate::forceSnapshot()
 {
     BWCaptureController::forceSnapshot(currentCamera());
+}
+
+/// The camera in use gets what its product now has; the size of its picture only where no recording would end by it.
+void AppDelegate::showImportedSettings()
+{
+    m_auxiliaryWindows->advancedSettings().reload();
+    m_auxiliaryWindows->advancedSettings().loadProductWithVideoNorm(true);
+    const BWCameraPtr camera = currentCamera();
+    const auto product = m_session->currentProduct();
+    if (!camera || !product || camera->recording())
+        return;
+    const BWResolution wished = product->currentResolution();
+    const QList<BWResolution> &available = camera->detectedCamera()->cameraDescription()->availableResolutions;
+    if (!available.contains(wished) || wished == camera->defaultResolution())
+        return;
+    m_window->controlBar().showResolutions(available, wished);
+    m_session->changeResolution(wished);
 }
 
 void AppDelegate::onRecord()

@@ -8,6 +8,7 @@
 #include "Model/BWConfigManagerListener.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/LiveView/BWLiveRenderer.h"
+#include "Views/Utils/BWDialogFilePanels.h"
 
 #include <functional>
 #include <memory>
@@ -22,6 +23,7 @@ class BWCaptureFeedback;
 class BWCaptureRecovery;
 class BWFlashActionViewController;
 class BWGridController;
+class BWImportMenu;
 class BWLiveViewController;
 class BWMainWindow;
 class BWRepository;
@@ -79,6 +81,7 @@ private:
     void resetLayout();
     void openAlbumFolder();
     void forceSnapshot();
+    void showImportedSettings();
     void onRecord();
     void otherKeyPressed(int key, bool autoRepeat);
     void windowDidChangeOcclusionState();
@@ -101,6 +104,8 @@ private:
     std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
     std::unique_ptr<BWAuxiliaryWindows> m_auxiliaryWindows;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
+    BWDialogFilePanels m_panels;
+    std::unique_ptr<BWImportMenu> m_importMenu;
     std::unique_ptr<BWCameraDetector> m_cameraDetector;
     std::unique_ptr<BWCameraSession> m_session;
     std::unique_ptr<BWSimulatedCamerasWindowController> m_simulatedCameras;

@@ -1,6 +1,10 @@
 #include "BWCommandLine.h"
 
+#include <algorithm>
+#include <functional>
 #include <QFileInfo>
+#include <QHash>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -13,64 +17,94 @@ QString typeList()
 
 QString usage()
 {
-    return u"brimwellpro [--simulate TYPE[=PATH]]... [--technician] [--list-cameras] [--version] [--help]"_s;
+    return u"brimwellpro [--simulate TYPE[=PATH]]... [--language CODE] [--technician] [--import-settings FILE] "
+           "[--list-cameras] [--version] [--help]"_s;
 }
+
+/// "de" from "de", "de_AT", "de-AT" or "de_AT.UTF-8"; null if there are no texts in that language.
+QString languageFrom(const QString &code)
+{
+    static const QRegularExpression pattern(u"\\A([A-Za-z]+)(?:[-_.@].*)?\\z"_s);
+    const QString language = pattern.match(code).captured(1).toLower();
+    return BWCommandLine::languages().contains(language) ? language : QString();
+}
+
+void readCamera(const QString &camera, BWCommandLine &line)
+{
+    const qsizetype equals = camera.indexOf(u'=');
+    const QString typeName = equals < 0 ? camera : camera.left(equals);
+    const auto type = BWSimulatedCameraOptions::typeFromName(typeName);
+    if (!type) {
+        line.error = u"Unknown camera type %1; accepted are %2"_s.arg(typeName, typeList());
+        return;
+    }
+    BWSimulatedCameraOptions options;
+    options.type = *type;
+    if (equals >= 0) {
+        options.path = camera.mid(equals + 1);
+        if (!QFileInfo::exists(options.path)) {
+            line.error = u"No photo, folder of photos or movie at \"%1\""_s.arg(options.path);
+            return;
+        }
+    }
+    line.simulated.append(options);
+}
+
+void readLanguage(const QString &code, BWCommandLine &line)
+{
+    line.language = languageFrom(code);
+    if (line.language.isNull())
+        line.error = u"Unknown language %1; accepted are %2, also with a country as in de_AT"_s.arg(
+            code, BWCommandLine::languages().join(u", "_s));
+}
+
+struct OptionWithValue {
+    QString name;
+    QString needs; ///< what it says when the value is missing
+    std::function<void(const QString &value, BWCommandLine &line)> read;
+};
 
 } // namespace
 
+QStringList BWCommandLine::languages()
+{
+    return {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s};
+}
+
 BWCommandLine BWCommandLine::parse(const QStringList &arguments)
 {
+    const QHash<QString, bool BWCommandLine::*> switches{{u"--list-cameras"_s, &BWCommandLine::listCameras},
+                                                         {u"--technician"_s, &BWCommandLine::technician},
+                                                         {u"--version"_s, &BWCommandLine::version},
+                                                         {u"--help"_s, &BWCommandLine::help},
+                                                         {u"-h"_s, &BWCommandLine::help}};
+    const QList<OptionWithValue> options{
+        {u"--simulate"_s, u"a camera type; accepted are %1, each with =PATH if wished"_s.arg(typeList()), readCamera},
+        {u"--language"_s, u"a language; accepted are %1"_s.arg(languages().join(u", "_s)), readLanguage},
+        {u"--import-settings"_s, u"the file that holds the old settings"_s,
+         [](const QString &file, BWCommandLine &line) { line.importSettings = file; }}};
+
     BWCommandLine line;
-    const QString simulate = u"--simulate"_s;
     for (qsizetype i = 0; i < arguments.size() && line.error.isNull(); ++i) {
         const QString &argument = arguments[i];
-        QString camera;
-        if (argument == u"--list-cameras"_s) {
-            line.listCameras = true;
+        if (const auto found = switches.constFind(argument); found != switches.constEnd()) {
+            line.*(*found) = true;
             continue;
         }
-        if (argument == u"--technician"_s) {
-            line.technician = true;
-            continue;
-        }
-        if (argument == u"--version"_s) {
-            line.version = true;
-            continue;
-        }
-        if (argument == u"--help"_s || argument == u"-h"_s) {
-            line.help = true;
-            continue;
-        }
-        if (argument == simulate && i + 1 < arguments.size()) {
-            camera = arguments[++i];
-        } else if (argument.startsWith(simulate + u'=')) {
-            camera = argument.mid(simulate.size() + 1);
-        } else if (argument == simulate) {
-            line.error =
-                u"--simulate needs a camera type; accepted are %1, each with =PATH if wished"_s.arg(typeList());
-            continue;
-        } else {
+        const QString name = argument.section(u'=', 0, 0);
+        const auto option = std::find_if(options.begin(), options.end(),
+                                         [&name](const OptionWithValue &one) { return one.name == name; });
+        if (option == options.end()) {
             line.error = u"Unknown option %1; accepted: %2"_s.arg(argument, usage());
             continue;
         }
-
-        const qsizetype equals = camera.indexOf(u'=');
-        const QString typeName = equals < 0 ? camera : camera.left(equals);
-        const auto type = BWSimulatedCameraOptions::typeFromName(typeName);
-        if (!type) {
-            line.error = u"Unknown camera type %1; accepted are %2"_s.arg(typeName, typeList());
-            continue;
-        }
-        BWSimulatedCameraOptions options;
-        options.type = *type;
-        if (equals >= 0) {
-            options.path = camera.mid(equals + 1);
-            if (!QFileInfo::exists(options.path)) {
-                line.error = u"No photo, folder of photos or movie at \"%1\""_s.arg(options.path);
-                continue;
-            }
-        }
-        line.simulated.append(options);
+        const QString value = argument.contains(u'=') ? argument.section(u'=', 1)
+            : ++i < arguments.size()                  ? arguments[i]
+                                                      : QString();
+        if (value.isEmpty())
+            line.error = u"%1 needs %2"_s.arg(name, option->needs);
+        else
+            option->read(value, line);
     }
     return line;
 }
@@ -84,8 +118,11 @@ QString BWCommandLine::helpText()
            "  --simulate TYPE[=PATH]  attach a simulated camera; TYPE is one of %2.\n"
            "                          PATH is a photo, a folder of photos or a movie to show\n"
            "                          in place of the specimen. May be given several times.\n"
+           "  --language CODE         show all texts in that language, one of %3\n"
            "  --technician            show the menu of the technician's tools\n"
+           "  --import-settings FILE  take over the settings and albums of the previous generation from\n"
+           "                          the property list FILE, and tell what was taken over\n"
            "  --list-cameras          print the attached cameras and what they can do\n"
            "  --version               print the version\n"
-           "  --help                  print this text\n"_s.arg(usage(), typeList());
+           "  --help                  print this text\n"_s.arg(usage(), typeList(), languages().join(u", "_s));
 }

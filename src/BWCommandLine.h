@@ -9,12 +9,16 @@
 /// What the program was asked to do on its command line.
 struct BWCommandLine {
     QList<BWSimulatedCameraOptions> simulated;
+    QString importSettings; ///< file with settings of the previous generation to take over; null if none
+    QString language; ///< of all texts, such as "de"; null for the system's
     bool technician = false; ///< shows the menu of the technician's tools
     bool listCameras = false;
     bool version = false;
     bool help = false;
     QString error; ///< one line that says what is wrong and what is accepted; null if all is well
 
+    /// The languages that there are texts in.
+    static QStringList languages();
     /// `arguments` without the program's name.
     static BWCommandLine parse(const QStringList &arguments);
     static QString helpText();

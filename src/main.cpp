@@ -3,12 +3,14 @@
 #include "BWACUDriver/BWV4L2Listing.h"
 #include "BWCameraListing.h"
 #include "BWCommandLine.h"
+#include "BWImportCommand.h"
 #include "BWMeasuredApplication.h"
 #include "BWNodePrinter.h"
 #include "BWStatisticsReport.h"
 #include "Model/BWLibraryList.h"
 #include "Model/BWRepository.h"
 #include "Model/BWSettingsFile.h"
+#include "Model/BWSettingsUse.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/BWMainWindow.h"
@@ -20,6 +22,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QLocale>
 #include <QTextStream>
 
 using namespace Qt::StringLiterals;
@@ -58,6 +61,14 @@ AppDelegate::Options delegateOptions(const BWCommandLine &line)
     return options;
 }
 
+BWRepository::Options repositoryOptions(const BWCommandLine &line)
+{
+    BWRepository::Options options = BWRepository::Options::standard();
+    if (!line.language.isNull())
+        options.preferredLanguages = QStringList{line.language};
+    return options;
+}
+
 int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
 {
     if (line.help) {
@@ -72,6 +83,8 @@ int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
         return 0;
     }
     QCoreApplication application(argc, argv);
+    if (!line.importSettings.isNull())
+        return BWImportCommand::run(repositoryOptions(line), line.importSettings);
     QTextStream out(stdout);
     if (line.simulated.isEmpty()) {
         BWNodePrinter::print(BWV4L2Listing::list(cameraTables()), out);
@@ -95,11 +108,13 @@ int main(int argc, char *argv[])
         QTextStream(stderr) << "brimwellpro: " << line.error << '\n';
         return 2;
     }
-    if (line.help || line.version || line.listCameras)
+    if (line.help || line.version || line.listCameras || !line.importSettings.isNull())
         return runWithoutWindows(line, argc, argv);
 
     const auto application = BWStatisticsReport::isWished() ? std::make_unique<BWMeasuredApplication>(argc, argv)
                                                             : std::make_unique<QApplication>(argc, argv);
+    if (!line.language.isNull())
+        QLocale::setDefault(QLocale(line.language));
     QCoreApplication::setApplicationName(u"BrimwellPro"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(BW_VERSION));
     QGuiApplication::setDesktopFileName(u"brimwellpro"_s);
@@ -107,6 +122,9 @@ int main(int argc, char *argv[])
     BWIcons::install(*application);
     QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
 
+    const BWRepository::Options options = repositoryOptions(line);
+    BWRepository::setOptions(options);
+    const BWSettingsUse use(options.settingsFile, BWSettingsUse::Kind::Shared);
     AppDelegate delegate(delegateOptions(line));
     BWMessageBoxAlertPresenter alerts(BWRepository::singleton().localizationManager(),
                                       [&delegate] { return delegate.cameraWindow(); });

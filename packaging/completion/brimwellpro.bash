@@ -12,12 +12,15 @@ _brimwellpro() {
         compopt -o nospace
         mapfile -t COMPREPLY < <(compgen -W "dx20 regular high ultra wireless" -- "$word")
         ;;
-    *" =")
+    *" --language" | "--language =")
+        mapfile -t COMPREPLY < <(compgen -W "en de es fr ja" -- "$word")
+        ;;
+    *" --import-settings" | *" =")
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         ;;
     *)
-        mapfile -t COMPREPLY < <(compgen -W "--simulate --technician --list-cameras --version --help" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "--simulate --language --technician --import-settings --list-cameras --version --help" -- "$word")
         ;;
     esac
 }

@@ -9,6 +9,8 @@ public:
     virtual ~BWAlertPresenter() = default;
 
     virtual void presentOK(const QString &title, const QString &message) = 0;
+    /// The same for good news.
+    virtual void presentInformation(const QString &title, const QString &message) { presentOK(title, message); }
     /// True exactly when OK was chosen.
     virtual bool presentOKCancel(const QString &title, const QString &message) = 0;
     /// The same with other words on the buttons; true exactly when the first was chosen.

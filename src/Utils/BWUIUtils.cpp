@@ -48,6 +48,14 @@ void BWUIUtils::displayOKAlert(const QString &title, const QString &message)
         logUnshown(title, message);
 }
 
+void BWUIUtils::displayInformation(const QString &title, const QString &message)
+{
+    if (alertPresenter)
+        alertPresenter->presentInformation(title, message);
+    else
+        logUnshown(title, message);
+}
+
 bool BWUIUtils::displayOKCancelAlert(const QString &title, const QString &message)
 {
     if (alertPresenter)

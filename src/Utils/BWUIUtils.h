@@ -14,6 +14,8 @@ public:
 
     /// Modal alert with one button; returns when it is dismissed. Without a presenter the text goes to the log.
     static void displayOKAlert(const QString &title, const QString &message);
+    /// The same for good news.
+    static void displayInformation(const QString &title, const QString &message);
     /// Modal alert with OK and Cancel; true exactly when OK was chosen. Without a presenter the answer is Cancel.
     static bool displayOKCancelAlert(const QString &title, const QString &message);
     /// The same with other words on the two buttons; true exactly when the first was chosen.

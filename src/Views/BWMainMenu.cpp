@@ -21,6 +21,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_helpMenu = bar->addMenu(QString());
 
     openAlbumFolder = add(m_fileMenu, u"Ctrl+O"_s);
+    importOldSettings = add(m_fileMenu);
     m_fileMenu->addSeparator();
     quit = add(m_fileMenu, QKeySequence::Quit);
     quit->setShortcut(u"Ctrl+Q"_s);
@@ -89,6 +90,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     const auto set = [](QAction *action, const QString &text) { action->setText(text); };
     m_fileMenu->setTitle(manager.text(u"main_menu"_s, u"file_menu"_s, u"&File"_s));
     set(openAlbumFolder, manager.text(u"main_menu"_s, u"open_album_folder_menu_item"_s, u"&Open album folder"_s));
+    set(importOldSettings, manager.text(u"import"_s, u"menu_item"_s, u"&Import old settings..."_s));
     set(quit, manager.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s));
 
     m_cameraMenu->setTitle(manager.text(u"main_menu"_s, u"camera_menu"_s, u"&Camera"_s));

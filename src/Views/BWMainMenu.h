@@ -48,6 +48,7 @@ public:
     void showOpenWindows(const OpenWindows &windows);
 
     QAction *openAlbumFolder;
+    QAction *importOldSettings;
     QAction *quit;
     QAction *snapshot;
     QAction *record;

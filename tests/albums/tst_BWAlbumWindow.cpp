@@ -215,6 +215,7 @@ private:
         m_panel = QStringList{panel.title, panel.message, panel.extension, panel.name}.join(u'|');
         chosen(m_chosen);
     }
+    void chooseFile(QWidget *, const File &, Chosen) override { }
     void chooseFolder(QWidget *, const Folder &panel, Chosen chosen) override
     {
         m_panel = QStringList{panel.title, panel.message}.join(u'|');

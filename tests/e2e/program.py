@@ -42,6 +42,11 @@ class Element:
         extents = component.get_extents(self._atspi.CoordType.SCREEN)
         return Area(extents.x, extents.y, extents.width, extents.height)
 
+    @property
+    def value(self):
+        """Of a slider or a field for numbers."""
+        return self._accessible.get_value_iface().get_current_value()
+
     def has_state(self, name):
         return self._accessible.get_state_set().contains(getattr(self._atspi.StateType, name.upper()))
 

@@ -73,7 +73,8 @@ class Package(unittest.TestCase):
     def test_completion_in_bash(self):
         script = ('. "$1"; COMP_WORDS=("${@:2}"); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); compopt() { :; }; '
                   '_brimwellpro; printf "%s\\n" "${COMPREPLY[@]}"')
-        for words, expected in ((["--l"], {"--list-cameras"}), (["--simulate", ""], TYPES),
+        for words, expected in ((["--l"], {"--language", "--list-cameras"}), (["--language", "e"], {"en", "es"}),
+                                (["--import-settings", "conte"], {"content.txt"}), (["--simulate", ""], TYPES),
                                 (["--simulate", "h"], {"high"}), (["--simulate", "="], TYPES),
                                 (["--simulate", "=", "u"], {"ultra"}),
                                 (["--simulate", "high", "=", "conte"], {"content.txt"})):

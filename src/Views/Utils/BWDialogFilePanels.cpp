@@ -89,6 +89,15 @@ void BWDialogFilePanels::save(QWidget *window, const Save &save, Chosen chosen)
     panel->begin(std::move(chosen));
 }
 
+void BWDialogFilePanels::chooseFile(QWidget *window, const File &file, Chosen chosen)
+{
+    auto *panel = new Panel(window, file.title, file.message, file.folder);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setOption(QFileDialog::ReadOnly);
+    panel->setNameFilters({u"%1 (%2)"_s.arg(file.types, file.patterns.join(u' ')), u"%1 (*)"_s.arg(file.allFiles)});
+    panel->begin(std::move(chosen));
+}
+
 void BWDialogFilePanels::chooseFolder(QWidget *window, const Folder &folder, Chosen chosen)
 {
     auto *panel = new Panel(window, folder.title, folder.message, folder.folder);

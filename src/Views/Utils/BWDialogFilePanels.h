@@ -6,5 +6,6 @@
 class BWDialogFilePanels : public BWFilePanels {
 public:
     void save(QWidget *window, const Save &panel, Chosen chosen) override;
+    void chooseFile(QWidget *window, const File &panel, Chosen chosen) override;
     void chooseFolder(QWidget *window, const Folder &panel, Chosen chosen) override;
 };

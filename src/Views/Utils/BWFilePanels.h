@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 class QWidget;
@@ -21,6 +22,14 @@ public:
         QString message;
         QUrl folder; ///< where the panel begins
     };
+    struct File {
+        QString title;
+        QString message;
+        QString types; ///< what such files are called
+        QStringList patterns; ///< of their names, such as "*.jpg"
+        QString allFiles; ///< what the user picks to see files of other names, too
+        QUrl folder; ///< where the panel begins
+    };
     /// Told only when the user confirms.
     using Chosen = std::function<void(const QUrl &place)>;
 
@@ -29,6 +38,8 @@ public:
     /// A file to be written, with the extension; the user has agreed to replace one that stands there. No folders can be
     /// made. Returns at once.
     virtual void save(QWidget *window, const Save &panel, Chosen chosen) = 0;
+    /// An existing file to be read. Returns at once.
+    virtual void chooseFile(QWidget *window, const File &panel, Chosen chosen) = 0;
     /// An existing folder, which the user may just have made. Returns at once.
     virtual void chooseFolder(QWidget *window, const Folder &panel, Chosen chosen) = 0;
 };

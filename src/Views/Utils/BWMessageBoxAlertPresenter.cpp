@@ -19,19 +19,24 @@ BWMessageBoxAlertPresenter::BWMessageBoxAlertPresenter(BWLocalizationManager &ma
 
 void BWMessageBoxAlertPresenter::presentOK(const QString &title, const QString &message)
 {
-    present(title, message, ok(), {});
+    present(Kind::Warning, title, message, ok());
+}
+
+void BWMessageBoxAlertPresenter::presentInformation(const QString &title, const QString &message)
+{
+    present(Kind::Information, title, message, ok());
 }
 
 bool BWMessageBoxAlertPresenter::presentOKCancel(const QString &title, const QString &message)
 {
-    return present(title, message, ok(),
+    return present(Kind::Question, title, message, ok(),
                    m_manager.localize(BWLocalizableString(u"general"_s, u"option_cancel"_s, u"Cancel"_s)));
 }
 
 bool BWMessageBoxAlertPresenter::presentChoice(const QString &title, const QString &message, const QString &accept,
                                                const QString &reject)
 {
-    return present(title, message, accept, reject);
+    return present(Kind::Question, title, message, accept, reject);
 }
 
 QString BWMessageBoxAlertPresenter::ok() const
@@ -60,14 +65,16 @@ void BWMessageBoxAlertPresenter::setTexts(QMessageBox &box, const QString &title
     }
 }
 
-bool BWMessageBoxAlertPresenter::present(const QString &title, const QString &message, const QString &acceptText,
-                                         const QString &rejectText)
+bool BWMessageBoxAlertPresenter::present(Kind kind, const QString &title, const QString &message,
+                                         const QString &acceptText, const QString &rejectText)
 {
     QWidget *parent = QApplication::activeWindow();
     if (!parent && m_window)
         parent = m_window();
     QMessageBox box(parent);
-    box.setIcon(rejectText.isNull() ? QMessageBox::Warning : QMessageBox::Question);
+    box.setIcon(kind == Kind::Warning           ? QMessageBox::Warning
+                    : kind == Kind::Information ? QMessageBox::Information
+                                                : QMessageBox::Question);
     setTexts(box, title, message);
     QPushButton *accept = box.addButton(acceptText, QMessageBox::AcceptRole);
     box.setDefaultButton(accept);

@@ -16,6 +16,7 @@ public:
     explicit BWMessageBoxAlertPresenter(BWLocalizationManager &manager, std::function<QWidget *()> window = {});
 
     void presentOK(const QString &title, const QString &message) override;
+    void presentInformation(const QString &title, const QString &message) override;
     bool presentOKCancel(const QString &title, const QString &message) override;
     bool presentChoice(const QString &title, const QString &message, const QString &accept,
                        const QString &reject) override;
@@ -24,7 +25,10 @@ public:
     static void setTexts(QMessageBox &box, const QString &title, const QString &message);
 
 private:
-    bool present(const QString &title, const QString &message, const QString &accept, const QString &reject);
+    enum class Kind { Warning, Information, Question };
+
+    bool present(Kind kind, const QString &title, const QString &message, const QString &accept,
+                 const QString &reject = {});
     QString ok() const;
 
     BWLocalizationManager &m_manager;

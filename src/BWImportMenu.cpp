@@ -1,0 +1,75 @@
+#include "BWImportMenu.h"
+
+#include "Model/BWLocalizationManager.h"
+#include "Model/BWRepository.h"
+#include "Model/BWUserDefaults.h"
+#include "Model/Import/BWImportTexts.h"
+#include "Utils/BWLogging.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/BWMainMenu.h"
+#include "Views/BWMainWindow.h"
+#include "Views/Utils/BWFilePanels.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFileInfo>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+BWImportMenu::BWImportMenu(BWMainWindow &window, BWRepository &repository, BWFilePanels &panels,
+                           std::function<void()> takenOver)
+    : m_window(window), m_repository(repository), m_panels(panels), m_takenOver(std::move(takenOver))
+{
+    connect(window.menu().importOldSettings, &QAction::triggered, this, &BWImportMenu::chooseFile);
+}
+
+void BWImportMenu::chooseFile()
+{
+    BWLocalizationManager &texts = m_repository.localizationManager();
+    m_panels.chooseFile(
+        &m_window,
+        {texts.text(u"import"_s, u"panel_title"_s, u"Import old settings"_s),
+         texts.text(u"import"_s, u"panel_message"_s,
+                    u"Please select the file in which the previous generation of BrimwellPro kept its settings"_s),
+         texts.text(u"import"_s, u"file_type"_s, u"Settings files"_s),
+         {u"*.plist"_s},
+         texts.text(u"import"_s, u"all_files"_s, u"All files"_s),
+         QUrl::fromLocalFile(QDir::homePath())},
+        [this](const QUrl &url) { read(url); });
+}
+
+void BWImportMenu::read(const QUrl &url)
+{
+    m_window.menu().importOldSettings->setEnabled(false); // until this one is read
+    const QString path = url.toLocalFile();
+    m_reader.run([this, path, alive = std::weak_ptr(m_alive)] {
+        BWMainQueue::post(alive, [this, file = BWOldSettingsFile::read(path), name = QFileInfo(path).fileName()] {
+            m_window.menu().importOldSettings->setEnabled(true);
+            finish(file, name);
+        });
+    });
+}
+
+void BWImportMenu::finish(const BWOldSettingsFile &file, const QString &name)
+{
+    BWLocalizationManager &texts = m_repository.localizationManager();
+    const auto refuse = [&texts](const QString &sentence) {
+        BWUIUtils::displayOKAlert(texts.text(u"import"_s, u"refused_title"_s, u"Old settings could not be imported"_s),
+                                  sentence);
+    };
+    if (file.problem != BWOldSettingsFile::Problem::None) {
+        qCWarning(bwApp).noquote() << "Old settings in" << name << "are not taken over:" << file.detail;
+        refuse(BWImportTexts::refused(file, name, texts));
+        return;
+    }
+    const auto result =
+        BWOldSettingsImporter::importByHand(file.settings, m_repository.configManager(), m_repository.albumManager());
+    m_takenOver();
+    if (m_repository.userDefaults().synchronize())
+        BWUIUtils::displayInformation(texts.text(u"import"_s, u"title"_s, u"Old settings imported"_s),
+                                      BWImportTexts::takenOver(result, name, texts));
+    else
+        refuse(BWImportTexts::notStored(texts));
+}

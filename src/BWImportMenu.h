@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Utils/BWPatientThread.h"
+
+#include <functional>
+#include <memory>
+#include <QObject>
+#include <QUrl>
+
+class BWFilePanels;
+class BWMainWindow;
+class BWRepository;
+struct BWOldSettingsFile;
+
+/// The menu item that takes over old settings: asks for the file, reads it beside the GUI thread, tells the outcome.
+/// GUI thread.
+class BWImportMenu : public QObject {
+    Q_OBJECT
+
+public:
+    /// `takenOver` is called when settings have come in, before the user is told. All must outlive this object.
+    BWImportMenu(BWMainWindow &window, BWRepository &repository, BWFilePanels &panels, std::function<void()> takenOver);
+
+    /// Asks the user for a file.
+    void chooseFile();
+
+private:
+    void read(const QUrl &url);
+    void finish(const BWOldSettingsFile &file, const QString &name);
+
+    BWMainWindow &m_window;
+    BWRepository &m_repository;
+    BWFilePanels &m_panels;
+    std::function<void()> m_takenOver;
+    BWPatientThread m_reader;
+    std::shared_ptr<void> m_alive = std::make_shared<int>();
+};
