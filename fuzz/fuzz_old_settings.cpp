@@ -1,0 +1,118 @@
+// Feeds files and archives of old settings to what decodes them. At the end it tells how many got how far.
+
+#include "BWPropertyListMutator.h"
+#include "Model/Import/BWKeyedArchive.h"
+#include "Model/Import/BWOldSettingsFile.h"
+#include "Model/Import/BWPropertyList.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+extern "C" size_t LLVMFuzzerMutate(uint8_t *data, size_t size, size_t maxSize);
+
+namespace {
+
+struct Counts {
+    unsigned long inputs = 0;
+    unsigned long lists = 0; ///< read as property lists
+    unsigned long archives = 0; ///< decoded as keyed archives, alone or in a file
+    unsigned long settings = 0; ///< files whose settings would be taken over
+    unsigned long damaged = 0; ///< files with old settings that would not
+} counts;
+
+/// The last inputs that were decoded whole. Most mutations begin with one of them, as few survive many mutations.
+/// Allocates nothing: an input that seems to leave memory behind makes libFuzzer look for leaks, which takes long.
+class Decoded {
+public:
+    void add(const uint8_t *data, size_t size)
+    {
+        if (size > largest)
+            return;
+        Input &input = m_inputs[m_count++ % most];
+        std::memcpy(input.bytes, data, size);
+        input.size = size;
+    }
+
+    QByteArray any(unsigned int seed) const
+    {
+        if (m_count == 0)
+            return {};
+        const Input &input = m_inputs[seed % std::min(m_count, most)];
+        return {reinterpret_cast<const char *>(input.bytes), static_cast<qsizetype>(input.size)};
+    }
+
+private:
+    static constexpr size_t most = 500;
+    static constexpr size_t largest = 8192;
+    struct Input {
+        uint8_t bytes[largest];
+        size_t size;
+    };
+    Input m_inputs[most] = {};
+    size_t m_count = 0;
+} decoded;
+
+void printCounts()
+{
+    std::fprintf(stderr,
+                 "inputs %lu: property lists %lu, keyed archives %lu, settings taken over %lu, settings refused %lu\n",
+                 counts.inputs, counts.lists, counts.archives, counts.settings, counts.damaged);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    std::atexit(printCounts);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    QString problem;
+    ++counts.inputs;
+    const bool isList = BWPropertyList::read(bytes, problem).has_value();
+    counts.lists += isList;
+
+    const BWOldSettingsFile file = BWOldSettingsFile::decode(bytes);
+    const bool isTaken = file.problem == BWOldSettingsFile::Problem::None;
+    counts.settings += isTaken;
+    counts.damaged += file.problem == BWOldSettingsFile::Problem::Damaged;
+    if (isTaken != file.detail.isNull() || (!isTaken && (file.settings.cameras || file.settings.albums)))
+        std::abort(); // refused in part, or without a reason
+
+    problem.clear();
+    const bool isArchive = BWKeyedArchive::root(bytes, problem).has_value();
+    if (isArchive != problem.isNull() || (isArchive && !isList))
+        std::abort();
+    counts.archives += isArchive || isTaken;
+    if (isArchive || isTaken)
+        decoded.add(data, size);
+    if (isArchive) {
+        (void)BWOldCameraSettings::decode(bytes, problem);
+        problem.clear();
+        (void)BWOldAlbum::decode(bytes, problem);
+    }
+    return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *data, size_t size, size_t maxSize, unsigned int seed)
+{
+    constexpr unsigned int raw = 2; // of ten: any bytes, as libFuzzer changes them
+    constexpr unsigned int binary = 4; // of ten: bytes of the list's objects
+    if (seed % 10 >= raw) {
+        BWPropertyListMutator mutator(seed);
+        QByteArray list(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+        if (const QByteArray whole = decoded.any(seed / 40); !whole.isEmpty() && seed / 10 % 4 != 0)
+            list = whole;
+        const QByteArray changed = seed % 10 < binary ? mutator.mutateBytes(list) : mutator.mutate(list);
+        if (!changed.isEmpty() && static_cast<size_t>(changed.size()) <= maxSize) {
+            std::memcpy(data, changed.constData(), static_cast<size_t>(changed.size()));
+            return static_cast<size_t>(changed.size());
+        }
+    }
+    return LLVMFuzzerMutate(data, size, maxSize);
+}
