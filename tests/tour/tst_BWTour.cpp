@@ -1,8 +1,10 @@
 #include "AppDelegate.h"
 #include "BWAppTexts.h"
 #include "Model/BWAlbumManager.h"
+#include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureNotice.h"
+#include "Model/Import/BWImportTexts.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "TestFolder.h"
@@ -350,6 +352,13 @@ private Q_SLOTS:
         add("trash-images", albums.trashImages.multiple.title, albums.trashImages.multiple.message, true);
         add("trash-video", albums.trashVideos.single.title, albums.trashVideos.single.message, true);
         add("trash-videos", albums.trashVideos.multiple.title, albums.trashVideos.multiple.message, true);
+
+        const BWOldSettingsImporter::Result import{
+            .cameras = 4, .products = 19, .albums = 3, .unknownCameras = 1, .missingFolders = 12};
+        add("imported", manager.text(u"import"_s, u"title"_s, u"Old settings imported"_s),
+            BWImportTexts::takenOver(import, u"microscope.plist"_s, manager));
+        add("not-imported", manager.text(u"import"_s, u"refused_title"_s, u"Old settings could not be imported"_s),
+            BWImportTexts::refused({BWOldSettingsFile::Problem::Damaged, {}, {}}, u"microscope.plist"_s, manager));
 
         using End = BWRecordingStatus::End;
         const QUrl movie(u"file:///home/user/BrimwellPro/Default%20Album/2024-05-17_video_001.mov"_s);
