@@ -313,6 +313,7 @@ void AppDelegate::resetLayout()
 
 void AppDelegate::onSettingsAlbums()
 {
+    qCInfo(bwApp, "Settings/Albums");
     const BWAlbumManager &albums = m_repository.albumManager();
     if (albums.faulty()) {
         BWUIUtils::displayOKAlert(m_texts.errorInitializingAlbumsTitle,

@@ -22,7 +22,7 @@ def told_as(library):
 program = sys.argv[1]
 dynamic = subprocess.run(["readelf", "--dynamic", program], capture_output=True, text=True, check=True).stdout
 linked = {told_as(library) for library in re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic)} - {None}
-told = dict(re.findall(r"^  (\S+) (.+), .+$",
+told = sorted(re.findall(r"^  (\S+) (.+), .+$",
                        subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout, re.M))
 print("linked:", *sorted(linked), "\ntold:", told)
-sys.exit(linked != set(told) or any(not re.search(r"\d", version) for version in told.values()))
+sys.exit([name for name, _ in told] != sorted(linked) or any(not re.search(r"\d", version) for _, version in told))

@@ -49,8 +49,9 @@ private Q_SLOTS:
         QTest::newRow("failed") << movie(End::Failed) << u"The recording ended because its file could not be written"_s
                                 << untilThen;
         QTest::newRow("not in the album") << lost(movie(End::Asked), left) << notSaved << keptHere;
-        QTest::newRow("full disk, not in the album") << lost(movie(End::DiskFull), left) << notSaved
-                                                     << u"The recording ended because the disk is full.\n"_s + keptHere;
+        QTest::newRow("full disk, not in the album")
+            << lost(movie(End::DiskFull), left) << notSaved
+            << u"The recording ended because the disk is full.\n\n"_s + keptHere;
         QTest::newRow("nothing at all") << lost(movie(End::Failed)) << notSaved
                                         << u"It could not be written to the disk. Please check that there is free "
                                            "space, then take it again."_s;

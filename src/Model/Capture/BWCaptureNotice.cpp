@@ -44,10 +44,10 @@ QString leftOut(const BWRecordingStatus &recording, BWLocalizationManager &texts
 }
 
 /// One line each, without those that have nothing to tell.
-QString lines(QStringList texts)
+QString lines(QStringList texts, const QString &between = u"\n"_s)
 {
     texts.removeAll(QString());
-    return texts.join(u'\n');
+    return texts.join(between);
 }
 
 /// Titles have no full stop, in no language.
@@ -87,7 +87,8 @@ BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts
                        "free space. The capture is kept here:"_s);
         // The path has a line of its own, so that it is broken as late as can be.
         return {notSaved,
-                lines({ended, u"%1\n%2"_s.arg(left, result.left.toLocalFile()), leftOut(result.recording, texts)})};
+                lines({ended, u"%1\n%2"_s.arg(left, result.left.toLocalFile()), leftOut(result.recording, texts)},
+                      u"\n\n"_s)};
     }
     if (result.type == BWMediaType::Video && end != End::DiskFull && end != End::Failed) {
         const QString nothing = texts.text(u"camera_window"_s, u"recording_empty"_s,
