@@ -2,6 +2,7 @@
 
 #include "BWAuxiliaryWindows.h"
 #include "BWCaptureFeedback.h"
+#include "BWCommandLine.h"
 #include "BWGridController.h"
 #include "BWImportMenu.h"
 #include "BWLiveViewController.h"
@@ -55,7 +56,8 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching()
 {
     BWLocalizationManager &texts = m_repository.localizationManager();
-    BWQtTexts::setLanguage(texts.preferredLanguage());
+    const QString language = texts.preferredLanguage();
+    BWQtTexts::setLanguage(BWCommandLine::languages().contains(language) ? language : QString()); // no mixture
     m_texts.localizeWithManager(texts);
     checkCameraAccess();
 }
