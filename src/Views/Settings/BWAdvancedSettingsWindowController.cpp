@@ -8,9 +8,7 @@
 #include "Views/Settings/BWAutoSettingViewController.h"
 #include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
-#include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWFrameAutosave.h"
-#include "Views/Utils/BWWindowPlacement.h"
 
 #include <array>
 #include <QGridLayout>
@@ -51,7 +49,7 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
                                                                        BWUserDefaults &defaults,
                                                                        CurrentCamera currentCamera,
                                                                        QWidget *cameraWindow)
-    : QWidget(cameraWindow, Qt::Tool),
+    : BWUtilityPanel(cameraWindow),
       m_config(config),
       m_currentCamera(std::move(currentCamera)),
       m_settingsView(new QWidget),
@@ -60,12 +58,10 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
       m_saveAsDefaultButton(new QPushButton),
       m_restoreDefaultsButton(new QPushButton)
 {
-    setAttribute(Qt::WA_ShowWithoutActivating); // it stands beside the camera window, which stays the one in use
     layOut();
     connect(m_saveAsDefaultButton, &QPushButton::clicked, this, &BWAdvancedSettingsWindowController::onSaveAsDefault);
     connect(m_restoreDefaultsButton, &QPushButton::clicked, this,
             &BWAdvancedSettingsWindowController::onRestoreDefaults);
-    new BWClosingKeys(*this);
     m_followTimer.setInterval(1s);
     connect(&m_followTimer, &QTimer::timeout, this, &BWAdvancedSettingsWindowController::follow);
     new BWFrameAutosave(*this, u"advanced_settings"_s, defaults);
@@ -278,44 +274,15 @@ void BWAdvancedSettingsWindowController::configManagerUpdatedSettings(BWConfigMa
     });
 }
 
-void BWAdvancedSettingsWindowController::resetLayout()
-{
-    // While it is hidden the camera window may still move, at the start even without its final frame.
-    m_mustPlace = true;
-    if (isVisible())
-        place();
-}
-
-void BWAdvancedSettingsWindowController::place()
-{
-    const QWidget *cameraWindow = parentWidget();
-    if (!cameraWindow || !std::exchange(m_mustPlace, false))
-        return;
-    move(BWWindowPlacement::below(*cameraWindow, size()));
-    update();
-}
-
-void BWAdvancedSettingsWindowController::setVisible(bool visible)
-{
-    if (visible && !isVisible()) {
-        if (!testAttribute(Qt::WA_Resized))
-            adjustSize();
-        place();
-    }
-    QWidget::setVisible(visible);
-}
-
 void BWAdvancedSettingsWindowController::showEvent(QShowEvent *event)
 {
-    QWidget::showEvent(event);
+    BWUtilityPanel::showEvent(event);
     follow();
     m_followTimer.start();
-    Q_EMIT visibilityChanged();
 }
 
 void BWAdvancedSettingsWindowController::hideEvent(QHideEvent *event)
 {
-    QWidget::hideEvent(event);
+    BWUtilityPanel::hideEvent(event);
     m_followTimer.stop();
-    Q_EMIT visibilityChanged();
 }

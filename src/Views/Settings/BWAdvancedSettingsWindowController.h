@@ -4,13 +4,13 @@
 #include "Model/BWCameraProduct.h"
 #include "Model/BWConfigManagerListener.h"
 #include "Model/BWLocalizationManagerDelegate.h"
+#include "Views/Utils/BWUtilityPanel.h"
 
 #include <functional>
 #include <memory>
 #include <QHash>
 #include <QList>
 #include <QTimer>
-#include <QWidget>
 
 class BWConfigManager;
 class BWSettingViewController;
@@ -22,7 +22,7 @@ class QPushButton;
 /// to the camera at once and into the product, which is stored when the user asks for it.
 ///
 /// A utility window beside the camera window. It loads products into cameras whether it is to be seen or not. GUI thread.
-class BWAdvancedSettingsWindowController : public QWidget,
+class BWAdvancedSettingsWindowController : public BWUtilityPanel,
                                            public BWLocalizationManagerDelegate,
                                            public BWConfigManagerListener {
     Q_OBJECT
@@ -59,10 +59,7 @@ public:
     /// Stores the factory values, and sends all of them to the camera.
     void onRestoreDefaults();
 
-    /// Puts the window centred under the camera window: now, or when it is next shown.
-    void resetLayout();
     void configManagerUpdatedSettings(BWConfigManager &config) override;
-    void setVisible(bool visible) override;
 
     /// The values shown belong to this product; null before the first camera.
     const BWCameraProductPtr &product() const { return m_product; }
@@ -70,10 +67,6 @@ public:
     {
         return m_settingControllersBySetting.value(setting);
     }
-
-Q_SIGNALS:
-    /// It was shown or hidden.
-    void visibilityChanged();
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -87,7 +80,6 @@ private:
     void updateHolds();
     void updateProductName();
     void showSaved(bool saved);
-    void place();
 
     BWConfigManager &m_config;
     const CurrentCamera m_currentCamera;
@@ -101,6 +93,5 @@ private:
     QHash<int, BWSettingViewController *> m_settingControllersBySetting;
     BWCameraProductPtr m_product;
     QTimer m_followTimer;
-    bool m_mustPlace = false;
     const std::shared_ptr<void> m_alive = std::make_shared<int>();
 };

@@ -7,9 +7,7 @@
 #include "Views/BWCameraTitles.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
-#include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWFrameAutosave.h"
-#include "Views/Utils/BWWindowPlacement.h"
 
 #include <QComboBox>
 #include <QPushButton>
@@ -31,14 +29,12 @@ QString localizedCameraName(const BWCameraDescription &description, BWLocalizati
 
 BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults,
                                                        Surroundings surroundings, QWidget *cameraWindow)
-    : QWidget(cameraWindow, Qt::Tool),
+    : BWUtilityPanel(cameraWindow),
       m_config(config),
       m_surroundings(std::move(surroundings)),
-      m_cameraWindow(cameraWindow),
       m_form(new BWSettingsForm),
       m_products(config)
 {
-    setAttribute(Qt::WA_ShowWithoutActivating); // it stands beside the camera window, which stays the one in use
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -66,7 +62,6 @@ void BWSettingsWindowController::connectControls()
     onActivated(m_form->rememberLayout, &BWSettingsWindowController::onRememberLayout);
     connect(m_form->restoreLayout, &QPushButton::clicked, this, &BWSettingsWindowController::onRestoreLayout);
     connect(m_form->advancedSettings, &QPushButton::clicked, this, &BWSettingsWindowController::onAdvancedSettings);
-    new BWClosingKeys(*this);
 }
 
 void BWSettingsWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -171,37 +166,7 @@ void BWSettingsWindowController::showChange(bool mustResetLayout)
         if (const int index = m_products.chosenIndex(*camera); index >= 0)
             m_form->selectProduct(index);
     }
-    if (mustResetLayout && m_cameraWindow) {
-        m_mustPlace = !isVisible(); // by where the camera window is then, its frame included
-        resetLayout(*m_cameraWindow);
-    }
+    if (mustResetLayout)
+        resetLayout();
     reloadSettings();
-}
-
-void BWSettingsWindowController::resetLayout(const QWidget &cameraWindow)
-{
-    move(BWWindowPlacement::below(cameraWindow, isVisible() ? size() : sizeHint()));
-    update();
-}
-
-void BWSettingsWindowController::setVisible(bool visible)
-{
-    if (visible && !isVisible()) {
-        adjustSize(); // if its size changed only when it is shown, its place would be taken for that of the content
-        if (std::exchange(m_mustPlace, false))
-            resetLayout(*m_cameraWindow);
-    }
-    QWidget::setVisible(visible);
-}
-
-void BWSettingsWindowController::showEvent(QShowEvent *event)
-{
-    QWidget::showEvent(event);
-    Q_EMIT visibilityChanged();
-}
-
-void BWSettingsWindowController::hideEvent(QHideEvent *event)
-{
-    QWidget::hideEvent(event);
-    Q_EMIT visibilityChanged();
 }

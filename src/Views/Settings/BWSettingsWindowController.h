@@ -4,10 +4,10 @@
 #include "Model/BWLocalizationManagerDelegate.h"
 #include "Views/Settings/BWCameraChoices.h"
 #include "Views/Settings/BWProductChoices.h"
+#include "Views/Utils/BWUtilityPanel.h"
 
 #include <functional>
 #include <memory>
-#include <QWidget>
 
 class BWSettingsForm;
 class BWSettingsWindowControllerDelegate;
@@ -17,7 +17,7 @@ class BWUserDefaults;
 /// are found where they were left. A utility window beside the camera window. GUI thread.
 ///
 /// It is a listener of the settings store once somebody adds it there; it removes itself when it is destroyed.
-class BWSettingsWindowController : public QWidget,
+class BWSettingsWindowController : public BWUtilityPanel,
                                    public BWLocalizationManagerDelegate,
                                    public BWConfigManagerListener {
     Q_OBJECT
@@ -48,18 +48,6 @@ public:
     /// What follows from the change is done later, when all listeners have been told.
     void configManagerUpdatedSettings(BWConfigManager &configManager) override;
 
-    /// Puts the window centred below the camera window, or as near to that as the screen allows. Its size stays.
-    void resetLayout(const QWidget &cameraWindow);
-
-    void setVisible(bool visible) override;
-
-Q_SIGNALS:
-    void visibilityChanged();
-
-protected:
-    void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
-
 private:
     void connectControls();
     void onCameraTypeChanged();
@@ -74,11 +62,9 @@ private:
 
     BWConfigManager &m_config;
     Surroundings m_surroundings;
-    QWidget *m_cameraWindow;
     BWLocalizationManager *m_manager = nullptr;
     BWSettingsForm *m_form;
     BWCameraChoices m_cameras;
     BWProductChoices m_products;
-    bool m_mustPlace = false;
     std::shared_ptr<void> m_alive = std::make_shared<int>();
 };
