@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""The real program in a Wayland session: Weston, shown in a window of the virtual display, so that there is a keyboard
-and a mouse and the screen can be looked at. No program knows there where its windows are, so they are used by keyboard
+"""The real program in a Wayland session: Weston without any screen, and shown in a window of the virtual display, so
+that there is a keyboard and a mouse and the screen can be looked at. No program knows there where its windows are, so they are used by keyboard
 and by their accessible actions; those that the mouse has to meet are maximised.
 
 usage: test_wayland.py PROGRAM
@@ -39,12 +39,15 @@ EXPECTED_LOG = re.compile(r"bw\.|PulseAudioService: pa_context_connect\(\) faile
 class Wayland(unittest.TestCase):
     def setUp(self):
         self.desktop = self.enterContext(Desktop())
+        self.album = self.desktop.home / "BrimwellPro" / "Default Album"
+
+    def start(self, backend, *options):
         settings = self.desktop.folder / "weston.ini"
         settings.write_text(SETTINGS)
-        self.desktop.spawn(["weston", "--backend=x11-backend.so", "--use-pixman", f"--socket={SOCKET}",
-                            f"--config={settings}"], log="weston.log")
+        self.desktop.spawn(["weston", f"--backend={backend}-backend.so", "--use-pixman", f"--socket={SOCKET}",
+                            f"--config={settings}", *options], log="weston.log")
         wait_until("the session is there", (self.desktop.folder / "run" / SOCKET).exists)
-        wait_until("its window is there", lambda: self.session)
+        wait_until("its window is there", lambda: backend == "headless" or self.session)
         self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"],
                                {"QT_QPA_PLATFORM": "wayland", "WAYLAND_DISPLAY": SOCKET})
 
@@ -84,7 +87,22 @@ class Wayland(unittest.TestCase):
         return any(element.name == name and element.showing
                    for window in self.program.windows() for element in window.descendants())
 
+    def test_headless(self):
+        """Where there is neither a keyboard nor a mouse, as over a remote connection that is just being made."""
+        self.start("headless", "--width=1280", "--height=800")
+        self.do("Press", "push button", "OK")
+        self.program.wait_for(None, "Live streaming with: Digital Dermatoscope DX10")
+        self.snapshots()
+        self.do("Press", "push button", "High Resolution Microscope 1: Unplug")
+        self.do("Press", "push button", "Quit")  # of the sheet that tells it
+        self.assert_ended_quietly()
+
+    def assert_ended_quietly(self):
+        self.assertEqual(self.program.wait_for_end(), 0)
+        self.assertEqual([line for line in self.program.log.splitlines() if line and not EXPECTED_LOG.match(line)], [])
+
     def test_session(self):
+        self.start("x11")
         self.answer_question()
         wait_until("the camera's picture is to be seen", lambda: colours(self.desktop.picture(*self.session)) > 300)
         self.use_popups()
@@ -92,11 +110,10 @@ class Wayland(unittest.TestCase):
         self.drag_from_album()
         self.copy_and_paste()
         self.desktop.key("ctrl+q")
-        self.assertEqual(self.program.wait_for_end(), 0)
+        self.assert_ended_quietly()
         # The places that are known in other sessions are left alone.
         settings = (self.desktop.home / ".config/BrimwellPro/BrimwellPro.conf").read_text()
         self.assertEqual(set(re.findall(r"^bwp2x_frame_(wayland)?", settings, re.M)), {"wayland"})
-        self.assertEqual([line for line in self.program.log.splitlines() if line and not EXPECTED_LOG.match(line)], [])
 
     def answer_question(self):
         self.wait_for_active("Which camera is this?")
@@ -122,10 +139,12 @@ class Wayland(unittest.TestCase):
                            "sleep", HELD, "mouseup", 1)
         wait_until("another resolution is chosen", lambda: self.program.find("combo box", "1280x1024"))
 
-    def take_snapshot(self):
-        album = self.desktop.home / "BrimwellPro" / "Default Album"
+    def snapshots(self):
         self.do("Press", "push button", "Snapshot")
-        snapshot, = wait_until("the snapshot is in the album", lambda: list(album.glob("*_image_001.jpg")))
+        return wait_until("the snapshot is in the album", lambda: list(self.album.glob("*_image_001.jpg")))
+
+    def take_snapshot(self):
+        snapshot, = self.snapshots()
         size = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width,height", "-of",
                                "csv=p=0", snapshot], capture_output=True, text=True, check=True).stdout
         self.assertEqual(size.strip(), "mjpeg,1280,1024")
