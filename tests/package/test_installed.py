@@ -44,8 +44,9 @@ def make_system():
         command = ["mmdebstrap", "--variant=minbase", "--format=null", "--skip=essential/unlink", "--quiet",
                    f"--aptopt={settings}", "--dpkgopt=force-unsafe-io",
                    again, "bookworm", "-", *mirrors]
-        if os.geteuid() == 0:
-            command = ["unshare", "--mount", *command]  # what it mounts goes away even if it is killed
+        unshare = ["unshare", "--mount"]  # what it mounts goes away even if it is killed; not to be had in a chroot
+        if os.geteuid() == 0 and subprocess.call([*unshare, "true"], stderr=subprocess.DEVNULL) == 0:
+            command = [*unshare, *command]
         status = subprocess.run(command, env={**os.environ, "TMPDIR": folder}, check=False).returncode
         for picture in Path(folder).glob("*.png"):
             shutil.copyfile(picture, Path(DEB).with_name(picture.name))
