@@ -55,6 +55,8 @@ using Type = BWSimulatedCameraOptions::Type;
 
 namespace {
 
+constexpr int patience = 30000; // milliseconds, for what comes sooner or later; computers may be busy
+
 /// How the desktop may look.
 struct Look {
     QString name;
@@ -132,12 +134,12 @@ private Q_SLOTS:
         BWUIUtils::setAlertPresenter(m_alerts.get());
         m_delegate->applicationDidFinishLaunching();
         m_window = m_delegate->cameraWindow();
-        QTRY_VERIFY(m_window->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->isVisible(), patience);
     }
     void cleanupTestCase()
     {
         m_delegate->applicationShouldTerminate();
-        QTRY_VERIFY(m_quit);
+        QTRY_VERIFY_WITH_TIMEOUT(m_quit, patience);
         m_delegate.reset();
         BWUIUtils::setAlertPresenter(nullptr);
     }
@@ -191,13 +193,13 @@ private Q_SLOTS:
     {
         QFETCH(int, camera);
         plugIn(camera);
-        QTRY_VERIFY(visible<BWNoCameraProductSheetWindowController>());
+        QTRY_VERIFY_WITH_TIMEOUT(visible<BWNoCameraProductSheetWindowController>(), patience);
         see(visible<BWNoCameraProductSheetWindowController>(), name(u"product"_s));
         if (camera == 0) {
             visible<BWNoCameraProductSheetWindowController>()->onOK();
         } else {
             m_cameras[camera]->unplug();
-            QTRY_VERIFY(!m_delegate->currentCamera());
+            QTRY_VERIFY_WITH_TIMEOUT(!m_delegate->currentCamera(), patience);
         }
     }
 
@@ -226,26 +228,26 @@ private Q_SLOTS:
     {
         m_window->menu().albumManagerMenuItem->trigger();
         auto *notice = m_window->findChild<BWThumbnailNotice *>();
-        QTRY_VERIFY(!notice->text().isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(!notice->text().isEmpty(), patience);
         see(visible<BWAlbumManagerWindowController>(), u"albums-empty"_s);
         auto *flash = m_window->findChild<BWFlashActionViewController *>();
         for (int i = 0; i < 5; ++i) {
             m_window->menu().snapshot->trigger();
-            QTRY_VERIFY((showFrames(), flash->isVisible()));
+            QTRY_VERIFY_WITH_TIMEOUT((showFrames(), flash->isVisible()), patience);
             m_clock.advance(500ms);
             if (i == 0)
                 see(m_window, u"main-snapshot-saved"_s);
             m_clock.advance(5s);
-            QTRY_VERIFY(!flash->isVisible());
+            QTRY_VERIFY_WITH_TIMEOUT(!flash->isVisible(), patience);
         }
         m_window->menu().record->trigger();
         for (int i = 0; i < 30; ++i)
             showFrames();
         m_clock.advance(1500ms);
-        QTRY_VERIFY((showFrames(), flash->isVisible() && !flash->details().isEmpty()));
+        QTRY_VERIFY_WITH_TIMEOUT((showFrames(), flash->isVisible() && !flash->details().isEmpty()), patience);
         see(m_window, u"main-recording"_s);
         m_window->menu().record->trigger();
-        QTRY_VERIFY((showFrames(), !flash->isVisible()));
+        QTRY_VERIFY_WITH_TIMEOUT((showFrames(), !flash->isVisible()), patience);
         see(m_window, u"main-video-saved"_s);
     }
 
@@ -286,7 +288,7 @@ private Q_SLOTS:
         visible<QFileDialog>()->close();
         const QString folder = BWRepository::singleton().albumManager().currentAlbum()->path().toLocalFile();
         QVERIFY(QDir().rename(folder, folder + u"-moved"_s));
-        QTRY_COMPARE(window->findChild<BWThumbnailNotice *>()->text(), texts.unavailable);
+        QTRY_COMPARE_WITH_TIMEOUT(window->findChild<BWThumbnailNotice *>()->text(), texts.unavailable, patience);
         see(window, u"albums-unavailable"_s);
         grid->setEmptyNotice(u"network-server"_s, texts.notAnswering);
         see(window, u"albums-waiting"_s);
@@ -297,7 +299,8 @@ private Q_SLOTS:
     {
         for (int i = 1; i < 6; ++i)
             plugIn(i);
-        QTRY_COMPARE(m_window->findChild<BWSettingsWindowController *>()->findChild<QComboBox *>()->count(), 6);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            m_window->findChild<BWSettingsWindowController *>()->findChild<QComboBox *>()->count(), 6, patience);
         m_window->menu().settingsMenuItem->trigger();
         see(visible<BWSettingsWindowController>(), u"settings"_s);
         const auto controls = visible<BWSettingsWindowController>()->findChildren<QPushButton *>();
@@ -402,7 +405,7 @@ private Q_SLOTS:
     {
         for (const auto &camera : m_cameras)
             camera->unplug();
-        QTRY_VERIFY((m_clock.advance(2s), visible<BWNoCameraSheetWindowController>()));
+        QTRY_VERIFY_WITH_TIMEOUT((m_clock.advance(2s), visible<BWNoCameraSheetWindowController>()), patience);
         see(visible<BWNoCameraSheetWindowController>(), u"unplugged"_s);
         see(m_window, u"main-unplugged"_s);
         m_cameras[0]->plugIn();
@@ -449,14 +452,14 @@ private:
 
     void waitForThumbnails(BWThumbnailTableView &grid, int count)
     {
-        QTRY_COMPARE(grid.elementCount(), count);
+        QTRY_COMPARE_WITH_TIMEOUT(grid.elementCount(), count, patience);
         const int last = count - 1;
         const auto isThere = [&] {
             m_clock.advance(100ms);
             return grid.dataSource()->objectValueForTableColumn(grid, last % 2, last / 2).state
                 == BWThumbnailValue::State::Picture;
         };
-        QTRY_VERIFY(isThere());
+        QTRY_VERIFY_WITH_TIMEOUT(isThere(), patience);
     }
 
     void plugIn(int camera)
@@ -473,7 +476,7 @@ private:
             m_cameras[0]->pushFrames(1);
             return m_delegate->liveViewStatistics().shown > before;
         };
-        QVERIFY(QTest::qWaitFor(isShown));
+        QVERIFY(QTest::qWaitFor(isShown, patience));
     }
 
     BWManualClock m_clock;
