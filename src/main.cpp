@@ -29,13 +29,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Simulated cameras are there to be used without any device: they need no permission.
-class NoAuthorizationNeeded : public BWCameraAuthorization {
-public:
-    Status authorizationStatus() const override { return Status::Authorized; }
-    void requestAccess(std::function<void(bool)> completion) override { completion(true); }
-};
-
 /// What tells the types of cameras: the user's own table before ours.
 QStringList cameraTables()
 {
@@ -54,7 +47,7 @@ AppDelegate::Options delegateOptions(const BWCommandLine &line)
         options.backends.push_back(BWV4L2Backend::create(cameraTables()));
         return options;
     }
-    options.authorization = std::make_unique<NoAuthorizationNeeded>();
+    options.authorization = std::make_unique<BWNoAuthorizationNeeded>();
     auto simulated = BWSimulatedBackend::create(line.simulated);
     options.simulatedCameras = simulated->cameras();
     options.backends.push_back(std::move(simulated));

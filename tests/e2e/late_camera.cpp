@@ -11,16 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-class NoAuthorizationNeeded : public BWCameraAuthorization {
-public:
-    Status authorizationStatus() const override { return Status::Authorized; }
-    void requestAccess(std::function<void(bool)> completion) override { completion(true); }
-};
-
-} // namespace
-
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
@@ -37,7 +27,7 @@ int main(int argc, char *argv[])
     AppDelegate::Options options;
     options.simulatedCameras = simulated->cameras();
     options.backends.push_back(std::move(simulated));
-    options.authorization = std::make_unique<NoAuthorizationNeeded>();
+    options.authorization = std::make_unique<BWNoAuthorizationNeeded>();
     options.openUrl = [](const QUrl &) { return false; };
     options.quit = [] { QCoreApplication::exit(0); };
     const auto hand = options.simulatedCameras.first();

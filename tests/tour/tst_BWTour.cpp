@@ -85,12 +85,6 @@ void dressUp()
     QApplication::setPalette(palette);
 }
 
-class EverybodyMay : public BWCameraAuthorization {
-public:
-    Status authorizationStatus() const override { return Status::Authorized; }
-    void requestAccess(std::function<void(bool)> completion) override { completion(true); }
-};
-
 template <typename Window>
 Window *visible()
 {
@@ -123,7 +117,7 @@ private Q_SLOTS:
         AppDelegate::Options options;
         options.simulatedCameras = m_cameras.mid(0, 2);
         options.backends.push_back(std::move(backend));
-        options.authorization = std::make_unique<EverybodyMay>();
+        options.authorization = std::make_unique<BWNoAuthorizationNeeded>();
         options.openUrl = [](const QUrl &) { return false; };
         options.quit = [this] { m_quit = true; };
         options.technician = true;

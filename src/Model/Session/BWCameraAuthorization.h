@@ -16,6 +16,13 @@ public:
     virtual void requestAccess(std::function<void(bool granted)> completion) = 0;
 };
 
+/// For simulated cameras, which are there to be used without any device.
+class BWNoAuthorizationNeeded : public BWCameraAuthorization {
+public:
+    Status authorizationStatus() const override { return Status::Authorized; }
+    void requestAccess(std::function<void(bool granted)> completion) override { completion(true); }
+};
+
 /// Access to the device nodes of cameras.
 ///
 /// | Status        |                                                                                              |
