@@ -5,6 +5,7 @@
 #include "Views/BWSupportMail.h"
 #include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWCopyableText.h"
+#include "Views/Utils/BWHeadingFont.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWProgramHead.h"
 
@@ -26,6 +27,7 @@ namespace {
 constexpr int outerMargin = 24;
 constexpr int sectionSpacing = 20;
 constexpr int rowSpacing = 8;
+constexpr double shortcutsTitleScale = 1.1;
 
 QLabel *label(bool wraps)
 {
@@ -49,15 +51,6 @@ QLabel *addressLabel(const QString &address)
     made->setText(address);
     makeBWTextCopyable(*made);
     return made;
-}
-
-void scaleFont(QLabel &label, const QFont &font, double scale)
-{
-    QFont scaled = font;
-    if (scaled.pointSizeF() > 0)
-        scaled.setPointSizeF(scaled.pointSizeF() * scale);
-    scaled.setWeight(QFont::Bold);
-    label.setFont(scaled);
 }
 
 } // namespace
@@ -126,8 +119,8 @@ QLayout *BWSimpleHelpWindowController::ways()
 
 void BWSimpleHelpWindowController::updateFonts()
 {
-    scaleFont(*m_shortcutsTitle, font(), 1.1);
-    scaleFont(*m_problem, font(), 1);
+    m_shortcutsTitle->setFont(bwHeadingFont(font(), shortcutsTitleScale));
+    m_problem->setFont(bwHeadingFont(font(), 1));
 }
 
 void BWSimpleHelpWindowController::localizeWithManager(BWLocalizationManager &manager)

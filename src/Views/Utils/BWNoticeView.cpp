@@ -1,5 +1,6 @@
 #include "Views/Utils/BWNoticeView.h"
 
+#include "Views/Utils/BWHeadingFont.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWIconView.h"
 
@@ -112,11 +113,7 @@ QPushButton *BWNoticeView::addButton()
 
 void BWNoticeView::updateFonts()
 {
-    QFont large = font();
-    if (large.pointSizeF() > 0)
-        large.setPointSizeF(large.pointSizeF() * headingScale);
-    large.setWeight(QFont::Bold);
-    m_heading->setFont(large);
+    m_heading->setFont(bwHeadingFont(font(), headingScale));
     updateWidth();
 }
 

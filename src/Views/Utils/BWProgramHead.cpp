@@ -1,5 +1,6 @@
 #include "Views/Utils/BWProgramHead.h"
 
+#include "Views/Utils/BWHeadingFont.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWIconView.h"
 
@@ -37,11 +38,7 @@ void BWProgramHead::addLine(QLabel *line)
 
 void BWProgramHead::updateFonts()
 {
-    QFont large = font();
-    if (large.pointSizeF() > 0)
-        large.setPointSizeF(large.pointSizeF() * titleScale);
-    large.setWeight(QFont::Bold);
-    m_title->setFont(large);
+    m_title->setFont(bwHeadingFont(font(), titleScale));
 }
 
 void BWProgramHead::changeEvent(QEvent *event)
