@@ -15,6 +15,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 #include <unistd.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -79,9 +80,12 @@ private:
     {
         m_camera = m_manager.addDetectedCamera(device);
         m_controller.prepareCamera(*m_camera);
-        m_camera->setOnCameraFrame([](BWCamera &camera, const BWFrame &frame) {
+        m_camera->setOnCameraFrame([this](BWCamera &camera, const BWFrame &frame) {
             const BWRecordingStatus status = camera.recordingStatus();
-            if (camera.recording() && status.end == BWRecordingStatus::End::None)
+            m_begun = m_begun || camera.recording();
+            // The frame after which a recording ended by itself belongs to it, although all may be over by now.
+            const bool wasOver = std::exchange(m_over, status.end != BWRecordingStatus::End::None);
+            if (m_begun && !wasOver)
                 tell("frame " + QByteArray::number(frame.sequence()) + ' ' + QByteArray::number(status.frames));
         });
         m_camera->setResolution(m_resolution, {});
@@ -104,6 +108,8 @@ private:
     std::optional<BWCameraDetector> m_detector;
     BWCameraManager m_manager;
     BWCameraPtr m_camera;
+    bool m_begun = false; // this and the next belong to the thread that delivers the frames
+    bool m_over = false;
 };
 
 } // namespace
