@@ -111,7 +111,9 @@ def archive(value, form=FMT_BINARY):
 
 
 REASONS = {
-    "foreign-xml-nested": "nested too deeply", "foreign-xml-laughs": "plain XML", "foreign-laughs": "too many values",
+    "foreign-xml-nested": "nested too deeply", "foreign-xml-laughs": "plain XML", "foreign-xml-attributes": "plain XML",
+    "foreign-xml-quoted-end": "plain XML", "foreign-xml-attribute-lists": "plain XML", "foreign-xml-encoding": "UTF-8",
+    "foreign-xml-within-true": "character data", "foreign-laughs": "too many values",
     "foreign-nested": "nested too deeply", "foreign-overlap": "overlap", "foreign-many-bytes": "too many values",
     "damaged-laughs": "too many values", "damaged-nested": "nested too deeply", "damaged-cycle": "contains itself"}
 
@@ -147,6 +149,7 @@ def hostile(home):
         return archive(good)
 
     nested, deep = 20000, 1000
+    attributes = b"".join(b'a%x="" ' % i for i in range(5000))
     laughs = [raw_array(*[level + 1] * 10) for level in range(40)] + [b"\x09"]
     broken = {
         "foreign-empty": b"",
@@ -156,6 +159,13 @@ def hostile(home):
         "foreign-xml-laughs": b"<!DOCTYPE plist [<!ENTITY a \"ha\">" + b"".join(
             b'<!ENTITY %c "%s">' % (98 + i, b"&%c;" % (97 + i) * 10) for i in range(20)) +
             b"]><plist><dict><key>x</key><string>&u;</string></dict></plist>",
+        # Ten times as many would take hours.
+        "foreign-xml-attributes": b"<plist><dict " + attributes + b"/></plist>",
+        "foreign-xml-quoted-end": b"<plist><dict x='\"' y=\">\" " + attributes + b"/></plist>",
+        "foreign-xml-attribute-lists": b"<!DOCTYPE plist [" + b"".join(
+            b'<!ATTLIST true a%x CDATA "">' % i for i in range(2000)) + b"]><plist><dict/></plist>",
+        "foreign-xml-within-true": b"<plist><true>" + b"<a>" * nested + b"</a>" * nested + b"</true></plist>",
+        "foreign-xml-encoding": b'<?xml version="1.0" encoding="UTF-7"?>+ADw-plist><dict/></plist>',
         "foreign-xml-two-roots": b"<plist><dict/><dict/></plist>",
         "foreign-xml-bad-data": f"<plist><dict><key>{CAMERAS}</key><data>#</data></dict></plist>".encode(),
         "foreign-laughs": raw(laughs),

@@ -9,17 +9,32 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What no property list has and no reader needs to try: other encodings than UTF-8, entities of the file's own (in
-/// which Qt 6.4 may turn for ever) and prefixes in names (on which it may stumble).
+// "plist version" is the longest that programs write.
+constexpr qsizetype longestTag = 100;
+
+/// Whether a tag, without its brackets, ends where its first ">" is, and has no prefixes and few attributes: Qt 6.4 may
+/// stumble over the former, and takes time by the square of the latter's number.
+bool isUsualTag(QByteArrayView tag)
+{
+    const qsizetype doubleQuotes = tag.count('"');
+    const qsizetype singleQuotes = tag.count('\'');
+    return tag.size() <= longestTag && !tag.contains(':') && doubleQuotes % 2 == 0 && singleQuotes % 2 == 0
+        && (doubleQuotes == 0 || singleQuotes == 0);
+}
+
+/// What no property list has and no reader needs to try: such tags, and declarations of the file's own (entities, in
+/// which Qt 6.4 may turn for ever, or attributes, which it looks through for each tag).
 bool isUnusual(const QByteArray &bytes)
 {
-    if (bytes.contains('\0') || bytes.contains("<!ENTITY"))
+    if (bytes.contains('\0'))
         return true;
     for (qsizetype tag = bytes.indexOf('<'); tag >= 0; tag = bytes.indexOf('<', tag + 1)) {
-        const auto end = std::find_if(bytes.begin() + tag + 1, bytes.end(), [](char character) {
-            return character == ':' || character == '>' || character == '<' || character == '"' || character == '!';
-        });
-        if (end != bytes.end() && *end == ':')
+        const QByteArrayView rest = QByteArrayView(bytes).sliced(tag + 1);
+        const auto begins = [rest](const char *with) { return rest.startsWith(QByteArrayView(with)); };
+        if (begins("?") || begins("!--") || begins("![CDATA[") || begins("!DOCTYPE"))
+            continue;
+        const auto end = std::find_if(rest.begin(), rest.end(), [](char one) { return one == '>' || one == '<'; });
+        if (begins("!") || !isUsualTag(rest.first(end - rest.begin())))
             return true;
     }
     return false;
@@ -32,7 +47,11 @@ public:
     std::optional<QVariant> read(QString &problem)
     {
         QVariant root;
-        if (!m_xml.readNextStartElement() || m_xml.name() != "plist"_L1) {
+        m_xml.readNext(); // the declaration, be there one or not
+        const QStringView encoding = m_xml.documentEncoding();
+        if (!encoding.isEmpty() && encoding.compare("UTF-8"_L1, Qt::CaseInsensitive) != 0) {
+            m_xml.raiseError(u"it is not in UTF-8"_s); // what looks harmless may become anything in another encoding
+        } else if (!m_xml.readNextStartElement() || m_xml.name() != "plist"_L1) {
             m_xml.raiseError(u"it is no property list"_s);
         } else if (!m_xml.readNextStartElement()) {
             m_xml.raiseError(u"it is empty"_s);
@@ -71,11 +90,11 @@ private:
             return data();
         if (type == "true"_L1 || type == "false"_L1) {
             const bool result = type == "true"_L1;
-            m_xml.skipCurrentElement();
+            m_xml.readElementText();
             return result;
         }
         if (type == "date"_L1)
-            m_xml.skipCurrentElement();
+            m_xml.readElementText();
         else
             m_xml.raiseError(u"there is an unknown type of value"_s);
         return {};
