@@ -1,9 +1,11 @@
 #include "Model/Import/BWOldSettings.h"
 
 #include "Model/Import/BWKeyedArchive.h"
+#include "Utils/BWLogging.h"
 
 #include <cmath>
 #include <limits>
+#include <QJsonDocument>
 
 using namespace Qt::StringLiterals;
 
@@ -93,6 +95,7 @@ std::optional<QVariantMap> rootOf(const QByteArray &archive, QString &problem)
         problem = u"its root is no dictionary"_s;
         return std::nullopt;
     }
+    qCDebug(bwModel).noquote() << "Old settings:" << QJsonDocument::fromVariant(*root).toJson(QJsonDocument::Compact);
     return root->toMap();
 }
 
