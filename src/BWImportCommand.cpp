@@ -7,7 +7,6 @@
 #include "Model/BWUserDefaults.h"
 #include "Model/Import/BWImportTexts.h"
 
-#include <QFileInfo>
 #include <QTextStream>
 
 int BWImportCommand::run(const BWRepository::Options &options, const QString &path)
@@ -17,7 +16,7 @@ int BWImportCommand::run(const BWRepository::Options &options, const QString &pa
         return 1;
     };
     BWLocalizationManager texts(options.localizationFile, options.preferredLanguages);
-    const QString name = QFileInfo(path).fileName();
+    const QString name = BWImportTexts::nameOf(path);
     const BWOldSettingsFile file = BWOldSettingsFile::read(path);
     if (file.problem != BWOldSettingsFile::Problem::None)
         return refuse(BWImportTexts::refused(file, name, texts));

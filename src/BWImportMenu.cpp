@@ -13,7 +13,6 @@
 
 #include <QAction>
 #include <QDir>
-#include <QFileInfo>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -45,7 +44,7 @@ void BWImportMenu::read(const QUrl &url)
     m_window.menu().importOldSettings->setEnabled(false); // until this one is read
     const QString path = url.toLocalFile();
     m_reader.run([this, path, alive = std::weak_ptr(m_alive)] {
-        BWMainQueue::post(alive, [this, file = BWOldSettingsFile::read(path), name = QFileInfo(path).fileName()] {
+        BWMainQueue::post(alive, [this, file = BWOldSettingsFile::read(path), name = BWImportTexts::nameOf(path)] {
             m_window.menu().importOldSettings->setEnabled(true);
             finish(file, name);
         });

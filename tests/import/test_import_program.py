@@ -6,6 +6,7 @@ usage: test_import_program.py PROGRAM [CASE]
 
 import configparser
 import json
+import os
 import subprocess
 import sys
 import tempfile
@@ -39,6 +40,8 @@ class CommandLine(unittest.TestCase):
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
         self.home = self.folder / "home"
         make_files(self.folder, self.home)
+        (self.folder / "%1\n").touch()
+        os.truncate(self.folder / "%1\n", 17_000_000)
 
     def run_program(self, *arguments):
         environment = {"HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / ".config"), "LC_ALL": "C.UTF-8"}
@@ -67,7 +70,8 @@ class CommandLine(unittest.TestCase):
                                                "over."),
                 ("hostile/nothing-at-all", ["--language", "de_AT"],
                  "„nothing-at-all“ enthält keine Einstellungen der vorigen Generation von BrimwellPro."),
-                ("nowhere", [], "“nowhere” cannot be read: No such file or directory.")]:
+                ("nowhere", [], "There is no file “nowhere”."),
+                ("%1\n", ["--language=ja"], "「%1\ufffd」は 16\u00a0MB を超えており、設定ファイルとしては大きすぎます。")]:
             done = self.run_program(*arguments, "--import-settings", self.folder / name)
             self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", f"brimwellpro: {reason}\n"))
         self.assertEqual(settings_file.read_bytes(), before)

@@ -211,7 +211,8 @@ private Q_SLOTS:
         const QString zeros = m_folder.file(u"zeros"_s).toLocalFile();
         QVERIFY(QFile::resize(zeros, 200'000'000));
         QCOMPARE(BWOldSettingsFile::read(zeros).problem, Problem::TooLarge);
-        QCOMPARE(BWOldSettingsFile::read(m_folder.path(u"nowhere"_s)).problem, Problem::Unreadable);
+        QVERIFY(QFile::link(u"itself"_s, m_folder.path(u"itself"_s)));
+        QCOMPARE(BWOldSettingsFile::read(m_folder.path(u"itself"_s)).problem, Problem::Unreadable);
         QCOMPARE(BWOldSettingsFile::read(u"/dev/zero"_s).problem, Problem::Foreign);
     }
 

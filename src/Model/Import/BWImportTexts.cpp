@@ -3,6 +3,8 @@
 #include "Model/BWLocalizationManager.h"
 #include "Model/Import/BWPropertyList.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -21,6 +23,16 @@ QString listed(const QList<std::pair<QString, int>> &counts, BWLocalizationManag
 }
 
 } // namespace
+
+QString BWImportTexts::nameOf(const QString &path)
+{
+    QString name = QFileInfo(QDir::cleanPath(path)).fileName();
+    for (QChar &character : name) {
+        if (character.category() == QChar::Other_Control)
+            character = QChar::ReplacementCharacter;
+    }
+    return name.isEmpty() ? path : name;
+}
 
 QString BWImportTexts::takenOver(const BWOldSettingsImporter::Result &result, const QString &name,
                                  BWLocalizationManager &texts)
@@ -49,13 +61,14 @@ QString BWImportTexts::refused(const BWOldSettingsFile &file, const QString &nam
 {
     using Problem = BWOldSettingsFile::Problem;
     switch (file.problem) {
+    case Problem::NotThere:
+        return texts.text(u"import"_s, u"not_there"_s, u"There is no file “%1”."_s).arg(name);
     case Problem::Unreadable:
         return texts.text(u"import"_s, u"unreadable"_s, u"“%1” cannot be read: %2."_s).arg(name, file.detail);
     case Problem::TooLarge:
         return texts
             .text(u"import"_s, u"too_large"_s, u"“%1” is larger than %2 MB, too large to be a file of settings."_s)
-            .arg(name)
-            .arg(BWPropertyList::maximumBytes / (1024 * 1024));
+            .arg(name, QString::number(BWPropertyList::maximumBytes / (1024 * 1024)));
     case Problem::NothingOld:
         return texts
             .text(u"import"_s, u"nothing_old"_s, u"“%1” holds no settings of the previous generation of BrimwellPro."_s)

@@ -5,10 +5,13 @@
 
 class BWLocalizationManager;
 
-/// What the user is told of old settings that were taken over by hand, each in one sentence. `name` is the file's.
+/// What the user is told of old settings that were taken over by hand, each in one sentence. `name` is from nameOf().
 class BWImportTexts {
 public:
     BWImportTexts() = delete;
+
+    /// How a file is called in them: without its folder, and on one line whatever is in its name.
+    static QString nameOf(const QString &path);
 
     static QString takenOver(const BWOldSettingsImporter::Result &result, const QString &name,
                              BWLocalizationManager &texts);

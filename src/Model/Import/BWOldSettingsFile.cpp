@@ -3,8 +3,10 @@
 #include "Model/Import/BWOldSettingsKeys.h"
 #include "Model/Import/BWPropertyList.h"
 
+#include <cerrno>
 #include <QFile>
 #include <QFileInfo>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -35,7 +37,9 @@ BWOldSettingsFile refuse(BWOldSettingsFile::Problem problem, const QString &deta
 BWOldSettingsFile BWOldSettingsFile::read(const QString &path)
 {
     QFile file(path);
-    if (QFileInfo(file).exists() && !QFileInfo(file).isFile()) // opening a pipe or a device may take for ever
+    if (::access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == ENOENT)
+        return refuse(Problem::NotThere, u"there is no such file"_s);
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // opening a pipe or a device may take for ever
         return refuse(Problem::Foreign, u"\"%1\" is no file"_s.arg(path));
     if (!file.open(QIODevice::ReadOnly))
         return refuse(Problem::Unreadable, file.errorString());

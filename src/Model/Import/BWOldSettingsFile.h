@@ -6,6 +6,7 @@
 struct BWOldSettingsFile {
     enum class Problem {
         None,
+        NotThere,
         Unreadable, ///< `detail` is in the system's words
         TooLarge,
         Foreign, ///< no property list, or a damaged one
