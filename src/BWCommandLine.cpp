@@ -111,18 +111,23 @@ BWCommandLine BWCommandLine::parse(const QStringList &arguments)
 
 QString BWCommandLine::helpText()
 {
-    return u"Usage: %1\n"
+    return u"Usage: brimwellpro [--simulate TYPE[=PATH]]... [--language CODE] [--technician]\n"
+           "       brimwellpro --import-settings FILE [--language CODE]\n"
+           "       brimwellpro --list-cameras [--simulate TYPE[=PATH]]...\n"
+           "       brimwellpro --version | --help\n"
            "\n"
            "Looks through digital microscopes and examination scopes.\n"
            "\n"
-           "  --simulate TYPE[=PATH]  attach a simulated camera; TYPE is one of %2.\n"
+           "  --simulate TYPE[=PATH]  attach a simulated camera; TYPE is one of\n"
+           "                          %1.\n"
            "                          PATH is a photo, a folder of photos or a movie to show\n"
            "                          in place of the specimen. May be given several times.\n"
-           "  --language CODE         show all texts in that language, one of %3\n"
+           "  --language CODE         show all texts in that language: %2\n"
            "  --technician            show the menu of the technician's tools\n"
-           "  --import-settings FILE  take over the settings and albums of the previous generation from\n"
-           "                          the property list FILE, and tell what was taken over\n"
+           "  --import-settings FILE  take over the settings and albums of the previous\n"
+           "                          generation from the property list FILE, and tell what\n"
+           "                          was taken over; the program must not be open\n"
            "  --list-cameras          print the attached cameras and what they can do\n"
-           "  --version               print the version\n"
-           "  --help                  print this text\n"_s.arg(usage(), typeList(), languages().join(u", "_s));
+           "  --version               print the version, and the libraries in use\n"
+           "  --help, -h              print this text\n"_s.arg(typeList(), languages().join(u", "_s));
 }
