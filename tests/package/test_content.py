@@ -4,6 +4,7 @@
 usage: test_content.py FOLDER_OF_DEB
 """
 
+import configparser
 import gzip
 import re
 import subprocess
@@ -49,6 +50,13 @@ class Package(unittest.TestCase):
         run("appstreamcli", "validate", "--pedantic", "--no-net", *(self.share / "metainfo").iterdir())
         self.assertEqual(run("sh", "-c", 'man --warnings -Tutf8 -Z -l "$1" >/dev/null', "sh",
                              self.share / "man/man1/brimwellpro.1.gz"), "")
+
+    def test_menu_finds_program_and_icon(self):
+        entry = configparser.RawConfigParser()
+        entry.read(self.share / "applications/brimwellpro.desktop")
+        entry = entry["Desktop Entry"]
+        self.assertEqual({entry["Exec"], entry["TryExec"]}, {self.program.name})
+        self.assertTrue((self.share / f"icons/hicolor/scalable/apps/{entry['Icon']}.svg").exists())
 
     def test_one_version(self):
         version = run("dpkg-deb", "--field", DEB, "Version").strip()
