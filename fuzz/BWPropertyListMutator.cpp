@@ -2,6 +2,7 @@
 
 #include "Model/Import/BWPropertyList.h"
 
+#include <algorithm>
 #include <limits>
 #include <plist/plist.h>
 
@@ -120,6 +121,29 @@ QByteArray BWPropertyListMutator::mutateBytes(QByteArray list)
         }
     }
     return list;
+}
+
+QByteArray BWPropertyListMutator::repeatPiece(const QByteArray &text, qsizetype size)
+{
+    constexpr qsizetype head = 200; // where the file says what it is, in tags of their own
+    const auto isEdge = [](char character) { return QByteArrayView("<> &\"'").contains(character); };
+    const auto edgeFrom = [&](const char *from) { return std::find_if(from, text.end(), isEdge); };
+    const char *const begin = edgeFrom(text.begin() + below(below(2) == 0 ? std::min(head, text.size()) : text.size()));
+    const char *end = begin;
+    for (qsizetype edges = below(6); edges >= 0 && end != text.end(); --edges)
+        end = edgeFrom(end + 1);
+    if (begin == end)
+        return {};
+    const char *const letter = std::find_if(begin, end, [](char one) { return one >= 'a' && one <= 'z'; });
+    const bool numbered = below(2) == 0;
+    QByteArray result(text.begin(), begin - text.begin());
+    for (qsizetype copy = 0; result.size() + text.size() < size; ++copy) {
+        result.append(begin, letter - begin);
+        if (numbered)
+            result.append('a').append(QByteArray::number(copy));
+        result.append(letter, end - letter);
+    }
+    return result.append(begin, text.end() - begin);
 }
 
 QVariant BWPropertyListMutator::changed(const QVariant &value, int level)

@@ -16,6 +16,10 @@ public:
     /// Changes some bytes of a binary property list, but not its trailer.
     QByteArray mutateBytes(QByteArray list);
 
+    /// Repeats a piece of text, such as a tag or an attribute, until it has about `size` bytes; the copies are numbered
+    /// or not. A reader whose time grows faster than its input is found by that.
+    QByteArray repeatPiece(const QByteArray &text, qsizetype size);
+
 private:
     QVariant changed(const QVariant &value, int level);
     QVariant changedLeaf(const QVariant &value);

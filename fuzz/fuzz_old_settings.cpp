@@ -43,9 +43,10 @@ public:
         return {reinterpret_cast<const char *>(input.bytes), static_cast<qsizetype>(input.size)};
     }
 
+    static constexpr size_t largest = 8192;
+
 private:
     static constexpr size_t most = 500;
-    static constexpr size_t largest = 8192;
     struct Input {
         uint8_t bytes[largest];
         size_t size;
@@ -103,16 +104,18 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *data, size_t size, size_t max
 {
     constexpr unsigned int raw = 2; // of ten: any bytes, as libFuzzer changes them
     constexpr unsigned int binary = 4; // of ten: bytes of the list's objects
-    if (seed % 10 >= raw) {
-        BWPropertyListMutator mutator(seed);
-        QByteArray list(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    BWPropertyListMutator mutator(seed);
+    QByteArray list(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    QByteArray changed;
+    if (maxSize > Decoded::largest) { // a run of large inputs
+        changed = mutator.repeatPiece(list, static_cast<qsizetype>(maxSize));
+    } else if (seed % 10 >= raw) {
         if (const QByteArray whole = decoded.any(seed / 40); !whole.isEmpty() && seed / 10 % 4 != 0)
             list = whole;
-        const QByteArray changed = seed % 10 < binary ? mutator.mutateBytes(list) : mutator.mutate(list);
-        if (!changed.isEmpty() && static_cast<size_t>(changed.size()) <= maxSize) {
-            std::memcpy(data, changed.constData(), static_cast<size_t>(changed.size()));
-            return static_cast<size_t>(changed.size());
-        }
+        changed = seed % 10 < binary ? mutator.mutateBytes(list) : mutator.mutate(list);
     }
-    return LLVMFuzzerMutate(data, size, maxSize);
+    if (changed.isEmpty() || static_cast<size_t>(changed.size()) > maxSize)
+        return LLVMFuzzerMutate(data, size, maxSize);
+    std::memcpy(data, changed.constData(), static_cast<size_t>(changed.size()));
+    return static_cast<size_t>(changed.size());
 }
