@@ -5,9 +5,9 @@
 #include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWPopUpButton.h"
 
 #include <algorithm>
-#include <QComboBox>
 #include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
@@ -49,15 +49,15 @@ BWControlBar::BWControlBar(QWidget *parent) : QWidget(parent)
 
 void BWControlBar::build()
 {
-    m_resolutionPopUpButton = new QComboBox(this);
+    m_resolutionPopUpButton = new BWPopUpButton(this);
     m_resolutionPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_resolutionPopUpButton->addItem(u"2592x1944"_s); // the room for it is kept from the start
     m_resolutionPopUpButton->setCurrentIndex(-1);
     m_zoomDoubleButton = new BWDoubleButton(this);
     m_zoomDoubleButton->setWidestText(u"200%"_s);
-    m_rotatePopUpButton = new QComboBox(this);
+    m_rotatePopUpButton = new BWPopUpButton(this);
     m_rotatePopUpButton->addItems({u"0"_s, u"90"_s, u"180"_s, u"270"_s});
-    m_flipPopUpButton = new QComboBox(this);
+    m_flipPopUpButton = new BWPopUpButton(this);
     m_flipPopUpButton->addItems({u"None"_s, u"Horizontal"_s, u"Vertical"_s, u"Both"_s});
     m_flipPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_gridButton = makeButton(smallIcon);

@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 using Type = AttachedCameras::Type;
@@ -129,6 +130,10 @@ private Q_SLOTS:
                  u"High Resolution Microscope|Regular Microscope|High Resolution Microscope (2)|"
                  "High Resolution Microscope (3)"_s);
         QCOMPARE(popUp.currentText(), u"High Resolution Microscope (2)"_s);
+        QWheelEvent turn({9, 9}, popUp.mapToGlobal(QPointF(9, 9)), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(m_form->cameraTypes, &turn); // nobody wants to end a recording by that
+        QVERIFY(m_picked.expired());
+        QCOMPARE(popUp.currentIndex(), 2);
         const std::weak_ptr<BWCamera> last = cameras[3];
         pick(*m_form->cameraTypes, 3);
         QCOMPARE(m_picked.lock(), last.lock());

@@ -1,12 +1,13 @@
 #include "Views/Settings/BWPopUpSettingViewController.h"
 
+#include "Views/Utils/BWPopUpButton.h"
+
 #include <QAbstractItemView>
-#include <QComboBox>
 #include <QLabel>
 #include <QVBoxLayout>
 
 BWPopUpSettingViewController::BWPopUpSettingViewController(BWLocalizationManager &texts, QWidget *parent)
-    : BWSettingViewController(texts, parent), m_label(new QLabel), m_popUpButton(new QComboBox)
+    : BWSettingViewController(texts, parent), m_label(new QLabel), m_popUpButton(new BWPopUpButton)
 {
     m_label->setBuddy(m_popUpButton);
     setFocusProxy(m_popUpButton);

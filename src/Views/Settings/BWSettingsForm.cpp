@@ -1,8 +1,8 @@
 #include "Views/Settings/BWSettingsForm.h"
 
 #include "Model/BWLocalizationManager.h"
+#include "Views/Utils/BWPopUpButton.h"
 
-#include <QComboBox>
 #include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
@@ -19,7 +19,7 @@ constexpr int sectionSpacing = 14; // on top of the spacing of two rows
 
 QComboBox *popUpButton(int items)
 {
-    auto *popUp = new QComboBox;
+    auto *popUp = new BWPopUpButton;
     // Its width is given; what is longer than that must not widen the window.
     popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     popUp->setMinimumContentsLength(1);
