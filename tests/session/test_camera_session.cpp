@@ -218,6 +218,10 @@ private Q_SLOTS:
         QCOMPARE(bench.currentType(), u"wired_high"_s);
         bench.session->changeCurrentCamera(bench.session->currentCamera());
         QCOMPARE(bench.session->state(), State::Streaming); // the running one again: nothing
+        for (const int index : {1, 0}) // there and back in a hurry
+            bench.session->changeCurrentCamera(bench.manager.cameras().at(index));
+        QTRY_COMPARE(bench.session->state(), State::Streaming);
+        QCOMPARE(bench.currentType(), u"wired_high"_s);
 
         // A camera that is not current goes away: only the list changes.
         bench.hands[1]->unplug();

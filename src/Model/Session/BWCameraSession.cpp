@@ -156,12 +156,12 @@ void BWCameraSession::cameraRemoved(const BWDetectedCameraPtr &device)
 
 void BWCameraSession::changeCurrentCamera(const BWCameraPtr &camera)
 {
-    if (!camera || camera == m_currentCamera)
-        return;
-    if (m_state == State::Switching) {
-        m_nextCamera = camera;
+    if (camera && m_state == State::Switching) {
+        m_nextCamera = camera; // also the one that is being stopped
         return;
     }
+    if (!camera || camera == m_currentCamera)
+        return;
     if (m_state != State::Starting && m_state != State::Streaming)
         return;
     m_nextCamera = camera;
