@@ -91,15 +91,15 @@ void BWCameraProduct::load()
                                      << damaged.join(u", "_s);
 }
 
-void BWCameraProduct::save()
+bool BWCameraProduct::save()
 {
     if (m_loading)
-        return;
+        return false;
     QJsonObject members{{resolutionKey, m_currentResolution.resolutionString()}};
     for (int setting : availableSettings()) {
         if (const auto value = valueForSetting(setting))
             members.insert(QString::number(setting), *value);
     }
     m_defaults.setString(settingsName(), QString::fromUtf8(QJsonDocument(members).toJson(QJsonDocument::Compact)));
-    m_defaults.synchronize();
+    return m_defaults.synchronize();
 }

@@ -53,8 +53,8 @@ public:
     /// Takes over the stored values. Values that make no sense (not a finite number within the range of int, not a
     /// resolution) are left as they are and logged.
     void load();
-    /// Stores the resolution and the values of the available settings at once.
-    void save();
+    /// Stores the resolution and the values of the available settings at once. False when they did not reach the disk.
+    bool save();
 
 protected:
     /// Factory values, then the stored ones. Writes nothing.

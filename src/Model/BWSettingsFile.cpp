@@ -4,11 +4,12 @@
 
 #include <QStandardPaths>
 
-BWSettingsFile::BWSettingsFile(const QString &path) : m_settings(path, QSettings::IniFormat)
+BWSettingsFile::BWSettingsFile(const QString &path)
+    : m_settings(std::make_unique<QSettings>(path, QSettings::IniFormat))
 {
     // The file is not looked at before something of it is wanted.
-    m_settings.allKeys();
-    if (m_settings.status() == QSettings::FormatError)
+    m_settings->allKeys();
+    if (m_settings->status() == QSettings::FormatError)
         qCWarning(bwModel).noquote() << "Settings file" << path << "is damaged; what can be read of it is used";
 }
 
@@ -20,7 +21,7 @@ QString BWSettingsFile::defaultPath()
 
 QString BWSettingsFile::string(const QString &key) const
 {
-    const QVariant value = m_settings.value(key);
+    const QVariant value = m_settings->value(key);
     switch (value.typeId()) {
     case QMetaType::QString:
         return value.toString();
@@ -34,31 +35,35 @@ QString BWSettingsFile::string(const QString &key) const
 void BWSettingsFile::setString(const QString &key, const QString &value)
 {
     if (value.isNull())
-        m_settings.remove(key);
+        m_settings->remove(key);
     else
-        m_settings.setValue(key, value);
+        m_settings->setValue(key, value);
 }
 
 QByteArray BWSettingsFile::data(const QString &key) const
 {
-    const QVariant value = m_settings.value(key);
+    const QVariant value = m_settings->value(key);
     return value.typeId() == QMetaType::QByteArray ? value.toByteArray() : QByteArray();
 }
 
 void BWSettingsFile::setData(const QString &key, const QByteArray &value)
 {
     if (value.isNull())
-        m_settings.remove(key);
+        m_settings->remove(key);
     else
-        m_settings.setValue(key, value);
+        m_settings->setValue(key, value);
 }
 
 bool BWSettingsFile::synchronize()
 {
-    m_settings.sync();
-    const bool failed = m_settings.status() == QSettings::AccessError;
-    if (failed && !m_failureLogged)
-        qCWarning(bwModel).noquote() << "Settings cannot be stored in" << m_settings.fileName();
-    m_failureLogged = m_failureLogged || failed;
+    // One that has failed goes on telling so when all is well again. Another one on the same file takes over what waits
+    // to be stored.
+    if (m_failed)
+        m_settings = std::make_unique<QSettings>(m_settings->fileName(), QSettings::IniFormat);
+    m_settings->sync();
+    const bool failed = m_settings->status() == QSettings::AccessError;
+    if (failed && !m_failed)
+        qCWarning(bwModel).noquote() << "Settings cannot be stored in" << m_settings->fileName();
+    m_failed = failed;
     return !failed;
 }

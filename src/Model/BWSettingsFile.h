@@ -2,6 +2,7 @@
 
 #include "Model/BWUserDefaults.h"
 
+#include <memory>
 #include <QSettings>
 
 /// User defaults in one INI file, written as a whole and atomically at each synchronize().
@@ -20,6 +21,6 @@ public:
     bool synchronize() override;
 
 private:
-    QSettings m_settings;
-    bool m_failureLogged = false;
+    std::unique_ptr<QSettings> m_settings;
+    bool m_failed = false; ///< the last time that it was to be stored
 };

@@ -106,9 +106,9 @@ void BWAdvancedSettingsWindowController::localizeWithManager(BWLocalizationManag
     setWindowTitle(manager.text(u"advanced_settings_window"_s, u"window_title"_s, u"Advanced settings"_s));
     m_saveAsDefaultButton->setText(
         manager.text(u"advanced_settings_window"_s, u"save_as_defaults_button"_s, u"Save as defaults"_s));
-    m_saveAsDefaultButton->setToolTip(
-        manager.text(u"advanced_settings_window"_s, u"save_as_defaults_tooltip"_s,
-                     u"Cameras of this product start with these values and the current resolution from now on"_s));
+    m_saveAsDefaultButton->setToolTip(manager.text(
+        u"advanced_settings_window"_s, u"save_as_defaults_tooltip"_s,
+        u"Cameras of this product start with these values and the resolution last chosen for it from now on"_s));
     m_restoreDefaultsButton->setText(manager.text(u"advanced_settings_window"_s, u"restore_factory_settings_button"_s,
                                                   u"Restore factory settings"_s));
     m_restoreDefaultsButton->setToolTip(
@@ -188,7 +188,7 @@ void BWAdvancedSettingsWindowController::loadProductWithVideoNorm(bool applyNorm
     }
     updateHolds();
     updateProductName();
-    showSaved(false);
+    clearNotice();
 }
 
 void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolution)
@@ -196,7 +196,7 @@ void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolutio
     if (!m_product)
         return;
     m_product->setCurrentResolution(resolution);
-    showSaved(false);
+    clearNotice();
 }
 
 void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting, double value)
@@ -206,7 +206,7 @@ void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting,
     if (m_product)
         m_product->setValue(value, setting.identifier());
     updateHolds();
-    showSaved(false);
+    clearNotice();
     // A camera needs its time to answer; until then it would seem to put the old value back.
     if (m_followTimer.isActive())
         m_followTimer.start();
@@ -216,8 +216,7 @@ void BWAdvancedSettingsWindowController::onSaveAsDefault()
 {
     if (!m_product)
         return;
-    m_product->save();
-    showSaved(true);
+    showSaved(m_product->save());
 }
 
 void BWAdvancedSettingsWindowController::onRestoreDefaults()
@@ -225,10 +224,10 @@ void BWAdvancedSettingsWindowController::onRestoreDefaults()
     if (!m_product)
         return;
     m_product->setDefaults();
-    m_product->save();
+    const bool saved = m_product->save();
     // Not by way of reload(): the product is the same, its values are not.
     loadProductWithVideoNorm(true);
-    showSaved(true);
+    showSaved(saved);
 }
 
 void BWAdvancedSettingsWindowController::follow()
@@ -260,7 +259,14 @@ void BWAdvancedSettingsWindowController::updateProductName()
 
 void BWAdvancedSettingsWindowController::showSaved(bool saved)
 {
-    m_notice->setText(saved ? m_texts->text(u"advanced_settings_window"_s, u"saved_notice"_s, u"Saved"_s) : QString());
+    m_notice->setText(
+        saved ? m_texts->text(u"advanced_settings_window"_s, u"saved_notice"_s, u"Saved"_s)
+              : m_texts->text(u"advanced_settings_window"_s, u"not_saved_notice"_s, u"Could not be saved"_s));
+}
+
+void BWAdvancedSettingsWindowController::clearNotice()
+{
+    m_notice->clear();
 }
 
 void BWAdvancedSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &config)

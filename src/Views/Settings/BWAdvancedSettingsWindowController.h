@@ -80,13 +80,14 @@ private:
     void updateHolds();
     void updateProductName();
     void showSaved(bool saved);
+    void clearNotice();
 
     BWConfigManager &m_config;
     const CurrentCamera m_currentCamera;
     BWLocalizationManager *m_texts = nullptr;
     QWidget *m_settingsView; ///< the grid
     QLabel *m_productName;
-    QLabel *m_notice; ///< that the values shown are stored, until one changes
+    QLabel *m_notice; ///< whether the values shown were stored, until one changes
     QPushButton *m_saveAsDefaultButton;
     QPushButton *m_restoreDefaultsButton;
     QList<BWSettingViewController *> m_settingControllers;
