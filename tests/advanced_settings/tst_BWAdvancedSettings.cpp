@@ -11,7 +11,9 @@
 
 #include <future>
 #include <QComboBox>
+#include <QDir>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTemporaryDir>
@@ -87,6 +89,22 @@ struct Bench {
         field->selectAll();
         QTest::keyClicks(field, text);
         QTest::keyClick(field, Qt::Key_Return);
+    }
+
+    /// The signs of that which tell that an automatic mode holds it.
+    QString signsOfHold(int setting) const
+    {
+        QStringList signs;
+        const auto labels = window.controllerForSetting(setting)->findChildren<QLabel *>();
+        for (const QLabel *label : labels) {
+            if (label->isVisible() && label->text() == "automatic"_L1)
+                signs << u"hint"_s;
+        }
+        if (part<QSpinBox>(setting)->palette().color(QPalette::Text).alpha() < 255)
+            signs << u"dimmed"_s;
+        if (part<QSlider>(setting)->toolTip().contains("Automatic white balance"_L1))
+            signs << u"reason"_s;
+        return signs.join(u' ');
     }
 
     QTemporaryDir folder;
@@ -241,19 +259,44 @@ private Q_SLOTS:
         QCOMPARE(bench.part<QSpinBox>(BWSettingBrightness)->value(), 130);
     }
 
+    void savedIsSaidOnlyWhenItIsSo()
+    {
+        const NotingCamera camera(Type::High);
+        Bench bench(camera);
+        const auto says = [&](const QString &text) {
+            const auto labels = bench.window.findChildren<QLabel *>();
+            return std::any_of(labels.begin(), labels.end(), [&](auto *label) { return label->text() == text; });
+        };
+        const QDir folder(bench.folder.path());
+        QVERIFY(folder.mkdir(u"settings.conf"_s)); // where the file should be
+        bench.window.onRestoreDefaults();
+        QVERIFY(says(u"Could not be saved"_s) && !says(u"Saved"_s));
+        bench.config.setSaveSnapshotOnClick(false);
+        QVERIFY(folder.rmdir(u"settings.conf"_s));
+        bench.window.onSaveAsDefault();
+        QVERIFY(says(u"Saved"_s));
+        QFile file(folder.filePath(u"settings.conf"_s));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().contains("bwp2x_snapshot_click=no")); // nothing is lost that could not be saved before
+        bench.part<QSlider>(BWSettingBrightness)->setValue(77);
+        QVERIFY(!says(u"Saved"_s));
+    }
+
     void followsTheCamera()
     {
         const NotingCamera camera(Type::Ultra);
         Bench bench(camera);
         bench.window.show();
         camera.received();
+        bench.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&bench.window));
         auto *slider = bench.part<QSlider>(BWSettingWhiteBalance);
-        const auto *field = bench.part<QSpinBox>(BWSettingWhiteBalance);
+        auto *field = bench.part<QSpinBox>(BWSettingWhiteBalance);
         camera.notes->moves(BWSettingWhiteBalance, 4710);
         QTRY_COMPARE(slider->value(), 4710);
         QCOMPARE(field->value(), 4710);
         QVERIFY(slider->isEnabled());
-        QVERIFY(slider->toolTip().contains(u"Automatic white balance"_s));
+        QCOMPARE(bench.signsOfHold(BWSettingWhiteBalance), u"hint dimmed reason"_s);
         QCOMPARE(camera.received(), QString()); // what is shown is not sent back
         QCOMPARE(bench.window.product()->valueForSetting(BWSettingWhiteBalance), 4600.0);
 
@@ -266,11 +309,27 @@ private Q_SLOTS:
         slider->setSliderDown(false);
         QTRY_COMPARE(slider->value(), 4720);
 
+        // What was marked to be typed over stays marked.
+        field->setFocus();
+        field->findChild<QLineEdit *>()->selectAll(); // as a double click does
+        camera.notes->moves(BWSettingWhiteBalance, 4730);
+        QTRY_COMPARE(slider->value(), 4730);
+        QTest::keyClicks(field, u"3000"_s);
+        QTest::keyClick(field, Qt::Key_Return);
+        QCOMPARE(camera.received(), u"7=3000"_s);
+        QTest::keyClicks(field, u"2900"_s);
+        QTest::keyClick(field, Qt::Key_Escape);
+        QCOMPARE(field->value(), 3000);
+        QTest::keyClick(field, Qt::Key_Escape);
+        QVERIFY(!bench.window.isVisible());
+        QCOMPARE(camera.received(), QString());
+        bench.window.show();
+
         bench.choose(BWSettingAutoWhite, 1);
-        QVERIFY(!slider->toolTip().contains(u"Automatic white balance"_s));
-        QCOMPARE(camera.received(), u"8=0 7=4600"_s);
+        QCOMPARE(bench.signsOfHold(BWSettingWhiteBalance), QString());
+        QCOMPARE(camera.received(), u"8=0 7=3000"_s);
         camera.notes->moves(BWSettingAutoWhite, 1); // by another program
-        QTRY_VERIFY(slider->toolTip().contains(u"Automatic white balance"_s));
+        QTRY_COMPARE(bench.signsOfHold(BWSettingWhiteBalance), u"hint dimmed reason"_s);
         QCOMPARE(bench.part<QComboBox>(BWSettingAutoWhite)->currentText(), u"Yes"_s);
     }
 

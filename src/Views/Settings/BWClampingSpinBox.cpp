@@ -1,11 +1,31 @@
 #include "Views/Settings/BWClampingSpinBox.h"
 
 #include <algorithm>
+#include <QKeyEvent>
 #include <QLineEdit>
 
 bool BWClampingSpinBox::isBeingEdited() const
 {
     return hasFocus() && lineEdit()->isModified();
+}
+
+void BWClampingSpinBox::showValue(int value)
+{
+    const bool isMarked = !text().isEmpty() && lineEdit()->selectedText() == text();
+    setValue(value);
+    if (isMarked)
+        selectAll();
+}
+
+void BWClampingSpinBox::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Cancel) && isBeingEdited()) {
+        lineEdit()->setText(textFromValue(value()));
+        selectAll();
+        event->accept();
+        return;
+    }
+    QSpinBox::keyPressEvent(event);
 }
 
 QValidator::State BWClampingSpinBox::validate(QString &input, int &position) const

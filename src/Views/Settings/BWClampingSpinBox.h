@@ -13,7 +13,12 @@ public:
     /// Whether something was typed that has not been taken over yet.
     bool isBeingEdited() const;
 
+    /// As setValue(). What was marked as a whole stays so, for the next key is to take the place of all of it.
+    void showValue(int value);
+
 protected:
+    /// Escape takes back what was typed.
+    void keyPressEvent(QKeyEvent *event) override;
     QValidator::State validate(QString &input, int &position) const override;
     void fixup(QString &input) const override;
 };

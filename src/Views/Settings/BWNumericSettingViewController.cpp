@@ -129,7 +129,7 @@ void BWNumericSettingViewController::showNumber(int value)
     const QSignalBlocker slider(m_slider);
     const QSignalBlocker field(m_textField);
     m_slider->setValue(value);
-    m_textField->setValue(value);
+    m_textField->showValue(value);
 }
 
 void BWNumericSettingViewController::updateColors()
