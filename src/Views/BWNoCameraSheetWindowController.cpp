@@ -43,6 +43,7 @@ void BWNoCameraSheetWindowController::localizeWithManager(BWLocalizationManager 
         BWLocalizableString(u"no_camera_sheet"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready…"_s)));
     m_terminateButton->setText(
         manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
+    m_terminateButton->setShortcut(u"Ctrl+Q"_s); // the sheet blocks that of the menu
 }
 
 void BWNoCameraSheetWindowController::setPreparingCamera(bool preparing)

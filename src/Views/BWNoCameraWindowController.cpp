@@ -44,6 +44,7 @@ void BWNoCameraWindowController::localizeWithManager(BWLocalizationManager &mana
         BWLocalizableString(u"no_camera_window"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready…"_s)));
     m_closeButton->setText(
         manager.localize(BWLocalizableString(u"no_camera_window"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
+    m_closeButton->setShortcut(u"Ctrl+Q"_s); // that of the menu reaches the main window only
 }
 
 void BWNoCameraWindowController::setPreparingCamera(bool preparing)

@@ -129,6 +129,10 @@ private Q_SLOTS:
         window.show();
         QTest::keyClick(buttonNamed(window, u"Quit"_s), Qt::Key_Space);
         QCOMPARE(spy.count(), 2);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+        QTRY_COMPARE(spy.count(), 3);
     }
 
     void noCameraSheetEnds()
@@ -138,18 +142,20 @@ private Q_SLOTS:
         BWNoCameraSheetWindowController sheet({}, m_clock);
         sheet.localizeWithManager(m_texts);
         const std::function<void()> ways[]{[&] { QTest::keyClick(buttonNamed(sheet, u"Quit"_s), Qt::Key_Space); },
+                                           [&] { QTest::keyClick(&sheet, Qt::Key_Q, Qt::ControlModifier); },
                                            [&] { sheet.close(); }, [&] { sheet.end(); }};
         QList<int> got;
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < 4; ++i) {
             sheet.beginSheet(&window, [&got, i](int code) { got << i << code; });
             QCOMPARE(sheet.windowModality(), Qt::WindowModal);
             QTest::keyClick(&sheet, Qt::Key_Escape);
             QVERIFY(sheet.isVisible());
+            QVERIFY(QTest::qWaitForWindowActive(&sheet));
             ways[i]();
-            QVERIFY(!sheet.isVisible());
+            QTRY_VERIFY(!sheet.isVisible());
             sheet.onTerminate(); // a sheet that is not open has no result
         }
-        QCOMPARE(got, QList<int>({0, 1, 1, 1})); // ended from outside it has none, either
+        QCOMPARE(got, QList<int>({0, 1, 1, 1, 2, 1})); // ended from outside it has none, either
     }
 
     void productSheet_data()
