@@ -19,6 +19,7 @@
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
 
+#include <QAction>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -47,6 +48,10 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
     m_productSheet->localizeWithManager(texts);
     m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(questions, clock, &window);
     m_noCameraSheet->localizeWithManager(texts);
+    for (const BWNoCameraBaseWindowController *noCamera :
+         std::initializer_list<BWNoCameraBaseWindowController *>{m_noCameraWindow.get(), m_noCameraSheet.get()})
+        connect(noCamera, &BWNoCameraBaseWindowController::helpRequested, window.menu().simpleHelpMenuItem,
+                &QAction::trigger);
     m_window.controlBar().setCameraControlsEnabled(false);
 }
 

@@ -56,10 +56,11 @@ QLabel *addressLabel(const QString &address)
 } // namespace
 
 BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings,
-                                                           QWidget *cameraWindow)
-    : QWidget(cameraWindow, Qt::Tool),
+                                                           const QWidget *cameraWindow)
+    : QWidget(nullptr, Qt::Tool),
       m_contact(contact),
       m_surroundings(std::move(surroundings)),
+      m_cameraWindow(cameraWindow),
       m_introduction(label(true)),
       m_faqButton(pushButton(u"help-contents"_s)),
       m_supportButton(pushButton(u"mail-message-new"_s)),
@@ -186,16 +187,16 @@ void BWSimpleHelpWindowController::showEvent(QShowEvent *event)
     m_problem->hide();
     m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()));
     fitShortcuts();
-    if (!std::exchange(m_placed, true) && parentWidget())
-        placeOver(*parentWidget());
+    if (!std::exchange(m_placed, true))
+        placeOverCameraWindow();
 }
 
 /// From then on it is where the user puts it.
-void BWSimpleHelpWindowController::placeOver(const QWidget &cameraWindow)
+void BWSimpleHelpWindowController::placeOverCameraWindow()
 {
-    const QRect room = cameraWindow.screen()->availableGeometry();
+    const QRect room = m_cameraWindow->screen()->availableGeometry();
     QRect place(QPoint(), layout()->totalSizeHint());
-    place.moveCenter(cameraWindow.frameGeometry().center());
+    place.moveCenter(m_cameraWindow->frameGeometry().center());
     place.moveBottom(std::min(place.bottom(), room.bottom()));
     place.moveTop(std::max(place.top(), room.top()));
     place.moveRight(std::min(place.right(), room.right()));

@@ -14,7 +14,7 @@ class QPushButton;
 class QScrollArea;
 
 /// The help window: the page with answers, an e-mail to the support that already tells what they ask first, and the
-/// keyboard shortcuts. A utility window of the camera window. GUI thread.
+/// keyboard shortcuts. A utility window of its own: no sheet of the camera window blocks it. GUI thread.
 class BWSimpleHelpWindowController : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -26,7 +26,8 @@ public:
         std::function<QList<QAction *>()> actions; ///< whose shortcuts are listed, those of their menus included
     };
 
-    BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings, QWidget *cameraWindow);
+    /// It opens over the camera window, which must outlive it.
+    BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings, const QWidget *cameraWindow);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
@@ -44,12 +45,13 @@ private:
     QLayout *ways();
     void updateFonts();
     void fitShortcuts();
-    void placeOver(const QWidget &cameraWindow);
+    void placeOverCameraWindow();
     void open(const QUrl &url, const QString &address);
     QUrl mail() const;
 
     BWHelpContact m_contact;
     Surroundings m_surroundings;
+    const QWidget *m_cameraWindow;
     QString m_mailSubject;
     QString m_mailRequest;
     QString m_cannotOpen;
