@@ -37,6 +37,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     zoomIn = add(m_viewMenu);
     zoomIn->setShortcuts({u"Ctrl++"_s, u"Ctrl+="_s});
     zoomOut = add(m_viewMenu, u"Ctrl+-"_s);
+    for (QAction *stepwise : {zoomIn, zoomOut})
+        stepwise->setAutoRepeat(true);
     actualSize = add(m_viewMenu, u"Ctrl+0"_s);
     m_viewMenu->addSeparator();
     rotate = add(m_viewMenu, u"Ctrl+R"_s);
@@ -63,6 +65,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     registerDebugger = add(m_toolsMenu);
     auto *toggleTools = new QAction(this);
     toggleTools->setShortcut(u"Ctrl+Alt+Shift+T"_s);
+    toggleTools->setAutoRepeat(false);
     window.addAction(toggleTools);
     connect(toggleTools, &QAction::triggered, this, [this] { showTools(!m_toolsMenu->menuAction()->isVisible()); });
     connect(m_panelsMenu, &QMenu::aboutToShow, this, &BWMainMenu::panelsMenuOpening);
@@ -82,6 +85,7 @@ QAction *BWMainMenu::add(QMenu *menu, const QKeySequence &shortcut)
 {
     QAction *action = menu->addAction(QString());
     action->setShortcut(shortcut);
+    action->setAutoRepeat(false); // a key that is held down a moment too long takes one picture, not twenty
     return action;
 }
 

@@ -5,6 +5,7 @@
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWSettingsFile.h"
 #include "Views/BWCenteringClipView.h"
+#include "Views/BWMainMenu.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
@@ -15,8 +16,10 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTemporaryFile>
@@ -289,6 +292,15 @@ private Q_SLOTS:
         else
             presenter.presentOK(u"Delete album"_s, markup);
         QCOMPARE(shown.join(u'|'), buttons);
+    }
+
+    void onlyTheZoomRepeatsWhileItsKeyIsHeld()
+    {
+        QMainWindow window;
+        const BWMainMenu menu(window);
+        QList<QAction *> repeating = window.findChildren<QAction *>();
+        repeating.removeIf([](const QAction *action) { return action->shortcut().isEmpty() || !action->autoRepeat(); });
+        QCOMPARE(repeating, QList<QAction *>({menu.zoomIn, menu.zoomOut}));
     }
 
 private:
