@@ -179,6 +179,12 @@ void BWCenteringClipView::mousePressEvent(QMouseEvent *event)
     }
 }
 
+/// The second press of a double click is a press like any other: who presses quickly wants two pictures.
+void BWCenteringClipView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    mousePressEvent(event);
+}
+
 void BWCenteringClipView::mouseMoveEvent(QMouseEvent *event)
 {
     if (!m_panning)

@@ -64,6 +64,8 @@ void BWControlBar::build()
     m_gridButton->setCheckable(true);
     m_snapshotButton = makeButton(captureIcon);
     m_recordButton = makeButton(captureIcon);
+    for (BWBarButton *toggle : {m_gridButton, m_recordButton})
+        toggle->setDoubleClickIsClick(true);
     m_settingsButton = makeButton(smallIcon);
     m_albumsButton = makeButton(smallIcon);
 
@@ -104,7 +106,7 @@ QLabel *BWControlBar::addColumn(QWidget *control, int column)
     return label;
 }
 
-QToolButton *BWControlBar::makeButton(int iconSize)
+BWBarButton *BWControlBar::makeButton(int iconSize)
 {
     auto *button = new BWBarButton(this);
     button->setIconSize({iconSize, iconSize});

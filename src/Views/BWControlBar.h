@@ -7,6 +7,7 @@
 #include <QString>
 #include <QWidget>
 
+class BWBarButton;
 class BWDoubleButton;
 class QComboBox;
 class QGridLayout;
@@ -54,7 +55,7 @@ protected:
 private:
     void build();
     QLabel *addColumn(QWidget *control, int column);
-    QToolButton *makeButton(int iconSize);
+    BWBarButton *makeButton(int iconSize);
     void updateIcons();
     void keepRoomForStop();
 
@@ -63,9 +64,9 @@ private:
     BWDoubleButton *m_zoomDoubleButton = nullptr;
     QComboBox *m_rotatePopUpButton = nullptr;
     QComboBox *m_flipPopUpButton = nullptr;
-    QToolButton *m_gridButton = nullptr;
+    BWBarButton *m_gridButton = nullptr;
     QToolButton *m_snapshotButton = nullptr;
-    QToolButton *m_recordButton = nullptr;
+    BWBarButton *m_recordButton = nullptr;
     QToolButton *m_settingsButton = nullptr;
     QToolButton *m_albumsButton = nullptr;
     QLabel *m_resolutionLabel = nullptr;

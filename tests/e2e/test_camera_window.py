@@ -92,20 +92,18 @@ class CameraWindow(unittest.TestCase):
         live = self.program.wait_for(None, "Live image").area
         self.hand("Press Button")
         self.program.wait_for("push button", "Stop")
-        self.desktop.click(live.x + live.width // 2, live.y + live.height // 2)
-        self.desktop.input("key", "--delay", 1, "space", "space")
-        wait_until("each snapshot is a file", lambda: len(self.captures("*_image_*.jpg")) == 3)
+        self.double_click(live)
+        self.desktop.input("key", "--delay", 20, "space", "space")
+        wait_until("each snapshot is a file", lambda: len(self.captures("*_image_*.jpg")) == 4)
         self.program.wait_for("push button", "Stop")  # the recording goes on
         self.hand("Press Button")
         wait_until("the movie is in the album", lambda: len(self.captures("*_video_*.mov")) == 1)
 
-        record = self.program.wait_for("push button", "Record").area
-        self.desktop.input("mousemove", record.x + record.width // 2, record.y + record.height // 2,
-                           "click", "--repeat", 2, "--delay", 20, 1)
+        self.desktop.input("key", "--delay", 20, "ctrl+shift+s", "ctrl+shift+s")
         self.program.wait_for("push button", "Record")
         time.sleep(1)
         before = len(self.captures("*_video_*.mov"))
-        self.program.click("push button", "Record")
+        self.double_click(self.program.wait_for("push button", "Record").area)  # out of habit: one click is meant
         self.program.wait_for("push button", "Stop")
         time.sleep(1)
         self.quit()
@@ -113,6 +111,10 @@ class CameraWindow(unittest.TestCase):
         self.assertEqual(len(movies), before + 1)
         self.assertGreater(self.frames_of(movies[-1]), 10)
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
+
+    def double_click(self, area):
+        self.desktop.input("mousemove", area.x + area.width // 2, area.y + area.height // 2,
+                           "click", "--repeat", 2, "--delay", 20, 1)
 
     @staticmethod
     def frames_of(movie):

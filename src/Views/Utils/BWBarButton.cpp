@@ -10,6 +10,12 @@ BWBarButton::BWBarButton(QWidget *parent) : QToolButton(parent)
     setFocusPolicy(Qt::StrongFocus);
 }
 
+void BWBarButton::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (!m_doubleClickIsClick)
+        QToolButton::mouseDoubleClickEvent(event);
+}
+
 void BWBarButton::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);

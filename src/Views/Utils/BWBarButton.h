@@ -10,6 +10,14 @@ class BWBarButton : public QToolButton {
 public:
     explicit BWBarButton(QWidget *parent = nullptr);
 
+    /// Both clicks of a double click count as one: for what a second click would undo, as people double-click out of
+    /// habit. Not so until it is asked for.
+    void setDoubleClickIsClick(bool one) { m_doubleClickIsClick = one; }
+
 protected:
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    bool m_doubleClickIsClick = false;
 };
