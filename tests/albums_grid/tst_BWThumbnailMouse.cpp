@@ -174,6 +174,12 @@ private Q_SLOTS:
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), Indexes());
         items[3]->trigger();
         QCOMPARE(grid.album.saved, Indexes({0, 1, 2, 3, 4, 5, 6}));
+        menu->close();
+        act(grid, u"m2"_s);
+        grid.album.insertFirst(u"new.jpg"_s); // while the menu is open
+        grid.view.reloadData();
+        items[4]->trigger();
+        QCOMPARE(grid.album.removed, Indexes{3});
     }
 
     void dropInAFolder()

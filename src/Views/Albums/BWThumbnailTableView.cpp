@@ -89,8 +89,10 @@ void BWThumbnailTableView::reloadData()
     const int focus = currentIndex().isValid() ? cellIndex(currentIndex().row(), currentIndex().column()) : -1;
     const QUrl focused = m_model->elementAt(focus); // as it was: the list may be another already
     const int scrolled = verticalScrollBar()->value();
+    const QSet<QUrl> underMenu = elementsUnderMenu();
     renewHandler();
     m_model->reload();
+    operateOn(underMenu);
     updateGeometries();
     verticalScrollBar()->setValue(scrolled);
     updateRowHeight();
@@ -99,6 +101,29 @@ void BWThumbnailTableView::reloadData()
     m_notice->setVisible(empty);
     setAccessibleDescription(empty ? m_notice->text() : QString());
     m_wishes->renew();
+}
+
+/// What the menu is about, while it is open.
+QSet<QUrl> BWThumbnailTableView::elementsUnderMenu() const
+{
+    QSet<QUrl> files;
+    if (m_rightMenu->isVisible()) {
+        for (const int index : m_handler->operationIndexes())
+            files.insert(m_model->elementAt(index));
+    }
+    return files;
+}
+
+/// The menu stays open when a picture comes, and what is chosen in it is still meant for the same files.
+void BWThumbnailTableView::operateOn(const QSet<QUrl> &files)
+{
+    QList<int> indexes;
+    const QList<QUrl> now = files.isEmpty() ? QList<QUrl>() : elements();
+    for (int index = 0; index < now.size(); ++index) {
+        if (files.contains(now[index]))
+            indexes.append(index);
+    }
+    m_handler->setOperationIndexes(indexes);
 }
 
 void BWThumbnailTableView::renewHandler()

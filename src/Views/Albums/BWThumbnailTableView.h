@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <QList>
+#include <QSet>
 #include <QTableView>
 #include <QUrl>
 
@@ -100,6 +101,8 @@ protected:
 
 private:
     void createRightMenu(BWLocalizationManager &manager);
+    QSet<QUrl> elementsUnderMenu() const;
+    void operateOn(const QSet<QUrl> &files);
     void renewHandler();
     void updateRowHeight();
     void restoreFocus(const QUrl &file, int index);

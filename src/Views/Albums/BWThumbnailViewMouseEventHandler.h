@@ -29,6 +29,7 @@ public:
     bool isSelected(int index) const { return m_selected.contains(index); }
     /// What the next operation (save, trash, open, drag) acts on; ascending.
     QList<int> operationIndexes() const { return m_operationIndexes; }
+    void setOperationIndexes(const QList<int> &indexes) { m_operationIndexes = indexes; }
     /// Where ranges begin: the last cell that was selected on its own; -1 for none.
     int anchor() const { return m_anchor; }
 
