@@ -12,6 +12,7 @@
 #include "Views/Settings/BWSettingsWindowController.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QMenuBar>
 #include <utility>
 
@@ -69,6 +70,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
     addToMenu(menu.albumManagerMenuItem, *m_albums, &BWAuxiliaryWindows::showAlbums);
     addToMenu(menu.settingsMenuItem, *m_settings, &BWAuxiliaryWindows::showSettings);
     addToMenu(menu.advancedSettingsMenuItem, *m_advancedSettings, &BWAuxiliaryWindows::showAdvancedSettings);
+    connect(menu.nextWindow, &QAction::triggered, this, &BWAuxiliaryWindows::activateNextWindow);
     connect(menu.simpleHelpMenuItem, &QAction::triggered, m_help.get(),
             &BWSimpleHelpWindowController::makeKeyAndOrderFront);
     connect(menu.aboutMenuItem, &QAction::triggered, m_about.get(), &BWAboutWindowController::makeKeyAndOrderFront);
@@ -111,6 +113,21 @@ void BWAuxiliaryWindows::showSettings()
 void BWAuxiliaryWindows::showAdvancedSettings()
 {
     bringToFront(*m_advancedSettings);
+}
+
+void BWAuxiliaryWindows::activateNextWindow()
+{
+    QList<QWidget *> open;
+    for (QWidget *window :
+         std::initializer_list<QWidget *>{&m_window, m_albums.get(), m_settings.get(), m_advancedSettings.get()}) {
+        if (window->isVisible())
+            open.append(window);
+    }
+    if (open.isEmpty())
+        return;
+    QWidget *next = open[(open.indexOf(QApplication::activeWindow()) + 1) % open.size()];
+    next->raise();
+    next->activateWindow();
 }
 
 void BWAuxiliaryWindows::hideAll()

@@ -44,6 +44,9 @@ public:
     void showAlbums();
     void showSettings();
     void showAdvancedSettings();
+    /// The next of the open windows comes into use, the camera window being one of them. Not every desktop offers panels
+    /// beside a window when one steps through the windows by keyboard.
+    void activateNextWindow();
     void hideAll();
     /// Puts the album window where it belongs, if it is not open when it is shown the next time. The others do that by
     /// themselves.

@@ -57,6 +57,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     advancedSettingsMenuItem = add(m_panelsMenu, u"F8"_s);
     for (QAction *item : {albumManagerMenuItem, settingsMenuItem, advancedSettingsMenuItem})
         item->setCheckable(true);
+    m_panelsMenu->addSeparator();
+    nextWindow = add(m_panelsMenu, u"F6"_s);
     simpleHelpMenuItem = add(m_helpMenu, u"F1"_s);
     aboutMenuItem = add(m_helpMenu);
     aboutMenuItem->setMenuRole(QAction::AboutRole);
@@ -120,6 +122,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(settingsMenuItem, manager.text(u"main_menu"_s, u"settings_menu_item"_s, u"Settings"_s));
     set(advancedSettingsMenuItem,
         manager.text(u"main_menu"_s, u"advanced_settings_menu_item"_s, u"Advanced settings"_s));
+    set(nextWindow, manager.text(u"main_menu"_s, u"next_window_menu_item"_s, u"&Next window"_s));
     manager.text(u"main_menu"_s, u"help_menu_item"_s, u"Help"_s);
     m_helpMenu->setTitle(manager.text(u"main_menu"_s, u"help_menu"_s, u"Help"_s));
     set(simpleHelpMenuItem, manager.text(u"main_menu"_s, u"simple_help_menu_item"_s, u"BrimwellPro help"_s));

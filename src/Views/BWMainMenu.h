@@ -64,6 +64,7 @@ public:
     QAction *albumManagerMenuItem;
     QAction *settingsMenuItem;
     QAction *advancedSettingsMenuItem;
+    QAction *nextWindow;
     QAction *simpleHelpMenuItem;
     QAction *aboutMenuItem;
     QAction *gridDebugger;

@@ -59,15 +59,11 @@ class Albums(unittest.TestCase):
         return self.program.wait_for("table", "Images")
 
     def focus_grid(self):
-        self.program.activate(self.program.wait_for(None, "Albums"))
+        self.desktop.key("F6")
+        wait_until("the grid has the focus", lambda: self.in_use() and self.grid().has_state("focused"))
 
-        def focused():
-            if self.grid().has_state("focused"):
-                return True
-            self.desktop.key("Tab")
-            return False
-
-        wait_until("the grid has the focus", focused, step=0.2)
+    def in_use(self):
+        return self.program.window("frame", "Albums").has_state("active")
 
     def quit(self):
         self.program.activate(self.program.wait_for("frame"))

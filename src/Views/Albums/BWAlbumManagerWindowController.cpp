@@ -142,6 +142,7 @@ void BWAlbumManagerWindowController::layOut()
     column->addLayout(top);
     column->addWidget(m_tabs, 1);
     column->addWidget(m_footer);
+    m_images->setFocus(); // the pictures are what people come for
     resize(defaultContentSize);
 }
 
