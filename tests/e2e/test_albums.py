@@ -103,6 +103,7 @@ class Albums(unittest.TestCase):
         file = self.album / (NAMES[1] + ".jpg")
         wait_until("the desktop's Trash has it", lambda: self.in_trash() == [str(file)])
         self.assertFalse(file.exists())
+        wait_until("the album window has the keyboard again", self.in_use)
         self.program.click("push button", "Undo")
         wait_until("it is back", file.is_file)
         self.assertEqual(file.read_bytes(), self.pictures[file.name])
@@ -126,6 +127,7 @@ class Albums(unittest.TestCase):
         self.desktop.key("Return")
         wait_until("the archive is there", archive.is_file)
         self.program.wait_for("label", "Saved: my pictures.zip")
+        wait_until("the album window has the keyboard again", self.in_use)
         tested = subprocess.run(["unzip", "-t", archive], capture_output=True, text=True)
         self.assertEqual(tested.returncode, 0, tested.stdout)
         for name, bytes_ in self.pictures.items():

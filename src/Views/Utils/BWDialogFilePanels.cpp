@@ -25,6 +25,8 @@ public:
         setWindowModality(Qt::WindowModal);
         setWindowTitle(title);
         resize(sizeHint().expandedTo({760, 480})); // dates and names are to be read
+        if (window) // not every desktop gives the keyboard back to a window that is a panel of another
+            connect(this, &QDialog::finished, window, &QWidget::activateWindow);
         setAccessibleDescription(message);
         auto *label = new QLabel(message);
         label->setWordWrap(true);

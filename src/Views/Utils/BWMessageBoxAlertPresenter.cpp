@@ -82,5 +82,7 @@ bool BWMessageBoxAlertPresenter::present(Kind kind, const QString &title, const 
     if (!rejectText.isNull())
         box.setEscapeButton(box.addButton(rejectText, QMessageBox::RejectRole));
     box.exec();
+    if (parent)
+        parent->activateWindow(); // not every desktop gives the keyboard back to a window that is a panel of another
     return box.clickedButton() == accept;
 }
