@@ -143,7 +143,6 @@ void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
     name(m_flipPopUpButton, m_flipLabel, manager.text(u"camera_window"_s, u"flip_label"_s, u"Flip"_s), {});
     name(m_gridButton, m_gridLabel, grid, withShortcut(grid, u"Ctrl+G"_s));
     name(m_snapshotButton, m_snapshotLabel, snapshot, withShortcut(snapshot, u"Ctrl+S"_s));
-    name(m_recordButton, m_recordLabel, m_recordText, {});
     const QString settings = manager.text(u"camera_window"_s, u"settings_label"_s, u"Settings"_s);
     const QString albums = manager.text(u"camera_window"_s, u"albums_label"_s, u"Albums"_s);
     name(m_settingsButton, m_settingsLabel, settings, withShortcut(settings, u"Ctrl+,"_s));
@@ -193,17 +192,21 @@ void BWControlBar::showRecording(bool recording)
     m_recordButton->setIcon(BWIcons::image(recording ? u"stop.png"_s : u"record.png"_s));
     const QString text = recording ? m_stopText : m_recordText;
     m_recordButton->setAccessibleName(text);
-    m_recordButton->setToolTip(text);
+    m_recordButton->setToolTip(withShortcut(text, u"Ctrl+Shift+S"_s));
     m_recordLabel->setText(text);
 }
 
 /// Nothing moves when a recording begins or ends.
 void BWControlBar::keepRoomForStop()
 {
-    const QFontMetrics metrics = m_recordLabel->fontMetrics();
     m_recordLabel->setAlignment(Qt::AlignCenter);
-    m_recordLabel->setMinimumWidth(
-        std::max(metrics.horizontalAdvance(m_recordText), metrics.horizontalAdvance(m_stopText)));
+    m_recordLabel->setMinimumWidth(0);
+    int width = 0;
+    for (const QString &text : {m_recordText, m_stopText}) {
+        m_recordLabel->setText(text);
+        width = std::max(width, m_recordLabel->sizeHint().width());
+    }
+    m_recordLabel->setMinimumWidth(width);
 }
 
 void BWControlBar::setGridAvailable(bool available)
