@@ -2,12 +2,18 @@
 
 #include <algorithm>
 #include <QScreen>
+#include <QStyle>
 #include <QWidget>
 
 namespace {
 
+/// The other window will get a frame like that of the camera window.
 QRect framed(const QWidget &cameraWindow, QSize content)
 {
+    if (cameraWindow.isFullScreen()) { // it has none itself
+        const int title = cameraWindow.style()->pixelMetric(QStyle::PM_TitleBarHeight);
+        return {QPoint(), content + QSize(0, title)};
+    }
     const QRect frame = cameraWindow.frameGeometry();
     const QRect inside = cameraWindow.geometry();
     return QRect(QPoint(), content)
