@@ -41,6 +41,7 @@ void BWLiveViewController::updateImageDisplay()
 void BWLiveViewController::clear()
 {
     m_window.centeringClipView().clear();
+    m_window.centeringClipView().setLiveGeometry(BWLiveViewGeometry({}, m_state)); // nothing to scroll in
 }
 
 void BWLiveViewController::onZoom(BWDoubleButton *sender)
