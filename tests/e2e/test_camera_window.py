@@ -105,7 +105,10 @@ class CameraWindow(unittest.TestCase):
         before = len(self.captures("*_video_*.mov"))
         self.double_click(self.program.wait_for("push button", "Record").area)  # out of habit: one click is meant
         self.program.wait_for("push button", "Stop")
+        resolution = self.program.wait_for("combo box", "Resolution").area
+        self.desktop.input("mousemove", resolution.x + 20, resolution.y + 10, "click", 5)  # the wheel, by accident
         time.sleep(1)
+        self.program.wait_for("push button", "Stop")
         self.quit()
         movies = self.captures("*_video_*.mov")
         self.assertEqual(len(movies), before + 1)

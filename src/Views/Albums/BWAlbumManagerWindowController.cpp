@@ -11,10 +11,10 @@
 #include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWLightTabView.h"
+#include "Views/Utils/BWPopUpButton.h"
 #include "Views/Utils/BWWindowPlacement.h"
 
 #include <algorithm>
-#include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -69,7 +69,7 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
     : QWidget(cameraWindow, Qt::Tool),
       m_albums(albums),
       m_surroundings(std::move(surroundings)),
-      m_popUp(new QComboBox),
+      m_popUp(new BWPopUpButton),
       m_popUpLabel(new QLabel(this)),
       m_add(toolButton(u"list-add"_s)),
       m_remove(toolButton(u"list-remove"_s)),
