@@ -132,9 +132,19 @@ void BWAuxiliaryWindows::activateNextWindow()
 
 void BWAuxiliaryWindows::hideAll()
 {
-    m_albums->hide();
-    m_settings->hide();
-    m_advancedSettings->hide();
+    for (QWidget *window :
+         std::initializer_list<QWidget *>{m_albums.get(), m_settings.get(), m_advancedSettings.get()}) {
+        if (!window->isVisible())
+            continue;
+        window->hide();
+        m_hidden.append(window);
+    }
+}
+
+void BWAuxiliaryWindows::showHidden()
+{
+    for (QWidget *window : std::exchange(m_hidden, {}))
+        window->show();
 }
 
 void BWAuxiliaryWindows::resetLayout()

@@ -47,7 +47,10 @@ public:
     /// The next of the open windows comes into use, the camera window being one of them. Not every desktop offers panels
     /// beside a window when one steps through the windows by keyboard.
     void activateNextWindow();
+    /// While there is no camera.
     void hideAll();
+    /// Those that `hideAll` found open.
+    void showHidden();
     /// Puts the album window where it belongs, if it is not open when it is shown the next time. The others do that by
     /// themselves.
     void resetLayout();
@@ -72,5 +75,6 @@ private:
     std::unique_ptr<BWAdvancedSettingsWindowController> m_advancedSettings;
     std::unique_ptr<BWSimpleHelpWindowController> m_help;
     std::unique_ptr<BWAboutWindowController> m_about;
+    QList<QWidget *> m_hidden;
     bool m_mustPlace = false;
 };

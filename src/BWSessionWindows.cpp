@@ -133,6 +133,7 @@ void BWSessionWindows::setStartedCamera(const BWCameraPtr &camera)
     m_window.controlBar().setCameraControlsEnabled(true);
     m_window.menu().setCameraActionsEnabled(true);
     m_auxiliary.advancedSettings().setCurrentCamera(camera);
+    m_auxiliary.showHidden();
 }
 
 void BWSessionWindows::showResolutions(const QList<BWResolution> &resolutions, BWResolution current)
