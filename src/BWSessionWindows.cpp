@@ -44,7 +44,7 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
             &BWSessionWindows::terminate);
     m_productSheet = std::make_unique<BWNoCameraProductSheetWindowController>(
         [&config = repository.configManager()](const QString &type) { return config.productsByCameraIdentifier(type); },
-        &window);
+        clock, &window);
     m_productSheet->localizeWithManager(texts);
     m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(questions, clock, &window);
     m_noCameraSheet->localizeWithManager(texts);

@@ -15,6 +15,13 @@ BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Questions questio
 
 void BWNoCameraBaseWindowController::setPreparingCamera(bool) { }
 
+void BWNoCameraBaseWindowController::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    // It comes up under the hand: a key that was meant for a snapshot must not press a button.
+    setFocus();
+}
+
 void BWNoCameraBaseWindowController::windowDidLoad()
 {
     watchPendingDevices();

@@ -7,7 +7,8 @@
 #include <QDialog>
 
 /// What the windows that stand in for a missing camera share: they keep asking whether an attached camera is still
-/// being prepared, also while they are hidden, from the moment they are made. GUI thread.
+/// being prepared, also while they are hidden, from the moment they are made. They open with the keyboard on none of
+/// their buttons. GUI thread.
 class BWNoCameraBaseWindowController : public QDialog, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -36,6 +37,7 @@ Q_SIGNALS:
 protected:
     /// Called by the concrete window when it is complete.
     virtual void windowDidLoad();
+    void showEvent(QShowEvent *event) override;
 
 private:
     void watchPendingDevices();

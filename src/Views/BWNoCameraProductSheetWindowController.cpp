@@ -5,15 +5,22 @@
 
 #include <QAbstractItemView>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+constexpr auto readingTime = 1s; // no time to read it, but a key that was meant for what was there before is through
+} // namespace
 
 BWNoCameraProductSheetWindowController::BWNoCameraProductSheetWindowController(ProductsByCameraIdentifier products,
-                                                                               QWidget *parent)
+                                                                               BWClock &clock, QWidget *parent)
     : QDialog(parent),
       m_productsByCameraIdentifier(std::move(products)),
+      m_clock(clock),
       m_sheet(this),
       m_view(new BWNoticeView(u"brimwellpro-which-model"_s)),
       m_popup(new QComboBox),
@@ -77,7 +84,16 @@ BWCameraProductPtr BWNoCameraProductSheetWindowController::selectedProduct() con
 void BWNoCameraProductSheetWindowController::beginSheet(QWidget *window, BWSheet::Completion completion)
 {
     m_popup->setFocus();
+    m_answersFrom = m_clock.now() + readingTime;
     m_sheet.begin(window, std::move(completion));
+}
+
+void BWNoCameraProductSheetWindowController::keyPressEvent(QKeyEvent *event)
+{
+    if (m_clock.now() < m_answersFrom)
+        event->accept();
+    else
+        QDialog::keyPressEvent(event);
 }
 
 void BWNoCameraProductSheetWindowController::onOK()

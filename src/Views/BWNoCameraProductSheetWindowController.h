@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/BWCameraProduct.h"
 #include "Model/BWLocalizationManagerDelegate.h"
 #include "Views/Utils/BWSheet.h"
@@ -14,7 +15,8 @@ class QComboBox;
 class QPushButton;
 
 /// The sheet that asks which model a newly seen camera is. Its result code is 1 when the user chose (selectedProduct()
-/// tells what), 0 when the user wants to be asked later; Escape means later. GUI thread.
+/// tells what), 0 when the user wants to be asked later; Escape means later. It comes up under the hand, so Return and
+/// Escape answer it only when it has been there for a moment. GUI thread.
 class BWNoCameraProductSheetWindowController final : public QDialog, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -22,7 +24,9 @@ public:
     /// Answers the products of a camera by its identifierForProducts, in the order in which they are offered.
     using ProductsByCameraIdentifier = std::function<QList<BWCameraProductPtr>(const QString &cameraIdentifier)>;
 
-    explicit BWNoCameraProductSheetWindowController(ProductsByCameraIdentifier products, QWidget *parent = nullptr);
+    /// `clock` must outlive the sheet.
+    explicit BWNoCameraProductSheetWindowController(ProductsByCameraIdentifier products,
+                                                    BWClock &clock = BWClock::system(), QWidget *parent = nullptr);
 
     /// The manager is kept for the product names and must outlive the sheet.
     void localizeWithManager(BWLocalizationManager &manager) override;
@@ -43,10 +47,15 @@ public:
     void onAskLater();
     void reject() override { onAskLater(); }
 
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
     QString localizeProductName(const BWCameraProduct &product) const;
 
     ProductsByCameraIdentifier m_productsByCameraIdentifier;
+    BWClock &m_clock;
+    std::chrono::nanoseconds m_answersFrom{}; ///< by the clock
     BWSheet m_sheet;
     BWLocalizationManager *m_manager = nullptr;
     std::weak_ptr<BWCamera> m_camera;

@@ -170,6 +170,16 @@ class Program:
 
         wait_until(f'"{window.name}" has the keyboard', active, step=1)  # quicker would be a double click
 
+    def confirm_question(self):
+        """With a key, which counts when the question has been there for a moment."""
+        def answered():
+            if not self.window("dialog"):
+                return True
+            self.desktop.key("Return")
+            return False
+
+        wait_until("the question is answered", answered, step=0.5)
+
     def outline(self):
         """All that is to be seen, one line an element, for the report of a failure."""
         lines = []

@@ -66,7 +66,7 @@ class Accessibility(unittest.TestCase):
                         album / "20240607_image_%03d.jpg"], check=True)
         self.start("--simulate", "high", "--technician")
         self.walk("dialog", "Which camera is this?")
-        self.desktop.key("Return")
+        self.program.confirm_question()
 
         self.walk(*MAIN)
         self.assertEqual(MenuWalk(self.desktop, self.program.window(*MAIN)).run(), [])

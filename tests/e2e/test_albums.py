@@ -30,7 +30,8 @@ class Albums(unittest.TestCase):
                         self.album / "20240607_image_%03d.jpg"], check=True)
         self.pictures = {file.name: file.read_bytes() for file in self.album.iterdir()}
         self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"])
-        self.answer("OK")
+        self.program.wait_for("dialog")
+        self.program.confirm_question()
         self.program.activate(self.program.wait_for("frame"))
         self.desktop.key("F9")
         for name in NAMES:

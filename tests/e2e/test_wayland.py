@@ -117,8 +117,7 @@ class Wayland(unittest.TestCase):
 
     def answer_question(self):
         self.wait_for_active("Which camera is this?")
-        self.desktop.key("Return")
-        wait_until("the question is answered", lambda: not self.program.window("dialog"))
+        self.program.confirm_question()
         self.wait_for_active("Simulated cameras")
         self.desktop.key("super+Tab")
         self.wait_for_active("BrimwellPro")

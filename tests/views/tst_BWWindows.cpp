@@ -54,6 +54,13 @@ QAbstractButton *buttonNamed(const QWidget &window, const QString &text)
     return nullptr;
 }
 
+/// As when a window comes up just then.
+void pressKeysMeantForASnapshot(const QWidget &window)
+{
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return})
+        QTest::keyClick(window.focusWidget(), key);
+}
+
 } // namespace
 
 class TestBWWindows : public QObject {
@@ -124,7 +131,8 @@ private Q_SLOTS:
         QSignalSpy spy(&window, &BWNoCameraWindowController::terminateRequested);
         connect(&window, &BWNoCameraWindowController::terminateRequested, &window, &QWidget::close); // as quitting does
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        pressKeysMeantForASnapshot(window);
         QTest::keyClick(&window, Qt::Key_Escape);
         QVERIFY(spy.isEmpty() && window.isVisible());
         window.close();
@@ -144,7 +152,7 @@ private Q_SLOTS:
         window.show();
         BWNoCameraSheetWindowController sheet({}, m_clock);
         sheet.localizeWithManager(m_texts);
-        const std::function<void()> ways[]{[&] { QTest::keyClick(buttonNamed(sheet, u"Quit"_s), Qt::Key_Space); },
+        const std::function<void()> ways[]{[&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space); },
                                            [&] { QTest::keyClick(&sheet, Qt::Key_Q, Qt::ControlModifier); },
                                            [&] { sheet.close(); }, [&] { sheet.end(); }};
         QList<int> got;
@@ -152,8 +160,10 @@ private Q_SLOTS:
             sheet.beginSheet(&window, [&got, i](int code) { got << i << code; });
             QCOMPARE(sheet.windowModality(), Qt::WindowModal);
             QTest::keyClick(&sheet, Qt::Key_Escape);
-            QVERIFY(sheet.isVisible());
             QVERIFY(QTest::qWaitForWindowActive(&sheet));
+            pressKeysMeantForASnapshot(sheet);
+            QVERIFY(sheet.isVisible());
+            QTest::keyClick(&sheet, Qt::Key_Tab); // leads to the button; the next sheet does not begin there
             ways[i]();
             QTRY_VERIFY(!sheet.isVisible());
             sheet.onTerminate(); // a sheet that is not open has no result
@@ -184,7 +194,7 @@ private Q_SLOTS:
         QWidget window;
         window.show();
         BWNoCameraProductSheetWindowController sheet(
-            [&config](const QString &identifier) { return config.productsByCameraIdentifier(identifier); });
+            [&config](const QString &identifier) { return config.productsByCameraIdentifier(identifier); }, m_clock);
         sheet.localizeWithManager(m_texts);
         sheet.setCamera(camera);
         QCOMPARE(sheet.camera(), camera);
@@ -196,6 +206,9 @@ private Q_SLOTS:
         QList<int> got;
         sheet.beginSheet(&window, [&got](int result) { got << result; });
         QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); // pressed before it was there to be read
+        QVERIFY(got.isEmpty());
+        m_clock.advance(1s);
         for (const int key : keys)
             QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key));
         QCOMPARE(got, QList<int>{code});
