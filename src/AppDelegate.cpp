@@ -300,11 +300,25 @@ void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)
     const bool mustResetLayout = config.mustResetLayout();
     BWMainQueue::post(m_alive, [this, mustResetLayout] {
         updateStateLabel();
+        tellWhetherStored();
         if (mustResetLayout)
             resetLayout();
         m_sessionWindows->settingsChanged();
         m_capture->setButtonRecords(m_repository.configManager().saveVideoOnHardwareButton(), [this] { onRecord(); });
     });
+}
+
+/// Once, and not before somebody is there to see it: at the start the program itself stores something.
+void AppDelegate::tellWhetherStored()
+{
+    constexpr double seconds = 8; // two sentences, for people who look at something else
+    const bool stored = m_repository.configManager().isStored();
+    if (!stored && !m_toldNotStored && m_window->isVisible()) {
+        m_statusLine->showForAMoment(m_texts.settingsNotStored, seconds);
+        m_toldNotStored = true;
+    }
+    if (stored)
+        m_toldNotStored = false;
 }
 
 void AppDelegate::resetLayout()

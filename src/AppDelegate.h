@@ -78,6 +78,7 @@ private:
     void prepareCapture();
     void connectActions();
     void prepareCamera(BWCamera &camera);
+    void tellWhetherStored();
     void resetLayout();
     void openAlbumFolder();
     void forceSnapshot();
@@ -115,4 +116,5 @@ private:
     bool m_terminating = false;
     bool m_waitsForCopies = false;
     bool m_offersToQuit = false;
+    bool m_toldNotStored = false;
 };

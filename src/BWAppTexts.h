@@ -11,6 +11,7 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString noCameraDetectedPlaceholder;
     QString liveStreamingWith;
     QString gridDisclaimer;
+    QString settingsNotStored;
     QString cameraAccessDeniedTitle;
     QString cameraAccessDeniedMessage;
     QString cameraAccessRestrictedTitle;

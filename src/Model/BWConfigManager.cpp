@@ -221,5 +221,5 @@ void BWConfigManager::save()
     for (auto it = m_productForCamera.cbegin(); it != m_productForCamera.cend(); ++it)
         choices.insert(it.key(), it.value());
     m_defaults.setString(productForCameraKey, QString::fromUtf8(QJsonDocument(choices).toJson(QJsonDocument::Compact)));
-    m_defaults.synchronize();
+    m_isStored = m_defaults.synchronize();
 }

@@ -65,6 +65,8 @@ public:
 
     /// Stores everything now.
     void save();
+    /// False when that failed the last time: what was set is kept, but only for this run.
+    bool isStored() const { return m_isStored; }
 
 private:
     void loadProducts();
@@ -82,6 +84,7 @@ private:
     QMap<QString, QString> m_productForCamera;
     QHash<QString, QString> m_defaultProductForCamera;
     bool m_loading = true;
+    bool m_isStored = true;
     bool m_rememberLayout = true;
     bool m_saveVideoOnHardwareButton = false;
     bool m_saveSnapshotOnClick = true;

@@ -237,6 +237,13 @@ class CameraWindow(unittest.TestCase):
         self.assertIsNone(self.program.window("dialog"))
         self.quit()
 
+    def test_settings_that_cannot_be_stored(self):
+        self.settings.mkdir(parents=True)  # where the file should be
+        self.start_with_picture()
+        self.program.wait_for(None, "Settings could not be saved. Your choices apply until you quit.")
+        self.program.wait_for(None, "Live streaming with: Digital Dermatoscope DX10", seconds=30)
+        self.quit()
+
     def choose_camera(self, name):
         """In the settings window."""
         self.program.click("combo box", "Camera")

@@ -143,7 +143,7 @@ private Q_SLOTS:
         BWConfigManager manager(defaults);
         manager.setFirstTime(false);
         manager.setFirstTime(true);
-        QVERIFY(manager.firstTime());
+        QVERIFY(manager.firstTime() && !manager.isStored());
     }
 
     void binaryValues()

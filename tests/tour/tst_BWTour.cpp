@@ -393,6 +393,10 @@ private Q_SLOTS:
             m_window->currentCameraLabel().setText(BWStartProblemText::status({kind}, manager));
             see(m_window, u"main-status-%1"_s.arg(static_cast<int>(kind)));
         }
+        BWAppTexts app;
+        app.localizeWithManager(manager);
+        m_window->currentCameraLabel().setText(app.settingsNotStored);
+        see(m_window, u"main-status-not-stored"_s);
     }
 
     void unplugged()
