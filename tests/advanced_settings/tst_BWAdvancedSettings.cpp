@@ -215,6 +215,18 @@ private Q_SLOTS:
         }
     }
 
+    void aCameraThatIsAboutToStartIsLeftAlone()
+    {
+        const NotingCamera going(Type::Ultra);
+        const NotingCamera coming(Type::Wireless);
+        Bench bench(going);
+        bench.camera = coming.camera;
+        bench.part<QSlider>(BWSettingBrightness)->setValue(20);
+        QCOMPARE(bench.window.product()->valueForSetting(BWSettingBrightness), 20.0);
+        bench.window.onRestoreDefaults();
+        QCOMPARE(coming.received(), QString());
+    }
+
     void controlsThatTheCameraDoesNotHaveAreBlank()
     {
         const NotingCamera high(Type::High);

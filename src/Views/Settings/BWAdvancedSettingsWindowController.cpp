@@ -201,7 +201,9 @@ void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolutio
 
 void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting, double value)
 {
-    if (const BWCameraPtr camera = m_currentCamera())
+    // While one camera takes the place of another, the controls are still those of the one that goes.
+    const BWCameraPtr camera = m_currentCamera();
+    if (camera && camera->settingForIdentifier(setting.identifier()).get() == &setting)
         BWSettingSender::send(*camera, setting, value);
     if (m_product)
         m_product->setValue(value, setting.identifier());
@@ -225,8 +227,10 @@ void BWAdvancedSettingsWindowController::onRestoreDefaults()
         return;
     m_product->setDefaults();
     const bool saved = m_product->save();
-    // Not by way of reload(): the product is the same, its values are not.
-    loadProductWithVideoNorm(true);
+    // Not by way of reload(): the product is the same, its values are not. A camera of another product, which is about
+    // to start, gets its own values then.
+    if (const BWCameraPtr camera = m_currentCamera(); camera && productFor(*camera) == m_product)
+        loadProductWithVideoNorm(true);
     showSaved(saved);
 }
 

@@ -52,11 +52,11 @@ public:
     /// The resolution becomes the product's; it is stored with the values.
     void updateResolution(BWResolution resolution);
 
-    /// Sends the value to the current camera and keeps it in the product.
+    /// Sends the value to the current camera, if the control is its, and keeps it in the product.
     void updateSetting(BWCameraSetting &setting, double value);
 
     void onSaveAsDefault();
-    /// Stores the factory values, and sends all of them to the camera.
+    /// Stores the factory values, and sends all of them to the camera, if it is one of that product.
     void onRestoreDefaults();
 
     void configManagerUpdatedSettings(BWConfigManager &config) override;
