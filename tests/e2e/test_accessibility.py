@@ -82,6 +82,9 @@ class Accessibility(unittest.TestCase):
                 self.program.wait_for("label", "Selected: 1 of 3")
             self.turn_to(role, name)
             self.walk(role, name)
+            if name == "Advanced settings":
+                self.program.click("push button", "Save as defaults")
+                self.program.wait_for("notification", "Saved")
             if name == "Albums":
                 self.desktop.key("Escape")  # the first one is for what is selected
                 self.program.wait_for("label", "Total: 3")

@@ -8,6 +8,7 @@
 #include "Views/Settings/BWAutoSettingViewController.h"
 #include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
+#include "Views/Utils/BWAnnouncement.h"
 #include "Views/Utils/BWFrameAutosave.h"
 
 #include <array>
@@ -54,7 +55,7 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
       m_currentCamera(std::move(currentCamera)),
       m_settingsView(new QWidget),
       m_productName(new QLabel),
-      m_notice(new QLabel),
+      m_notice(new BWAnnouncement),
       m_saveAsDefaultButton(new QPushButton),
       m_restoreDefaultsButton(new QPushButton)
 {
@@ -263,7 +264,7 @@ void BWAdvancedSettingsWindowController::updateProductName()
 
 void BWAdvancedSettingsWindowController::showSaved(bool saved)
 {
-    m_notice->setText(
+    m_notice->announce(
         saved ? m_texts->text(u"advanced_settings_window"_s, u"saved_notice"_s, u"Saved"_s)
               : m_texts->text(u"advanced_settings_window"_s, u"not_saved_notice"_s, u"Could not be saved"_s));
 }

@@ -12,6 +12,7 @@
 #include <QList>
 #include <QTimer>
 
+class BWAnnouncement;
 class BWConfigManager;
 class BWSettingViewController;
 class BWUserDefaults;
@@ -87,7 +88,7 @@ private:
     BWLocalizationManager *m_texts = nullptr;
     QWidget *m_settingsView; ///< the grid
     QLabel *m_productName;
-    QLabel *m_notice; ///< whether the values shown were stored, until one changes
+    BWAnnouncement *m_notice; ///< whether the values shown were stored, until one changes
     QPushButton *m_saveAsDefaultButton;
     QPushButton *m_restoreDefaultsButton;
     QList<BWSettingViewController *> m_settingControllers;

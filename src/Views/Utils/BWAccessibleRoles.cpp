@@ -13,6 +13,7 @@ struct ClassRole {
 
 // Those that hold or paint something; what can be pressed is a button or the like and known as such.
 constexpr std::array classRoles{
+    ClassRole{"BWAnnouncement", QAccessible::Notification},
     ClassRole{"BWControlBar", QAccessible::ToolBar},
     ClassRole{"BWDoubleButton", QAccessible::Grouping},
     ClassRole{"BWFlashActionViewController", QAccessible::StaticText},
