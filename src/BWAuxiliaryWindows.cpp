@@ -47,8 +47,8 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
           BWSettingsWindowController::Surroundings{*this, m_surroundings.currentCamera,
                                                    [this] { showAdvancedSettings(); }},
           &window)),
-      m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(m_config, repository.userDefaults(),
-                                                                              m_surroundings.currentCamera, &window)),
+      m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(
+          m_config, repository.userDefaults(), m_surroundings.currentCamera, &window, clock)),
       m_help(std::make_unique<BWSimpleHelpWindowController>(
           BWHelpContact::fromFile(u":/contact.json"_s),
           BWSimpleHelpWindowController::Surroundings{m_surroundings.openUrl, m_surroundings.cameras,

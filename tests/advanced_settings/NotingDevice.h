@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BWACUDriver/BWCameraSetting.h"
 #include "BWACUDriver/BWCaptureDevice.h"
 
 #include <condition_variable>
@@ -69,7 +70,15 @@ public:
         m_notes->moves = control;
         m_device->setEvents(std::move(button), std::move(control));
     }
-    std::vector<BWControlInfo> controls() const override { return m_device->controls(); }
+    std::vector<BWControlInfo> controls() const override
+    {
+        std::vector<BWControlInfo> controls = m_device->controls();
+        for (BWControlInfo &control : controls) {
+            if (control.identifier == BWSettingVideoNorm)
+                control.max = 1; // a receiver that does not know SECAM
+        }
+        return controls;
+    }
     BWResolution resolution() const override { return m_device->resolution(); }
     void setResolution(BWResolution wished) override { m_device->setResolution(wished); }
     BWStartProblem startStreaming() override { return m_device->startStreaming(); }

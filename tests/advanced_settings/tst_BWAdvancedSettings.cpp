@@ -20,6 +20,7 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using Type = BWSimulatedCameraOptions::Type;
 
 namespace {
@@ -113,7 +114,8 @@ struct Bench {
     BWCameraPtr camera;
     BWConfigManager config{defaults, [this] { return camera->identifierForProducts(); }};
     QWidget cameraWindow;
-    BWAdvancedSettingsWindowController window{config, defaults, [this] { return camera; }, &cameraWindow};
+    BWManualClock clock;
+    BWAdvancedSettingsWindowController window{config, defaults, [this] { return camera; }, &cameraWindow, clock};
 };
 
 } // namespace
@@ -187,8 +189,10 @@ private Q_SLOTS:
         row("too small a number", Type::Ultra, BWSettingGamma, u"type -5"_s, u"5=40"_s, 40);
         row("automatic off", Type::Ultra, BWSettingAutoWhite, u"choose 1"_s, u"8=0 7=4600"_s, 0);
         row("automatic on", Type::Regular, BWSettingAutoWhite, u"choose 0"_s, u"8=1"_s, 1);
-        row("video norm", Type::Wireless, BWSettingVideoNorm, u"choose 2"_s, u"norm 2"_s, 2);
-        row("video norm without a bridge chip", Type::Wireless, BWSettingVideoNorm, u"choose 2 unbridged"_s, u""_s, 2);
+        row("a step of the slider", Type::Ultra, BWSettingWhiteBalance, u"right"_s, u"7=4610"_s, 4610);
+        row("a step of the number", Type::Ultra, BWSettingWhiteBalance, u"up"_s, u"7=4610"_s, 4610);
+        row("video norm", Type::Wireless, BWSettingVideoNorm, u"choose 0"_s, u"norm 0"_s, 0);
+        row("video norm without a bridge chip", Type::Wireless, BWSettingVideoNorm, u"choose 0 unbridged"_s, u""_s, 0);
     }
     void changes()
     {
@@ -205,6 +209,10 @@ private Q_SLOTS:
             bench.part<QSlider>(setting)->setValue(value.toInt());
         else if (how.startsWith(u"type"_s))
             bench.type(setting, value);
+        else if (how == u"right"_s)
+            QTest::keyClick(bench.part<QSlider>(setting), Qt::Key_Right);
+        else if (how == u"up"_s)
+            QTest::keyClick(bench.part<QSpinBox>(setting), Qt::Key_Up);
         else
             bench.choose(setting, value.toInt());
         QCOMPARE(camera.received(), received);
@@ -213,6 +221,19 @@ private Q_SLOTS:
             QCOMPARE(slider->value(), kept);
             QCOMPARE(bench.part<QSpinBox>(setting)->value(), kept);
         }
+    }
+
+    void normsThatTheCameraDoesNotHaveCannotBeChosen()
+    {
+        const NotingCamera camera(Type::Wireless);
+        const Bench bench(camera);
+        const auto *norms = bench.part<QComboBox>(BWSettingVideoNorm);
+        QStringList possible;
+        for (int norm = 0; norm < norms->count(); ++norm) {
+            if (norms->model()->flags(norms->model()->index(norm, 0)).testFlag(Qt::ItemIsEnabled))
+                possible << norms->itemText(norm);
+        }
+        QCOMPARE(possible, QStringList({u"NTSC"_s, u"PAL"_s}));
     }
 
     void aCameraThatIsAboutToStartIsLeftAlone()
@@ -302,10 +323,12 @@ private Q_SLOTS:
         camera.received();
         bench.window.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&bench.window));
+        QCOMPARE(bench.window.focusWidget(), bench.part<QSlider>(BWSettingHue)); // not one of the buttons
         auto *slider = bench.part<QSlider>(BWSettingWhiteBalance);
         auto *field = bench.part<QSpinBox>(BWSettingWhiteBalance);
         camera.notes->moves(BWSettingWhiteBalance, 4710);
-        QTRY_COMPARE(slider->value(), 4710);
+        bench.clock.advance(1s);
+        QCOMPARE(slider->value(), 4710);
         QCOMPARE(field->value(), 4710);
         QVERIFY(slider->isEnabled());
         QCOMPARE(bench.signsOfHold(BWSettingWhiteBalance), u"hint dimmed reason"_s);
@@ -316,16 +339,19 @@ private Q_SLOTS:
         slider->setSliderDown(true);
         camera.notes->moves(BWSettingWhiteBalance, 4720);
         camera.notes->moves(BWSettingExposureAbsolute, 200);
-        QTRY_COMPARE(bench.part<QSlider>(BWSettingExposureAbsolute)->value(), 200);
+        bench.clock.advance(1s);
+        QCOMPARE(bench.part<QSlider>(BWSettingExposureAbsolute)->value(), 200);
         QCOMPARE(slider->value(), 4710);
         slider->setSliderDown(false);
-        QTRY_COMPARE(slider->value(), 4720);
+        bench.clock.advance(1s);
+        QCOMPARE(slider->value(), 4720);
 
         // What was marked to be typed over stays marked.
         field->setFocus();
         field->findChild<QLineEdit *>()->selectAll(); // as a double click does
         camera.notes->moves(BWSettingWhiteBalance, 4730);
-        QTRY_COMPARE(slider->value(), 4730);
+        bench.clock.advance(1s);
+        QCOMPARE(slider->value(), 4730);
         QTest::keyClicks(field, u"3000"_s);
         QTest::keyClick(field, Qt::Key_Return);
         QCOMPARE(camera.received(), u"7=3000"_s);
@@ -340,9 +366,26 @@ private Q_SLOTS:
         bench.choose(BWSettingAutoWhite, 1);
         QCOMPARE(bench.signsOfHold(BWSettingWhiteBalance), QString());
         QCOMPARE(camera.received(), u"8=0 7=3000"_s);
-        camera.notes->moves(BWSettingAutoWhite, 1); // by another program
-        QTRY_COMPARE(bench.signsOfHold(BWSettingWhiteBalance), u"hint dimmed reason"_s);
-        QCOMPARE(bench.part<QComboBox>(BWSettingAutoWhite)->currentText(), u"Yes"_s);
+        // So does a menu that is open. What moves it is another program.
+        auto *automatic = bench.part<QComboBox>(BWSettingAutoWhite);
+        automatic->showPopup();
+        camera.notes->moves(BWSettingAutoWhite, 1);
+        bench.clock.advance(1s);
+        QCOMPARE(bench.signsOfHold(BWSettingWhiteBalance), u"hint dimmed reason"_s);
+        QCOMPARE(automatic->currentText(), u"No"_s);
+        automatic->hidePopup();
+        bench.clock.advance(1s);
+        QCOMPARE(automatic->currentText(), u"Yes"_s);
+
+        // A slow camera goes on telling the old value for a while.
+        bench.clock.advance(900ms);
+        slider->setValue(3500);
+        QCOMPARE(camera.received(), u"7=3500"_s);
+        camera.notes->moves(BWSettingWhiteBalance, 3000);
+        bench.clock.advance(900ms);
+        QCOMPARE(slider->value(), 3500);
+        bench.clock.advance(100ms);
+        QCOMPARE(slider->value(), 3000);
     }
 
     void aSlowCameraHoldsUpNobody()

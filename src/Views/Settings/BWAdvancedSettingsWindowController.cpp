@@ -18,12 +18,12 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
 constexpr int rows = 4;
 constexpr int columns = 3;
+constexpr double followSeconds = 1;
 
 // Column by column. Backlight compensation is not among them: it is stored with a product and never changed.
 constexpr std::array<int, rows * columns> settingsOrderByColumn{
@@ -49,10 +49,11 @@ BWSettingViewController *makeController(int setting, BWLocalizationManager &text
 BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigManager &config,
                                                                        BWUserDefaults &defaults,
                                                                        CurrentCamera currentCamera,
-                                                                       QWidget *cameraWindow)
+                                                                       QWidget *cameraWindow, BWClock &clock)
     : BWUtilityPanel(cameraWindow),
       m_config(config),
       m_currentCamera(std::move(currentCamera)),
+      m_clock(clock),
       m_settingsView(new QWidget),
       m_productName(new QLabel),
       m_notice(new BWAnnouncement),
@@ -63,8 +64,6 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
     connect(m_saveAsDefaultButton, &QPushButton::clicked, this, &BWAdvancedSettingsWindowController::onSaveAsDefault);
     connect(m_restoreDefaultsButton, &QPushButton::clicked, this,
             &BWAdvancedSettingsWindowController::onRestoreDefaults);
-    m_followTimer.setInterval(1s);
-    connect(&m_followTimer, &QTimer::timeout, this, &BWAdvancedSettingsWindowController::follow);
     new BWFrameAutosave(*this, u"advanced_settings"_s, defaults);
 }
 
@@ -211,8 +210,8 @@ void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting,
     updateHolds();
     clearNotice();
     // A camera needs its time to answer; until then it would seem to put the old value back.
-    if (m_followTimer.isActive())
-        m_followTimer.start();
+    if (m_following)
+        followLater();
 }
 
 void BWAdvancedSettingsWindowController::onSaveAsDefault()
@@ -240,6 +239,19 @@ void BWAdvancedSettingsWindowController::follow()
     for (BWSettingViewController *controller : std::as_const(m_settingControllers))
         controller->follow();
     updateHolds();
+}
+
+void BWAdvancedSettingsWindowController::followLater()
+{
+    if (m_following)
+        m_following->cancel();
+    m_following = DispatchAfterStrict::dispatchForQueue(
+        this,
+        [this] {
+            follow();
+            followLater();
+        },
+        followSeconds, m_clock);
 }
 
 void BWAdvancedSettingsWindowController::updateHolds()
@@ -289,11 +301,12 @@ void BWAdvancedSettingsWindowController::showEvent(QShowEvent *event)
 {
     BWUtilityPanel::showEvent(event);
     follow();
-    m_followTimer.start();
+    followLater();
 }
 
 void BWAdvancedSettingsWindowController::hideEvent(QHideEvent *event)
 {
     BWUtilityPanel::hideEvent(event);
-    m_followTimer.stop();
+    if (const auto following = std::exchange(m_following, {}))
+        following->cancel();
 }

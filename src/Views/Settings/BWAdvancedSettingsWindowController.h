@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/BWCameraProduct.h"
 #include "Model/BWConfigManagerListener.h"
 #include "Model/BWLocalizationManagerDelegate.h"
@@ -10,7 +11,6 @@
 #include <memory>
 #include <QHash>
 #include <QList>
-#include <QTimer>
 
 class BWAnnouncement;
 class BWConfigManager;
@@ -32,9 +32,10 @@ public:
     /// Asked each time; null when no camera is in use.
     using CurrentCamera = std::function<BWCameraPtr()>;
 
-    /// To be registered as a listener of `config` after what moves the camera window, which it is placed by.
+    /// To be registered as a listener of `config` after what moves the camera window, which it is placed by. The clock
+    /// must outlive the window.
     BWAdvancedSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults, CurrentCamera currentCamera,
-                                       QWidget *cameraWindow);
+                                       QWidget *cameraWindow, BWClock &clock = BWClock::system());
 
     /// Once; builds the controls. The manager must outlive the window.
     void localizeWithManager(BWLocalizationManager &manager) override;
@@ -78,6 +79,7 @@ private:
     void prepare();
     BWCameraProductPtr productFor(const BWCamera &camera) const;
     void follow();
+    void followLater();
     void updateHolds();
     void updateProductName();
     void showSaved(bool saved);
@@ -85,6 +87,7 @@ private:
 
     BWConfigManager &m_config;
     const CurrentCamera m_currentCamera;
+    BWClock &m_clock;
     BWLocalizationManager *m_texts = nullptr;
     QWidget *m_settingsView; ///< the grid
     QLabel *m_productName;
@@ -94,6 +97,6 @@ private:
     QList<BWSettingViewController *> m_settingControllers;
     QHash<int, BWSettingViewController *> m_settingControllersBySetting;
     BWCameraProductPtr m_product;
-    QTimer m_followTimer;
+    DispatchAfterStrict::Handle m_following; ///< while the window is to be seen
     const std::shared_ptr<void> m_alive = std::make_shared<int>();
 };
