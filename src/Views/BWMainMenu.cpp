@@ -62,7 +62,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     simpleHelpMenuItem = add(m_helpMenu, u"F1"_s);
     aboutMenuItem = add(m_helpMenu);
     aboutMenuItem->setMenuRole(QAction::AboutRole);
-    m_panelsMenu->menuAction()->setEnabled(false);
+    advancedSettingsMenuItem->setEnabled(false); // the others are of use without a camera, too
     gridDebugger = add(m_toolsMenu);
     registerDebugger = add(m_toolsMenu);
     auto *toggleTools = new QAction(this);
@@ -164,10 +164,7 @@ void BWMainMenu::showProducts(const QList<BWCameraProductPtr> &products, const Q
 
 void BWMainMenu::enablePanels()
 {
-    m_panelsMenu->menuAction()->setEnabled(true);
-    cameraWindowMenuItem->setEnabled(true);
-    for (QAction *item : {albumManagerMenuItem, settingsMenuItem, advancedSettingsMenuItem})
-        item->setEnabled(true);
+    advancedSettingsMenuItem->setEnabled(true);
 }
 
 void BWMainMenu::setCameraActionsEnabled(bool enabled)

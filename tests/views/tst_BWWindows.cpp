@@ -20,6 +20,8 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTemporaryFile>
@@ -314,6 +316,22 @@ private Q_SLOTS:
         QList<QAction *> repeating = window.findChildren<QAction *>();
         repeating.removeIf([](const QAction *action) { return action->shortcut().isEmpty() || !action->autoRepeat(); });
         QCOMPARE(repeating, QList<QAction *>({menu.zoomIn, menu.zoomOut}));
+    }
+
+    void onlyTheControlsWaitForACamera()
+    {
+        QMainWindow window;
+        BWMainMenu menu(window);
+        const auto canBeOpened = [&](const QAction *item) {
+            const auto menus = window.menuBar()->actions();
+            return std::any_of(menus.begin(), menus.end(), [item](const QAction *action) {
+                return action->isEnabled() && action->menu()->actions().contains(item) && item->isEnabled();
+            });
+        };
+        QVERIFY(canBeOpened(menu.albumManagerMenuItem) && canBeOpened(menu.settingsMenuItem));
+        QVERIFY(!canBeOpened(menu.advancedSettingsMenuItem));
+        menu.enablePanels();
+        QVERIFY(canBeOpened(menu.advancedSettingsMenuItem));
     }
 
 private:
