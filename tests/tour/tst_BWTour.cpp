@@ -69,6 +69,8 @@ struct Look {
 const QList<Look> looks{{u"light"_s},           {u"dark"_s, true},          {u"light-2"_s, false, 2},
                         {u"dark-2"_s, true, 2}, {u"large"_s, false, 1, 13}, {u"adwaita"_s, false, 1, 10, u"Adwaita"_s}};
 
+enum class Alert { Warning, Information, Question };
+
 QString language;
 Look look;
 
@@ -323,19 +325,18 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("message");
-        QTest::addColumn<bool>("asks");
+        QTest::addColumn<Alert>("kind");
         BWLocalizationManager &manager = BWRepository::singleton().localizationManager();
         BWAppTexts app;
         app.localizeWithManager(manager);
-        const auto add = [](const char *name, const QString &title, const QString &message, bool asks = false) {
-            QTest::newRow(name) << title << message << asks;
-        };
+        const auto add = [](const char *name, const QString &title, const QString &message,
+                            Alert kind = Alert::Warning) { QTest::newRow(name) << title << message << kind; };
         add("access-denied", app.cameraAccessDeniedTitle, app.cameraAccessDeniedMessage);
         add("access-restricted", app.cameraAccessRestrictedTitle, app.cameraAccessRestrictedMessage);
         add("no-albums", app.errorInitializingAlbumsTitle,
             app.errorInitializingAlbumsMessage + u" /home/user/BrimwellPro, /home/user/BrimwellPro/Default Album"_s);
-        add("quit-while-saving", app.quitWhileSavingTitle, app.quitWhileSavingMessage, true);
-        add("quit-at-once", app.quitAtOnceTitle, app.quitAtOnceMessage, true);
+        add("quit-while-saving", app.quitWhileSavingTitle, app.quitWhileSavingMessage, Alert::Question);
+        add("quit-at-once", app.quitAtOnceTitle, app.quitAtOnceMessage, Alert::Question);
 
         BWAlbumTexts albums;
         albums.localizeWithManager(manager);
@@ -343,17 +344,17 @@ private Q_SLOTS:
             u"%1\n\nmicroscope.zip: Permission denied\n\n"_s.arg(albums.errorSaving.message)
                 + albums.leftArchive.arg(u"/home/user/Desktop/microscope.zip.part"_s));
         add("default-album", albums.cannotDeleteDefault.title, albums.cannotDeleteDefault.message);
-        add("delete-album", albums.deleteAlbum.title, albums.deleteAlbum.message, true);
-        add("open-many", albums.openMany.title.arg(21), albums.openMany.message, true);
-        add("trash-image", albums.trashImages.single.title, albums.trashImages.single.message, true);
-        add("trash-images", albums.trashImages.multiple.title, albums.trashImages.multiple.message, true);
-        add("trash-video", albums.trashVideos.single.title, albums.trashVideos.single.message, true);
-        add("trash-videos", albums.trashVideos.multiple.title, albums.trashVideos.multiple.message, true);
+        add("delete-album", albums.deleteAlbum.title, albums.deleteAlbum.message, Alert::Question);
+        add("open-many", albums.openMany.title.arg(21), albums.openMany.message, Alert::Question);
+        add("trash-image", albums.trashImages.single.title, albums.trashImages.single.message, Alert::Question);
+        add("trash-images", albums.trashImages.multiple.title, albums.trashImages.multiple.message, Alert::Question);
+        add("trash-video", albums.trashVideos.single.title, albums.trashVideos.single.message, Alert::Question);
+        add("trash-videos", albums.trashVideos.multiple.title, albums.trashVideos.multiple.message, Alert::Question);
 
         const BWOldSettingsImporter::Result import{
             .cameras = 4, .products = 19, .albums = 3, .unknownCameras = 1, .missingFolders = 12};
         add("imported", manager.text(u"import"_s, u"title"_s, u"Old settings imported"_s),
-            BWImportTexts::takenOver(import, u"microscope.plist"_s, manager));
+            BWImportTexts::takenOver(import, u"microscope.plist"_s, manager), Alert::Information);
         add("not-imported", manager.text(u"import"_s, u"refused_title"_s, u"Old settings could not be imported"_s),
             BWImportTexts::refused({BWOldSettingsFile::Problem::Damaged, {}, {}}, u"microscope.plist"_s, manager));
 
@@ -375,13 +376,15 @@ private Q_SLOTS:
     {
         QFETCH(QString, title);
         QFETCH(QString, message);
-        QFETCH(bool, asks);
+        QFETCH(Alert, kind);
         QTimer::singleShot(0, this, [this] {
             see(visible<QMessageBox>(), name(u"alert"_s));
             visible<QMessageBox>()->reject();
         });
-        if (asks)
+        if (kind == Alert::Question)
             m_alerts->presentOKCancel(title, message);
+        else if (kind == Alert::Information)
+            m_alerts->presentInformation(title, message);
         else
             m_alerts->presentOK(title, message);
     }
