@@ -38,7 +38,7 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
     const BWNoCameraBaseWindowController::Questions questions{
         m_actions.pendingDevices,
         [this, &texts] { return BWStartProblemText::obstacle(m_actions.blockedCameras(), texts); }};
-    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(questions, clock);
+    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(questions, clock, &window);
     m_noCameraWindow->localizeWithManager(texts);
     connect(m_noCameraWindow.get(), &BWNoCameraWindowController::terminateRequested, this,
             &BWSessionWindows::terminate);

@@ -12,14 +12,13 @@
 
 using namespace Qt::StringLiterals;
 
-BWNoCameraWindowController::BWNoCameraWindowController(Questions questions, BWClock &clock)
-    : BWNoCameraBaseWindowController(std::move(questions), clock, nullptr),
+BWNoCameraWindowController::BWNoCameraWindowController(Questions questions, BWClock &clock, QWidget *cameraWindow)
+    : BWNoCameraBaseWindowController(std::move(questions), clock, cameraWindow),
       m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
       m_preparing(new BWPreparingView),
       m_closeButton(m_view->addButton())
 {
-    setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint
-                   | Qt::WindowCloseButtonHint);
+    setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     m_view->addContent(m_preparing);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -6,12 +6,14 @@ class BWNoticeView;
 class BWPreparingView;
 class QPushButton;
 
-/// The welcome window: stands alone until the first camera of the run is there. Closing it ends the program.
+/// The welcome window: stands alone until the first camera of the run is there, above the empty camera window, which a
+/// click would bring before it otherwise. Closing it ends the program.
 class BWNoCameraWindowController final : public BWNoCameraBaseWindowController {
     Q_OBJECT
 
 public:
-    explicit BWNoCameraWindowController(Questions questions, BWClock &clock = BWClock::system());
+    explicit BWNoCameraWindowController(Questions questions, BWClock &clock = BWClock::system(),
+                                        QWidget *cameraWindow = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
     void setPreparingCamera(bool preparing) override;
