@@ -32,7 +32,7 @@ void BWStatusLine::showForAMoment(const QString &text, double seconds)
 {
     if (m_moment)
         m_moment->cancel();
-    m_pill.setText(text);
+    m_pill.announce(text);
     m_moment = DispatchAfterStrict::dispatchForQueue(
         this,
         [this] {

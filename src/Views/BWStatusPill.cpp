@@ -34,6 +34,13 @@ void BWStatusPill::setText(const QString &text)
     update();
 }
 
+void BWStatusPill::announce(const QString &text)
+{
+    hide(); // a notification is said when it appears
+    m_text.clear();
+    setText(text);
+}
+
 void BWStatusPill::placeIn(const QRect &area)
 {
     m_area = area;

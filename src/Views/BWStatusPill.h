@@ -3,7 +3,7 @@
 #include <QPixmap>
 #include <QWidget>
 
-/// A short text on a dark pill over the live image. Ignores the mouse; screen readers see it as static text.
+/// A short text on a dark pill over the live image. Ignores the mouse. Screen readers say what appears.
 class BWStatusPill : public QWidget {
     Q_OBJECT
 
@@ -11,6 +11,8 @@ public:
     explicit BWStatusPill(QWidget *parent);
 
     void setText(const QString &text);
+    /// As setText(); screen readers say it even where another text was shown before, or the same.
+    void announce(const QString &text);
     const QString &text() const { return m_text; }
 
     /// Takes its place at the middle of the lower edge of that area; long texts are wrapped.

@@ -240,7 +240,7 @@ class CameraWindow(unittest.TestCase):
     def test_settings_that_cannot_be_stored(self):
         self.settings.mkdir(parents=True)  # where the file should be
         self.start_with_picture()
-        self.program.wait_for(None, "Settings could not be saved. Your choices apply until you quit.")
+        self.program.wait_for("notification", "Settings could not be saved. Your choices apply until you quit.")
         self.program.wait_for(None, "Live streaming with: Digital Dermatoscope DX10", seconds=30)
         self.quit()
 

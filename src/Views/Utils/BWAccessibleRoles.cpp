@@ -18,7 +18,7 @@ constexpr std::array classRoles{
     ClassRole{"BWDoubleButton", QAccessible::Grouping},
     ClassRole{"BWFlashActionViewController", QAccessible::StaticText},
     ClassRole{"BWKeyCaps", QAccessible::StaticText},
-    ClassRole{"BWStatusPill", QAccessible::StaticText},
+    ClassRole{"BWStatusPill", QAccessible::Notification},
     ClassRole{"QFrame", QAccessible::Separator}, // used itself only as a line
 };
 
