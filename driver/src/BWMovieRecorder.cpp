@@ -103,6 +103,8 @@ void BWMovieRecorder::run(const QString &path)
         writeFrames(*writer, path);
         if (!writer->finish())
             qCWarning(bwDriver).noquote() << "The movie" << path << "could not be completed";
+        if (writer->isEmpty())
+            noteEmpty();
     } else {
         qCWarning(bwDriver).noquote() << "The movie" << path << "cannot be written:" << error;
         end(BWRecordingStatus::End::Failed);
@@ -147,6 +149,14 @@ void BWMovieRecorder::noteWritten(const BWMovieWriter &writer, const BWFrame &fr
         m_firstTime = frame.timestamp();
     m_status.duration = std::chrono::duration_cast<std::chrono::milliseconds>(frame.timestamp() - m_firstTime);
     m_status.bytes = writer.bytesWritten();
+}
+
+void BWMovieRecorder::noteEmpty()
+{
+    const std::lock_guard lock(m_mutex);
+    m_status.frames = 0;
+    m_status.bytes = 0;
+    m_status.duration = {};
 }
 
 bool BWMovieRecorder::waitForFrame(BWFrame &frame)

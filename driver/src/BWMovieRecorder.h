@@ -56,6 +56,7 @@ private:
     void run(const QString &path);
     void writeFrames(BWMovieWriter &writer, const QString &path);
     void noteWritten(const BWMovieWriter &writer, const BWFrame &frame);
+    void noteEmpty();
     bool waitForFrame(BWFrame &frame);
     void finished();
 

@@ -17,6 +17,7 @@ struct SlowDisk {
     QSemaphore mayWrite;
     QSemaphore buffersHeld;
     std::atomic<bool> full = false;
+    std::atomic<int> keepsBack = 0; ///< frames that are accepted although it is full
     std::atomic<bool> finished = false;
     std::atomic<int> written = 0;
     const std::vector<uint8_t> picture = std::vector<uint8_t>(4 << 20);
@@ -27,12 +28,15 @@ struct SlowDisk {
         bool write(const BWFrame &) override
         {
             m_disk.mayWrite.acquire();
-            m_disk.written += m_disk.full ? 0 : 1;
-            return !m_disk.full;
+            if (m_disk.full)
+                return m_disk.keepsBack-- > 0;
+            ++m_disk.written;
+            return true;
         }
         bool finish() override { return m_disk.finished = true; }
         int64_t bytesWritten() const override { return m_disk.written; }
         bool diskIsFull() const override { return m_disk.full; }
+        bool isEmpty() const override { return m_disk.written == 0; }
 
     private:
         SlowDisk &m_disk;
@@ -141,6 +145,7 @@ private Q_SLOTS:
     {
         SlowDisk disk;
         disk.full = true;
+        disk.keepsBack = 1;
         disk.mayWrite.release(1000);
         std::atomic<int> ends = 0;
         BWMovieRecorder recorder([&](bool recording) { ends += recording ? 100 : 1; }, disk.opener());
@@ -149,8 +154,9 @@ private Q_SLOTS:
         while (recorder.isActive())
             recorder.offer(disk.makeFrame());
         recorder.waitUntilComplete();
-        QCOMPARE(ends, 1);
+        QCOMPARE(ends, 101);
         QCOMPARE(recorder.status().end, BWRecordingStatus::End::DiskFull);
+        QCOMPARE(recorder.status().frames, 0u);
         QVERIFY(recorder.reserve() > 0);
     }
 

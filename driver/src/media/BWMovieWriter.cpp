@@ -28,6 +28,7 @@ public:
     bool finish() override;
     int64_t bytesWritten() const override { return m_goodSize; }
     bool diskIsFull() const override { return m_diskIsFull; }
+    bool isEmpty() const override { return m_empty; }
 
 private:
     bool begin(const BWFrame &frame);
@@ -183,14 +184,16 @@ bool MovWriter::finish()
 
 void MovWriter::complete()
 {
-    if (m_empty) {
-        QFile::remove(m_path);
-        m_failed = true;
-        return;
-    }
     QString reason;
-    if (completeMovie(m_path, &reason) == BWMovieCompletion::Failed)
+    const BWMovieCompletion completion = m_empty ? BWMovieCompletion::Empty : completeMovie(m_path, &reason);
+    if (completion == BWMovieCompletion::Failed)
         qCWarning(bwMedia).noquote() << m_path << "is whole, but stays in fragments:" << reason;
+    if (completion != BWMovieCompletion::Empty)
+        return;
+    // The first picture reaches the file with the second one, which a full disk may refuse.
+    m_empty = true;
+    m_failed = true;
+    QFile::remove(m_path);
 }
 
 } // namespace

@@ -26,12 +26,14 @@ public:
     /// nothing is written from then on, and what is in the file stays readable.
     virtual bool write(const BWFrame &frame) = 0;
 
-    /// Completes the file; false if writing failed before or now, or if there were no frames (the file is removed
-    /// then). May be called again, to the same answer; frames are no longer taken.
+    /// Completes the file; false if writing failed before or now, or if no picture is in it (the file is
+    /// removed then). May be called again, to the same answer; frames are no longer taken.
     virtual bool finish() = 0;
 
     /// Size of the file so far.
     virtual int64_t bytesWritten() const = 0;
     /// Whether writing failed because there was no room.
     virtual bool diskIsFull() const = 0;
+    /// After finish(): whether no picture has come into the file, which is removed then.
+    virtual bool isEmpty() const = 0;
 };
