@@ -217,13 +217,19 @@ void AppDelegate::prepareCamera(BWCamera &camera)
 
 void AppDelegate::applicationShouldTerminate()
 {
-    if (!m_terminating && m_auxiliaryWindows && m_auxiliaryWindows->albums().isSaving()
-        && !BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage))
-        return;
-    if (std::exchange(m_terminating, true)) {
+    if (m_terminating) {
         offerToQuitAtOnce();
         return;
     }
+    const bool isSaving = m_auxiliaryWindows && m_auxiliaryWindows->albums().isSaving();
+    if (!isSaving || BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage))
+        terminate();
+}
+
+void AppDelegate::terminate()
+{
+    if (std::exchange(m_terminating, true))
+        return;
     const auto finish = [this] {
         m_waitsForCopies = true;
         m_repository.albumManager().whenAdded(m_options.quit);

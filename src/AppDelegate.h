@@ -54,6 +54,8 @@ public:
     void applicationDidFinishLaunching();
     /// Stops the camera, then quits. May be called again without harm.
     void applicationShouldTerminate();
+    /// The same without a question, as when the session ends: what is being saved elsewhere is given up.
+    void terminate();
 
     BWCameraPtr currentCamera() const override;
     bool pendingDevices() const override;

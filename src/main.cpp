@@ -3,6 +3,7 @@
 #include "BWACUDriver/BWV4L2Listing.h"
 #include "BWCameraListing.h"
 #include "BWCommandLine.h"
+#include "BWEndSignals.h"
 #include "BWImportCommand.h"
 #include "BWMeasuredApplication.h"
 #include "BWNodePrinter.h"
@@ -122,6 +123,7 @@ int main(int argc, char *argv[])
     BWMessageBoxAlertPresenter alerts(BWRepository::singleton().localizationManager(),
                                       [&delegate] { return delegate.cameraWindow(); });
     BWUIUtils::setAlertPresenter(&alerts);
+    const BWEndSignals endSignals([&delegate] { delegate.terminate(); });
     QMetaObject::invokeMethod(
         &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
     const int result = QApplication::exec();

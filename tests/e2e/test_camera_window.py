@@ -140,6 +140,21 @@ class CameraWindow(unittest.TestCase):
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
         self.quit()
 
+    def test_asked_to_end_while_recording(self):
+        for number, sent in enumerate((signal.SIGTERM, signal.SIGINT), 1):
+            self.start("--simulate", "high")
+            if number == 1:
+                self.confirm_product()
+            self.wait_for_picture()
+            self.program.click("push button", "Record")
+            self.program.wait_for("push button", "Stop")
+            time.sleep(1)
+            os.kill(self.program.pid, sent)
+            self.assertEqual(self.program.wait_for_end(), 0)
+            movies = self.captures("*_video_*.mov")
+            self.assertEqual(len(movies), number)
+            self.assertGreater(self.frames_of(movies[-1]), 10)
+
     def test_unplug_and_plug(self):
         self.start_with_picture()
         self.desktop.key("F9")

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <functional>
+#include <QSocketNotifier>
+
+/// Hands the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) to the GUI thread, so that it ends as if the
+/// user had quit. A second SIGINT ends it at once. What was ignored at the start, as after nohup, stays ignored.
+///
+/// One at a time; made and destroyed on the GUI thread.
+class BWEndSignals {
+public:
+    /// `end` is called for every signal, by the event loop.
+    explicit BWEndSignals(std::function<void()> end);
+    /// The signals end the program at once again.
+    ~BWEndSignals();
+    BWEndSignals(const BWEndSignals &) = delete;
+    BWEndSignals &operator=(const BWEndSignals &) = delete;
+
+private:
+    void take();
+
+    std::function<void()> m_end;
+    QSocketNotifier m_notifier;
+};
