@@ -7,6 +7,7 @@
 #include "BWImportCommand.h"
 #include "BWMeasuredApplication.h"
 #include "BWNodePrinter.h"
+#include "BWNoDisplay.h"
 #include "BWStatisticsReport.h"
 #include "Model/BWLibraryList.h"
 #include "Model/BWRepository.h"
@@ -20,6 +21,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
@@ -105,8 +107,10 @@ int main(int argc, char *argv[])
     if (line.help || line.version || line.listCameras || !line.importSettings.isNull())
         return runWithoutWindows(line, argc, argv);
 
+    auto noDisplay = std::make_optional<BWNoDisplay>();
     const auto application = BWStatisticsReport::isWished() ? std::make_unique<BWMeasuredApplication>(argc, argv)
                                                             : std::make_unique<QApplication>(argc, argv);
+    noDisplay.reset();
     if (!line.language.isNull())
         QLocale::setDefault(QLocale(line.language));
     QCoreApplication::setApplicationName(u"BrimwellPro"_s);
