@@ -115,6 +115,15 @@ private Q_SLOTS:
                      handler->isSelected(cell));
     }
 
+    void keyComesAfterTheClickBeforeIt()
+    {
+        GridFixture grid(7);
+        act(grid, u"c3"_s);
+        QTest::keyClick(&grid.view, Qt::Key_A, Qt::ControlModifier);
+        act(grid, u"w1000"_s);
+        QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes().size(), 7);
+    }
+
     void everyOperationMayReload_data()
     {
         QTest::addColumn<QString>("steps");

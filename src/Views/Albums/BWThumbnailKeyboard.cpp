@@ -140,6 +140,8 @@ bool BWThumbnailKeyboard::press(BWThumbnailTableView &view, const QKeyEvent &eve
     if (view.elementCount() == 0)
         return false;
     const std::optional<Command> command = commandOf(event);
+    if (command || targetOf(event.key(), 0, view))
+        view.mouseEventHandler()->performPendingSelection(); // or it would undo what the key does
     if (!command)
         return move(view, event);
     if (*command == Command::Deselect && view.mouseEventHandler()->selectedIndexes().isEmpty())

@@ -106,7 +106,7 @@ bool BWThumbnailViewMouseEventHandler::acceptMouseDown(const QMouseEvent &event,
 
     if (clickCount >= 2)
         cancel(m_pendingSelection);
-    else if (m_pendingSelection)
+    else
         performPendingSelection(); // another click: the last one was not the first half of a double click
     cancel(m_pendingDrag);
     m_row = row;
@@ -149,6 +149,8 @@ bool BWThumbnailViewMouseEventHandler::acceptMouseUp(const QMouseEvent &event)
 
 void BWThumbnailViewMouseEventHandler::performPendingSelection()
 {
+    if (!m_pendingSelection)
+        return;
     cancel(m_pendingSelection);
     if (!indexIsValidForRow(m_row, m_column))
         return;
@@ -168,8 +170,7 @@ QMenu *BWThumbnailViewMouseEventHandler::menuForRightClick(QPoint place)
     if (!indexIsValidForRow(row, column))
         return nullptr;
     cancel(m_pendingDrag);
-    if (m_pendingSelection)
-        performPendingSelection(); // it is about the cell that was clicked before
+    performPendingSelection(); // it is about the cell that was clicked before
     m_row = row;
     m_column = column;
     updateOperationIndexesFromIndex(lastIndex());

@@ -56,6 +56,9 @@ public:
     /// The names under which the dragged files will be in the folder; they are copied in the background.
     QStringList completeDragOperationAtDestination(const QUrl &folder);
 
+    /// What the last click selects, at once: it will not be the first half of a double click any more.
+    void performPendingSelection();
+
     // The keyboard's ways to select.
 
     /// The cell alone, which becomes the anchor.
@@ -70,7 +73,6 @@ public:
 private:
     void addRange(int from, int to);
     int lastIndex() const;
-    void performPendingSelection();
     void redraw();
 
     QPointer<BWThumbnailTableView> m_view;
