@@ -18,9 +18,9 @@ const QList<QUrl> &BWAlbumContents::files(BWMediaType type) const
 void BWAlbumContents::reload()
 {
     const BWAlbumPtr album = m_albums.currentAlbum();
-    if (album != m_album)
-        startWatch(album);
-    else if (m_watch)
+    if (album != m_album || !m_watch)
+        startWatch(album); // also without an album: that there is none has to be told
+    else
         m_reload = m_asked = m_watch->ask();
     waitForAnswer();
 }

@@ -14,6 +14,13 @@ class TestAlbumContents : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void tellsThatThereIsNoAlbum()
+    {
+        BWAlbumContents contents(m_albums, m_clock); // that could not be prepared
+        contents.reload();
+        QCOMPARE(contents.state(), State::Unavailable);
+    }
+
     void followsTheFolder()
     {
         m_albums.prepare();
