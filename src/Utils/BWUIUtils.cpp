@@ -48,6 +48,14 @@ void BWUIUtils::displayOKAlert(const QString &title, const QString &message)
         logUnshown(title, message);
 }
 
+void BWUIUtils::displayOKAlertOver(QObject &window, const QString &title, const QString &message)
+{
+    if (alertPresenter)
+        alertPresenter->presentOKOver(window, title, message);
+    else
+        logUnshown(title, message);
+}
+
 void BWUIUtils::displayInformation(const QString &title, const QString &message)
 {
     if (alertPresenter)

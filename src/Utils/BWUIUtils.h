@@ -5,8 +5,9 @@
 #include <QUrl>
 
 class BWAlertPresenter;
+class QObject;
 
-/// Small helpers that many windows share. GUI thread only, except temporaryPath().
+/// Small helpers that many windows share. GUI thread only, unless told otherwise.
 class BWUIUtils {
 public:
     /// Who shows alerts from now on; null for nobody. Not owned. Returns the one before.
@@ -14,6 +15,8 @@ public:
 
     /// Modal alert with one button; returns when it is dismissed. Without a presenter the text goes to the log.
     static void displayOKAlert(const QString &title, const QString &message);
+    /// The same over that window instead of the active one, for what comes of something that was begun in it.
+    static void displayOKAlertOver(QObject &window, const QString &title, const QString &message);
     /// The same for good news.
     static void displayInformation(const QString &title, const QString &message);
     /// Modal alert with OK and Cancel; true exactly when OK was chosen. Without a presenter the answer is Cancel.
@@ -25,8 +28,7 @@ public:
     /// Where temporary captures go: $TMPDIR if that is set, else /var/tmp, because /tmp is often memory.
     static QString temporaryFolder();
 
-    /// PREFIX-UUID.EXTENSION in $TMPDIR, or else in /var/tmp (/tmp is often memory, and movies are large). Creates
-    /// nothing; never the same twice. Any thread.
+    /// PREFIX-UUID.EXTENSION in temporaryFolder(). Creates nothing; never the same twice. Any thread.
     static QUrl temporaryPath(const QString &prefix, const QString &extension);
 
     /// The application's font in the largest size, from the current one's down to the minimum in steps of one point,

@@ -121,7 +121,7 @@ private Q_SLOTS:
         grid.modelDelegate()->saveIndexesOfModel(grid, indexes);
         QTEST(m_panel, "panel");
         if (begins.isNull()) {
-            QTRY_COMPARE(m_alerts, QStringList{u"Error while saving"_s});
+            QTRY_COMPARE(m_alerts, QStringList{u"Error while saving over its window"_s});
         } else {
             QTRY_VERIFY(TestFolder::read(m_chosen).startsWith(begins));
             QVERIFY(m_alerts.isEmpty());
@@ -200,6 +200,10 @@ private Q_SLOTS:
 
 private:
     void presentOK(const QString &title, const QString &) override { m_alerts << title; }
+    void presentOKOver(QObject &window, const QString &title, const QString &) override
+    {
+        m_alerts << (&window == m_window.get() ? title + u" over its window"_s : title);
+    }
     bool presentOKCancel(const QString &title, const QString &) override
     {
         m_alerts << title;

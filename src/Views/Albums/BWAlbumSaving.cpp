@@ -54,7 +54,8 @@ void BWAlbumSaving::finished(const BWExportResult &result)
         QString message = u"%1\n\n%2: %3"_s.arg(m_texts.errorSaving.message, result.file.fileName(), result.reason);
         if (!result.leftover.isEmpty())
             message += u"\n\n"_s + m_texts.leftArchive.arg(result.leftover.toLocalFile());
-        BWUIUtils::displayOKAlert(m_texts.errorSaving.title, message);
+        // The panel that asked where is only just gone, and no window is active yet.
+        BWUIUtils::displayOKAlertOver(m_window, m_texts.errorSaving.title, message);
     }
     startNext();
 }

@@ -22,6 +22,12 @@ void BWMessageBoxAlertPresenter::presentOK(const QString &title, const QString &
     present(Kind::Warning, title, message, ok());
 }
 
+void BWMessageBoxAlertPresenter::presentOKOver(QObject &window, const QString &title, const QString &message)
+{
+    auto *const parent = qobject_cast<QWidget *>(&window);
+    present(Kind::Warning, title, message, ok(), {}, parent && parent->isVisible() ? parent : nullptr);
+}
+
 void BWMessageBoxAlertPresenter::presentInformation(const QString &title, const QString &message)
 {
     present(Kind::Information, title, message, ok());
@@ -66,9 +72,10 @@ void BWMessageBoxAlertPresenter::setTexts(QMessageBox &box, const QString &title
 }
 
 bool BWMessageBoxAlertPresenter::present(Kind kind, const QString &title, const QString &message,
-                                         const QString &acceptText, const QString &rejectText)
+                                         const QString &acceptText, const QString &rejectText, QWidget *parent)
 {
-    QWidget *parent = QApplication::activeWindow();
+    if (!parent)
+        parent = QApplication::activeWindow();
     if (!parent && m_window)
         parent = m_window();
     QMessageBox box(parent);

@@ -16,6 +16,7 @@ public:
     explicit BWMessageBoxAlertPresenter(BWLocalizationManager &manager, std::function<QWidget *()> window = {});
 
     void presentOK(const QString &title, const QString &message) override;
+    void presentOKOver(QObject &window, const QString &title, const QString &message) override;
     void presentInformation(const QString &title, const QString &message) override;
     bool presentOKCancel(const QString &title, const QString &message) override;
     bool presentChoice(const QString &title, const QString &message, const QString &accept,
@@ -28,7 +29,7 @@ private:
     enum class Kind { Warning, Information, Question };
 
     bool present(Kind kind, const QString &title, const QString &message, const QString &accept,
-                 const QString &reject = {});
+                 const QString &reject = {}, QWidget *parent = nullptr);
     QString ok() const;
 
     BWLocalizationManager &m_manager;
