@@ -4,6 +4,7 @@
 #include "Utils/BWLogging.h"
 
 #include <cmath>
+#include <QFileInfo>
 #include <QFontInfo>
 #include <QFontMetricsF>
 #include <QGuiApplication>
@@ -84,7 +85,9 @@ bool BWUIUtils::displayChoiceAlert(const QString &title, const QString &message,
 QString BWUIUtils::temporaryFolder()
 {
     const QString folder = qEnvironmentVariable("TMPDIR");
-    return folder.isEmpty() ? QStringLiteral("/var/tmp") : folder;
+    // One that was removed, or is another user's, must not cost the captures.
+    const QFileInfo info(folder);
+    return !folder.isEmpty() && info.isDir() && info.isWritable() ? folder : QStringLiteral("/var/tmp");
 }
 
 QUrl BWUIUtils::temporaryPath(const QString &prefix, const QString &extension)

@@ -25,7 +25,8 @@ public:
     static bool displayChoiceAlert(const QString &title, const QString &message, const QString &accept,
                                    const QString &reject);
 
-    /// Where temporary captures go: $TMPDIR if that is set, else /var/tmp, because /tmp is often memory.
+    /// Where temporary captures go: $TMPDIR if files can be made there, else /var/tmp, because /tmp is often memory.
+    /// Any thread.
     static QString temporaryFolder();
 
     /// PREFIX-UUID.EXTENSION in temporaryFolder(). Creates nothing; never the same twice. Any thread.

@@ -2,8 +2,8 @@
 #include "media/BWMovieWriter.h"
 #include "MediaFixture.h"
 #include "MovieProbe.h"
+#include "SmallDisk.h"
 
-#include <csignal>
 #include <QDateTime>
 #include <QFile>
 #include <QImage>
@@ -12,7 +12,6 @@
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QTest>
-#include <sys/resource.h>
 
 using namespace MediaFixture;
 using namespace MovieProbe;
@@ -27,22 +26,6 @@ constexpr int height = 120;
 /// When the frames of a camera with an uneven rate arrive.
 constexpr std::chrono::microseconds times[] = {5s,         5s + 33'333us, 5s + 66'667us, 5s + 250ms,
                                                5s + 250ms, 5s + 1'000ms,  5s + 1'033ms,  5s + 1'100ms};
-
-/// Takes the disk away from this process: no file may grow beyond that size.
-class SmallDisk {
-public:
-    explicit SmallDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit small{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~SmallDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
-
-private:
-    rlimit m_before{};
-};
 
 BWFrame pictureAt(std::chrono::microseconds time, const QByteArray &jpeg)
 {

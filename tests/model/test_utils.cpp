@@ -1,9 +1,11 @@
 #include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QFontMetricsF>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -43,10 +45,11 @@ private Q_SLOTS:
     {
         const auto restore = qScopeGuard([before = qgetenv("TMPDIR")] { qputenv("TMPDIR", before); });
         static const QRegularExpression name(u"^brimwellpro-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.jpg$"_s);
-        for (const char *folder : {"/some where/100%", "/var/tmp"}) {
-            qputenv("TMPDIR", folder[1] == 's' ? folder : ""); // empty is as good as unset
+        const QTemporaryDir odd(QDir::tempPath() + u"/100% of"_s);
+        for (const QString &folder : {odd.path(), QString(), odd.filePath(u"gone"_s)}) {
+            qputenv("TMPDIR", folder.toLocal8Bit());
             const QFileInfo file(BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s).toLocalFile());
-            QCOMPARE(file.path(), QString::fromLatin1(folder));
+            QCOMPARE(file.path(), folder == odd.path() ? folder : u"/var/tmp"_s);
             QVERIFY2(name.match(file.fileName()).hasMatch(), qPrintable(file.fileName()));
         }
         QVERIFY(BWUIUtils::temporaryPath(u"a"_s, u"b"_s) != BWUIUtils::temporaryPath(u"a"_s, u"b"_s));

@@ -143,7 +143,10 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
     const QByteArray image = about.addedTo(jpeg);
     const QUrl temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
     QSaveFile file(temporary.toLocalFile());
-    if (!file.open(QIODevice::WriteOnly) || file.write(image) != image.size() || !file.commit()) {
+    qint64 written = file.open(QIODevice::WriteOnly) ? file.write(image) : -1;
+    if (written >= 0 && written < image.size())
+        written += file.write(image.sliced(written)); // which tells why it was only a part
+    if (written != image.size() || !file.commit()) {
         qCWarning(bwApp, "Snapshot: cannot write %s: %s", qUtf8Printable(file.fileName()),
                   qUtf8Printable(file.errorString()));
         tell({BWMediaType::Image});
