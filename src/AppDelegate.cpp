@@ -241,14 +241,17 @@ void AppDelegate::terminate()
     // A camera that does not answer must not keep the program from ending; a long movie takes a while to be finished.
     const BWCameraPtr camera = currentCamera();
     const double patience = camera && camera->recording() ? 120 : 5; // seconds
-    DispatchAfterStrict::dispatchForQueue(
+    const auto inTime = DispatchAfterStrict::dispatchForQueue(
         this,
         [finish] {
             qCWarning(bwApp, "Quit: the camera did not stop in time");
             finish();
         },
         patience);
-    m_session->stopForQuit(finish);
+    m_session->stopForQuit([inTime, finish] {
+        inTime->cancel();
+        finish();
+    });
 }
 
 /// A capture may take long to be copied to a slow disk.

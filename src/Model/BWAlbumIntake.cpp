@@ -64,9 +64,9 @@ void BWAlbumIntake::report(const Capture &capture, bool added, const QUrl &file)
 {
     if (added)
         m_contentsChanged();
+    --m_open; // before: what tells the user may wait for an answer, and the program may be asked to end meanwhile
     if (capture.completion && (added || !*m_abandoned))
         capture.completion(added, file);
-    --m_open;
     tellIfDone();
 }
 

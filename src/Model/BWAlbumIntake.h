@@ -29,8 +29,8 @@ public:
     /// Any thread; returns at once.
     void add(const QUrl &file, BWMediaType type, Completion completion, Progress progress = {});
 
-    /// Calls `done` as soon as all captures are copied or have failed, and the completions are called; at once if that
-    /// is so by now.
+    /// Calls `done` as soon as all captures are copied or have failed, and their completions have returned; at once if
+    /// none is left by now but one whose completion waits for something, such as the user.
     void whenDone(std::function<void()> done);
 
     /// Ends the copies that run or wait, without calling their completions: the captures stay where they are.

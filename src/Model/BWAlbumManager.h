@@ -68,8 +68,8 @@ public:
     bool canUndoRemoving() const;
     /// Brings them back, then tells that the contents changed, then calls `finished`. Once only.
     void undoRemoving(std::function<void(const BWTrash::Restored &result)> finished);
-    /// Calls `done` once everything handed in is added or has failed, and the completions are called. For the
-    /// program's end.
+    /// Calls `done` once everything handed in is added or has failed; while the last completion runs, at once. For
+    /// the program's end.
     void whenAdded(std::function<void()> done);
     /// Ends the copies that run or wait, without calling their completions; the captures stay where they are.
     void abandonAdding();
