@@ -107,8 +107,8 @@ BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts
 BWCaptureNotice BWCaptureNotice::ofRecovered(const QUrl &last, BWLocalizationManager &texts)
 {
     const QString message = texts.text(u"camera_window"_s, u"captures_recovered_message"_s,
-                                       u"BrimwellPro ended unexpectedly the last time. What it had captured is now in "
-                                       "the album; the newest file is:"_s);
+                                       u"BrimwellPro ended unexpectedly the last time, or could not save into the "
+                                       "album. What it had captured is now in the album; the newest file is:"_s);
     return {texts.text(u"camera_window"_s, u"captures_recovered_title"_s, u"Captures were recovered"_s),
             u"%1 %2"_s.arg(message, last.fileName())};
 }
