@@ -178,6 +178,18 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).isEmpty());
     }
 
+    void aMovieThatWasRemovedIsNotCalledKept()
+    {
+        m_capture->toggleRecording(m_camera);
+        captureFrame();
+        captureFrame();
+        QTRY_VERIFY(m_recording);
+        QVERIFY(QDir(m_temporary).removeRecursively());
+        m_capture->toggleRecording(m_camera);
+        QTRY_COMPARE(m_left, QList<QUrl>{QUrl()});
+        QCOMPARE(m_result.recording.end, BWRecordingStatus::End::Failed);
+    }
+
     void aRecordingWithoutFileIsTold_data()
     {
         QTest::addColumn<bool>("diskFails");

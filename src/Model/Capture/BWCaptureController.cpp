@@ -221,10 +221,13 @@ void BWCaptureController::Shared::takenIn(bool added, const QUrl &temporary, con
     if (added) {
         QFile::remove(temporary.toLocalFile());
         result.file = file;
-    } else {
+    } else if (QFile::exists(temporary.toLocalFile())) {
         qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s",
                   qUtf8Printable(temporary.toLocalFile()));
         result.left = temporary;
+    } else {
+        qCWarning(bwApp, "Capture: somebody removed %s", qUtf8Printable(temporary.toLocalFile()));
+        result.recording.end = BWRecordingStatus::End::Failed;
     }
     feedback.done(result);
 }
