@@ -87,7 +87,8 @@ class Menu(unittest.TestCase):
         self.desktop = self.enterContext(Desktop())
         make_files(self.desktop.folder, self.desktop.home)
         self.program = Program(self.desktop, [PROGRAM, "--simulate", "ultra", "--language", "en_GB"])
-        self.accept("dialog")  # the product is the first one, an MX62
+        self.program.wait_for("dialog")
+        self.program.confirm_question()  # the product is the first one, an MX62
         self.program.activate(self.program.wait_for("frame"))
 
     def accept(self, role, name=None, text=None):
