@@ -2,7 +2,6 @@
 
 #include "BWStatusLine.h"
 #include "Model/BWLocalizationManager.h"
-#include "Model/Capture/BWCaptureNotice.h"
 #include "Model/Capture/BWRecordingProgress.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/BWControlBar.h"
@@ -81,7 +80,7 @@ void BWCaptureFeedback::stopProgress()
 void BWCaptureFeedback::tellRecovered(const QUrl &last)
 {
     const BWCaptureNotice notice = BWCaptureNotice::ofRecovered(last, m_texts);
-    BWUIUtils::displayOKAlert(notice.title, notice.text);
+    BWUIUtils::displayInformation(notice.title, notice.text);
 }
 
 void BWCaptureFeedback::tellCopying(double done)
@@ -96,7 +95,20 @@ void BWCaptureFeedback::tell(const BWCaptureResult &result)
     m_statusLine.setProgress({});
     const BWCaptureNotice notice = BWCaptureNotice::of(result, m_texts);
     if (!notice.title.isNull())
-        BWUIUtils::displayOKAlert(notice.title, notice.text);
+        alert(notice);
     else
         m_statusLine.showForAMoment(notice.text, notice.unusual ? unusualSeconds : BWStatusLine::momentSeconds);
+}
+
+/// The button on the camera goes on taking pictures while an alert is read. When it is closed there is one more, not one
+/// for each of them.
+void BWCaptureFeedback::alert(const BWCaptureNotice &notice)
+{
+    m_unread = notice;
+    if (m_alertIsOpen)
+        return;
+    m_alertIsOpen = true;
+    while (const std::optional<BWCaptureNotice> next = std::exchange(m_unread, std::nullopt))
+        BWUIUtils::displayOKAlert(next->title, next->text);
+    m_alertIsOpen = false;
 }

@@ -2,8 +2,10 @@
 
 #include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Capture/BWCaptureController.h"
+#include "Model/Capture/BWCaptureNotice.h"
 
 #include <functional>
+#include <optional>
 #include <QObject>
 
 class BWControlBar;
@@ -42,6 +44,7 @@ private:
     void stopProgress();
     void tell(const BWCaptureResult &result);
     void tellCopying(double done);
+    void alert(const BWCaptureNotice &notice);
 
     BWControlBar &m_bar;
     BWFlashActionViewController &m_flash;
@@ -50,4 +53,6 @@ private:
     Hooks m_hooks;
     BWClock &m_clock;
     DispatchAfterStrict::Handle m_progress; // while a recording runs
+    std::optional<BWCaptureNotice> m_unread; ///< the newest that waits for an open alert to be closed
+    bool m_alertIsOpen = false;
 };

@@ -87,10 +87,22 @@ private Q_SLOTS:
         m_tell.done(result);
         QCOMPARE(m_alerts, QStringList{u"The recording ended because the disk is full"_s});
         QCOMPARE(m_pill.text(), u"Streaming"_s);
+
+        m_alerts.clear();
+        m_lostMeanwhile = 3;
+        m_tell.done(result);
+        QCOMPARE(m_alerts.size(), 2); // one more for all that was lost while the first was read
     }
 
 private:
-    void presentOK(const QString &title, const QString &) override { m_alerts << title; }
+    void presentOK(const QString &title, const QString &) override
+    {
+        m_alerts << title;
+        while (m_lostMeanwhile > 0) {
+            --m_lostMeanwhile;
+            m_tell.done({BWMediaType::Image});
+        }
+    }
     bool presentOKCancel(const QString &, const QString &) override { return false; }
     bool presentChoice(const QString &, const QString &, const QString &, const QString &) override { return false; }
 
@@ -104,6 +116,7 @@ private:
     BWCameraPtr m_camera;
     int m_sounds = 0;
     QStringList m_alerts;
+    int m_lostMeanwhile = 0;
     BWCaptureFeedback m_feedback{
         m_bar, m_flash, m_statusLine, m_texts, {[this] { return m_camera; }, [this] { ++m_sounds; }}, m_clock};
     const BWCaptureController::Feedback m_tell = m_feedback.callbacks();
