@@ -360,13 +360,13 @@ private Q_SLOTS:
 
         using End = BWRecordingStatus::End;
         const QUrl movie(u"file:///home/user/BrimwellPro/Default%20Album/2024-05-17_video_001.mov"_s);
-        const auto capture = [&](const char *name, const BWCaptureNotice &notice) {
-            add(name, notice.title, notice.text);
+        const auto capture = [&](const char *name, const BWCaptureNotice &notice, Alert kind = Alert::Warning) {
+            add(name, notice.title, notice.text, kind);
         };
         const auto video = [&](const QUrl &file, const QUrl &left, End end) {
             return BWCaptureNotice::of({BWMediaType::Video, file, left, {.end = end, .framesLeftOut = 12}}, manager);
         };
-        capture("recovered", BWCaptureNotice::ofRecovered(movie, manager));
+        capture("recovered", BWCaptureNotice::ofRecovered(movie, manager), Alert::Information);
         capture("disk-full", video(movie, {}, End::DiskFull));
         capture("write-error", video(movie, {}, End::Failed));
         capture("kept-elsewhere", video({}, QUrl(u"file:///var/tmp/brimwellpro-0f3c.mov"_s), End::CameraGone));
