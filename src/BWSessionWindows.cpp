@@ -48,10 +48,11 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
     m_productSheet->localizeWithManager(texts);
     m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(questions, clock, &window);
     m_noCameraSheet->localizeWithManager(texts);
-    for (const BWNoCameraBaseWindowController *noCamera :
-         std::initializer_list<BWNoCameraBaseWindowController *>{m_noCameraWindow.get(), m_noCameraSheet.get()})
-        connect(noCamera, &BWNoCameraBaseWindowController::helpRequested, window.menu().simpleHelpMenuItem,
-                &QAction::trigger);
+    // Their keys reach the main window only, which the sheets block. The other two have a button to quit.
+    for (QWidget *question :
+         std::initializer_list<QWidget *>{m_noCameraWindow.get(), m_noCameraSheet.get(), m_productSheet.get()})
+        question->addAction(window.menu().simpleHelpMenuItem);
+    m_productSheet->addAction(window.menu().quit);
     m_window.controlBar().setCameraControlsEnabled(false);
 }
 

@@ -1,7 +1,5 @@
 #include "Views/BWNoCameraBaseWindowController.h"
 
-#include <QShortcut>
-
 namespace {
 constexpr double pollSeconds = 0.3;
 }
@@ -9,8 +7,6 @@ constexpr double pollSeconds = 0.3;
 BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Questions questions, BWClock &clock, QWidget *parent)
     : QDialog(parent), m_questions(std::move(questions)), m_clock(clock)
 {
-    connect(new QShortcut(Qt::Key_F1, this), &QShortcut::activated, this,
-            &BWNoCameraBaseWindowController::helpRequested);
 }
 
 void BWNoCameraBaseWindowController::setPreparingCamera(bool) { }

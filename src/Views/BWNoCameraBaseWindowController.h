@@ -30,10 +30,6 @@ public:
     /// Escape leads nowhere: there is nothing behind these windows to go back to.
     void reject() override { }
 
-Q_SIGNALS:
-    /// The key for it was pressed; the shortcut of the menu reaches the main window only.
-    void helpRequested();
-
 protected:
     /// Called by the concrete window when it is complete.
     virtual void windowDidLoad();
