@@ -33,7 +33,7 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         + u"\n\n"_s
         + manager.text(u"camera_window"_s, u"camera_access_restricted_fix"_s,
                        u"A policy of this computer forbids it, as in a container or sandbox that was not given the "
-                       "camera's devices. An administrator can allow it."_s);
+                       "camera’s devices. An administrator can allow it."_s);
     errorInitializingAlbumsTitle =
         manager.text(u"camera_window"_s, u"error_initalizing_albums_title"_s, u"Error while initializing albums"_s);
     errorInitializingAlbumsMessage =

@@ -160,7 +160,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_images->elementCount(), 6);
         QTRY_COMPARE(m_images->mouseEventHandler()->selectedIndexes(), QList<int>());
         QVERIFY(QDir(m_folder->path(u"BrimwellPro/Default Album"_s)).removeRecursively());
-        QTRY_VERIFY(m_images->accessibleDescription().startsWith(u"The album's folder cannot be read"_s));
+        QTRY_VERIFY(m_images->accessibleDescription().startsWith(u"The album’s folder cannot be read"_s));
     }
 
     void opening()

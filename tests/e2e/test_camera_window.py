@@ -307,7 +307,7 @@ class CameraWindow(unittest.TestCase):
         self.start("3", "2", program=LATE_CAMERA)
         welcome = self.program.wait_for("dialog", "Welcome to BrimwellPro")
         self.assertNotIn("getting it ready", self.program.outline())
-        self.program.wait_for(None, "Camera found, getting it ready…")
+        self.program.wait_for(None, "Camera found, getting it ready...")
         self.confirm_product()
         wait_until("the welcome is over", lambda: not welcome.showing)
         self.wait_for_picture()

@@ -11,9 +11,9 @@ TOOL = sys.argv.pop(1)
 KNOWN = 'm.text(u"general"_s, u"ok"_s, u"OK"_s);'
 
 
-def entry(identifier="ok", english="OK", german="OK", parent="general"):
+def entry(identifier="ok", english="OK", german="OK", japanese="c", parent="general"):
     return {"parent": parent, "identifier": identifier, "source_value": english,
-            "localizations": {"de": german, "es": "a", "fr": "b", "ja": "c"}}
+            "localizations": {"de": german, "es": "a", "fr": "b", "ja": japanese}}
 
 
 def check(source, *entries):
@@ -28,12 +28,12 @@ class CheckTexts(unittest.TestCase):
     def test_accepts_what_is_complete(self):
         source = KNOWN + r"""
             const BWLocalizableString long{QStringLiteral("general"), QStringLiteral("quoted"),
-                u"Say \"\u00e4\" // "
+                u"Say \u201c\u00e4\u201d // "
                 u"twice"_s, true};
             // m.text(u"general"_s, u"not code"_s, u"No"_s);
             m.text(u"camera_product"_s, product->identifier(), product->name());
         """
-        self.assertEqual(check(source, entry(), entry("quoted", 'Say "\u00e4" // twice')), (0, ""))
+        self.assertEqual(check(source, entry(), entry("quoted", 'Say \u201c\u00e4\u201d // twice')), (0, ""))
 
     def test_finds_faults(self):
         for fault, source, *entries in [
@@ -41,6 +41,8 @@ class CheckTexts(unittest.TestCase):
             ("'OK', but 'Okay' in the file", KNOWN, entry(english="Okay")),
             ("'OK', but 'Okay' at", KNOWN.replace('"OK"', '"Okay"') + KNOWN, entry(english="Okay")),
             ("no translation in 'de'", KNOWN, entry(german=" ")),
+            ("quotation marks in 'de'", KNOWN, entry(german="Klick auf \"OK\"")),
+            ("narrow colon in 'ja'", KNOWN, entry(japanese="\u88fd\u54c1: %1")),
             ("listed twice", KNOWN, entry(), entry()),
             ("out of order", KNOWN, entry(), entry(parent="a")),
         ]:

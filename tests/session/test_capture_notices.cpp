@@ -34,7 +34,7 @@ private Q_SLOTS:
             u"It could not be copied into the album. Please check that the album folder exists and "
             "has free space. The capture is kept here:\n/var/tmp/t.mov"_s;
         const QString slow = u"Pictures left out because the disk or the computer was too slow: 12"_s;
-        const QString untilThen = u"What was recorded until then is in the album: v.mov"_s;
+        const QString untilThen = u"What was recorded up to that point is in the album: v.mov"_s;
         QTest::newRow("snapshot") << BWCaptureResult{BWMediaType::Image, QUrl(u"file:///album/i.jpg"_s)} << QString()
                                   << u"Snapshot saved · i.jpg"_s;
         QTest::newRow("video") << movie(End::Asked) << QString() << u"Video saved · v.mov"_s;

@@ -68,7 +68,7 @@ BWCaptureNotice saved(const BWCaptureResult &result, BWLocalizationManager &text
     const QString missing = leftOut(result.recording, texts);
     if (result.recording.end == End::DiskFull || result.recording.end == End::Failed) {
         const QString until = texts.text(u"camera_window"_s, u"recording_saved_until_then"_s,
-                                         u"What was recorded until then is in the album:"_s);
+                                         u"What was recorded up to that point is in the album:"_s);
         return {asTitle(ended), lines({u"%1 %2"_s.arg(until, result.file.fileName()), missing})};
     }
     return {{}, lines({place, ended, missing}), !ended.isEmpty() || !missing.isEmpty()};

@@ -40,8 +40,8 @@ QString BWStartProblemText::reason(const BWStartProblem &problem, BWLocalization
 QString BWStartProblemText::permissionFix(BWLocalizationManager &texts)
 {
     return texts.text(u"camera_window"_s, u"camera_access_denied_fix"_s,
-                      u"On this computer members of the group \"video\" may use cameras. An administrator can add you "
-                      "with the command \"sudo usermod -aG video USER\"; log in again afterwards. Or the udev rule "
+                      u"On this computer members of the group “video” may use cameras. An administrator can add you "
+                      "with the command “sudo usermod -aG video USER”; log in again afterwards. Or the udev rule "
                       "that comes with BrimwellPro gives the camera to whoever is logged in at the screen."_s);
 }
 

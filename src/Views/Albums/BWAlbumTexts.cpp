@@ -62,7 +62,7 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
     savingProgress = manager.text(u"album_manager"_s, u"saving_progress"_s, u"Saving: %1"_s);
     saved = manager.text(u"album_manager"_s, u"saved_notice"_s, u"Saved: %1"_s);
     leftArchive =
-        manager.text(u"album_manager"_s, u"left_archive_message"_s, u"What was packed until then is in:\n%1"_s);
+        manager.text(u"album_manager"_s, u"left_archive_message"_s, u"The archive as far as it got is in:\n%1"_s);
     movedToTrash = manager.text(u"album_manager"_s, u"moved_to_trash_notice"_s, u"Moved to the Trash: %1"_s);
     stayedOutOfTrash =
         manager.text(u"album_manager"_s, u"not_moved_to_trash_notice"_s, u"Could not be moved to the Trash: %1"_s);
@@ -76,7 +76,7 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
     noVideos =
         manager.text(u"album_manager"_s, u"no_videos_notice"_s, u"No videos yet. Record one, and it appears here."_s);
     notAnswering = manager.text(u"album_manager"_s, u"folder_not_answering_notice"_s,
-                                u"Waiting for the album's folder, which does not answer."_s);
+                                u"Waiting for the album’s folder, which does not answer."_s);
     unavailable = manager.text(u"album_manager"_s, u"folder_unavailable_notice"_s,
-                               u"The album's folder cannot be read. It may have been moved, renamed or removed."_s);
+                               u"The album’s folder cannot be read. It may have been moved, renamed or removed."_s);
 }
