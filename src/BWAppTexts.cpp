@@ -21,15 +21,15 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"camera_window"_s, u"camera_access_denied_title"_s, u"Camera access denied"_s);
     cameraAccessDeniedMessage =
         manager.text(u"camera_window"_s, u"camera_access_denied_message"_s,
-                     u"BrimwellPro does not have permissions to access the camera. Please go to System Preferences "
-                     "> Security & Privacy to grant access and restart BrimwellPro."_s)
+                     u"BrimwellPro does not have permissions to access the camera. Please go to System Settings > "
+                     "Privacy to grant access and restart BrimwellPro."_s)
         + u"\n\n"_s + BWStartProblemText::permissionFix(manager);
     cameraAccessRestrictedTitle =
         manager.text(u"camera_window"_s, u"camera_access_restricted_title"_s, u"Camera access restricted"_s);
     cameraAccessRestrictedMessage =
         manager.text(u"camera_window"_s, u"camera_access_restricted_message"_s,
                      u"It seems your user does not have enough permissions to allow camera access. Please try "
-                     "running BrimwellPro with a different macOS user"_s)
+                     "running BrimwellPro with a different user"_s)
         + u"\n\n"_s
         + manager.text(u"camera_window"_s, u"camera_access_restricted_fix"_s,
                        u"A policy of this computer forbids it, as in a container or sandbox that was not given the "

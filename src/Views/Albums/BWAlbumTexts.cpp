@@ -55,7 +55,7 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
     deleteAlbum.title = manager.text(u"album_manager"_s, u"delete_album_title"_s, u"Delete album"_s);
     deleteAlbum.message = manager.text(u"album_manager"_s, u"delete_album_message"_s,
                                        u"Are you sure you want to delete the current album? Its contents will still "
-                                       "be available in Finder"_s);
+                                       "be available in the file manager"_s);
 
     total = manager.text(u"album_manager"_s, u"total_label"_s, u"Total: %1"_s);
     selected = manager.text(u"album_manager"_s, u"selected_label"_s, u"Selected: %1 of %2"_s);
