@@ -186,6 +186,7 @@ void AppDelegate::connectActions()
 {
     const BWMainMenu &menu = m_window->menu();
     const BWControlBar &bar = m_window->controlBar();
+    connect(m_liveView.get(), &BWLiveViewController::imageDisplayUpdated, this, &AppDelegate::updateStateLabel);
     connect(menu.quit, &QAction::triggered, this, &AppDelegate::applicationShouldTerminate);
     connect(menu.openAlbumFolder, &QAction::triggered, this, &AppDelegate::openAlbumFolder);
     connect(&bar, &BWControlBar::albumsTriggered, this, &AppDelegate::onSettingsAlbums);
@@ -295,7 +296,9 @@ void AppDelegate::updateStateLabel()
     const auto product = m_session->currentProduct();
     m_capture->setSnapshotTags(product ? product->name() : QString(), QStringLiteral("BrimwellPro " BW_VERSION));
     if (m_grid->useGrid()) {
-        m_statusLine->setText(m_texts.gridDisclaimer);
+        m_statusLine->setText(m_liveView->state().currentZoom() == 100
+                                  ? m_texts.gridDisclaimer
+                                  : u"%1 %2"_s.arg(m_texts.gridDisclaimer, m_texts.gridHoldsAt100));
         return;
     }
     m_statusLine->setText(

@@ -11,6 +11,7 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString noCameraDetectedPlaceholder;
     QString liveStreamingWith;
     QString gridDisclaimer;
+    QString gridHoldsAt100; ///< the lines keep their distance on the screen at every zoom
     QString settingsNotStored;
     QString cameraAccessDeniedTitle;
     QString cameraAccessDeniedMessage;

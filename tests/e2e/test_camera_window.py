@@ -252,6 +252,17 @@ class CameraWindow(unittest.TestCase):
         self.assertIsNone(self.program.window("dialog"))
         self.quit()
 
+    def test_grid_tells_at_which_zoom_it_holds(self):
+        self.settings.parent.mkdir(parents=True)
+        self.settings.write_text('[General]\nbwp2x_product_for_camera="{\\"wireless\\":\\"dx12\\"}"\n')
+        self.start("--simulate", "wireless")
+        self.wait_for_picture()
+        tells = "Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."
+        for keys, text in (("ctrl+g", tells), ("ctrl+minus", f"{tells} Applies at 100 %."), ("ctrl+0", tells)):
+            self.desktop.key(keys)
+            self.program.wait_for(None, text)
+        self.quit()
+
     def test_settings_that_cannot_be_stored(self):
         self.settings.mkdir(parents=True)  # where the file should be
         self.start_with_picture()
