@@ -196,10 +196,9 @@ void AppDelegate::connectActions()
     connect(&m_window->centeringClipView(), &BWCenteringClipView::spacePressed, this, &AppDelegate::forceSnapshot);
     connect(menu.record, &QAction::triggered, this, &AppDelegate::onRecord);
     connect(&bar, &BWControlBar::recordTriggered, this, &AppDelegate::onRecord);
-    connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, [this] {
-        if (m_repository.configManager().saveSnapshotOnClick())
-            forceSnapshot();
-    });
+    m_window->centeringClipView().setLeftButtonClicks(
+        [this] { return m_repository.configManager().saveSnapshotOnClick(); });
+    connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, &AppDelegate::forceSnapshot);
     connect(&m_window->centeringClipView(), &BWCenteringClipView::firstPicturePainted, this,
             [this] { m_firstFrameMilliseconds = BWStatisticsReport::millisecondsSinceStart(); });
     connect(m_window.get(), &BWMainWindow::otherKeyPressed, this, &AppDelegate::otherKeyPressed);

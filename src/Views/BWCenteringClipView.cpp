@@ -3,6 +3,7 @@
 #include "Model/LiveView/BWMeasuringGrid.h"
 
 #include <QAccessibleWidget>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -46,6 +47,12 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
     connect(&m_renderer, &BWLiveRenderer::imageReady, this, &BWCenteringClipView::updatePicture);
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state != Qt::ApplicationActive)
+            m_programActive.invalidate();
+        else if (!m_programActive.isValid())
+            m_programActive.start();
+    });
 }
 
 void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
@@ -168,15 +175,30 @@ void BWCenteringClipView::scrollContentsBy(int, int)
 
 void BWCenteringClipView::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton) {
+    if (event->button() == Qt::LeftButton)
+        pressLeftButton(event);
+    else if (event->button() == Qt::MiddleButton)
+        beginPanning(event);
+}
+
+void BWCenteringClipView::pressLeftButton(QMouseEvent *event)
+{
+    // Window managers hand on the click that brings a program to the front, just before or after it is there.
+    constexpr int justBroughtToFront = 200; // ms
+    if (!m_programActive.isValid() || m_programActive.elapsed() < justBroughtToFront)
+        return;
+    if (!m_leftButtonClicks || m_leftButtonClicks())
         Q_EMIT mousePressed();
-    } else if (event->button() == Qt::MiddleButton) {
-        // Not the left button: pressing that may take a snapshot.
-        m_panning = true;
-        m_panStart = event->pos();
-        m_panScroll = scrollPosition();
-        viewport()->setCursor(Qt::ClosedHandCursor);
-    }
+    else
+        beginPanning(event);
+}
+
+void BWCenteringClipView::beginPanning(QMouseEvent *event)
+{
+    m_panButton = event->button();
+    m_panStart = event->pos();
+    m_panScroll = scrollPosition();
+    viewport()->setCursor(Qt::ClosedHandCursor);
 }
 
 /// The second press of a double click is a press like any other: who presses quickly wants two pictures.
@@ -187,7 +209,7 @@ void BWCenteringClipView::mouseDoubleClickEvent(QMouseEvent *event)
 
 void BWCenteringClipView::mouseMoveEvent(QMouseEvent *event)
 {
-    if (!m_panning)
+    if (m_panButton == Qt::NoButton)
         return;
     const QPoint scroll = m_panScroll - (event->pos() - m_panStart);
     horizontalScrollBar()->setValue(scroll.x());
@@ -196,8 +218,8 @@ void BWCenteringClipView::mouseMoveEvent(QMouseEvent *event)
 
 void BWCenteringClipView::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::MiddleButton) {
-        m_panning = false;
+    if (event->button() == m_panButton) {
+        m_panButton = Qt::NoButton;
         viewport()->unsetCursor();
     }
 }

@@ -3,7 +3,9 @@
 #include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
 
+#include <functional>
 #include <QAbstractScrollArea>
+#include <QElapsedTimer>
 
 /// The live image in its scroll area. Shows what a BWLiveRenderer makes, one pixel to one, centred where the image is
 /// smaller than the view. The top BWLiveViewGeometry::barHeight points are left to the control bar that lies there.
@@ -20,11 +22,14 @@ public:
     void setGridDistance(double distance);
     double gridDistance() const { return m_gridDistance; }
 
+    /// Asked at each press of the left button: it either clicks, or takes hold of the image to move it.
+    void setLeftButtonClicks(std::function<bool()> clicks) { m_leftButtonClicks = std::move(clicks); }
+
     /// Shows nothing until the next frame.
     void clear();
 
 Q_SIGNALS:
-    /// The image was clicked.
+    /// The image was clicked; not by a click that only brought the program to the front.
     void mousePressed();
     /// Space was pressed while the image had the focus.
     void spacePressed();
@@ -47,6 +52,8 @@ protected:
 
 private:
     QPoint scrollPosition() const;
+    void pressLeftButton(QMouseEvent *event);
+    void beginPanning(QMouseEvent *event);
     void updateScrollBars();
     void updateRequest();
     void updatePicture();
@@ -56,10 +63,12 @@ private:
     BWLiveViewGeometry m_geometry;
     BWRenderedImage m_image;
     QRect m_pictureRect; // what m_image covers of the viewport
+    std::function<bool()> m_leftButtonClicks;
+    QElapsedTimer m_programActive; // since it is; invalid while another program is
+    Qt::MouseButton m_panButton = Qt::NoButton; // which moves the image while it is held
     QPoint m_panStart;
     QPoint m_panScroll;
     double m_gridDistance = 0;
     int m_wheel = 0;
-    bool m_panning = false;
     bool m_painted = false;
 };

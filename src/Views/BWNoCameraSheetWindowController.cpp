@@ -39,8 +39,8 @@ void BWNoCameraSheetWindowController::localizeWithManager(BWLocalizationManager 
                             u"Plug it in again, or plug in another one, to carry on. The snapshots and videos in your "
                             "albums are safe."_s)));
     m_view->setObstacleHeading(BWStartProblemText::title(manager));
-    m_preparing->setText(manager.localize(
-        BWLocalizableString(u"no_camera_sheet"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready..."_s)));
+    m_preparing->setText(manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"preparing_camera_label"_s,
+                                                              u"Camera found, getting it ready..."_s)));
     m_terminateButton->setText(
         manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
     m_terminateButton->setShortcut(u"Ctrl+Q"_s); // the sheet blocks that of the menu

@@ -39,8 +39,8 @@ void BWNoCameraWindowController::localizeWithManager(BWLocalizationManager &mana
         u"Connect it to a USB port of this computer. For a wireless camera, plug in the receiver and switch the camera "
         "on. The live image then appears by itself. If nothing happens, try another port or cable."_s)));
     m_view->setObstacleHeading(BWStartProblemText::title(manager));
-    m_preparing->setText(manager.localize(
-        BWLocalizableString(u"no_camera_window"_s, u"preparing_camera_label"_s, u"Camera found, getting it ready..."_s)));
+    m_preparing->setText(manager.localize(BWLocalizableString(u"no_camera_window"_s, u"preparing_camera_label"_s,
+                                                              u"Camera found, getting it ready..."_s)));
     m_closeButton->setText(
         manager.localize(BWLocalizableString(u"no_camera_window"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
     m_closeButton->setShortcut(u"Ctrl+Q"_s); // that of the menu reaches the main window only

@@ -69,8 +69,7 @@ class CameraWindow(unittest.TestCase):
 
     def test_captures(self):
         self.start_with_picture()
-        area = self.program.wait_for(None, "Live image").area
-        self.desktop.click(area.x + area.width // 2, area.y + area.height // 2)
+        self.click_image()
         wait_until("a click on the image takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == 1)
         self.hand("Press Button")
         wait_until("the button on the camera takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == 2)
@@ -83,6 +82,43 @@ class CameraWindow(unittest.TestCase):
                                 self.captures("*_video_*.mov")[0]], capture_output=True, text=True, check=True).stdout
         self.assertEqual(codec.strip(), "mjpeg,640")
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
+
+    def test_click_that_only_brings_to_front(self):
+        self.start_with_picture()
+        frame = self.program.wait_for("frame")
+        self.desktop.spawn(["pcmanfm", "--no-desktop", str(self.desktop.home)], log="pcmanfm.log")
+        other = wait_until("another program is there", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", "^home$"]).split()).pop().decode()
+        self.desktop.input("windowsize", "--sync", other, 200, 200, "windowmove", "--sync", other, 0, 0)
+        wait_until("another program has the keyboard", lambda: not frame.has_state("active"))
+        self.click_image()
+        wait_until("the click has brought the program to the front", lambda: frame.has_state("active"))
+        wait_until("a later click takes a snapshot", lambda: self.click_image() or self.captures("*_image_*.jpg"))
+        counted = len(self.captures("*_image_*.jpg"))
+        self.desktop.key("ctrl+s")
+        wait_until("the key takes another", lambda: len(self.captures("*_image_*.jpg")) > counted)
+        self.assertEqual((counted, len(self.captures("*_image_*.jpg"))), (1, 2))
+
+    def test_left_button_moves_image_where_it_takes_no_snapshot(self):
+        self.settings.parent.mkdir(parents=True)
+        self.settings.write_text("[General]\nbwp2x_snapshot_click=no\n")
+        self.start_with_picture()
+        for _ in range(10):
+            self.desktop.key("ctrl+plus")
+        bars = wait_until("the image is larger than the window", lambda: [
+            bar for bar in self.program.window("frame").descendants() if bar.role == "scroll bar" and bar.showing])
+        before = [bar.value for bar in bars]
+        area = self.program.wait_for(None, "Live image").area
+        self.desktop.input("mousemove", area.x + 400, area.y + 300, "mousedown", 1, "mousemove", area.x + 350,
+                           area.y + 280, "mouseup", 1)
+        wait_until("the image has moved", lambda: [bar.value for bar in bars] == [value + moved for value, moved in
+                                                                                  zip(before, (50, 20))])
+        self.quit()
+        self.assertEqual(self.captures("*"), [])
+
+    def click_image(self):
+        area = self.program.wait_for(None, "Live image").area
+        self.desktop.click(area.x + area.width // 2, area.y + area.height // 2)
 
     def test_captures_in_a_hurry(self):
         self.settings.parent.mkdir(parents=True, exist_ok=True)
