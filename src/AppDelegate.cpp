@@ -36,6 +36,7 @@
 #include "Views/Utils/BWQtTexts.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFile>
 #include <utility>
 
@@ -265,6 +266,17 @@ void AppDelegate::offerToQuitAtOnce()
         return;
     m_repository.albumManager().abandonAdding();
     m_options.quit(); // the disk may never answer
+}
+
+bool AppDelegate::bringForward()
+{
+    if (m_window && m_window->isVisible())
+        m_sessionWindows->bringMainWindowToFront();
+    if (QWidget *question = QApplication::activeModalWidget()) {
+        question->raise();
+        question->activateWindow();
+    }
+    return !m_terminating;
 }
 
 BWCameraPtr AppDelegate::currentCamera() const

@@ -56,6 +56,8 @@ public:
     void applicationShouldTerminate();
     /// The same without a question, as when the session ends: what is being saved elsewhere is given up.
     void terminate();
+    /// Brings the window that waits for the user to the front; false if the program is about to end.
+    bool bringForward();
 
     BWCameraPtr currentCamera() const override;
     bool pendingDevices() const override;

@@ -20,7 +20,7 @@ int BWImportCommand::run(const BWRepository::Options &options, const QString &pa
     const BWOldSettingsFile file = BWOldSettingsFile::read(path);
     if (file.problem != BWOldSettingsFile::Problem::None)
         return refuse(BWImportTexts::refused(file, name, texts));
-    const BWSettingsUse use(options.settingsFile, BWSettingsUse::Kind::Alone);
+    const BWSettingsUse use(options.settingsFile);
     if (!use.isGranted())
         return refuse(BWImportTexts::programRuns(texts));
 

@@ -8,11 +8,12 @@
 #include "BWMeasuredApplication.h"
 #include "BWNodePrinter.h"
 #include "BWNoDisplay.h"
+#include "BWRunningProgram.h"
 #include "BWStatisticsReport.h"
 #include "Model/BWLibraryList.h"
+#include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/BWSettingsFile.h"
-#include "Model/BWSettingsUse.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/BWMainWindow.h"
@@ -65,6 +66,42 @@ BWRepository::Options repositoryOptions(const BWCommandLine &line)
     return options;
 }
 
+/// What the desktop gave to this start, so that the window it leads to may take the keyboard.
+constexpr auto activationToken = "XDG_ACTIVATION_TOKEN";
+
+void tellOfOpenProgram(const BWCommandLine &line, BWRunningProgram::Start start)
+{
+    QTextStream err(stderr);
+    if (start == BWRunningProgram::Start::NoAnswer) {
+        err << "brimwellpro: It is running already, but does not respond\n";
+        return;
+    }
+    err << "brimwellpro: It is running already; its window was brought to the front\n";
+    QStringList unused;
+    if (!line.simulated.isEmpty())
+        unused.append(u"--simulate"_s);
+    if (!line.language.isNull())
+        unused.append(u"--language"_s);
+    if (line.technician)
+        unused.append(u"--technician"_s);
+    if (!unused.isEmpty())
+        err << "brimwellpro: Without effect, as the program was running: " << unused.join(u", "_s) << '\n';
+}
+
+/// On the screen, as few look at what is printed.
+void alertOfSilentProgram(const BWRepository::Options &options)
+{
+    BWLocalizationManager texts(options.localizationFile, options.preferredLanguages);
+    BWMessageBoxAlertPresenter alerts(texts, [] { return nullptr; });
+    BWUIUtils::setAlertPresenter(&alerts);
+    BWUIUtils::displayOKAlert(
+        texts.text(u"start"_s, u"already_running_title"_s, u"BrimwellPro is already running, but does not respond"_s),
+        texts.text(u"start"_s, u"already_running_message"_s,
+                   u"It may still be closing. Please wait a moment and start it again. If that does not help, log out "
+                   "and log in again."_s));
+    BWUIUtils::setAlertPresenter(nullptr);
+}
+
 int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
 {
     if (line.help) {
@@ -107,6 +144,13 @@ int main(int argc, char *argv[])
     if (line.help || line.version || line.listCameras || !line.importSettings.isNull())
         return runWithoutWindows(line, argc, argv);
 
+    const BWRepository::Options options = repositoryOptions(line);
+    BWRunningProgram running(options.settingsFile, qgetenv(activationToken));
+    if (running.start() != BWRunningProgram::Start::First)
+        tellOfOpenProgram(line, running.start());
+    if (running.start() == BWRunningProgram::Start::HandedOver)
+        return 0;
+
     auto noDisplay = std::make_optional<BWNoDisplay>();
     const auto application = BWStatisticsReport::isWished() ? std::make_unique<BWMeasuredApplication>(argc, argv)
                                                             : std::make_unique<QApplication>(argc, argv);
@@ -120,14 +164,22 @@ int main(int argc, char *argv[])
     BWIcons::install(*application);
     QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
 
-    const BWRepository::Options options = repositoryOptions(line);
+    if (running.start() == BWRunningProgram::Start::NoAnswer) {
+        alertOfSilentProgram(options);
+        return 1;
+    }
+
     BWRepository::setOptions(options);
-    const BWSettingsUse use(options.settingsFile, BWSettingsUse::Kind::Shared);
     AppDelegate delegate(delegateOptions(line));
     BWMessageBoxAlertPresenter alerts(BWRepository::singleton().localizationManager(),
                                       [&delegate] { return delegate.cameraWindow(); });
     BWUIUtils::setAlertPresenter(&alerts);
     const BWEndSignals endSignals([&delegate] { delegate.terminate(); });
+    running.setBringForward([&delegate](const QByteArray &token) {
+        if (!token.isEmpty())
+            qputenv(activationToken, token); // Qt uses it up with the next window that is activated
+        return delegate.bringForward();
+    });
     QMetaObject::invokeMethod(
         &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
     const int result = QApplication::exec();

@@ -191,6 +191,23 @@ class CameraWindow(unittest.TestCase):
             self.assertEqual(len(movies), number)
             self.assertGreater(self.frames_of(movies[-1]), 10)
 
+    def test_second_start(self):
+        self.start_with_picture()
+        self.program.activate(self.program.wait_for("frame", "Simulated cameras"))
+        second = subprocess.run([PROGRAM, "--simulate", "ultra"], env=self.desktop.environment, capture_output=True,
+                                text=True, timeout=60, check=False)
+        self.assertEqual(second.returncode, 0, second.stderr)
+        self.assertIn("Without effect, as the program was running: --simulate", second.stderr)
+        main = self.program.wait_for("frame", "BrimwellPro")
+        wait_until("the first one's window has the keyboard", lambda: main.has_state("active"))
+        listing = subprocess.run([PROGRAM, "--list-cameras", "--simulate", "ultra"], env=self.desktop.environment,
+                                 capture_output=True, text=True, timeout=60, check=True)
+        self.assertIn("wired_ultra", listing.stdout)  # nobody else's business
+        os.kill(self.program.pid, signal.SIGKILL)
+        self.program.wait_for_end()
+        self.start("--simulate", "high")
+        self.quit()
+
     def test_unplug_and_plug(self):
         self.start_with_picture()
         self.desktop.key("F9")

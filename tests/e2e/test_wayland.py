@@ -109,6 +109,7 @@ class Wayland(unittest.TestCase):
         self.take_snapshot()
         self.drag_from_album()
         self.copy_and_paste()
+        self.start_again()
         self.desktop.key("ctrl+q")
         self.assert_ended_quietly()
         # The places that are known in other sessions are left alone.
@@ -177,6 +178,14 @@ class Wayland(unittest.TestCase):
         for keys in ("ctrl+a", "ctrl+v", "Return"):
             self.desktop.key(keys)
         wait_until("what was copied is there", lambda: self.number("Sharpness") == wished)
+
+    def start_again(self):
+        """The window with the keyboard is another one until then."""
+        self.wait_for_active("Advanced settings")
+        token = "not one of this session"
+        done = subprocess.run([PROGRAM], env={**self.desktop.environment, "XDG_ACTIVATION_TOKEN": token}, timeout=60,
+                              capture_output=True, text=True, check=False)
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (0, 1))
 
     def number(self, name):
         atspi = self.program.wait_for("spin button", name)._accessible  # pylint: disable=protected-access
