@@ -7,8 +7,8 @@
 #include <cmath>
 #include <limits>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QRegularExpression>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,6 +30,26 @@ bool isUsable(const QJsonValue &value)
     const double number = value.toDouble(std::numeric_limits<double>::quiet_NaN());
     return std::isfinite(number) && number >= std::numeric_limits<int>::min()
         && number <= std::numeric_limits<int>::max();
+}
+
+/// The members that make sense, the numbers under the codes they are read as; the names of the others go to `damaged`.
+/// Nothing when the text is no object.
+std::optional<QJsonObject> readMembers(const QString &text, QStringList &damaged)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+    if (!document.isObject())
+        return std::nullopt;
+    QJsonObject usable;
+    const QJsonObject members = document.object();
+    for (auto it = members.begin(); it != members.end(); ++it) {
+        if (it.key() == resolutionKey && BWResolution::fromResolutionString(it.value().toString()))
+            usable.insert(resolutionKey, it.value());
+        else if (it.key() != resolutionKey && isUsable(it.value()))
+            usable.insert(QString::number(leadingInteger(it.key())), it.value());
+        else
+            damaged.append(it.key());
+    }
+    return usable;
 }
 
 } // namespace
@@ -65,41 +85,43 @@ QString BWCameraProduct::settingsName() const
 void BWCameraProduct::load()
 {
     const QString text = m_defaults.string(settingsName());
-    if (text.isNull())
-        return;
-    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
-    if (!document.isObject()) {
-        qCWarning(bwModel).noquote() << "Stored values of" << identifier() << "are damaged; factory values are used";
-        return;
-    }
     QStringList damaged;
-    const QJsonObject members = document.object();
-    for (auto it = members.begin(); it != members.end(); ++it) {
-        if (it.key() == resolutionKey) {
-            if (const auto resolution = BWResolution::fromResolutionString(it.value().toString()))
-                setCurrentResolution(*resolution);
-            else
-                damaged.append(it.key());
-        } else if (isUsable(it.value())) {
-            setValue(it.value().toDouble(), leadingInteger(it.key()));
-        } else {
-            damaged.append(it.key());
-        }
+    const auto stored = text.isNull() ? QJsonObject() : readMembers(text, damaged);
+    if (!stored)
+        qCWarning(bwModel).noquote() << "Stored values of" << identifier() << "are damaged; factory values are used";
+    const QJsonObject usable = stored.value_or(QJsonObject());
+    for (auto it = usable.begin(); it != usable.end(); ++it) {
+        if (it.key() == resolutionKey)
+            setCurrentResolution(*BWResolution::fromResolutionString(it.value().toString()));
+        else
+            setValue(it.value().toDouble(), it.key().toInt());
     }
     if (!damaged.isEmpty())
         qCWarning(bwModel).noquote() << "Stored values of" << identifier() << "are damaged; factory values are used for"
                                      << damaged.join(u", "_s);
+    m_known = members();
+}
+
+QJsonObject BWCameraProduct::members() const
+{
+    QJsonObject members{{resolutionKey, m_currentResolution.resolutionString()}};
+    for (int setting : availableSettings()) {
+        if (const auto value = valueForSetting(setting))
+            members.insert(QString::number(setting), *value);
+    }
+    return members;
 }
 
 bool BWCameraProduct::save()
 {
     if (m_loading)
         return false;
-    QJsonObject members{{resolutionKey, m_currentResolution.resolutionString()}};
-    for (int setting : availableSettings()) {
-        if (const auto value = valueForSetting(setting))
-            members.insert(QString::number(setting), *value);
-    }
-    m_defaults.setString(settingsName(), QString::fromUtf8(QJsonDocument(members).toJson(QJsonDocument::Compact)));
+    m_defaults.synchronize(); // what is stored now is what counts
+    QStringList damaged;
+    const auto stored = readMembers(m_defaults.string(settingsName()), damaged);
+    const QJsonObject mine = members();
+    const QJsonObject merged =
+        BWUserDefaults::merged(mine, std::exchange(m_known, mine), stored.value_or(QJsonObject()));
+    m_defaults.setString(settingsName(), QString::fromUtf8(QJsonDocument(merged).toJson(QJsonDocument::Compact)));
     return m_defaults.synchronize();
 }

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <QJsonObject>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -53,7 +54,8 @@ public:
     /// Takes over the stored values. Values that make no sense (not a finite number within the range of int, not a
     /// resolution) are left as they are and logged.
     void load();
-    /// Stores the resolution and the values of the available settings at once. False when they did not reach the disk.
+    /// Stores the resolution and the values of the available settings at once, but for those that another program has
+    /// changed in the store and this one has not. False when they did not reach the disk.
     bool save();
 
 protected:
@@ -62,8 +64,11 @@ protected:
     void setValues(QMap<int, double> values) { m_settingValues = std::move(values); }
 
 private:
+    QJsonObject members() const;
+
     BWUserDefaults &m_defaults;
     bool m_loading = false;
+    QJsonObject m_known; ///< the members as they were read or stored last
     QMap<int, double> m_settingValues;
     BWResolution m_currentResolution;
 };

@@ -6,7 +6,7 @@
 #include "Utils/BWLogging.h"
 
 #include <QJsonDocument>
-#include <QJsonObject>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -27,9 +27,28 @@ void readBoolean(const BWUserDefaults &defaults, const QString &key, bool &value
         value = text.compare("yes"_L1, Qt::CaseInsensitive) == 0;
 }
 
-void writeBoolean(BWUserDefaults &defaults, const QString &key, bool value)
+QString yesOrNo(bool value)
 {
-    defaults.setString(key, value ? u"yes"_s : u"no"_s);
+    return value ? u"yes"_s : u"no"_s;
+}
+
+/// Camera types and their products, as far as the text can be understood.
+QJsonObject readProductChoice(const QString &text, bool *damaged = nullptr)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+    QJsonObject choice = document.object();
+    if (damaged)
+        *damaged = !document.isObject();
+    for (auto it = choice.begin(); it != choice.end();) {
+        if (it.value().isString()) {
+            ++it;
+            continue;
+        }
+        it = choice.erase(it);
+        if (damaged)
+            *damaged = true;
+    }
+    return choice;
 }
 
 } // namespace
@@ -190,36 +209,64 @@ void BWConfigManager::load()
     readBoolean(m_defaults, oldSettingsImportedKey, m_oldSettingsImported);
     m_defaultAlbumName = m_defaults.string(defaultAlbumNameKey);
 
+    loadProductChoice();
+    m_knownTexts = texts();
+    m_knownProductChoice = productChoice();
+}
+
+void BWConfigManager::loadProductChoice()
+{
     const QString text = m_defaults.string(productForCameraKey);
     if (text.isNull())
         return;
-    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
-    const QJsonObject choices = document.object();
-    bool damaged = !document.isObject();
-    for (auto it = choices.begin(); it != choices.end(); ++it) {
-        if (it.value().isString())
-            m_productForCamera.insert(it.key(), it.value().toString());
-        else
-            damaged = true;
-    }
+    bool damaged = false;
+    const QJsonObject choice = readProductChoice(text, &damaged);
+    for (auto it = choice.begin(); it != choice.end(); ++it)
+        m_productForCamera.insert(it.key(), it.value().toString());
     if (damaged)
         qCWarning(bwModel) << "The stored choice of products is damaged; what can be read of it is used";
+}
+
+QJsonObject BWConfigManager::texts() const
+{
+    QJsonObject texts{{rememberLayoutKey, yesOrNo(m_rememberLayout)},
+                      {videoButtonKey, yesOrNo(m_saveVideoOnHardwareButton)},
+                      {snapshotClickKey, yesOrNo(m_saveSnapshotOnClick)},
+                      {firstTimeKey, yesOrNo(m_firstTime)},
+                      {oldSettingsImportedKey, yesOrNo(m_oldSettingsImported)}};
+    if (!m_defaultAlbumName.isNull()) // a name once stored stays
+        texts.insert(defaultAlbumNameKey, m_defaultAlbumName);
+    return texts;
+}
+
+QJsonObject BWConfigManager::productChoice() const
+{
+    QJsonObject choice;
+    for (auto it = m_productForCamera.cbegin(); it != m_productForCamera.cend(); ++it)
+        choice.insert(it.key(), it.value());
+    return choice;
 }
 
 void BWConfigManager::save()
 {
     if (m_loading)
         return;
-    writeBoolean(m_defaults, rememberLayoutKey, m_rememberLayout);
-    writeBoolean(m_defaults, videoButtonKey, m_saveVideoOnHardwareButton);
-    writeBoolean(m_defaults, snapshotClickKey, m_saveSnapshotOnClick);
-    writeBoolean(m_defaults, firstTimeKey, m_firstTime);
-    writeBoolean(m_defaults, oldSettingsImportedKey, m_oldSettingsImported);
-    if (!m_defaultAlbumName.isNull()) // a name once stored stays
-        m_defaults.setString(defaultAlbumNameKey, m_defaultAlbumName);
-    QJsonObject choices;
-    for (auto it = m_productForCamera.cbegin(); it != m_productForCamera.cend(); ++it)
-        choices.insert(it.key(), it.value());
-    m_defaults.setString(productForCameraKey, QString::fromUtf8(QJsonDocument(choices).toJson(QJsonDocument::Compact)));
+    m_defaults.synchronize(); // what is stored now is what counts
+    QJsonObject stored;
+    const QJsonObject mine = texts();
+    for (const QString &key : mine.keys()) {
+        if (const QString text = m_defaults.string(key); !text.isNull())
+            stored.insert(key, text);
+    }
+    const QJsonObject merged = BWUserDefaults::merged(mine, std::exchange(m_knownTexts, mine), stored);
+    for (auto it = merged.begin(); it != merged.end(); ++it)
+        m_defaults.setString(it.key(), it.value().toString());
+
+    QJsonObject choice = readProductChoice(m_defaults.string(productForCameraKey));
+    const QJsonObject mineOfThem =
+        BWUserDefaults::merged(productChoice(), std::exchange(m_knownProductChoice, productChoice()), choice);
+    for (auto it = mineOfThem.begin(); it != mineOfThem.end(); ++it)
+        choice.insert(it.key(), it.value());
+    m_defaults.setString(productForCameraKey, QString::fromUtf8(QJsonDocument(choice).toJson(QJsonDocument::Compact)));
     m_isStored = m_defaults.synchronize();
 }

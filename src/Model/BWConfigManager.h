@@ -6,10 +6,12 @@
 
 #include <functional>
 #include <QHash>
+#include <QJsonObject>
 #include <QMap>
 
 /// The settings: application-wide switches, the products and which of them the user chose for each type of camera.
-/// Every setter stores all of them at once and then tells the listeners. GUI thread only.
+/// Every setter stores at once and then tells the listeners: all of them, but for those that another program has changed
+/// in the store and this one has not. GUI thread only.
 ///
 /// Texts that may be absent are null QStrings, products that are not there null pointers.
 class BWConfigManager : public BWLocalizationManagerDelegate {
@@ -71,6 +73,9 @@ public:
 private:
     void loadProducts();
     void load();
+    void loadProductChoice();
+    QJsonObject texts() const;
+    QJsonObject productChoice() const;
     void notifyListeners();
     void changed();
 
@@ -83,6 +88,8 @@ private:
     QList<BWCameraProductPtr> m_allProducts;
     QMap<QString, QString> m_productForCamera;
     QHash<QString, QString> m_defaultProductForCamera;
+    QJsonObject m_knownTexts; ///< as they were read or stored last, by key
+    QJsonObject m_knownProductChoice;
     bool m_loading = true;
     bool m_isStored = true;
     bool m_rememberLayout = true;

@@ -2,11 +2,27 @@
 
 #include "Utils/BWLogging.h"
 
+#include <QFileInfo>
 #include <QStandardPaths>
 
-BWSettingsFile::BWSettingsFile(const QString &path)
-    : m_settings(std::make_unique<QSettings>(path, QSettings::IniFormat))
+namespace {
+
+/// Nothing can be read or stored below what is no folder.
+QString nowhere()
 {
+    return QStringLiteral("/dev/null/BrimwellPro.conf");
+}
+
+} // namespace
+
+BWSettingsFile::BWSettingsFile(const QString &path)
+{
+    // To open a pipe would take until somebody writes into it.
+    const QFileInfo file(path);
+    m_isUsable = !file.exists() || file.isFile();
+    if (!m_isUsable)
+        qCWarning(bwModel).noquote() << "Settings cannot be kept in" << path << "as it is no regular file";
+    m_settings = std::make_unique<QSettings>(m_isUsable ? path : nowhere(), QSettings::IniFormat);
     // The file is not looked at before something of it is wanted.
     m_settings->allKeys();
     if (m_settings->status() == QSettings::FormatError)
@@ -56,6 +72,8 @@ void BWSettingsFile::setData(const QString &key, const QByteArray &value)
 
 bool BWSettingsFile::synchronize()
 {
+    if (!m_isUsable)
+        return false;
     // One that has failed goes on telling so when all is well again. Another one on the same file takes over what waits
     // to be stored.
     if (m_failed)

@@ -22,5 +22,6 @@ public:
 
 private:
     std::unique_ptr<QSettings> m_settings;
+    bool m_isUsable = true; ///< else what is set is kept for this run only
     bool m_failed = false; ///< the last time that it was to be stored
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
 
 /// The stored preferences: texts (and a few binary values) by key, kept from one run to the next. GUI thread only.
@@ -20,6 +21,18 @@ public:
     /// A null value removes the key.
     virtual void setData(const QString &key, const QByteArray &value) = 0;
 
-    /// Brings everything that was set to disk. Call it once after a group of changes. False when that failed.
+    /// Brings everything that was set to disk, and takes in what others have stored there since. Call it once after a
+    /// group of changes. False when that failed.
     virtual bool synchronize() = 0;
+
+    /// What to store of values that belong together: `mine` where this program has changed them, which is where they
+    /// differ from `known`, those that it read or stored last; elsewhere what is `stored` now, perhaps by another one.
+    static QJsonObject merged(QJsonObject mine, const QJsonObject &known, const QJsonObject &stored)
+    {
+        for (auto value = mine.begin(); value != mine.end(); ++value) {
+            if (value.value() == known.value(value.key()) && stored.contains(value.key()))
+                value.value() = stored.value(value.key());
+        }
+        return mine;
+    }
 };

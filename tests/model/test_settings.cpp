@@ -2,8 +2,11 @@
 #include "Model/BWConfigManager.h"
 #include "Model/BWSettingsFile.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -34,6 +37,9 @@ QString valuesOf(const BWCameraProduct &product)
     return result.join(u' ');
 }
 
+using Change = std::function<void(BWConfigManager &)>;
+
+const QString albumName = u"Päckchen, \"50 %\"; =\n[x]\\ @é日本 "_s;
 const QString factoryOfDX12 = u"0:63 1:28 2:56 3:130 4:10 13:1 640x480 of 2"_s;
 
 } // namespace
@@ -66,34 +72,72 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(m_path));
     }
 
-    void everySetterStoresEverything()
+    void settersStoreAtOnce_data()
     {
-        const QString name = u"Päckchen, \"50 %\"; =\n[x]\\ @é日本 "_s;
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char *key, const QString &text, const Change &change) {
+            QTest::newRow(key) << change << u"bwp2x_"_s + QLatin1String(key) << text;
+        };
+        row("remember_layout", u"no"_s, [](BWConfigManager &m) { m.setRememberLayout(false); });
+        row("video_button", u"yes"_s, [](BWConfigManager &m) { m.setSaveVideoOnHardwareButton(true); });
+        row("snapshot_click", u"no"_s, [](BWConfigManager &m) { m.setSaveSnapshotOnClick(false); });
+        row("first_time", u"no"_s, [](BWConfigManager &m) { m.setFirstTime(false); });
+        row("old_settings_imported", u"yes"_s, [](BWConfigManager &m) { m.setOldSettingsImported(true); });
+        row("default_album_name", albumName, [](BWConfigManager &m) { m.setDefaultAlbumName(albumName); });
+        row("product_for_camera", u"{\"wired_high\":\"mx61\",\"wireless\":\"mx33\"}"_s,
+            [](BWConfigManager &m) { m.setCurrentProductIdentifier(u"mx61"_s, u"wired_high"_s); });
+        row("product_dx12", u"{\"0\":63,\"1\":28,\"13\":1,\"2\":9,\"3\":77,\"4\":10,\"resolution\":\"720x480\"}"_s,
+            [](BWConfigManager &m) {
+                const BWCameraProductPtr product = m.productByIdentifier(u"dx12"_s);
+                product->setValue(77, 3);
+                product->save();
+            });
+    }
+    /// What another program has stored since this one has read its settings stays, but for what is changed here.
+    void settersStoreAtOnce()
+    {
+        QFETCH(Change, change);
+        QFETCH(QString, key);
+        QFETCH(QString, text);
+        BWConfigManager manager(*m_defaults);
+        QMap<QString, QString> stored{{u"bwp2x_remember_layout"_s, u"no"_s},
+                                      {u"bwp2x_video_button"_s, u"yes"_s},
+                                      {u"bwp2x_snapshot_click"_s, u"no"_s},
+                                      {u"bwp2x_first_time"_s, u"no"_s},
+                                      {u"bwp2x_old_settings_imported"_s, u"yes"_s},
+                                      {u"bwp2x_default_album_name"_s, u"Other"_s},
+                                      {u"bwp2x_product_for_camera"_s, u"{\"wireless\":\"mx33\"}"_s},
+                                      {u"bwp2x_product_dx12"_s, u"{\"2\":9,\"3\":8,\"resolution\":\"720x480\"}"_s}};
+        if (!key.contains(u"product"_s))
+            stored.remove(key);
+        const QString other = m_dir->filePath(u"other.conf"_s);
         {
-            BWConfigManager manager(*m_defaults);
-            manager.setRememberLayout(false);
-            manager.setSaveVideoOnHardwareButton(true);
-            manager.setSaveSnapshotOnClick(false);
-            manager.setFirstTime(false);
-            manager.setOldSettingsImported(true);
-            manager.setDefaultAlbumName(name);
-            manager.setCurrentProductIdentifier(u"mx50_40"_s, u"wired_high"_s);
+            BWSettingsFile file(other);
+            for (auto it = stored.cbegin(); it != stored.cend(); ++it)
+                file.setString(it.key(), it.value());
         }
-        BWSettingsFile defaults(m_path);
-        QStringList stored;
-        for (const char *key : {"remember_layout", "video_button", "snapshot_click", "first_time",
-                                "old_settings_imported", "default_album_name", "product_for_camera"})
-            stored.append(defaults.string(u"bwp2x_"_s + QLatin1String(key)));
-        QCOMPARE(stored,
-                 QStringList({u"no"_s, u"yes"_s, u"no"_s, u"no"_s, u"yes"_s, name, u"{\"wired_high\":\"mx50_40\"}"_s}));
-        BWConfigManager manager(defaults);
-        QVERIFY(!manager.rememberLayout() && manager.saveVideoOnHardwareButton() && !manager.saveSnapshotOnClick());
-        QVERIFY(!manager.firstTime() && manager.oldSettingsImported());
-        QCOMPARE(manager.currentProductIdentifierForCameraIdentifier(u"wired_high"_s), u"mx50_40"_s);
+        QVERIFY(QDir().mkpath(QFileInfo(m_path).path()) && QFile::copy(other, m_path));
+        change(manager);
+        stored.insert(key, text);
 
+        const QString copy = m_dir->filePath(u"copy.conf"_s); // of the file as it is, not as it is remembered
+        QVERIFY(QFile::copy(m_path, copy));
+        const BWSettingsFile defaults(copy);
+        for (auto it = stored.cbegin(); it != stored.cend(); ++it)
+            QCOMPARE(it.key() + defaults.string(it.key()), it.key() + it.value());
+    }
+
+    void storedSettingsComeBack()
+    {
+        BWConfigManager(*m_defaults).setDefaultAlbumName(albumName);
+        BWConfigManager manager(*m_defaults);
+        QVERIFY(manager.rememberLayout() && manager.firstTime());
+        QCOMPARE(m_defaults->string(u"bwp2x_remember_layout"_s), u"yes"_s); // also what nobody has changed
         manager.setDefaultAlbumName(QString());
         QVERIFY(manager.defaultAlbumName().isNull());
-        QCOMPARE(BWConfigManager(defaults).defaultAlbumName(), name); // what was stored once stays
+        QCOMPARE(BWConfigManager(*m_defaults).defaultAlbumName(), albumName); // what was stored once stays
     }
 
     void onlyYesIsTrue()
@@ -144,6 +188,25 @@ private Q_SLOTS:
         manager.setFirstTime(false);
         manager.setFirstTime(true);
         QVERIFY(manager.firstTime() && !manager.isStored());
+    }
+
+    void noRegularFile_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("pipe") << m_pipes.filePath(u"pipe"_s);
+        QTest::newRow("folder") << m_pipes.path();
+        QTest::newRow("device") << u"/dev/zero"_s;
+    }
+    void noRegularFile()
+    {
+        QFETCH(QString, path);
+        ::mkfifo(QFile::encodeName(m_pipes.filePath(u"pipe"_s)).constData(), 0600);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"it is no regular file"_s));
+        BWSettingsFile defaults(path);
+        BWConfigManager manager(defaults);
+        manager.setRememberLayout(false);
+        manager.setFirstTime(false);
+        QVERIFY(!manager.rememberLayout() && !manager.isStored());
     }
 
     void binaryValues()
@@ -289,6 +352,7 @@ private Q_SLOTS:
     }
 
 private:
+    const QTemporaryDir m_pipes;
     std::optional<QTemporaryDir> m_dir;
     QString m_path;
     std::optional<BWSettingsFile> m_defaults;
