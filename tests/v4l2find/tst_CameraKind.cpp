@@ -6,8 +6,11 @@
 #include "v4l2/BWVideoAbilities.h"
 #include "v4l2/BWVideoNodeReader.h"
 
+#include <QFile>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -46,6 +49,7 @@ private Q_SLOTS:
     void entryThatFitsFirstCounts();
     void damageIsToldAndTheRestUsed_data();
     void damageIsToldAndTheRestUsed();
+    void tableThatIsNoFileIsNotWaitedFor();
     void shippedTableIsWhole();
     void withoutAnEntryAbilitiesDecide_data();
     void withoutAnEntryAbilitiesDecide();
@@ -130,6 +134,17 @@ void CameraKind::damageIsToldAndTheRestUsed()
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("table1.json.*"_L1 + complaint));
     const BWCameraTable read = table({text, uR"({"cameras": [{"driver": "next", "ignore": true}]})"_s});
     QCOMPARE(int(read.rules().size()), usable + 1);
+}
+
+void CameraKind::tableThatIsNoFileIsNotWaitedFor()
+{
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath(u"cameras.json"_s);
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString &path : {pipe, folder.path(), u"/dev/zero"_s}) {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"no regular file"_s));
+        QVERIFY(BWCameraTable::read({path}).rules().empty());
+    }
 }
 
 void CameraKind::shippedTableIsWhole()

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -33,9 +34,14 @@ void BWCameraTable::readFile(const QString &path)
     const auto complain = [&path](const QString &what) {
         qCWarning(bwDriver).noquote() << "Table of cameras" << path << what;
     };
-    QFile file(path);
-    if (!file.exists())
+    const QFileInfo info(path);
+    if (!info.exists())
         return;
+    if (!info.isFile()) { // to open a pipe would take until somebody writes into it
+        complain(u"is not used: it is no regular file"_s);
+        return;
+    }
+    QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         complain(u"cannot be read: %1"_s.arg(file.errorString()));
         return;
