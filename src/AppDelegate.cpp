@@ -161,7 +161,10 @@ void AppDelegate::prepareUI()
     // After a reset of the layout, which comes the same way: the window is then shown where it belongs at once.
     BWMainQueue::post(m_alive, [this] {
         m_window->show();
-        m_captureRecovery->start(BWUIUtils::temporaryFolder());
+        m_repository.albumManager().whenPrepared([this, alive = std::weak_ptr(m_alive)] {
+            if (!alive.expired())
+                m_captureRecovery->start(BWUIUtils::temporaryFolder());
+        });
         if (m_simulatedCameras)
             m_simulatedCameras->showBelow(*m_window);
     });

@@ -1,5 +1,6 @@
 #include "BWImportCommand.h"
 
+#include "Model/BWAlbumManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/BWSettingsFile.h"
@@ -25,8 +26,10 @@ int BWImportCommand::run(const BWRepository::Options &options, const QString &pa
         return refuse(BWImportTexts::programRuns(texts));
 
     const BWRepository repository(options);
+    repository.albumManager().waitUntilPrepared();
     const auto result =
-        BWOldSettingsImporter::importByHand(file.settings, repository.configManager(), repository.albumManager());
+        BWOldSettingsImporter::importByHand(file.settings, BWOldSettingsImporter::foldersThere(file.settings),
+                                            repository.configManager(), repository.albumManager());
     if (!repository.userDefaults().synchronize())
         return refuse(BWImportTexts::notStored(texts));
     QTextStream(stdout) << BWImportTexts::takenOver(result, name, texts) << '\n';

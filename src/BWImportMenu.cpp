@@ -1,5 +1,6 @@
 #include "BWImportMenu.h"
 
+#include "Model/BWAlbumManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/BWUserDefaults.h"
@@ -44,14 +45,20 @@ void BWImportMenu::read(const QUrl &url)
     m_window.menu().importOldSettings->setEnabled(false); // until this one is read
     const QString path = url.toLocalFile();
     m_reader.run([this, path, alive = std::weak_ptr(m_alive)] {
-        BWMainQueue::post(alive, [this, file = BWOldSettingsFile::read(path), name = BWImportTexts::nameOf(path)] {
-            m_window.menu().importOldSettings->setEnabled(true);
-            finish(file, name);
+        const BWOldSettingsFile file = BWOldSettingsFile::read(path);
+        const QList<QUrl> folders = BWOldSettingsImporter::foldersThere(file.settings);
+        BWMainQueue::post(alive, [this, alive, file, folders, name = BWImportTexts::nameOf(path)] {
+            m_repository.albumManager().whenPrepared([this, alive, file, folders, name] {
+                if (alive.expired())
+                    return;
+                m_window.menu().importOldSettings->setEnabled(true);
+                finish(file, folders, name);
+            });
         });
     });
 }
 
-void BWImportMenu::finish(const BWOldSettingsFile &file, const QString &name)
+void BWImportMenu::finish(const BWOldSettingsFile &file, const QList<QUrl> &folders, const QString &name)
 {
     BWLocalizationManager &texts = m_repository.localizationManager();
     const auto refuse = [&texts](const QString &sentence) {
@@ -63,8 +70,8 @@ void BWImportMenu::finish(const BWOldSettingsFile &file, const QString &name)
         refuse(BWImportTexts::refused(file, name, texts));
         return;
     }
-    const auto result =
-        BWOldSettingsImporter::importByHand(file.settings, m_repository.configManager(), m_repository.albumManager());
+    const auto result = BWOldSettingsImporter::importByHand(file.settings, folders, m_repository.configManager(),
+                                                            m_repository.albumManager());
     m_takenOver();
     if (m_repository.userDefaults().synchronize())
         BWUIUtils::displayInformation(texts.text(u"import"_s, u"title"_s, u"Old settings imported"_s),

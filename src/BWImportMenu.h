@@ -12,7 +12,7 @@ class BWMainWindow;
 class BWRepository;
 struct BWOldSettingsFile;
 
-/// The menu item that takes over old settings: asks for the file, reads it beside the GUI thread, tells the outcome.
+/// The menu item that takes over old settings: asks for the file, reads it and looks for the albums beside the GUI thread, tells the outcome.
 /// GUI thread.
 class BWImportMenu : public QObject {
     Q_OBJECT
@@ -26,7 +26,7 @@ public:
 
 private:
     void read(const QUrl &url);
-    void finish(const BWOldSettingsFile &file, const QString &name);
+    void finish(const BWOldSettingsFile &file, const QList<QUrl> &folders, const QString &name);
 
     BWMainWindow &m_window;
     BWRepository &m_repository;

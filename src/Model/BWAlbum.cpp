@@ -6,6 +6,7 @@
 #include "Utils/BWLogging.h"
 
 #include <algorithm>
+#include <climits>
 #include <QFile>
 #include <vector>
 
@@ -30,6 +31,13 @@ BWAlbum::BWAlbum(const QUrl &path, Today today)
       m_path(BWFilePath::normalized(path)),
       m_today(today ? std::move(today) : &QDate::currentDate)
 {
+}
+
+bool BWAlbum::isName(const QString &name)
+{
+    const QByteArray bytes = QFile::encodeName(name);
+    return !bytes.isEmpty() && bytes.size() <= NAME_MAX && !bytes.startsWith('.') && !bytes.contains('/')
+        && !bytes.contains('\0');
 }
 
 QString BWAlbum::formatToday() const

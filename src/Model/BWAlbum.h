@@ -23,6 +23,9 @@ public:
     /// Does not touch the disk.
     explicit BWAlbum(const QUrl &path, Today today = {});
 
+    /// Whether the folder of an album may be called that: a name, not a path, and not that of a hidden folder.
+    static bool isName(const QString &name);
+
     /// The folder's name.
     const QString &name() const { return m_name; }
     const QUrl &path() const { return m_path; }

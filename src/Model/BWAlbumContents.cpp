@@ -44,7 +44,7 @@ void BWAlbumContents::startWatch(const BWAlbumPtr &album)
     m_first = true;
     if (album)
         m_watch = std::make_unique<BWAlbumWatch>(*album, [this](const auto &report) { take(report); });
-    m_state = album ? State::Reading : State::Unavailable;
+    m_state = album || !m_albums.isPrepared() ? State::Reading : State::Unavailable;
     Q_EMIT reloaded();
 }
 
@@ -57,7 +57,8 @@ void BWAlbumContents::waitForAnswer()
         this,
         [this] {
             m_noAnswer.reset();
-            if (m_watch && (m_first || m_served != m_asked)) {
+            const bool isAsked = m_watch && (m_first || m_served != m_asked);
+            if (isAsked || !m_albums.isPrepared()) {
                 m_state = State::NotAnswering;
                 Q_EMIT changed();
             }

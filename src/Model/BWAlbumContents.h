@@ -14,7 +14,7 @@ class BWAlbumContents : public QObject {
 
 public:
     enum class State {
-        Reading, ///< another album; its list is on its way
+        Reading, ///< another album; its list is on its way, or at the start that of the albums
         NotAnswering, ///< and has been for a while
         Listed,
         Unavailable, ///< the folder has vanished or may not be read

@@ -37,8 +37,16 @@ void BWAlbumIntake::add(const QUrl &file, BWMediaType type, Completion completio
     BWMainQueue::post(m_alive, [this] { startCopies(); });
 }
 
+void BWAlbumIntake::release()
+{
+    m_held = false;
+    startCopies();
+}
+
 void BWAlbumIntake::startCopies()
 {
+    if (m_held)
+        return;
     std::deque<Capture> captures;
     {
         const std::lock_guard lock(m_mutex);

@@ -29,6 +29,11 @@ public:
     /// Any thread; returns at once.
     void add(const QUrl &file, BWMediaType type, Completion completion, Progress progress = {});
 
+    /// Keeps captures until release(), while it is not known which album is current. What is still kept at the end
+    /// stays where it is. Owner's thread.
+    void hold() { m_held = true; }
+    void release();
+
     /// Calls `done` as soon as all captures are copied or have failed, and their completions have returned; at once if
     /// none is left by now but one whose completion waits for something, such as the user.
     void whenDone(std::function<void()> done);
@@ -60,6 +65,7 @@ private:
     std::atomic<int> m_open = 0; // captures that are not reported yet
     std::mutex m_mutex; // guards the captures
     std::deque<Capture> m_captures; // not begun
+    bool m_held = false;
     std::vector<std::function<void()>> m_whenDone;
     BWPatientThread m_worker; // last, so that it ends first
 };

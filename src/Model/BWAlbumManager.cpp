@@ -6,13 +6,18 @@
 #include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
+#include "Utils/BWPatientThread.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +29,51 @@ const QString standardDefaultName = u"Default Album"_s;
 bool makeFolder(const QUrl &folder)
 {
     return QDir().mkpath(folder.toLocalFile());
+}
+
+bool isHidden(const QUrl &folder)
+{
+    return BWFilePath::lastComponent(folder).startsWith('.');
+}
+
+/// By name, whether the letters are capital or not.
+bool isListedBefore(const QByteArray &left, const QByteArray &right)
+{
+    const int order = QString::compare(QFile::decodeName(left), QFile::decodeName(right), Qt::CaseInsensitive);
+    return order != 0 ? order < 0 : left < right;
+}
+
+/// What the disks are asked at the start, beside the GUI thread, as they may take long to answer.
+struct Question {
+    QUrl base;
+    QUrl defaultFolder;
+    QList<QUrl> stored;
+    bool scan = false;
+};
+
+struct Answer {
+    QUrl failed; ///< the folder that could not be made or listed; empty if all is well
+    QList<QUrl> folders; ///< that are there, in the order in which they are listed
+};
+
+Answer ask(const Question &question)
+{
+    for (const QUrl &folder : {question.base, question.defaultFolder}) {
+        if (!makeFolder(folder))
+            return {folder, {}};
+    }
+    QList<QUrl> folders = question.stored;
+    if (question.scan) {
+        auto names = BWFilePath::entries(question.base);
+        if (!names)
+            return {question.base, {}};
+        std::sort(names->begin(), names->end(), isListedBefore);
+        folders.clear();
+        for (const QByteArray &name : std::as_const(*names))
+            folders.append(BWFilePath::entry(question.base, name));
+    }
+    folders.removeIf(isHidden);
+    return {{}, BWFolderCheck::folders(folders)};
 }
 
 /// A folder's name up to its last dot, which may not be its first character.
@@ -61,9 +111,11 @@ struct BWAlbumManager::Private {
         qCWarning(bwModel).noquote() << "Albums cannot be prepared in" << folder.toDisplayString();
     }
 
-    bool load();
-    void prepareAlbums(bool scan);
-    void keepOneAlbum();
+    Question load();
+    void take(const Question &question, const Answer &answer);
+    void takeFolders(const QList<QUrl> &folders, bool scan);
+    void addDefaultAlbum();
+    QList<QUrl> readList(bool *damaged = nullptr) const;
     void save();
     void reload(int index);
 
@@ -71,62 +123,81 @@ struct BWAlbumManager::Private {
     QString home;
     BWAlbum::Today today;
     bool faulty = false;
+    bool isPrepared = false;
+    std::vector<std::function<void()>> whenPrepared;
     std::optional<QList<QUrl>> importedAlbums;
     QString oldDefaultName;
     QList<BWAlbumPtr> albums;
     QList<QUrl> validPaths;
+    QList<QUrl> knownPaths; ///< the list as it was read or stored last
     int selected = -1;
     ChangeCallback onAlbumsChanged;
     ChangeCallback onContentsChanged;
     BWTrash trash;
+    BWPatientThread disks{std::chrono::milliseconds(0)}; // what they have not answered by the end is of no use
     BWAlbumIntake intake; // last, so that it ends first
 };
 
-/// Reads the stored list. True when there is none, so that the base folder must be scanned.
-bool BWAlbumManager::Private::load()
+/// The folders that are stored now, whether they are there or not.
+QList<QUrl> BWAlbumManager::Private::readList(bool *damaged) const
 {
-    if (importedAlbums) {
-        validPaths = *importedAlbums;
-        save();
-        return false;
-    }
-    validPaths.clear();
     const QString text = defaults.string(albumsKey);
-    if (text.isNull())
-        return true;
     const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
-    if (!document.isArray())
-        qCWarning(bwModel) << "The stored list of albums is damaged; the albums' folder is searched instead";
+    if (damaged)
+        *damaged = !text.isNull() && !document.isArray();
+    QList<QUrl> folders;
     const QJsonArray paths = document.array();
-    QList<QUrl> stored;
     for (const QJsonValue &value : paths) {
         if (const QString path = value.toString(); path.startsWith(u'/'))
-            stored.append(BWFilePath::url(QFile::encodeName(path)));
+            folders.append(BWFilePath::url(QFile::encodeName(path)));
     }
-    // The default album's folder is about to be made again if it has vanished.
-    validPaths = BWFolderCheck::folders(stored, {pathForName(defaultName())});
-    return paths.isEmpty();
+    return folders;
 }
 
-/// Makes the albums from the stored list or from the folders in the base folder. A scan stores folders only up to
-/// the default album; those after it are shown, and found again by a later scan.
-void BWAlbumManager::Private::prepareAlbums(bool scan)
+/// Reads the stored list. Where there is none the base folder is to be searched.
+Question BWAlbumManager::Private::load()
 {
-    QList<QUrl> folders = validPaths;
-    if (scan) {
-        const auto names = BWFilePath::entries(basePath());
-        if (!names) {
-            fail(basePath());
-            return;
-        }
-        folders.clear();
-        for (const QByteArray &name : *names)
-            folders.append(BWFilePath::entry(basePath(), name));
+    Question question{basePath(), pathForName(defaultName()), {}, false};
+    if (importedAlbums) {
+        defaults.setString(albumsKey, {});
+        validPaths = *importedAlbums;
+        save();
+        question.stored = validPaths;
+        return question;
     }
+    bool damaged = false;
+    knownPaths = readList(&damaged);
+    if (damaged)
+        qCWarning(bwModel) << "The stored list of albums is damaged; the albums' folder is searched instead";
+    question.stored = validPaths = knownPaths;
+    question.scan = QJsonDocument::fromJson(defaults.string(albumsKey).toUtf8()).array().isEmpty();
+    return question;
+}
+
+void BWAlbumManager::Private::take(const Question &question, const Answer &answer)
+{
+    isPrepared = true;
+    if (!answer.failed.isEmpty()) {
+        fail(answer.failed);
+        tell(onAlbumsChanged);
+    } else {
+        takeFolders(answer.folders, question.scan);
+        reload(0);
+    }
+    intake.release();
+    for (const auto &callback : std::exchange(whenPrepared, {}))
+        callback();
+}
+
+/// Makes the albums. A scan stores folders only up to the default album; those after it are shown, and found again by a
+/// later scan.
+void BWAlbumManager::Private::takeFolders(const QList<QUrl> &folders, bool scan)
+{
+    if (!importedAlbums)
+        validPaths = scan ? QList<QUrl>() : folders;
     albums.clear();
     bool defaultFound = false;
-    folders = BWFolderCheck::folders(folders);
-    for (const QUrl &folder : std::as_const(folders)) {
+    for (const QUrl &folder : folders) {
         const auto album = std::make_shared<BWAlbum>(folder, today);
         if (!defaultFound) {
             defaultFound = nameWithoutExtension(*album) == defaultName();
@@ -136,25 +207,37 @@ void BWAlbumManager::Private::prepareAlbums(bool scan)
         }
         albums.append(album);
     }
-    keepOneAlbum();
+    if (albums.isEmpty())
+        addDefaultAlbum();
 }
 
-/// Captures must always have somewhere to go, even when every remembered folder has vanished.
-void BWAlbumManager::Private::keepOneAlbum()
+/// Captures must always have somewhere to go, even when every remembered folder has vanished. Its folder is there.
+void BWAlbumManager::Private::addDefaultAlbum()
 {
     const QUrl folder = pathForName(defaultName());
-    if (!albums.isEmpty() || !makeFolder(folder))
-        return;
     albums.append(std::make_shared<BWAlbum>(folder, today));
     albums.first()->setIsDefaultAlbum(true);
     if (!validPaths.contains(folder))
         validPaths.append(folder);
 }
 
+/// Stores the list, with what another program has added to it or taken off it since it was read.
 void BWAlbumManager::Private::save()
 {
+    defaults.synchronize();
+    const QList<QUrl> stored = defaults.string(albumsKey).isNull() ? validPaths : readList();
+    QList<QUrl> folders;
+    for (const QUrl &folder : stored) {
+        if (validPaths.contains(folder) || !knownPaths.contains(folder))
+            folders.append(folder);
+    }
+    for (const QUrl &folder : std::as_const(validPaths)) {
+        if (!folders.contains(folder) && !knownPaths.contains(folder))
+            folders.append(folder);
+    }
+    knownPaths = validPaths;
     QJsonArray paths;
-    for (const QUrl &folder : std::as_const(validPaths))
+    for (const QUrl &folder : std::as_const(folders))
         paths.append(folder.toLocalFile());
     defaults.setString(albumsKey, QString::fromUtf8(QJsonDocument(paths).toJson(QJsonDocument::Compact)));
     defaults.synchronize();
@@ -182,21 +265,38 @@ void BWAlbumManager::setImportOldAlbums(const QList<QUrl> &folders)
 
 void BWAlbumManager::setOldDefaultAlbumName(const QString &name)
 {
-    d->oldDefaultName = name;
+    if (BWAlbum::isName(name))
+        d->oldDefaultName = name;
+    else
+        qCWarning(bwModel).noquote() << "The default album cannot be called" << name << "- it is called"
+                                     << d->defaultName();
 }
 
 void BWAlbumManager::prepare()
 {
-    const bool scan = d->load();
-    for (const QUrl &folder : {d->basePath(), d->pathForName(d->defaultName())}) {
-        if (!makeFolder(folder)) {
-            d->fail(folder);
-            return;
-        }
-    }
-    d->prepareAlbums(scan);
-    if (!d->faulty)
-        d->reload(0);
+    const Question question = d->load();
+    d->take(question, ask(question));
+}
+
+void BWAlbumManager::prepareInBackground()
+{
+    d->intake.hold();
+    d->disks.run([this, question = d->load(), alive = d->intake.alive()] {
+        BWMainQueue::post(alive, [this, question, answer = ask(question)] { d->take(question, answer); });
+    });
+}
+
+bool BWAlbumManager::isPrepared() const
+{
+    return d->isPrepared;
+}
+
+void BWAlbumManager::whenPrepared(std::function<void()> callback)
+{
+    if (d->isPrepared)
+        callback();
+    else
+        d->whenPrepared.push_back(std::move(callback));
 }
 
 bool BWAlbumManager::faulty() const
@@ -292,6 +392,32 @@ void BWAlbumManager::abandonAdding()
     d->intake.abandon();
 }
 
+void BWAlbumManager::waitUntilPrepared()
+{
+    QEventLoop loop;
+    whenPrepared([&loop] { loop.quit(); });
+    if (!d->isPrepared)
+        loop.exec();
+}
+
+BWAlbumManager::FolderProblem BWAlbumManager::makeAlbumFolder(const QUrl &folder)
+{
+    if (!BWAlbum::isName(QFile::decodeName(BWFilePath::lastComponent(folder))))
+        return FolderProblem::Name;
+    std::error_code error;
+    std::filesystem::create_directories(BWFilePath::native(folder).toStdString(), error);
+    if (BWFilePath::isFolder(folder))
+        return FolderProblem::None;
+    if (BWFilePath::exists(folder))
+        return FolderProblem::Taken;
+    if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted
+        || error == std::errc::read_only_file_system)
+        return FolderProblem::NotAllowed;
+    qCWarning(bwModel).noquote() << "Cannot make" << folder.toDisplayString() << "-"
+                                 << QString::fromStdString(error.message());
+    return FolderProblem::Failed;
+}
+
 void BWAlbumManager::addAlbumFromPath(const QUrl &folder)
 {
     const QUrl path = BWFilePath::normalized(folder);
@@ -338,7 +464,8 @@ void BWAlbumManager::removeCurrentAlbum()
         return;
     const BWAlbumPtr album = d->albums.takeAt(d->selected);
     d->validPaths.removeAll(album->path());
-    d->keepOneAlbum();
+    if (d->albums.isEmpty() && makeFolder(d->pathForName(d->defaultName())))
+        d->addDefaultAlbum();
     d->reload(0);
     d->save();
 }

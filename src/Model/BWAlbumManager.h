@@ -29,12 +29,21 @@ public:
     BWAlbumManager &operator=(const BWAlbumManager &) = delete;
 
     /// Before prepare(): folders that replace the stored list once, and the default album's name instead of
-    /// "Default Album".
+    /// "Default Album", unless that is no name for an album.
     void setImportOldAlbums(const QList<QUrl> &folders);
     void setOldDefaultAlbumName(const QString &name);
 
-    /// Once, at start: reads the list, makes the folders that must be there and selects the first album.
+    /// Once, at start: reads the list, makes the folders that must be there and selects the first album. Waits for the
+    /// disks, but not for long.
     void prepare();
+    /// The same without waiting: there are no albums until isPrepared(), which is told as a change of the list. Captures
+    /// that come before are added then.
+    void prepareInBackground();
+    bool isPrepared() const;
+    /// Calls back once it is prepared, at once if it is.
+    void whenPrepared(std::function<void()> callback);
+    /// Runs an event loop until then.
+    void waitUntilPrepared();
     /// The folders or the list could not be prepared. Stays set.
     bool faulty() const;
 
@@ -73,6 +82,16 @@ public:
     void whenAdded(std::function<void()> done);
     /// Ends the copies that run or wait, without calling their completions; the captures stay where they are.
     void abandonAdding();
+
+    enum class FolderProblem {
+        None,
+        Name, ///< no album can be called that
+        Taken, ///< by a file
+        NotAllowed,
+        Failed, ///< anything else; it is logged
+    };
+    /// Makes a folder for a new album, and those above it, unless it is there already.
+    static FolderProblem makeAlbumFolder(const QUrl &folder);
 
     /// Adds a folder as the last album, selects it and stores the list. A folder that is remembered already changes
     /// nothing.

@@ -64,7 +64,7 @@ void BWRepository::prepare()
     m_oldSettingsImporter->importSettingsIfNecessary(*m_configManager, *m_albumManager);
     if (!m_configManager->defaultAlbumName().isEmpty())
         m_albumManager->setOldDefaultAlbumName(m_configManager->defaultAlbumName());
-    m_albumManager->prepare();
+    m_albumManager->prepareInBackground();
     m_configManager->localizeWithManager(*m_localizationManager);
 }
 

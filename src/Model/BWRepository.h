@@ -28,7 +28,8 @@ public:
     /// For singleton(). Ends the program when that exists already.
     static void setOptions(const Options &options);
 
-    /// Made at its first use, and prepared: old settings are taken over, albums, texts and settings are ready.
+    /// Made at its first use, and prepared: old settings are taken over, texts and settings are ready. The albums are as
+    /// soon as the disks have answered.
     static BWRepository &singleton();
 
     /// A repository of its own, prepared like the singleton.

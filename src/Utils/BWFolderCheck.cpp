@@ -47,8 +47,7 @@ struct Questions {
 
 } // namespace
 
-QList<QUrl> BWFolderCheck::folders(const QList<QUrl> &urls, const QList<QUrl> &always,
-                                   std::chrono::milliseconds patience)
+QList<QUrl> BWFolderCheck::folders(const QList<QUrl> &urls, std::chrono::milliseconds patience)
 {
     const auto questions = std::make_shared<Questions>(urls);
     for (qsizetype i = 0; i < std::min(urls.size(), mostThreads); ++i)
@@ -61,7 +60,7 @@ QList<QUrl> BWFolderCheck::folders(const QList<QUrl> &urls, const QList<QUrl> &a
         const Answer answer = questions->answers[std::size_t(i)];
         if (answer == Answer::None)
             qCWarning(bwModel).noquote() << "The disk does not answer about" << urls[i].toDisplayString();
-        if (answer != Answer::Nothing || always.contains(urls[i]))
+        if (answer != Answer::Nothing)
             found.append(urls[i]);
     }
     return found;

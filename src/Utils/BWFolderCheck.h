@@ -9,8 +9,7 @@ class BWFolderCheck {
 public:
     BWFolderCheck() = delete;
 
-    /// Those of the URLs that name folders, in the same order, together with those in `always`, and those about which
-    /// the disks have not answered within the patience: they are likely to be there again some time. Any thread.
-    static QList<QUrl> folders(const QList<QUrl> &urls, const QList<QUrl> &always = {},
-                               std::chrono::milliseconds patience = std::chrono::seconds(1));
+    /// Those of the URLs that name folders, in the same order, and those about which the disks have not answered within
+    /// the patience: they are likely to be there again some time. Any thread but the GUI's.
+    static QList<QUrl> folders(const QList<QUrl> &urls, std::chrono::milliseconds patience = std::chrono::seconds(1));
 };

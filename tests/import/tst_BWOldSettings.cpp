@@ -77,6 +77,7 @@ private Q_SLOTS:
         }
         {
             const BWRepository repository(options);
+            repository.albumManager().waitUntilPrepared();
             QCOMPARE(repository.albumManager().albums().size(), 2); // the third folder is gone
             QCOMPARE(repository.albumManager().albums()[1]->path(), homeUrl(u"BrimwellPro/Standardalbum"_s));
             QVERIFY(repository.albumManager().albums()[1]->isDefaultAlbum());
@@ -142,7 +143,8 @@ private Q_SLOTS:
 
         const auto old = BWOldSettingsFile::read(m_folder.path(file));
         QCOMPARE(old.problem, Problem::None);
-        auto result = BWOldSettingsImporter::importByHand(old.settings, config, albums);
+        const QList<QUrl> there = BWOldSettingsImporter::foldersThere(old.settings);
+        auto result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
         QCOMPARE(result.cameras, 3);
         QCOMPARE(result.unknownCameras, 2);
         QCOMPARE(result.products, 4);
@@ -157,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(stored(defaults, u"dx12"_s), dx12Values);
 
         const QStringList before = storedAlbums(defaults);
-        result = BWOldSettingsImporter::importByHand(old.settings, config, albums);
+        result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
         QCOMPARE(result.knownAlbums, 2);
         QCOMPARE(storedAlbums(defaults), before);
     }

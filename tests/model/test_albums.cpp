@@ -173,21 +173,82 @@ private Q_SLOTS:
 
     void scanStoresFoldersUpToTheDefaultOne()
     {
-        for (const QString &name : {u"A"_s, u"Default Album"_s, u"Default Album.old"_s, u"Z"_s, u"Ä %1"_s})
+        for (const QString &name : {u"Z"_s, u"b"_s, u"A"_s, u".hidden"_s, u"Default Album.old"_s, u"Default Album"_s,
+                                    u"Patient 42"_s, u"Ä %1"_s})
             m_folder->folder(u"BrimwellPro/"_s + name);
         m_folder->file(u"BrimwellPro/file"_s);
         m_defaults->setString(u"bwp2x_albums"_s, u"[]"_s);
         m_manager->prepare();
+        QCOMPARE(albums(), u"A|b|*Default Album|Default Album.old|Patient 42|Z|Ä %1"_s);
+        QCOMPARE(TestFolder::names(m_manager->validAlbumPaths()), u"A|b|Default Album"_s);
+    }
 
-        const QString all = albums(); // in the file system's own order
-        QStringList sorted = QString(all).remove(u'*').split(u'|');
-        sorted.sort();
-        QCOMPARE(sorted.join(u'|'), u"A|Default Album|Default Album.old|Z|Ä %1"_s);
-        QCOMPARE(all.count(u'*'), 1);
-        const QString before = all.section(u'*', 0, 0);
-        const QString chosen = all.section(u'*', 1).section(u'|', 0, 0);
-        QVERIFY2(!before.contains(u"Default"_s) && chosen.startsWith(u"Default"_s), qPrintable(all));
-        QCOMPARE(TestFolder::names(m_manager->validAlbumPaths()), before + chosen);
+    void namesOfTheDefaultAlbum_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const QString &name :
+             {u"../../x"_s, u"/x"_s, u"x/"_s, u"."_s, u".."_s, u".x"_s, u"a\0b"_s, u""_s, QString(256, u'x')})
+            QTest::newRow(qPrintable(u"\""_s + name.left(9) + u'"')) << name;
+    }
+    void namesOfTheDefaultAlbum()
+    {
+        QFETCH(QString, name);
+        const TestFolder around;
+        BWAlbumManager manager(*m_defaults, around.folder(u"1/2"_s).toLocalFile());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The default album cannot be called"_s));
+        manager.setOldDefaultAlbumName(name);
+        manager.prepare();
+        QCOMPARE(manager.currentAlbum()->path(), manager.defaultAlbumBasePath());
+        QCOMPARE(TestFolder::count(around.path()) + TestFolder::count(around.path(u"1"_s)), 2);
+    }
+
+    void anotherProgramsAlbumsStay()
+    {
+        const auto quoted = [this](const QStringList &names) {
+            QStringList paths;
+            for (const QString &name : names)
+                paths.append(u"\"%1\""_s.arg(m_folder->folder(name).toLocalFile()));
+            return u"[%1]"_s.arg(paths.join(u','));
+        };
+        m_defaults->setString(u"bwp2x_albums"_s, quoted({u"A"_s, u"B"_s, u"C"_s}));
+        m_manager->prepare();
+        m_defaults->setString(u"bwp2x_albums"_s, quoted({u"A"_s, u"C"_s, u"Theirs"_s})); // B was taken off, too
+        m_manager->removeCurrentAlbum();
+        m_manager->addAlbumFromPath(m_folder->folder(u"Mine"_s));
+        QCOMPARE(m_defaults->string(u"bwp2x_albums"_s), quoted({u"C"_s, u"Theirs"_s, u"Mine"_s}));
+    }
+
+    void makingFolders_data()
+    {
+        using Problem = BWAlbumManager::FolderProblem;
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<Problem>("problem");
+        QTest::newRow("spaces and dots") << u"Proben 12.3 \"neu\""_s << Problem::None;
+        QTest::newRow("in a new folder") << u"2026/Proben"_s << Problem::None;
+        QTest::newRow("there already") << u"Album"_s << Problem::None;
+        QTest::newRow("hidden") << u".x"_s << Problem::Name;
+        QTest::newRow("too long") << QString(256, u'x') << Problem::Name;
+        QTest::newRow("a file") << u"file"_s << Problem::Taken;
+        QTest::newRow("below a file") << u"file/x"_s << Problem::Failed;
+        QTest::newRow("not ours") << u"/proc/x"_s << Problem::Failed;
+        QTest::newRow("not allowed") << u"shut/x"_s << Problem::NotAllowed;
+    }
+    void makingFolders()
+    {
+        QFETCH(QString, name);
+        QFETCH(BWAlbumManager::FolderProblem, problem);
+        m_folder->file(u"file"_s);
+        ::chmod(QFile::encodeName(m_folder->folder(u"shut"_s).toLocalFile()).constData(), 0555);
+        const QUrl folder = QUrl::fromLocalFile(QDir(m_folder->path()).absoluteFilePath(name));
+        if (problem == BWAlbumManager::FolderProblem::Failed)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot make"_s));
+        ::chmod(QFile::encodeName(m_folder->path()).constData(), 0777);
+        if (::geteuid() == 0) // who may do everything
+            ::setfsuid(65534);
+        const auto found = BWAlbumManager::makeAlbumFolder(folder);
+        ::setfsuid(::geteuid());
+        QCOMPARE(found, problem);
+        QCOMPARE(BWFilePath::isFolder(folder), problem == BWAlbumManager::FolderProblem::None);
     }
 
     void storedLists_data()
@@ -199,6 +260,7 @@ private Q_SLOTS:
             << u"[\"%1/B/\",5,null,\"\",\"A\",{},\"%1/gone\",\"%1/file\",\"%1/BrimwellPro/Default Album\",\"%1/A\"]"_s
             << u"B|*Default Album|A"_s << false;
         QTest::newRow("without the default one") << u"[\"%1/A\"]"_s << u"A"_s << false;
+        QTest::newRow("hidden") << u"[\"%1/.B\",\"%1/A\"]"_s << u"A"_s << false;
         QTest::newRow("all vanished") << u"[\"%1/gone\"]"_s << u"*Default Album"_s << false;
         QTest::newRow("cut off") << u"[\"%1/A\""_s << u"*Default Album"_s << true;
         QTest::newRow("no list") << u"{\"a\":\"%1/A\"}"_s << u"*Default Album"_s << true;
@@ -209,6 +271,7 @@ private Q_SLOTS:
         QFETCH(bool, logged);
         m_folder->folder(u"A"_s);
         m_folder->folder(u"B"_s);
+        m_folder->folder(u".B"_s);
         m_folder->file(u"file"_s);
         m_defaults->setString(u"bwp2x_albums"_s, text.arg(m_folder->path()));
         if (logged)

@@ -24,13 +24,16 @@ private Q_SLOTS:
             u"bwp2x_albums"_s,
             u"[\"%1/hanging/Remote\",\"%1/BrimwellPro/Default Album\",\"%1/gone\"]"_s.arg(folder.path()));
         BWAlbumManager albums(defaults, folder.path());
+        BWAlbumContents contents(albums);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The disk does not answer about .*Remote"_s));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The disk does not answer about .*Remote"_s));
-        albums.prepare();
+        albums.prepareInBackground();
+        QVERIFY(!albums.isPrepared()); // as nobody has waited
+        contents.reload();
+        QCOMPARE(contents.state(), State::Reading);
+        albums.waitUntilPrepared();
         QCOMPARE(albums.albums().size(), 2); // it may come back, while the one that is gone is gone
         QCOMPARE(albums.currentAlbum()->name(), u"Remote"_s);
 
-        BWAlbumContents contents(albums);
         contents.reload();
         QTRY_COMPARE(contents.state(), State::NotAnswering);
         albums.setSelectedIndex(1);
@@ -45,6 +48,35 @@ private Q_SLOTS:
         QVERIFY(!called);
         albums.abandonAdding();
         QVERIFY(QFile::exists(folder.path(u"capture"_s)));
+    }
+
+    void albumsFolderItselfHangs()
+    {
+        const TestFolder folder;
+        BWSettingsFile defaults(folder.path(u"settings.conf"_s));
+        bool called = false;
+        const QUrl capture = folder.file(u"capture"_s);
+        {
+            BWAlbumManager albums(defaults, folder.folder(u"hanging/home"_s).toLocalFile());
+            BWAlbumContents contents(albums);
+            albums.prepareInBackground();
+            contents.reload();
+            albums.addFile(capture, BWMediaType::Image, [&](bool, const QUrl &) { called = true; });
+            QTRY_COMPARE(contents.state(), State::NotAnswering);
+            QVERIFY(!albums.isPrepared());
+        }
+        QVERIFY2(!called && QFile::exists(capture.toLocalFile()), "kept for the next start");
+    }
+
+    void captureBeforeTheAlbumsAreKnown()
+    {
+        const TestFolder folder;
+        BWSettingsFile defaults(folder.path(u"settings.conf"_s));
+        BWAlbumManager albums(defaults, folder.path());
+        albums.prepareInBackground();
+        bool done = false;
+        albums.addFile(folder.file(u"capture"_s), BWMediaType::Image, [&](bool added, const QUrl &) { done = added; });
+        QTRY_VERIFY(done);
     }
 };
 

@@ -37,6 +37,8 @@ private Q_SLOTS:
         QCOMPARE(&BWRepository::singleton(), &repository);
         QCOMPARE(repository.localizationManager().preferredLanguage(), u"de"_s);
         QVERIFY(!repository.localizationManager().strings().isEmpty()); // of the products
+        QVERIFY2(!repository.albumManager().isPrepared(), "no disk is waited for");
+        repository.albumManager().waitUntilPrepared();
         QCOMPARE(repository.albumManager().currentAlbum()->path(), folder.url(u"BrimwellPro/Standardalbum"_s));
 
         {

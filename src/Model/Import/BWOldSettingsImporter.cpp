@@ -58,7 +58,7 @@ void setCameras(const BWOldCameraSettings &old, BWConfigManager &config, Result 
 QString folderName(const BWOldAlbum &album)
 {
     const QString name = album.path.section(u'/', -1, -1, QString::SectionSkipEmpty);
-    return name.isEmpty() || name == "."_L1 || name == ".."_L1 ? QString() : name;
+    return BWAlbum::isName(name) ? name : QString();
 }
 
 bool isDefault(const BWOldAlbum &album)
@@ -77,9 +77,9 @@ QList<QUrl> foldersOf(const QList<BWOldAlbum> &albums)
     return folders;
 }
 
-void addAlbums(const QList<BWOldAlbum> &old, BWConfigManager &config, BWAlbumManager &albums, Result &result)
+void addAlbums(const QList<BWOldAlbum> &old, const QList<QUrl> &there, BWConfigManager &config, BWAlbumManager &albums,
+               Result &result)
 {
-    const QList<QUrl> there = BWFolderCheck::folders(foldersOf(old));
     result.missingFolders = static_cast<int>(old.size() - there.size());
     result.albums = albums.addAlbumsFromPaths(there);
     result.knownAlbums = static_cast<int>(there.size()) - result.albums;
@@ -145,13 +145,18 @@ bool BWOldSettingsImporter::importCameraSettings(BWConfigManager &config)
     return true;
 }
 
-Result BWOldSettingsImporter::importByHand(const BWOldSettings &settings, BWConfigManager &config,
-                                           BWAlbumManager &albums)
+QList<QUrl> BWOldSettingsImporter::foldersThere(const BWOldSettings &settings)
+{
+    return settings.albums ? BWFolderCheck::folders(foldersOf(*settings.albums)) : QList<QUrl>();
+}
+
+Result BWOldSettingsImporter::importByHand(const BWOldSettings &settings, const QList<QUrl> &there,
+                                           BWConfigManager &config, BWAlbumManager &albums)
 {
     Result result;
     if (settings.cameras)
         setCameras(*settings.cameras, config, result);
     if (settings.albums)
-        addAlbums(*settings.albums, config, albums, result);
+        addAlbums(*settings.albums, there, config, albums, result);
     return result;
 }

@@ -2,6 +2,9 @@
 
 #include "Model/Import/BWOldSettings.h"
 
+#include <QList>
+#include <QUrl>
+
 class BWAlbumManager;
 class BWConfigManager;
 class BWUserDefaults;
@@ -30,9 +33,13 @@ public:
     /// True when there is no reason to try again at the next start, which a damaged archive is none.
     bool importSettings(BWConfigManager &config, BWAlbumManager &albums);
 
+    /// Those of the old albums' folders that are there. Any thread; waits for the disks, but not for long.
+    static QList<QUrl> foldersThere(const BWOldSettings &settings);
+
     /// At the user's wish, with albums that are prepared: none is removed from the list, and the one that is selected
-    /// stays so. Folders that are not there are not made.
-    static Result importByHand(const BWOldSettings &settings, BWConfigManager &config, BWAlbumManager &albums);
+    /// stays so. `there` comes from foldersThere(); folders that are not there are not made.
+    static Result importByHand(const BWOldSettings &settings, const QList<QUrl> &there, BWConfigManager &config,
+                               BWAlbumManager &albums);
 
 private:
     bool importAlbums(BWConfigManager &config, BWAlbumManager &albums);

@@ -220,6 +220,8 @@ void BWAlbumManagerWindowController::reloadAlbums()
         m_popUp->setCurrentIndex(m_albums.selectedIndex());
     }
     m_popUp->setToolTip(m_popUp->currentData(Qt::ToolTipRole).toString());
+    for (QWidget *needsAlbums : std::initializer_list<QWidget *>{m_popUp, m_add, m_remove})
+        needsAlbums->setEnabled(m_albums.isPrepared());
     if (m_shown)
         m_contents.reload();
 }
