@@ -44,9 +44,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
           BWAlbumManagerWindowController::Surroundings{m_panels, m_surroundings.openUrl}, &window, clock)),
       m_settings(std::make_unique<BWSettingsWindowController>(
           m_config, repository.userDefaults(),
-          BWSettingsWindowController::Surroundings{*this, m_surroundings.currentCamera,
-                                                   [this] { showAdvancedSettings(); }},
-          &window)),
+          BWSettingsWindowController::Surroundings{*this, [this] { showAdvancedSettings(); }}, &window)),
       m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(
           m_config, repository.userDefaults(), m_surroundings.currentCamera, &window, clock)),
       m_help(std::make_unique<BWSimpleHelpWindowController>(

@@ -109,13 +109,19 @@ void BWConfigManager::setCurrentProductIdentifier(const QString &productIdentifi
     changed();
 }
 
+BWCameraProductPtr BWConfigManager::currentProductForCameraIdentifier(const QString &cameraIdentifier) const
+{
+    auto chosen = productByIdentifier(currentProductIdentifierForCameraIdentifier(cameraIdentifier));
+    if (chosen && chosen->cameraTypeIdentifier() == cameraIdentifier)
+        return chosen;
+    return productByIdentifier(defaultProductIdentifierForCameraIdentifier(cameraIdentifier));
+}
+
 QString BWConfigManager::productIdentifier() const
 {
-    const QString camera = m_currentCamera ? m_currentCamera() : QString();
-    if (camera.isNull())
-        return {};
-    const QString chosen = currentProductIdentifierForCameraIdentifier(camera);
-    return chosen.isNull() ? defaultProductIdentifierForCameraIdentifier(camera) : chosen;
+    const BWCameraProductPtr product =
+        currentProductForCameraIdentifier(m_currentCamera ? m_currentCamera() : QString());
+    return product ? product->identifier() : QString();
 }
 
 void BWConfigManager::addListener(BWConfigManagerListener *listener)

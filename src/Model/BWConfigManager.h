@@ -33,7 +33,10 @@ public:
     QString currentProductIdentifierForCameraIdentifier(const QString &cameraIdentifier) const;
     QString defaultProductIdentifierForCameraIdentifier(const QString &cameraIdentifier) const;
     void setCurrentProductIdentifier(const QString &productIdentifier, const QString &cameraIdentifier);
-    /// The product that applies to the camera in use: chosen, or else its type's default; null without a camera.
+    /// What a camera of that type is taken for: the product chosen for the type, or else the type's default, also where
+    /// the chosen one is no product of that type (any more). Null for an unknown type.
+    BWCameraProductPtr currentProductForCameraIdentifier(const QString &cameraIdentifier) const;
+    /// That of the camera in use; null without a camera.
     QString productIdentifier() const;
 
     /// Adds a product to the lists; the first of a camera type becomes that type's default.

@@ -83,9 +83,7 @@ void BWGridDebuggerWindowController::reload()
     const BWCameraPtr camera = m_surroundings.currentCamera();
     if (!camera)
         return;
-    const QString type = camera->detectedCamera()->cameraDescription()->identifierForProducts;
-    const BWCameraProductPtr product =
-        m_config.productByIdentifier(m_config.currentProductIdentifierForCameraIdentifier(type));
+    const BWCameraProductPtr product = m_config.currentProductForCameraIdentifier(camera->identifierForProducts());
     if (!product)
         return;
     m_productNameTextField->setText(product->name());

@@ -18,29 +18,19 @@ struct Listener : BWConfigManagerListener {
     void configManagerUpdatedSettings(BWConfigManager &) override { onUpdate(); }
 };
 
-QString identifiers(const QList<BWCameraProductPtr> &products)
-{
-    QStringList result;
-    for (const BWCameraProductPtr &product : products)
-        result.append(product->identifier());
-    return result.join(u' ');
-}
-
-/// "0:12 1:50 ... 640x480 of 7": the available settings in their order, the chosen size, how many sizes there are.
+/// "0:12 1:50 ... 640x480": the available settings in their order, and the chosen size.
 QString valuesOf(const BWCameraProduct &product)
 {
     QStringList result;
     for (int setting : product.availableSettings())
         result.append(u"%1:%2"_s.arg(setting).arg(product.valueForSetting(setting).value_or(-1)));
-    result.append(product.currentResolution().resolutionString());
-    result.append(u"of %1"_s.arg(product.availableResolutions().size()));
-    return result.join(u' ');
+    return result.join(u' ') + u' ' + product.currentResolution().resolutionString();
 }
 
 using Change = std::function<void(BWConfigManager &)>;
 
 const QString albumName = u"Päckchen, \"50 %\"; =\n[x]\\ @é日本 "_s;
-const QString factoryOfDX12 = u"0:63 1:28 2:56 3:130 4:10 13:1 640x480 of 2"_s;
+const QString factoryOfDX12 = u"0:63 1:28 2:56 3:130 4:10 13:1 640x480"_s;
 
 } // namespace
 
@@ -236,8 +226,10 @@ private Q_SLOTS:
         manager.addListener(&a);
         manager.setRememberLayout(false);
         QCOMPARE(calls, u"aabb"_s);
-        manager.resetLayout(); // one pulse
+        m_defaults->setString(u"bwp2x_remember_layout"_s, u"as it was"_s);
+        manager.resetLayout(); // one pulse, and nothing is stored
         QVERIFY(!manager.mustResetLayout());
+        QCOMPARE(m_defaults->string(u"bwp2x_remember_layout"_s), u"as it was"_s);
         QCOMPARE(calls, u"aabbAb"_s);
         manager.removeListener(&a);
         manager.setRememberLayout(true);
@@ -250,52 +242,96 @@ private Q_SLOTS:
         QVERIFY(aborts([&] { manager.resetLayout(); }));
     }
 
-    void productOfTheCameraInUse()
+    void currentProduct_data()
     {
-        QString camera;
+        QTest::addColumn<QString>("chosen");
+        QTest::addColumn<QString>("camera");
+        QTest::addColumn<QString>("product");
+        QTest::newRow("chosen") << u"mx61"_s << u"wired_high"_s << u"mx61"_s;
+        QTest::newRow("none chosen") << QString() << u"wired_high"_s << u"dx10"_s;
+        QTest::newRow("not made any more") << u"gone"_s << u"wired_high"_s << u"dx10"_s;
+        QTest::newRow("of another type") << u"dx12"_s << u"wired_high"_s << u"dx10"_s;
+        QTest::newRow("unknown type") << u"mx61"_s << u"unheard of"_s << QString();
+        QTest::newRow("no camera") << u"mx61"_s << QString() << QString();
+    }
+    void currentProduct()
+    {
+        QFETCH(QString, chosen);
+        QFETCH(QString, camera);
+        QFETCH(QString, product);
         BWConfigManager manager(*m_defaults, [&] { return camera; });
-        QVERIFY(manager.productIdentifier().isNull());
-        camera = u"wired_high"_s;
-        QCOMPARE(manager.productIdentifier(), u"dx10"_s);
-        manager.setCurrentProductIdentifier(u"gone"_s, camera);
-        QCOMPARE(manager.productIdentifier(), u"gone"_s);
-        QVERIFY(!manager.productByIdentifier(u"gone"_s));
-        camera = u"unheard of"_s;
-        QVERIFY(manager.productIdentifier().isNull());
+        if (!chosen.isNull())
+            manager.setCurrentProductIdentifier(chosen, camera);
+        QCOMPARE(manager.productIdentifier(), product);
+        QCOMPARE(manager.currentProductForCameraIdentifier(camera), manager.productByIdentifier(product));
+        QCOMPARE(manager.currentProductIdentifierForCameraIdentifier(camera), chosen); // kept as it is
     }
 
+    /// Each product whole; names and identifiers are those that older versions stored, odd ones included.
     void catalogue()
     {
+        const QString ultra = u"0:0 1:32 2:64 3:0 4:3 5:100 7:4600 8:1 9:0 10:1 11:1 12:157"_s;
+        const QString mx24 = u"0:12 1:50 2:60 3:35 4:4 5:90 7:3750 8:1 9:0 10:1 11:0 12:625"_s;
+        const QString high = u"0:0 1:15 2:15 3:160 4:13 5:78 7:128 8:1"_s;
+        const QString dx15 = u"0:0 1:13 2:15 3:152 4:15 5:64 7:120 8:0"_s;
+        const QString dx14 = u"0:0 1:8 2:16 3:120 4:12 5:92 7:128 8:1"_s;
+        const QString dx70 = u"0:0 1:13 2:15 3:167 4:15 5:75 7:90 8:0"_s;
+        const QString wireless = u"0:63 1:28 2:56 3:130 4:10 13:1"_s;
+        const QString dx17 = u"0:63 1:32 2:56 3:100 4:11 13:1"_s;
+        const QString of3 = u"640x480 1280x1024 1600x1200"_s, small3 = u"640x480 800x600 1280x1024"_s;
+        const QString of2 = u"640x480 720x480"_s;
+        const QString of7 = u"640x480 800x600 1280x1024 1600x1200 1920x1080 2048x1536 2592x1944"_s;
+        const QString of10 =
+            u"640x480 800x600 1024x768 1280x720 1280x960 1280x1024 1600x1200 1920x1080 2048x1536 2592x1944"_s;
+        // clang-format off
+        const QList<QStringList> expected{
+            {u"mx62"_s, u"Polarizing Microscope MX62"_s, u"Polarisationsmikroskop MX62"_s, u"wired_ultra"_s, ultra, of7},
+            {u"mx51"_s, u"Digital Microscope MX51"_s, u"Digitales Mikroskop MX51"_s, u"wired_ultra"_s, ultra, of7},
+            {u"mx24"_s, u"Digital Camera MX24"_s, u"Digitalkamera MX24"_s, u"wired_ultra"_s, mx24, of7},
+            {u"dx15_16"_s, u"Digital Video Otoscope DX15/DX16"_s, u"Digitales Video-Otoskop DX15 / DX16"_s, u"wired_regular"_s, dx15, small3},
+            {u"dx14"_s, u"Digital Iris Scope DX14"_s, u"Digitales Iris Scope DX14"_s, u"wired_regular"_s, dx14, small3},
+            {u"dx70"_s, u"Digital Camera DX70"_s, u"Digitalkamera DX70"_s, u"wired_regular"_s, dx70, small3},
+            {u"dx10"_s, u"Digital Dermatoscope DX10"_s, u"Digitales Dermatoskop DX10"_s, u"wired_high"_s, high, of3},
+            {u"mx50_40"_s, u"Digital Microscope MX50/MX40"_s, u"Digitales Mikroskop MX50 / MX40"_s, u"wired_high"_s, high, of3},
+            {u"mx61"_s, u"Digital Polarizing Microscope MX61"_s, u"Digitales Polarisationsmikroskop MX61"_s, u"wired_high"_s, high, of3},
+            {u"mx63"_s, u"Digital U/V Polarizing Microscope MX63"_s, u"Digitales U/V-Polarisationsmikroskop MX63"_s, u"wired_high"_s, high, of3},
+            {u"dx11t"_s, u"Digital Trichoscope DX11T"_s, u"Digitales Trichoskop DX11T"_s, u"wired_high"_s, high, of3},
+            {u"dx12"_s, u"Wireless Dermatoscope DX12"_s, u"Drahtloses Dermatoskop DX12"_s, u"wireless"_s, wireless, of2},
+            {u"dx17_18"_s, u"Wireless Otoscope DX17/DX18"_s, u"Drahtloses Otoskop DX17 / DX18"_s, u"wireless"_s, dx17, of2},
+            {u"mx30_31"_s, u"Wireless Microscope MX30/MX31"_s, u"Drahtloses Mikroskop MX30 / MX31"_s, u"wireless"_s, wireless, of2},
+            {u"mx32"_s, u"Wireless Polarizing Microscope MX32"_s, u"Drahtloses Polarisationsmikroskop MX32"_s, u"wireless"_s, wireless, of2},
+            {u"mx33"_s, u"Wireless UV Polarizing Microscope MX33"_s, u"Drahtloses UV Polarisationsmikroskop MX33"_s, u"wireless"_s, wireless, of2},
+            {u"dx72"_s, u"Wireless Endoscope Camera DX72"_s, u"Wireless Endoskop Kamera DX72"_s, u"wireless"_s, wireless, of2},
+            {u"wx90"_s, u"Wireless Digital Camera WX90"_s, u"Drahtlos Digitalkamera WX90"_s, u"wireless"_s, wireless, of2},
+            {u"dx20"_s, u"General Examination Camera DX20"_s, QString(), u"wired_ultra"_s, ultra, of10}};
+        // clang-format on
         const BWConfigManager manager(*m_defaults);
-        for (const QString &line : {u"wired_ultra: mx62 mx51 mx24 dx20"_s, u"wired_regular: dx15_16 dx14 dx70"_s,
-                                    u"wired_high: dx10 mx50_40 mx61 mx63 dx11t"_s,
-                                    u"wireless: dx12 dx17_18 mx30_31 mx32 mx33 dx72 wx90"_s, u"wired: "_s}) {
-            const QString type = line.section(u": "_s, 0, 0);
-            QCOMPARE(identifiers(manager.productsByCameraIdentifier(type)), line.section(u": "_s, 1));
-            QCOMPARE(manager.defaultProductIdentifierForCameraIdentifier(type), line.section(u' ', 1, 1));
+        const QList<BWCameraProductPtr> &products = manager.allProducts();
+        QCOMPARE(products.size(), expected.size());
+        QHash<QString, QList<BWCameraProductPtr>> byType;
+        for (qsizetype i = 0; i < products.size(); ++i) {
+            const BWCameraProduct &product = *products[i];
+            QStringList sizes;
+            for (const BWResolution resolution : product.availableResolutions())
+                sizes.append(resolution.resolutionString());
+            const QStringList row{product.identifier(),           product.name(),    product.oldGermanName(),
+                                  product.cameraTypeIdentifier(), valuesOf(product), sizes.join(u' ')};
+            QStringList whole = expected[i];
+            whole[4] += u" 640x480"_s; // the size they start with
+            QCOMPARE(row, whole);
+            QCOMPARE(product.oldGermanName().isNull(), expected[i][2].isNull());
+            QCOMPARE(product.oldEnglishName(), product.name());
+            QCOMPARE(manager.productByIdentifier(expected[i][0]), products[i]);
+            byType[expected[i][3]].append(products[i]);
         }
-        QVERIFY(identifiers(manager.allProducts()).startsWith(u"mx62 mx51 mx24 dx15_16 "_s));
-        QCOMPARE(manager.allProducts().last()->identifier(), u"dx20"_s);
-
-        // Names that must not be tidied up.
+        QCOMPARE(byType.size(), 4);
+        for (auto it = byType.cbegin(); it != byType.cend(); ++it) {
+            QCOMPARE(manager.productsByCameraIdentifier(it.key()), it.value());
+            QCOMPARE(manager.defaultProductIdentifierForCameraIdentifier(it.key()), it.value().first()->identifier());
+        }
+        QVERIFY(manager.productsByCameraIdentifier(u"wired"_s).isEmpty());
+        QVERIFY(manager.defaultProductIdentifierForCameraIdentifier(u"wired"_s).isNull());
         QVERIFY(!manager.productByIdentifier(u"mx30_41"_s));
-        QCOMPARE(manager.productByIdentifier(u"mx30_31"_s)->name(), u"Wireless Microscope MX30/MX31"_s);
-        QCOMPARE(manager.productByIdentifier(u"mx30_31"_s)->oldGermanName(), u"Drahtloses Mikroskop MX30 / MX31"_s);
-        QCOMPARE(manager.productByIdentifier(u"wx90"_s)->oldGermanName(), u"Drahtlos Digitalkamera WX90"_s);
-        QCOMPARE(manager.productByIdentifier(u"mx63"_s)->oldEnglishName(), u"Digital U/V Polarizing Microscope MX63"_s);
-        QVERIFY(manager.productByIdentifier(u"dx20"_s)->oldGermanName().isNull());
-    }
-
-    void factoryValues()
-    {
-        const BWConfigManager manager(*m_defaults);
-        for (const QString &line : {u"mx24 0:12 1:50 2:60 3:35 4:4 5:90 7:3750 8:1 9:0 10:1 11:0 12:625 640x480 of 7"_s,
-                                    u"dx20 0:0 1:32 2:64 3:0 4:3 5:100 7:4600 8:1 9:0 10:1 11:1 12:157 640x480 of 10"_s,
-                                    u"dx11t 0:0 1:15 2:15 3:160 4:13 5:78 7:128 8:1 640x480 of 3"_s,
-                                    u"dx17_18 0:63 1:32 2:56 3:100 4:11 13:1 640x480 of 2"_s}) {
-            const auto product = manager.productByIdentifier(line.section(u' ', 0, 0));
-            QCOMPARE(valuesOf(*product), line.section(u' ', 1));
-        }
     }
 
     void savedValuesComeBack()
@@ -315,7 +351,7 @@ private Q_SLOTS:
         QCOMPARE(text, u"{\"0\":63,\"1\":28,\"13\":1,\"2\":57,\"3\":200,\"4\":0.5,\"resolution\":\"720x480\"}"_s);
         const BWConfigManager manager(*m_defaults);
         const BWCameraProductPtr product = manager.productByIdentifier(u"dx12"_s);
-        QCOMPARE(valuesOf(*product), u"0:63 1:28 2:57 3:200 4:0.5 13:1 720x480 of 2"_s);
+        QCOMPARE(valuesOf(*product), u"0:63 1:28 2:57 3:200 4:0.5 13:1 720x480"_s);
         product->setDefaults();
         QCOMPARE(valuesOf(*product), factoryOfDX12);
         QCOMPARE(m_defaults->string(u"bwp2x_product_dx12"_s), text);
@@ -330,14 +366,14 @@ private Q_SLOTS:
         QTest::newRow("not an object") << u"[200]"_s << factoryOfDX12 << true;
         QTest::newRow("empty") << u""_s << factoryOfDX12 << true;
         QTest::newRow("wrong types") << u"{\"2\":\"a\",\"3\":200,\"4\":null,\"resolution\":640}"_s
-                                     << u"0:63 1:28 2:56 3:200 4:10 13:1 640x480 of 2"_s << true;
+                                     << u"0:63 1:28 2:56 3:200 4:10 13:1 640x480"_s << true;
         QTest::newRow("too large") << u"{\"2\":1e300,\"3\":2147483648,\"4\":-9}"_s
-                                   << u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480 of 2"_s << true;
-        QTest::newRow("no size") << u"{\"resolution\":\"640x\",\"3\":1}"_s
-                                 << u"0:63 1:28 2:56 3:1 4:10 13:1 640x480 of 2"_s << true;
+                                   << u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480"_s << true;
+        QTest::newRow("no size") << u"{\"resolution\":\"640x\",\"3\":1}"_s << u"0:63 1:28 2:56 3:1 4:10 13:1 640x480"_s
+                                 << true;
         // What only the camera offers was chosen from the camera's own menu.
         QTest::newRow("size of the camera, names read as numbers")
-            << u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s << u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768 of 2"_s
+            << u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s << u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768"_s
             << false;
     }
     void storedValues()

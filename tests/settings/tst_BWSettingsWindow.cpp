@@ -68,11 +68,8 @@ private Q_SLOTS:
         m_cameraWindow = std::make_unique<QWidget>();
         m_cameraWindow->setGeometry(100, 50, 500, 300);
         m_cameraWindow->show();
-        m_window =
-            new BWSettingsWindowController(*m_config, *m_defaults,
-                                           BWSettingsWindowController::Surroundings{*this, [this] { return m_current; },
-                                                                                    [this] { m_log << u"advanced"_s; }},
-                                           m_cameraWindow.get());
+        m_window = new BWSettingsWindowController(*m_config, *m_defaults, {*this, [this] { m_log << u"advanced"_s; }},
+                                                  m_cameraWindow.get());
         m_form = m_window->findChild<BWSettingsForm *>();
         m_window->localizeWithManager(m_texts);
         m_config->addListener(m_window);
@@ -168,8 +165,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("then");
         QTest::newRow("default") << QString() << u"dx10"_s << QString() << u"dx10"_s;
         QTest::newRow("chosen") << u"mx61"_s << u"mx61"_s << u"mx63"_s << u"mx63"_s;
-        QTest::newRow("no longer made") << u"mx1"_s << QString() << u"mx61"_s << u"mx61"_s;
-        QTest::newRow("unknown keeps") << u"mx61"_s << u"mx61"_s << u"mx1"_s << u"mx61"_s;
+        QTest::newRow("no longer made") << u"mx1"_s << u"dx10"_s << u"mx61"_s << u"mx61"_s;
+        QTest::newRow("of another type") << u"mx61"_s << u"mx61"_s << u"dx12"_s << u"dx10"_s;
     }
     void products()
     {

@@ -104,19 +104,14 @@ BWCamera::Completion BWCameraSession::then(std::function<void()> work)
 
 std::shared_ptr<BWCameraProduct> BWCameraSession::currentProduct() const
 {
-    if (!m_currentCamera)
-        return nullptr;
-    if (auto product = m_config.productByIdentifier(m_config.productIdentifier()))
-        return product;
-    // The stored choice names a product that does not exist (any more).
-    const QString type = m_currentCamera->identifierForProducts();
-    return m_config.productByIdentifier(m_config.defaultProductIdentifierForCameraIdentifier(type));
+    return m_currentCamera ? m_config.currentProductForCameraIdentifier(m_currentCamera->identifierForProducts())
+                           : nullptr;
 }
 
 bool BWCameraSession::currentProductHasGrid() const
 {
-    const QString product = m_config.productIdentifier();
-    return product == "dx10"_L1 || product == "dx12"_L1;
+    const auto product = currentProduct();
+    return product && (product->identifier() == "dx10"_L1 || product->identifier() == "dx12"_L1);
 }
 
 void BWCameraSession::waitForCamera()

@@ -148,11 +148,7 @@ void BWAdvancedSettingsWindowController::setCurrentCamera(const BWCameraPtr &)
 
 BWCameraProductPtr BWAdvancedSettingsWindowController::productFor(const BWCamera &camera) const
 {
-    const QString type = camera.identifierForProducts();
-    if (auto chosen = m_config.productByIdentifier(m_config.currentProductIdentifierForCameraIdentifier(type)))
-        return chosen;
-    // Nothing chosen, or a product that does not exist any more.
-    return m_config.productByIdentifier(m_config.defaultProductIdentifierForCameraIdentifier(type));
+    return m_config.currentProductForCameraIdentifier(camera.identifierForProducts());
 }
 
 void BWAdvancedSettingsWindowController::reload()

@@ -32,8 +32,7 @@ BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, 
     : BWUtilityPanel(cameraWindow),
       m_config(config),
       m_surroundings(std::move(surroundings)),
-      m_form(new BWSettingsForm),
-      m_products(config)
+      m_form(new BWSettingsForm)
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -104,11 +103,17 @@ void BWSettingsWindowController::updateCameras(const QList<BWCameraPtr> &cameras
 
 void BWSettingsWindowController::updateProductForCamera(const BWCameraPtr &camera)
 {
-    m_products.setCamera(camera.get());
+    m_cameraIdentifier = camera ? camera->identifierForProducts() : QString();
+    m_products = m_config.productsByCameraIdentifier(m_cameraIdentifier);
     QStringList titles;
-    for (const BWCameraProductPtr &product : m_products.products())
+    for (const BWCameraProductPtr &product : std::as_const(m_products))
         titles.append(localizeProductName(*product));
-    m_form->showProducts(titles, m_products.currentIndex());
+    m_form->showProducts(titles, currentProductIndex());
+}
+
+int BWSettingsWindowController::currentProductIndex() const
+{
+    return static_cast<int>(m_products.indexOf(m_config.currentProductForCameraIdentifier(m_cameraIdentifier)));
 }
 
 void BWSettingsWindowController::reloadSettings()
@@ -126,7 +131,9 @@ void BWSettingsWindowController::onCameraTypeChanged()
 
 void BWSettingsWindowController::onCameraProductChanged(int index)
 {
-    m_products.choose(index);
+    // Under the product's own type. A copy: the list may change while the listeners are told.
+    if (const BWCameraProductPtr product = m_products.value(index))
+        m_config.setCurrentProductIdentifier(product->identifier(), product->cameraTypeIdentifier());
 }
 
 void BWSettingsWindowController::onRestoreLayout()
@@ -162,10 +169,7 @@ void BWSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &c
 
 void BWSettingsWindowController::showChange(bool mustResetLayout)
 {
-    if (const BWCameraPtr camera = m_surroundings.currentCamera()) {
-        if (const int index = m_products.chosenIndex(*camera); index >= 0)
-            m_form->selectProduct(index);
-    }
+    m_form->selectProduct(currentProductIndex());
     if (mustResetLayout)
         resetLayout();
     reloadSettings();

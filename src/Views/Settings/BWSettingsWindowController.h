@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Model/BWCameraProduct.h"
 #include "Model/BWConfigManagerListener.h"
 #include "Model/BWLocalizationManagerDelegate.h"
 #include "Views/Settings/BWCameraChoices.h"
-#include "Views/Settings/BWProductChoices.h"
 #include "Views/Utils/BWUtilityPanel.h"
 
 #include <functional>
@@ -26,7 +26,6 @@ public:
     /// What the window asks of the application.
     struct Surroundings {
         BWSettingsWindowControllerDelegate &modelDelegate;
-        std::function<BWCameraPtr()> currentCamera; ///< the one that runs or is being started, or null
         std::function<void()> showAdvancedSettings;
     };
 
@@ -59,12 +58,14 @@ private:
     void onAdvancedSettings();
     void showChange(bool mustResetLayout);
     void updateUsualTitles();
+    int currentProductIndex() const;
 
     BWConfigManager &m_config;
     Surroundings m_surroundings;
     BWLocalizationManager *m_manager = nullptr;
     BWSettingsForm *m_form;
     BWCameraChoices m_cameras;
-    BWProductChoices m_products;
+    QString m_cameraIdentifier; // null without a camera
+    QList<BWCameraProductPtr> m_products; // as the menu lists them
     std::shared_ptr<void> m_alive = std::make_shared<int>();
 };
