@@ -378,21 +378,11 @@ void AppDelegate::forceSnapshot()
     BWCaptureController::forceSnapshot(currentCamera());
 }
 
-/// The camera in use gets what its product now has; the size of its picture only where no recording would end by it.
+/// The camera in use gets what its product now has.
 void AppDelegate::showImportedSettings()
 {
     m_auxiliaryWindows->advancedSettings().reload();
     m_auxiliaryWindows->advancedSettings().loadProductWithVideoNorm(true);
-    const BWCameraPtr camera = currentCamera();
-    const auto product = m_session->currentProduct();
-    if (!camera || !product || camera->recording())
-        return;
-    const BWResolution wished = product->currentResolution();
-    const QList<BWResolution> &available = camera->detectedCamera()->cameraDescription()->availableResolutions;
-    if (!available.contains(wished) || wished == camera->defaultResolution())
-        return;
-    m_window->controlBar().showResolutions(available, wished);
-    m_session->changeResolution(wished);
 }
 
 void AppDelegate::onRecord()

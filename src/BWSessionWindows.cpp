@@ -68,6 +68,8 @@ void BWSessionWindows::setSession(BWCameraSession &session)
         m_auxiliary.advancedSettings().updateResolution(*resolution);
         m_session->changeResolution(*resolution);
     });
+    connect(&m_auxiliary.advancedSettings(), &BWAdvancedSettingsWindowController::productReplaced, this,
+            [this] { m_session->useProductResolution(); });
     connect(&m_window.menu(), &BWMainMenu::cameraPicked, this, [this](int index) {
         const BWCameraPtr picked = m_cameras.value(index);
         m_session->changeCurrentCamera(picked);

@@ -278,8 +278,7 @@ void BWCameraSession::setProblem(const BWStartProblem &problem)
 
 void BWCameraSession::setupCurrentCamera()
 {
-    m_ui.showResolutions(m_currentCamera->detectedCamera()->cameraDescription()->availableResolutions,
-                         m_currentCamera->defaultResolution());
+    showResolutions();
     m_ui.enableGrid(currentProductHasGrid());
     m_ui.updateImageDisplay();
     m_ui.bringMainWindowToFront();
@@ -301,6 +300,24 @@ void BWCameraSession::changeResolution(BWResolution resolution)
     if (m_state != State::Streaming)
         return;
     m_currentCamera->setResolution(resolution, then([this] { m_ui.updateImageDisplay(); }));
+}
+
+void BWCameraSession::useProductResolution()
+{
+    const auto product = currentProduct();
+    if (m_state != State::Streaming || !product || m_currentCamera->recording()
+        || product->currentResolution() == m_currentCamera->defaultResolution())
+        return;
+    m_currentCamera->setResolution(product->currentResolution(), then([this] {
+                                       showResolutions();
+                                       m_ui.updateImageDisplay();
+                                   }));
+}
+
+void BWCameraSession::showResolutions()
+{
+    m_ui.showResolutions(m_currentCamera->detectedCamera()->cameraDescription()->availableResolutions,
+                         m_currentCamera->defaultResolution());
 }
 
 void BWCameraSession::stopForQuit(std::function<void()> done)

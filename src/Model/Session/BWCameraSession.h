@@ -59,6 +59,8 @@ public:
     void changeCurrentCamera(const BWCameraPtr &camera);
     /// Changes the capture size of the running camera.
     void changeResolution(BWResolution resolution);
+    /// The running camera gets its product's resolution, or the nearest that it has, unless a recording would end by it.
+    void useProductResolution();
 
     /// Stops the running camera, then calls `done`; at once if there is nothing to stop.
     void stopForQuit(std::function<void()> done);
@@ -71,6 +73,7 @@ private:
     void startCamera();
     void startFailed(const BWStartProblem &problem);
     void setupCurrentCamera();
+    void showResolutions();
     void watchStream(BWCamera &camera);
     void setProblem(const BWStartProblem &problem);
     void requestProductFirstTime();

@@ -185,6 +185,8 @@ void BWAdvancedSettingsWindowController::loadProductWithVideoNorm(bool applyNorm
     updateHolds();
     updateProductName();
     clearNotice();
+    if (applyNorm) // or the camera has just started with what the product has
+        Q_EMIT productReplaced();
 }
 
 void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolution)

@@ -70,6 +70,11 @@ public:
         return m_settingControllersBySetting.value(setting);
     }
 
+Q_SIGNALS:
+    /// The running camera was sent the values of its product because that is another one, or has others than before.
+    /// The product's resolution may be another one, too.
+    void productReplaced();
+
 protected:
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
