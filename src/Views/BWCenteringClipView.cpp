@@ -57,17 +57,12 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
 
 void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
 {
-    const QSizeF before = m_geometry.footprint();
-    const QPointF middle = QPointF(scrollPosition()) + QPointF(viewport()->width() / 2.0, viewport()->height() / 2.0);
+    const QPointF middle = m_geometry.middle(viewport()->size(), scrollPosition());
     m_geometry = geometry;
-    const QSizeF after = m_geometry.footprint();
     updateScrollBars();
-    const auto keepMiddle = [](QScrollBar *bar, double at, double length, double newLength, int visible) {
-        const double share = length > visible ? at / length : 0.5;
-        bar->setValue(qRound(share * newLength - visible / 2.0));
-    };
-    keepMiddle(horizontalScrollBar(), middle.x(), before.width(), after.width(), viewport()->width());
-    keepMiddle(verticalScrollBar(), middle.y(), before.height(), after.height(), viewport()->height());
+    const QPoint scroll = m_geometry.scrollForMiddle(middle, viewport()->size());
+    horizontalScrollBar()->setValue(scroll.x());
+    verticalScrollBar()->setValue(scroll.y());
     updateRequest();
     viewport()->update();
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 #include <QDeadlineTimer>
+#include <QSignalSpy>
 #include <QTest>
 #include <QThread>
 #include <vector>
@@ -34,7 +35,7 @@ QString faults(const QImage &viewport, const BWLiveViewGeometry &geometry, const
 {
     const QImage image = viewport.convertToFormat(QImage::Format_RGB32);
     const QRgb red = QColor(Qt::red).rgb();
-    const QSizeF frame = geometry.frame().size();
+    const QSizeF frame = geometry.frameSize();
     const auto at = [&](double x, double y) { // in the upright image, y upwards
         const QPointF turned = geometry.transform().map(QPointF(x - frame.width() / 2, y - frame.height() / 2));
         return image.pixel(qFloor(image.width() / 2.0 + turned.x()), qFloor(image.height() / 2.0 - turned.y()));
@@ -191,7 +192,7 @@ void TestBWMeasuringGrid::staysWithThePictureThatIsShown()
     const BWLiveViewGeometry before(size, state);
     view.setLiveGeometry(before);
     renderer.prepareBuffer(grey(size));
-    const BWMeasuringGrid grid(before.frame().size(), 40);
+    const BWMeasuringGrid grid(before.frameSize(), 40);
     QCOMPARE(faultsOf(view, before, grid), QString());
 
     BWRenderedImage taken; // the view gets none of the pictures to come
@@ -202,6 +203,14 @@ void TestBWMeasuringGrid::staysWithThePictureThatIsShown()
         QThread::yieldCurrentThread(); // no event is handled, so nothing is painted
     QCOMPARE(taken.request.frameSize, QSizeF(400, 320));
     QCOMPARE(faults(view.viewport()->grab().toImage(), before, grid), QString());
+
+    // Nor is it squeezed into the layout of another size before the first picture of that size has come.
+    view.setLiveGeometry(before);
+    QCOMPARE(faultsOf(view, before, grid), QString());
+    QSignalSpy drawn(&renderer, &BWLiveRenderer::imageReady);
+    view.setLiveGeometry(BWLiveViewGeometry({320, 160}, {}));
+    QTRY_VERIFY(!drawn.isEmpty());
+    QCOMPARE(faultsOf(view, before, grid), QString());
 }
 
 void TestBWMeasuringGrid::drawsNothing_data()

@@ -7,6 +7,12 @@
 
 namespace {
 
+/// For a moment around a change of the camera's size, frames are of another size than the layout that is wished for.
+BWRenderRequest layoutOf(const BWFrame &frame, const BWRenderRequest &wished)
+{
+    return wished.forPicture({frame.width(), frame.height()});
+}
+
 /// Left and upper edges moved outwards to even numbers: colour is stored for pairs of pixels.
 QRect aligned(const QRect &part)
 {
@@ -27,7 +33,7 @@ BWFrameReader::Scale BWFrameRenderer::scaleFor(const BWFrame &frame, const BWRen
 
 bool BWFrameRenderer::setFrame(const BWFrame &frame, const BWRenderRequest &request)
 {
-    const BWFrameReader::Scale scale = scaleFor(frame, request);
+    const BWFrameReader::Scale scale = scaleFor(frame, layoutOf(frame, request));
     if (!m_reader.setFrame(frame, scale)) {
         // The last good frame is read again when it is next drawn.
         m_reader.clear();
@@ -45,8 +51,9 @@ void BWFrameRenderer::clear()
     m_frame = BWFrame();
 }
 
-BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &request)
+BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &wished)
 {
+    const BWRenderRequest request = layoutOf(m_frame, wished);
     if (m_frame.isNull() || request.visible.isEmpty())
         return {};
     const BWFrameReader::Scale scale = scaleFor(m_frame, request);

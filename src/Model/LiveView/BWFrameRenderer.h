@@ -27,8 +27,9 @@ public:
     bool setFrame(const BWFrame &frame, const BWRenderRequest &request);
     void clear();
 
-    /// Draws the present frame; a null image if there is no frame or nothing is visible.
-    BWRenderedImage render(const BWRenderRequest &request);
+    /// Draws the present frame, one of another size than `wished` is for by a layout of its own; a null image if there is
+    /// no frame or nothing is visible.
+    BWRenderedImage render(const BWRenderRequest &wished);
 
 private:
     struct Pixels {

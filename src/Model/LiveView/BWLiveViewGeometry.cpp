@@ -6,8 +6,6 @@
 BWLiveViewGeometry::BWLiveViewGeometry(QSize imageSize, const BWLiveViewState &state)
     : m_imageSize(imageSize.isValid() ? imageSize : QSize(0, 0)), m_state(state)
 {
-    const double factor = state.currentZoom() / 100.0;
-    m_frame = QRectF(0, frameOriginY, factor * m_imageSize.width(), factor * m_imageSize.height());
 }
 
 QTransform BWLiveViewGeometry::transform() const
@@ -33,8 +31,7 @@ QTransform BWLiveViewGeometry::transform() const
 
 QSizeF BWLiveViewGeometry::footprint() const
 {
-    const QRectF centred(-m_frame.width() / 2, -m_frame.height() / 2, m_frame.width(), m_frame.height());
-    return transform().mapRect(centred).size();
+    return transform().mapRect(QRectF({}, frameSize())).size();
 }
 
 QSize BWLiveViewGeometry::scrollRange(QSize viewport) const
@@ -45,6 +42,26 @@ QSize BWLiveViewGeometry::scrollRange(QSize viewport) const
         return std::max(0, static_cast<int>(std::ceil(document - visible - 1e-6)));
     };
     return {surplus(size.width(), viewport.width()), surplus(size.height(), viewport.height())};
+}
+
+QPointF BWLiveViewGeometry::middle(QSize viewport, QPoint scroll) const
+{
+    const QSizeF size = footprint();
+    const auto share = [](int at, int visible, double document) {
+        return document > visible ? (at + visible / 2.0) / document : 0.5;
+    };
+    return {share(scroll.x(), viewport.width(), size.width()), share(scroll.y(), viewport.height(), size.height())};
+}
+
+QPoint BWLiveViewGeometry::scrollForMiddle(QPointF middle, QSize viewport) const
+{
+    const QSizeF size = footprint();
+    const QSize range = scrollRange(viewport);
+    const auto scroll = [](double share, int visible, double document, int most) {
+        return std::clamp(static_cast<int>(std::lround(share * document - visible / 2.0)), 0, most);
+    };
+    return {scroll(middle.x(), viewport.width(), size.width(), range.width()),
+            scroll(middle.y(), viewport.height(), size.height(), range.height())};
 }
 
 QPointF BWLiveViewGeometry::imageOrigin(QSize viewport, QPoint scroll) const

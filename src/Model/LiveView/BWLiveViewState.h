@@ -30,6 +30,8 @@ public:
     /// The angle in a menu title such as "90"; 0 for a title that is no number.
     static int rotationFromTitle(const QString &title);
 
+    bool operator==(const BWLiveViewState &) const = default;
+
 private:
     unsigned m_zoom = 100;
     int m_rotation = 0;

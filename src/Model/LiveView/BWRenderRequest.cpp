@@ -3,8 +3,11 @@
 BWRenderRequest::BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double ratio)
     : rotation(geometry.state().currentRotation()),
       flip(geometry.state().currentFlip()),
-      frameSize(geometry.frame().size()),
-      devicePixelRatio(ratio)
+      frameSize(geometry.frameSize()),
+      devicePixelRatio(ratio),
+      m_geometry(geometry),
+      m_viewport(viewport),
+      m_scroll(scroll)
 {
     const QSizeF footprint = geometry.footprint() * ratio;
     imageSize = footprint.toSize();
@@ -12,4 +15,13 @@ BWRenderRequest::BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewp
     target = (geometry.imageOrigin(viewport, scroll) * ratio).toPoint();
     const QSize deviceViewport = (QSizeF(viewport) * ratio).toSize();
     visible = QRect(-target, deviceViewport).intersected(QRect(QPoint(0, 0), imageSize));
+}
+
+BWRenderRequest BWRenderRequest::forPicture(QSize picture) const
+{
+    if (visible.isEmpty() || picture == m_geometry.imageSize())
+        return *this;
+    const BWLiveViewGeometry geometry(picture, m_geometry.state());
+    const QPoint scroll = geometry.scrollForMiddle(m_geometry.middle(m_viewport, m_scroll), m_viewport);
+    return {geometry, m_viewport, scroll, devicePixelRatio};
 }

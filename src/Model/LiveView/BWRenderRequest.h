@@ -20,5 +20,13 @@ struct BWRenderRequest {
     /// `viewport` and `scroll` in points; `ratio` is that of device pixels to them.
     BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double ratio);
 
+    /// The same look at a picture of another size, as if that were the camera's: the point in the middle stays there.
+    BWRenderRequest forPicture(QSize picture) const;
+
     bool operator==(const BWRenderRequest &) const = default;
+
+private:
+    BWLiveViewGeometry m_geometry;
+    QSize m_viewport;
+    QPoint m_scroll;
 };
