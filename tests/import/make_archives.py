@@ -41,7 +41,7 @@ def settings(home):
             "productsByName": {
                 "Polarisationsmikroskop MX62": product(every, 1, ["640x480", "800x600"]),
                 "Digitales Iris Scope DX14": product(every, 2, ["640x480", "800x600", "1280x1024"], norm=2),
-                "Drahtloses Otoskop DX17 / DX18": product({"hue": 12.5, "gamma": 7}, 2, ["720x480", "640x480"], norm=0),
+                "Drahtloses Otoskop DX17 / DX18": product({"hue": 12.5, "gamma": 7}, 2, ["640x480", "720x480"], norm=0),
                 "Wireless Dermatoscope DX12": product({}, 0, ["1024x768", "720x480"]),  # a size it does not offer
                 "Microscope of tomorrow": product(every, 0, ["640x480"], norm=1)}},
         "albums": {"albums": [
