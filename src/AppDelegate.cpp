@@ -163,7 +163,7 @@ void AppDelegate::prepareUI()
         m_window->show();
         m_repository.albumManager().whenPrepared([this, alive = std::weak_ptr(m_alive)] {
             if (!alive.expired())
-                m_captureRecovery->start(BWUIUtils::temporaryFolder());
+                m_captureRecovery->start(BWUIUtils::temporaryFolders());
         });
         if (m_simulatedCameras)
             m_simulatedCameras->showBelow(*m_window);

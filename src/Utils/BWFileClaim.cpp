@@ -8,12 +8,17 @@
 
 std::shared_ptr<BWFileClaim> BWFileClaim::create(const QString &path)
 {
-    return open(path, O_CREAT);
+    return open(AT_FDCWD, QFile::encodeName(path), O_CREAT);
 }
 
 std::shared_ptr<BWFileClaim> BWFileClaim::existing(const QString &path)
 {
-    return open(path, 0);
+    return open(AT_FDCWD, QFile::encodeName(path), 0);
+}
+
+std::shared_ptr<BWFileClaim> BWFileClaim::existing(int folder, const QByteArray &name)
+{
+    return open(folder, name, 0);
 }
 
 BWFileClaim::~BWFileClaim()
@@ -21,10 +26,10 @@ BWFileClaim::~BWFileClaim()
     ::close(m_descriptor);
 }
 
-std::shared_ptr<BWFileClaim> BWFileClaim::open(const QString &path, int flags)
+std::shared_ptr<BWFileClaim> BWFileClaim::open(int folder, const QByteArray &path, int flags)
 {
     const int descriptor =
-        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
+        ::openat(folder, path.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, 0600);
     if (descriptor < 0)
         return nullptr;
     // A file system that knows no such marks leaves the file unmarked; that must not cost a capture.

@@ -156,12 +156,21 @@ bool copy(const QByteArray &from, const QByteArray &to, const BWFileCopy::Progre
     return true;
 }
 
-/// False also where it cannot be done, as between two disks.
+/// Asked for while there are no other threads, which could be making files meanwhile.
+const mode_t usersMask = [] {
+    const mode_t mask = ::umask(077);
+    ::umask(mask);
+    return mask;
+}();
+
+/// False also where it cannot be done, as between two disks, or where the file would not be this user's alone. Has the
+/// rights of any new file afterwards.
 bool giveSecondName(const QByteArray &from, const QByteArray &to)
 {
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     struct stat info;
     if (!source.isOpen() || ::fstat(source.get(), &info) != 0 || !S_ISREG(info.st_mode) || ::fsync(source.get()) != 0
+        || info.st_uid != ::geteuid() || info.st_nlink != 1 || ::fchmod(source.get(), 0666 & ~usersMask) != 0
         || ::link(from.constData(), to.constData()) != 0)
         return false;
     synchronizeFolder(to.left(to.lastIndexOf('/') + 1));

@@ -17,8 +17,8 @@ public:
     static bool copyWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error = nullptr,
                                        const Progress &progress = {});
 
-    /// The same for a file that nobody changes any more: on one disk it only gets a second name, so that even an hour
-    /// of video is there at once.
+    /// The same for a file that nobody changes any more: on one disk it only gets a second name, and the rights that a
+    /// copy would have, so that even an hour of video is there at once.
     static bool shareWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error = nullptr,
                                         const Progress &progress = {});
 };

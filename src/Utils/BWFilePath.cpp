@@ -41,6 +41,11 @@ QUrl BWFilePath::url(const QByteArray &nativePath)
     return QUrl::fromEncoded("file://" + path.toPercentEncoding("/"), QUrl::StrictMode);
 }
 
+QUrl BWFilePath::fromLocal(const QString &path)
+{
+    return path.isEmpty() ? QUrl() : url(QFile::encodeName(path));
+}
+
 QUrl BWFilePath::entry(const QUrl &folder, const QByteArray &name)
 {
     return url(native(folder) + '/' + name);

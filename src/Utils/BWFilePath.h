@@ -14,6 +14,8 @@ public:
     /// The system's path of a local file URL; empty for any other URL.
     static QByteArray native(const QUrl &file);
     static QUrl url(const QByteArray &nativePath);
+    /// Not QUrl::fromLocalFile(), which takes what follows two slashes for the name of a computer.
+    static QUrl fromLocal(const QString &path);
     /// The URL of an entry of a folder, by its name's bytes.
     static QUrl entry(const QUrl &folder, const QByteArray &name);
     /// The bytes after the last slash, trailing slashes left aside.

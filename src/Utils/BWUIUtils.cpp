@@ -1,10 +1,12 @@
 #include "Utils/BWUIUtils.h"
 
 #include "Utils/BWAlertPresenter.h"
+#include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
+#include "Utils/BWPrivateFolder.h"
 
 #include <cmath>
-#include <QFileInfo>
+#include <QFile>
 #include <QFontInfo>
 #include <QFontMetricsF>
 #include <QGuiApplication>
@@ -84,16 +86,31 @@ bool BWUIUtils::displayChoiceAlert(const QString &title, const QString &message,
 
 QString BWUIUtils::temporaryFolder()
 {
-    const QString folder = qEnvironmentVariable("TMPDIR");
-    // One that was removed, or is another user's, must not cost the captures.
-    const QFileInfo info(folder);
-    return !folder.isEmpty() && info.isDir() && info.isWritable() ? folder : QStringLiteral("/var/tmp");
+    const QStringList parents = temporaryFolders();
+    for (const QString &parent : parents) {
+        // One that was removed, or is another user's, must not cost the captures.
+        if (const auto folder = BWPrivateFolder::make(QFile::encodeName(parent)))
+            return QFile::decodeName(folder->path());
+    }
+    return parents.constLast(); // a capture in a folder of everybody is better than none
+}
+
+QStringList BWUIUtils::temporaryFolders()
+{
+    const QByteArray own = qgetenv("TMPDIR");
+    QStringList folders{QStringLiteral("/var/tmp")};
+    // Qt cannot make a file below a name that is not UTF-8.
+    if (!own.startsWith('/') || !own.isValidUtf8())
+        return folders;
+    if (const QString folder = BWFilePath::url(own).toLocalFile(); !folders.contains(folder))
+        folders.prepend(folder);
+    return folders;
 }
 
 QUrl BWUIUtils::temporaryPath(const QString &prefix, const QString &extension)
 {
     const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-    return QUrl::fromLocalFile(QStringLiteral("%1/%2-%3.%4").arg(temporaryFolder(), prefix, uuid, extension));
+    return BWFilePath::fromLocal(QStringLiteral("%1/%2-%3.%4").arg(temporaryFolder(), prefix, uuid, extension));
 }
 
 QFont BWUIUtils::fontToFit(const QFont &current, const QSizeF &bounds, const QString &text, double minimumSize)

@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QSizeF>
+#include <QStringList>
 #include <QUrl>
 
 class BWAlertPresenter;
@@ -25,9 +26,11 @@ public:
     static bool displayChoiceAlert(const QString &title, const QString &message, const QString &accept,
                                    const QString &reject);
 
-    /// Where temporary captures go: $TMPDIR if files can be made there, else /var/tmp, because /tmp is often memory.
-    /// Any thread.
+    /// Where temporary captures go: a folder of this user's own in the first of temporaryFolders() in which it can be
+    /// had. It is made where it is missing. Any thread.
     static QString temporaryFolder();
+    /// $TMPDIR, if that can be a folder, and /var/tmp, because /tmp is often memory. Touches no disk. Any thread.
+    static QStringList temporaryFolders();
 
     /// PREFIX-UUID.EXTENSION in temporaryFolder(). Creates nothing; never the same twice. Any thread.
     static QUrl temporaryPath(const QString &prefix, const QString &extension);

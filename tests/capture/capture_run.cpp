@@ -34,7 +34,7 @@ int recover(BWAlbumManager &albums)
         tell("recovered " + QByteArray::number(captures) + ' ' + QFile::encodeName(last.toLocalFile()));
         QCoreApplication::exit(0);
     });
-    recovery.start(qEnvironmentVariable("TMPDIR"));
+    recovery.start({qEnvironmentVariable("TMPDIR")});
     QTimer::singleShot(20000, qApp, [] { QCoreApplication::exit(1); });
     return QCoreApplication::exec();
 }

@@ -57,4 +57,4 @@ class CaptureRun:
         return any(expected[at:at + len(numbers)] == numbers for at in range(len(expected) - len(numbers) + 1))
 
     def left_files(self):
-        return sorted(self.temporary.iterdir())
+        return sorted(path for path in self.temporary.rglob("*") if not path.is_dir())

@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -46,10 +47,20 @@ private Q_SLOTS:
         const auto restore = qScopeGuard([before = qgetenv("TMPDIR")] { qputenv("TMPDIR", before); });
         static const QRegularExpression name(u"^brimwellpro-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.jpg$"_s);
         const QTemporaryDir odd(QDir::tempPath() + u"/100% of"_s);
-        for (const QString &folder : {odd.path(), QString(), odd.filePath(u"gone"_s)}) {
-            qputenv("TMPDIR", folder.toLocal8Bit());
-            const QFileInfo file(BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s).toLocalFile());
-            QCOMPARE(file.path(), folder == odd.path() ? folder : u"/var/tmp"_s);
+        const QByteArray open = QFile::encodeName(odd.filePath(u"open to all"_s));
+        QVERIFY(QDir().mkpath(odd.filePath(u"open to all"_s)) && ::chmod(open.constData(), 0777) == 0);
+        const QByteArray good = odd.path().toUtf8();
+        const QByteArray notUtf8 = good + "/caf\xe9";
+        QCOMPARE(::mkdir(notUtf8.constData(), 0700), 0);
+        const auto removed = qScopeGuard([&notUtf8] { ::rmdir(notUtf8.constData()); });
+        for (const QByteArray &folder :
+             {good, '/' + good + "//", QByteArray(), good + "/gone", QByteArray("relative"), open, notUtf8}) {
+            qputenv("TMPDIR", folder);
+            const QUrl url = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
+            QVERIFY2(url.host().isEmpty(), qPrintable(url.toString()));
+            const QFileInfo file(url.toLocalFile());
+            const bool isGood = QDir::cleanPath(QFile::decodeName(folder)).endsWith(odd.path());
+            QCOMPARE(QFileInfo(file.path()).path(), isGood ? odd.path() : u"/var/tmp"_s);
             QVERIFY2(name.match(file.fileName()).hasMatch(), qPrintable(file.fileName()));
         }
         QVERIFY(BWUIUtils::temporaryPath(u"a"_s, u"b"_s) != BWUIUtils::temporaryPath(u"a"_s, u"b"_s));

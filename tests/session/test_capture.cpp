@@ -8,6 +8,7 @@
 #include "Model/Capture/BWCaptureRecovery.h"
 #include "Model/Capture/BWHardwareButton.h"
 #include "SmallDisk.h"
+#include "Utils/BWUIUtils.h"
 
 #include <optional>
 #include <QDate>
@@ -35,6 +36,7 @@ private Q_SLOTS:
         m_temporary = m_folder->filePath(u"tmp"_s);
         QVERIFY(QDir().mkpath(m_temporary));
         qputenv("TMPDIR", m_temporary.toUtf8());
+        m_temporary = BWUIUtils::temporaryFolder();
         m_defaults = std::make_unique<BWSettingsFile>(m_folder->filePath(u"settings.conf"_s));
         m_albums = std::make_unique<BWAlbumManager>(*m_defaults, m_folder->path(), [] { return QDate(2024, 6, 7); });
         m_albums->prepare();
@@ -244,8 +246,8 @@ private Q_SLOTS:
 
         QList<int> recovered;
         BWCaptureRecovery recovery(*m_albums, [&](int captures, const QUrl &) { recovered << captures; });
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be completed"_s));
-        recovery.start(m_temporary);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be taken over"_s));
+        recovery.start({m_folder->filePath(u"tmp"_s)});
         QTRY_COMPARE(recovered, QList<int>{2});
 
         QCOMPARE(contentOf(inAlbum(u"20240607_image_001.jpg"_s)), jpeg);

@@ -143,7 +143,9 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
     const QByteArray image = about.addedTo(jpeg);
     const QUrl temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
     QSaveFile file(temporary.toLocalFile());
-    qint64 written = file.open(QIODevice::WriteOnly) ? file.write(image) : -1;
+    const bool opened =
+        file.open(QIODevice::WriteOnly) && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    qint64 written = opened ? file.write(image) : -1;
     if (written >= 0 && written < image.size())
         written += file.write(image.sliced(written)); // which tells why it was only a part
     if (written != image.size() || !file.commit()) {

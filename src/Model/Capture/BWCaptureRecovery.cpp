@@ -34,14 +34,14 @@ BWCaptureRecovery::~BWCaptureRecovery()
     m_worker.waitForDone();
 }
 
-void BWCaptureRecovery::start(const QString &temporaryFolder)
+void BWCaptureRecovery::start(const QStringList &temporaryFolders)
 {
     const BWAlbumPtr album = m_shared->albums.currentAlbum();
     if (!album)
         return;
-    m_worker.start([weak = std::weak_ptr(m_shared), temporaryFolder, path = album->path()] {
+    m_worker.start([weak = std::weak_ptr(m_shared), temporaryFolders, path = album->path()] {
         BWLeftCaptures::removeHalfCopies(path);
-        const QList<BWLeftCapture> captures = BWLeftCaptures::collect(temporaryFolder, path);
+        const QList<BWLeftCapture> captures = BWLeftCaptures::collect(temporaryFolders, path);
         if (captures.isEmpty())
             return;
         BWMainQueue::post(weak, [weak, captures] {
@@ -66,7 +66,8 @@ void BWCaptureRecovery::Shared::takenIn(bool added, const BWLeftCapture &capture
 {
     if (added) {
         qCInfo(bwModel).noquote() << "A capture of an earlier run came into the album as" << file.toLocalFile();
-        QFile::remove(capture.file.toLocalFile());
+        if (!QFile::remove(capture.file.toLocalFile()))
+            qCWarning(bwModel).noquote() << "It cannot be removed from" << capture.file.toLocalFile();
         ++count;
         last = file;
     }

@@ -15,8 +15,8 @@ public:
     /// Waits for a file that is being completed; the rest is left to the next start.
     ~BWCaptureRecovery();
 
-    /// Once, at start. Looks into that folder for temporary files.
-    void start(const QString &temporaryFolder);
+    /// Once, at start. Looks into those folders for temporary files.
+    void start(const QStringList &temporaryFolders);
 
 private:
     struct Shared;

@@ -5,10 +5,11 @@
 
 #include <QDateTime>
 #include <QList>
+#include <QStringList>
 #include <QUrl>
 
-/// A capture that an earlier run of the program left in the folder for temporary files, whole and ready to be taken into
-/// an album.
+/// A capture that an earlier run of the program left in a folder for temporary files: a picture or movie of this user's
+/// own, whole and ready to be taken into an album.
 struct BWLeftCapture {
     QUrl file;
     BWMediaType type = BWMediaType::Image;
@@ -20,9 +21,10 @@ class BWLeftCaptures {
 public:
     BWLeftCaptures() = delete;
 
-    /// Completes the movies among the captures in the temporary folder that no running program claims. Removes those
-    /// that hold nothing and those that have come into `album` already. Oldest first.
-    static QList<BWLeftCapture> collect(const QString &temporaryFolder, const QUrl &album,
+    /// Completes the movies among the captures that no running program claims in our private folders in these, and, as
+    /// earlier versions left them, in these themselves. Removes those that hold nothing and those that have come into
+    /// `album` already. What others may have put there, or has no room in the album, is left alone. Oldest first.
+    static QList<BWLeftCapture> collect(const QStringList &temporaryFolders, const QUrl &album,
                                         const QDateTime &now = QDateTime::currentDateTime());
 
     /// Removes the halves of copies that a crash left in an album; the whole captures are still in the temporary folder.

@@ -1,0 +1,221 @@
+#include "Model/BWAlbum.h"
+#include "Model/Capture/BWLeftCaptures.h"
+#include "Utils/BWPrivateFolder.h"
+#include "Utils/BWUIUtils.h"
+
+#include <ctime>
+#include <fcntl.h>
+#include <functional>
+#include <QBuffer>
+#include <QDir>
+#include <QImage>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Change = std::function<void(const QByteArray &path)>;
+constexpr uid_t nobody = 65534;
+constexpr time_t longAgo = 1'720'000'000;
+
+QByteArray picture()
+{
+    QImage image(640, 480, QImage::Format_RGB32);
+    image.fill(Qt::darkCyan);
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPG");
+    return buffer.data();
+}
+
+void setDate(const QByteArray &path, time_t date)
+{
+    const timespec times[]{{0, UTIME_OMIT}, {date, 0}};
+    QCOMPARE(::utimensat(AT_FDCWD, path.constData(), times, AT_SYMLINK_NOFOLLOW), 0);
+}
+
+void put(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    file.close();
+    setDate(QFile::encodeName(path), longAgo);
+}
+
+Change become(const QByteArray &content)
+{
+    return [content](const QByteArray &path) { put(QFile::decodeName(path), content); };
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Change)
+
+/// Which files that look like captures of an earlier run are taken for such, and where captures are kept.
+class TestLeftCaptures : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_shared = m_folder->filePath(u"tmp"_s);
+        m_other = m_folder->filePath(u"other"_s);
+        m_album = m_folder->filePath(u"album"_s);
+        for (const QString &folder : {m_shared, m_other, m_album})
+            QVERIFY(QDir().mkpath(folder));
+        qputenv("TMPDIR", m_shared.toUtf8());
+        m_private = BWUIUtils::temporaryFolder();
+    }
+    void cleanup() { qputenv("TMPDIR", m_outerTemporary); }
+
+    void whatIsTaken_data()
+    {
+        QTest::addColumn<QString>("folder"); // of the candidates
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<bool>("taken");
+        const auto everywhere = [](const char *title, bool taken, const Change &change) {
+            for (const char *folder : {"private", "shared"})
+                QTest::addRow("%s, %s", title, folder) << QString::fromLatin1(folder) << change << taken;
+        };
+        everywhere("picture", true, [](const QByteArray &) {});
+        QTest::newRow("in the other folder") << u"other"_s << Change([](const QByteArray &) {}) << true;
+        everywhere("from the future", true, [](const QByteArray &path) { setDate(path, 4'000'000'000); });
+        everywhere("just made", false, [](const QByteArray &path) { setDate(path, ::time(nullptr)); });
+        everywhere("text", false, become("no picture at all"));
+        everywhere("half a picture", false, become(picture().chopped(200)));
+        // A decoder that stops at the end of the picture would be content with it.
+        everywhere("beginning of a hole", false, [](const QByteArray &path) {
+            QCOMPARE(::truncate(path.constData(), 100 << 20), 0);
+            setDate(path, longAgo);
+        });
+        everywhere("link to a picture", false, [](const QByteArray &path) {
+            ::rename(path.constData(), (path + "x").constData());
+            QCOMPARE(::symlink((path + "x").constData(), path.constData()), 0);
+            setDate(path, longAgo);
+        });
+        everywhere("pipe", false, [](const QByteArray &path) {
+            ::unlink(path.constData());
+            QCOMPARE(::mkfifo(path.constData(), 0666), 0);
+            setDate(path, longAgo);
+        });
+        const Change doubled = [](const QByteArray &path) { ::link(path.constData(), (path + "x").constData()); };
+        everywhere("with a second name", false, doubled);
+        QTest::newRow("open to all") << u"shared"_s
+                                     << Change([](const QByteArray &path) { ::chmod(path.constData(), 0666); })
+                                     << false;
+        if (::geteuid() == 0) {
+            everywhere("somebody else's", false,
+                       [](const QByteArray &path) { QCOMPARE(::chown(path.constData(), nobody, nobody), 0); });
+            QTest::newRow("folder of somebody else") << u"private"_s << Change([](const QByteArray &path) {
+                const QByteArray folder = path.left(path.lastIndexOf('/'));
+                QCOMPARE(::chown(folder.constData(), nobody, nobody), 0);
+            }) << false;
+        }
+        QTest::newRow("folder that all can see") << u"private"_s << Change([](const QByteArray &path) {
+            ::chmod(path.left(path.lastIndexOf('/')).constData(), 0755);
+        }) << false;
+    }
+    void whatIsTaken()
+    {
+        QFETCH(QString, folder);
+        QFETCH(Change, change);
+        QFETCH(bool, taken);
+        const QString path = folder == "private"_L1 ? m_private : folder == "other"_L1 ? m_other : m_shared;
+        const QString file = path + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s;
+        put(file, picture());
+        change(QFile::encodeName(file));
+        const QList<BWLeftCapture> found = collect();
+        QCOMPARE(found.size(), taken ? 1 : 0);
+        if (taken)
+            QCOMPARE(found[0].file, QUrl::fromLocalFile(file));
+    }
+
+    void whatIsTakenBecomesTheUsersOwn()
+    {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        const QString file = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s).toLocalFile();
+        QVERIFY(BWFileClaim::create(file));
+        QCOMPARE(modeOf(file), 0600U);
+        put(file, picture());
+        const QList<BWLeftCapture> found = collect();
+        QCOMPARE(found.size(), 1);
+        QUrl added;
+        const BWAlbum album(QUrl::fromLocalFile(m_album));
+        QVERIFY(album.addFile(found[0].file, found[0].type, &added));
+        QCOMPARE(modeOf(added.toLocalFile()), 0666 & ~mask);
+        // The program was killed before it removed the temporary file, and the user has deleted the picture.
+        QVERIFY(QFile::rename(added.toLocalFile(), m_folder->filePath(u"deleted.jpg"_s)));
+        QVERIFY(collect().isEmpty());
+        QVERIFY(!QFile::exists(file));
+    }
+
+    void theFolder_data()
+    {
+        QTest::addColumn<Change>("squat"); // what stands at its name
+        QTest::newRow("file") << become("x");
+        QTest::newRow("link to a folder")
+            << Change([](const QByteArray &path) { QCOMPARE(::symlink("/", path.constData()), 0); });
+        QTest::newRow("open to all") << Change([](const QByteArray &path) {
+            ::mkdir(path.constData(), 0);
+            ::chmod(path.constData(), 0777);
+        });
+        QTest::newRow("read-only") << Change([](const QByteArray &path) { ::mkdir(path.constData(), 0500); });
+        if (::geteuid() == 0)
+            QTest::newRow("somebody else's") << Change([](const QByteArray &path) {
+                ::mkdir(path.constData(), 0700);
+                QCOMPARE(::chown(path.constData(), nobody, nobody), 0);
+            });
+    }
+    void theFolder()
+    {
+        QFETCH(Change, squat);
+        QCOMPARE(modeOf(m_private), 0700U);
+        QVERIFY(QDir().rmdir(m_private));
+        squat(QFile::encodeName(m_private));
+        const QString folder = BWUIUtils::temporaryFolder();
+        QVERIFY(folder.startsWith(m_private + u'-'));
+        QCOMPARE(modeOf(folder), 0700U);
+        QCOMPARE(BWUIUtils::temporaryFolder(), folder); // and not one for each capture
+        put(folder + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s, picture());
+        QCOMPARE(collect().size(), 1);
+    }
+
+    /// A test's home, for instance, beside the real one.
+    void anotherHomeHasItsOwn()
+    {
+        put(m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s, picture());
+        const auto restore = qScopeGuard([home = qgetenv("HOME")] { qputenv("HOME", home); });
+        qputenv("HOME", m_folder->path().toUtf8());
+        QVERIFY(collect().isEmpty());
+        QVERIFY(BWUIUtils::temporaryFolder() != m_private);
+    }
+
+private:
+    QList<BWLeftCapture> collect() const
+    {
+        return BWLeftCaptures::collect({m_shared, m_other}, QUrl::fromLocalFile(m_album));
+    }
+    static mode_t modeOf(const QString &path)
+    {
+        struct stat info { };
+        ::stat(QFile::encodeName(path).constData(), &info);
+        return info.st_mode & 0777;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    const QByteArray m_outerTemporary = qgetenv("TMPDIR");
+    QString m_shared;
+    QString m_other;
+    QString m_private;
+    QString m_album;
+};
+
+QTEST_GUILESS_MAIN(TestLeftCaptures)
+#include "test_left_captures.moc"
