@@ -40,6 +40,12 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"camera_window"_s, u"error_initalizing_albums_message"_s,
                      u"Albums could not be loaded. Please ensure that the following folders have write "
                      "permissions, or contact us for more information:"_s);
+    homeNotUsableTitle =
+        manager.text(u"camera_window"_s, u"home_not_usable_title"_s, u"The home folder cannot be used"_s);
+    homeNotUsableMessage = manager.text(
+        u"camera_window"_s, u"home_not_usable_message"_s,
+        u"The path of your home folder or of the folder for settings contains characters that are not UTF-8. "
+        "BrimwellPro cannot keep captures or settings there. Have the folder renamed, then start BrimwellPro again."_s);
     quitWhileSavingTitle = manager.text(u"camera_window"_s, u"quit_while_saving_title"_s, u"Quit and stop saving?"_s);
     quitWhileSavingMessage = manager.text(
         u"camera_window"_s, u"quit_while_saving_message"_s,

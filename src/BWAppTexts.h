@@ -19,6 +19,8 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString cameraAccessRestrictedMessage;
     QString errorInitializingAlbumsTitle;
     QString errorInitializingAlbumsMessage;
+    QString homeNotUsableTitle;
+    QString homeNotUsableMessage;
     QString quitWhileSavingTitle;
     QString quitWhileSavingMessage;
     QString quitAtOnceTitle;

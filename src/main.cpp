@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 #include "BWACUDriver/BWV4L2Backend.h"
 #include "BWACUDriver/BWV4L2Listing.h"
+#include "BWAppTexts.h"
 #include "BWCameraListing.h"
 #include "BWCommandLine.h"
 #include "BWEndSignals.h"
@@ -20,7 +21,9 @@
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
+#include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <memory>
 #include <optional>
 #include <QApplication>
@@ -28,6 +31,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QTextStream>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -66,6 +70,39 @@ BWRepository::Options repositoryOptions(const BWCommandLine &line)
     return options;
 }
 
+/// A program that was started without them would write what it says into the first files that it opens, a movie maybe.
+void openStandardStreams()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (::fcntl(descriptor, F_GETFD) < 0)
+            ::open("/dev/null", O_RDWR); // takes the lowest number that is free
+    }
+}
+
+/// Whoever reads the log may go, a terminal for instance, while a recording goes on.
+void outliveReaders()
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) {}; // not SIG_IGN, which the programs that we start would inherit
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGPIPE, &action, nullptr);
+}
+
+/// Qt takes file names for UTF-8: it would make a second folder beside one whose name is not.
+bool homeCanBeUsed()
+{
+    return qgetenv("HOME").isValidUtf8() && qgetenv("XDG_CONFIG_HOME").isValidUtf8();
+}
+
+/// Answers what was told.
+BWAppTexts tellHomeProblem(BWLocalizationManager &manager)
+{
+    BWAppTexts texts;
+    texts.localizeWithManager(manager);
+    QTextStream(stderr) << "brimwellpro: " << texts.homeNotUsableMessage << '\n';
+    return texts;
+}
+
 /// What the desktop gave to this start, so that the window it leads to may take the keyboard.
 constexpr auto activationToken = "XDG_ACTIVATION_TOKEN";
 
@@ -88,18 +125,21 @@ void tellOfOpenProgram(const BWCommandLine &line, BWRunningProgram::Start start)
         err << "brimwellpro: Without effect, as the program was running: " << unused.join(u", "_s) << '\n';
 }
 
-/// On the screen, as few look at what is printed.
-void alertOfSilentProgram(const BWRepository::Options &options)
+/// Why the program cannot start: on the screen, as few look at what is printed.
+void alertOfObstacle(const BWRepository::Options &options, bool homeIsUsable)
 {
     BWLocalizationManager texts(options.localizationFile, options.preferredLanguages);
-    BWMessageBoxAlertPresenter alerts(texts, [] { return nullptr; });
-    BWUIUtils::setAlertPresenter(&alerts);
-    BWUIUtils::displayOKAlert(
+    BWMessageBoxAlertPresenter alerts(texts);
+    if (!homeIsUsable) {
+        const BWAppTexts told = tellHomeProblem(texts);
+        alerts.presentOK(told.homeNotUsableTitle, told.homeNotUsableMessage);
+        return;
+    }
+    alerts.presentOK(
         texts.text(u"start"_s, u"already_running_title"_s, u"BrimwellPro is already running, but does not respond"_s),
         texts.text(u"start"_s, u"already_running_message"_s,
                    u"It may still be closing. Please wait a moment and start it again. If that does not help, log out "
                    "and log in again."_s));
-    BWUIUtils::setAlertPresenter(nullptr);
 }
 
 int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
@@ -116,8 +156,14 @@ int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
         return 0;
     }
     QCoreApplication application(argc, argv);
-    if (!line.importSettings.isNull())
-        return BWImportCommand::run(repositoryOptions(line), line.importSettings);
+    if (!line.importSettings.isNull()) {
+        const BWRepository::Options options = repositoryOptions(line);
+        if (homeCanBeUsed())
+            return BWImportCommand::run(options, line.importSettings);
+        BWLocalizationManager manager(options.localizationFile, options.preferredLanguages);
+        tellHomeProblem(manager);
+        return 1;
+    }
     QTextStream out(stdout);
     if (line.simulated.isEmpty()) {
         BWNodePrinter::print(BWV4L2Listing::list(cameraTables()), out);
@@ -133,6 +179,7 @@ int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
 
 int main(int argc, char *argv[])
 {
+    openStandardStreams();
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
@@ -144,12 +191,16 @@ int main(int argc, char *argv[])
     if (line.help || line.version || line.listCameras || !line.importSettings.isNull())
         return runWithoutWindows(line, argc, argv);
 
+    outliveReaders();
     const BWRepository::Options options = repositoryOptions(line);
-    BWRunningProgram running(options.settingsFile, qgetenv(activationToken));
-    if (running.start() != BWRunningProgram::Start::First)
-        tellOfOpenProgram(line, running.start());
-    if (running.start() == BWRunningProgram::Start::HandedOver)
-        return 0;
+    std::optional<BWRunningProgram> running;
+    if (homeCanBeUsed()) {
+        running.emplace(options.settingsFile, qgetenv(activationToken));
+        if (running->start() != BWRunningProgram::Start::First)
+            tellOfOpenProgram(line, running->start());
+        if (running->start() == BWRunningProgram::Start::HandedOver)
+            return 0;
+    }
 
     auto noDisplay = std::make_optional<BWNoDisplay>();
     const auto application = BWStatisticsReport::isWished() ? std::make_unique<BWMeasuredApplication>(argc, argv)
@@ -164,8 +215,8 @@ int main(int argc, char *argv[])
     BWIcons::install(*application);
     QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
 
-    if (running.start() == BWRunningProgram::Start::NoAnswer) {
-        alertOfSilentProgram(options);
+    if (!running || running->start() == BWRunningProgram::Start::NoAnswer) {
+        alertOfObstacle(options, running.has_value());
         return 1;
     }
 
@@ -175,7 +226,7 @@ int main(int argc, char *argv[])
                                       [&delegate] { return delegate.cameraWindow(); });
     BWUIUtils::setAlertPresenter(&alerts);
     const BWEndSignals endSignals([&delegate] { delegate.terminate(); });
-    running.setBringForward([&delegate](const QByteArray &token) {
+    running->setBringForward([&delegate](const QByteArray &token) {
         if (!token.isEmpty())
             qputenv(activationToken, token); // Qt uses it up with the next window that is activated
         return delegate.bringForward();
