@@ -5,6 +5,7 @@
 #include "Model/BWRepository.h"
 #include "Model/BWUserDefaults.h"
 #include "Model/Import/BWImportTexts.h"
+#include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
@@ -36,7 +37,7 @@ void BWImportMenu::chooseFile()
          texts.text(u"import"_s, u"file_type"_s, u"Settings files"_s),
          {u"*.plist"_s},
          texts.text(u"import"_s, u"all_files"_s, u"All files"_s),
-         QUrl::fromLocalFile(QDir::homePath())},
+         BWFilePath::fromLocal(QDir::homePath())},
         [this](const QUrl &url) { read(url); });
 }
 

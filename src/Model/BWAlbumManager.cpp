@@ -100,7 +100,7 @@ struct BWAlbumManager::Private {
             callback();
     }
 
-    QUrl basePath() const { return BWFilePath::normalized(QUrl::fromLocalFile(home + u"/BrimwellPro"_s)); }
+    QUrl basePath() const { return BWFilePath::fromLocal(home + u"/BrimwellPro"_s); }
     QUrl pathForName(const QString &name) const { return BWFilePath::entry(basePath(), QFile::encodeName(name)); }
     QString defaultName() const { return oldDefaultName.isEmpty() ? standardDefaultName : oldDefaultName; }
     BWAlbumPtr currentAlbum() const { return albums.value(selected); }

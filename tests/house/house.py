@@ -89,6 +89,9 @@ class House:
         if layer is None:
             return
         self.check_includes(path, layer, lines)
+        for number, line in enumerate(lines, 1):
+            if "QUrl::fromLocalFile(" in line and path.stem != "BWFilePath":
+                self.fault(path, number, "BWFilePath::fromLocal() also knows a path that begins with two slashes")
         if layer in WITHOUT_WIDGETS:
             code = COMMENT_OR_TEXT.sub(lambda found: "\n" * found.group().count("\n"), text)
             for number, line in enumerate(code.splitlines(), 1):

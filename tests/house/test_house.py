@@ -58,6 +58,7 @@ class HouseTest(unittest.TestCase):
             ("src/Views/A.h", "class A;\n", "#pragma once"),
             ("src/Views/A.h", "#pragma once\n" + "\n" * 150, "151 lines; 150 is the most"),
             ("tests/model/tst_a.cpp", "\n" * 701, "701 lines; 700 is the most"),
+            ("src/Model/A.cpp", "QUrl url = QUrl::fromLocalFile(path);\n", "BWFilePath::fromLocal()"),
             ("src/Views/A.cpp", "// TODO\n", "unfinished"),
             ("tests/model/tst_a.cpp", 'QSKIP("later");\n', "unfinished"),
             ("src/Model/CMakeLists.txt", "target_link_libraries(bw_model PUBLIC bw_views)\n", "may not link bw_views"),

@@ -324,6 +324,9 @@ private Q_SLOTS:
         QCOMPARE(m_manager->currentAlbum()->path(), m_folder->url(u"BrimwellPro/Default Album"_s));
         QCOMPARE(m_manager->currentAlbum()->path(), m_manager->defaultAlbumBasePath());
         QVERIFY(BWFilePath::isFolder(m_manager->defaultAlbumBasePath()));
+        // The home folder of a system without users; no computer of that name on a network.
+        QCOMPARE(BWAlbumManager(*m_defaults, u"/"_s).defaultAlbumBasePath(),
+                 QUrl(u"file:///BrimwellPro/Default Album"_s));
         QVERIFY(m_defaults->string(u"bwp2x_albums"_s).isNull());
         int changes = 0;
         m_manager->setOnAlbumsChanged([&] { ++changes; });

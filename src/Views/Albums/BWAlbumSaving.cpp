@@ -1,5 +1,6 @@
 #include "Views/Albums/BWAlbumSaving.h"
 
+#include "Utils/BWFilePath.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumTexts.h"
@@ -26,7 +27,7 @@ void BWAlbumSaving::save(const QList<QUrl> &files, BWMediaType type, const QStri
     panel.title = texts.title;
     panel.message = texts.message;
     panel.extension = !one ? u"zip"_s : type == BWMediaType::Image ? u"jpg"_s : u"mov"_s;
-    panel.folder = QUrl::fromLocalFile(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
+    panel.folder = BWFilePath::fromLocal(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
     panel.name = one ? files.first().fileName() : u"%1.zip"_s.arg(archiveName);
     m_panels.save(&m_window, panel, [this, files](const QUrl &target) {
         m_waiting.append({files, target});

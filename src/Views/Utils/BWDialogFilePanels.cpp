@@ -1,5 +1,7 @@
 #include "Views/Utils/BWDialogFilePanels.h"
 
+#include "Utils/BWFilePath.h"
+
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -59,17 +61,17 @@ public:
     void begin(BWFilePanels::Chosen chosen)
     {
         connect(this, &QFileDialog::fileSelected, this,
-                [chosen = std::move(chosen)](const QString &file) { chosen(QUrl::fromLocalFile(file)); });
+                [chosen = std::move(chosen)](const QString &file) { chosen(BWFilePath::fromLocal(file)); });
         open();
     }
 
 private:
     static QList<QUrl> places()
     {
-        QList<QUrl> urls{QUrl::fromLocalFile(QDir::homePath())};
+        QList<QUrl> urls{BWFilePath::fromLocal(QDir::homePath())};
         for (const auto place : {QStandardPaths::DesktopLocation, QStandardPaths::DocumentsLocation,
                                  QStandardPaths::PicturesLocation, QStandardPaths::DownloadLocation}) {
-            const QUrl url = QUrl::fromLocalFile(QStandardPaths::writableLocation(place));
+            const QUrl url = BWFilePath::fromLocal(QStandardPaths::writableLocation(place));
             if (!urls.contains(url) && QFileInfo(url.toLocalFile()).isDir())
                 urls.append(url);
         }
