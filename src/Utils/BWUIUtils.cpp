@@ -84,6 +84,11 @@ bool BWUIUtils::displayChoiceAlert(const QString &title, const QString &message,
     return false;
 }
 
+QString BWUIUtils::withShortcut(const QString &text, const QKeySequence &shortcut)
+{
+    return QStringLiteral("%1 (%2)").arg(text, shortcut.toString(QKeySequence::NativeText));
+}
+
 QString BWUIUtils::temporaryFolder()
 {
     const QStringList parents = temporaryFolders();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFont>
+#include <QKeySequence>
 #include <QSizeF>
 #include <QStringList>
 #include <QUrl>
@@ -25,6 +26,9 @@ public:
     /// The same with other words on the two buttons; true exactly when the first was chosen.
     static bool displayChoiceAlert(const QString &title, const QString &message, const QString &accept,
                                    const QString &reject);
+
+    /// A tooltip that names the shortcut as the menus do: "Snapshot (Ctrl+S)".
+    static QString withShortcut(const QString &text, const QKeySequence &shortcut);
 
     /// Where temporary captures go: a folder of this user's own in the first of temporaryFolders() in which it can be
     /// had. It is made where it is missing. Any thread.

@@ -2,6 +2,7 @@
 
 #include "Model/BWLocalizationManager.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWIcons.h"
@@ -21,12 +22,6 @@ namespace {
 
 constexpr int smallIcon = 22;
 constexpr int captureIcon = 32; // taking a picture is what people are here for
-
-/// Tooltips name the shortcut as the menus do.
-QString withShortcut(const QString &text, const QKeySequence &shortcut)
-{
-    return u"%1 (%2)"_s.arg(text, shortcut.toString(QKeySequence::NativeText));
-}
 
 } // namespace
 
@@ -139,21 +134,21 @@ void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
     name(m_resolutionPopUpButton, m_resolutionLabel,
          manager.text(u"camera_window"_s, u"resolution_label"_s, u"Resolution"_s), {});
     name(m_zoomDoubleButton, m_zoomLabel, manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {});
-    name(m_rotatePopUpButton, m_rotateLabel, rotate, withShortcut(rotate, u"Ctrl+R"_s));
+    name(m_rotatePopUpButton, m_rotateLabel, rotate, BWUIUtils::withShortcut(rotate, u"Ctrl+R"_s));
     name(m_flipPopUpButton, m_flipLabel, manager.text(u"camera_window"_s, u"flip_label"_s, u"Flip"_s), {});
-    name(m_gridButton, m_gridLabel, grid, withShortcut(grid, u"Ctrl+G"_s));
-    name(m_snapshotButton, m_snapshotLabel, snapshot, withShortcut(snapshot, u"Ctrl+S"_s));
+    name(m_gridButton, m_gridLabel, grid, BWUIUtils::withShortcut(grid, u"Ctrl+G"_s));
+    name(m_snapshotButton, m_snapshotLabel, snapshot, BWUIUtils::withShortcut(snapshot, u"Ctrl+S"_s));
     const QString settings = manager.text(u"camera_window"_s, u"settings_label"_s, u"Settings"_s);
     const QString albums = manager.text(u"camera_window"_s, u"albums_label"_s, u"Albums"_s);
-    name(m_settingsButton, m_settingsLabel, settings, withShortcut(settings, u"Ctrl+,"_s));
-    name(m_albumsButton, m_albumsLabel, albums, withShortcut(albums, u"F9"_s));
+    name(m_settingsButton, m_settingsLabel, settings, BWUIUtils::withShortcut(settings, u"Ctrl+,"_s));
+    name(m_albumsButton, m_albumsLabel, albums, BWUIUtils::withShortcut(albums, u"F9"_s));
 
     const QString zoomOut = manager.text(u"camera_window"_s, u"zoom_out"_s, u"Zoom out"_s);
     const QString zoomIn = manager.text(u"camera_window"_s, u"zoom_in"_s, u"Zoom in"_s);
     m_zoomDoubleButton->setLeftName(zoomOut);
     m_zoomDoubleButton->setRightName(zoomIn);
-    m_zoomDoubleButton->setLeftToolTip(withShortcut(zoomOut, u"Ctrl+-"_s));
-    m_zoomDoubleButton->setRightToolTip(withShortcut(zoomIn, u"Ctrl++"_s));
+    m_zoomDoubleButton->setLeftToolTip(BWUIUtils::withShortcut(zoomOut, u"Ctrl+-"_s));
+    m_zoomDoubleButton->setRightToolTip(BWUIUtils::withShortcut(zoomIn, u"Ctrl++"_s));
 
     m_flipPopUpButton->setItemText(0, manager.text(u"camera_window"_s, u"flip_none"_s, u"None"_s));
     m_flipPopUpButton->setItemText(1, manager.text(u"camera_window"_s, u"flip_horizontal"_s, u"Horizontal"_s));
@@ -192,7 +187,7 @@ void BWControlBar::showRecording(bool recording)
     m_recordButton->setIcon(BWIcons::image(recording ? u"stop.png"_s : u"record.png"_s));
     const QString text = recording ? m_stopText : m_recordText;
     m_recordButton->setAccessibleName(text);
-    m_recordButton->setToolTip(withShortcut(text, u"Ctrl+Shift+S"_s));
+    m_recordButton->setToolTip(BWUIUtils::withShortcut(text, u"Ctrl+Shift+S"_s));
     m_recordLabel->setText(text);
 }
 

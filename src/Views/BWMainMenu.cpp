@@ -29,6 +29,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
 
     snapshot = add(m_cameraMenu, u"Ctrl+S"_s);
     record = add(m_cameraMenu, u"Ctrl+Shift+S"_s);
+    for (QAction *capture : {snapshot, record}) // in whichever of our windows the keyboard is
+        capture->setShortcutContext(Qt::ApplicationShortcut);
     m_cameraListEnd = m_cameraMenu->addSeparator();
     m_productMenu = m_cameraMenu->addMenu(QString());
     m_cameras = new QActionGroup(this);

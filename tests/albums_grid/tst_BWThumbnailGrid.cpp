@@ -66,7 +66,7 @@ private Q_SLOTS:
         QTest::newRow("enter opens the selection")
             << u"Right|Shift+Down|Enter"_s << 3 << Indexes{1, 2, 3} << Indexes{1, 2, 3};
         QTest::newRow("delete") << u"Right|Shift+Right|Delete"_s << 2 << Indexes{1, 2} << Indexes{1, 2};
-        QTest::newRow("all are saved") << u"Ctrl+A|Ctrl+S"_s << 0 << numbers(0, 24) << numbers(0, 24);
+        QTest::newRow("all are saved") << u"Ctrl+A|Ctrl+E"_s << 0 << numbers(0, 24) << numbers(0, 24);
     }
     void keys()
     {

@@ -132,7 +132,7 @@ private Q_SLOTS:
         QTest::newRow("dragging") << u"c2 w300 p3 w500 r3 w1000"_s << QString();
         QTest::newRow("key that opens") << u"c2 w300"_s << u"Return"_s;
         QTest::newRow("Trash") << u"c2 w300"_s << u"Delete"_s;
-        QTest::newRow("saving") << u"c2 w300"_s << u"Ctrl+S"_s;
+        QTest::newRow("saving") << u"c2 w300"_s << u"Ctrl+E"_s;
     }
     void everyOperationMayReload()
     {

@@ -120,7 +120,7 @@ class Albums(unittest.TestCase):
     def test_save_all_as_archive(self):
         self.focus_grid()
         self.desktop.key("ctrl+a")
-        self.desktop.key("ctrl+s")
+        self.desktop.key("ctrl+e")
         panel = self.program.wait_for("dialog", "Saving images as ZIP file")
         wait_until("the panel has the keyboard", lambda: panel.has_state("active"))
         archive = self.desktop.home / "my pictures.zip"
@@ -133,6 +133,41 @@ class Albums(unittest.TestCase):
         self.assertEqual(tested.returncode, 0, tested.stdout)
         for name, bytes_ in self.pictures.items():
             self.assertEqual(subprocess.run(["unzip", "-p", archive, name], capture_output=True).stdout, bytes_)
+        self.quit()
+
+    def test_snapshot_key_in_every_window(self):
+        def take_snapshot(where):
+            known = set(self.album.iterdir())
+            self.desktop.key("ctrl+s")
+            new = wait_until(f"a snapshot is taken from {where}",
+                             lambda: [file for file in self.album.glob("*.jpg") if file not in known])[0]
+            self.assertIsNone(self.program.window("dialog"))
+            return new
+
+        def tab_to(role, name):
+            def focused():
+                self.desktop.key("Tab")
+                return self.program.wait_for(role, name).has_state("focused")
+
+            wait_until(f"{name} has the focus", focused, step=0.2)
+
+        self.focus_grid()
+        self.desktop.key("Home")
+        self.cell(take_snapshot("a full grid").stem)
+        self.desktop.key("ctrl+a")
+        self.program.wait_for("label", "Selected: 4 of 4")
+        tab_to("push button", "Save the selection as...")
+        self.cell(take_snapshot("below the grid").stem)
+        tab_to("combo box", "Album")
+        self.cell(take_snapshot("the pop-up").stem)
+        self.program.click("page tab", "Videos")
+        grid = self.program.wait_for("table", "Videos").area
+        self.desktop.click(grid.x + grid.width // 2, grid.y + grid.height // 2)
+        take_snapshot("an empty grid")
+        for key, name in ("ctrl+comma", "Settings"), ("F8", "Advanced settings"), ("F1", "Help"):
+            self.desktop.key(key)
+            self.program.activate(self.program.wait_for("frame", name))
+            take_snapshot(name)
         self.quit()
 
     def test_snapshot_while_open(self):

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr QKeyCombination saveAsKeys = Qt::CTRL | Qt::Key_E;
+
 enum class Command { SelectAll, Deselect, Toggle, Open, Trash, SaveAs, Menu };
 
 Qt::KeyboardModifiers modifiersOf(const QKeyEvent &event)
@@ -25,7 +27,7 @@ std::optional<Command> commandOf(const QKeyEvent &event)
     switch (event.key()) {
     case Qt::Key_A:
         return withControl ? std::optional(Command::SelectAll) : std::nullopt;
-    case Qt::Key_S:
+    case saveAsKeys.key():
         return withControl ? std::optional(Command::SaveAs) : std::nullopt;
     case Qt::Key_Space:
         return plain || withControl ? std::optional(Command::Toggle) : std::nullopt;
@@ -128,6 +130,11 @@ void perform(Command command, BWThumbnailTableView &view)
 }
 
 } // namespace
+
+QKeySequence BWThumbnailKeyboard::saveAs()
+{
+    return saveAsKeys;
+}
 
 bool BWThumbnailKeyboard::takes(const QKeyEvent &event)
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QKeySequence>
+
 class BWThumbnailTableView;
 class QKeyEvent;
 
@@ -8,6 +10,8 @@ class QKeyEvent;
 /// those a click on the focused cell would have made the operation's. GUI thread.
 class BWThumbnailKeyboard {
 public:
+    /// Saves elements elsewhere. Not the usual one, which takes a snapshot in all windows.
+    static QKeySequence saveAs();
     /// Whether a grid that has the focus wants that key, be it somebody's shortcut.
     static bool takes(const QKeyEvent &event);
     /// False if the key means nothing to the grid as it is.

@@ -72,8 +72,8 @@ void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_deselect_all"_s, u"Deselect All"_s), Qt::Key_Escape,
         &BWThumbnailTableView::onUnselectAll);
     m_rightMenu->addSeparator();
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s), u"Ctrl+S"_s,
-        &BWThumbnailTableView::onSaveAs);
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s),
+        BWThumbnailKeyboard::saveAs(), &BWThumbnailTableView::onSaveAs);
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Qt::Key_Delete,
         &BWThumbnailTableView::onTrash);
 }
@@ -254,7 +254,7 @@ bool BWThumbnailTableView::event(QEvent *event)
     switch (event->type()) {
     case QEvent::ShortcutOverride:
         // The same keys may be shortcuts of the window.
-        if (BWThumbnailKeyboard::takes(static_cast<const QKeyEvent &>(*event))) {
+        if (elementCount() > 0 && BWThumbnailKeyboard::takes(static_cast<const QKeyEvent &>(*event))) {
             event->accept();
             return true;
         }
