@@ -79,6 +79,11 @@ private Q_SLOTS:
         QTest::newRow("on the selection it opens all")
             << u"c3 w300 s5 w300 d4 w1000"_s << Indexes{3, 4, 5} << Indexes{3, 4, 5} << Indexes{3, 4, 5} << none;
         QTest::newRow("beside it, one") << u"c3 w300 d1 w1000"_s << Indexes{3} << Indexes{1} << Indexes{1} << none;
+        QTest::newRow("a third quick click is no single one")
+            << u"d3 c3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
+        QTest::newRow("nor is it the start of a drag") << u"d3 p3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
+        QTest::newRow("a later one is") << u"d3 w1000 c3 w300"_s << Indexes{3} << Indexes{3} << Indexes{3} << none;
+        QTest::newRow("on another cell, too") << u"d3 c5 w300"_s << Indexes{5} << Indexes{5} << Indexes{3} << none;
         QTest::newRow("nothing beyond the last")
             << u"c3 w300 c7 w300 d7 w300 p7 w900"_s << Indexes{3} << Indexes{3} << none << none;
         QTest::newRow("menu beyond the last") << u"c3 w300 m7"_s << Indexes{3} << Indexes{3} << none << none;

@@ -7,8 +7,10 @@
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 
 #include <algorithm>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QStyleHints>
 #include <utility>
 
 namespace {
@@ -104,6 +106,12 @@ bool BWThumbnailViewMouseEventHandler::acceptMouseDown(const QMouseEvent &event,
     if (!indexIsValidForRow(row, column))
         return false;
 
+    const std::chrono::milliseconds interval(QGuiApplication::styleHints()->mouseDoubleClickInterval());
+    const bool another =
+        m_clickCount >= 2 && row == m_row && column == m_column && m_clock.now() - m_clicked < interval;
+    if (clickCount == 1 && another)
+        clickCount = m_clickCount + 1;
+    m_clicked = m_clock.now();
     if (clickCount >= 2)
         cancel(m_pendingSelection);
     else

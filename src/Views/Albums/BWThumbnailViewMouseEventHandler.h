@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/DispatchAfterStrict.h"
 
+#include <chrono>
 #include <memory>
 #include <QList>
 #include <QPoint>
@@ -45,7 +46,8 @@ public:
     /// Whether there is an element in the cell.
     bool indexIsValidForRow(int row, int column) const;
 
-    /// False always: the table itself has nothing to do with the click. `clickCount` is 2 for a double click.
+    /// False always: the table itself has nothing to do with the click. `clickCount` is 2 for a double click; a third
+    /// quick one, which comes with 1 again, counts on.
     bool acceptMouseDown(const QMouseEvent &event, int clickCount);
     bool acceptMouseUp(const QMouseEvent &event);
     /// The menu for the cell there, on which its operations will act; null where there is no element.
@@ -78,6 +80,7 @@ private:
     QPointer<BWThumbnailTableView> m_view;
     BWClock &m_clock;
     int m_clickCount = -1;
+    std::chrono::nanoseconds m_clicked{0}; // when
     int m_row = -1;
     int m_column = -1;
     QSet<int> m_selected;
