@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Views/Albums/BWAlbumGridModel.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
@@ -41,18 +42,17 @@ public:
     int numberOfColumnsForView(const BWThumbnailTableView &) override { return columns; }
     int numberOfRowsInTableView(const BWThumbnailTableView &) override
     {
-        const int count = static_cast<int>(m_elements.size());
-        return columns > 0 ? (count + columns - 1) / columns : std::min(count, 1);
+        return BWAlbumGridModel::rowCount(static_cast<int>(m_elements.size()), columns);
     }
     int heightOfRow(const BWThumbnailTableView &view, int) override
     {
-        const int height = view.viewport()->height();
-        return height < 500 ? height / 4 : 125;
+        return BWAlbumGridModel::rowHeight(view.viewport()->height());
     }
     BWThumbnailValue objectValueForTableColumn(const BWThumbnailTableView &, int column, int row) override
     {
-        painted.insert(row * 2 + column);
-        return value(row * 2 + column);
+        const int index = BWThumbnailTableView::cellIndex(row, column);
+        painted.insert(index);
+        return value(index);
     }
     QString accessibleNameForElementAt(const BWThumbnailTableView &, int index) override
     {

@@ -5,6 +5,7 @@
 #include "Utils/BWLogging.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 
+#include <algorithm>
 #include <QFileInfo>
 #include <utility>
 
@@ -12,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int columns = 2;
+constexpr int columnCount = 2;
 
 } // namespace
 
@@ -94,15 +95,19 @@ void BWAlbumGridModel::saveIndexesOfModel(BWThumbnailTableView &view, const QLis
 int BWAlbumGridModel::numberOfColumnsForView(const BWThumbnailTableView &view)
 {
     Q_UNUSED(view)
-    return columns;
+    return columnCount;
 }
 
 int BWAlbumGridModel::numberOfRowsInTableView(const BWThumbnailTableView &view)
 {
     m_images = m_contents.files(BWMediaType::Image);
     m_videos = m_contents.files(BWMediaType::Video);
-    const auto count = static_cast<int>(listOf(view).size());
-    return (count + columns - 1) / columns;
+    return rowCount(static_cast<int>(listOf(view).size()), numberOfColumnsForView(view));
+}
+
+int BWAlbumGridModel::rowCount(int elements, int columns)
+{
+    return columns > 0 ? (elements + columns - 1) / columns : std::min(elements, 1);
 }
 
 int BWAlbumGridModel::rowHeight(int visibleHeight)

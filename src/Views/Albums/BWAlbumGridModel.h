@@ -46,6 +46,8 @@ public:
     QString accessibleNameForElementAt(const BWThumbnailTableView &view, int index) override;
     QStringList copyFiles(const QList<QUrl> &files, const QUrl &folder) override;
 
+    /// How many rows so many elements take. A grid without columns has one for all of them.
+    static int rowCount(int elements, int columns);
     /// How many rows a visible area of that height shows, told by the height of one; both in points.
     static int rowHeight(int visibleHeight);
 
