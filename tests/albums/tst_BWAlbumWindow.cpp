@@ -9,10 +9,16 @@
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
-#include "Views/Utils/BWFilePanels.h"
+#include "Views/Utils/BWDialogFilePanels.h"
 
 #include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
 #include <QToolButton>
@@ -127,6 +133,85 @@ private Q_SLOTS:
             QVERIFY(m_alerts.isEmpty());
         }
         QTRY_VERIFY(!m_window->isSaving());
+    }
+
+    void savedNames_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("extension");
+        QTest::addColumn<QString>("name");
+        const auto row = [](const char *title, const QString &typed, const QString &extension, const QString &name) {
+            QTest::newRow(title) << typed << extension << name;
+        };
+        row("none", u"bild"_s, u"jpg"_s, u"bild.jpg"_s);
+        row("the right one", u"bild.jpg"_s, u"jpg"_s, u"bild.jpg"_s);
+        row("in capitals", u"BILD.JPG"_s, u"jpg"_s, u"BILD.JPG"_s);
+        row("another for the same", u"bild.jpeg"_s, u"jpg"_s, u"bild.jpg"_s);
+        row("another picture's", u"bild.PNG"_s, u"jpg"_s, u"bild.jpg"_s);
+        row("a movie's", u"film.mp4"_s, u"mov"_s, u"film.mov"_s);
+        row("two", u"bild.jpg.png"_s, u"jpg"_s, u"bild.jpg"_s);
+        row("a number", u"Proben 12.3"_s, u"zip"_s, u"Proben 12.3.zip"_s);
+        row("a date", u"22.11.2026"_s, u"zip"_s, u"22.11.2026.zip"_s);
+        row("a full stop", u"Proben Nr. 3."_s, u"zip"_s, u"Proben Nr. 3.zip"_s);
+        row("a space behind", u"bild.jpg "_s, u"jpg"_s, u"bild.jpg"_s);
+        row("nothing else", u".jpg"_s, u"jpg"_s, u".jpg.jpg"_s);
+        row("dots of folders", u"/a.png/b.zip/bild"_s, u"jpg"_s, u"/a.png/b.zip/bild.jpg"_s);
+    }
+    void savedNames()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, extension);
+        QTEST(BWDialogFilePanels::withExtension(typed, extension), "name");
+    }
+
+    void savePanel_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("asks");
+        QTest::newRow("suggested") << QString() << u"Default Album.zip"_s << false;
+        QTest::newRow("without") << u"Proben"_s << u"Proben.zip"_s << false;
+        QTest::newRow("number") << u"Proben 12.3"_s << u"Proben 12.3.zip"_s << false;
+        QTest::newRow("another") << u"Proben.png"_s << u"Proben.zip"_s << false;
+        QTest::newRow("quotes") << u"Probe \"A\""_s << u"Probe \"A\".zip"_s << false;
+        QTest::newRow("exists as typed") << u"there.zip"_s << u"there.zip"_s << true;
+        QTest::newRow("exists as it will be") << u"there.jpeg"_s << u"there.zip"_s << true;
+        QTest::newRow("the typed one exists, the other does not") << u"taken"_s << u"taken.zip"_s << false;
+        QTest::newRow("too long with it") << QString(253, u'n') << QString(253, u'n') + u".zip"_s << false;
+    }
+    void savePanel()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, name);
+        QFETCH(bool, asks);
+        m_folder->file(u"there.zip"_s);
+        m_folder->file(u"taken"_s);
+        for (const bool byButton : {false, true}) {
+            QList<QUrl> chosen;
+            BWDialogFilePanels().save(m_window.get(),
+                                      {u"Title"_s, u"Message"_s, u"zip"_s, m_folder->url(), u"Default Album.zip"_s},
+                                      [&](const QUrl &file) { chosen << file; });
+            const QPointer panel = m_window->findChild<QFileDialog *>();
+            auto *field = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);
+            QTRY_VERIFY(field->hasFocus());
+            field->selectAll();
+            QTest::keyClicks(field, typed);
+            if (byButton)
+                panel->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save)->click();
+            else
+                QTest::keyClick(field, Qt::Key_Return);
+            int questions = 0;
+            while (auto *box = panel ? panel->findChild<QMessageBox *>() : nullptr) {
+                QVERIFY2(box->text().startsWith(name + u" already exists."_s), qPrintable(box->text()));
+                ++questions;
+                box->button(QMessageBox::Yes)->click();
+                delete box;
+            }
+            QCOMPARE(questions, asks ? 1 : 0);
+            QCOMPARE(chosen, QList{m_folder->url(name)});
+            QVERIFY(!panel || !panel->isVisible());
+            delete panel;
+        }
     }
 
     void trashAndBack()

@@ -8,6 +8,8 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QStandardPaths>
 #include <QStyle>
 #include <QTreeView>
@@ -47,17 +49,6 @@ public:
             setDirectory(QDir::homePath());
     }
 
-    void accept() override
-    {
-        // Before the dialog asks whether an existing file is to be replaced.
-        const QString file = selectedFiles().value(0);
-        const QString suffix = defaultSuffix();
-        if (acceptMode() == AcceptSave && !file.isEmpty() && !QFileInfo(file).isDir()
-            && QFileInfo(file).suffix() != suffix)
-            selectFile(file + u'.' + suffix);
-        QFileDialog::accept();
-    }
-
     void begin(BWFilePanels::Chosen chosen)
     {
         connect(this, &QFileDialog::fileSelected, this,
@@ -79,17 +70,89 @@ private:
     }
 };
 
+/// The name that is confirmed is the one that the file gets: it is shown, asked about and told, but it is made here.
+class SavePanel : public Panel {
+public:
+    SavePanel(QWidget *window, const BWFilePanels::Save &save)
+        : Panel(window, save.title, save.message, save.folder), m_extension(save.extension)
+    {
+        setAcceptMode(AcceptSave);
+        setFileMode(AnyFile);
+        setOption(ReadOnly); // no new folders, nothing renamed
+        setNameFilter(u"%1 (*.%2)"_s.arg(save.extension.toUpper(), save.extension));
+        selectFile(save.name);
+    }
+
+    void accept() override
+    {
+        auto *field = findChild<QLineEdit *>(u"fileNameEdit"_s);
+        // The dialog itself takes quotes for the marks between several names.
+        const QString typed =
+            field->text().contains(u'"') ? directory().absoluteFilePath(field->text()) : selectedFiles().value(0);
+        if (typed.isEmpty() || QFileInfo(typed).isDir())
+            return QFileDialog::accept(); // goes there
+        const QFileInfo file(BWDialogFilePanels::withExtension(typed, m_extension));
+        // Not by selectFile(), which leaves the field alone while it has the keyboard.
+        const bool isHere = file.absolutePath() == directory().absolutePath();
+        field->setText(isHere ? file.fileName() : file.absoluteFilePath());
+        if (file.isDir())
+            return QFileDialog::accept();
+        // Not left to the dialog, which does nothing at all where a name is too long.
+        if (file.exists())
+            askToReplace(file);
+        else
+            choose(file);
+    }
+
+private:
+    void askToReplace(const QFileInfo &file)
+    {
+        const QString question = tr("%1 already exists.\nDo you want to replace it?").arg(file.fileName()); // Qt's own
+        auto *box =
+            new QMessageBox(QMessageBox::Warning, windowTitle(), question, QMessageBox::Yes | QMessageBox::No, this);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->setTextFormat(Qt::PlainText);
+        box->setDefaultButton(QMessageBox::No);
+        connect(box, &QDialog::finished, this, [this, file](int answer) {
+            if (answer == QMessageBox::Yes)
+                choose(file);
+        });
+        box->open();
+    }
+
+    void choose(const QFileInfo &file)
+    {
+        Q_EMIT fileSelected(file.absoluteFilePath());
+        QDialog::accept();
+    }
+
+    const QString m_extension;
+};
+
 } // namespace
+
+QString BWDialogFilePanels::withExtension(const QString &path, const QString &extension)
+{
+    // Of pictures, movies and archives. Whatever else stands behind a dot belongs to the name: "Sample 12.3".
+    static const QStringList others{u"jpg"_s, u"jpeg"_s, u"jpe"_s,  u"jfif"_s, u"png"_s,  u"gif"_s,  u"bmp"_s,
+                                    u"tif"_s, u"tiff"_s, u"webp"_s, u"heic"_s, u"heif"_s, u"mov"_s,  u"mp4"_s,
+                                    u"m4v"_s, u"avi"_s,  u"mkv"_s,  u"webm"_s, u"mpg"_s,  u"mpeg"_s, u"wmv"_s,
+                                    u"zip"_s, u"7z"_s,   u"rar"_s,  u"tar"_s,  u"gz"_s,   u"tgz"_s};
+    QString name = QDir::cleanPath(path).trimmed();
+    for (;;) {
+        const QFileInfo file(name);
+        const QString suffix = file.completeBaseName().isEmpty() ? QString() : file.suffix();
+        if (suffix.compare(extension, Qt::CaseInsensitive) == 0)
+            return name;
+        if (!name.endsWith(u'.') && !others.contains(suffix, Qt::CaseInsensitive))
+            return name + u'.' + extension;
+        name.chop(suffix.size() + 1);
+    }
+}
 
 void BWDialogFilePanels::save(QWidget *window, const Save &save, Chosen chosen)
 {
-    auto *panel = new Panel(window, save.title, save.message, save.folder);
-    panel->setAcceptMode(QFileDialog::AcceptSave);
-    panel->setFileMode(QFileDialog::AnyFile);
-    panel->setOption(QFileDialog::ReadOnly); // no new folders, nothing renamed
-    panel->setNameFilter(u"%1 (*.%2)"_s.arg(save.extension.toUpper(), save.extension));
-    panel->setDefaultSuffix(save.extension);
-    panel->selectFile(save.name);
+    auto *panel = new SavePanel(window, save);
     panel->begin(std::move(chosen));
 }
 
