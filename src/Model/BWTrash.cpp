@@ -32,7 +32,7 @@ void BWTrash::move(const QList<QUrl> &files, std::function<void(const Moved &)> 
             }
         }
         BWMainQueue::post(owner, [this, moved, result, finished] {
-            if (!moved.isEmpty())
+            if (!result.files.isEmpty()) // also where none of them can be put back: an earlier move is not the last
                 m_last = moved;
             if (finished)
                 finished(result);

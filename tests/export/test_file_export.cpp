@@ -103,8 +103,8 @@ private Q_SLOTS:
         row("the file itself, by another way", u"link/a.jpg"_s, 1, Problem::None);
         row("a link to it", u"out/link.jpg"_s, 1, Problem::None);
         row("one of the files of an archive", u"b.jpg"_s, 2, Problem::TargetIsSource);
-        row("folder", u"out"_s, 1, Problem::TargetNotWritable);
-        row("archive as a folder", u"out"_s, 2, Problem::TargetNotWritable);
+        row("folder", u"out"_s, 1, Problem::TargetIsFolder);
+        row("archive as a folder", u"out"_s, 2, Problem::TargetIsFolder);
         row("no folder", u"gone/x.zip"_s, 2, Problem::TargetFolderMissing);
         row("below a file", u"a.jpg/x.jpg"_s, 1, Problem::TargetFolderMissing);
         row("long name", QString(256, u'n'), 1, Problem::NameTooLong);
@@ -133,9 +133,9 @@ private Q_SLOTS:
             for (const int files : {1, 2})
                 QTest::addRow("%s, %d", title, files) << files << second << static_cast<int>(problem);
         };
-        rows("full disk", u"b.jpg"_s, Problem::TargetFull);
+        rows("full disk", u"b.jpg"_s, Problem::TargetTooLarge);
         rows("read-only folder", u"b.jpg"_s, Problem::TargetNotWritable);
-        rows("gone", u"gone"_s, Problem::SourceUnreadable);
+        rows("gone", u"gone"_s, Problem::SourceGone);
         rows("folder", u"out"_s, Problem::SourceUnreadable);
         rows("pipe", u"pipe"_s, Problem::SourceUnreadable);
         rows("cut off", u"b.jpg"_s, Problem::SourceChanged);

@@ -40,7 +40,7 @@ const QList<QByteArray> withoutText =
     QByteArray("QWidget QFrame QSlider QScrollBar QScrollArea QStackedWidget QTabWidget "
                "QDialogButtonBox QMessageBox QAbstractScrollAreaScrollBarContainer QHeaderView "
                "BWAboutWindowController BWAdvancedSettingsWindowController BWAlbumFooter "
-               "BWAlbumManagerWindowController BWAutoSettingViewController BWBusyIndicator "
+               "BWAlbumManagerWindowController BWAlbumNotice BWAutoSettingViewController BWBusyIndicator "
                "BWCameraInUseAlert BWCenteringClipView BWControlBar BWDoubleButton "
                "BWEMPIADebuggerWindowController BWGridDebuggerWindowController BWIconView "
                "BWLightTabView BWMainWindow BWNoCameraProductSheetWindowController "
@@ -159,7 +159,7 @@ private:
             fault(widget, u"has the access key of another: \"%1\""_s.arg(text));
     }
 
-    /// Within its parent, and beside its siblings. What lies over the live image lies there on purpose.
+    /// Within its parent, and beside its siblings. What lies over the live image or thumbnails lies there on purpose.
     void place(const QWidget &widget)
     {
         const QWidget *parent = widget.parentWidget();
@@ -170,7 +170,8 @@ private:
         if (scrolled ? widget.width() > parent->width() : !parent->rect().contains(widget.geometry()))
             fault(widget, u"sticks out of its parent: \"%1\""_s.arg(widget.accessibleName()));
         const auto over = [](const QWidget &one) {
-            return one.inherits("BWCenteringClipView") || one.inherits("BWFlashActionViewController");
+            return one.inherits("BWCenteringClipView") || one.inherits("BWFlashActionViewController")
+                || one.inherits("BWAlbumNotice");
         };
         const auto siblings = parent->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
         for (const QWidget *sibling : siblings) {

@@ -11,6 +11,7 @@
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
+#include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWThumbnailNotice.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailTableViewDataSource.h"
@@ -265,19 +266,20 @@ private Q_SLOTS:
         BWAlbumTexts texts;
         texts.localizeWithManager(BWRepository::singleton().localizationManager());
         auto *footer = window->findChild<BWAlbumFooter *>();
+        auto *notice = window->findChild<BWAlbumNotice *>();
         const QString file = grid->elements().first().fileName();
         footer->showProgress(texts.savingProgress.arg(file), 0.4);
         see(window, u"albums-saving"_s);
         footer->endProgress();
-        footer->showNotice(texts.saved.arg(file), false);
+        notice->showNotice(texts.saved.arg(file), false);
         see(window, u"albums-saved"_s);
-        footer->showNotice(texts.movedToTrash.arg(file), true);
+        notice->showNotice(texts.movedToTrash.arg(file), true);
         see(window, u"albums-undo"_s);
-        footer->showNotice(texts.stayedOutOfTrash.arg(file), false);
+        notice->showNotice(texts.stayedOutOfTrash.arg(file), false);
         see(window, u"albums-not-moved"_s);
-        footer->showNotice(texts.notBroughtBack.arg(file), false);
+        notice->showNotice(texts.notBroughtBack.arg(file), false);
         see(window, u"albums-not-back"_s);
-        footer->endNotice();
+        notice->endNotice();
 
         window->onAddAlbum();
         see(visible<QFileDialog>(), u"albums-add"_s);
@@ -340,9 +342,12 @@ private Q_SLOTS:
 
         BWAlbumTexts albums;
         albums.localizeWithManager(manager);
-        add("not-saved", albums.errorSaving.title,
-            u"%1\n\nmicroscope.zip: Permission denied\n\n"_s.arg(albums.errorSaving.message)
+        add("not-saved", albums.errorSavingTitle,
+            albums.errorSaving.value(BWExportResult::Problem::TargetFull)
+                + u"\n\n/home/user/Desktop/microscope.zip\n\n"_s
                 + albums.leftArchive.arg(u"/home/user/Desktop/microscope.zip.part"_s));
+        add("not-opened", albums.errorOpening.single.title,
+            albums.errorOpening.single.message.arg(u"20240607_image_001.jpg"_s));
         add("default-album", albums.cannotDeleteDefault.title, albums.cannotDeleteDefault.message);
         add("delete-album", albums.deleteAlbum.title, albums.deleteAlbum.message, Alert::Question);
         add("open-many", albums.openMany.title.arg(21), albums.openMany.message, Alert::Question);

@@ -9,23 +9,42 @@ namespace {
 
 using Problem = BWExportResult::Problem;
 
-Problem problemOf(int error)
+Problem problemOfSource(int error)
+{
+    return error == ENOENT || error == ENOTDIR ? Problem::SourceGone : Problem::SourceUnreadable;
+}
+
+Problem problemOfTarget(int error)
 {
     switch (error) {
     case ENOENT:
     case ENOTDIR:
         return Problem::TargetFolderMissing;
+    case EISDIR:
+        return Problem::TargetIsFolder;
     case EACCES:
     case EPERM:
-    case EROFS:
-    case EISDIR:
         return Problem::TargetNotWritable;
+    case EROFS:
+        return Problem::TargetReadOnly;
     case ENOSPC:
     case EDQUOT:
-    case EFBIG:
         return Problem::TargetFull;
+    case EFBIG:
+        return Problem::TargetTooLarge;
+    case EIO:
+    case ENXIO:
+    case ENODEV:
+    case ESTALE:
+    case ETIMEDOUT:
+    case EHOSTDOWN:
+    case ENOTCONN:
+        return Problem::TargetFailed;
     case ENAMETOOLONG:
         return Problem::NameTooLong;
+    case EINVAL: // a colon, for instance, on a disk formatted by another system
+    case EILSEQ:
+        return Problem::NameNotAllowed;
     default:
         return Problem::Other;
     }
@@ -55,7 +74,7 @@ BWExportResult BWExportResult::cancelled()
 
 BWExportResult BWExportResult::sourceFailed(const QUrl &source, int error)
 {
-    return failed(Problem::SourceUnreadable, source, text(error));
+    return failed(problemOfSource(error), source, text(error));
 }
 
 BWExportResult BWExportResult::sourceChanged(const QUrl &source)
@@ -65,7 +84,7 @@ BWExportResult BWExportResult::sourceChanged(const QUrl &source)
 
 BWExportResult BWExportResult::targetFailed(const QUrl &target, int error)
 {
-    return failed(problemOf(error), target, text(error));
+    return failed(problemOfTarget(error), target, text(error));
 }
 
 BWExportResult BWExportResult::targetIsSource(const QUrl &target)

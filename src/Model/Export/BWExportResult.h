@@ -13,20 +13,26 @@ struct BWExportResult {
     /// What stood in the way, as far as the user can do something about it.
     enum class Problem {
         None,
-        SourceUnreadable, ///< gone, no file, or not ours to read
+        SourceGone,
+        SourceUnreadable, ///< no file, not ours to read, or its disk does not work
         SourceChanged, ///< another program wrote to it while it was read
         TargetIsSource, ///< the archive would replace one of the files that go into it
         TargetFolderMissing,
+        TargetIsFolder,
         TargetNotWritable,
-        TargetFull, ///< no room, or larger than the target's file system can take
+        TargetReadOnly, ///< whoever writes
+        TargetFull,
+        TargetTooLarge, ///< for the file system there, with or without room
+        TargetFailed, ///< a fault of the disk, which may have been pulled out
         NameTooLong,
+        NameNotAllowed,
         Other
     };
 
     Outcome outcome = Outcome::Done;
     Problem problem = Problem::None;
     QUrl file; ///< done: the target; failed: the file that it failed on
-    QString reason; ///< the system's words, for the log and for details; null unless failed
+    QString reason; ///< the system's words, for the log; null unless failed
     QUrl leftover; ///< the part of an archive that a failure left; empty if there is none
 
     static BWExportResult done(const QUrl &target);

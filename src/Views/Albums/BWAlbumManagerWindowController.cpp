@@ -4,6 +4,8 @@
 #include "Model/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWAlbumNotice.h"
+#include "Views/Albums/BWThumbnailKeyboard.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 #include "Views/Utils/BWClosingKeys.h"
@@ -16,8 +18,10 @@
 
 #include <algorithm>
 #include <QEvent>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScopedValueRollback>
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QToolButton>
@@ -38,28 +42,36 @@ QToolButton *toolButton(const QString &icon)
     return button;
 }
 
-QList<QUrl> selectedFiles(const BWThumbnailTableView &grid)
-{
-    const QList<QUrl> files = grid.elements();
-    QList<QUrl> selected;
-    const QList<int> indexes = grid.mouseEventHandler()->selectedIndexes();
-    for (const int index : indexes)
-        selected.append(files.value(index));
-    return selected;
-}
-
-void select(BWThumbnailTableView &grid, const QList<QUrl> &files)
-{
-    const QSet<QUrl> wished(files.begin(), files.end());
-    const QList<QUrl> elements = grid.elements();
-    QSet<int> indexes;
-    for (int i = 0; i < elements.size(); ++i) {
-        if (wished.contains(elements[i]))
-            indexes.insert(i);
+/// What is selected in a grid, by the files, so that it can be selected again when they stand elsewhere.
+class KeptSelection {
+public:
+    explicit KeptSelection(BWThumbnailTableView &grid) : m_grid(grid)
+    {
+        const auto &handler = grid.mouseEventHandler();
+        const QList<QUrl> files = grid.elements();
+        for (const int index : handler->selectedIndexes())
+            m_selected.insert(files.value(index));
+        m_anchor = files.value(handler->anchor());
     }
-    grid.mouseEventHandler()->adoptSelection(indexes);
-    grid.showSelection();
-}
+
+    void restore() const
+    {
+        const QList<QUrl> files = m_grid.elements();
+        QSet<int> indexes;
+        for (int i = 0; i < files.size(); ++i) {
+            if (m_selected.contains(files[i]))
+                indexes.insert(i);
+        }
+        const auto anchor = m_anchor.isEmpty() ? -1 : static_cast<int>(files.indexOf(m_anchor));
+        m_grid.mouseEventHandler()->adoptSelection(indexes, anchor);
+        m_grid.showSelection();
+    }
+
+private:
+    BWThumbnailTableView &m_grid;
+    QSet<QUrl> m_selected;
+    QUrl m_anchor;
+};
 
 } // namespace
 
@@ -76,20 +88,20 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
       m_tabs(new BWLightTabView),
       m_images(new BWThumbnailTableView(nullptr, clock)),
       m_videos(new BWThumbnailTableView(nullptr, clock)),
-      m_footer(new BWAlbumFooter(nullptr, clock)),
+      m_footer(new BWAlbumFooter),
+      m_notice(new BWAlbumNotice(nullptr, clock)),
       m_contents(albums, clock),
       m_thumbnails([this](const QList<QUrl> &files) {
           m_images->redrawElements(files);
           m_videos->redrawElements(files);
       }),
-      m_saving(std::make_unique<BWAlbumSaving>(*this, m_surroundings.panels, m_texts, *m_footer)),
-      m_trashing(std::make_unique<BWAlbumTrashing>(albums, m_texts, *m_footer)),
+      m_saving(std::make_unique<BWAlbumSaving>(*this, m_surroundings.panels, m_texts, *m_footer, *m_notice)),
+      m_trashing(std::make_unique<BWAlbumTrashing>(albums, m_texts, *m_notice)),
       m_model(std::make_unique<BWAlbumGridModel>(
           m_contents, m_thumbnails,
           BWAlbumGridModel::Actions{
               [this](const QList<QUrl> &files, BWMediaType type) {
-                  const BWAlbumPtr album = m_albums.currentAlbum();
-                  m_saving->save(files, type, album ? album->name() : QString());
+                  m_saving->save(files, type, shownName(m_albums.currentAlbum()));
               },
               [this](const QList<QUrl> &files, BWMediaType type) { m_trashing->trash(files, type); },
               [this](const QList<QUrl> &files) { openFiles(files); }}))
@@ -140,7 +152,10 @@ void BWAlbumManagerWindowController::layOut()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addLayout(top);
-    column->addWidget(m_tabs, 1);
+    auto *middle = new QGridLayout;
+    middle->addWidget(m_tabs, 0, 0);
+    middle->addWidget(m_notice, 0, 0, Qt::AlignBottom); // over the tabs
+    column->addLayout(middle, 1);
     column->addWidget(m_footer);
     m_images->setFocus(); // the pictures are what people come for
     resize(defaultContentSize);
@@ -166,12 +181,15 @@ void BWAlbumManagerWindowController::connectParts()
                     m_wantedPixels = std::max(pixels.width(), pixels.height());
                     wantThumbnails();
                 });
-        connect(grid, &BWThumbnailTableView::selectionShown, this, &BWAlbumManagerWindowController::updateSummary);
+        connect(grid, &BWThumbnailTableView::selectionShown, this, &BWAlbumManagerWindowController::changedByUser);
     }
-    connect(m_tabs, &QTabWidget::currentChanged, this, &BWAlbumManagerWindowController::updateSummary);
-    connect(m_footer, &BWAlbumFooter::saveTriggered, this, [this] {
+    connect(m_tabs, &QTabWidget::currentChanged, this, &BWAlbumManagerWindowController::changedByUser);
+    const auto saveSelection = [this] {
         m_model->saveIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
-    });
+    };
+    connect(m_footer, &BWAlbumFooter::saveTriggered, this, saveSelection);
+    // While a grid has the focus, it takes the key itself.
+    connect(new QShortcut(BWThumbnailKeyboard::saveAs(), this), &QShortcut::activated, this, saveSelection);
     connect(m_footer, &BWAlbumFooter::trashTriggered, this, [this] {
         m_model->removeIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
     });
@@ -196,6 +214,7 @@ void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &
     m_popUp->setMinimumContentsLength(static_cast<int>(m_texts.defaultAlbumDisplayName.size()));
     m_popUpLabel->setText(manager.text(u"album_manager"_s, u"album_pop_up"_s, u"Album"_s));
     m_footer->localize(manager);
+    m_notice->localize(manager);
     m_model->setWords({manager.text(u"album_manager"_s, u"image_word"_s, u"image"_s),
                        manager.text(u"album_manager"_s, u"video_word"_s, u"video"_s)});
     m_images->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_images)));
@@ -214,7 +233,7 @@ void BWAlbumManagerWindowController::reloadAlbums()
         m_popUp->clear();
         const QList<BWAlbumPtr> albums = m_albums.albums();
         for (const BWAlbumPtr &album : albums) {
-            m_popUp->addItem(album->isDefaultAlbum() ? m_texts.defaultAlbumDisplayName : album->name());
+            m_popUp->addItem(shownName(album));
             m_popUp->setItemData(m_popUp->count() - 1, album->path().toLocalFile(), Qt::ToolTipRole);
         }
         m_popUp->setCurrentIndex(m_albums.selectedIndex());
@@ -228,6 +247,7 @@ void BWAlbumManagerWindowController::reloadAlbums()
 
 void BWAlbumManagerWindowController::onChangeAlbum(int index)
 {
+    m_notice->endNotice();
     m_albums.setSelectedIndex(index);
     m_popUp->setToolTip(m_popUp->currentData(Qt::ToolTipRole).toString());
 }
@@ -252,15 +272,24 @@ void BWAlbumManagerWindowController::onRemoveAlbum()
 
 void BWAlbumManagerWindowController::reloadGrids(bool keepSelection)
 {
-    const QList<QUrl> images = selectedFiles(*m_images);
-    const QList<QUrl> videos = selectedFiles(*m_videos);
+    const QScopedValueRollback reloading(m_reloading, true);
+    const KeptSelection images(*m_images);
+    const KeptSelection videos(*m_videos); // before either reloads: that renews the lists of both
     m_images->reloadData();
     m_videos->reloadData();
     if (keepSelection) {
-        select(*m_images, images);
-        select(*m_videos, videos);
+        images.restore();
+        videos.restore();
     }
     updateNotices();
+    updateSummary();
+}
+
+/// What is selected, or which files are shown. The notice was about others.
+void BWAlbumManagerWindowController::changedByUser()
+{
+    if (!m_reloading)
+        m_notice->endNotice();
     updateSummary();
 }
 
@@ -305,8 +334,22 @@ void BWAlbumManagerWindowController::openFiles(const QList<QUrl> &files)
     if (files.size() > manyFiles
         && !BWUIUtils::displayOKCancelAlert(m_texts.openMany.title.arg(files.size()), m_texts.openMany.message))
         return;
-    for (const QUrl &file : files)
-        m_surroundings.open(file);
+    QList<QUrl> unopened;
+    for (const QUrl &file : files) {
+        if (!m_surroundings.open(file))
+            unopened.append(file);
+    }
+    if (unopened.isEmpty())
+        return;
+    const BWAlbumTexts::Alert &texts = m_texts.errorOpening.of(unopened.size());
+    BWUIUtils::displayOKAlertOver(*this, texts.title, texts.message.arg(BWAlbumTexts::nameOrCount(unopened)));
+}
+
+QString BWAlbumManagerWindowController::shownName(const BWAlbumPtr &album) const
+{
+    if (!album)
+        return {};
+    return album->isDefaultAlbum() ? m_texts.defaultAlbumDisplayName : album->name();
 }
 
 BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const

@@ -13,6 +13,7 @@
 
 class BWAlbumFooter;
 class BWAlbumManager;
+class BWAlbumNotice;
 class BWFilePanels;
 class BWLightTabView;
 class BWUserDefaults;
@@ -31,7 +32,7 @@ public:
     /// What is outside of the program.
     struct Surroundings {
         BWFilePanels &panels;
-        std::function<void(const QUrl &file)> open; ///< with the desktop's program for such files
+        std::function<bool(const QUrl &file)> open; ///< with the desktop's program for it; false if there is none
     };
 
     /// From now on it alone is told when the albums or their contents change.
@@ -65,11 +66,13 @@ private:
     void connectParts();
     void reloadAlbums();
     void reloadGrids(bool keepSelection);
+    void changedByUser();
     void updateNotices();
     void updateSummary();
     void wantThumbnails();
     void openFiles(const QList<QUrl> &files);
     BWThumbnailTableView &currentGrid() const;
+    QString shownName(const BWAlbumPtr &album) const;
 
     BWAlbumManager &m_albums;
     Surroundings m_surroundings;
@@ -82,6 +85,7 @@ private:
     BWThumbnailTableView *m_images;
     BWThumbnailTableView *m_videos;
     BWAlbumFooter *m_footer;
+    BWAlbumNotice *m_notice;
     BWAlbumContents m_contents;
     BWThumbnails m_thumbnails;
     QList<QUrl> m_wanted;
@@ -90,4 +94,5 @@ private:
     std::unique_ptr<BWAlbumTrashing> m_trashing;
     std::unique_ptr<BWAlbumGridModel> m_model;
     bool m_shown = false; // has been, so that the album is listed
+    bool m_reloading = false;
 };

@@ -3,6 +3,7 @@
 #include "Utils/BWFilePath.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWAlbumTexts.h"
 #include "Views/Utils/BWFilePanels.h"
 
@@ -11,8 +12,9 @@
 
 using namespace Qt::StringLiterals;
 
-BWAlbumSaving::BWAlbumSaving(QWidget &window, BWFilePanels &panels, const BWAlbumTexts &texts, BWAlbumFooter &footer)
-    : m_window(window), m_panels(panels), m_texts(texts), m_footer(footer)
+BWAlbumSaving::BWAlbumSaving(QWidget &window, BWFilePanels &panels, const BWAlbumTexts &texts, BWAlbumFooter &footer,
+                             BWAlbumNotice &notice)
+    : m_window(window), m_panels(panels), m_texts(texts), m_footer(footer), m_notice(notice)
 {
     connect(&footer, &BWAlbumFooter::cancelTriggered, this, &BWAlbumSaving::cancel);
 }
@@ -50,13 +52,13 @@ void BWAlbumSaving::finished(const BWExportResult &result)
 {
     m_footer.endProgress();
     if (result.outcome == BWExportResult::Outcome::Done) {
-        m_footer.showNotice(m_texts.saved.arg(result.file.fileName()), false);
+        m_notice.showNotice(m_texts.saved.arg(result.file.fileName()), false);
     } else if (result.outcome == BWExportResult::Outcome::Failed) {
-        QString message = u"%1\n\n%2: %3"_s.arg(m_texts.errorSaving.message, result.file.fileName(), result.reason);
+        QString message = m_texts.errorSaving.value(result.problem) + u"\n\n"_s + result.file.toLocalFile();
         if (!result.leftover.isEmpty())
             message += u"\n\n"_s + m_texts.leftArchive.arg(result.leftover.toLocalFile());
         // The panel that asked where is only just gone, and no window is active yet.
-        BWUIUtils::displayOKAlertOver(m_window, m_texts.errorSaving.title, message);
+        BWUIUtils::displayOKAlertOver(m_window, m_texts.errorSavingTitle, message);
     }
     startNext();
 }

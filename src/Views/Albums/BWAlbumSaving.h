@@ -8,6 +8,7 @@
 #include <QUrl>
 
 class BWAlbumFooter;
+class BWAlbumNotice;
 class BWFilePanels;
 struct BWAlbumTexts;
 
@@ -17,7 +18,8 @@ class BWAlbumSaving : public QObject {
     Q_OBJECT
 
 public:
-    BWAlbumSaving(QWidget &window, BWFilePanels &panels, const BWAlbumTexts &texts, BWAlbumFooter &footer);
+    BWAlbumSaving(QWidget &window, BWFilePanels &panels, const BWAlbumTexts &texts, BWAlbumFooter &footer,
+                  BWAlbumNotice &notice);
 
     /// One file is copied, several become one ZIP archive, for which `archiveName` is suggested. What is asked for while
     /// something is being saved comes after that.
@@ -40,6 +42,7 @@ private:
     BWFilePanels &m_panels;
     const BWAlbumTexts &m_texts;
     BWAlbumFooter &m_footer;
+    BWAlbumNotice &m_notice;
     BWFileExport m_export;
     QList<Job> m_waiting;
 };

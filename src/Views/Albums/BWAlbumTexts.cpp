@@ -4,6 +4,11 @@
 
 using namespace Qt::StringLiterals;
 
+QString BWAlbumTexts::nameOrCount(const QList<QUrl> &files)
+{
+    return files.size() == 1 ? files.first().fileName() : QString::number(files.size());
+}
+
 void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
 {
     defaultAlbumDisplayName = manager.text(u"album_manager"_s, u"default_album_name"_s, u"Default Album"_s);
@@ -23,10 +28,8 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"album_manager"_s, u"multiple_videos_save_title"_s, u"Saving videos as ZIP file"_s);
     saveVideos.multiple.message = manager.text(u"album_manager"_s, u"multiple_videos_save_message"_s,
                                                u"Please select where to save a ZIP file with your selected videos"_s);
-    errorSaving.title = manager.text(u"album_manager"_s, u"error_saving_title"_s, u"Error while saving"_s);
-    errorSaving.message =
-        manager.text(u"album_manager"_s, u"error_saving_message"_s,
-                     u"Could not save file to destination. Please check that you have write permissions"_s);
+    errorSavingTitle = manager.text(u"album_manager"_s, u"error_saving_title"_s, u"Error while saving"_s);
+    localizeErrors(manager);
     trashImages.single.title =
         manager.text(u"album_manager"_s, u"trash_single_image_title"_s, u"Move image to the Trash"_s);
     trashImages.single.message = manager.text(u"album_manager"_s, u"trash_single_image_message"_s,
@@ -79,4 +82,63 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
                                 u"Waiting for the album’s folder, which does not answer."_s);
     unavailable = manager.text(u"album_manager"_s, u"folder_unavailable_notice"_s,
                                u"The album’s folder cannot be read. It may have been moved, renamed or removed."_s);
+}
+
+void BWAlbumTexts::localizeErrors(BWLocalizationManager &manager)
+{
+    using Problem = BWExportResult::Problem;
+    errorSaving = {
+        {Problem::TargetNotWritable,
+         manager.text(u"album_manager"_s, u"error_saving_message"_s,
+                      u"Could not save file to destination. Please check that you have write permissions"_s)},
+        {Problem::SourceGone,
+         manager.text(u"album_manager"_s, u"save_problem_source_gone"_s,
+                      u"The file is no longer in the album. It may have been moved, renamed or removed."_s)},
+        {Problem::SourceUnreadable,
+         manager.text(
+             u"album_manager"_s, u"save_problem_source_unreadable"_s,
+             u"The file in the album cannot be read. Please check that you have permission to read it, and that its "
+             "disk works."_s)},
+        {Problem::SourceChanged,
+         manager.text(u"album_manager"_s, u"save_problem_source_changed"_s,
+                      u"Another program changed the file while it was being saved. Please try again."_s)},
+        {Problem::TargetIsSource,
+         manager.text(u"album_manager"_s, u"save_problem_target_is_source"_s,
+                      u"This is one of the files that are to be saved. Please choose another name or folder."_s)},
+        {Problem::TargetFolderMissing,
+         manager.text(u"album_manager"_s, u"save_problem_folder_missing"_s,
+                      u"The folder does not exist. Please choose another one."_s)},
+        {Problem::TargetIsFolder,
+         manager.text(u"album_manager"_s, u"save_problem_name_of_folder"_s,
+                      u"A folder already has this name. Please choose another name."_s)},
+        {Problem::TargetReadOnly,
+         manager.text(u"album_manager"_s, u"save_problem_read_only"_s,
+                      u"This disk can only be read. Please choose another place."_s)},
+        {Problem::TargetFull,
+         manager.text(u"album_manager"_s, u"save_problem_disk_full"_s,
+                      u"There is not enough free space on the disk. Please make room, or choose another place."_s)},
+        {Problem::TargetTooLarge,
+         manager.text(u"album_manager"_s, u"save_problem_too_large"_s,
+                      u"This disk cannot hold a file that large, however much space is free. Please choose another "
+                      "place."_s)},
+        {Problem::TargetFailed,
+         manager.text(u"album_manager"_s, u"save_problem_disk_failed"_s,
+                      u"The disk reported a fault. It may have been disconnected."_s)},
+        {Problem::NameTooLong,
+         manager.text(u"album_manager"_s, u"save_problem_name_too_long"_s,
+                      u"The name is too long. Please choose a shorter one."_s)},
+        {Problem::NameNotAllowed,
+         manager.text(u"album_manager"_s, u"save_problem_name_not_allowed"_s,
+                      u"This disk does not allow the name. Please use letters, digits and spaces only."_s)},
+        {Problem::Other,
+         manager.text(u"album_manager"_s, u"save_problem_other"_s,
+                      u"The file could not be saved, for an unexpected reason. Please choose another place."_s)},
+    };
+    errorOpening.single.title = manager.text(u"album_manager"_s, u"open_error_title"_s, u"Error while opening"_s);
+    errorOpening.single.message = manager.text(u"album_manager"_s, u"open_single_error_message"_s,
+                                               u"No program was found that can open this file:\n%1"_s);
+    errorOpening.multiple.title = errorOpening.single.title;
+    errorOpening.multiple.message =
+        manager.text(u"album_manager"_s, u"open_multiple_error_message"_s,
+                     u"No program was found that can open these files. Number of files: %1"_s);
 }

@@ -2,7 +2,10 @@
 
 #include "Model/BWLocalizationManagerDelegate.h"
 #include "Model/BWMediaType.h"
+#include "Model/Export/BWExportResult.h"
 
+#include <QList>
+#include <QMap>
 #include <QString>
 
 /// What the album window says in alerts and panels.
@@ -24,10 +27,15 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     const Counted &saving(BWMediaType type) const { return type == BWMediaType::Image ? saveImages : saveVideos; }
     const Counted &trashing(BWMediaType type) const { return type == BWMediaType::Image ? trashImages : trashVideos; }
 
+    /// The name of the one, the number of several.
+    static QString nameOrCount(const QList<QUrl> &files);
+
     QString defaultAlbumDisplayName;
     Counted saveImages;
     Counted saveVideos;
-    Alert errorSaving;
+    QString errorSavingTitle;
+    QMap<BWExportResult::Problem, QString> errorSaving; ///< what stood in the way; all but None
+    Counted errorOpening; ///< messages with %1
     Counted trashImages;
     Counted trashVideos;
     QString trashOk;
@@ -51,4 +59,7 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     QString noVideos;
     QString notAnswering;
     QString unavailable;
+
+private:
+    void localizeErrors(BWLocalizationManager &manager);
 };

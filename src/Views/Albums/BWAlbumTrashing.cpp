@@ -2,31 +2,28 @@
 
 #include "Model/BWAlbumManager.h"
 #include "Utils/BWUIUtils.h"
-#include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWAlbumTexts.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The name of the one, the number of several.
 template <typename File>
 QString nameOrCount(const QList<File> &files, QUrl File::*url)
 {
-    return files.size() == 1 ? (files.first().*url).fileName() : QString::number(files.size());
-}
-
-QString nameOrCount(const QList<QUrl> &files)
-{
-    return files.size() == 1 ? files.first().fileName() : QString::number(files.size());
+    QList<QUrl> urls;
+    for (const File &file : files)
+        urls.append(file.*url);
+    return BWAlbumTexts::nameOrCount(urls);
 }
 
 } // namespace
 
-BWAlbumTrashing::BWAlbumTrashing(BWAlbumManager &albums, const BWAlbumTexts &texts, BWAlbumFooter &footer)
-    : m_albums(albums), m_texts(texts), m_footer(footer)
+BWAlbumTrashing::BWAlbumTrashing(BWAlbumManager &albums, const BWAlbumTexts &texts, BWAlbumNotice &notice)
+    : m_albums(albums), m_texts(texts), m_notice(notice)
 {
-    connect(&footer, &BWAlbumFooter::undoTriggered, this, &BWAlbumTrashing::undo);
+    connect(&notice, &BWAlbumNotice::undoTriggered, this, &BWAlbumTrashing::undo);
 }
 
 void BWAlbumTrashing::trash(const QList<QUrl> &files, BWMediaType type)
@@ -41,10 +38,11 @@ void BWAlbumTrashing::trash(const QList<QUrl> &files, BWMediaType type)
             return;
         QStringList lines;
         if (!result.files.isEmpty())
-            lines << self->m_texts.movedToTrash.arg(nameOrCount(result.files));
+            lines << self->m_texts.movedToTrash.arg(BWAlbumTexts::nameOrCount(result.files));
         if (!result.stayed.isEmpty())
             lines << self->m_texts.stayedOutOfTrash.arg(nameOrCount(result.stayed, &BWTrash::Failure::file));
-        self->m_footer.showNotice(lines.join(u'\n'), self->m_albums.canUndoRemoving());
+        // What can be undone is the last removal that moved something, which may be an earlier one.
+        self->m_notice.showNotice(lines.join(u'\n'), !result.files.isEmpty() && self->m_albums.canUndoRemoving());
     });
 }
 
@@ -52,7 +50,7 @@ void BWAlbumTrashing::undo()
 {
     if (!m_albums.canUndoRemoving())
         return;
-    m_footer.endNotice();
+    m_notice.endNotice();
     m_albums.undoRemoving([self = QPointer(this)](const BWTrash::Restored &result) {
         if (!self)
             return;
@@ -61,6 +59,6 @@ void BWAlbumTrashing::undo()
             lines << self->m_texts.broughtBack.arg(nameOrCount(result.files, &BWTrash::Restored::File::now));
         if (!result.failed.isEmpty())
             lines << self->m_texts.notBroughtBack.arg(nameOrCount(result.failed, &BWTrash::Failure::file));
-        self->m_footer.showNotice(lines.join(u'\n'), false);
+        self->m_notice.showNotice(lines.join(u'\n'), false);
     });
 }

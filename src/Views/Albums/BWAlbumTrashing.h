@@ -7,8 +7,8 @@
 #include <QPointer>
 #include <QUrl>
 
-class BWAlbumFooter;
 class BWAlbumManager;
+class BWAlbumNotice;
 struct BWAlbumTexts;
 
 /// Moves files of the current album to the Trash when the user confirms it, and offers the way back. GUI thread.
@@ -16,7 +16,7 @@ class BWAlbumTrashing : public QObject {
     Q_OBJECT
 
 public:
-    BWAlbumTrashing(BWAlbumManager &albums, const BWAlbumTexts &texts, BWAlbumFooter &footer);
+    BWAlbumTrashing(BWAlbumManager &albums, const BWAlbumTexts &texts, BWAlbumNotice &notice);
 
     void trash(const QList<QUrl> &files, BWMediaType type);
     /// Brings back what was moved the last time, if that has not been done yet.
@@ -25,5 +25,5 @@ public:
 private:
     BWAlbumManager &m_albums;
     const BWAlbumTexts &m_texts;
-    BWAlbumFooter &m_footer;
+    BWAlbumNotice &m_notice;
 };

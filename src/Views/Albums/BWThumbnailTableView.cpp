@@ -245,8 +245,11 @@ void BWThumbnailTableView::showSelection()
 void BWThumbnailTableView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
 {
     QTableView::selectionChanged(selected, deselected);
-    if (!m_repeatingSelection && m_handler) // a screen reader selects
-        m_handler->adoptSelection(BWThumbnailSelection::toIndexes(selectionModel()->selection()));
+    if (m_repeatingSelection || !m_handler)
+        return;
+    // a screen reader selects
+    m_handler->adoptSelection(BWThumbnailSelection::toIndexes(selectionModel()->selection()), m_handler->anchor());
+    Q_EMIT selectionShown();
 }
 
 bool BWThumbnailTableView::event(QEvent *event)

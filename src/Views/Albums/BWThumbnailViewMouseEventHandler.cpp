@@ -246,9 +246,10 @@ void BWThumbnailViewMouseEventHandler::toggle(int index)
     redraw();
 }
 
-void BWThumbnailViewMouseEventHandler::adoptSelection(const QSet<int> &indexes)
+void BWThumbnailViewMouseEventHandler::adoptSelection(const QSet<int> &indexes, int anchor)
 {
     m_selected = indexes;
+    m_anchor = anchor;
 }
 
 void BWThumbnailViewMouseEventHandler::addRange(int from, int to)

@@ -69,8 +69,8 @@ public:
     void moveRangeEnd(int from, int to);
     /// Adds the cell to the selection or takes it away, and makes it the anchor.
     void toggle(int index);
-    /// What others than this handler selected, assistive technology for instance.
-    void adoptSelection(const QSet<int> &indexes);
+    /// What others than this handler selected: assistive technology, or the handler before it.
+    void adoptSelection(const QSet<int> &indexes, int anchor = -1);
 
 private:
     void addRange(int from, int to);
