@@ -32,7 +32,6 @@
 #include "Views/BWMainWindow.h"
 #include "Views/BWSimulatedCamerasWindowController.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
-#include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWQtTexts.h"
 
 #include <QAction>
@@ -149,7 +148,7 @@ void AppDelegate::prepareUI()
 
     config.addListener(this);
     m_auxiliaryWindows->listen(); // after us, who move the camera window
-    new BWFrameAutosave(*m_window, u"main"_s, m_repository.userDefaults());
+    m_window->rememberFrame(m_repository.userDefaults());
     if (!config.rememberLayout() || config.firstTime())
         config.resetLayout();
     config.setFirstTime(false);

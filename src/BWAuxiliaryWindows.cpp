@@ -98,8 +98,6 @@ void BWAuxiliaryWindows::listen()
 
 void BWAuxiliaryWindows::showAlbums()
 {
-    if (!m_albums->isVisible())
-        place();
     bringToFront(*m_albums);
 }
 
@@ -147,16 +145,7 @@ void BWAuxiliaryWindows::showHidden()
 
 void BWAuxiliaryWindows::resetLayout()
 {
-    m_mustPlace = true;
-    if (m_albums->isVisible())
-        place();
-}
-
-/// Only now is it certain where the camera window is, its frame included.
-void BWAuxiliaryWindows::place()
-{
-    if (std::exchange(m_mustPlace, false))
-        m_albums->resetLayout(m_window);
+    m_albums->resetLayout();
 }
 
 void BWAuxiliaryWindows::updateMenu()

@@ -51,8 +51,7 @@ public:
     void hideAll();
     /// Those that `hideAll` found open.
     void showHidden();
-    /// Puts the album window where it belongs, if it is not open when it is shown the next time. The others do that by
-    /// themselves.
+    /// Puts the album window in its place. The others do that by themselves.
     void resetLayout();
     /// The check marks in the menu.
     void updateMenu();
@@ -64,7 +63,6 @@ public:
 private:
     void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override;
     void addToMenu(QAction *item, QWidget &window, void (BWAuxiliaryWindows::*show)());
-    void place();
 
     BWMainWindow &m_window;
     BWConfigManager &m_config;
@@ -76,5 +74,4 @@ private:
     std::unique_ptr<BWSimpleHelpWindowController> m_help;
     std::unique_ptr<BWAboutWindowController> m_about;
     QList<QWidget *> m_hidden;
-    bool m_mustPlace = false;
 };

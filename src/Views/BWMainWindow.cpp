@@ -7,12 +7,12 @@
 #include "Views/BWMainMenu.h"
 #include "Views/BWStatusPill.h"
 #include "Views/Utils/BWAccessibleRoles.h"
+#include "Views/Utils/BWFrameAutosave.h"
+#include "Views/Utils/BWWindowPlacement.h"
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QGuiApplication>
 #include <QMenuBar>
-#include <QScreen>
 
 using namespace Qt::StringLiterals;
 
@@ -27,6 +27,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     setObjectName(u"main"_s);
     setCentralWidget(m_content);
     m_content->installEventFilter(this);
+    m_controlBar->installEventFilter(this);
     // The bar comes first in the order of Tab, as it does for the eye.
     m_controlBar->raise();
     m_statusPill->raise();
@@ -41,8 +42,7 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
     m_clipView->setAccessibleName(manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s));
     m_menu->localizeWithManager(manager);
     m_controlBar->localizeWithManager(manager);
-    // The captions decide how narrow the window may become.
-    m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + 160);
+    updateMinimumSize();
     layOutContent();
 }
 
@@ -51,10 +51,20 @@ void BWMainWindow::resetLayout()
     setWindowState(windowState() & ~(Qt::WindowMaximized | Qt::WindowFullScreen));
     const QSize window =
         defaultContentSize.expandedTo(m_content->minimumSize()) + QSize(0, menuBar()->sizeHint().height());
-    resize(window);
-    const QSize screen = QGuiApplication::primaryScreen()->size();
-    // The origin of the screen is not added: the position is counted within the whole desktop.
-    move(screen.width() / 2 - window.width() / 2, screen.height() / 2 - window.height() / 2);
+    const QMargins margins = BWFrameAutosave::margins(*this);
+    BWFrameAutosave::setFrame(*this, BWWindowPlacement::onScreens().camera(window, margins), margins);
+}
+
+void BWMainWindow::rememberFrame(BWUserDefaults &defaults)
+{
+    m_frame = new BWFrameAutosave(*this, u"main"_s, defaults);
+}
+
+void BWMainWindow::setVisible(bool visible)
+{
+    if (visible && !isVisible() && m_frame && !m_frame->isRemembered())
+        resetLayout();
+    QMainWindow::setVisible(visible);
 }
 
 void BWMainWindow::setFullScreen(bool fullScreen)
@@ -70,6 +80,12 @@ void BWMainWindow::keyPressEvent(QKeyEvent *event)
         Q_EMIT otherKeyPressed(event->key(), event->isAutoRepeat());
 }
 
+/// The bar decides how narrow the window may become: its captions, and what is shown in it later.
+void BWMainWindow::updateMinimumSize()
+{
+    m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + 160);
+}
+
 void BWMainWindow::layOutContent()
 {
     m_clipView->setGeometry(m_content->rect());
@@ -83,6 +99,8 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
         layOutContent();
         Q_EMIT resized();
     }
+    if (watched == m_controlBar && event->type() == QEvent::LayoutRequest)
+        updateMinimumSize();
     return QMainWindow::eventFilter(watched, event);
 }
 

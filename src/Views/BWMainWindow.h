@@ -7,9 +7,11 @@
 
 class BWCenteringClipView;
 class BWControlBar;
+class BWFrameAutosave;
 class BWLiveRenderer;
 class BWMainMenu;
 class BWStatusPill;
+class BWUserDefaults;
 
 /// The camera window: menu bar, live image, the control bar over its top and the status line over its lower edge.
 /// It only lays its parts out and passes window events on.
@@ -31,6 +33,9 @@ public:
 
     /// Gives the content its default size and puts the window into the middle of the main screen.
     void resetLayout();
+    /// Remembers the window's frame from now on. Without one the layout is reset when the window is shown.
+    void rememberFrame(BWUserDefaults &defaults);
+    void setVisible(bool visible) override;
 
     void setFullScreen(bool fullScreen);
 
@@ -53,6 +58,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void updateMinimumSize();
     void layOutContent();
 
     QWidget *m_content;
@@ -60,5 +66,6 @@ private:
     BWCenteringClipView *m_clipView;
     BWControlBar *m_controlBar;
     BWStatusPill *m_statusPill;
+    BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
 };

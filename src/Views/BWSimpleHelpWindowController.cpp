@@ -5,9 +5,11 @@
 #include "Views/BWSupportMail.h"
 #include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWCopyableText.h"
+#include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWHeadingFont.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWProgramHead.h"
+#include "Views/Utils/BWWindowPlacement.h"
 
 #include <algorithm>
 #include <QApplication>
@@ -146,6 +148,8 @@ void BWSimpleHelpWindowController::localizeWithManager(BWLocalizationManager &ma
 
 void BWSimpleHelpWindowController::makeKeyAndOrderFront()
 {
+    if (!isVisible())
+        prepare();
     show();
     raise();
     activateWindow();
@@ -181,9 +185,8 @@ QUrl BWSimpleHelpWindowController::mail() const
     return mail.url();
 }
 
-void BWSimpleHelpWindowController::showEvent(QShowEvent *event)
+void BWSimpleHelpWindowController::prepare()
 {
-    QWidget::showEvent(event);
     m_problem->hide();
     m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()));
     fitShortcuts();
@@ -194,24 +197,20 @@ void BWSimpleHelpWindowController::showEvent(QShowEvent *event)
 /// From then on it is where the user puts it.
 void BWSimpleHelpWindowController::placeOverCameraWindow()
 {
-    const QRect room = m_cameraWindow->screen()->availableGeometry();
-    QRect place(QPoint(), layout()->totalSizeHint());
-    place.moveCenter(m_cameraWindow->frameGeometry().center());
-    place.moveBottom(std::min(place.bottom(), room.bottom()));
-    place.moveTop(std::max(place.top(), room.top()));
-    place.moveRight(std::min(place.right(), room.right()));
-    place.moveLeft(std::max(place.left(), room.left()));
-    move(place.topLeft());
+    const QRect camera = m_cameraWindow->frameGeometry();
+    QRect place(QPoint(), layout()->totalSizeHint().grownBy(BWFrameAutosave::margins(*this, m_cameraWindow)));
+    place.moveCenter(camera.center());
+    move(BWWindowPlacement::onScreens().fitted(place, camera).topLeft());
 }
 
 /// They are seen whole where the screen is high enough for that.
 void BWSimpleHelpWindowController::fitShortcuts()
 {
-    constexpr int titleBar = 40; // what window managers add, about
     constexpr int least = 100;
     QSize size = m_shortcuts->sizeHint();
     m_shortcutsView->setFixedSize(size);
-    const int excess = layout()->totalSizeHint().height() + titleBar - screen()->availableGeometry().height();
+    const int room = m_cameraWindow->screen()->availableGeometry().height();
+    const int excess = layout()->totalSizeHint().height() + BWWindowPlacement::assumedMargins.top() - room;
     if (excess <= 0)
         return;
     size.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);

@@ -38,13 +38,13 @@ public:
     void onWriteToSupport();
 
 protected:
-    void showEvent(QShowEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
     QLayout *ways();
     void updateFonts();
     void fitShortcuts();
+    void prepare();
     void placeOverCameraWindow();
     void open(const QUrl &url, const QString &address);
     QUrl mail() const;

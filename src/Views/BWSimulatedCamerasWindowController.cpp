@@ -2,11 +2,10 @@
 
 #include "Model/BWLocalizationManager.h"
 #include "Views/BWSimulatedCameraRow.h"
+#include "Views/Utils/BWWindowPlacement.h"
 
-#include <algorithm>
 #include <QGridLayout>
 #include <QLabel>
-#include <QScreen>
 
 using namespace Qt::StringLiterals;
 
@@ -44,12 +43,10 @@ void BWSimulatedCamerasWindowController::localizeWithManager(BWLocalizationManag
 void BWSimulatedCamerasWindowController::showBelow(const QWidget &window)
 {
     adjustSize();
-    const QRect screen = window.screen()->availableGeometry();
-    constexpr int titleBar =
-        30; // what window managers add to a height, about: it is not known before a window is shown
-    const QPoint wished = window.geometry().bottomLeft() + QPoint(0, titleBar);
-    const int lowest = screen.y() + screen.height() - height() - titleBar;
-    move(std::max(screen.x(), wished.x()), std::min(wished.y(), lowest));
+    const QMargins margins = BWWindowPlacement::assumedMargins; // the other window, too, is only just being shown
+    const QRect other(window.pos(), window.size().grownBy(margins));
+    const QRect place(other.bottomLeft(), size().grownBy(margins));
+    move(BWWindowPlacement::onScreens().fitted(place, other).topLeft());
     show();
 }
 

@@ -413,18 +413,12 @@ private Q_SLOTS:
         bench.cameraWindow.setGeometry(40, 30, 700, 100);
         bench.cameraWindow.show();
         bench.window.show();
-        bench.window.hide();
         bench.window.move(0, 0);
         const QSize size = bench.window.size();
         bench.config.resetLayout();
         QCoreApplication::processEvents();
-        QCOMPARE(bench.window.pos(), QPoint()); // the camera window may move until it is shown
-        bench.cameraWindow.move(60, 30);
-        bench.window.show();
         QCOMPARE(bench.window.size(), size);
         QCOMPARE(bench.window.frameGeometry().top(), bench.cameraWindow.frameGeometry().bottom() + 1);
-        QVERIFY(std::abs(bench.window.frameGeometry().center().x() - bench.cameraWindow.frameGeometry().center().x())
-                <= 1);
     }
 };
 

@@ -365,7 +365,7 @@ private Q_SLOTS:
         QCOMPARE(m_opened.size(), 20);
     }
 
-    void rowsAndPlaces()
+    void rowsAndKinds()
     {
         for (const auto &[visible, row] : {std::pair{300, 75}, {499, 124}, {500, 125}, {800, 125}})
             QCOMPARE(BWAlbumGridModel::rowHeight(visible), row);
@@ -376,14 +376,29 @@ private Q_SLOTS:
         QCOMPARE(m_videos->modelDelegate()->dragTypeForElementAt(*m_videos, 0), u"com.apple.quicktime-movie"_s);
         BWThumbnailTableView stranger;
         QVERIFY(aborts([&] { m_images->modelDelegate()->elementsForThumbnailTableView(stranger); }));
+    }
 
+    void theCameraWindowMakesRoom()
+    {
         QWidget camera;
         camera.setGeometry(20, 30, 400, 600);
         camera.show();
-        m_window->resetLayout(camera);
-        QCOMPARE(m_window->size(), QSize(287, 550));
-        QCOMPARE(m_window->frameGeometry().left(), camera.frameGeometry().right() + 1);
-        QCOMPARE(m_window->frameGeometry().bottom(), camera.frameGeometry().bottom());
+        BWAlbumManagerWindowController window(*m_albums, *m_defaults, {*this, {}}, &camera);
+        const int right = camera.screen()->availableGeometry().right();
+        for (const int x : {20, right - 500}) {
+            camera.move(x, 30);
+            window.resetLayout();
+            window.show();
+            QCOMPARE(window.size(), QSize(287, 550));
+            QCOMPARE(window.frameGeometry().left(), camera.frameGeometry().right() + 1);
+            QCOMPARE(window.frameGeometry().bottom(), camera.frameGeometry().bottom());
+            QVERIFY(window.frameGeometry().right() <= right);
+        }
+        camera.showMaximized(); // stays as it is
+        const QRect maximized = camera.geometry();
+        window.resetLayout();
+        QCOMPARE(camera.geometry(), maximized);
+        QVERIFY(window.screen()->availableGeometry().contains(window.frameGeometry()));
     }
 
 private:

@@ -14,26 +14,32 @@ from desktop import Desktop, wait_until  # noqa: E402
 from program import Area, Program  # noqa: E402
 
 PROGRAM = None
-SCREEN = (1600, 1600)  # there is room below the camera window
+SCREEN = (1600, 1600)  # there is room below the camera window, and beside it
+TITLE = 40  # what is left to be seen of the settings by the panel that opens later
 OPENED = {"Settings": "ctrl+comma", "Advanced settings": "F8", "Albums": "F9"}
 SIZE = (977, 550)
 
 
 class WindowFrames(unittest.TestCase):
     def setUp(self):
-        self.desktop = self.enterContext(Desktop(size=SCREEN))
+        self.screen = tuple(map(int, re.findall(r"\d+", self.id()))) or SCREEN
+        self.desktop = self.enterContext(Desktop(size=self.screen))
         self.settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
         self.settings.parent.mkdir(parents=True)
         # The question for the product would stand in the way.
         self.settings.write_text('[General]\nbwp2x_product_for_camera="{\\"wired_high\\":\\"mx50_40\\"}"\n')
 
-    def start(self):
+    def start(self, opened=tuple(OPENED)):
         self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"])
         self.program.wait_for(None, "Live streaming with: Digital Microscope MX50/MX40")
-        for name, key in OPENED.items():
+        self.toggle(*opened)
+
+    def toggle(self, *names):
+        for name in names:
+            shown = self.program.window("frame", name)
             self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
-            self.desktop.key(key)
-            self.program.wait_for("frame", name)
+            self.desktop.key(OPENED[name])
+            wait_until(f"{name} comes or goes", lambda: bool(self.program.window("frame", name)) != bool(shown))
 
     def quit(self):
         self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
@@ -74,21 +80,20 @@ class WindowFrames(unittest.TestCase):
 
     def assert_put_back(self):
         """To the places that are made for them."""
-        main, screen = self.content("BrimwellPro"), Area(0, 0, *SCREEN)
+        main = self.content("BrimwellPro")
         self.assertEqual(main.width, SIZE[0])
         menu = main.height - SIZE[1]
         self.assertTrue(0 < menu < 40, main)
         self.assertEqual(self.frame("BrimwellPro")[:2],
                          (SCREEN[0] // 2 - main.width // 2, SCREEN[1] // 2 - main.height // 2))
         main = self.frame("BrimwellPro")
-        for name in ("Settings", "Advanced settings"):
+        for name, lower in (("Settings", 0), ("Advanced settings", TITLE)):
             frame = self.frame(name)
             self.assertAlmostEqual(frame.x + frame.width / 2, main.x + main.width / 2, delta=1, msg=name)
-            self.assertEqual(frame.y, main.y + main.height, name)
+            self.assertEqual(frame.y, main.y + main.height + lower, name)
         albums = self.frame("Albums")
         self.assertEqual(self.content("Albums")[2:], (287, 550))
-        self.assertEqual(albums.x, min(main.x + main.width, screen.width - albums.width))
-        self.assertEqual(albums.y + albums.height, main.y + main.height)
+        self.assertEqual((albums.x, albums.y + albums.height), (main.x + main.width, main.y + main.height))
 
     def wait_until_put_back(self):
         def put_back():
@@ -126,6 +131,44 @@ class WindowFrames(unittest.TestCase):
         self.start()
         self.wait_until_put_back()
         self.quit()
+
+    def test_put_back_while_closed(self):
+        """A panel that is closed then belongs to its place when it is shown, in whatever run that is."""
+        self.start(opened=())  # the first start of all
+        self.quit()
+        self.start()
+        self.wait_until_put_back()
+        self.leave_apart()
+        self.toggle("Albums", "Advanced settings")
+        self.program.activate(self.program.wait_for("frame", "Settings"))
+        self.program.click("push button", "Restore layout")
+        self.toggle("Settings")
+        self.quit()
+        self.start(opened=())
+        self.quit()
+        self.start(opened=("Settings", "Albums", "Advanced settings"))
+        self.wait_until_put_back()
+        self.leave_apart()
+        self.quit()
+        stored = self.settings.read_text().splitlines()
+        self.settings.write_text("\n".join(line for line in stored if "bwp2x_frame_" not in line))
+        self.start()  # as if the windows had been left on another kind of desktop
+        self.wait_until_put_back()
+        self.quit()
+
+    def test_on_1280x800(self):
+        self.start(opened=("Albums", "Settings", "Advanced settings"))
+        main, albums, screen = self.frame("BrimwellPro"), self.frame("Albums"), Area(0, 0, *self.screen)
+        for name, frame in self.frames().items():
+            self.assertTrue(frame.x >= 0 and frame.y >= 0 and frame.x + frame.width <= screen.width
+                            and frame.y + frame.height <= screen.height, (name, frame))
+        self.assertEqual(albums.x, main.x + main.width)
+        settings = self.frame("Settings")
+        self.assertAlmostEqual(settings.x + settings.width / 2, main.x + main.width / 2, delta=1)
+        self.assertNotEqual(settings.x, self.frame("Advanced settings").x)
+        self.quit()
+
+    test_on_1024x600 = test_on_1280x800
 
     def test_not_remembered(self):
         self.start()

@@ -204,6 +204,10 @@ private Q_SLOTS:
     {
         showFrames();
         see(m_window, u"main"_s);
+        const QSize usual = m_window->size();
+        m_window->resize(m_window->minimumSizeHint());
+        see(m_window, u"main-narrowest"_s);
+        m_window->resize(usual);
         m_window->menu().grid->trigger();
         showFrames();
         see(m_window, u"main-grid"_s);

@@ -8,7 +8,6 @@
 #include "Views/Albums/BWThumbnailKeyboard.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
-#include "Views/Utils/BWClosingKeys.h"
 #include "Views/Utils/BWFilePanels.h"
 #include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWIcons.h"
@@ -78,7 +77,7 @@ private:
 BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &albums, BWUserDefaults &defaults,
                                                                Surroundings surroundings, QWidget *cameraWindow,
                                                                BWClock &clock)
-    : QWidget(cameraWindow, Qt::Tool),
+    : BWUtilityPanel(cameraWindow),
       m_albums(albums),
       m_surroundings(std::move(surroundings)),
       m_popUp(new BWPopUpButton),
@@ -106,7 +105,6 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
               [this](const QList<QUrl> &files, BWMediaType type) { m_trashing->trash(files, type); },
               [this](const QList<QUrl> &files) { openFiles(files); }}))
 {
-    setAttribute(Qt::WA_ShowWithoutActivating); // it stands beside the camera window, which stays the one in use
     m_model->setGrids(*m_images, *m_videos);
     for (BWThumbnailTableView *grid : {m_images, m_videos}) {
         grid->setModelDelegate(m_model.get());
@@ -115,7 +113,7 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
     layOut();
     connectParts();
     reloadAlbums();
-    new BWFrameAutosave(*this, u"albums"_s, defaults);
+    rememberFrame(u"albums"_s, defaults);
 }
 
 BWAlbumManagerWindowController::~BWAlbumManagerWindowController()
@@ -194,7 +192,6 @@ void BWAlbumManagerWindowController::connectParts()
         m_model->removeIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
     });
     connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_trashing.get(), &BWAlbumTrashing::undo);
-    new BWClosingKeys(*this);
 }
 
 void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -357,26 +354,29 @@ BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const
     return m_tabs->currentWidget() == m_videos ? *m_videos : *m_images;
 }
 
-void BWAlbumManagerWindowController::resetLayout(const QWidget &cameraWindow)
+void BWAlbumManagerWindowController::place(QWidget &cameraWindow)
 {
-    const QSize size = defaultContentSize.expandedTo(minimumSizeHint()); // with large fonts
-    resize(size);
-    move(BWWindowPlacement::rightOf(cameraWindow, size));
-    update();
+    const QMargins margins = BWFrameAutosave::margins(*this, &cameraWindow);
+    const QSize frame = defaultContentSize.expandedTo(minimumSizeHint()).grownBy(margins); // with large fonts
+    const QRect camera = cameraWindow.frameGeometry();
+    const BWWindowPlacement placement = BWWindowPlacement::onScreens();
+    if (!BWFrameAutosave::canPlaceWindows() || cameraWindow.windowState() != Qt::WindowNoState) {
+        BWFrameAutosave::setFrame(*this, placement.besideFixed(camera, frame), margins);
+        return;
+    }
+    const QMargins cameraMargins = BWFrameAutosave::margins(cameraWindow);
+    const int leastWidth = cameraWindow.minimumSizeHint().grownBy(cameraMargins).width();
+    const auto pair = placement.beside(camera, leastWidth, frame, minimumSizeHint().grownBy(margins).width());
+    if (pair.camera != camera)
+        BWFrameAutosave::setFrame(cameraWindow, pair.camera, cameraMargins);
+    BWFrameAutosave::setFrame(*this, pair.albums, margins);
 }
 
 void BWAlbumManagerWindowController::showEvent(QShowEvent *event)
 {
-    QWidget::showEvent(event);
+    BWUtilityPanel::showEvent(event);
     if (!std::exchange(m_shown, true))
         m_contents.reload();
-    Q_EMIT visibilityChanged();
-}
-
-void BWAlbumManagerWindowController::hideEvent(QHideEvent *event)
-{
-    QWidget::hideEvent(event);
-    Q_EMIT visibilityChanged();
 }
 
 void BWAlbumManagerWindowController::changeEvent(QEvent *event)

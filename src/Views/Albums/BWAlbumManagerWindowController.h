@@ -7,23 +7,22 @@
 #include "Views/Albums/BWAlbumSaving.h"
 #include "Views/Albums/BWAlbumTexts.h"
 #include "Views/Albums/BWAlbumTrashing.h"
+#include "Views/Utils/BWUtilityPanel.h"
 
 #include <functional>
-#include <QWidget>
 
 class BWAlbumFooter;
 class BWAlbumManager;
 class BWAlbumNotice;
 class BWFilePanels;
 class BWLightTabView;
-class BWUserDefaults;
 class QComboBox;
 class QLabel;
 class QToolButton;
 
 /// The album window: which album is current, its images and videos as grids of thumbnails, and what is done with them.
 /// A utility window beside the camera window. It wires its parts together; what albums are is the manager's. GUI thread.
-class BWAlbumManagerWindowController : public QWidget, public BWLocalizationManagerDelegate {
+class BWAlbumManagerWindowController : public BWUtilityPanel, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
@@ -42,10 +41,6 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// Gives the window its default size and puts it to the right of the camera window, lower edges at the same height, or
-    /// as near to that as the screen allows.
-    void resetLayout(const QWidget &cameraWindow);
-
     /// Files are being saved elsewhere.
     bool isSaving() const { return m_saving->isSaving(); }
 
@@ -53,12 +48,10 @@ public:
     void onRemoveAlbum();
     void onChangeAlbum(int index);
 
-Q_SIGNALS:
-    void visibilityChanged();
-
 protected:
+    /// Gives the window its default size and puts it to the right of the camera window, which makes room for it.
+    void place(QWidget &cameraWindow) override;
     void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:

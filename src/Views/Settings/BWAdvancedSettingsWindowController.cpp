@@ -9,7 +9,6 @@
 #include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
 #include "Views/Utils/BWAnnouncement.h"
-#include "Views/Utils/BWFrameAutosave.h"
 
 #include <array>
 #include <QGridLayout>
@@ -64,7 +63,7 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
     connect(m_saveAsDefaultButton, &QPushButton::clicked, this, &BWAdvancedSettingsWindowController::onSaveAsDefault);
     connect(m_restoreDefaultsButton, &QPushButton::clicked, this,
             &BWAdvancedSettingsWindowController::onRestoreDefaults);
-    new BWFrameAutosave(*this, u"advanced_settings"_s, defaults);
+    rememberFrame(u"advanced_settings"_s, defaults);
 }
 
 void BWAdvancedSettingsWindowController::layOut()

@@ -7,7 +7,6 @@
 #include "Views/BWCameraTitles.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
-#include "Views/Utils/BWFrameAutosave.h"
 
 #include <QComboBox>
 #include <QPushButton>
@@ -41,7 +40,7 @@ BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, 
     connectControls();
     updateUsualTitles();
     reloadSettings();
-    new BWFrameAutosave(*this, u"settings"_s, defaults);
+    rememberFrame(u"settings"_s, defaults);
 }
 
 BWSettingsWindowController::~BWSettingsWindowController()

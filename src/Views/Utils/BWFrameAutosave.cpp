@@ -1,6 +1,7 @@
 #include "Views/Utils/BWFrameAutosave.h"
 
 #include "Model/BWUserDefaults.h"
+#include "Views/Utils/BWWindowPlacement.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -10,12 +11,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// No program knows where its windows are in a Wayland session: what is stored there must not take the place of what is
-/// known elsewhere.
+/// What is stored in a Wayland session must not take the place of what is known elsewhere.
 QString key(const QString &name)
 {
-    const bool isWayland = QGuiApplication::platformName().startsWith("wayland"_L1);
-    return (isWayland ? u"bwp2x_frame_wayland_"_s : u"bwp2x_frame_"_s) + name;
+    return (BWFrameAutosave::canPlaceWindows() ? u"bwp2x_frame_"_s : u"bwp2x_frame_wayland_"_s) + name;
 }
 
 } // namespace
@@ -23,13 +22,43 @@ QString key(const QString &name)
 BWFrameAutosave::BWFrameAutosave(QWidget &window, const QString &name, BWUserDefaults &defaults)
     : QObject(&window), m_window(window), m_key(key(name)), m_defaults(defaults)
 {
-    const QString stored = defaults.string(m_key);
-    if (!stored.isNull())
-        window.restoreGeometry(QByteArray::fromBase64(stored.toLatin1()));
+    m_isRemembered = window.restoreGeometry(QByteArray::fromBase64(defaults.string(m_key).toLatin1()));
     m_timer.setSingleShot(true);
     m_timer.setInterval(500); // a window that is being dragged is stored once
     connect(&m_timer, &QTimer::timeout, this, &BWFrameAutosave::store);
     window.installEventFilter(this);
+}
+
+void BWFrameAutosave::forget()
+{
+    m_timer.stop();
+    m_isRemembered = false;
+    m_defaults.setString(m_key, QString());
+    m_defaults.synchronize();
+}
+
+QMargins BWFrameAutosave::margins(const QWidget &window, const QWidget *similar)
+{
+    for (const QWidget *known : {&window, similar}) {
+        if (!known || !known->isVisible() || known->isFullScreen()) // which has no frame
+            continue;
+        const QRect frame = known->frameGeometry();
+        const QRect inside = known->geometry();
+        return {inside.left() - frame.left(), inside.top() - frame.top(), frame.right() - inside.right(),
+                frame.bottom() - inside.bottom()};
+    }
+    return BWWindowPlacement::assumedMargins;
+}
+
+void BWFrameAutosave::setFrame(QWidget &window, const QRect &frame, const QMargins &margins)
+{
+    window.resize(frame.size().shrunkBy(margins));
+    window.move(frame.topLeft());
+}
+
+bool BWFrameAutosave::canPlaceWindows()
+{
+    return !QGuiApplication::platformName().startsWith("wayland"_L1);
 }
 
 bool BWFrameAutosave::eventFilter(QObject *watched, QEvent *event)
@@ -55,6 +84,7 @@ bool BWFrameAutosave::eventFilter(QObject *watched, QEvent *event)
 void BWFrameAutosave::store()
 {
     m_timer.stop();
+    m_isRemembered = true;
     m_defaults.setString(m_key, QString::fromLatin1(m_window.saveGeometry().toBase64()));
     m_defaults.synchronize();
 }

@@ -1,10 +1,10 @@
 #include "Views/Utils/BWUtilityPanel.h"
 
 #include "Views/Utils/BWClosingKeys.h"
+#include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWWindowPlacement.h"
 
 #include <QLayout>
-#include <utility>
 
 BWUtilityPanel::BWUtilityPanel(QWidget *cameraWindow) : QWidget(cameraWindow, Qt::Tool)
 {
@@ -12,18 +12,24 @@ BWUtilityPanel::BWUtilityPanel(QWidget *cameraWindow) : QWidget(cameraWindow, Qt
     new BWClosingKeys(*this);
 }
 
+void BWUtilityPanel::rememberFrame(const QString &name, BWUserDefaults &defaults)
+{
+    m_frame = new BWFrameAutosave(*this, name, defaults);
+}
+
 void BWUtilityPanel::resetLayout()
 {
-    m_mustPlace = true;
+    m_frame->forget();
     if (isVisible())
-        place();
+        placeByCameraWindow();
 }
 
 void BWUtilityPanel::setVisible(bool visible)
 {
     if (visible && !isVisible()) {
         fit();
-        place();
+        if (!m_frame->isRemembered())
+            placeByCameraWindow();
     }
     QWidget::setVisible(visible);
 }
@@ -36,13 +42,24 @@ void BWUtilityPanel::fit()
         adjustSize();
 }
 
-void BWUtilityPanel::place()
+void BWUtilityPanel::placeByCameraWindow()
 {
-    const QWidget *cameraWindow = parentWidget();
-    if (!cameraWindow || !std::exchange(m_mustPlace, false))
+    if (!parentWidget())
         return;
-    move(BWWindowPlacement::below(*cameraWindow, size()));
+    place(*parentWidget());
     update();
+}
+
+void BWUtilityPanel::place(QWidget &cameraWindow)
+{
+    QList<QRect> others;
+    const auto panels = cameraWindow.findChildren<BWUtilityPanel *>(QString(), Qt::FindDirectChildrenOnly);
+    for (const BWUtilityPanel *panel : panels) {
+        if (panel != this && panel->isVisible())
+            others.append(panel->frameGeometry());
+    }
+    const QSize frame = size().grownBy(BWFrameAutosave::margins(*this, &cameraWindow));
+    move(BWWindowPlacement::onScreens().below(cameraWindow.frameGeometry(), frame, others).topLeft());
 }
 
 void BWUtilityPanel::showEvent(QShowEvent *event)
