@@ -59,11 +59,12 @@ QUrl BWAlbum::nextPathForType(BWMediaType type) const
 
 bool BWAlbum::addFile(const QUrl &file, BWMediaType type, QUrl *added, const Progress &progress) const
 {
-    const QUrl target = nextPathForType(type);
     QString error;
-    if (!BWFileCopy::shareWithoutOverwriting(file, target, &error, progress)) {
-        qCWarning(bwModel).noquote() << "Cannot add" << file.toDisplayString() << "to album as"
-                                     << target.toDisplayString() << "-" << error;
+    const QUrl target = BWFileCopy::shareUnderFreeName(
+        file, [this, type] { return nextPathForType(type); }, &error, progress);
+    if (target.isEmpty()) {
+        qCWarning(bwModel).noquote() << "Cannot add" << file.toDisplayString() << "to album" << m_path.toDisplayString()
+                                     << "-" << error;
         return false;
     }
     if (added)

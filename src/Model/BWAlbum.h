@@ -39,7 +39,8 @@ public:
     QUrl nextPathForType(BWMediaType type) const;
 
     /// Copies a finished capture into the album; `added` tells where to. Either the whole file is there and safe on
-    /// disk, or nothing is: never a torn file, never an overwritten one. False (and logged) when it did not work.
+    /// disk, or nothing is: never a torn file, never an overwritten one. A name that another program takes meanwhile
+    /// is left to it, for the next free one. False (and logged) when it did not work.
     /// The source stays; its bytes must not be changed any more, for the album may share them. `progress` is told how
     /// far a long copy has come, and may end it, on the calling thread.
     bool addFile(const QUrl &file, BWMediaType type, QUrl *added = nullptr, const Progress &progress = {}) const;

@@ -1,11 +1,11 @@
 #include "Model/BWTrashedFile.h"
 
+#include "Utils/BWFileCopy.h"
 #include "Utils/BWFilePath.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <gio/gio.h>
@@ -62,20 +62,6 @@ bool exists(const QByteArray &path)
 {
     struct stat info;
     return !path.isEmpty() && ::lstat(path.constData(), &info) == 0;
-}
-
-/// Not every file system has every way of doing it.
-bool renameWithoutOverwriting(const QByteArray &from, const QByteArray &to)
-{
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
-        return true;
-    if (errno != EINVAL && errno != ENOSYS)
-        return false;
-    if (exists(to)) {
-        errno = EEXIST;
-        return false;
-    }
-    return ::rename(from.constData(), to.constData()) == 0;
 }
 
 QByteArray numbered(const QByteArray &path, int number)
@@ -140,10 +126,10 @@ bool BWTrashedFile::restore(QUrl *restored, QString *error) const
         return false;
     }
     QByteArray target = m_original;
-    bool moved = renameWithoutOverwriting(m_trashed, target);
+    bool moved = BWFileCopy::renameWithoutOverwriting(m_trashed, target);
     for (int number = 2; !moved && errno == EEXIST; ++number) {
         target = numbered(m_original, number);
-        moved = renameWithoutOverwriting(m_trashed, target);
+        moved = BWFileCopy::renameWithoutOverwriting(m_trashed, target);
     }
     if (!moved) {
         *error = QString::fromLocal8Bit(std::strerror(errno));

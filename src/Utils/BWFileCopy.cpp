@@ -94,27 +94,6 @@ bool copyData(int from, int to, Teller &teller)
     }
 }
 
-/// Not every file system has every way of doing it.
-bool renameWithoutOverwriting(const QByteArray &from, const QByteArray &to)
-{
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
-        return true;
-    if (errno != EINVAL && errno != ENOSYS)
-        return false;
-    if (::link(from.constData(), to.constData()) == 0) {
-        ::unlink(from.constData());
-        return true;
-    }
-    if (errno == EEXIST)
-        return false;
-    struct stat info;
-    if (::lstat(to.constData(), &info) == 0) {
-        errno = EEXIST;
-        return false;
-    }
-    return ::rename(from.constData(), to.constData()) == 0;
-}
-
 void synchronizeFolder(const QByteArray &folder)
 {
     const FileDescriptor fd(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -122,38 +101,58 @@ void synchronizeFolder(const QByteArray &folder)
         ::fsync(fd.get());
 }
 
-bool copy(const QByteArray &from, const QByteArray &to, const BWFileCopy::Progress &progress)
+/// Gives the file one name after the other until one is free; empty, with the reason in errno, when there is none.
+QByteArray takeFreeName(const BWFileCopy::FreeName &freeName, const std::function<bool(const QByteArray &name)> &take)
+{
+    QByteArray refused;
+    for (;;) {
+        const QByteArray name = BWFilePath::native(freeName());
+        if (take(name))
+            return name;
+        if (errno != EEXIST || name == refused) // told free twice, and taken
+            return {};
+        refused = name;
+    }
+}
+
+/// Empty, with the reason in errno, when it failed.
+QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, const BWFileCopy::Progress &progress)
 {
     // Without blocking, so that a pipe in place of a file does not hold the program up.
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat info;
     if (!source.isOpen() || ::fstat(source.get(), &info) != 0)
-        return false;
+        return {};
     if (!S_ISREG(info.st_mode)) {
         errno = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
-        return false;
+        return {};
     }
 
+    const QByteArray to = BWFilePath::native(freeName());
     const qsizetype slash = to.lastIndexOf('/');
     const QByteArray folder = to.left(slash + 1);
     const QByteArray unique = QUuid::createUuid().toByteArray(QUuid::Id128).left(8);
     const QByteArray part = folder + '.' + to.mid(slash + 1) + '.' + unique + ".part";
     FileDescriptor target(::open(part.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!target.isOpen())
-        return false;
+        return {};
 
     const timespec times[]{info.st_atim, info.st_mtim};
     Teller teller(progress, info.st_size);
     const bool copied = copyData(source.get(), target.get(), teller) && ::futimens(target.get(), times) == 0
-        && ::fsync(target.get()) == 0 && target.close() && renameWithoutOverwriting(part, to);
-    if (!copied) {
+        && ::fsync(target.get()) == 0 && target.close();
+    const QByteArray name = copied
+        ? takeFreeName(freeName,
+                       [&part](const QByteArray &free) { return BWFileCopy::renameWithoutOverwriting(part, free); })
+        : QByteArray();
+    if (name.isEmpty()) {
         const int reason = errno;
         ::unlink(part.constData());
         errno = reason;
-        return false;
+        return {};
     }
     synchronizeFolder(folder);
-    return true;
+    return name;
 }
 
 /// Asked for while there are no other threads, which could be making files meanwhile.
@@ -163,32 +162,55 @@ const mode_t usersMask = [] {
     return mask;
 }();
 
-/// False also where it cannot be done, as between two disks, or where the file would not be this user's alone. Has the
+/// Empty also where it cannot be done, as between two disks, or where the file would not be this user's alone. Has the
 /// rights of any new file afterwards.
-bool giveSecondName(const QByteArray &from, const QByteArray &to)
+QByteArray giveSecondName(const QByteArray &from, const BWFileCopy::FreeName &freeName)
 {
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     struct stat info;
     if (!source.isOpen() || ::fstat(source.get(), &info) != 0 || !S_ISREG(info.st_mode) || ::fsync(source.get()) != 0
-        || info.st_uid != ::geteuid() || info.st_nlink != 1 || ::fchmod(source.get(), 0666 & ~usersMask) != 0
-        || ::link(from.constData(), to.constData()) != 0)
-        return false;
-    synchronizeFolder(to.left(to.lastIndexOf('/') + 1));
-    return true;
+        || info.st_uid != ::geteuid() || info.st_nlink != 1 || ::fchmod(source.get(), 0666 & ~usersMask) != 0)
+        return {};
+    const QByteArray name = takeFreeName(
+        freeName, [&from](const QByteArray &free) { return ::link(from.constData(), free.constData()) == 0; });
+    if (!name.isEmpty())
+        synchronizeFolder(name.left(name.lastIndexOf('/') + 1));
+    return name;
 }
 
 } // namespace
 
-bool BWFileCopy::copyWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error, const Progress &progress)
+QUrl BWFileCopy::shareUnderFreeName(const QUrl &from, const FreeName &freeName, QString *error,
+                                    const Progress &progress)
 {
-    const bool copied = copy(BWFilePath::native(from), BWFilePath::native(to), progress);
-    if (!copied && error)
+    QByteArray name = giveSecondName(BWFilePath::native(from), freeName);
+    if (name.isEmpty())
+        name = copy(BWFilePath::native(from), freeName, progress);
+    if (name.isEmpty() && error)
         *error = QString::fromLocal8Bit(std::strerror(errno));
-    return copied;
+    return name.isEmpty() ? QUrl() : BWFilePath::url(name);
 }
 
-bool BWFileCopy::shareWithoutOverwriting(const QUrl &from, const QUrl &to, QString *error, const Progress &progress)
+bool BWFileCopy::renameWithoutOverwriting(const QByteArray &from, const QByteArray &to)
 {
-    return giveSecondName(BWFilePath::native(from), BWFilePath::native(to))
-        || copyWithoutOverwriting(from, to, error, progress);
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS) // not every file system has every way of doing it
+        return false;
+    if (::link(from.constData(), to.constData()) == 0) {
+        ::unlink(from.constData());
+        return true;
+    }
+    if (errno == EEXIST)
+        return false;
+    // The name is taken by an empty file of our own, which the whole one then replaces.
+    const FileDescriptor placeholder(::open(to.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!placeholder.isOpen())
+        return false;
+    if (::rename(from.constData(), to.constData()) == 0)
+        return true;
+    const int reason = errno;
+    ::unlink(to.constData());
+    errno = reason;
+    return false;
 }
