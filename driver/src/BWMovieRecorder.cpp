@@ -1,8 +1,9 @@
 #include "BWMovieRecorder.h"
 
-#include "BWDiskSpace.h"
+#include "BWACUDriver/BWDiskSpace.h"
 #include "BWDriverLog.h"
 
+#include <QFile>
 #include <utility>
 
 namespace {
@@ -131,7 +132,7 @@ void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
         if (now - spaceChecked < spaceInterval)
             continue;
         spaceChecked = now;
-        if (BWDiskSpace::isNearlyFull(path)) {
+        if (BWDiskSpace::isNearlyFull(QFile::encodeName(path))) {
             qCWarning(bwDriver).noquote() << "The recording ends because the disk of" << path << "is nearly full";
             end(BWRecordingStatus::End::DiskFull);
         }

@@ -1,3 +1,4 @@
+#include "BWACUDriver/BWDiskSpace.h"
 #include "BWMovieRecorder.h"
 #include "media/BWJpeg.h"
 #include "OpenedCamera.h"
@@ -158,6 +159,12 @@ private Q_SLOTS:
         QCOMPARE(recorder.status().end, BWRecordingStatus::End::DiskFull);
         QCOMPARE(recorder.status().frames, 0u);
         QVERIFY(recorder.reserve() > 0);
+    }
+
+    void aDiskWithoutSizeIsNotFull()
+    {
+        QVERIFY(!BWDiskSpace::isNearlyFull("/proc")); // has no blocks at all
+        QVERIFY(BWDiskSpace::isNearlyFull("/", uint64_t(1) << 60));
     }
 
     void callbacksMayCallTheCamera()

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <QUrl>
 
 /// Whether a movie that grows on one disk will still fit into an album on another.
@@ -11,8 +10,4 @@ public:
     /// True once the album's disk has only just room enough for what the movie holds by now. False for an album on the
     /// movie's own disk, which takes it without room, and where it cannot be told. Waits for the disks; any thread.
     static bool isShort(const QUrl &movie, const QUrl &album);
-
-    /// Bytes that captures from other disks may take in that album, with some left for other programs; may be below
-    /// zero. Nothing where it cannot be told.
-    static std::optional<qint64> room(const QUrl &album);
 };

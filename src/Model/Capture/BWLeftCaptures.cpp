@@ -1,8 +1,8 @@
 #include "Model/Capture/BWLeftCaptures.h"
 
+#include "BWACUDriver/BWDiskSpace.h"
 #include "BWACUDriver/BWMovieCompletion.h"
 #include "BWACUDriver/BWMoviePicture.h"
-#include "Model/Capture/BWAlbumRoom.h"
 #include "Model/Thumbnails/BWJpegThumbnail.h"
 #include "Model/Thumbnails/BWThumbnailFile.h"
 #include "Utils/BWFilePath.h"
@@ -86,13 +86,14 @@ public:
     /// Nanoseconds since 1970.
     qint64 modified(const QByteArray &name) const;
 
-    /// Nothing for what is no capture of ours, or not to be taken now. `room` is that of the album's disk.
-    std::optional<BWLeftCapture> take(const QByteArray &name, std::optional<qint64> &room) const;
+    /// Nothing for what is no capture of ours, or not to be taken now. `toCome` counts what the album's disk has to
+    /// take.
+    std::optional<BWLeftCapture> take(const QByteArray &name, uint64_t &toCome) const;
 
 private:
     bool isOurs(const struct stat &info) const;
     bool isWhole(const BWFileClaim &claim, const QByteArray &name) const;
-    QString obstacle(const struct stat &info, std::optional<qint64> &room) const;
+    QString obstacle(const struct stat &info, uint64_t &toCome) const;
     void remove(const QByteArray &name) const { ::unlinkat(m_folder, name.constData(), 0); }
     void refuse(const QByteArray &name, const QString &reason) const
     {
@@ -132,7 +133,7 @@ bool Place::isOurs(const struct stat &info) const
         && (m_kind == Kind::Private || (info.st_mode & S_IWOTH) == 0);
 }
 
-std::optional<BWLeftCapture> Place::take(const QByteArray &name, std::optional<qint64> &room) const
+std::optional<BWLeftCapture> Place::take(const QByteArray &name, uint64_t &toCome) const
 {
     struct stat info;
     if (::fstatat(m_folder, name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0)
@@ -153,7 +154,7 @@ std::optional<BWLeftCapture> Place::take(const QByteArray &name, std::optional<q
         remove(name);
         return std::nullopt;
     }
-    if (const QString reason = obstacle(info, room); !reason.isNull()) {
+    if (const QString reason = obstacle(info, toCome); !reason.isNull()) {
         refuse(name, reason);
         return std::nullopt;
     }
@@ -164,20 +165,20 @@ std::optional<BWLeftCapture> Place::take(const QByteArray &name, std::optional<q
 }
 
 /// Null if the album's disk can take it, as its own disk can without any room.
-QString Place::obstacle(const struct stat &info, std::optional<qint64> &room) const
+QString Place::obstacle(const struct stat &info, uint64_t &toCome) const
 {
     constexpr int blockSize = 512;
     if (info.st_size > sparseSize && info.st_blocks * blockSize < info.st_size / 2)
         return u"most of it is a hole"_s;
     struct stat folder;
-    const bool isElsewhere =
-        ::stat(BWFilePath::native(m_album).constData(), &folder) == 0 && folder.st_dev != info.st_dev;
-    if (!isElsewhere || !room)
+    const QByteArray folderPath = BWFilePath::native(m_album);
+    if (::stat(folderPath.constData(), &folder) != 0 || folder.st_dev == info.st_dev)
         return {};
-    if (*room < info.st_size)
-        return u"the album's disk has no room for it"_s;
-    *room -= info.st_size;
-    return {};
+    toCome += static_cast<uint64_t>(info.st_size);
+    if (!BWDiskSpace::isNearlyFull(folderPath, toCome))
+        return {};
+    toCome -= static_cast<uint64_t>(info.st_size);
+    return u"the album's disk has no room for it"_s;
 }
 
 /// Whether it can be looked at now; a movie is completed first, and removed if nothing is in it.
@@ -236,9 +237,9 @@ QList<BWLeftCapture> BWLeftCaptures::collect(const QStringList &temporaryFolders
     std::stable_sort(left.begin(), left.end(), [](const Left &a, const Left &b) { return a.modified < b.modified; });
 
     QList<BWLeftCapture> found;
-    std::optional<qint64> room = BWAlbumRoom::room(album);
+    uint64_t toCome = 0;
     for (const Left &file : left) {
-        if (const auto capture = file.place->take(file.name, room))
+        if (const auto capture = file.place->take(file.name, toCome))
             found.append(*capture);
     }
     return found;
