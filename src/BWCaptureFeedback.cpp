@@ -36,7 +36,12 @@ BWCaptureController::Feedback BWCaptureFeedback::callbacks()
                 flashSnapshot();
             },
             [this](bool recording) { recordingChanged(recording); },
-            [this](const BWCaptureResult &result) { tell(result); }, [this](double done) { tellCopying(done); }};
+            [this](const BWCaptureResult &result) {
+                m_statusLine.setProgress({});
+                tell(BWCaptureNotice::of(result, m_texts));
+            },
+            [this](double done) { tellCopying(done); },
+            [this](BWRecordingRefusal reason) { tell(BWCaptureNotice::ofRefused(reason, m_texts)); }};
 }
 
 void BWCaptureFeedback::flashSnapshot()
@@ -90,10 +95,8 @@ void BWCaptureFeedback::tellCopying(double done)
             .arg(static_cast<int>(100 * done)));
 }
 
-void BWCaptureFeedback::tell(const BWCaptureResult &result)
+void BWCaptureFeedback::tell(const BWCaptureNotice &notice)
 {
-    m_statusLine.setProgress({});
-    const BWCaptureNotice notice = BWCaptureNotice::of(result, m_texts);
     if (!notice.title.isNull())
         alert(notice);
     else

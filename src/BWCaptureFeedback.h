@@ -42,7 +42,7 @@ private:
     void recordingChanged(bool recording);
     void showProgress();
     void stopProgress();
-    void tell(const BWCaptureResult &result);
+    void tell(const BWCaptureNotice &notice);
     void tellCopying(double done);
     void alert(const BWCaptureNotice &notice);
 

@@ -71,9 +71,9 @@ void BWCamera::takeSnapshot()
     m_session->takeSnapshot();
 }
 
-void BWCamera::startRecording(const QString &path)
+bool BWCamera::startRecording(const QString &path)
 {
-    m_session->startRecording(path);
+    return m_session->startRecording(path);
 }
 
 bool BWCamera::recording() const
@@ -84,6 +84,11 @@ bool BWCamera::recording() const
 void BWCamera::stopRecording()
 {
     m_session->stopRecording();
+}
+
+bool BWCamera::endRecording(const QString &path, BWRecordingStatus::End reason)
+{
+    return m_session->endRecording(path, reason);
 }
 
 BWRecordingStatus BWCamera::recordingStatus() const

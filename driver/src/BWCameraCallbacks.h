@@ -18,7 +18,10 @@ public:
 
     void frame(const BWFrame &frame) const { call(&Table::frame, frame); }
     void snapshot(const QByteArray &jpeg) const { call(&Table::snapshot, jpeg); }
-    void recording(bool recording) const { call(&Table::recording, recording); }
+    void recording(bool recording, const BWRecordingStatus &status) const
+    {
+        call(&Table::recording, recording, status);
+    }
     void hardwareButton() const { call(&Table::button); }
     void streamProblem(const BWStartProblem &problem) const { call(&Table::streamProblem, problem); }
 

@@ -35,8 +35,8 @@ BWCamera::Session::Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera,
           snapshotSession = this;
           m_callbacks.snapshot(jpeg);
       }),
-      m_recorder([this](bool recording) {
-          m_recordingNews.post([this, recording] { m_callbacks.recording(recording); });
+      m_recorder([this](bool recording, const BWRecordingStatus &status) {
+          m_recordingNews.post([this, recording, status] { m_callbacks.recording(recording, status); });
           post([this] { m_recordingNews.runWaiting(); });
       }),
       m_resolution(device->resolution()),
@@ -125,14 +125,16 @@ void BWCamera::Session::takeSnapshot()
     post([this] { doTakeSnapshot(); });
 }
 
-void BWCamera::Session::startRecording(const QString &path)
+bool BWCamera::Session::startRecording(const QString &path)
 {
     if (!m_started) {
         qCWarning(bwDriver) << "A camera that does not stream cannot be recorded";
-        return;
+        return false;
     }
-    if (const uint64_t recording = m_recorder.reserve())
-        post([this, recording, path] { doStartRecording(recording, path); });
+    const uint64_t recording = m_recorder.reserve(path);
+    if (recording != 0)
+        post([this, recording] { doStartRecording(recording); });
+    return recording != 0;
 }
 
 void BWCamera::Session::stopRecording()

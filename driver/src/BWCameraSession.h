@@ -44,9 +44,10 @@ public:
     void setVideoNorm(int norm, Completion completion);
     void setSetting(int identifier, double value);
     void takeSnapshot();
-    void startRecording(const QString &path);
+    bool startRecording(const QString &path);
     bool recording() const { return m_recorder.isActive(); }
     void stopRecording();
+    bool endRecording(const QString &path, BWRecordingStatus::End reason) { return m_recorder.end(reason, path); }
     BWRecordingStatus recordingStatus() const { return m_recorder.status(); }
     int readRegister(int identifier);
     void writeRegister(int identifier, int value);
@@ -76,7 +77,7 @@ private:
     void doSetResolution(BWResolution resolution);
     void doSetVideoNorm(int norm);
     void doTakeSnapshot();
-    void doStartRecording(uint64_t recording, const QString &path);
+    void doStartRecording(uint64_t recording);
     void reconfigure(const std::function<void()> &change);
     void resumeStream();
     void tellStreamProblem(const BWStartProblem &problem);

@@ -167,14 +167,14 @@ void BWCamera::Session::doTakeSnapshot()
         qCWarning(bwDriver) << "No snapshot: the camera does not stream";
 }
 
-void BWCamera::Session::doStartRecording(uint64_t recording, const QString &path)
+void BWCamera::Session::doStartRecording(uint64_t recording)
 {
     if (m_state == State::Streaming || m_state == State::Interrupted) {
-        m_recorder.begin(recording, path);
+        m_recorder.begin(recording);
         return;
     }
     qCWarning(bwDriver) << "No recording: the camera does not stream any more";
-    m_recorder.end();
+    m_recorder.end(m_state == State::Gone ? BWRecordingStatus::End::CameraGone : BWRecordingStatus::End::Asked);
 }
 
 void BWCamera::Session::reconfigure(const std::function<void()> &change)

@@ -27,16 +27,19 @@ BWMovieRecorder::~BWMovieRecorder()
         m_thread.join();
 }
 
-uint64_t BWMovieRecorder::reserve()
+uint64_t BWMovieRecorder::reserve(const QString &path)
 {
     const std::lock_guard lock(m_mutex);
     if (m_state != State::Idle)
         return 0;
     m_state = State::Reserved;
-    return ++m_number;
+    m_status = {};
+    m_status.path = path;
+    m_untold.insert(++m_number);
+    return m_number;
 }
 
-void BWMovieRecorder::begin(uint64_t recording, const QString &path)
+void BWMovieRecorder::begin(uint64_t recording)
 {
     // The thread of the recording before this one has nothing left to do but to end.
     if (m_thread.joinable() && isReserved(recording))
@@ -45,8 +48,7 @@ void BWMovieRecorder::begin(uint64_t recording, const QString &path)
     if (m_state != State::Reserved || m_number != recording)
         return;
     m_state = State::Writing;
-    m_status = {};
-    m_thread = std::thread(&BWMovieRecorder::run, this, path);
+    m_thread = std::thread(&BWMovieRecorder::run, this, m_status.path);
 }
 
 bool BWMovieRecorder::isReserved(uint64_t recording) const
@@ -72,17 +74,20 @@ void BWMovieRecorder::offer(const BWFrame &frame)
         qCWarning(bwDriver) << "The movie file cannot be written as fast as frames come; frames are left out";
 }
 
-void BWMovieRecorder::end(BWRecordingStatus::End reason)
+bool BWMovieRecorder::end(BWRecordingStatus::End reason, const QString &path)
 {
-    const std::lock_guard lock(m_mutex);
+    std::unique_lock lock(m_mutex);
+    const bool isMeant = path.isNull() || path == m_status.path;
+    if ((m_state != State::Reserved && m_state != State::Writing) || !isMeant)
+        return false;
+    m_status.end = reason;
     if (m_state == State::Reserved) {
-        m_state = State::Idle;
-        m_completed = m_number;
-    } else if (m_state == State::Writing) {
+        over(std::move(lock)); // there is no writer to tell it
+    } else {
         m_state = State::Ending;
-        m_status.end = reason;
+        m_changed.notify_all();
     }
-    m_changed.notify_all();
+    return true;
 }
 
 BWRecordingStatus BWMovieRecorder::status() const
@@ -94,7 +99,7 @@ BWRecordingStatus BWMovieRecorder::status() const
 void BWMovieRecorder::waitUntilComplete()
 {
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this, number = m_number] { return m_completed >= number; });
+    m_changed.wait(lock, [this, number = m_number] { return m_untold.empty() || *m_untold.begin() > number; });
 }
 
 void BWMovieRecorder::run(const QString &path)
@@ -110,7 +115,7 @@ void BWMovieRecorder::run(const QString &path)
         qCWarning(bwDriver).noquote() << "The movie" << path << "cannot be written:" << error;
         end(BWRecordingStatus::End::Failed);
     }
-    finished();
+    over(std::unique_lock(m_mutex));
 }
 
 void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
@@ -127,7 +132,7 @@ void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
         refused = 0;
         noteWritten(writer, frame);
         if (!std::exchange(begun, true))
-            m_callback(true);
+            m_callback(true, status());
         const auto now = std::chrono::steady_clock::now();
         if (now - spaceChecked < spaceInterval)
             continue;
@@ -169,20 +174,18 @@ bool BWMovieRecorder::waitForFrame(BWFrame &frame)
     return !frame.isNull();
 }
 
-void BWMovieRecorder::finished()
+void BWMovieRecorder::over(std::unique_lock<std::mutex> lock)
 {
-    uint64_t number = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        m_state = State::Idle;
-        m_frames.clear();
-        number = m_number;
-        if (m_status.framesLeftOut > 0)
-            qCWarning(bwDriver) << m_status.framesLeftOut << "frames were left out of the movie";
-    }
+    m_state = State::Idle;
+    m_frames.clear();
+    const uint64_t number = m_number;
+    const BWRecordingStatus status = m_status;
+    lock.unlock();
+    if (status.framesLeftOut > 0)
+        qCWarning(bwDriver) << status.framesLeftOut << "frames were left out of the movie";
     // Before those who wait go on: whoever has waited finds the callback already on its way.
-    m_callback(false);
-    const std::lock_guard lock(m_mutex);
-    m_completed = std::max(m_completed, number);
+    m_callback(false, status);
+    lock.lock();
+    m_untold.erase(number);
     m_changed.notify_all();
 }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <mutex>
 #include <QString>
+#include <set>
 #include <thread>
 
 /// Records passing frames into a movie file on a writer thread. A bounded queue lies in between: when the disk is too
@@ -17,9 +18,11 @@
 /// by end(), or by itself when the file can no longer be written or the disk is nearly full.
 class BWMovieRecorder {
 public:
-    /// Called on the writer thread: true after the first frame is written, false once when a recording that was begun
-    /// is over and its file complete, also if it never got a frame. Must not wait for anything.
-    using StateCallback = std::function<void(bool recording)>;
+    /// True after the first frame is written, on the writer thread; false once for every recording that was reserved,
+    /// when it is over and its file complete, also if it never got a frame: on the writer thread, or on that which ended
+    /// it before it was begun. Must not wait for anything. By then the next recording may run; `status` is that of
+    /// the one told about.
+    using StateCallback = std::function<void(bool recording, const BWRecordingStatus &status)>;
 
     /// Opens the movie file; as BWMovieWriter::create().
     using OpenWriter = std::function<std::unique_ptr<BWMovieWriter>(const QString &path, QString *error)>;
@@ -29,10 +32,10 @@ public:
     ~BWMovieRecorder();
 
     /// The number of the new recording, or 0 if one is running. Any thread.
-    uint64_t reserve();
+    uint64_t reserve(const QString &path);
 
     /// Begins the reserved recording; without effect if it was ended meanwhile. Capture thread.
-    void begin(uint64_t recording, const QString &path);
+    void begin(uint64_t recording);
 
     /// From reserve() until the file is complete. Any thread.
     bool isActive() const;
@@ -40,13 +43,14 @@ public:
     /// Never waits. Capture thread.
     void offer(const BWFrame &frame);
 
-    /// No frame is taken any more; the file is completed in the background. Never waits. Any thread.
-    void end(BWRecordingStatus::End reason = BWRecordingStatus::End::Asked);
+    /// No frame is taken any more; the file is completed in the background. Only the recording to `path`, if that is
+    /// told. False if there was nothing to end. Never waits. Any thread.
+    bool end(BWRecordingStatus::End reason = BWRecordingStatus::End::Asked, const QString &path = {});
 
     /// Of the recording that runs, else of the last one. Any thread.
     BWRecordingStatus status() const;
 
-    /// Waits until the recording that runs or ends now is over. Any thread but the writer's.
+    /// Waits until all recordings up to now are over, and their ends told. Any thread but the writer's.
     void waitUntilComplete();
 
 private:
@@ -58,7 +62,7 @@ private:
     void noteWritten(const BWMovieWriter &writer, const BWFrame &frame);
     void noteEmpty();
     bool waitForFrame(BWFrame &frame);
-    void finished();
+    void over(std::unique_lock<std::mutex> lock);
 
     const StateCallback m_callback;
     const OpenWriter m_openWriter;
@@ -66,7 +70,7 @@ private:
     std::condition_variable m_changed;
     State m_state = State::Idle;
     uint64_t m_number = 0; ///< of the last recording that was reserved
-    uint64_t m_completed = 0; ///< of the last recording that is over
+    std::set<uint64_t> m_untold; ///< recordings whose end has not been told
     BWRecordingQueue m_frames;
     BWRecordingStatus m_status;
     std::chrono::steady_clock::time_point m_firstTime; ///< time stamp of the first frame

@@ -37,7 +37,7 @@ private Q_SLOTS:
                         [](const BWDetectedCameraPtr &) {}});
         QVERIFY(m_camera);
         std::atomic<bool> recording = false;
-        m_camera->setOnCameraRecording([&](BWCamera &, bool now) { recording = now; });
+        m_camera->setOnCameraRecording([&](BWCamera &, bool now, const BWRecordingStatus &) { recording = now; });
         m_camera->startWithCompletion({});
         QTRY_VERIFY(m_camera->started());
 
@@ -87,6 +87,11 @@ private Q_SLOTS:
         m_tell.done(result);
         QCOMPARE(m_alerts, QStringList{u"The recording ended because the disk is full"_s});
         QCOMPARE(m_pill.text(), u"Streaming"_s);
+
+        m_tell.refused(BWRecordingRefusal::StillSaving);
+        QCOMPARE(m_pill.text(), u"The video is still being saved."_s);
+        m_tell.refused(BWRecordingRefusal::NotStreaming);
+        QCOMPARE(m_pill.text(), u"No recording was started, because the camera is not running yet."_s);
 
         m_alerts.clear();
         m_lostMeanwhile = 3;

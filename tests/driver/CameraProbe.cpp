@@ -16,8 +16,9 @@ CameraProbe::CameraProbe(BWCamera &camera, std::function<void(int)> push) : m_ca
     });
     camera.setOnCameraSnapshot(
         [this](BWCamera &, const QByteArray &jpeg) { note(m_snapshotThreads, [&] { m_snapshots.append(jpeg); }); });
-    camera.setOnCameraRecording(
-        [this](BWCamera &, bool recording) { note(m_captureThreads, [&] { m_recording.push_back(recording); }); });
+    camera.setOnCameraRecording([this](BWCamera &, bool recording, const BWRecordingStatus &) {
+        note(m_captureThreads, [&] { m_recording.push_back(recording); });
+    });
     camera.setOnCameraHardwareButton([this](BWCamera &) { note(m_captureThreads, [&] { ++m_presses; }); });
 }
 

@@ -8,6 +8,7 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -126,8 +127,9 @@ private Q_SLOTS:
     {
         SlowDisk disk;
         std::vector<bool> changes;
-        BWMovieRecorder recorder([&](bool recording) { changes.push_back(recording); }, disk.opener());
-        recorder.begin(recorder.reserve(), {});
+        BWMovieRecorder recorder([&](bool recording, const BWRecordingStatus &) { changes.push_back(recording); },
+                                 disk.opener());
+        recorder.begin(recorder.reserve({}));
         for (int i = 0; i < 100; ++i)
             recorder.offer(disk.makeFrame());
         QVERIFY2(disk.buffersHeld.available() <= 3, "a recording must not take all buffers of a device");
@@ -149,16 +151,44 @@ private Q_SLOTS:
         disk.keepsBack = 1;
         disk.mayWrite.release(1000);
         std::atomic<int> ends = 0;
-        BWMovieRecorder recorder([&](bool recording) { ends += recording ? 100 : 1; }, disk.opener());
-        recorder.begin(recorder.reserve(), {});
-        QCOMPARE(recorder.reserve(), 0u);
+        BWMovieRecorder recorder([&](bool recording, const BWRecordingStatus &) { ends += recording ? 100 : 1; },
+                                 disk.opener());
+        recorder.begin(recorder.reserve({}));
+        QCOMPARE(recorder.reserve({}), 0u);
         while (recorder.isActive())
             recorder.offer(disk.makeFrame());
         recorder.waitUntilComplete();
         QCOMPARE(ends, 101);
         QCOMPARE(recorder.status().end, BWRecordingStatus::End::DiskFull);
         QCOMPARE(recorder.status().frames, 0u);
-        QVERIFY(recorder.reserve() > 0);
+        QVERIFY(recorder.reserve({}) > 0);
+    }
+
+    void everyRecordingTellsItsOwnEnd()
+    {
+        SlowDisk disk;
+        disk.mayWrite.release(10);
+        QStringList told;
+        BWMovieRecorder *next = nullptr;
+        BWMovieRecorder recorder(
+            [&](bool recording, const BWRecordingStatus &status) {
+                told << u"%1 %2 %3"_s.arg(status.path).arg(recording).arg(status.frames);
+                if (next && !recording) // as soon as it can
+                    std::exchange(next, nullptr)->reserve(u"second"_s);
+            },
+            disk.opener());
+        next = &recorder;
+        recorder.begin(recorder.reserve(u"first"_s));
+        recorder.offer(disk.makeFrame());
+        QVERIFY(!recorder.end(BWRecordingStatus::End::Asked, u"second"_s));
+        QVERIFY(recorder.end(BWRecordingStatus::End::Asked, u"first"_s));
+        QTRY_COMPARE(recorder.status().path, u"second"_s);
+        QVERIFY(!recorder.end(BWRecordingStatus::End::Asked, u"first"_s));
+        QVERIFY(recorder.end()); // before it was begun
+        QVERIFY(!recorder.end());
+        recorder.waitUntilComplete();
+        QCOMPARE(told, QStringList({u"first 1 1"_s, u"first 0 1"_s, u"second 0 0"_s}));
+        QVERIFY(!recorder.isActive());
     }
 
     void aDiskWithoutSizeIsNotFull()

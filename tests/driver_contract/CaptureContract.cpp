@@ -95,7 +95,8 @@ private Q_SLOTS:
         if (event == u"destruction"_s) {
             Changes changes;
             m_bench->probe.reset();
-            camera().setOnCameraRecording([&](BWCamera &, bool recording) { changes.push_back(recording); });
+            camera().setOnCameraRecording(
+                [&](BWCamera &, bool recording, const BWRecordingStatus &) { changes.push_back(recording); });
             m_bench->manager.removeDetectedCamera(m_bench->found.constFirst());
             m_bench->camera.reset();
             QCOMPARE(changes, Changes{false});
@@ -130,17 +131,18 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"a.mov"_s);
-        camera().startRecording(path);
-        QVERIFY2(!camera().recording(), "without a stream nothing is recorded");
+        QVERIFY2(!camera().startRecording(path), "without a stream nothing is recorded");
+        QVERIFY(!camera().recording());
         QVERIFY(probe().start());
-        camera().startRecording(u"/nonexistent/folder/a.mov"_s);
+        QVERIFY(camera().startRecording(u"/nonexistent/folder/a.mov"_s));
         QVERIFY(probe().waitForRecordingChanges(1));
         QCOMPARE(probe().recordingChanges(), Changes{false});
         QVERIFY(!camera().recording());
         QVERIFY(probe().stream(1));
 
-        camera().startRecording(path);
+        QVERIFY(camera().startRecording(path));
         camera().stopRecording();
+        QVERIFY2(probe().waitForRecordingChanges(2), "its end is told although it never began");
         QVERIFY2(!m_fixture.isPushed() || !QFileInfo::exists(path), "a movie without a frame");
         QVERIFY(probe().stream(1));
         QVERIFY(!camera().recording());

@@ -7,9 +7,11 @@
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/Capture/BWCaptureRecovery.h"
 #include "Model/Capture/BWHardwareButton.h"
+#include "MovieProbe.h"
 #include "SmallDisk.h"
 #include "Utils/BWUIUtils.h"
 
+#include <mutex>
 #include <optional>
 #include <QDate>
 #include <QDir>
@@ -18,12 +20,75 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QSemaphore>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Two simulated cameras of different types, and what the program does with them: the first that is found is used, a
+/// camera takes over when that one is unplugged, and the user may switch.
+class Desk {
+public:
+    explicit Desk(BWCaptureController &capture) : m_capture(capture)
+    {
+        BWSimulatedCameraOptions options;
+        options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
+        BWSimulatedCameraOptions other = options;
+        other.type = BWSimulatedCameraOptions::Type::Regular;
+        auto backend = BWSimulatedBackend::create({options, other});
+        hands = backend->cameras();
+        std::vector<std::unique_ptr<BWCameraBackend>> backends;
+        backends.push_back(std::move(backend));
+        m_detector =
+            std::make_unique<BWCameraDetector>(QList{BWCameraDetector::descriptionForHighResolutionMicroscope(),
+                                                     BWCameraDetector::descriptionForRegularMicroscope()},
+                                               std::move(backends));
+        m_detector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) {
+            m_capture.prepareCamera(*m_manager.addDetectedCamera(device));
+            if (!current)
+                use(m_manager.cameras().constLast());
+        });
+        m_detector->setCameraRemovedBlock([this](const BWDetectedCameraPtr &device) {
+            const bool wasCurrent = current && current->detectedCamera() == device;
+            m_manager.removeDetectedCamera(device);
+            if (wasCurrent)
+                use(m_manager.cameras().isEmpty() ? nullptr : m_manager.cameras().constFirst());
+        });
+        m_detector->startCamerasDetection();
+    }
+    ~Desk()
+    {
+        current.reset();
+        while (!m_manager.cameras().isEmpty())
+            m_manager.removeDetectedCamera(m_manager.cameras().constFirst()->detectedCamera());
+    }
+
+    void use(const BWCameraPtr &camera)
+    {
+        if (const BWCameraPtr before = std::exchange(current, camera))
+            before->stopWithCompletion({});
+        if (camera)
+            camera->startWithCompletion({});
+    }
+    const QList<BWCameraPtr> &cameras() const { return m_manager.cameras(); }
+
+    BWCameraPtr current;
+    QList<std::shared_ptr<BWSimulatedCamera>> hands;
+
+private:
+    BWCaptureController &m_capture;
+    std::unique_ptr<BWCameraDetector> m_detector;
+    BWCameraManager m_manager;
+};
+
+} // namespace
 
 /// Captures from the driver's callback to the file in the album folder.
 class TestCapture : public QObject {
@@ -44,10 +109,22 @@ private Q_SLOTS:
         m_left.clear();
         m_stills = 0;
         m_recording = false;
+        m_results.clear();
+        m_refused.clear();
+        m_begun.clear();
+        m_albumIsShort = false;
         m_capture = std::make_unique<BWCaptureController>(
             *m_albums,
-            BWCaptureController::Feedback{[this] { ++m_stills; }, [this](bool recording) { m_recording = recording; },
-                                          [this](const BWCaptureResult &result) { done(result); }});
+            BWCaptureController::Feedback{[this] { ++m_stills; },
+                                          [this](bool recording) { m_recording = recording; },
+                                          [this](const BWCaptureResult &result) { done(result); },
+                                          {},
+                                          [this](BWRecordingRefusal reason) { m_refused << reason; }},
+            [this](const QUrl &movie, const QUrl &) {
+                const std::lock_guard lock(m_mutex);
+                m_begun.insert(movie.toLocalFile());
+                return m_albumIsShort;
+            });
         BWSimulatedCameraOptions options;
         options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
         options.pixelFormat = BWPixelFormat::MJPEG;
@@ -91,13 +168,8 @@ private Q_SLOTS:
         }
         QCOMPARE(m_saved,
                  QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s, u"20240607_image_003.jpg"_s}));
-        // The camera's own bytes, but for what the snapshot tells about itself.
         const QString path = inAlbum(u"20240607_image_003.jpg"_s);
-        QByteArray stored = contentOf(path);
-        const qsizetype exif = stored.indexOf("\xff\xe1");
-        QVERIFY(exif > 0);
-        stored.remove(exif, 2 + qFromBigEndian<quint16>(stored.constData() + exif + 2));
-        QCOMPARE(stored, m_lastFrame);
+        QCOMPARE(pictureIn(path), m_lastFrame);
         QProcess exiftool;
         exiftool.start(u"exiftool"_s, {u"-j"_s, u"-validate"_s, u"-all"_s, path});
         QVERIFY(exiftool.waitForFinished());
@@ -123,7 +195,11 @@ private Q_SLOTS:
         m_capture->pressHardwareButton(*m_camera); // as a key
         QTRY_COMPARE(recordPressed, 2);
         captureFrame();
-        QCOMPARE(m_saved.size(), 1);
+        // Nobody has taken that frame: the next one is the second snapshot, and there is no third.
+        BWCaptureController::forceSnapshot(m_camera);
+        captureFrame();
+        QTRY_COMPARE(m_saved.size(), 2);
+        QCOMPARE(pictureIn(inAlbum(u"20240607_image_002.jpg"_s)), m_lastFrame);
     }
 
     void theButtonAsAKey()
@@ -174,8 +250,9 @@ private Q_SLOTS:
             m_capture->toggleRecording(m_camera);
         QTRY_COMPARE(m_saved, QStringList{u"20240607_video_001.mov"_s});
         QVERIFY(!m_recording);
-        QVERIFY(m_result.recording.frames >= 5);
-        QCOMPARE(m_result.recording.end, unplug ? BWRecordingStatus::End::CameraGone : BWRecordingStatus::End::Asked);
+        QVERIFY(m_results[0].recording.frames >= 5);
+        QCOMPARE(m_results[0].recording.end,
+                 unplug ? BWRecordingStatus::End::CameraGone : BWRecordingStatus::End::Asked);
         QVERIFY(QFileInfo(m_folder->filePath(u"BrimwellPro/Default Album/20240607_video_001.mov"_s)).size() > 6000);
         QVERIFY(QDir(m_temporary).isEmpty());
     }
@@ -189,32 +266,134 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).removeRecursively());
         m_capture->toggleRecording(m_camera);
         QTRY_COMPARE(m_left, QList<QUrl>{QUrl()});
-        QCOMPARE(m_result.recording.end, BWRecordingStatus::End::Failed);
+        QCOMPARE(m_results[0].recording.end, BWRecordingStatus::End::Failed);
     }
 
-    void aRecordingWithoutFileIsTold_data()
+    /// What a press of Record comes to where no movie can.
+    void everyPressIsAnswered_data()
     {
-        QTest::addColumn<bool>("diskFails");
-        QTest::newRow("no picture came") << false;
-        QTest::newRow("no place for the file") << true;
+        using End = BWRecordingStatus::End;
+        QTest::addColumn<QList<BWRecordingRefusal>>("refused");
+        QTest::addColumn<QList<End>>("ends");
+        QTest::newRow("no camera") << QList{BWRecordingRefusal::NotStreaming} << QList<End>();
+        QTest::newRow("stopped camera") << QList{BWRecordingRefusal::NotStreaming} << QList<End>();
+        QTest::newRow("pressed twice") << QList<BWRecordingRefusal>() << QList{End::Asked};
+        QTest::newRow("stopped before it begins") << QList<BWRecordingRefusal>() << QList{End::Asked};
+        QTest::newRow("no picture comes") << QList<BWRecordingRefusal>() << QList{End::Asked};
+        QTest::newRow("full album") << QList<BWRecordingRefusal>() << QList{End::DiskFull};
+        QTest::newRow("full disk") << QList<BWRecordingRefusal>() << QList{End::DiskFull};
     }
-    void aRecordingWithoutFileIsTold()
+    void everyPressIsAnswered()
     {
-        QFETCH(bool, diskFails);
+        const QByteArray moment = QTest::currentDataTag();
+        m_albumIsShort = moment == "full album";
         std::optional<SmallDisk> full;
-        if (diskFails)
+        if (moment == "full disk")
             full.emplace(10);
-        m_capture->toggleRecording(m_camera);
-        if (diskFails) {
-            for (int i = 0; i < 20; ++i)
-                captureFrame();
-        } else {
+        if (moment == "stopped camera")
+            m_camera->stopWithCompletion({});
+        settle();
+        QSemaphore goOn;
+        if (moment == "pressed twice" || moment == "stopped before it begins")
+            keepBusy(goOn);
+        if (moment == "stopped before it begins")
+            m_camera->stopWithCompletion({}); // comes first, but has no effect yet
+        m_capture->toggleRecording(moment == "no camera" ? nullptr : m_camera);
+        goOn.release(moment == "stopped before it begins" ? 1 : 0);
+        if (moment == "no picture comes")
             settle();
+        if (moment == "pressed twice" || moment == "no picture comes")
             m_capture->toggleRecording(m_camera);
+        goOn.release();
+        for (int i = 0; full && i < 20; ++i)
+            captureFrame();
+        QFETCH(QList<BWRecordingStatus::End>, ends);
+        QTRY_COMPARE(m_results.size(), ends.size());
+        for (qsizetype i = 0; i < ends.size(); ++i)
+            QCOMPARE(m_results[i].recording.end, ends[i]);
+        QTEST(m_refused, "refused");
+        QVERIFY(m_saved.isEmpty());
+        QVERIFY(!m_recording);
+        QVERIFY(QDir(m_temporary).isEmpty());
+    }
+
+    void aPressBeforeTheEndIsToldBeginsNothing()
+    {
+        m_capture->toggleRecording(m_camera);
+        captureFrame();
+        QTRY_VERIFY(m_recording);
+        QSemaphore goOn;
+        keepBusy(goOn); // so that it cannot tell
+        m_capture->toggleRecording(m_camera);
+        QTRY_VERIFY(!m_camera->recording());
+        m_capture->toggleRecording(m_camera);
+        QCOMPARE(m_refused, QList{BWRecordingRefusal::StillSaving});
+        goOn.release();
+        QTRY_COMPARE(m_saved, QStringList{u"20240607_video_001.mov"_s});
+        QCOMPARE(MovieProbe::framesIn(inAlbum(m_saved[0])), 1);
+        QVERIFY(!m_camera->recording());
+        QVERIFY(QDir(m_temporary).isEmpty());
+    }
+
+    /// Set BW_SEED to see one run again.
+    void recordingsAreNeverMixedUp()
+    {
+        const uint seed = qEnvironmentVariableIsSet("BW_SEED") ? qEnvironmentVariable("BW_SEED").toUInt()
+                                                               : QRandomGenerator::global()->generate();
+        qInfo("BW_SEED=%u", seed);
+        QRandomGenerator random(seed);
+        {
+            Desk desk(*m_capture);
+            QTRY_COMPARE(desk.cameras().size(), 2);
+            for (int step = 0; step < 400; ++step) {
+                const BWCameraPtr camera = desk.current;
+                const auto &hand = desk.hands[random.bounded(2)];
+                const int action = random.bounded(20);
+                if (action < 3) {
+                    m_capture->toggleRecording(camera);
+                } else if (action < 4 && camera) {
+                    const auto &sizes = camera->detectedCamera()->cameraDescription()->availableResolutions;
+                    camera->setResolution(sizes[random.bounded(int(sizes.size()))], {});
+                } else if (action < 5) {
+                    hand->unplug();
+                } else if (action < 8) {
+                    hand->plugIn();
+                } else if (action < 9 && !desk.cameras().isEmpty()) {
+                    desk.use(desk.cameras()[random.bounded(int(desk.cameras().size()))]);
+                } else if (action < 11) {
+                    hand->pushFrames(random.bounded(1, 4));
+                } else if (action < 18) {
+                    // Until the next picture, or in vain.
+                    const auto frames = [&] { return camera ? camera->statistics().framesDelivered : 0; };
+                    desk.hands[0]->pushFrames(1);
+                    desk.hands[1]->pushFrames(1);
+                    (void)QTest::qWaitFor([&, before = frames()] { return frames() > before; }, 50);
+                } else if (action < 19) {
+                    QCoreApplication::processEvents();
+                }
+            }
         }
-        QTRY_COMPARE(m_left, QList<QUrl>{QUrl()});
-        QCOMPARE(m_result.type, BWMediaType::Video);
-        QCOMPARE(m_result.recording.end, diskFails ? BWRecordingStatus::End::DiskFull : BWRecordingStatus::End::Asked);
+        const auto begun = [this] {
+            const std::lock_guard lock(m_mutex);
+            m_begun.removeIf([this](const QString &path) { return !path.startsWith(m_temporary); }); // of earlier tests
+            return m_begun;
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(m_results.size(), begun().size(), 20000);
+        QSet<QString> untold = begun();
+        int vain = 0;
+        for (const BWCaptureResult &result : std::as_const(m_results)) {
+            QVERIFY2(untold.remove(result.recording.path), qPrintable(result.recording.path));
+            const uint64_t frames = result.recording.frames;
+            QCOMPARE(!result.file.isEmpty(), frames > 0);
+            vain += frames == 0 ? 1 : 0;
+            if (frames > 0)
+                QCOMPARE(uint64_t(MovieProbe::framesIn(result.file.toLocalFile())), frames);
+        }
+        QCOMPARE(m_albums->currentAlbum()->contentsForType(BWMediaType::Video)->size(), m_results.size() - vain);
+        QVERIFY(QDir(m_temporary).isEmpty());
+        QVERIFY(!m_recording);
+        qInfo("%lld recordings, %d of them without a picture, %lld presses refused", qlonglong(m_results.size()), vain,
+              qlonglong(m_refused.size()));
     }
 
     void whatACrashLeftComesIntoTheAlbum()
@@ -280,9 +459,17 @@ private:
         QCOMPARE(file.write(content), content.size());
     }
 
+    /// The camera's own bytes, without what the snapshot tells about itself.
+    static QByteArray pictureIn(const QString &path)
+    {
+        QByteArray stored = contentOf(path);
+        const qsizetype exif = stored.indexOf("\xff\xe1");
+        return exif < 0 ? stored : stored.remove(exif, 2 + qFromBigEndian<quint16>(stored.constData() + exif + 2));
+    }
+
     void done(const BWCaptureResult &result)
     {
-        m_result = result;
+        m_results << result;
         if (result.file.isEmpty())
             m_left << result.left;
         else
@@ -295,6 +482,11 @@ private:
         auto settled = std::make_shared<std::atomic<bool>>(false);
         m_camera->setResolution(m_camera->defaultResolution(), [settled] { *settled = true; });
         QTRY_VERIFY(*settled);
+    }
+    /// The camera's thread does nothing until then.
+    void keepBusy(QSemaphore &goOn)
+    {
+        m_camera->setResolution(m_camera->defaultResolution(), [&goOn] { goOn.acquire(); });
     }
     void captureFrame()
     {
@@ -315,7 +507,11 @@ private:
     QByteArray m_lastFrame;
     QStringList m_saved;
     QList<QUrl> m_left;
-    BWCaptureResult m_result;
+    QList<BWCaptureResult> m_results;
+    QList<BWRecordingRefusal> m_refused;
+    std::mutex m_mutex; // for what the looks at the album's room use
+    QSet<QString> m_begun; // recordings
+    bool m_albumIsShort = false;
     int m_stills = 0;
     bool m_recording = false;
 };

@@ -36,7 +36,8 @@ public:
     using StartCompletion = std::function<void(bool success)>;
     using FrameCallback = std::function<void(BWCamera &, const BWFrame &)>;
     using SnapshotCallback = std::function<void(BWCamera &, const QByteArray &jpeg)>;
-    using RecordingCallback = std::function<void(BWCamera &, bool recording)>;
+    /// `status` is that of the recording that is told about, whatever the camera does by then.
+    using RecordingCallback = std::function<void(BWCamera &, bool recording, const BWRecordingStatus &status)>;
     using HardwareButtonCallback = std::function<void(BWCamera &)>;
     using StreamProblemCallback = std::function<void(BWCamera &, const BWStartProblem &)>;
 
@@ -86,12 +87,15 @@ public:
     void takeSnapshot();
 
     /// Starts writing a QuickTime movie at that path, from the next frame on. The recording callback tells when it has
-    /// really begun. Without effect while a recording runs or the camera does not stream.
-    void startRecording(const QString &path);
+    /// really begun, and exactly once when it is over, even if no frame came. False, and nothing is told or written,
+    /// while another recording runs or the camera does not stream.
+    bool startRecording(const QString &path);
     /// Whether a recording runs: from startRecording() until the file is complete.
     bool recording() const;
     /// Ends the recording, waits until the file is complete, then returns. Without effect when none runs.
     void stopRecording();
+    /// Ends the recording to that path, and no other, without waiting for its file. False if it has ended already.
+    bool endRecording(const QString &path, BWRecordingStatus::End reason = BWRecordingStatus::End::Asked);
     /// Of the recording that runs, else of the last one. Any thread.
     BWRecordingStatus recordingStatus() const;
 

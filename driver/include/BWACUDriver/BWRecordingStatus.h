@@ -2,8 +2,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <QString>
 
-/// How far a recording has come, and how it ended.
+/// How far one recording has come, and how it ended.
 struct BWRecordingStatus {
     enum class End {
         None, ///< it runs, or there was none yet
@@ -14,6 +15,7 @@ struct BWRecordingStatus {
         Failed, ///< the file could not be written; the log tells why
     };
 
+    QString path{}; ///< of the movie, as given to startRecording(); tells recordings apart
     End end = End::None;
     std::chrono::milliseconds duration{0}; ///< of the movie so far
     int64_t bytes = 0; ///< size of the file so far

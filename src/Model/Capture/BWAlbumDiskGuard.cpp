@@ -1,9 +1,11 @@
 #include "Model/Capture/BWAlbumDiskGuard.h"
 
+#include "BWACUDriver/BWDiskSpace.h"
 #include "Model/BWAlbumManager.h"
-#include "Model/Capture/BWAlbumRoom.h"
+#include "Utils/BWFilePath.h"
 #include "Utils/BWMainQueue.h"
 
+#include <sys/stat.h>
 #include <thread>
 #include <utility>
 
@@ -13,34 +15,34 @@ constexpr double lookSeconds = 1;
 
 } // namespace
 
-BWAlbumDiskGuard::BWAlbumDiskGuard(const BWAlbumManager &albums, Check check, BWClock &clock)
+bool BWAlbumDiskGuard::isShort(const QUrl &movie, const QUrl &album)
+{
+    struct stat file { };
+    struct stat folder { };
+    const QByteArray folderPath = BWFilePath::native(album);
+    if (::stat(BWFilePath::native(movie).constData(), &file) != 0 || ::stat(folderPath.constData(), &folder) != 0
+        || file.st_dev == folder.st_dev)
+        return false;
+    // Seconds pass between two looks, and the movie gets an index: room for these, and some for other programs.
+    constexpr uint64_t reserve = 16 << 20;
+    return BWDiskSpace::isNearlyFull(folderPath, static_cast<uint64_t>(file.st_size), reserve);
+}
+
+BWAlbumDiskGuard::BWAlbumDiskGuard(const BWAlbumManager &albums, QUrl movie, std::function<void()> onShort, Check check,
+                                   BWClock &clock)
     : m_albums(albums),
-      m_check(check ? std::move(check) : Check(&BWAlbumRoom::isShort)),
+      m_movie(std::move(movie)),
+      m_onShort(std::move(onShort)),
+      m_check(check ? std::move(check) : Check(&BWAlbumDiskGuard::isShort)),
       m_clock(clock),
       m_self(std::make_shared<BWAlbumDiskGuard *>(this))
 {
+    look();
 }
 
 BWAlbumDiskGuard::~BWAlbumDiskGuard()
 {
-    stop();
-}
-
-void BWAlbumDiskGuard::watch(const QUrl &movie, std::function<void()> isShort)
-{
-    stop();
-    m_movie = movie;
-    m_isShort = std::move(isShort);
-    look();
-}
-
-void BWAlbumDiskGuard::stop()
-{
-    if (m_next)
-        m_next->cancel();
-    m_next.reset();
-    m_movie.clear();
-    m_isShort = nullptr;
+    m_next->cancel();
 }
 
 void BWAlbumDiskGuard::look()
@@ -53,19 +55,18 @@ void BWAlbumDiskGuard::look()
     // Nobody waits for this thread: a disk that hangs must not hold up the program's end either.
     std::thread([check = m_check, movie = m_movie, folder = album->path(), self = std::weak_ptr(m_self)] {
         const bool isShort = check(movie, folder);
-        BWMainQueue::post(self, [self, movie, isShort] {
+        BWMainQueue::post(self, [self, isShort] {
             if (const auto guard = self.lock())
-                (*guard)->looked(movie, isShort);
+                (*guard)->looked(isShort);
         });
     }).detach();
 }
 
-void BWAlbumDiskGuard::looked(const QUrl &movie, bool isShort)
+void BWAlbumDiskGuard::looked(bool isShort)
 {
     m_looking = false;
-    if (!isShort || movie != m_movie || !m_isShort)
+    if (!isShort || !m_onShort)
         return;
-    const auto tell = std::exchange(m_isShort, nullptr);
-    stop();
-    tell();
+    m_next->cancel();
+    std::exchange(m_onShort, nullptr)(); // may be the end of this object
 }

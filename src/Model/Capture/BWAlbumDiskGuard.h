@@ -9,7 +9,8 @@
 
 class BWAlbumManager;
 
-/// Looks every second whether the album's disk still has room for the movie being recorded. GUI thread.
+/// Looks every second, as long as it exists, whether the current album's disk still has room for one movie that is being
+/// recorded on another. GUI thread.
 class BWAlbumDiskGuard : public QObject {
     Q_OBJECT
 
@@ -18,22 +19,24 @@ public:
     /// then it is not called again.
     using Check = std::function<bool(const QUrl &movie, const QUrl &album)>;
 
-    explicit BWAlbumDiskGuard(const BWAlbumManager &albums, Check check = {}, BWClock &clock = BWClock::system());
+    /// Calls `onShort` once, as soon as the room is short.
+    BWAlbumDiskGuard(const BWAlbumManager &albums, QUrl movie, std::function<void()> onShort, Check check = {},
+                     BWClock &clock = BWClock::system());
     ~BWAlbumDiskGuard() override;
 
-    /// Calls `isShort` once, as soon as the room is short; in place of what was watched before.
-    void watch(const QUrl &movie, std::function<void()> isShort);
-    void stop();
+    /// The usual check: true once the album's disk has only just room enough for what the movie holds by now. False for
+    /// an album on the movie's own disk, which takes it without room, and where it cannot be told.
+    static bool isShort(const QUrl &movie, const QUrl &album);
 
 private:
     void look();
-    void looked(const QUrl &movie, bool isShort);
+    void looked(bool isShort);
 
     const BWAlbumManager &m_albums;
-    Check m_check;
+    const QUrl m_movie;
+    std::function<void()> m_onShort;
+    const Check m_check;
     BWClock &m_clock;
-    QUrl m_movie;
-    std::function<void()> m_isShort;
     DispatchAfterStrict::Handle m_next;
     std::shared_ptr<BWAlbumDiskGuard *> m_self; // what the checks' answers hold weakly
     bool m_looking = false;

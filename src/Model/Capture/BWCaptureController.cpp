@@ -1,23 +1,36 @@
 #include "Model/Capture/BWCaptureController.h"
 
-#include "Model/Capture/BWAlbumDiskGuard.h"
 #include "Model/Capture/BWSnapshotTags.h"
 #include "Utils/BWFileClaim.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
 
+#include <algorithm>
 #include <atomic>
+#include <map>
 #include <mutex>
 #include <QFile>
 #include <QSaveFile>
-#include <QThreadPool>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 /// What the cameras' callbacks use; held weakly by them.
 struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
+    struct Recording {
+        const BWCamera *camera = nullptr; // to compare with; it tells the end before it is gone
+        std::shared_ptr<BWFileClaim> claim;
+        std::shared_ptr<BWAlbumDiskGuard> guard; // GUI thread only
+        bool hasBegun = false;
+    };
+    /// On its way into the album.
+    struct Capture {
+        QString temporary;
+        std::shared_ptr<BWFileClaim> claim;
+        BWCaptureResult result;
+    };
+
     Shared(BWAlbumManager &albumManager, Feedback userFeedback)
         : albums(albumManager), feedback(std::move(userFeedback))
     {
@@ -25,31 +38,34 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
 
     void snapshotReady(const QByteArray &jpeg);
     void buttonPressed(BWCamera &camera);
-    void recordingBegan();
+    QString recordingOf(const BWCameraPtr &camera);
+    void recordingBegan(const QString &path);
     void recordingEnded(const BWRecordingStatus &status);
+    bool isAnyRunning();
     void tell(const BWCaptureResult &result);
-    void takeIn(const QUrl &temporary, const BWCaptureResult &capture, const std::shared_ptr<BWFileClaim> &claim);
-    void takenIn(bool added, const QUrl &temporary, const QUrl &file, BWCaptureResult result);
+    void takeIn(const Capture &capture);
+    void takenIn(bool added, const QUrl &file, Capture capture);
 
     BWAlbumManager &albums;
     Feedback feedback;
-    std::weak_ptr<BWAlbumDiskGuard> guard; // GUI thread only
     std::function<void()> record; // GUI thread only
     std::atomic<bool> buttonRecords = false;
     std::mutex mutex;
-    QUrl recordTempFile; // the movie that is being recorded
-    std::shared_ptr<BWFileClaim> recordClaim;
-    bool albumIsFull = false; // which is why the recording ends
+    std::map<QString, Recording> recordings; // by path, until their ends are told
     BWSnapshotTags tags;
 };
 
-BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback,
-                                         std::shared_ptr<BWAlbumDiskGuard> guard)
-    : m_shared(std::make_shared<Shared>(albums, std::move(feedback))), m_guard(std::move(guard))
+BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback, BWAlbumDiskGuard::Check roomCheck)
+    : m_shared(std::make_shared<Shared>(albums, std::move(feedback))), m_roomCheck(std::move(roomCheck))
 {
-    if (!m_guard)
-        m_guard = std::make_shared<BWAlbumDiskGuard>(albums);
-    m_shared->guard = m_guard;
+}
+
+BWCaptureController::~BWCaptureController()
+{
+    // A camera's thread may be the last to hold what is shared.
+    const std::lock_guard lock(m_shared->mutex);
+    for (auto &[path, recording] : m_shared->recordings)
+        recording.guard.reset();
 }
 
 void BWCaptureController::prepareCamera(BWCamera &camera)
@@ -59,14 +75,14 @@ void BWCaptureController::prepareCamera(BWCamera &camera)
         if (const auto shared = weak.lock())
             shared->snapshotReady(jpeg);
     });
-    camera.setOnCameraRecording([weak](const BWCamera &recorder, bool recording) {
+    camera.setOnCameraRecording([weak](BWCamera &, bool recording, const BWRecordingStatus &status) {
         const auto shared = weak.lock();
         if (!shared)
             return;
         if (recording)
-            shared->recordingBegan();
+            shared->recordingBegan(status.path);
         else
-            shared->recordingEnded(recorder.recordingStatus());
+            shared->recordingEnded(status);
     });
     camera.setOnCameraHardwareButton([weak](BWCamera &pressed) {
         if (const auto shared = weak.lock())
@@ -87,35 +103,42 @@ void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
 
 void BWCaptureController::toggleRecording(const BWCameraPtr &camera)
 {
-    if (!camera)
-        return;
-    if (camera->recording()) {
-        // The camera waits for the movie to be finished; the window must not.
-        QThreadPool::globalInstance()->start([camera] { camera->stopRecording(); });
-        return;
-    }
-    const QUrl file = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"mov"_s);
-    {
-        const std::lock_guard lock(m_shared->mutex);
-        m_shared->recordTempFile = file;
-        m_shared->recordClaim = BWFileClaim::create(file.toLocalFile());
-        m_shared->albumIsFull = false;
-    }
-    camera->startRecording(file.toLocalFile());
-    m_guard->watch(file, [this, weak = std::weak_ptr(camera)] { recordingEndsForAlbum(weak.lock()); });
+    // Whoever presses sees a recording until its end is told, although its file may be complete before.
+    const QString path = m_shared->recordingOf(camera);
+    const bool done = path.isNull() ? beginRecording(camera) : camera->endRecording(path);
+    if (!done && m_shared->feedback.refused)
+        m_shared->feedback.refused(path.isNull() ? BWRecordingRefusal::NotStreaming : BWRecordingRefusal::StillSaving);
 }
 
-/// What is recorded must still fit into the album when it is complete.
-void BWCaptureController::recordingEndsForAlbum(const BWCameraPtr &camera)
+bool BWCaptureController::beginRecording(const BWCameraPtr &camera)
 {
-    if (!camera || !camera->recording())
-        return;
-    qCWarning(bwApp, "Recording: it ends because the album's disk is nearly full");
+    if (!camera)
+        return false;
+    const QUrl file = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"mov"_s);
+    const QString path = file.toLocalFile();
     {
         const std::lock_guard lock(m_shared->mutex);
-        m_shared->albumIsFull = true;
+        m_shared->recordings[path] = {camera.get(), BWFileClaim::create(path), {}, false};
     }
-    toggleRecording(camera);
+    if (!camera->startRecording(path)) {
+        QFile::remove(path); // the claim made it
+        const std::lock_guard lock(m_shared->mutex);
+        m_shared->recordings.erase(path);
+        return false;
+    }
+    // What is recorded must still fit into the album when it is complete.
+    auto guard = std::make_shared<BWAlbumDiskGuard>(
+        m_shared->albums, file,
+        [path, weak = std::weak_ptr(camera)] {
+            const BWCameraPtr recorder = weak.lock();
+            if (recorder && recorder->endRecording(path, BWRecordingStatus::End::DiskFull))
+                qCWarning(bwApp, "Recording: it ends because the album's disk is nearly full");
+        },
+        m_roomCheck);
+    const std::lock_guard lock(m_shared->mutex);
+    if (const auto found = m_shared->recordings.find(path); found != m_shared->recordings.end())
+        found->second.guard = std::move(guard);
+    return true;
 }
 
 void BWCaptureController::setSnapshotTags(const QString &camera, const QString &software)
@@ -154,7 +177,8 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
         tell({BWMediaType::Image});
         return;
     }
-    takeIn(temporary, {BWMediaType::Image}, BWFileClaim::existing(temporary.toLocalFile()));
+    const QString path = temporary.toLocalFile();
+    takeIn({path, BWFileClaim::existing(path), {BWMediaType::Image}});
 }
 
 void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
@@ -169,32 +193,52 @@ void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
     });
 }
 
-void BWCaptureController::Shared::recordingBegan()
+/// The path of the recording whose end the camera has not told yet; null if there is none.
+QString BWCaptureController::Shared::recordingOf(const BWCameraPtr &camera)
 {
-    BWMainQueue::post(weak_from_this(), [this] { feedback.recording(true); });
+    const std::lock_guard lock(mutex);
+    const auto found = std::find_if(recordings.cbegin(), recordings.cend(),
+                                    [&camera](const auto &entry) { return entry.second.camera == camera.get(); });
+    return found != recordings.cend() ? found->first : QString();
+}
+
+void BWCaptureController::Shared::recordingBegan(const QString &path)
+{
+    {
+        const std::lock_guard lock(mutex);
+        if (const auto found = recordings.find(path); found != recordings.end())
+            found->second.hasBegun = true;
+    }
+    BWMainQueue::post(weak_from_this(), [this] { feedback.recording(isAnyRunning()); });
 }
 
 void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status)
 {
-    BWMainQueue::post(weak_from_this(), [this] {
-        if (const auto watching = guard.lock())
-            watching->stop();
-        feedback.recording(false);
-    });
-    QUrl file;
-    std::shared_ptr<BWFileClaim> claim;
-    BWCaptureResult movie{BWMediaType::Video, {}, {}, status};
+    Recording recording;
     {
         const std::lock_guard lock(mutex);
-        file = std::exchange(recordTempFile, {});
-        claim = std::exchange(recordClaim, nullptr);
-        if (std::exchange(albumIsFull, false) && status.end == BWRecordingStatus::End::Asked)
-            movie.recording.end = BWRecordingStatus::End::DiskFull;
+        const auto found = recordings.find(status.path);
+        if (found == recordings.end())
+            return;
+        recording = std::move(found->second);
+        recordings.erase(found);
     }
-    if (status.frames == 0)
-        tell(movie); // there is no file without a picture
-    else if (!file.isEmpty())
-        takeIn(file, movie, claim);
+    // The guard comes to its end on the GUI thread.
+    BWMainQueue::post(weak_from_this(),
+                      [this, guard = std::move(recording.guard)] { feedback.recording(isAnyRunning()); });
+    const BWCaptureResult movie{BWMediaType::Video, {}, {}, status};
+    if (status.frames > 0) {
+        takeIn({status.path, recording.claim, movie});
+        return;
+    }
+    QFile::remove(status.path); // the claim made it
+    tell(movie);
+}
+
+bool BWCaptureController::Shared::isAnyRunning()
+{
+    const std::lock_guard lock(mutex);
+    return std::any_of(recordings.cbegin(), recordings.cend(), [](const auto &entry) { return entry.second.hasBegun; });
 }
 
 void BWCaptureController::Shared::tell(const BWCaptureResult &result)
@@ -202,14 +246,13 @@ void BWCaptureController::Shared::tell(const BWCaptureResult &result)
     BWMainQueue::post(weak_from_this(), [this, result] { feedback.done(result); });
 }
 
-void BWCaptureController::Shared::takeIn(const QUrl &temporary, const BWCaptureResult &capture,
-                                         const std::shared_ptr<BWFileClaim> &claim)
+void BWCaptureController::Shared::takeIn(const Capture &capture)
 {
     albums.addFile(
-        temporary, capture.type,
-        [weak = weak_from_this(), temporary, capture, claim](bool added, const QUrl &file) {
+        QUrl::fromLocalFile(capture.temporary), capture.result.type,
+        [weak = weak_from_this(), capture](bool added, const QUrl &file) {
             if (const auto shared = weak.lock())
-                shared->takenIn(added, temporary, file, capture);
+                shared->takenIn(added, file, capture);
         },
         [weak = weak_from_this()](double done) {
             const auto shared = weak.lock();
@@ -218,17 +261,18 @@ void BWCaptureController::Shared::takeIn(const QUrl &temporary, const BWCaptureR
         });
 }
 
-void BWCaptureController::Shared::takenIn(bool added, const QUrl &temporary, const QUrl &file, BWCaptureResult result)
+void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture capture)
 {
+    BWCaptureResult &result = capture.result;
+    const bool isThere = QFile::exists(capture.temporary);
     if (added) {
-        QFile::remove(temporary.toLocalFile());
+        QFile::remove(capture.temporary);
         result.file = file;
-    } else if (QFile::exists(temporary.toLocalFile())) {
-        qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s",
-                  qUtf8Printable(temporary.toLocalFile()));
-        result.left = temporary;
+    } else if (isThere) {
+        qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s", qUtf8Printable(capture.temporary));
+        result.left = QUrl::fromLocalFile(capture.temporary);
     } else {
-        qCWarning(bwApp, "Capture: somebody removed %s", qUtf8Printable(temporary.toLocalFile()));
+        qCWarning(bwApp, "Capture: somebody removed %s", qUtf8Printable(capture.temporary));
         result.recording.end = BWRecordingStatus::End::Failed;
     }
     feedback.done(result);

@@ -2,32 +2,39 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "Model/BWAlbumManager.h"
+#include "Model/Capture/BWAlbumDiskGuard.h"
 #include "Model/Capture/BWCaptureResult.h"
 
 #include <functional>
 #include <memory>
 #include <QByteArray>
 
-class BWAlbumDiskGuard;
-
-/// Takes what cameras capture into the current album: snapshots when they come, movies when they are complete, however
-/// a recording came to its end. Operations on the GUI thread.
+/// Takes what cameras capture into the album that is current when it is complete: snapshots when they come, movies
+/// however a recording came to its end. Operations on the GUI thread.
+///
+/// Each recording has a file, a claim on it and a guard of its own, from the press of Record until the camera has told
+/// its end; a camera has one recording at a time, another camera may have one meanwhile.
 class BWCaptureController {
 public:
     /// What the user learns of a capture. Called on the GUI thread.
     struct Feedback {
         /// The camera took a still; it is not saved yet.
         std::function<void()> snapshot;
-        /// The camera began or ended to record.
+        /// A recording began or ended; whether one runs now.
         std::function<void(bool recording)> recording;
         /// A capture is done: it is in the album, or it is known why not.
         std::function<void(const BWCaptureResult &result)> done;
         /// A capture takes long to be copied into the album; so much of it is there, from 0 to 1.
         std::function<void(double done)> copying = {};
+        /// Record was pressed in vain.
+        std::function<void(BWRecordingRefusal reason)> refused = {};
     };
 
-    /// `guard` watches the room in the album while a movie grows elsewhere; one with the usual check if null.
-    BWCaptureController(BWAlbumManager &albums, Feedback feedback, std::shared_ptr<BWAlbumDiskGuard> guard = {});
+    /// `roomCheck` tells of the room in the album while a movie grows elsewhere; the usual check if null.
+    BWCaptureController(BWAlbumManager &albums, Feedback feedback, BWAlbumDiskGuard::Check roomCheck = {});
+    ~BWCaptureController();
+    BWCaptureController(const BWCaptureController &) = delete;
+    BWCaptureController &operator=(const BWCaptureController &) = delete;
 
     /// Installs the snapshot, recording and hardware-button callbacks. They may be called on any thread until the camera is gone
     /// and outlive this object without harm.
@@ -39,7 +46,7 @@ public:
     /// Asks the camera for a still; nothing happens without a camera.
     static void forceSnapshot(const BWCameraPtr &camera);
 
-    /// Begins a recording, or ends the one that runs. Returns at once: a movie may take a while to be finished.
+    /// Begins a recording, or ends the one that the camera has. Returns at once: a movie may take a while to be finished.
     void toggleRecording(const BWCameraPtr &camera);
 
     /// As if the button on the camera had been pressed. Any thread.
@@ -49,9 +56,9 @@ public:
     void setButtonRecords(bool records, std::function<void()> record);
 
 private:
-    void recordingEndsForAlbum(const BWCameraPtr &camera);
+    bool beginRecording(const BWCameraPtr &camera);
 
     struct Shared;
-    std::shared_ptr<Shared> m_shared;
-    std::shared_ptr<BWAlbumDiskGuard> m_guard;
+    const std::shared_ptr<Shared> m_shared;
+    const BWAlbumDiskGuard::Check m_roomCheck;
 };

@@ -63,10 +63,11 @@ BWCaptureNotice saved(const BWCaptureResult &result, BWLocalizationManager &text
     const QString caption = result.type == BWMediaType::Image
         ? texts.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s)
         : texts.text(u"flash_view"_s, u"video_saved"_s, u"Video saved"_s);
+    const End end = result.recording.end;
     const QString place = u"%1 · %2"_s.arg(caption, result.file.fileName());
-    const QString ended = reason(result.recording.end, texts);
+    const QString ended = reason(end, texts);
     const QString missing = leftOut(result.recording, texts);
-    if (result.recording.end == End::DiskFull || result.recording.end == End::Failed) {
+    if (end == End::DiskFull || end == End::Failed) {
         const QString until = texts.text(u"camera_window"_s, u"recording_saved_until_then"_s,
                                          u"What was recorded up to that point is in the album:"_s);
         return {asTitle(ended), lines({u"%1 %2"_s.arg(until, result.file.fileName()), missing})};
@@ -116,4 +117,13 @@ BWCaptureNotice BWCaptureNotice::ofRecovered(const QUrl &last, BWLocalizationMan
 BWCaptureNotice BWCaptureNotice::of(const BWCaptureResult &result, BWLocalizationManager &texts)
 {
     return result.file.isEmpty() ? lost(result, texts) : saved(result, texts);
+}
+
+BWCaptureNotice BWCaptureNotice::ofRefused(BWRecordingRefusal reason, BWLocalizationManager &texts)
+{
+    const QString text = reason == BWRecordingRefusal::StillSaving
+        ? texts.text(u"camera_window"_s, u"recording_still_saving"_s, u"The video is still being saved."_s)
+        : texts.text(u"camera_window"_s, u"recording_not_begun"_s,
+                     u"No recording was started, because the camera is not running yet."_s);
+    return {{}, text, true};
 }

@@ -17,4 +17,5 @@ struct BWCaptureNotice {
     static BWCaptureNotice ofRecovered(const QUrl &last, BWLocalizationManager &texts);
 
     static BWCaptureNotice of(const BWCaptureResult &result, BWLocalizationManager &texts);
+    static BWCaptureNotice ofRefused(BWRecordingRefusal reason, BWLocalizationManager &texts);
 };

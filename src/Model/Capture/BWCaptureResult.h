@@ -12,3 +12,9 @@ struct BWCaptureResult {
     QUrl left{}; ///< where it lies instead; empty if it is in the album, or could not be written at all
     BWRecordingStatus recording{}; ///< of a movie: how long it is, and how it ended
 };
+
+/// Why nothing came of a press of Record.
+enum class BWRecordingRefusal {
+    NotStreaming, ///< there is no camera that streams
+    StillSaving, ///< the recording that is to be ended has ended, and its file is being completed
+};
