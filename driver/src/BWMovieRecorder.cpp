@@ -137,7 +137,10 @@ void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
         if (now - spaceChecked < spaceInterval)
             continue;
         spaceChecked = now;
-        if (BWDiskSpace::isNearlyFull(QFile::encodeName(path))) {
+        if (writer.isRemoved()) {
+            qCWarning(bwDriver).noquote() << "The recording ends because somebody removed" << path;
+            end(BWRecordingStatus::End::FileGone);
+        } else if (BWDiskSpace::isNearlyFull(QFile::encodeName(path))) {
             qCWarning(bwDriver).noquote() << "The recording ends because the disk of" << path << "is nearly full";
             end(BWRecordingStatus::End::DiskFull);
         }

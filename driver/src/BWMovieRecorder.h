@@ -15,7 +15,7 @@
 /// slow for it, frames are left out of the movie, counted and logged, and the stream is not held up.
 ///
 /// A recording is asked for with reserve(), so that it counts as running from then on, and begins with begin(). It ends
-/// by end(), or by itself when the file can no longer be written or the disk is nearly full.
+/// by end(), or by itself when the file can no longer be written, was removed, or the disk is nearly full.
 class BWMovieRecorder {
 public:
     /// True after the first frame is written, on the writer thread; false once for every recording that was reserved,

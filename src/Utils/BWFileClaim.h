@@ -14,6 +14,9 @@ public:
     /// The same in an open folder.
     static std::shared_ptr<BWFileClaim> existing(int folder, const QByteArray &name);
 
+    /// A path to the file as long as the claim lasts, even when somebody has removed it.
+    QString openFile() const { return QStringLiteral("/proc/self/fd/%1").arg(m_descriptor); }
+
     ~BWFileClaim();
     BWFileClaim(const BWFileClaim &) = delete;
     BWFileClaim &operator=(const BWFileClaim &) = delete;

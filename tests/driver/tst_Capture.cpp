@@ -38,6 +38,7 @@ struct SlowDisk {
         bool finish() override { return m_disk.finished = true; }
         int64_t bytesWritten() const override { return m_disk.written; }
         bool diskIsFull() const override { return m_disk.full; }
+        bool isRemoved() const override { return false; }
         bool isEmpty() const override { return m_disk.written == 0; }
 
     private:

@@ -257,16 +257,28 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).isEmpty());
     }
 
-    void aMovieThatWasRemovedIsNotCalledKept()
+    void aMovieThatWasRemovedIsSaved_data()
     {
+        QTest::addColumn<bool>("isNoticed");
+        QTest::newRow("noticed while it grows") << true;
+        QTest::newRow("ended at once") << false;
+    }
+    void aMovieThatWasRemovedIsSaved()
+    {
+        QFETCH(bool, isNoticed);
         m_capture->toggleRecording(m_camera);
         captureFrame();
         captureFrame();
         QTRY_VERIFY(m_recording);
         QVERIFY(QDir(m_temporary).removeRecursively());
-        m_capture->toggleRecording(m_camera);
-        QTRY_COMPARE(m_left, QList<QUrl>{QUrl()});
-        QCOMPARE(m_results[0].recording.end, BWRecordingStatus::End::Failed);
+        if (!isNoticed)
+            m_capture->toggleRecording(m_camera);
+        QTRY_COMPARE((captureFrame(), m_saved), QStringList{u"20240607_video_001.mov"_s});
+        using End = BWRecordingStatus::End;
+        QCOMPARE(m_results[0].recording.end, isNoticed ? End::FileGone : End::Asked);
+        const QString path = inAlbum(m_saved[0]);
+        QCOMPARE(uint64_t(MovieProbe::framesIn(path)), m_results[0].recording.frames);
+        QCOMPARE(completeMovie(path), BWMovieCompletion::Plain);
     }
 
     /// What a press of Record comes to where no movie can.

@@ -48,6 +48,8 @@ private Q_SLOTS:
                                    << untilThen + u'\n' + slow;
         QTest::newRow("failed") << movie(End::Failed) << u"The recording ended because its file could not be written"_s
                                 << untilThen;
+        QTest::newRow("file removed")
+            << movie(End::FileGone) << u"The recording ended because its temporary file was removed"_s << untilThen;
         QTest::newRow("not in the album") << lost(movie(End::Asked), left) << notSaved << keptHere;
         QTest::newRow("full disk, not in the album")
             << lost(movie(End::DiskFull), left) << notSaved

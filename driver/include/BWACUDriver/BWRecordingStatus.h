@@ -12,6 +12,7 @@ struct BWRecordingStatus {
         CameraChanged, ///< another size or video norm; a movie has only one
         CameraGone, ///< the camera was unplugged
         DiskFull, ///< hardly any room is left on the disk
+        FileGone, ///< somebody removed the file, or its folder, while it grew
         Failed, ///< the file could not be written; the log tells why
     };
 

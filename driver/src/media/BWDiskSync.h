@@ -17,10 +17,13 @@ public:
     /// Returns at once. A request that comes while one is being carried out is carried out after it.
     void request();
 
+    /// The open file; -1 if it could not be opened.
+    int descriptor() const { return m_descriptor; }
+
 private:
     void run();
 
-    int m_descriptor;
+    const int m_descriptor;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_wanted = false;

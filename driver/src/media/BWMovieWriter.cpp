@@ -7,8 +7,10 @@
 #include "media/BWMediaLogging.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <QDateTime>
 #include <QFile>
+#include <sys/stat.h>
 
 namespace {
 
@@ -28,6 +30,7 @@ public:
     bool finish() override;
     int64_t bytesWritten() const override { return m_goodSize; }
     bool diskIsFull() const override { return m_diskIsFull; }
+    bool isRemoved() const override;
     bool isEmpty() const override { return m_empty; }
 
 private:
@@ -37,6 +40,7 @@ private:
     bool fail(int result);
     void leaveOut(const BWFrame &frame, const char *reason);
     void complete();
+    QString pathOfOpenFile() const;
 
     QString m_path;
     BWLibav::Output m_output;
@@ -152,8 +156,24 @@ bool MovWriter::fail(int result)
     m_failed = true;
     m_diskIsFull = result == AVERROR(ENOSPC) || result == AVERROR(EDQUOT) || result == AVERROR(EFBIG);
     m_output.reset();
-    QFile::resize(m_path, m_goodSize); // cuts off the piece that was being written
+    QFile::resize(pathOfOpenFile(), m_goodSize); // cuts off the piece that was being written
     return false;
+}
+
+bool MovWriter::isRemoved() const
+{
+    struct stat open { };
+    struct stat named { };
+    if (fstat(m_disk.descriptor(), &open) != 0)
+        return false;
+    const int result = stat(QFile::encodeName(m_path).constData(), &named);
+    return result != 0 ? errno == ENOENT : named.st_dev != open.st_dev || named.st_ino != open.st_ino;
+}
+
+/// The kernel has a name for every open file, whatever became of its own.
+QString MovWriter::pathOfOpenFile() const
+{
+    return isRemoved() ? QStringLiteral("/proc/self/fd/%1").arg(m_disk.descriptor()) : m_path;
 }
 
 void MovWriter::leaveOut(const BWFrame &frame, const char *reason)
@@ -185,7 +205,7 @@ bool MovWriter::finish()
 void MovWriter::complete()
 {
     QString reason;
-    const BWMovieCompletion completion = m_empty ? BWMovieCompletion::Empty : completeMovie(m_path, &reason);
+    const BWMovieCompletion completion = m_empty ? BWMovieCompletion::Empty : completeMovie(pathOfOpenFile(), &reason);
     if (completion == BWMovieCompletion::Failed)
         qCWarning(bwMedia).noquote() << m_path << "is whole, but stays in fragments:" << reason;
     if (completion != BWMovieCompletion::Empty)
@@ -193,7 +213,8 @@ void MovWriter::complete()
     // The first picture reaches the file with the second one, which a full disk may refuse.
     m_empty = true;
     m_failed = true;
-    QFile::remove(m_path);
+    if (!isRemoved())
+        QFile::remove(m_path);
 }
 
 } // namespace

@@ -34,6 +34,9 @@ public:
     virtual int64_t bytesWritten() const = 0;
     /// Whether writing failed because there was no room.
     virtual bool diskIsFull() const = 0;
+    /// Whether somebody removed the file, or the folder it lies in. Whoever has it open can still read what is written:
+    /// the movie grows on, and finish() completes it.
+    virtual bool isRemoved() const = 0;
     /// After finish(): whether no picture has come into the file, which is removed then.
     virtual bool isEmpty() const = 0;
 };

@@ -43,8 +43,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     void recordingEnded(const BWRecordingStatus &status);
     bool isAnyRunning();
     void tell(const BWCaptureResult &result);
-    void takeIn(const Capture &capture);
-    void takenIn(bool added, const QUrl &file, Capture capture);
+    void takeIn(const Capture &capture, const QString &from);
+    void takenIn(bool added, const QUrl &file, Capture capture, const QString &from);
 
     BWAlbumManager &albums;
     Feedback feedback;
@@ -178,7 +178,7 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
         return;
     }
     const QString path = temporary.toLocalFile();
-    takeIn({path, BWFileClaim::existing(path), {BWMediaType::Image}});
+    takeIn({path, BWFileClaim::existing(path), {BWMediaType::Image}}, path);
 }
 
 void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
@@ -228,7 +228,7 @@ void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status
                       [this, guard = std::move(recording.guard)] { feedback.recording(isAnyRunning()); });
     const BWCaptureResult movie{BWMediaType::Video, {}, {}, status};
     if (status.frames > 0) {
-        takeIn({status.path, recording.claim, movie});
+        takeIn({status.path, recording.claim, movie}, status.path);
         return;
     }
     QFile::remove(status.path); // the claim made it
@@ -246,13 +246,13 @@ void BWCaptureController::Shared::tell(const BWCaptureResult &result)
     BWMainQueue::post(weak_from_this(), [this, result] { feedback.done(result); });
 }
 
-void BWCaptureController::Shared::takeIn(const Capture &capture)
+void BWCaptureController::Shared::takeIn(const Capture &capture, const QString &from)
 {
     albums.addFile(
-        QUrl::fromLocalFile(capture.temporary), capture.result.type,
-        [weak = weak_from_this(), capture](bool added, const QUrl &file) {
+        QUrl::fromLocalFile(from), capture.result.type,
+        [weak = weak_from_this(), capture, from](bool added, const QUrl &file) {
             if (const auto shared = weak.lock())
-                shared->takenIn(added, file, capture);
+                shared->takenIn(added, file, capture, from);
         },
         [weak = weak_from_this()](double done) {
             const auto shared = weak.lock();
@@ -261,10 +261,15 @@ void BWCaptureController::Shared::takeIn(const Capture &capture)
         });
 }
 
-void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture capture)
+void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture capture, const QString &from)
 {
     BWCaptureResult &result = capture.result;
     const bool isThere = QFile::exists(capture.temporary);
+    if (!added && !isThere && capture.claim && from == capture.temporary) {
+        qCWarning(bwApp, "Capture: somebody removed %s, which is still open", qUtf8Printable(from));
+        takeIn(capture, capture.claim->openFile());
+        return;
+    }
     if (added) {
         QFile::remove(capture.temporary);
         result.file = file;

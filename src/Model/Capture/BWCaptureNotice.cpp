@@ -26,6 +26,9 @@ QString reason(End end, BWLocalizationManager &texts)
     case End::DiskFull:
         return texts.text(u"camera_window"_s, u"recording_disk_full"_s,
                           u"The recording ended because the disk is full."_s);
+    case End::FileGone:
+        return texts.text(u"camera_window"_s, u"recording_file_gone"_s,
+                          u"The recording ended because its temporary file was removed."_s);
     case End::Failed:
         return texts.text(u"camera_window"_s, u"recording_failed"_s,
                           u"The recording ended because its file could not be written."_s);
@@ -67,7 +70,7 @@ BWCaptureNotice saved(const BWCaptureResult &result, BWLocalizationManager &text
     const QString place = u"%1 · %2"_s.arg(caption, result.file.fileName());
     const QString ended = reason(end, texts);
     const QString missing = leftOut(result.recording, texts);
-    if (end == End::DiskFull || end == End::Failed) {
+    if (end == End::DiskFull || end == End::FileGone || end == End::Failed) {
         const QString until = texts.text(u"camera_window"_s, u"recording_saved_until_then"_s,
                                          u"What was recorded up to that point is in the album:"_s);
         return {asTitle(ended), lines({u"%1 %2"_s.arg(until, result.file.fileName()), missing})};
