@@ -386,7 +386,7 @@ void AppDelegate::showImportedSettings()
 
 void AppDelegate::onRecord()
 {
-    m_capture->toggleRecording(currentCamera());
+    m_capture->toggleRecording(currentCamera(), m_sessionWindows->titleOf(currentCamera()));
 }
 
 void AppDelegate::otherKeyPressed(int key, bool autoRepeat)

@@ -114,7 +114,8 @@ void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const
                          : texts.text(u"camera_type"_s, description.identifierForCameraType, description.name));
     }
     m_auxiliary.settings().updateCameras(cameras, current);
-    m_window.menu().showCameras(BWCameraTitles::unique(names), static_cast<int>(cameras.indexOf(current)));
+    m_titles = BWCameraTitles::unique(names);
+    m_window.menu().showCameras(m_titles, static_cast<int>(cameras.indexOf(current)));
     showProducts();
 }
 

@@ -45,6 +45,8 @@ public:
     /// The settings store changed.
     void settingsChanged();
     QString localizeProductName(const BWCameraProduct &product) const;
+    /// As the menu lists the camera; null if it does not.
+    QString titleOf(const BWCameraPtr &camera) const { return m_titles.value(m_cameras.indexOf(camera)); }
 
     void enableCameraMenus() override;
     void updateStateLabel() override;
@@ -77,6 +79,7 @@ private:
     Actions m_actions;
     BWCameraSession *m_session = nullptr;
     QList<BWCameraPtr> m_cameras; // as the menu lists them
+    QStringList m_titles; // of these
     std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;
     std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
     std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;

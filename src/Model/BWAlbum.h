@@ -28,6 +28,8 @@ public:
 
     /// The folder's name.
     const QString &name() const { return m_name; }
+    /// What the user sees; the default album goes by a text.
+    const QString &shownName(const QString &ofDefaultAlbum) const { return m_isDefaultAlbum ? ofDefaultAlbum : m_name; }
     const QUrl &path() const { return m_path; }
     bool isDefaultAlbum() const { return m_isDefaultAlbum; }
     void setIsDefaultAlbum(bool isDefault) { m_isDefaultAlbum = isDefault; }

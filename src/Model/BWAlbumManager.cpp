@@ -348,6 +348,14 @@ BWAlbumPtr BWAlbumManager::currentAlbum() const
     return d->currentAlbum();
 }
 
+BWAlbumPtr BWAlbumManager::albumOfFile(const QUrl &file) const
+{
+    const QUrl folder = BWFilePath::normalized(file.adjusted(QUrl::RemoveFilename));
+    const auto found = std::find_if(d->albums.cbegin(), d->albums.cend(),
+                                    [&folder](const BWAlbumPtr &album) { return album->path() == folder; });
+    return found != d->albums.cend() ? *found : nullptr;
+}
+
 void BWAlbumManager::addFile(const QUrl &file, BWMediaType type, AddCompletion completion, AddProgress progress)
 {
     d->intake.add(file, type, std::move(completion), std::move(progress));

@@ -62,6 +62,8 @@ public:
     /// The user picked another album. Tells that the contents changed; out of range changes nothing.
     void setSelectedIndex(int index);
     BWAlbumPtr currentAlbum() const;
+    /// The album in whose folder the file lies; null if there is none.
+    BWAlbumPtr albumOfFile(const QUrl &file) const;
 
     /// Takes a finished capture into the album that is current when the GUI thread gets to it; then tells that the
     /// contents changed, then calls the completion. Returns at once; any thread. Captures are added one after the

@@ -17,11 +17,14 @@ private Q_SLOTS:
         QTest::addColumn<BWCaptureResult>("result");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("text");
-        const auto movie = [](End end, uint64_t leftOut = 0) {
+        const auto album = std::make_shared<BWAlbum>(QUrl(u"file:///Patient 42"_s));
+        const auto standard = std::make_shared<BWAlbum>(QUrl(u"file:///old name"_s));
+        standard->setIsDefaultAlbum(true);
+        const auto movie = [&](End end, uint64_t leftOut = 0, const QString &camera = {}) {
             BWRecordingStatus status;
             status.end = end;
             status.framesLeftOut = leftOut;
-            return BWCaptureResult{BWMediaType::Video, QUrl(u"file:///album/v.mov"_s), {}, status};
+            return BWCaptureResult{BWMediaType::Video, QUrl(u"file:///Patient 42/v.mov"_s), {}, status, camera, album};
         };
         const auto lost = [](BWCaptureResult result, const QUrl &left = {}) {
             result.file.clear();
@@ -34,22 +37,29 @@ private Q_SLOTS:
             u"It could not be copied into the album. Please check that the album folder exists and "
             "has free space. The capture is kept here:\n/var/tmp/t.mov"_s;
         const QString slow = u"Pictures left out because the disk or the computer was too slow: 12"_s;
-        const QString untilThen = u"What was recorded up to that point is in the album: v.mov"_s;
-        QTest::newRow("snapshot") << BWCaptureResult{BWMediaType::Image, QUrl(u"file:///album/i.jpg"_s)} << QString()
-                                  << u"Snapshot saved · i.jpg"_s;
-        QTest::newRow("video") << movie(End::Asked) << QString() << u"Video saved · v.mov"_s;
-        QTest::newRow("slow disk") << movie(End::Asked, 12) << QString() << u"Video saved · v.mov\n"_s + slow;
+        const QString untilThen = u"What was recorded up to that point is in the album:\nPatient 42 · v.mov"_s;
+        const QString videoSaved = u"Video saved · Patient 42 · v.mov"_s;
+        const QUrl image(u"file:///old name/i.jpg"_s);
+        QTest::newRow("snapshot") << BWCaptureResult{BWMediaType::Image, image, {}, {}, {}, standard} << QString()
+                                  << u"Snapshot saved · Default Album · i.jpg"_s;
+        QTest::newRow("album not listed any more")
+            << BWCaptureResult{BWMediaType::Image, image} << QString() << u"Snapshot saved · i.jpg"_s;
+        QTest::newRow("video") << movie(End::Asked, 0, u"A"_s) << QString() << videoSaved;
+        QTest::newRow("slow disk") << movie(End::Asked, 12) << QString() << videoSaved + u'\n' + slow;
         QTest::newRow("unplugged") << movie(End::CameraGone) << QString()
-                                   << u"Video saved · v.mov\nThe recording ended because the camera was unplugged."_s;
-        QTest::newRow("other size")
-            << movie(End::CameraChanged) << QString()
-            << u"Video saved · v.mov\nThe recording ended because the picture size or the video norm was changed."_s;
+                                   << videoSaved + u"\nThe recording ended because the camera was unplugged."_s;
+        QTest::newRow("unplugged, with a name")
+            << movie(End::CameraGone, 0, u"Microscope (2)"_s) << QString()
+            << videoSaved + u"\nThe recording ended because “Microscope (2)” was unplugged."_s;
+        QTest::newRow("other size") << movie(End::CameraChanged) << QString()
+                                    << videoSaved
+                + u"\nThe recording ended because the picture size or the video norm was changed."_s;
         QTest::newRow("full disk") << movie(End::DiskFull, 12) << u"The recording ended because the disk is full"_s
                                    << untilThen + u'\n' + slow;
         QTest::newRow("failed") << movie(End::Failed) << u"The recording ended because its file could not be written"_s
                                 << untilThen;
-        QTest::newRow("file removed")
-            << movie(End::FileGone) << u"The recording ended because its temporary file was removed"_s << untilThen;
+        QTest::newRow("file removed") << movie(End::FileGone)
+                                      << u"The recording ended because its temporary file was removed"_s << untilThen;
         QTest::newRow("not in the album") << lost(movie(End::Asked), left) << notSaved << keptHere;
         QTest::newRow("full disk, not in the album")
             << lost(movie(End::DiskFull), left) << notSaved

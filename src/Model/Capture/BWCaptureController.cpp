@@ -20,6 +20,7 @@ using namespace Qt::StringLiterals;
 struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     struct Recording {
         const BWCamera *camera = nullptr; // to compare with; it tells the end before it is gone
+        QString title;
         std::shared_ptr<BWFileClaim> claim;
         std::shared_ptr<BWAlbumDiskGuard> guard; // GUI thread only
         bool hasBegun = false;
@@ -101,16 +102,16 @@ void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
         camera->takeSnapshot();
 }
 
-void BWCaptureController::toggleRecording(const BWCameraPtr &camera)
+void BWCaptureController::toggleRecording(const BWCameraPtr &camera, const QString &title)
 {
     // Whoever presses sees a recording until its end is told, although its file may be complete before.
     const QString path = m_shared->recordingOf(camera);
-    const bool done = path.isNull() ? beginRecording(camera) : camera->endRecording(path);
+    const bool done = path.isNull() ? beginRecording(camera, title) : camera->endRecording(path);
     if (!done && m_shared->feedback.refused)
         m_shared->feedback.refused(path.isNull() ? BWRecordingRefusal::NotStreaming : BWRecordingRefusal::StillSaving);
 }
 
-bool BWCaptureController::beginRecording(const BWCameraPtr &camera)
+bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QString &title)
 {
     if (!camera)
         return false;
@@ -118,7 +119,7 @@ bool BWCaptureController::beginRecording(const BWCameraPtr &camera)
     const QString path = file.toLocalFile();
     {
         const std::lock_guard lock(m_shared->mutex);
-        m_shared->recordings[path] = {camera.get(), BWFileClaim::create(path), {}, false};
+        m_shared->recordings[path] = {camera.get(), title, BWFileClaim::create(path), {}, false};
     }
     if (!camera->startRecording(path)) {
         QFile::remove(path); // the claim made it
@@ -226,7 +227,7 @@ void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status
     // The guard comes to its end on the GUI thread.
     BWMainQueue::post(weak_from_this(),
                       [this, guard = std::move(recording.guard)] { feedback.recording(isAnyRunning()); });
-    const BWCaptureResult movie{BWMediaType::Video, {}, {}, status};
+    const BWCaptureResult movie{BWMediaType::Video, {}, {}, status, recording.title};
     if (status.frames > 0) {
         takeIn({status.path, recording.claim, movie}, status.path);
         return;
@@ -273,6 +274,7 @@ void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture 
     if (added) {
         QFile::remove(capture.temporary);
         result.file = file;
+        result.album = albums.albumOfFile(file);
     } else if (isThere) {
         qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s", qUtf8Printable(capture.temporary));
         result.left = QUrl::fromLocalFile(capture.temporary);

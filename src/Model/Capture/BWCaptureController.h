@@ -47,7 +47,8 @@ public:
     static void forceSnapshot(const BWCameraPtr &camera);
 
     /// Begins a recording, or ends the one that the camera has. Returns at once: a movie may take a while to be finished.
-    void toggleRecording(const BWCameraPtr &camera);
+    /// `title` is the camera's, for the person who hears of its end.
+    void toggleRecording(const BWCameraPtr &camera, const QString &title = {});
 
     /// As if the button on the camera had been pressed. Any thread.
     void pressHardwareButton(BWCamera &camera) const;
@@ -56,7 +57,7 @@ public:
     void setButtonRecords(bool records, std::function<void()> record);
 
 private:
-    bool beginRecording(const BWCameraPtr &camera);
+    bool beginRecording(const BWCameraPtr &camera, const QString &title);
 
     struct Shared;
     const std::shared_ptr<Shared> m_shared;

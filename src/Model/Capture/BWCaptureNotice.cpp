@@ -10,10 +10,12 @@ namespace {
 
 using End = BWRecordingStatus::End;
 
+const QString separator = u" · "_s;
+
 /// Why a recording ended that nobody ended; null if somebody did.
-QString reason(End end, BWLocalizationManager &texts)
+QString reason(const BWCaptureResult &result, BWLocalizationManager &texts)
 {
-    switch (end) {
+    switch (result.recording.end) {
     case End::None:
     case End::Asked:
         return {};
@@ -21,6 +23,12 @@ QString reason(End end, BWLocalizationManager &texts)
         return texts.text(u"camera_window"_s, u"recording_camera_changed"_s,
                           u"The recording ended because the picture size or the video norm was changed."_s);
     case End::CameraGone:
+        // Another camera may have taken over by now.
+        if (!result.camera.isEmpty())
+            return texts
+                .text(u"camera_window"_s, u"recording_this_camera_gone"_s,
+                      u"The recording ended because “%1” was unplugged."_s)
+                .arg(result.camera);
         return texts.text(u"camera_window"_s, u"recording_camera_gone"_s,
                           u"The recording ended because the camera was unplugged."_s);
     case End::DiskFull:
@@ -66,22 +74,25 @@ BWCaptureNotice saved(const BWCaptureResult &result, BWLocalizationManager &text
     const QString caption = result.type == BWMediaType::Image
         ? texts.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s)
         : texts.text(u"flash_view"_s, u"video_saved"_s, u"Video saved"_s);
-    const End end = result.recording.end;
-    const QString place = u"%1 · %2"_s.arg(caption, result.file.fileName());
-    const QString ended = reason(end, texts);
+    const QString album = result.album
+        ? result.album->shownName(texts.text(u"album_manager"_s, u"default_album_name"_s, u"Default Album"_s))
+        : QString();
+    const QString place = lines({album, result.file.fileName()}, separator);
+    const QString ended = reason(result, texts);
     const QString missing = leftOut(result.recording, texts);
+    const End end = result.recording.end;
     if (end == End::DiskFull || end == End::FileGone || end == End::Failed) {
         const QString until = texts.text(u"camera_window"_s, u"recording_saved_until_then"_s,
                                          u"What was recorded up to that point is in the album:"_s);
-        return {asTitle(ended), lines({u"%1 %2"_s.arg(until, result.file.fileName()), missing})};
+        return {asTitle(ended), lines({until, place, missing})};
     }
-    return {{}, lines({place, ended, missing}), !ended.isEmpty() || !missing.isEmpty()};
+    return {{}, lines({caption + separator + place, ended, missing}), !ended.isEmpty() || !missing.isEmpty()};
 }
 
 BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts)
 {
     const End end = result.recording.end;
-    const QString ended = reason(end, texts);
+    const QString ended = reason(result, texts);
     const QString notSaved =
         texts.text(u"camera_window"_s, u"capture_not_saved_title"_s, u"The capture could not be saved"_s);
     if (!result.left.isEmpty()) {

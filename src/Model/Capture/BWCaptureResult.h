@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWRecordingStatus.h"
-#include "Model/BWMediaType.h"
+#include "Model/BWAlbum.h"
 
 #include <QUrl>
 
@@ -11,6 +11,8 @@ struct BWCaptureResult {
     QUrl file{}; ///< in the album; empty if it did not get there
     QUrl left{}; ///< where it lies instead; empty if it is in the album, or could not be written at all
     BWRecordingStatus recording{}; ///< of a movie: how long it is, and how it ended
+    QString camera{}; ///< of a movie: the camera's title, as menus show it
+    BWAlbumPtr album{}; ///< that it is in; null also if that one is no longer listed
 };
 
 /// Why nothing came of a press of Record.

@@ -100,7 +100,8 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
           m_contents, m_thumbnails,
           BWAlbumGridModel::Actions{
               [this](const QList<QUrl> &files, BWMediaType type) {
-                  m_saving->save(files, type, shownName(m_albums.currentAlbum()));
+                  const BWAlbumPtr album = m_albums.currentAlbum();
+                  m_saving->save(files, type, album ? album->shownName(m_texts.defaultAlbumDisplayName) : QString());
               },
               [this](const QList<QUrl> &files, BWMediaType type) { m_trashing->trash(files, type); },
               [this](const QList<QUrl> &files) { openFiles(files); }}))
@@ -230,7 +231,7 @@ void BWAlbumManagerWindowController::reloadAlbums()
         m_popUp->clear();
         const QList<BWAlbumPtr> albums = m_albums.albums();
         for (const BWAlbumPtr &album : albums) {
-            m_popUp->addItem(shownName(album));
+            m_popUp->addItem(album->shownName(m_texts.defaultAlbumDisplayName));
             m_popUp->setItemData(m_popUp->count() - 1, album->path().toLocalFile(), Qt::ToolTipRole);
         }
         m_popUp->setCurrentIndex(m_albums.selectedIndex());
@@ -340,13 +341,6 @@ void BWAlbumManagerWindowController::openFiles(const QList<QUrl> &files)
         return;
     const BWAlbumTexts::Alert &texts = m_texts.errorOpening.of(unopened.size());
     BWUIUtils::displayOKAlertOver(*this, texts.title, texts.message.arg(BWAlbumTexts::nameOrCount(unopened)));
-}
-
-QString BWAlbumManagerWindowController::shownName(const BWAlbumPtr &album) const
-{
-    if (!album)
-        return {};
-    return album->isDefaultAlbum() ? m_texts.defaultAlbumDisplayName : album->name();
 }
 
 BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const

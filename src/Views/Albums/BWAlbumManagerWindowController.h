@@ -65,7 +65,6 @@ private:
     void wantThumbnails();
     void openFiles(const QList<QUrl> &files);
     BWThumbnailTableView &currentGrid() const;
-    QString shownName(const BWAlbumPtr &album) const;
 
     BWAlbumManager &m_albums;
     Surroundings m_surroundings;
