@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <minizip/zip.h>
+#include <QRegularExpression>
 #include <QtEndian>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -52,6 +53,37 @@ void append(QByteArray *bytes, Number number)
 {
     const Number stored = qToLittleEndian(number);
     bytes->append(reinterpret_cast<const char *>(&stored), sizeof stored);
+}
+
+QString decoded(const QByteArray &name)
+{
+    return name.isValidUtf8() ? QString::fromUtf8(name) : QString::fromLatin1(name); // which keeps all bytes
+}
+
+/// The name by which any system can unpack the entry beside the others, and nowhere else.
+QByteArray portable(const QByteArray &name)
+{
+    const bool isUtf8 = name.isValidUtf8();
+    QString safe = decoded(name);
+    for (QChar &character : safe) {
+        const bool isControl =
+            isUtf8 ? character.category() == QChar::Other_Control : character < QChar(0x20) || character == QChar(0x7f);
+        if (isControl || QStringView(u"\\/:*?\"<>|").contains(character))
+            character = u'_';
+    }
+    for (qsizetype last = safe.size() - 1; last >= 0 && (safe[last] == u'.' || safe[last] == u' '); --last)
+        safe[last] = u'_';
+    static const QRegularExpression device(
+        QStringLiteral("^(CON|PRN|AUX|NUL|CONIN\\$|CONOUT\\$|(COM|LPT)[0-9\u00b9\u00b2\u00b3]) *(\\.|$)"),
+        QRegularExpression::CaseInsensitiveOption);
+    if (device.match(safe).hasMatch())
+        safe.prepend(u'_');
+    return isUtf8 ? safe.toUtf8() : safe.toLatin1();
+}
+
+QString withoutCase(const QByteArray &name)
+{
+    return decoded(name).normalized(QString::NormalizationForm_C).toCaseFolded();
 }
 
 /// Whether both sizes are sure to fit into 32 bits. What cannot be compressed grows a little.
@@ -123,7 +155,7 @@ bool BWZipWriter::beginEntry(const Entry &entry)
 {
     if (m_error != 0)
         return false;
-    const QByteArray name = freeName(entry.name);
+    const QByteArray name = freeName(portable(entry.name));
     const bool large = !fits32Bits(entry.size);
     zip_fileinfo info{};
     info.dosDate = dosDate(entry.modified);
@@ -194,8 +226,8 @@ QByteArray BWZipWriter::freeName(const QByteArray &name)
     QByteArray free = name;
     const qsizetype dot = name.lastIndexOf('.');
     const qsizetype stem = dot > 0 ? dot : name.size();
-    for (int number = 2; m_names.contains(free); ++number)
+    for (int number = 2; m_names.contains(withoutCase(free)); ++number)
         free = name.left(stem) + " (" + QByteArray::number(number) + ')' + name.mid(stem);
-    m_names.insert(free);
+    m_names.insert(withoutCase(free));
     return free;
 }

@@ -13,7 +13,8 @@ class BWPartFile;
 class BWZipWriter {
 public:
     struct Entry {
-        /// A name that is no UTF-8 is written as it is, which brings it back on Linux.
+        /// What other systems take for a folder, a device or nothing that a name may hold becomes "_". A name that is no
+        /// UTF-8 is written as its bytes otherwise, which brings it back on Linux.
         QByteArray name;
         std::time_t modified;
         qint64 size; ///< bytes, not compressed
@@ -26,7 +27,7 @@ public:
     BWZipWriter &operator=(const BWZipWriter &) = delete;
 
     bool open();
-    /// A name that is there already gets " (2)" before its extension.
+    /// A name that is there already, upper and lower case not told apart, gets " (2)" before its extension.
     bool beginEntry(const Entry &entry);
     /// A piece of the entry's deflate stream.
     bool write(const QByteArray &deflated);
@@ -51,5 +52,5 @@ private:
     qint64 m_end = 0;
     qint64 m_entrySize = 0;
     int m_error = 0;
-    QSet<QByteArray> m_names;
+    QSet<QString> m_names; // as systems see them that do not tell A from a
 };
