@@ -6,6 +6,7 @@ Usage: test_archives.py EXPORT_RUN [CLASS...]
 
 import os
 import random
+import signal
 import subprocess
 import sys
 import tempfile
@@ -29,6 +30,7 @@ class Folder(unittest.TestCase):
         self.album = os.path.join(os.fsencode(holder.name), b"album")
         os.mkdir(self.album)
         self.target = Path(holder.name) / "out.zip"
+        self.environment = {**os.environ, "TZ": TIME_ZONE, "TMPDIR": holder.name}
 
     def file(self, name, content, modified=None):
         path = os.path.join(self.album, name)
@@ -40,7 +42,7 @@ class Folder(unittest.TestCase):
 
     def export(self, paths):
         run = subprocess.run([PROGRAM, self.target], input=b"\0".join(paths), stdout=subprocess.PIPE, check=False,
-                             env={**os.environ, "TZ": TIME_ZONE})
+                             env=self.environment)
         _, _, before, most, reason = run.stdout.decode().split(" ", 4)
         self.assertEqual(run.returncode, 0, reason)
         self.assertLess(int(most) - int(before), IDLE_LIMIT)
@@ -126,6 +128,44 @@ class Archives(Folder):
                 with zipfile.ZipFile(self.target) as archive:
                     self.assertEqual(len(archive.namelist()), count)
                     self.assertEqual(archive.read("%d.jpg" % (count - 1)), b"pixels")
+
+
+    def test_killed(self):
+        """What it leaves is cleared by the next one, unless that is somebody else's or still written."""
+        large = self.file(b"large.mov", b"")
+        os.truncate(large, 4 << 30)
+        small = self.file(b"small.jpg", b"pixels")
+        runs = {}
+        for name in ("killed", "taken", "running"):
+            run = subprocess.Popen([PROGRAM, self.part(name)[:-5]], stdin=subprocess.PIPE, env=self.environment)
+            runs[name] = run
+            self.addCleanup(lambda run=run: (run.kill(), run.wait()))
+            run.stdin.write(large + b"\0" + small)
+            run.stdin.close()
+            while not os.path.exists(self.part(name)) or os.path.getsize(self.part(name)) == 0:
+                self.assertIsNone(run.poll())
+            run.send_signal(signal.SIGSTOP)
+        for name in ("killed", "taken"):
+            runs[name].kill()
+            runs[name].wait()
+        os.unlink(self.part("taken"))
+        for name in ("taken", "foreign"):
+            Path(self.part(name)).write_bytes(b"another program's")
+
+        def export(target):
+            subprocess.run([PROGRAM, target, small], stdout=subprocess.DEVNULL, env=self.environment, check=True)
+            return [name for name in ("killed", "taken", "foreign", "running") if os.path.exists(self.part(name))]
+
+        self.assertEqual(export(os.path.join(self.album, b"out.jpg")), ["killed", "taken", "foreign", "running"])
+        self.assertEqual(export(self.target), ["taken", "foreign", "running"])
+        runs["running"].kill()
+        runs["running"].wait()
+        self.assertEqual(export(self.target), ["taken", "foreign"])
+        self.assertEqual(Path(self.part("taken")).read_bytes(), b"another program's")
+        self.assertEqual(list(self.target.parent.rglob("export-*")), [])
+
+    def part(self, name):
+        return str(self.target.with_name(f"{name}.zip.part"))
 
 
 class HugeArchives(Folder):

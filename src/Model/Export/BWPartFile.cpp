@@ -81,15 +81,19 @@ bool BWPartFile::create()
         return false;
     if (const long longest = ::pathconf(m_folder.constData(), _PC_NAME_MAX); longest > 0)
         m_longestName = longest;
+    BWPartNote::clearParts(m_folder);
     for (int attempt = 1; attempt < mostAttempts; ++attempt) {
         const QByteArray part = m_folder + partName(attempt);
         m_descriptor = ::open(part.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (m_descriptor >= 0)
-            m_part = part; // what is not ours is never removed
-        if (m_descriptor >= 0 || errno != EEXIST)
-            break;
+        if (m_descriptor < 0 && errno == EEXIST)
+            continue;
+        if (m_descriptor < 0)
+            return false;
+        m_part = part; // what is not ours is never removed
+        m_note.emplace(m_part, m_descriptor);
+        return true;
     }
-    return m_descriptor >= 0;
+    return false;
 }
 
 bool BWPartFile::writeAt(qint64 offset, const char *bytes, qint64 size)
@@ -131,6 +135,7 @@ bool BWPartFile::complete(const std::optional<timespec> &modified)
         || ::rename(m_part.constData(), (m_folder + m_name).constData()) != 0)
         return false;
     m_part.clear();
+    m_note.reset();
     synchronizeFolder(m_folder);
     return true;
 }
@@ -144,6 +149,7 @@ QUrl BWPartFile::keep()
     }
     if (m_descriptor >= 0)
         ::close(std::exchange(m_descriptor, -1));
+    m_note.reset();
     return BWFilePath::url(std::exchange(m_part, {}));
 }
 
@@ -154,4 +160,5 @@ void BWPartFile::discard()
     if (!m_part.isEmpty())
         ::unlink(m_part.constData());
     m_part.clear();
+    m_note.reset();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Model/Export/BWPartNote.h"
+
 #include <ctime>
 #include <optional>
 #include <QByteArray>
@@ -18,7 +20,8 @@ public:
     BWPartFile &operator=(const BWPartFile &) = delete;
 
     const QUrl &target() const { return m_target; }
-    /// Another name is taken where NAME.part is in use or too long.
+    /// Another name is taken where NAME.part is in use or too long. Removes before what runs that were killed have left
+    /// in the folder.
     bool create();
     int descriptor() const { return m_descriptor; }
 
@@ -42,6 +45,7 @@ private:
     QByteArray m_name;
     qint64 m_longestName = 255; // bytes
     QByteArray m_part; // empty unless the file there is ours
+    std::optional<BWPartNote> m_note; // while it is neither complete nor kept
     int m_descriptor = -1;
     qint64 m_begun = 0; // up to here the kernel was asked to write
 };
