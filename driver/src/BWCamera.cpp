@@ -11,6 +11,11 @@ BWCamera::~BWCamera()
     m_session->shutDown();
 }
 
+int BWCamera::threadsLeftBehind()
+{
+    return Session::threadsLeftBehind();
+}
+
 const BWDetectedCameraPtr &BWCamera::detectedCamera() const
 {
     return m_session->detectedCamera();

@@ -13,15 +13,24 @@ namespace {
 thread_local const void *capturingSession = nullptr;
 thread_local const void *snapshotSession = nullptr;
 
+// No device needs as long to stop; a movie may.
+constexpr std::chrono::seconds deviceTime(2);
+constexpr std::chrono::minutes movieTime(2);
+
+std::atomic<int> leftBehind{0};
+
 } // namespace
 
 std::shared_ptr<BWCamera::Session> BWCamera::Session::create(BWCamera &camera,
                                                              const BWDetectedCameraPtr &detectedCamera)
 {
     const auto session = std::make_shared<Session>(camera, detectedCamera, detectedCamera->open());
-    session->m_thread = std::thread([session] {
+    std::promise<void> ended;
+    session->m_ended = ended.get_future();
+    session->m_thread = std::thread([session, ended = std::move(ended)]() mutable {
         capturingSession = session.get();
         session->run();
+        ended.set_value();
     });
     return session;
 }
@@ -48,14 +57,35 @@ BWCamera::Session::Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera,
 
 void BWCamera::Session::shutDown()
 {
+    m_recorder.end(); // here, for the movie must become whole even if the device hangs
     m_queue.close();
     m_device->interrupt();
-    if (onOwnThread()) {
-        m_callbacks.clear();
-        m_thread.detach();
-    } else {
+    const bool own = onOwnThread();
+    if (!own && endsInTime()) {
         m_thread.join();
+        return;
     }
+    m_callbacks.clear();
+    m_thread.detach();
+    if (own)
+        return;
+    ++leftBehind;
+    qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "does not answer; its thread is left behind";
+}
+
+bool BWCamera::Session::endsInTime() const
+{
+    const auto longest = std::chrono::steady_clock::now() + movieTime;
+    do {
+        if (m_ended.wait_for(deviceTime) == std::future_status::ready)
+            return true;
+    } while (m_recorder.isActive() && std::chrono::steady_clock::now() < longest);
+    return false;
+}
+
+int BWCamera::Session::threadsLeftBehind()
+{
+    return leftBehind;
 }
 
 void BWCamera::Session::setStallTime(std::chrono::milliseconds time)

@@ -10,13 +10,15 @@
 #include "BWStallWatch.h"
 
 #include <atomic>
+#include <future>
 #include <mutex>
 #include <thread>
 
 /// What is behind a BWCamera: the capture thread, which alone touches the device, and its states.
 ///
 /// The public operations may be called on any thread; they put a command into the queue. The capture thread runs the
-/// commands in order and fetches frames in between. It keeps the session alive until it has ended.
+/// commands in order and fetches frames in between. It keeps the session, and with it all that it uses, alive until it
+/// has ended: a thread that hangs in the kernel can be left behind and finds everything in place if it ever comes back.
 ///
 /// | State       | the device  | left by                                                        |
 /// |-------------|-------------|----------------------------------------------------------------|
@@ -29,9 +31,10 @@ public:
     static std::shared_ptr<Session> create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera);
     Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera, std::unique_ptr<BWCaptureDevice> device);
 
-    /// Stops everything and waits for the capture thread; on a thread of the session itself it cannot wait, and the
-    /// session ends by itself, without calling back.
+    /// Stops everything and waits for the capture thread, but not for a device that hangs; on a thread of the session
+    /// itself it cannot wait. The session then ends by itself, without calling back.
     void shutDown();
+    static int threadsLeftBehind();
 
     void setStallTime(std::chrono::milliseconds time);
 
@@ -66,6 +69,7 @@ private:
     void post(BWCommandQueue::Command command);
     void runAndWait(const BWCommandQueue::Command &command);
     bool onOwnThread() const;
+    bool endsInTime() const;
 
     // Capture thread.
     void run();
@@ -104,5 +108,6 @@ private:
     std::atomic<BWResolution> m_resolution;
     // Destroyed before all that its events use.
     const std::unique_ptr<BWCaptureDevice> m_device;
+    std::future<void> m_ended; ///< ready when the capture thread has done everything
     std::thread m_thread;
 };

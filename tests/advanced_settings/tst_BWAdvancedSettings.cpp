@@ -34,16 +34,16 @@ public:
     explicit NotingCamera(Type type, bool withBridge = true)
         : m_backend(BWSimulatedBackend::create({{.type = type, .pacing = BWSimulatedCameraOptions::Pacing::Manual}}))
     {
-        m_backend->start(
-            BWCameraDetector::supportedDescriptions(),
-            {[&](const BWDetectedCameraPtr &found) {
-                 BWCameraDescription description = *found->cameraDescription();
-                 description.isBridgeChip = description.isBridgeChip && withBridge;
-                 camera = m_manager.addDetectedCamera(std::make_shared<BWDetectedCamera>(
-                     std::make_shared<BWCameraDescription>(description), u"noting"_s,
-                     [found, notes = notes] { return std::make_unique<NotingDevice>(found->open(), notes); }));
-             },
-             [](const BWDetectedCameraPtr &) {}});
+        m_backend->start(BWCameraDetector::supportedDescriptions(),
+                         {[&](const BWDetectedCameraPtr &found) {
+                              BWCameraDescription description = *found->cameraDescription();
+                              description.isBridgeChip = description.isBridgeChip && withBridge;
+                              camera = m_manager.addDetectedCamera(noting(
+                                  std::make_shared<BWDetectedCamera>(std::make_shared<BWCameraDescription>(description),
+                                                                     u"noting"_s, [found] { return found->open(); }),
+                                  notes));
+                          },
+                          [](const BWDetectedCameraPtr &) {}});
     }
 
     /// What it was sent since the last time, now that it has done all of it.

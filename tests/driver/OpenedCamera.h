@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CameraProbe.h"
+#include "NotingDevice.h"
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
@@ -15,15 +16,18 @@ class OpenedCamera {
     std::unique_ptr<BWSimulatedBackend> m_backend;
 
 public:
-    /// Its frames are pushed, unless the pacing says otherwise.
+    /// Its frames are pushed, unless the pacing says otherwise. What it is sent is noted if notes are given.
     explicit OpenedCamera(Options::Type type, std::optional<BWPixelFormat> format = {},
-                          Options::Pacing pacing = Options::Pacing::Manual)
+                          Options::Pacing pacing = Options::Pacing::Manual,
+                          const std::shared_ptr<DeviceNotes> &notes = {})
         : m_backend(BWSimulatedBackend::create({{.type = type, .pacing = pacing, .pixelFormat = format}})),
           hand(m_backend->cameras().constFirst())
     {
         m_backend->start({BWCameraDetector::descriptionForUltraResolutionMicroscope(),
                           BWCameraDetector::descriptionForRegularMicroscope()},
-                         {[this](const BWDetectedCameraPtr &device) { camera = std::make_shared<BWCamera>(device); },
+                         {[this, &notes](const BWDetectedCameraPtr &device) {
+                              camera = std::make_shared<BWCamera>(notes ? noting(device, notes) : device);
+                          },
                           [](const BWDetectedCameraPtr &) {}});
         probe.emplace(*camera, [this](int count) { hand->pushFrames(count); });
     }

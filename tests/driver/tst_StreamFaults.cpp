@@ -1,8 +1,11 @@
+#include "BWACUDriver/BWMovieCompletion.h"
 #include "BWFrameInspector.h"
 #include "OpenedCamera.h"
 
+#include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Format = BWPixelFormat;
 using Sequences = std::vector<uint64_t>;
@@ -28,6 +31,7 @@ class TestStreamFaults : public QObject {
     Q_OBJECT
 
     using Type = BWSimulatedCameraOptions::Type;
+    using Pacing = BWSimulatedCameraOptions::Pacing;
 
 private Q_SLOTS:
     void badAndLostFramesAreSkippedAndCounted()
@@ -135,6 +139,52 @@ private Q_SLOTS:
         const auto count = static_cast<int64_t>(frames.back().sequence - frames.front().sequence);
         QVERIFY(count >= 5);
         QVERIFY(std::chrono::abs(time - std::chrono::nanoseconds(count * 1'000'000'000 / 30)) < 1us);
+    }
+
+    void aDeviceThatHangsKeepsNobodyWaiting()
+    {
+        const QTemporaryDir folder;
+        const QStringList calls{u"start"_s, u"stop"_s, u"frame"_s, u"3=20"_s};
+        QList<std::shared_ptr<DeviceNotes>> notes;
+        std::vector<std::unique_ptr<OpenedCamera>> cameras;
+        std::atomic<bool> over = false;
+        std::atomic<int> late = 0;
+        for (const QString &call : calls) {
+            notes << std::make_shared<DeviceNotes>();
+            cameras.push_back(std::make_unique<OpenedCamera>(Type::Ultra, Format::MJPEG, Pacing::Manual, notes.last()));
+            OpenedCamera &opened = *cameras.back();
+            if (call != u"start"_s) {
+                QVERIFY(opened.probe->start(1));
+                opened.camera->startRecording(folder.filePath(call));
+                QVERIFY(opened.probe->stream(2));
+                QVERIFY(opened.probe->waitForRecordingChanges(1));
+            }
+            opened.probe.reset();
+            notes.last()->holdUp(call);
+            opened.camera->startWithCompletion({});
+            opened.camera->setSetting(BWSettingBrightness, 20);
+            if (call == u"stop"_s)
+                opened.camera->stopWithCompletion({});
+            notes.last()->waitUntilBusy();
+            opened.camera->setOnCameraFrame([&](BWCamera &, const BWFrame &) { late += over; });
+            opened.camera->setOnCameraRecording([&](BWCamera &, bool) { late += over; });
+            opened.hand->pushFrames(3);
+        }
+        std::vector<std::thread> ends; // each waits for a while
+        for (const auto &opened : cameras)
+            ends.emplace_back([&opened] { opened->camera.reset(); });
+        for (std::thread &end : ends)
+            end.join();
+        over = true;
+        QCOMPARE(BWCamera::threadsLeftBehind(), calls.size());
+        for (const QString &call : calls.mid(1)) // the movies are whole all the same
+            QCOMPARE(completeMovie(folder.filePath(call)), BWMovieCompletion::Plain);
+
+        for (const auto &each : notes) {
+            each->letGo();
+            QTRY_COMPARE(each.use_count(), 1); // the thread finds its way out, and takes the device with it
+        }
+        QCOMPARE(late, 0);
     }
 
     void onlyWholeFramesPass()

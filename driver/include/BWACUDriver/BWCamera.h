@@ -29,7 +29,8 @@ struct BWCameraStatistics {
 /// has returned. Do not destroy a camera inside one of its callbacks.
 ///
 /// Ownership: held by BWCameraManager and whoever else keeps the shared pointer. The destructor stops the stream and
-/// waits for the capture thread.
+/// waits for the capture thread; after two seconds without an answer of the device, and with no movie left to be
+/// completed, it leaves that thread behind. Completions that are open then come later or never.
 class BWCamera {
 public:
     using Completion = std::function<void()>;
@@ -45,6 +46,10 @@ public:
     virtual ~BWCamera();
     BWCamera(const BWCamera &) = delete;
     BWCamera &operator=(const BWCamera &) = delete;
+
+    /// How many capture threads hung in their devices when their cameras were destroyed, in this process. They may come
+    /// back at any moment, also while the process takes down what it shares. Any thread.
+    static int threadsLeftBehind();
 
     const BWDetectedCameraPtr &detectedCamera() const;
     QString identifierForProducts() const;

@@ -2,15 +2,19 @@
 
 #include "BWACUDriver/BWCameraSetting.h"
 #include "BWACUDriver/BWCaptureDevice.h"
+#include "BWACUDriver/BWDetectedCamera.h"
 
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <QStringList>
 
-/// What a camera was sent, in order: "3=20" for a control, "norm 1" for the video norm.
+/// What a camera was sent, in order: "3=20" for a control, "norm 1" for the video norm; with all calls noted also
+/// "size 640x480", "start", "stop".
 class DeviceNotes {
 public:
+    bool allCalls = false;
+
     /// Everything since the last call.
     QString take()
     {
@@ -18,17 +22,24 @@ public:
         return std::exchange(m_sent, {}).join(u' ');
     }
 
-    /// A camera that is held up takes what it is sent only when it is let go.
-    void holdUp()
+    /// A camera that is held up takes what it is sent only when it is let go; or it hangs in that one call, which may
+    /// also be "frame".
+    void holdUp(const QString &call = {})
     {
         const std::lock_guard lock(m_mutex);
         m_heldUp = true;
+        m_heldUpIn = call;
     }
     void letGo()
     {
         const std::lock_guard lock(m_mutex);
         m_heldUp = false;
         m_changed.notify_all();
+    }
+    bool isBusy()
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_busy;
     }
     void waitUntilBusy()
     {
@@ -39,13 +50,22 @@ public:
     /// The camera moves a control by itself.
     std::function<void(int identifier, double value)> moves;
 
-    void note(const QString &text)
+    void pass(const QString &call, bool isSent)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            if (isSent || allCalls)
+                m_sent.append(call);
+        }
+        hang(call, isSent);
+    }
+    void hang(const QString &call, bool isSent = false)
     {
         std::unique_lock lock(m_mutex);
-        m_sent.append(text);
-        m_busy = true;
+        const auto isFree = [&] { return !m_heldUp || (m_heldUpIn.isNull() ? !isSent : call != m_heldUpIn); };
+        m_busy = !isFree();
         m_changed.notify_all();
-        m_changed.wait(lock, [this] { return !m_heldUp; });
+        m_changed.wait(lock, isFree);
         m_busy = false;
     }
 
@@ -53,6 +73,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     QStringList m_sent;
+    QString m_heldUpIn;
     bool m_heldUp = false;
     bool m_busy = false;
 };
@@ -80,22 +101,36 @@ public:
         return controls;
     }
     BWResolution resolution() const override { return m_device->resolution(); }
-    void setResolution(BWResolution wished) override { m_device->setResolution(wished); }
-    BWStartProblem startStreaming() override { return m_device->startStreaming(); }
-    void stopStreaming() override { m_device->stopStreaming(); }
+    void setResolution(BWResolution wished) override
+    {
+        m_notes->pass(QStringLiteral("size ") + wished.resolutionString(), false);
+        m_device->setResolution(wished);
+    }
+    BWStartProblem startStreaming() override
+    {
+        m_notes->pass(QStringLiteral("start"), false);
+        return m_device->startStreaming();
+    }
+    void stopStreaming() override
+    {
+        m_notes->pass(QStringLiteral("stop"), false);
+        m_device->stopStreaming();
+    }
     WaitResult waitFrame(std::chrono::milliseconds timeout, BWFrame &frame) override
     {
+        m_notes->hang(QStringLiteral("frame"));
         return m_device->waitFrame(timeout, frame);
     }
     void interrupt() override { m_device->interrupt(); }
+    bool expectsFrames() const override { return m_device->expectsFrames(); }
     double setControl(int identifier, double value) override
     {
-        m_notes->note(QStringLiteral("%1=%2").arg(identifier).arg(value));
+        m_notes->pass(QStringLiteral("%1=%2").arg(identifier).arg(value), true);
         return m_device->setControl(identifier, value);
     }
     void setVideoNorm(int norm) override
     {
-        m_notes->note(QStringLiteral("norm %1").arg(norm));
+        m_notes->pass(QStringLiteral("norm %1").arg(norm), true);
         m_device->setVideoNorm(norm);
     }
 
@@ -103,3 +138,11 @@ private:
     const std::unique_ptr<BWCaptureDevice> m_device;
     const std::shared_ptr<DeviceNotes> m_notes;
 };
+
+/// The same camera, with notes of what it is sent.
+inline BWDetectedCameraPtr noting(const BWDetectedCameraPtr &camera, const std::shared_ptr<DeviceNotes> &notes)
+{
+    return std::make_shared<BWDetectedCamera>(camera->cameraDescription(), camera->uniqueIdentifier(), [camera, notes] {
+        return std::make_unique<NotingDevice>(camera->open(), notes);
+    });
+}
