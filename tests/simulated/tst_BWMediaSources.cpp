@@ -4,10 +4,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImageWriter>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <sys/stat.h>
 
 using namespace MovieProbe;
 using namespace Qt::StringLiterals;
@@ -269,7 +271,17 @@ private Q_SLOTS:
         QVERIFY(write(file(u"empty.avi"_s), ""));
         QVERIFY(write(file(u"noise.mov"_s), QByteArray(5000, '\x42')));
         QVERIFY(write(file(u"broken.png"_s), "\x89PNG\r\n\x1a\nand no more"));
-        for (const QString &name : {u"missing.mov"_s, u"folder"_s, u"empty.avi"_s, u"noise.mov"_s, u"broken.png"_s}) {
+        QCOMPARE(mkfifo(qPrintable(file(u"pipe"_s)), 0600), 0); // nobody will ever write into it
+        QImageWriter writer(file(u"huge.jpg"_s));
+        writer.setProgressiveScanWrite(true);
+        QVERIFY(writer.write(striped({64, 48}, {Qt::red})));
+        QByteArray huge = read(file(u"huge.jpg"_s));
+        const qsizetype frame = huge.indexOf("\xff\xc2");
+        QVERIFY(frame > 0);
+        huge.replace(frame + 5, 4, QByteArray::fromHex("75309c40")); // 30,000 rows of 40,000 pixels
+        QVERIFY(write(file(u"huge.jpg"_s), huge));
+        for (const QString &name : {u"missing.mov"_s, u"folder"_s, u"empty.avi"_s, u"noise.mov"_s, u"broken.png"_s,
+                                    u"pipe"_s, u"huge.jpg"_s}) {
             QString error;
             QVERIFY(!makePictureSource(file(name), &error));
             QVERIFY2(error.contains(name), qPrintable(error));

@@ -59,6 +59,8 @@ std::unique_ptr<BWPictureSource> makePictureSource(const QString &path, QString 
     const QFileInfo info(path);
     if (!info.exists())
         reason = QStringLiteral("%1 does not exist").arg(path);
+    else if (!info.isFile() && !info.isDir()) // to read a pipe would mean to wait for whoever writes into it
+        reason = QStringLiteral("%1 is neither a regular file nor a folder").arg(path);
     else
         source = info.isDir() ? fromFolder(path, reason) : fromFile(path, reason);
     if (!source && error)

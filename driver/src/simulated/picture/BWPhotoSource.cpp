@@ -1,20 +1,48 @@
 #include "simulated/picture/BWPhotoSource.h"
 
+#include "media/BWJpegHeader.h"
 #include "media/BWMediaLogging.h"
 
 #include <libyuv.h>
+#include <QFile>
+#include <QFileInfo>
 #include <QImageReader>
 
 namespace {
 
 constexpr uint64_t picturesPerPhoto = 60;
 
+/// A JPEG image that is not baseline is decoded as a whole, in up to six bytes a pixel, however small it is to become.
+bool isTooLarge(QImageReader &reader)
+{
+    constexpr qint64 mostPixels = 64'000'000;
+    const QSize size = reader.size();
+    if (qint64(size.width()) * size.height() <= mostPixels || reader.format() != "jpeg")
+        return false;
+    constexpr qint64 headerBytes = 512 * 1024;
+    const QByteArray bytes = reader.device()->peek(headerBytes);
+    const BWJpegHeader header(reinterpret_cast<const uint8_t *>(bytes.constData()), std::size_t(bytes.size()));
+    return !header.isWhole() || !header.isBaseline();
+}
+
 /// The photo, turned upright, just large enough to fill the size; null, with the reason in `error`, on failure.
 QImage readToFill(const QString &file, QSize size, QString &error)
 {
-    QImageReader reader(file);
+    if (!QFileInfo(file).isFile()) {
+        error = QStringLiteral("it is no regular file");
+        return {};
+    }
+    QFile device(file);
+    device.open(QIODevice::ReadOnly);
+    QImageReader reader(&device);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
+    if (isTooLarge(reader)) {
+        error = QStringLiteral("%1x%2 pixels are too many for a progressive image")
+                    .arg(reader.size().width())
+                    .arg(reader.size().height());
+        return {};
+    }
     const bool lying = reader.transformation() & QImageIOHandler::TransformationRotate90;
     if (const QSize stored = reader.size(); stored.isValid()) {
         const QSize wanted = lying ? size.transposed() : size;
