@@ -44,7 +44,8 @@ using namespace Qt::StringLiterals;
 AppDelegate::AppDelegate(Options options)
     : m_options(std::move(options)),
       m_clock(m_options.clock ? *m_options.clock : BWClock::system()),
-      m_repository(BWRepository::singleton())
+      m_repository(BWRepository::singleton()),
+      m_quitting(quittingSteps(), m_clock)
 {
 }
 
@@ -113,7 +114,7 @@ void AppDelegate::prepareUI()
     BWConfigManager &config = m_repository.configManager();
     BWLocalizationManager &texts = m_repository.localizationManager();
 
-    m_window = std::make_unique<BWMainWindow>(m_renderer);
+    m_window = std::make_unique<BWMainWindow>(*m_renderer);
     m_window->localizeWithManager(texts);
     m_window->setShouldClose([this] {
         applicationShouldTerminate();
@@ -213,61 +214,41 @@ void AppDelegate::connectActions()
 
 void AppDelegate::prepareCamera(BWCamera &camera)
 {
-    camera.setOnCameraFrame(
-        [&renderer = m_renderer](BWCamera &, const BWFrame &frame) { renderer.prepareBuffer(frame); });
+    // A camera that hangs may outlive the windows.
+    camera.setOnCameraFrame([weak = std::weak_ptr(m_renderer)](BWCamera &, const BWFrame &frame) {
+        if (const auto renderer = weak.lock())
+            renderer->prepareBuffer(frame);
+    });
     m_capture->prepareCamera(camera);
 }
 
-void AppDelegate::applicationShouldTerminate()
+BWQuitting::Steps AppDelegate::quittingSteps()
 {
-    if (m_terminating) {
-        offerToQuitAtOnce();
-        return;
-    }
-    const bool isSaving = m_auxiliaryWindows && m_auxiliaryWindows->albums().isSaving();
-    if (!isSaving || BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage))
-        terminate();
-}
-
-void AppDelegate::terminate()
-{
-    if (std::exchange(m_terminating, true))
-        return;
-    const auto finish = [this] {
-        m_waitsForCopies = true;
-        m_repository.albumManager().whenAdded(m_options.quit);
+    return {
+        .isSaving = [this] { return m_auxiliaryWindows && m_auxiliaryWindows->albums().isSaving(); },
+        .mayStopSaving =
+            [this] {
+                return BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);
+            },
+        .stopCamera =
+            [this](std::function<void()> done) {
+                if (m_session)
+                    m_session->stopForQuit(std::move(done));
+                else
+                    done();
+            },
+        .completesMovie =
+            [this] {
+                const BWCameraPtr camera = currentCamera();
+                return camera && camera->recording();
+            },
+        .finishCaptures =
+            [this](std::function<void()> done) { m_repository.albumManager().whenAdded(std::move(done)); },
+        .mayLeaveCaptures =
+            [this] { return BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage); },
+        .leaveCaptures = [this] { m_repository.albumManager().abandonAdding(); },
+        .end = [this] { m_options.quit(); },
     };
-    if (!m_session) {
-        finish();
-        return;
-    }
-    // A camera that does not answer must not keep the program from ending; a long movie takes a while to be finished.
-    const BWCameraPtr camera = currentCamera();
-    const double patience = camera && camera->recording() ? 120 : 5; // seconds
-    const auto inTime = DispatchAfterStrict::dispatchForQueue(
-        this,
-        [finish] {
-            qCWarning(bwApp, "Quit: the camera did not stop in time");
-            finish();
-        },
-        patience);
-    m_session->stopForQuit([inTime, finish] {
-        inTime->cancel();
-        finish();
-    });
-}
-
-/// A capture may take long to be copied to a slow disk.
-void AppDelegate::offerToQuitAtOnce()
-{
-    if (!m_waitsForCopies || std::exchange(m_offersToQuit, true))
-        return;
-    const bool atOnce = BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage);
-    m_offersToQuit = false;
-    if (!atOnce)
-        return;
-    m_repository.albumManager().abandonAdding();
-    m_options.quit(); // the disk may never answer
 }
 
 bool AppDelegate::bringForward()
@@ -278,7 +259,7 @@ bool AppDelegate::bringForward()
         question->raise();
         question->activateWindow();
     }
-    return !m_terminating;
+    return !m_quitting.isUnderWay();
 }
 
 BWCameraPtr AppDelegate::currentCamera() const

@@ -8,6 +8,7 @@
 #include "Model/BWConfigManagerListener.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/LiveView/BWLiveRenderer.h"
+#include "Model/Session/BWQuitting.h"
 #include "Views/Utils/BWDialogFilePanels.h"
 
 #include <functional>
@@ -52,10 +53,10 @@ public:
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching();
-    /// Stops the camera, then quits. May be called again without harm.
-    void applicationShouldTerminate();
-    /// The same without a question, as when the session ends: what is being saved elsewhere is given up.
-    void terminate();
+    /// The user wants to quit.
+    void applicationShouldTerminate() { m_quitting.quit(); }
+    /// The same without a question, as when the session ends.
+    void terminate() { m_quitting.quitWithoutQuestion(); }
     /// Brings the window that waits for the user to the front; false if the program is about to end.
     bool bringForward();
 
@@ -64,7 +65,7 @@ public:
     QList<BWBlockedCamera> blockedCameras() const;
     /// The main window; null until the launch is finished.
     BWMainWindow *cameraWindow() const { return m_window.get(); }
-    BWLiveViewStatistics liveViewStatistics() const { return m_renderer.statistics(); }
+    BWLiveViewStatistics liveViewStatistics() const { return m_renderer->statistics(); }
     /// From the start of the process to the first live picture on the screen; -1 while there is none.
     double firstFrameMilliseconds() const { return m_firstFrameMilliseconds; }
 
@@ -77,7 +78,7 @@ private:
     void checkCameraAccess();
     void cameraAccessMissing(const QString &title, const QString &message);
     void doFinishApplicationLaunch();
-    void offerToQuitAtOnce();
+    BWQuitting::Steps quittingSteps();
     void prepareUI();
     void prepareCapture();
     void connectActions();
@@ -94,8 +95,7 @@ private:
     Options m_options;
     BWClock &m_clock;
     BWRepository &m_repository;
-    // The cameras draw into the renderer until they are gone, so it goes last.
-    BWLiveRenderer m_renderer;
+    std::shared_ptr<BWLiveRenderer> m_renderer = std::make_shared<BWLiveRenderer>();
     BWCameraManager m_cameraManager;
     std::unique_ptr<BWMainWindow> m_window;
     std::unique_ptr<BWStatusLine> m_statusLine;
@@ -117,8 +117,6 @@ private:
     std::shared_ptr<void> m_alive = std::make_shared<int>();
     BWAppTexts m_texts;
     double m_firstFrameMilliseconds = -1;
-    bool m_terminating = false;
-    bool m_waitsForCopies = false;
-    bool m_offersToQuit = false;
     bool m_toldNotStored = false;
+    BWQuitting m_quitting;
 };

@@ -105,18 +105,27 @@ void BWSessionWindows::updateStateLabel()
 void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current)
 {
     m_cameras = cameras;
+    m_auxiliary.settings().updateCameras(cameras, current);
+    m_window.menu().showCameras(cameraTitles(), static_cast<int>(cameras.indexOf(current)));
+    showProducts();
+}
+
+QStringList BWSessionWindows::cameraTitles() const
+{
     QStringList names;
-    for (const BWCameraPtr &camera : cameras) {
+    for (const BWCameraPtr &camera : m_cameras) {
         const BWCameraDescription &description = *camera->detectedCamera()->cameraDescription();
         BWLocalizationManager &texts = m_repository.localizationManager();
         names.append(description.hasOwnName
                          ? description.name
                          : texts.text(u"camera_type"_s, description.identifierForCameraType, description.name));
     }
-    m_auxiliary.settings().updateCameras(cameras, current);
-    m_titles = BWCameraTitles::unique(names);
-    m_window.menu().showCameras(m_titles, static_cast<int>(cameras.indexOf(current)));
-    showProducts();
+    return BWCameraTitles::unique(names);
+}
+
+QString BWSessionWindows::titleOf(const BWCameraPtr &camera) const
+{
+    return cameraTitles().value(m_cameras.indexOf(camera));
 }
 
 void BWSessionWindows::showProducts()
@@ -158,6 +167,7 @@ void BWSessionWindows::updateImageDisplay()
 
 void BWSessionWindows::bringMainWindowToFront()
 {
+    m_window.setWindowState(m_window.windowState() & ~Qt::WindowMinimized);
     m_window.show();
     m_window.raise();
     m_window.activateWindow();
@@ -180,28 +190,29 @@ void BWSessionWindows::askForProduct(const BWCameraPtr &camera, std::function<vo
     });
 }
 
-void BWSessionWindows::showCameraInUse(const BWStartProblem &problem, std::optional<BWResolution> smaller,
-                                       std::function<void(std::optional<BWResolution> size)> retry)
+void BWSessionWindows::showCameraInUse(const StartQuestion &question, std::function<void(StartAnswer)> answer)
 {
-    delete m_cameraInUse;
-    m_cameraInUse = new BWCameraInUseAlert(problem, smaller, m_repository.localizationManager(), &m_window);
-    connect(m_cameraInUse, &BWCameraInUseAlert::answered, this,
-            [this, smaller, retry = std::move(retry)](BWCameraInUseAlert::Answer answer) {
-                if (answer == BWCameraInUseAlert::Answer::Quit)
-                    terminate();
-                else
-                    retry(answer == BWCameraInUseAlert::Answer::UseSmaller ? smaller : std::nullopt);
-            });
+    endCameraInUse();
+    m_cameraInUse = new BWCameraInUseAlert(question, titleOf(question.other),
+                                           m_repository.localizationManager(), &m_window);
+    connect(m_cameraInUse, &BWCameraInUseAlert::answered, this, std::move(answer));
     m_cameraInUse->open();
 }
 
 void BWSessionWindows::endQuestions()
 {
     m_productSheet->end();
-    if (m_cameraInUse) {
-        m_cameraInUse->disconnect(this);
-        m_cameraInUse->close();
-    }
+    endCameraInUse();
+}
+
+void BWSessionWindows::endCameraInUse()
+{
+    if (!m_cameraInUse)
+        return;
+    m_cameraInUse->disconnect(this);
+    m_cameraInUse->hide();
+    m_cameraInUse->deleteLater(); // it may be just telling its answer
+    m_cameraInUse.clear();
 }
 
 void BWSessionWindows::showNoCameraWindow()

@@ -46,7 +46,7 @@ public:
     void settingsChanged();
     QString localizeProductName(const BWCameraProduct &product) const;
     /// As the menu lists the camera; null if it does not.
-    QString titleOf(const BWCameraPtr &camera) const { return m_titles.value(m_cameras.indexOf(camera)); }
+    QString titleOf(const BWCameraPtr &camera) const;
 
     void enableCameraMenus() override;
     void updateStateLabel() override;
@@ -58,8 +58,7 @@ public:
     void bringMainWindowToFront() override;
     void resetUIToInitial() override;
     void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) override;
-    void showCameraInUse(const BWStartProblem &problem, std::optional<BWResolution> smaller,
-                         std::function<void(std::optional<BWResolution> size)> retry) override;
+    void showCameraInUse(const StartQuestion &question, std::function<void(StartAnswer)> answer) override;
     void endQuestions() override;
     void showNoCameraWindow() override;
     void hideNoCameraWindow() override;
@@ -70,6 +69,9 @@ public:
 
 private:
     void showProducts();
+    void endCameraInUse();
+    /// As the menu and the settings list them.
+    QStringList cameraTitles() const;
 
     BWMainWindow &m_window;
     BWLiveViewController &m_liveView;
@@ -79,7 +81,6 @@ private:
     Actions m_actions;
     BWCameraSession *m_session = nullptr;
     QList<BWCameraPtr> m_cameras; // as the menu lists them
-    QStringList m_titles; // of these
     std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;
     std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
     std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;

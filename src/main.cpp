@@ -16,13 +16,16 @@
 #include "Model/BWRepository.h"
 #include "Model/BWSettingsFile.h"
 #include "Model/Session/BWCameraAuthorization.h"
+#include "Utils/BWLogging.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/BWMainWindow.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <optional>
@@ -31,6 +34,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QTextStream>
+#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -43,13 +47,26 @@ QStringList cameraTables()
     return {QFileInfo(BWSettingsFile::defaultPath()).path() + "/cameras.json"_L1, u":/cameras.json"_s};
 }
 
+/// After the event loop nothing is left but to take down: what matters to the user is on the disk. No disk, sound server
+/// or device that hangs in that keeps the process.
+void endSoon()
+{
+    constexpr std::chrono::seconds patience(10);
+    std::thread([patience] {
+        std::this_thread::sleep_for(patience);
+        qCWarning(bwApp, "Quit: something hangs; ended without it");
+        std::_Exit(0);
+    }).detach();
+    // Not quit(), which asks the windows again whether they may close.
+    QCoreApplication::exit(0);
+}
+
 AppDelegate::Options delegateOptions(const BWCommandLine &line)
 {
     AppDelegate::Options options;
     options.technician = line.technician;
     options.openUrl = [](const QUrl &url) { return QDesktopServices::openUrl(url); };
-    // Not quit(), which asks the windows again whether they may close.
-    options.quit = [] { QCoreApplication::exit(0); };
+    options.quit = &endSoon;
     if (line.simulated.isEmpty()) {
         options.authorization = std::make_unique<BWDeviceNodeAuthorization>(u"/dev"_s);
         options.backends.push_back(BWV4L2Backend::create(cameraTables()));
@@ -175,22 +192,8 @@ int runWithoutWindows(const BWCommandLine &line, int &argc, char **argv)
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+int runWithWindows(const BWCommandLine &line, int &argc, char **argv)
 {
-    openStandardStreams();
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i)
-        arguments.append(QString::fromLocal8Bit(argv[i]));
-    const BWCommandLine line = BWCommandLine::parse(arguments);
-    if (!line.error.isNull()) {
-        QTextStream(stderr) << "brimwellpro: " << line.error << '\n';
-        return 2;
-    }
-    if (line.help || line.version || line.listCameras || !line.importSettings.isNull())
-        return runWithoutWindows(line, argc, argv);
-
     outliveReaders();
     const BWRepository::Options options = repositoryOptions(line);
     std::optional<BWRunningProgram> running;
@@ -236,5 +239,27 @@ int main(int argc, char *argv[])
     const int result = QApplication::exec();
     BWStatisticsReport::print(delegate);
     BWUIUtils::setAlertPresenter(nullptr);
+    return result;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    openStandardStreams();
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    const BWCommandLine line = BWCommandLine::parse(arguments);
+    if (!line.error.isNull()) {
+        QTextStream(stderr) << "brimwellpro: " << line.error << '\n';
+        return 2;
+    }
+    if (line.help || line.version || line.listCameras || !line.importSettings.isNull())
+        return runWithoutWindows(line, argc, argv);
+    const int result = runWithWindows(line, argc, argv);
+    // A thread that was left behind may come back at any moment, and find half of what it shares taken down.
+    if (BWCamera::threadsLeftBehind() > 0)
+        std::_Exit(result);
     return result;
 }

@@ -14,7 +14,14 @@ BWCameraPtr BWCameraManager::addDetectedCamera(const BWDetectedCameraPtr &device
         camera = std::make_shared<BWEmpiaCamera>(device);
     else
         camera = std::make_shared<BWCamera>(device);
-    m_cameras.append(camera);
+    if (const QString &identifier = device->uniqueIdentifier(); !m_places.contains(identifier))
+        m_places.append(identifier);
+    const auto place = [this](const BWCameraPtr &each) {
+        return m_places.indexOf(each->detectedCamera()->uniqueIdentifier());
+    };
+    m_cameras.insert(std::upper_bound(m_cameras.cbegin(), m_cameras.cend(), camera,
+                                      [&place](const auto &a, const auto &b) { return place(a) < place(b); }),
+                     camera);
     return camera;
 }
 

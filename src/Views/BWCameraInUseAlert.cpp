@@ -4,6 +4,7 @@
 #include "Model/Session/BWStartProblemText.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
+#include <QMap>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -32,30 +33,28 @@ QString message(const BWStartProblem &problem, BWLocalizationManager &texts)
 
 } // namespace
 
-BWCameraInUseAlert::BWCameraInUseAlert(const BWStartProblem &problem, std::optional<BWResolution> smaller,
-                                       BWLocalizationManager &texts, QWidget *parent)
+BWCameraInUseAlert::BWCameraInUseAlert(const Question &question, const QString &other, BWLocalizationManager &texts,
+                                       QWidget *parent)
     : QMessageBox(parent)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setIcon(QMessageBox::Warning);
-    BWMessageBoxAlertPresenter::setTexts(*this, BWStartProblemText::title(texts), message(problem, texts));
-    QPushButton *ok = addButton(texts.text(u"general"_s, u"option_ok"_s, u"OK"_s), QMessageBox::AcceptRole);
-    QPushButton *useSmaller = nullptr;
-    if (smaller) {
-        const QString text = texts.text(u"camera_window"_s, u"use_resolution_button"_s, u"Use %1"_s);
-        useSmaller = addButton(text.arg(smaller->resolutionString()), QMessageBox::AcceptRole);
-    }
-    QPushButton *quit =
-        addButton(texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s), QMessageBox::DestructiveRole);
+    BWMessageBoxAlertPresenter::setTexts(*this, BWStartProblemText::title(texts), message(question.problem, texts));
+    QMap<const QAbstractButton *, Answer> answers;
+    const auto add = [this, &answers](const QString &text, ButtonRole role, Answer answer) {
+        QPushButton *button = addButton(text, role);
+        answers.insert(button, answer);
+        return button;
+    };
+    QPushButton *ok = add(texts.text(u"general"_s, u"option_ok"_s, u"OK"_s), AcceptRole, Answer::TryAgain);
     setDefaultButton(ok);
     setEscapeButton(ok);
-    connect(this, &QDialog::finished, this, [this, useSmaller, quit] {
-        const QAbstractButton *clicked = clickedButton();
-        if (clicked == quit)
-            Q_EMIT answered(Answer::Quit);
-        else if (clicked && clicked == useSmaller)
-            Q_EMIT answered(Answer::UseSmaller);
-        else
-            Q_EMIT answered(Answer::TryAgain);
-    });
+    const QString use = texts.text(u"camera_window"_s, u"use_resolution_button"_s, u"Use %1"_s);
+    if (question.smaller)
+        add(use.arg(question.smaller->resolutionString()), AcceptRole, Answer::UseSmaller);
+    if (!other.isNull())
+        setEscapeButton(add(use.arg(other), RejectRole, Answer::UseOther));
+    add(texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s), DestructiveRole, Answer::Quit);
+    connect(this, &QDialog::finished, this,
+            [this, answers] { Q_EMIT answered(answers.value(clickedButton(), Answer::TryAgain)); });
 }

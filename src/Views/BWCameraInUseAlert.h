@@ -1,9 +1,7 @@
 #pragma once
 
-#include "BWACUDriver/BWResolution.h"
-#include "BWACUDriver/BWStartProblem.h"
+#include "Model/Session/BWCameraSessionUi.h"
 
-#include <optional>
 #include <QMessageBox>
 
 class BWLocalizationManager;
@@ -13,15 +11,12 @@ class BWCameraInUseAlert : public QMessageBox {
     Q_OBJECT
 
 public:
-    enum class Answer {
-        TryAgain,
-        UseSmaller, ///< with the smaller resolution that was offered
-        Quit, ///< the only way out when another program will not let go of the camera
-    };
+    using Question = BWCameraSessionUi::StartQuestion;
+    using Answer = BWCameraSessionUi::StartAnswer;
 
-    /// `smaller` is offered as a way to get on, if there is one.
-    BWCameraInUseAlert(const BWStartProblem &problem, std::optional<BWResolution> smaller, BWLocalizationManager &texts,
-                       QWidget *parent);
+    /// `other` is the title of the other camera that the question offers; null if it offers none. If it does, Escape
+    /// leads there.
+    BWCameraInUseAlert(const Question &question, const QString &other, BWLocalizationManager &texts, QWidget *parent);
 
 Q_SIGNALS:
     void answered(BWCameraInUseAlert::Answer answer);

@@ -63,6 +63,6 @@ void BWNoCameraSheetWindowController::onTerminate()
 
 void BWNoCameraSheetWindowController::closeEvent(QCloseEvent *event)
 {
-    event->accept();
+    event->ignore(); // onTerminate() ends it, and it may be open again by now
     onTerminate();
 }

@@ -66,6 +66,6 @@ void BWNoCameraWindowController::onClose()
 
 void BWNoCameraWindowController::closeEvent(QCloseEvent *event)
 {
-    event->accept();
+    event->ignore(); // it stays until the program ends, which the user may call off
     onClose();
 }

@@ -1,124 +1,6 @@
-#include "BWACUDriver/BWCameraDetector.h"
-#include "BWACUDriver/BWSimulatedCameras.h"
-#include "Model/BWConfigManager.h"
-#include "Model/BWSettingsFile.h"
-#include "Model/Session/BWCameraSession.h"
-#include "Model/Session/BWCameraSessionUi.h"
+#include "SessionBench.h"
 
-#include <QTemporaryDir>
-#include <QTest>
-
-using namespace Qt::StringLiterals;
-using State = BWCameraSession::State;
-using Type = BWSimulatedCameraOptions::Type;
-
-namespace {
-
-/// Notes what it is asked, and answers when the test says so.
-class RecordingUi : public BWCameraSessionUi {
-public:
-    void enableCameraMenus() override { calls << u"enableCameraMenus"_s; }
-    void updateStateLabel() override { calls << u"updateStateLabel"_s; }
-    void updateCameraList(const QList<BWCameraPtr> &list, const BWCameraPtr &current) override
-    {
-        cameras = list;
-        listedCurrent = current;
-    }
-    void setStartedCamera(const BWCameraPtr &) override { calls << u"setStartedCamera"_s; }
-    void showResolutions(const QList<BWResolution> &list, BWResolution current) override
-    {
-        calls << u"showResolutions %1 %2"_s.arg(list.size()).arg(current.resolutionString());
-    }
-    void enableGrid(bool available) override { calls << (available ? u"enableGrid yes"_s : u"enableGrid no"_s); }
-    void updateImageDisplay() override { calls << u"updateImageDisplay"_s; }
-    void bringMainWindowToFront() override { calls << u"bringMainWindowToFront"_s; }
-    void resetUIToInitial() override { calls << u"resetUIToInitial"_s; }
-    void askForProduct(const BWCameraPtr &, std::function<void(const QString &)> answer) override
-    {
-        calls << u"askForProduct"_s;
-        productAnswer = std::move(answer);
-    }
-    void showCameraInUse(const BWStartProblem &why, std::optional<BWResolution> offered,
-                         std::function<void(std::optional<BWResolution>)> again) override
-    {
-        problem = why;
-        smaller = offered;
-        retry = std::move(again);
-    }
-    void endQuestions() override
-    {
-        productAnswer = {};
-        retry = {};
-    }
-    void showNoCameraWindow() override { calls << u"showNoCameraWindow"_s; }
-    void hideNoCameraWindow() override { }
-    void openNoCameraSheet(std::function<void()> end) override
-    {
-        calls << u"openNoCameraSheet"_s;
-        sheetTerminate = std::move(end);
-    }
-    void endNoCameraSheet() override { }
-    void hideAuxiliaryWindows() override { calls << u"hideAuxiliaryWindows"_s; }
-    void terminate() override { calls << u"terminate"_s; }
-
-    QStringList calls;
-    QList<BWCameraPtr> cameras;
-    BWCameraPtr listedCurrent;
-    std::function<void(const QString &)> productAnswer;
-    BWStartProblem problem;
-    std::optional<BWResolution> smaller;
-    std::function<void(std::optional<BWResolution>)> retry;
-    std::function<void()> sheetTerminate;
-};
-
-BWSimulatedCameraOptions cameraOf(Type type, bool pluggedIn = true)
-{
-    BWSimulatedCameraOptions options;
-    options.type = type;
-    options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
-    options.pluggedIn = pluggedIn;
-    return options;
-}
-
-/// The session on simulated cameras, with a clock moved by hand.
-struct Bench {
-    explicit Bench(const QList<BWSimulatedCameraOptions> &cameras)
-        : config(defaults, [this] {
-              const BWCameraPtr camera = session ? session->currentCamera() : nullptr;
-              return camera ? camera->identifierForProducts() : QString();
-          })
-    {
-        auto backend = BWSimulatedBackend::create(cameras, clock);
-        hands = backend->cameras();
-        std::vector<std::unique_ptr<BWCameraBackend>> backends;
-        backends.push_back(std::move(backend));
-        session = std::make_unique<BWCameraSession>(
-            manager, config, ui, [this](BWCamera &) { ++prepared; }, clock);
-        detector = std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(backends));
-        detector->setCameraFoundBlock([this](const BWDetectedCameraPtr &camera) { session->cameraFound(camera); });
-        detector->setCameraRemovedBlock([this](const BWDetectedCameraPtr &camera) { session->cameraRemoved(camera); });
-        detector->startCamerasDetection();
-        session->waitForCamera();
-    }
-
-    QString currentType() const
-    {
-        return session->currentCamera() ? session->currentCamera()->identifierForProducts() : QString();
-    }
-
-    QTemporaryDir folder;
-    BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
-    BWManualClock clock;
-    RecordingUi ui;
-    BWConfigManager config;
-    BWCameraManager manager;
-    std::unique_ptr<BWCameraSession> session;
-    std::unique_ptr<BWCameraDetector> detector;
-    QList<std::shared_ptr<BWSimulatedCamera>> hands;
-    int prepared = 0;
-};
-
-} // namespace
+using Answer = BWCameraSessionUi::StartAnswer;
 
 class TestCameraSession : public QObject {
     Q_OBJECT
@@ -129,17 +11,21 @@ private Q_SLOTS:
         QTest::addColumn<Type>("type");
         QTest::addColumn<QString>("resolutions");
         QTest::addColumn<bool>("grid");
-        QTest::newRow("high, with grid") << Type::High << u"showResolutions 3 640x480"_s << true;
-        QTest::newRow("ultra, without") << Type::Ultra << u"showResolutions 7 640x480"_s << false;
-        QTest::newRow("wireless, by way of the norm") << Type::Wireless << u"showResolutions 2 640x480"_s << true;
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("high, with grid") << Type::High << u"showResolutions 3 640x480"_s << true << u"start"_s;
+        QTest::newRow("ultra, without") << Type::Ultra << u"showResolutions 7 640x480"_s << false << u"start"_s;
+        QTest::newRow("wireless, by way of the norm")
+            << Type::Wireless << u"showResolutions 2 640x480"_s << true << u"norm 1 size 640x480 start"_s;
     }
     void bringsACameraUpInOrder()
     {
         QFETCH(Type, type);
         QFETCH(QString, resolutions);
         QFETCH(bool, grid);
+        QFETCH(QString, sent);
         Bench bench({cameraOf(type)});
         QTRY_COMPARE(bench.session->state(), State::Streaming);
+        QCOMPARE(bench.notes[0]->take(), sent);
         const QStringList expected{u"enableCameraMenus"_s,
                                    u"updateStateLabel"_s,
                                    u"setStartedCamera"_s,
@@ -203,8 +89,8 @@ private Q_SLOTS:
         bench.clock.advance(std::chrono::milliseconds(1500));
         QCOMPARE(bench.session->state(), State::NoCamera);
         QCOMPARE(bench.ui.calls.last(), u"openNoCameraSheet"_s); // a camera has been there before
-        bench.ui.sheetTerminate();
-        QCOMPARE(bench.ui.calls.last(), u"terminate"_s);
+        bench.ui.sheetTerminate(); // and thought better of it
+        QCOMPARE(bench.ui.calls.mid(bench.ui.calls.size() - 2), QStringList({u"terminate"_s, u"openNoCameraSheet"_s}));
         bench.hands[0]->plugIn();
         QTRY_COMPARE(bench.session->state(), State::Streaming);
     }
@@ -232,6 +118,16 @@ private Q_SLOTS:
         QTRY_COMPARE(bench.currentType(), u"wired_ultra"_s);
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         QCOMPARE(bench.ui.cameras.size(), 1);
+        // Those that come back take their old places.
+        for (const int index : {1, 0}) {
+            bench.hands[index]->plugIn();
+            QTRY_COMPARE(bench.ui.cameras.size(), 3 - index);
+        }
+        QStringList types;
+        for (const BWCameraPtr &camera : bench.ui.cameras)
+            types << camera->identifierForProducts();
+        QCOMPARE(types, QStringList({u"wired_high"_s, u"wireless"_s, u"wired_ultra"_s}));
+        QCOMPARE(bench.currentType(), u"wired_ultra"_s);
     }
 
     void theChosenCameraGoesAwayWhileSwitching()
@@ -253,22 +149,88 @@ private Q_SLOTS:
         Bench bench({cameraOf(Type::High)});
         const BWStartProblem held{BWStartProblem::Kind::InUse, u"guvcview"_s};
         bench.hands[0]->setStartProblem(held);
-        QTRY_VERIFY(bench.ui.retry);
+        QTRY_VERIFY(bench.ui.answer);
         QCOMPARE(bench.session->state(), State::Starting);
-        QCOMPARE(bench.ui.problem, held);
+        QCOMPARE(bench.ui.question.problem, held);
         QCOMPARE(bench.session->problem(), held); // as the status line tells
-        QVERIFY(!bench.ui.smaller); // which would not help
+        QVERIFY(!bench.ui.question.smaller && !bench.ui.question.other); // which would not help
         for (int i = 0; i < 3; ++i) {
-            const auto retry = std::exchange(bench.ui.retry, {});
-            retry({});
-            QTRY_VERIFY(bench.ui.retry);
+            std::exchange(bench.ui.answer, {})(Answer::TryAgain);
+            QTRY_VERIFY(bench.ui.answer);
         }
         bench.hands[0]->setStartProblem({});
-        const auto retry = bench.ui.retry;
-        retry({});
+        const auto answer = bench.ui.answer;
+        answer(Answer::TryAgain);
         QTRY_COMPARE(bench.session->state(), State::Streaming);
-        retry({}); // an old answer
+        answer(Answer::TryAgain); // an old answer
         QCOMPARE(bench.session->state(), State::Streaming);
+    }
+
+    void aBusyCameraIsLeftForAnother()
+    {
+        Bench bench({cameraOf(Type::High), cameraOf(Type::Wireless), cameraOf(Type::Ultra, false)});
+        bench.hands[0]->setInUse(true);
+        bench.hands[1]->setInUse(true);
+        QTRY_VERIFY(bench.ui.answer && bench.ui.question.other); // there when the first one fails, or coming then
+        QCOMPARE(bench.ui.question.other, bench.manager.cameras().at(1));
+        bench.hands[1]->unplug();
+        QTRY_VERIFY(!bench.ui.question.other);
+        bench.hands[1]->plugIn();
+        QTRY_VERIFY(bench.ui.question.other);
+        bench.hands[2]->plugIn();
+        QTRY_COMPARE(bench.manager.cameras().size(), 3);
+        for (const QString &type : {u"wireless"_s, u"wired_ultra"_s}) { // the second is busy, too
+            QTRY_VERIFY(bench.ui.answer);
+            std::exchange(bench.ui.answer, {})(Answer::UseOther);
+            QTRY_COMPARE(bench.currentType(), type);
+        }
+        QTRY_COMPARE(bench.session->state(), State::Streaming);
+        bench.session->changeCurrentCamera(bench.manager.cameras().at(0));
+        QTRY_VERIFY(bench.ui.answer);
+        bench.session->changeCurrentCamera(bench.manager.cameras().at(2)); // in the settings, which it does not block
+        QVERIFY(!bench.ui.answer);
+        QTRY_COMPARE(bench.session->state(), State::Streaming);
+    }
+
+    void aCameraThatHangsInItsStart()
+    {
+        Bench bench({cameraOf(Type::High), cameraOf(Type::Wireless)});
+        bench.notes[0]->holdUp(u"start"_s);
+        QTRY_VERIFY(bench.notes[0]->isBusy());
+        QTRY_COMPARE(bench.manager.cameras().size(), 2);
+        QVERIFY(!bench.ui.answer);
+        bench.clock.advance(std::chrono::seconds(10));
+        QVERIFY(bench.ui.answer);
+        QCOMPARE(bench.session->problem().kind, BWStartProblem::Kind::Failed);
+        bench.notes[0]->letGo(); // it was only very slow
+        QTRY_COMPARE(bench.session->state(), State::Streaming);
+        QVERIFY(!bench.ui.answer && bench.session->problem().isNone());
+
+        bench.notes[0]->holdUp(u"stop"_s); // and now it does not let go
+        bench.session->changeCurrentCamera(bench.manager.cameras().at(1));
+        bench.clock.advance(std::chrono::milliseconds(4999));
+        QCOMPARE(bench.session->state(), State::Switching);
+        bench.clock.advance(std::chrono::milliseconds(1));
+        QTRY_COMPARE(bench.session->state(), State::Streaming);
+        QCOMPARE(bench.currentType(), u"wireless"_s);
+        bench.notes[0]->letGo(); // its late end disturbs nobody
+        bench.hands[0]->unplug();
+        QTRY_COMPARE(bench.manager.cameras().size(), 1);
+        QCOMPARE(bench.session->state(), State::Streaming);
+    }
+
+    void quitAndCancelLeavesTheQuestionStanding()
+    {
+        Bench bench({cameraOf(Type::High)});
+        bench.hands[0]->setInUse(true);
+        QTRY_VERIFY(bench.ui.answer);
+        std::exchange(bench.ui.answer, {})(Answer::Quit);
+        QCOMPARE(bench.ui.calls.last(), u"terminate"_s);
+        QVERIFY(bench.ui.answer); // asked again
+        bench.ui.quit = [&] { bench.session->stopForQuit([] {}); };
+        std::exchange(bench.ui.answer, {})(Answer::Quit);
+        QVERIFY(!bench.ui.answer);
+        QCOMPARE(bench.session->state(), State::Quitting);
     }
 
     void tooLittleBandwidth()
@@ -281,9 +243,9 @@ private Q_SLOTS:
         QTRY_VERIFY(!bench.session->currentCamera());
         bench.hands[0]->plugIn();
         for (const BWResolution offered : {BWResolution(1280, 1024), BWResolution(640, 480)}) {
-            QTRY_VERIFY(bench.ui.retry);
-            QCOMPARE(bench.ui.smaller, std::optional(offered));
-            std::exchange(bench.ui.retry, {})(offered);
+            QTRY_VERIFY(bench.ui.answer);
+            QCOMPARE(bench.ui.question.smaller, std::optional(offered));
+            std::exchange(bench.ui.answer, {})(Answer::UseSmaller);
         }
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         QCOMPARE(bench.session->currentProduct()->currentResolution(), BWResolution(640, 480));
@@ -306,12 +268,12 @@ private Q_SLOTS:
         bench.hands[0]->setStartProblem({BWStartProblem::Kind::Gone});
         bench.hands[0]->plugIn();
         QTRY_COMPARE((bench.clock.advance(std::chrono::seconds(1)), starts()), 2);
-        QVERIFY(!bench.ui.retry); // nobody is asked
+        QVERIFY(!bench.ui.answer); // nobody is asked
         bench.hands[0]->unplug();
         QTRY_COMPARE(bench.session->state(), State::Waiting);
         bench.hands[0]->plugIn();
         // It is not taken away this time: somebody has to know in the end.
-        QTRY_VERIFY((bench.clock.advance(std::chrono::seconds(1)), bench.ui.retry));
+        QTRY_VERIFY((bench.clock.advance(std::chrono::seconds(1)), bench.ui.answer));
         QCOMPARE(starts(), 6);
     }
 
@@ -319,16 +281,16 @@ private Q_SLOTS:
     {
         Bench bench({cameraOf(Type::High)});
         bench.hands[0]->setInUse(true);
-        QTRY_VERIFY(bench.ui.retry);
-        const auto retry = bench.ui.retry;
+        QTRY_VERIFY(bench.ui.answer);
+        const auto answer = bench.ui.answer;
         bench.hands[0]->unplug();
         QTRY_COMPARE(bench.session->state(), State::Waiting);
-        QVERIFY(!bench.ui.retry);
-        retry({});
+        QVERIFY(!bench.ui.answer);
+        answer(Answer::TryAgain);
         QCOMPARE(bench.session->state(), State::Waiting);
     }
 
-    void resolutionAndQuit()
+    void anotherResolution()
     {
         Bench bench({cameraOf(Type::High)});
         QTRY_COMPARE(bench.session->state(), State::Streaming);
@@ -336,16 +298,6 @@ private Q_SLOTS:
         bench.session->changeResolution({1600, 1200});
         QTRY_COMPARE_WITH_TIMEOUT(bench.ui.calls, QStringList{u"updateImageDisplay"_s}, 20000); // slow under sanitizers
         QCOMPARE(bench.session->currentCamera()->defaultResolution(), BWResolution(1600, 1200));
-
-        int quit = 0;
-        bench.session->stopForQuit([&] { ++quit; });
-        QCOMPARE(quit, 0); // waits for the camera
-        QTRY_COMPARE(quit, 1);
-        QVERIFY(!bench.session->currentCamera()->started());
-        bench.hands[0]->unplug();
-        bench.hands[0]->plugIn();
-        QTest::qWait(1); // whatever was posted is taken up
-        QCOMPARE(bench.session->state(), State::Quitting);
     }
 };
 

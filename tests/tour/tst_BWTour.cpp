@@ -165,15 +165,19 @@ private Q_SLOTS:
         QTest::newRow("no-bandwidth") << BWStartProblem{Kind::NoBandwidth};
         QTest::newRow("no-permission") << BWStartProblem{Kind::NoPermission};
         QTest::newRow("failed") << BWStartProblem{Kind::Failed};
+        QTest::newRow("in-use-other") << BWStartProblem{Kind::InUse};
     }
     void startProblems()
     {
         QFETCH(BWStartProblem, problem);
-        std::optional<BWResolution> smaller;
+        BWCameraSessionUi::StartQuestion question{problem, {}, {}};
         if (problem.kind == BWStartProblem::Kind::NoBandwidth)
-            smaller = BWResolution(640, 480);
-        auto *alert =
-            new BWCameraInUseAlert(problem, smaller, BWRepository::singleton().localizationManager(), m_window);
+            question.smaller = BWResolution(640, 480);
+        BWLocalizationManager &texts = BWRepository::singleton().localizationManager();
+        QString other;
+        if (QLatin1String(QTest::currentDataTag()) == "in-use-other"_L1)
+            other = texts.text(u"camera_type"_s, u"ultra_resolution_microscope"_s, {}) + u" (2)"_s;
+        auto *alert = new BWCameraInUseAlert(question, other, texts, m_window);
         alert->open();
         see(alert, name(u"problem"_s));
         alert->close();

@@ -3,8 +3,10 @@
 #include "BWACUDriver/BWCamera.h"
 
 #include <QList>
+#include <QStringList>
 
-/// The list of opened cameras, in the order in which they were added. Main thread only.
+/// The list of opened cameras, in the order in which they were first added: one that comes back takes its old place.
+/// Main thread only.
 class BWCameraManager {
 public:
     /// Opens a session object for the device (a BWEmpiaCamera for a bridge-chip camera) and adds it to cameras().
@@ -17,4 +19,5 @@ public:
 
 private:
     QList<BWCameraPtr> m_cameras;
+    QStringList m_places; ///< identifiers of all cameras that were ever added
 };

@@ -2,10 +2,10 @@
 
 #include "Model/BWCameraProduct.h"
 #include "Model/BWConfigManager.h"
-#include "Model/Session/BWCameraSessionUi.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 
+#include <QThreadPool>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -58,6 +58,12 @@ bool mayFollow(BWCameraSession::State from, BWCameraSession::State to)
     return false;
 }
 
+/// Lets go of a camera where nobody minds waiting for its thread.
+void takeDown(BWCameraPtr &&camera)
+{
+    QThreadPool::globalInstance()->start([held = std::move(camera)]() mutable { held.reset(); });
+}
+
 /// The largest of the camera's sizes that is smaller than the one it failed to start with.
 std::optional<BWResolution> smallerResolution(const BWCamera &camera)
 {
@@ -102,6 +108,17 @@ BWCamera::Completion BWCameraSession::then(std::function<void()> work)
     };
 }
 
+void BWCameraSession::later(double seconds, std::function<void()> work)
+{
+    DispatchAfterStrict::dispatchForQueue(
+        this,
+        [this, token = m_token, work = std::move(work)] {
+            if (token == m_token)
+                work();
+        },
+        seconds, m_clock);
+}
+
 std::shared_ptr<BWCameraProduct> BWCameraSession::currentProduct() const
 {
     return m_currentCamera ? m_config.currentProductForCameraIdentifier(m_currentCamera->identifierForProducts())
@@ -132,6 +149,8 @@ void BWCameraSession::cameraFound(const BWDetectedCameraPtr &device)
     m_ui.endNoCameraSheet();
     if (m_currentCamera) {
         updateCameraList();
+        if (m_question && m_question->other != otherCamera())
+            askAboutStart();
         return;
     }
     m_currentCamera = camera;
@@ -145,8 +164,16 @@ void BWCameraSession::cameraRemoved(const BWDetectedCameraPtr &device)
     const bool isCurrent = m_currentCamera && m_currentCamera->detectedCamera() == device;
     if (isCurrent && (m_state == State::Starting || m_state == State::Streaming))
         stopCurrentCamera(State::Stopping);
+    BWCameraPtr removed;
+    for (const BWCameraPtr &camera : m_manager.cameras()) {
+        if (camera->detectedCamera() == device)
+            removed = camera;
+    }
     m_manager.removeDetectedCamera(device);
     updateCameraList();
+    if (m_question && removed && m_question->other == removed)
+        askAboutStart();
+    takeDown(std::move(removed));
 }
 
 void BWCameraSession::changeCurrentCamera(const BWCameraPtr &camera)
@@ -167,15 +194,29 @@ void BWCameraSession::stopCurrentCamera(State state)
 {
     setState(state);
     m_problem = {};
-    m_ui.endQuestions();
+    endQuestions();
     ++m_token;
     // Ends a running recording first. Not stopRecording(), which would make the window wait for a long movie.
     m_currentCamera->stopWithCompletion(then([this] { continueAfterStop(); }));
+    giveUpStopLater(std::exchange(m_startHangs, false) ? 0 : stopPatience);
+}
+
+void BWCameraSession::giveUpStopLater(double seconds)
+{
+    later(seconds, [this] {
+        if (m_currentCamera->recording()) {
+            giveUpStopLater(stopPatience);
+            return;
+        }
+        qCWarning(bwApp).noquote() << m_currentCamera->detectedCamera()->description() << "does not stop; it is left";
+        continueAfterStop();
+    });
 }
 
 void BWCameraSession::continueAfterStop()
 {
-    m_currentCamera.reset();
+    ++m_token;
+    takeDown(std::exchange(m_currentCamera, {}));
     m_ui.resetUIToInitial();
     const QList<BWCameraPtr> &cameras = m_manager.cameras();
     const BWCameraPtr wanted = std::exchange(m_nextCamera, {});
@@ -205,7 +246,17 @@ void BWCameraSession::doStart()
 
     const auto product = currentProduct();
     const BWResolution wished = product ? product->currentResolution() : m_currentCamera->defaultResolution();
+    endQuestions();
+    m_startHangs = false;
     ++m_token;
+    later(startPatience, [this] {
+        if (m_state != State::Starting || m_question)
+            return;
+        qCWarning(bwApp).noquote() << m_currentCamera->detectedCamera()->description() << "does not start";
+        m_startHangs = true;
+        setProblem({BWStartProblem::Kind::Failed});
+        askAboutStart();
+    });
     m_currentCamera->setResolution(wished, then([this] {
                                        auto *bridge = dynamic_cast<BWEmpiaCamera *>(m_currentCamera.get());
                                        if (!bridge) {
@@ -222,6 +273,11 @@ void BWCameraSession::doStart()
 void BWCameraSession::startCamera()
 {
     const auto succeeded = then([this] {
+        m_startHangs = false;
+        if (m_question) { // which took so long that it was taken for failed
+            endQuestions();
+            setProblem({});
+        }
         setState(State::Streaming);
         m_ui.setStartedCamera(m_currentCamera);
         setupCurrentCamera();
@@ -232,31 +288,75 @@ void BWCameraSession::startCamera()
 
 void BWCameraSession::startFailed(const BWStartProblem &problem)
 {
-    const auto stillStarting = [this, token = m_token] { return token == m_token && m_state == State::Starting; };
+    m_startHangs = false;
     constexpr int mostQuietRetries = 3;
     if (problem.kind == BWStartProblem::Kind::Gone && m_quietRetries < mostQuietRetries) {
         // Its removal is about to be reported. Nobody can do anything about it.
         ++m_quietRetries;
-        DispatchAfterStrict::dispatchForQueue(
-            this,
-            [this, stillStarting] {
-                if (stillStarting())
-                    doStart();
-            },
-            goneDelay, m_clock);
+        later(goneDelay, [this] { doStart(); });
         return;
     }
     setProblem(problem);
+    askAboutStart();
+}
+
+void BWCameraSession::askAboutStart()
+{
     std::optional<BWResolution> smaller;
-    if (problem.kind == BWStartProblem::Kind::NoBandwidth)
+    if (m_problem.kind == BWStartProblem::Kind::NoBandwidth)
         smaller = smallerResolution(*m_currentCamera);
-    m_ui.showCameraInUse(problem, smaller, [this, stillStarting](std::optional<BWResolution> size) {
-        if (!stillStarting())
-            return;
-        if (const auto product = currentProduct(); product && size)
-            product->setCurrentResolution(*size);
-        doStart();
+    m_question = {m_problem, smaller, otherCamera()};
+    m_ui.showCameraInUse(*m_question, [this, token = m_token](BWCameraSessionUi::StartAnswer answer) {
+        if (token == m_token && m_question)
+            answerAboutStart(answer);
     });
+}
+
+void BWCameraSession::answerAboutStart(BWCameraSessionUi::StartAnswer answer)
+{
+    using Answer = BWCameraSessionUi::StartAnswer;
+    const BWCameraSessionUi::StartQuestion question = *m_question;
+    switch (answer) {
+    case Answer::UseSmaller:
+        if (const auto product = currentProduct(); product && question.smaller)
+            product->setCurrentResolution(*question.smaller);
+        break;
+    case Answer::UseOther:
+        if (question.other) {
+            changeCurrentCamera(question.other);
+            return;
+        }
+        break;
+    case Answer::Quit:
+        requestQuit([this] { askAboutStart(); });
+        return;
+    case Answer::TryAgain:
+        break;
+    }
+    doStart();
+}
+
+/// The one after it, so that with several that are busy the user comes to each of them.
+BWCameraPtr BWCameraSession::otherCamera() const
+{
+    const QList<BWCameraPtr> &cameras = m_manager.cameras();
+    const BWCameraPtr next =
+        cameras.value((cameras.indexOf(m_currentCamera) + 1) % std::max<qsizetype>(cameras.size(), 1));
+    return next == m_currentCamera ? nullptr : next;
+}
+
+void BWCameraSession::endQuestions()
+{
+    m_question.reset();
+    m_ui.endQuestions();
+}
+
+void BWCameraSession::requestQuit(const std::function<void()> &askAgain)
+{
+    const int token = m_token;
+    m_ui.terminate();
+    if (token == m_token)
+        askAgain();
 }
 
 void BWCameraSession::watchStream(BWCamera &camera)
@@ -325,12 +425,15 @@ void BWCameraSession::stopForQuit(std::function<void()> done)
     cancelNoCamera();
     if (m_state != State::Quitting)
         setState(State::Quitting);
-    m_ui.endQuestions();
+    endQuestions();
     ++m_token;
-    if (!m_currentCamera || !m_currentCamera->started()) {
+    if (!m_currentCamera) {
         done();
         return;
     }
+    // Its movie becomes whole even if the camera hangs, and cannot end it.
+    if (m_currentCamera->recording())
+        QThreadPool::globalInstance()->start([camera = m_currentCamera] { camera->stopRecording(); });
     m_currentCamera->stopWithCompletion(then(std::move(done)));
 }
 
@@ -340,9 +443,14 @@ void BWCameraSession::setToNoCamera()
     m_ui.hideAuxiliaryWindows();
     m_ui.updateStateLabel();
     if (m_firstCameraInstalled)
-        m_ui.openNoCameraSheet([this] { m_ui.terminate(); });
+        openNoCameraSheet();
     else
         m_ui.showNoCameraWindow();
+}
+
+void BWCameraSession::openNoCameraSheet()
+{
+    m_ui.openNoCameraSheet([this] { requestQuit([this] { openNoCameraSheet(); }); });
 }
 
 void BWCameraSession::scheduleNoCamera()

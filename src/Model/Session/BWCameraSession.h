@@ -2,13 +2,13 @@
 
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
+#include "Model/Session/BWCameraSessionUi.h"
 
 #include <functional>
 #include <memory>
 #include <QObject>
 
 class BWCameraProduct;
-class BWCameraSessionUi;
 class BWConfigManager;
 
 /// Decides which camera runs and brings it up in the right order: resolution, video norm, stream, product.
@@ -33,6 +33,10 @@ public:
     static constexpr double noCameraDelay = 1.5; // seconds
     /// A camera that is gone although nobody has told so is tried again after that time.
     static constexpr double goneDelay = 1; // seconds
+    /// A start that takes longer counts as failed, until it succeeds.
+    static constexpr double startPatience = 10; // seconds
+    /// A camera that has not stopped by then is left alone, unless its movie is still being completed.
+    static constexpr double stopPatience = 5; // seconds
 
     /// `prepareCamera` is called once for each found camera, to install its callbacks.
     BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWCameraSessionUi &ui,
@@ -62,7 +66,8 @@ public:
     /// The running camera gets its product's resolution, or the nearest that it has, unless a recording would end by it.
     void useProductResolution();
 
-    /// Stops the running camera, then calls `done`; at once if there is nothing to stop.
+    /// Stops the camera, also one that is being started, then calls `done`; at once without a camera. Never calls it
+    /// if the camera hangs.
     void stopForQuit(std::function<void()> done);
 
 private:
@@ -72,13 +77,23 @@ private:
     void doStart();
     void startCamera();
     void startFailed(const BWStartProblem &problem);
+    void askAboutStart();
+    void answerAboutStart(BWCameraSessionUi::StartAnswer answer);
+    BWCameraPtr otherCamera() const;
+    void endQuestions();
+    /// The user may think better of it: then the question stands again.
+    void requestQuit(const std::function<void()> &askAgain);
     void setupCurrentCamera();
     void showResolutions();
     void watchStream(BWCamera &camera);
     void setProblem(const BWStartProblem &problem);
     void requestProductFirstTime();
     void stopCurrentCamera(State state);
+    void giveUpStopLater(double seconds);
     void continueAfterStop();
+    void openNoCameraSheet();
+    /// Runs the work after that time, unless by then something else was begun.
+    void later(double seconds, std::function<void()> work);
     void setToNoCamera();
     void scheduleNoCamera();
     void cancelNoCamera();
@@ -94,8 +109,10 @@ private:
     BWCameraPtr m_nextCamera; // the one to switch to
     DispatchAfterStrict::Handle m_noCameraSource;
     bool m_firstCameraInstalled = false;
+    bool m_startHangs = false;
     int m_quietRetries = 0; // of this start, of which nobody was told
     BWStartProblem m_problem;
+    std::optional<BWCameraSessionUi::StartQuestion> m_question; // while it is open
     int m_token = 0; // counts the starts and stops; answers that carry an old one are stale
     std::shared_ptr<void> m_alive = std::make_shared<int>();
 };

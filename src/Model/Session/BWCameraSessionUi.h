@@ -30,10 +30,15 @@ public:
 
     /// Asks which product the camera is; `chosen` gets the product's identifier, or null to be asked again later.
     virtual void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) = 0;
-    /// Tells that the camera cannot be started and why; `retry` tries again, with the size that it is given from now
-    /// on. `smaller` is a size with which it may work.
-    virtual void showCameraInUse(const BWStartProblem &problem, std::optional<BWResolution> smaller,
-                                 std::function<void(std::optional<BWResolution> size)> retry) = 0;
+    /// A camera that cannot be started: why, and what may lead on.
+    struct StartQuestion {
+        BWStartProblem problem;
+        std::optional<BWResolution> smaller; ///< a size with which it may work
+        BWCameraPtr other; ///< a camera to be used in its place; null if there is none
+    };
+    enum class StartAnswer { TryAgain, UseSmaller, UseOther, Quit };
+    /// Takes the place of the same question about what has changed since.
+    virtual void showCameraInUse(const StartQuestion &question, std::function<void(StartAnswer)> answer) = 0;
     /// Takes back askForProduct() and showCameraInUse().
     virtual void endQuestions() = 0;
 

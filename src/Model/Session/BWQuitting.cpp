@@ -1,0 +1,147 @@
+#include "Model/Session/BWQuitting.h"
+
+#include "Utils/BWLogging.h"
+
+#include <utility>
+
+namespace {
+
+constexpr double movieInterval = 1; // seconds
+
+const char *nameOf(BWQuitting::State state)
+{
+    using State = BWQuitting::State;
+    switch (state) {
+    case State::Running:
+        return "called off";
+    case State::Asking:
+        return "asking whether to stop saving";
+    case State::StoppingCamera:
+        return "stopping the camera";
+    case State::FinishingCaptures:
+        return "waiting for captures on their way into the album";
+    case State::Ended:
+        return "end";
+    }
+    return "?";
+}
+
+} // namespace
+
+BWQuitting::BWQuitting(Steps steps, BWClock &clock) : m_steps(std::move(steps)), m_clock(clock) { }
+
+void BWQuitting::quit()
+{
+    switch (m_state) {
+    case State::Running:
+        if (m_steps.isSaving()) {
+            setState(State::Asking);
+            const bool may = m_steps.mayStopSaving();
+            if (m_state != State::Asking)
+                return; // the session has ended while the question was open
+            if (!may) {
+                setState(State::Running);
+                return;
+            }
+        }
+        stopCamera();
+        return;
+    case State::StoppingCamera:
+        if (m_steps.completesMovie())
+            offerToLeaveCaptures();
+        return;
+    case State::FinishingCaptures:
+        offerToLeaveCaptures();
+        return;
+    case State::Asking:
+    case State::Ended:
+        return;
+    }
+}
+
+void BWQuitting::quitWithoutQuestion()
+{
+    if (m_state == State::Running || m_state == State::Asking)
+        stopCamera();
+}
+
+void BWQuitting::setState(State state)
+{
+    qCInfo(bwApp, "Quit: %s", nameOf(state));
+    m_state = state;
+}
+
+void BWQuitting::stopCamera()
+{
+    setState(State::StoppingCamera);
+    m_stopsSince = m_clock.now();
+    waitForCamera(cameraPatience);
+    m_steps.stopCamera([self = QPointer(this)] {
+        if (self)
+            self->finishCaptures();
+    });
+}
+
+void BWQuitting::waitForCamera(double seconds)
+{
+    DispatchAfterStrict::dispatchForQueue(
+        this,
+        [this] {
+            if (m_state != State::StoppingCamera)
+                return;
+            const std::chrono::duration<double> waited = m_clock.now() - m_stopsSince;
+            if (m_steps.completesMovie() && waited.count() < moviePatience) {
+                waitForCamera(movieInterval);
+                return;
+            }
+            qCWarning(bwApp, "Quit: the camera did not stop in time");
+            finishCaptures();
+        },
+        seconds, m_clock);
+}
+
+void BWQuitting::finishCaptures()
+{
+    if (m_state != State::StoppingCamera)
+        return;
+    setState(State::FinishingCaptures);
+    DispatchAfterStrict::dispatchForQueue(
+        this,
+        [this] {
+            if (m_state != State::FinishingCaptures)
+                return;
+            qCWarning(bwApp, "Quit: the album's disk takes too long; the next start takes the captures in");
+            leaveCaptures();
+        },
+        capturePatience, m_clock);
+    m_steps.finishCaptures([self = QPointer(this)] {
+        if (self)
+            self->end();
+    });
+}
+
+void BWQuitting::offerToLeaveCaptures()
+{
+    if (std::exchange(m_offers, true))
+        return;
+    const bool may = m_steps.mayLeaveCaptures();
+    m_offers = false;
+    if (may)
+        leaveCaptures();
+}
+
+void BWQuitting::leaveCaptures()
+{
+    if (m_state == State::Ended)
+        return;
+    m_steps.leaveCaptures();
+    end();
+}
+
+void BWQuitting::end()
+{
+    if (m_state == State::Ended)
+        return;
+    setState(State::Ended);
+    m_steps.end();
+}
