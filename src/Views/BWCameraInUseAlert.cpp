@@ -53,7 +53,7 @@ BWCameraInUseAlert::BWCameraInUseAlert(const Question &question, const QString &
     if (question.smaller)
         add(use.arg(question.smaller->resolutionString()), AcceptRole, Answer::UseSmaller);
     if (!other.isNull())
-        setEscapeButton(add(use.arg(other), RejectRole, Answer::UseOther));
+        setEscapeButton(add(use.arg(other), AcceptRole, Answer::UseOther));
     add(texts.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s), DestructiveRole, Answer::Quit);
     connect(this, &QDialog::finished, this,
             [this, answers] { Q_EMIT answered(answers.value(clickedButton(), Answer::TryAgain)); });

@@ -2,7 +2,7 @@
 """What becomes of the camera window when cameras come, go, are pressed and are held by others: the real program, used
 through its window and the window of simulated cameras.
 
-usage: test_camera_window.py PROGRAM LATE_CAMERA
+usage: test_camera_window.py PROGRAM LATE_CAMERA HANGING_DISK
 """
 
 import json
@@ -19,7 +19,7 @@ from desktop import Desktop, wait_until  # noqa: E402
 from live_image import LiveImage, colours  # noqa: E402
 from program import Program  # noqa: E402
 
-PROGRAM = LATE_CAMERA = None
+PROGRAM = LATE_CAMERA = HANGING_DISK = None
 CAMERA = "High Resolution Microscope 1"
 
 
@@ -248,6 +248,39 @@ class CameraWindow(unittest.TestCase):
         self.wait_for_picture()
         self.quit()
 
+    def test_camera_hangs(self):
+        photo = self.desktop.folder / "hanging" / "photo.jpg"
+        photo.parent.mkdir()
+        photo.write_bytes(b"")
+        cameras = ("--simulate", f"high={photo}", "--simulate", "wireless")
+        preloaded = {"LD_PRELOAD": HANGING_DISK}
+        self.desktop.environment.update(preloaded)
+        self.start(*cameras)
+        time.sleep(1)
+        self.quit()  # though its start never comes back
+        self.start(*cameras)
+        self.program.click("push button", "Use Wireless Microscope")
+        self.confirm_product()
+        self.wait_for_picture()
+        os.kill(self.program.pid, signal.SIGTERM)
+        self.assertEqual(self.program.wait_for_end(), 0)
+
+    def test_minimised(self):
+        self.start_with_picture()
+
+        def windows(*which):
+            return self.desktop.output(["xdotool", "search", *which, "--name", "^BrimwellPro$"]).split()
+
+        window = windows("--onlyvisible")[0].decode()
+        self.desktop.input("windowminimize", window)
+        wait_until("it is minimised", lambda: not windows("--onlyvisible"))
+        self.hand("Unplug")
+        wait_until("the camera is gone", lambda: "Camera session: waiting" in self.program.log)
+        self.hand("Plug In")
+        wait_until("the camera brings it up", lambda: windows("--onlyvisible"))
+        self.wait_for_picture()
+        self.quit()
+
     def test_too_little_bandwidth(self):
         self.start_with_picture()
         self.let_start("too little bandwidth")
@@ -350,8 +383,9 @@ class CameraWindow(unittest.TestCase):
         self.hand("Unplug")  # the first
         wait_until("one is left", lambda: self.cameras() == [name])
         self.hand("Plug In")
-        wait_until("it is the second now", lambda: self.cameras() == [name, second])
-        self.choose_camera(second)
+        wait_until("it has its old place again", lambda: self.cameras() == [name, second])
+        self.assertEqual(self.program.wait_for("combo box", "Camera").name, second)
+        self.choose_camera(name)
         wait_until("that one streams", lambda: self.program.log.count("Camera session: streaming") == 3)
         self.hand("Unplug")  # of two cameras, the one in use
         wait_until("the other takes over", lambda: self.program.log.count("Camera session: streaming") == 4)
@@ -379,5 +413,5 @@ class CameraWindow(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    PROGRAM, LATE_CAMERA = sys.argv.pop(1), sys.argv.pop(1)
+    PROGRAM, LATE_CAMERA, HANGING_DISK = sys.argv.pop(1), sys.argv.pop(1), sys.argv.pop(1)
     unittest.main(verbosity=2)

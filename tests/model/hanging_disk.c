@@ -3,6 +3,8 @@
 #define _GNU_SOURCE
 #include <dirent.h>
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <stdarg.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,4 +31,14 @@ DIR *opendir(const char *path)
 {
     ask(path);
     return ((DIR * (*)(const char *))dlsym(RTLD_NEXT, "opendir"))(path);
+}
+
+int open64(const char *path, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    const unsigned mode = flags & O_CREAT ? va_arg(rest, unsigned) : 0;
+    va_end(rest);
+    ask(path);
+    return ((int (*)(const char *, int, ...))dlsym(RTLD_NEXT, "open64"))(path, flags, mode);
 }
