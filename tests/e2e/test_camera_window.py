@@ -265,6 +265,43 @@ class CameraWindow(unittest.TestCase):
         os.kill(self.program.pid, signal.SIGTERM)
         self.assertEqual(self.program.wait_for_end(), 0)
 
+    def test_quit_called_off(self):
+        folder = self.desktop.folder / "hanging"
+        folder.mkdir()
+        self.desktop.environment["LD_PRELOAD"] = HANGING_DISK
+        self.start_with_picture()
+        self.program.click("push button", "Snapshot")
+        wait_until("there is a snapshot", lambda: self.captures("*.jpg"))
+        self.program.click("push button", "Albums")
+        self.program.click("table cell", self.captures("*.jpg")[0].stem + ", image")
+        self.program.wait_for("label", "Selected: 1 of 1")
+        self.program.click("push button", "Save the selection as...")
+        panel = self.program.wait_for("dialog", "Saving image as JPG file")
+        wait_until("the panel has the keyboard", lambda: panel.has_state("active"))
+        self.desktop.input("type", str(folder / "copy.jpg"))
+        self.desktop.key("Return")  # which never ends
+
+        def quit_with(answer):
+            self.program.click("push button", "Quit")
+            self.program.wait_for("label", "Quit and stop saving?")
+            self.program.click("push button", answer)
+
+        def asks(text):
+            self.program.wait_for("label", text)
+            self.assertIsNone(self.program.find("label", "Quit and stop saving?"))
+
+        self.let_start("a program")
+        self.hand("Unplug")
+        self.hand("Plug In")
+        quit_with("Cancel")
+        asks("Cannot access camera at this time")
+        self.hand("Unplug")
+        self.program.wait_for("label", "The camera was unplugged")
+        quit_with("Cancel")
+        asks("The camera was unplugged")
+        quit_with("OK")
+        self.assertEqual(self.program.wait_for_end(), 0)  # though it still saves
+
     def test_minimised(self):
         self.start_with_picture()
 
