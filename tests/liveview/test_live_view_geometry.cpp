@@ -74,38 +74,29 @@ private Q_SLOTS:
         QCOMPARE(state.currentFlip(), BWFlip::None);
     }
 
-    void constrainedBounds_data()
+    void placeInTheViewport_data()
     {
-        QTest::addColumn<QRectF>("proposed");
-        QTest::addColumn<QRectF>("document");
-        QTest::addColumn<QRectF>("expected");
-        const QRectF large(0, 0, 2592, 1944);
-        QTest::newRow("smaller") << QRectF(33, 7, 977, 550) << QRectF(0, 0, 640, 480) << QRectF(-168.5, -35, 977, 550);
-        QTest::newRow("larger") << QRectF(100, 50, 977, 550) << large << QRectF(100, 50, 977, 550);
-        QTest::newRow("larger, too far") << QRectF(2000, 1900, 977, 550) << large << QRectF(1615, 1394, 977, 550);
-        QTest::newRow("larger, before") << QRectF(-5, -99, 977, 550) << large << QRectF(0, 0, 977, 550);
-        QTest::newRow("one way only") << QRectF(0, 20, 977, 550) << QRectF(0, 0, 800, 600)
-                                      << QRectF(-88.5, 20, 977, 550);
+        QTest::addColumn<QSize>("image");
+        QTest::addColumn<QPoint>("scroll");
+        QTest::addColumn<QPointF>("origin");
+        QTest::addColumn<QSize>("range");
+        // The middle of the scroll area is at (488.5, 266) of the viewport: the picture's lies 42 points below it.
+        QTest::newRow("smaller") << QSize(640, 480) << QPoint(0, 0) << QPointF(168.5, 308 - 240) << QSize(0, 0);
+        QTest::newRow("smaller, which cannot scroll")
+            << QSize(640, 480) << QPoint(33, 7) << QPointF(168.5, 68) << QSize(0, 0);
+        QTest::newRow("larger") << QSize(2592, 1944) << QPoint(100, 50) << QPointF(-100, -50) << QSize(1615, 1328);
+        QTest::newRow("larger, too far") << QSize(2592, 1944) << QPoint(2000, 1900) << QPointF(-1615, -1328)
+                                         << QSize(1615, 1328);
+        QTest::newRow("larger one way only") << QSize(800, 700) << QPoint(0, 20) << QPointF(88.5, -20) << QSize(0, 84);
     }
-    void constrainedBounds()
+    void placeInTheViewport()
     {
-        QFETCH(QRectF, proposed);
-        QFETCH(QRectF, document);
-        QTEST(BWLiveViewGeometry::constrainBoundsRect(proposed, document), "expected");
-    }
-
-    void viewport()
-    {
-        // The picture lies 42 points below the middle of the scroll area: in the middle of what the bar leaves.
-        const BWLiveViewGeometry small(QSize(640, 480), BWLiveViewState());
-        const QSize below(977, 700 - BWLiveViewGeometry::barHeight);
-        QCOMPARE(small.imageOrigin(below, {}), QPointF(168.5, 68));
-        QCOMPARE(small.scrollRange(below), QSize(0, 0));
-
-        const BWLiveViewGeometry large(QSize(2592, 1944), BWLiveViewState());
-        QCOMPARE(large.scrollRange(QSize(977, 466)), QSize(1615, 1478));
-        QCOMPARE(large.imageOrigin(QSize(977, 466), {}), QPointF(0, 0));
-        QCOMPARE(large.imageOrigin(QSize(977, 466), {1615, 1478}), QPointF(-1615, -1478));
+        QFETCH(QSize, image);
+        QFETCH(QPoint, scroll);
+        const BWLiveViewGeometry geometry(image, BWLiveViewState());
+        const QSize viewport(977, 700 - BWLiveViewGeometry::barHeight);
+        QTEST(geometry.imageOrigin(viewport, scroll), "origin");
+        QTEST(geometry.scrollRange(viewport), "range");
     }
 
     void theMiddleStays()
