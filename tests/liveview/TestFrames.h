@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <memory>
+#include <QByteArrayList>
 #include <QColor>
 #include <QSize>
-#include <vector>
 
 /// Frames with known colours, made with the formulas of ITU-R BT.601 and BT.709 in floating point.
 namespace TestFrames {
@@ -33,85 +34,59 @@ inline Yuv toYuv(const QColor &color, BWColorMatrix matrix, BWColorRange range)
 /// A frame whose pixel at (x, y) has the colour `color(x, y)`, the same for each 2x2 block.
 inline BWFrame make(BWPixelFormat format, QSize size, const std::function<QColor(int, int)> &color,
                     BWColorMatrix matrix = BWColorMatrix::BT601, BWColorRange range = BWColorRange::Limited,
-                    uint64_t sequence = 0)
+                    std::chrono::microseconds time = {})
 {
-    const int width = size.width();
-    const int height = size.height();
-    const int padding = 6; // rows longer than the picture, as drivers have them
-    auto bytes = std::make_shared<std::vector<uint8_t>>();
-    BWFrameInfo info{format, width, height, {}, matrix, range, {}, sequence};
-
-    std::array<int, 3> strides{};
-    std::array<int, 3> rows{};
-    switch (format) {
-    case BWPixelFormat::YUYV:
-    case BWPixelFormat::UYVY:
-        strides[0] = width * 2 + padding;
-        break;
-    case BWPixelFormat::RGB24:
-    case BWPixelFormat::BGR24:
-        strides[0] = width * 3 + padding;
-        break;
-    case BWPixelFormat::NV12:
-        strides = {width + padding, width + padding, 0};
-        rows[1] = height / 2;
-        break;
-    case BWPixelFormat::YU12:
-        strides = {width + padding, width / 2 + padding, width / 2 + padding};
-        rows[1] = rows[2] = height / 2;
-        break;
-    default:
-        strides[0] = width + padding;
-    }
-    rows[0] = height;
-    std::array<std::size_t, 4> offsets{};
-    for (std::size_t i = 0; i < 3; ++i)
-        offsets[i + 1] = offsets[i] + static_cast<std::size_t>(strides[i] * rows[i]);
-    bytes->resize(offsets[3]);
-    const auto at = [&](std::size_t plane, int x, int y) -> uint8_t & {
-        return (*bytes)[offsets[plane] + static_cast<std::size_t>(y * strides[plane] + x)];
+    // What the bytes of two neighbouring pixels are, plane by plane; planes after the first have every other row.
+    static const std::map<BWPixelFormat, QByteArrayList> layouts{
+        {BWPixelFormat::YUYV, {"YUYV"}},         {BWPixelFormat::UYVY, {"UYVY"}},
+        {BWPixelFormat::NV12, {"YY", "UV"}},     {BWPixelFormat::GREY, {"YY"}},
+        {BWPixelFormat::YU12, {"YY", "U", "V"}}, {BWPixelFormat::RGB24, {"RGBRGB"}},
+        {BWPixelFormat::BGR24, {"BGRBGR"}},
     };
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            const QColor rgb = color(x, y);
-            const Yuv yuv = toYuv(rgb, matrix, range);
-            switch (format) {
-            case BWPixelFormat::YUYV:
-                at(0, x * 2, y) = yuv.y;
-                at(0, x * 2 + 1, y) = x % 2 == 0 ? yuv.u : yuv.v;
-                break;
-            case BWPixelFormat::UYVY:
-                at(0, x * 2 + 1, y) = yuv.y;
-                at(0, x * 2, y) = x % 2 == 0 ? yuv.u : yuv.v;
-                break;
-            case BWPixelFormat::NV12:
-                at(0, x, y) = yuv.y;
-                at(1, x, y / 2) = x % 2 == 0 ? yuv.u : yuv.v;
-                break;
-            case BWPixelFormat::YU12:
-                at(0, x, y) = yuv.y;
-                at(1, x / 2, y / 2) = yuv.u;
-                at(2, x / 2, y / 2) = yuv.v;
-                break;
-            case BWPixelFormat::RGB24:
-                at(0, x * 3, y) = static_cast<uint8_t>(rgb.red());
-                at(0, x * 3 + 1, y) = static_cast<uint8_t>(rgb.green());
-                at(0, x * 3 + 2, y) = static_cast<uint8_t>(rgb.blue());
-                break;
-            case BWPixelFormat::BGR24:
-                at(0, x * 3, y) = static_cast<uint8_t>(rgb.blue());
-                at(0, x * 3 + 1, y) = static_cast<uint8_t>(rgb.green());
-                at(0, x * 3 + 2, y) = static_cast<uint8_t>(rgb.red());
-                break;
-            default:
-                at(0, x, y) = yuv.y;
-            }
+    const auto component = [&](char which, int x, int y) {
+        const QColor rgb = color(std::min(x, size.width() - 1), y);
+        const Yuv yuv = toYuv(rgb, matrix, range);
+        switch (which) {
+        case 'Y':
+            return char(yuv.y);
+        case 'U':
+            return char(yuv.u);
+        case 'V':
+            return char(yuv.v);
+        default:
+            return char(which == 'R' ? rgb.red() : which == 'G' ? rgb.green() : rgb.blue());
         }
+    };
+    const QByteArrayList &layout = layouts.at(format);
+    auto buffers = std::make_shared<std::array<QByteArray, 3>>();
+    BWFrameInfo info{format, size.width(), size.height(), {}, matrix, range, {}, 0};
+    info.timestamp = std::chrono::steady_clock::time_point(time);
+    for (qsizetype plane = 0; plane < layout.size(); ++plane) {
+        const QByteArray &bytes = layout[plane];
+        QByteArray &buffer = (*buffers)[std::size_t(plane)];
+        qsizetype stride = 0;
+        for (int y = 0; y < size.height(); y += plane == 0 ? 1 : 2) {
+            const qsizetype begin = buffer.size();
+            for (int pair = 0; pair < size.width(); pair += 2) {
+                for (qsizetype i = 0; i < bytes.size(); ++i)
+                    buffer += component(bytes[i], pair + int(bytes.first(i).count(bytes[i])), y);
+            }
+            buffer += QByteArray(6, '\xee'); // rows longer than the picture, as drivers have them
+            stride = buffer.size() - begin;
+        }
+        info.planes[std::size_t(plane)] = {reinterpret_cast<const uint8_t *>(buffer.constData()),
+                                           std::size_t(buffer.size()), int(stride)};
     }
-    for (std::size_t i = 0; i < 3; ++i)
-        if (rows[i] > 0)
-            info.planes[i] = {bytes->data() + offsets[i], offsets[i + 1] - offsets[i], strides[i]};
-    return {info, [bytes] {}};
+    return {info, [buffers] {}};
+}
+
+/// The left half of it has the one colour and the right half the other.
+inline BWFrame twoColours(BWPixelFormat format, QSize size, QColor left, QColor right,
+                          BWColorMatrix matrix = BWColorMatrix::BT601, BWColorRange range = BWColorRange::Limited,
+                          std::chrono::microseconds time = {})
+{
+    return make(
+        format, size, [&](int x, int) { return x < size.width() / 2 ? left : right; }, matrix, range, time);
 }
 
 } // namespace TestFrames

@@ -3,7 +3,6 @@
 #include "BWACUDriver/BWFrame.h"
 
 #include <QByteArray>
-#include <QColor>
 
 /// What the media tests share: frames and JPEG images made without the code under test.
 namespace MediaFixture {
@@ -16,9 +15,5 @@ QByteArray huffmanTablesOf(const QByteArray &jpeg);
 QByteArray withoutHuffmanTables(const QByteArray &jpeg);
 
 BWFrame jpegFrame(const QByteArray &jpeg, int width, int height, std::chrono::microseconds time);
-
-/// A frame whose left half has the one colour and whose right half the other.
-BWFrame twoColourFrame(BWPixelFormat format, int width, int height, QColor left, QColor right, BWColorMatrix matrix,
-                       BWColorRange range, std::chrono::microseconds time = {});
 
 } // namespace MediaFixture

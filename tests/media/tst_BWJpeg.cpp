@@ -1,5 +1,6 @@
 #include "media/BWJpeg.h"
 #include "MediaFixture.h"
+#include "TestFrames.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -31,7 +32,7 @@ QByteArray torn(QByteArray jpeg)
 
 BWFrame redAndBlue(BWPixelFormat format)
 {
-    return twoColourFrame(format, 64, 48, Qt::red, Qt::blue, BWColorMatrix::BT601, BWColorRange::Limited);
+    return TestFrames::twoColours(format, {64, 48}, Qt::red, Qt::blue);
 }
 
 int distance(QColor a, QColor b)
@@ -133,7 +134,7 @@ private Q_SLOTS:
         QFETCH(BWPixelFormat, format);
         constexpr int tolerance = 5; // of 8-bit YUV and quality 95
         const auto check = [format](BWColorMatrix matrix, BWColorRange range, QSize size, QColor left, QColor right) {
-            const BWFrame frame = twoColourFrame(format, size.width(), size.height(), left, right, matrix, range);
+            const BWFrame frame = TestFrames::twoColours(format, size, left, right, matrix, range);
             const QImage image = QImage::fromData(BWJpeg::encode(frame, 95), "JPEG");
             QCOMPARE(image.size(), size);
             const auto expected = [&](QColor c) {

@@ -3,6 +3,7 @@
 #include "MediaFixture.h"
 #include "MovieProbe.h"
 #include "SmallDisk.h"
+#include "TestFrames.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -34,8 +35,8 @@ BWFrame pictureAt(std::chrono::microseconds time, const QByteArray &jpeg)
 
 BWFrame rawAt(std::chrono::microseconds time, QColor right)
 {
-    return twoColourFrame(BWPixelFormat::YUYV, width, height, Qt::red, right, BWColorMatrix::BT709,
-                          BWColorRange::Limited, time);
+    return TestFrames::twoColours(BWPixelFormat::YUYV, {width, height}, Qt::red, right, BWColorMatrix::BT709,
+                                  BWColorRange::Limited, time);
 }
 
 } // namespace
