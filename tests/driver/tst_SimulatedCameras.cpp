@@ -4,6 +4,7 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Type = BWSimulatedCameraOptions::Type;
 
@@ -84,6 +85,18 @@ private Q_SLOTS:
         QCOMPARE(analog.mode({720, 480}, BWPixelFormat::MJPEG, 1).framesPerSecond, 25.0); // PAL
         QCOMPARE(analog.mode({720, 480}, {}, 0).framesPerSecond, 30000 / 1001.0);
         QVERIFY(analog.mode({640, 480}, BWPixelFormat::MJPEG, 0).format == BWPixelFormat::YUYV);
+    }
+
+    void resolutionsAreParsedFromWholeTexts()
+    {
+        for (const QString &text : {u"640x480"_s, u"00640x0480"_s})
+            QCOMPARE(BWResolution::fromResolutionString(text), BWResolution(640, 480));
+        const BWResolution largest(32768, 32768);
+        QCOMPARE(BWResolution::fromResolutionString(largest.resolutionString()), largest);
+        for (const QString &text :
+             {u""_s, u"640"_s, u"640x"_s, u"x480"_s, u"640X480"_s, u"640x480x2"_s, u"640x480\n"_s, u"+640x480"_s,
+              u"0x480"_s, u"32769x1"_s, u"99999999999x1"_s, u"6.4x4"_s, u"\u0661\u0662x480"_s})
+            QVERIFY2(!BWResolution::fromResolutionString(text), qPrintable(text));
     }
 };
 
