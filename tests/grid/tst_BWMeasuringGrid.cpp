@@ -164,10 +164,10 @@ void TestBWMeasuringGrid::followsTheScreensScale_data()
     // 100 x 80 points with lines at 30 and 70, 20 and 60 (from below), in the middle of 120 x 100 points; mirrored.
     QTest::newRow("1") << 1.0 << QList<QRect>{{79, 10, 1, 80}, {39, 10, 1, 80}, {10, 69, 100, 1}, {10, 29, 100, 1}};
     QTest::newRow("1.5") << 1.5
-                         << QList<QRect>{{119, 15, 1, 120}, {59, 15, 1, 120}, {15, 104, 150, 1}, {15, 44, 150, 1}};
-    QTest::newRow("2") << 2.0 << QList<QRect>{{159, 20, 1, 160}, {79, 20, 1, 160}, {20, 139, 200, 1}, {20, 59, 200, 1}};
+                         << QList<QRect>{{119, 15, 2, 120}, {59, 15, 2, 120}, {15, 104, 150, 2}, {15, 44, 150, 2}};
+    QTest::newRow("2") << 2.0 << QList<QRect>{{159, 20, 2, 160}, {79, 20, 2, 160}, {20, 139, 200, 2}, {20, 59, 200, 2}};
     QTest::newRow("8") << 8.0
-                       << QList<QRect>{{638, 80, 2, 640}, {318, 80, 2, 640}, {80, 558, 800, 2}, {80, 238, 800, 2}};
+                       << QList<QRect>{{635, 80, 8, 640}, {315, 80, 8, 640}, {80, 555, 800, 8}, {80, 235, 800, 8}};
 }
 
 void TestBWMeasuringGrid::followsTheScreensScale()

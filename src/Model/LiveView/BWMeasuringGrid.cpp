@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <QtMath>
 
 namespace {
 
@@ -47,7 +48,7 @@ QList<QRect> BWMeasuringGrid::pixels(const BWRenderRequest &request) const
         return rects;
     const BWOrientation orientation(request.rotation, request.flip);
     const QSize upright = orientation.turned(request.imageSize);
-    const int width = std::max(1, qRound(lineWidth * request.devicePixelRatio));
+    const int width = qCeil(request.devicePixelRatio); // thinner than a point, lines get lost on sharp screens
     const auto add = [&](const QRect &line) {
         const QRect seen = orientation.toTurned(line, upright) & request.visible;
         if (!seen.isEmpty())

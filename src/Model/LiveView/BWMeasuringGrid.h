@@ -23,7 +23,7 @@ public:
     /// Lower edges of the level lines, all of them within the image.
     const QList<double> &horizontal() const { return m_horizontal; }
 
-    /// What the lines cover of the viewport, in device pixels: whole pixels and at least one, turned and mirrored like
+    /// What the lines cover of the viewport, in device pixels: whole pixels and at least a point, turned and mirrored like
     /// the image, and nothing outside of the part of it that is to be seen. A line on the edge of the image takes the
     /// image's last pixels.
     QList<QRect> pixels(const BWRenderRequest &request) const;
