@@ -189,6 +189,7 @@ void BWControlBar::showRecording(bool recording)
     m_recordButton->setAccessibleName(text);
     m_recordButton->setToolTip(BWUIUtils::withShortcut(text, u"Ctrl+Shift+S"_s));
     m_recordLabel->setText(text);
+    Q_EMIT recordingShown(recording);
 }
 
 /// Nothing moves when a recording begins or ends.

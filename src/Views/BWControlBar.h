@@ -30,6 +30,7 @@ public:
     /// Selects an angle or a mirroring without telling so.
     void showRotation(int degrees);
     void showFlip(int index);
+    /// Also told by recordingShown().
     void showRecording(bool recording);
     /// Whether the button of the measuring grid is there, and pressed.
     void setGridAvailable(bool available);
@@ -45,6 +46,7 @@ Q_SIGNALS:
     void gridTriggered();
     void snapshotTriggered();
     void recordTriggered();
+    void recordingShown(bool recording);
     void settingsTriggered();
     void albumsTriggered();
 

@@ -10,6 +10,16 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A name is no place for an access key.
+QString titled(QString name)
+{
+    return name.replace(u'&', u"&&"_s);
+}
+
+} // namespace
+
 BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
 {
     QMenuBar *bar = window.menuBar();
@@ -103,7 +113,9 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
 
     m_cameraMenu->setTitle(manager.text(u"main_menu"_s, u"camera_menu"_s, u"&Camera"_s));
     set(snapshot, manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s));
-    set(record, manager.text(u"main_menu"_s, u"record_menu_item"_s, u"&Record video"_s));
+    m_recordText = manager.text(u"main_menu"_s, u"record_menu_item"_s, u"&Record video"_s);
+    m_stopText = manager.text(u"main_menu"_s, u"stop_recording_menu_item"_s, u"Stop &recording"_s);
+    showRecording(m_recording);
     m_productMenu->setTitle(manager.text(u"main_menu"_s, u"product_menu"_s, u"&Product"_s));
 
     m_viewMenu->setTitle(manager.text(u"main_menu"_s, u"view_menu"_s, u"&View"_s));
@@ -117,17 +129,17 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
 
     // The item and the menu that it opens are two texts, as translators may want them to differ; the menu is shown.
-    manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"Panels"_s);
-    m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"Panels"_s));
-    set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"Camera window"_s));
-    set(albumManagerMenuItem, manager.text(u"main_menu"_s, u"album_manager_menu_item"_s, u"Album manager"_s));
-    set(settingsMenuItem, manager.text(u"main_menu"_s, u"settings_menu_item"_s, u"Settings"_s));
+    manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"&Panels"_s);
+    m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"&Panels"_s));
+    set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"&Camera window"_s));
+    set(albumManagerMenuItem, manager.text(u"main_menu"_s, u"album_manager_menu_item"_s, u"&Album manager"_s));
+    set(settingsMenuItem, manager.text(u"main_menu"_s, u"settings_menu_item"_s, u"&Settings"_s));
     set(advancedSettingsMenuItem,
-        manager.text(u"main_menu"_s, u"advanced_settings_menu_item"_s, u"Advanced settings"_s));
+        manager.text(u"main_menu"_s, u"advanced_settings_menu_item"_s, u"A&dvanced settings"_s));
     set(nextWindow, manager.text(u"main_menu"_s, u"next_window_menu_item"_s, u"&Next window"_s));
-    manager.text(u"main_menu"_s, u"help_menu_item"_s, u"Help"_s);
-    m_helpMenu->setTitle(manager.text(u"main_menu"_s, u"help_menu"_s, u"Help"_s));
-    set(simpleHelpMenuItem, manager.text(u"main_menu"_s, u"simple_help_menu_item"_s, u"BrimwellPro help"_s));
+    manager.text(u"main_menu"_s, u"help_menu_item"_s, u"&Help"_s);
+    m_helpMenu->setTitle(manager.text(u"main_menu"_s, u"help_menu"_s, u"&Help"_s));
+    set(simpleHelpMenuItem, manager.text(u"main_menu"_s, u"simple_help_menu_item"_s, u"BrimwellPro &help"_s));
     set(aboutMenuItem, manager.text(u"main_menu"_s, u"about_menu_item"_s, u"&About BrimwellPro"_s));
 
     m_toolsMenu->setTitle(manager.text(u"main_menu"_s, u"tools_menu"_s, u"&Tools"_s));
@@ -140,7 +152,7 @@ void BWMainMenu::showCameras(const QList<QString> &names, int current)
     const QList<QAction *> old = m_cameras->actions();
     qDeleteAll(old);
     for (int i = 0; i < names.size(); ++i) {
-        auto *action = new QAction(names[i], m_cameras);
+        auto *action = new QAction(titled(names[i]), m_cameras);
         action->setData(i);
         action->setCheckable(true);
         action->setChecked(i == current);
@@ -155,7 +167,7 @@ void BWMainMenu::showProducts(const QList<BWCameraProductPtr> &products, const Q
     const QList<QAction *> old = m_products->actions();
     qDeleteAll(old);
     for (int i = 0; i < products.size(); ++i) {
-        auto *action = new QAction(names[i], m_products);
+        auto *action = new QAction(titled(names[i]), m_products);
         action->setData(products[i]->identifier());
         action->setCheckable(true);
         action->setChecked(products[i]->identifier() == current);
@@ -174,6 +186,12 @@ void BWMainMenu::setCameraActionsEnabled(bool enabled)
     for (QAction *action :
          {snapshot, record, zoomIn, zoomOut, actualSize, rotate, flipHorizontally, flipVertically, grid})
         action->setEnabled(enabled);
+}
+
+void BWMainMenu::showRecording(bool recording)
+{
+    m_recording = recording;
+    record->setText(recording ? m_stopText : m_recordText);
 }
 
 void BWMainMenu::setGridAvailable(bool available)

@@ -39,6 +39,8 @@ public:
     void enablePanels();
     /// Enables the items that act on a streaming camera.
     void setCameraActionsEnabled(bool enabled);
+    /// Whether the item that records would end a recording.
+    void showRecording(bool recording);
     /// Whether the item of the measuring grid is there, and checked.
     void setGridAvailable(bool available);
     void showGrid(bool on);
@@ -89,4 +91,7 @@ private:
     QAction *m_cameraListEnd;
     QActionGroup *m_cameras;
     QActionGroup *m_products;
+    QString m_recordText;
+    QString m_stopText;
+    bool m_recording = false;
 };

@@ -33,6 +33,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     m_statusPill->raise();
     setTabOrder(m_controlBar, m_clipView);
     m_clipView->setFocus();
+    connect(m_controlBar, &BWControlBar::recordingShown, m_menu, &BWMainMenu::showRecording);
     connect(m_menu->fullScreen, &QAction::toggled, this, &BWMainWindow::setFullScreen);
 }
 

@@ -5,7 +5,9 @@
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWSettingsFile.h"
 #include "Views/BWCenteringClipView.h"
+#include "Views/BWControlBar.h"
 #include "Views/BWMainMenu.h"
+#include "Views/BWMainWindow.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
@@ -316,6 +318,50 @@ private Q_SLOTS:
         QList<QAction *> repeating = window.findChildren<QAction *>();
         repeating.removeIf([](const QAction *action) { return action->shortcut().isEmpty() || !action->autoRepeat(); });
         QCOMPARE(repeating, QList<QAction *>({menu.zoomIn, menu.zoomOut}));
+    }
+
+    void everyMenuItemHasAnAccessKeyOfItsOwn()
+    {
+        for (const QString &language : {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s}) {
+            BWLocalizationManager texts(QStringLiteral(BW_RESOURCES "/localization.json"), {language});
+            QMainWindow window;
+            BWMainMenu menu(window);
+            menu.localizeWithManager(texts);
+            QList<QList<QAction *>> menus{window.menuBar()->actions()};
+            for (const QAction *action : window.menuBar()->actions())
+                menus << action->menu()->actions();
+            for (const bool recording : {false, true}) {
+                menu.showRecording(recording);
+                for (const QList<QAction *> &actions : std::as_const(menus)) {
+                    QStringList keys;
+                    for (const QAction *action : actions) {
+                        if (action->isSeparator())
+                            continue;
+                        const QString key = QKeySequence::mnemonic(action->text()).toString();
+                        QVERIFY2(!key.isEmpty() && !keys.contains(key), qPrintable(language + u' ' + action->text()));
+                        keys << key;
+                    }
+                }
+            }
+        }
+    }
+
+    void theRecordItemTellsWhatItWouldDo()
+    {
+        BWLiveRenderer renderer;
+        BWMainWindow window(renderer);
+        window.localizeWithManager(m_texts);
+        const QString before = window.menu().record->text();
+        window.controlBar().showRecording(true);
+        QCOMPARE(window.menu().record->text(), u"Stop &recording"_s);
+        window.localizeWithManager(m_texts);
+        QCOMPARE(window.menu().record->text(), u"Stop &recording"_s);
+        window.controlBar().showRecording(false);
+        QCOMPARE(window.menu().record->text(), before);
+        window.menu().showCameras({u"A & B"_s}, 0); // a name is no place for an access key
+        const auto actions = window.findChildren<QAction *>();
+        QVERIFY(std::any_of(actions.begin(), actions.end(),
+                            [](const QAction *action) { return action->text() == u"A && B"_s; }));
     }
 
     void onlyTheControlsWaitForACamera()
