@@ -9,8 +9,8 @@ namespace {
 
 constexpr int columnSpacing = 40;
 constexpr int keySpacing = 16;
-constexpr int rowSpacing = 4;
-constexpr int sectionSpacing = 10;
+constexpr int rowSpacing = 2;
+constexpr int sectionSpacing = 8;
 
 QLabel *plainLabel(const QString &text)
 {
@@ -28,7 +28,14 @@ BWShortcutTable::BWShortcutTable(QWidget *parent) : QWidget(parent)
     columns->setSpacing(columnSpacing);
 }
 
-void BWShortcutTable::setSections(const QList<BWShortcutSection> &sections)
+void BWShortcutTable::setSections(const QList<BWShortcutSection> &sections, int room)
+{
+    fill(sections, 2);
+    if (sizeHint().width() > room)
+        fill(sections, 1);
+}
+
+void BWShortcutTable::fill(const QList<BWShortcutSection> &sections, int columns)
 {
     const auto old = findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
     qDeleteAll(old);
@@ -41,7 +48,7 @@ void BWShortcutTable::setSections(const QList<BWShortcutSection> &sections)
     for (const BWShortcutSection &section : sections) {
         // The second column begins with the section whose middle lies beyond the middle of all.
         const bool inSecondColumn = used > 0 && 2 * used + section.shortcuts.size() + 1 > rows;
-        if (!column || (inSecondColumn && layout()->count() == 1)) {
+        if (!column || (inSecondColumn && layout()->count() < columns)) {
             auto *widget = new QWidget;
             column = new QGridLayout(widget);
             column->setContentsMargins(0, 0, 0, 0);

@@ -139,8 +139,9 @@ void BWSimpleHelpWindowController::localizeWithManager(BWLocalizationManager &ma
                                         "Nothing is sent until you send it."_s));
     m_cannotOpen = manager.text(u"help_window"_s, u"cannot_open_label"_s,
                                 u"No program was found that can open this. Please use this address:"_s);
-    m_shortcutsTitle->setText(manager.text(u"help_window"_s, u"keyboard_shortcuts_label"_s, u"Keyboard shortcuts"_s));
+    m_shortcutsTitle->setText(manager.text(u"help_window"_s, u"keyboard_shortcuts_label"_s, u"Keyboard and mouse"_s));
     m_shortcutsView->setAccessibleName(m_shortcutsTitle->text());
+    m_views = BWShortcutSection::ofViews(manager);
     m_mailSubject = manager.text(u"help_window"_s, u"mail_subject"_s, u"BrimwellPro %1: request for help"_s);
     m_mailRequest = manager.text(u"help_window"_s, u"mail_request"_s,
                                  u"Please tell us here what you did, what happened, and what you expected instead:"_s);
@@ -188,7 +189,9 @@ QUrl BWSimpleHelpWindowController::mail() const
 void BWSimpleHelpWindowController::prepare()
 {
     m_problem->hide();
-    m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()));
+    const int beside = 2 * outerMargin + rowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()) + m_views,
+                             m_cameraWindow->screen()->availableGeometry().width() - beside);
     fitShortcuts();
     if (!std::exchange(m_placed, true))
         placeOverCameraWindow();
@@ -198,7 +201,8 @@ void BWSimpleHelpWindowController::prepare()
 void BWSimpleHelpWindowController::placeOverCameraWindow()
 {
     const QRect camera = m_cameraWindow->frameGeometry();
-    QRect place(QPoint(), layout()->totalSizeHint().grownBy(BWFrameAutosave::margins(*this, m_cameraWindow)));
+    adjustSize(); // if that changed when it is shown, its place would be taken for that of the content
+    QRect place(QPoint(), size().grownBy(BWFrameAutosave::margins(*this, m_cameraWindow)));
     place.moveCenter(camera.center());
     move(BWWindowPlacement::onScreens().fitted(place, camera).topLeft());
 }
@@ -207,13 +211,15 @@ void BWSimpleHelpWindowController::placeOverCameraWindow()
 void BWSimpleHelpWindowController::fitShortcuts()
 {
     constexpr int least = 100;
+    m_shortcuts->setContentsMargins({});
     QSize size = m_shortcuts->sizeHint();
     m_shortcutsView->setFixedSize(size);
     const int room = m_cameraWindow->screen()->availableGeometry().height();
     const int excess = layout()->totalSizeHint().height() + BWWindowPlacement::assumedMargins.top() - room;
     if (excess <= 0)
         return;
-    size.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    m_shortcuts->setContentsMargins(0, 0, rowSpacing, 0); // the keys do not touch the scroll bar
+    size.rwidth() += rowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     size.rheight() = std::max(size.height() - excess, least);
     m_shortcutsView->setFixedSize(size);
 }

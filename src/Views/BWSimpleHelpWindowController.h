@@ -3,6 +3,7 @@
 #include "BWACUDriver/BWCamera.h"
 #include "Model/BWLocalizationManagerDelegate.h"
 #include "Views/BWHelpContact.h"
+#include "Views/BWShortcutSection.h"
 
 #include <functional>
 #include <QWidget>
@@ -14,7 +15,7 @@ class QPushButton;
 class QScrollArea;
 
 /// The help window: the page with answers, an e-mail to the support that already tells what they ask first, and the
-/// keyboard shortcuts. A utility window of its own: no sheet of the camera window blocks it. GUI thread.
+/// keyboard and mouse actions. A utility window of its own: no sheet of the camera window blocks it. GUI thread.
 class BWSimpleHelpWindowController : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -52,6 +53,7 @@ private:
     BWHelpContact m_contact;
     Surroundings m_surroundings;
     const QWidget *m_cameraWindow;
+    QList<BWShortcutSection> m_views;
     QString m_mailSubject;
     QString m_mailRequest;
     QString m_cannotOpen;

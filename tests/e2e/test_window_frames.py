@@ -159,13 +159,17 @@ class WindowFrames(unittest.TestCase):
     def test_on_1280x800(self):
         self.start(opened=("Albums", "Settings", "Advanced settings"))
         main, albums, screen = self.frame("BrimwellPro"), self.frame("Albums"), Area(0, 0, *self.screen)
-        for name, frame in self.frames().items():
+        self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
+        self.desktop.key("F1")
+        self.program.wait_for("frame", "Help")
+        for name, frame in {**self.frames(), "Help": self.frame("Help")}.items():
             self.assertTrue(frame.x >= 0 and frame.y >= 0 and frame.x + frame.width <= screen.width
                             and frame.y + frame.height <= screen.height, (name, frame))
         self.assertEqual(albums.x, main.x + main.width)
         settings = self.frame("Settings")
         self.assertAlmostEqual(settings.x + settings.width / 2, main.x + main.width / 2, delta=1)
         self.assertNotEqual(settings.x, self.frame("Advanced settings").x)
+        self.desktop.key("Escape")  # the help lies over the title of the camera window
         self.quit()
 
     test_on_1024x600 = test_on_1280x800

@@ -148,7 +148,8 @@ private Q_SLOTS:
         QVERIFY(help.screen()->availableGeometry().contains(help.geometry()));
         QVERIFY(help.geometry().contains(camera.geometry().center()));
         QTRY_COMPARE(QApplication::activeWindow(), &help);
-        const auto sections = BWShortcutSection::ofActions(camera.menuBar()->actions());
+        const auto sections =
+            BWShortcutSection::ofActions(camera.menuBar()->actions()) + BWShortcutSection::ofViews(texts);
         QCOMPARE(help.findChildren<BWKeyCaps *>().size(),
                  std::accumulate(sections.begin(), sections.end(), qsizetype(0),
                                  [](auto sum, const auto &section) { return sum + section.shortcuts.size(); }));
