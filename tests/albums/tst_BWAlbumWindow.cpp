@@ -254,12 +254,20 @@ private Q_SLOTS:
     {
         select({1, 2});
         QCOMPARE(footerText(), u"Selected: 2 of 4"_s);
+        static int logged = 0;
+        const QtMessageHandler before =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &line) {
+                logged += line.contains(u"Remove indexes: QList(1, 2)"_s) ? 1 : 0;
+            });
         m_press = u"Cancel"_s;
         button(u"Move the selection to the Trash"_s)->click();
         QCOMPARE(m_alerts, QStringList{u"Move selected images to the Trash"_s});
         QCOMPARE(footerText(), u"Selected: 2 of 4"_s);
+        QCOMPARE(logged, 0);
         m_press = u"OK"_s;
         button(u"Move the selection to the Trash"_s)->click();
+        QCOMPARE(logged, 1);
+        qInstallMessageHandler(before);
         QTRY_COMPARE(shown(), u"d.jpg|a.jpg"_s);
         QTRY_COMPARE(notice(), u"Moved to the Trash: 2"_s);
         QCOMPARE(footerText(), u"Total: 2"_s);
@@ -283,7 +291,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("event");
         QTest::addColumn<bool>("stays");
-        for (const char *event : {"time", "selection", "key", "other tab", "other album", "click on it"})
+        for (const char *event : {"time", "selection", "key", "other tab", "other album", "new album", "click on it"})
             QTest::newRow(event) << QString::fromLatin1(event) << false;
         for (const char *event : {"less time", "another program changes the folder"})
             QTest::newRow(event) << QString::fromLatin1(event) << true;
@@ -310,6 +318,9 @@ private Q_SLOTS:
         } else if (event == u"other album"_s) {
             popUp->setCurrentIndex(1);
             Q_EMIT popUp->activated(1);
+        } else if (event == u"new album"_s) {
+            m_chosen = m_folder->folder(u"Others/Third"_s);
+            m_window->onAddAlbum();
         } else if (event == u"click on it"_s) {
             QTest::mouseClick(m_window->findChild<BWAlbumNotice *>(), Qt::LeftButton);
         } else {

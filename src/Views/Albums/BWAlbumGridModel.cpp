@@ -77,8 +77,8 @@ QImage BWAlbumGridModel::thumbnailForElementAtIndex(const BWThumbnailTableView &
 
 void BWAlbumGridModel::removeIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
-    qCInfo(bwViews) << "Remove indexes:" << indexes;
-    m_actions.trash(filesAt(view, indexes), typeOf(view));
+    if (m_actions.trash(filesAt(view, indexes), typeOf(view)))
+        qCInfo(bwViews) << "Remove indexes:" << indexes;
 }
 
 void BWAlbumGridModel::openIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)

@@ -16,7 +16,7 @@ class BWAlbumGridModel : public BWThumbnailTableViewDelegate, public BWThumbnail
 public:
     struct Actions {
         std::function<void(const QList<QUrl> &files, BWMediaType type)> save;
-        std::function<void(const QList<QUrl> &files, BWMediaType type)> trash;
+        std::function<bool(const QList<QUrl> &files, BWMediaType type)> trash; ///< whether the user confirmed it
         std::function<void(const QList<QUrl> &files)> open;
     };
     /// How screen readers call an image and a video.

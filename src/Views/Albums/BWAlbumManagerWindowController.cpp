@@ -103,7 +103,7 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
                   const BWAlbumPtr album = m_albums.currentAlbum();
                   m_saving->save(files, type, album ? album->shownName(m_texts.defaultAlbumDisplayName) : QString());
               },
-              [this](const QList<QUrl> &files, BWMediaType type) { m_trashing->trash(files, type); },
+              [this](const QList<QUrl> &files, BWMediaType type) { return m_trashing->trash(files, type); },
               [this](const QList<QUrl> &files) { openFiles(files); }}))
 {
     m_model->setGrids(*m_images, *m_videos);
@@ -165,7 +165,10 @@ void BWAlbumManagerWindowController::connectParts()
     connect(m_popUp, &QComboBox::activated, this, &BWAlbumManagerWindowController::onChangeAlbum);
     connect(m_add, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onAddAlbum);
     connect(m_remove, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onRemoveAlbum);
-    m_albums.setOnAlbumsChanged([this] { reloadAlbums(); });
+    m_albums.setOnAlbumsChanged([this] {
+        m_notice->endNotice(); // another one may be current
+        reloadAlbums();
+    });
     m_albums.setOnAlbumContentsChanged([this] {
         if (m_shown)
             m_contents.reload();

@@ -26,13 +26,13 @@ BWAlbumTrashing::BWAlbumTrashing(BWAlbumManager &albums, const BWAlbumTexts &tex
     connect(&notice, &BWAlbumNotice::undoTriggered, this, &BWAlbumTrashing::undo);
 }
 
-void BWAlbumTrashing::trash(const QList<QUrl> &files, BWMediaType type)
+bool BWAlbumTrashing::trash(const QList<QUrl> &files, BWMediaType type)
 {
     if (files.isEmpty())
-        return;
+        return false;
     const BWAlbumTexts::Alert &texts = m_texts.trashing(type).of(files.size());
     if (!BWUIUtils::displayChoiceAlert(texts.title, texts.message, m_texts.trashOk, m_texts.trashCancel))
-        return;
+        return false;
     m_albums.removeFiles(files, [self = QPointer(this)](const BWTrash::Moved &result) {
         if (!self)
             return;
@@ -44,6 +44,7 @@ void BWAlbumTrashing::trash(const QList<QUrl> &files, BWMediaType type)
         // What can be undone is the last removal that moved something, which may be an earlier one.
         self->m_notice.showNotice(lines.join(u'\n'), !result.files.isEmpty() && self->m_albums.canUndoRemoving());
     });
+    return true;
 }
 
 void BWAlbumTrashing::undo()

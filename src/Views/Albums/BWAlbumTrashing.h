@@ -18,7 +18,8 @@ class BWAlbumTrashing : public QObject {
 public:
     BWAlbumTrashing(BWAlbumManager &albums, const BWAlbumTexts &texts, BWAlbumNotice &notice);
 
-    void trash(const QList<QUrl> &files, BWMediaType type);
+    /// False, and nothing happens, unless the user confirms it.
+    bool trash(const QList<QUrl> &files, BWMediaType type);
     /// Brings back what was moved the last time, if that has not been done yet.
     void undo();
 

@@ -10,6 +10,7 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QSplitter>
 #include <QStandardPaths>
 #include <QStyle>
 #include <QTreeView>
@@ -41,6 +42,10 @@ public:
         if (auto *details = findChild<QTreeView *>(u"treeView"_s)) {
             details->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
             details->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        }
+        if (auto *splitter = findChild<QSplitter *>(u"splitter"_s)) {
+            const int sidebar = fontMetrics().averageCharWidth() * 20; // names of places are to be read, too
+            splitter->setSizes({sidebar, width() - sidebar});
         }
         setSidebarUrls(places());
         if (QFileInfo(folder.toLocalFile()).isDir())
@@ -85,16 +90,15 @@ public:
 
     void accept() override
     {
-        auto *field = findChild<QLineEdit *>(u"fileNameEdit"_s);
         // The dialog itself takes quotes for the marks between several names.
         const QString typed =
-            field->text().contains(u'"') ? directory().absoluteFilePath(field->text()) : selectedFiles().value(0);
+            m_field->text().contains(u'"') ? directory().absoluteFilePath(m_field->text()) : selectedFiles().value(0);
         if (typed.isEmpty() || QFileInfo(typed).isDir())
             return QFileDialog::accept(); // goes there
         const QFileInfo file(BWDialogFilePanels::withExtension(typed, m_extension));
         // Not by selectFile(), which leaves the field alone while it has the keyboard.
         const bool isHere = file.absolutePath() == directory().absolutePath();
-        field->setText(isHere ? file.fileName() : file.absoluteFilePath());
+        m_field->setText(isHere ? file.fileName() : file.absoluteFilePath());
         if (file.isDir())
             return QFileDialog::accept();
         // Not left to the dialog, which does nothing at all where a name is too long.
@@ -115,7 +119,9 @@ private:
         box->setDefaultButton(QMessageBox::No);
         connect(box, &QDialog::finished, this, [this, file](int answer) {
             if (answer == QMessageBox::Yes)
-                choose(file);
+                return choose(file);
+            m_field->setFocus();
+            m_field->selectAll(); // for another name
         });
         box->open();
     }
@@ -127,6 +133,7 @@ private:
     }
 
     const QString m_extension;
+    QLineEdit *m_field = findChild<QLineEdit *>(u"fileNameEdit"_s);
 };
 
 } // namespace
