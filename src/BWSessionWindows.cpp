@@ -193,8 +193,8 @@ void BWSessionWindows::askForProduct(const BWCameraPtr &camera, std::function<vo
 void BWSessionWindows::showCameraInUse(const StartQuestion &question, std::function<void(StartAnswer)> answer)
 {
     endCameraInUse();
-    m_cameraInUse = new BWCameraInUseAlert(question, titleOf(question.other),
-                                           m_repository.localizationManager(), &m_window);
+    m_cameraInUse =
+        new BWCameraInUseAlert(question, titleOf(question.other), m_repository.localizationManager(), &m_window);
     connect(m_cameraInUse, &BWCameraInUseAlert::answered, this, std::move(answer));
     m_cameraInUse->open();
 }

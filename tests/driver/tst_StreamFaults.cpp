@@ -167,7 +167,7 @@ private Q_SLOTS:
                 opened.camera->stopWithCompletion({});
             notes.last()->waitUntilBusy();
             opened.camera->setOnCameraFrame([&](BWCamera &, const BWFrame &) { late += over; });
-            opened.camera->setOnCameraRecording([&](BWCamera &, bool) { late += over; });
+            opened.camera->setOnCameraRecording([&](BWCamera &, bool, const BWRecordingStatus &) { late += over; });
             opened.hand->pushFrames(3);
         }
         std::vector<std::thread> ends; // each waits for a while
