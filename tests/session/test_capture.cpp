@@ -305,18 +305,17 @@ private Q_SLOTS:
         if (moment == "stopped camera")
             m_camera->stopWithCompletion({});
         settle();
-        QSemaphore goOn;
+        std::shared_ptr<void> busy;
         if (moment == "pressed twice" || moment == "stopped before it begins")
-            keepBusy(goOn);
+            busy = keepBusy();
         if (moment == "stopped before it begins")
             m_camera->stopWithCompletion({}); // comes first, but has no effect yet
         m_capture->toggleRecording(moment == "no camera" ? nullptr : m_camera);
-        goOn.release(moment == "stopped before it begins" ? 1 : 0);
         if (moment == "no picture comes")
             settle();
         if (moment == "pressed twice" || moment == "no picture comes")
             m_capture->toggleRecording(m_camera);
-        goOn.release();
+        busy.reset();
         for (int i = 0; full && i < 20; ++i)
             captureFrame();
         QFETCH(QList<BWRecordingStatus::End>, ends);
@@ -334,13 +333,12 @@ private Q_SLOTS:
         m_capture->toggleRecording(m_camera);
         captureFrame();
         QTRY_VERIFY(m_recording);
-        QSemaphore goOn;
-        keepBusy(goOn); // so that it cannot tell
+        std::shared_ptr<void> busy = keepBusy(); // so that it cannot tell
         m_capture->toggleRecording(m_camera);
         QTRY_VERIFY(!m_camera->recording());
         m_capture->toggleRecording(m_camera);
         QCOMPARE(m_refused, QList{BWRecordingRefusal::StillSaving});
-        goOn.release();
+        busy.reset();
         QTRY_COMPARE(m_saved, QStringList{u"20240607_video_001.mov"_s});
         QCOMPARE(MovieProbe::framesIn(inAlbum(m_saved[0])), 1);
         QVERIFY(!m_camera->recording());
@@ -495,10 +493,12 @@ private:
         m_camera->setResolution(m_camera->defaultResolution(), [settled] { *settled = true; });
         QTRY_VERIFY(*settled);
     }
-    /// The camera's thread does nothing until then.
-    void keepBusy(QSemaphore &goOn)
+    /// The camera's thread does nothing until the answer is let go.
+    std::shared_ptr<void> keepBusy()
     {
-        m_camera->setResolution(m_camera->defaultResolution(), [&goOn] { goOn.acquire(); });
+        const auto goOn = std::make_shared<QSemaphore>();
+        m_camera->setResolution(m_camera->defaultResolution(), [goOn] { goOn->acquire(); });
+        return {nullptr, [goOn](void *) { goOn->release(); }};
     }
     void captureFrame()
     {
