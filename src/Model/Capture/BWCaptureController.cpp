@@ -22,7 +22,6 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
         const BWCamera *camera = nullptr; // to compare with; it tells the end before it is gone
         QString title;
         std::shared_ptr<BWFileClaim> claim;
-        std::shared_ptr<BWAlbumDiskGuard> guard; // GUI thread only
         bool hasBegun = false;
     };
     /// On its way into the album.
@@ -53,6 +52,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     std::atomic<bool> buttonRecords = false;
     std::mutex mutex;
     std::map<QString, Recording> recordings; // by path, until their ends are told
+    std::map<QString, BWAlbumDiskGuard> guards; // theirs; GUI thread only
     BWSnapshotTags tags;
 };
 
@@ -63,10 +63,7 @@ BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedba
 
 BWCaptureController::~BWCaptureController()
 {
-    // A camera's thread may be the last to hold what is shared.
-    const std::lock_guard lock(m_shared->mutex);
-    for (auto &[path, recording] : m_shared->recordings)
-        recording.guard.reset();
+    m_shared->guards.clear(); // a camera's thread may be the last to hold what is shared
 }
 
 void BWCaptureController::prepareCamera(BWCamera &camera)
@@ -118,8 +115,9 @@ bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QStrin
     const QUrl file = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"mov"_s);
     const QString path = file.toLocalFile();
     {
+        const auto claim = BWFileClaim::create(path);
         const std::lock_guard lock(m_shared->mutex);
-        m_shared->recordings[path] = {camera.get(), title, BWFileClaim::create(path), {}, false};
+        m_shared->recordings[path] = {camera.get(), title, claim, false};
     }
     if (!camera->startRecording(path)) {
         QFile::remove(path); // the claim made it
@@ -128,17 +126,12 @@ bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QStrin
         return false;
     }
     // What is recorded must still fit into the album when it is complete.
-    auto guard = std::make_shared<BWAlbumDiskGuard>(
-        m_shared->albums, file,
-        [path, weak = std::weak_ptr(camera)] {
-            const BWCameraPtr recorder = weak.lock();
-            if (recorder && recorder->endRecording(path, BWRecordingStatus::End::DiskFull))
-                qCWarning(bwApp, "Recording: it ends because the album's disk is nearly full");
-        },
-        m_roomCheck);
-    const std::lock_guard lock(m_shared->mutex);
-    if (const auto found = m_shared->recordings.find(path); found != m_shared->recordings.end())
-        found->second.guard = std::move(guard);
+    const auto endInTime = [path, weak = std::weak_ptr(camera)] {
+        const BWCameraPtr recorder = weak.lock();
+        if (recorder && recorder->endRecording(path, BWRecordingStatus::End::DiskFull))
+            qCWarning(bwApp, "Recording: it ends because the album's disk is nearly full");
+    };
+    m_shared->guards.try_emplace(path, m_shared->albums, file, endInTime, m_roomCheck);
     return true;
 }
 
@@ -224,9 +217,10 @@ void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status
         recording = std::move(found->second);
         recordings.erase(found);
     }
-    // The guard comes to its end on the GUI thread.
-    BWMainQueue::post(weak_from_this(),
-                      [this, guard = std::move(recording.guard)] { feedback.recording(isAnyRunning()); });
+    BWMainQueue::post(weak_from_this(), [this, path = status.path] {
+        guards.erase(path);
+        feedback.recording(isAnyRunning());
+    });
     const BWCaptureResult movie{BWMediaType::Video, {}, {}, status, recording.title};
     if (status.frames > 0) {
         takeIn({status.path, recording.claim, movie}, status.path);
