@@ -84,6 +84,7 @@ private Q_SLOTS:
                 QTest::addRow("%s, %s", title, folder) << QString::fromLatin1(folder) << change << taken;
         };
         everywhere("picture", true, [](const QByteArray &) {});
+        // As when $TMPDIR could not be used.
         QTest::newRow("in the other folder") << u"other"_s << Change([](const QByteArray &) {}) << true;
         everywhere("from the future", true, [](const QByteArray &path) { setDate(path, 4'000'000'000); });
         everywhere("just made", false, [](const QByteArray &path) { setDate(path, ::time(nullptr)); });
@@ -126,7 +127,11 @@ private Q_SLOTS:
         QFETCH(QString, folder);
         QFETCH(Change, change);
         QFETCH(bool, taken);
-        const QString path = folder == "private"_L1 ? m_private : folder == "other"_L1 ? m_other : m_shared;
+        const auto other = BWPrivateFolder::make(QFile::encodeName(m_other));
+        QVERIFY(other);
+        const QString path = folder == "private"_L1 ? m_private
+            : folder == "other"_L1                  ? QFile::decodeName(other->path())
+                                                    : m_shared;
         const QString file = path + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s;
         put(file, picture());
         change(QFile::encodeName(file));
