@@ -258,8 +258,8 @@ int main(int argc, char *argv[])
     if (line.help || line.version || line.listCameras || !line.importSettings.isNull())
         return runWithoutWindows(line, argc, argv);
     const int result = runWithWindows(line, argc, argv);
-    // A thread that was left behind may come back at any moment, and find half of what it shares taken down.
-    if (BWCamera::threadsLeftBehind() > 0)
+    // A thread that hangs in a camera may come back at any moment, and find half of what it shares taken down.
+    if (BWCamera::runningThreads() > 0)
         std::_Exit(result);
     return result;
 }

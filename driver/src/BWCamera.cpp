@@ -11,9 +11,9 @@ BWCamera::~BWCamera()
     m_session->shutDown();
 }
 
-int BWCamera::threadsLeftBehind()
+int BWCamera::runningThreads()
 {
-    return Session::threadsLeftBehind();
+    return Session::runningThreads();
 }
 
 const BWDetectedCameraPtr &BWCamera::detectedCamera() const

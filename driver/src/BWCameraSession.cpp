@@ -17,7 +17,7 @@ thread_local const void *snapshotSession = nullptr;
 constexpr std::chrono::seconds deviceTime(2);
 constexpr std::chrono::minutes movieTime(2);
 
-std::atomic<int> leftBehind{0};
+std::atomic<int> captureThreads{0};
 
 } // namespace
 
@@ -25,11 +25,13 @@ std::shared_ptr<BWCamera::Session> BWCamera::Session::create(BWCamera &camera,
                                                              const BWDetectedCameraPtr &detectedCamera)
 {
     const auto session = std::make_shared<Session>(camera, detectedCamera, detectedCamera->open());
+    ++captureThreads;
     std::promise<void> ended;
     session->m_ended = ended.get_future();
     session->m_thread = std::thread([session, ended = std::move(ended)]() mutable {
         capturingSession = session.get();
         session->run();
+        --captureThreads;
         ended.set_value();
     });
     return session;
@@ -60,17 +62,16 @@ void BWCamera::Session::shutDown()
     m_recorder.end(); // here, for the movie must become whole even if the device hangs
     m_queue.close();
     m_device->interrupt();
-    const bool own = onOwnThread();
-    if (!own && endsInTime()) {
-        m_thread.join();
-        return;
+    if (!onOwnThread()) {
+        if (endsInTime()) {
+            m_thread.join();
+            return;
+        }
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description()
+                                      << "does not answer; its thread is left behind";
     }
     m_callbacks.clear();
     m_thread.detach();
-    if (own)
-        return;
-    ++leftBehind;
-    qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "does not answer; its thread is left behind";
 }
 
 bool BWCamera::Session::endsInTime() const
@@ -83,9 +84,9 @@ bool BWCamera::Session::endsInTime() const
     return false;
 }
 
-int BWCamera::Session::threadsLeftBehind()
+int BWCamera::Session::runningThreads()
 {
-    return leftBehind;
+    return captureThreads;
 }
 
 void BWCamera::Session::setStallTime(std::chrono::milliseconds time)

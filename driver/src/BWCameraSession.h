@@ -34,7 +34,7 @@ public:
     /// Stops everything and waits for the capture thread, but not for a device that hangs; on a thread of the session
     /// itself it cannot wait. The session then ends by itself, without calling back.
     void shutDown();
-    static int threadsLeftBehind();
+    static int runningThreads();
 
     void setStallTime(std::chrono::milliseconds time);
 

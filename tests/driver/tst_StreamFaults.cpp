@@ -176,7 +176,7 @@ private Q_SLOTS:
         for (std::thread &end : ends)
             end.join();
         over = true;
-        QCOMPARE(BWCamera::threadsLeftBehind(), calls.size());
+        QCOMPARE(BWCamera::runningThreads(), calls.size());
         for (const QString &call : calls.mid(1)) // the movies are whole all the same
             QCOMPARE(completeMovie(folder.filePath(call)), BWMovieCompletion::Plain);
 
@@ -184,6 +184,7 @@ private Q_SLOTS:
             each->letGo();
             QTRY_COMPARE(each.use_count(), 1); // the thread finds its way out, and takes the device with it
         }
+        QCOMPARE(BWCamera::runningThreads(), 0);
         QCOMPARE(late, 0);
     }
 

@@ -47,9 +47,9 @@ public:
     BWCamera(const BWCamera &) = delete;
     BWCamera &operator=(const BWCamera &) = delete;
 
-    /// How many capture threads hung in their devices when their cameras were destroyed, in this process. They may come
-    /// back at any moment, also while the process takes down what it shares. Any thread.
-    static int threadsLeftBehind();
+    /// How many capture threads there are in this process, those included that were left behind and may come back at any
+    /// moment. Any thread.
+    static int runningThreads();
 
     const BWDetectedCameraPtr &detectedCamera() const;
     QString identifierForProducts() const;
