@@ -277,19 +277,6 @@ private Q_SLOTS:
         QCOMPARE(starts(), 6);
     }
 
-    void unpluggedWhileTheAlertIsShown()
-    {
-        Bench bench({cameraOf(Type::High)});
-        bench.hands[0]->setInUse(true);
-        QTRY_VERIFY(bench.ui.answer);
-        const auto answer = bench.ui.answer;
-        bench.hands[0]->unplug();
-        QTRY_COMPARE(bench.session->state(), State::Waiting);
-        QVERIFY(!bench.ui.answer);
-        answer(Answer::TryAgain);
-        QCOMPARE(bench.session->state(), State::Waiting);
-    }
-
     void anotherResolution()
     {
         Bench bench({cameraOf(Type::High)});
