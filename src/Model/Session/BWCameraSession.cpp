@@ -64,6 +64,12 @@ void takeDown(BWCameraPtr &&camera)
     QThreadPool::globalInstance()->start([held = std::move(camera)]() mutable { held.reset(); });
 }
 
+/// A movie becomes whole even if its camera hangs, and cannot end it.
+void endMovie(const BWCameraPtr &camera)
+{
+    QThreadPool::globalInstance()->start([camera] { camera->stopRecording(); });
+}
+
 /// The largest of the camera's sizes that is smaller than the one it failed to start with.
 std::optional<BWResolution> smallerResolution(const BWCamera &camera)
 {
@@ -201,11 +207,14 @@ void BWCameraSession::stopCurrentCamera(State state)
     giveUpStopLater(std::exchange(m_startHangs, false) ? 0 : stopPatience);
 }
 
-void BWCameraSession::giveUpStopLater(double seconds)
+void BWCameraSession::giveUpStopLater(double seconds, int round)
 {
-    later(seconds, [this] {
-        if (m_currentCamera->recording()) {
-            giveUpStopLater(stopPatience);
+    later(seconds, [this, round] {
+        constexpr int longestMovie = 24; // rounds of the patience for a camera: two minutes
+        if (m_currentCamera->recording() && round < longestMovie) {
+            if (round == 0)
+                endMovie(m_currentCamera);
+            giveUpStopLater(stopPatience, round + 1);
             return;
         }
         qCWarning(bwApp).noquote() << m_currentCamera->detectedCamera()->description() << "does not stop; it is left";
@@ -431,9 +440,8 @@ void BWCameraSession::stopForQuit(std::function<void()> done)
         done();
         return;
     }
-    // Its movie becomes whole even if the camera hangs, and cannot end it.
     if (m_currentCamera->recording())
-        QThreadPool::globalInstance()->start([camera = m_currentCamera] { camera->stopRecording(); });
+        endMovie(m_currentCamera);
     m_currentCamera->stopWithCompletion(then(std::move(done)));
 }
 

@@ -89,7 +89,7 @@ private:
     void setProblem(const BWStartProblem &problem);
     void requestProductFirstTime();
     void stopCurrentCamera(State state);
-    void giveUpStopLater(double seconds);
+    void giveUpStopLater(double seconds, int round = 0);
     void continueAfterStop();
     void openNoCameraSheet();
     /// Runs the work after that time, unless by then something else was begun.
