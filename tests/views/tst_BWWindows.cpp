@@ -4,6 +4,7 @@
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWSettingsFile.h"
+#include "Views/BWCameraInUseAlert.h"
 #include "Views/BWCenteringClipView.h"
 #include "Views/BWControlBar.h"
 #include "Views/BWMainMenu.h"
@@ -269,6 +270,33 @@ private Q_SLOTS:
         cameras[1]->setStartProblem({}); // behind the window's back
         window.show();
         QCOMPARE(start->currentIndex(), 0);
+    }
+
+    void waysOutOfABusyCamera()
+    {
+        using Answer = BWCameraInUseAlert::Answer;
+        const struct {
+            std::optional<BWResolution> smaller;
+            QString other, button; // no button: Escape
+            Answer answer;
+        } rows[] = {{{}, {}, {}, Answer::TryAgain},
+                    {{}, u"Loupe (2)"_s, {}, Answer::UseOther},
+                    {{}, u"Loupe (2)"_s, u"OK"_s, Answer::TryAgain},
+                    {{}, u"Loupe (2)"_s, u"Use Loupe (2)"_s, Answer::UseOther},
+                    {BWResolution(640, 480), u"Loupe (2)"_s, u"Use 640x480"_s, Answer::UseSmaller},
+                    {{}, {}, u"&Quit"_s, Answer::Quit}};
+        for (const auto &row : rows) {
+            auto *alert =
+                new BWCameraInUseAlert({{BWStartProblem::Kind::InUse}, row.smaller, {}}, row.other, m_texts, nullptr);
+            QList<Answer> answers;
+            connect(alert, &BWCameraInUseAlert::answered, this, [&](Answer answer) { answers << answer; });
+            alert->open();
+            if (row.button.isNull())
+                QTest::keyClick(alert, Qt::Key_Escape);
+            else
+                buttonNamed(*alert, row.button)->click();
+            QCOMPARE(answers, QList{row.answer});
+        }
     }
 
     void alertAnswers_data()
