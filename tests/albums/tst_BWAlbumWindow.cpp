@@ -45,6 +45,7 @@ private Q_SLOTS:
         m_albums->setSelectedIndex(0);
         BWUIUtils::setAlertPresenter(this);
         m_alerts.clear();
+        m_message.clear();
         m_opened.clear();
         m_press = u"OK"_s;
         m_canOpen = true;
@@ -96,6 +97,42 @@ private Q_SLOTS:
         QCOMPARE(titles(*popUp), u"Default Album|Third"_s);
         QTRY_COMPARE(shown(), u"d.jpg|c.jpg|b.jpg|a.jpg"_s); // the first
         QVERIFY(BWFilePath::exists(m_folder->url(u"Others/Second/e.jpg"_s)));
+    }
+
+    void typedFolders_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("alert");
+        QTest::newRow("new") << u"Proben 12.3 \"neu\""_s << QString();
+        QTest::newRow("there already") << u"Default Album"_s << QString();
+        QTest::newRow("file") << u"Default Album/a.jpg"_s << u"There is already a file called “a.jpg”."_s;
+        QTest::newRow("hidden") << u".hidden"_s << u"An album cannot be called “.hidden”."_s;
+    }
+    /// In the real panel.
+    void typedFolders()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, alert);
+        m_useRealPanel = true;
+        m_window->onAddAlbum();
+        m_useRealPanel = false;
+        auto *panel = m_window->findChild<QFileDialog *>();
+        auto *edit = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);
+        panel->activateWindow();
+        edit->setFocus();
+        QTRY_VERIFY(edit->hasFocus());
+        edit->clear();
+        QTest::keyClicks(edit, name);
+        auto *choose = panel->findChild<QDialogButtonBox *>(u"buttonBox"_s)->button(QDialogButtonBox::Open);
+        QVERIFY(choose->isEnabled());
+        QTest::keyClick(edit, Qt::Key_Return);
+        QCOMPARE(m_message.left(alert.size()), alert);
+        QCOMPARE(panel->isVisible(), !alert.isEmpty());
+        const auto albums = m_albums->albums();
+        const bool isListed = std::any_of(albums.begin(), albums.end(), [&](const BWAlbumPtr &album) {
+            return album->path() == m_folder->url(u"BrimwellPro/"_s + name);
+        });
+        QCOMPARE(isListed, alert.isEmpty());
     }
 
     void saving_data()
@@ -413,7 +450,11 @@ private Q_SLOTS:
     }
 
 private:
-    void presentOK(const QString &title, const QString &) override { m_alerts << title; }
+    void presentOK(const QString &title, const QString &message) override
+    {
+        m_alerts << title;
+        m_message = message;
+    }
     void presentOKOver(QObject &window, const QString &title, const QString &message) override
     {
         m_alerts << (&window == m_window.get() ? title + u" over its window: "_s + message : title);
@@ -435,8 +476,12 @@ private:
         chosen(m_chosen);
     }
     void chooseFile(QWidget *, const File &, Chosen) override { }
-    void chooseFolder(QWidget *, const Folder &panel, Chosen chosen) override
+    void chooseFolder(QWidget *window, const Folder &panel, Chosen chosen) override
     {
+        if (m_useRealPanel) {
+            BWDialogFilePanels().chooseFolder(window, panel, std::move(chosen));
+            return;
+        }
         m_panel = QStringList{panel.title, panel.message}.join(u'|');
         chosen(m_chosen);
     }
@@ -485,7 +530,9 @@ private:
     BWThumbnailTableView *m_videos = nullptr;
     QStringList m_alerts;
     QList<QUrl> m_opened;
+    QString m_message;
     QString m_panel;
+    bool m_useRealPanel = false;
     QUrl m_chosen;
     QString m_press; ///< the button that alerts are answered with
     bool m_canOpen = true;

@@ -255,8 +255,23 @@ void BWAlbumManagerWindowController::onChangeAlbum(int index)
 
 void BWAlbumManagerWindowController::onAddAlbum()
 {
-    const BWFilePanels::Folder panel{m_texts.selectAlbum.title, m_texts.selectAlbum.message, m_albums.albumsBasePath()};
+    const BWFilePanels::Folder panel{m_texts.selectAlbum.title, m_texts.selectAlbum.message, m_albums.albumsBasePath(),
+                                     [this](const QUrl &folder) { return makeFolder(folder); }};
     m_surroundings.panels.chooseFolder(this, panel, [this](const QUrl &folder) { m_albums.addAlbumFromPath(folder); });
+}
+
+bool BWAlbumManagerWindowController::makeFolder(const QUrl &folder)
+{
+    using Problem = BWAlbumManager::FolderProblem;
+    const Problem problem = BWAlbumManager::makeAlbumFolder(folder);
+    if (problem == Problem::None)
+        return true;
+    const QString &message = problem == Problem::Name ? m_texts.folderName
+        : problem == Problem::Taken                   ? m_texts.folderTaken
+        : problem == Problem::NotAllowed              ? m_texts.folderNotAllowed
+                                                      : m_texts.folderFailed;
+    BWUIUtils::displayOKAlert(m_texts.folderNotMade, message.arg(folder.fileName()));
+    return false;
 }
 
 void BWAlbumManagerWindowController::onRemoveAlbum()

@@ -58,6 +58,7 @@ private:
     void layOut();
     void connectParts();
     void reloadAlbums();
+    bool makeFolder(const QUrl &folder);
     void reloadGrids(bool keepSelection);
     void changedByUser();
     void updateNotices();

@@ -51,6 +51,17 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
     selectAlbum.title = manager.text(u"album_manager"_s, u"select_album_title"_s, u"Select directory for album"_s);
     selectAlbum.message =
         manager.text(u"album_manager"_s, u"select_album_message"_s, u"Please select a directory for the new album"_s);
+    folderNotMade = manager.text(u"album_manager"_s, u"folder_not_made_title"_s, u"The folder could not be created"_s);
+    folderName =
+        manager.text(u"album_manager"_s, u"folder_name_message"_s,
+                     u"An album cannot be called “%1”. Please choose a shorter name, or one that does not begin "
+                     "with a dot."_s);
+    folderTaken = manager.text(u"album_manager"_s, u"folder_taken_message"_s,
+                               u"There is already a file called “%1”. Please choose another name."_s);
+    folderNotAllowed = manager.text(u"album_manager"_s, u"folder_not_allowed_message"_s,
+                                    u"You do not have permission to create “%1” there. Please choose another place."_s);
+    folderFailed = manager.text(u"album_manager"_s, u"folder_failed_message"_s,
+                                u"“%1” cannot be created there. Please choose another place."_s);
     cannotDeleteDefault.title =
         manager.text(u"album_manager"_s, u"cannot_delete_default_title"_s, u"Cannot delete default album"_s);
     cannotDeleteDefault.message =

@@ -41,6 +41,11 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     QString trashOk;
     QString trashCancel;
     Alert selectAlbum;
+    QString folderNotMade; ///< title; the messages that follow have %1
+    QString folderName;
+    QString folderTaken;
+    QString folderNotAllowed;
+    QString folderFailed;
     Alert cannotDeleteDefault;
     Alert deleteAlbum;
     // Below the grids.

@@ -2,6 +2,7 @@
 
 #include "Utils/BWFilePath.h"
 
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -10,6 +11,7 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QStyle>
@@ -54,6 +56,15 @@ public:
             setDirectory(QDir::homePath());
     }
 
+    void accept() override
+    {
+        const QString folder = newFolder();
+        if (folder.isNull())
+            return QFileDialog::accept();
+        if (m_make(BWFilePath::fromLocal(folder)))
+            choose(folder);
+    }
+
     void begin(BWFilePanels::Chosen chosen)
     {
         connect(this, &QFileDialog::fileSelected, this,
@@ -61,7 +72,38 @@ public:
         open();
     }
 
+    /// A folder of a name that is typed is made, where Qt's dialog would only say that it is not there.
+    void makeFolders(std::function<bool(const QUrl &)> make)
+    {
+        m_make = std::move(make);
+        // After the dialog has looked for the folder itself.
+        connect(m_name, &QLineEdit::textChanged, this, [this](const QString &name) {
+            if (QPushButton *choose = findChild<QDialogButtonBox *>(u"buttonBox"_s)->button(QDialogButtonBox::Open))
+                choose->setEnabled(choose->isEnabled() || !name.trimmed().isEmpty());
+        });
+    }
+
+protected:
+    /// What the dialog itself would refuse, or ask about once more.
+    void choose(const QString &path)
+    {
+        Q_EMIT fileSelected(path);
+        QDialog::accept();
+    }
+
+    QLineEdit *const m_name = findChild<QLineEdit *>(u"fileNameEdit"_s);
+
 private:
+    /// The folder that was typed; null if it is there already, or nothing was typed.
+    QString newFolder() const
+    {
+        const QString name = m_name->text().trimmed();
+        if (!m_make || name.isEmpty() || name.startsWith(u'~'))
+            return {};
+        const QString path = QDir::cleanPath(directory().absoluteFilePath(name));
+        return QFileInfo(path).isDir() ? QString() : path;
+    }
+
     static QList<QUrl> places()
     {
         QList<QUrl> urls{BWFilePath::fromLocal(QDir::homePath())};
@@ -73,6 +115,8 @@ private:
         }
         return urls;
     }
+
+    std::function<bool(const QUrl &)> m_make; ///< empty where no folders can be made
 };
 
 /// The name that is confirmed is the one that the file gets: it is shown, asked about and told, but it is made here.
@@ -92,20 +136,20 @@ public:
     {
         // The dialog itself takes quotes for the marks between several names.
         const QString typed =
-            m_field->text().contains(u'"') ? directory().absoluteFilePath(m_field->text()) : selectedFiles().value(0);
+            m_name->text().contains(u'"') ? directory().absoluteFilePath(m_name->text()) : selectedFiles().value(0);
         if (typed.isEmpty() || QFileInfo(typed).isDir())
             return QFileDialog::accept(); // goes there
         const QFileInfo file(BWDialogFilePanels::withExtension(typed, m_extension));
         // Not by selectFile(), which leaves the field alone while it has the keyboard.
         const bool isHere = file.absolutePath() == directory().absolutePath();
-        m_field->setText(isHere ? file.fileName() : file.absoluteFilePath());
+        m_name->setText(isHere ? file.fileName() : file.absoluteFilePath());
         if (file.isDir())
             return QFileDialog::accept();
         // Not left to the dialog, which does nothing at all where a name is too long.
         if (file.exists())
             askToReplace(file);
         else
-            choose(file);
+            choose(file.absoluteFilePath());
     }
 
 private:
@@ -119,21 +163,14 @@ private:
         box->setDefaultButton(QMessageBox::No);
         connect(box, &QDialog::finished, this, [this, file](int answer) {
             if (answer == QMessageBox::Yes)
-                return choose(file);
-            m_field->setFocus();
-            m_field->selectAll(); // for another name
+                return choose(file.absoluteFilePath());
+            m_name->setFocus();
+            m_name->selectAll(); // for another name
         });
         box->open();
     }
 
-    void choose(const QFileInfo &file)
-    {
-        Q_EMIT fileSelected(file.absoluteFilePath());
-        QDialog::accept();
-    }
-
     const QString m_extension;
-    QLineEdit *m_field = findChild<QLineEdit *>(u"fileNameEdit"_s);
 };
 
 } // namespace
@@ -177,5 +214,6 @@ void BWDialogFilePanels::chooseFolder(QWidget *window, const Folder &folder, Cho
     auto *panel = new Panel(window, folder.title, folder.message, folder.folder);
     panel->setFileMode(QFileDialog::Directory);
     panel->setOption(QFileDialog::ShowDirsOnly);
+    panel->makeFolders(folder.make);
     panel->begin(std::move(chosen));
 }

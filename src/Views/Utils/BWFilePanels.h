@@ -21,6 +21,8 @@ public:
         QString title;
         QString message;
         QUrl folder; ///< where the panel begins
+        /// Makes the folder that was typed; where that does not work, tells the user why and answers false.
+        std::function<bool(const QUrl &folder)> make;
     };
     struct File {
         QString title;
@@ -40,6 +42,6 @@ public:
     virtual void save(QWidget *window, const Save &panel, Chosen chosen) = 0;
     /// An existing file to be read. Returns at once.
     virtual void chooseFile(QWidget *window, const File &panel, Chosen chosen) = 0;
-    /// An existing folder, which the user may just have made. Returns at once.
+    /// An existing folder, or a new one that is made. Returns at once.
     virtual void chooseFolder(QWidget *window, const Folder &panel, Chosen chosen) = 0;
 };
