@@ -20,6 +20,8 @@ QString inWords(const BWStartProblem &problem)
         return QStringLiteral("not enough USB bandwidth");
     case BWStartProblem::Kind::NoPermission:
         return QStringLiteral("no permission to open it");
+    case BWStartProblem::Kind::NoDriver:
+        return QStringLiteral("no driver for it");
     case BWStartProblem::Kind::Gone:
         return QStringLiteral("it is not attached any more");
     case BWStartProblem::Kind::Failed:

@@ -2,6 +2,7 @@
 #include "BWACUDriver/BWCameraSetting.h"
 #include "SysfsTree.h"
 #include "v4l2/BWCameraKind.h"
+#include "v4l2/BWCameraMaker.h"
 #include "v4l2/BWCameraTable.h"
 #include "v4l2/BWVideoAbilities.h"
 #include "v4l2/BWVideoNodeReader.h"
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void withoutAnEntryAbilitiesDecide_data();
     void withoutAnEntryAbilitiesDecide();
     void describesTheOneDevice();
+    void cameraWithoutNodeIsNamed();
     void nodeIsReadFromSysfs();
 
 private:
@@ -156,6 +158,24 @@ void CameraKind::shippedTableIsWhole()
     const BWCameraKind kind = BWCameraKind::of(receiver, abilities, shipped.ruleFor(receiver));
     QCOMPARE(kind.type, u"receptor_wireless_microscope"_s);
     QVERIFY(kind.bridgeChip);
+
+    // The udev rules open the chips of the table, and no others.
+    QFile file(QStringLiteral(BW_UDEV_RULES));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString rules = QString::fromUtf8(file.readAll());
+    const auto usb =
+        QRegularExpression(u"ATTR\\{idVendor\\}==\"(.*)\", \\\\\n +ATTR\\{idProduct\\}==\"(.*)\","_s).match(rules);
+    QCOMPARE(rules.count(u"idVendor"_s), 1);
+    QStringList opened;
+    for (const QString &product : usb.captured(2).split(u'|'))
+        opened.append(usb.captured(1) + u':' + product);
+    QStringList chips;
+    for (const BWCameraRule &rule : shipped.rules()) {
+        if (rule.bridgeChip.value_or(false) && !rule.usb.isNull())
+            chips.append(rule.usb);
+    }
+    QVERIFY(!chips.isEmpty() && !chips.join(u' ').contains(u'*'));
+    QCOMPARE(opened, chips);
 }
 
 void CameraKind::withoutAnEntryAbilitiesDecide_data()
@@ -227,6 +247,27 @@ void CameraKind::describesTheOneDevice()
     QCOMPARE(one->acceptedSettings, (QList<int>{BWSettingHue, BWSettingGain}));
     QVERIFY(one->isBridgeChip);
     QVERIFY2(!kind.describe(abilities, {BWCameraDetector::descriptionForRegularMicroscope()}), "not looked for");
+}
+
+void CameraKind::cameraWithoutNodeIsNamed()
+{
+    SysfsTree tree;
+    const QString device = tree.addUsbDevice(
+        u"1.2"_s, {{u"idVendor"_s, u"1234"_s}, {u"idProduct"_s, u"00ab"_s}, {u"product"_s, u"Pen Scope"_s}});
+    const QString interface = tree.addInterface(device, u"1.2"_s, u"none"_s);
+    QFile::remove(interface + "/driver"_L1);
+    tree.write(interface + "/bInterfaceClass"_L1, u"0e"_s);
+    tree.write(interface + "/bInterfaceSubClass"_L1, u"01"_s);
+    const auto node = BWVideoNodeReader::readInterface(interface);
+    QVERIFY(node);
+    QCOMPARE(node->name, u"Pen Scope"_s);
+    QVERIFY(node->driver.isNull());
+    const auto nameBy = [this, &node](const QString &entries) {
+        const QList<BWCameraDescriptionPtr> types{BWCameraDetector::descriptionForRegularMicroscope()};
+        return BWCameraMaker(table({u"{\"cameras\": [%1]}"_s.arg(entries)}), types).nameOf(*node);
+    };
+    QCOMPARE(nameBy({}), u"Pen Scope"_s);
+    QCOMPARE(nameBy(uR"({"usb": "1234:00ab", "displayName": "Bench 3"})"_s), u"Bench 3"_s);
 }
 
 void CameraKind::nodeIsReadFromSysfs()

@@ -253,9 +253,25 @@ void NodeTracker::interfaceIsPendingUntilItsNodeComes()
     computer.tracker().gone(interface.sysPath, computer.sequence() + 1);
     QVERIFY(!computer.pending());
     computer.tracker().interfaceAppeared(interface, computer.now());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"1234:5678.*no video node"_s));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"1234:5678.*no video node.*modprobe"_s));
     computer.pass(30s);
     QVERIFY(!computer.pending());
+
+    using Kind = BWStartProblem::Kind;
+    QCOMPARE(computer.tracker().blocked(), (QList<BWBlockedCamera>{{u"USB 1234:5678"_s, {Kind::NoDriver}}}));
+    interface.driver = u"usbfs"_s; // a program has taken it
+    computer.tracker().interfaceAppeared(interface, computer.now());
+    QCOMPARE(computer.tracker().blocked().value(0).problem.kind, Kind::InUse);
+    interface.driver = u"uvcvideo"_s;
+    computer.tracker().interfaceAppeared(interface, computer.now());
+    QCOMPARE(computer.tracker().blocked().value(0).problem.kind, Kind::Failed);
+
+    interface.sysPath = "/sys/usb1/1-3/1-3:1.0";
+    interface.name = u"Pen Scope"_s;
+    computer.tracker().interfaceAppeared(interface, computer.now());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Pen Scope.*plug it in again"_s));
+    computer.pass(30s);
+    QCOMPARE(computer.tracker().blocked().value(1).name, u"Pen Scope"_s);
 }
 
 void NodeTracker::lostEventsAreMadeUpFor()

@@ -9,6 +9,7 @@ struct BWStartProblem {
         InUse, ///< another program holds the camera
         NoBandwidth, ///< the bus cannot carry the stream beside what it carries already
         NoPermission, ///< the user may not open the device node
+        NoDriver, ///< the kernel has no driver for it
         Gone, ///< it is not attached any more
         Failed, ///< anything else; the device has logged why
     };

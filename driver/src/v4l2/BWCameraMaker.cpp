@@ -26,6 +26,14 @@ bool BWCameraMaker::mayBeCamera(const BWVideoNode &node) const
     return !rule->ignore && (rule->type.isNull() || std::any_of(m_types.begin(), m_types.end(), isOfRule));
 }
 
+QString BWCameraMaker::nameOf(const BWVideoNode &node) const
+{
+    const BWCameraRule *rule = m_table.ruleFor(node);
+    if (rule && !rule->displayName.isNull())
+        return rule->displayName;
+    return node.name.isEmpty() ? QStringLiteral("USB %1").arg(node.usbId) : node.name;
+}
+
 BWCameraKind BWCameraMaker::kindOf(const BWVideoNode &node, const BWVideoAbilities &abilities) const
 {
     BWVideoNode named = node;

@@ -21,6 +21,9 @@ public:
     /// Whether the node, judged without opening it, can become a camera of one of the types.
     bool mayBeCamera(const BWVideoNode &node) const;
 
+    /// What to call a device for people that has not become a camera.
+    QString nameOf(const BWVideoNode &node) const;
+
     std::optional<BWVideoAbilities> read(const BWVideoNode &node, int &error) const { return m_read(node.path, error); }
 
     BWCameraKind kindOf(const BWVideoNode &node, const BWVideoAbilities &abilities) const;

@@ -24,8 +24,12 @@ BWNodeTracker::BWNodeTracker(BWCameraMaker maker, BWCameraBackend::Events events
 
 void BWNodeTracker::interfaceAppeared(const BWVideoNode &usb, Time now)
 {
-    if (!m_maker.mayBeCamera(usb) || m_entries.contains(usb.sysPath))
+    if (!m_maker.mayBeCamera(usb))
         return;
+    if (const auto known = m_entries.find(usb.sysPath); known != m_entries.end()) {
+        known->second.node.driver = usb.driver;
+        return;
+    }
     Entry entry;
     entry.node = usb;
     entry.isInterface = true;
@@ -120,9 +124,19 @@ QList<BWBlockedCamera> BWNodeTracker::blocked() const
     QList<BWBlockedCamera> blocked;
     for (const auto &[folder, entry] : m_entries) {
         if (!entry.settled && entry.complained)
-            blocked.append({entry.node.name, {BWNodeAccess::problemKind(entry.error)}});
+            blocked.append({m_maker.nameOf(entry.node), problemOf(entry)});
     }
     return blocked;
+}
+
+BWStartProblem BWNodeTracker::problemOf(const Entry &entry)
+{
+    using Kind = BWStartProblem::Kind;
+    if (!entry.isInterface)
+        return {BWNodeAccess::problemKind(entry.error)};
+    if (entry.node.driver.isNull())
+        return {Kind::NoDriver};
+    return {entry.node.isTakenByProgram() ? Kind::InUse : Kind::Failed};
 }
 
 bool BWNodeTracker::isAttempted(const Entry &entry, Time now) const
@@ -162,8 +176,8 @@ void BWNodeTracker::complain(Entry &entry) const
     entry.complained = true;
     const BWVideoNode &node = entry.node;
     if (entry.isInterface)
-        qCWarning(bwDriver).noquote() << u"USB camera %1 at %2 has got no video node: its driver is missing, or "
-                                         "another program drives it"_s.arg(node.usbId, node.port);
+        qCWarning(bwDriver).noquote() << u"USB camera %1 (%2) at %3 has got no video node: %4"_s.arg(
+            m_maker.nameOf(node), node.usbId, node.port, node.whyWithoutNode());
     else if (entry.error != 0)
         qCWarning(bwDriver).noquote() << u"Camera %1 cannot be used yet: %2"_s.arg(
             node.name, BWNodeAccess::problem(node.path, entry.error));

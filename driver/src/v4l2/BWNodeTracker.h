@@ -23,7 +23,8 @@ public:
     /// `udevRuns`: without it nobody sets nodes up, and they are taken as they are.
     BWNodeTracker(BWCameraMaker maker, BWCameraBackend::Events events, std::function<bool()> udevRuns);
 
-    /// A USB interface of a camera, which will get its video node when the driver is ready.
+    /// A USB interface of a camera, which will get its video node when the driver is ready. May be told again when a
+    /// driver has taken it.
     void interfaceAppeared(const BWVideoNode &usb, Time now);
     /// `initialised`: udev has set the node up. `sequence`: the event's number, 0 for a node that was found there.
     void nodeAppeared(const BWVideoNode &node, bool initialised, quint64 sequence, Time now);
@@ -61,6 +62,7 @@ private:
     bool isAttempted(const Entry &entry, Time now) const;
     void attempt(Entry &entry);
     void settle(Entry &entry, const BWVideoAbilities &abilities);
+    static BWStartProblem problemOf(const Entry &entry);
     void complain(Entry &entry) const;
     QString uniqueIdentifier(const BWVideoNode &node) const;
     void drop(std::map<QByteArray, Entry>::iterator entry);

@@ -116,7 +116,7 @@ bool BWUdevSources::readMonitor(udev_monitor *monitor, bool initialised, BWNodeT
         if (action == "remove")
             tracker.gone(sysPath, sequence);
         else if (!isVideo(device.get())) {
-            if (action == "add")
+            if (action == "add" || action == "bind") // by a driver, or by a program
                 reportInterface(sysPath, tracker);
         } else if (action == "add" || initialised)
             reportNode(sysPath, initialised, sequence, tracker);

@@ -114,9 +114,8 @@ QList<Node> BWV4L2Listing::list(const QStringList &tables)
     for (const QByteArray &folder : interfaces) {
         if (const auto interface = BWVideoNodeReader::readInterface(QFile::decodeName(folder))) {
             nodes.append(basics(*interface));
-            nodes.last().problems.append(interface->driver.isNull()
-                                             ? u"no driver has taken this camera: load it with \"modprobe uvcvideo\""_s
-                                             : u"its driver has made no video node; plug it in again"_s);
+            nodes.last().name = maker.nameOf(*interface);
+            nodes.last().problems.append(interface->whyWithoutNode());
         }
     }
     return nodes;

@@ -80,7 +80,9 @@ std::optional<BWVideoNode> BWVideoNodeReader::readInterface(const QString &folde
     BWVideoNode node;
     node.sysPath = QFile::encodeName(path);
     node.driver = BWSysfs::linkedName(path + "/driver"_L1);
-    readUsb(node, BWSysfs::usbDevice(path), path);
+    const QString usbDevice = BWSysfs::usbDevice(path);
+    node.name = BWSysfs::attribute(usbDevice + "/product"_L1);
+    readUsb(node, usbDevice, path);
     return node;
 }
 
