@@ -202,7 +202,10 @@ void AppDelegate::connectActions()
     connect(&bar, &BWControlBar::recordTriggered, this, &AppDelegate::onRecord);
     m_window->centeringClipView().setLeftButtonClicks(
         [this] { return m_repository.configManager().saveSnapshotOnClick(); });
-    connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, &AppDelegate::forceSnapshot);
+    connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, [this] {
+        forceSnapshot();
+        m_window->centeringClipView().showCameraCursor();
+    });
     connect(&m_window->centeringClipView(), &BWCenteringClipView::firstPicturePainted, this,
             [this] { m_firstFrameMilliseconds = BWStatisticsReport::millisecondsSinceStart(); });
     connect(m_window.get(), &BWMainWindow::otherKeyPressed, this, &AppDelegate::otherKeyPressed);

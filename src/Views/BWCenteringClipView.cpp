@@ -1,6 +1,7 @@
 #include "Views/BWCenteringClipView.h"
 
 #include "Model/LiveView/BWMeasuringGrid.h"
+#include "Views/Utils/BWIcons.h"
 
 #include <QAccessibleWidget>
 #include <QGuiApplication>
@@ -10,6 +11,8 @@
 #include <QScrollBar>
 #include <QtMath>
 #include <QWheelEvent>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -73,6 +76,14 @@ void BWCenteringClipView::setGridDistance(double distance)
         return;
     m_gridDistance = distance;
     updatePicture();
+}
+
+void BWCenteringClipView::showCameraCursor()
+{
+    constexpr int size = 32;
+    const QPixmap picture =
+        BWIcons::image(u"camera_cursor.png"_s).pixmap(QSize(size, size), window()->devicePixelRatioF());
+    viewport()->setCursor(QCursor(picture, 0, 0));
 }
 
 void BWCenteringClipView::clear()
@@ -213,10 +224,10 @@ void BWCenteringClipView::mouseMoveEvent(QMouseEvent *event)
 
 void BWCenteringClipView::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event->button() == m_panButton) {
+    if (event->button() == m_panButton)
         m_panButton = Qt::NoButton;
+    if (m_panButton == Qt::NoButton)
         viewport()->unsetCursor();
-    }
 }
 
 void BWCenteringClipView::wheelEvent(QWheelEvent *event)

@@ -24,6 +24,8 @@ public:
 
     /// Asked at each press of the left button: it either clicks, or takes hold of the image to move it.
     void setLeftButtonClicks(std::function<bool()> clicks) { m_leftButtonClicks = std::move(clicks); }
+    /// Until the mouse button is released: the press has taken a picture.
+    void showCameraCursor();
 
     /// Shows nothing until the next frame.
     void clear();

@@ -234,6 +234,28 @@ private Q_SLOTS:
         QVERIFY(!buttonNamed(sheet, u"OK"_s)->isEnabled());
     }
 
+    void theCursorTellsThatAPressTakesAPicture()
+    {
+        BWLiveRenderer renderer;
+        BWCenteringClipView view(renderer);
+        view.resize(400, 300);
+        view.show();
+        connect(&view, &BWCenteringClipView::mousePressed, &view, &BWCenteringClipView::showCameraCursor);
+        QTest::mouseMove(view.viewport());
+        QCOMPARE(view.viewport()->cursor().shape(), Qt::ArrowCursor);
+        const auto press = [&view] { // which counts when the program has been in front for a moment
+            QTest::mousePress(view.viewport(), Qt::LeftButton);
+            return view.viewport()->cursor().shape() != Qt::ArrowCursor;
+        };
+        QTRY_VERIFY(press());
+        const QCursor cursor = view.viewport()->cursor();
+        QCOMPARE(cursor.hotSpot(), QPoint());
+        QCOMPARE(cursor.pixmap().size(), QSize(32, 32) * view.devicePixelRatio());
+        QVERIFY(cursor.pixmap().toImage().pixelColor(16, 11).alpha() > 0); // the camera is drawn
+        QTest::mouseRelease(view.viewport(), Qt::LeftButton);
+        QCOMPARE(view.viewport()->cursor().shape(), Qt::ArrowCursor);
+    }
+
     void screenReadersMayAskForScrollBarsThatHaveGone()
     {
         BWLiveRenderer renderer;
