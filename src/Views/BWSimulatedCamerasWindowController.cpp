@@ -43,7 +43,9 @@ void BWSimulatedCamerasWindowController::localizeWithManager(BWLocalizationManag
 void BWSimulatedCamerasWindowController::showBelow(const QWidget &window)
 {
     adjustSize();
-    const QMargins margins = BWWindowPlacement::assumedMargins; // the other window, too, is only just being shown
+    // The other window, too, is only just being shown. Less than what is usual elsewhere: on a screen of 800 points both
+    // have just room.
+    constexpr QMargins margins{0, 30, 0, 0};
     const QRect other(window.pos(), window.size().grownBy(margins));
     const QRect place(other.bottomLeft(), size().grownBy(margins));
     move(BWWindowPlacement::onScreens().fitted(place, other).topLeft());
