@@ -156,6 +156,8 @@ private Q_SLOTS:
         QVERIFY(field.fontMetrics().horizontalAdvance(text) <= field.width());
         field.resize(wanted / 5, 12);
         QCOMPARE(field.font().pointSizeF(), 10.0);
+        field.resize(wanted * 9 / 10, QFontMetrics(fontOfSize(16)).height() + 4); // a little higher than one line
+        QVERIFY(field.fontMetrics().horizontalAdvance(text) <= field.width());
         field.setFont(fontOfSize(8)); // small by wish
         QCOMPARE(field.font().pointSizeF(), 8.0);
         field.setFont(fontOfSize(16));

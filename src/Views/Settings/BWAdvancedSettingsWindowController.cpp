@@ -9,11 +9,11 @@
 #include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
 #include "Views/Utils/BWAnnouncement.h"
+#include "Views/Utils/BWResizingButton.h"
+#include "Views/Utils/BWVerticallyCenteringTextFieldCell.h"
 
 #include <array>
 #include <QGridLayout>
-#include <QLabel>
-#include <QPushButton>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -54,10 +54,10 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
       m_currentCamera(std::move(currentCamera)),
       m_clock(clock),
       m_settingsView(new QWidget),
-      m_productName(new QLabel),
+      m_productName(new BWVerticallyCenteringTextFieldCell),
       m_notice(new BWAnnouncement),
-      m_saveAsDefaultButton(new QPushButton),
-      m_restoreDefaultsButton(new QPushButton)
+      m_saveAsDefaultButton(new BWResizingButton),
+      m_restoreDefaultsButton(new BWResizingButton)
 {
     layOut();
     connect(m_saveAsDefaultButton, &QPushButton::clicked, this, &BWAdvancedSettingsWindowController::onSaveAsDefault);
@@ -103,13 +103,13 @@ void BWAdvancedSettingsWindowController::localizeWithManager(BWLocalizationManag
 {
     m_texts = &manager;
     setWindowTitle(manager.text(u"advanced_settings_window"_s, u"window_title"_s, u"Advanced settings"_s));
-    m_saveAsDefaultButton->setText(
+    m_saveAsDefaultButton->setTitle(
         manager.text(u"advanced_settings_window"_s, u"save_as_defaults_button"_s, u"Save as defaults"_s));
     m_saveAsDefaultButton->setToolTip(manager.text(
         u"advanced_settings_window"_s, u"save_as_defaults_tooltip"_s,
         u"Cameras of this product start with these values and the resolution last chosen for it from now on"_s));
-    m_restoreDefaultsButton->setText(manager.text(u"advanced_settings_window"_s, u"restore_factory_settings_button"_s,
-                                                  u"Restore factory settings"_s));
+    m_restoreDefaultsButton->setTitle(manager.text(u"advanced_settings_window"_s, u"restore_factory_settings_button"_s,
+                                                   u"Restore factory settings"_s));
     m_restoreDefaultsButton->setToolTip(
         manager.text(u"advanced_settings_window"_s, u"restore_factory_settings_tooltip"_s,
                      u"Sets all values as they were when the camera was new, and saves them as defaults"_s));

@@ -14,10 +14,10 @@
 
 class BWAnnouncement;
 class BWConfigManager;
+class BWResizingButton;
 class BWSettingViewController;
 class BWUserDefaults;
 class QLabel;
-class QPushButton;
 
 /// The advanced settings window: the controls of the running camera, with the values of its product. Every change goes
 /// to the camera at once and into the product, which is stored when the user asks for it.
@@ -97,8 +97,8 @@ private:
     QWidget *m_settingsView; ///< the grid
     QLabel *m_productName;
     BWAnnouncement *m_notice; ///< whether the values shown were stored, until one changes
-    QPushButton *m_saveAsDefaultButton;
-    QPushButton *m_restoreDefaultsButton;
+    BWResizingButton *m_saveAsDefaultButton;
+    BWResizingButton *m_restoreDefaultsButton;
     QList<BWSettingViewController *> m_settingControllers;
     QHash<int, BWSettingViewController *> m_settingControllersBySetting;
     BWCameraProductPtr m_product;

@@ -2,6 +2,7 @@
 
 #include "Model/BWLocalizationManager.h"
 #include "Views/Settings/BWClampingSpinBox.h"
+#include "Views/Utils/BWResizingTextField.h"
 
 #include <algorithm>
 #include <QEvent>
@@ -22,7 +23,7 @@ constexpr float dimmed = 0.6F; // how much of a text is seen that the user canno
 
 BWNumericSettingViewController::BWNumericSettingViewController(BWLocalizationManager &texts, QWidget *parent)
     : BWSettingViewController(texts, parent),
-      m_label(new QLabel),
+      m_label(new BWResizingTextField),
       m_hint(new QLabel),
       m_slider(new QSlider(Qt::Horizontal)),
       m_textField(new BWClampingSpinBox)
@@ -55,7 +56,7 @@ BWNumericSettingViewController::BWNumericSettingViewController(BWLocalizationMan
 
 void BWNumericSettingViewController::reload()
 {
-    m_label->setText(localizedName());
+    m_label->setStringValue(localizedName());
     nameControls({m_slider, m_textField});
     if (const auto live = setting()) {
         const QSignalBlocker slider(m_slider);

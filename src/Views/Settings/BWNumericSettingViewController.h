@@ -2,6 +2,7 @@
 
 #include "Views/Settings/BWSettingViewController.h"
 
+class BWResizingTextField;
 class BWClampingSpinBox;
 class QSlider;
 
@@ -27,7 +28,7 @@ private:
     void updateColors();
     void updateToolTip();
 
-    QLabel *m_label;
+    BWResizingTextField *m_label;
     QLabel *m_hint; ///< beside the name: the control is held
     QSlider *m_slider;
     BWClampingSpinBox *m_textField; ///< and stepper

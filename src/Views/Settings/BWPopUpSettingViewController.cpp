@@ -1,13 +1,13 @@
 #include "Views/Settings/BWPopUpSettingViewController.h"
 
 #include "Views/Utils/BWPopUpButton.h"
+#include "Views/Utils/BWResizingTextField.h"
 
 #include <QAbstractItemView>
-#include <QLabel>
 #include <QVBoxLayout>
 
 BWPopUpSettingViewController::BWPopUpSettingViewController(BWLocalizationManager &texts, QWidget *parent)
-    : BWSettingViewController(texts, parent), m_label(new QLabel), m_popUpButton(new BWPopUpButton)
+    : BWSettingViewController(texts, parent), m_label(new BWResizingTextField), m_popUpButton(new BWPopUpButton)
 {
     m_label->setBuddy(m_popUpButton);
     setFocusProxy(m_popUpButton);
@@ -19,7 +19,7 @@ BWPopUpSettingViewController::BWPopUpSettingViewController(BWLocalizationManager
 
 void BWPopUpSettingViewController::reload()
 {
-    m_label->setText(localizedName());
+    m_label->setStringValue(localizedName());
     nameControls({m_popUpButton});
     updateValue();
 }

@@ -2,6 +2,7 @@
 
 #include "Views/Settings/BWSettingViewController.h"
 
+class BWResizingTextField;
 class QComboBox;
 
 /// A control that is set by choosing from a menu. Disabled it shows nothing: an empty item, the first, is then chosen.
@@ -25,6 +26,6 @@ protected:
 private:
     bool hasEmptyItem() const;
 
-    QLabel *m_label;
+    BWResizingTextField *m_label;
     QComboBox *m_popUpButton;
 };

@@ -13,9 +13,10 @@ void BWResizingTextField::setStringValue(const QString &text)
 
 void BWResizingTextField::fit()
 {
-    m_font.fit(text(), contentsRect().size());
-    // two lines of which half is cut off are worse than one that is cut at its end
-    setWordWrap(contentsRect().height() >= 2 * fontMetrics().lineSpacing());
+    // Two lines of which half is cut off are worse than a smaller one.
+    const bool wraps = contentsRect().height() >= 2 * QFontMetrics(m_font.fullFont()).lineSpacing();
+    m_font.fit(text(), QSizeF(contentsRect().width(), wraps ? contentsRect().height() : 1));
+    setWordWrap(wraps);
 }
 
 QSize BWResizingTextField::textSize(const QFont &font) const
