@@ -53,7 +53,8 @@ BWAlbumNotice::BWAlbumNotice(QWidget *parent, BWClock &clock)
 
 BWAlbumNotice::~BWAlbumNotice()
 {
-    endNotice();
+    if (m_end)
+        m_end->cancel();
 }
 
 void BWAlbumNotice::localize(BWLocalizationManager &manager)
@@ -77,6 +78,8 @@ void BWAlbumNotice::endNotice()
 {
     if (const auto end = std::exchange(m_end, nullptr))
         end->cancel();
+    if (window()->focusWidget() == m_undo)
+        focusPreviousChild(); // back to the thumbnails; the next one would be the pop-up, where keys change the album
     hide();
 }
 
