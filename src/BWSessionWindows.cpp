@@ -89,7 +89,7 @@ void BWSessionWindows::settingsChanged()
 
 QString BWSessionWindows::localizeProductName(const BWCameraProduct &product) const
 {
-    return m_repository.localizationManager().text(u"camera_product"_s, product.identifier(), product.name());
+    return m_auxiliary.settings().localizeProductName(product);
 }
 
 void BWSessionWindows::enableCameraMenus()
@@ -113,13 +113,8 @@ void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const
 QStringList BWSessionWindows::cameraTitles() const
 {
     QStringList names;
-    for (const BWCameraPtr &camera : m_cameras) {
-        const BWCameraDescription &description = *camera->detectedCamera()->cameraDescription();
-        BWLocalizationManager &texts = m_repository.localizationManager();
-        names.append(description.hasOwnName
-                         ? description.name
-                         : texts.text(u"camera_type"_s, description.identifierForCameraType, description.name));
-    }
+    for (const BWCameraPtr &camera : m_cameras)
+        names.append(m_auxiliary.settings().localizeCameraName(*camera));
     return BWCameraTitles::unique(names);
 }
 
