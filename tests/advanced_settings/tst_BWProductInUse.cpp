@@ -90,6 +90,14 @@ private Q_SLOTS:
         config.productByIdentifier(u"mx61"_s)->setCurrentResolution({1280, 1024});
         config.setCurrentProductIdentifier(u"mx61"_s, u"wired_high"_s);
         QTRY_COMPARE(size(), u"1280x1024 1280x1024"_s);
+
+        // One after the other, as when the arrow keys go through the menu.
+        for (const QString &product : {u"dx10"_s, u"mx61"_s, u"dx10"_s}) {
+            config.setCurrentProductIdentifier(product, u"wired_high"_s);
+            QCoreApplication::processEvents();
+        }
+        settle();
+        QCOMPARE(size(), u"640x480 640x480"_s);
     }
 
     /// It would end by a change of the size.
@@ -100,10 +108,7 @@ private Q_SLOTS:
         QTRY_VERIFY(m_delegate->currentCamera()->recording());
         m_hand->pushFrames(1);
         m_advanced->onRestoreDefaults();
-        std::promise<void> done;
-        m_delegate->currentCamera()->setResolution({1600, 1200}, [&done] { done.set_value(); }); // after all before
-        done.get_future().wait();
-        QCoreApplication::processEvents();
+        settle();
         QVERIFY(m_delegate->currentCamera()->recording());
         QCOMPARE(size(), u"1600x1200 1600x1200"_s);
     }
@@ -116,6 +121,14 @@ private:
         Q_EMIT menu.textActivated(menu.currentText());
         QTRY_COMPARE(m_delegate->currentCamera()->defaultResolution(), resolution);
         QCOMPARE(m_advanced->product()->currentResolution(), resolution);
+    }
+    /// The camera has done what it was asked, and the program what follows.
+    void settle() const
+    {
+        std::promise<void> done;
+        m_delegate->currentCamera()->startWithCompletion([&done](bool) { done.set_value(); });
+        done.get_future().wait();
+        QCoreApplication::processEvents();
     }
     /// Of the camera, and what the bar shows.
     QString size() const

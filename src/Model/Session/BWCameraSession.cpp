@@ -414,9 +414,9 @@ void BWCameraSession::changeResolution(BWResolution resolution)
 void BWCameraSession::useProductResolution()
 {
     const auto product = currentProduct();
-    if (m_state != State::Streaming || !product || m_currentCamera->recording()
-        || product->currentResolution() == m_currentCamera->defaultResolution())
+    if (m_state != State::Streaming || !product || m_currentCamera->recording())
         return;
+    // Also when it has that size: another one may be on its way.
     m_currentCamera->setResolution(product->currentResolution(), then([this] {
                                        showResolutions();
                                        m_ui.updateImageDisplay();
