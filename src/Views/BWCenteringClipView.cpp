@@ -159,9 +159,12 @@ void BWCenteringClipView::paintEvent(QPaintEvent *event)
     }
 }
 
-/// By the layout of the picture that is shown, which follows a change of the layout a little later.
+/// By the layout of the picture that is shown, which follows a change of the layout a little later. On a picture of
+/// another size the distance would be wrong.
 void BWCenteringClipView::drawGrid(QPainter &painter) const
 {
+    if (m_image.request.picture() != m_geometry.imageSize())
+        return;
     const QList<QRect> lines = BWMeasuringGrid(m_image.request.frameSize, m_gridDistance).pixels(m_image.request);
     for (const QRect &line : lines)
         painter.fillRect(line, Qt::red);

@@ -204,13 +204,27 @@ void TestBWMeasuringGrid::staysWithThePictureThatIsShown()
     QCOMPARE(taken.request.frameSize, QSizeF(400, 320));
     QCOMPARE(faults(view.viewport()->grab().toImage(), before, grid), QString());
 
-    // Nor is it squeezed into the layout of another size before the first picture of that size has come.
+    // Nor is it squeezed into the layout of another size before the first picture of that size has come; there is no
+    // grid meanwhile, whose distance is one for that size.
     view.setLiveGeometry(before);
     QCOMPARE(faultsOf(view, before, grid), QString());
     QSignalSpy drawn(&renderer, &BWLiveRenderer::imageReady);
     view.setLiveGeometry(BWLiveViewGeometry({320, 160}, {}));
     QTRY_VERIFY(!drawn.isEmpty());
-    QCOMPARE(faultsOf(view, before, grid), QString());
+    const auto shown = [&view] {
+        const QImage image = view.viewport()->grab().toImage();
+        const QRgb middle = image.pixel(image.rect().center());
+        QRect picture;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                picture |= image.pixel(x, y) == middle ? QRect(x, y, 1, 1) : QRect();
+        return picture.size();
+    };
+    QTRY_COMPARE(faults(view.viewport()->grab().toImage(), before, {}), QString());
+    QCOMPARE(shown(), size);
+    renderer.prepareBuffer(grey({320, 160}));
+    const BWLiveViewGeometry after({320, 160}, {});
+    QCOMPARE(faultsOf(view, after, BWMeasuringGrid(after.frameSize(), 40)), QString());
 }
 
 void TestBWMeasuringGrid::drawsNothing_data()

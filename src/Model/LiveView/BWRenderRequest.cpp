@@ -17,11 +17,11 @@ BWRenderRequest::BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewp
     visible = QRect(-target, deviceViewport).intersected(QRect(QPoint(0, 0), imageSize));
 }
 
-BWRenderRequest BWRenderRequest::forPicture(QSize picture) const
+BWRenderRequest BWRenderRequest::forPicture(QSize size) const
 {
-    if (visible.isEmpty() || picture == m_geometry.imageSize())
+    if (visible.isEmpty() || size == picture())
         return *this;
-    const BWLiveViewGeometry geometry(picture, m_geometry.state());
+    const BWLiveViewGeometry geometry(size, m_geometry.state());
     const QPoint scroll = geometry.scrollForMiddle(m_geometry.middle(m_viewport, m_scroll), m_viewport);
     return {geometry, m_viewport, scroll, devicePixelRatio};
 }

@@ -20,8 +20,10 @@ struct BWRenderRequest {
     /// `viewport` and `scroll` in points; `ratio` is that of device pixels to them.
     BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double ratio);
 
+    /// The size of the camera's pictures that it is for, in pixels.
+    QSize picture() const { return m_geometry.imageSize(); }
     /// The same look at a picture of another size, as if that were the camera's: the point in the middle stays there.
-    BWRenderRequest forPicture(QSize picture) const;
+    BWRenderRequest forPicture(QSize size) const;
 
     bool operator==(const BWRenderRequest &) const = default;
 
