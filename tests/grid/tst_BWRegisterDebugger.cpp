@@ -113,48 +113,38 @@ private Q_SLOTS:
         QTRY_COMPARE(m_camera.use_count(), 1L); // what was under way comes to its end without the window
     }
 
-    void withoutAChipItReadsZeros_data()
-    {
-        QTest::addColumn<bool>("camera");
-        QTest::newRow("no camera") << false;
-        QTest::newRow("a camera without one") << true;
-    }
     void withoutAChipItReadsZeros()
     {
-        QFETCH(bool, camera);
         const auto device =
             std::make_shared<BWDetectedCamera>(BWCameraDetector::descriptionForRegularMicroscope(), u"plain"_s,
                                                [this] { return std::make_unique<SlowChip>(m_bus); });
-        const BWCameraPtr plain = camera ? std::make_shared<BWCamera>(device) : nullptr;
-        BWEMPIADebuggerWindowController window([plain] { return plain; });
-        window.localizeWithManager(m_texts);
-        window.onWriteRegisters();
-        window.onReadRegisters();
-        QCOMPARE(values(window), QStringList(9, u"0"_s));
-        QVERIFY(saysSomewhere(window, u"No camera with a bridge chip is in use."_s));
+        for (const BWCameraPtr &plain : {BWCameraPtr(), std::make_shared<BWCamera>(device)}) {
+            BWEMPIADebuggerWindowController window([plain] { return plain; });
+            window.localizeWithManager(m_texts);
+            window.onWriteRegisters();
+            window.onReadRegisters();
+            QCOMPARE(values(window), QStringList(9, u"0"_s));
+            QVERIFY(saysSomewhere(window, u"No camera with a bridge chip is in use."_s));
+        }
     }
 
-    void faultyRowsEndTheProgram_data()
-    {
-        QTest::addColumn<bool>("reads");
-        QTest::newRow("read") << true;
-        QTest::newRow("write") << false;
-    }
     void faultyRowsEndTheProgram()
     {
-        QFETCH(bool, reads);
-        BWEMPIADebuggerWindowController window([] { return nullptr; });
-        const auto use = [&] { reads ? window.onReadRegisters() : window.onWriteRegisters(); };
-        delete tagged<QLabel>(window, 3); // the row is not there, which is fine
-        QVERIFY(!aborts(use));
-        auto *name = tagged<QLabel>(window, 4);
-        const QString known = name->text();
-        name->setText(u"EM28XX_R99"_s);
-        QVERIFY(aborts(use));
-        name->setText(known);
-        QVERIFY(!aborts(use));
-        delete tagged<QLineEdit>(window, -4);
-        QVERIFY(aborts(use));
+        for (const auto use :
+             {&BWEMPIADebuggerWindowController::onReadRegisters, &BWEMPIADebuggerWindowController::onWriteRegisters}) {
+            BWEMPIADebuggerWindowController window([] { return nullptr; });
+            const auto ends = [&] { return aborts([&] { (window.*use)(); }); };
+            delete tagged<QLabel>(window, 3); // the row is not there, which is fine
+            QVERIFY(!ends());
+            auto *name = tagged<QLabel>(window, 4);
+            const QString known = name->text();
+            name->setText(u"EM28XX_R99"_s);
+            QVERIFY(ends());
+            name->setText(known);
+            QVERIFY(!ends());
+            delete tagged<QLineEdit>(window, -4);
+            QVERIFY(ends());
+        }
     }
 
 private:

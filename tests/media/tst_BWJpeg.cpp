@@ -117,23 +117,11 @@ private Q_SLOTS:
             QCOMPARE(completed(other), other);
     }
 
-    void encodesColours_data()
-    {
-        QTest::addColumn<BWPixelFormat>("format");
-        QTest::newRow("YUYV") << BWPixelFormat::YUYV;
-        QTest::newRow("UYVY") << BWPixelFormat::UYVY;
-        QTest::newRow("NV12") << BWPixelFormat::NV12;
-        QTest::newRow("YU12") << BWPixelFormat::YU12;
-        QTest::newRow("GREY") << BWPixelFormat::GREY;
-        QTest::newRow("RGB24") << BWPixelFormat::RGB24;
-        QTest::newRow("BGR24") << BWPixelFormat::BGR24;
-    }
-
     void encodesColours()
     {
-        QFETCH(BWPixelFormat, format);
         constexpr int tolerance = 5; // of 8-bit YUV and quality 95
-        const auto check = [format](BWColorMatrix matrix, BWColorRange range, QSize size, QColor left, QColor right) {
+        const auto check = [](BWPixelFormat format, BWColorMatrix matrix, BWColorRange range, QSize size, QColor left,
+                              QColor right) {
             const BWFrame frame = TestFrames::twoColours(format, size, left, right, matrix, range);
             const QImage image = QImage::fromData(BWJpeg::encode(frame, 95), "JPEG");
             QCOMPARE(image.size(), size);
@@ -150,11 +138,15 @@ private Q_SLOTS:
             QVERIFY2(distance(shownLeft, expected(left)) <= tolerance, qPrintable(shownLeft.name() + left.name()));
             QVERIFY2(distance(shownRight, expected(right)) <= tolerance, qPrintable(shownRight.name() + right.name()));
         };
-        for (const BWColorMatrix matrix : {BWColorMatrix::BT601, BWColorMatrix::BT709}) {
-            for (const BWColorRange range : {BWColorRange::Limited, BWColorRange::Full}) {
-                check(matrix, range, {64, 48}, Qt::red, Qt::blue);
-                check(matrix, range, {67, 45}, Qt::green, Qt::black);
-                check(matrix, range, {67, 45}, Qt::white, QColor(225, 165, 140));
+        using Format = BWPixelFormat;
+        for (const Format format :
+             {Format::YUYV, Format::UYVY, Format::NV12, Format::YU12, Format::GREY, Format::RGB24, Format::BGR24}) {
+            for (const BWColorMatrix matrix : {BWColorMatrix::BT601, BWColorMatrix::BT709}) {
+                for (const BWColorRange range : {BWColorRange::Limited, BWColorRange::Full}) {
+                    check(format, matrix, range, {64, 48}, Qt::red, Qt::blue);
+                    check(format, matrix, range, {67, 45}, Qt::green, Qt::black);
+                    check(format, matrix, range, {67, 45}, Qt::white, QColor(225, 165, 140));
+                }
             }
         }
     }
