@@ -4,7 +4,7 @@
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
 
-#include <QTest>
+#include <memory>
 
 /// Simulated cameras that are opened, and pulled out by unplug().
 class AttachedCameras {
@@ -19,37 +19,18 @@ public:
             options.last().type = type;
             options.last().pacing = BWSimulatedCameraOptions::Pacing::Manual;
         }
-        auto backend = BWSimulatedBackend::create(options);
-        m_simulated = backend->cameras();
-        std::vector<std::unique_ptr<BWCameraBackend>> backends;
-        backends.push_back(std::move(backend));
-        m_detector = std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(backends));
-        m_detector->setCameraFoundBlock(
-            [this](const BWDetectedCameraPtr &device) { m_manager.addDetectedCamera(device); });
-        m_detector->setCameraRemovedBlock(
-            [this](const BWDetectedCameraPtr &device) { m_manager.removeDetectedCamera(device); });
-        m_detector->startCamerasDetection();
-        wait(types.size());
+        m_backend = BWSimulatedBackend::create(options);
+        m_backend->start(BWCameraDetector::supportedDescriptions(),
+                         {[this](const BWDetectedCameraPtr &device) { m_manager.addDetectedCamera(device); },
+                          [this](const BWDetectedCameraPtr &device) { m_manager.removeDetectedCamera(device); }});
     }
 
     const QList<BWCameraPtr> &list() const { return m_manager.cameras(); }
     const BWCameraPtr &operator[](qsizetype index) const { return list()[index]; }
 
-    void unplug(qsizetype index)
-    {
-        const auto count = list().size() - 1;
-        m_simulated[index]->unplug();
-        wait(count);
-    }
+    void unplug(qsizetype index) const { m_backend->cameras()[index]->unplug(); }
 
 private:
-    void wait(qsizetype count)
-    {
-        if (!QTest::qWaitFor([&] { return list().size() == count; }))
-            qFatal("%d cameras are attached, not %d", int(list().size()), int(count));
-    }
-
-    QList<std::shared_ptr<BWSimulatedCamera>> m_simulated;
     BWCameraManager m_manager;
-    std::unique_ptr<BWCameraDetector> m_detector;
+    std::unique_ptr<BWSimulatedBackend> m_backend;
 };
