@@ -14,21 +14,27 @@
 /// Frames with known colours, made with the formulas of ITU-R BT.601 and BT.709 in floating point.
 namespace TestFrames {
 
-struct Yuv {
-    uint8_t y, u, v;
-};
-
-inline Yuv toYuv(const QColor &color, BWColorMatrix matrix, BWColorRange range)
+/// Y, U, V, R, G or B of a colour.
+inline char component(char which, const QColor &color, BWColorMatrix matrix, BWColorRange range)
 {
     const double kr = matrix == BWColorMatrix::BT601 ? 0.299 : 0.2126;
     const double kb = matrix == BWColorMatrix::BT601 ? 0.114 : 0.0722;
     const double luma = kr * color.redF() + (1 - kr - kb) * color.greenF() + kb * color.blueF();
-    const double u = (color.blueF() - luma) / (2 * (1 - kb));
-    const double v = (color.redF() - luma) / (2 * (1 - kr));
     const bool full = range == BWColorRange::Full;
-    const auto byte = [](double value) { return static_cast<uint8_t>(std::clamp(std::lround(value), 0L, 255L)); };
-    return {byte(full ? luma * 255 : 16 + luma * 219), byte(128 + u * (full ? 255 : 224)),
-            byte(128 + v * (full ? 255 : 224))};
+    const auto byte = [](double value) { return static_cast<char>(std::clamp(std::lround(value), 0L, 255L)); };
+    const auto chroma = [&](double part, double weight) {
+        return byte(128 + (full ? 255 : 224) * (part - luma) / (2 * (1 - weight)));
+    };
+    switch (which) {
+    case 'Y':
+        return byte(full ? luma * 255 : 16 + luma * 219);
+    case 'U':
+        return chroma(color.blueF(), kb);
+    case 'V':
+        return chroma(color.redF(), kr);
+    default:
+        return static_cast<char>(which == 'R' ? color.red() : which == 'G' ? color.green() : color.blue());
+    }
 }
 
 /// A frame whose pixel at (x, y) has the colour `color(x, y)`, the same for each 2x2 block.
@@ -43,20 +49,6 @@ inline BWFrame make(BWPixelFormat format, QSize size, const std::function<QColor
         {BWPixelFormat::YU12, {"YY", "U", "V"}}, {BWPixelFormat::RGB24, {"RGBRGB"}},
         {BWPixelFormat::BGR24, {"BGRBGR"}},
     };
-    const auto component = [&](char which, int x, int y) {
-        const QColor rgb = color(std::min(x, size.width() - 1), y);
-        const Yuv yuv = toYuv(rgb, matrix, range);
-        switch (which) {
-        case 'Y':
-            return char(yuv.y);
-        case 'U':
-            return char(yuv.u);
-        case 'V':
-            return char(yuv.v);
-        default:
-            return char(which == 'R' ? rgb.red() : which == 'G' ? rgb.green() : rgb.blue());
-        }
-    };
     const QByteArrayList &layout = layouts.at(format);
     auto buffers = std::make_shared<std::array<QByteArray, 3>>();
     BWFrameInfo info{format, size.width(), size.height(), {}, matrix, range, {}, 0};
@@ -68,8 +60,10 @@ inline BWFrame make(BWPixelFormat format, QSize size, const std::function<QColor
         for (int y = 0; y < size.height(); y += plane == 0 ? 1 : 2) {
             const qsizetype begin = buffer.size();
             for (int pair = 0; pair < size.width(); pair += 2) {
-                for (qsizetype i = 0; i < bytes.size(); ++i)
-                    buffer += component(bytes[i], pair + int(bytes.first(i).count(bytes[i])), y);
+                for (qsizetype i = 0; i < bytes.size(); ++i) {
+                    const int x = pair + int(bytes.first(i).count(bytes[i]));
+                    buffer += component(bytes[i], color(std::min(x, size.width() - 1), y), matrix, range);
+                }
             }
             buffer += QByteArray(6, '\xee'); // rows longer than the picture, as drivers have them
             stride = buffer.size() - begin;
