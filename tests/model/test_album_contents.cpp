@@ -16,9 +16,15 @@ class TestAlbumContents : public QObject {
 private Q_SLOTS:
     void tellsThatThereIsNoAlbum()
     {
-        BWAlbumContents contents(m_albums, m_clock); // that could not be prepared
+        BWAlbumManager albums(m_defaults, m_folder.path());
+        BWAlbumContents contents(albums, m_clock);
+        contents.reload();
+        QCOMPARE(contents.state(), State::Reading); // it is not known yet
+        m_folder.file(u"BrimwellPro"_s); // where the folder should be
+        albums.prepare();
         contents.reload();
         QCOMPARE(contents.state(), State::Unavailable);
+        QVERIFY(QFile::remove(m_folder.path() + u"/BrimwellPro"_s));
     }
 
     void followsTheFolder()

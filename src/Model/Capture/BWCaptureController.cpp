@@ -2,6 +2,7 @@
 
 #include "Model/Capture/BWSnapshotTags.h"
 #include "Utils/BWFileClaim.h"
+#include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
@@ -244,7 +245,7 @@ void BWCaptureController::Shared::tell(const BWCaptureResult &result)
 void BWCaptureController::Shared::takeIn(const Capture &capture, const QString &from)
 {
     albums.addFile(
-        QUrl::fromLocalFile(from), capture.result.type,
+        BWFilePath::fromLocal(from), capture.result.type,
         [weak = weak_from_this(), capture, from](bool added, const QUrl &file) {
             if (const auto shared = weak.lock())
                 shared->takenIn(added, file, capture, from);
@@ -271,7 +272,7 @@ void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture 
         result.album = albums.albumOfFile(file);
     } else if (isThere) {
         qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s", qUtf8Printable(capture.temporary));
-        result.left = QUrl::fromLocalFile(capture.temporary);
+        result.left = BWFilePath::fromLocal(capture.temporary);
     } else {
         qCWarning(bwApp, "Capture: somebody removed %s", qUtf8Printable(capture.temporary));
         result.recording.end = BWRecordingStatus::End::Failed;

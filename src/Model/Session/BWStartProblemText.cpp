@@ -30,7 +30,7 @@ QString BWStartProblemText::reason(const BWStartProblem &problem, BWLocalization
     case Kind::NoDriver:
         return texts.text(u"camera_window"_s, u"camera_no_driver"_s,
                           u"The driver for this camera is not loaded on this computer. An administrator can load it "
-                          "with the command \"sudo modprobe uvcvideo\"."_s);
+                          "with the command “sudo modprobe uvcvideo”."_s);
     case Kind::Failed:
         return texts.text(u"camera_window"_s, u"camera_failed"_s,
                           u"The camera reports a fault. Unplug it and plug it in again."_s);
