@@ -50,12 +50,14 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
     connect(&m_renderer, &BWLiveRenderer::imageReady, this, &BWCenteringClipView::updatePicture);
-    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+    const auto stateChanged = [this](Qt::ApplicationState state) {
         if (state != Qt::ApplicationActive)
             m_programActive.invalidate();
         else if (!m_programActive.isValid())
             m_programActive.start();
-    });
+    };
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, stateChanged);
+    stateChanged(QGuiApplication::applicationState());
 }
 
 void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
