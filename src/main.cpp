@@ -239,6 +239,7 @@ int runWithWindows(const BWCommandLine &line, int &argc, char **argv)
     const int result = QApplication::exec();
     BWStatisticsReport::print(delegate);
     BWUIUtils::setAlertPresenter(nullptr);
+    BWUIUtils::removeEmptyTemporaryFolders();
     return result;
 }
 

@@ -11,6 +11,7 @@
 #include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QUuid>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -110,6 +111,15 @@ QStringList BWUIUtils::temporaryFolders()
     if (const QString folder = BWFilePath::url(own).toLocalFile(); !folders.contains(folder))
         folders.prepend(folder);
     return folders;
+}
+
+void BWUIUtils::removeEmptyTemporaryFolders()
+{
+    const QStringList parents = temporaryFolders();
+    for (const QString &parent : parents) {
+        for (const BWPrivateFolder &folder : BWPrivateFolder::all(QFile::encodeName(parent)))
+            ::rmdir(folder.path().constData());
+    }
 }
 
 QUrl BWUIUtils::temporaryPath(const QString &prefix, const QString &extension)

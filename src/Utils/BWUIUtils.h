@@ -36,6 +36,9 @@ public:
     /// $TMPDIR, if that can be a folder, and /var/tmp, because /tmp is often memory. Touches no disk. Any thread.
     static QStringList temporaryFolders();
 
+    /// At the end of the program: our folders in these, where nothing is left in them.
+    static void removeEmptyTemporaryFolders();
+
     /// PREFIX-UUID.EXTENSION in temporaryFolder(). Creates nothing; never the same twice. Any thread.
     static QUrl temporaryPath(const QString &prefix, const QString &extension);
 
