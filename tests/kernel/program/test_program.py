@@ -233,7 +233,7 @@ class ProgramTest(unittest.TestCase):
 
     def record_a_little(self):
         self.press_keys("ctrl+shift+s")
-        self.wait("a recording", lambda: list((self.desktop.folder / "tmp").glob("*.mov")))
+        self.wait("a recording", lambda: list((self.desktop.folder / "tmp").rglob("*.mov")))
         time.sleep(3)
 
     def pulled_out_while_recording(self):
