@@ -62,7 +62,7 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     gridDisclaimer =
         manager.text(u"camera_window"_s, u"grid_disclaimer"_s,
                      u"Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."_s);
-    gridHoldsAt100 = manager.text(u"camera_window"_s, u"grid_holds_at_100"_s, u"Applies at 100 %."_s);
+    gridHoldsAt100 = manager.text(u"camera_window"_s, u"grid_holds_at_100"_s, u"Applies at 100%."_s);
     settingsNotStored = manager.text(u"camera_window"_s, u"settings_not_stored"_s,
                                      u"Settings could not be saved. Your choices apply until you quit."_s);
 }

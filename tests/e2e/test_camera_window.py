@@ -362,7 +362,7 @@ class CameraWindow(unittest.TestCase):
         self.start("--simulate", "wireless")
         self.wait_for_picture()
         tells = "Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."
-        for keys, text in (("ctrl+g", tells), ("ctrl+minus", f"{tells} Applies at 100 %."), ("ctrl+0", tells)):
+        for keys, text in (("ctrl+g", tells), ("ctrl+minus", f"{tells} Applies at 100%."), ("ctrl+0", tells)):
             self.desktop.key(keys)
             self.program.wait_for(None, text)
         self.quit()

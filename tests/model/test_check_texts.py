@@ -43,6 +43,7 @@ class CheckTexts(unittest.TestCase):
             ("no translation in 'de'", KNOWN, entry(german=" ")),
             ("quotation marks in 'de'", KNOWN, entry(german="Klick auf \"OK\"")),
             ("narrow colon in 'ja'", KNOWN, entry(japanese="\u88fd\u54c1: %1")),
+            ("could break", KNOWN, entry(german="Start …")),
             ("listed twice", KNOWN, entry(), entry()),
             ("out of order", KNOWN, entry(), entry(parent="a")),
         ]:
