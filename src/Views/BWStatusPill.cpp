@@ -47,12 +47,16 @@ void BWStatusPill::placeIn(const QRect &area)
     fit();
 }
 
+int BWStatusPill::widestText() const
+{
+    return std::max(1, m_area.width() - 2 * (bottomDistance + sidePadding));
+}
+
 void BWStatusPill::fit()
 {
     if (m_text.isEmpty() || m_area.isEmpty())
         return;
-    const int widest = std::max(1, m_area.width() - 2 * (bottomDistance + sidePadding));
-    const QRect bounds = fontMetrics().boundingRect(QRect(0, 0, widest, 10000), textFlags, m_text);
+    const QRect bounds = fontMetrics().boundingRect(QRect(0, 0, widestText(), 10000), textFlags, m_text);
     const QSize size = bounds.size() + QSize(2 * sidePadding, 2 * endPadding);
     const QPoint corner(m_area.x() + (m_area.width() - size.width()) / 2,
                         m_area.y() + m_area.height() - bottomDistance - size.height());
@@ -83,6 +87,8 @@ QPixmap BWStatusPill::drawn() const
     drawBWPill(painter, rect());
     painter.setFont(font());
     painter.setPen(bwPillTextColor);
-    painter.drawText(rect(), textFlags, m_text);
+    QRect text(0, 0, widestText(), height()); // so that it is wrapped as it was measured
+    text.moveCenter(rect().center());
+    painter.drawText(text, textFlags, m_text);
     return pixmap;
 }

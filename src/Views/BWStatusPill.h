@@ -23,6 +23,7 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    int widestText() const;
     void fit();
     QPixmap drawn() const;
 

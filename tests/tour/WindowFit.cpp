@@ -104,7 +104,7 @@ public:
         else if (const auto *menu = qobject_cast<const QMenu *>(&widget))
             judgeActions(*menu, *menu);
         else if (const auto *pill = qobject_cast<const BWStatusPill *>(&widget))
-            judgeWrapped(*pill, pill->text(), pill->size());
+            judgePill(*pill);
         else if (const auto *notice = qobject_cast<const BWThumbnailNotice *>(&widget))
             judgeWrapped(*notice, notice->text(), notice->size() - QSize(40, 100)); // margins; the icon
         else if (const auto *flash = qobject_cast<const BWFlashActionViewController *>(&widget))
@@ -186,6 +186,20 @@ private:
         const QRect bounds =
             widget.fontMetrics().boundingRect(QRect(QPoint(), room), Qt::AlignCenter | Qt::TextWordWrap, text);
         fits(widget, text, bounds.size(), room);
+    }
+
+    /// As it is drawn, on black: nothing light, which is to say no letter, at its ends.
+    void judgePill(const BWStatusPill &pill)
+    {
+        QImage drawn(pill.size(), QImage::Format_RGB32);
+        drawn.fill(Qt::black);
+        const_cast<BWStatusPill &>(pill).render(&drawn, {}, {}, {});
+        for (int i = 0; i < 12 * drawn.height(); ++i) {
+            const QPoint left(i % 12, i / 12);
+            const QPoint right(drawn.width() - 1 - left.x(), left.y());
+            if (std::max(qGray(drawn.pixel(left)), qGray(drawn.pixel(right))) > 127)
+                return fault(pill, u"is too narrow for \"%1\""_s.arg(pill.text()));
+        }
     }
 
     void judgeLabel(const QLabel &label)
