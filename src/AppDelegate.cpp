@@ -295,11 +295,11 @@ void AppDelegate::updateStateLabel()
     if (m_grid->useGrid()) {
         m_statusLine->setText(m_liveView->state().currentZoom() == 100
                                   ? m_texts.gridDisclaimer
-                                  : u"%1 %2"_s.arg(m_texts.gridDisclaimer, m_texts.gridHoldsAt100));
+                                  : BWUIUtils::inOneLine(m_texts.gridDisclaimer, m_texts.gridHoldsAt100));
         return;
     }
     m_statusLine->setText(
-        product ? u"%1 %2"_s.arg(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
+        product ? BWUIUtils::inOneLine(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
                 : m_texts.liveStreamingWith);
 }
 
@@ -342,9 +342,9 @@ void AppDelegate::onSettingsAlbums()
     const BWAlbumManager &albums = m_repository.albumManager();
     if (albums.faulty()) {
         BWUIUtils::displayOKAlert(m_texts.errorInitializingAlbumsTitle,
-                                  u"%1 %2, %3"_s.arg(m_texts.errorInitializingAlbumsMessage,
-                                                     albums.albumsBasePath().toLocalFile(),
-                                                     albums.defaultAlbumBasePath().toLocalFile()));
+                                  BWUIUtils::inOneLine(m_texts.errorInitializingAlbumsMessage,
+                                                       u"%1, %2"_s.arg(albums.albumsBasePath().toLocalFile(),
+                                                                       albums.defaultAlbumBasePath().toLocalFile())));
         return;
     }
     m_auxiliaryWindows->showAlbums();

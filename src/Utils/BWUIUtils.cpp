@@ -90,6 +90,11 @@ QString BWUIUtils::withShortcut(const QString &text, const QKeySequence &shortcu
     return QStringLiteral("%1 (%2)").arg(text, shortcut.toString(QKeySequence::NativeText));
 }
 
+QString BWUIUtils::inOneLine(const QString &first, const QString &second)
+{
+    return first.endsWith(u'：') || first.endsWith(u'。') ? first + second : first + u' ' + second;
+}
+
 QString BWUIUtils::temporaryFolder()
 {
     const QStringList parents = temporaryFolders();

@@ -29,6 +29,8 @@ public:
 
     /// A tooltip that names the shortcut as the menus do: "Snapshot (Ctrl+S)".
     static QString withShortcut(const QString &text, const QKeySequence &shortcut);
+    /// Two texts in one line: with a space between, unless the first ends with a full-width mark, which brings its own.
+    static QString inOneLine(const QString &first, const QString &second);
 
     /// Where temporary captures go: a folder of this user's own in the first of temporaryFolders() in which it can be
     /// had. It is made where it is missing. Any thread.

@@ -1,6 +1,7 @@
 #include "Views/BWSimpleHelpWindowController.h"
 
 #include "Model/BWLocalizationManager.h"
+#include "Utils/BWUIUtils.h"
 #include "Views/BWShortcutTable.h"
 #include "Views/BWSupportMail.h"
 #include "Views/Utils/BWClosingKeys.h"
@@ -169,7 +170,7 @@ void BWSimpleHelpWindowController::onWriteToSupport()
 void BWSimpleHelpWindowController::open(const QUrl &url, const QString &address)
 {
     const bool opened = m_surroundings.openUrl(url);
-    m_problem->setText(m_cannotOpen + u' ' + address);
+    m_problem->setText(BWUIUtils::inOneLine(m_cannotOpen, address));
     m_problem->setVisible(!opened);
     fitShortcuts();
 }

@@ -42,6 +42,12 @@ private Q_SLOTS:
         QCOMPARE(BWUIUtils::setAlertPresenter(nullptr), &presenter);
     }
 
+    void linesInOne()
+    {
+        QCOMPARE(BWUIUtils::inOneLine(u"Product:"_s, u"DX10"_s), u"Product: DX10"_s);
+        QCOMPARE(BWUIUtils::inOneLine(u"製品："_s, u"DX10"_s), u"製品：DX10"_s);
+    }
+
     void temporaryPaths()
     {
         const auto restore = qScopeGuard([before = qgetenv("TMPDIR")] { qputenv("TMPDIR", before); });

@@ -1,6 +1,7 @@
 #include "Model/Capture/BWCaptureNotice.h"
 
 #include "Model/BWLocalizationManager.h"
+#include "Utils/BWUIUtils.h"
 
 #include <QStringList>
 
@@ -48,10 +49,9 @@ QString leftOut(const BWRecordingStatus &recording, BWLocalizationManager &texts
 {
     if (recording.framesLeftOut == 0)
         return {};
-    return u"%1 %2"_s
-        .arg(texts.text(u"camera_window"_s, u"recording_frames_left_out"_s,
-                        u"Pictures left out because the disk or the computer was too slow:"_s))
-        .arg(recording.framesLeftOut);
+    return BWUIUtils::inOneLine(texts.text(u"camera_window"_s, u"recording_frames_left_out"_s,
+                                           u"Pictures left out because the disk or the computer was too slow:"_s),
+                                QString::number(recording.framesLeftOut));
 }
 
 /// One line each, without those that have nothing to tell.
@@ -125,7 +125,7 @@ BWCaptureNotice BWCaptureNotice::ofRecovered(const QUrl &last, BWLocalizationMan
                                        u"BrimwellPro ended unexpectedly the last time, or could not save into the "
                                        "album. What it had captured is now in the album; the newest file is:"_s);
     return {texts.text(u"camera_window"_s, u"captures_recovered_title"_s, u"Captures were recovered"_s),
-            u"%1 %2"_s.arg(message, last.fileName())};
+            BWUIUtils::inOneLine(message, last.fileName())};
 }
 
 BWCaptureNotice BWCaptureNotice::of(const BWCaptureResult &result, BWLocalizationManager &texts)
