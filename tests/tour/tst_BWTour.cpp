@@ -176,7 +176,8 @@ private Q_SLOTS:
         BWLocalizationManager &texts = BWRepository::singleton().localizationManager();
         QString other;
         if (QLatin1String(QTest::currentDataTag()) == "in-use-other"_L1)
-            other = texts.text(u"camera_type"_s, u"ultra_resolution_microscope"_s, u"-"_s) + u" (2)"_s;
+            other = texts.text(u"camera_type"_s, u"ultra_resolution_microscope"_s, u"Ultra Resolution Microscope"_s)
+                + u" (2)"_s;
         auto *alert = new BWCameraInUseAlert(question, other, texts, m_window);
         alert->open();
         see(alert, name(u"problem"_s));

@@ -75,8 +75,7 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
     selected = manager.text(u"album_manager"_s, u"selected_label"_s, u"Selected: %1 of %2"_s);
     savingProgress = manager.text(u"album_manager"_s, u"saving_progress"_s, u"Saving: %1"_s);
     saved = manager.text(u"album_manager"_s, u"saved_notice"_s, u"Saved: %1"_s);
-    leftArchive =
-        manager.text(u"album_manager"_s, u"left_archive_message"_s, u"The incomplete archive is here:\n%1"_s);
+    leftArchive = manager.text(u"album_manager"_s, u"left_archive_message"_s, u"The incomplete archive is here:\n%1"_s);
     movedToTrash = manager.text(u"album_manager"_s, u"moved_to_trash_notice"_s, u"Moved to the Trash: %1"_s);
     stayedOutOfTrash =
         manager.text(u"album_manager"_s, u"not_moved_to_trash_notice"_s, u"Could not be moved to the Trash: %1"_s);
