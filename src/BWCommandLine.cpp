@@ -79,7 +79,7 @@ BWCommandLine BWCommandLine::parse(const QStringList &arguments)
                                                          {u"--help"_s, &BWCommandLine::help},
                                                          {u"-h"_s, &BWCommandLine::help}};
     const QList<OptionWithValue> options{
-        {u"--simulate"_s, u"a camera type; accepted are %1, each with =PATH if wished"_s.arg(typeList()), readCamera},
+        {u"--simulate"_s, u"a camera type; accepted are %1, each with =PATH if you like"_s.arg(typeList()), readCamera},
         {u"--language"_s, u"a language; accepted are %1"_s.arg(languages().join(u", "_s)), readLanguage},
         {u"--import-settings"_s, u"the file that holds the old settings"_s,
          [](const QString &file, BWCommandLine &line) { line.importSettings = file; }}};
