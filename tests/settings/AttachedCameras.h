@@ -27,8 +27,9 @@ public:
 
     const QList<BWCameraPtr> &list() const { return m_manager.cameras(); }
     const BWCameraPtr &operator[](qsizetype index) const { return list()[index]; }
+    BWSimulatedCamera &hand(qsizetype index) const { return *m_backend->cameras()[index]; }
 
-    void unplug(qsizetype index) const { m_backend->cameras()[index]->unplug(); }
+    void unplug(qsizetype index) const { hand(index).unplug(); }
 
 private:
     BWCameraManager m_manager;
