@@ -1,5 +1,7 @@
 #include "AppDelegate.h"
+#include "Model/BWAlbumManager.h"
 #include "Model/BWConfigManager.h"
+#include "Model/BWLocalizationManager.h"
 #include "Model/BWRepository.h"
 #include "Model/BWSettingsFile.h"
 #include "Model/Session/BWCameraAuthorization.h"
@@ -32,6 +34,10 @@ private Q_SLOTS:
         const QString settings = m_home.path(u"settings.conf"_s);
         BWSettingsFile(settings).setString(u"bwp2x_product_for_camera"_s, u"{\"wired_high\":\"mx1\"}"_s);
         BWRepository::setOptions({settings, m_home.path(), {u"en"_s}, QString()});
+        const BWRepository &repository = BWRepository::singleton();
+        QVERIFY2(!repository.albumManager().isPrepared(), "no disk is waited for");
+        QCOMPARE(repository.localizationManager().preferredLanguage(), u"en"_s);
+        QVERIFY(!repository.localizationManager().strings().isEmpty()); // of the products
         auto backend = BWSimulatedBackend::create({{.pacing = BWSimulatedCameraOptions::Pacing::Manual}}, m_clock);
         m_hand = backend->cameras().first();
         AppDelegate::Options options;
@@ -50,6 +56,7 @@ private Q_SLOTS:
         m_delegate->applicationShouldTerminate();
         QTRY_VERIFY(m_quit);
         m_delegate.reset();
+        QVERIFY(!BWRepository::singleton().appDelegate());
     }
 
     /// The stored choice is not made any more; the first product of that type of camera is.

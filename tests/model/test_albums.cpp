@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWFileNameOrder.h"
 #include "Model/BWSettingsFile.h"
@@ -200,15 +201,14 @@ private Q_SLOTS:
 
     void namesOfOthersAreLeftToThem_data()
     {
-        QTest::addColumn<QStringList>("lacks");
-        QTest::addColumn<int>("rivals");
-        QTest::newRow("link") << QStringList() << 3;
-        QTest::newRow("renameat2") << QStringList{u"link"_s} << 3;
-        QTest::newRow("rename") << QStringList{u"link"_s, u"renameat2"_s} << 0; // the name is ours by then
+        const Rows<QStringList, int> row;
+        row("link", QStringList(), 3);
+        row("renameat2", QStringList{u"link"_s}, 3);
+        row("rename", QStringList{u"link"_s, u"renameat2"_s}, 0); // the name is ours by then
     }
     void namesOfOthersAreLeftToThem()
     {
-        QFETCH(QStringList, lacks);
+        const auto [lacks, rivals] = Rows<QStringList, int>::current();
         const QUrl capture = m_folder->file(u"capture"_s, "pixels");
         int copies = 0;
         QUrl added;
@@ -217,7 +217,7 @@ private Q_SLOTS:
         const QStringList theirs = std::exchange(disk, {}).theirs;
         QVERIFY(done);
         QCOMPARE(copies, lacks.isEmpty() ? 0 : 1);
-        QTEST(static_cast<int>(theirs.size()), "rivals");
+        QCOMPARE(static_cast<int>(theirs.size()), rivals);
         for (const QString &name : theirs)
             QCOMPARE(TestFolder::read(QUrl::fromLocalFile(name)), "theirs");
         QCOMPARE(TestFolder::read(added), "pixels");
@@ -250,23 +250,18 @@ private Q_SLOTS:
         QCOMPARE(TestFolder::names(m_manager->validAlbumPaths()), u"A|b|Default Album"_s);
     }
 
-    void namesOfTheDefaultAlbum_data()
-    {
-        QTest::addColumn<QString>("name");
-        for (const QString &name :
-             {u"../../x"_s, u"/x"_s, u"x/"_s, u"."_s, u".."_s, u".x"_s, u"a\0b"_s, u""_s, QString(256, u'x')})
-            QTest::newRow(qPrintable(u"\""_s + name.left(9) + u'"')) << name;
-    }
     void namesOfTheDefaultAlbum()
     {
-        QFETCH(QString, name);
-        const TestFolder around;
-        BWAlbumManager manager(*m_defaults, around.folder(u"1/2"_s).toLocalFile());
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The default album cannot be called"_s));
-        manager.setOldDefaultAlbumName(name);
-        manager.prepare();
-        QCOMPARE(manager.currentAlbum()->path(), manager.defaultAlbumBasePath());
-        QCOMPARE(TestFolder::count(around.path()) + TestFolder::count(around.path(u"1"_s)), 2);
+        for (const QString &name :
+             {u"../../x"_s, u"/x"_s, u"x/"_s, u"."_s, u".."_s, u".x"_s, u"a\0b"_s, u""_s, QString(256, u'x')}) {
+            const TestFolder around;
+            BWAlbumManager manager(*m_defaults, around.folder(u"1/2"_s).toLocalFile());
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The default album cannot be called"_s));
+            manager.setOldDefaultAlbumName(name);
+            manager.prepare();
+            QCOMPARE(manager.currentAlbum()->path(), manager.defaultAlbumBasePath());
+            QCOMPARE(TestFolder::count(around.path()) + TestFolder::count(around.path(u"1"_s)), 2);
+        }
     }
 
     void anotherProgramsAlbumsStay()
@@ -288,26 +283,25 @@ private Q_SLOTS:
     void makingFolders_data()
     {
         using Problem = BWAlbumManager::FolderProblem;
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<Problem>("problem");
-        QTest::newRow("spaces and dots") << u"Proben 12.3 \"neu\""_s << Problem::None;
-        QTest::newRow("in a new folder") << u"2026/Proben"_s << Problem::None;
-        QTest::newRow("there already") << u"Album"_s << Problem::None;
-        QTest::newRow("hidden") << u".x"_s << Problem::Name;
-        QTest::newRow("too long") << QString(256, u'x') << Problem::Name;
-        QTest::newRow("a file") << u"file"_s << Problem::Taken;
-        QTest::newRow("below a file") << u"file/x"_s << Problem::Failed;
-        QTest::newRow("not ours") << u"/proc/x"_s << Problem::Failed;
-        QTest::newRow("not allowed") << u"shut/x"_s << Problem::NotAllowed;
+        const Rows<QString, Problem> row;
+        row("spaces and dots", u"Proben 12.3 \"neu\""_s, Problem::None);
+        row("in a new folder", u"2026/Proben"_s, Problem::None);
+        row("there already", u"Album"_s, Problem::None);
+        row("hidden", u".x"_s, Problem::Name);
+        row("too long", QString(256, u'x'), Problem::Name);
+        row("a file", u"file"_s, Problem::Taken);
+        row("below a file", u"file/x"_s, Problem::Failed);
+        row("not ours", u"/proc/x"_s, Problem::Failed);
+        row("not allowed", u"shut/x"_s, Problem::NotAllowed);
     }
     void makingFolders()
     {
-        QFETCH(QString, name);
-        QFETCH(BWAlbumManager::FolderProblem, problem);
+        using Problem = BWAlbumManager::FolderProblem;
+        const auto [name, problem] = Rows<QString, Problem>::current();
         m_folder->file(u"file"_s);
         ::chmod(QFile::encodeName(m_folder->folder(u"shut"_s).toLocalFile()).constData(), 0555);
         const QUrl folder = QUrl::fromLocalFile(QDir(m_folder->path()).absoluteFilePath(name));
-        if (problem == BWAlbumManager::FolderProblem::Failed)
+        if (problem == Problem::Failed)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot make"_s));
         ::chmod(QFile::encodeName(m_folder->path()).constData(), 0777);
         if (::geteuid() == 0) // who may do everything
@@ -315,27 +309,24 @@ private Q_SLOTS:
         const auto found = BWAlbumManager::makeAlbumFolder(folder);
         ::setfsuid(::geteuid());
         QCOMPARE(found, problem);
-        QCOMPARE(BWFilePath::isFolder(folder), problem == BWAlbumManager::FolderProblem::None);
+        QCOMPARE(BWFilePath::isFolder(folder), problem == Problem::None);
     }
 
     void storedLists_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("listed");
-        QTest::addColumn<bool>("logged");
-        QTest::newRow("what can be used, in order")
-            << u"[\"%1/B/\",5,null,\"\",\"A\",{},\"%1/gone\",\"%1/file\",\"%1/BrimwellPro/Default Album\",\"%1/A\"]"_s
-            << u"B|*Default Album|A"_s << false;
-        QTest::newRow("without the default one") << u"[\"%1/A\"]"_s << u"A"_s << false;
-        QTest::newRow("hidden") << u"[\"%1/.B\",\"%1/A\"]"_s << u"A"_s << false;
-        QTest::newRow("all vanished") << u"[\"%1/gone\"]"_s << u"*Default Album"_s << false;
-        QTest::newRow("cut off") << u"[\"%1/A\""_s << u"*Default Album"_s << true;
-        QTest::newRow("no list") << u"{\"a\":\"%1/A\"}"_s << u"*Default Album"_s << true;
+        const Rows<QString, QString, bool> row;
+        row("what can be used, in order",
+            u"[\"%1/B/\",5,null,\"\",\"A\",{},\"%1/gone\",\"%1/file\",\"%1/BrimwellPro/Default Album\",\"%1/A\"]"_s,
+            u"B|*Default Album|A"_s, false);
+        row("without the default one", u"[\"%1/A\"]"_s, u"A"_s, false);
+        row("hidden", u"[\"%1/.B\",\"%1/A\"]"_s, u"A"_s, false);
+        row("all vanished", u"[\"%1/gone\"]"_s, u"*Default Album"_s, false);
+        row("cut off", u"[\"%1/A\""_s, u"*Default Album"_s, true);
+        row("no list", u"{\"a\":\"%1/A\"}"_s, u"*Default Album"_s, true);
     }
     void storedLists()
     {
-        QFETCH(QString, text);
-        QFETCH(bool, logged);
+        const auto [text, listed, logged] = Rows<QString, QString, bool>::current();
         m_folder->folder(u"A"_s);
         m_folder->folder(u"B"_s);
         m_folder->folder(u".B"_s);
@@ -344,7 +335,7 @@ private Q_SLOTS:
         if (logged)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"list of albums is damaged"_s));
         m_manager->prepare();
-        QTEST(albums(), "listed");
+        QCOMPARE(albums(), listed);
         QVERIFY(!m_manager->faulty());
     }
 

@@ -2,7 +2,6 @@
 #include "Model/BWSettingsFile.h"
 #include "TestFolder.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "AbortCheck.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
@@ -33,26 +34,24 @@ private Q_SLOTS:
 
     void languages_data()
     {
-        QTest::addColumn<QStringList>("languages");
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("de-AT") << QStringList{u"de-AT"_s, u"fr"_s} << u"de"_s << u"Abbrechen"_s;
-        QTest::newRow("fr") << QStringList{u"fr"_s} << u"fr"_s << u"Cancel"_s; // its translation is empty
-        QTest::newRow("zh-Hans-CN") << QStringList{u"zh-Hans-CN"_s} << u"zh"_s << u"Cancel"_s;
-        QTest::newRow("en-GB") << QStringList{u"en-GB"_s, u"de"_s} << u"en"_s << u"Cancel"_s;
-        QTest::newRow("none") << QStringList{} << QString() << u"Cancel"_s;
+        const Rows<QStringList, QString, QString> row;
+        row("de-AT", QStringList{u"de-AT"_s, u"fr"_s}, u"de"_s, u"Abbrechen"_s);
+        row("fr", QStringList{u"fr"_s}, u"fr"_s, u"Cancel"_s); // its translation is empty
+        row("zh-Hans-CN", QStringList{u"zh-Hans-CN"_s}, u"zh"_s, u"Cancel"_s);
+        row("en-GB", QStringList{u"en-GB"_s, u"de"_s}, u"en"_s, u"Cancel"_s);
+        row("none", QStringList{}, QString(), u"Cancel"_s);
     }
     void languages()
     {
-        QFETCH(QStringList, languages);
+        const auto [languages, code, shown] = Rows<QStringList, QString, QString>::current();
         BWLocalizationManager manager(
             write(json("[5, null, {'parent':1,'localizations':[]}, {'parent':'a','identifier':'y','format':'html'}, "
                        "{'parent':'a','identifier':'x','source_value':'first','localizations':{'de':'erster'}}, "
                        "{'parent':'a','identifier':'x','source_value':'Old wording','format':'text',"
                        "'localizations':{'de':'Abbrechen','fr':'','en':'Not shown','zh':7}}]")),
             languages);
-        QTEST(manager.preferredLanguage(), "code");
-        QTEST(manager.text(u"a"_s, u"x"_s, u"Cancel"_s), "shown");
+        QCOMPARE(manager.preferredLanguage(), code);
+        QCOMPARE(manager.text(u"a"_s, u"x"_s, u"Cancel"_s), shown);
         QCOMPARE(manager.text(u"a"_s, u"y"_s, u"<b>y</b>"_s), u"<b>y</b>"_s);
     }
 

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "AbortCheck.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWSettingsFile.h"
@@ -64,11 +65,9 @@ private Q_SLOTS:
 
     void settersStoreAtOnce_data()
     {
-        QTest::addColumn<Change>("change");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("text");
-        const auto row = [](const char *key, const QString &text, const Change &change) {
-            QTest::newRow(key) << change << u"bwp2x_"_s + QLatin1String(key) << text;
+        const Rows<Change, QString, QString> stored;
+        const auto row = [&stored](const char *key, const QString &text, const Change &change) {
+            stored(key, change, u"bwp2x_"_s + QLatin1String(key), text);
         };
         row("remember_layout", u"no"_s, [](BWConfigManager &m) { m.setRememberLayout(false); });
         row("video_button", u"yes"_s, [](BWConfigManager &m) { m.setSaveVideoOnHardwareButton(true); });
@@ -88,9 +87,7 @@ private Q_SLOTS:
     /// What another program has stored since this one has read its settings stays, but for what is changed here.
     void settersStoreAtOnce()
     {
-        QFETCH(Change, change);
-        QFETCH(QString, key);
-        QFETCH(QString, text);
+        const auto [change, key, text] = Rows<Change, QString, QString>::current();
         BWConfigManager manager(*m_defaults);
         QMap<QString, QString> stored{{u"bwp2x_remember_layout"_s, u"no"_s},
                                       {u"bwp2x_video_button"_s, u"yes"_s},
@@ -180,23 +177,18 @@ private Q_SLOTS:
         QVERIFY(manager.firstTime() && !manager.isStored());
     }
 
-    void noRegularFile_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::newRow("pipe") << m_pipes.filePath(u"pipe"_s);
-        QTest::newRow("folder") << m_pipes.path();
-        QTest::newRow("device") << u"/dev/zero"_s;
-    }
     void noRegularFile()
     {
-        QFETCH(QString, path);
-        ::mkfifo(QFile::encodeName(m_pipes.filePath(u"pipe"_s)).constData(), 0600);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"it is no regular file"_s));
-        BWSettingsFile defaults(path);
-        BWConfigManager manager(defaults);
-        manager.setRememberLayout(false);
-        manager.setFirstTime(false);
-        QVERIFY(!manager.rememberLayout() && !manager.isStored());
+        const QString pipe = m_dir->filePath(u"pipe"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString &path : {pipe, m_dir->path(), u"/dev/zero"_s}) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"it is no regular file"_s));
+            BWSettingsFile defaults(path);
+            BWConfigManager manager(defaults);
+            manager.setRememberLayout(false);
+            manager.setFirstTime(false);
+            QVERIFY2(!manager.rememberLayout() && !manager.isStored(), qPrintable(path));
+        }
     }
 
     void binaryValues()
@@ -244,21 +236,17 @@ private Q_SLOTS:
 
     void currentProduct_data()
     {
-        QTest::addColumn<QString>("chosen");
-        QTest::addColumn<QString>("camera");
-        QTest::addColumn<QString>("product");
-        QTest::newRow("chosen") << u"mx61"_s << u"wired_high"_s << u"mx61"_s;
-        QTest::newRow("none chosen") << QString() << u"wired_high"_s << u"dx10"_s;
-        QTest::newRow("not made any more") << u"gone"_s << u"wired_high"_s << u"dx10"_s;
-        QTest::newRow("of another type") << u"dx12"_s << u"wired_high"_s << u"dx10"_s;
-        QTest::newRow("unknown type") << u"mx61"_s << u"unheard of"_s << QString();
-        QTest::newRow("no camera") << u"mx61"_s << QString() << QString();
+        const Rows<QString, QString, QString> row;
+        row("chosen", u"mx61"_s, u"wired_high"_s, u"mx61"_s);
+        row("none chosen", QString(), u"wired_high"_s, u"dx10"_s);
+        row("not made any more", u"gone"_s, u"wired_high"_s, u"dx10"_s);
+        row("of another type", u"dx12"_s, u"wired_high"_s, u"dx10"_s);
+        row("unknown type", u"mx61"_s, u"unheard of"_s, QString());
+        row("no camera", u"mx61"_s, QString(), QString());
     }
     void currentProduct()
     {
-        QFETCH(QString, chosen);
-        QFETCH(QString, camera);
-        QFETCH(QString, product);
+        const auto [chosen, camera, product] = Rows<QString, QString, QString>::current();
         BWConfigManager manager(*m_defaults, [&] { return camera; });
         if (!chosen.isNull())
             manager.setCurrentProductIdentifier(chosen, camera);
@@ -359,36 +347,30 @@ private Q_SLOTS:
 
     void storedValues_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("values");
-        QTest::addColumn<bool>("logged");
-        QTest::newRow("cut off") << u"{\"3\":200,\"resol"_s << factoryOfDX12 << true;
-        QTest::newRow("not an object") << u"[200]"_s << factoryOfDX12 << true;
-        QTest::newRow("empty") << u""_s << factoryOfDX12 << true;
-        QTest::newRow("wrong types") << u"{\"2\":\"a\",\"3\":200,\"4\":null,\"resolution\":640}"_s
-                                     << u"0:63 1:28 2:56 3:200 4:10 13:1 640x480"_s << true;
-        QTest::newRow("too large") << u"{\"2\":1e300,\"3\":2147483648,\"4\":-9}"_s
-                                   << u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480"_s << true;
-        QTest::newRow("no size") << u"{\"resolution\":\"640x\",\"3\":1}"_s << u"0:63 1:28 2:56 3:1 4:10 13:1 640x480"_s
-                                 << true;
+        const Rows<QString, QString, bool> row;
+        row("cut off", u"{\"3\":200,\"resol"_s, factoryOfDX12, true);
+        row("not an object", u"[200]"_s, factoryOfDX12, true);
+        row("empty", u""_s, factoryOfDX12, true);
+        row("wrong types", u"{\"2\":\"a\",\"3\":200,\"4\":null,\"resolution\":640}"_s,
+            u"0:63 1:28 2:56 3:200 4:10 13:1 640x480"_s, true);
+        row("too large", u"{\"2\":1e300,\"3\":2147483648,\"4\":-9}"_s, u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480"_s,
+            true);
+        row("no size", u"{\"resolution\":\"640x\",\"3\":1}"_s, u"0:63 1:28 2:56 3:1 4:10 13:1 640x480"_s, true);
         // What only the camera offers was chosen from the camera's own menu.
-        QTest::newRow("size of the camera, names read as numbers")
-            << u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s << u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768"_s
-            << false;
+        row("size of the camera, names read as numbers", u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s,
+            u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768"_s, false);
     }
     void storedValues()
     {
-        QFETCH(QString, text);
-        QFETCH(bool, logged);
+        const auto [text, values, logged] = Rows<QString, QString, bool>::current();
         m_defaults->setString(u"bwp2x_product_dx12"_s, text);
         if (logged)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"values of dx12 are damaged"_s));
         const BWConfigManager manager(*m_defaults);
-        QTEST(valuesOf(*manager.productByIdentifier(u"dx12"_s)), "values");
+        QCOMPARE(valuesOf(*manager.productByIdentifier(u"dx12"_s)), values);
     }
 
 private:
-    const QTemporaryDir m_pipes;
     std::optional<QTemporaryDir> m_dir;
     QString m_path;
     std::optional<BWSettingsFile> m_defaults;

@@ -1,27 +1,13 @@
-#include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QFontMetricsF>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-struct Presenter : BWAlertPresenter {
-    QString shown;
-
-    void presentOK(const QString &title, const QString &message) override { shown += title + message; }
-    bool presentOKCancel(const QString &title, const QString &) override { return title == "yes"_L1; }
-    bool presentChoice(const QString &, const QString &, const QString &, const QString &) override { return false; }
-};
-
-} // namespace
 
 class TestUtils : public QObject {
     Q_OBJECT
@@ -33,13 +19,6 @@ private Q_SLOTS:
         BWUIUtils::displayOKAlert(u"A"_s, u"b"_s);
         QTest::ignoreMessage(QtWarningMsg, "Alert that nobody shows: yes - d");
         QVERIFY(!BWUIUtils::displayOKCancelAlert(u"yes"_s, u"d"_s));
-
-        Presenter presenter;
-        QVERIFY(!BWUIUtils::setAlertPresenter(&presenter));
-        BWUIUtils::displayOKAlert(u"A"_s, u"b"_s);
-        QCOMPARE(presenter.shown, u"Ab"_s);
-        QVERIFY(BWUIUtils::displayOKCancelAlert(u"yes"_s, u""_s) && !BWUIUtils::displayOKCancelAlert(u"no"_s, u""_s));
-        QCOMPARE(BWUIUtils::setAlertPresenter(nullptr), &presenter);
     }
 
     void linesInOne()
@@ -70,32 +49,6 @@ private Q_SLOTS:
             QVERIFY2(name.match(file.fileName()).hasMatch(), qPrintable(file.fileName()));
         }
         QVERIFY(BWUIUtils::temporaryPath(u"a"_s, u"b"_s) != BWUIUtils::temporaryPath(u"a"_s, u"b"_s));
-    }
-
-    void fontToFit_data()
-    {
-        QTest::addColumn<double>("measured"); // the font size in which the text just fits into the width
-        QTest::addColumn<double>("width"); // as a multiple of that
-        QTest::addColumn<double>("lines"); // height as a multiple of the line's at full size
-        QTest::addColumn<double>("size");
-        QTest::newRow("fits") << 14.5 << 1.0 << 1.0 << 14.5;
-        QTest::newRow("high enough for two lines") << 14.5 << 0.5 << 1.01 << 14.5;
-        QTest::newRow("half a line is a line; whole points are taken off") << 12.5 << 1.0 << 0.5 << 12.5;
-        QTest::newRow("never fits") << 14.5 << 0.01 << 1.0 << 10.0;
-        QTest::newRow("no room at all") << 14.5 << 0.0 << 0.0 << 10.0;
-    }
-    void fontToFit()
-    {
-        QFETCH(double, measured);
-        QFETCH(double, width);
-        QFETCH(double, lines);
-        const QString text = u"Automatischer Weißabgleich"_s;
-        QFont font = QGuiApplication::font();
-        font.setPointSizeF(measured);
-        const double textWidth = QFontMetricsF(font).size(0, text).width();
-        font.setPointSizeF(14.5);
-        const QSizeF bounds(textWidth * width, QFontMetricsF(font).height() * lines);
-        QTEST(BWUIUtils::fontToFit(font, bounds, text, 10).pointSizeF(), "size");
     }
 };
 
