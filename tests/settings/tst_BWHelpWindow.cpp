@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "AttachedCameras.h"
 #include "Model/BWLocalizationManager.h"
 #include "Views/BWHelpContact.h"
@@ -50,16 +51,15 @@ private Q_SLOTS:
 
     void longMailIsCutAtALine_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("length"); // characters of two units
-        QTest::newRow("many cameras") << 100 << 5;
-        QTest::newRow("a camera with a very long name") << 1 << 5000;
-        QTest::newRow("both") << 100 << 5000;
+        // length: characters of two units
+        const Rows<int, int> row;
+        row("many cameras", 100, 5);
+        row("a camera with a very long name", 1, 5000);
+        row("both", 100, 5000);
     }
     void longMailIsCutAtALine()
     {
-        QFETCH(int, count);
-        QFETCH(int, length);
+        const auto [count, length] = Rows<int, int>::current();
         const QString name = u"x"_s + u"🔬"_s.repeated(length);
         const QUrl url = BWSupportMail{u"a@b.example"_s, u"Help"_s, u"Tell us"_s, QStringList(count, name)}.url();
         QVERIFY(url.isValid());
@@ -93,29 +93,26 @@ private Q_SLOTS:
 
     void contact_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("address");
-        QTest::newRow("whole") << "{\"faq_page\": \"https://a.example/f\", \"support_address\": \"b@a.example\"}"_ba
-                               << u"https://a.example/f"_s << u"b@a.example"_s;
-        QTest::newRow("no web page")
-            << "{\"faq_page\": \"file:///etc/passwd\", \"support_address\": \"b@a.example\"}"_ba << QString()
-            << u"b@a.example"_s;
-        QTest::newRow("more than an address")
-            << "{\"faq_page\": \"https://a.example\", \"support_address\": \"b@a.example?cc=c@d.example\"}"_ba
-            << u"https://a.example"_s << QString();
-        QTest::newRow("damaged") << "{\"faq_page\": \"https"_ba << QString() << QString();
+        const Rows<QByteArray, QString, QString> row;
+        row("whole", "{\"faq_page\": \"https://a.example/f\", \"support_address\": \"b@a.example\"}"_ba,
+            u"https://a.example/f"_s, u"b@a.example"_s);
+        row("no web page", "{\"faq_page\": \"file:///etc/passwd\", \"support_address\": \"b@a.example\"}"_ba, QString(),
+            u"b@a.example"_s);
+        row("more than an address",
+            "{\"faq_page\": \"https://a.example\", \"support_address\": \"b@a.example?cc=c@d.example\"}"_ba,
+            u"https://a.example"_s, QString());
+        row("damaged", "{\"faq_page\": \"https"_ba, QString(), QString());
     }
     void contact()
     {
-        QFETCH(QByteArray, content);
+        const auto [content, page, address] = Rows<QByteArray, QString, QString>::current();
         QTemporaryFile file;
         QVERIFY(file.open());
         file.write(content);
         file.close();
         const BWHelpContact contact = BWHelpContact::fromFile(file.fileName());
-        QTEST(contact.faqPage.toString(), "page");
-        QTEST(contact.supportAddress, "address");
+        QCOMPARE(contact.faqPage.toString(), page);
+        QCOMPARE(contact.supportAddress, address);
     }
 
     void window_data()

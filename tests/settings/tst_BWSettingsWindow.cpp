@@ -1,3 +1,5 @@
+#include "../Rows.h"
+#include "../views/WidgetSearch.h"
 #include "AttachedCameras.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
@@ -6,9 +8,7 @@
 #include "Views/Settings/BWSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 
-#include <QAccessible>
 #include <QApplication>
-#include <QComboBox>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
@@ -33,22 +33,6 @@ public:
 private:
     QStringList &m_log;
 };
-
-QString titles(const QComboBox &popUp)
-{
-    QStringList titles;
-    for (int i = 0; i < popUp.count(); ++i)
-        titles << popUp.itemText(i);
-    return titles.join(u'|');
-}
-
-/// A menu's own name is its selected item; what it is for is told by its label.
-QString spokenName(QWidget &widget)
-{
-    const QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&widget);
-    const auto labels = interface->relations(QAccessible::Label);
-    return (labels.isEmpty() ? interface : labels[0].first)->text(QAccessible::Name);
-}
 
 } // namespace
 
@@ -86,35 +70,28 @@ private Q_SLOTS:
 
     void controls_data()
     {
-        QTest::addColumn<QList<int>>("keys"); // after Alt and a letter
-        QTest::addColumn<QStringList>("effects");
+        // keys: after Alt and a letter
+        const Rows<QList<int>, QStringList> row;
         const int down = Qt::Key_Down;
-        QTest::newRow("second camera") << QList<int>{'C', down}
-                                       << QStringList{u"camera High Resolution Microscope (2)"_s};
-        QTest::newRow("product") << QList<int>{'P', down}
-                                 << QStringList{u"bwp2x_product_for_camera={\"wired_high\":\"mx50_40\"}"_s, u"told"_s};
-        QTest::newRow("button saves video")
-            << QList<int>{'B', down} << QStringList{u"bwp2x_video_button=yes"_s, u"told"_s};
-        QTest::newRow("click takes none")
-            << QList<int>{'I', down} << QStringList{u"bwp2x_snapshot_click=no"_s, u"told"_s};
-        QTest::newRow("layout is forgotten")
-            << QList<int>{'R', down} << QStringList{u"bwp2x_remember_layout=no"_s, u"told"_s};
-        QTest::newRow("and remembered") << QList<int>{'R', down, Qt::Key_Up}
-                                        << QStringList{u"bwp2x_remember_layout=no"_s, u"told"_s,
-                                                       u"bwp2x_remember_layout=yes"_s, u"told"_s};
-        QTest::newRow("restore layout") << QList<int>{'S'} << QStringList{u"told to reset"_s};
-        QTest::newRow("advanced") << QList<int>{'V'} << QStringList{u"advanced"_s};
+        row("second camera", QList<int>{'C', down}, QStringList{u"camera High Resolution Microscope (2)"_s});
+        row("product", QList<int>{'P', down},
+            QStringList{u"bwp2x_product_for_camera={\"wired_high\":\"mx50_40\"}"_s, u"told"_s});
+        row("button saves video", QList<int>{'B', down}, QStringList{u"bwp2x_video_button=yes"_s, u"told"_s});
+        row("click takes none", QList<int>{'I', down}, QStringList{u"bwp2x_snapshot_click=no"_s, u"told"_s});
+        row("layout is forgotten, and remembered", QList<int>{'R', down, Qt::Key_Up},
+            QStringList{u"bwp2x_remember_layout=no"_s, u"told"_s, u"bwp2x_remember_layout=yes"_s, u"told"_s});
+        row("restore layout", QList<int>{'S'}, QStringList{u"told to reset"_s});
+        row("advanced", QList<int>{'V'}, QStringList{u"advanced"_s});
     }
     void controls()
     {
-        QFETCH(QList<int>, keys);
+        auto [keys, effects] = Rows<QList<int>, QStringList>::current();
         const AttachedCameras cameras({Type::High, Type::High});
         use(cameras, cameras[0]);
         activate();
         QTest::keyClick(m_window, static_cast<Qt::Key>(keys.takeFirst()), Qt::AltModifier);
         for (const int key : keys)
             QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key));
-        QFETCH(QStringList, effects);
         QTRY_COMPARE(m_log, effects); // a button is released a moment later
     }
 
@@ -159,21 +136,16 @@ private Q_SLOTS:
 
     void products_data()
     {
-        QTest::addColumn<QString>("before"); // chosen when the camera comes
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<QString>("after"); // chosen by others later
-        QTest::addColumn<QString>("then");
-        QTest::newRow("default") << QString() << u"dx10"_s << QString() << u"dx10"_s;
-        QTest::newRow("chosen") << u"mx61"_s << u"mx61"_s << u"mx63"_s << u"mx63"_s;
-        QTest::newRow("no longer made") << u"mx1"_s << u"dx10"_s << u"mx61"_s << u"mx61"_s;
-        QTest::newRow("of another type") << u"mx61"_s << u"mx61"_s << u"dx12"_s << u"dx10"_s;
+        // before: chosen when the camera comes; after: chosen by others later
+        const Rows<QString, QString, QString, QString> row;
+        row("default", QString(), u"dx10"_s, QString(), u"dx10"_s);
+        row("chosen", u"mx61"_s, u"mx61"_s, u"mx63"_s, u"mx63"_s);
+        row("no longer made", u"mx1"_s, u"dx10"_s, u"mx61"_s, u"mx61"_s);
+        row("of another type", u"mx61"_s, u"mx61"_s, u"dx12"_s, u"dx10"_s);
     }
     void products()
     {
-        QFETCH(QString, before);
-        QFETCH(QString, shown);
-        QFETCH(QString, after);
-        QFETCH(QString, then);
+        const auto [before, shown, after, then] = Rows<QString, QString, QString, QString>::current();
         const auto name = [this](const QString &identifier) {
             return identifier.isNull() ? QString() : m_config->productByIdentifier(identifier)->name();
         };
@@ -207,38 +179,6 @@ private Q_SLOTS:
         QCOMPARE(shown(), u"Photo|Yes|Yes"_s);
         QCoreApplication::processEvents();
         QCOMPARE(shown(), u"Video|No|No"_s);
-    }
-
-    void aResetOfTheLayoutPutsItBelowTheCameraWindow()
-    {
-        m_cameraWindow->move(100, 50);
-        m_window->show();
-        m_window->move(7, 9);
-        const QSize size = m_window->size();
-        m_config->resetLayout();
-        QCoreApplication::processEvents();
-        QCOMPARE(m_window->frameGeometry().top(), m_cameraWindow->frameGeometry().bottom() + 1);
-        QCOMPARE(m_window->size(), size);
-    }
-
-    void tabOrderAndNames()
-    {
-        const AttachedCameras cameras({Type::High});
-        use(cameras, cameras[0]);
-        activate();
-        m_form->cameraTypes->setFocus();
-        QStringList names;
-        for (int i = 0; i < 7; ++i) {
-            QWidget *widget = QApplication::focusWidget();
-            names << spokenName(*widget);
-            QTest::keyClick(widget, Qt::Key_Tab);
-        }
-        QCOMPARE(names.join(u'|'),
-                 u"Camera|Product|Advanced settings|Camera button saves|"
-                 "Click on image takes snapshot|Remember window layout|Restore layout"_s);
-        QCOMPARE(QApplication::focusWidget(), m_form->cameraTypes);
-        QTest::keyClick(m_window, Qt::Key_Escape);
-        QVERIFY(!m_window->isVisible());
     }
 
 private:
