@@ -1,3 +1,5 @@
+#include "../Rows.h"
+#include "../views/WidgetSearch.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
@@ -126,26 +128,21 @@ class TestBWAdvancedSettings : public QObject {
 private Q_SLOTS:
     void loading_data()
     {
-        QTest::addColumn<Type>("type");
-        QTest::addColumn<QString>("what");
-        QTest::addColumn<QString>("received");
+        const Rows<Type, QString, QString> row;
         const QString ultra = u"0=0 1=32 4=3 9=0 2=64 3=0 5=100 12=157 7=4600 8=1 11=1"_s;
         const QString wireless = u"0=63 1=28 4=10 2=56 3=130"_s;
-        QTest::newRow("a camera has started") << Type::Ultra << u"start"_s << ultra;
-        QTest::newRow("started, the norm is left alone") << Type::Wireless << u"start"_s << wireless;
-        QTest::newRow("another product") << Type::Ultra << u"mx24"_s
-                                         << u"0=12 1=50 4=4 9=0 2=60 3=35 5=90 12=625 7=3750 8=1 11=0 12=625"_s;
-        QTest::newRow("another product, the norm too")
-            << Type::Wireless << u"dx17_18"_s << u"0=63 1=32 4=11 2=56 3=100 norm 1"_s;
-        QTest::newRow("the same product") << Type::Ultra << u"mx62"_s << QString();
-        QTest::newRow("a product that does not exist: the default one") << Type::Ultra << u"mx99"_s << QString();
-        QTest::newRow("factory values, the norm too") << Type::Wireless << u"restore"_s << wireless + u" norm 1"_s;
+        row("a camera has started", Type::Ultra, u"start"_s, ultra);
+        row("started, the norm is left alone", Type::Wireless, u"start"_s, wireless);
+        row("another product", Type::Ultra, u"mx24"_s,
+            u"0=12 1=50 4=4 9=0 2=60 3=35 5=90 12=625 7=3750 8=1 11=0 12=625"_s);
+        row("another product, the norm too", Type::Wireless, u"dx17_18"_s, u"0=63 1=32 4=11 2=56 3=100 norm 1"_s);
+        row("the same product", Type::Ultra, u"mx62"_s, QString());
+        row("a product that does not exist: the default one", Type::Ultra, u"mx99"_s, QString());
+        row("factory values, the norm too", Type::Wireless, u"restore"_s, wireless + u" norm 1"_s);
     }
     void loading()
     {
-        QFETCH(Type, type);
-        QFETCH(QString, what);
-        QFETCH(QString, received);
+        const auto [type, what, received] = Rows<Type, QString, QString>::current();
         const NotingCamera camera(type);
         Bench bench(camera);
         QVERIFY(camera.received().startsWith(u"0="_s));
@@ -175,13 +172,7 @@ private Q_SLOTS:
 
     void changes_data()
     {
-        QTest::addColumn<Type>("type");
-        QTest::addColumn<int>("setting");
-        QTest::addColumn<QString>("how");
-        QTest::addColumn<QString>("received");
-        QTest::addColumn<double>("kept");
-        const auto row = [](const char *name, Type type, int setting, const QString &how, const QString &received,
-                            double kept) { QTest::newRow(name) << type << setting << how << received << kept; };
+        const Rows<Type, int, QString, QString, double> row;
         row("slider", Type::Ultra, BWSettingBrightness, u"slide 20"_s, u"3=20"_s, 20);
         row("number", Type::Ultra, BWSettingBrightness, u"type -7"_s, u"3=-7"_s, -7);
         row("too large a number", Type::Ultra, BWSettingBrightness, u"type 999"_s, u"3=64"_s, 64);
@@ -196,11 +187,7 @@ private Q_SLOTS:
     }
     void changes()
     {
-        QFETCH(Type, type);
-        QFETCH(int, setting);
-        QFETCH(QString, how);
-        QFETCH(QString, received);
-        QFETCH(double, kept);
+        const auto [type, setting, how, received, kept] = Rows<Type, int, QString, QString, double>::current();
         const NotingCamera camera(type, !how.endsWith(u"unbridged"_s));
         const Bench bench(camera);
         camera.received();
@@ -296,23 +283,19 @@ private Q_SLOTS:
     {
         const NotingCamera camera(Type::High);
         Bench bench(camera);
-        const auto says = [&](const QString &text) {
-            const auto labels = bench.window.findChildren<QLabel *>();
-            return std::any_of(labels.begin(), labels.end(), [&](auto *label) { return label->text() == text; });
-        };
         const QDir folder(bench.folder.path());
         QVERIFY(folder.mkdir(u"settings.conf"_s)); // where the file should be
         bench.window.onRestoreDefaults();
-        QVERIFY(says(u"Could not be saved"_s) && !says(u"Saved"_s));
+        QVERIFY(tells(bench.window, u"Could not be saved"_s) && !tells(bench.window, u"Saved"_s));
         bench.config.setSaveSnapshotOnClick(false);
         QVERIFY(folder.rmdir(u"settings.conf"_s));
         bench.window.onSaveAsDefault();
-        QVERIFY(says(u"Saved"_s));
+        QVERIFY(tells(bench.window, u"Saved"_s));
         QFile file(folder.filePath(u"settings.conf"_s));
         QVERIFY(file.open(QIODevice::ReadOnly));
         QVERIFY(file.readAll().contains("bwp2x_snapshot_click=no")); // nothing is lost that could not be saved before
         bench.part<QSlider>(BWSettingBrightness)->setValue(77);
-        QVERIFY(!says(u"Saved"_s));
+        QVERIFY(!tells(bench.window, u"Saved"_s));
     }
 
     void followsTheCamera()
@@ -404,21 +387,6 @@ private Q_SLOTS:
         }
         slow.notes->letGo();
         QCOMPARE(slow.received(), u"3=1 3=20 1=20 0=-20"_s);
-    }
-
-    void aResetOfTheLayoutPutsItBelowTheCameraWindow()
-    {
-        const NotingCamera camera(Type::High);
-        Bench bench(camera);
-        bench.cameraWindow.setGeometry(40, 30, 700, 100);
-        bench.cameraWindow.show();
-        bench.window.show();
-        bench.window.move(0, 0);
-        const QSize size = bench.window.size();
-        bench.config.resetLayout();
-        QCoreApplication::processEvents();
-        QCOMPARE(bench.window.size(), size);
-        QCOMPARE(bench.window.frameGeometry().top(), bench.cameraWindow.frameGeometry().bottom() + 1);
     }
 };
 
