@@ -1,5 +1,5 @@
-#include "BWACUDriver/BWCameraDetector.h"
-#include "BWACUDriver/BWSimulatedCameras.h"
+#include "../settings/AttachedCameras.h"
+#include "../views/WidgetSearch.h"
 #include "BWGridController.h"
 #include "BWLiveViewController.h"
 #include "Model/BWConfigManager.h"
@@ -12,12 +12,10 @@
 #include "Views/BWMainWindow.h"
 
 #include <QAction>
-#include <QLabel>
 #include <QMenu>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -29,9 +27,6 @@ constexpr auto type = "wired_high";
 struct Bench {
     Bench()
     {
-        backend->start({BWCameraDetector::descriptionForHighResolutionMicroscope()},
-                       {[this](const BWDetectedCameraPtr &device) { camera = std::make_shared<BWCamera>(device); },
-                        [](const BWDetectedCameraPtr &) {}});
         window.localizeWithManager(texts);
         config.setCurrentProductIdentifier(u"dx10"_s, QLatin1String(type));
         setResolution({640, 480});
@@ -46,20 +41,12 @@ struct Bench {
         liveView.updateImageDisplay();
     }
     double shown() const { return window.centeringClipView().gridDistance(); }
-    QToolButton *button() const
-    {
-        const auto buttons = window.controlBar().findChildren<QToolButton *>();
-        for (QToolButton *candidate : buttons)
-            if (candidate->accessibleName() == u"Grid"_s)
-                return candidate;
-        return nullptr;
-    }
+    QAbstractButton *button() const { return buttonNamed(window.controlBar(), u"Grid"_s); }
 
     QTemporaryDir folder;
     BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
-    std::unique_ptr<BWSimulatedBackend> backend =
-        BWSimulatedBackend::create({{.pacing = BWSimulatedCameraOptions::Pacing::Manual}});
-    BWCameraPtr camera;
+    const AttachedCameras cameras{{AttachedCameras::Type::High}};
+    BWCameraPtr camera = cameras[0];
     BWConfigManager config{defaults, [this] { return camera ? camera->identifierForProducts() : QString(); }};
     BWLocalizationManager texts{QString(), {u"en"_s}};
     BWLiveRenderer renderer;
@@ -70,12 +57,6 @@ struct Bench {
     BWGridDebuggerWindowController &debugger = *window.findChild<BWGridDebuggerWindowController *>();
     QSlider &slider = *debugger.findChild<QSlider *>();
 };
-
-bool shows(const QWidget &window, const QString &text)
-{
-    const auto labels = window.findChildren<QLabel *>();
-    return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) { return label->text() == text; });
-}
 
 } // namespace
 
@@ -130,19 +111,19 @@ private Q_SLOTS:
         Bench bench;
         bench.grid.onGrid();
         bench.grid.showGridDebugger();
-        QVERIFY(shows(bench.debugger, u"Digital Dermatoscope DX10"_s) && shows(bench.debugger, u"640x480"_s));
-        QVERIFY(shows(bench.debugger, u"355.0"_s));
+        QVERIFY(tells(bench.debugger, u"Digital Dermatoscope DX10"_s) && tells(bench.debugger, u"640x480"_s));
+        QVERIFY(tells(bench.debugger, u"355.0"_s));
         bench.slider.setValue(bench.slider.value() + 1); // one press of an arrow key
-        QVERIFY(shows(bench.debugger, u"355.1"_s));
+        QVERIFY(tells(bench.debugger, u"355.1"_s));
         QCOMPARE(bench.shown(), 355.1);
         QCOMPARE(bench.grid.gridDistance(), 355.1);
 
         bench.setResolution({1280, 1024});
         bench.grid.reloadGridDebugger();
-        QVERIFY(shows(bench.debugger, u"1280x1024"_s) && shows(bench.debugger, u"710.0"_s));
+        QVERIFY(tells(bench.debugger, u"1280x1024"_s) && tells(bench.debugger, u"710.0"_s));
         bench.setResolution({640, 480});
         bench.grid.reloadGridDebugger();
-        QVERIFY(shows(bench.debugger, u"355.1"_s)); // remembered
+        QVERIFY(tells(bench.debugger, u"355.1"_s)); // remembered
         QCOMPARE(bench.shown(), 355.1); // and a reload changes nothing
 
         bench.grid.onGrid();

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "Model/LiveView/BWMeasuringGrid.h"
 #include "Model/LiveView/BWMeasuringGridTable.h"
 #include "Views/BWCenteringClipView.h"
@@ -78,186 +79,162 @@ class TestBWMeasuringGrid : public QObject {
 
 private Q_SLOTS:
     /// The picture on the screen, in every orientation: each line over its whole length, and nothing else is red.
-    void liesInThePicture_data();
-    void liesInThePicture();
-    void followsTheScreensScale_data();
-    void followsTheScreensScale();
-    void staysWithThePictureThatIsShown();
-    void drawsNothing_data();
-    void drawsNothing();
-    void keepsTunedDistances();
-};
+    void liesInThePicture_data()
+    {
+        const Rows<QString, QSize, unsigned, Places, Places> row;
+        const auto add = [&row](const QString &product, QSize size, unsigned zoom, const Places &vertical,
+                                const Places &horizontal) {
+            const QString name = u"%1 %2x%3, %4 %"_s.arg(product).arg(size.width()).arg(size.height()).arg(zoom);
+            row(qPrintable(name), product, size, zoom, vertical, horizontal);
+        };
+        add(u"dx12"_s, {640, 480}, 50, {}, {});
+        add(u"dx12"_s, {640, 480}, 100, {124.5, 515.5}, {44.5, 435.5});
+        add(u"dx12"_s, {640, 480}, 200, {53.5, 444.5, 835.5, 1226.5}, {284.5, 675.5});
+        add(u"dx12"_s, {720, 480}, 50, {}, {});
+        add(u"dx12"_s, {720, 480}, 100, {146, 574}, {26, 454});
+        add(u"dx12"_s, {720, 480}, 200, {78, 506, 934, 1362}, {266, 694});
+        add(u"dx10"_s, {640, 480}, 50, {}, {});
+        add(u"dx10"_s, {640, 480}, 100, {142.5, 497.5}, {62.5, 417.5});
+        add(u"dx10"_s, {640, 480}, 200, {107.5, 462.5, 817.5, 1172.5}, {302.5, 657.5});
+        add(u"dx10"_s, {1280, 1024}, 50, {}, {});
+        add(u"dx10"_s, {1280, 1024}, 100, {285, 995}, {157, 867});
+        add(u"dx10"_s, {1280, 1024}, 200, {215, 925, 1635, 2345}, {669, 1379});
+        add(u"dx10"_s, {1600, 1200}, 50, {45, 755}, {});
+        add(u"dx10"_s, {1600, 1200}, 100, {445, 1155}, {245, 955});
+        add(u"dx10"_s, {1600, 1200}, 200, {535, 1245, 1955, 2665}, {135, 845, 1555, 2265});
+        // Its edges lie on lines; 256 points are set by hand.
+        add(u"square"_s, {1280, 1280}, 50, {192, 448}, {192, 448});
+        add(u"square"_s, {1280, 1280}, 100, {256, 512, 768, 1024, 1280}, {256, 512, 768, 1024});
+        add(u"square"_s, {1280, 1280}, 200, {128, 384, 640, 896, 1152, 1408, 1664, 1920, 2176, 2432},
+            {128, 384, 640, 896, 1152, 1408, 1664, 1920, 2176, 2432});
+    }
+    void liesInThePicture()
+    {
+        const auto [product, size, zoom, vertical, horizontal] =
+            Rows<QString, QSize, unsigned, Places, Places>::current();
+        const double distance = product == u"square"_s
+            ? 256
+            : BWMeasuringGridTable().distance(product, u"%1x%2"_s.arg(size.width()).arg(size.height()));
+        const QSizeF frame = QSizeF(size) * zoom / 100.0;
+        const BWMeasuringGrid grid(frame, distance);
+        QCOMPARE(sorted(grid.vertical()), vertical);
+        QCOMPARE(sorted(grid.horizontal()), horizontal);
 
-void TestBWMeasuringGrid::liesInThePicture_data()
-{
-    QTest::addColumn<QString>("product");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<unsigned>("zoom");
-    QTest::addColumn<Places>("vertical");
-    QTest::addColumn<Places>("horizontal");
-    const auto add = [](const QString &product, QSize size, unsigned zoom, const Places &vertical,
-                        const Places &horizontal) {
-        QTest::addRow("%s %dx%d, %u %%", qPrintable(product), size.width(), size.height(), zoom)
-            << product << size << zoom << vertical << horizontal;
-    };
-    add(u"dx12"_s, {640, 480}, 50, {}, {});
-    add(u"dx12"_s, {640, 480}, 100, {124.5, 515.5}, {44.5, 435.5});
-    add(u"dx12"_s, {640, 480}, 200, {53.5, 444.5, 835.5, 1226.5}, {284.5, 675.5});
-    add(u"dx12"_s, {720, 480}, 50, {}, {});
-    add(u"dx12"_s, {720, 480}, 100, {146, 574}, {26, 454});
-    add(u"dx12"_s, {720, 480}, 200, {78, 506, 934, 1362}, {266, 694});
-    add(u"dx10"_s, {640, 480}, 50, {}, {});
-    add(u"dx10"_s, {640, 480}, 100, {142.5, 497.5}, {62.5, 417.5});
-    add(u"dx10"_s, {640, 480}, 200, {107.5, 462.5, 817.5, 1172.5}, {302.5, 657.5});
-    add(u"dx10"_s, {1280, 1024}, 50, {}, {});
-    add(u"dx10"_s, {1280, 1024}, 100, {285, 995}, {157, 867});
-    add(u"dx10"_s, {1280, 1024}, 200, {215, 925, 1635, 2345}, {669, 1379});
-    add(u"dx10"_s, {1600, 1200}, 50, {45, 755}, {});
-    add(u"dx10"_s, {1600, 1200}, 100, {445, 1155}, {245, 955});
-    add(u"dx10"_s, {1600, 1200}, 200, {535, 1245, 1955, 2665}, {135, 845, 1555, 2265});
-    // Its edges lie on lines; 256 points are set by hand.
-    add(u"square"_s, {1280, 1280}, 50, {192, 448}, {192, 448});
-    add(u"square"_s, {1280, 1280}, 100, {256, 512, 768, 1024, 1280}, {256, 512, 768, 1024});
-    add(u"square"_s, {1280, 1280}, 200, {128, 384, 640, 896, 1152, 1408, 1664, 1920, 2176, 2432},
-        {128, 384, 640, 896, 1152, 1408, 1664, 1920, 2176, 2432});
-}
-
-void TestBWMeasuringGrid::liesInThePicture()
-{
-    QFETCH(QString, product);
-    QFETCH(QSize, size);
-    QFETCH(unsigned, zoom);
-    QFETCH(Places, vertical);
-    QFETCH(Places, horizontal);
-    const double distance = product == u"square"_s
-        ? 256
-        : BWMeasuringGridTable().distance(product, u"%1x%2"_s.arg(size.width()).arg(size.height()));
-    const QSizeF frame = QSizeF(size) * zoom / 100.0;
-    const BWMeasuringGrid grid(frame, distance);
-    QCOMPARE(sorted(grid.vertical()), vertical);
-    QCOMPARE(sorted(grid.horizontal()), horizontal);
-
-    BWLiveRenderer renderer;
-    BWCenteringClipView view(renderer);
-    view.setGridDistance(distance);
-    view.show();
-    renderer.prepareBuffer(grey(size));
-    for (const int rotation : {0, 90, 180, 270}) {
-        for (const int flip : {0, 1, 2, 3}) {
-            BWLiveViewState state;
-            state.setCurrentZoom(zoom);
-            state.setCurrentRotation(rotation);
-            state.setCurrentFlip(flip);
-            const BWLiveViewGeometry geometry(size, state);
-            const QSize viewport = geometry.footprint().toSize() + QSize(20, 20); // all of it can be seen
-            view.resize(viewport + QSize(0, BWLiveViewGeometry::barHeight));
-            view.setLiveGeometry(geometry);
-            QCOMPARE(faultsOf(view, geometry, grid), QString());
+        BWLiveRenderer renderer;
+        BWCenteringClipView view(renderer);
+        view.setGridDistance(distance);
+        view.show();
+        renderer.prepareBuffer(grey(size));
+        for (const int rotation : {0, 90, 180, 270}) {
+            for (const int flip : {0, 1, 2, 3}) {
+                BWLiveViewState state;
+                state.setCurrentZoom(zoom);
+                state.setCurrentRotation(rotation);
+                state.setCurrentFlip(flip);
+                const BWLiveViewGeometry geometry(size, state);
+                const QSize viewport = geometry.footprint().toSize() + QSize(20, 20); // all of it can be seen
+                view.resize(viewport + QSize(0, BWLiveViewGeometry::barHeight));
+                view.setLiveGeometry(geometry);
+                QCOMPARE(faultsOf(view, geometry, grid), QString());
+            }
         }
     }
-}
 
-void TestBWMeasuringGrid::followsTheScreensScale_data()
-{
-    QTest::addColumn<double>("ratio");
-    QTest::addColumn<QList<QRect>>("lines");
-    // 100 x 80 points with lines at 30 and 70, 20 and 60 (from below), in the middle of 120 x 100 points; mirrored.
-    QTest::newRow("1") << 1.0 << QList<QRect>{{79, 10, 1, 80}, {39, 10, 1, 80}, {10, 69, 100, 1}, {10, 29, 100, 1}};
-    QTest::newRow("1.5") << 1.5
-                         << QList<QRect>{{119, 15, 2, 120}, {59, 15, 2, 120}, {15, 104, 150, 2}, {15, 44, 150, 2}};
-    QTest::newRow("2") << 2.0 << QList<QRect>{{159, 20, 2, 160}, {79, 20, 2, 160}, {20, 139, 200, 2}, {20, 59, 200, 2}};
-    QTest::newRow("8") << 8.0
-                       << QList<QRect>{{635, 80, 8, 640}, {315, 80, 8, 640}, {80, 555, 800, 8}, {80, 235, 800, 8}};
-}
+    void followsTheScreensScale_data()
+    {
+        const Rows<double, QList<QRect>> row;
+        // 100 x 80 points with lines at 30 and 70, 20 and 60 (from below), in the middle of 120 x 100 points; mirrored.
+        row("1", 1.0, QList<QRect>{{79, 10, 1, 80}, {39, 10, 1, 80}, {10, 69, 100, 1}, {10, 29, 100, 1}});
+        row("1.5", 1.5, QList<QRect>{{119, 15, 2, 120}, {59, 15, 2, 120}, {15, 104, 150, 2}, {15, 44, 150, 2}});
+        row("2", 2.0, QList<QRect>{{159, 20, 2, 160}, {79, 20, 2, 160}, {20, 139, 200, 2}, {20, 59, 200, 2}});
+        row("8", 8.0, QList<QRect>{{635, 80, 8, 640}, {315, 80, 8, 640}, {80, 555, 800, 8}, {80, 235, 800, 8}});
+    }
+    void followsTheScreensScale()
+    {
+        const auto [ratio, lines] = Rows<double, QList<QRect>>::current();
+        BWLiveViewState state;
+        state.setCurrentFlip(1);
+        const BWRenderRequest request(BWLiveViewGeometry({100, 80}, state), {120, 100}, {}, ratio);
+        QCOMPARE(BWMeasuringGrid({100, 80}, 40).pixels(request), lines);
+    }
 
-void TestBWMeasuringGrid::followsTheScreensScale()
-{
-    QFETCH(double, ratio);
-    BWLiveViewState state;
-    state.setCurrentFlip(1);
-    const BWRenderRequest request(BWLiveViewGeometry({100, 80}, state), {120, 100}, {}, ratio);
-    QTEST(BWMeasuringGrid({100, 80}, 40).pixels(request), "lines");
-}
+    /// After a change of the layout the old picture is still there for a moment, and its grid must fit it.
+    void staysWithThePictureThatIsShown()
+    {
+        const QSize size(200, 160);
+        BWLiveRenderer renderer;
+        BWCenteringClipView view(renderer);
+        view.setGridDistance(40);
+        view.resize(420, 340 + BWLiveViewGeometry::barHeight);
+        view.show();
+        BWLiveViewState state;
+        const BWLiveViewGeometry before(size, state);
+        view.setLiveGeometry(before);
+        renderer.prepareBuffer(grey(size));
+        const BWMeasuringGrid grid(before.frameSize(), 40);
+        QCOMPARE(faultsOf(view, before, grid), QString());
 
-/// After a change of the layout the old picture is still there for a moment, and its grid must fit it.
-void TestBWMeasuringGrid::staysWithThePictureThatIsShown()
-{
-    const QSize size(200, 160);
-    BWLiveRenderer renderer;
-    BWCenteringClipView view(renderer);
-    view.setGridDistance(40);
-    view.resize(420, 340 + BWLiveViewGeometry::barHeight);
-    view.show();
-    BWLiveViewState state;
-    const BWLiveViewGeometry before(size, state);
-    view.setLiveGeometry(before);
-    renderer.prepareBuffer(grey(size));
-    const BWMeasuringGrid grid(before.frameSize(), 40);
-    QCOMPARE(faultsOf(view, before, grid), QString());
+        BWRenderedImage taken; // the view gets none of the pictures to come
+        state.setCurrentZoom(200);
+        view.setLiveGeometry(BWLiveViewGeometry(size, state));
+        const QDeadlineTimer deadline(10000);
+        while (!renderer.takeImage(taken) && !deadline.hasExpired())
+            QThread::yieldCurrentThread(); // no event is handled, so nothing is painted
+        QCOMPARE(taken.request.frameSize, QSizeF(400, 320));
+        QCOMPARE(faults(view.viewport()->grab().toImage(), before, grid), QString());
 
-    BWRenderedImage taken; // the view gets none of the pictures to come
-    state.setCurrentZoom(200);
-    view.setLiveGeometry(BWLiveViewGeometry(size, state));
-    const QDeadlineTimer deadline(10000);
-    while (!renderer.takeImage(taken) && !deadline.hasExpired())
-        QThread::yieldCurrentThread(); // no event is handled, so nothing is painted
-    QCOMPARE(taken.request.frameSize, QSizeF(400, 320));
-    QCOMPARE(faults(view.viewport()->grab().toImage(), before, grid), QString());
+        // Nor is it squeezed into the layout of another size before the first picture of that size has come; there is no
+        // grid meanwhile, whose distance is one for that size.
+        view.setLiveGeometry(before);
+        QCOMPARE(faultsOf(view, before, grid), QString());
+        QSignalSpy drawn(&renderer, &BWLiveRenderer::imageReady);
+        view.setLiveGeometry(BWLiveViewGeometry({320, 160}, {}));
+        QTRY_VERIFY(!drawn.isEmpty());
+        const auto shown = [&view] {
+            const QImage image = view.viewport()->grab().toImage();
+            const QRgb middle = image.pixel(image.rect().center());
+            QRect picture;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    picture |= image.pixel(x, y) == middle ? QRect(x, y, 1, 1) : QRect();
+            return picture.size();
+        };
+        QTRY_COMPARE(faults(view.viewport()->grab().toImage(), before, {}), QString());
+        QCOMPARE(shown(), size);
+        renderer.prepareBuffer(grey({320, 160}));
+        const BWLiveViewGeometry after({320, 160}, {});
+        QCOMPARE(faultsOf(view, after, BWMeasuringGrid(after.frameSize(), 40)), QString());
+    }
 
-    // Nor is it squeezed into the layout of another size before the first picture of that size has come; there is no
-    // grid meanwhile, whose distance is one for that size.
-    view.setLiveGeometry(before);
-    QCOMPARE(faultsOf(view, before, grid), QString());
-    QSignalSpy drawn(&renderer, &BWLiveRenderer::imageReady);
-    view.setLiveGeometry(BWLiveViewGeometry({320, 160}, {}));
-    QTRY_VERIFY(!drawn.isEmpty());
-    const auto shown = [&view] {
-        const QImage image = view.viewport()->grab().toImage();
-        const QRgb middle = image.pixel(image.rect().center());
-        QRect picture;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                picture |= image.pixel(x, y) == middle ? QRect(x, y, 1, 1) : QRect();
-        return picture.size();
-    };
-    QTRY_COMPARE(faults(view.viewport()->grab().toImage(), before, {}), QString());
-    QCOMPARE(shown(), size);
-    renderer.prepareBuffer(grey({320, 160}));
-    const BWLiveViewGeometry after({320, 160}, {});
-    QCOMPARE(faultsOf(view, after, BWMeasuringGrid(after.frameSize(), 40)), QString());
-}
+    void drawsNothing_data()
+    {
+        const Rows<QSizeF, double> row;
+        row("not calibrated", QSizeF(640, 480), 0.0);
+        row("negative", QSizeF(640, 480), -355.0);
+        row("too small to add up", QSizeF(640, 480), std::numeric_limits<double>::min());
+        row("not a number", QSizeF(640, 480), std::numeric_limits<double>::quiet_NaN());
+        row("infinite", QSizeF(640, 480), std::numeric_limits<double>::infinity());
+        row("no camera", QSizeF(0, 0), 355.0);
+    }
+    void drawsNothing()
+    {
+        const auto [frame, distance] = Rows<QSizeF, double>::current();
+        const BWMeasuringGrid grid(frame, distance);
+        QVERIFY(grid.vertical().isEmpty() && grid.horizontal().isEmpty());
+    }
 
-void TestBWMeasuringGrid::drawsNothing_data()
-{
-    QTest::addColumn<QSizeF>("frame");
-    QTest::addColumn<double>("distance");
-    QTest::newRow("not calibrated") << QSizeF(640, 480) << 0.0;
-    QTest::newRow("negative") << QSizeF(640, 480) << -355.0;
-    QTest::newRow("too small to add up") << QSizeF(640, 480) << std::numeric_limits<double>::min();
-    QTest::newRow("not a number") << QSizeF(640, 480) << std::numeric_limits<double>::quiet_NaN();
-    QTest::newRow("infinite") << QSizeF(640, 480) << std::numeric_limits<double>::infinity();
-    QTest::newRow("no camera") << QSizeF(0, 0) << 355.0;
-}
-
-void TestBWMeasuringGrid::drawsNothing()
-{
-    QFETCH(QSizeF, frame);
-    QFETCH(double, distance);
-    const BWMeasuringGrid grid(frame, distance);
-    QVERIFY(grid.vertical().isEmpty() && grid.horizontal().isEmpty());
-}
-
-void TestBWMeasuringGrid::keepsTunedDistances()
-{
-    BWMeasuringGridTable table;
-    QCOMPARE(table.distance(u"dx10"_s, u"720x480"_s), 0.0);
-    table.setDistance(400.5, u"dx10"_s, u"720x480"_s);
-    table.setDistance(1, u"mx62"_s, u"720x480"_s);
-    QCOMPARE(table.distance(u"dx10"_s, u"720x480"_s), 400.5);
-    QCOMPARE(table.distance(u"dx12"_s, u"720x480"_s), 428.0);
-    QCOMPARE(table.distance(u"mx62"_s, u"720x480"_s), 0.0);
-    QCOMPARE(BWMeasuringGridTable().distance(u"dx10"_s, u"720x480"_s), 0.0); // forgotten
-}
+    void keepsTunedDistances()
+    {
+        BWMeasuringGridTable table;
+        QCOMPARE(table.distance(u"dx10"_s, u"720x480"_s), 0.0);
+        table.setDistance(400.5, u"dx10"_s, u"720x480"_s);
+        table.setDistance(1, u"mx62"_s, u"720x480"_s);
+        QCOMPARE(table.distance(u"dx10"_s, u"720x480"_s), 400.5);
+        QCOMPARE(table.distance(u"dx12"_s, u"720x480"_s), 428.0);
+        QCOMPARE(table.distance(u"mx62"_s, u"720x480"_s), 0.0);
+        QCOMPARE(BWMeasuringGridTable().distance(u"dx10"_s, u"720x480"_s), 0.0); // forgotten
+    }
+};
 
 QTEST_MAIN(TestBWMeasuringGrid)
 #include "tst_BWMeasuringGrid.moc"

@@ -1,4 +1,5 @@
 #include "../model/AbortCheck.h"
+#include "../views/WidgetSearch.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCaptureDevice.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
@@ -6,9 +7,7 @@
 #include "Views/BWEMPIADebuggerWindowController.h"
 
 #include <QElapsedTimer>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSemaphore>
 #include <QTest>
 
@@ -70,7 +69,7 @@ private Q_SLOTS:
         m_bus->release(1000);
         BWEMPIADebuggerWindowController window([this] { return m_camera; });
         window.localizeWithManager(m_texts);
-        QVERIFY(!button(window, u"&Write"_s)->isEnabled()); // nothing that could be written yet
+        QVERIFY(!buttonNamed(window, u"&Write"_s)->isEnabled()); // nothing that could be written yet
         window.onReadRegisters();
         QTRY_COMPARE(values(window), QStringList(9, u"0"_s));
 
@@ -79,7 +78,7 @@ private Q_SLOTS:
         for (int row = 0; row < names.size(); ++row)
             field(window, row)->setText(typed[row]);
         window.onWriteRegisters();
-        QTRY_VERIFY(button(window, u"&Read"_s)->isEnabled());
+        QTRY_VERIFY(buttonNamed(window, u"&Read"_s)->isEnabled());
         const QList<int> numbers{0x28, 0x29, 0x2A, 0x2B, 0x1C, 0x1D, 0x1E, 0x1F, 0x1B};
         const QList<int> written{44, 254, 12, 0, 254, 0, 6, 254, 254};
         for (int row = 0; row < names.size(); ++row)
@@ -88,11 +87,11 @@ private Q_SLOTS:
         window.onReadRegisters(); // shows what the chip has made of them
         QTRY_COMPARE(values(window).first(), u"44"_s);
         QTRY_COMPARE(values(window).last(), u"254"_s);
-        QTRY_VERIFY(button(window, u"&Read"_s)->isEnabled());
+        QTRY_VERIFY(buttonNamed(window, u"&Read"_s)->isEnabled());
 
         field(window, 0)->setText(u"2"_s);
         window.onWriteRegisters();
-        QTRY_VERIFY(saysSomewhere(window, u"The chip refuses."_s));
+        QTRY_VERIFY(tells(window, u"The chip refuses."_s));
     }
 
     /// The values are shown one by one, and the window is used and closed in the meantime.
@@ -101,7 +100,7 @@ private Q_SLOTS:
         auto window = std::make_unique<BWEMPIADebuggerWindowController>([this] { return m_camera; });
         window->localizeWithManager(m_texts);
         window->onReadRegisters();
-        QVERIFY(!button(*window, u"&Read"_s)->isEnabled());
+        QVERIFY(!buttonNamed(*window, u"&Read"_s)->isEnabled());
         m_bus->release(2);
         QTRY_COMPARE(field(*window, 1)->text(), u"0"_s);
         QCOMPARE(field(*window, 2)->text(), QString());
@@ -124,7 +123,7 @@ private Q_SLOTS:
             window.onWriteRegisters();
             window.onReadRegisters();
             QCOMPARE(values(window), QStringList(9, u"0"_s));
-            QVERIFY(saysSomewhere(window, u"No camera with a bridge chip is in use."_s));
+            QVERIFY(tells(window, u"No camera with a bridge chip is in use."_s));
         }
     }
 
@@ -170,19 +169,6 @@ private:
         for (int row = 0; row < names.size(); ++row)
             list << field(window, row)->text();
         return list;
-    }
-    static QPushButton *button(const QWidget &window, const QString &text)
-    {
-        const auto buttons = window.findChildren<QPushButton *>();
-        for (QPushButton *candidate : buttons)
-            if (candidate->text() == text)
-                return candidate;
-        return nullptr;
-    }
-    static bool saysSomewhere(const QWidget &window, const QString &text)
-    {
-        const auto labels = window.findChildren<QLabel *>();
-        return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) { return label->text() == text; });
     }
 
     BWLocalizationManager m_texts{QString(), {u"en"_s}};
