@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "TestFrames.h"
 
 #include "Model/LiveView/BWLiveRenderer.h"
@@ -104,22 +105,6 @@ private Q_SLOTS:
         QTRY_COMPARE(alive.load(), 0);
     }
 
-    void lastPictureIsDrawnAnew()
-    {
-        BWLiveRenderer renderer;
-        ImageCounter ready(renderer);
-        renderer.setRequest(wholePicture());
-        renderer.prepareBuffer(greyFrame(90));
-        QTRY_COMPARE(ready.size(), 1);
-        BWRenderedImage image;
-        QVERIFY(renderer.takeImage(image));
-        renderer.setRequest(wholePicture(200)); // no new frame comes
-        QTRY_COMPARE(ready.size(), 2);
-        QVERIFY(renderer.takeImage(image));
-        QCOMPARE(image.image.size(), size * 2);
-        QCOMPARE(renderer.statistics().shown, 1U);
-    }
-
     void nothingIsMadeForAHiddenView()
     {
         BWLiveRenderer renderer;
@@ -136,19 +121,17 @@ private Q_SLOTS:
 
     void tornJpegs_data()
     {
-        QTest::addColumn<int>("subsampling");
-        QTest::addColumn<unsigned>("zoom");
-        QTest::newRow("4:2:0") << int(TJSAMP_420) << 100U;
-        QTest::newRow("4:2:2") << int(TJSAMP_422) << 100U;
-        QTest::newRow("4:4:4") << int(TJSAMP_444) << 100U;
-        QTest::newRow("grey") << int(TJSAMP_GRAY) << 100U;
-        QTest::newRow("4:4:0, converted by the decoder") << int(TJSAMP_440) << 100U;
-        QTest::newRow("4:2:2 at half size") << int(TJSAMP_422) << 50U;
+        const Rows<int, unsigned> row;
+        row("4:2:0", int(TJSAMP_420), 100U);
+        row("4:2:2", int(TJSAMP_422), 100U);
+        row("4:4:4", int(TJSAMP_444), 100U);
+        row("grey", int(TJSAMP_GRAY), 100U);
+        row("4:4:0, converted by the decoder", int(TJSAMP_440), 100U);
+        row("4:2:2 at half size", int(TJSAMP_422), 50U);
     }
     void tornJpegs()
     {
-        QFETCH(int, subsampling);
-        QFETCH(unsigned, zoom);
+        const auto [subsampling, zoom] = Rows<int, unsigned>::current();
         BWLiveRenderer renderer;
         ImageCounter ready(renderer);
         renderer.setRequest(wholePicture(zoom));
@@ -169,6 +152,7 @@ private Q_SLOTS:
         QTRY_COMPARE(ready.size(), 2);
         QVERIFY(renderer.takeImage(image));
         QVERIFY(qAbs(shownLevel() - 100) <= 3);
+        QCOMPARE(renderer.statistics().shown, 1U);
         renderer.prepareBuffer(jpegFrame(150, subsampling));
         QTRY_COMPARE(ready.size(), 3);
         QVERIFY(renderer.takeImage(image));

@@ -1,5 +1,5 @@
+#include "../Rows.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
-#include "Model/LiveView/BWRenderRequest.h"
 
 #include <QTest>
 
@@ -11,49 +11,37 @@ class TestLiveViewGeometry : public QObject {
 private Q_SLOTS:
     void zoomSteps_data()
     {
-        QTest::addColumn<unsigned>("start");
-        QTest::addColumn<bool>("in");
-        QTest::addColumn<int>("times");
-        QTest::addColumn<unsigned>("end");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("one step in") << 100U << true << 1 << 110U << u"110%"_s;
-        QTest::newRow("up to the end") << 100U << true << 15 << 200U << u"200%"_s;
-        QTest::newRow("one step out") << 100U << false << 1 << 90U << u"90%"_s;
-        QTest::newRow("down to the end") << 100U << false << 15 << 50U << u"50%"_s;
-        QTest::newRow("between the steps, out") << 55U << false << 3 << 45U << u"45%"_s;
-        QTest::newRow("between the steps, in") << 195U << true << 3 << 205U << u"205%"_s;
+        const Rows<unsigned, bool, int, unsigned, QString> row;
+        row("one step in", 100U, true, 1, 110U, u"110%"_s);
+        row("up to the end", 100U, true, 15, 200U, u"200%"_s);
+        row("one step out", 100U, false, 1, 90U, u"90%"_s);
+        row("down to the end", 100U, false, 15, 50U, u"50%"_s);
+        row("between the steps, out", 55U, false, 3, 45U, u"45%"_s);
+        row("between the steps, in", 195U, true, 3, 205U, u"205%"_s);
     }
     void zoomSteps()
     {
-        QFETCH(unsigned, start);
-        QFETCH(bool, in);
-        QFETCH(int, times);
+        const auto [start, in, times, end, text] = Rows<unsigned, bool, int, unsigned, QString>::current();
         BWLiveViewState state;
         state.setCurrentZoom(start);
         for (int i = 0; i < times; ++i)
             in ? state.zoomIn() : state.zoomOut();
-        QTEST(state.currentZoom(), "end");
-        QTEST(state.zoomText(), "text");
+        QCOMPARE(state.currentZoom(), end);
+        QCOMPARE(state.zoomText(), text);
     }
 
     void footprint_data()
     {
-        QTest::addColumn<QSize>("image");
-        QTest::addColumn<unsigned>("zoom");
-        QTest::addColumn<QString>("rotation");
-        QTest::addColumn<QSize>("footprint");
-        QTest::newRow("zoomed") << QSize(640, 480) << 110U << u"0"_s << QSize(704, 528);
-        QTest::newRow("turned") << QSize(640, 480) << 50U << u"90"_s << QSize(240, 320);
-        QTest::newRow("upside down") << QSize(640, 480) << 200U << u"180"_s << QSize(1280, 960);
-        QTest::newRow("no number") << QSize(640, 480) << 100U << u"ninety"_s << QSize(640, 480);
-        QTest::newRow("no camera") << QSize(0, 0) << 100U << u"90"_s << QSize(0, 0);
+        const Rows<QSize, unsigned, QString, QSize> row;
+        row("zoomed", QSize(640, 480), 110U, u"0"_s, QSize(704, 528));
+        row("turned", QSize(640, 480), 50U, u"90"_s, QSize(240, 320));
+        row("upside down", QSize(640, 480), 200U, u"180"_s, QSize(1280, 960));
+        row("no number", QSize(640, 480), 100U, u"ninety"_s, QSize(640, 480));
+        row("no camera", QSize(0, 0), 100U, u"90"_s, QSize(0, 0));
     }
     void footprint()
     {
-        QFETCH(QSize, image);
-        QFETCH(unsigned, zoom);
-        QFETCH(QString, rotation);
-        QFETCH(QSize, footprint);
+        const auto [image, zoom, rotation, footprint] = Rows<QSize, unsigned, QString, QSize>::current();
         BWLiveViewState state;
         state.setCurrentZoom(zoom);
         state.setCurrentRotation(BWLiveViewState::rotationFromTitle(rotation));
@@ -76,27 +64,21 @@ private Q_SLOTS:
 
     void placeInTheViewport_data()
     {
-        QTest::addColumn<QSize>("image");
-        QTest::addColumn<QPoint>("scroll");
-        QTest::addColumn<QPointF>("origin");
-        QTest::addColumn<QSize>("range");
+        const Rows<QSize, QPoint, QPointF, QSize> row;
         // The middle of the scroll area is at (488.5, 266) of the viewport: the picture's lies 42 points below it.
-        QTest::newRow("smaller") << QSize(640, 480) << QPoint(0, 0) << QPointF(168.5, 308 - 240) << QSize(0, 0);
-        QTest::newRow("smaller, which cannot scroll")
-            << QSize(640, 480) << QPoint(33, 7) << QPointF(168.5, 68) << QSize(0, 0);
-        QTest::newRow("larger") << QSize(2592, 1944) << QPoint(100, 50) << QPointF(-100, -50) << QSize(1615, 1328);
-        QTest::newRow("larger, too far") << QSize(2592, 1944) << QPoint(2000, 1900) << QPointF(-1615, -1328)
-                                         << QSize(1615, 1328);
-        QTest::newRow("larger one way only") << QSize(800, 700) << QPoint(0, 20) << QPointF(88.5, -20) << QSize(0, 84);
+        row("smaller", QSize(640, 480), QPoint(0, 0), QPointF(168.5, 308 - 240), QSize(0, 0));
+        row("smaller, which cannot scroll", QSize(640, 480), QPoint(33, 7), QPointF(168.5, 68), QSize(0, 0));
+        row("larger", QSize(2592, 1944), QPoint(100, 50), QPointF(-100, -50), QSize(1615, 1328));
+        row("larger, too far", QSize(2592, 1944), QPoint(2000, 1900), QPointF(-1615, -1328), QSize(1615, 1328));
+        row("larger one way only", QSize(800, 700), QPoint(0, 20), QPointF(88.5, -20), QSize(0, 84));
     }
     void placeInTheViewport()
     {
-        QFETCH(QSize, image);
-        QFETCH(QPoint, scroll);
+        const auto [image, scroll, origin, range] = Rows<QSize, QPoint, QPointF, QSize>::current();
         const BWLiveViewGeometry geometry(image, BWLiveViewState());
         const QSize viewport(977, 700 - BWLiveViewGeometry::barHeight);
-        QTEST(geometry.imageOrigin(viewport, scroll), "origin");
-        QTEST(geometry.scrollRange(viewport), "range");
+        QCOMPARE(geometry.imageOrigin(viewport, scroll), origin);
+        QCOMPARE(geometry.scrollRange(viewport), range);
     }
 
     void theMiddleStays()
@@ -114,15 +96,6 @@ private Q_SLOTS:
         QCOMPARE(small.scrollForMiddle(middle, viewport), QPoint(0, 14));
         QCOMPARE(large.scrollForMiddle(small.middle(viewport, {0, 14}), viewport).x(), 808);
         QCOMPARE(large.scrollForMiddle({0, 1}, viewport), QPoint(0, 1478));
-    }
-
-    void requestsAtScaleTwo()
-    {
-        const BWLiveViewGeometry geometry(QSize(640, 480), BWLiveViewState());
-        const BWRenderRequest request(geometry, QSize(400, 300), QPoint(50, 0), 2.0);
-        QCOMPARE(request.imageSize, QSize(1280, 960));
-        QCOMPARE(request.visible, QRect(100, 0, 800, 600));
-        QCOMPARE(request.target, QPoint(-100, 0));
     }
 };
 
