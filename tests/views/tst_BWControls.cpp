@@ -158,6 +158,8 @@ private Q_SLOTS:
         QCOMPARE(field.font().pointSizeF(), 10.0);
         field.resize(wanted * 9 / 10, QFontMetrics(fontOfSize(16)).height() + 4); // a little higher than one line
         QVERIFY(field.fontMetrics().horizontalAdvance(text) <= field.width());
+        field.resize(wanted * 6 / 10, QFontMetrics(fontOfSize(16)).height() * 2 + 1); // two lines
+        QCOMPARE(field.font().pointSizeF(), 16.0);
         field.setFont(fontOfSize(8)); // small by wish
         QCOMPARE(field.font().pointSizeF(), 8.0);
         field.setFont(fontOfSize(16));

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "Model/BWLocalizationManager.h"
 #include "Views/BWFlashActionViewController.h"
 
@@ -54,35 +55,29 @@ private Q_SLOTS:
 
     void opacity_data()
     {
-        QTest::addColumn<QList<Action>>("actions");
-        QTest::addColumn<int>("between"); // milliseconds from one action to the next
-        QTest::addColumn<int>("time"); // milliseconds after the last one
-        QTest::addColumn<double>("opacity");
+        // between: milliseconds from one action to the next; time: milliseconds after the last one
+        const Rows<QList<Action>, int, int, double> row;
         const QList<Action> saved{Action::SnapshotSaved};
         const QList<Action> recording{Action::RecordingStarted};
-        QTest::newRow("once: begins unseen") << saved << 0 << 0 << 0.0;
-        QTest::newRow("once: rises") << saved << 0 << 125 << 0.25;
-        QTest::newRow("once: peak") << saved << 0 << 500 << 1.0;
-        QTest::newRow("once: falls") << saved << 0 << 900 << 0.2;
-        QTest::newRow("once: over") << saved << 0 << 1000 << 0.0;
-        QTest::newRow("once: stays over") << saved << 0 << 1500 << 0.0;
-        QTest::newRow("repeated: peak") << recording << 0 << 500 << 1.0;
-        QTest::newRow("repeated: between two") << recording << 0 << 1000 << 0.0;
-        QTest::newRow("repeated: a minute later") << recording << 0 << 60'400 << 0.8;
-        QTest::newRow("a second snapshot begins anew") << saved + saved << 300 << 100 << 0.2;
-        QTest::newRow("a recording takes over") << saved + recording << 300 << 1500 << 1.0;
-        QTest::newRow("a snapshot takes over") << recording + saved << 300 << 1500 << 0.0;
-        QTest::newRow("stopped at the peak") << recording + QList{Action::RecordingStopped} << 500 << 0 << 0.0;
-        QTest::newRow("stopped within a snapshot's flash")
-            << saved + QList{Action::RecordingStopped} << 300 << 100 << 0.0;
-        QTest::newRow("and again") << recording + QList{Action::RecordingStopped} + saved << 300 << 500 << 1.0;
+        row("once: begins unseen", saved, 0, 0, 0.0);
+        row("once: rises", saved, 0, 125, 0.25);
+        row("once: peak", saved, 0, 500, 1.0);
+        row("once: falls", saved, 0, 900, 0.2);
+        row("once: over", saved, 0, 1000, 0.0);
+        row("once: stays over", saved, 0, 1500, 0.0);
+        row("repeated: peak", recording, 0, 500, 1.0);
+        row("repeated: between two", recording, 0, 1000, 0.0);
+        row("repeated: a minute later", recording, 0, 60'400, 0.8);
+        row("a second snapshot begins anew", saved + saved, 300, 100, 0.2);
+        row("a recording takes over", saved + recording, 300, 1500, 1.0);
+        row("a snapshot takes over", recording + saved, 300, 1500, 0.0);
+        row("stopped at the peak", recording + QList{Action::RecordingStopped}, 500, 0, 0.0);
+        row("stopped within a snapshot's flash", saved + QList{Action::RecordingStopped}, 300, 100, 0.0);
+        row("and again", recording + QList{Action::RecordingStopped} + saved, 300, 500, 1.0);
     }
     void opacity()
     {
-        QFETCH(QList<Action>, actions);
-        QFETCH(int, between);
-        QFETCH(int, time);
-        QFETCH(double, opacity);
+        const auto [actions, between, time, opacity] = Rows<QList<Action>, int, int, double>::current();
         for (qsizetype i = 0; i < actions.size(); ++i) {
             m_clock.advance(std::chrono::milliseconds(i ? between : 0));
             act(actions[i]);

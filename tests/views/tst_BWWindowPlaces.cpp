@@ -1,8 +1,8 @@
+#include "../Rows.h"
 #include "Model/BWSettingsFile.h"
 #include "Views/Utils/BWUtilityPanel.h"
 #include "Views/Utils/BWWindowPlacement.h"
 
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -38,52 +38,44 @@ class TestBWWindowPlaces : public QObject {
 private Q_SLOTS:
     void screens_data()
     {
-        QTest::addColumn<QSize>("mainScreen");
-        QTest::addColumn<QList<QRect>>("rooms");
-        QTest::addColumn<QPoint>("camera");
-        QTest::addColumn<QPoint>("settingsAt");
-        QTest::addColumn<QPoint>("advancedAt"); // while the settings are open
-        QTest::addColumn<QRect>("cameraAside");
-        QTest::addColumn<QRect>("albumsAt");
+        // advancedAt: while the settings are open
+        const Rows<QSize, QList<QRect>, QPoint, QPoint, QPoint, QRect, QRect> row;
         const auto one = [](int width, int height) { return QList<QRect>{{0, 0, width, height}}; };
-        QTest::newRow("small: all become narrower")
-            << QSize(1024, 600) << one(1024, 600) << QPoint(24, 6) << QPoint(259, 299) << QPoint(0, 268)
-            << QRect(0, 6, 745, 594) << QRect(745, 25, 279, 575);
-        QTest::newRow("the camera window moves aside")
-            << QSize(1280, 800) << one(1280, 800) << QPoint(152, 116) << QPoint(387, 499) << QPoint(0, 468)
-            << QRect(12, 116, 979, 594) << QRect(991, 135, 289, 575);
-        QTest::newRow("laptop") << QSize(1366, 768) << one(1366, 768) << QPoint(195, 100) << QPoint(430, 467)
-                                << QPoint(0, 436) << QRect(98, 100, 979, 594) << QRect(1077, 119, 289, 575);
-        QTest::newRow("full HD") << QSize(1920, 1080) << one(1920, 1080) << QPoint(472, 256) << QPoint(707, 779)
-                                 << QPoint(0, 748) << QRect(472, 256, 979, 594) << QRect(1451, 275, 289, 575);
-        QTest::newRow("raised by a few points")
-            << QSize(1920, 1200) << one(1920, 1200) << QPoint(472, 316) << QPoint(707, 899) << QPoint(0, 868)
-            << QRect(472, 316, 979, 594) << QRect(1451, 335, 289, 575);
-        QTest::newRow("room for all") << QSize(2560, 1440) << one(2560, 1440) << QPoint(792, 436) << QPoint(1027, 1030)
-                                      << QPoint(910, 1070) << QRect(792, 436, 979, 594) << QRect(1771, 455, 289, 575);
-        QTest::newRow("the main screen is the right one")
-            << QSize(1920, 1080) << QList<QRect>{{1280, 0, 1920, 1080}, {0, 0, 1280, 1024}} << QPoint(301, 256)
-            << QPoint(536, 723) << QPoint(1280, 692) << QRect(301, 256, 979, 594) << QRect(1280, 275, 289, 575);
-        QTest::newRow("a panel of the desktop, a larger screen beside")
-            << QSize(1366, 768) << QList<QRect>{{0, 110, 1366, 658}, {1366, 0, 1920, 1080}} << QPoint(195, 110)
-            << QPoint(430, 467) << QPoint(0, 436) << QRect(98, 110, 979, 594) << QRect(1077, 129, 289, 575);
+        row("small: all become narrower", QSize(1024, 600), one(1024, 600), QPoint(24, 6), QPoint(259, 299),
+            QPoint(0, 268), QRect(0, 6, 745, 594), QRect(745, 25, 279, 575));
+        row("the camera window moves aside", QSize(1280, 800), one(1280, 800), QPoint(152, 116), QPoint(387, 499),
+            QPoint(0, 468), QRect(12, 116, 979, 594), QRect(991, 135, 289, 575));
+        row("laptop", QSize(1366, 768), one(1366, 768), QPoint(195, 100), QPoint(430, 467), QPoint(0, 436),
+            QRect(98, 100, 979, 594), QRect(1077, 119, 289, 575));
+        row("full HD", QSize(1920, 1080), one(1920, 1080), QPoint(472, 256), QPoint(707, 779), QPoint(0, 748),
+            QRect(472, 256, 979, 594), QRect(1451, 275, 289, 575));
+        row("raised by a few points", QSize(1920, 1200), one(1920, 1200), QPoint(472, 316), QPoint(707, 899),
+            QPoint(0, 868), QRect(472, 316, 979, 594), QRect(1451, 335, 289, 575));
+        row("room for all", QSize(2560, 1440), one(2560, 1440), QPoint(792, 436), QPoint(1027, 1030), QPoint(910, 1070),
+            QRect(792, 436, 979, 594), QRect(1771, 455, 289, 575));
+        row("the main screen is the right one", QSize(1920, 1080),
+            QList<QRect>{{1280, 0, 1920, 1080}, {0, 0, 1280, 1024}}, QPoint(301, 256), QPoint(536, 723),
+            QPoint(1280, 692), QRect(301, 256, 979, 594), QRect(1280, 275, 289, 575));
+        row("a panel of the desktop, a larger screen beside", QSize(1366, 768),
+            QList<QRect>{{0, 110, 1366, 658}, {1366, 0, 1920, 1080}}, QPoint(195, 110), QPoint(430, 467),
+            QPoint(0, 436), QRect(98, 110, 979, 594), QRect(1077, 129, 289, 575));
     }
     void screens()
     {
-        QFETCH(QSize, mainScreen);
-        QFETCH(QList<QRect>, rooms);
+        const auto [mainScreen, rooms, cameraAt, settingsAt, advancedAt, cameraAside, albumsAt] =
+            Rows<QSize, QList<QRect>, QPoint, QPoint, QPoint, QRect, QRect>::current();
         const BWWindowPlacement placement(mainScreen, rooms);
         const QRect camera = placement.camera(cameraContent, margins);
         QCOMPARE(camera.size(), cameraContent.grownBy(margins));
-        QTEST(camera.topLeft(), "camera");
+        QCOMPARE(camera.topLeft(), cameraAt);
         const QRect settingsPlace = placement.below(camera, settings);
-        QTEST(settingsPlace.topLeft(), "settingsAt");
+        QCOMPARE(settingsPlace.topLeft(), settingsAt);
         const QRect alone = placement.below(camera, advancedSettings);
         QVERIFY(qAbs(alone.center().x() - camera.center().x()) <= 1);
-        QTEST(placement.below(camera, advancedSettings, {settingsPlace}).topLeft(), "advancedAt");
+        QCOMPARE(placement.below(camera, advancedSettings, {settingsPlace}).topLeft(), advancedAt);
         const auto pair = placement.beside(camera, leastCameraWidth, albums, leastAlbumsWidth);
-        QTEST(pair.camera, "cameraAside");
-        QTEST(pair.albums, "albumsAt");
+        QCOMPARE(pair.camera, cameraAside);
+        QCOMPARE(pair.albums, albumsAt);
     }
 
     void aWindowThatIsTooLargeBecomesSmaller()
