@@ -1,3 +1,5 @@
+#include "../Rows.h"
+#include "../views/WidgetSearch.h"
 #include "AbortCheck.h"
 #include "Model/BWAlbumManager.h"
 #include "Model/BWLocalizationManager.h"
@@ -13,17 +15,14 @@
 #include "Views/Utils/BWDialogFilePanels.h"
 
 #include <cerrno>
-#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -101,18 +100,16 @@ private Q_SLOTS:
 
     void typedFolders_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("alert");
-        QTest::newRow("new") << u"Proben 12.3 \"neu\""_s << QString();
-        QTest::newRow("there already") << u"Default Album"_s << QString();
-        QTest::newRow("file") << u"Default Album/a.jpg"_s << u"There is already a file called “a.jpg”."_s;
-        QTest::newRow("hidden") << u".hidden"_s << u"An album cannot be called “.hidden”."_s;
+        const Rows<QString, QString> row;
+        row("new", u"Proben 12.3 \"neu\""_s, QString());
+        row("there already", u"Default Album"_s, QString());
+        row("file", u"Default Album/a.jpg"_s, u"There is already a file called “a.jpg”."_s);
+        row("hidden", u".hidden"_s, u"An album cannot be called “.hidden”."_s);
     }
     /// In the real panel.
     void typedFolders()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, alert);
+        const auto [name, alert] = Rows<QString, QString>::current();
         m_useRealPanel = true;
         m_window->onAddAlbum();
         m_useRealPanel = false;
@@ -137,35 +134,29 @@ private Q_SLOTS:
 
     void saving_data()
     {
-        QTest::addColumn<bool>("videos");
-        QTest::addColumn<QList<int>>("indexes");
-        QTest::addColumn<QString>("panel");
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QByteArray>("begins"); // what the saved file begins with
-        QTest::newRow("image") << false << QList{1}
-                               << u"Saving image as JPG file|Please select where to save a JPG file with your selected "
-                                  "image|jpg|c.jpg"_s
-                               << u"saved.jpg"_s << "c.jpg"_ba;
-        QTest::newRow("video") << true << QList{0}
-                               << u"Saving video as MOV file|Please select where to save a MOV file with your selected "
-                                  "video|mov|v.mov"_s
-                               << u"saved.mov"_s << "v.mov"_ba;
-        QTest::newRow("images")
-            << false << QList{0, 3}
-            << u"Saving images as ZIP file|Please select where to save a ZIP file with your selected "
-               "images|zip|Default Album.zip"_s
-            << u"saved.zip"_s << "PK"_ba;
+        // begins: what the saved file begins with
+        const Rows<bool, QList<int>, QString, QString, QByteArray> row;
+        row("image", false, QList{1},
+            u"Saving image as JPG file|Please select where to save a JPG file with your selected "
+            "image|jpg|c.jpg"_s,
+            u"saved.jpg"_s, "c.jpg"_ba);
+        row("video", true, QList{0},
+            u"Saving video as MOV file|Please select where to save a MOV file with your selected "
+            "video|mov|v.mov"_s,
+            u"saved.mov"_s, "v.mov"_ba);
+        row("images", false, QList{0, 3},
+            u"Saving images as ZIP file|Please select where to save a ZIP file with your selected "
+            "images|zip|Default Album.zip"_s,
+            u"saved.zip"_s, "PK"_ba);
     }
     void saving()
     {
-        QFETCH(bool, videos);
-        QFETCH(QList<int>, indexes);
-        QFETCH(QString, target);
-        QFETCH(QByteArray, begins);
+        const auto [videos, indexes, panel, target, begins] =
+            Rows<bool, QList<int>, QString, QString, QByteArray>::current();
         BWThumbnailTableView &grid = *(videos ? m_videos : m_images);
         m_chosen = m_folder->url(target);
         grid.modelDelegate()->saveIndexesOfModel(grid, indexes);
-        QTEST(m_panel, "panel");
+        QCOMPARE(m_panel, panel);
         QTRY_VERIFY(TestFolder::read(m_chosen).startsWith(begins));
         QTRY_VERIFY(!m_window->isSaving());
         QVERIFY(m_alerts.isEmpty());
@@ -185,21 +176,19 @@ private Q_SLOTS:
 
     void whySavingFailed_data()
     {
-        QTest::addColumn<int>("error");
-        QTest::addColumn<QString>("told");
-        QTest::newRow("no permission") << EACCES << u"ob Sie dort schreiben dürfen"_s;
-        QTest::newRow("read-only disk") << EROFS << u"schreibgeschützt"_s;
-        QTest::newRow("full disk") << ENOSPC << u"nicht genug Speicherplatz"_s;
-        QTest::newRow("file system with small files") << EFBIG << u"so große Datei"_s;
-        QTest::newRow("pulled out") << EIO << u"Fehler gemeldet"_s;
-        QTest::newRow("colon on a memory stick") << EINVAL << u"nur Buchstaben"_s;
-        QTest::newRow("long name") << ENAMETOOLONG << u"zu lang"_s;
-        QTest::newRow("anything else") << EBUSY << u"unerwarteten Grund"_s;
+        const Rows<int, QString> row;
+        row("no permission", EACCES, u"ob Sie dort schreiben dürfen"_s);
+        row("read-only disk", EROFS, u"schreibgeschützt"_s);
+        row("full disk", ENOSPC, u"nicht genug Speicherplatz"_s);
+        row("file system with small files", EFBIG, u"so große Datei"_s);
+        row("pulled out", EIO, u"Fehler gemeldet"_s);
+        row("colon on a memory stick", EINVAL, u"nur Buchstaben"_s);
+        row("long name", ENAMETOOLONG, u"zu lang"_s);
+        row("anything else", EBUSY, u"unerwarteten Grund"_s);
     }
     void whySavingFailed()
     {
-        QFETCH(int, error);
-        QFETCH(QString, told);
+        const auto [error, told] = Rows<int, QString>::current();
         BWAlbumTexts texts;
         texts.localizeWithManager(m_german);
         const QString text = texts.errorSaving.value(BWExportResult::targetFailed({}, error).problem);
@@ -210,12 +199,7 @@ private Q_SLOTS:
 
     void savedNames_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("extension");
-        QTest::addColumn<QString>("name");
-        const auto row = [](const char *title, const QString &typed, const QString &extension, const QString &name) {
-            QTest::newRow(title) << typed << extension << name;
-        };
+        const Rows<QString, QString, QString> row;
         row("none", u"bild"_s, u"jpg"_s, u"bild.jpg"_s);
         row("the right one", u"bild.jpg"_s, u"jpg"_s, u"bild.jpg"_s);
         row("in capitals", u"BILD.JPG"_s, u"jpg"_s, u"BILD.JPG"_s);
@@ -231,28 +215,23 @@ private Q_SLOTS:
     }
     void savedNames()
     {
-        QFETCH(QString, typed);
-        QFETCH(QString, extension);
-        QTEST(BWDialogFilePanels::withExtension(typed, extension), "name");
+        const auto [typed, extension, name] = Rows<QString, QString, QString>::current();
+        QCOMPARE(BWDialogFilePanels::withExtension(typed, extension), name);
     }
 
     void savePanel_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("asks");
-        QTest::newRow("suggested") << QString() << u"Default Album.zip"_s << false;
-        QTest::newRow("number") << u"Proben 12.3"_s << u"Proben 12.3.zip"_s << false;
-        QTest::newRow("quotes") << u"Probe \"A\""_s << u"Probe \"A\".zip"_s << false;
-        QTest::newRow("exists as typed") << u"there.zip"_s << u"there.zip"_s << true;
-        QTest::newRow("exists as it will be") << u"there.jpeg"_s << u"there.zip"_s << true;
-        QTest::newRow("too long with it") << QString(253, u'n') << QString(253, u'n') + u".zip"_s << false;
+        const Rows<QString, QString, bool> row;
+        row("suggested", QString(), u"Default Album.zip"_s, false);
+        row("number", u"Proben 12.3"_s, u"Proben 12.3.zip"_s, false);
+        row("quotes", u"Probe \"A\""_s, u"Probe \"A\".zip"_s, false);
+        row("exists as typed", u"there.zip"_s, u"there.zip"_s, true);
+        row("exists as it will be", u"there.jpeg"_s, u"there.zip"_s, true);
+        row("too long with it", QString(253, u'n'), QString(253, u'n') + u".zip"_s, false);
     }
     void savePanel()
     {
-        QFETCH(QString, typed);
-        QFETCH(QString, name);
-        QFETCH(bool, asks);
+        const auto [typed, name, asks] = Rows<QString, QString, bool>::current();
         m_folder->file(u"there.zip"_s);
         for (const bool byButton : {false, true}) {
             QList<QUrl> chosen;
@@ -397,8 +376,6 @@ private Q_SLOTS:
 
     void rowsAndKinds()
     {
-        for (const auto &[visible, row] : {std::pair{300, 75}, {499, 124}, {500, 125}, {800, 125}})
-            QCOMPARE(BWAlbumGridModel::rowHeight(visible), row);
         for (const auto &[count, columns, rows] :
              {std::tuple{0, 2, 0}, {5, 2, 3}, {6, 2, 3}, {7, 3, 3}, {5, 0, 1}, {0, 0, 0}})
             QCOMPARE(BWAlbumGridModel::rowCount(count, columns), rows);
@@ -414,16 +391,6 @@ private Q_SLOTS:
         camera.setGeometry(20, 30, 400, 600);
         camera.show();
         BWAlbumManagerWindowController window(*m_albums, *m_defaults, {*this, {}}, &camera);
-        const int right = camera.screen()->availableGeometry().right();
-        for (const int x : {20, right - 500}) {
-            camera.move(x, 30);
-            window.resetLayout();
-            window.show();
-            QCOMPARE(window.size(), QSize(287, 550));
-            QCOMPARE(window.frameGeometry().left(), camera.frameGeometry().right() + 1);
-            QCOMPARE(window.frameGeometry().bottom(), camera.frameGeometry().bottom());
-            QVERIFY(window.frameGeometry().right() <= right);
-        }
         camera.showMaximized(); // stays as it is
         const QRect maximized = camera.geometry();
         window.resetLayout();
@@ -469,27 +436,12 @@ private:
     }
 
     QString shown() const { return TestFolder::names(m_images->elements()); }
-    static QString titles(const QComboBox &popUp)
-    {
-        QStringList titles;
-        for (int i = 0; i < popUp.count(); ++i)
-            titles << popUp.itemText(i);
-        return titles.join(u'|');
-    }
     void select(const QSet<int> &indexes) const
     {
         m_images->mouseEventHandler()->adoptSelection(indexes);
         m_images->showSelection();
     }
-    QToolButton *button(const QString &name) const
-    {
-        const auto buttons = m_window->findChildren<QToolButton *>();
-        for (QToolButton *button : buttons) {
-            if (button->accessibleName() == name || button->text() == name)
-                return button;
-        }
-        qFatal("No button %s", qPrintable(name));
-    }
+    QAbstractButton *button(const QString &name) const { return buttonNamed(*m_window, name); }
     QString footerText() const
     {
         const auto labels = m_window->findChild<BWAlbumFooter *>()->findChildren<QLabel *>();
