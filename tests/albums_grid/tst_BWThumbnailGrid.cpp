@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "GridFixture.h"
 #include "Views/Albums/BWThumbnailCellGeometry.h"
 #include "Views/Albums/BWThumbnailMimeData.h"
@@ -39,55 +40,42 @@ class TestBWThumbnailGrid : public QObject {
 private Q_SLOTS:
     void keys_data()
     {
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<int>("focus");
-        QTest::addColumn<Indexes>("selected");
-        QTest::addColumn<Indexes>("acted"); // on which elements, by whatever operation
+        // acted: on which elements, by whatever operation
+        const Rows<QString, int, Indexes, Indexes> row;
         const Indexes none;
-        QTest::newRow("right") << u"Right"_s << 1 << Indexes{1} << none;
-        QTest::newRow("right goes on in the next row") << u"Right|Right"_s << 2 << Indexes{2} << none;
-        QTest::newRow("left stops at the first") << u"Right|Left|Left"_s << 0 << Indexes{0} << none;
-        QTest::newRow("up stays in the first row") << u"Right|Up"_s << 1 << Indexes{1} << none;
-        QTest::newRow("page down") << u"Right|PgDown"_s << 9 << Indexes{9} << none;
-        QTest::newRow("page up") << u"End|PgUp"_s << 16 << Indexes{16} << none;
-        QTest::newRow("down to a cell that is not there")
-            << u"Right|PgDown|PgDown|PgDown|Down"_s << 24 << Indexes{24} << none;
-        QTest::newRow("end and home") << u"End|Home"_s << 0 << Indexes{0} << none;
-        QTest::newRow("shift extends") << u"Right|Shift+Down"_s << 3 << Indexes{1, 2, 3} << none;
-        QTest::newRow("and shrinks") << u"Right|Shift+Down|Shift+Left"_s << 2 << Indexes{1, 2} << none;
-        QTest::newRow("and turns round the anchor")
-            << u"Down|Down|Shift+Right|Shift+Up|Shift+Left"_s << 2 << Indexes{2, 3, 4} << none;
-        QTest::newRow("again and again") << u"Right|Left|Shift+Right"_s << 1 << Indexes{0, 1} << none;
-        QTest::newRow("ctrl leaves the selection") << u"Right|Ctrl+Down"_s << 3 << Indexes{1} << none;
-        QTest::newRow("space adds") << u"Right|Ctrl+Down|Space"_s << 3 << Indexes{1, 3} << none;
-        QTest::newRow("space takes away") << u"Right|Space"_s << 1 << none << none;
-        QTest::newRow("escape") << u"Ctrl+A|Escape"_s << 0 << none << none;
-        QTest::newRow("enter opens the focus") << u"Right|Ctrl+Down|Return"_s << 3 << Indexes{1} << Indexes{3};
-        QTest::newRow("enter opens the selection")
-            << u"Right|Shift+Down|Enter"_s << 3 << Indexes{1, 2, 3} << Indexes{1, 2, 3};
-        QTest::newRow("delete") << u"Right|Shift+Right|Delete"_s << 2 << Indexes{1, 2} << Indexes{1, 2};
-        QTest::newRow("all are saved") << u"Ctrl+A|Ctrl+E"_s << 0 << numbers(0, 24) << numbers(0, 24);
+        row("right", u"Right"_s, 1, Indexes{1}, none);
+        row("right goes on in the next row", u"Right|Right"_s, 2, Indexes{2}, none);
+        row("left stops at the first", u"Right|Left|Left"_s, 0, Indexes{0}, none);
+        row("up stays in the first row", u"Right|Up"_s, 1, Indexes{1}, none);
+        row("page down", u"Right|PgDown"_s, 9, Indexes{9}, none);
+        row("page up", u"End|PgUp"_s, 16, Indexes{16}, none);
+        row("down to a cell that is not there", u"Right|PgDown|PgDown|PgDown|Down"_s, 24, Indexes{24}, none);
+        row("end and home", u"End|Home"_s, 0, Indexes{0}, none);
+        row("shift extends", u"Right|Shift+Down"_s, 3, Indexes{1, 2, 3}, none);
+        row("and shrinks", u"Right|Shift+Down|Shift+Left"_s, 2, Indexes{1, 2}, none);
+        row("and turns round the anchor", u"Down|Down|Shift+Right|Shift+Up|Shift+Left"_s, 2, Indexes{2, 3, 4}, none);
+        row("again and again", u"Right|Left|Shift+Right"_s, 1, Indexes{0, 1}, none);
+        row("ctrl leaves the selection", u"Right|Ctrl+Down"_s, 3, Indexes{1}, none);
+        row("space adds", u"Right|Ctrl+Down|Space"_s, 3, Indexes{1, 3}, none);
+        row("space takes away", u"Right|Space"_s, 1, none, none);
+        row("escape", u"Ctrl+A|Escape"_s, 0, none, none);
+        row("enter opens the focus", u"Right|Ctrl+Down|Return"_s, 3, Indexes{1}, Indexes{3});
+        row("enter opens the selection", u"Right|Shift+Down|Enter"_s, 3, Indexes{1, 2, 3}, Indexes{1, 2, 3});
+        row("delete", u"Right|Shift+Right|Delete"_s, 2, Indexes{1, 2}, Indexes{1, 2});
+        row("all are saved", u"Ctrl+A|Ctrl+E"_s, 0, numbers(0, 24), numbers(0, 24));
     }
     void keys()
     {
-        QFETCH(QString, keys);
+        const auto [keys, focus, selected, acted] = Rows<QString, int, Indexes, Indexes>::current();
         GridFixture grid(25);
         for (const QString &key : keys.split(u'|')) {
             const QKeyCombination combination = QKeySequence(key)[0];
             QTest::keyClick(&grid.view, combination.key(), combination.keyboardModifiers());
         }
-        QTEST(grid.view.focusIndex(), "focus");
-        QTEST(grid.view.mouseEventHandler()->selectedIndexes(), "selected");
-        QTEST(grid.album.opened + grid.album.removed + grid.album.saved, "acted");
+        QCOMPARE(grid.view.focusIndex(), focus);
+        QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), selected);
+        QCOMPARE(grid.album.opened + grid.album.removed + grid.album.saved, acted);
         QVERIFY(grid.view.viewport()->rect().contains(grid.view.visualRect(grid.view.currentIndex())));
-    }
-
-    void escapeWithoutSelectionIsTheWindows()
-    {
-        GridFixture grid(3);
-        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, {});
-        QCoreApplication::sendEvent(&grid.view, &escape);
-        QVERIFY(!escape.isAccepted());
     }
 
     void wishesInOrder()
@@ -156,19 +144,18 @@ private Q_SLOTS:
 
     void rowHeights_data()
     {
-        QTest::addColumn<int>("height");
-        QTest::addColumn<int>("row");
-        QTest::newRow("low") << 300 << 75;
-        QTest::newRow("cut") << 499 << 124;
-        QTest::newRow("high") << 800 << 125;
+        const Rows<int, int> row;
+        row("low", 300, 75);
+        row("cut", 499, 124);
+        row("high", 800, 125);
     }
     void rowHeights()
     {
-        QFETCH(int, height);
+        const auto [height, row] = Rows<int, int>::current();
         GridFixture grid(1000);
         grid.view.verticalScrollBar()->setValue(120 * 50);
         grid.view.resize(300, height);
-        QTEST(grid.view.rowHeight(0), "row");
+        QCOMPARE(grid.view.rowHeight(0), row);
         QCOMPARE(grid.view.rowAt(0), 50); // the same at the top as before
     }
 
@@ -189,26 +176,20 @@ private Q_SLOTS:
         QCOMPARE(grid.view.focusIndex(), -1);
     }
 
-    void otherNumbersOfColumns_data()
-    {
-        QTest::addColumn<int>("columns");
-        QTest::newRow("none") << 0;
-        QTest::newRow("one") << 1;
-        QTest::newRow("three") << 3;
-    }
     void otherNumbersOfColumns()
     {
-        QFETCH(int, columns);
-        GridFixture grid(7);
-        grid.album.columns = columns;
-        grid.view.reloadData();
-        grid.view.onSelectAll();
-        for (const auto key : {Qt::Key_End, Qt::Key_Right, Qt::Key_Down, Qt::Key_Home, Qt::Key_Left})
-            QTest::keyClick(&grid.view, key);
-        grid.view.viewport()->repaint();
-        grid.clock.advance(std::chrono::seconds(1));
-        QCOMPARE(grid.view.model()->columnCount(), columns);
-        QCOMPARE(grid.view.focusIndex(), columns ? 0 : -1);
+        for (const int columns : {0, 1, 3}) {
+            GridFixture grid(7);
+            grid.album.columns = columns;
+            grid.view.reloadData();
+            grid.view.onSelectAll();
+            for (const auto key : {Qt::Key_End, Qt::Key_Right, Qt::Key_Down, Qt::Key_Home, Qt::Key_Left})
+                QTest::keyClick(&grid.view, key);
+            grid.view.viewport()->repaint();
+            grid.clock.advance(std::chrono::seconds(1));
+            QCOMPARE(grid.view.model()->columnCount(), columns);
+            QCOMPARE(grid.view.focusIndex(), columns ? 0 : -1);
+        }
     }
 
     void screenReader()
@@ -242,38 +223,34 @@ private Q_SLOTS:
 
     void pictureRect_data()
     {
-        QTest::addColumn<QSize>("pixels");
-        QTest::addColumn<double>("scale");
-        QTest::addColumn<QRectF>("rect");
+        const Rows<QSize, double, QRectF> row;
         // a cell of 140 x 120: pictures have 126 x 106
-        QTest::newRow("wide") << QSize(2000, 1000) << 1.0 << QRectF(7, 29, 126, 63);
-        QTest::newRow("high") << QSize(1000, 2000) << 1.0 << QRectF(44, 7, 53, 106);
-        QTest::newRow("not enlarged") << QSize(20, 10) << 1.0 << QRectF(60, 55, 20, 10);
-        QTest::newRow("pixels of a fine screen") << QSize(20, 10) << 2.0 << QRectF(65, 57.5, 10, 5);
-        QTest::newRow("halves on a fine screen") << QSize(2592, 1944) << 2.0 << QRectF(7, 13, 126, 94.5);
-        QTest::newRow("unknown") << QSize() << 1.0 << QRectF(7, 13, 126, 94);
-        QTest::newRow("hair") << QSize(1, 5000) << 1.0 << QRectF(70, 7, 1, 106);
+        row("wide", QSize(2000, 1000), 1.0, QRectF(7, 29, 126, 63));
+        row("high", QSize(1000, 2000), 1.0, QRectF(44, 7, 53, 106));
+        row("not enlarged", QSize(20, 10), 1.0, QRectF(60, 55, 20, 10));
+        row("pixels of a fine screen", QSize(20, 10), 2.0, QRectF(65, 57.5, 10, 5));
+        row("halves on a fine screen", QSize(2592, 1944), 2.0, QRectF(7, 13, 126, 94.5));
+        row("unknown", QSize(), 1.0, QRectF(7, 13, 126, 94));
+        row("hair", QSize(1, 5000), 1.0, QRectF(70, 7, 1, 106));
     }
     void pictureRect()
     {
-        QFETCH(QSize, pixels);
-        QFETCH(double, scale);
-        QTEST(BWThumbnailCellGeometry::pictureRect(QRect(0, 0, 140, 120), pixels, scale), "rect");
+        const auto [pixels, scale, rect] = Rows<QSize, double, QRectF>::current();
+        QCOMPARE(BWThumbnailCellGeometry::pictureRect(QRect(0, 0, 140, 120), pixels, scale), rect);
     }
 
     void lengths_data()
     {
-        QTest::addColumn<int>("milliseconds");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("hardly any") << 3 << u"0:01"_s;
-        QTest::newRow("seconds") << 12400 << u"0:12"_s;
-        QTest::newRow("rounded up to a minute") << 59600 << u"1:00"_s;
-        QTest::newRow("hours") << 3723000 << u"1:02:03"_s;
+        const Rows<int, QString> row;
+        row("hardly any", 3, u"0:01"_s);
+        row("seconds", 12400, u"0:12"_s);
+        row("rounded up to a minute", 59600, u"1:00"_s);
+        row("hours", 3723000, u"1:02:03"_s);
     }
     void lengths()
     {
-        QFETCH(int, milliseconds);
-        QTEST(BWThumbnailPainting::lengthText(std::chrono::milliseconds(milliseconds)), "text");
+        const auto [milliseconds, text] = Rows<int, QString>::current();
+        QCOMPARE(BWThumbnailPainting::lengthText(std::chrono::milliseconds(milliseconds)), text);
     }
 
     void whatIsDragged()

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "GridFixture.h"
 #include "Model/BWLocalizationManager.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
@@ -55,66 +56,54 @@ private:
 private Q_SLOTS:
     void gestures_data()
     {
-        QTest::addColumn<QString>("steps");
-        QTest::addColumn<Indexes>("selected");
-        QTest::addColumn<Indexes>("operation");
-        QTest::addColumn<Indexes>("opened");
-        QTest::addColumn<Indexes>("dragged");
+        const Rows<QString, Indexes, Indexes, Indexes, Indexes> row;
         const Indexes none;
-        QTest::newRow("a click waits for a second one") << u"c3 w299"_s << none << none << none << none;
-        QTest::newRow("and selects") << u"c3 w300"_s << Indexes{3} << Indexes{3} << none << none;
-        QTest::newRow("shift extends") << u"c2 w300 s5 w300"_s << Indexes{2, 3, 4, 5} << Indexes{5} << none << none;
-        QTest::newRow("and adds") << u"c3 w300 s5 w300 s1 w300"_s << Indexes{1, 2, 3, 4, 5} << Indexes{1} << none
-                                  << none;
-        QTest::newRow("clicked twice slowly") << u"c3 w300 c3 w300"_s << none << Indexes{3} << none << none;
-        QTest::newRow("shift without anchor") << u"s3 w300"_s << Indexes{3} << Indexes{3} << none << none;
-        QTest::newRow("shift after the anchor is gone")
-            << u"c3 w300 c3 w300 s5 w300"_s << Indexes{5} << Indexes{5} << none << none;
-        QTest::newRow("two cells in a hurry") << u"c3 w50 c5 w300"_s << Indexes{5} << Indexes{5} << none << none;
-        QTest::newRow("a range in a hurry") << u"c3 w50 s5 w300"_s << Indexes{3, 4, 5} << Indexes{5} << none << none;
-        QTest::newRow("ctrl adds") << u"c3 w300 k5 w300"_s << Indexes{3, 5} << Indexes{5} << none << none;
-        QTest::newRow("ctrl takes away") << u"c3 w300 s5 w300 k4 w300"_s << Indexes{3, 5} << Indexes{3, 4, 5} << none
-                                         << none;
-        QTest::newRow("a double click selects nothing") << u"d3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
-        QTest::newRow("on the selection it opens all")
-            << u"c3 w300 s5 w300 d4 w1000"_s << Indexes{3, 4, 5} << Indexes{3, 4, 5} << Indexes{3, 4, 5} << none;
-        QTest::newRow("beside it, one") << u"c3 w300 d1 w1000"_s << Indexes{3} << Indexes{1} << Indexes{1} << none;
-        QTest::newRow("a third quick click is no single one")
-            << u"d3 c3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
-        QTest::newRow("nor is it the start of a drag") << u"d3 p3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
-        QTest::newRow("a later one is") << u"d3 w1000 c3 w300"_s << Indexes{3} << Indexes{3} << Indexes{3} << none;
-        QTest::newRow("on another cell, too") << u"d3 c5 w300"_s << Indexes{5} << Indexes{5} << Indexes{3} << none;
-        QTest::newRow("nothing beyond the last")
-            << u"c3 w300 c7 w300 d7 w300 p7 w900"_s << Indexes{3} << Indexes{3} << none << none;
-        QTest::newRow("menu beyond the last") << u"c3 w300 m7"_s << Indexes{3} << Indexes{3} << none << none;
-        QTest::newRow("menu beside the selection") << u"c3 w300 m5"_s << Indexes{3} << Indexes{5} << none << none;
-        QTest::newRow("menu on the selection")
-            << u"c3 w300 s5 w300 m4"_s << Indexes{3, 4, 5} << Indexes{3, 4, 5} << none << none;
-        QTest::newRow("menu before the click has selected")
-            << u"c3 w100 m5 w300"_s << Indexes{3} << Indexes{5} << none << none;
-        QTest::newRow("held a little") << u"p3 w499"_s << none << none << none << none;
-        QTest::newRow("held: dragged, not selected")
-            << u"p3 w500 r3 w300"_s << none << Indexes{3} << none << Indexes{3};
-        QTest::newRow("held on the selection")
-            << u"c3 w300 s5 w300 p3 w500 r3 w300"_s << Indexes{3, 4, 5} << Indexes{3, 4, 5} << none << Indexes{3, 4, 5};
-        QTest::newRow("held beside it") << u"c3 w300 p1 w500"_s << Indexes{3} << Indexes{1} << none << Indexes{1};
-        QTest::newRow("a reload deselects") << u"c3 w300 R0"_s << none << none << none << none;
-        QTest::newRow("a reload forgets a click") << u"c3 w100 R0 w1000"_s << none << none << none << none;
-        QTest::newRow("a reload forgets a drag") << u"p3 w100 R0 w1000 r3 w1000"_s << none << none << none << none;
-        QTest::newRow("a reload within a double click")
-            << u"c3 R0 d3 w1000"_s << none << Indexes{3} << Indexes{3} << none;
+        row("a click waits for a second one", u"c3 w299"_s, none, none, none, none);
+        row("and selects", u"c3 w300"_s, Indexes{3}, Indexes{3}, none, none);
+        row("shift extends", u"c2 w300 s5 w300"_s, Indexes{2, 3, 4, 5}, Indexes{5}, none, none);
+        row("and adds", u"c3 w300 s5 w300 s1 w300"_s, Indexes{1, 2, 3, 4, 5}, Indexes{1}, none, none);
+        row("clicked twice slowly", u"c3 w300 c3 w300"_s, none, Indexes{3}, none, none);
+        row("shift without anchor", u"s3 w300"_s, Indexes{3}, Indexes{3}, none, none);
+        row("shift after the anchor is gone", u"c3 w300 c3 w300 s5 w300"_s, Indexes{5}, Indexes{5}, none, none);
+        row("two cells in a hurry", u"c3 w50 c5 w300"_s, Indexes{5}, Indexes{5}, none, none);
+        row("a range in a hurry", u"c3 w50 s5 w300"_s, Indexes{3, 4, 5}, Indexes{5}, none, none);
+        row("ctrl adds", u"c3 w300 k5 w300"_s, Indexes{3, 5}, Indexes{5}, none, none);
+        row("ctrl takes away", u"c3 w300 s5 w300 k4 w300"_s, Indexes{3, 5}, Indexes{3, 4, 5}, none, none);
+        row("a double click selects nothing", u"d3 w1000"_s, none, Indexes{3}, Indexes{3}, none);
+        row("on the selection it opens all", u"c3 w300 s5 w300 d4 w1000"_s, Indexes{3, 4, 5}, Indexes{3, 4, 5},
+            Indexes{3, 4, 5}, none);
+        row("beside it, one", u"c3 w300 d1 w1000"_s, Indexes{3}, Indexes{1}, Indexes{1}, none);
+        row("a third quick click is no single one", u"d3 c3 w1000"_s, none, Indexes{3}, Indexes{3}, none);
+        row("nor is it the start of a drag", u"d3 p3 w1000"_s, none, Indexes{3}, Indexes{3}, none);
+        row("a later one is", u"d3 w1000 c3 w300"_s, Indexes{3}, Indexes{3}, Indexes{3}, none);
+        row("on another cell, too", u"d3 c5 w300"_s, Indexes{5}, Indexes{5}, Indexes{3}, none);
+        row("nothing beyond the last", u"c3 w300 c7 w300 d7 w300 p7 w900"_s, Indexes{3}, Indexes{3}, none, none);
+        row("menu beyond the last", u"c3 w300 m7"_s, Indexes{3}, Indexes{3}, none, none);
+        row("menu beside the selection", u"c3 w300 m5"_s, Indexes{3}, Indexes{5}, none, none);
+        row("menu on the selection", u"c3 w300 s5 w300 m4"_s, Indexes{3, 4, 5}, Indexes{3, 4, 5}, none, none);
+        row("menu before the click has selected", u"c3 w100 m5 w300"_s, Indexes{3}, Indexes{5}, none, none);
+        row("held a little", u"p3 w499"_s, none, none, none, none);
+        row("held: dragged, not selected", u"p3 w500 r3 w300"_s, none, Indexes{3}, none, Indexes{3});
+        row("held on the selection", u"c3 w300 s5 w300 p3 w500 r3 w300"_s, Indexes{3, 4, 5}, Indexes{3, 4, 5}, none,
+            Indexes{3, 4, 5});
+        row("held beside it", u"c3 w300 p1 w500"_s, Indexes{3}, Indexes{1}, none, Indexes{1});
+        row("a reload deselects", u"c3 w300 R0"_s, none, none, none, none);
+        row("a reload forgets a click", u"c3 w100 R0 w1000"_s, none, none, none, none);
+        row("a reload forgets a drag", u"p3 w100 R0 w1000 r3 w1000"_s, none, none, none, none);
+        row("a reload within a double click", u"c3 R0 d3 w1000"_s, none, Indexes{3}, Indexes{3}, none);
     }
     void gestures()
     {
-        QFETCH(QString, steps);
+        const auto [steps, selected, operation, opened, dragged] =
+            Rows<QString, Indexes, Indexes, Indexes, Indexes>::current();
         GridFixture grid(7); // the last row has one cell
         for (const QString &step : steps.split(u' '))
             act(grid, step);
         const auto handler = grid.view.mouseEventHandler();
-        QTEST(handler->selectedIndexes(), "selected");
-        QTEST(handler->operationIndexes(), "operation");
-        QTEST(grid.album.opened, "opened");
-        QTEST(grid.view.dragged, "dragged");
+        QCOMPARE(handler->selectedIndexes(), selected);
+        QCOMPARE(handler->operationIndexes(), operation);
+        QCOMPARE(grid.album.opened, opened);
+        QCOMPARE(grid.view.dragged, dragged);
         for (int cell = 0; cell < 7; ++cell) // what a screen reader sees
             QCOMPARE(grid.view.selectionModel()->isSelected(grid.view.model()->index(cell / 2, cell % 2)),
                      handler->isSelected(cell));
@@ -131,18 +120,16 @@ private Q_SLOTS:
 
     void everyOperationMayReload_data()
     {
-        QTest::addColumn<QString>("steps");
-        QTest::addColumn<QString>("key");
-        QTest::newRow("opening") << u"c2 w300 d3 w1000"_s << QString();
-        QTest::newRow("dragging") << u"c2 w300 p3 w500 r3 w1000"_s << QString();
-        QTest::newRow("key that opens") << u"c2 w300"_s << u"Return"_s;
-        QTest::newRow("Trash") << u"c2 w300"_s << u"Delete"_s;
-        QTest::newRow("saving") << u"c2 w300"_s << u"Ctrl+E"_s;
+        const Rows<QString, QString> row;
+        row("opening", u"c2 w300 d3 w1000"_s, QString());
+        row("dragging", u"c2 w300 p3 w500 r3 w1000"_s, QString());
+        row("key that opens", u"c2 w300"_s, u"Return"_s);
+        row("Trash", u"c2 w300"_s, u"Delete"_s);
+        row("saving", u"c2 w300"_s, u"Ctrl+E"_s);
     }
     void everyOperationMayReload()
     {
-        QFETCH(QString, steps);
-        QFETCH(QString, key);
+        const auto [steps, key] = Rows<QString, QString>::current();
         GridFixture grid(7);
         int reloads = 0;
         grid.album.onOperation = grid.view.onDrag = [&] {
