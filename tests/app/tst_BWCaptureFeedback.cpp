@@ -1,5 +1,4 @@
-#include "BWACUDriver/BWCameraDetector.h"
-#include "BWACUDriver/BWSimulatedCameras.h"
+#include "../settings/AttachedCameras.h"
 #include "BWCaptureFeedback.h"
 #include "BWStatusLine.h"
 #include "Model/BWLocalizationManager.h"
@@ -31,11 +30,8 @@ private Q_SLOTS:
     void aRecordingKeepsTheFlash()
     {
         const QTemporaryDir folder;
-        const auto backend = BWSimulatedBackend::create({{.pacing = BWSimulatedCameraOptions::Pacing::Manual}});
-        backend->start({BWCameraDetector::descriptionForHighResolutionMicroscope()},
-                       {[this](const BWDetectedCameraPtr &device) { m_camera = std::make_shared<BWCamera>(device); },
-                        [](const BWDetectedCameraPtr &) {}});
-        QVERIFY(m_camera);
+        const AttachedCameras cameras({AttachedCameras::Type::High});
+        m_camera = cameras[0];
         std::atomic<bool> recording = false;
         m_camera->setOnCameraRecording([&](BWCamera &, bool now, const BWRecordingStatus &) { recording = now; });
         m_camera->startWithCompletion({});
@@ -46,13 +42,13 @@ private Q_SLOTS:
         QVERIFY(!m_flash.isHidden());
 
         m_camera->startRecording(folder.filePath(u"a.mov"_s));
-        QTRY_VERIFY((backend->cameras().constFirst()->pushFrames(1), recording));
+        QTRY_VERIFY((cameras.hand(0).pushFrames(1), recording));
         m_tell.recording(true);
         QTRY_COMPARE(m_flash.caption(), u"Recording..."_s);
         m_clock.advance(1s);
         QVERIFY(m_flash.details().startsWith(u"0:00 · "_s));
         const QString before = m_flash.details();
-        backend->cameras().constFirst()->pushFrames(60);
+        cameras.hand(0).pushFrames(60);
         QTRY_VERIFY((m_clock.advance(100ms), m_flash.details() != before)); // the file has grown
 
         m_tell.snapshot();

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "BWSnapshotSound.h"
 #include "BWSoundDecoder.h"
 
@@ -41,19 +42,15 @@ private Q_SLOTS:
 
     void samples_data()
     {
-        QTest::addColumn<QAudioFormat::SampleFormat>("sampleFormat");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<int>("channels");
-        QTest::newRow("usual") << QAudioFormat::Int16 << 48000 << 2;
-        QTest::newRow("fine") << QAudioFormat::Float << 96000 << 2;
-        QTest::newRow("plain") << QAudioFormat::UInt8 << 8000 << 1;
-        QTest::newRow("surround") << QAudioFormat::Int32 << 48000 << 6;
+        const Rows<QAudioFormat::SampleFormat, int, int> row;
+        row("usual", QAudioFormat::Int16, 48000, 2);
+        row("fine", QAudioFormat::Float, 96000, 2);
+        row("plain", QAudioFormat::UInt8, 8000, 1);
+        row("surround", QAudioFormat::Int32, 48000, 6);
     }
     void samples()
     {
-        QFETCH(QAudioFormat::SampleFormat, sampleFormat);
-        QFETCH(int, rate);
-        QFETCH(int, channels);
+        const auto [sampleFormat, rate, channels] = Rows<QAudioFormat::SampleFormat, int, int>::current();
         QAudioFormat format;
         format.setSampleFormat(sampleFormat);
         format.setSampleRate(rate);
