@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "Model/Session/BWCameraAuthorization.h"
 
 #include <cerrno>
@@ -33,14 +34,10 @@ class TestCameraAccess : public QObject {
 private Q_SLOTS:
     void statusOfTheNodes_data()
     {
-        QTest::addColumn<QList<Node>>("nodes");
-        QTest::addColumn<Status>("status");
+        const Rows<QList<Node>, Status> row;
         const Node camera{"0\n", "Microscope\n", 0};
         const Node denied{"0\n", "Microscope\n", EACCES};
         const Node forbidden{"0\n", "Microscope\n", EPERM};
-        const auto row = [](const char *name, const QList<Node> &nodes, Status status) {
-            QTest::newRow(name) << nodes << status;
-        };
         row("none", {}, Status::Authorized);
         row("one of two", {denied, camera}, Status::Authorized);
         row("permissions", {denied}, Status::Denied);
@@ -55,8 +52,7 @@ private Q_SLOTS:
     }
     void statusOfTheNodes()
     {
-        QFETCH(QList<Node>, nodes);
-        QFETCH(Status, status);
+        const auto [nodes, status] = Rows<QList<Node>, Status>::current();
         QTemporaryDir folder;
         for (int i = 0; i < nodes.size(); ++i) {
             const QString name = u"video%1"_s.arg(i);

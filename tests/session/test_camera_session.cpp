@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "SessionBench.h"
 
 using Answer = BWCameraSessionUi::StartAnswer;
@@ -8,21 +9,15 @@ class TestCameraSession : public QObject {
 private Q_SLOTS:
     void bringsACameraUpInOrder_data()
     {
-        QTest::addColumn<Type>("type");
-        QTest::addColumn<QString>("resolutions");
-        QTest::addColumn<bool>("grid");
-        QTest::addColumn<QString>("sent");
-        QTest::newRow("high, with grid") << Type::High << u"showResolutions 3 640x480"_s << true << u"start"_s;
-        QTest::newRow("ultra, without") << Type::Ultra << u"showResolutions 7 640x480"_s << false << u"start"_s;
-        QTest::newRow("wireless, by way of the norm")
-            << Type::Wireless << u"showResolutions 2 640x480"_s << true << u"norm 1 size 640x480 start"_s;
+        const Rows<Type, QString, bool, QString> row;
+        row("high, with grid", Type::High, u"showResolutions 3 640x480"_s, true, u"start"_s);
+        row("ultra, without", Type::Ultra, u"showResolutions 7 640x480"_s, false, u"start"_s);
+        row("wireless, by way of the norm", Type::Wireless, u"showResolutions 2 640x480"_s, true,
+            u"norm 1 size 640x480 start"_s);
     }
     void bringsACameraUpInOrder()
     {
-        QFETCH(Type, type);
-        QFETCH(QString, resolutions);
-        QFETCH(bool, grid);
-        QFETCH(QString, sent);
+        const auto [type, resolutions, grid, sent] = Rows<Type, QString, bool, QString>::current();
         Bench bench({cameraOf(type)});
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         QCOMPARE(bench.notes[0]->take(), sent);
@@ -281,16 +276,6 @@ private Q_SLOTS:
         // It is not taken away this time: somebody has to know in the end.
         QTRY_VERIFY((bench.clock.advance(std::chrono::seconds(1)), bench.ui.answer));
         QCOMPARE(starts(), 6);
-    }
-
-    void anotherResolution()
-    {
-        Bench bench({cameraOf(Type::High)});
-        QTRY_COMPARE(bench.session->state(), State::Streaming);
-        bench.ui.calls.clear();
-        bench.session->changeResolution({1600, 1200});
-        QTRY_COMPARE_WITH_TIMEOUT(bench.ui.calls, QStringList{u"updateImageDisplay"_s}, 20000); // slow under sanitizers
-        QCOMPARE(bench.session->currentCamera()->defaultResolution(), BWResolution(1600, 1200));
     }
 };
 

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/Capture/BWCaptureNotice.h"
 #include "Model/Capture/BWRecordingProgress.h"
@@ -14,9 +15,7 @@ private Q_SLOTS:
     void notices_data()
     {
         using End = BWRecordingStatus::End;
-        QTest::addColumn<BWCaptureResult>("result");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("text");
+        const Rows<BWCaptureResult, QString, QString> row;
         const auto album = std::make_shared<BWAlbum>(QUrl(u"file:///Patient 42"_s));
         const auto standard = std::make_shared<BWAlbum>(QUrl(u"file:///old name"_s));
         standard->setIsDefaultAlbum(true);
@@ -40,69 +39,60 @@ private Q_SLOTS:
         const QString untilThen = u"What was recorded up to that point is in the album:\nPatient 42 · v.mov"_s;
         const QString videoSaved = u"Video saved · Patient 42 · v.mov"_s;
         const QUrl image(u"file:///old name/i.jpg"_s);
-        QTest::newRow("snapshot") << BWCaptureResult{BWMediaType::Image, image, {}, {}, {}, standard} << QString()
-                                  << u"Snapshot saved · Default Album · i.jpg"_s;
-        QTest::newRow("album not listed any more")
-            << BWCaptureResult{BWMediaType::Image, image} << QString() << u"Snapshot saved · i.jpg"_s;
-        QTest::newRow("video") << movie(End::Asked, 0, u"A"_s) << QString() << videoSaved;
-        QTest::newRow("slow disk") << movie(End::Asked, 12) << QString() << videoSaved + u'\n' + slow;
-        QTest::newRow("unplugged") << movie(End::CameraGone) << QString()
-                                   << videoSaved + u"\nThe recording ended because the camera was unplugged."_s;
-        QTest::newRow("unplugged, with a name")
-            << movie(End::CameraGone, 0, u"Microscope (2)"_s) << QString()
-            << videoSaved + u"\nThe recording ended because “Microscope (2)” was unplugged."_s;
-        QTest::newRow("other size") << movie(End::CameraChanged) << QString()
-                                    << videoSaved
-                + u"\nThe recording ended because the picture size or the video norm was changed."_s;
-        QTest::newRow("full disk") << movie(End::DiskFull, 12) << u"The recording ended because the disk is full"_s
-                                   << untilThen + u'\n' + slow;
-        QTest::newRow("failed") << movie(End::Failed) << u"The recording ended because its file could not be written"_s
-                                << untilThen;
-        QTest::newRow("file removed") << movie(End::FileGone)
-                                      << u"The recording ended because its temporary file was removed"_s << untilThen;
-        QTest::newRow("not in the album") << lost(movie(End::Asked), left) << notSaved << keptHere;
-        QTest::newRow("full disk, not in the album")
-            << lost(movie(End::DiskFull), left) << notSaved
-            << u"The recording ended because the disk is full.\n\n"_s + keptHere;
-        QTest::newRow("nothing at all") << lost(movie(End::Failed)) << notSaved
-                                        << u"It could not be written to the disk. Please check that there is free "
-                                           "space, then take it again."_s;
-        QTest::newRow("no picture came") << lost(movie(End::CameraGone)) << QString()
-                                         << u"Nothing was recorded, because the camera sent no picture.\n"
-                                            "The recording ended because the camera was unplugged."_s;
+        row("snapshot", BWCaptureResult{BWMediaType::Image, image, {}, {}, {}, standard}, QString(),
+            u"Snapshot saved · Default Album · i.jpg"_s);
+        row("album not listed any more", BWCaptureResult{BWMediaType::Image, image}, QString(),
+            u"Snapshot saved · i.jpg"_s);
+        row("video", movie(End::Asked, 0, u"A"_s), QString(), videoSaved);
+        row("slow disk", movie(End::Asked, 12), QString(), videoSaved + u'\n' + slow);
+        row("unplugged", movie(End::CameraGone), QString(),
+            videoSaved + u"\nThe recording ended because the camera was unplugged."_s);
+        row("unplugged, with a name", movie(End::CameraGone, 0, u"Microscope (2)"_s), QString(),
+            videoSaved + u"\nThe recording ended because “Microscope (2)” was unplugged."_s);
+        row("other size", movie(End::CameraChanged), QString(),
+            videoSaved + u"\nThe recording ended because the picture size or the video norm was changed."_s);
+        row("full disk", movie(End::DiskFull, 12), u"The recording ended because the disk is full"_s,
+            untilThen + u'\n' + slow);
+        row("failed", movie(End::Failed), u"The recording ended because its file could not be written"_s, untilThen);
+        row("file removed", movie(End::FileGone), u"The recording ended because its temporary file was removed"_s,
+            untilThen);
+        row("not in the album", lost(movie(End::Asked), left), notSaved, keptHere);
+        row("full disk, not in the album", lost(movie(End::DiskFull), left), notSaved,
+            u"The recording ended because the disk is full.\n\n"_s + keptHere);
+        row("nothing at all", lost(movie(End::Failed)), notSaved,
+            u"It could not be written to the disk. Please check that there is free "
+            "space, then take it again."_s);
+        row("no picture came", lost(movie(End::CameraGone)), QString(),
+            u"Nothing was recorded, because the camera sent no picture.\n"
+            "The recording ended because the camera was unplugged."_s);
     }
     void notices()
     {
-        QFETCH(BWCaptureResult, result);
+        const auto [result, title, text] = Rows<BWCaptureResult, QString, QString>::current();
         BWLocalizationManager texts(QString(), {u"en"_s});
         const BWCaptureNotice notice = BWCaptureNotice::of(result, texts);
-        QTEST(notice.title, "title");
-        QTEST(notice.text, "text");
+        QCOMPARE(notice.title, title);
+        QCOMPARE(notice.text, text);
         QCOMPARE(notice.title.isNull(), notice.title.isEmpty());
     }
 
     void progress_data()
     {
-        QTest::addColumn<int>("milliseconds");
-        QTest::addColumn<qint64>("bytes");
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("begin") << 0 << qint64(99'600) << u"en"_s << u"0:00 · 100 kB"_s;
-        QTest::newRow("short of a minute") << 59'999 << qint64(34'400'000) << u"en"_s << u"0:59 · 34 MB"_s;
-        QTest::newRow("minutes") << 65'000 << qint64(999'000'000) << u"en"_s << u"1:05 · 999 MB"_s;
-        QTest::newRow("hours") << 3'725'000 << qint64(12'340'000'000) << u"en"_s << u"1:02:05 · 12.3 GB"_s;
-        QTest::newRow("German") << 600'000 << qint64(1'230'000'000) << u"de"_s << u"10:00 · 1,2 GB"_s;
-        QTest::newRow("French") << 1'000 << qint64(5'000'000) << u"fr"_s << u"0:01 · 5 Mo"_s;
+        const Rows<int, qint64, QString, QString> row;
+        row("begin", 0, qint64(99'600), u"en"_s, u"0:00 · 100 kB"_s);
+        row("short of a minute", 59'999, qint64(34'400'000), u"en"_s, u"0:59 · 34 MB"_s);
+        row("minutes", 65'000, qint64(999'000'000), u"en"_s, u"1:05 · 999 MB"_s);
+        row("hours", 3'725'000, qint64(12'340'000'000), u"en"_s, u"1:02:05 · 12.3 GB"_s);
+        row("German", 600'000, qint64(1'230'000'000), u"de"_s, u"10:00 · 1,2 GB"_s);
+        row("French", 1'000, qint64(5'000'000), u"fr"_s, u"0:01 · 5 Mo"_s);
     }
     void progress()
     {
-        QFETCH(int, milliseconds);
-        QFETCH(qint64, bytes);
-        QFETCH(QString, locale);
+        const auto [milliseconds, bytes, locale, text] = Rows<int, qint64, QString, QString>::current();
         BWRecordingStatus status;
         status.duration = std::chrono::milliseconds(milliseconds);
         status.bytes = bytes;
-        QTEST(BWRecordingProgress::text(status, QLocale(locale)), "text");
+        QCOMPARE(BWRecordingProgress::text(status, QLocale(locale)), text);
     }
 };
 

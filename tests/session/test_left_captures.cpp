@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "Model/BWAlbum.h"
 #include "Model/Capture/BWLeftCaptures.h"
 #include "Utils/BWPrivateFolder.h"
@@ -54,8 +55,6 @@ Change become(const QByteArray &content)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Change)
-
 /// Which files that look like captures of an earlier run are taken for such, and where captures are kept.
 class TestLeftCaptures : public QObject {
     Q_OBJECT
@@ -76,16 +75,16 @@ private Q_SLOTS:
 
     void whatIsTaken_data()
     {
-        QTest::addColumn<QString>("folder"); // of the candidates
-        QTest::addColumn<Change>("change");
-        QTest::addColumn<bool>("taken");
-        const auto everywhere = [](const char *title, bool taken, const Change &change) {
+        // the folder of the candidates; what is done to them; whether they are taken
+        const Rows<QString, Change, bool> row;
+        const auto everywhere = [&row](const QByteArray &title, bool taken, const Change &change) {
             for (const char *folder : {"private", "shared"})
-                QTest::addRow("%s, %s", title, folder) << QString::fromLatin1(folder) << change << taken;
+                row((title + ", " + folder).constData(), QString::fromLatin1(folder), change, taken);
         };
         everywhere("picture", true, [](const QByteArray &) {});
         // As when $TMPDIR could not be used.
-        QTest::newRow("in the other folder") << u"other"_s << Change([](const QByteArray &) {}) << true;
+        row(
+            "in the other folder", u"other"_s, [](const QByteArray &) {}, true);
         everywhere("from the future", true, [](const QByteArray &path) { setDate(path, 4'000'000'000); });
         everywhere("just made", false, [](const QByteArray &path) { setDate(path, ::time(nullptr)); });
         everywhere("text", false, become("no picture at all"));
@@ -107,26 +106,24 @@ private Q_SLOTS:
         });
         const Change doubled = [](const QByteArray &path) { ::link(path.constData(), (path + "x").constData()); };
         everywhere("with a second name", false, doubled);
-        QTest::newRow("open to all") << u"shared"_s
-                                     << Change([](const QByteArray &path) { ::chmod(path.constData(), 0666); })
-                                     << false;
+        row(
+            "open to all", u"shared"_s, [](const QByteArray &path) { ::chmod(path.constData(), 0666); }, false);
         if (::geteuid() == 0) {
             everywhere("somebody else's", false,
                        [](const QByteArray &path) { QCOMPARE(::chown(path.constData(), nobody, nobody), 0); });
-            QTest::newRow("folder of somebody else") << u"private"_s << Change([](const QByteArray &path) {
-                const QByteArray folder = path.left(path.lastIndexOf('/'));
-                QCOMPARE(::chown(folder.constData(), nobody, nobody), 0);
-            }) << false;
+            const Change giveAway = [](const QByteArray &path) {
+                QCOMPARE(::chown(path.left(path.lastIndexOf('/')).constData(), nobody, nobody), 0);
+            };
+            row("folder of somebody else", u"private"_s, giveAway, false);
         }
-        QTest::newRow("folder that all can see") << u"private"_s << Change([](const QByteArray &path) {
+        const Change showAll = [](const QByteArray &path) {
             ::chmod(path.left(path.lastIndexOf('/')).constData(), 0755);
-        }) << false;
+        };
+        row("folder that all can see", u"private"_s, showAll, false);
     }
     void whatIsTaken()
     {
-        QFETCH(QString, folder);
-        QFETCH(Change, change);
-        QFETCH(bool, taken);
+        const auto [folder, change, taken] = Rows<QString, Change, bool>::current();
         const auto other = BWPrivateFolder::make(QFile::encodeName(m_other));
         QVERIFY(other);
         const QString path = folder == "private"_L1 ? m_private

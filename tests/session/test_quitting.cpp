@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "BWACUDriver/BWMovieCompletion.h"
 #include "Model/Session/BWQuitting.h"
 #include "SessionBench.h"
@@ -11,11 +12,9 @@ class TestQuitting : public QObject {
 private Q_SLOTS:
     void asksAndWaits_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("steps");
-        QTest::addColumn<Quit>("state");
-        const auto row = [](const char *name, const char *script, const char *steps, Quit state) {
-            QTest::newRow(name) << QString::fromLatin1(script) << QString::fromLatin1(steps) << state;
+        const Rows<QString, QString, Quit> rows;
+        const auto row = [&rows](const char *name, const char *script, const char *steps, Quit state) {
+            rows(name, QString::fromLatin1(script), QString::fromLatin1(steps), state);
         };
         row("in order", "quit stopped added", "stop finish end", Quit::Ended);
         row("ended already", "quit stopped added quit signal", "stop finish end", Quit::Ended);
@@ -44,8 +43,7 @@ private Q_SLOTS:
 
     void asksAndWaits()
     {
-        QFETCH(QString, script);
-        QFETCH(QString, steps);
+        const auto [script, steps, state] = Rows<QString, QString, Quit>::current();
         QStringList taken;
         bool saving = false;
         bool movie = false;
@@ -101,30 +99,28 @@ private Q_SLOTS:
         for (const QString &word : script.split(u' '))
             play(word);
         QCOMPARE(taken.join(u' '), steps);
-        QTEST(quitting.state(), "state");
+        QCOMPARE(quitting.state(), state);
     }
 
     void endsInEveryStateOfTheSession_data()
     {
-        QTest::addColumn<State>("state");
-        QTest::addColumn<QString>("hangs");
-        QTest::newRow("waiting") << State::Waiting << QString();
-        QTest::newRow("no camera") << State::NoCamera << QString();
-        QTest::newRow("starting, and asking") << State::Starting << QString();
-        QTest::newRow("starting, which hangs") << State::Starting << u"start"_s;
-        QTest::newRow("streaming") << State::Streaming << QString();
-        QTest::newRow("streaming, which hangs") << State::Streaming << u"frame"_s;
-        QTest::newRow("streaming, the stop hangs") << State::Streaming << u"stop"_s;
-        QTest::newRow("switching") << State::Switching << QString();
-        QTest::newRow("switching, the stop hangs") << State::Switching << u"stop"_s;
-        QTest::newRow("stopping") << State::Stopping << QString();
-        QTest::newRow("stopping, which hangs") << State::Stopping << u"stop"_s;
+        const Rows<State, QString> row;
+        row("waiting", State::Waiting, QString());
+        row("no camera", State::NoCamera, QString());
+        row("starting, and asking", State::Starting, QString());
+        row("starting, which hangs", State::Starting, u"start"_s);
+        row("streaming", State::Streaming, QString());
+        row("streaming, which hangs", State::Streaming, u"frame"_s);
+        row("streaming, the stop hangs", State::Streaming, u"stop"_s);
+        row("switching", State::Switching, QString());
+        row("switching, the stop hangs", State::Switching, u"stop"_s);
+        row("stopping", State::Stopping, QString());
+        row("stopping, which hangs", State::Stopping, u"stop"_s);
     }
 
     void endsInEveryStateOfTheSession()
     {
-        QFETCH(State, state);
-        QFETCH(QString, hangs);
+        const auto [state, hangs] = Rows<State, QString>::current();
         const bool attached = state != State::Waiting && state != State::NoCamera;
         const bool inUse = state == State::Starting && hangs.isNull();
         Bench bench({cameraOf(Type::High, attached), cameraOf(Type::Wireless, attached)});
