@@ -159,6 +159,11 @@ class Program:
         return wait_until(f'there is a {role or "thing"} "{name or ""}" to be seen',
                           lambda: self.window(role, name) or self.find(role, name), seconds)
 
+    def wait_for_active(self, role, name=None):
+        """The window of that role and name once it has the keyboard."""
+        return wait_until(f'{role or "window"} "{name or ""}" has the keyboard', lambda: self._first(
+            (window for window in self.windows() if window.has_state("active")), role, name))
+
     def activate(self, window):
         """Gives the window the keyboard, with a click on its title."""
         def active():
@@ -179,6 +184,12 @@ class Program:
             return False
 
         wait_until("the question is answered", answered, step=0.5)
+
+    def quit(self):
+        self.activate(self.wait_for("frame", "BrimwellPro"))
+        self.desktop.key("ctrl+q")
+        if status := self.wait_for_end():
+            raise Failure(f"the program has ended with {status}")
 
     def outline(self):
         """All that is to be seen, one line an element, for the report of a failure."""

@@ -8,12 +8,10 @@ usage: test_accessibility.py PROGRAM
 import subprocess
 import sys
 import unittest
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-from desktop import Desktop, wait_until  # noqa: E402
-from keyboard_walk import KeyboardWalk, MenuWalk  # noqa: E402
-from program import Program  # noqa: E402
+from desktop import Desktop, wait_until
+from keyboard_walk import KeyboardWalk, MenuWalk
+from program import Program
 
 PROGRAM = None
 CAMERA = "High Resolution Microscope 1"
@@ -27,14 +25,8 @@ class Accessibility(unittest.TestCase):
     def start(self, *arguments):
         self.program = Program(self.desktop, [PROGRAM, *arguments])
 
-    def active(self, role, name=None):
-        """The window once it has the keyboard."""
-        return wait_until(f'the {role} "{name or ""}" has the keyboard', lambda: next(
-            (window for window in self.program.windows() if window.role == role and name in (None, window.name) and
-             window.has_state("active")), None))
-
     def walk(self, role, name=None):
-        window = self.active(role, name)
+        window = self.program.wait_for_active(role, name)
         self.assertEqual(KeyboardWalk(self.desktop, window).run(), [], window.name)
 
     def turn_to(self, role, name):
@@ -54,7 +46,7 @@ class Accessibility(unittest.TestCase):
         """Closes the window, which leads back to the camera window."""
         self.desktop.key("Escape")
         wait_until(f'"{name}" is gone', lambda: all(window.name != name for window in self.program.windows()))
-        self.active(*MAIN)
+        self.program.wait_for_active(*MAIN)
 
     def hand(self, action):
         self.program.click("push button", f"{CAMERA}: {action}")

@@ -8,13 +8,11 @@ usage: test_albums.py PROGRAM
 import subprocess
 import sys
 import unittest
-from pathlib import Path
 from urllib.parse import unquote
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-from desktop import Desktop, wait_until  # noqa: E402
-from live_image import colours  # noqa: E402
-from program import Program  # noqa: E402
+from desktop import Desktop, wait_until
+from live_image import colours
+from program import Program
 
 PROGRAM = None
 NAMES = [f"20240607_image_{number:03d}" for number in (1, 2, 3)]
@@ -66,11 +64,6 @@ class Albums(unittest.TestCase):
     def in_use(self):
         return self.program.window("frame", "Albums").has_state("active")
 
-    def quit(self):
-        self.program.activate(self.program.wait_for("frame"))
-        self.desktop.key("ctrl+q")
-        self.assertEqual(self.program.wait_for_end(), 0)
-
     def test_drag_into_file_manager(self):
         folder = self.desktop.folder / "drop here"
         folder.mkdir()
@@ -92,7 +85,7 @@ class Albums(unittest.TestCase):
         wait_until("it is whole", lambda: (folder / name).read_bytes() == self.pictures[name])
         self.assertEqual([file.name for file in folder.iterdir()], [name])
         self.assertEqual({file.name: file.read_bytes() for file in self.album.iterdir()}, self.pictures)
-        self.quit()
+        self.program.quit()
 
     def test_trash_and_undo(self):
         self.focus_grid()
@@ -110,7 +103,7 @@ class Albums(unittest.TestCase):
         self.assertEqual(file.read_bytes(), self.pictures[file.name])
         wait_until("the Trash is empty", lambda: self.in_trash() == [])
         self.cell(NAMES[1])
-        self.quit()
+        self.program.quit()
 
     def in_trash(self):
         """Where what is in the Trash was before, as the desktop's tool tells."""
@@ -121,8 +114,7 @@ class Albums(unittest.TestCase):
         self.focus_grid()
         self.desktop.key("ctrl+a")
         self.desktop.key("ctrl+e")
-        panel = self.program.wait_for("dialog", "Saving images as ZIP file")
-        wait_until("the panel has the keyboard", lambda: panel.has_state("active"))
+        self.program.wait_for_active("dialog", "Saving images as ZIP file")
         archive = self.desktop.home / "my pictures.zip"
         self.desktop.input("type", str(archive.with_suffix("")))  # in place of the name that is proposed
         self.desktop.key("Return")
@@ -133,7 +125,7 @@ class Albums(unittest.TestCase):
         self.assertEqual(tested.returncode, 0, tested.stdout)
         for name, bytes_ in self.pictures.items():
             self.assertEqual(subprocess.run(["unzip", "-p", archive, name], capture_output=True).stdout, bytes_)
-        self.quit()
+        self.program.quit()
 
     def test_snapshot_key_in_every_window(self):
         def take_snapshot(where):
@@ -168,7 +160,7 @@ class Albums(unittest.TestCase):
             self.desktop.key(key)
             self.program.activate(self.program.wait_for("frame", name))
             take_snapshot(name)
-        self.quit()
+        self.program.quit()
 
     def test_snapshot_while_open(self):
         self.focus_grid()
@@ -182,7 +174,7 @@ class Albums(unittest.TestCase):
         wait_until("it is the first, and nothing is selected", lambda: self.cells() == [
             (f"{name}, image", False) for name in (new.stem, *reversed(NAMES))])
         self.program.wait_for("label", "Total: 4")
-        self.quit()
+        self.program.quit()
 
 
 if __name__ == "__main__":

@@ -12,12 +12,10 @@ import subprocess
 import sys
 import time
 import unittest
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-from desktop import Desktop, wait_until  # noqa: E402
-from live_image import LiveImage, colours  # noqa: E402
-from program import Program  # noqa: E402
+from desktop import Desktop, wait_until
+from live_image import LiveImage, colours
+from program import Program
 
 PROGRAM = LATE_CAMERA = HANGING_DISK = None
 CAMERA = "High Resolution Microscope 1"
@@ -27,6 +25,10 @@ class CameraWindow(unittest.TestCase):
     def setUp(self):
         self.desktop = self.enterContext(Desktop())
         self.settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
+
+    def store(self, setting):
+        self.settings.parent.mkdir(parents=True)
+        self.settings.write_text(f"[General]\n{setting}\n")
 
     def start(self, *arguments, program=None):
         self.program = Program(self.desktop, [program or PROGRAM, *arguments])
@@ -38,8 +40,7 @@ class CameraWindow(unittest.TestCase):
         self.wait_for_picture()
 
     def confirm_product(self):
-        question = self.program.wait_for("dialog", "Which camera is this?")
-        wait_until("the question has the keyboard", lambda: question.has_state("active"))
+        self.program.wait_for_active("dialog", "Which camera is this?")
         self.program.confirm_question()
         self.program.activate(self.program.wait_for("frame"))  # a click would be lost until then
 
@@ -54,6 +55,10 @@ class CameraWindow(unittest.TestCase):
         """Does something to the simulated camera."""
         self.program.click("push button", f"{CAMERA}: {action}")
 
+    def record(self):
+        self.program.click("push button", "Record")
+        self.program.wait_for("push button", "Stop")
+
     def let_start(self, meet):
         """Decides what the next starts of the simulated camera meet."""
         choices = ("nothing", "a program", "a named program", "too little bandwidth")
@@ -61,26 +66,18 @@ class CameraWindow(unittest.TestCase):
         for key in ("Home", *["Down"] * choices.index(meet), "Return"):
             self.desktop.key(key)
 
-    def quit(self):
-        frame = self.program.wait_for("frame")
-        self.program.activate(frame)
-        self.desktop.key("ctrl+q")
-        self.assertEqual(self.program.wait_for_end(), 0)
-
     def test_captures(self):
         self.start_with_picture()
         self.click_image()
         wait_until("a click on the image takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == 1)
         self.hand("Press Button")
         wait_until("the button on the camera takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == 2)
-        self.program.click("push button", "Record")
-        self.program.wait_for("push button", "Stop")
+        self.record()
         self.program.wait_for(None, "Recording...")
         self.hand("Unplug")  # in the middle of the recording
         wait_until("the movie is in the album", lambda: len(self.captures("*_video_*.mov")) == 1)
-        codec = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width", "-of", "csv=p=0",
-                                self.captures("*_video_*.mov")[0]], capture_output=True, text=True, check=True).stdout
-        self.assertEqual(codec.strip(), "mjpeg,640")
+        codec = self.probed(self.captures("*_video_*.mov")[0], "-show_entries", "stream=codec_name,width")
+        self.assertEqual(codec, "mjpeg,640")
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
 
     def test_click_that_only_brings_to_front(self):
@@ -100,8 +97,7 @@ class CameraWindow(unittest.TestCase):
         self.assertEqual((counted, len(self.captures("*_image_*.jpg"))), (1, 2))
 
     def test_left_button_moves_image_where_it_takes_no_snapshot(self):
-        self.settings.parent.mkdir(parents=True)
-        self.settings.write_text("[General]\nbwp2x_snapshot_click=no\n")
+        self.store("bwp2x_snapshot_click=no")
         self.start_with_picture()
         for _ in range(10):
             self.desktop.key("ctrl+plus")
@@ -113,7 +109,7 @@ class CameraWindow(unittest.TestCase):
                            area.y + 280, "mouseup", 1)
         wait_until("the image has moved", lambda: [bar.value for bar in bars] == [value + moved for value, moved in
                                                                                   zip(before, (50, 20))])
-        self.quit()
+        self.program.quit()
         self.assertEqual(self.captures("*"), [])
 
     def click_image(self):
@@ -121,8 +117,7 @@ class CameraWindow(unittest.TestCase):
         self.desktop.click(area.x + area.width // 2, area.y + area.height // 2)
 
     def test_captures_in_a_hurry(self):
-        self.settings.parent.mkdir(parents=True, exist_ok=True)
-        self.settings.write_text("[General]\nbwp2x_video_button=yes\n")
+        self.store("bwp2x_video_button=yes")
         self.start_with_picture()
         live = self.program.wait_for(None, "Live image").area
         self.hand("Press Button")
@@ -144,7 +139,7 @@ class CameraWindow(unittest.TestCase):
         self.desktop.input("mousemove", resolution.x + 20, resolution.y + 10, "click", 5)  # the wheel, by accident
         time.sleep(1)
         self.program.wait_for("push button", "Stop")
-        self.quit()
+        self.program.quit()
         movies = self.captures("*_video_*.mov")
         self.assertEqual(len(movies), before + 1)
         self.assertGreater(self.frames_of(movies[-1]), 10)
@@ -155,15 +150,16 @@ class CameraWindow(unittest.TestCase):
                            "click", "--repeat", 2, "--delay", 20, 1)
 
     @staticmethod
-    def frames_of(movie):
-        frames = subprocess.run(["ffprobe", "-v", "error", "-count_frames", "-show_entries", "stream=nb_read_frames",
-                                 "-of", "csv=p=0", movie], capture_output=True, text=True, check=True).stdout
-        return int(frames)
+    def probed(movie, *options):
+        return subprocess.run(["ffprobe", "-v", "error", *options, "-of", "csv=p=0", movie], capture_output=True,
+                              text=True, check=True).stdout.strip()
+
+    def frames_of(self, movie):
+        return int(self.probed(movie, "-count_frames", "-show_entries", "stream=nb_read_frames"))
 
     def test_killed_while_recording(self):
         self.start_with_picture()
-        self.program.click("push button", "Record")
-        self.program.wait_for("push button", "Stop")
+        self.record()
         time.sleep(1.5)
         os.kill(self.program.pid, signal.SIGKILL)
         self.program.wait_for_end()
@@ -174,7 +170,7 @@ class CameraWindow(unittest.TestCase):
         movie, = self.captures("*_video_*.mov")
         self.assertGreater(self.frames_of(movie), 10)
         self.assertEqual([file.name for file in self.desktop.folder.rglob("brimwellpro-*.*")], [])
-        self.quit()
+        self.program.quit()
 
     def test_asked_to_end_while_recording(self):
         for number, sent in enumerate((signal.SIGTERM, signal.SIGINT), 1):
@@ -182,8 +178,7 @@ class CameraWindow(unittest.TestCase):
             if number == 1:
                 self.confirm_product()
             self.wait_for_picture()
-            self.program.click("push button", "Record")
-            self.program.wait_for("push button", "Stop")
+            self.record()
             time.sleep(1)
             os.kill(self.program.pid, sent)
             self.assertEqual(self.program.wait_for_end(), 0)
@@ -206,7 +201,7 @@ class CameraWindow(unittest.TestCase):
         os.kill(self.program.pid, signal.SIGKILL)
         self.program.wait_for_end()
         self.start("--simulate", "high")
-        self.quit()
+        self.program.quit()
 
     def test_unplug_and_plug(self):
         self.start_with_picture()
@@ -225,7 +220,7 @@ class CameraWindow(unittest.TestCase):
         self.wait_for_picture()
         wait_until("the sheet is gone", lambda: not self.program.window("dialog"))
         self.program.wait_for("frame", "Albums")
-        self.quit()
+        self.program.quit()
 
     def test_camera_hangs(self):
         photo = self.desktop.folder / "hanging" / "photo.jpg"
@@ -236,7 +231,7 @@ class CameraWindow(unittest.TestCase):
         self.desktop.environment.update(preloaded)
         self.start(*cameras)
         time.sleep(1)
-        self.quit()  # though its start never comes back
+        self.program.quit()  # though its start never comes back
         self.start(*cameras)
         self.program.click("push button", "Use Wireless Microscope")
         self.confirm_product()
@@ -255,8 +250,7 @@ class CameraWindow(unittest.TestCase):
         self.program.click("table cell", self.captures("*.jpg")[0].stem + ", image")
         self.program.wait_for("label", "Selected: 1 of 1")
         self.program.click("push button", "Save the selection as...")
-        panel = self.program.wait_for("dialog", "Saving image as JPG file")
-        wait_until("the panel has the keyboard", lambda: panel.has_state("active"))
+        self.program.wait_for_active("dialog", "Saving image as JPG file")
         self.desktop.input("type", str(folder / "copy.jpg"))
         self.desktop.key("Return")  # which never ends
 
@@ -297,7 +291,7 @@ class CameraWindow(unittest.TestCase):
         self.hand("Plug In")
         wait_until("the camera brings it up", lambda: windows("--onlyvisible"))
         self.wait_for_picture()
-        self.quit()
+        self.program.quit()
 
     def test_too_little_bandwidth(self):
         self.start_with_picture()
@@ -310,7 +304,7 @@ class CameraWindow(unittest.TestCase):
         self.program.click("push button", "Use 640x480")
         self.wait_for_picture()
         self.assertNotIn("bandwidth for", self.program.outline())
-        self.quit()
+        self.program.quit()
 
     def choose_resolution(self, *keys):
         self.program.click("combo box", "Resolution")
@@ -328,7 +322,7 @@ class CameraWindow(unittest.TestCase):
         self.confirm_product()
         self.program.wait_for(None, "Live streaming with: Wireless Dermatoscope DX12")
         self.wait_for_picture()
-        self.quit()
+        self.program.quit()
 
     def stored_products(self):
         key = "bwp2x_product_for_camera="
@@ -341,38 +335,37 @@ class CameraWindow(unittest.TestCase):
         wait_until("the question is gone", lambda: not self.program.window("dialog"))
         self.wait_for_picture()
         self.assertEqual(self.stored_products(), {})
-        self.quit()
+        self.program.quit()
         self.start("--simulate", "high")
         self.program.click("combo box", "Which camera is this?")
         self.desktop.key("Down")
         self.desktop.key("Return")
         self.confirm_product()
         self.assertEqual(self.stored_products(), {"wired_high": "mx50_40"})
-        self.quit()
+        self.program.quit()
         self.start("--simulate", "high")
         self.program.wait_for(None, "Live streaming with: Digital Microscope MX50/MX40")
         self.wait_for_picture()
         time.sleep(1)
         self.assertIsNone(self.program.window("dialog"))
-        self.quit()
+        self.program.quit()
 
     def test_grid_tells_at_which_zoom_it_holds(self):
-        self.settings.parent.mkdir(parents=True)
-        self.settings.write_text('[General]\nbwp2x_product_for_camera="{\\"wireless\\":\\"dx12\\"}"\n')
+        self.store('bwp2x_product_for_camera="{\\"wireless\\":\\"dx12\\"}"')
         self.start("--simulate", "wireless")
         self.wait_for_picture()
         tells = "Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."
         for keys, text in (("ctrl+g", tells), ("ctrl+minus", f"{tells} Applies at 100%."), ("ctrl+0", tells)):
             self.desktop.key(keys)
             self.program.wait_for(None, text)
-        self.quit()
+        self.program.quit()
 
     def test_settings_that_cannot_be_stored(self):
         self.settings.mkdir(parents=True)  # where the file should be
         self.start_with_picture()
         self.program.wait_for("notification", "Settings could not be saved. Your choices apply until you quit.")
         self.program.wait_for(None, "Live streaming with: Digital Dermatoscope DX10", seconds=30)
-        self.quit()
+        self.program.quit()
 
     def choose_camera(self, name):
         """In the settings window."""
@@ -410,7 +403,7 @@ class CameraWindow(unittest.TestCase):
         self.assertEqual(self.cameras(), [name])
         self.assertIsNone(self.program.window("dialog"))
         self.wait_for_picture()
-        self.quit()
+        self.program.quit()
 
     def test_camera_comes_late(self):
         self.start("3", "2", program=LATE_CAMERA)
@@ -420,7 +413,7 @@ class CameraWindow(unittest.TestCase):
         self.confirm_product()
         wait_until("the welcome is over", lambda: not welcome.showing)
         self.wait_for_picture()
-        self.quit()
+        self.program.quit()
 
 
 if __name__ == "__main__":

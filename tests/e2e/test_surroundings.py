@@ -12,8 +12,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-from desktop import PATIENCE, wait_until  # noqa: E402
+from desktop import PATIENCE, wait_until
 
 PROGRAM = None
 

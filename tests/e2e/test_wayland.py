@@ -10,12 +10,10 @@ import re
 import subprocess
 import sys
 import unittest
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-from desktop import Desktop, wait_until  # noqa: E402
-from live_image import colours  # noqa: E402
-from program import Program  # noqa: E402
+from desktop import Desktop, wait_until
+from live_image import colours
+from program import Program
 
 PROGRAM = None
 SOCKET = "brimwellpro-test"
@@ -63,10 +61,6 @@ class Wayland(unittest.TestCase):
         actions = atspi.get_action_iface()
         names = [actions.get_action_name(index) for index in range(actions.get_n_actions())]
         actions.do_action(names.index(action))
-
-    def wait_for_active(self, name):
-        wait_until(f'"{name}" has the keyboard',
-                   lambda: any(window.name == name and window.has_state("active") for window in self.program.windows()))
 
     def maximise(self, role, name):
         """The active window; afterwards it is known where it is."""
@@ -117,11 +111,11 @@ class Wayland(unittest.TestCase):
         self.assertEqual(set(re.findall(r"^bwp2x_frame_(wayland)?", settings, re.M)), {"wayland"})
 
     def answer_question(self):
-        self.wait_for_active("Which camera is this?")
+        self.program.wait_for_active(None, "Which camera is this?")
         self.program.confirm_question()
-        self.wait_for_active("Simulated cameras")
+        self.program.wait_for_active(None, "Simulated cameras")
         self.desktop.key("super+Tab")
-        self.wait_for_active("BrimwellPro")
+        self.program.wait_for_active(None, "BrimwellPro")
         self.maximise("frame", "BrimwellPro")
 
     def use_popups(self):
@@ -151,7 +145,7 @@ class Wayland(unittest.TestCase):
 
     def drag_from_album(self):
         self.desktop.key("F9")
-        self.wait_for_active("Albums")
+        self.program.wait_for_active(None, "Albums")
         self.maximise("frame", "Albums")
         x, y = self.middle(self.program.wait_for("table cell"))
         self.point_at(x, y)
@@ -160,36 +154,33 @@ class Wayland(unittest.TestCase):
         wait_until("its picture goes with the mouse",
                    lambda: colours(self.desktop.picture(x + 60, y + 290, 40, 20), step=2) > 20)
         self.desktop.input("mouseup", 1, "sleep", HELD, "click", 1)  # Weston gives the keyboard to nobody after a drag
-        self.wait_for_active("Albums")
+        self.program.wait_for_active(None, "Albums")
         left, top, width, _ = self.session
         self.point_at(left + width - 18, top + TITLE_BAR // 2)
         self.desktop.input("click", 1)
         wait_until("the button in its title bar has closed the window", lambda: not self.program.window("frame", "Albums"))
-        self.wait_for_active("BrimwellPro")
+        self.program.wait_for_active(None, "BrimwellPro")
 
     def copy_and_paste(self):
         self.desktop.key("F8")
-        self.wait_for_active("Advanced settings")
-        wished = self.number("Contrast") + 1
+        self.program.wait_for_active(None, "Advanced settings")
+        wished = self.program.wait_for("spin button", "Contrast").value + 1
         self.do("SetFocus", "spin button", "Contrast")
         for keys in ("Up", "ctrl+a", "ctrl+c"):
             self.desktop.key(keys)
         self.do("SetFocus", "spin button", "Sharpness")
         for keys in ("ctrl+a", "ctrl+v", "Return"):
             self.desktop.key(keys)
-        wait_until("what was copied is there", lambda: self.number("Sharpness") == wished)
+        sharpness = self.program.wait_for("spin button", "Sharpness")
+        wait_until("what was copied is there", lambda: sharpness.value == wished)
 
     def start_again(self):
         """The window with the keyboard is another one until then."""
-        self.wait_for_active("Advanced settings")
+        self.program.wait_for_active(None, "Advanced settings")
         token = "not one of this session"
         done = subprocess.run([PROGRAM], env={**self.desktop.environment, "XDG_ACTIVATION_TOKEN": token}, timeout=60,
                               capture_output=True, text=True, check=False)
         self.assertEqual((done.returncode, done.stderr.count("\n")), (0, 1))
-
-    def number(self, name):
-        atspi = self.program.wait_for("spin button", name)._accessible  # pylint: disable=protected-access
-        return atspi.get_value_iface().get_current_value()
 
 
 if __name__ == "__main__":

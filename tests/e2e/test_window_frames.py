@@ -7,11 +7,9 @@ usage: test_window_frames.py PROGRAM
 import re
 import sys
 import unittest
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-from desktop import Desktop, wait_until  # noqa: E402
-from program import Area, Program  # noqa: E402
+from desktop import Desktop, wait_until
+from program import Area, Program
 
 PROGRAM = None
 SCREEN = (1600, 1600)  # there is room below the camera window, and beside it
@@ -40,11 +38,6 @@ class WindowFrames(unittest.TestCase):
             self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
             self.desktop.key(OPENED[name])
             wait_until(f"{name} comes or goes", lambda: bool(self.program.window("frame", name)) != bool(shown))
-
-    def quit(self):
-        self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
-        self.desktop.key("ctrl+q")
-        self.assertEqual(self.program.wait_for_end(), 0)
 
     def window(self, name):
         found = self.desktop.output(["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"]).split()
@@ -112,13 +105,13 @@ class WindowFrames(unittest.TestCase):
     def test_remembered(self):
         self.start()
         left = self.leave_apart()
-        self.quit()
+        self.program.quit()
         stored = self.settings.read_text()
         for name in ("main", "settings", "advanced_settings", "albums"):
             self.assertIn(f"bwp2x_frame_{name}=", stored)
         self.start()
         self.assertEqual(self.frames(), left)
-        self.quit()
+        self.program.quit()
 
     def test_put_back(self):
         self.start()
@@ -127,15 +120,15 @@ class WindowFrames(unittest.TestCase):
         self.program.activate(self.program.wait_for("frame", "Settings"))
         self.program.click("push button", "Restore layout")
         self.wait_until_put_back()
-        self.quit()
+        self.program.quit()
         self.start()
         self.wait_until_put_back()
-        self.quit()
+        self.program.quit()
 
     def test_put_back_while_closed(self):
         """A panel that is closed then belongs to its place when it is shown, in whatever run that is."""
         self.start(opened=())  # the first start of all
-        self.quit()
+        self.program.quit()
         self.start()
         self.wait_until_put_back()
         self.leave_apart()
@@ -143,18 +136,18 @@ class WindowFrames(unittest.TestCase):
         self.program.activate(self.program.wait_for("frame", "Settings"))
         self.program.click("push button", "Restore layout")
         self.toggle("Settings")
-        self.quit()
+        self.program.quit()
         self.start(opened=())
-        self.quit()
+        self.program.quit()
         self.start(opened=("Settings", "Albums", "Advanced settings"))
         self.wait_until_put_back()
         self.leave_apart()
-        self.quit()
+        self.program.quit()
         stored = self.settings.read_text().splitlines()
         self.settings.write_text("\n".join(line for line in stored if "bwp2x_frame_" not in line))
         self.start()  # as if the windows had been left on another kind of desktop
         self.wait_until_put_back()
-        self.quit()
+        self.program.quit()
 
     def test_on_1280x800(self):
         self.start(opened=("Albums", "Settings", "Advanced settings"))
@@ -170,7 +163,7 @@ class WindowFrames(unittest.TestCase):
         self.assertAlmostEqual(settings.x + settings.width / 2, main.x + main.width / 2, delta=1)
         self.assertNotEqual(settings.x, self.frame("Advanced settings").x)
         self.desktop.key("Escape")  # the help lies over the title of the camera window
-        self.quit()
+        self.program.quit()
 
     test_on_1024x600 = test_on_1280x800
 
@@ -181,10 +174,10 @@ class WindowFrames(unittest.TestCase):
         for key in ("End", "Return"):
             self.desktop.key(key)
         wait_until("that is stored", lambda: "bwp2x_remember_layout=no" in self.settings.read_text())
-        self.quit()
+        self.program.quit()
         self.start()
         self.wait_until_put_back()
-        self.quit()
+        self.program.quit()
 
 
 if __name__ == "__main__":
