@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "AppDelegate.h"
 #include "BWAppTexts.h"
 #include "Model/BWAlbumManager.h"
@@ -334,14 +335,12 @@ private Q_SLOTS:
 
     void alerts_data()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<Alert>("kind");
+        const Rows<QString, QString, Alert> row;
+        const auto add = [&row](const char *name, const QString &title, const QString &message,
+                                Alert kind = Alert::Warning) { row(name, title, message, kind); };
         BWLocalizationManager &manager = BWRepository::singleton().localizationManager();
         BWAppTexts app;
         app.localizeWithManager(manager);
-        const auto add = [](const char *name, const QString &title, const QString &message,
-                            Alert kind = Alert::Warning) { QTest::newRow(name) << title << message << kind; };
         add("access-denied", app.cameraAccessDeniedTitle, app.cameraAccessDeniedMessage);
         add("access-restricted", app.cameraAccessRestrictedTitle, app.cameraAccessRestrictedMessage);
         add("no-albums", app.errorInitializingAlbumsTitle,
@@ -388,9 +387,7 @@ private Q_SLOTS:
     }
     void alerts()
     {
-        QFETCH(QString, title);
-        QFETCH(QString, message);
-        QFETCH(Alert, kind);
+        const auto [title, message, kind] = Rows<QString, QString, Alert>::current();
         QTimer::singleShot(0, this, [this] {
             see(visible<QMessageBox>(), name(u"alert"_s));
             visible<QMessageBox>()->reject();
