@@ -1,5 +1,6 @@
-#include "../Rows.h"
-#include "../settings/AttachedCameras.h"
+#include "BWACUDriver/BWCamera.h"
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
 #include "Model/BWConfigManager.h"
 #include "Model/BWLocalizationManager.h"
 #include "Model/BWSettingsFile.h"
@@ -15,7 +16,6 @@
 #include "Views/Utils/BWBusyIndicator.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 #include "Views/Utils/BWNoticeView.h"
-#include "WidgetSearch.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -35,6 +35,29 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
+
+/// What a screen reader would have to leave unnamed.
+QStringList namelessWidgets(const QWidget &window)
+{
+    QStringList nameless;
+    const auto widgets = window.findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
+        if (widget->focusPolicy() != Qt::NoFocus && (!interface || interface->text(QAccessible::Name).isEmpty()))
+            nameless << QString::fromLatin1(widget->metaObject()->className());
+    }
+    return nameless;
+}
+
+QAbstractButton *buttonNamed(const QWidget &window, const QString &text)
+{
+    const auto buttons = window.findChildren<QAbstractButton *>();
+    for (QAbstractButton *button : buttons) {
+        if (button->text() == text || button->accessibleName() == text)
+            return button;
+    }
+    return nullptr;
+}
 
 /// As when a window comes up just then.
 void pressKeysMeantForASnapshot(const QWidget &window)
@@ -64,8 +87,11 @@ private Q_SLOTS:
         bool pending = false;
         int asked = 0;
         QString obstacle;
-        const auto isPending = [&] { return ++asked, pending; };
-        const BWNoCameraBaseWindowController::Questions questions{isPending, [&] { return obstacle; }};
+        const BWNoCameraBaseWindowController::Questions questions{[&] {
+                                                                      ++asked;
+                                                                      return pending;
+                                                                  },
+                                                                  [&] { return obstacle; }};
         std::unique_ptr<BWNoCameraBaseWindowController> window;
         if (sheet)
             window = std::make_unique<BWNoCameraSheetWindowController>(questions, m_clock);
@@ -152,20 +178,23 @@ private Q_SLOTS:
 
     void productSheet_data()
     {
-        const Rows<QList<int>, int, int> row;
-        row("first is preselected", QList<int>{Qt::Key_Return}, 1, 0);
-        row("second", QList<int>{Qt::Key_Down, Qt::Key_Return}, 1, 1);
-        row("escape means later", QList<int>{Qt::Key_Down, Qt::Key_Escape}, 0, 1);
-        row("later by keyboard", QList<int>{Qt::Key_Tab, Qt::Key_Space}, 0, 0);
+        QTest::addColumn<QList<int>>("keys");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<int>("index");
+        QTest::newRow("first is preselected") << QList<int>{Qt::Key_Return} << 1 << 0;
+        QTest::newRow("second") << QList<int>{Qt::Key_Down, Qt::Key_Return} << 1 << 1;
+        QTest::newRow("escape means later") << QList<int>{Qt::Key_Down, Qt::Key_Escape} << 0 << 1;
+        QTest::newRow("later by keyboard") << QList<int>{Qt::Key_Tab, Qt::Key_Space} << 0 << 0;
     }
     void productSheet()
     {
-        const auto [keys, code, index] = Rows<QList<int>, int, int>::current();
+        QFETCH(QList<int>, keys);
+        QFETCH(int, code);
+        QFETCH(int, index);
         BWSettingsFile defaults(u"/none/settings.conf"_s); // nothing is stored
         const BWConfigManager config(defaults);
         const auto products = config.productsByCameraIdentifier(u"wired_high"_s);
-        const AttachedCameras cameras({AttachedCameras::Type::High});
-        const BWCameraPtr camera = cameras[0];
+        const BWCameraPtr camera = highResolutionCamera();
 
         QWidget window;
         window.show();
@@ -192,13 +221,14 @@ private Q_SLOTS:
 
         sheet.setCamera(camera); // asked again: the first one once more
         QCOMPARE(sheet.selectedProduct(), products[0]);
+        QCOMPARE(namelessWidgets(sheet), QStringList());
     }
 
     void productSheetOfUnknownType()
     {
         BWNoCameraProductSheetWindowController sheet([](const QString &) { return QList<BWCameraProductPtr>(); });
         sheet.localizeWithManager(m_texts);
-        sheet.setCamera(AttachedCameras({AttachedCameras::Type::High})[0]);
+        sheet.setCamera(highResolutionCamera());
         QVERIFY(!sheet.camera()); // the sheet does not keep an unplugged camera alive
         QVERIFY(!sheet.selectedProduct());
         QVERIFY(!buttonNamed(sheet, u"OK"_s)->isEnabled());
@@ -206,7 +236,6 @@ private Q_SLOTS:
 
     void theCursorTellsThatAPressTakesAPicture()
     {
-        QTRY_VERIFY(QGuiApplication::applicationState() != Qt::ApplicationActive); // the windows before it have gone
         BWLiveRenderer renderer;
         BWCenteringClipView view(renderer);
         view.resize(400, 300);
@@ -247,6 +276,7 @@ private Q_SLOTS:
         BWSimulatedCamerasWindowController window(cameras);
         window.localizeWithManager(m_texts);
         window.show();
+        QCOMPARE(namelessWidgets(window), QStringList());
         const auto button = [&](int camera, const QString &text) {
             return buttonNamed(window, u"%1: %2"_s.arg(cameras[camera]->title(), text));
         };
@@ -293,14 +323,18 @@ private Q_SLOTS:
 
     void alertAnswers_data()
     {
-        const Rows<int, QString, bool> row;
-        row("return is OK", int(Qt::Key_Return), u"Ist gut|Abbrechen"_s, true);
-        row("escape is Cancel", int(Qt::Key_Escape), u"Ist gut|Abbrechen"_s, false);
-        row("escape dismisses", int(Qt::Key_Escape), u"Ist gut"_s, true);
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("buttons");
+        QTest::addColumn<bool>("ok");
+        QTest::newRow("return is OK") << int(Qt::Key_Return) << u"Ist gut|Abbrechen"_s << true;
+        QTest::newRow("escape is Cancel") << int(Qt::Key_Escape) << u"Ist gut|Abbrechen"_s << false;
+        QTest::newRow("escape dismisses") << int(Qt::Key_Escape) << u"Ist gut"_s << true;
     }
     void alertAnswers()
     {
-        const auto [key, buttons, ok] = Rows<int, QString, bool>::current();
+        QFETCH(int, key);
+        QFETCH(QString, buttons);
+        QFETCH(bool, ok);
         QTemporaryFile file;
         QVERIFY(file.open());
         file.write(R"([{"parent": "general", "identifier": "option_ok", "localizations": {"de": "Ist gut"}},
@@ -394,6 +428,23 @@ private Q_SLOTS:
         QVERIFY(!canBeOpened(menu.advancedSettingsMenuItem));
         menu.enablePanels();
         QVERIFY(canBeOpened(menu.advancedSettingsMenuItem));
+    }
+
+private:
+    static BWCameraPtr highResolutionCamera()
+    {
+        BWSimulatedCameraOptions options;
+        options.type = BWSimulatedCameraOptions::Type::High;
+        options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
+        std::vector<std::unique_ptr<BWCameraBackend>> backends;
+        backends.push_back(BWSimulatedBackend::create({options}));
+        BWCameraDetector detector({BWCameraDetector::descriptionForHighResolutionMicroscope()}, std::move(backends));
+        BWCameraPtr camera;
+        detector.setCameraFoundBlock(
+            [&camera](const BWDetectedCameraPtr &detected) { camera = std::make_shared<BWCamera>(detected); });
+        detector.startCamerasDetection();
+        [&] { QTRY_VERIFY(camera); }();
+        return camera;
     }
 };
 
