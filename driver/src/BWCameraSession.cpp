@@ -69,6 +69,10 @@ void BWCamera::Session::shutDown()
         }
         qCWarning(bwDriver).noquote() << m_detectedCamera->description()
                                       << "does not answer; its thread is left behind";
+        if (!m_recorder.isActive()) {
+            m_recorder.waitUntilComplete(); // its end is about to be told
+            m_recordingNews.runWaiting();
+        }
     }
     m_callbacks.clear();
     m_thread.detach();
@@ -172,6 +176,12 @@ void BWCamera::Session::stopRecording()
 {
     m_recorder.end();
     m_recorder.waitUntilComplete();
+    if (capturingSession == this)
+        return;
+    const auto told = std::make_shared<std::promise<void>>();
+    post([told] { told->set_value(); });
+    if (told->get_future().wait_for(deviceTime) != std::future_status::ready)
+        m_recordingNews.runWaiting();
 }
 
 int BWCamera::Session::readRegister(int identifier)

@@ -46,6 +46,8 @@ void BWCommandQueue::runWaiting()
         Command command;
         {
             const std::lock_guard lock(m_mutex);
+            if (m_entries.empty())
+                return;
             command = std::move(m_entries.front().command);
             m_entries.pop_front();
         }

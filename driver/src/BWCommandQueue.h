@@ -7,7 +7,8 @@
 #include <mutex>
 #include <optional>
 
-/// Ordered commands for one worker thread. Any thread posts, the worker runs.
+/// Ordered commands for one worker thread. Any thread posts, the worker runs; where that hangs another may stand in for
+/// it, and then no command runs twice.
 class BWCommandQueue {
 public:
     using Command = std::function<void()>;

@@ -149,6 +149,7 @@ private Q_SLOTS:
         std::vector<std::unique_ptr<OpenedCamera>> cameras;
         std::atomic<bool> over = false;
         std::atomic<int> late = 0;
+        std::atomic<int> told = 0;
         for (const QString &call : calls) {
             notes << std::make_shared<DeviceNotes>();
             cameras.push_back(std::make_unique<OpenedCamera>(Type::Ultra, Format::MJPEG, Pacing::Manual, notes.last()));
@@ -167,7 +168,10 @@ private Q_SLOTS:
                 opened.camera->stopWithCompletion({});
             notes.last()->waitUntilBusy();
             opened.camera->setOnCameraFrame([&](BWCamera &, const BWFrame &) { late += over; });
-            opened.camera->setOnCameraRecording([&](BWCamera &, bool, const BWRecordingStatus &) { late += over; });
+            opened.camera->setOnCameraRecording([&](BWCamera &, bool recording, const BWRecordingStatus &) {
+                told += recording ? 0 : 1;
+                late += over;
+            });
             opened.hand->pushFrames(3);
         }
         std::vector<std::thread> ends; // each waits for a while
@@ -176,6 +180,7 @@ private Q_SLOTS:
         for (std::thread &end : ends)
             end.join();
         over = true;
+        QCOMPARE(told, calls.size() - 1);
         QCOMPARE(BWCamera::runningThreads(), calls.size());
         for (const QString &call : calls.mid(1)) // the movies are whole all the same
             QCOMPARE(completeMovie(folder.filePath(call)), BWMovieCompletion::Plain);

@@ -202,13 +202,16 @@ private Q_SLOTS:
         QVERIFY(!bench.ui.answer && bench.session->problem().isNone());
 
         const BWCameraPtr camera = bench.session->currentCamera();
+        std::atomic<bool> endIsTold = false;
+        camera->setOnCameraRecording(
+            [&](BWCamera &, bool recording, const BWRecordingStatus &) { endIsTold = !recording; });
         camera->startRecording(bench.folder.filePath(u"a.mov"_s));
         QTRY_VERIFY((bench.hands[0]->pushFrames(1), camera->recordingStatus().frames > 0));
         bench.notes[0]->holdUp(u"frame"_s); // and now it hangs in the middle of a recording
         QTRY_VERIFY((bench.hands[0]->pushFrames(1), bench.notes[0]->isBusy()));
         bench.session->changeCurrentCamera(bench.manager.cameras().at(1));
         bench.clock.advance(std::chrono::seconds(5));
-        QTRY_VERIFY(!camera->recording());
+        QTRY_VERIFY(endIsTold && !camera->recording());
         bench.clock.advance(std::chrono::milliseconds(4999));
         QCOMPARE(bench.session->state(), State::Switching);
         bench.clock.advance(std::chrono::milliseconds(1));

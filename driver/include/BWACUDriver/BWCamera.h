@@ -24,9 +24,10 @@ struct BWCameraStatistics {
 ///
 /// Threads: operations may be called on any thread and never wait for the hardware; they are carried out in order on
 /// the camera's own capture thread, and every completion is called there, exactly once, in every state. Callbacks
-/// arrive on the capture thread, except snapshots, which arrive on a worker of the camera. Callbacks are set right
-/// after the session is made; a callback set to nothing is not called. No callback is called after the destructor
-/// has returned. Do not destroy a camera inside one of its callbacks.
+/// arrive on the capture thread, except snapshots, which arrive on a worker of the camera; where the capture thread
+/// hangs, stopRecording() and the destructor tell of a recording. Callbacks are set right after the session is made; a
+/// callback set to nothing is not called. No callback is called after the destructor has returned. Do not destroy a
+/// camera inside one of its callbacks.
 ///
 /// Ownership: held by BWCameraManager and whoever else keeps the shared pointer. The destructor stops the stream and
 /// waits for the capture thread; after two seconds without an answer of the device, and with no movie left to be
@@ -97,7 +98,7 @@ public:
     bool startRecording(const QString &path);
     /// Whether a recording runs: from startRecording() until the file is complete.
     bool recording() const;
-    /// Ends the recording, waits until the file is complete, then returns. Without effect when none runs.
+    /// Ends a recording. Returns when its file is complete and, unless on the capture thread, its end told.
     void stopRecording();
     /// Ends the recording to that path, and no other, without waiting for its file. False if it has ended already.
     bool endRecording(const QString &path, BWRecordingStatus::End reason = BWRecordingStatus::End::Asked);
