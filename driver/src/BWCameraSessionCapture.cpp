@@ -122,7 +122,8 @@ void BWCamera::Session::doStop()
         m_device->stopStreaming();
     if (m_state != State::Gone)
         m_state = State::Stopped;
-    // With the device released nothing is held up by the disk any more, and whoever quits now quits with a whole file.
+    // With the device released nothing is held up by the disk any more, and whoever quits now quits with whole files.
+    m_snapshots.waitUntilDelivered();
     m_recorder.waitUntilComplete();
     m_recordingNews.runWaiting(); // now, or it would come after the completion of the stop
     m_streamProblem = {};

@@ -58,6 +58,12 @@ void BWSnapshotWorker::dropRequests()
         qCWarning(bwDriver) << "The stream ended before" << std::exchange(m_wanted, 0) << "snapshots could be taken";
 }
 
+void BWSnapshotWorker::waitUntilDelivered()
+{
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_frames.empty() && !m_delivering; });
+}
+
 void BWSnapshotWorker::finish()
 {
     dropRequests();
@@ -93,9 +99,12 @@ void BWSnapshotWorker::run()
 bool BWSnapshotWorker::waitForFrame(BWFrame &frame)
 {
     std::unique_lock lock(m_mutex);
+    m_delivering = false;
+    m_changed.notify_all();
     m_changed.wait(lock, [this] { return !m_frames.empty() || m_finishing; });
     if (m_frames.empty())
         return false;
+    m_delivering = true;
     frame = std::move(m_frames.front());
     m_frames.pop_front();
     return true;

@@ -31,6 +31,9 @@ public:
     /// are good. Capture thread.
     void dropRequests();
 
+    /// Waits until all frames that were taken are delivered, or turned out to be damaged. Capture thread.
+    void waitUntilDelivered();
+
     /// dropRequests(), and waits until the last still is delivered. Nothing is delivered afterwards.
     void finish();
 
@@ -45,6 +48,7 @@ private:
     std::deque<BWFrame> m_frames;
     int m_wanted = 0; ///< requests that have no frame yet
     int m_held = 0; ///< frames here, the one being worked on included
+    bool m_delivering = false; ///< or finding out whether the frame is good
     bool m_streaming = false;
     bool m_finishing = false;
     std::thread m_thread;

@@ -106,6 +106,28 @@ private Q_SLOTS:
         QVERIFY(BWJpeg::decodesCleanly(reinterpret_cast<const uint8_t *>(jpeg.constData()), std::size_t(jpeg.size())));
     }
 
+    void stopComesAfterTheLastStill()
+    {
+        OpenedCamera opened(Type::Ultra);
+        QSemaphore arrived;
+        QSemaphore isSaved;
+        std::atomic<bool> stopped = false;
+        opened.camera->setOnCameraSnapshot([&](BWCamera &, const QByteArray &) {
+            arrived.release();
+            isSaved.acquire();
+        });
+        QVERIFY(opened.probe->start());
+        opened.camera->takeSnapshot();
+        opened.probe->settle();
+        QVERIFY(opened.probe->stream(1));
+        arrived.acquire();
+        opened.camera->stopWithCompletion([&] { stopped = true; });
+        const bool early = QTest::qWaitFor([&] { return stopped.load(); }, 50);
+        isSaved.release();
+        QTRY_VERIFY(stopped);
+        QVERIFY2(!early, "whoever quits then would lose it");
+    }
+
     void manyRequestsDoNotStarveTheStream()
     {
         OpenedCamera opened(Type::Ultra, BWPixelFormat::YUYV);

@@ -63,9 +63,9 @@ public:
     /// Why the last start failed; none after a successful one. Any thread.
     BWStartProblem startProblem() const;
 
-    /// Stops streaming, and a recording. The completion follows when the device is fully released, the movie complete
-    /// and its end told; no frame callback comes after it until the next start. Stopping a stopped camera only calls the
-    /// completion.
+    /// Stops streaming, and a recording. The completion follows when the device is released, the last still delivered,
+    /// the movie complete and its end told; no frame callback comes after it until the next start. Stopping a stopped
+    /// camera only calls the completion.
     void stopWithCompletion(Completion completion);
 
     /// Whether it is streaming. True from a successful start until the stop is done.
