@@ -52,34 +52,28 @@ private Q_SLOTS:
         QCOMPARE(opened.camera->statistics().framesDelivered, 5u);
     }
 
-    void stalledStreamIsRestarted_data()
-    {
-        QTest::addColumn<bool>("heldByOther");
-        QTest::newRow("at once") << false;
-        QTest::newRow("as soon as it can be had") << true;
-    }
-
     void stalledStreamIsRestarted()
     {
-        QFETCH(bool, heldByOther);
-        OpenedCamera opened(Type::Ultra);
-        opened.camera->setStallTime(30ms);
-        QVERIFY(opened.probe->start(2));
-        opened.hand->setInUse(heldByOther);
-        opened.hand->stall();
-        opened.hand->pushFrames(3);
-        if (heldByOther) {
-            QTRY_VERIFY(opened.camera->statistics().streamRestarts > 0);
-            opened.probe->settle();
-            QVERIFY(opened.camera->started());
-            QCOMPARE(opened.probe->frames().size(), std::size_t(2));
-            opened.hand->setInUse(false);
+        for (const bool heldByOther : {false, true}) {
+            OpenedCamera opened(Type::Ultra);
+            opened.camera->setStallTime(30ms);
+            QVERIFY(opened.probe->start(2));
+            opened.hand->setInUse(heldByOther);
+            opened.hand->stall();
+            opened.hand->pushFrames(3);
+            if (heldByOther) {
+                QTRY_VERIFY(opened.camera->statistics().streamRestarts > 0);
+                opened.probe->settle();
+                QVERIFY(opened.camera->started());
+                QCOMPARE(opened.probe->frames().size(), std::size_t(2));
+                opened.hand->setInUse(false);
+            }
+            QVERIFY(opened.probe->waitForFrames(5));
+            opened.probe->stop();
+            QCOMPARE(opened.probe->sequences(), (Sequences{0, 1, 0, 1, 2}));
+            QCOMPARE(opened.camera->statistics().streamRestarts, 1u);
+            QCOMPARE(opened.camera->statistics().framesLost, 0u);
         }
-        QVERIFY(opened.probe->waitForFrames(5));
-        opened.probe->stop();
-        QCOMPARE(opened.probe->sequences(), (Sequences{0, 1, 0, 1, 2}));
-        QCOMPARE(opened.camera->statistics().streamRestarts, 1u);
-        QCOMPARE(opened.camera->statistics().framesLost, 0u);
     }
 
     void aStreamThatCannotBeRestartedTellsWhy()
