@@ -98,15 +98,6 @@ private Q_SLOTS:
         QCOMPARE(draw({}, 900'000'000'000'000).bytes(), start.bytes()); // a camera that ran for long
     }
 
-    void jpegShowsTheSamePicture()
-    {
-        const PictureProbe raw = draw({.exposure = -0.5}, 17);
-        const QImage image = QImage::fromData(PictureProbe::jpeg(*m_source, 17), "JPEG");
-        QCOMPARE(image.size(), size.dimensions());
-        const double difference = PictureProbe::difference(raw.image(), image);
-        QVERIFY2(difference < 4, qPrintable(QString::number(difference)));
-    }
-
     void fillsEverySize()
     {
         for (const BWResolution resolution :
