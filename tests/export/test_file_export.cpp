@@ -3,14 +3,13 @@
 #include "Model/Export/BWFileExport.h"
 #include "Model/Export/BWFolderCopies.h"
 #include "Model/Export/BWZipExport.h"
+#include "SmallDisk.h"
 #include "TestFolder.h"
 
-#include <csignal>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTest>
 #include <sys/fsuid.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 
@@ -27,24 +26,6 @@ QByteArray noise(qsizetype size)
     QRandomGenerator(7).fillRange(reinterpret_cast<quint32 *>(bytes.data()), size / 4);
     return bytes;
 }
-
-/// While it lives, no file gets larger than that: what a full disk is like in the middle.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t size)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limited{size, m_before.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limited);
-    }
-    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-
-private:
-    rlimit m_before{};
-};
 
 } // namespace
 
@@ -169,7 +150,7 @@ private Q_SLOTS:
         BWExportResult result;
         {
             const auto restore = qScopeGuard([] { ::setfsuid(::geteuid()); });
-            const FullDisk disk(what == "full disk" ? 5'000'000 : RLIM_INFINITY);
+            const SmallDisk disk(what == "full disk" ? 5'000'000 : RLIM_INFINITY);
             result = run(sources, target, watch);
         }
         QCOMPARE(result.outcome, what == "cancelled" ? Outcome::Cancelled : Outcome::Failed);

@@ -1,13 +1,12 @@
 #include "Model/Thumbnails/BWThumbnailPng.h"
+#include "SmallDisk.h"
 #include "ThumbnailFixture.h"
 #include "Utils/BWFilePath.h"
 
-#include <csignal>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
 #include <QTest>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -143,15 +142,12 @@ private Q_SLOTS:
         QList<QUrl> files;
         for (int i = 0; i < 3; ++i)
             files.append(m_fixture->file("picture" + QByteArray::number(i) + ".jpg", ThumbnailFixture::jpeg(Qt::red)));
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit before{};
-        ::getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit limited{reason == u"the disk is full"_s ? 100 : before.rlim_cur, before.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limited);
         if (reason != u"none is wanted"_s) // one line for all of them
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be stored"_s));
-        m_fixture->make(files);
-        ::setrlimit(RLIMIT_FSIZE, &before);
+        {
+            const SmallDisk disk(reason == u"the disk is full"_s ? 100 : RLIM_INFINITY);
+            m_fixture->make(files);
+        }
         QCOMPARE(m_fixture->shown(files.last()), u"red"_s);
         QDirIterator left(QFile::decodeName(m_fixture->cache()), QDir::Files, QDirIterator::Subdirectories);
         QVERIFY(!left.hasNext());
