@@ -58,50 +58,44 @@ private Q_SLOTS:
                  0);
     }
 
-    void firstStart_data()
-    {
-        QTest::addColumn<QString>("writer");
-        for (const char *writer : {"binary", "xml", "archiver"})
-            QTest::newRow(writer) << QString::fromLatin1(writer);
-    }
-
     void firstStart()
     {
-        QFETCH(const QString, writer);
-        const TestFolder settings;
-        const BWRepository::Options options{settings.path(u"settings.conf"_s), home(), {u"en"_s}, QString()};
-        {
+        for (const QString &writer : {u"binary"_s, u"xml"_s, u"archiver"_s}) {
+            const TestFolder settings;
+            const BWRepository::Options options{settings.path(u"settings.conf"_s), home(), {u"en"_s}, QString()};
+            {
+                BWSettingsFile defaults(options.settingsFile);
+                defaults.setData(BWOldSettingsKeys::cameras(), read(u"cameras."_s + writer));
+                defaults.setData(BWOldSettingsKeys::albums(), read(u"albums."_s + writer));
+            }
+            {
+                const BWRepository repository(options);
+                repository.albumManager().waitUntilPrepared();
+                QCOMPARE(repository.albumManager().albums().size(), 2); // the third folder is gone
+                QCOMPARE(repository.albumManager().albums()[1]->path(), homeUrl(u"BrimwellPro/Standardalbum"_s));
+                QVERIFY(repository.albumManager().albums()[1]->isDefaultAlbum());
+                const auto wired = repository.configManager().productByIdentifier(u"dx14"_s);
+                QVERIFY(!wired->valueForSetting(BWSettingVideoNorm) && !wired->valueForSetting(BWSettingGain));
+                repository.configManager().productByIdentifier(u"dx12"_s)->setCurrentResolution({720, 480});
+                repository.configManager().productByIdentifier(u"dx12"_s)->save(); // the user's own choice
+            }
             BWSettingsFile defaults(options.settingsFile);
-            defaults.setData(BWOldSettingsKeys::cameras(), read(u"cameras."_s + writer));
-            defaults.setData(BWOldSettingsKeys::albums(), read(u"albums."_s + writer));
-        }
-        {
-            const BWRepository repository(options);
-            repository.albumManager().waitUntilPrepared();
-            QCOMPARE(repository.albumManager().albums().size(), 2); // the third folder is gone
-            QCOMPARE(repository.albumManager().albums()[1]->path(), homeUrl(u"BrimwellPro/Standardalbum"_s));
-            QVERIFY(repository.albumManager().albums()[1]->isDefaultAlbum());
-            const auto wired = repository.configManager().productByIdentifier(u"dx14"_s);
-            QVERIFY(!wired->valueForSetting(BWSettingVideoNorm) && !wired->valueForSetting(BWSettingGain));
-            repository.configManager().productByIdentifier(u"dx12"_s)->setCurrentResolution({720, 480});
-            repository.configManager().productByIdentifier(u"dx12"_s)->save(); // the user's own choice
-        }
-        BWSettingsFile defaults(options.settingsFile);
-        QCOMPARE(defaults.string(u"bwp2x_old_settings_imported"_s), u"yes"_s);
-        QCOMPARE(defaults.string(u"bwp2x_product_for_camera"_s),
-                 uR"({"wired_high":"mx50_40","wired_regular":"dx14","wireless":"dx17_18"})"_s);
-        QCOMPARE(stored(defaults, u"dx14"_s), dx14Values);
-        QCOMPARE(stored(defaults, u"dx17_18"_s), dx17Values);
-        QCOMPARE(stored(defaults, u"mx62"_s), mx62Values);
-        QCOMPARE(defaults.string(u"bwp2x_product_mx24"_s), QString()); // chosen for no camera of ours
-        QCOMPARE(defaults.string(u"bwp2x_default_album_name"_s), u"Standardalbum"_s);
-        QCOMPARE(storedAlbums(defaults),
-                 QStringList({home() + u"/Pictures"_s, home() + u"/BrimwellPro/Standardalbum"_s,
-                              home() + u"/gone/Straße é"_s}));
-        QCOMPARE(defaults.data(BWOldSettingsKeys::cameras()), read(u"cameras."_s + writer));
+            QCOMPARE(defaults.string(u"bwp2x_old_settings_imported"_s), u"yes"_s);
+            QCOMPARE(defaults.string(u"bwp2x_product_for_camera"_s),
+                     uR"({"wired_high":"mx50_40","wired_regular":"dx14","wireless":"dx17_18"})"_s);
+            QCOMPARE(stored(defaults, u"dx14"_s), dx14Values);
+            QCOMPARE(stored(defaults, u"dx17_18"_s), dx17Values);
+            QCOMPARE(stored(defaults, u"mx62"_s), mx62Values);
+            QCOMPARE(defaults.string(u"bwp2x_product_mx24"_s), QString()); // chosen for no camera of ours
+            QCOMPARE(defaults.string(u"bwp2x_default_album_name"_s), u"Standardalbum"_s);
+            QCOMPARE(storedAlbums(defaults),
+                     QStringList({home() + u"/Pictures"_s, home() + u"/BrimwellPro/Standardalbum"_s,
+                                  home() + u"/gone/Straße é"_s}));
+            QCOMPARE(defaults.data(BWOldSettingsKeys::cameras()), read(u"cameras."_s + writer));
 
-        const BWRepository again(options);
-        QCOMPARE(again.configManager().productByIdentifier(u"dx12"_s)->currentResolution(), BWResolution(720, 480));
+            const BWRepository again(options);
+            QCOMPARE(again.configManager().productByIdentifier(u"dx12"_s)->currentResolution(), BWResolution(720, 480));
+        }
     }
 
     /// One of the archives being damaged is no reason to do without the other, nor to try for ever.
@@ -121,47 +115,41 @@ private Q_SLOTS:
         QCOMPARE(albums.currentAlbum()->path(), settings.url(u"BrimwellPro/Default Album"_s));
     }
 
-    void byHand_data()
-    {
-        QTest::addColumn<QString>("file");
-        for (const char *file : {"binary", "xml", "all-xml"})
-            QTest::newRow(file) << u"defaults."_s + QString::fromLatin1(file);
-    }
-
     void byHand()
     {
-        QFETCH(const QString, file);
-        const TestFolder settings;
-        BWSettingsFile defaults(settings.path(u"settings.conf"_s));
-        BWConfigManager config(defaults);
-        BWAlbumManager albums(defaults, home());
-        m_folder.folder(u"home/BrimwellPro/Mine"_s);
-        m_folder.folder(u"home/BrimwellPro/Standardalbum"_s);
-        albums.prepare();
-        albums.addAlbumFromPath(homeUrl(u"BrimwellPro/Mine"_s));
-        const QUrl current = albums.currentAlbum()->path();
+        for (const QString &file : {u"defaults.binary"_s, u"defaults.xml"_s, u"defaults.all-xml"_s}) {
+            const TestFolder settings;
+            BWSettingsFile defaults(settings.path(u"settings.conf"_s));
+            BWConfigManager config(defaults);
+            BWAlbumManager albums(defaults, home());
+            m_folder.folder(u"home/BrimwellPro/Mine"_s);
+            m_folder.folder(u"home/BrimwellPro/Standardalbum"_s);
+            albums.prepare();
+            albums.addAlbumFromPath(homeUrl(u"BrimwellPro/Mine"_s));
+            const QUrl current = albums.currentAlbum()->path();
 
-        const auto old = BWOldSettingsFile::read(m_folder.path(file));
-        QCOMPARE(old.problem, Problem::None);
-        const QList<QUrl> there = BWOldSettingsImporter::foldersThere(old.settings);
-        auto result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
-        QCOMPARE(result.cameras, 3);
-        QCOMPARE(result.unknownCameras, 2);
-        QCOMPARE(result.products, 4);
-        QCOMPARE(result.unknownProducts, 1);
-        QCOMPARE(result.missingFolders, 1);
-        QCOMPARE(result.albums + result.knownAlbums, 2);
-        QCOMPARE(albums.currentAlbum()->path(), current);
-        QVERIFY(storedAlbums(defaults).contains(home() + u"/BrimwellPro/Mine"_s));
-        QVERIFY(storedAlbums(defaults).contains(home() + u"/Pictures"_s));
-        QVERIFY(!QFile::exists(home() + u"/gone"_s));
-        QCOMPARE(config.defaultAlbumName(), u"Standardalbum"_s);
-        QCOMPARE(stored(defaults, u"dx12"_s), dx12Values);
+            const auto old = BWOldSettingsFile::read(m_folder.path(file));
+            QCOMPARE(old.problem, Problem::None);
+            const QList<QUrl> there = BWOldSettingsImporter::foldersThere(old.settings);
+            auto result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
+            QCOMPARE(result.cameras, 3);
+            QCOMPARE(result.unknownCameras, 2);
+            QCOMPARE(result.products, 4);
+            QCOMPARE(result.unknownProducts, 1);
+            QCOMPARE(result.missingFolders, 1);
+            QCOMPARE(result.albums + result.knownAlbums, 2);
+            QCOMPARE(albums.currentAlbum()->path(), current);
+            QVERIFY(storedAlbums(defaults).contains(home() + u"/BrimwellPro/Mine"_s));
+            QVERIFY(storedAlbums(defaults).contains(home() + u"/Pictures"_s));
+            QVERIFY(!QFile::exists(home() + u"/gone"_s));
+            QCOMPARE(config.defaultAlbumName(), u"Standardalbum"_s);
+            QCOMPARE(stored(defaults, u"dx12"_s), dx12Values);
 
-        const QStringList before = storedAlbums(defaults);
-        result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
-        QCOMPARE(result.knownAlbums, 2);
-        QCOMPARE(storedAlbums(defaults), before);
+            const QStringList before = storedAlbums(defaults);
+            result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
+            QCOMPARE(result.knownAlbums, 2);
+            QCOMPARE(storedAlbums(defaults), before);
+        }
     }
 
     /// Whatever is cut off its end, an archive is refused as a whole, or reads as before where nothing was lost.
