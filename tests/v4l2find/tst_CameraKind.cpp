@@ -46,257 +46,245 @@ class CameraKind : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void entryThatFitsFirstCounts_data();
-    void entryThatFitsFirstCounts();
-    void damageIsToldAndTheRestUsed_data();
-    void damageIsToldAndTheRestUsed();
-    void tableThatIsNoFileIsNotWaitedFor();
-    void shippedTableIsWhole();
-    void withoutAnEntryAbilitiesDecide_data();
-    void withoutAnEntryAbilitiesDecide();
-    void describesTheOneDevice();
-    void cameraWithoutNodeIsNamed();
-    void nodeIsReadFromSysfs();
+    void entryThatFitsFirstCounts_data()
+    {
+        QTest::addColumn<QString>("usbId");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("driver");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("exact product") << u"1234:ABCD"_s << u"Any"_s << u"uvcvideo"_s << u"Own"_s;
+        QTest::newRow("vendor, other product") << u"1234:0001"_s << u"Any"_s << u"uvcvideo"_s << u"Vendor"_s;
+        QTest::newRow("name, case apart") << u"0:0"_s << u"my lens 7 (rear)"_s << u"uvcvideo"_s << u"Pattern"_s;
+        QTest::newRow("? is one character") << u"0:0"_s << u"My Lens 77 (rear)"_s << u"uvcvideo"_s << QString();
+        QTest::newRow("dots are no pattern") << u"0:0"_s << u"axb"_s << u"uvcvideo"_s << QString();
+        QTest::newRow("all conditions fit") << u"0:0"_s << u"Both"_s << u"em28xx"_s << u"Two conditions"_s;
+        QTest::newRow("one of two fits") << u"0:0"_s << u"Both"_s << u"uvcvideo"_s << QString();
+        QTest::newRow("not on USB") << QString() << u"Any"_s << u"vivid"_s << QString();
+        QTest::newRow("second file") << u"0:0"_s << u"Second"_s << u"uvcvideo"_s << u"Of second file"_s;
+    }
+
+    void entryThatFitsFirstCounts()
+    {
+        QFETCH(QString, usbId);
+        QFETCH(QString, name);
+        QFETCH(QString, driver);
+        QFETCH(QString, expected);
+        const BWCameraTable both = table(
+            {uR"json({"cameras": [{"usb": "1234:abcd", "displayName": "Own"}, {"usb": "1234:*", "displayName": "Vendor"},
+                {"name": "My Lens ? (*)", "displayName": "Pattern"}, {"name": "a.b", "displayName": "Dots"},
+                {"driver": "em28xx", "name": "Both", "displayName": "Two conditions"}]})json"_s,
+             uR"({"cameras": [{"usb": "1234:*", "displayName": "No"}, {"name": "Sec*", "displayName": "Of second file"}]})"_s});
+        const BWCameraRule *rule = both.ruleFor(usbCamera(usbId, name, driver));
+        QCOMPARE(rule ? rule->displayName : QString(), expected);
+    }
+
+    void damageIsToldAndTheRestUsed_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("complaint");
+        QTest::addColumn<int>("usable");
+        const QString good = uR"({"driver": "good", "ignore": true})"_s;
+        const auto row = [&good](const char *name, const QString &entry, const QString &complaint) {
+            QTest::newRow(name) << u"{\"cameras\": [%1, %2]}"_s.arg(entry, good) << "entry 1.*"_L1 + complaint << 1;
+        };
+        row("unknown type", uR"({"usb": "1234:*", "type": "telescope"})"_s, u"telescope.*dx20"_s);
+        row("USB id", uR"({"usb": "12:*", "ignore": true})"_s, u"12:\\*"_s);
+        row("mistyped condition", uR"({"vendor": "1234", "driver": "uvcvideo", "ignore": true})"_s, u"vendor"_s);
+        row("no condition", uR"({"ignore": true})"_s, u"neither"_s);
+        row("nothing told", uR"({"driver": "x"})"_s, u"nothing"_s);
+        row("text for a flag", uR"({"driver": "x", "ignore": "yes"})"_s, u"ignore.*true or false"_s);
+        row("number for a text", uR"({"driver": 5, "ignore": true})"_s, u"driver.*text"_s);
+        row("no object", u"5"_s, u"\\{ \\}"_s);
+        QTest::newRow("no JSON") << u"{\"cameras\": [\n  {\"driver\": \"x\" \"ignore\": true}]}"_s
+                                 << u"line 2, column 1\\d"_s << 0;
+        QTest::newRow("no list") << u"[]"_s << u"no list"_s << 0;
+    }
+
+    void damageIsToldAndTheRestUsed()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, complaint);
+        QFETCH(int, usable);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("table1.json.*"_L1 + complaint));
+        const BWCameraTable read = table({text, uR"({"cameras": [{"driver": "next", "ignore": true}]})"_s});
+        QCOMPARE(int(read.rules().size()), usable + 1);
+    }
+
+    void tableThatIsNoFileIsNotWaitedFor()
+    {
+        const QTemporaryDir folder;
+        const QString pipe = folder.filePath(u"cameras.json"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString &path : {pipe, folder.path(), u"/dev/zero"_s}) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"no regular file"_s));
+            QVERIFY(BWCameraTable::read({path}).rules().empty());
+        }
+    }
+
+    void shippedTableIsWhole()
+    {
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        const BWCameraTable shipped = BWCameraTable::read({QStringLiteral(BW_CAMERA_TABLE)});
+        const BWVideoNode receiver = usbCamera(u"eb1a:2861"_s, u"Receiver"_s, u"em28xx"_s);
+        BWVideoAbilities abilities = capturing({{720, 480}});
+        const BWCameraKind kind = BWCameraKind::of(receiver, abilities, shipped.ruleFor(receiver));
+        QCOMPARE(kind.type, u"receptor_wireless_microscope"_s);
+        QVERIFY(kind.bridgeChip);
+
+        // The udev rules open the chips of the table, and no others.
+        QFile file(QStringLiteral(BW_UDEV_RULES));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString rules = QString::fromUtf8(file.readAll());
+        const auto usb =
+            QRegularExpression(u"ATTR\\{idVendor\\}==\"(.*)\", \\\\\n +ATTR\\{idProduct\\}==\"(.*)\","_s).match(rules);
+        QCOMPARE(rules.count(u"idVendor"_s), 1);
+        QStringList opened;
+        for (const QString &product : usb.captured(2).split(u'|'))
+            opened.append(usb.captured(1) + u':' + product);
+        QStringList chips;
+        for (const BWCameraRule &rule : shipped.rules()) {
+            if (rule.bridgeChip.value_or(false) && !rule.usb.isNull())
+                chips.append(rule.usb);
+        }
+        QVERIFY(!chips.isEmpty() && !chips.join(u' ').contains(u'*'));
+        QCOMPARE(opened, chips);
+    }
+
+    void withoutAnEntryAbilitiesDecide_data()
+    {
+        QTest::addColumn<QList<BWResolution>>("sizes");
+        QTest::addColumn<QString>("driver");
+        QTest::addColumn<bool>("norms");
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<bool>("bridgeChip");
+        using Sizes = QList<BWResolution>;
+        const QString regular = u"regular_microscope"_s;
+        const QString high = u"high_resolution_microscope"_s;
+        const QString ultra = u"ultra_resolution_microscope"_s;
+        const QString wireless = u"receptor_wireless_microscope"_s;
+        QTest::newRow("VGA") << Sizes{{640, 480}} << u"uvcvideo"_s << false << regular << false;
+        QTest::newRow("just below high") << Sizes{{1280, 960}} << u"uvcvideo"_s << false << regular << false;
+        QTest::newRow("just high") << Sizes{{640, 480}, {1280, 1024}} << u"uvcvideo"_s << false << high << false;
+        QTest::newRow("just below ultra") << Sizes{{2560, 1920}} << u"uvcvideo"_s << false << high << false;
+        QTest::newRow("just ultra") << Sizes{{2592, 1944}, {640, 480}} << u"uvcvideo"_s << false << ultra << false;
+        QTest::newRow("receiver") << Sizes{{720, 576}} << u"em28xx"_s << true << wireless << true;
+        QTest::newRow("receiver, other chip") << Sizes{{720, 576}} << u"usbtv"_s << true << wireless << false;
+        QTest::newRow("bridge chip of a camera") << Sizes{{640, 480}} << u"em28xx"_s << false << regular << false;
+        QTest::newRow("no format we show") << Sizes{} << u"uvcvideo"_s << true << QString() << false;
+    }
+
+    void withoutAnEntryAbilitiesDecide()
+    {
+        QFETCH(QList<BWResolution>, sizes);
+        QFETCH(QString, driver);
+        QFETCH(bool, norms);
+        QFETCH(QString, type);
+        QFETCH(bool, bridgeChip);
+        BWVideoAbilities abilities = capturing(sizes);
+        if (norms)
+            abilities.norms[1] = 0xff;
+        const BWVideoNode node = usbCamera(u"1234:5678"_s, u"Camera"_s, driver);
+        const BWCameraKind kind = BWCameraKind::of(node, abilities, nullptr);
+        QCOMPARE(kind.type, type);
+        QCOMPARE(kind.bridgeChip, bridgeChip);
+        QVERIFY(!kind.why.isEmpty());
+
+        BWCameraRule rule;
+        rule.type = u"dx20"_s;
+        QCOMPARE(BWCameraKind::of(node, abilities, &rule).type, type.isNull() ? QString() : u"dx20"_s);
+        rule.ignore = true;
+        QVERIFY(BWCameraKind::of(node, abilities, &rule).type.isNull());
+        abilities.captures = false;
+        QVERIFY(BWCameraKind::of(node, abilities, nullptr).type.isNull());
+    }
+
+    void describesTheOneDevice()
+    {
+        BWVideoAbilities abilities = capturing({{1600, 1200}, {320, 240}, {1600, 1200}});
+        for (const int code : {int(BWSettingGain), int(BWSettingHue)}) {
+            BWVideoControl control;
+            control.info.identifier = code;
+            abilities.controls.push_back(control);
+        }
+        BWCameraKind kind;
+        kind.type = u"dx20"_s;
+        kind.bridgeChip = true;
+        kind.displayName = u"Bench 3"_s;
+        const BWCameraDescriptionPtr one = kind.describe(abilities, BWCameraDetector::supportedDescriptions());
+        QVERIFY(one);
+        QCOMPARE(one->name, u"Bench 3"_s);
+        QVERIFY(one->hasOwnName);
+        QCOMPARE(one->identifierForProducts, u"wired_ultra"_s);
+        QCOMPARE(one->availableResolutions, (QList<BWResolution>{{320, 240}, {1600, 1200}}));
+        QCOMPARE(one->acceptedSettings, (QList<int>{BWSettingHue, BWSettingGain}));
+        QVERIFY(one->isBridgeChip);
+        QVERIFY2(!kind.describe(abilities, {BWCameraDetector::descriptionForRegularMicroscope()}), "not looked for");
+    }
+
+    void cameraWithoutNodeIsNamed()
+    {
+        SysfsTree tree;
+        const QString device = tree.addUsbDevice(
+            u"1.2"_s, {{u"idVendor"_s, u"1234"_s}, {u"idProduct"_s, u"00ab"_s}, {u"product"_s, u"Pen Scope"_s}});
+        const QString interface = tree.addInterface(device, u"1.2"_s, u"none"_s);
+        QFile::remove(interface + "/driver"_L1);
+        tree.write(interface + "/bInterfaceClass"_L1, u"0e"_s);
+        tree.write(interface + "/bInterfaceSubClass"_L1, u"01"_s);
+        const auto node = BWVideoNodeReader::readInterface(interface);
+        QVERIFY(node);
+        QCOMPARE(node->name, u"Pen Scope"_s);
+        QVERIFY(node->driver.isNull());
+        const auto nameBy = [this, &node](const QString &entries) {
+            const QList<BWCameraDescriptionPtr> types{BWCameraDetector::descriptionForRegularMicroscope()};
+            return BWCameraMaker(table({u"{\"cameras\": [%1]}"_s.arg(entries)}), types).nameOf(*node);
+        };
+        QCOMPARE(nameBy({}), u"Pen Scope"_s);
+        QCOMPARE(nameBy(uR"({"usb": "1234:00ab", "displayName": "Bench 3"})"_s), u"Bench 3"_s);
+    }
+
+    void nodeIsReadFromSysfs()
+    {
+        SysfsTree tree;
+        const QString device = tree.addUsbDevice(u"1.2"_s,
+                                                 {{u"idVendor"_s, u"EB1A"_s},
+                                                  {u"idProduct"_s, u"2761"_s},
+                                                  {u"serial"_s, u"SN 7"_s},
+                                                  {u"devnum"_s, u"14"_s}});
+        const QString second = tree.addInterface(device, u"1.2"_s, u"uvcvideo"_s);
+        const auto node = BWVideoNodeReader::read(tree.addVideoNode(second, 5, 1, u"Lens: Lens"_s));
+        QVERIFY(node);
+        QCOMPARE(node->path, "/dev/video5"_qba);
+        QCOMPARE(node->name, u"Lens: Lens"_s);
+        QCOMPARE(node->index, 1);
+        QCOMPARE(node->driver, u"uvcvideo"_s);
+        QCOMPARE(node->usbDevice, 14);
+        QCOMPARE(node->identity(), u"eb1a:2761 SN 7 if2"_s);
+        tree.write(device + "/serial"_L1, {});
+        QCOMPARE(BWVideoNodeReader::read(tree.addVideoNode(second, 6, 0, u"Lens"_s))->identity(),
+                 u"eb1a:2761 usb-0000:00:14.0-1.2 if2"_s);
+
+        const QString platform = tree.root() + "/devices/platform/tuner.0"_L1;
+        const auto other = BWVideoNodeReader::read(tree.addVideoNode(platform, 7, 0, u"tuner-1"_s));
+        QVERIFY(other && other->usbId.isNull());
+        QCOMPARE(other->port, u"tuner.0 tuner-1"_s);
+        tree.write(platform + "/video4linux/radio0/uevent"_L1, u"DEVNAME=radio0"_s);
+        QVERIFY2(!BWVideoNodeReader::read(platform + "/video4linux/radio0"_L1), "a radio");
+        QVERIFY2(!BWVideoNodeReader::read(platform + "/video4linux/video9"_L1), "gone");
+    }
 
 private:
-    BWCameraTable table(const QStringList &texts);
+    BWCameraTable table(const QStringList &texts)
+    {
+        QStringList files{m_files.root() + "/missing.json"_L1};
+        for (const QString &text : texts) {
+            files.append(u"%1/table%2.json"_s.arg(m_files.root()).arg(files.size()));
+            m_files.write(files.last(), text);
+        }
+        return BWCameraTable::read(files);
+    }
 
     SysfsTree m_files; ///< only a folder here
 };
-
-BWCameraTable CameraKind::table(const QStringList &texts)
-{
-    QStringList files{m_files.root() + "/missing.json"_L1};
-    for (const QString &text : texts) {
-        files.append(u"%1/table%2.json"_s.arg(m_files.root()).arg(files.size()));
-        m_files.write(files.last(), text);
-    }
-    return BWCameraTable::read(files);
-}
-
-void CameraKind::entryThatFitsFirstCounts_data()
-{
-    QTest::addColumn<QString>("usbId");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("driver");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("exact product") << u"1234:ABCD"_s << u"Any"_s << u"uvcvideo"_s << u"Own"_s;
-    QTest::newRow("vendor, other product") << u"1234:0001"_s << u"Any"_s << u"uvcvideo"_s << u"Vendor"_s;
-    QTest::newRow("name, case apart") << u"0:0"_s << u"my lens 7 (rear)"_s << u"uvcvideo"_s << u"Pattern"_s;
-    QTest::newRow("? is one character") << u"0:0"_s << u"My Lens 77 (rear)"_s << u"uvcvideo"_s << QString();
-    QTest::newRow("dots are no pattern") << u"0:0"_s << u"axb"_s << u"uvcvideo"_s << QString();
-    QTest::newRow("all conditions fit") << u"0:0"_s << u"Both"_s << u"em28xx"_s << u"Two conditions"_s;
-    QTest::newRow("one of two fits") << u"0:0"_s << u"Both"_s << u"uvcvideo"_s << QString();
-    QTest::newRow("not on USB") << QString() << u"Any"_s << u"vivid"_s << QString();
-    QTest::newRow("second file") << u"0:0"_s << u"Second"_s << u"uvcvideo"_s << u"Of second file"_s;
-}
-
-void CameraKind::entryThatFitsFirstCounts()
-{
-    QFETCH(QString, usbId);
-    QFETCH(QString, name);
-    QFETCH(QString, driver);
-    QFETCH(QString, expected);
-    const BWCameraTable both = table(
-        {uR"json({"cameras": [{"usb": "1234:abcd", "displayName": "Own"}, {"usb": "1234:*", "displayName": "Vendor"},
-            {"name": "My Lens ? (*)", "displayName": "Pattern"}, {"name": "a.b", "displayName": "Dots"},
-            {"driver": "em28xx", "name": "Both", "displayName": "Two conditions"}]})json"_s,
-         uR"({"cameras": [{"usb": "1234:*", "displayName": "No"}, {"name": "Sec*", "displayName": "Of second file"}]})"_s});
-    const BWCameraRule *rule = both.ruleFor(usbCamera(usbId, name, driver));
-    QCOMPARE(rule ? rule->displayName : QString(), expected);
-}
-
-void CameraKind::damageIsToldAndTheRestUsed_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("complaint");
-    QTest::addColumn<int>("usable");
-    const QString good = uR"({"driver": "good", "ignore": true})"_s;
-    const auto row = [&good](const char *name, const QString &entry, const QString &complaint) {
-        QTest::newRow(name) << u"{\"cameras\": [%1, %2]}"_s.arg(entry, good) << "entry 1.*"_L1 + complaint << 1;
-    };
-    row("unknown type", uR"({"usb": "1234:*", "type": "telescope"})"_s, u"telescope.*dx20"_s);
-    row("USB id", uR"({"usb": "12:*", "ignore": true})"_s, u"12:\\*"_s);
-    row("mistyped condition", uR"({"vendor": "1234", "driver": "uvcvideo", "ignore": true})"_s, u"vendor"_s);
-    row("no condition", uR"({"ignore": true})"_s, u"neither"_s);
-    row("nothing told", uR"({"driver": "x"})"_s, u"nothing"_s);
-    row("text for a flag", uR"({"driver": "x", "ignore": "yes"})"_s, u"ignore.*true or false"_s);
-    row("number for a text", uR"({"driver": 5, "ignore": true})"_s, u"driver.*text"_s);
-    row("no object", u"5"_s, u"\\{ \\}"_s);
-    QTest::newRow("no JSON") << u"{\"cameras\": [\n  {\"driver\": \"x\" \"ignore\": true}]}"_s
-                             << u"line 2, column 1\\d"_s << 0;
-    QTest::newRow("no list") << u"[]"_s << u"no list"_s << 0;
-}
-
-void CameraKind::damageIsToldAndTheRestUsed()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, complaint);
-    QFETCH(int, usable);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("table1.json.*"_L1 + complaint));
-    const BWCameraTable read = table({text, uR"({"cameras": [{"driver": "next", "ignore": true}]})"_s});
-    QCOMPARE(int(read.rules().size()), usable + 1);
-}
-
-void CameraKind::tableThatIsNoFileIsNotWaitedFor()
-{
-    const QTemporaryDir folder;
-    const QString pipe = folder.filePath(u"cameras.json"_s);
-    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    for (const QString &path : {pipe, folder.path(), u"/dev/zero"_s}) {
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"no regular file"_s));
-        QVERIFY(BWCameraTable::read({path}).rules().empty());
-    }
-}
-
-void CameraKind::shippedTableIsWhole()
-{
-    QTest::failOnWarning(QRegularExpression(u".*"_s));
-    const BWCameraTable shipped = BWCameraTable::read({QStringLiteral(BW_CAMERA_TABLE)});
-    const BWVideoNode receiver = usbCamera(u"eb1a:2861"_s, u"Receiver"_s, u"em28xx"_s);
-    BWVideoAbilities abilities = capturing({{720, 480}});
-    const BWCameraKind kind = BWCameraKind::of(receiver, abilities, shipped.ruleFor(receiver));
-    QCOMPARE(kind.type, u"receptor_wireless_microscope"_s);
-    QVERIFY(kind.bridgeChip);
-
-    // The udev rules open the chips of the table, and no others.
-    QFile file(QStringLiteral(BW_UDEV_RULES));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QString rules = QString::fromUtf8(file.readAll());
-    const auto usb =
-        QRegularExpression(u"ATTR\\{idVendor\\}==\"(.*)\", \\\\\n +ATTR\\{idProduct\\}==\"(.*)\","_s).match(rules);
-    QCOMPARE(rules.count(u"idVendor"_s), 1);
-    QStringList opened;
-    for (const QString &product : usb.captured(2).split(u'|'))
-        opened.append(usb.captured(1) + u':' + product);
-    QStringList chips;
-    for (const BWCameraRule &rule : shipped.rules()) {
-        if (rule.bridgeChip.value_or(false) && !rule.usb.isNull())
-            chips.append(rule.usb);
-    }
-    QVERIFY(!chips.isEmpty() && !chips.join(u' ').contains(u'*'));
-    QCOMPARE(opened, chips);
-}
-
-void CameraKind::withoutAnEntryAbilitiesDecide_data()
-{
-    QTest::addColumn<QList<BWResolution>>("sizes");
-    QTest::addColumn<QString>("driver");
-    QTest::addColumn<bool>("norms");
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<bool>("bridgeChip");
-    using Sizes = QList<BWResolution>;
-    const QString regular = u"regular_microscope"_s;
-    const QString high = u"high_resolution_microscope"_s;
-    const QString ultra = u"ultra_resolution_microscope"_s;
-    const QString wireless = u"receptor_wireless_microscope"_s;
-    QTest::newRow("VGA") << Sizes{{640, 480}} << u"uvcvideo"_s << false << regular << false;
-    QTest::newRow("just below high") << Sizes{{1280, 960}} << u"uvcvideo"_s << false << regular << false;
-    QTest::newRow("just high") << Sizes{{640, 480}, {1280, 1024}} << u"uvcvideo"_s << false << high << false;
-    QTest::newRow("just below ultra") << Sizes{{2560, 1920}} << u"uvcvideo"_s << false << high << false;
-    QTest::newRow("just ultra") << Sizes{{2592, 1944}, {640, 480}} << u"uvcvideo"_s << false << ultra << false;
-    QTest::newRow("receiver") << Sizes{{720, 576}} << u"em28xx"_s << true << wireless << true;
-    QTest::newRow("receiver, other chip") << Sizes{{720, 576}} << u"usbtv"_s << true << wireless << false;
-    QTest::newRow("bridge chip of a camera") << Sizes{{640, 480}} << u"em28xx"_s << false << regular << false;
-    QTest::newRow("no format we show") << Sizes{} << u"uvcvideo"_s << true << QString() << false;
-}
-
-void CameraKind::withoutAnEntryAbilitiesDecide()
-{
-    QFETCH(QList<BWResolution>, sizes);
-    QFETCH(QString, driver);
-    QFETCH(bool, norms);
-    QFETCH(QString, type);
-    QFETCH(bool, bridgeChip);
-    BWVideoAbilities abilities = capturing(sizes);
-    if (norms)
-        abilities.norms[1] = 0xff;
-    const BWVideoNode node = usbCamera(u"1234:5678"_s, u"Camera"_s, driver);
-    const BWCameraKind kind = BWCameraKind::of(node, abilities, nullptr);
-    QCOMPARE(kind.type, type);
-    QCOMPARE(kind.bridgeChip, bridgeChip);
-    QVERIFY(!kind.why.isEmpty());
-
-    BWCameraRule rule;
-    rule.type = u"dx20"_s;
-    QCOMPARE(BWCameraKind::of(node, abilities, &rule).type, type.isNull() ? QString() : u"dx20"_s);
-    rule.ignore = true;
-    QVERIFY(BWCameraKind::of(node, abilities, &rule).type.isNull());
-    abilities.captures = false;
-    QVERIFY(BWCameraKind::of(node, abilities, nullptr).type.isNull());
-}
-
-void CameraKind::describesTheOneDevice()
-{
-    BWVideoAbilities abilities = capturing({{1600, 1200}, {320, 240}, {1600, 1200}});
-    for (const int code : {int(BWSettingGain), int(BWSettingHue)}) {
-        BWVideoControl control;
-        control.info.identifier = code;
-        abilities.controls.push_back(control);
-    }
-    BWCameraKind kind;
-    kind.type = u"dx20"_s;
-    kind.bridgeChip = true;
-    kind.displayName = u"Bench 3"_s;
-    const BWCameraDescriptionPtr one = kind.describe(abilities, BWCameraDetector::supportedDescriptions());
-    QVERIFY(one);
-    QCOMPARE(one->name, u"Bench 3"_s);
-    QVERIFY(one->hasOwnName);
-    QCOMPARE(one->identifierForProducts, u"wired_ultra"_s);
-    QCOMPARE(one->availableResolutions, (QList<BWResolution>{{320, 240}, {1600, 1200}}));
-    QCOMPARE(one->acceptedSettings, (QList<int>{BWSettingHue, BWSettingGain}));
-    QVERIFY(one->isBridgeChip);
-    QVERIFY2(!kind.describe(abilities, {BWCameraDetector::descriptionForRegularMicroscope()}), "not looked for");
-}
-
-void CameraKind::cameraWithoutNodeIsNamed()
-{
-    SysfsTree tree;
-    const QString device = tree.addUsbDevice(
-        u"1.2"_s, {{u"idVendor"_s, u"1234"_s}, {u"idProduct"_s, u"00ab"_s}, {u"product"_s, u"Pen Scope"_s}});
-    const QString interface = tree.addInterface(device, u"1.2"_s, u"none"_s);
-    QFile::remove(interface + "/driver"_L1);
-    tree.write(interface + "/bInterfaceClass"_L1, u"0e"_s);
-    tree.write(interface + "/bInterfaceSubClass"_L1, u"01"_s);
-    const auto node = BWVideoNodeReader::readInterface(interface);
-    QVERIFY(node);
-    QCOMPARE(node->name, u"Pen Scope"_s);
-    QVERIFY(node->driver.isNull());
-    const auto nameBy = [this, &node](const QString &entries) {
-        const QList<BWCameraDescriptionPtr> types{BWCameraDetector::descriptionForRegularMicroscope()};
-        return BWCameraMaker(table({u"{\"cameras\": [%1]}"_s.arg(entries)}), types).nameOf(*node);
-    };
-    QCOMPARE(nameBy({}), u"Pen Scope"_s);
-    QCOMPARE(nameBy(uR"({"usb": "1234:00ab", "displayName": "Bench 3"})"_s), u"Bench 3"_s);
-}
-
-void CameraKind::nodeIsReadFromSysfs()
-{
-    SysfsTree tree;
-    const QString device = tree.addUsbDevice(
-        u"1.2"_s,
-        {{u"idVendor"_s, u"EB1A"_s}, {u"idProduct"_s, u"2761"_s}, {u"serial"_s, u"SN 7"_s}, {u"devnum"_s, u"14"_s}});
-    const QString second = tree.addInterface(device, u"1.2"_s, u"uvcvideo"_s);
-    const auto node = BWVideoNodeReader::read(tree.addVideoNode(second, 5, 1, u"Lens: Lens"_s));
-    QVERIFY(node);
-    QCOMPARE(node->path, "/dev/video5"_qba);
-    QCOMPARE(node->name, u"Lens: Lens"_s);
-    QCOMPARE(node->index, 1);
-    QCOMPARE(node->driver, u"uvcvideo"_s);
-    QCOMPARE(node->usbDevice, 14);
-    QCOMPARE(node->identity(), u"eb1a:2761 SN 7 if2"_s);
-    tree.write(device + "/serial"_L1, {});
-    QCOMPARE(BWVideoNodeReader::read(tree.addVideoNode(second, 6, 0, u"Lens"_s))->identity(),
-             u"eb1a:2761 usb-0000:00:14.0-1.2 if2"_s);
-
-    const QString platform = tree.root() + "/devices/platform/tuner.0"_L1;
-    const auto other = BWVideoNodeReader::read(tree.addVideoNode(platform, 7, 0, u"tuner-1"_s));
-    QVERIFY(other && other->usbId.isNull());
-    QCOMPARE(other->port, u"tuner.0 tuner-1"_s);
-    tree.write(platform + "/video4linux/radio0/uevent"_L1, u"DEVNAME=radio0"_s);
-    QVERIFY2(!BWVideoNodeReader::read(platform + "/video4linux/radio0"_L1), "a radio");
-    QVERIFY2(!BWVideoNodeReader::read(platform + "/video4linux/video9"_L1), "gone");
-}
 
 QTEST_GUILESS_MAIN(CameraKind)
 #include "tst_CameraKind.moc"

@@ -15,77 +15,73 @@ class DeviceLookups : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void namesTheProgramThatHoldsADevice();
-    void namesTheOneThatStreamsFirst();
-    void findsTheButtonOfTheSameCamera();
-};
+    void namesTheProgramThatHoldsADevice()
+    {
+        const QByteArray node = "/dev/full"; // which nobody else holds
+        const int own = ::open(node.constData(), O_RDWR | O_CLOEXEC);
+        QVERIFY(own >= 0);
+        QVERIFY2(BWDeviceHolder::programHolding(node).isNull(), "our own process holds it, and nobody else");
 
-void DeviceLookups::namesTheProgramThatHoldsADevice()
-{
-    const QByteArray node = "/dev/full"; // which nobody else holds
-    const int own = ::open(node.constData(), O_RDWR | O_CLOEXEC);
-    QVERIFY(own >= 0);
-    QVERIFY2(BWDeviceHolder::programHolding(node).isNull(), "our own process holds it, and nobody else");
-
-    QProcess other;
-    other.setStandardInputFile(QString::fromLatin1(node));
-    other.start(u"sleep"_s, {u"60"_s});
-    QVERIFY(other.waitForStarted());
-    QTRY_COMPARE(BWDeviceHolder::programHolding(node), u"sleep"_s);
-    other.kill();
-    QVERIFY(other.waitForFinished());
-    QVERIFY(BWDeviceHolder::programHolding(node).isNull());
-    QVERIFY(BWDeviceHolder::programHolding("/dev/no-such-node").isNull());
-    ::close(own);
-}
-
-void DeviceLookups::namesTheOneThatStreamsFirst()
-{
-    QProcess open;
-    open.setStandardInputFile(u"/dev/zero"_s);
-    open.start(u"sleep"_s, {u"60"_s});
-    QVERIFY(open.waitForStarted());
-    QTRY_COMPARE(BWDeviceHolder::programHolding("/dev/zero"), u"sleep"_s);
-
-    QProcess streaming;
-    streaming.setStandardInputFile(u"/dev/zero"_s);
-    streaming.start(u"python3"_s,
-                    {u"-c"_s,
-                     u"import mmap,time\nbuffer = mmap.mmap(0, 4096, flags=mmap.MAP_PRIVATE)\n"
-                     "print('mapped', flush=True)\ntime.sleep(60)"_s});
-    QVERIFY(streaming.waitForReadyRead());
-    QVERIFY(BWDeviceHolder::programHolding("/dev/zero").startsWith(u"python3"_s));
-    for (QProcess *process : {&open, &streaming}) {
-        process->kill();
-        process->waitForFinished();
+        QProcess other;
+        other.setStandardInputFile(QString::fromLatin1(node));
+        other.start(u"sleep"_s, {u"60"_s});
+        QVERIFY(other.waitForStarted());
+        QTRY_COMPARE(BWDeviceHolder::programHolding(node), u"sleep"_s);
+        other.kill();
+        QVERIFY(other.waitForFinished());
+        QVERIFY(BWDeviceHolder::programHolding(node).isNull());
+        QVERIFY(BWDeviceHolder::programHolding("/dev/no-such-node").isNull());
+        ::close(own);
     }
-}
 
-void DeviceLookups::findsTheButtonOfTheSameCamera()
-{
-    // Bit 212 (KEY_CAMERA) alone, and a keyboard's many keys without it.
-    const QString cameraKey = u"100000 0 0 0"_s;
-    const QString otherKeys = u"ffffffff00000000 0 3ffffffff fffffffffffffffe"_s;
-    SysfsTree tree;
-    const QString hub = tree.addUsbDevice(u"1"_s, {{u"idVendor"_s, u"05e3"_s}});
-    tree.write(hub + "/1-1:1.0/input/input3/capabilities/key"_L1, cameraKey);
-    tree.write(hub + "/1-1:1.0/input/input3/event3/dev"_L1, u"13:67"_s);
-    const QString camera = tree.addUsbDevice(u"1.2"_s, {{u"idVendor"_s, u"eb1a"_s}});
-    const QString interface = tree.addInterface(camera, u"1.0"_s, u"uvcvideo"_s);
-    const QString node = tree.addVideoNode(interface, 0, 0, u"Camera"_s);
+    void namesTheOneThatStreamsFirst()
+    {
+        QProcess open;
+        open.setStandardInputFile(u"/dev/zero"_s);
+        open.start(u"sleep"_s, {u"60"_s});
+        QVERIFY(open.waitForStarted());
+        QTRY_COMPARE(BWDeviceHolder::programHolding("/dev/zero"), u"sleep"_s);
 
-    QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()).isNull(), "the hub's button is another one's");
-    tree.write(camera + "/1-1.2:1.2/input/input4/capabilities/key"_L1, otherKeys);
-    tree.write(camera + "/1-1.2:1.2/input/input4/event4/dev"_L1, u"13:68"_s);
-    QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()).isNull(), "has no camera key");
-    tree.write(camera + "/1-1.2:1.1/input/input5/capabilities/key"_L1, cameraKey);
-    tree.write(camera + "/1-1.2:1.1/input/input5/event9/dev"_L1, u"13:73"_s);
-    QCOMPARE(BWButtonFinder::eventNode(node.toUtf8()), "/dev/input/event9"_qba);
-    tree.write(interface + "/input/input6/capabilities/key"_L1, cameraKey);
-    tree.write(interface + "/input/input6/event2/dev"_L1, u"13:66"_s);
-    QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()) == "/dev/input/event2", "that of the camera's own interface");
-    QVERIFY(BWButtonFinder::eventNode("/sys/no/such/folder").isNull());
-}
+        QProcess streaming;
+        streaming.setStandardInputFile(u"/dev/zero"_s);
+        streaming.start(u"python3"_s,
+                        {u"-c"_s,
+                         u"import mmap,time\nbuffer = mmap.mmap(0, 4096, flags=mmap.MAP_PRIVATE)\n"
+                         "print('mapped', flush=True)\ntime.sleep(60)"_s});
+        QVERIFY(streaming.waitForReadyRead());
+        QVERIFY(BWDeviceHolder::programHolding("/dev/zero").startsWith(u"python3"_s));
+        for (QProcess *process : {&open, &streaming}) {
+            process->kill();
+            process->waitForFinished();
+        }
+    }
+
+    void findsTheButtonOfTheSameCamera()
+    {
+        // Bit 212 (KEY_CAMERA) alone, and a keyboard's many keys without it.
+        const QString cameraKey = u"100000 0 0 0"_s;
+        const QString otherKeys = u"ffffffff00000000 0 3ffffffff fffffffffffffffe"_s;
+        SysfsTree tree;
+        const QString hub = tree.addUsbDevice(u"1"_s, {{u"idVendor"_s, u"05e3"_s}});
+        tree.write(hub + "/1-1:1.0/input/input3/capabilities/key"_L1, cameraKey);
+        tree.write(hub + "/1-1:1.0/input/input3/event3/dev"_L1, u"13:67"_s);
+        const QString camera = tree.addUsbDevice(u"1.2"_s, {{u"idVendor"_s, u"eb1a"_s}});
+        const QString interface = tree.addInterface(camera, u"1.0"_s, u"uvcvideo"_s);
+        const QString node = tree.addVideoNode(interface, 0, 0, u"Camera"_s);
+
+        QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()).isNull(), "the hub's button is another one's");
+        tree.write(camera + "/1-1.2:1.2/input/input4/capabilities/key"_L1, otherKeys);
+        tree.write(camera + "/1-1.2:1.2/input/input4/event4/dev"_L1, u"13:68"_s);
+        QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()).isNull(), "has no camera key");
+        tree.write(camera + "/1-1.2:1.1/input/input5/capabilities/key"_L1, cameraKey);
+        tree.write(camera + "/1-1.2:1.1/input/input5/event9/dev"_L1, u"13:73"_s);
+        QCOMPARE(BWButtonFinder::eventNode(node.toUtf8()), "/dev/input/event9"_qba);
+        tree.write(interface + "/input/input6/capabilities/key"_L1, cameraKey);
+        tree.write(interface + "/input/input6/event2/dev"_L1, u"13:66"_s);
+        QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()) == "/dev/input/event2", "that of the camera's own interface");
+        QVERIFY(BWButtonFinder::eventNode("/sys/no/such/folder").isNull());
+    }
+};
 
 QTEST_GUILESS_MAIN(DeviceLookups)
 #include "tst_DeviceLookups.moc"

@@ -101,194 +101,185 @@ class NodeTracker : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void waitsForUdevAndReportsOnce();
-    void waitsUntilItMayBeOpened();
-    void loggedOnceAndStillPickedUp();
-    void oldEventsAreTold();
-    void camerasThatSwapNodesAreToldApart();
-    void camerasWithOneSerialNumberAreToldApart();
-    void interfaceIsPendingUntilItsNodeComes();
-    void lostEventsAreMadeUpFor();
+    void waitsForUdevAndReportsOnce()
+    {
+        Computer computer;
+        computer.kernelAdds(Computer::node(0, u"A"_s));
+        computer.kernelAdds(Computer::node(1, u"A"_s, 1)); // metadata
+        computer.pass(1s);
+        QVERIFY(computer.pending());
+        QCOMPARE(computer.openings, 0);
+        Computer withoutUdev(false);
+        withoutUdev.kernelAdds(Computer::node(0, u"A"_s));
+        withoutUdev.pass();
+        QVERIFY2(withoutUdev.events.size() == 1, "nobody to wait for");
+
+        computer.udevAdds(Computer::node(0, u"A"_s));
+        computer.udevAdds(Computer::node(1, u"A"_s, 1));
+        computer.udevAdds(Computer::node(0, u"A"_s));
+        computer.tracker().nodeAppeared(Computer::node(0, u"A"_s), true, 0, computer.now()); // found there as well
+        computer.pass(1s);
+        QCOMPARE(computer.events, QStringList{u"+1234:5678 A"_s});
+        QCOMPARE(computer.openings, 1);
+        QVERIFY(!computer.pending());
+        QVERIFY2(!computer.tracker().nextTime(), "nothing to wake up for");
+
+        computer.remove(Computer::node(0, u"A"_s));
+        computer.remove(Computer::node(0, u"A"_s));
+        QCOMPARE(computer.events.size(), 2);
+    }
+
+    void waitsUntilItMayBeOpened()
+    {
+        Computer computer;
+        computer.errors["/dev/video0"] = EACCES;
+        computer.add(Computer::node(0, u"A"_s));
+        computer.pass(100ms);
+        QVERIFY(computer.events.isEmpty());
+        QVERIFY(computer.pending());
+
+        computer.errors.clear();
+        computer.tracker().accessChanged("/dev/video1", computer.now());
+        computer.tracker().advance(computer.now());
+        QVERIFY2(computer.events.isEmpty(), "another node's permissions");
+        computer.tracker().accessChanged("/dev/video0", computer.now());
+        computer.tracker().advance(computer.now());
+        QCOMPARE(computer.events.size(), 1);
+    }
+
+    void loggedOnceAndStillPickedUp()
+    {
+        Computer computer;
+        computer.errors["/dev/video0"] = EPERM;
+        computer.add(Computer::node(0, u"A"_s));
+        computer.pass(9900ms);
+        QVERIFY(computer.pending());
+        QVERIFY(computer.tracker().blocked().isEmpty());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Lens cannot be used.*container"_s));
+        computer.pass(200ms);
+        QVERIFY(!computer.pending());
+        const QList<BWBlockedCamera> blocked{{u"Lens"_s, {BWStartProblem::Kind::NoPermission}}};
+        QCOMPARE(computer.tracker().blocked(), blocked);
+
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        computer.pass(60s);
+        QVERIFY2(computer.openings < 80, "tries with patience");
+        computer.errors.clear();
+        computer.pass(6s);
+        QCOMPARE(computer.events.size(), 1);
+        QVERIFY(computer.tracker().blocked().isEmpty());
+    }
+
+    void oldEventsAreTold()
+    {
+        // Plugged in, out, and in again at the same place before udev has done anything.
+        Computer computer;
+        const BWVideoNode node = Computer::node(0, u"A"_s);
+        computer.kernelAdds(node);
+        const quint64 first = computer.sequence();
+        computer.remove(node);
+        computer.tracker().nodeAppeared(node, true, first, computer.now());
+        computer.pass();
+        QVERIFY2(computer.events.isEmpty() && !computer.pending(), "it is gone already");
+
+        computer.kernelAdds(node);
+        computer.tracker().gone(node.sysPath, first + 1);
+        QVERIFY2(computer.pending(), "the one that went is not this one");
+        computer.udevAdds(node);
+        computer.pass();
+        computer.tracker().gone(node.sysPath, first + 1);
+        QCOMPARE(computer.events.size(), 1);
+    }
+
+    void camerasThatSwapNodesAreToldApart()
+    {
+        Computer computer;
+        computer.add(Computer::node(0, u"A"_s));
+        computer.add(Computer::node(2, u"B"_s));
+        computer.pass();
+        const BWDetectedCameraPtr first = computer.found.value(0);
+        computer.remove(Computer::node(0, u"A"_s));
+        computer.remove(Computer::node(2, u"B"_s));
+        computer.add(Computer::node(0, u"B"_s));
+        computer.add(Computer::node(2, u"A"_s));
+        QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"/dev/video0.*came back.*/dev/video2"_s));
+        QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"/dev/video2.*came back.*/dev/video0"_s));
+        computer.pass();
+        QVERIFY2(!computer.found.contains(first), "a camera that comes back is a new device");
+        computer.remove(Computer::node(0, u"B"_s));
+        const QString a = u"1234:5678 A"_s;
+        const QString b = u"1234:5678 B"_s;
+        QCOMPARE(computer.events, (QStringList{u'+' + a, u'+' + b, u'-' + a, u'-' + b, u'+' + b, u'+' + a, u'-' + b}));
+    }
+
+    void camerasWithOneSerialNumberAreToldApart()
+    {
+        Computer computer;
+        for (const int number : {0, 2, 4})
+            computer.add(Computer::node(number, u"0001"_s));
+        computer.pass();
+        QSet<QString> identifiers;
+        for (const BWDetectedCameraPtr &camera : qAsConst(computer.found))
+            identifiers.insert(camera->uniqueIdentifier());
+        QCOMPARE(identifiers.size(), 3);
+    }
+
+    void interfaceIsPendingUntilItsNodeComes()
+    {
+        Computer computer;
+        BWVideoNode interface;
+        interface.sysPath = "/sys/usb1/1-1/1-1:1.0";
+        interface.usbId = u"1234:5678"_s;
+        computer.tracker().interfaceAppeared(interface, computer.now());
+        computer.pass(5s);
+        QVERIFY(computer.pending());
+        computer.add(Computer::node(0, u"A"_s));
+        computer.pass();
+        QVERIFY(!computer.pending());
+        QCOMPARE(computer.openings, 1);
+
+        interface.sysPath = "/sys/usb1/1-2/1-2:1.0";
+        computer.tracker().interfaceAppeared(interface, computer.now());
+        computer.tracker().gone(interface.sysPath, computer.sequence() + 1);
+        QVERIFY(!computer.pending());
+        computer.tracker().interfaceAppeared(interface, computer.now());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"1234:5678.*no video node.*modprobe"_s));
+        computer.pass(30s);
+        QVERIFY(!computer.pending());
+
+        using Kind = BWStartProblem::Kind;
+        QCOMPARE(computer.tracker().blocked(), (QList<BWBlockedCamera>{{u"USB 1234:5678"_s, {Kind::NoDriver}}}));
+        interface.driver = u"usbfs"_s; // a program has taken it
+        computer.tracker().interfaceAppeared(interface, computer.now());
+        QCOMPARE(computer.tracker().blocked().value(0).problem.kind, Kind::InUse);
+        interface.driver = u"uvcvideo"_s;
+        computer.tracker().interfaceAppeared(interface, computer.now());
+        QCOMPARE(computer.tracker().blocked().value(0).problem.kind, Kind::Failed);
+
+        interface.sysPath = "/sys/usb1/1-3/1-3:1.0";
+        interface.name = u"Pen Scope"_s;
+        computer.tracker().interfaceAppeared(interface, computer.now());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Pen Scope.*plug it in again"_s));
+        computer.pass(30s);
+        QCOMPARE(computer.tracker().blocked().value(1).name, u"Pen Scope"_s);
+    }
+
+    void lostEventsAreMadeUpFor()
+    {
+        Computer computer;
+        computer.add(Computer::node(0, u"A"_s));
+        computer.add(Computer::node(2, u"B"_s));
+        computer.pass();
+        computer.tracker().keepOnly({Computer::node(0, u"A"_s).sysPath});
+        QCOMPARE(computer.events.mid(2), QStringList{u"-1234:5678 B"_s});
+
+        BWVideoNode other = Computer::node(0, u"C"_s); // plugged in where A was
+        other.usbDevice = 7;
+        computer.tracker().nodeAppeared(other, true, 0, computer.now());
+        computer.pass();
+        QCOMPARE(computer.events.mid(3), (QStringList{u"-1234:5678 A"_s, u"+1234:5678 C"_s}));
+    }
 };
-
-void NodeTracker::waitsForUdevAndReportsOnce()
-{
-    Computer computer;
-    computer.kernelAdds(Computer::node(0, u"A"_s));
-    computer.kernelAdds(Computer::node(1, u"A"_s, 1)); // metadata
-    computer.pass(1s);
-    QVERIFY(computer.pending());
-    QCOMPARE(computer.openings, 0);
-    Computer withoutUdev(false);
-    withoutUdev.kernelAdds(Computer::node(0, u"A"_s));
-    withoutUdev.pass();
-    QVERIFY2(withoutUdev.events.size() == 1, "nobody to wait for");
-
-    computer.udevAdds(Computer::node(0, u"A"_s));
-    computer.udevAdds(Computer::node(1, u"A"_s, 1));
-    computer.udevAdds(Computer::node(0, u"A"_s));
-    computer.tracker().nodeAppeared(Computer::node(0, u"A"_s), true, 0, computer.now()); // found there as well
-    computer.pass(1s);
-    QCOMPARE(computer.events, QStringList{u"+1234:5678 A"_s});
-    QCOMPARE(computer.openings, 1);
-    QVERIFY(!computer.pending());
-    QVERIFY2(!computer.tracker().nextTime(), "nothing to wake up for");
-
-    computer.remove(Computer::node(0, u"A"_s));
-    computer.remove(Computer::node(0, u"A"_s));
-    QCOMPARE(computer.events.size(), 2);
-}
-
-void NodeTracker::waitsUntilItMayBeOpened()
-{
-    Computer computer;
-    computer.errors["/dev/video0"] = EACCES;
-    computer.add(Computer::node(0, u"A"_s));
-    computer.pass(100ms);
-    QVERIFY(computer.events.isEmpty());
-    QVERIFY(computer.pending());
-
-    computer.errors.clear();
-    computer.tracker().accessChanged("/dev/video1", computer.now());
-    computer.tracker().advance(computer.now());
-    QVERIFY2(computer.events.isEmpty(), "another node's permissions");
-    computer.tracker().accessChanged("/dev/video0", computer.now());
-    computer.tracker().advance(computer.now());
-    QCOMPARE(computer.events.size(), 1);
-}
-
-void NodeTracker::loggedOnceAndStillPickedUp()
-{
-    Computer computer;
-    computer.errors["/dev/video0"] = EPERM;
-    computer.add(Computer::node(0, u"A"_s));
-    computer.pass(9900ms);
-    QVERIFY(computer.pending());
-    QVERIFY(computer.tracker().blocked().isEmpty());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Lens cannot be used.*container"_s));
-    computer.pass(200ms);
-    QVERIFY(!computer.pending());
-    const QList<BWBlockedCamera> blocked{{u"Lens"_s, {BWStartProblem::Kind::NoPermission}}};
-    QCOMPARE(computer.tracker().blocked(), blocked);
-
-    QTest::failOnWarning(QRegularExpression(u".*"_s));
-    computer.pass(60s);
-    QVERIFY2(computer.openings < 80, "tries with patience");
-    computer.errors.clear();
-    computer.pass(6s);
-    QCOMPARE(computer.events.size(), 1);
-    QVERIFY(computer.tracker().blocked().isEmpty());
-}
-
-void NodeTracker::oldEventsAreTold()
-{
-    // Plugged in, out, and in again at the same place before udev has done anything.
-    Computer computer;
-    const BWVideoNode node = Computer::node(0, u"A"_s);
-    computer.kernelAdds(node);
-    const quint64 first = computer.sequence();
-    computer.remove(node);
-    computer.tracker().nodeAppeared(node, true, first, computer.now());
-    computer.pass();
-    QVERIFY2(computer.events.isEmpty() && !computer.pending(), "it is gone already");
-
-    computer.kernelAdds(node);
-    computer.tracker().gone(node.sysPath, first + 1);
-    QVERIFY2(computer.pending(), "the one that went is not this one");
-    computer.udevAdds(node);
-    computer.pass();
-    computer.tracker().gone(node.sysPath, first + 1);
-    QCOMPARE(computer.events.size(), 1);
-}
-
-void NodeTracker::camerasThatSwapNodesAreToldApart()
-{
-    Computer computer;
-    computer.add(Computer::node(0, u"A"_s));
-    computer.add(Computer::node(2, u"B"_s));
-    computer.pass();
-    const BWDetectedCameraPtr first = computer.found.value(0);
-    computer.remove(Computer::node(0, u"A"_s));
-    computer.remove(Computer::node(2, u"B"_s));
-    computer.add(Computer::node(0, u"B"_s));
-    computer.add(Computer::node(2, u"A"_s));
-    QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"/dev/video0.*came back.*/dev/video2"_s));
-    QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"/dev/video2.*came back.*/dev/video0"_s));
-    computer.pass();
-    QVERIFY2(!computer.found.contains(first), "a camera that comes back is a new device");
-    computer.remove(Computer::node(0, u"B"_s));
-    const QString a = u"1234:5678 A"_s;
-    const QString b = u"1234:5678 B"_s;
-    QCOMPARE(computer.events, (QStringList{u'+' + a, u'+' + b, u'-' + a, u'-' + b, u'+' + b, u'+' + a, u'-' + b}));
-}
-
-void NodeTracker::camerasWithOneSerialNumberAreToldApart()
-{
-    Computer computer;
-    for (const int number : {0, 2, 4})
-        computer.add(Computer::node(number, u"0001"_s));
-    computer.pass();
-    QSet<QString> identifiers;
-    for (const BWDetectedCameraPtr &camera : qAsConst(computer.found))
-        identifiers.insert(camera->uniqueIdentifier());
-    QCOMPARE(identifiers.size(), 3);
-}
-
-void NodeTracker::interfaceIsPendingUntilItsNodeComes()
-{
-    Computer computer;
-    BWVideoNode interface;
-    interface.sysPath = "/sys/usb1/1-1/1-1:1.0";
-    interface.usbId = u"1234:5678"_s;
-    computer.tracker().interfaceAppeared(interface, computer.now());
-    computer.pass(5s);
-    QVERIFY(computer.pending());
-    computer.add(Computer::node(0, u"A"_s));
-    computer.pass();
-    QVERIFY(!computer.pending());
-    QCOMPARE(computer.openings, 1);
-
-    interface.sysPath = "/sys/usb1/1-2/1-2:1.0";
-    computer.tracker().interfaceAppeared(interface, computer.now());
-    computer.tracker().gone(interface.sysPath, computer.sequence() + 1);
-    QVERIFY(!computer.pending());
-    computer.tracker().interfaceAppeared(interface, computer.now());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"1234:5678.*no video node.*modprobe"_s));
-    computer.pass(30s);
-    QVERIFY(!computer.pending());
-
-    using Kind = BWStartProblem::Kind;
-    QCOMPARE(computer.tracker().blocked(), (QList<BWBlockedCamera>{{u"USB 1234:5678"_s, {Kind::NoDriver}}}));
-    interface.driver = u"usbfs"_s; // a program has taken it
-    computer.tracker().interfaceAppeared(interface, computer.now());
-    QCOMPARE(computer.tracker().blocked().value(0).problem.kind, Kind::InUse);
-    interface.driver = u"uvcvideo"_s;
-    computer.tracker().interfaceAppeared(interface, computer.now());
-    QCOMPARE(computer.tracker().blocked().value(0).problem.kind, Kind::Failed);
-
-    interface.sysPath = "/sys/usb1/1-3/1-3:1.0";
-    interface.name = u"Pen Scope"_s;
-    computer.tracker().interfaceAppeared(interface, computer.now());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Pen Scope.*plug it in again"_s));
-    computer.pass(30s);
-    QCOMPARE(computer.tracker().blocked().value(1).name, u"Pen Scope"_s);
-}
-
-void NodeTracker::lostEventsAreMadeUpFor()
-{
-    Computer computer;
-    computer.add(Computer::node(0, u"A"_s));
-    computer.add(Computer::node(2, u"B"_s));
-    computer.pass();
-    computer.tracker().keepOnly({Computer::node(0, u"A"_s).sysPath});
-    QCOMPARE(computer.events.mid(2), QStringList{u"-1234:5678 B"_s});
-
-    BWVideoNode other = Computer::node(0, u"C"_s); // plugged in where A was
-    other.usbDevice = 7;
-    computer.tracker().nodeAppeared(other, true, 0, computer.now());
-    computer.pass();
-    QCOMPARE(computer.events.mid(3), (QStringList{u"-1234:5678 A"_s, u"+1234:5678 C"_s}));
-}
 
 QTEST_GUILESS_MAIN(NodeTracker)
 #include "tst_NodeTracker.moc"
