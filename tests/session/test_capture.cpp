@@ -172,7 +172,7 @@ private Q_SLOTS:
         QCOMPARE(m_saved,
                  QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s, u"20240607_image_003.jpg"_s}));
         const QString path = inAlbum(u"20240607_image_003.jpg"_s);
-        QCOMPARE(pictureIn(path), m_lastFrame);
+        QCOMPARE(pictureIn(path), lastFrame());
         QProcess exiftool;
         exiftool.start(u"exiftool"_s, {u"-j"_s, u"-validate"_s, u"-all"_s, path});
         QVERIFY(exiftool.waitForFinished());
@@ -202,7 +202,7 @@ private Q_SLOTS:
         BWCaptureController::forceSnapshot(m_camera);
         captureFrame();
         QTRY_COMPARE(m_saved.size(), 2);
-        QCOMPARE(pictureIn(inAlbum(u"20240607_image_002.jpg"_s)), m_lastFrame);
+        QCOMPARE(pictureIn(inAlbum(u"20240607_image_002.jpg"_s)), lastFrame());
     }
 
     void theButtonAsAKey()
@@ -405,7 +405,7 @@ private Q_SLOTS:
             const QString uuid = u"00000000-0000-0000-0000-00000000000%1"_s.arg(QLatin1Char(digit));
             return QStringLiteral("%1/brimwellpro-%2.%3").arg(m_temporary, uuid, QLatin1String(ending));
         };
-        const QByteArray jpeg = m_lastFrame;
+        const QByteArray jpeg = lastFrame();
         put(named('1', "mov"), contentOf(growing)); // as a killed program leaves it
         put(named('2', "jpg"), jpeg);
         put(named('3', "jpg"), "another");
@@ -485,6 +485,12 @@ private:
         const auto goOn = std::make_shared<QSemaphore>();
         m_camera->setResolution(m_camera->defaultResolution(), [goOn] { goOn->acquire(); });
         return {nullptr, [goOn](void *) { goOn->release(); }};
+    }
+    /// Only when the camera's thread is through with it.
+    QByteArray lastFrame()
+    {
+        settle();
+        return m_lastFrame;
     }
     void captureFrame()
     {
