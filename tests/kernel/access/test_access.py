@@ -9,24 +9,16 @@ import fcntl
 import struct
 import subprocess
 import sys
-import time
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "usbcamera"))
+HERE = Path(__file__).resolve().parent
+sys.path[:0] = [str(HERE.parents[1] / "e2e"), str(HERE.parent / "usbcamera")]
 from client import UsbCameras  # noqa: E402
+from desktop import wait_until  # noqa: E402
 
 CHIP_REGISTERS, RULES = None, None
 NOBODY = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
-
-
-def wait_until(what, condition, seconds=20):
-    end = time.monotonic() + seconds
-    while not (answer := condition()):
-        if time.monotonic() > end:
-            raise AssertionError(f"not within {seconds} s: {what}")
-        time.sleep(0.02)
-    return answer
 
 
 def usb_device(serial):

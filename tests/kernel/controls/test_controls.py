@@ -23,6 +23,15 @@ NAMES = {0: "hue", 1: "contrast", 2: "saturation", 3: "brightness", 4: "sharpnes
 
 
 class Controls(unittest.TestCase):
+    def start_program(self):
+        self.process = subprocess.Popen([PROGRAM, TABLE], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                        bufsize=1)
+        self.assertEqual(self.process.stdout.readline().strip(), "ready")
+
+    def end_program(self):
+        self.process.stdin.close()
+        self.assertEqual(self.process.wait(30), 0)
+
     def ask(self, line):
         self.process.stdin.write(line + "\n")
         return self.process.stdout.readline().strip()
@@ -35,9 +44,7 @@ class Controls(unittest.TestCase):
 
     def try_all(self, node, expected_codes):
         self.node = node
-        self.process = subprocess.Popen([PROGRAM, TABLE], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                        bufsize=1)
-        self.assertEqual(self.process.stdout.readline().strip(), "ready")
+        self.start_program()
         ranges = {int(code): (int(low), int(high)) for code, low, high in
                   (entry.split(":") for entry in self.ask("codes").split())}
         self.assertLessEqual(expected_codes, set(ranges))
@@ -62,8 +69,7 @@ class Controls(unittest.TestCase):
             with self.subTest(node=node, size=size):
                 self.assertEqual(self.ask(f"size {size}"), size)
                 self.assertIn(size.replace("x", "/"), self.ctl("--get-fmt-video"))
-        self.process.stdin.close()
-        self.assertEqual(self.process.wait(30), 0)
+        self.end_program()
 
     def test_usb_camera(self):
         with UsbCameras() as cameras:
@@ -83,14 +89,11 @@ class Controls(unittest.TestCase):
                 cameras(f"plug {name}")
             for name in ("one", "two"):
                 wait_until("a node", lambda: list(Path("/dev/v4l/by-id").glob(f"*_{name}-video-index0")), 60)
-            self.process = subprocess.Popen([PROGRAM, TABLE], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                            bufsize=1)
-            self.assertEqual(self.process.stdout.readline().strip(), "ready")
+            self.start_program()
             counts = wait_until("both deliver", lambda: min(found := [int(word) for word in self.ask("frames").split()])
                                 > 10 and found, 60)
             self.assertEqual(len(counts), 2)
-            self.process.stdin.close()
-            self.assertEqual(self.process.wait(30), 0)
+            self.end_program()
         time.sleep(1)
 
     def start_vivid(self):
@@ -110,17 +113,14 @@ class Norms(Controls):
 
     def test_vivid(self):
         self.node = self.start_vivid()
-        self.process = subprocess.Popen([PROGRAM, TABLE], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                        bufsize=1)
-        self.assertEqual(self.process.stdout.readline().strip(), "ready")
+        self.start_program()
         for norm, name in ((1, "PAL"), (2, "SECAM"), (0, "NTSC"), (1, "PAL")):
             with self.subTest(name):
                 self.assertEqual(self.ask(f"set 13 {norm}"), str(norm))
                 self.assertIn(name, self.ctl("--get-standard"))
                 before = int(self.ask("frames"))
                 wait_until("it streams on", lambda: int(self.ask("frames")) > before + 3, 30)
-        self.process.stdin.close()
-        self.assertEqual(self.process.wait(30), 0)
+        self.end_program()
 
 
 def exposure_mode(ctl, value):
