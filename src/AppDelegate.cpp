@@ -246,7 +246,11 @@ BWQuitting::Steps AppDelegate::quittingSteps()
                 return camera && camera->recording();
             },
         .finishCaptures =
-            [this](std::function<void()> done) { m_repository.albumManager().whenAdded(std::move(done)); },
+            [this](std::function<void()> done) {
+                if (m_statusLine)
+                    m_statusLine->setProgress(m_texts.quitWaitsForCaptures); // until a copy tells how far it is
+                m_repository.albumManager().whenAdded(std::move(done));
+            },
         .mayLeaveCaptures =
             [this] { return BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage); },
         .leaveCaptures = [this] { m_repository.albumManager().abandonAdding(); },

@@ -51,6 +51,9 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         u"camera_window"_s, u"quit_while_saving_message"_s,
         u"Files of an album are still being saved elsewhere. If you quit now, they are not saved; the album "
         "keeps them."_s);
+    quitWaitsForCaptures =
+        manager.text(u"camera_window"_s, u"quit_waits_for_captures"_s,
+                     u"Waiting for a capture on its way into the album. Quit again to leave it to the next start."_s);
     quitAtOnceTitle = manager.text(u"camera_window"_s, u"quit_at_once_title"_s, u"Quit at once?"_s);
     quitAtOnceMessage =
         manager.text(u"camera_window"_s, u"quit_at_once_message"_s,

@@ -23,6 +23,7 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString homeNotUsableMessage;
     QString quitWhileSavingTitle;
     QString quitWhileSavingMessage;
+    QString quitWaitsForCaptures;
     QString quitAtOnceTitle;
     QString quitAtOnceMessage;
 };

@@ -239,6 +239,21 @@ class CameraWindow(unittest.TestCase):
         os.kill(self.program.pid, signal.SIGTERM)
         self.assertEqual(self.program.wait_for_end(), 0)
 
+    def test_quit_waits_for_captures(self):
+        self.settings.parent.mkdir(parents=True)
+        self.settings.write_text(f'[General]\nbwp2x_albums="[\\"{self.desktop.folder}/hanging/Album\\"]"\n')
+        self.desktop.environment["LD_PRELOAD"] = HANGING_DISK
+        self.start_with_picture()
+        self.program.click("push button", "Snapshot")
+        self.program.wait_for(None, "Snapshot saved")
+        self.desktop.key("ctrl+q")
+        self.program.wait_for(
+            None, "Waiting for a capture on its way into the album. Quit again to leave it to the next start.")
+        self.desktop.key("ctrl+q")
+        self.program.wait_for("label", "Quit at once?")
+        self.program.click("push button", "OK")
+        self.assertEqual(self.program.wait_for_end(30), 0)
+
     def test_quit_called_off(self):
         folder = self.desktop.folder / "hanging"
         folder.mkdir()
