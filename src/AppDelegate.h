@@ -1,14 +1,14 @@
 #pragma once
 
+#include "App/Start/BWAppTexts.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
-#include "BWAppTexts.h"
 #include "Model/BWApplicationDelegate.h"
-#include "Model/BWConfigManagerListener.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/Session/BWQuitting.h"
+#include "Model/Settings/BWConfigManagerListener.h"
 #include "Views/Utils/BWDialogFilePanels.h"
 
 #include <functional>

@@ -1,11 +1,11 @@
 #include "Model/BWRepository.h"
 
-#include "Model/BWAlbumManager.h"
+#include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWApplicationDelegate.h"
-#include "Model/BWConfigManager.h"
-#include "Model/BWLocalizationManager.h"
-#include "Model/BWSettingsFile.h"
 #include "Model/Import/BWOldSettingsImporter.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Settings/BWSettingsFile.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <optional>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "Views/BWCameraInUseAlert.h"
 
-#include "Model/BWLocalizationManager.h"
 #include "Model/Session/BWStartProblemText.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
 #include <QMap>

@@ -1,6 +1,6 @@
 #include "Views/BWNoCameraProductSheetWindowController.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
 
 #include <QAbstractItemView>

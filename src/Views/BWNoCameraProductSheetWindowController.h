@@ -2,8 +2,8 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
-#include "Model/BWCameraProduct.h"
-#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/Products/BWCameraProduct.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Views/Utils/BWSheet.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #include "Views/BWNoCameraSheetWindowController.h"
 
-#include "Model/BWLocalizationManager.h"
 #include "Model/Session/BWStartProblemText.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/BWPreparingView.h"
 

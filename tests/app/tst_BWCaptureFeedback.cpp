@@ -1,12 +1,12 @@
 #include "../settings/AttachedCameras.h"
-#include "BWCaptureFeedback.h"
-#include "BWStatusLine.h"
-#include "Model/BWLocalizationManager.h"
+#include "App/Capture/BWCaptureFeedback.h"
+#include "App/LiveView/BWStatusLine.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"
-#include "Views/BWControlBar.h"
-#include "Views/BWFlashActionViewController.h"
-#include "Views/BWStatusPill.h"
+#include "Views/MainWindow/BWControlBar.h"
+#include "Views/MainWindow/BWStatusPill.h"
+#include "Views/Utils/BWFlashActionViewController.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "BWRunningProgram.h"
+#include "App/Start/BWRunningProgram.h"
 
 #include <atomic>
 #include <csignal>

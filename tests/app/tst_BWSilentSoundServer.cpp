@@ -1,4 +1,4 @@
-#include "BWSnapshotSound.h"
+#include "App/Capture/BWSnapshotSound.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "../Rows.h"
-#include "BWSnapshotSound.h"
-#include "BWSoundDecoder.h"
+#include "App/Capture/BWSnapshotSound.h"
+#include "App/Capture/BWSoundDecoder.h"
 
 #include <atomic>
 #include <cmath>

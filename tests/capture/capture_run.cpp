@@ -4,10 +4,10 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
-#include "Model/BWAlbumManager.h"
-#include "Model/BWSettingsFile.h"
+#include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/Capture/BWCaptureRecovery.h"
+#include "Model/Settings/BWSettingsFile.h"
 
 #include <cstdio>
 #include <QCoreApplication>

@@ -1,5 +1,5 @@
 #include "BWACUDriver/BWDiskSpace.h"
-#include "BWMovieRecorder.h"
+#include "capture/BWMovieRecorder.h"
 #include "media/BWJpeg.h"
 #include "OpenedCamera.h"
 

@@ -1,5 +1,5 @@
 #include "BWACUDriver/BWMovieCompletion.h"
-#include "BWFrameInspector.h"
+#include "camera/BWFrameInspector.h"
 #include "OpenedCamera.h"
 
 #include <QTemporaryDir>

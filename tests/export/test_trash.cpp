@@ -1,4 +1,4 @@
-#include "Model/BWTrash.h"
+#include "Model/Albums/BWTrash.h"
 #include "TestFolder.h"
 
 #include <atomic>

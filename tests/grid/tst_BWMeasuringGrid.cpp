@@ -1,7 +1,7 @@
 #include "../Rows.h"
 #include "Model/LiveView/BWMeasuringGrid.h"
 #include "Model/LiveView/BWMeasuringGridTable.h"
-#include "Views/BWCenteringClipView.h"
+#include "Views/MainWindow/BWCenteringClipView.h"
 
 #include <algorithm>
 #include <limits>

@@ -3,8 +3,8 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCaptureDevice.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
-#include "Model/BWLocalizationManager.h"
-#include "Views/BWEMPIADebuggerWindowController.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Technician/BWEMPIADebuggerWindowController.h"
 
 #include <QElapsedTimer>
 #include <QLineEdit>

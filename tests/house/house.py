@@ -44,9 +44,7 @@ def layer_of(path):
         return "driver"
     if parts[0] != "src":
         return None
-    if len(parts) == 2:
-        return "main" if path.stem == "main" else "app"
-    return LAYER_OF_FOLDER.get(parts[1], "app")
+    return "main" if parts[1] == "main.cpp" else LAYER_OF_FOLDER.get(parts[1], "app")
 
 
 class House:

@@ -1,11 +1,11 @@
 #include "BWACUDriver/BWCameraSetting.h"
-#include "Model/BWAlbumManager.h"
-#include "Model/BWConfigManager.h"
+#include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
-#include "Model/BWSettingsFile.h"
 #include "Model/Import/BWOldSettingsFile.h"
 #include "Model/Import/BWOldSettingsImporter.h"
 #include "Model/Import/BWOldSettingsKeys.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 
 #include <QJsonArray>

@@ -1,7 +1,7 @@
 #include "../Rows.h"
-#include "Model/BWAlbumManager.h"
-#include "Model/BWFileNameOrder.h"
-#include "Model/BWSettingsFile.h"
+#include "Model/Albums/BWAlbumManager.h"
+#include "Model/Albums/BWFileNameOrder.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 
 #include <cerrno>

@@ -1,5 +1,5 @@
-#include "Model/BWAlbumContents.h"
-#include "Model/BWSettingsFile.h"
+#include "Model/Albums/BWAlbumContents.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 
 #include <QTest>

@@ -2,9 +2,9 @@
 #include "AbortCheck.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
-#include "Model/BWConfigManager.h"
-#include "Model/BWLocalizationManager.h"
-#include "Model/BWSettingsFile.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Settings/BWSettingsFile.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "TestFolder.h"
 
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
 #include "../Rows.h"
 #include "AbortCheck.h"
-#include "Model/BWConfigManager.h"
-#include "Model/BWSettingsFile.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Settings/BWSettingsFile.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -2,9 +2,9 @@
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
-#include "Model/BWConfigManager.h"
-#include "Model/BWSettingsFile.h"
 #include "Model/Session/BWCameraSession.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "NotingDevice.h"
 
 #include <map>

@@ -1,7 +1,7 @@
 #include "../Rows.h"
-#include "Model/BWLocalizationManager.h"
 #include "Model/Capture/BWCaptureNotice.h"
 #include "Model/Capture/BWRecordingProgress.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QTest>
 

@@ -1,5 +1,5 @@
 #include "../Rows.h"
-#include "Model/BWAlbum.h"
+#include "Model/Albums/BWAlbum.h"
 #include "Model/Capture/BWLeftCaptures.h"
 #include "Utils/BWPrivateFolder.h"
 #include "Utils/BWUIUtils.h"

@@ -1,12 +1,12 @@
 #include "../Rows.h"
 #include "AttachedCameras.h"
-#include "Model/BWLocalizationManager.h"
-#include "Views/BWHelpContact.h"
-#include "Views/BWKeyCaps.h"
-#include "Views/BWMainMenu.h"
-#include "Views/BWShortcutSection.h"
-#include "Views/BWSimpleHelpWindowController.h"
-#include "Views/BWSupportMail.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Help/BWHelpContact.h"
+#include "Views/Help/BWKeyCaps.h"
+#include "Views/Help/BWShortcutSection.h"
+#include "Views/Help/BWSimpleHelpWindowController.h"
+#include "Views/Help/BWSupportMail.h"
+#include "Views/MainWindow/BWMainMenu.h"
 
 #include <numeric>
 #include <QAction>

@@ -1,11 +1,11 @@
 #include "WindowFit.h"
 
 #include "Views/Albums/BWThumbnailNotice.h"
-#include "Views/BWFlashActionViewController.h"
-#include "Views/BWFlashPicture.h"
-#include "Views/BWKeyCaps.h"
-#include "Views/BWStatusPill.h"
+#include "Views/Help/BWKeyCaps.h"
+#include "Views/MainWindow/BWStatusPill.h"
 #include "Views/Utils/BWDoubleButtonHalf.h"
+#include "Views/Utils/BWFlashActionViewController.h"
+#include "Views/Utils/BWFlashPicture.h"
 #include "Views/Utils/BWLightTabBar.h"
 
 #include <algorithm>

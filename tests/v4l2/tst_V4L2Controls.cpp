@@ -1,4 +1,4 @@
-#include "BWCameraControls.h"
+#include "camera/BWCameraControls.h"
 #include "FakeCamera.h"
 
 #include "BWACUDriver/BWCameraSetting.h"

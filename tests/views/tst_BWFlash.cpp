@@ -1,6 +1,6 @@
 #include "../Rows.h"
-#include "Model/BWLocalizationManager.h"
-#include "Views/BWFlashActionViewController.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Utils/BWFlashActionViewController.h"
 
 #include <memory>
 #include <QCoreApplication>

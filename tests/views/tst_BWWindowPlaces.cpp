@@ -1,5 +1,5 @@
 #include "../Rows.h"
-#include "Model/BWSettingsFile.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Views/Utils/BWUtilityPanel.h"
 #include "Views/Utils/BWWindowPlacement.h"
 

@@ -1,7 +1,7 @@
 #include "simulated/BWSimulatedDevice.h"
 
+#include "base/BWDriverLog.h"
 #include "BWACUDriver/BWCameraSetting.h"
-#include "BWDriverLog.h"
 #include "simulated/picture/BWMakePictureSource.h"
 
 #include <algorithm>

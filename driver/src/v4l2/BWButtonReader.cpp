@@ -1,6 +1,6 @@
 #include "v4l2/BWButtonReader.h"
 
-#include "BWDriverLog.h"
+#include "base/BWDriverLog.h"
 
 #include <array>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "v4l2/BWCameraTable.h"
 
-#include "BWDriverLog.h"
+#include "base/BWDriverLog.h"
 
 #include <algorithm>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "v4l2/BWNodeTracker.h"
 
-#include "BWDriverLog.h"
+#include "base/BWDriverLog.h"
 #include "v4l2/BWNodeAccess.h"
 
 #include <algorithm>

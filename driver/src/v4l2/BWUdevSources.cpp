@@ -1,6 +1,6 @@
 #include "v4l2/BWUdevSources.h"
 
-#include "BWDriverLog.h"
+#include "base/BWDriverLog.h"
 #include "v4l2/BWVideoNodeReader.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "v4l2/BWUsbRegisters.h"
 
-#include "BWDriverLog.h"
+#include "base/BWDriverLog.h"
 #include "v4l2/BWKernelFile.h"
 
 #include <cerrno>

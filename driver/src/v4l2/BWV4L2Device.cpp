@@ -1,6 +1,6 @@
 #include "v4l2/BWV4L2Device.h"
 
-#include "BWDriverLog.h"
+#include "base/BWDriverLog.h"
 #include "v4l2/BWDeviceHolder.h"
 
 #include <algorithm>

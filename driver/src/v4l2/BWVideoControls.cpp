@@ -1,7 +1,7 @@
 #include "v4l2/BWVideoControls.h"
 
+#include "base/BWDriverLog.h"
 #include "BWACUDriver/BWCameraSetting.h"
-#include "BWDriverLog.h"
 #include "v4l2/BWExposureMenu.h"
 #include "v4l2/BWVideoControlReader.h"
 

@@ -1,6 +1,6 @@
 #include "v4l2/BWVideoStream.h"
 
-#include "BWDriverLog.h"
+#include "base/BWDriverLog.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
 #include "Model/Capture/BWAlbumDiskGuard.h"
 
 #include "BWACUDriver/BWDiskSpace.h"
-#include "Model/BWAlbumManager.h"
+#include "Model/Albums/BWAlbumManager.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWMainQueue.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
-#include "Model/BWAlbumManager.h"
+#include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWAlbumDiskGuard.h"
 #include "Model/Capture/BWCaptureResult.h"
 

@@ -1,6 +1,6 @@
 #include "Model/Capture/BWCaptureNotice.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 
 #include <QStringList>

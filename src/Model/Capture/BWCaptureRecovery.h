@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/BWAlbumManager.h"
+#include "Model/Albums/BWAlbumManager.h"
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWRecordingStatus.h"
-#include "Model/BWAlbum.h"
+#include "Model/Albums/BWAlbum.h"
 
 #include <QUrl>
 

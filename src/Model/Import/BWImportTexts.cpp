@@ -1,7 +1,7 @@
 #include "Model/Import/BWImportTexts.h"
 
-#include "Model/BWLocalizationManager.h"
 #include "Model/Import/BWPropertyList.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "Model/Import/BWOldSettingsMapping.h"
 
 #include "BWACUDriver/BWCameraSetting.h"
-#include "Model/BWConfigManager.h"
+#include "Model/Settings/BWConfigManager.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,7 +1,7 @@
 #include "Model/Session/BWCameraSession.h"
 
-#include "Model/BWCameraProduct.h"
-#include "Model/BWConfigManager.h"
+#include "Model/Products/BWCameraProduct.h"
+#include "Model/Settings/BWConfigManager.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 

@@ -1,6 +1,6 @@
 #include "Model/Session/BWStartProblemText.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <algorithm>
 #include <QStringList>

@@ -1,6 +1,6 @@
 #include "Views/Albums/BWAlbumFooter.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWThumbnailKeyboard.h"

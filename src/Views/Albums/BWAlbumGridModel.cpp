@@ -1,6 +1,6 @@
 #include "Views/Albums/BWAlbumGridModel.h"
 
-#include "Model/BWAlbumContents.h"
+#include "Model/Albums/BWAlbumContents.h"
 #include "Model/Thumbnails/BWThumbnails.h"
 #include "Utils/BWLogging.h"
 #include "Views/Albums/BWThumbnailTableView.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/BWMediaType.h"
+#include "Model/Albums/BWMediaType.h"
 #include "Model/Export/BWFolderCopies.h"
 #include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"

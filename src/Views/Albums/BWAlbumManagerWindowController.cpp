@@ -1,7 +1,7 @@
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 
-#include "Model/BWAlbumManager.h"
-#include "Model/BWLocalizationManager.h"
+#include "Model/Albums/BWAlbumManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumNotice.h"

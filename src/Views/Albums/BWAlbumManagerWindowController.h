@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Model/BWAlbumContents.h"
-#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/Albums/BWAlbumContents.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Model/Thumbnails/BWThumbnails.h"
 #include "Views/Albums/BWAlbumGridModel.h"
 #include "Views/Albums/BWAlbumSaving.h"

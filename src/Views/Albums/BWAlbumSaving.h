@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/BWMediaType.h"
+#include "Model/Albums/BWMediaType.h"
 #include "Model/Export/BWFileExport.h"
 
 #include <QList>

@@ -1,6 +1,6 @@
 #include "Views/Albums/BWAlbumTexts.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 using namespace Qt::StringLiterals;
 

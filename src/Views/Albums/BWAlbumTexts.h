@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Model/BWLocalizationManagerDelegate.h"
-#include "Model/BWMediaType.h"
+#include "Model/Albums/BWMediaType.h"
 #include "Model/Export/BWExportResult.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
 
 #include <QList>
 #include <QMap>

@@ -1,6 +1,6 @@
 #include "Views/Albums/BWAlbumTrashing.h"
 
-#include "Model/BWAlbumManager.h"
+#include "Model/Albums/BWAlbumManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWAlbumTexts.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/BWMediaType.h"
+#include "Model/Albums/BWMediaType.h"
 
 #include <QList>
 #include <QObject>

@@ -1,6 +1,6 @@
 #include "Views/Albums/BWThumbnailTableView.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Albums/BWThumbnailCellGeometry.h"
 #include "Views/Albums/BWThumbnailCellPainter.h"
 #include "Views/Albums/BWThumbnailDrag.h"

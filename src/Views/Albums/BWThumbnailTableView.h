@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/DispatchAfterStrict.h"
-#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
 
 #include <memory>
 #include <QList>

@@ -1,9 +1,9 @@
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 
-#include "Model/BWConfigManager.h"
-#include "Model/BWLocalizationManager.h"
-#include "Model/CameraSettings/BWAutomaticModes.h"
-#include "Model/CameraSettings/BWSettingSender.h"
+#include "Model/Products/BWAutomaticModes.h"
+#include "Model/Products/BWSettingSender.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Views/Settings/BWAutoSettingViewController.h"
 #include "Views/Settings/BWNormSettingViewController.h"

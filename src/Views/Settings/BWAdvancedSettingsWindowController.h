@@ -2,9 +2,9 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
-#include "Model/BWCameraProduct.h"
-#include "Model/BWConfigManagerListener.h"
-#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/Products/BWCameraProduct.h"
+#include "Model/Settings/BWConfigManagerListener.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Views/Utils/BWUtilityPanel.h"
 
 #include <functional>

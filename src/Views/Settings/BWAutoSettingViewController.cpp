@@ -1,6 +1,6 @@
 #include "Views/Settings/BWAutoSettingViewController.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QComboBox>
 

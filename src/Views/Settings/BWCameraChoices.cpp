@@ -1,6 +1,6 @@
 #include "Views/Settings/BWCameraChoices.h"
 
-#include "Views/BWCameraTitles.h"
+#include "Views/MainWindow/BWCameraTitles.h"
 
 void BWCameraChoices::setCameras(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current, const NameOf &nameOf)
 {

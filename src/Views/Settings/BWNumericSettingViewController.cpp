@@ -1,6 +1,6 @@
 #include "Views/Settings/BWNumericSettingViewController.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Settings/BWClampingSpinBox.h"
 #include "Views/Utils/BWResizingTextField.h"
 

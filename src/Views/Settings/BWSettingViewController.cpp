@@ -1,6 +1,6 @@
 #include "Views/Settings/BWSettingViewController.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QVBoxLayout>
 

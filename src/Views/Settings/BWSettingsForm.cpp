@@ -1,6 +1,6 @@
 #include "Views/Settings/BWSettingsForm.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWPopUpButton.h"
 
 #include <QEvent>

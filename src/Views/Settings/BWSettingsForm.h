@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
 
 #include <QWidget>
 

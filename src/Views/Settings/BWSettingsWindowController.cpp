@@ -1,10 +1,10 @@
 #include "Views/Settings/BWSettingsWindowController.h"
 
 #include "BWACUDriver/BWCameraDetector.h"
-#include "Model/BWConfigManager.h"
-#include "Model/BWLocalizationManager.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
-#include "Views/BWCameraTitles.h"
+#include "Views/MainWindow/BWCameraTitles.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Model/BWCameraProduct.h"
-#include "Model/BWConfigManagerListener.h"
-#include "Model/BWLocalizationManagerDelegate.h"
+#include "Model/Products/BWCameraProduct.h"
+#include "Model/Settings/BWConfigManagerListener.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Views/Settings/BWCameraChoices.h"
 #include "Views/Utils/BWUtilityPanel.h"
 

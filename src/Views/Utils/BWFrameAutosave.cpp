@@ -1,6 +1,6 @@
 #include "Views/Utils/BWFrameAutosave.h"
 
-#include "Model/BWUserDefaults.h"
+#include "Model/Settings/BWUserDefaults.h"
 #include "Views/Utils/BWWindowPlacement.h"
 
 #include <QEvent>

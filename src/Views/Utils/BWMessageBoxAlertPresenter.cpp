@@ -1,6 +1,6 @@
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
-#include "Model/BWLocalizationManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <algorithm>
 #include <QApplication>

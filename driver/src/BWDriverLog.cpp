@@ -1,4 +1,0 @@
-#include "BWDriverLog.h"
-
-Q_LOGGING_CATEGORY(bwDriver, "bw.driver", QtInfoMsg)
-Q_LOGGING_CATEGORY(bwSimulation, "bw.sim", QtInfoMsg)

@@ -1,0 +1,4 @@
+#include "base/BWDriverLog.h"
+
+Q_LOGGING_CATEGORY(bwDriver, "bw.driver", QtInfoMsg)
+Q_LOGGING_CATEGORY(bwSimulation, "bw.sim", QtInfoMsg)

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "camera/BWCameraCallbacks.h"
+#include "camera/BWCameraControls.h"
+#include "camera/BWCommandQueue.h"
+#include "camera/BWFrameInspector.h"
+#include "camera/BWStallWatch.h"
+#include "capture/BWMovieRecorder.h"
+#include "capture/BWSnapshotWorker.h"
+
+#include <atomic>
+#include <future>
+#include <mutex>
+#include <thread>
+
+/// What is behind a BWCamera: the capture thread, which alone touches the device, and its states.
+///
+/// The public operations may be called on any thread; they put a command into the queue. The capture thread runs the
+/// commands in order and fetches frames in between. It keeps the session, and with it all that it uses, alive until it
+/// has ended: a thread that hangs in the kernel can be left behind and finds everything in place if it ever comes back.
+///
+/// | State       | the device  | left by                                                        |
+/// |-------------|-------------|----------------------------------------------------------------|
+/// | Stopped     | is idle     | start: Streaming                                               |
+/// | Streaming   | streams     | stop: Stopped; failed restart: Interrupted; unplug: Gone       |
+/// | Interrupted | is idle     | stop: Stopped; a later restart: Streaming                      |
+/// | Gone        | is not used | never                                                          |
+class BWCamera::Session {
+public:
+    static std::shared_ptr<Session> create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera);
+    Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera, std::unique_ptr<BWCaptureDevice> device);
+
+    /// Stops everything and waits for the capture thread, but not for a device that hangs; on a thread of the session
+    /// itself it cannot wait. The session then ends by itself, without calling back.
+    void shutDown();
+    static int runningThreads();
+
+    void setStallTime(std::chrono::milliseconds time);
+
+    void start(StartCompletion completion);
+    BWStartProblem startProblem() const;
+    void stop(Completion completion);
+    bool started() const { return m_started; }
+    void setResolution(BWResolution resolution, Completion completion);
+    BWResolution resolution() const { return m_resolution; }
+    void setVideoNorm(int norm, Completion completion);
+    void setSetting(int identifier, double value);
+    void takeSnapshot();
+    bool startRecording(const QString &path);
+    bool recording() const { return m_recorder.isActive(); }
+    void stopRecording();
+    bool endRecording(const QString &path, BWRecordingStatus::End reason) { return m_recorder.end(reason, path); }
+    BWRecordingStatus recordingStatus() const { return m_recorder.status(); }
+    int readRegister(int identifier);
+    void writeRegister(int identifier, int value);
+    QString registerProblem();
+    bool readsButton() const { return m_device->readsButton(); }
+
+    const BWDetectedCameraPtr &detectedCamera() const { return m_detectedCamera; }
+    BWCameraCallbacks &callbacks() { return m_callbacks; }
+    const BWCameraControls &controls() const { return m_controls; }
+    const BWFrameInspector &inspector() const { return m_inspector; }
+
+private:
+    enum class State { Stopped, Streaming, Interrupted, Gone };
+
+    // Any thread.
+    void post(BWCommandQueue::Command command);
+    void runAndWait(const BWCommandQueue::Command &command);
+    bool onOwnThread() const;
+    bool endsInTime() const;
+
+    // Capture thread.
+    void run();
+    void captureFrame();
+    void deliver(const BWFrame &frame);
+    bool doStart();
+    BWStartProblem tryToStart();
+    void doStop();
+    void doSetResolution(BWResolution resolution);
+    void doSetVideoNorm(int norm);
+    void doTakeSnapshot();
+    void doStartRecording(uint64_t recording);
+    void reconfigure(const std::function<void()> &change);
+    void resumeStream();
+    void tellStreamProblem(const BWStartProblem &problem);
+    void restartStalledStream();
+    void deviceIsGone();
+    bool deviceIsUsable() const { return m_state != State::Gone; }
+
+    const BWDetectedCameraPtr m_detectedCamera;
+    BWCameraCallbacks m_callbacks;
+    BWCameraControls m_controls;
+    BWCommandQueue m_queue;
+    BWFrameInspector m_inspector;
+    BWStallWatch m_stall;
+    BWSnapshotWorker m_snapshots;
+    BWCommandQueue m_recordingNews; ///< for the recording callback
+    BWMovieRecorder m_recorder;
+    State m_state = State::Stopped;
+    bool m_restartWarned = false; ///< since the last good frame
+    BWStartProblem m_streamProblem; ///< as last told
+    int m_videoNorm = -1; ///< as the device has it; unknown before the first change
+    mutable std::mutex m_startProblemMutex;
+    BWStartProblem m_startProblem;
+    std::atomic<bool> m_started{false};
+    std::atomic<BWResolution> m_resolution;
+    // Destroyed before all that its events use.
+    const std::unique_ptr<BWCaptureDevice> m_device;
+    std::future<void> m_ended; ///< ready when the capture thread has done everything
+    std::thread m_thread;
+};

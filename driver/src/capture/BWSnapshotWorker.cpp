@@ -1,0 +1,122 @@
+#include "capture/BWSnapshotWorker.h"
+
+#include "base/BWDriverLog.h"
+#include "media/BWJpeg.h"
+
+#include <utility>
+
+namespace {
+
+constexpr int maximumHeld = 2;
+constexpr int quality = 95;
+
+/// The still as JPEG data; null when the frame cannot be used.
+QByteArray stillOf(const BWFrame &frame)
+{
+    if (frame.pixelFormat() != BWPixelFormat::MJPEG)
+        return BWJpeg::encode(frame, quality);
+    const BWPlane &bytes = frame.plane(0);
+    if (!BWJpeg::decodesCleanly(bytes.data, bytes.size))
+        return {};
+    return BWJpeg::withHuffmanTables(bytes.data, bytes.size);
+}
+
+} // namespace
+
+BWSnapshotWorker::BWSnapshotWorker(Deliver deliver) : m_deliver(std::move(deliver)) { }
+
+BWSnapshotWorker::~BWSnapshotWorker()
+{
+    finish();
+}
+
+void BWSnapshotWorker::request()
+{
+    const std::lock_guard lock(m_mutex);
+    ++m_wanted;
+    m_streaming = true;
+    if (!m_thread.joinable())
+        m_thread = std::thread(&BWSnapshotWorker::run, this);
+}
+
+void BWSnapshotWorker::offer(const BWFrame &frame)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_wanted == 0 || m_held >= maximumHeld)
+        return;
+    --m_wanted;
+    ++m_held;
+    m_frames.push_back(frame);
+    m_changed.notify_one();
+}
+
+void BWSnapshotWorker::dropRequests()
+{
+    const std::lock_guard lock(m_mutex);
+    m_streaming = false;
+    if (m_wanted > 0)
+        qCWarning(bwDriver) << "The stream ended before" << std::exchange(m_wanted, 0) << "snapshots could be taken";
+}
+
+void BWSnapshotWorker::waitUntilDelivered()
+{
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_frames.empty() && !m_delivering; });
+}
+
+void BWSnapshotWorker::finish()
+{
+    dropRequests();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_finishing = true;
+        m_changed.notify_one();
+    }
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void BWSnapshotWorker::run()
+{
+    BWFrame frame;
+    while (waitForFrame(frame)) {
+        const BWPixelFormat format = frame.pixelFormat();
+        const QByteArray jpeg = stillOf(frame);
+        frame = {}; // its buffer goes back to the device before anybody writes the still to a disk
+        {
+            const std::lock_guard lock(m_mutex);
+            --m_held;
+        }
+        if (!jpeg.isNull())
+            m_deliver(jpeg);
+        else if (format == BWPixelFormat::MJPEG)
+            putBack();
+        else
+            qCWarning(bwDriver) << "A snapshot was dropped because its frame could not be encoded";
+    }
+}
+
+bool BWSnapshotWorker::waitForFrame(BWFrame &frame)
+{
+    std::unique_lock lock(m_mutex);
+    m_delivering = false;
+    m_changed.notify_all();
+    m_changed.wait(lock, [this] { return !m_frames.empty() || m_finishing; });
+    if (m_frames.empty())
+        return false;
+    m_delivering = true;
+    frame = std::move(m_frames.front());
+    m_frames.pop_front();
+    return true;
+}
+
+void BWSnapshotWorker::putBack()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_streaming) {
+        qCInfo(bwDriver) << "A snapshot takes the next frame because its own was damaged";
+        ++m_wanted;
+    } else {
+        qCWarning(bwDriver) << "A snapshot was dropped: its frame was damaged and the stream has ended";
+    }
+}

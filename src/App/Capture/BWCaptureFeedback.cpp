@@ -1,0 +1,117 @@
+#include "App/Capture/BWCaptureFeedback.h"
+
+#include "App/LiveView/BWStatusLine.h"
+#include "Model/Capture/BWRecordingProgress.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/MainWindow/BWControlBar.h"
+#include "Views/Utils/BWFlashActionViewController.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double progressSeconds = 0.5;
+constexpr double unusualSeconds = 8; // two sentences, for people who look at something else
+
+} // namespace
+
+BWCaptureFeedback::BWCaptureFeedback(BWControlBar &bar, BWFlashActionViewController &flash, BWStatusLine &statusLine,
+                                     BWLocalizationManager &texts, Hooks hooks, BWClock &clock)
+    : m_bar(bar), m_flash(flash), m_statusLine(statusLine), m_texts(texts), m_hooks(std::move(hooks)), m_clock(clock)
+{
+}
+
+BWCaptureFeedback::~BWCaptureFeedback()
+{
+    stopProgress();
+}
+
+BWCaptureController::Feedback BWCaptureFeedback::callbacks()
+{
+    return {[this] {
+                m_hooks.playSound();
+                flashSnapshot();
+            },
+            [this](bool recording) { recordingChanged(recording); },
+            [this](const BWCaptureResult &result) {
+                m_statusLine.setProgress({});
+                tell(BWCaptureNotice::of(result, m_texts));
+            },
+            [this](double done) { tellCopying(done); },
+            [this](BWRecordingRefusal reason) { tell(BWCaptureNotice::ofRefused(reason, m_texts)); }};
+}
+
+void BWCaptureFeedback::flashSnapshot()
+{
+    const BWCameraPtr camera = m_hooks.currentCamera();
+    if (!camera || !camera->recording())
+        m_flash.setAction(BWFlashActionViewController::Action::SnapshotSaved);
+}
+
+void BWCaptureFeedback::flashVideo(bool recording)
+{
+    using Action = BWFlashActionViewController::Action;
+    m_flash.setAction(recording ? Action::RecordingStarted : Action::RecordingStopped);
+}
+
+void BWCaptureFeedback::recordingChanged(bool recording)
+{
+    m_bar.showRecording(recording);
+    flashVideo(recording);
+    stopProgress();
+    if (recording)
+        showProgress();
+}
+
+/// And again, until the recording is over.
+void BWCaptureFeedback::showProgress()
+{
+    if (const BWCameraPtr camera = m_hooks.currentCamera())
+        m_flash.setDetails(BWRecordingProgress::text(camera->recordingStatus()));
+    m_progress = DispatchAfterStrict::dispatchForQueue(
+        this, [this] { showProgress(); }, progressSeconds, m_clock);
+}
+
+void BWCaptureFeedback::stopProgress()
+{
+    if (m_progress)
+        m_progress->cancel();
+    m_progress.reset();
+}
+
+void BWCaptureFeedback::tellRecovered(const QUrl &last)
+{
+    const BWCaptureNotice notice = BWCaptureNotice::ofRecovered(last, m_texts);
+    BWUIUtils::displayInformation(notice.title, notice.text);
+}
+
+void BWCaptureFeedback::tellCopying(double done)
+{
+    m_statusLine.setProgress(
+        m_texts.text(u"camera_window"_s, u"copying_into_album"_s, u"Copying the capture into the album: %1%"_s)
+            .arg(static_cast<int>(100 * done)));
+}
+
+void BWCaptureFeedback::tell(const BWCaptureNotice &notice)
+{
+    if (!notice.title.isNull())
+        alert(notice);
+    else
+        m_statusLine.showForAMoment(notice.text, notice.unusual ? unusualSeconds : BWStatusLine::momentSeconds);
+}
+
+/// The button on the camera goes on taking pictures while an alert is read. When it is closed there is one more, not one
+/// for each of them.
+void BWCaptureFeedback::alert(const BWCaptureNotice &notice)
+{
+    m_unread = notice;
+    if (m_alertIsOpen)
+        return;
+    m_alertIsOpen = true;
+    while (const std::optional<BWCaptureNotice> next = std::exchange(m_unread, std::nullopt))
+        BWUIUtils::displayOKAlert(next->title, next->text);
+    m_alertIsOpen = false;
+}

@@ -1,0 +1,109 @@
+#include "App/LiveView/BWGridController.h"
+
+#include "App/LiveView/BWLiveViewController.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWControlBar.h"
+#include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWMainWindow.h"
+#include "Views/Technician/BWGridDebuggerWindowController.h"
+#include "Views/Utils/BWToolWindowPlace.h"
+
+#include <QAction>
+#include <utility>
+
+BWGridController::BWGridController(BWMainWindow &window, BWLiveViewController &liveView, BWConfigManager &config,
+                                   BWLocalizationManager &texts, Surroundings surroundings)
+    : m_window(window), m_liveView(liveView), m_config(config), m_surroundings(std::move(surroundings))
+{
+    m_gridDebuggerWindowController = std::make_unique<BWGridDebuggerWindowController>(
+        BWGridDebuggerWindowController::Surroundings{
+            m_surroundings.currentCamera, [this] { return gridDistance(); },
+            [this](double distance) { updateGridForCurrentProduct(distance); }},
+        config, &window);
+    m_gridDebuggerWindowController->localizeWithManager(texts);
+    connect(&window.controlBar(), &BWControlBar::gridTriggered, this, &BWGridController::onGrid);
+    connect(window.menu().grid, &QAction::triggered, this, &BWGridController::onGrid);
+    connect(window.menu().gridDebugger, &QAction::triggered, this, &BWGridController::showGridDebugger);
+    connect(&liveView, &BWLiveViewController::imageDisplayUpdated, this, [this] {
+        cleanGrid();
+        if (m_useGrid)
+            overlayGrid();
+    });
+}
+
+BWGridController::~BWGridController() = default;
+
+QString BWGridController::currentResolution() const
+{
+    const BWCameraPtr camera = m_surroundings.currentCamera();
+    return camera ? camera->defaultResolution().resolutionString() : QString();
+}
+
+double BWGridController::gridDistance() const
+{
+    return m_gridValues.distance(m_config.productIdentifier(), currentResolution());
+}
+
+void BWGridController::overlayGrid()
+{
+    m_window.centeringClipView().setGridDistance(gridDistance());
+}
+
+void BWGridController::cleanGrid()
+{
+    m_window.centeringClipView().setGridDistance(0);
+}
+
+void BWGridController::enableGrid(bool available)
+{
+    m_window.controlBar().setGridAvailable(available);
+    m_window.menu().setGridAvailable(available);
+    if (!available) {
+        setUseGrid(false);
+        m_gridDebuggerWindowController->hide();
+    }
+    m_surroundings.updateStateLabel();
+}
+
+void BWGridController::setUseGrid(bool use)
+{
+    m_useGrid = use;
+    m_window.controlBar().showGrid(use);
+    m_window.menu().showGrid(use);
+}
+
+void BWGridController::onGrid()
+{
+    setUseGrid(!m_useGrid);
+    m_surroundings.updateStateLabel();
+    m_liveView.updateImageDisplay();
+    if (m_useGrid)
+        reloadGridDebugger();
+    else
+        m_gridDebuggerWindowController->hide();
+}
+
+void BWGridController::updateGridForCurrentProduct(double distance)
+{
+    cleanGrid();
+    const QString resolution = currentResolution();
+    if (!resolution.isNull())
+        m_gridValues.setDistance(distance, m_config.productIdentifier(), resolution);
+    overlayGrid();
+}
+
+void BWGridController::reloadGridDebugger()
+{
+    m_gridDebuggerWindowController->reload();
+}
+
+void BWGridController::showGridDebugger()
+{
+    reloadGridDebugger();
+    if (!std::exchange(m_gridDebuggerPlaced, true))
+        placeBWToolWindow(*m_gridDebuggerWindowController, m_window);
+    m_gridDebuggerWindowController->show();
+    m_gridDebuggerWindowController->raise();
+    m_gridDebuggerWindowController->activateWindow();
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
+
+#include <QString>
+
+/// The texts that the program shows outside of any one window.
+struct BWAppTexts : public BWLocalizationManagerDelegate {
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    QString noCameraDetectedPlaceholder;
+    QString liveStreamingWith;
+    QString gridDisclaimer;
+    QString gridHoldsAt100; ///< the lines keep their distance on the screen at every zoom
+    QString settingsNotStored;
+    QString cameraAccessDeniedTitle;
+    QString cameraAccessDeniedMessage;
+    QString cameraAccessRestrictedTitle;
+    QString cameraAccessRestrictedMessage;
+    QString errorInitializingAlbumsTitle;
+    QString errorInitializingAlbumsMessage;
+    QString homeNotUsableTitle;
+    QString homeNotUsableMessage;
+    QString quitWhileSavingTitle;
+    QString quitWhileSavingMessage;
+    QString quitWaitsForCaptures;
+    QString quitAtOnceTitle;
+    QString quitAtOnceMessage;
+};

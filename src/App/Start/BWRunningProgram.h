@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Model/Settings/BWSettingsUse.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <QByteArray>
+
+class QSocketNotifier;
+
+/// Sees to it that only one program with windows runs on the same settings: a later one asks it to come to the front,
+/// and ends. Works before there is an application object. GUI thread.
+class BWRunningProgram {
+public:
+    enum class Start {
+        First, ///< nobody else, or nobody any more
+        HandedOver, ///< the other one has come to the front
+        NoAnswer, ///< there is another one, but it does not answer, or does not come to its end
+    };
+
+    /// Asks whoever uses the settings in that file to come to the front, with the token that the desktop gave to this
+    /// start (empty if none), and waits for the answer. One that is about to end is waited for as well.
+    explicit BWRunningProgram(const QString &settingsFile, const QByteArray &activationToken = {},
+                              std::chrono::milliseconds patience = std::chrono::seconds(10));
+    ~BWRunningProgram();
+    BWRunningProgram(const BWRunningProgram &) = delete;
+    BWRunningProgram &operator=(const BWRunningProgram &) = delete;
+
+    Start start() const { return m_start; }
+
+    /// Comes to the front; false if the program is about to end. What was asked since the start is answered now.
+    using BringForward = std::function<bool(const QByteArray &activationToken)>;
+    void setBringForward(BringForward bringForward);
+
+private:
+    Start askOther(const QByteArray &activationToken, std::chrono::milliseconds patience);
+    void listen();
+    void answer();
+
+    BWSettingsUse m_use;
+    Start m_start;
+    int m_socket = -1;
+    QByteArray m_note; ///< where this program is reached, and what has to be said there
+    BringForward m_bringForward;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+};

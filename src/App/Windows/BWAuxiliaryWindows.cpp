@@ -1,0 +1,163 @@
+#include "App/Windows/BWAuxiliaryWindows.h"
+
+#include "Model/BWRepository.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Views/Albums/BWAlbumManagerWindowController.h"
+#include "Views/Help/BWAboutWindowController.h"
+#include "Views/Help/BWHelpContact.h"
+#include "Views/Help/BWSimpleHelpWindowController.h"
+#include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWMainWindow.h"
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
+#include "Views/Settings/BWSettingsWindowController.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenuBar>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// An open window comes to the front and into use; one that is not is shown beside the camera window, which stays in
+/// use.
+void bringToFront(QWidget &window)
+{
+    if (window.isVisible()) {
+        window.raise();
+        window.activateWindow();
+    } else {
+        window.show();
+    }
+}
+
+} // namespace
+
+BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Surroundings surroundings,
+                                       BWClock &clock)
+    : m_window(window),
+      m_config(repository.configManager()),
+      m_surroundings(std::move(surroundings)),
+      m_albums(std::make_unique<BWAlbumManagerWindowController>(
+          repository.albumManager(), repository.userDefaults(),
+          BWAlbumManagerWindowController::Surroundings{m_panels, m_surroundings.openUrl}, &window, clock)),
+      m_settings(std::make_unique<BWSettingsWindowController>(
+          m_config, repository.userDefaults(),
+          BWSettingsWindowController::Surroundings{*this, [this] { showAdvancedSettings(); }}, &window)),
+      m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(
+          m_config, repository.userDefaults(), m_surroundings.currentCamera, &window, clock)),
+      m_help(std::make_unique<BWSimpleHelpWindowController>(
+          BWHelpContact::fromFile(u":/contact.json"_s),
+          BWSimpleHelpWindowController::Surroundings{m_surroundings.openUrl, m_surroundings.cameras,
+                                                     [&window] { return window.menuBar()->actions(); }},
+          &window)),
+      m_about(std::make_unique<BWAboutWindowController>(BWLibraryList::ours(), &window))
+{
+    BWLocalizationManager &texts = repository.localizationManager();
+    m_settings->localizeWithManager(texts);
+    m_help->localizeWithManager(texts);
+    m_about->localizeWithManager(texts);
+    m_advancedSettings->localizeWithManager(texts);
+    m_albums->localizeWithManager(texts);
+    connect(m_albums.get(), &BWAlbumManagerWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
+    connect(m_settings.get(), &BWSettingsWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
+    connect(m_advancedSettings.get(), &BWAdvancedSettingsWindowController::visibilityChanged, this,
+            &BWAuxiliaryWindows::updateMenu);
+    const BWMainMenu &menu = window.menu();
+    addToMenu(menu.albumManagerMenuItem, *m_albums, &BWAuxiliaryWindows::showAlbums);
+    addToMenu(menu.settingsMenuItem, *m_settings, &BWAuxiliaryWindows::showSettings);
+    addToMenu(menu.advancedSettingsMenuItem, *m_advancedSettings, &BWAuxiliaryWindows::showAdvancedSettings);
+    connect(menu.nextWindow, &QAction::triggered, this, &BWAuxiliaryWindows::activateNextWindow);
+    connect(menu.simpleHelpMenuItem, &QAction::triggered, m_help.get(),
+            &BWSimpleHelpWindowController::makeKeyAndOrderFront);
+    connect(menu.aboutMenuItem, &QAction::triggered, m_about.get(), &BWAboutWindowController::makeKeyAndOrderFront);
+}
+
+BWAuxiliaryWindows::~BWAuxiliaryWindows()
+{
+    m_config.removeListener(m_advancedSettings.get());
+}
+
+void BWAuxiliaryWindows::addToMenu(QAction *item, QWidget &window, void (BWAuxiliaryWindows::*show)())
+{
+    connect(item, &QAction::triggered, this, [this, &window, show] {
+        if (window.isVisible())
+            window.hide();
+        else
+            (this->*show)();
+        updateMenu();
+    });
+}
+
+void BWAuxiliaryWindows::listen()
+{
+    m_config.addListener(m_settings.get());
+    m_config.addListener(m_advancedSettings.get());
+}
+
+void BWAuxiliaryWindows::showAlbums()
+{
+    bringToFront(*m_albums);
+}
+
+void BWAuxiliaryWindows::showSettings()
+{
+    bringToFront(*m_settings);
+}
+
+void BWAuxiliaryWindows::showAdvancedSettings()
+{
+    bringToFront(*m_advancedSettings);
+}
+
+void BWAuxiliaryWindows::activateNextWindow()
+{
+    QList<QWidget *> open;
+    for (QWidget *window :
+         std::initializer_list<QWidget *>{&m_window, m_albums.get(), m_settings.get(), m_advancedSettings.get()}) {
+        if (window->isVisible())
+            open.append(window);
+    }
+    if (open.isEmpty())
+        return;
+    QWidget *next = open[(open.indexOf(QApplication::activeWindow()) + 1) % open.size()];
+    next->raise();
+    next->activateWindow();
+}
+
+void BWAuxiliaryWindows::hideAll()
+{
+    for (QWidget *window :
+         std::initializer_list<QWidget *>{m_albums.get(), m_settings.get(), m_advancedSettings.get()}) {
+        if (!window->isVisible())
+            continue;
+        window->hide();
+        m_hidden.append(window);
+    }
+}
+
+void BWAuxiliaryWindows::showHidden()
+{
+    for (QWidget *window : std::exchange(m_hidden, {}))
+        window->show();
+}
+
+void BWAuxiliaryWindows::resetLayout()
+{
+    m_albums->resetLayout();
+}
+
+void BWAuxiliaryWindows::updateMenu()
+{
+    m_window.menu().showOpenWindows({.camera = true,
+                                     .albums = m_albums->isVisible(),
+                                     .settings = m_settings->isVisible(),
+                                     .advancedSettings = m_advancedSettings->isVisible()});
+}
+
+void BWAuxiliaryWindows::changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera)
+{
+    Q_UNUSED(sender)
+    m_surroundings.changeCurrentCamera(camera);
+}

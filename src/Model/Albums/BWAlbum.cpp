@@ -1,0 +1,110 @@
+#include "Model/Albums/BWAlbum.h"
+
+#include "Model/Albums/BWFileNameOrder.h"
+#include "Model/Albums/BWTrash.h"
+#include "Utils/BWFilePath.h"
+#include "Utils/BWLogging.h"
+
+#include <algorithm>
+#include <climits>
+#include <QFile>
+#include <vector>
+
+namespace {
+
+struct Entry {
+    QByteArray name;
+    QString key; // for the order
+};
+
+/// Highest first; names that count as the same are still told apart, so that the order never jumps.
+bool comesFirst(const Entry &a, const Entry &b)
+{
+    const int order = BWFileNameOrder::compareKeys(a.key, b.key);
+    return order != 0 ? order > 0 : a.name > b.name;
+}
+
+} // namespace
+
+BWAlbum::BWAlbum(const QUrl &path, Today today)
+    : m_name(QFile::decodeName(BWFilePath::lastComponent(path))),
+      m_path(BWFilePath::normalized(path)),
+      m_today(today ? std::move(today) : &QDate::currentDate)
+{
+}
+
+bool BWAlbum::isName(const QString &name)
+{
+    const QByteArray bytes = QFile::encodeName(name);
+    return !bytes.isEmpty() && bytes.size() <= NAME_MAX && !bytes.startsWith('.') && !bytes.contains('/')
+        && !bytes.contains('\0');
+}
+
+QString BWAlbum::formatToday() const
+{
+    return m_today().toString(QStringLiteral("yyyyMMdd"));
+}
+
+QUrl BWAlbum::nextPathForType(BWMediaType type) const
+{
+    const bool image = type == BWMediaType::Image;
+    const QByteArray stem = formatToday().toLatin1() + (image ? "_image_" : "_video_");
+    for (unsigned long counter = 1;; ++counter) {
+        const QByteArray number = QByteArray::number(static_cast<qulonglong>(counter)).rightJustified(3, '0');
+        const QUrl candidate = BWFilePath::entry(m_path, stem + number + (image ? ".jpg" : ".mov"));
+        if (!BWFilePath::exists(candidate))
+            return candidate;
+    }
+}
+
+bool BWAlbum::addFile(const QUrl &file, BWMediaType type, QUrl *added, const Progress &progress) const
+{
+    QString error;
+    const QUrl target = BWFileCopy::shareUnderFreeName(
+        file, [this, type] { return nextPathForType(type); }, &error, progress);
+    if (target.isEmpty()) {
+        qCWarning(bwModel).noquote() << "Cannot add" << file.toDisplayString() << "to album" << m_path.toDisplayString()
+                                     << "-" << error;
+        return false;
+    }
+    if (added)
+        *added = target;
+    return true;
+}
+
+void BWAlbum::removeFile(const QUrl &file, BWMediaType type) const
+{
+    Q_UNUSED(type)
+    QString error;
+    if (!BWTrash::moveToTrash(file, &error))
+        qCWarning(bwModel).noquote() << "Cannot move to the Trash:" << file.toDisplayString() << "-" << error;
+}
+
+std::optional<QList<QUrl>> BWAlbum::contentsForType(BWMediaType type) const
+{
+    QByteArray ending;
+    if (type == BWMediaType::Image)
+        ending = ".jpg";
+    else if (type == BWMediaType::Video)
+        ending = ".mov";
+    else
+        return std::nullopt;
+
+    const std::optional<QList<QByteArray>> names = BWFilePath::entries(m_path);
+    if (!names)
+        return std::nullopt;
+    std::vector<Entry> entries;
+    for (const QByteArray &name : *names) {
+        // A name that is nothing but ".jpg" is a hidden file without an ending.
+        if (name.size() > ending.size() && name.endsWith(ending))
+            entries.push_back({name, BWFileNameOrder::key(QFile::decodeName(name.chopped(ending.size())))});
+    }
+    std::sort(entries.begin(), entries.end(), comesFirst);
+
+    const QByteArray folder = BWFilePath::native(m_path) + '/';
+    QList<QUrl> files;
+    files.reserve(static_cast<qsizetype>(entries.size()));
+    for (const Entry &entry : entries)
+        files.append(BWFilePath::url(folder + entry.name));
+    return files;
+}

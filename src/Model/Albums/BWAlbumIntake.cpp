@@ -1,0 +1,111 @@
+#include "Model/Albums/BWAlbumIntake.h"
+
+#include "Utils/BWLogging.h"
+#include "Utils/BWMainQueue.h"
+
+#include <chrono>
+#include <utility>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto longCopy = std::chrono::milliseconds(500);
+constexpr auto tellEvery = std::chrono::milliseconds(200);
+constexpr auto patience = std::chrono::minutes(2); // a long movie on a slow disk
+constexpr auto patienceWhenAbandoned = std::chrono::seconds(2);
+
+} // namespace
+
+BWAlbumIntake::BWAlbumIntake(CurrentAlbum currentAlbum, std::function<void()> contentsChanged)
+    : m_currentAlbum(std::move(currentAlbum)), m_contentsChanged(std::move(contentsChanged)), m_worker(patience)
+{
+}
+
+BWAlbumIntake::~BWAlbumIntake()
+{
+    startCopies();
+}
+
+void BWAlbumIntake::add(const QUrl &file, BWMediaType type, Completion completion, Progress progress)
+{
+    ++m_open;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_captures.push_back({file, type, std::move(completion), std::move(progress)});
+    }
+    BWMainQueue::post(m_alive, [this] { startCopies(); });
+}
+
+void BWAlbumIntake::release()
+{
+    m_held = false;
+    startCopies();
+}
+
+void BWAlbumIntake::startCopies()
+{
+    if (m_held)
+        return;
+    std::deque<Capture> captures;
+    {
+        const std::lock_guard lock(m_mutex);
+        captures.swap(m_captures);
+    }
+    for (const Capture &capture : captures)
+        startCopy(capture);
+}
+
+void BWAlbumIntake::startCopy(const Capture &capture)
+{
+    const BWAlbumPtr album = m_currentAlbum();
+    if (!album)
+        qCWarning(bwModel).noquote() << "No album to add" << capture.file.toDisplayString() << "to";
+    m_worker.run([this, alive = alive(), album, capture, progress = throttled(capture.progress)] {
+        QUrl file;
+        const bool added = album && album->addFile(capture.file, capture.type, &file, progress);
+        BWMainQueue::post(alive, [this, capture, added, file] { report(capture, added, file); });
+    });
+}
+
+void BWAlbumIntake::report(const Capture &capture, bool added, const QUrl &file)
+{
+    if (added)
+        m_contentsChanged();
+    --m_open; // before: what tells the user may wait for an answer, and the program may be asked to end meanwhile
+    if (capture.completion && (added || !*m_abandoned))
+        capture.completion(added, file);
+    tellIfDone();
+}
+
+/// Hands what a long copy tells on to the owner's thread, and ends it when it is abandoned.
+BWAlbum::Progress BWAlbumIntake::throttled(const Progress &progress)
+{
+    return [progress, alive = alive(), abandoned = m_abandoned, next = Clock::now() + longCopy](double done) mutable {
+        if (progress && Clock::now() >= next) {
+            next = Clock::now() + tellEvery;
+            BWMainQueue::post(alive, [progress, done] { progress(done); });
+        }
+        return !*abandoned;
+    };
+}
+
+void BWAlbumIntake::whenDone(std::function<void()> done)
+{
+    m_whenDone.push_back(std::move(done));
+    tellIfDone();
+}
+
+void BWAlbumIntake::tellIfDone()
+{
+    if (m_open > 0)
+        return;
+    for (const auto &done : std::exchange(m_whenDone, {}))
+        done();
+}
+
+void BWAlbumIntake::abandon()
+{
+    *m_abandoned = true;
+    m_worker.setPatience(patienceWhenAbandoned);
+}

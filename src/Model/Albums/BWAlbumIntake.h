@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Model/Albums/BWAlbum.h"
+#include "Utils/BWPatientThread.h"
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+/// Brings captures into albums: takes them from any thread, copies them one after the other on a thread of its own,
+/// and reports on the GUI thread. The album is the one that is current when that thread gets to it.
+class BWAlbumIntake {
+public:
+    using CurrentAlbum = std::function<BWAlbumPtr()>;
+    using Completion = std::function<void(bool added, const QUrl &file)>;
+    /// How much of a file is copied, from 0 to 1. Told only of copies that take long, a few times a second.
+    using Progress = std::function<void(double done)>;
+
+    /// `contentsChanged` is called for each capture that has come into its album, before its completion.
+    BWAlbumIntake(CurrentAlbum currentAlbum, std::function<void()> contentsChanged);
+    /// Copies what is left, without calling anything, unless the disk takes far too long.
+    ~BWAlbumIntake();
+    BWAlbumIntake(const BWAlbumIntake &) = delete;
+    BWAlbumIntake &operator=(const BWAlbumIntake &) = delete;
+
+    /// Any thread; returns at once.
+    void add(const QUrl &file, BWMediaType type, Completion completion, Progress progress = {});
+
+    /// Keeps captures until release(), while it is not known which album is current. What is still kept at the end
+    /// stays where it is. Owner's thread.
+    void hold() { m_held = true; }
+    void release();
+
+    /// Calls `done` as soon as all captures are copied or have failed, and their completions have returned; at once if
+    /// none is left by now but one whose completion waits for something, such as the user.
+    void whenDone(std::function<void()> done);
+
+    /// Ends the copies that run or wait, without calling their completions: the captures stay where they are.
+    void abandon();
+
+    /// Gone with this object, for calls that are posted.
+    std::weak_ptr<void> alive() const { return m_alive; }
+
+private:
+    struct Capture {
+        QUrl file;
+        BWMediaType type;
+        Completion completion;
+        Progress progress;
+    };
+
+    void startCopies();
+    void startCopy(const Capture &capture);
+    void report(const Capture &capture, bool added, const QUrl &file);
+    BWAlbum::Progress throttled(const Progress &progress);
+    void tellIfDone();
+
+    const CurrentAlbum m_currentAlbum;
+    const std::function<void()> m_contentsChanged;
+    const std::shared_ptr<void> m_alive = std::make_shared<int>();
+    const std::shared_ptr<std::atomic<bool>> m_abandoned = std::make_shared<std::atomic<bool>>(false);
+    std::atomic<int> m_open = 0; // captures that are not reported yet
+    std::mutex m_mutex; // guards the captures
+    std::deque<Capture> m_captures; // not begun
+    bool m_held = false;
+    std::vector<std::function<void()>> m_whenDone;
+    BWPatientThread m_worker; // last, so that it ends first
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Model/Albums/BWAlbum.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <QList>
+#include <QUrl>
+
+/// Lists what an album holds on a thread of its own: at once, when asked, and whenever its folder changes. A disk that
+/// does not answer holds up nothing but that thread, for which nobody waits.
+class BWAlbumWatch {
+public:
+    struct Listing {
+        QList<QUrl> images;
+        QList<QUrl> videos;
+        bool operator==(const Listing &) const = default;
+    };
+    struct Report {
+        std::optional<Listing> listing; ///< nothing when the folder cannot be listed
+        unsigned asked = 0; ///< the listing is newer than that many calls of ask()
+        bool filesWritten = false; ///< a file in the folder may have become another
+    };
+
+    /// `tell` is called on the GUI thread, until this object is gone. Not for a change that leaves all as it was.
+    BWAlbumWatch(const BWAlbum &album, std::function<void(const Report &report)> tell);
+    ~BWAlbumWatch();
+    BWAlbumWatch(const BWAlbumWatch &) = delete;
+    BWAlbumWatch &operator=(const BWAlbumWatch &) = delete;
+
+    /// Asks for a new listing, which is told whether or not it differs. Returns the number of calls so far.
+    unsigned ask();
+
+private:
+    class Worker;
+    std::shared_ptr<Worker> m_worker;
+};

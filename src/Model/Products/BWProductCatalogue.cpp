@@ -1,0 +1,85 @@
+#include "Model/Products/BWProductCatalogue.h"
+
+#include "BWACUDriver/BWCameraSetting.h"
+#include "Model/Products/BWCatalogueProduct.h"
+
+#include <array>
+
+namespace {
+
+constexpr std::array<int, 12> ultraSettings{BWSettingHue,          BWSettingContrast,     BWSettingSaturation,
+                                            BWSettingBrightness,   BWSettingSharpness,    BWSettingGamma,
+                                            BWSettingWhiteBalance, BWSettingAutoWhite,    BWSettingGain,
+                                            BWSettingBacklight,    BWSettingAutoExposure, BWSettingExposureAbsolute};
+constexpr std::array<int, 8> wiredSettings{BWSettingHue,          BWSettingContrast,  BWSettingSaturation,
+                                           BWSettingBrightness,   BWSettingSharpness, BWSettingGamma,
+                                           BWSettingWhiteBalance, BWSettingAutoWhite};
+constexpr std::array<int, 6> wirelessSettings{BWSettingHue,        BWSettingContrast,  BWSettingSaturation,
+                                              BWSettingBrightness, BWSettingSharpness, BWSettingVideoNorm};
+
+constexpr std::array<BWResolution, 7> ultraResolutions{
+    {{640, 480}, {800, 600}, {1280, 1024}, {1600, 1200}, {1920, 1080}, {2048, 1536}, {2592, 1944}}};
+constexpr std::array<BWResolution, 10> examinationResolutions{{{640, 480},
+                                                               {800, 600},
+                                                               {1024, 768},
+                                                               {1280, 720},
+                                                               {1280, 960},
+                                                               {1280, 1024},
+                                                               {1600, 1200},
+                                                               {1920, 1080},
+                                                               {2048, 1536},
+                                                               {2592, 1944}}};
+constexpr std::array<BWResolution, 3> highResolutions{{{640, 480}, {1280, 1024}, {1600, 1200}}};
+constexpr std::array<BWResolution, 3> regularResolutions{{{640, 480}, {800, 600}, {1280, 1024}}};
+constexpr std::array<BWResolution, 2> wirelessResolutions{{{640, 480}, {720, 480}}};
+
+constexpr BWProductShape ultra{"wired_ultra", ultraSettings, ultraResolutions};
+constexpr BWProductShape examination{"wired_ultra", ultraSettings, examinationResolutions};
+constexpr BWProductShape high{"wired_high", wiredSettings, highResolutions};
+constexpr BWProductShape regular{"wired_regular", wiredSettings, regularResolutions};
+constexpr BWProductShape wireless{"wireless", wirelessSettings, wirelessResolutions};
+
+// In the order of the shape's settings.
+constexpr std::array<int, 12> ultraA{0, 32, 64, 0, 3, 100, 4600, 1, 0, 1, 1, 157};
+constexpr std::array<int, 12> ultraB{12, 50, 60, 35, 4, 90, 3750, 1, 0, 1, 0, 625};
+constexpr std::array<int, 8> highA{0, 15, 15, 160, 13, 78, 128, 1};
+constexpr std::array<int, 8> regularA{0, 13, 15, 152, 15, 64, 120, 0};
+constexpr std::array<int, 8> regularB{0, 8, 16, 120, 12, 92, 128, 1};
+constexpr std::array<int, 8> regularC{0, 13, 15, 167, 15, 75, 90, 0};
+constexpr std::array<int, 6> wirelessA{63, 28, 56, 130, 10, 1};
+constexpr std::array<int, 6> wirelessB{63, 32, 56, 100, 11, 1};
+
+// Identifiers are stored and names are matched against what older versions stored: none may be tidied up.
+// clang-format off
+constexpr BWCatalogueEntry entries[]{
+    {"mx62", "Polarizing Microscope MX62", "Polarisationsmikroskop MX62", ultra, ultraA},
+    {"mx51", "Digital Microscope MX51", "Digitales Mikroskop MX51", ultra, ultraA},
+    {"mx24", "Digital Camera MX24", "Digitalkamera MX24", ultra, ultraB},
+    {"dx15_16", "Digital Video Otoscope DX15/DX16", "Digitales Video-Otoskop DX15 / DX16", regular, regularA},
+    {"dx14", "Digital Iris Scope DX14", "Digitales Iris Scope DX14", regular, regularB},
+    {"dx70", "Digital Camera DX70", "Digitalkamera DX70", regular, regularC},
+    {"dx10", "Digital Dermatoscope DX10", "Digitales Dermatoskop DX10", high, highA},
+    {"mx50_40", "Digital Microscope MX50/MX40", "Digitales Mikroskop MX50 / MX40", high, highA},
+    {"mx61", "Digital Polarizing Microscope MX61", "Digitales Polarisationsmikroskop MX61", high, highA},
+    {"mx63", "Digital U/V Polarizing Microscope MX63", "Digitales U/V-Polarisationsmikroskop MX63", high, highA},
+    {"dx11t", "Digital Trichoscope DX11T", "Digitales Trichoskop DX11T", high, highA},
+    {"dx12", "Wireless Dermatoscope DX12", "Drahtloses Dermatoskop DX12", wireless, wirelessA},
+    {"dx17_18", "Wireless Otoscope DX17/DX18", "Drahtloses Otoskop DX17 / DX18", wireless, wirelessB},
+    {"mx30_31", "Wireless Microscope MX30/MX31", "Drahtloses Mikroskop MX30 / MX31", wireless, wirelessA},
+    {"mx32", "Wireless Polarizing Microscope MX32", "Drahtloses Polarisationsmikroskop MX32", wireless, wirelessA},
+    {"mx33", "Wireless UV Polarizing Microscope MX33", "Drahtloses UV Polarisationsmikroskop MX33", wireless, wirelessA},
+    {"dx72", "Wireless Endoscope Camera DX72", "Wireless Endoskop Kamera DX72", wireless, wirelessA},
+    {"wx90", "Wireless Digital Camera WX90", "Drahtlos Digitalkamera WX90", wireless, wirelessA},
+    {"dx20", "General Examination Camera DX20", nullptr, examination, ultraA},
+};
+// clang-format on
+
+} // namespace
+
+QList<BWCameraProductPtr> BWProductCatalogue::products(BWUserDefaults &defaults)
+{
+    QList<BWCameraProductPtr> products;
+    for (const BWCatalogueEntry &entry : entries)
+        products.append(std::make_shared<BWCatalogueProduct>(entry, defaults));
+    return products;
+}

@@ -1,0 +1,109 @@
+#include "Model/Texts/BWLocalizationManager.h"
+
+#include "Utils/BWLogging.h"
+
+#include <algorithm>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+BWLocalizationManager::BWLocalizationManager(QString path, QStringList preferredLanguages)
+    : m_path(std::move(path)), m_preferredLanguages(std::move(preferredLanguages))
+{
+    preferredLanguage();
+    load();
+}
+
+QString BWLocalizationManager::preferredLanguage()
+{
+    if (m_language.isNull() && !m_preferredLanguages.isEmpty())
+        m_language = m_preferredLanguages.first().section(u'-', 0, 0);
+    return m_language;
+}
+
+void BWLocalizationManager::load()
+{
+    QFile file(m_path);
+    if (!file.exists()) {
+        qCWarning(bwModel).noquote() << "No translations: there is no" << m_path;
+        return;
+    }
+    m_localizations.emplace();
+    if (!file.open(QIODevice::ReadOnly)) {
+        qCWarning(bwModel).noquote() << "No translations:" << m_path << file.errorString();
+        return;
+    }
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
+    if (!document.isArray()) {
+        qCWarning(bwModel).noquote() << "No translations:" << m_path << error.errorString() << "at" << error.offset;
+        return;
+    }
+    for (const QJsonValue &value : document.array()) {
+        const QJsonObject element = value.toObject();
+        const BWLocalizableString string(element["parent"_L1].toString(), element["identifier"_L1].toString(),
+                                         element["source_value"_L1].toString(),
+                                         element["format"_L1].toString() == "html"_L1);
+        if (!m_strings.contains(string))
+            m_strings.insert(string, string);
+        Translations translations;
+        const QJsonObject localizations = element["localizations"_L1].toObject();
+        for (auto it = localizations.begin(); it != localizations.end(); ++it)
+            translations.insert(it.key(), it.value().toString());
+        m_localizations->insert(string, translations);
+    }
+}
+
+QString BWLocalizationManager::localize(const BWLocalizableString &string)
+{
+    if (string.parent().isNull() || string.identifier().isNull() || string.value().isNull())
+        qFatal("A text without parent, identifier or value: \"%s\" \"%s\" \"%s\"", qPrintable(string.parent()),
+               qPrintable(string.identifier()), qPrintable(string.value()));
+
+    const bool isHTML = m_strings.value(string, string).isHTML();
+    m_strings.insert(string, BWLocalizableString(string.parent(), string.identifier(), string.value(), isHTML));
+    if (m_localizations && !m_localizations->contains(string)) {
+        // What a later saveAtPath() lists as still to be translated.
+        m_localizations->insert(string, {{u"es"_s, u""_s}, {u"ja"_s, u""_s}, {u"de"_s, u""_s}, {u"fr"_s, u""_s}});
+    }
+
+    const QString language = preferredLanguage();
+    if (m_localizations && language != "en"_L1) {
+        const QString translation = m_localizations->value(string).value(language);
+        if (!translation.isEmpty())
+            return translation;
+    }
+    return string.value();
+}
+
+void BWLocalizationManager::saveAtPath(const QString &path) const
+{
+    if (!m_localizations) {
+        qCWarning(bwModel).noquote() << "There are no translations to write to" << path;
+        return;
+    }
+    QList<BWLocalizableString> strings = m_strings.values();
+    std::sort(strings.begin(), strings.end(), [](const BWLocalizableString &a, const BWLocalizableString &b) {
+        return std::tie(a.parent(), a.identifier()) < std::tie(b.parent(), b.identifier());
+    });
+    QJsonArray array;
+    for (const BWLocalizableString &string : strings) {
+        QJsonObject localizations;
+        const Translations translations = m_localizations->value(string);
+        for (auto it = translations.begin(); it != translations.end(); ++it)
+            localizations.insert(it.key(), it.value());
+        array.append(QJsonObject{{u"parent"_s, string.parent()},
+                                 {u"identifier"_s, string.identifier()},
+                                 {u"source_value"_s, string.value()},
+                                 {u"format"_s, string.isHTML() ? u"html"_s : u"text"_s},
+                                 {u"localizations"_s, localizations}});
+    }
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(array).toJson()) < 0 || !file.commit())
+        qCWarning(bwModel).noquote() << "Translations cannot be written to" << path << file.errorString();
+}

@@ -1,0 +1,116 @@
+#include "Views/Help/BWAboutWindowController.h"
+
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Utils/BWCopyableText.h"
+#include "Views/Utils/BWProgramHead.h"
+
+#include <algorithm>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QStyle>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int outerMargin = 24;
+constexpr int sectionSpacing = 20;
+constexpr int rowSpacing = 8;
+constexpr int mostRows = 14;
+
+QLabel *label()
+{
+    auto *made = new QLabel;
+    made->setTextFormat(Qt::PlainText);
+    return made;
+}
+
+} // namespace
+
+BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &libraries, QWidget *cameraWindow)
+    : QDialog(cameraWindow),
+      m_version(label()),
+      m_description(label()),
+      m_librariesLabel(label()),
+      m_libraries(new QTreeWidget),
+      m_licencesNote(label()),
+      m_closeButton(new QPushButton)
+{
+    makeBWTextCopyable(*m_version); // for those who report a fault
+    m_licencesNote->setWordWrap(true);
+    m_librariesLabel->setBuddy(m_libraries);
+    m_libraries->setRootIsDecorated(false);
+    m_libraries->setColumnCount(3);
+    for (const BWLibrary &library : libraries)
+        m_libraries->addTopLevelItem(new QTreeWidgetItem({library.name, library.version, library.licence}));
+    m_libraries->setCurrentItem(m_libraries->topLevelItem(0));
+    m_closeButton->setDefault(true);
+
+    auto *head = new BWProgramHead(u"BrimwellPro"_s);
+    head->addLine(m_version);
+    head->addLine(m_description);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin * 2 / 3);
+    column->setSpacing(rowSpacing);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+    column->addWidget(head);
+    column->addSpacing(sectionSpacing - rowSpacing);
+    column->addWidget(m_librariesLabel);
+    column->addWidget(m_libraries);
+    column->addWidget(m_licencesNote);
+    column->addSpacing(rowSpacing);
+    column->addWidget(m_closeButton, 0, Qt::AlignRight);
+    m_libraries->setFocus();
+    connect(m_closeButton, &QPushButton::clicked, this, &QWidget::close);
+}
+
+void BWAboutWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    setWindowTitle(manager.text(u"about_window"_s, u"window_title"_s, u"About BrimwellPro"_s));
+    m_version->setText(
+        manager.text(u"about_window"_s, u"version_label"_s, u"Version %1"_s).arg(QStringLiteral(BW_VERSION)));
+    m_description->setText(manager.text(u"about_window"_s, u"description_label"_s,
+                                        u"Looks through digital microscopes and examination scopes."_s));
+    m_librariesLabel->setText(manager.text(u"about_window"_s, u"libraries_label"_s, u"&Libraries in use:"_s));
+    m_libraries->setAccessibleName(m_librariesLabel->text().remove(u'&')); // to screen readers it has no label
+    m_libraries->setHeaderLabels({manager.text(u"about_window"_s, u"library_column"_s, u"Library"_s),
+                                  manager.text(u"about_window"_s, u"version_column"_s, u"Version"_s),
+                                  manager.text(u"about_window"_s, u"licence_column"_s, u"Licence"_s)});
+    m_licencesNote->setText(manager.text(u"about_window"_s, u"licences_note"_s,
+                                         u"The licence texts are on this computer, below /usr/share/doc."_s));
+    m_closeButton->setText(manager.text(u"about_window"_s, u"close_button"_s, u"&Close"_s));
+}
+
+void BWAboutWindowController::makeKeyAndOrderFront()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+void BWAboutWindowController::showEvent(QShowEvent *event)
+{
+    fitLibraries();
+    QDialog::showEvent(event);
+}
+
+/// As large as the texts are, so that nothing is cut off.
+void BWAboutWindowController::fitLibraries()
+{
+    const int rows = std::min(mostRows, m_libraries->topLevelItemCount());
+    const int frame = 2 * m_libraries->frameWidth();
+    int width = frame;
+    if (rows < m_libraries->topLevelItemCount())
+        width += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    for (int column = 0; column < m_libraries->columnCount(); ++column) {
+        m_libraries->resizeColumnToContents(column);
+        m_libraries->setColumnWidth(column, m_libraries->columnWidth(column) + 2 * rowSpacing);
+        width += m_libraries->columnWidth(column);
+    }
+    const int height = m_libraries->header()->sizeHint().height() + rows * m_libraries->sizeHintForRow(0);
+    m_libraries->setFixedSize(width, height + frame);
+    m_licencesNote->setFixedWidth(width);
+}

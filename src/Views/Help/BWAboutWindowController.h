@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Model/Texts/BWLibraryList.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
+
+#include <QDialog>
+
+class QLabel;
+class QPushButton;
+class QTreeWidget;
+
+/// Tells the version of the program, and of which libraries under which licences it is made. GUI thread.
+class BWAboutWindowController : public QDialog, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    BWAboutWindowController(const QList<BWLibrary> &libraries, QWidget *cameraWindow);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// To the front, and in use.
+    void makeKeyAndOrderFront();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void fitLibraries();
+
+    QLabel *m_version;
+    QLabel *m_description;
+    QLabel *m_librariesLabel;
+    QTreeWidget *m_libraries;
+    QLabel *m_licencesNote;
+    QPushButton *m_closeButton;
+};

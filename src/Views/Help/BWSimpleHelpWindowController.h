@@ -1,0 +1,69 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Views/Help/BWHelpContact.h"
+#include "Views/Help/BWShortcutSection.h"
+
+#include <functional>
+#include <QWidget>
+
+class BWShortcutTable;
+class QAction;
+class QLabel;
+class QPushButton;
+class QScrollArea;
+
+/// The help window: the page with answers, an e-mail to the support that already tells what they ask first, and the
+/// keyboard and mouse actions. A utility window of its own: no sheet of the camera window blocks it. GUI thread.
+class BWSimpleHelpWindowController : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    /// What the window asks of the application.
+    struct Surroundings {
+        std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
+        std::function<QList<BWCameraPtr>()> cameras; ///< the attached ones
+        std::function<QList<QAction *>()> actions; ///< whose shortcuts are listed, those of their menus included
+    };
+
+    /// It opens over the camera window, which must outlive it.
+    BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings, const QWidget *cameraWindow);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// To the front, and in use.
+    void makeKeyAndOrderFront();
+
+    void onFrequentlyAskedQuestions();
+    void onWriteToSupport();
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    QLayout *ways();
+    void updateFonts();
+    void fitShortcuts();
+    void prepare();
+    void placeOverCameraWindow();
+    void open(const QUrl &url, const QString &address);
+    QUrl mail() const;
+
+    BWHelpContact m_contact;
+    Surroundings m_surroundings;
+    const QWidget *m_cameraWindow;
+    QList<BWShortcutSection> m_views;
+    QString m_mailSubject;
+    QString m_mailRequest;
+    QString m_cannotOpen;
+    QLabel *m_introduction;
+    QPushButton *m_faqButton;
+    QPushButton *m_supportButton;
+    QLabel *m_supportNote;
+    QLabel *m_problem;
+    QLabel *m_shortcutsTitle;
+    QScrollArea *m_shortcutsView;
+    BWShortcutTable *m_shortcuts;
+    bool m_placed = false; // once, when its size was first known
+};

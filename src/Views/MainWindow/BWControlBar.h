@@ -1,0 +1,86 @@
+#pragma once
+
+#include "BWACUDriver/BWResolution.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
+
+#include <QList>
+#include <QString>
+#include <QWidget>
+
+class BWBarButton;
+class BWDoubleButton;
+class QComboBox;
+class QGridLayout;
+class QLabel;
+class QToolButton;
+
+/// The controls over the live image: how it is seen on the left, capturing in the middle, settings and albums on the right.
+/// Every control stands over its caption, all on two common lines.
+class BWControlBar : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    explicit BWControlBar(QWidget *parent = nullptr);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// Fills the resolution menu and selects `current`.
+    void showResolutions(const QList<BWResolution> &resolutions, BWResolution current);
+    void showZoom(const QString &text);
+    /// Selects an angle or a mirroring without telling so.
+    void showRotation(int degrees);
+    void showFlip(int index);
+    /// Also told by recordingShown().
+    void showRecording(bool recording);
+    /// Whether the button of the measuring grid is there, and pressed.
+    void setGridAvailable(bool available);
+    void showGrid(bool on);
+    /// Without a camera nothing but settings and albums can be used.
+    void setCameraControlsEnabled(bool enabled);
+
+Q_SIGNALS:
+    void resolutionPicked(const QString &title);
+    void zoomTriggered(BWDoubleButton *button);
+    void rotationPicked(const QString &title);
+    void flipPicked(int index);
+    void gridTriggered();
+    void snapshotTriggered();
+    void recordTriggered();
+    void recordingShown(bool recording);
+    void settingsTriggered();
+    void albumsTriggered();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void build();
+    QLabel *addColumn(QWidget *control, int column);
+    BWBarButton *makeButton(int iconSize);
+    void updateIcons();
+    void keepRoomForStop();
+
+    QGridLayout *m_grid = nullptr;
+    QComboBox *m_resolutionPopUpButton = nullptr;
+    BWDoubleButton *m_zoomDoubleButton = nullptr;
+    QComboBox *m_rotatePopUpButton = nullptr;
+    QComboBox *m_flipPopUpButton = nullptr;
+    BWBarButton *m_gridButton = nullptr;
+    QToolButton *m_snapshotButton = nullptr;
+    BWBarButton *m_recordButton = nullptr;
+    QToolButton *m_settingsButton = nullptr;
+    QToolButton *m_albumsButton = nullptr;
+    QLabel *m_resolutionLabel = nullptr;
+    QLabel *m_zoomLabel = nullptr;
+    QLabel *m_rotateLabel = nullptr;
+    QLabel *m_flipLabel = nullptr;
+    QLabel *m_gridLabel = nullptr;
+    QLabel *m_snapshotLabel = nullptr;
+    QLabel *m_recordLabel = nullptr;
+    QLabel *m_settingsLabel = nullptr;
+    QLabel *m_albumsLabel = nullptr;
+    QString m_recordText;
+    QString m_stopText;
+    bool m_recording = false;
+};

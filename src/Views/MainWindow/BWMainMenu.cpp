@@ -1,0 +1,219 @@
+#include "Views/MainWindow/BWMainMenu.h"
+
+#include "Model/Texts/BWLocalizationManager.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A name is no place for an access key.
+QString titled(QString name)
+{
+    return name.replace(u'&', u"&&"_s);
+}
+
+} // namespace
+
+BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
+{
+    QMenuBar *bar = window.menuBar();
+    m_fileMenu = bar->addMenu(QString());
+    m_cameraMenu = bar->addMenu(QString());
+    m_viewMenu = bar->addMenu(QString());
+    m_panelsMenu = bar->addMenu(QString());
+    m_toolsMenu = bar->addMenu(QString());
+    m_helpMenu = bar->addMenu(QString());
+
+    openAlbumFolder = add(m_fileMenu, u"Ctrl+O"_s);
+    importOldSettings = add(m_fileMenu);
+    m_fileMenu->addSeparator();
+    quit = add(m_fileMenu, QKeySequence::Quit);
+    quit->setShortcut(u"Ctrl+Q"_s);
+    quit->setMenuRole(QAction::QuitRole);
+
+    snapshot = add(m_cameraMenu, u"Ctrl+S"_s);
+    record = add(m_cameraMenu, u"Ctrl+Shift+S"_s);
+    for (QAction *capture : {snapshot, record}) // in whichever of our windows the keyboard is
+        capture->setShortcutContext(Qt::ApplicationShortcut);
+    m_cameraListEnd = m_cameraMenu->addSeparator();
+    m_productMenu = m_cameraMenu->addMenu(QString());
+    m_cameras = new QActionGroup(this);
+    m_products = new QActionGroup(this);
+
+    zoomIn = add(m_viewMenu);
+    zoomIn->setShortcuts({u"Ctrl++"_s, u"Ctrl+="_s});
+    zoomOut = add(m_viewMenu, u"Ctrl+-"_s);
+    for (QAction *stepwise : {zoomIn, zoomOut})
+        stepwise->setAutoRepeat(true);
+    actualSize = add(m_viewMenu, u"Ctrl+0"_s);
+    m_viewMenu->addSeparator();
+    rotate = add(m_viewMenu, u"Ctrl+R"_s);
+    flipHorizontally = add(m_viewMenu, u"Ctrl+H"_s);
+    flipVertically = add(m_viewMenu, u"Ctrl+J"_s);
+    m_viewMenu->addSeparator();
+    grid = add(m_viewMenu, u"Ctrl+G"_s);
+    grid->setCheckable(true);
+    fullScreen = add(m_viewMenu, u"F11"_s);
+    fullScreen->setCheckable(true);
+
+    cameraWindowMenuItem = add(m_panelsMenu);
+    cameraWindowMenuItem->setCheckable(true);
+    albumManagerMenuItem = add(m_panelsMenu, u"F9"_s);
+    settingsMenuItem = add(m_panelsMenu, u"Ctrl+,"_s);
+    advancedSettingsMenuItem = add(m_panelsMenu, u"F8"_s);
+    for (QAction *item : {albumManagerMenuItem, settingsMenuItem, advancedSettingsMenuItem})
+        item->setCheckable(true);
+    m_panelsMenu->addSeparator();
+    nextWindow = add(m_panelsMenu, u"F6"_s);
+    simpleHelpMenuItem = add(m_helpMenu, u"F1"_s);
+    aboutMenuItem = add(m_helpMenu);
+    aboutMenuItem->setMenuRole(QAction::AboutRole);
+    advancedSettingsMenuItem->setEnabled(false); // the others are of use without a camera, too
+    gridDebugger = add(m_toolsMenu);
+    registerDebugger = add(m_toolsMenu);
+    auto *toggleTools = new QAction(this);
+    toggleTools->setShortcut(u"Ctrl+Alt+Shift+T"_s);
+    toggleTools->setAutoRepeat(false);
+    window.addAction(toggleTools);
+    connect(toggleTools, &QAction::triggered, this, [this] { showTools(!m_toolsMenu->menuAction()->isVisible()); });
+    connect(m_panelsMenu, &QMenu::aboutToShow, this, &BWMainMenu::panelsMenuOpening);
+    connect(m_cameras, &QActionGroup::triggered, this,
+            [this](QAction *action) { Q_EMIT cameraPicked(action->data().toInt()); });
+    connect(m_products, &QActionGroup::triggered, this,
+            [this](QAction *action) { Q_EMIT productPicked(action->data().toString()); });
+
+    setCameraActionsEnabled(false);
+    setGridAvailable(false);
+    showTools(false);
+    showCameras({}, -1);
+    showProducts({}, {}, {});
+}
+
+QAction *BWMainMenu::add(QMenu *menu, const QKeySequence &shortcut)
+{
+    QAction *action = menu->addAction(QString());
+    action->setShortcut(shortcut);
+    action->setAutoRepeat(false); // a key that is held down a moment too long takes one picture, not twenty
+    return action;
+}
+
+void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
+{
+    const auto set = [](QAction *action, const QString &text) { action->setText(text); };
+    m_fileMenu->setTitle(manager.text(u"main_menu"_s, u"file_menu"_s, u"&File"_s));
+    set(openAlbumFolder, manager.text(u"main_menu"_s, u"open_album_folder_menu_item"_s, u"&Open album folder"_s));
+    set(importOldSettings, manager.text(u"import"_s, u"menu_item"_s, u"&Import old settings..."_s));
+    set(quit, manager.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s));
+
+    m_cameraMenu->setTitle(manager.text(u"main_menu"_s, u"camera_menu"_s, u"&Camera"_s));
+    set(snapshot, manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s));
+    m_recordText = manager.text(u"main_menu"_s, u"record_menu_item"_s, u"&Record video"_s);
+    m_stopText = manager.text(u"main_menu"_s, u"stop_recording_menu_item"_s, u"Stop &recording"_s);
+    showRecording(m_recording);
+    m_productMenu->setTitle(manager.text(u"main_menu"_s, u"product_menu"_s, u"&Product"_s));
+
+    m_viewMenu->setTitle(manager.text(u"main_menu"_s, u"view_menu"_s, u"&View"_s));
+    set(zoomIn, manager.text(u"main_menu"_s, u"zoom_in_menu_item"_s, u"Zoom &in"_s));
+    set(zoomOut, manager.text(u"main_menu"_s, u"zoom_out_menu_item"_s, u"Zoom &out"_s));
+    set(actualSize, manager.text(u"main_menu"_s, u"actual_size_menu_item"_s, u"&Actual size"_s));
+    set(rotate, manager.text(u"main_menu"_s, u"rotate_menu_item"_s, u"&Rotate by 90 degrees"_s));
+    set(flipHorizontally, manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
+    set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));
+    set(grid, manager.text(u"main_menu"_s, u"grid_menu_item"_s, u"&Measuring grid"_s));
+    set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
+
+    // The item and the menu that it opens are two texts, as translators may want them to differ; the menu is shown.
+    manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"&Panels"_s);
+    m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"&Panels"_s));
+    set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"&Camera window"_s));
+    set(albumManagerMenuItem, manager.text(u"main_menu"_s, u"album_manager_menu_item"_s, u"&Album manager"_s));
+    set(settingsMenuItem, manager.text(u"main_menu"_s, u"settings_menu_item"_s, u"&Settings"_s));
+    set(advancedSettingsMenuItem,
+        manager.text(u"main_menu"_s, u"advanced_settings_menu_item"_s, u"A&dvanced settings"_s));
+    set(nextWindow, manager.text(u"main_menu"_s, u"next_window_menu_item"_s, u"&Next window"_s));
+    manager.text(u"main_menu"_s, u"help_menu_item"_s, u"&Help"_s);
+    m_helpMenu->setTitle(manager.text(u"main_menu"_s, u"help_menu"_s, u"&Help"_s));
+    set(simpleHelpMenuItem, manager.text(u"main_menu"_s, u"simple_help_menu_item"_s, u"BrimwellPro &help"_s));
+    set(aboutMenuItem, manager.text(u"main_menu"_s, u"about_menu_item"_s, u"&About BrimwellPro"_s));
+
+    m_toolsMenu->setTitle(manager.text(u"main_menu"_s, u"tools_menu"_s, u"&Tools"_s));
+    set(gridDebugger, manager.text(u"main_menu"_s, u"grid_debugger_menu_item"_s, u"&Grid debugger"_s));
+    set(registerDebugger, manager.text(u"main_menu"_s, u"register_debugger_menu_item"_s, u"&Register debugger"_s));
+}
+
+void BWMainMenu::showCameras(const QList<QString> &names, int current)
+{
+    const QList<QAction *> old = m_cameras->actions();
+    qDeleteAll(old);
+    for (int i = 0; i < names.size(); ++i) {
+        auto *action = new QAction(titled(names[i]), m_cameras);
+        action->setData(i);
+        action->setCheckable(true);
+        action->setChecked(i == current);
+        m_cameraMenu->insertAction(m_productMenu->menuAction(), action);
+    }
+    m_cameraListEnd->setVisible(!names.isEmpty());
+}
+
+void BWMainMenu::showProducts(const QList<BWCameraProductPtr> &products, const QList<QString> &names,
+                              const QString &current)
+{
+    const QList<QAction *> old = m_products->actions();
+    qDeleteAll(old);
+    for (int i = 0; i < products.size(); ++i) {
+        auto *action = new QAction(titled(names[i]), m_products);
+        action->setData(products[i]->identifier());
+        action->setCheckable(true);
+        action->setChecked(products[i]->identifier() == current);
+        m_productMenu->addAction(action);
+    }
+    m_productMenu->menuAction()->setVisible(!products.isEmpty());
+}
+
+void BWMainMenu::enablePanels()
+{
+    advancedSettingsMenuItem->setEnabled(true);
+}
+
+void BWMainMenu::setCameraActionsEnabled(bool enabled)
+{
+    for (QAction *action :
+         {snapshot, record, zoomIn, zoomOut, actualSize, rotate, flipHorizontally, flipVertically, grid})
+        action->setEnabled(enabled);
+}
+
+void BWMainMenu::showRecording(bool recording)
+{
+    m_recording = recording;
+    record->setText(recording ? m_stopText : m_recordText);
+}
+
+void BWMainMenu::setGridAvailable(bool available)
+{
+    grid->setVisible(available);
+    gridDebugger->setEnabled(available);
+}
+
+void BWMainMenu::showGrid(bool on)
+{
+    grid->setChecked(on);
+}
+
+void BWMainMenu::showTools(bool shown)
+{
+    m_toolsMenu->menuAction()->setVisible(shown);
+}
+
+void BWMainMenu::showOpenWindows(const OpenWindows &windows)
+{
+    cameraWindowMenuItem->setChecked(windows.camera);
+    albumManagerMenuItem->setChecked(windows.albums);
+    settingsMenuItem->setChecked(windows.settings);
+    advancedSettingsMenuItem->setChecked(windows.advancedSettings);
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/Products/BWCameraProduct.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
+
+#include <QKeySequence>
+#include <QList>
+#include <QObject>
+#include <QString>
+
+class QAction;
+class QActionGroup;
+class QMainWindow;
+class QMenu;
+
+/// The menu bar of the main window. What an item does is up to whoever connects its action.
+class BWMainMenu : public QObject, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    /// The windows that are on the screen.
+    struct OpenWindows {
+        bool camera = false;
+        bool albums = false;
+        bool settings = false;
+        bool advancedSettings = false;
+    };
+
+    explicit BWMainMenu(QMainWindow &window);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// The opened cameras, one of them checked; and the products that the current one can be.
+    void showCameras(const QList<QString> &names, int current);
+    void showProducts(const QList<BWCameraProductPtr> &products, const QList<QString> &names, const QString &current);
+
+    /// Enables the items that make sense only once a camera has been there.
+    void enablePanels();
+    /// Enables the items that act on a streaming camera.
+    void setCameraActionsEnabled(bool enabled);
+    /// Whether the item that records would end a recording.
+    void showRecording(bool recording);
+    /// Whether the item of the measuring grid is there, and checked.
+    void setGridAvailable(bool available);
+    void showGrid(bool on);
+    /// The menu of a technician's tools, which users do not meet.
+    void showTools(bool shown);
+    /// Check marks of the window list.
+    void showOpenWindows(const OpenWindows &windows);
+
+    QAction *openAlbumFolder;
+    QAction *importOldSettings;
+    QAction *quit;
+    QAction *snapshot;
+    QAction *record;
+    QAction *zoomIn;
+    QAction *zoomOut;
+    QAction *actualSize;
+    QAction *rotate;
+    QAction *flipHorizontally;
+    QAction *flipVertically;
+    QAction *grid;
+    QAction *fullScreen;
+    QAction *cameraWindowMenuItem;
+    QAction *albumManagerMenuItem;
+    QAction *settingsMenuItem;
+    QAction *advancedSettingsMenuItem;
+    QAction *nextWindow;
+    QAction *simpleHelpMenuItem;
+    QAction *aboutMenuItem;
+    QAction *gridDebugger;
+    QAction *registerDebugger;
+
+Q_SIGNALS:
+    void cameraPicked(int index);
+    void productPicked(const QString &identifier);
+    /// The window list is about to be shown.
+    void panelsMenuOpening();
+
+private:
+    QAction *add(QMenu *menu, const QKeySequence &shortcut = {});
+
+    QMenu *m_fileMenu;
+    QMenu *m_cameraMenu;
+    QMenu *m_productMenu;
+    QMenu *m_viewMenu;
+    QMenu *m_panelsMenu;
+    QMenu *m_helpMenu;
+    QMenu *m_toolsMenu;
+    QAction *m_cameraListEnd;
+    QActionGroup *m_cameras;
+    QActionGroup *m_products;
+    QString m_recordText;
+    QString m_stopText;
+    bool m_recording = false;
+};

@@ -1,0 +1,132 @@
+#include "Views/MainWindow/BWMainWindow.h"
+
+#include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWControlBar.h"
+#include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWStatusPill.h"
+#include "Views/Utils/BWAccessibleRoles.h"
+#include "Views/Utils/BWFrameAutosave.h"
+#include "Views/Utils/BWWindowPlacement.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QMenuBar>
+
+using namespace Qt::StringLiterals;
+
+BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
+    : m_content(new QWidget(this)),
+      m_menu(new BWMainMenu(*this)),
+      m_clipView(new BWCenteringClipView(renderer, m_content)),
+      m_controlBar(new BWControlBar(m_content)),
+      m_statusPill(new BWStatusPill(m_content))
+{
+    BWAccessibleRoles::install();
+    setObjectName(u"main"_s);
+    setCentralWidget(m_content);
+    m_content->installEventFilter(this);
+    m_controlBar->installEventFilter(this);
+    // The bar comes first in the order of Tab, as it does for the eye.
+    m_controlBar->raise();
+    m_statusPill->raise();
+    setTabOrder(m_controlBar, m_clipView);
+    m_clipView->setFocus();
+    connect(m_controlBar, &BWControlBar::recordingShown, m_menu, &BWMainMenu::showRecording);
+    connect(m_menu->fullScreen, &QAction::toggled, this, &BWMainWindow::setFullScreen);
+}
+
+void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
+{
+    setWindowTitle(manager.text(u"camera_window"_s, u"window_title"_s, u"BrimwellPro"_s));
+    m_clipView->setAccessibleName(manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s));
+    m_menu->localizeWithManager(manager);
+    m_controlBar->localizeWithManager(manager);
+    updateMinimumSize();
+    layOutContent();
+}
+
+void BWMainWindow::resetLayout()
+{
+    setWindowState(windowState() & ~(Qt::WindowMaximized | Qt::WindowFullScreen));
+    const QSize window =
+        defaultContentSize.expandedTo(m_content->minimumSize()) + QSize(0, menuBar()->sizeHint().height());
+    const QMargins margins = BWFrameAutosave::margins(*this);
+    BWFrameAutosave::setFrame(*this, BWWindowPlacement::onScreens().camera(window, margins), margins);
+}
+
+void BWMainWindow::rememberFrame(BWUserDefaults &defaults)
+{
+    m_frame = new BWFrameAutosave(*this, u"main"_s, defaults);
+}
+
+void BWMainWindow::setVisible(bool visible)
+{
+    if (visible && !isVisible() && m_frame && !m_frame->isRemembered())
+        resetLayout();
+    QMainWindow::setVisible(visible);
+}
+
+void BWMainWindow::setFullScreen(bool fullScreen)
+{
+    setWindowState(windowState().setFlag(Qt::WindowFullScreen, fullScreen));
+}
+
+void BWMainWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Cancel) && isFullScreen())
+        setFullScreen(false);
+    else
+        Q_EMIT otherKeyPressed(event->key(), event->isAutoRepeat());
+}
+
+/// The bar decides how narrow the window may become: its captions, and what is shown in it later.
+void BWMainWindow::updateMinimumSize()
+{
+    m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + 160);
+}
+
+void BWMainWindow::layOutContent()
+{
+    m_clipView->setGeometry(m_content->rect());
+    m_controlBar->setGeometry(0, 0, m_content->width(), BWLiveViewGeometry::barHeight);
+    m_statusPill->placeIn(m_content->rect().adjusted(0, BWLiveViewGeometry::barHeight, 0, 0));
+}
+
+bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_content && event->type() == QEvent::Resize) {
+        layOutContent();
+        Q_EMIT resized();
+    }
+    if (watched == m_controlBar && event->type() == QEvent::LayoutRequest)
+        updateMinimumSize();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void BWMainWindow::closeEvent(QCloseEvent *event)
+{
+    event->setAccepted(!m_shouldClose || m_shouldClose());
+}
+
+void BWMainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::WindowStateChange)
+        return;
+    m_menu->fullScreen->setChecked(isFullScreen()); // the desktop has its own ways to change it
+    Q_EMIT occlusionStateChanged();
+}
+
+void BWMainWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    Q_EMIT occlusionStateChanged();
+}
+
+void BWMainWindow::hideEvent(QHideEvent *event)
+{
+    QMainWindow::hideEvent(event);
+    Q_EMIT occlusionStateChanged();
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
+
+#include <functional>
+#include <QMainWindow>
+
+class BWCenteringClipView;
+class BWControlBar;
+class BWFrameAutosave;
+class BWLiveRenderer;
+class BWMainMenu;
+class BWStatusPill;
+class BWUserDefaults;
+
+/// The camera window: menu bar, live image, the control bar over its top and the status line over its lower edge.
+/// It only lays its parts out and passes window events on.
+class BWMainWindow : public QMainWindow, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    /// Size of the content below the menu bar after a reset of the layout.
+    static constexpr QSize defaultContentSize{977, 550};
+
+    explicit BWMainWindow(BWLiveRenderer &renderer);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    BWMainMenu &menu() const { return *m_menu; }
+    BWControlBar &controlBar() const { return *m_controlBar; }
+    BWCenteringClipView &centeringClipView() const { return *m_clipView; }
+    BWStatusPill &currentCameraLabel() const { return *m_statusPill; }
+
+    /// Gives the content its default size and puts the window into the middle of the main screen.
+    void resetLayout();
+    /// Remembers the window's frame from now on. Without one the layout is reset when the window is shown.
+    void rememberFrame(BWUserDefaults &defaults);
+    void setVisible(bool visible) override;
+
+    void setFullScreen(bool fullScreen);
+
+    /// Asked when the user closes the window: true to let it close. By default it may.
+    void setShouldClose(std::function<bool()> shouldClose) { m_shouldClose = std::move(shouldClose); }
+
+Q_SIGNALS:
+    void resized();
+    /// The window was shown, hidden, minimised or restored.
+    void occlusionStateChanged();
+    /// A key for which nothing in the window has a use.
+    void otherKeyPressed(int key, bool autoRepeat);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void updateMinimumSize();
+    void layOutContent();
+
+    QWidget *m_content;
+    BWMainMenu *m_menu;
+    BWCenteringClipView *m_clipView;
+    BWControlBar *m_controlBar;
+    BWStatusPill *m_statusPill;
+    BWFrameAutosave *m_frame = nullptr;
+    std::function<bool()> m_shouldClose;
+};

@@ -1,0 +1,94 @@
+#include "Views/MainWindow/BWStatusPill.h"
+
+#include "Views/Utils/BWPillPainting.h"
+
+#include <algorithm>
+#include <QAccessible>
+#include <QEvent>
+#include <QPainter>
+
+namespace {
+
+constexpr int sidePadding = 17;
+constexpr int endPadding = 5;
+constexpr int bottomDistance = 11;
+constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
+
+} // namespace
+
+BWStatusPill::BWStatusPill(QWidget *parent) : QWidget(parent)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setFocusPolicy(Qt::NoFocus);
+    hide();
+}
+
+void BWStatusPill::setText(const QString &text)
+{
+    if (text == m_text)
+        return;
+    m_text = text;
+    setAccessibleName(text);
+    setVisible(!text.isEmpty());
+    fit();
+    update();
+}
+
+void BWStatusPill::announce(const QString &text)
+{
+    hide(); // a notification is said when it appears
+    m_text.clear();
+    setText(text);
+}
+
+void BWStatusPill::placeIn(const QRect &area)
+{
+    m_area = area;
+    fit();
+}
+
+int BWStatusPill::widestText() const
+{
+    return std::max(1, m_area.width() - 2 * (bottomDistance + sidePadding));
+}
+
+void BWStatusPill::fit()
+{
+    if (m_text.isEmpty() || m_area.isEmpty())
+        return;
+    const QRect bounds = fontMetrics().boundingRect(QRect(0, 0, widestText(), 10000), textFlags, m_text);
+    const QSize size = bounds.size() + QSize(2 * sidePadding, 2 * endPadding);
+    const QPoint corner(m_area.x() + (m_area.width() - size.width()) / 2,
+                        m_area.y() + m_area.height() - bottomDistance - size.height());
+    setGeometry(QRect(corner, size));
+    m_drawn = {};
+}
+
+void BWStatusPill::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange)
+        fit();
+    QWidget::changeEvent(event);
+}
+
+void BWStatusPill::paintEvent(QPaintEvent *)
+{
+    if (m_drawn.isNull() || m_drawn.devicePixelRatio() != devicePixelRatioF())
+        m_drawn = drawn();
+    QPainter(this).drawPixmap(0, 0, m_drawn);
+}
+
+QPixmap BWStatusPill::drawn() const
+{
+    QPixmap pixmap((QSizeF(size()) * devicePixelRatioF()).toSize());
+    pixmap.setDevicePixelRatio(devicePixelRatioF());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    drawBWPill(painter, rect());
+    painter.setFont(font());
+    painter.setPen(bwPillTextColor);
+    QRect text(0, 0, widestText(), height()); // so that it is wrapped as it was measured
+    text.moveCenter(rect().center());
+    painter.drawText(text, textFlags, m_text);
+    return pixmap;
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "BWACUDriver/BWCamera.h"
+#include "Model/Texts/BWLocalizationManagerDelegate.h"
+
+#include <functional>
+#include <QWidget>
+
+class BWConfigManager;
+class QLabel;
+class QSlider;
+
+/// A technician's window that tunes how far apart the lines of the measuring grid are, while the grid follows on the
+/// live image. Nothing of it is stored. GUI thread.
+class BWGridDebuggerWindowController final : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    struct Surroundings {
+        std::function<BWCameraPtr()> currentCamera;
+        std::function<double()> gridDistance;
+        std::function<void(double)> updateGridForCurrentProduct;
+    };
+
+    static constexpr double largestDistance = 1000; ///< points
+
+    BWGridDebuggerWindowController(Surroundings surroundings, BWConfigManager &config, QWidget *parent = nullptr);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// Shows product, resolution and distance of the current camera; leaves all as it is where no product was chosen.
+    void reload();
+
+private:
+    double sliderValue() const;
+    void updateResultNumber();
+    void onGridSlider();
+
+    Surroundings m_surroundings;
+    BWConfigManager &m_config;
+    QLabel *m_productLabel;
+    QLabel *m_resolutionLabel;
+    QLabel *m_distanceLabel;
+    QLabel *m_productNameTextField;
+    QLabel *m_resolutionTextField;
+    QSlider *m_gridSlider; // counts tenths of a point
+    QLabel *m_resultNumberTextField;
+};

@@ -1,0 +1,176 @@
+#include "Views/Utils/BWFlashActionViewController.h"
+
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Utils/BWMainQueue.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <QStyle>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int topDistance = 11;
+
+} // namespace
+
+BWFlashActionViewController::BWFlashActionViewController(QWidget &content, int inset, BWLocalizationManager &texts,
+                                                         BWClock &clock)
+    : QWidget(&content), m_texts(texts), m_clock(clock), m_inset(inset), m_animation(clock)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setFocusPolicy(Qt::NoFocus);
+    m_picture.setFont(font());
+    content.installEventFilter(this);
+    hide();
+}
+
+BWFlashActionViewController::~BWFlashActionViewController()
+{
+    cancelStep();
+}
+
+void BWFlashActionViewController::setAction(Action action)
+{
+    BWMainQueue::post(m_alive, [this, action] { doAction(action); });
+}
+
+void BWFlashActionViewController::doAction(Action action)
+{
+    using Sign = BWFlashPicture::Sign;
+    switch (action) {
+    case Action::SnapshotSaved:
+        present(Sign::Check, m_texts.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s));
+        flashOnce();
+        break;
+    case Action::RecordingStarted:
+        present(Sign::Record, m_texts.text(u"flash_view"_s, u"recording"_s, u"Recording..."_s));
+        repeatFlash();
+        break;
+    case Action::RecordingStopped:
+        stopFlash();
+        return;
+    }
+    raise();
+    show();
+}
+
+void BWFlashActionViewController::present(BWFlashPicture::Sign sign, const QString &caption)
+{
+    m_animation.stop();
+    m_picture.setCaption(sign, caption);
+    setAccessibleName(caption);
+    pictureChanged();
+}
+
+void BWFlashActionViewController::setDetails(const QString &details)
+{
+    if (details == m_picture.details())
+        return;
+    m_picture.setDetails(details);
+    pictureChanged();
+}
+
+void BWFlashActionViewController::flashOnce()
+{
+    m_animation.flashOnce(motion());
+    nextStep();
+}
+
+void BWFlashActionViewController::repeatFlash()
+{
+    m_animation.repeatFlash(motion());
+    nextStep();
+}
+
+void BWFlashActionViewController::stopFlash()
+{
+    m_animation.stop();
+    nextStep(); // hides it
+}
+
+BWOpacityAnimation::Motion BWFlashActionViewController::motion() const
+{
+    using Motion = BWOpacityAnimation::Motion;
+    // What desktops that let people switch animations off tell to Qt.
+    return style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0 ? Motion::Full : Motion::Gentle;
+}
+
+/// Shows what is to be seen now, and comes again when that changes.
+void BWFlashActionViewController::nextStep()
+{
+    cancelStep();
+    if (!m_animation.isRunning()) {
+        hide();
+        return;
+    }
+    update(m_picture.fadingRect().translated(pillRect().topLeft()));
+    const auto step = m_animation.nextStep();
+    if (step && isVisible() && !window()->isMinimized())
+        m_step = DispatchAfterStrict::dispatchForQueue(
+            this, [this] { nextStep(); }, std::chrono::duration<double>(*step).count(), m_clock);
+}
+
+void BWFlashActionViewController::cancelStep()
+{
+    if (m_step)
+        m_step->cancel();
+    m_step.reset();
+}
+
+QRect BWFlashActionViewController::pillRect() const
+{
+    const QSize pill = m_picture.size();
+    return {QPoint((width() - pill.width()) / 2, m_inset + topDistance), pill};
+}
+
+void BWFlashActionViewController::pictureChanged()
+{
+    m_steady = {};
+    m_fading = {};
+    setGeometry(0, 0, parentWidget()->width(), m_inset + topDistance + m_picture.size().height());
+    update(m_drawn.united(pillRect())); // no more: there is a live picture below
+}
+
+void BWFlashActionViewController::paintEvent(QPaintEvent *)
+{
+    const double ratio = devicePixelRatioF();
+    if (m_steady.isNull() || m_steady.devicePixelRatio() != ratio) {
+        m_steady = m_picture.steadyPart(ratio);
+        m_fading = m_picture.fadingPart(ratio);
+    }
+    m_drawn = pillRect();
+    QPainter painter(this);
+    painter.drawPixmap(m_drawn.topLeft(), m_steady);
+    painter.setOpacity(m_animation.opacity());
+    painter.drawPixmap(m_drawn.topLeft(), m_fading);
+}
+
+void BWFlashActionViewController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    nextStep();
+}
+
+void BWFlashActionViewController::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    cancelStep();
+}
+
+void BWFlashActionViewController::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange) {
+        m_picture.setFont(font());
+        pictureChanged();
+    }
+    QWidget::changeEvent(event);
+}
+
+bool BWFlashActionViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize && watched == parentWidget())
+        pictureChanged();
+    return QWidget::eventFilter(watched, event);
+}
