@@ -12,7 +12,7 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "viewer and capture program for digital microscopes")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "Shows the live image of a USB digital microscope, dermatoscope, otoscope or
-wireless camera, zoomed, turned and mirrored as wished, with a calibrated
+wireless camera, zoomed, rotated and mirrored as you like, with a calibrated
 measuring grid for dermatoscopes.
 
 Snapshots and movies are taken with a key or with the button on the camera,
