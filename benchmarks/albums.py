@@ -20,12 +20,12 @@ from media import Kind, Media  # noqa: E402
 from players import OurProgram  # noqa: E402
 from program_run import Run, memory_mib, table  # noqa: E402
 
-KIND = Kind(640, 480, 30, "MJPEG")  # what the camera shows meanwhile
+KIND = Kind(640, 480, 30, "MJPEG")  # what the camera delivers meanwhile
 ORIGINALS = 20
 GRID_TOP, GRID_BOTTOM = 70, 517  # of the window's 550 points: between the tabs and the lower edge
-ROWS = 4  # that are to be seen in full
-GREY = 12  # the parts of a colour without colour differ by less
-NOT_BLOCKED = 8  # milliseconds that the program does not tell of
+ROWS = 4  # fully visible
+GREY = 12  # red, green and blue of a grey differ by less
+NOT_BLOCKED = 8  # milliseconds: the program does not report shorter hold-ups
 
 
 class AlbumBench:
@@ -91,7 +91,7 @@ class AlbumBench:
         return painted - begin, time.monotonic() - painted
 
     def find_window(self):
-        """Where it stands; it stands there at every start."""
+        """Its position, the same at every start."""
         run = self.start()
         self.desktop.key("F9")
         number = wait_until("the window is there", lambda: self.desktop.output(

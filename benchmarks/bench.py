@@ -40,7 +40,7 @@ class Bench:
 
     def run(self):
         print(f"On {os.cpu_count()} cores, load {os.getloadavg()[0]:.1f} before; window {WINDOW[0]}x{WINDOW[1]}.\n")
-        if self.players:  # its first run looks through all its plugins
+        if self.players:  # the first run of GStreamer scans its plugins
             self.desktop.output(["gst-inspect-1.0", "ximagesink"])
         self.cpu_table()
         self.grid_table()
@@ -74,7 +74,7 @@ class Bench:
         return self.cpu_between(measure)
 
     def grid_table(self):
-        """Off and on take turns, so that what else the computer does befalls both."""
+        """Off and on alternate, so that other load affects both."""
         print("## The measuring grid\n\nCPU milliseconds of the program per shown frame at 100 %, median of "
               f"{self.grid_rounds}.\n")
         rows = [["off"], ["on"], ["more"]]
@@ -166,7 +166,7 @@ class Bench:
             run.wait_for_end(10)
         except Failure:
             if run.process.returncode is None:
-                raise  # ended by the signal is fine, still there is not
+                raise  # ending by the signal is fine, surviving it is not
 
     # Memory
 

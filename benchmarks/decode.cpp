@@ -1,4 +1,4 @@
-// Decodes the JPEG files of a folder over and over, as lean as it can be done: what a live image of MJPEG costs at least.
+// Decodes the JPEG files of a folder repeatedly with nothing else around it: the least that a live MJPEG image costs.
 // Usage: bw_bench_decode FOLDER FRAMES. Prints "decode: frames=N cpu_ms=X".
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-"""The programs that are compared: how each is told to show a movie in a window of the same size, frame by frame."""
+"""The programs that are compared: how to make each show a movie in a window of the same size, frame by frame."""
 
 import re
 
@@ -6,7 +6,7 @@ WINDOW = (977, 550)
 
 
 class Player:
-    """Shows a finite movie from begin to end without dropping a frame, then ends by itself."""
+    """Shows a finite movie from start to end without dropping a frame, then ends by itself."""
 
     def __init__(self, name, command, loop=None):
         self.name = name
@@ -53,7 +53,7 @@ def numbers(text):
 
 
 class OurProgram:
-    """Shows what a simulated camera sees, which is the movie over and over, until it is asked to quit."""
+    """Shows a simulated camera that repeats the movie, until asked to quit."""
 
     ENVIRONMENT = {"BW_STATISTICS": "1"}
 
@@ -62,7 +62,7 @@ class OurProgram:
         self._settings = home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
 
     def command(self, movie, kind, camera="ultra", product="mx62"):
-        """Also stores the settings that make the camera run at the movie's size and leave nothing to be asked."""
+        """Also stores the settings that make the camera run at the movie's size and leave no question."""
         self._settings.parent.mkdir(parents=True, exist_ok=True)
         self._settings.write_text(
             "[General]\n"
@@ -72,5 +72,5 @@ class OurProgram:
         return [str(self._program), "--simulate", f"{camera}={movie}"]
 
     def statistics(self, log):
-        """What it tells at its end: shown, bad and dropped frames, cpu_ms, first_frame_ms."""
+        """What it reports at its end: shown, bad and dropped frames, cpu_ms, first_frame_ms."""
         return numbers("".join(line for line in log.splitlines() if "statistics:" in line))

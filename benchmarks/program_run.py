@@ -11,7 +11,7 @@ from desktop import Failure, wait_until  # noqa: E402
 from live_image import colours  # noqa: E402
 
 TICK = os.sysconf("SC_CLK_TCK")
-MANY_COLOURS = 60  # at the points looked at; no window without a picture has that many
+MANY_COLOURS = 60  # at the sampled points; no window without a picture has so many
 
 
 def cpu_seconds(pid):
@@ -31,7 +31,7 @@ def table(head, rows):
 
 
 class Run:
-    """One run of one program: when it showed the first picture, and what it has used at its end."""
+    """One run of one program: when it showed the first picture, and what it had used by its end."""
 
     def __init__(self, desktop, command, environment):
         self._desktop = desktop

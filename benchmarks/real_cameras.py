@@ -92,7 +92,7 @@ def compare(what, device, mode, frames_so_far, wanted):
                                 f"width={width},height={height},pixelformat={v4l2_format}"], check=True)
             try:
                 results[name] = Viewer(desktop, command, title, keys).measure(frames_so_far, wanted)
-            except Exception as problem:  # a viewer that does not work here is told as such
+            except Exception as problem:  # the report names a viewer that does not work here
                 desktop.picture().save_png(f"/tmp/{name}.png")
                 print(f"{name} with {what}: {problem}\n{(desktop.folder / 'viewer.log').read_text()[-800:]}", flush=True)
     print(f"\n{what}, {wanted} frames\n\n| viewer | CPU ms a frame | display server |\n| --- | --- | --- |")
@@ -104,7 +104,7 @@ def compare(what, device, mode, frames_so_far, wanted):
 
 
 def vivid_frames(device):
-    """Frames that the device has delivered, by the clock: it keeps its rate whoever looks on."""
+    """Frames that the device has delivered, by the clock: its rate does not depend on the viewer."""
     begin = time.monotonic()
     return lambda: int((time.monotonic() - begin) * 10)
 

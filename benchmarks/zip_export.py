@@ -28,7 +28,7 @@ def make_pictures(folder, count):
 
 
 def measured(command, files, separator):
-    """Seconds by the clock and of the processors, and what was printed. What others left to be written is out of the way."""
+    """Seconds by the clock and of the processors, and what was printed. Earlier writes are flushed first."""
     os.sync()
     before, begin = os.times(), time.monotonic()
     run = subprocess.run(command, input=separator.join(map(os.fsencode, files)), stdout=subprocess.PIPE, check=True)
@@ -51,7 +51,7 @@ def main():
         files = make_pictures(album, options.files)
         size = sum(file.stat().st_size for file in files)
         for file in files:
-            file.read_bytes()  # both find them in memory
+            file.read_bytes()  # so that both programs read from memory
         commands = {"brimwellpro": ([options.export_run, out], b"\0"), "zip -6 -j": (["zip", "-6jq@", out], b"\n")}
         runs = {name: [] for name in commands}
         archives, memory = {}, 0

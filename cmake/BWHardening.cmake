@@ -1,5 +1,5 @@
-# What Debian asks of programs that read what others made (pictures, movies, devices): overruns of buffers end the
-# program, and its tables cannot be rewritten once it runs. For optimised builds only; the sanitizers see more.
+# Debian's hardening for programs that read untrusted input (pictures, movies, devices): a buffer overrun ends the
+# program, and its tables are read-only once it runs. For optimised builds only; the sanitizers find more.
 set(bw_optimised $<CONFIG:RelWithDebInfo,Release>)
 target_compile_options(bw_options INTERFACE $<${bw_optimised}:-fstack-protector-strong>)
 target_compile_definitions(bw_options INTERFACE $<${bw_optimised}:_FORTIFY_SOURCE=2>)

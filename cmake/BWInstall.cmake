@@ -1,11 +1,11 @@
-# What `cmake --install` puts where.
+# What `cmake --install` installs, and where.
 include(GNUInstallDirs)
 
 install(TARGETS brimwellpro RUNTIME)
 
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/brimwellpro)
-# Where udev looks; under another prefix than /usr and /usr/local it has to be linked from /etc/udev/rules.d by hand.
+# udev's folder; under a prefix other than /usr and /usr/local, link it from /etc/udev/rules.d by hand.
 install(FILES ${packaging}/udev/70-brimwellpro.rules DESTINATION lib/udev/rules.d)
 install(FILES ${packaging}/brimwellpro.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${packaging}/example.brimwellpro.brimwellpro.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)

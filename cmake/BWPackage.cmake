@@ -19,9 +19,9 @@ Snapshots and movies are taken with a key or with the button on the camera,
 and land in albums, which are plain folders of JPEG pictures and QuickTime
 movies.")
 
-# What is linked is found out. What is loaded at run time: the icons, without which half of the buttons would be empty.
-# The program works without the others: Wayland sessions that have an X server beside them, Qt's own texts in English,
-# nothing that opens captures and web pages.
+# dpkg-shlibdeps finds the linked libraries. Of what is loaded at run time the program depends only on the icons, without
+# which half of the buttons would be empty. Without the recommended packages Wayland sessions need an X server, Qt's own
+# texts are English, and captures and web pages cannot be opened.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS breeze-icon-theme)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-translations-l10n, qt6-wayland, xdg-utils")

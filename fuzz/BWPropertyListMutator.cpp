@@ -96,7 +96,7 @@ QByteArray BWPropertyListMutator::mutate(const QByteArray &list)
         return {};
     m_objects = value->toMap().value(u"$objects"_s).toList().size();
     QVariant result = *value;
-    for (qsizetype i = below(4) / 3; i >= 0; --i) // mostly once, as most changes destroy something
+    for (qsizetype i = below(4) / 3; i >= 0; --i) // mostly once, because most changes break something
         result = changed(result, 0);
     return written(result);
 }
@@ -125,7 +125,7 @@ QByteArray BWPropertyListMutator::mutateBytes(QByteArray list)
 
 QByteArray BWPropertyListMutator::repeatPiece(const QByteArray &text, qsizetype size)
 {
-    constexpr qsizetype head = 200; // where the file says what it is, in tags of their own
+    constexpr qsizetype head = 200; // where special tags identify the file
     const auto isEdge = [](char character) { return QByteArrayView("<> &\"'").contains(character); };
     const auto edgeFrom = [&](const char *from) { return std::find_if(from, text.end(), isEdge); };
     const char *const begin = edgeFrom(text.begin() + below(below(2) == 0 ? std::min(head, text.size()) : text.size()));

@@ -4,8 +4,8 @@
 #include <QVariant>
 #include <random>
 
-/// Changes property lists so that they stay property lists: values, keys, types and references, at any depth, the
-/// archives within files included.
+/// Changes property lists so that they stay property lists: values, keys, types and references at any depth,
+/// including the archives inside files.
 class BWPropertyListMutator {
 public:
     explicit BWPropertyListMutator(unsigned int seed) : m_random(seed) { }
@@ -16,8 +16,8 @@ public:
     /// Changes some bytes of a binary property list, but not its trailer.
     QByteArray mutateBytes(QByteArray list);
 
-    /// Repeats a piece of text, such as a tag or an attribute, until it has about `size` bytes; the copies are numbered
-    /// or not. A reader whose time grows faster than its input is found by that.
+    /// Repeats a piece of text, such as a tag or an attribute, until it has about `size` bytes; the copies may be
+    /// numbered. This exposes a reader whose time grows faster than its input.
     QByteArray repeatPiece(const QByteArray &text, qsizetype size);
 
 private:
@@ -29,5 +29,5 @@ private:
     qsizetype below(qsizetype limit) { return limit > 0 ? static_cast<qsizetype>(m_random() % quint64(limit)) : 0; }
 
     std::mt19937 m_random;
-    qsizetype m_objects = 0; ///< in the archive that is changed, which references should mostly stay within
+    qsizetype m_objects = 0; ///< in the current archive; most references should stay within
 };

@@ -1,4 +1,4 @@
-// Feeds files and archives of old settings to what decodes them. At the end it tells how many got how far.
+// Feeds files and archives of old settings to their decoders, and finally reports how many got how far.
 
 #include "BWPropertyListMutator.h"
 #include "Model/Import/BWKeyedArchive.h"
@@ -18,12 +18,12 @@ struct Counts {
     unsigned long inputs = 0;
     unsigned long lists = 0; ///< read as property lists
     unsigned long archives = 0; ///< decoded as keyed archives, alone or in a file
-    unsigned long settings = 0; ///< files whose settings would be taken over
+    unsigned long settings = 0; ///< files whose settings would be imported
     unsigned long damaged = 0; ///< files with old settings that would not
 } counts;
 
-/// The last inputs that were decoded whole. Most mutations begin with one of them, as few survive many mutations.
-/// Allocates nothing: an input that seems to leave memory behind makes libFuzzer look for leaks, which takes long.
+/// The last inputs that were decoded whole. Most mutations start from one of them, because few inputs survive many mutations.
+/// Allocates nothing: when an input seems to leak, libFuzzer searches for leaks, which takes long.
 class Decoded {
 public:
     void add(const uint8_t *data, size_t size)
@@ -58,7 +58,7 @@ private:
 void printCounts()
 {
     std::fprintf(stderr,
-                 "inputs %lu: property lists %lu, keyed archives %lu, settings taken over %lu, settings refused %lu\n",
+                 "inputs %lu: property lists %lu, keyed archives %lu, settings imported %lu, settings refused %lu\n",
                  counts.inputs, counts.lists, counts.archives, counts.settings, counts.damaged);
 }
 
