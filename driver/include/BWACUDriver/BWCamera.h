@@ -12,6 +12,8 @@
 #include <memory>
 #include <QByteArray>
 
+class BWStreamSession;
+
 /// Counts kept by a camera since it was opened.
 struct BWCameraStatistics {
     uint64_t framesDelivered = 0; ///< handed to the frame callback
@@ -123,8 +125,7 @@ public:
     BWCameraStatistics statistics() const;
 
 protected:
-    class Session;
-    const std::shared_ptr<Session> m_session;
+    const std::shared_ptr<BWStreamSession> m_session;
 };
 
 using BWCameraPtr = std::shared_ptr<BWCamera>;

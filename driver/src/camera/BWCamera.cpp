@@ -4,7 +4,7 @@
 
 #include <utility>
 
-BWCamera::BWCamera(BWDetectedCameraPtr detectedCamera) : m_session(Session::create(*this, detectedCamera)) { }
+BWCamera::BWCamera(BWDetectedCameraPtr detectedCamera) : m_session(BWStreamSession::create(*this, detectedCamera)) { }
 
 BWCamera::~BWCamera()
 {
@@ -13,7 +13,7 @@ BWCamera::~BWCamera()
 
 int BWCamera::runningThreads()
 {
-    return Session::runningThreads();
+    return BWStreamSession::runningThreads();
 }
 
 const BWDetectedCameraPtr &BWCamera::detectedCamera() const

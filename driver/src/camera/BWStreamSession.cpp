@@ -9,6 +9,8 @@
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 // The session that this thread works for.
 thread_local const void *capturingSession = nullptr;
 thread_local const void *snapshotSession = nullptr;
@@ -19,12 +21,33 @@ constexpr std::chrono::minutes movieTime(2);
 
 std::atomic<int> captureThreads{0};
 
+QString inWords(const BWStartProblem &problem)
+{
+    switch (problem.kind) {
+    case BWStartProblem::Kind::None:
+        break;
+    case BWStartProblem::Kind::InUse:
+        return problem.holder.isNull() ? QStringLiteral("another program holds it")
+                                       : QStringLiteral("%1 holds it").arg(problem.holder);
+    case BWStartProblem::Kind::NoBandwidth:
+        return QStringLiteral("not enough USB bandwidth");
+    case BWStartProblem::Kind::NoPermission:
+        return QStringLiteral("no permission to open it");
+    case BWStartProblem::Kind::NoDriver:
+        return QStringLiteral("no driver for it");
+    case BWStartProblem::Kind::Gone:
+        return QStringLiteral("it is not attached any more");
+    case BWStartProblem::Kind::Failed:
+        return QStringLiteral("it failed");
+    }
+    return {};
+}
+
 } // namespace
 
-std::shared_ptr<BWCamera::Session> BWCamera::Session::create(BWCamera &camera,
-                                                             const BWDetectedCameraPtr &detectedCamera)
+std::shared_ptr<BWStreamSession> BWStreamSession::create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera)
 {
-    const auto session = std::make_shared<Session>(camera, detectedCamera, detectedCamera->open());
+    const auto session = std::make_shared<BWStreamSession>(camera, detectedCamera, detectedCamera->open());
     ++captureThreads;
     std::promise<void> ended;
     session->m_ended = ended.get_future();
@@ -37,8 +60,8 @@ std::shared_ptr<BWCamera::Session> BWCamera::Session::create(BWCamera &camera,
     return session;
 }
 
-BWCamera::Session::Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera,
-                           std::unique_ptr<BWCaptureDevice> device)
+BWStreamSession::BWStreamSession(BWCamera &camera, BWDetectedCameraPtr detectedCamera,
+                                 std::unique_ptr<BWCaptureDevice> device)
     : m_detectedCamera(std::move(detectedCamera)),
       m_callbacks(camera),
       m_controls(device->controls()),
@@ -57,7 +80,7 @@ BWCamera::Session::Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera,
                         [this](int identifier, double value) { m_controls.noteValue(identifier, value); });
 }
 
-void BWCamera::Session::shutDown()
+void BWStreamSession::shutDown()
 {
     m_recorder.end(); // here, for the movie must become whole even if the device hangs
     m_queue.close();
@@ -78,27 +101,27 @@ void BWCamera::Session::shutDown()
     m_thread.detach();
 }
 
-bool BWCamera::Session::endsInTime() const
+bool BWStreamSession::endsInTime() const
 {
-    const auto longest = std::chrono::steady_clock::now() + movieTime;
+    const auto longest = Clock::now() + movieTime;
     do {
         if (m_ended.wait_for(deviceTime) == std::future_status::ready)
             return true;
-    } while (m_recorder.isActive() && std::chrono::steady_clock::now() < longest);
+    } while (m_recorder.isActive() && Clock::now() < longest);
     return false;
 }
 
-int BWCamera::Session::runningThreads()
+int BWStreamSession::runningThreads()
 {
     return captureThreads;
 }
 
-void BWCamera::Session::setStallTime(std::chrono::milliseconds time)
+void BWStreamSession::setStallTime(std::chrono::milliseconds time)
 {
     post([this, time] { m_stall.setLimit(time); });
 }
 
-void BWCamera::Session::start(StartCompletion completion)
+void BWStreamSession::start(BWCamera::StartCompletion completion)
 {
     post([this, completion = std::move(completion)] {
         const bool success = doStart();
@@ -107,13 +130,13 @@ void BWCamera::Session::start(StartCompletion completion)
     });
 }
 
-BWStartProblem BWCamera::Session::startProblem() const
+BWStartProblem BWStreamSession::startProblem() const
 {
     const std::lock_guard lock(m_startProblemMutex);
     return m_startProblem;
 }
 
-void BWCamera::Session::stop(Completion completion)
+void BWStreamSession::stop(BWCamera::Completion completion)
 {
     post([this, completion = std::move(completion)] {
         doStop();
@@ -122,7 +145,7 @@ void BWCamera::Session::stop(Completion completion)
     });
 }
 
-void BWCamera::Session::setResolution(BWResolution resolution, Completion completion)
+void BWStreamSession::setResolution(BWResolution resolution, BWCamera::Completion completion)
 {
     post([this, resolution, completion = std::move(completion)] {
         doSetResolution(resolution);
@@ -131,7 +154,7 @@ void BWCamera::Session::setResolution(BWResolution resolution, Completion comple
     });
 }
 
-void BWCamera::Session::setVideoNorm(int norm, Completion completion)
+void BWStreamSession::setVideoNorm(int norm, BWCamera::Completion completion)
 {
     post([this, norm, completion = std::move(completion)] {
         doSetVideoNorm(norm);
@@ -140,7 +163,7 @@ void BWCamera::Session::setVideoNorm(int norm, Completion completion)
     });
 }
 
-void BWCamera::Session::setSetting(int identifier, double value)
+void BWStreamSession::setSetting(int identifier, double value)
 {
     const std::shared_ptr<BWCameraSetting> setting = m_controls.setting(identifier);
     if (!setting || std::isnan(value))
@@ -155,12 +178,12 @@ void BWCamera::Session::setSetting(int identifier, double value)
     m_device->interrupt();
 }
 
-void BWCamera::Session::takeSnapshot()
+void BWStreamSession::takeSnapshot()
 {
     post([this] { doTakeSnapshot(); });
 }
 
-bool BWCamera::Session::startRecording(const QString &path)
+bool BWStreamSession::startRecording(const QString &path)
 {
     if (!m_started) {
         qCWarning(bwDriver) << "A camera that does not stream cannot be recorded";
@@ -172,7 +195,7 @@ bool BWCamera::Session::startRecording(const QString &path)
     return recording != 0;
 }
 
-void BWCamera::Session::stopRecording()
+void BWStreamSession::stopRecording()
 {
     m_recorder.end();
     m_recorder.waitUntilComplete();
@@ -184,7 +207,7 @@ void BWCamera::Session::stopRecording()
         m_recordingNews.runWaiting();
 }
 
-int BWCamera::Session::readRegister(int identifier)
+int BWStreamSession::readRegister(int identifier)
 {
     int value = 0;
     runAndWait([this, identifier, &value] {
@@ -194,7 +217,7 @@ int BWCamera::Session::readRegister(int identifier)
     return value;
 }
 
-void BWCamera::Session::writeRegister(int identifier, int value)
+void BWStreamSession::writeRegister(int identifier, int value)
 {
     runAndWait([this, identifier, value] {
         if (deviceIsUsable())
@@ -202,20 +225,20 @@ void BWCamera::Session::writeRegister(int identifier, int value)
     });
 }
 
-QString BWCamera::Session::registerProblem()
+QString BWStreamSession::registerProblem()
 {
     QString problem;
     runAndWait([this, &problem] { problem = m_device->registerProblem(); });
     return problem;
 }
 
-void BWCamera::Session::post(BWCommandQueue::Command command)
+void BWStreamSession::post(BWCommandQueue::Command command)
 {
     m_queue.post(std::move(command));
     m_device->interrupt();
 }
 
-void BWCamera::Session::runAndWait(const BWCommandQueue::Command &command)
+void BWStreamSession::runAndWait(const BWCommandQueue::Command &command)
 {
     if (capturingSession == this) {
         command();
@@ -229,7 +252,214 @@ void BWCamera::Session::runAndWait(const BWCommandQueue::Command &command)
     done->get_future().wait();
 }
 
-bool BWCamera::Session::onOwnThread() const
+bool BWStreamSession::onOwnThread() const
 {
     return capturingSession == this || snapshotSession == this;
+}
+
+void BWStreamSession::run()
+{
+    while (!m_queue.isClosed() || !m_queue.isEmpty()) {
+        m_queue.runWaiting();
+        if (m_state == State::Streaming)
+            captureFrame();
+        else if (m_state != State::Interrupted)
+            m_queue.wait();
+        else if (!m_queue.waitFor(m_stall.remaining(Clock::now())))
+            resumeStream();
+    }
+    doStop();
+    m_snapshots.finish();
+    m_queue.runWaiting(); // what the end of a recording has to tell
+}
+
+void BWStreamSession::captureFrame()
+{
+    BWFrame frame;
+    switch (m_device->waitFrame(m_stall.remaining(Clock::now()), frame)) {
+    case BWCaptureDevice::WaitResult::Frame:
+        if (m_inspector.accept(frame)) {
+            m_stall.restart(Clock::now());
+            m_restartWarned = false;
+            deliver(frame);
+            return;
+        }
+        break;
+    case BWCaptureDevice::WaitResult::BadFrame:
+        m_inspector.reject(frame);
+        break;
+    case BWCaptureDevice::WaitResult::Nothing:
+        break;
+    case BWCaptureDevice::WaitResult::Gone:
+        deviceIsGone();
+        return;
+    }
+    if (!m_device->expectsFrames())
+        m_stall.restart(Clock::now());
+    else if (m_stall.expired(Clock::now()))
+        restartStalledStream();
+}
+
+void BWStreamSession::deliver(const BWFrame &frame)
+{
+    m_recorder.offer(frame);
+    m_snapshots.offer(frame);
+    m_callbacks.frame(frame);
+}
+
+bool BWStreamSession::doStart()
+{
+    const BWStartProblem problem = tryToStart();
+    {
+        const std::lock_guard lock(m_startProblemMutex);
+        m_startProblem = problem;
+    }
+    return problem.isNone();
+}
+
+BWStartProblem BWStreamSession::tryToStart()
+{
+    if (m_state == State::Streaming || m_state == State::Interrupted)
+        return {};
+    if (m_state == State::Gone)
+        return {BWStartProblem::Kind::Gone};
+    if (m_queue.isClosed())
+        return {BWStartProblem::Kind::Failed};
+    const BWStartProblem problem = m_device->startStreaming();
+    if (!problem.isNone()) {
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "could not be started:" << inWords(problem);
+        return problem;
+    }
+    m_state = State::Streaming;
+    m_resolution = m_device->resolution();
+    m_started = true;
+    m_restartWarned = false;
+    m_inspector.streamStarted();
+    m_stall.restart(Clock::now());
+    return {};
+}
+
+void BWStreamSession::doStop()
+{
+    m_recorder.end();
+    m_snapshots.dropRequests();
+    if (m_state == State::Streaming)
+        m_device->stopStreaming();
+    if (m_state != State::Gone)
+        m_state = State::Stopped;
+    // With the device released nothing is held up by the disk any more, and whoever quits now quits with whole files.
+    m_snapshots.waitUntilDelivered();
+    m_recorder.waitUntilComplete();
+    m_recordingNews.runWaiting(); // now, or it would come after the completion of the stop
+    m_streamProblem = {};
+    m_started = false;
+}
+
+void BWStreamSession::doSetResolution(BWResolution resolution)
+{
+    if (!deviceIsUsable())
+        return;
+    if (!resolution.isValid()) {
+        qCWarning(bwDriver) << "No resolution:" << resolution.dimensions();
+        return;
+    }
+    if (resolution != m_resolution)
+        reconfigure([this, resolution] { m_device->setResolution(resolution); });
+}
+
+void BWStreamSession::doSetVideoNorm(int norm)
+{
+    const std::shared_ptr<BWCameraSetting> setting = m_controls.setting(BWSettingVideoNorm);
+    if (!deviceIsUsable() || !setting)
+        return;
+    if (norm < setting->min() || norm > setting->max()) {
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "has no video norm" << norm;
+        return;
+    }
+    if (norm == m_videoNorm)
+        return;
+    m_videoNorm = norm;
+    setting->setValue(norm);
+    // A change of the norm makes the bridge chip forget its size.
+    reconfigure([this, norm] {
+        m_device->setVideoNorm(norm);
+        m_device->setResolution(m_resolution);
+    });
+}
+
+void BWStreamSession::doTakeSnapshot()
+{
+    if (m_state == State::Streaming || m_state == State::Interrupted)
+        m_snapshots.request();
+    else
+        qCWarning(bwDriver) << "No snapshot: the camera does not stream";
+}
+
+void BWStreamSession::doStartRecording(uint64_t recording)
+{
+    if (m_state == State::Streaming || m_state == State::Interrupted) {
+        m_recorder.begin(recording);
+        return;
+    }
+    qCWarning(bwDriver) << "No recording: the camera does not stream any more";
+    m_recorder.end(m_state == State::Gone ? BWRecordingStatus::End::CameraGone : BWRecordingStatus::End::Asked);
+}
+
+void BWStreamSession::reconfigure(const std::function<void()> &change)
+{
+    // One movie has one size and one rate.
+    m_recorder.end(BWRecordingStatus::End::CameraChanged);
+    const bool streaming = m_state == State::Streaming;
+    if (streaming)
+        m_device->stopStreaming();
+    change();
+    m_resolution = m_device->resolution();
+    // The change may be just what an interrupted stream was waiting for.
+    if (streaming || m_state == State::Interrupted)
+        resumeStream();
+}
+
+void BWStreamSession::resumeStream()
+{
+    const BWStartProblem problem = m_device->startStreaming();
+    if (problem.isNone()) {
+        m_state = State::Streaming;
+        m_resolution = m_device->resolution();
+        m_inspector.streamStarted();
+    } else {
+        m_state = State::Interrupted;
+    }
+    m_stall.restart(Clock::now());
+    tellStreamProblem(problem);
+}
+
+void BWStreamSession::tellStreamProblem(const BWStartProblem &problem)
+{
+    if (problem == m_streamProblem)
+        return;
+    m_streamProblem = problem;
+    if (problem.isNone())
+        qCInfo(bwDriver).noquote() << m_detectedCamera->description() << "streams again";
+    else
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description()
+                                      << "could not be restarted:" << inWords(problem) << "- trying again";
+    m_callbacks.streamProblem(problem);
+}
+
+void BWStreamSession::restartStalledStream()
+{
+    if (!std::exchange(m_restartWarned, true))
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "delivers nothing; restarting its stream";
+    m_inspector.streamRestarted();
+    m_device->stopStreaming();
+    resumeStream();
+}
+
+void BWStreamSession::deviceIsGone()
+{
+    qCInfo(bwDriver).noquote() << m_detectedCamera->description() << "was unplugged while it streamed";
+    m_recorder.end(BWRecordingStatus::End::CameraGone);
+    m_snapshots.dropRequests();
+    m_device->stopStreaming();
+    m_state = State::Gone;
 }

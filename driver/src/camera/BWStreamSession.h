@@ -26,10 +26,10 @@
 /// | Streaming   | streams     | stop: Stopped; failed restart: Interrupted; unplug: Gone       |
 /// | Interrupted | is idle     | stop: Stopped; a later restart: Streaming                      |
 /// | Gone        | is not used | never                                                          |
-class BWCamera::Session {
+class BWStreamSession {
 public:
-    static std::shared_ptr<Session> create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera);
-    Session(BWCamera &camera, BWDetectedCameraPtr detectedCamera, std::unique_ptr<BWCaptureDevice> device);
+    static std::shared_ptr<BWStreamSession> create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera);
+    BWStreamSession(BWCamera &camera, BWDetectedCameraPtr detectedCamera, std::unique_ptr<BWCaptureDevice> device);
 
     /// Stops everything and waits for the capture thread, but not for a device that hangs; on a thread of the session
     /// itself it cannot wait. The session then ends by itself, without calling back.
@@ -38,13 +38,13 @@ public:
 
     void setStallTime(std::chrono::milliseconds time);
 
-    void start(StartCompletion completion);
+    void start(BWCamera::StartCompletion completion);
     BWStartProblem startProblem() const;
-    void stop(Completion completion);
+    void stop(BWCamera::Completion completion);
     bool started() const { return m_started; }
-    void setResolution(BWResolution resolution, Completion completion);
+    void setResolution(BWResolution resolution, BWCamera::Completion completion);
     BWResolution resolution() const { return m_resolution; }
-    void setVideoNorm(int norm, Completion completion);
+    void setVideoNorm(int norm, BWCamera::Completion completion);
     void setSetting(int identifier, double value);
     void takeSnapshot();
     bool startRecording(const QString &path);
