@@ -33,7 +33,7 @@ endfunction()
 function(bw_test name)
     cmake_parse_arguments(arg "GUI" "" "SOURCES;LINK;LABELS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE bw_options Qt6::Test ${arg_LINK})
+    target_link_libraries(${name} PRIVATE bw_options Qt6::Test bw_test_support ${arg_LINK})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 LABELS "${arg_LABELS}"
                          ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=Europe/Berlin;TSAN_OPTIONS=die_after_fork=0:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")

@@ -1,5 +1,7 @@
 #include "Views/BWNoCameraBaseWindowController.h"
 
+#include "BWACUDriver/DispatchAfterStrict.h"
+
 namespace {
 constexpr double pollSeconds = 0.3;
 }

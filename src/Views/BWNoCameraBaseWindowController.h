@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/DispatchAfterStrict.h"
+#include "BWACUDriver/BWClock.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 
 #include <functional>

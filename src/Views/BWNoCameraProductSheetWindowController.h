@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
-#include "BWACUDriver/DispatchAfterStrict.h"
+#include "BWACUDriver/BWClock.h"
 #include "Model/Products/BWCameraProduct.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Views/Utils/BWSheet.h"

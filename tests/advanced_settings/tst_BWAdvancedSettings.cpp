@@ -3,6 +3,7 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWManualClock.h"
 #include "Model/Products/BWSettingSender.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"

@@ -1,4 +1,5 @@
 #include "AppDelegate.h"
+#include "BWManualClock.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Session/BWCameraAuthorization.h"

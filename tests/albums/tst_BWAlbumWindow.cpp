@@ -1,6 +1,7 @@
 #include "../Rows.h"
 #include "../views/WidgetSearch.h"
 #include "AbortCheck.h"
+#include "BWManualClock.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/DispatchAfterStrict.h"
+#include "BWManualClock.h"
 #include "FakeAlbum.h"
 #include "Views/Albums/BWThumbnailDragItem.h"
 

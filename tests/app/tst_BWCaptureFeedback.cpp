@@ -1,6 +1,7 @@
 #include "../settings/AttachedCameras.h"
 #include "App/Capture/BWCaptureFeedback.h"
 #include "App/LiveView/BWStatusLine.h"
+#include "BWManualClock.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"

@@ -1,4 +1,5 @@
 #include "BWACUDriver/DispatchAfterStrict.h"
+#include "BWManualClock.h"
 
 #include <atomic>
 #include <QElapsedTimer>

@@ -1,5 +1,6 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWManualClock.h"
 #include "simulated/BWSimulatedProfile.h"
 
 #include <QTest>

@@ -1,3 +1,4 @@
+#include "BWManualClock.h"
 #include "Model/Albums/BWAlbumContents.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"

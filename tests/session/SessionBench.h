@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWManualClock.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"

@@ -1,6 +1,7 @@
 #include "../Rows.h"
 #include "App/Start/BWAppTexts.h"
 #include "AppDelegate.h"
+#include "BWManualClock.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureNotice.h"

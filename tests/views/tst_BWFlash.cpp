@@ -1,4 +1,5 @@
 #include "../Rows.h"
+#include "BWManualClock.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "BWACUDriver/BWCameraBackend.h"
+#include "BWACUDriver/BWClock.h"
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
 #include "BWACUDriver/BWStartProblem.h"
-#include "BWACUDriver/DispatchAfterStrict.h"
 
 #include <chrono>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/DispatchAfterStrict.h"
+#include "BWACUDriver/BWClock.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 #include "Views/Utils/BWDialogFilePanels.h"
 

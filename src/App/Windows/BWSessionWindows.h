@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWBlockedCamera.h"
-#include "BWACUDriver/DispatchAfterStrict.h"
+#include "BWACUDriver/BWClock.h"
 #include "Model/Session/BWCameraSessionUi.h"
 
 #include <functional>

@@ -1,5 +1,6 @@
 #include "Model/Session/BWQuitting.h"
 
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Utils/BWLogging.h"
 
 #include <utility>

@@ -1,5 +1,6 @@
 #include "Views/Utils/BWFlashActionViewController.h"
 
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 

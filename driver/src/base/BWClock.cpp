@@ -1,4 +1,4 @@
-#include "BWACUDriver/DispatchAfterStrict.h"
+#include "BWACUDriver/BWClock.h"
 
 #include <algorithm>
 #include <QObject>
