@@ -45,7 +45,7 @@ AppDelegate::AppDelegate(Options options)
     : m_options(std::move(options)),
       m_clock(m_options.clock ? *m_options.clock : BWClock::system()),
       m_repository(BWRepository::singleton()),
-      m_quitting(quittingSteps(), m_clock)
+      m_quitting(quittingCallbacks(), m_clock)
 {
 }
 
@@ -124,20 +124,20 @@ void AppDelegate::prepareUI()
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
     m_grid = std::make_unique<BWGridController>(
         *m_window, *m_liveView, config, texts,
-        BWGridController::Surroundings{[this] { return currentCamera(); }, [this] { updateStateLabel(); }});
+        BWGridController::Callbacks{[this] { return currentCamera(); }, [this] { updateStateLabel(); }});
     m_technicianTools = std::make_unique<BWTechnicianTools>(*m_window, texts, [this] { return currentCamera(); });
     m_window->menu().showTools(m_options.technician);
     prepareCapture();
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(
         *m_window, m_repository,
-        BWAuxiliaryWindows::Surroundings{m_options.openUrl, [this] { return currentCamera(); },
-                                         [this] { return m_cameraManager.cameras(); },
-                                         [this](const BWCameraPtr &camera) { m_session->changeCurrentCamera(camera); }},
+        BWAuxiliaryWindows::Callbacks{m_options.openUrl, [this] { return currentCamera(); },
+                                      [this] { return m_cameraManager.cameras(); },
+                                      [this](const BWCameraPtr &camera) { m_session->changeCurrentCamera(camera); }},
         m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
         *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_repository,
-        BWSessionWindows::Actions{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
-                                  [this] { return pendingDevices(); }, [this] { return blockedCameras(); }},
+        BWSessionWindows::Callbacks{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
+                                    [this] { return pendingDevices(); }, [this] { return blockedCameras(); }},
         m_clock);
     m_session = std::make_unique<BWCameraSession>(
         m_cameraManager, config, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); }, m_clock);
@@ -180,7 +180,7 @@ void AppDelegate::prepareCapture()
     m_snapshotSound = std::make_unique<BWSnapshotSound>(sound.readAll());
     m_captureFeedback = std::make_unique<BWCaptureFeedback>(
         m_window->controlBar(), *m_flashActionViewController, *m_statusLine, texts,
-        BWCaptureFeedback::Hooks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); }}, m_clock);
+        BWCaptureFeedback::Callbacks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); }}, m_clock);
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->tellRecovered(last); });
@@ -225,7 +225,7 @@ void AppDelegate::prepareCamera(BWCamera &camera)
     m_capture->prepareCamera(camera);
 }
 
-BWQuitting::Steps AppDelegate::quittingSteps()
+BWQuitting::Callbacks AppDelegate::quittingCallbacks()
 {
     return {
         .isSaving = [this] { return m_auxiliaryWindows && m_auxiliaryWindows->albums().isSaving(); },

@@ -78,7 +78,7 @@ private:
     void checkCameraAccess();
     void cameraAccessMissing(const QString &title, const QString &message);
     void doFinishApplicationLaunch();
-    BWQuitting::Steps quittingSteps();
+    BWQuitting::Callbacks quittingCallbacks();
     void prepareUI();
     void prepareCapture();
     void connectActions();

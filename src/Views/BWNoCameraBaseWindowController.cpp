@@ -6,8 +6,8 @@ namespace {
 constexpr double pollSeconds = 0.3;
 }
 
-BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Questions questions, BWClock &clock, QWidget *parent)
-    : QDialog(parent), m_questions(std::move(questions)), m_clock(clock)
+BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent)
+    : QDialog(parent), m_callbacks(std::move(callbacks)), m_clock(clock)
 {
 }
 
@@ -27,8 +27,8 @@ void BWNoCameraBaseWindowController::windowDidLoad()
 
 void BWNoCameraBaseWindowController::watchPendingDevices()
 {
-    setPreparingCamera(m_questions.pendingDevices && m_questions.pendingDevices());
-    setObstacle(m_questions.obstacle ? m_questions.obstacle() : QString());
+    setPreparingCamera(m_callbacks.pendingDevices && m_callbacks.pendingDevices());
+    setObstacle(m_callbacks.obstacle ? m_callbacks.obstacle() : QString());
     DispatchAfterStrict::dispatchForQueue(
         this, [this] { watchPendingDevices(); }, pollSeconds, m_clock);
 }

@@ -14,13 +14,13 @@ class BWNoCameraBaseWindowController : public QDialog, public BWLocalizationMana
 
 public:
     /// What is asked again and again; either may be missing.
-    struct Questions {
+    struct Callbacks {
         std::function<bool()> pendingDevices{};
         std::function<QString()> obstacle{}; ///< what keeps an attached camera from appearing; null if nothing does
     };
 
-    /// `questions` are asked from the constructor of the concrete window on; `clock` must outlive the window.
-    BWNoCameraBaseWindowController(Questions questions, BWClock &clock, QWidget *parent);
+    /// `callbacks` are asked from the constructor of the concrete window on; `clock` must outlive the window.
+    BWNoCameraBaseWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent);
 
     /// Tells whether a camera is being prepared. Nothing to show here.
     virtual void setPreparingCamera(bool preparing);
@@ -38,6 +38,6 @@ protected:
 private:
     void watchPendingDevices();
 
-    Questions m_questions;
+    Callbacks m_callbacks;
     BWClock &m_clock;
 };

@@ -11,8 +11,8 @@
 
 using namespace Qt::StringLiterals;
 
-BWNoCameraSheetWindowController::BWNoCameraSheetWindowController(Questions questions, BWClock &clock, QWidget *parent)
-    : BWNoCameraBaseWindowController(std::move(questions), clock, parent),
+BWNoCameraSheetWindowController::BWNoCameraSheetWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent)
+    : BWNoCameraBaseWindowController(std::move(callbacks), clock, parent),
       m_sheet(this),
       m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
       m_preparing(new BWPreparingView),

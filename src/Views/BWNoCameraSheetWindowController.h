@@ -13,7 +13,7 @@ class BWNoCameraSheetWindowController final : public BWNoCameraBaseWindowControl
     Q_OBJECT
 
 public:
-    explicit BWNoCameraSheetWindowController(Questions questions, BWClock &clock = BWClock::system(),
+    explicit BWNoCameraSheetWindowController(Callbacks callbacks, BWClock &clock = BWClock::system(),
                                              QWidget *parent = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;

@@ -12,8 +12,8 @@
 
 using namespace Qt::StringLiterals;
 
-BWNoCameraWindowController::BWNoCameraWindowController(Questions questions, BWClock &clock, QWidget *cameraWindow)
-    : BWNoCameraBaseWindowController(std::move(questions), clock, cameraWindow),
+BWNoCameraWindowController::BWNoCameraWindowController(Callbacks callbacks, BWClock &clock, QWidget *cameraWindow)
+    : BWNoCameraBaseWindowController(std::move(callbacks), clock, cameraWindow),
       m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
       m_preparing(new BWPreparingView),
       m_closeButton(m_view->addButton())

@@ -12,7 +12,7 @@ class BWNoCameraWindowController final : public BWNoCameraBaseWindowController {
     Q_OBJECT
 
 public:
-    explicit BWNoCameraWindowController(Questions questions, BWClock &clock = BWClock::system(),
+    explicit BWNoCameraWindowController(Callbacks callbacks, BWClock &clock = BWClock::system(),
                                         QWidget *cameraWindow = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;

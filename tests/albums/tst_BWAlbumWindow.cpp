@@ -51,11 +51,11 @@ private Q_SLOTS:
         m_canOpen = true;
         m_window = std::make_unique<BWAlbumManagerWindowController>(
             *m_albums, *m_defaults,
-            BWAlbumManagerWindowController::Surroundings{*this,
-                                                         [this](const QUrl &file) {
-                                                             m_opened << file;
-                                                             return m_canOpen;
-                                                         }},
+            BWAlbumManagerWindowController::Callbacks{*this,
+                                                      [this](const QUrl &file) {
+                                                          m_opened << file;
+                                                          return m_canOpen;
+                                                      }},
             nullptr, m_clock);
         m_window->localizeWithManager(m_texts);
         m_window->show();

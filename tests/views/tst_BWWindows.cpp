@@ -88,16 +88,16 @@ private Q_SLOTS:
         bool pending = false;
         int asked = 0;
         QString obstacle;
-        const BWNoCameraBaseWindowController::Questions questions{[&] {
+        const BWNoCameraBaseWindowController::Callbacks callbacks{[&] {
                                                                       ++asked;
                                                                       return pending;
                                                                   },
                                                                   [&] { return obstacle; }};
         std::unique_ptr<BWNoCameraBaseWindowController> window;
         if (sheet)
-            window = std::make_unique<BWNoCameraSheetWindowController>(questions, m_clock);
+            window = std::make_unique<BWNoCameraSheetWindowController>(callbacks, m_clock);
         else
-            window = std::make_unique<BWNoCameraWindowController>(questions, m_clock);
+            window = std::make_unique<BWNoCameraWindowController>(callbacks, m_clock);
         window->localizeWithManager(m_texts);
         const auto *indicator = window->findChild<BWBusyIndicator *>();
         QCOMPARE(asked, 1);

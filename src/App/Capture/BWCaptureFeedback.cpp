@@ -19,8 +19,13 @@ constexpr double unusualSeconds = 8; // two sentences, for people who look at so
 } // namespace
 
 BWCaptureFeedback::BWCaptureFeedback(BWControlBar &bar, BWFlashActionViewController &flash, BWStatusLine &statusLine,
-                                     BWLocalizationManager &texts, Hooks hooks, BWClock &clock)
-    : m_bar(bar), m_flash(flash), m_statusLine(statusLine), m_texts(texts), m_hooks(std::move(hooks)), m_clock(clock)
+                                     BWLocalizationManager &texts, Callbacks callbacks, BWClock &clock)
+    : m_bar(bar),
+      m_flash(flash),
+      m_statusLine(statusLine),
+      m_texts(texts),
+      m_callbacks(std::move(callbacks)),
+      m_clock(clock)
 {
 }
 
@@ -32,7 +37,7 @@ BWCaptureFeedback::~BWCaptureFeedback()
 BWCaptureController::Feedback BWCaptureFeedback::callbacks()
 {
     return {[this] {
-                m_hooks.playSound();
+                m_callbacks.playSound();
                 flashSnapshot();
             },
             [this](bool recording) { recordingChanged(recording); },
@@ -46,7 +51,7 @@ BWCaptureController::Feedback BWCaptureFeedback::callbacks()
 
 void BWCaptureFeedback::flashSnapshot()
 {
-    const BWCameraPtr camera = m_hooks.currentCamera();
+    const BWCameraPtr camera = m_callbacks.currentCamera();
     if (!camera || !camera->recording())
         m_flash.setAction(BWFlashActionViewController::Action::SnapshotSaved);
 }
@@ -69,7 +74,7 @@ void BWCaptureFeedback::recordingChanged(bool recording)
 /// And again, until the recording is over.
 void BWCaptureFeedback::showProgress()
 {
-    if (const BWCameraPtr camera = m_hooks.currentCamera())
+    if (const BWCameraPtr camera = m_callbacks.currentCamera())
         m_flash.setDetails(BWRecordingProgress::text(camera->recordingStatus()));
     m_progress = DispatchAfterStrict::dispatchForQueue(
         this, [this] { showProgress(); }, progressSeconds, m_clock);

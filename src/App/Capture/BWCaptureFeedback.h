@@ -19,13 +19,13 @@ class BWCaptureFeedback : public QObject {
     Q_OBJECT
 
 public:
-    struct Hooks {
+    struct Callbacks {
         std::function<BWCameraPtr()> currentCamera;
         std::function<void()> playSound;
     };
 
     BWCaptureFeedback(BWControlBar &bar, BWFlashActionViewController &flash, BWStatusLine &statusLine,
-                      BWLocalizationManager &texts, Hooks hooks, BWClock &clock = BWClock::system());
+                      BWLocalizationManager &texts, Callbacks callbacks, BWClock &clock = BWClock::system());
     ~BWCaptureFeedback() override;
 
     /// For the capture controller, which must not outlive this object.
@@ -50,7 +50,7 @@ private:
     BWFlashActionViewController &m_flash;
     BWStatusLine &m_statusLine;
     BWLocalizationManager &m_texts;
-    Hooks m_hooks;
+    Callbacks m_callbacks;
     BWClock &m_clock;
     DispatchAfterStrict::Handle m_progress; // while a recording runs
     std::optional<BWCaptureNotice> m_unread; ///< the newest that waits for an open alert to be closed

@@ -13,13 +13,12 @@
 #include <utility>
 
 BWGridController::BWGridController(BWMainWindow &window, BWLiveViewController &liveView, BWConfigManager &config,
-                                   BWLocalizationManager &texts, Surroundings surroundings)
-    : m_window(window), m_liveView(liveView), m_config(config), m_surroundings(std::move(surroundings))
+                                   BWLocalizationManager &texts, Callbacks callbacks)
+    : m_window(window), m_liveView(liveView), m_config(config), m_callbacks(std::move(callbacks))
 {
     m_gridDebuggerWindowController = std::make_unique<BWGridDebuggerWindowController>(
-        BWGridDebuggerWindowController::Surroundings{
-            m_surroundings.currentCamera, [this] { return gridDistance(); },
-            [this](double distance) { updateGridForCurrentProduct(distance); }},
+        BWGridDebuggerWindowController::Callbacks{m_callbacks.currentCamera, [this] { return gridDistance(); },
+                                                  [this](double distance) { updateGridForCurrentProduct(distance); }},
         config, &window);
     m_gridDebuggerWindowController->localizeWithManager(texts);
     connect(&window.controlBar(), &BWControlBar::gridTriggered, this, &BWGridController::onGrid);
@@ -36,7 +35,7 @@ BWGridController::~BWGridController() = default;
 
 QString BWGridController::currentResolution() const
 {
-    const BWCameraPtr camera = m_surroundings.currentCamera();
+    const BWCameraPtr camera = m_callbacks.currentCamera();
     return camera ? camera->defaultResolution().resolutionString() : QString();
 }
 
@@ -63,7 +62,7 @@ void BWGridController::enableGrid(bool available)
         setUseGrid(false);
         m_gridDebuggerWindowController->hide();
     }
-    m_surroundings.updateStateLabel();
+    m_callbacks.updateStateLabel();
 }
 
 void BWGridController::setUseGrid(bool use)
@@ -76,7 +75,7 @@ void BWGridController::setUseGrid(bool use)
 void BWGridController::onGrid()
 {
     setUseGrid(!m_useGrid);
-    m_surroundings.updateStateLabel();
+    m_callbacks.updateStateLabel();
     m_liveView.updateImageDisplay();
     if (m_useGrid)
         reloadGridDebugger();

@@ -19,14 +19,14 @@ class BWGridController : public QObject {
     Q_OBJECT
 
 public:
-    struct Surroundings {
+    struct Callbacks {
         std::function<BWCameraPtr()> currentCamera;
         std::function<void()> updateStateLabel;
     };
 
     /// All must outlive this object.
     BWGridController(BWMainWindow &window, BWLiveViewController &liveView, BWConfigManager &config,
-                     BWLocalizationManager &texts, Surroundings surroundings);
+                     BWLocalizationManager &texts, Callbacks callbacks);
     ~BWGridController() override;
 
     bool useGrid() const { return m_useGrid; }
@@ -51,7 +51,7 @@ private:
     BWMainWindow &m_window;
     BWLiveViewController &m_liveView;
     BWConfigManager &m_config;
-    Surroundings m_surroundings;
+    Callbacks m_callbacks;
     BWMeasuringGridTable m_gridValues;
     std::unique_ptr<BWGridDebuggerWindowController> m_gridDebuggerWindowController;
     bool m_gridDebuggerPlaced = false;

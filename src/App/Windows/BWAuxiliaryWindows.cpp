@@ -34,23 +34,23 @@ void bringToFront(QWidget &window)
 
 } // namespace
 
-BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Surroundings surroundings,
+BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Callbacks callbacks,
                                        BWClock &clock)
     : m_window(window),
       m_config(repository.configManager()),
-      m_surroundings(std::move(surroundings)),
+      m_callbacks(std::move(callbacks)),
       m_albums(std::make_unique<BWAlbumManagerWindowController>(
           repository.albumManager(), repository.userDefaults(),
-          BWAlbumManagerWindowController::Surroundings{m_panels, m_surroundings.openUrl}, &window, clock)),
+          BWAlbumManagerWindowController::Callbacks{m_panels, m_callbacks.openUrl}, &window, clock)),
       m_settings(std::make_unique<BWSettingsWindowController>(
           m_config, repository.userDefaults(),
-          BWSettingsWindowController::Surroundings{*this, [this] { showAdvancedSettings(); }}, &window)),
+          BWSettingsWindowController::Callbacks{*this, [this] { showAdvancedSettings(); }}, &window)),
       m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(
-          m_config, repository.userDefaults(), m_surroundings.currentCamera, &window, clock)),
+          m_config, repository.userDefaults(), m_callbacks.currentCamera, &window, clock)),
       m_help(std::make_unique<BWSimpleHelpWindowController>(
           BWHelpContact::fromFile(u":/contact.json"_s),
-          BWSimpleHelpWindowController::Surroundings{m_surroundings.openUrl, m_surroundings.cameras,
-                                                     [&window] { return window.menuBar()->actions(); }},
+          BWSimpleHelpWindowController::Callbacks{m_callbacks.openUrl, m_callbacks.cameras,
+                                                  [&window] { return window.menuBar()->actions(); }},
           &window)),
       m_about(std::make_unique<BWAboutWindowController>(BWLibraryList::ours(), &window))
 {
@@ -159,5 +159,5 @@ void BWAuxiliaryWindows::updateMenu()
 void BWAuxiliaryWindows::changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera)
 {
     Q_UNUSED(sender)
-    m_surroundings.changeCurrentCamera(camera);
+    m_callbacks.changeCurrentCamera(camera);
 }

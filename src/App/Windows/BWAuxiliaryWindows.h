@@ -25,7 +25,7 @@ class BWAuxiliaryWindows : public QObject, private BWSettingsWindowControllerDel
     Q_OBJECT
 
 public:
-    struct Surroundings {
+    struct Callbacks {
         std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
         std::function<BWCameraPtr()> currentCamera;
         std::function<QList<BWCameraPtr>()> cameras;
@@ -33,7 +33,7 @@ public:
     };
 
     /// All must outlive this object.
-    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Surroundings surroundings, BWClock &clock);
+    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Callbacks callbacks, BWClock &clock);
     ~BWAuxiliaryWindows() override;
 
     /// Makes the windows listeners of the settings store. After whoever moves the camera window, by which they are
@@ -66,7 +66,7 @@ private:
 
     BWMainWindow &m_window;
     BWConfigManager &m_config;
-    Surroundings m_surroundings;
+    Callbacks m_callbacks;
     BWDialogFilePanels m_panels;
     std::unique_ptr<BWAlbumManagerWindowController> m_albums;
     std::unique_ptr<BWSettingsWindowController> m_settings;

@@ -25,20 +25,20 @@
 using namespace Qt::StringLiterals;
 
 BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                                   BWAuxiliaryWindows &auxiliary, BWRepository &repository, Actions actions,
+                                   BWAuxiliaryWindows &auxiliary, BWRepository &repository, Callbacks callbacks,
                                    BWClock &clock)
     : m_window(window),
       m_liveView(liveView),
       m_grid(grid),
       m_auxiliary(auxiliary),
       m_repository(repository),
-      m_actions(std::move(actions))
+      m_callbacks(std::move(callbacks))
 {
     BWLocalizationManager &texts = repository.localizationManager();
-    const BWNoCameraBaseWindowController::Questions questions{
-        m_actions.pendingDevices,
-        [this, &texts] { return BWStartProblemText::obstacle(m_actions.blockedCameras(), texts); }};
-    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(questions, clock, &window);
+    const BWNoCameraBaseWindowController::Callbacks noCamera{
+        m_callbacks.pendingDevices,
+        [this, &texts] { return BWStartProblemText::obstacle(m_callbacks.blockedCameras(), texts); }};
+    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(noCamera, clock, &window);
     m_noCameraWindow->localizeWithManager(texts);
     connect(m_noCameraWindow.get(), &BWNoCameraWindowController::terminateRequested, this,
             &BWSessionWindows::terminate);
@@ -46,7 +46,7 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
         [&config = repository.configManager()](const QString &type) { return config.productsByCameraIdentifier(type); },
         clock, &window);
     m_productSheet->localizeWithManager(texts);
-    m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(questions, clock, &window);
+    m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(noCamera, clock, &window);
     m_noCameraSheet->localizeWithManager(texts);
     // Their keys reach the main window only, which the sheets block. The other two have a button to quit.
     for (QWidget *question :
@@ -99,7 +99,7 @@ void BWSessionWindows::enableCameraMenus()
 
 void BWSessionWindows::updateStateLabel()
 {
-    m_actions.updateStateLabel();
+    m_callbacks.updateStateLabel();
 }
 
 void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current)
@@ -242,5 +242,5 @@ void BWSessionWindows::hideAuxiliaryWindows()
 
 void BWSessionWindows::terminate()
 {
-    m_actions.terminate();
+    m_callbacks.terminate();
 }

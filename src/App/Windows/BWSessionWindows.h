@@ -28,7 +28,7 @@ class BWSessionWindows : public QObject, public BWCameraSessionUi {
     Q_OBJECT
 
 public:
-    struct Actions {
+    struct Callbacks {
         std::function<void()> updateStateLabel;
         std::function<void()> terminate;
         std::function<bool()> pendingDevices;
@@ -36,7 +36,7 @@ public:
     };
 
     BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                     BWAuxiliaryWindows &auxiliary, BWRepository &repository, Actions actions, BWClock &clock);
+                     BWAuxiliaryWindows &auxiliary, BWRepository &repository, Callbacks callbacks, BWClock &clock);
     ~BWSessionWindows() override;
 
     /// Called once, when the session exists: the menus act on it from now on.
@@ -78,7 +78,7 @@ private:
     BWGridController &m_grid;
     BWAuxiliaryWindows &m_auxiliary;
     BWRepository &m_repository;
-    Actions m_actions;
+    Callbacks m_callbacks;
     BWCameraSession *m_session = nullptr;
     QList<BWCameraPtr> m_cameras; // as the menu lists them
     std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;

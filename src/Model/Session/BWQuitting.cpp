@@ -29,15 +29,15 @@ const char *nameOf(BWQuitting::State state)
 
 } // namespace
 
-BWQuitting::BWQuitting(Steps steps, BWClock &clock) : m_steps(std::move(steps)), m_clock(clock) { }
+BWQuitting::BWQuitting(Callbacks callbacks, BWClock &clock) : m_callbacks(std::move(callbacks)), m_clock(clock) { }
 
 void BWQuitting::quit()
 {
     switch (m_state) {
     case State::Running:
-        if (m_steps.isSaving()) {
+        if (m_callbacks.isSaving()) {
             setState(State::Asking);
-            const bool may = m_steps.mayStopSaving();
+            const bool may = m_callbacks.mayStopSaving();
             if (m_state != State::Asking)
                 return; // the session has ended while the question was open
             if (!may) {
@@ -48,7 +48,7 @@ void BWQuitting::quit()
         stopCamera();
         return;
     case State::StoppingCamera:
-        if (m_steps.completesMovie())
+        if (m_callbacks.completesMovie())
             offerToLeaveCaptures();
         return;
     case State::FinishingCaptures:
@@ -77,7 +77,7 @@ void BWQuitting::stopCamera()
     setState(State::StoppingCamera);
     m_stopsSince = m_clock.now();
     waitForCamera(cameraPatience);
-    m_steps.stopCamera([self = QPointer(this)] {
+    m_callbacks.stopCamera([self = QPointer(this)] {
         if (self)
             self->finishCaptures();
     });
@@ -91,7 +91,7 @@ void BWQuitting::waitForCamera(double seconds)
             if (m_state != State::StoppingCamera)
                 return;
             const std::chrono::duration<double> waited = m_clock.now() - m_stopsSince;
-            if (m_steps.completesMovie() && waited.count() < moviePatience) {
+            if (m_callbacks.completesMovie() && waited.count() < moviePatience) {
                 waitForCamera(movieInterval);
                 return;
             }
@@ -115,7 +115,7 @@ void BWQuitting::finishCaptures()
             leaveCaptures();
         },
         capturePatience, m_clock);
-    m_steps.finishCaptures([self = QPointer(this)] {
+    m_callbacks.finishCaptures([self = QPointer(this)] {
         if (self)
             self->end();
     });
@@ -125,7 +125,7 @@ void BWQuitting::offerToLeaveCaptures()
 {
     if (std::exchange(m_offers, true))
         return;
-    const bool may = m_steps.mayLeaveCaptures();
+    const bool may = m_callbacks.mayLeaveCaptures();
     m_offers = false;
     if (may)
         leaveCaptures();
@@ -135,7 +135,7 @@ void BWQuitting::leaveCaptures()
 {
     if (m_state == State::Ended)
         return;
-    m_steps.leaveCaptures();
+    m_callbacks.leaveCaptures();
     end();
 }
 
@@ -144,5 +144,5 @@ void BWQuitting::end()
     if (m_state == State::Ended)
         return;
     setState(State::Ended);
-    m_steps.end();
+    m_callbacks.end();
 }

@@ -24,7 +24,7 @@ public:
 
     /// What the rest of the program does for it. The two questions return with the user's answer; meanwhile the event
     /// loop runs. `done` may be called at once, later, or never.
-    struct Steps {
+    struct Callbacks {
         std::function<bool()> isSaving; ///< files of an album are being saved elsewhere
         std::function<bool()> mayStopSaving; ///< asks
         std::function<void(std::function<void()> done)> stopCamera;
@@ -39,7 +39,7 @@ public:
     static constexpr double moviePatience = 120;
     static constexpr double capturePatience = 600; // a long movie on its way to a slow disk
 
-    explicit BWQuitting(Steps steps, BWClock &clock = BWClock::system());
+    explicit BWQuitting(Callbacks callbacks, BWClock &clock = BWClock::system());
 
     State state() const { return m_state; }
     /// Nothing calls it off any more.
@@ -59,7 +59,7 @@ private:
     void leaveCaptures();
     void end();
 
-    const Steps m_steps;
+    const Callbacks m_callbacks;
     BWClock &m_clock;
     State m_state = State::Running;
     bool m_offers = false;

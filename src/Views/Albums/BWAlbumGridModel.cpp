@@ -17,8 +17,8 @@ constexpr int columnCount = 2;
 
 } // namespace
 
-BWAlbumGridModel::BWAlbumGridModel(const BWAlbumContents &contents, const BWThumbnails &thumbnails, Actions actions)
-    : m_contents(contents), m_thumbnails(thumbnails), m_actions(std::move(actions))
+BWAlbumGridModel::BWAlbumGridModel(const BWAlbumContents &contents, const BWThumbnails &thumbnails, Callbacks callbacks)
+    : m_contents(contents), m_thumbnails(thumbnails), m_callbacks(std::move(callbacks))
 {
 }
 
@@ -77,19 +77,19 @@ QImage BWAlbumGridModel::thumbnailForElementAtIndex(const BWThumbnailTableView &
 
 void BWAlbumGridModel::removeIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
-    if (m_actions.trash(filesAt(view, indexes), typeOf(view)))
+    if (m_callbacks.trash(filesAt(view, indexes), typeOf(view)))
         qCInfo(bwViews) << "Remove indexes:" << indexes;
 }
 
 void BWAlbumGridModel::openIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
     qCInfo(bwViews) << "Open indexes:" << indexes;
-    m_actions.open(filesAt(view, indexes));
+    m_callbacks.open(filesAt(view, indexes));
 }
 
 void BWAlbumGridModel::saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
-    m_actions.save(filesAt(view, indexes), typeOf(view));
+    m_callbacks.save(filesAt(view, indexes), typeOf(view));
 }
 
 int BWAlbumGridModel::numberOfColumnsForView(const BWThumbnailTableView &view)

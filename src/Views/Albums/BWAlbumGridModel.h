@@ -14,7 +14,7 @@ class BWThumbnails;
 /// is neither of the two ends the program. GUI thread.
 class BWAlbumGridModel : public BWThumbnailTableViewDelegate, public BWThumbnailTableViewDataSource {
 public:
-    struct Actions {
+    struct Callbacks {
         std::function<void(const QList<QUrl> &files, BWMediaType type)> save;
         std::function<bool(const QList<QUrl> &files, BWMediaType type)> trash; ///< whether the user confirmed it
         std::function<void(const QList<QUrl> &files)> open;
@@ -25,7 +25,7 @@ public:
         QString video;
     };
 
-    BWAlbumGridModel(const BWAlbumContents &contents, const BWThumbnails &thumbnails, Actions actions);
+    BWAlbumGridModel(const BWAlbumContents &contents, const BWThumbnails &thumbnails, Callbacks callbacks);
 
     void setGrids(const BWThumbnailTableView &images, const BWThumbnailTableView &videos);
     void setWords(const Words &words) { m_words = words; }
@@ -58,7 +58,7 @@ private:
 
     const BWAlbumContents &m_contents;
     const BWThumbnails &m_thumbnails;
-    const Actions m_actions;
+    const Callbacks m_callbacks;
     const BWThumbnailTableView *m_imagesGrid = nullptr;
     const BWThumbnailTableView *m_videosGrid = nullptr;
     QList<QUrl> m_images;

@@ -75,11 +75,11 @@ private:
 } // namespace
 
 BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &albums, BWUserDefaults &defaults,
-                                                               Surroundings surroundings, QWidget *cameraWindow,
+                                                               Callbacks callbacks, QWidget *cameraWindow,
                                                                BWClock &clock)
     : BWUtilityPanel(cameraWindow),
       m_albums(albums),
-      m_surroundings(std::move(surroundings)),
+      m_callbacks(std::move(callbacks)),
       m_popUp(new BWPopUpButton),
       m_popUpLabel(new QLabel(this)),
       m_add(toolButton(u"list-add"_s)),
@@ -94,11 +94,11 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
           m_images->redrawElements(files);
           m_videos->redrawElements(files);
       }),
-      m_saving(std::make_unique<BWAlbumSaving>(*this, m_surroundings.panels, m_texts, *m_footer, *m_notice)),
+      m_saving(std::make_unique<BWAlbumSaving>(*this, m_callbacks.panels, m_texts, *m_footer, *m_notice)),
       m_trashing(std::make_unique<BWAlbumTrashing>(albums, m_texts, *m_notice)),
       m_model(std::make_unique<BWAlbumGridModel>(
           m_contents, m_thumbnails,
-          BWAlbumGridModel::Actions{
+          BWAlbumGridModel::Callbacks{
               [this](const QList<QUrl> &files, BWMediaType type) {
                   const BWAlbumPtr album = m_albums.currentAlbum();
                   m_saving->save(files, type, album ? album->shownName(m_texts.defaultAlbumDisplayName) : QString());
@@ -257,7 +257,7 @@ void BWAlbumManagerWindowController::onAddAlbum()
 {
     const BWFilePanels::Folder panel{m_texts.selectAlbum.title, m_texts.selectAlbum.message, m_albums.albumsBasePath(),
                                      [this](const QUrl &folder) { return makeFolder(folder); }};
-    m_surroundings.panels.chooseFolder(this, panel, [this](const QUrl &folder) { m_albums.addAlbumFromPath(folder); });
+    m_callbacks.panels.chooseFolder(this, panel, [this](const QUrl &folder) { m_albums.addAlbumFromPath(folder); });
 }
 
 bool BWAlbumManagerWindowController::makeFolder(const QUrl &folder)
@@ -352,7 +352,7 @@ void BWAlbumManagerWindowController::openFiles(const QList<QUrl> &files)
         return;
     QList<QUrl> unopened;
     for (const QUrl &file : files) {
-        if (!m_surroundings.open(file))
+        if (!m_callbacks.open(file))
             unopened.append(file);
     }
     if (unopened.isEmpty())

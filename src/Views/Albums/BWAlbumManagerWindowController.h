@@ -29,13 +29,13 @@ public:
     static constexpr QSize defaultContentSize{287, 550};
 
     /// What is outside of the program.
-    struct Surroundings {
+    struct Callbacks {
         BWFilePanels &panels;
         std::function<bool(const QUrl &file)> open; ///< with the desktop's program for it; false if there is none
     };
 
     /// From now on it alone is told when the albums or their contents change.
-    BWAlbumManagerWindowController(BWAlbumManager &albums, BWUserDefaults &defaults, Surroundings surroundings,
+    BWAlbumManagerWindowController(BWAlbumManager &albums, BWUserDefaults &defaults, Callbacks callbacks,
                                    QWidget *cameraWindow, BWClock &clock = BWClock::system());
     ~BWAlbumManagerWindowController() override;
 
@@ -68,7 +68,7 @@ private:
     BWThumbnailTableView &currentGrid() const;
 
     BWAlbumManager &m_albums;
-    Surroundings m_surroundings;
+    Callbacks m_callbacks;
     BWAlbumTexts m_texts;
     QComboBox *m_popUp;
     QLabel *m_popUpLabel;

@@ -58,11 +58,11 @@ QLabel *addressLabel(const QString &address)
 
 } // namespace
 
-BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings,
+BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &contact, Callbacks callbacks,
                                                            const QWidget *cameraWindow)
     : QWidget(nullptr, Qt::Tool),
       m_contact(contact),
-      m_surroundings(std::move(surroundings)),
+      m_callbacks(std::move(callbacks)),
       m_cameraWindow(cameraWindow),
       m_introduction(label(true)),
       m_faqButton(pushButton(u"help-contents"_s)),
@@ -169,7 +169,7 @@ void BWSimpleHelpWindowController::onWriteToSupport()
 
 void BWSimpleHelpWindowController::open(const QUrl &url, const QString &address)
 {
-    const bool opened = m_surroundings.openUrl(url);
+    const bool opened = m_callbacks.openUrl(url);
     m_problem->setText(BWUIUtils::inOneLine(m_cannotOpen, address));
     m_problem->setVisible(!opened);
     fitShortcuts();
@@ -179,7 +179,7 @@ QUrl BWSimpleHelpWindowController::mail() const
 {
     BWSupportMail mail{m_contact.supportAddress, m_mailSubject.arg(QStringLiteral(BW_VERSION)), m_mailRequest, {}};
     mail.facts = {QStringLiteral("BrimwellPro " BW_VERSION), BWSupportMail::system()};
-    const QList<BWCameraPtr> cameras = m_surroundings.cameras();
+    const QList<BWCameraPtr> cameras = m_callbacks.cameras();
     if (cameras.isEmpty())
         mail.facts.append(u"No camera"_s);
     for (const BWCameraPtr &camera : cameras)
@@ -191,7 +191,7 @@ void BWSimpleHelpWindowController::prepare()
 {
     m_problem->hide();
     const int beside = 2 * outerMargin + rowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-    m_shortcuts->setSections(BWShortcutSection::ofActions(m_surroundings.actions()) + m_views,
+    m_shortcuts->setSections(BWShortcutSection::ofActions(m_callbacks.actions()) + m_views,
                              m_cameraWindow->screen()->availableGeometry().width() - beside);
     fitShortcuts();
     if (!std::exchange(m_placed, true))

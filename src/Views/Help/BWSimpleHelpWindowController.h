@@ -21,14 +21,14 @@ class BWSimpleHelpWindowController : public QWidget, public BWLocalizationManage
 
 public:
     /// What the window asks of the application.
-    struct Surroundings {
+    struct Callbacks {
         std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
         std::function<QList<BWCameraPtr>()> cameras; ///< the attached ones
         std::function<QList<QAction *>()> actions; ///< whose shortcuts are listed, those of their menus included
     };
 
     /// It opens over the camera window, which must outlive it.
-    BWSimpleHelpWindowController(const BWHelpContact &contact, Surroundings surroundings, const QWidget *cameraWindow);
+    BWSimpleHelpWindowController(const BWHelpContact &contact, Callbacks callbacks, const QWidget *cameraWindow);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
@@ -51,7 +51,7 @@ private:
     QUrl mail() const;
 
     BWHelpContact m_contact;
-    Surroundings m_surroundings;
+    Callbacks m_callbacks;
     const QWidget *m_cameraWindow;
     QList<BWShortcutSection> m_views;
     QString m_mailSubject;

@@ -27,11 +27,8 @@ QString localizedCameraName(const BWCameraDescription &description, BWLocalizati
 } // namespace
 
 BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults,
-                                                       Surroundings surroundings, QWidget *cameraWindow)
-    : BWUtilityPanel(cameraWindow),
-      m_config(config),
-      m_surroundings(std::move(surroundings)),
-      m_form(new BWSettingsForm)
+                                                       Callbacks callbacks, QWidget *cameraWindow)
+    : BWUtilityPanel(cameraWindow), m_config(config), m_callbacks(std::move(callbacks)), m_form(new BWSettingsForm)
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -125,7 +122,7 @@ void BWSettingsWindowController::reloadSettings()
 void BWSettingsWindowController::onCameraTypeChanged()
 {
     if (const BWCameraPtr camera = m_cameras.cameraWithTitle(m_form->cameraTypes->currentText()))
-        m_surroundings.modelDelegate.changeCurrentCamera(*this, camera);
+        m_callbacks.modelDelegate.changeCurrentCamera(*this, camera);
 }
 
 void BWSettingsWindowController::onCameraProductChanged(int index)
@@ -157,7 +154,7 @@ void BWSettingsWindowController::onSaveSnapshotOnClick(int index)
 
 void BWSettingsWindowController::onAdvancedSettings()
 {
-    m_surroundings.showAdvancedSettings();
+    m_callbacks.showAdvancedSettings();
 }
 
 void BWSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &configManager)

@@ -24,13 +24,13 @@ class BWSettingsWindowController : public BWUtilityPanel,
 
 public:
     /// What the window asks of the application.
-    struct Surroundings {
+    struct Callbacks {
         BWSettingsWindowControllerDelegate &modelDelegate;
         std::function<void()> showAdvancedSettings;
     };
 
     /// All must outlive the window; the camera window owns it, if given, and is what it is placed by.
-    BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults, Surroundings surroundings,
+    BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults, Callbacks callbacks,
                                QWidget *cameraWindow);
     ~BWSettingsWindowController() override;
 
@@ -61,7 +61,7 @@ private:
     int currentProductIndex() const;
 
     BWConfigManager &m_config;
-    Surroundings m_surroundings;
+    Callbacks m_callbacks;
     BWLocalizationManager *m_manager = nullptr;
     BWSettingsForm *m_form;
     BWCameraChoices m_cameras;

@@ -24,10 +24,10 @@ QString oneDecimal(double value)
 
 } // namespace
 
-BWGridDebuggerWindowController::BWGridDebuggerWindowController(Surroundings surroundings, BWConfigManager &config,
+BWGridDebuggerWindowController::BWGridDebuggerWindowController(Callbacks callbacks, BWConfigManager &config,
                                                                QWidget *parent)
     : QWidget(parent, Qt::Tool),
-      m_surroundings(std::move(surroundings)),
+      m_callbacks(std::move(callbacks)),
       m_config(config),
       m_productLabel(new QLabel),
       m_resolutionLabel(new QLabel),
@@ -80,7 +80,7 @@ void BWGridDebuggerWindowController::localizeWithManager(BWLocalizationManager &
 
 void BWGridDebuggerWindowController::reload()
 {
-    const BWCameraPtr camera = m_surroundings.currentCamera();
+    const BWCameraPtr camera = m_callbacks.currentCamera();
     if (!camera)
         return;
     const BWCameraProductPtr product = m_config.currentProductForCameraIdentifier(camera->identifierForProducts());
@@ -90,7 +90,7 @@ void BWGridDebuggerWindowController::reload()
     m_resolutionTextField->setText(camera->defaultResolution().resolutionString());
     {
         const QSignalBlocker blocker(m_gridSlider); // nobody has moved it
-        m_gridSlider->setValue(qRound(m_surroundings.gridDistance() * stepsPerPoint));
+        m_gridSlider->setValue(qRound(m_callbacks.gridDistance() * stepsPerPoint));
     }
     updateResultNumber();
 }
@@ -108,5 +108,5 @@ void BWGridDebuggerWindowController::updateResultNumber()
 void BWGridDebuggerWindowController::onGridSlider()
 {
     updateResultNumber();
-    m_surroundings.updateGridForCurrentProduct(sliderValue());
+    m_callbacks.updateGridForCurrentProduct(sliderValue());
 }

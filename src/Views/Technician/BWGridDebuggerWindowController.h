@@ -16,7 +16,7 @@ class BWGridDebuggerWindowController final : public QWidget, public BWLocalizati
     Q_OBJECT
 
 public:
-    struct Surroundings {
+    struct Callbacks {
         std::function<BWCameraPtr()> currentCamera;
         std::function<double()> gridDistance;
         std::function<void(double)> updateGridForCurrentProduct;
@@ -24,7 +24,7 @@ public:
 
     static constexpr double largestDistance = 1000; ///< points
 
-    BWGridDebuggerWindowController(Surroundings surroundings, BWConfigManager &config, QWidget *parent = nullptr);
+    BWGridDebuggerWindowController(Callbacks callbacks, BWConfigManager &config, QWidget *parent = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
@@ -36,7 +36,7 @@ private:
     void updateResultNumber();
     void onGridSlider();
 
-    Surroundings m_surroundings;
+    Callbacks m_callbacks;
     BWConfigManager &m_config;
     QLabel *m_productLabel;
     QLabel *m_resolutionLabel;
