@@ -2,7 +2,7 @@
 
 #include "FakeKernel.h"
 
-#include "v4l2/BWV4L2Device.h"
+#include "v4l2/device/BWV4L2Device.h"
 
 /// A device on the fake kernel, which has 640x480 as MJPEG at 30 and as YUYV at 15 frames per second.
 struct FakeCamera {

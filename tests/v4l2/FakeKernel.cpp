@@ -1,6 +1,6 @@
 #include "FakeKernel.h"
 
-#include "v4l2/BWVideoFormat.h"
+#include "v4l2/device/BWVideoFormat.h"
 
 #include <algorithm>
 #include <cerrno>

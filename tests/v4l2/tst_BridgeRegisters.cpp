@@ -1,5 +1,5 @@
 #include "FakeKernel.h"
-#include "v4l2/BWMakeBridgeRegisters.h"
+#include "v4l2/device/BWMakeBridgeRegisters.h"
 
 #include <cerrno>
 #include <QTest>

@@ -1,8 +1,8 @@
 #include "FakeKernel.h"
 
-#include "v4l2/BWExposureMenu.h"
-#include "v4l2/BWVideoFormat.h"
-#include "v4l2/BWVideoModeChoice.h"
+#include "v4l2/device/BWExposureMenu.h"
+#include "v4l2/device/BWVideoFormat.h"
+#include "v4l2/device/BWVideoModeChoice.h"
 
 #include <cerrno>
 #include <QTest>

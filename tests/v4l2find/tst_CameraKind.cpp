@@ -1,11 +1,11 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
 #include "SysfsTree.h"
-#include "v4l2/BWCameraKind.h"
-#include "v4l2/BWCameraMaker.h"
-#include "v4l2/BWCameraTable.h"
-#include "v4l2/BWVideoAbilities.h"
-#include "v4l2/BWVideoNodeReader.h"
+#include "v4l2/device/BWVideoAbilities.h"
+#include "v4l2/finding/BWCameraKind.h"
+#include "v4l2/finding/BWCameraMaker.h"
+#include "v4l2/finding/BWCameraTable.h"
+#include "v4l2/finding/BWVideoNodeReader.h"
 
 #include <QFile>
 #include <QRegularExpression>

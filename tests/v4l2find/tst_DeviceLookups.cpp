@@ -1,6 +1,6 @@
 #include "SysfsTree.h"
-#include "v4l2/BWButtonFinder.h"
-#include "v4l2/BWDeviceHolder.h"
+#include "v4l2/finding/BWButtonFinder.h"
+#include "v4l2/finding/BWDeviceHolder.h"
 
 #include <fcntl.h>
 #include <QProcess>

@@ -1,5 +1,5 @@
 #include "BWACUDriver/BWCameraDetector.h"
-#include "v4l2/BWNodeTracker.h"
+#include "v4l2/finding/BWNodeTracker.h"
 
 #include <cerrno>
 #include <QMap>

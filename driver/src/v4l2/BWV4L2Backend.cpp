@@ -1,8 +1,8 @@
 #include "BWACUDriver/BWV4L2Backend.h"
 
-#include "v4l2/BWCameraMaker.h"
-#include "v4l2/BWNodeTracker.h"
-#include "v4l2/BWUdevWatch.h"
+#include "v4l2/finding/BWCameraMaker.h"
+#include "v4l2/finding/BWNodeTracker.h"
+#include "v4l2/finding/BWUdevWatch.h"
 
 #include <atomic>
 #include <mutex>

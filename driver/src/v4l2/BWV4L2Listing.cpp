@@ -2,12 +2,12 @@
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
-#include "v4l2/BWButtonFinder.h"
-#include "v4l2/BWCameraMaker.h"
-#include "v4l2/BWDeviceHolder.h"
-#include "v4l2/BWNodeAccess.h"
-#include "v4l2/BWVideoFormat.h"
-#include "v4l2/BWVideoNodeReader.h"
+#include "v4l2/device/BWVideoFormat.h"
+#include "v4l2/finding/BWButtonFinder.h"
+#include "v4l2/finding/BWCameraMaker.h"
+#include "v4l2/finding/BWDeviceHolder.h"
+#include "v4l2/finding/BWNodeAccess.h"
+#include "v4l2/finding/BWVideoNodeReader.h"
 
 #include <cerrno>
 #include <QFile>

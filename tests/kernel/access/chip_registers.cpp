@@ -1,5 +1,5 @@
 #include "v4l2/BWKernelCalls.h"
-#include "v4l2/BWMakeBridgeRegisters.h"
+#include "v4l2/device/BWMakeBridgeRegisters.h"
 
 #include <cstdio>
 #include <cstdlib>

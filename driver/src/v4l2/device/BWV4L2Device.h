@@ -1,0 +1,78 @@
+#pragma once
+
+#include "BWACUDriver/BWCaptureDevice.h"
+#include "v4l2/device/BWBridgeRegisters.h"
+#include "v4l2/device/BWButtonReader.h"
+#include "v4l2/device/BWVideoControls.h"
+#include "v4l2/device/BWVideoStream.h"
+#include "v4l2/finding/BWVideoNode.h"
+
+#include <QByteArray>
+
+/// One opened camera of the kernel. Its node is open only while it streams, and for the moment of a change otherwise,
+/// so that other programs can have the camera.
+class BWV4L2Device : public BWCaptureDevice {
+public:
+    /// Touches no hardware. `findButton` is called at each start, on the capture thread, and returns the event node of
+    /// the camera's button, null if it has none. `registers` are those of a bridge chip, null without one. `kernel`
+    /// must live longer than every frame.
+    BWV4L2Device(BWVideoNode node, BWVideoAbilities abilities, std::function<QByteArray()> findButton,
+                 std::unique_ptr<BWBridgeRegisters> registers = nullptr,
+                 BWKernelCalls &kernel = BWKernelCalls::system());
+    ~BWV4L2Device() override;
+
+    void setEvents(std::function<void()> button, std::function<void(int identifier, double value)> control) override;
+    std::vector<BWControlInfo> controls() const override;
+    BWResolution resolution() const override;
+    void setResolution(BWResolution wished) override;
+    BWStartProblem startStreaming() override;
+    void stopStreaming() override;
+    WaitResult waitFrame(std::chrono::milliseconds timeout, BWFrame &frame) override;
+    void interrupt() override;
+    bool expectsFrames() const override { return m_stream.canDeliver(); }
+    bool readsButton() const override { return m_button.isOpen(); }
+    double setControl(int identifier, double value) override;
+    void setVideoNorm(int norm) override;
+    int readRegister(int identifier) override;
+    void writeRegister(int identifier, int value) override;
+    QString registerProblem() const override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Ready {
+        short node = 0; ///< events of the poll; 0 also while the node is not listened to
+        bool button = false;
+    };
+
+    /// Null, and why, where it cannot be opened. A node that belongs to another device by now counts as gone.
+    std::unique_ptr<const BWKernelFile> openNode(int &error) const;
+    int applyNorm(const BWKernelFile &node) const;
+    BWStartProblem problem(BWStartProblem::Kind kind) const;
+    /// Waits until something is to be done, at most until then.
+    Ready waitUntil(Clock::time_point deadline);
+    WaitResult takeFrame(short events, BWFrame &frame);
+    bool isGone() const;
+
+    const BWVideoNode m_node;
+    const BWVideoAbilities m_abilities;
+    const QString m_name; ///< for the log
+    const std::function<QByteArray()> m_findButton;
+    const std::unique_ptr<BWBridgeRegisters> m_registers;
+    BWKernelCalls &m_kernel;
+    std::function<void()> m_pressed;
+    const std::shared_ptr<const BWWakeUp> m_wakeUp;
+    std::atomic<bool> m_interrupted = false;
+    BWResolution m_resolution;
+    std::optional<uint64_t> m_norm; ///< V4L2 standard; not touched before one is asked for
+    BWVideoControls m_controls;
+
+    // While it streams.
+    std::unique_ptr<const BWKernelFile> m_file;
+    BWVideoStream m_stream;
+    BWButtonReader m_button;
+    bool m_hasEvents = false; ///< the node tells of controls that move
+    bool m_wasBroken = false;
+    Clock::time_point m_deafUntil; ///< the node is not polled before: it would answer at once, again and again
+    Clock::time_point m_nextReading; ///< of controls which the camera moves
+};

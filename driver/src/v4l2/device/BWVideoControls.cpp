@@ -1,0 +1,225 @@
+#include "v4l2/device/BWVideoControls.h"
+
+#include "base/BWDriverLog.h"
+#include "BWACUDriver/BWCameraSetting.h"
+#include "v4l2/device/BWExposureMenu.h"
+#include "v4l2/device/BWVideoControlReader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <linux/videodev2.h>
+
+namespace {
+
+struct AutomaticMode {
+    int mode;
+    int moves; ///< the control that the mode moves
+};
+
+constexpr std::array automaticModes{
+    AutomaticMode{BWSettingAutoWhite, BWSettingWhiteBalance},
+    AutomaticMode{BWSettingAutoExposure, BWSettingExposureAbsolute},
+};
+
+/// Automatic modes which the program does not know; they are switched off for good when their control is set.
+struct HiddenMaster {
+    int identifier;
+    uint32_t id;
+};
+
+constexpr std::array hiddenMasters{
+    HiddenMaster{BWSettingHue, V4L2_CID_HUE_AUTO},
+    HiddenMaster{BWSettingGain, V4L2_CID_AUTOGAIN},
+};
+
+bool hasMaster(int identifier)
+{
+    return std::any_of(automaticModes.begin(), automaticModes.end(),
+                       [identifier](const AutomaticMode &automatic) { return automatic.moves == identifier; })
+        || std::any_of(hiddenMasters.begin(), hiddenMasters.end(),
+                       [identifier](const HiddenMaster &master) { return master.identifier == identifier; });
+}
+
+} // namespace
+
+BWVideoControls::BWVideoControls(const std::vector<BWVideoControl> &controls, QString name) : m_name(std::move(name))
+{
+    for (const BWVideoControl &control : controls) {
+        if (control.id != 0)
+            m_controls.push_back({control, control.info.value});
+    }
+}
+
+double BWVideoControls::set(const BWKernelFile &node, int identifier, double value)
+{
+    Control *control = find(identifier);
+    if (!control)
+        return 0;
+    holdMaster(node, identifier);
+    // One to a call: a single one that is refused would keep all others of a call from being set.
+    const int32_t wished = toDevice(*control, value);
+    const int result = send(node, control->ability.id, wished);
+    if (result >= 0)
+        control->value = toProgram(*control, wished);
+    readOthers(node, identifier, result);
+    if (result < 0 && result != -ENODEV && !(result == -EACCES && isMoved(*control)))
+        complain(*control, value, result);
+    const auto taken = readValue(node, *control);
+    if (taken)
+        control->value = *taken;
+    return control->value;
+}
+
+double BWVideoControls::value(int identifier) const
+{
+    const Control *control = find(identifier);
+    return control ? control->value : 0;
+}
+
+void BWVideoControls::watch(const BWKernelFile &node)
+{
+    for (Control &control : m_controls) {
+        // A device that tells of nothing is no fault.
+        v4l2_event_subscription subscription{};
+        subscription.type = V4L2_EVENT_CTRL;
+        subscription.id = control.ability.id;
+        node.ioctl(VIDIOC_SUBSCRIBE_EVENT, subscription);
+        read(node, control);
+    }
+}
+
+bool BWVideoControls::takeEvents(const BWKernelFile &node)
+{
+    bool any = false;
+    v4l2_event event{};
+    while (node.ioctl(VIDIOC_DQEVENT, event) >= 0) {
+        any = true;
+        const auto control = std::find_if(m_controls.begin(), m_controls.end(), [&event](const Control &candidate) {
+            return candidate.ability.id == event.id;
+        });
+        if (event.type != V4L2_EVENT_CTRL || !(event.u.ctrl.changes & V4L2_EVENT_CTRL_CH_VALUE)
+            || control == m_controls.end())
+            continue;
+        // When its master is switched, a control tells what it had then; by now it may have been set. The others are
+        // believed, for the kernel answers with what it remembers although the camera has just told it otherwise.
+        if (hasMaster(control->ability.info.identifier) && control->readable)
+            read(node, *control);
+        else
+            note(*control, toProgram(*control, event.u.ctrl.value));
+    }
+    return any;
+}
+
+void BWVideoControls::readMoved(const BWKernelFile &node)
+{
+    for (Control &control : m_controls) {
+        if (isMoved(control))
+            read(node, control);
+    }
+}
+
+BWVideoControls::Control *BWVideoControls::find(int identifier)
+{
+    return const_cast<Control *>(std::as_const(*this).find(identifier));
+}
+
+const BWVideoControls::Control *BWVideoControls::find(int identifier) const
+{
+    const auto found = std::find_if(m_controls.begin(), m_controls.end(), [identifier](const Control &control) {
+        return control.ability.info.identifier == identifier;
+    });
+    return found == m_controls.end() ? nullptr : &*found;
+}
+
+int32_t BWVideoControls::toDevice(const Control &control, double value) const
+{
+    if (control.ability.id == V4L2_CID_EXPOSURE_AUTO)
+        return BWExposureMenu(control.ability.menu).toDevice(value);
+    const BWControlInfo &info = control.ability.info;
+    const double steps = std::floor((std::clamp(value, info.min, info.max) - info.min) / info.step + 0.5);
+    return static_cast<int32_t>(std::min(info.min + steps * info.step, info.max));
+}
+
+double BWVideoControls::toProgram(const Control &control, int32_t value) const
+{
+    if (control.ability.id == V4L2_CID_EXPOSURE_AUTO)
+        return BWExposureMenu(control.ability.menu).toProgram(value);
+    return value;
+}
+
+int BWVideoControls::send(const BWKernelFile &node, uint32_t id, int32_t value) const
+{
+    v4l2_ext_control control{};
+    control.id = id;
+    control.value = value;
+    v4l2_ext_controls request{};
+    request.which = V4L2_CTRL_WHICH_CUR_VAL;
+    request.count = 1;
+    request.controls = &control;
+    return node.ioctl(VIDIOC_S_EXT_CTRLS, request);
+}
+
+void BWVideoControls::holdMaster(const BWKernelFile &node, int identifier)
+{
+    for (const HiddenMaster &master : hiddenMasters) {
+        if (master.identifier != identifier || m_missingMasters.contains(master.id))
+            continue;
+        if (send(node, master.id, 0) == -EINVAL)
+            m_missingMasters.insert(master.id);
+    }
+}
+
+void BWVideoControls::readOthers(const BWKernelFile &node, int identifier, int result)
+{
+    for (const AutomaticMode &automatic : automaticModes) {
+        // A mode that goes off shows where it has left its control; a control that is refused may have a mode which
+        // somebody else has switched on.
+        Control *other = automatic.mode == identifier            ? find(automatic.moves)
+            : automatic.moves == identifier && result == -EACCES ? find(automatic.mode)
+                                                                 : nullptr;
+        if (other)
+            read(node, *other);
+    }
+}
+
+bool BWVideoControls::isMoved(const Control &control) const
+{
+    return std::any_of(automaticModes.begin(), automaticModes.end(), [&](const AutomaticMode &automatic) {
+        return automatic.moves == control.ability.info.identifier && value(automatic.mode) > 0;
+    });
+}
+
+std::optional<double> BWVideoControls::readValue(const BWKernelFile &node, Control &control)
+{
+    if (!control.readable)
+        return std::nullopt;
+    // A camera that fails to tell once may hang when it is asked again and again.
+    const auto value = BWVideoControlReader::value(node, control.ability.id);
+    control.readable = value.has_value();
+    return value ? std::optional(toProgram(control, *value)) : std::nullopt;
+}
+
+void BWVideoControls::read(const BWKernelFile &node, Control &control)
+{
+    if (const auto value = readValue(node, control))
+        note(control, *value);
+}
+
+void BWVideoControls::note(Control &control, double value)
+{
+    if (control.value == value)
+        return;
+    control.value = value;
+    if (m_moved)
+        m_moved(control.ability.info.identifier, value);
+}
+
+void BWVideoControls::complain(Control &control, double value, int error)
+{
+    if (std::exchange(control.complained, true))
+        return;
+    qCWarning(bwDriver).noquote() << m_name << "does not take" << value << "for"
+                                  << BWCameraSetting::stringForSettingIdentifier(control.ability.info.identifier) << "-"
+                                  << kernelErrorText(error);
+}

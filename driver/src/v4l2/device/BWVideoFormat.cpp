@@ -1,0 +1,129 @@
+#include "v4l2/device/BWVideoFormat.h"
+
+#include <algorithm>
+
+namespace {
+
+struct Format {
+    uint32_t fourcc;
+    BWPixelFormat pixelFormat;
+};
+
+constexpr std::array formats{
+    Format{V4L2_PIX_FMT_YUYV, BWPixelFormat::YUYV},   Format{V4L2_PIX_FMT_UYVY, BWPixelFormat::UYVY},
+    Format{V4L2_PIX_FMT_NV12, BWPixelFormat::NV12},   Format{V4L2_PIX_FMT_YUV420, BWPixelFormat::YU12},
+    Format{V4L2_PIX_FMT_GREY, BWPixelFormat::GREY},   Format{V4L2_PIX_FMT_RGB24, BWPixelFormat::RGB24},
+    Format{V4L2_PIX_FMT_BGR24, BWPixelFormat::BGR24}, Format{V4L2_PIX_FMT_MJPEG, BWPixelFormat::MJPEG},
+    Format{V4L2_PIX_FMT_JPEG, BWPixelFormat::MJPEG},
+};
+
+} // namespace
+
+BWPixelFormat BWVideoFormat::pixelFormat(uint32_t fourcc)
+{
+    const auto found = std::find_if(formats.begin(), formats.end(),
+                                    [fourcc](const Format &format) { return format.fourcc == fourcc; });
+    return found == formats.end() ? BWPixelFormat::None : found->pixelFormat;
+}
+
+QString BWVideoFormat::name(uint32_t fourcc)
+{
+    if (pixelFormat(fourcc) == BWPixelFormat::MJPEG)
+        return QStringLiteral("MJPEG");
+    QString name;
+    for (int shift = 0; shift < 32; shift += 8)
+        name += QLatin1Char(static_cast<char>(fourcc >> shift & 0x7f));
+    return name.trimmed();
+}
+
+BWVideoFormat::BWVideoFormat(const v4l2_pix_format &format)
+{
+    m_frame.pixelFormat = pixelFormat(format.pixelformat);
+    m_frame.width = static_cast<int>(format.width);
+    m_frame.height = static_cast<int>(format.height);
+    const int stride = static_cast<int>(format.bytesperline);
+    const int width = m_frame.width;
+    const int height = m_frame.height;
+    const int halfWidth = (width + 1) / 2;
+    const int halfHeight = (height + 1) / 2;
+    switch (m_frame.pixelFormat) {
+    case BWPixelFormat::YUYV:
+    case BWPixelFormat::UYVY:
+        addPlane(0, stride, height, halfWidth * 4);
+        break;
+    case BWPixelFormat::NV12:
+        addPlane(0, stride, height, width);
+        addPlane(1, stride, halfHeight, halfWidth * 2);
+        break;
+    case BWPixelFormat::YU12:
+        addPlane(0, stride, height, width);
+        addPlane(1, stride / 2, halfHeight, halfWidth);
+        addPlane(2, stride / 2, halfHeight, halfWidth);
+        break;
+    case BWPixelFormat::GREY:
+        addPlane(0, stride, height, width);
+        break;
+    case BWPixelFormat::RGB24:
+    case BWPixelFormat::BGR24:
+        addPlane(0, stride, height, width * 3);
+        break;
+    case BWPixelFormat::None:
+    case BWPixelFormat::MJPEG:
+        break;
+    }
+    setColours(format);
+}
+
+BWFrameInfo BWVideoFormat::frame(const uint8_t *data, std::size_t bytesUsed) const
+{
+    BWFrameInfo frame = m_frame;
+    if (frame.pixelFormat == BWPixelFormat::MJPEG)
+        frame.planes[0].size = bytesUsed;
+    for (std::size_t i = 0; i < frame.planes.size(); ++i) {
+        BWPlane &plane = frame.planes[i];
+        if (plane.size == 0 || m_offsets[i] >= bytesUsed) {
+            plane = {};
+            continue;
+        }
+        plane.data = data + m_offsets[i];
+        plane.size = std::min(plane.size, bytesUsed - m_offsets[i]);
+    }
+    return frame;
+}
+
+void BWVideoFormat::addPlane(int index, int stride, int rows, int bytesPerRow)
+{
+    // A driver that does not know its stride says 0.
+    stride = std::max(stride, bytesPerRow);
+    const auto plane = static_cast<std::size_t>(index);
+    const std::size_t size = static_cast<std::size_t>(stride) * static_cast<std::size_t>(rows);
+    m_offsets[plane] = m_end;
+    m_frame.planes[plane].stride = stride;
+    m_frame.planes[plane].size = size;
+    m_end += size;
+    m_leastSize = m_end - static_cast<std::size_t>(stride - bytesPerRow);
+}
+
+void BWVideoFormat::setColours(const v4l2_pix_format &format)
+{
+    const BWPixelFormat pixels = m_frame.pixelFormat;
+    if (pixels == BWPixelFormat::MJPEG) {
+        // JPEG has its own rule for colours, whatever the device says of the pictures inside.
+        m_frame.matrix = BWColorMatrix::BT601;
+        m_frame.range = BWColorRange::Full;
+        return;
+    }
+    const bool rgb = pixels == BWPixelFormat::RGB24 || pixels == BWPixelFormat::BGR24;
+    const uint32_t space = format.colorspace == V4L2_COLORSPACE_DEFAULT
+        ? static_cast<uint32_t>(V4L2_MAP_COLORSPACE_DEFAULT(false, false))
+        : format.colorspace;
+    const uint32_t encoding = format.ycbcr_enc == V4L2_YCBCR_ENC_DEFAULT
+        ? static_cast<uint32_t>(V4L2_MAP_YCBCR_ENC_DEFAULT(space))
+        : format.ycbcr_enc;
+    const uint32_t range = format.quantization == V4L2_QUANTIZATION_DEFAULT
+        ? static_cast<uint32_t>(V4L2_MAP_QUANTIZATION_DEFAULT(rgb, space, encoding))
+        : format.quantization;
+    const bool like601 = encoding == V4L2_YCBCR_ENC_601 || encoding == V4L2_YCBCR_ENC_XV601;
+    m_frame.matrix = like601 ? BWColorMatrix::BT601 : BWColorMatrix::BT709;
+    m_frame.range = range == V4L2_QUANTIZATION_FULL_RANGE ? BWColorRange::Full : BWColorRange::Limited;
+}
