@@ -47,7 +47,7 @@ int main(int argc, char **argv)
                 shown = milliseconds(CLOCK_MONOTONIC) - begin;
         },
         options);
-    thumbnails.want(files, arguments.at(2).toInt());
+    thumbnails.request(files, arguments.at(2).toInt());
     QTimer idle;
     idle.callOnTimeout([&thumbnails] {
         if (thumbnails.isIdle())

@@ -1,6 +1,6 @@
 #include "../Rows.h"
 #include "Model/Albums/BWAlbum.h"
-#include "Model/Capture/BWLeftCaptures.h"
+#include "Model/Capture/BWOrphanedCaptures.h"
 #include "Utils/BWPrivateFolder.h"
 #include "Utils/BWUIUtils.h"
 
@@ -132,7 +132,7 @@ private Q_SLOTS:
         const QString file = path + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s;
         put(file, picture());
         change(QFile::encodeName(file));
-        const QList<BWLeftCapture> found = collect();
+        const QList<BWOrphanedCapture> found = collect();
         QCOMPARE(found.size(), taken ? 1 : 0);
         if (taken)
             QCOMPARE(found[0].file, QUrl::fromLocalFile(file));
@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY(BWFileClaim::create(file));
         QCOMPARE(modeOf(file), 0600U);
         put(file, picture());
-        const QList<BWLeftCapture> found = collect();
+        const QList<BWOrphanedCapture> found = collect();
         QCOMPARE(found.size(), 1);
         QUrl added;
         const BWAlbum album(QUrl::fromLocalFile(m_album));
@@ -200,9 +200,9 @@ private Q_SLOTS:
     }
 
 private:
-    QList<BWLeftCapture> collect() const
+    QList<BWOrphanedCapture> collect() const
     {
-        return BWLeftCaptures::collect({m_shared, m_other}, QUrl::fromLocalFile(m_album));
+        return BWOrphanedCaptures::collect({m_shared, m_other}, QUrl::fromLocalFile(m_album));
     }
     static mode_t modeOf(const QString &path)
     {

@@ -63,7 +63,7 @@ void ThumbnailFixture::restart()
 
 void ThumbnailFixture::make(const QList<QUrl> &files, int pixels)
 {
-    m_thumbnails->want(files, pixels);
+    m_thumbnails->request(files, pixels);
     if (!QTest::qWaitFor([this] { return m_thumbnails->isIdle(); }, 60'000))
         qFatal("The thumbnails do not become ready");
 }

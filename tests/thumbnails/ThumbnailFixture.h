@@ -25,7 +25,7 @@ public:
     /// Another start of the program.
     void restart();
     BWThumbnails &thumbnails() { return *m_thumbnails; }
-    /// Wishes these files, and waits until everything is made, told and stored.
+    /// Requests these files, and waits until everything is made, told and stored.
     void make(const QList<QUrl> &files, int pixels = 256);
     /// Makes one and tells the colour of its middle ("red"), or "impossible", or "missing".
     QString make(const QUrl &file, int pixels = 256);

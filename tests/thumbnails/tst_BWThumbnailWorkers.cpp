@@ -11,21 +11,21 @@ class TestThumbnailWorkers : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void wishesAreReplacedAndKeepTheirOrder()
+    void requestsAreReplacedAndKeepTheirOrder()
     {
         start(1);
-        m_workers->want(wishes(u"slow a b c"_s));
+        m_workers->request(requests(u"slow a b c"_s));
         m_begun.acquire();
-        m_workers->want(wishes(u"d slow b"_s)); // "slow" is being made, "a" and "c" are not wanted any more
+        m_workers->request(requests(u"d slow b"_s)); // "slow" is being made, "a" and "c" are not wanted any more
         m_mayGoOn.release();
         QTRY_COMPARE(log(), u"make slow, make d, make b"_s);
         QCOMPARE(m_told.loadAcquire(), 1); // as nothing has been taken yet
         QTRY_COMPARE(taken(), u"slow d b"_s);
 
         m_told = 0;
-        m_workers->want(wishes(u"e"_s));
+        m_workers->request(requests(u"e"_s));
         QTRY_COMPARE(m_told.loadAcquire(), 1);
-        m_workers->want(wishes(u"e"_s)); // waits to be taken
+        m_workers->request(requests(u"e"_s)); // waits to be taken
         QTRY_COMPARE(taken(), u"slow d b e"_s);
         QVERIFY(m_workers->isIdle());
     }
@@ -33,7 +33,7 @@ private Q_SLOTS:
     void storingComesLast()
     {
         start(1, true);
-        m_workers->want(wishes(u"slow a b"_s));
+        m_workers->request(requests(u"slow a b"_s));
         m_begun.acquire();
         m_mayGoOn.release();
         QTRY_COMPARE(log(), u"make slow, make a, make b, store slow, store a, store b"_s);
@@ -42,10 +42,10 @@ private Q_SLOTS:
     void hangingOnesAreReplacedAndLeftBehind()
     {
         start(1, false, std::chrono::milliseconds(0));
-        m_workers->want(wishes(u"slow a"_s));
+        m_workers->request(requests(u"slow a"_s));
         m_begun.acquire();
         QVERIFY(log().isEmpty());
-        m_workers->want(wishes(u"a b"_s));
+        m_workers->request(requests(u"a b"_s));
         QTRY_COMPARE(log(), u"make a, make b"_s);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"1 files do not answer"_s));
         m_workers.reset();
@@ -67,24 +67,24 @@ private:
         m_told = 0;
         BWThumbnailWorkers::Work work;
         work.newMaker = [this, store] {
-            return [this, store, end = std::make_shared<End>(m_ended)](const BWThumbnailWish &wish) {
-                if (wish.file.path() == u"slow"_s) {
+            return [this, store, end = std::make_shared<End>(m_ended)](const BWThumbnailRequest &request) {
+                if (request.file.path() == u"slow"_s) {
                     m_begun.release();
                     m_mayGoOn.acquire();
                 }
-                note(u"make "_s, wish);
-                return BWThumbnailResult{wish, {}, false, store};
+                note(u"make "_s, request);
+                return BWThumbnailResult{request, {}, false, store};
             };
         };
-        work.store = [this](const BWThumbnailResult &result) { note(u"store "_s, result.wish); };
+        work.store = [this](const BWThumbnailResult &result) { note(u"store "_s, result.request); };
         work.resultsWaiting = [this] { ++m_told; };
         m_workers = std::make_unique<BWThumbnailWorkers>(std::move(work), threads, patience);
     }
 
-    void note(const QString &what, const BWThumbnailWish &wish)
+    void note(const QString &what, const BWThumbnailRequest &request)
     {
         const std::lock_guard lock(m_mutex);
-        m_log.append(what + wish.file.path());
+        m_log.append(what + request.file.path());
     }
 
     QString log()
@@ -93,19 +93,19 @@ private:
         return m_log.join(u", "_s);
     }
 
-    static QList<BWThumbnailWish> wishes(const QString &names)
+    static QList<BWThumbnailRequest> requests(const QString &names)
     {
-        QList<BWThumbnailWish> wishes;
+        QList<BWThumbnailRequest> requests;
         for (const QString &name : names.split(u' '))
-            wishes.append({QUrl(name)});
-        return wishes;
+            requests.append({QUrl(name)});
+        return requests;
     }
 
     /// The names in all results so far.
     QString taken()
     {
         for (const BWThumbnailResult &result : m_workers->take())
-            m_taken.append(result.wish.file.path());
+            m_taken.append(result.request.file.path());
         return m_taken.join(u' ');
     }
 

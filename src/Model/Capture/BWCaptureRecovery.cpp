@@ -1,6 +1,6 @@
 #include "Model/Capture/BWCaptureRecovery.h"
 
-#include "Model/Capture/BWLeftCaptures.h"
+#include "Model/Capture/BWOrphanedCaptures.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 
@@ -13,8 +13,8 @@ struct BWCaptureRecovery::Shared : std::enable_shared_from_this<Shared> {
     {
     }
 
-    void takeIn(const QList<BWLeftCapture> &captures);
-    void takenIn(bool added, const BWLeftCapture &capture, const QUrl &file);
+    void takeIn(const QList<BWOrphanedCapture> &captures);
+    void takenIn(bool added, const BWOrphanedCapture &capture, const QUrl &file);
 
     BWAlbumManager &albums;
     std::function<void(int, const QUrl &)> recovered;
@@ -40,8 +40,8 @@ void BWCaptureRecovery::start(const QStringList &temporaryFolders)
     if (!album)
         return;
     m_worker.start([weak = std::weak_ptr(m_shared), temporaryFolders, path = album->path()] {
-        BWLeftCaptures::removeHalfCopies(path);
-        const QList<BWLeftCapture> captures = BWLeftCaptures::collect(temporaryFolders, path);
+        BWOrphanedCaptures::removeHalfCopies(path);
+        const QList<BWOrphanedCapture> captures = BWOrphanedCaptures::collect(temporaryFolders, path);
         if (captures.isEmpty())
             return;
         BWMainQueue::post(weak, [weak, captures] {
@@ -51,10 +51,10 @@ void BWCaptureRecovery::start(const QStringList &temporaryFolders)
     });
 }
 
-void BWCaptureRecovery::Shared::takeIn(const QList<BWLeftCapture> &captures)
+void BWCaptureRecovery::Shared::takeIn(const QList<BWOrphanedCapture> &captures)
 {
     waiting = captures.size();
-    for (const BWLeftCapture &capture : captures) {
+    for (const BWOrphanedCapture &capture : captures) {
         albums.addFile(capture.file, capture.type, [weak = weak_from_this(), capture](bool added, const QUrl &file) {
             if (const auto shared = weak.lock())
                 shared->takenIn(added, capture, file);
@@ -62,7 +62,7 @@ void BWCaptureRecovery::Shared::takeIn(const QList<BWLeftCapture> &captures)
     }
 }
 
-void BWCaptureRecovery::Shared::takenIn(bool added, const BWLeftCapture &capture, const QUrl &file)
+void BWCaptureRecovery::Shared::takenIn(bool added, const BWOrphanedCapture &capture, const QUrl &file)
 {
     if (added) {
         qCInfo(bwModel).noquote() << "A capture of an earlier run came into the album as" << file.toLocalFile();

@@ -16,7 +16,7 @@ using Clock = std::chrono::steady_clock;
 
 struct BWThumbnailWorkers::State {
     struct Task { // being carried out by a worker
-        BWThumbnailWish wish;
+        BWThumbnailRequest request;
         Clock::time_point begun;
     };
 
@@ -24,7 +24,7 @@ struct BWThumbnailWorkers::State {
     mutable std::mutex mutex;
     std::condition_variable wake;
     std::condition_variable ended;
-    std::deque<BWThumbnailWish> wishes;
+    std::deque<BWThumbnailRequest> requests;
     std::list<Task> tasks;
     std::vector<BWThumbnailResult> results;
     std::deque<BWThumbnailResult> unstored;
@@ -34,9 +34,9 @@ struct BWThumbnailWorkers::State {
     bool told = false;
     bool quit = false;
 
-    bool hasWork() const { return quit || !wishes.empty() || !unstored.empty(); }
-    bool isUnderWay(const BWThumbnailWish &wish) const;
-    void carryOutWish(std::unique_lock<std::mutex> &lock, const Make &make);
+    bool hasWork() const { return quit || !requests.empty() || !unstored.empty(); }
+    bool isUnderWay(const BWThumbnailRequest &request) const;
+    void carryOutRequest(std::unique_lock<std::mutex> &lock, const Make &make);
     void storeResult(std::unique_lock<std::mutex> &lock);
 };
 
@@ -55,21 +55,21 @@ int processors()
 
 } // namespace
 
-bool BWThumbnailWorkers::State::isUnderWay(const BWThumbnailWish &wish) const
+bool BWThumbnailWorkers::State::isUnderWay(const BWThumbnailRequest &request) const
 {
-    const auto isSame = [&wish](const BWThumbnailWish &other) {
-        return other.file == wish.file && other.size >= wish.size;
+    const auto isSame = [&request](const BWThumbnailRequest &other) {
+        return other.file == request.file && other.size >= request.size;
     };
-    return std::any_of(tasks.begin(), tasks.end(), [&](const Task &task) { return isSame(task.wish); })
-        || std::any_of(results.begin(), results.end(), [&](const auto &result) { return isSame(result.wish); });
+    return std::any_of(tasks.begin(), tasks.end(), [&](const Task &task) { return isSame(task.request); })
+        || std::any_of(results.begin(), results.end(), [&](const auto &result) { return isSame(result.request); });
 }
 
-void BWThumbnailWorkers::State::carryOutWish(std::unique_lock<std::mutex> &lock, const Make &make)
+void BWThumbnailWorkers::State::carryOutRequest(std::unique_lock<std::mutex> &lock, const Make &make)
 {
-    const auto task = tasks.insert(tasks.end(), {std::move(wishes.front()), Clock::now()});
-    wishes.pop_front();
+    const auto task = tasks.insert(tasks.end(), {std::move(requests.front()), Clock::now()});
+    requests.pop_front();
     lock.unlock();
-    BWThumbnailResult result = make(task->wish);
+    BWThumbnailResult result = make(task->request);
     lock.lock();
     tasks.erase(task);
     if (quit)
@@ -108,22 +108,22 @@ BWThumbnailWorkers::~BWThumbnailWorkers()
 {
     std::unique_lock lock(m_state->mutex);
     m_state->quit = true;
-    m_state->wishes.clear();
+    m_state->requests.clear();
     m_state->wake.notify_all();
     if (!m_state->ended.wait_for(lock, patienceAtEnd, [this] { return m_state->workers == 0; }))
         qCWarning(bwModel, "Thumbnails: %d files do not answer and are left behind", m_state->workers);
 }
 
-void BWThumbnailWorkers::want(const QList<BWThumbnailWish> &inOrder)
+void BWThumbnailWorkers::request(const QList<BWThumbnailRequest> &inOrder)
 {
     {
         const std::lock_guard lock(m_state->mutex);
-        m_state->wishes.clear();
-        for (const BWThumbnailWish &wish : inOrder) {
-            if (!m_state->isUnderWay(wish))
-                m_state->wishes.push_back(wish);
+        m_state->requests.clear();
+        for (const BWThumbnailRequest &request : inOrder) {
+            if (!m_state->isUnderWay(request))
+                m_state->requests.push_back(request);
         }
-        if (!m_state->wishes.empty())
+        if (!m_state->requests.empty())
             addWorkers();
     }
     m_state->wake.notify_all();
@@ -139,7 +139,7 @@ std::vector<BWThumbnailResult> BWThumbnailWorkers::take()
 bool BWThumbnailWorkers::isIdle() const
 {
     const std::lock_guard lock(m_state->mutex);
-    return m_state->wishes.empty() && m_state->tasks.empty() && m_state->results.empty() && m_state->unstored.empty()
+    return m_state->requests.empty() && m_state->tasks.empty() && m_state->results.empty() && m_state->unstored.empty()
         && m_state->storing == 0;
 }
 
@@ -165,10 +165,10 @@ void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
         if (state->quit)
             break;
         // Showing comes before storing, unless too much memory waits for it.
-        if (state->wishes.empty() || state->unstoredBytes > mostUnstored)
+        if (state->requests.empty() || state->unstoredBytes > mostUnstored)
             state->storeResult(lock);
         else
-            state->carryOutWish(lock, make);
+            state->carryOutRequest(lock, make);
     }
     --state->workers;
     state->ended.notify_all();

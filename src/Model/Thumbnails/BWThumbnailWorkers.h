@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Thumbnails/BWThumbnailWish.h"
+#include "Model/Thumbnails/BWThumbnailRequest.h"
 
 #include <chrono>
 #include <functional>
@@ -8,13 +8,13 @@
 #include <QList>
 #include <vector>
 
-/// Threads of low priority that carry out wishes in their order, and store what they made when nothing is wished.
+/// Threads of low priority that carry out requests in their order, and store what they made when nothing is requested.
 ///
 /// A thread that hangs at a file, on a network that does not answer, is replaced after a while and left behind at the
 /// end. All operations belong to one thread, the GUI's.
 class BWThumbnailWorkers {
 public:
-    using Make = std::function<BWThumbnailResult(const BWThumbnailWish &)>;
+    using Make = std::function<BWThumbnailResult(const BWThumbnailRequest &)>;
 
     struct Work {
         /// Called once on every worker, for what that worker makes thumbnails with.
@@ -25,7 +25,7 @@ public:
         std::function<void()> resultsWaiting;
     };
 
-    /// As many threads as there are processors if `threads` is 0; begun with the first wish. A thread counts as hanging
+    /// As many threads as there are processors if `threads` is 0; begun with the first request. A thread counts as hanging
     /// when it has been at one file for longer than `patience`.
     explicit BWThumbnailWorkers(Work work, int threads = 0,
                                 std::chrono::milliseconds patience = std::chrono::seconds(3));
@@ -34,13 +34,13 @@ public:
     BWThumbnailWorkers(const BWThumbnailWorkers &) = delete;
     BWThumbnailWorkers &operator=(const BWThumbnailWorkers &) = delete;
 
-    /// Replaces all wishes that are not begun. One that is begun already, or waits to be taken, is not begun again.
-    void want(const QList<BWThumbnailWish> &inOrder);
+    /// Replaces all requests that are not begun. One that is begun already, or waits to be taken, is not begun again.
+    void request(const QList<BWThumbnailRequest> &inOrder);
 
     /// The results since the last call, in the order in which they came.
     std::vector<BWThumbnailResult> take();
 
-    /// Whether everything wished is made and taken, and everything made is stored.
+    /// Whether everything requested is made and taken, and everything made is stored.
     bool isIdle() const;
 
 private:

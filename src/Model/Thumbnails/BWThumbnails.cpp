@@ -37,27 +37,28 @@ BWThumbnailWorkers::Work workFor(const QByteArray &folder)
     BWThumbnailWorkers::Work work;
     work.newMaker = [store] {
         const auto maker = std::make_shared<BWThumbnailMaker>();
-        return [store, maker](const BWThumbnailWish &wish) {
-            const QByteArray path = BWFilePath::native(wish.file);
-            BWThumbnailResult result{wish};
+        return [store, maker](const BWThumbnailRequest &request) {
+            const QByteArray path = BWFilePath::native(request.file);
+            BWThumbnailResult result{request};
             result.made.stamp = BWThumbnailFile::stampOf(path);
-            if (wish.known && wish.knownStamp == result.made.stamp) {
+            if (request.known && request.knownStamp == result.made.stamp) {
                 result.unchanged = true;
                 return result;
             }
             if (!result.made.stamp)
                 return result;
-            if (auto found = store->find(path, *result.made.stamp, wish.size)) {
+            if (auto found = store->find(path, *result.made.stamp, request.size)) {
                 result.made.thumbnail = std::move(*found);
                 return result;
             }
-            result.made = maker->make(path, wish.size);
+            result.made = maker->make(path, request.size);
             result.toBeStored = result.made.worthKeeping;
             return result;
         };
     };
     work.store = [store](const BWThumbnailResult &result) {
-        store->keep(BWFilePath::native(result.wish.file), *result.made.stamp, result.wish.size, result.made.thumbnail);
+        store->keep(BWFilePath::native(result.request.file), *result.made.stamp, result.request.size,
+                    result.made.thumbnail);
     };
     return work;
 }
@@ -87,7 +88,7 @@ std::optional<BWThumbnail> BWThumbnails::thumbnail(const QUrl &file) const
     return entry ? std::optional(entry->thumbnail) : std::nullopt;
 }
 
-void BWThumbnails::want(const QList<QUrl> &inOrder, int pixels)
+void BWThumbnails::request(const QList<QUrl> &inOrder, int pixels)
 {
     m_size = BWThumbnailSizes::forPixels(pixels);
     m_wanted = inOrder;
@@ -97,8 +98,8 @@ void BWThumbnails::want(const QList<QUrl> &inOrder, int pixels)
 void BWThumbnails::ask()
 {
     const auto longAgo = Clock::now() - m_options.lookAgainAfter;
-    QList<BWThumbnailWish> missing;
-    QList<BWThumbnailWish> again;
+    QList<BWThumbnailRequest> missing;
+    QList<BWThumbnailRequest> again;
     QSet<QUrl> seen;
     qsizetype bytes = 0;
     for (qsizetype i = 0; i < m_wanted.size(); ++i) {
@@ -120,7 +121,7 @@ void BWThumbnails::ask()
     }
     // What is wanted most is let go of last.
     std::for_each(m_wanted.crbegin(), m_wanted.crend(), [this](const QUrl &file) { m_memory.object(file); });
-    m_workers->want(missing + again);
+    m_workers->request(missing + again);
 }
 
 void BWThumbnails::takeResults()
@@ -128,9 +129,9 @@ void BWThumbnails::takeResults()
     QList<QUrl> ready;
     bool lost = false;
     for (const BWThumbnailResult &result : m_workers->take()) {
-        lost = lost || (result.unchanged && !m_memory.contains(result.wish.file));
+        lost = lost || (result.unchanged && !m_memory.contains(result.request.file));
         if (keep(result))
-            ready.append(result.wish.file);
+            ready.append(result.request.file);
     }
     if (lost) // what is still the same has been let go of meanwhile
         ask();
@@ -141,7 +142,7 @@ void BWThumbnails::takeResults()
 /// Whether there is another thumbnail now than before.
 bool BWThumbnails::keep(const BWThumbnailResult &result)
 {
-    Entry *const before = m_memory.object(result.wish.file);
+    Entry *const before = m_memory.object(result.request.file);
     if (result.unchanged) {
         if (!before)
             return false;
@@ -157,6 +158,6 @@ bool BWThumbnails::keep(const BWThumbnailResult &result)
     const BWThumbnail &thumbnail = result.made.thumbnail;
     const bool wasImpossible = before && before->thumbnail.kind == BWThumbnail::Kind::Impossible;
     const bool isNews = !wasImpossible || thumbnail.kind != BWThumbnail::Kind::Impossible;
-    auto *const entry = new Entry{thumbnail, result.made.stamp, result.wish.size, Clock::now(), looksLeft};
-    return m_memory.insert(result.wish.file, entry, entry->cost()) && isNews;
+    auto *const entry = new Entry{thumbnail, result.made.stamp, result.request.size, Clock::now(), looksLeft};
+    return m_memory.insert(result.request.file, entry, entry->cost()) && isNews;
 }

@@ -23,7 +23,7 @@ public:
         qint64 memory = 64 * 1024 * 1024; ///< bytes of images held at most
         QByteArray sharedFolder = BWThumbnailStore::defaultFolder(); ///< of the desktop; empty to do without
         int threads = 0; ///< 0: as many as processors
-        /// A wished file is looked at again, whether it has changed, when the last look was longer ago than that.
+        /// A requested file is looked at again, whether it has changed, when the last look was longer ago than that.
         std::chrono::milliseconds lookAgainAfter{2000};
     };
 
@@ -34,14 +34,14 @@ public:
     BWThumbnails &operator=(const BWThumbnails &) = delete;
 
     /// What is in memory; nothing if it has not been made yet, or not kept. Never waits. It may be smaller than the size
-    /// wished last, until that is ready.
+    /// requested last, until that is ready.
     std::optional<BWThumbnail> thumbnail(const QUrl &file) const;
 
-    /// Replaces all wishes: what can be seen first, then what is near. `pixels` is the larger side of the place where
-    /// they are shown, in device pixels; thumbnails have at most 500. What is no longer wished and has not been begun is
+    /// Replaces all requests: what can be seen first, then what is near. `pixels` is the larger side of the place where
+    /// they are shown, in device pixels; thumbnails have at most 500. What is no longer requested and has not been begun is
     /// not made. Only as much of the list is taken up as fits into the memory. Files that have changed since they were
     /// looked at are looked at again, so call this as well when the folder may have changed.
-    void want(const QList<QUrl> &inOrder, int pixels);
+    void request(const QList<QUrl> &inOrder, int pixels);
 
     /// Whether nothing is left to be made, told or stored.
     bool isIdle() const { return m_workers->isIdle(); }

@@ -342,7 +342,7 @@ void BWAlbumManagerWindowController::updateSummary()
 
 void BWAlbumManagerWindowController::wantThumbnails()
 {
-    m_thumbnails.want(m_wanted, m_wantedPixels);
+    m_thumbnails.request(m_wanted, m_wantedPixels);
 }
 
 void BWAlbumManagerWindowController::openFiles(const QList<QUrl> &files)

@@ -5,7 +5,7 @@
 #include <QUrl>
 
 /// What is wanted of a file.
-struct BWThumbnailWish {
+struct BWThumbnailRequest {
     QUrl file;
     BWThumbnailSize size = BWThumbnailSize::Normal;
     bool known = false; ///< there is a thumbnail already, of what `knownStamp` says
@@ -14,7 +14,7 @@ struct BWThumbnailWish {
 
 /// What became of it.
 struct BWThumbnailResult {
-    BWThumbnailWish wish{};
+    BWThumbnailRequest request{};
     BWMadeThumbnail made{};
     bool unchanged = false; ///< the file is still what it was; `made` says nothing then
     bool toBeStored = false;

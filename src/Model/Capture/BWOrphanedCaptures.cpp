@@ -1,4 +1,4 @@
-#include "Model/Capture/BWLeftCaptures.h"
+#include "Model/Capture/BWOrphanedCaptures.h"
 
 #include "BWACUDriver/BWDiskSpace.h"
 #include "BWACUDriver/BWMovieCompletion.h"
@@ -88,7 +88,7 @@ public:
 
     /// Nothing for what is no capture of ours, or not to be taken now. `toCome` counts what the album's disk has to
     /// take.
-    std::optional<BWLeftCapture> take(const QByteArray &name, uint64_t &toCome) const;
+    std::optional<BWOrphanedCapture> take(const QByteArray &name, uint64_t &toCome) const;
 
 private:
     bool isOurs(const struct stat &info) const;
@@ -133,7 +133,7 @@ bool Place::isOurs(const struct stat &info) const
         && (m_kind == Kind::Private || (info.st_mode & S_IWOTH) == 0);
 }
 
-std::optional<BWLeftCapture> Place::take(const QByteArray &name, uint64_t &toCome) const
+std::optional<BWOrphanedCapture> Place::take(const QByteArray &name, uint64_t &toCome) const
 {
     struct stat info;
     if (::fstatat(m_folder, name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0)
@@ -160,8 +160,8 @@ std::optional<BWLeftCapture> Place::take(const QByteArray &name, uint64_t &toCom
     }
     if (!isWhole(*claim, name))
         return std::nullopt;
-    return BWLeftCapture{BWFilePath::url(m_path + '/' + name), isMovie ? BWMediaType::Video : BWMediaType::Image,
-                         claim};
+    return BWOrphanedCapture{BWFilePath::url(m_path + '/' + name), isMovie ? BWMediaType::Video : BWMediaType::Image,
+                             claim};
 }
 
 /// Null if the album's disk can take it, as its own disk can without any room.
@@ -210,8 +210,8 @@ bool Place::isWhole(const BWFileClaim &claim, const QByteArray &name) const
 
 } // namespace
 
-QList<BWLeftCapture> BWLeftCaptures::collect(const QStringList &temporaryFolders, const QUrl &album,
-                                             const QDateTime &now)
+QList<BWOrphanedCapture> BWOrphanedCaptures::collect(const QStringList &temporaryFolders, const QUrl &album,
+                                                     const QDateTime &now)
 {
     struct Left {
         const Place *place;
@@ -236,7 +236,7 @@ QList<BWLeftCapture> BWLeftCaptures::collect(const QStringList &temporaryFolders
     }
     std::stable_sort(left.begin(), left.end(), [](const Left &a, const Left &b) { return a.modified < b.modified; });
 
-    QList<BWLeftCapture> found;
+    QList<BWOrphanedCapture> found;
     uint64_t toCome = 0;
     for (const Left &file : left) {
         if (const auto capture = file.place->take(file.name, toCome))
@@ -245,7 +245,7 @@ QList<BWLeftCapture> BWLeftCaptures::collect(const QStringList &temporaryFolders
     return found;
 }
 
-void BWLeftCaptures::removeHalfCopies(const QUrl &album, const QDateTime &now)
+void BWOrphanedCaptures::removeHalfCopies(const QUrl &album, const QDateTime &now)
 {
     static const QRegularExpression half(u"^\\.[0-9]{8}_(image|video)_[0-9]+\\.(jpg|mov)\\.[0-9a-f]{8}\\.part$"_s);
     const QList<QByteArray> names = BWFilePath::entries(album).value_or(QList<QByteArray>());
