@@ -1,13 +1,13 @@
 #include "App/Start/BWAppTexts.h"
 #include "App/Start/BWCameraListing.h"
 #include "App/Start/BWCommandLine.h"
-#include "App/Start/BWEndSignals.h"
 #include "App/Start/BWImportCommand.h"
-#include "App/Start/BWMeasuredApplication.h"
 #include "App/Start/BWNodePrinter.h"
 #include "App/Start/BWNoDisplay.h"
-#include "App/Start/BWRunningProgram.h"
+#include "App/Start/BWQuitSignals.h"
+#include "App/Start/BWSingleInstance.h"
 #include "App/Start/BWStatisticsReport.h"
+#include "App/Start/BWTimedApplication.h"
 #include "AppDelegate.h"
 #include "BWACUDriver/BWV4L2Backend.h"
 #include "BWACUDriver/BWV4L2Listing.h"
@@ -123,10 +123,10 @@ BWAppTexts tellHomeProblem(BWLocalizationManager &manager)
 /// What the desktop gave to this start, so that the window it leads to may take the keyboard.
 constexpr auto activationToken = "XDG_ACTIVATION_TOKEN";
 
-void tellOfOpenProgram(const BWCommandLine &line, BWRunningProgram::Start start)
+void tellOfOpenProgram(const BWCommandLine &line, BWSingleInstance::Start start)
 {
     QTextStream err(stderr);
-    if (start == BWRunningProgram::Start::NoAnswer) {
+    if (start == BWSingleInstance::Start::NoAnswer) {
         err << "brimwellpro: It is running already, but does not respond\n";
         return;
     }
@@ -196,17 +196,17 @@ int runWithWindows(const BWCommandLine &line, int &argc, char **argv)
 {
     outliveReaders();
     const BWRepository::Options options = repositoryOptions(line);
-    std::optional<BWRunningProgram> running;
+    std::optional<BWSingleInstance> running;
     if (homeCanBeUsed()) {
         running.emplace(options.settingsFile, qgetenv(activationToken));
-        if (running->start() != BWRunningProgram::Start::First)
+        if (running->start() != BWSingleInstance::Start::First)
             tellOfOpenProgram(line, running->start());
-        if (running->start() == BWRunningProgram::Start::HandedOver)
+        if (running->start() == BWSingleInstance::Start::HandedOver)
             return 0;
     }
 
     auto noDisplay = std::make_optional<BWNoDisplay>();
-    const auto application = BWStatisticsReport::isWished() ? std::make_unique<BWMeasuredApplication>(argc, argv)
+    const auto application = BWStatisticsReport::isWished() ? std::make_unique<BWTimedApplication>(argc, argv)
                                                             : std::make_unique<QApplication>(argc, argv);
     noDisplay.reset();
     if (!line.language.isNull())
@@ -218,7 +218,7 @@ int runWithWindows(const BWCommandLine &line, int &argc, char **argv)
     BWIcons::install(*application);
     QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
 
-    if (!running || running->start() == BWRunningProgram::Start::NoAnswer) {
+    if (!running || running->start() == BWSingleInstance::Start::NoAnswer) {
         alertOfObstacle(options, running.has_value());
         return 1;
     }
@@ -228,7 +228,7 @@ int runWithWindows(const BWCommandLine &line, int &argc, char **argv)
     BWMessageBoxAlertPresenter alerts(BWRepository::singleton().localizationManager(),
                                       [&delegate] { return delegate.cameraWindow(); });
     BWUIUtils::setAlertPresenter(&alerts);
-    const BWEndSignals endSignals([&delegate] { delegate.terminate(); });
+    const BWQuitSignals endSignals([&delegate] { delegate.terminate(); });
     running->setBringForward([&delegate](const QByteArray &token) {
         if (!token.isEmpty())
             qputenv(activationToken, token); // Qt uses it up with the next window that is activated

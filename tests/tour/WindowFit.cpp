@@ -41,7 +41,7 @@ const QList<QByteArray> withoutText =
                "QDialogButtonBox QMessageBox QAbstractScrollAreaScrollBarContainer QHeaderView "
                "BWAboutWindowController BWAdvancedSettingsWindowController BWAlbumFooter "
                "BWAlbumManagerWindowController BWAlbumNotice BWAutoSettingViewController BWBusyIndicator "
-               "BWCameraInUseAlert BWCenteringClipView BWControlBar BWDoubleButton "
+               "BWStartProblemAlert BWCenteringClipView BWControlBar BWDoubleButton "
                "BWEMPIADebuggerWindowController BWGridDebuggerWindowController BWIconView "
                "BWLightTabView BWMainWindow BWNoCameraProductSheetWindowController "
                "BWNoCameraSheetWindowController BWNoCameraWindowController BWNormSettingViewController "

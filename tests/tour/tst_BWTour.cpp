@@ -18,10 +18,10 @@
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailValue.h"
-#include "Views/BWCameraInUseAlert.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
+#include "Views/BWStartProblemAlert.h"
 #include "Views/Help/BWAboutWindowController.h"
 #include "Views/Help/BWSimpleHelpWindowController.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -180,7 +180,7 @@ private Q_SLOTS:
         if (QLatin1String(QTest::currentDataTag()) == "in-use-other"_L1)
             other = texts.text(u"camera_type"_s, u"ultra_resolution_microscope"_s, u"Ultra Resolution Microscope"_s)
                 + u" (2)"_s;
-        auto *alert = new BWCameraInUseAlert(question, other, texts, m_window);
+        auto *alert = new BWStartProblemAlert(question, other, texts, m_window);
         alert->open();
         see(alert, name(u"problem"_s));
         alert->close();

@@ -5,10 +5,10 @@
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
-#include "Views/BWCameraInUseAlert.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
+#include "Views/BWStartProblemAlert.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -297,7 +297,7 @@ private Q_SLOTS:
 
     void waysOutOfABusyCamera()
     {
-        using Answer = BWCameraInUseAlert::Answer;
+        using Answer = BWStartProblemAlert::Answer;
         const struct {
             std::optional<BWResolution> smaller;
             QString other, button; // no button: Escape
@@ -310,9 +310,9 @@ private Q_SLOTS:
                     {{}, {}, u"&Quit"_s, Answer::Quit}};
         for (const auto &row : rows) {
             auto *alert =
-                new BWCameraInUseAlert({{BWStartProblem::Kind::InUse}, row.smaller, {}}, row.other, m_texts, nullptr);
+                new BWStartProblemAlert({{BWStartProblem::Kind::InUse}, row.smaller, {}}, row.other, m_texts, nullptr);
             QList<Answer> answers;
-            connect(alert, &BWCameraInUseAlert::answered, this, [&](Answer answer) { answers << answer; });
+            connect(alert, &BWStartProblemAlert::answered, this, [&](Answer answer) { answers << answer; });
             alert->open();
             if (row.button.isNull())
                 QTest::keyClick(alert, Qt::Key_Escape);

@@ -1,6 +1,6 @@
 #include "App/Start/BWStatisticsReport.h"
 
-#include "App/Start/BWMeasuredApplication.h"
+#include "App/Start/BWTimedApplication.h"
 #include "AppDelegate.h"
 
 #include <ctime>
@@ -16,7 +16,7 @@ bool BWStatisticsReport::isWished()
 
 void BWStatisticsReport::print(const AppDelegate &delegate)
 {
-    const auto *application = qobject_cast<BWMeasuredApplication *>(QCoreApplication::instance());
+    const auto *application = qobject_cast<BWTimedApplication *>(QCoreApplication::instance());
     if (!isWished() || !application)
         return;
     rusage usage{};

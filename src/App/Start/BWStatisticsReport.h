@@ -8,7 +8,7 @@ public:
     /// Whether the environment variable BW_STATISTICS is set.
     static bool isWished();
 
-    /// Prints to the standard error output if that is wished, and the application is a BWMeasuredApplication.
+    /// Prints to the standard error output if that is wished, and the application is a BWTimedApplication.
     static void print(const AppDelegate &delegate);
 
     /// Milliseconds since the process was started, as the kernel counts (in steps of 10 ms).

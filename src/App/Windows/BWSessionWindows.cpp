@@ -8,10 +8,10 @@
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Texts/BWLocalizationManager.h"
-#include "Views/BWCameraInUseAlert.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
+#include "Views/BWStartProblemAlert.h"
 #include "Views/MainWindow/BWCameraTitles.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -189,8 +189,8 @@ void BWSessionWindows::showCameraInUse(const StartQuestion &question, std::funct
 {
     endCameraInUse();
     m_cameraInUse =
-        new BWCameraInUseAlert(question, titleOf(question.other), m_repository.localizationManager(), &m_window);
-    connect(m_cameraInUse, &BWCameraInUseAlert::answered, this, std::move(answer));
+        new BWStartProblemAlert(question, titleOf(question.other), m_repository.localizationManager(), &m_window);
+    connect(m_cameraInUse, &BWStartProblemAlert::answered, this, std::move(answer));
     m_cameraInUse->open();
 }
 

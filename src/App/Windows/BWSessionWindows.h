@@ -11,7 +11,7 @@
 #include <QPointer>
 
 class BWAuxiliaryWindows;
-class BWCameraInUseAlert;
+class BWStartProblemAlert;
 class BWCameraProduct;
 class BWCameraSession;
 class BWGridController;
@@ -84,5 +84,5 @@ private:
     std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;
     std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
     std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;
-    QPointer<BWCameraInUseAlert> m_cameraInUse;
+    QPointer<BWStartProblemAlert> m_cameraInUse;
 };

@@ -1,4 +1,4 @@
-#include "App/Start/BWRunningProgram.h"
+#include "App/Start/BWSingleInstance.h"
 
 #include <atomic>
 #include <csignal>
@@ -11,10 +11,10 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-using Start = BWRunningProgram::Start;
+using Start = BWSingleInstance::Start;
 
 /// Several starts on the same settings: each an object of its own, the later ones on threads, as they wait.
-class TestRunningProgram : public QObject {
+class TestBWSingleInstance : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -22,7 +22,7 @@ private Q_SLOTS:
 
     void secondBringsTheFirstForward()
     {
-        BWRunningProgram first(settings());
+        BWSingleInstance first(settings());
         QCOMPARE(first.start(), Start::First);
         QByteArray tokens;
         LaterStart early(settings(), "early"); // before the first one can answer
@@ -33,18 +33,18 @@ private Q_SLOTS:
         QCOMPARE(early.outcome(), Start::HandedOver);
         QCOMPARE(LaterStart(settings(), "late").outcome(), Start::HandedOver);
         QCOMPARE(tokens, "early late ");
-        QCOMPARE(BWRunningProgram(settings() + u'2').start(), Start::First); // other settings are another matter
+        QCOMPARE(BWSingleInstance(settings() + u'2').start(), Start::First); // other settings are another matter
     }
 
     void silentProgramIsNotWaitedForLong()
     {
-        const BWRunningProgram first(settings());
+        const BWSingleInstance first(settings());
         QCOMPARE(LaterStart(settings(), {}, std::chrono::milliseconds(200)).outcome(), Start::NoAnswer);
     }
 
     void endingProgramIsWaitedFor()
     {
-        auto first = std::make_optional<BWRunningProgram>(settings());
+        auto first = std::make_optional<BWSingleInstance>(settings());
         bool asked = false;
         first->setBringForward([&](const QByteArray &) {
             asked = true;
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QCOMPARE(::pipe(ready.data()), 0);
         const pid_t child = ::fork();
         if (child == 0) {
-            const BWRunningProgram program(settings());
+            const BWSingleInstance program(settings());
             QFile lock(settings() + u".lock"_s); // as QSettings leaves it when killed while it writes
             const bool isReady = lock.open(QIODevice::WriteOnly) && ::write(ready[1], "x", 1) == 1;
             pause();
@@ -72,17 +72,17 @@ private Q_SLOTS:
         QCOMPARE(::read(ready[0], &byte, 1), 1);
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
-        QCOMPARE(BWRunningProgram(settings()).start(), Start::First);
+        QCOMPARE(BWSingleInstance(settings()).start(), Start::First);
         QVERIFY2(!QFile::exists(settings() + u".lock"_s), "QSettings would wait for it");
     }
 
     /// Two programs are better than none.
     void placeThatCannotBeLocked()
     {
-        QCOMPARE(BWRunningProgram(u"/proc/none/settings.conf"_s).start(), Start::First);
+        QCOMPARE(BWSingleInstance(u"/proc/none/settings.conf"_s).start(), Start::First);
         QCOMPARE(::mkfifo(QFile::encodeName(settings() + u".use"_s).constData(), 0600), 0);
-        const BWRunningProgram first(settings());
-        QCOMPARE(BWRunningProgram(settings()).start(), Start::First);
+        const BWSingleInstance first(settings());
+        QCOMPARE(BWSingleInstance(settings()).start(), Start::First);
     }
 
 private:
@@ -91,7 +91,7 @@ private:
         LaterStart(const QString &settings, const QByteArray &token,
                    std::chrono::milliseconds patience = std::chrono::seconds(20))
             : m_thread([=, this] {
-                  m_start = BWRunningProgram(settings, token, patience).start();
+                  m_start = BWSingleInstance(settings, token, patience).start();
                   m_done = true;
               })
         {
@@ -116,5 +116,5 @@ private:
     std::optional<QTemporaryDir> m_dir;
 };
 
-QTEST_GUILESS_MAIN(TestRunningProgram)
-#include "tst_BWRunningProgram.moc"
+QTEST_GUILESS_MAIN(TestBWSingleInstance)
+#include "tst_BWSingleInstance.moc"

@@ -7,14 +7,14 @@
 /// user had quit. A second SIGINT ends it at once. What was ignored at the start, as after nohup, stays ignored.
 ///
 /// One at a time; made and destroyed on the GUI thread.
-class BWEndSignals {
+class BWQuitSignals {
 public:
     /// `end` is called for every signal, by the event loop.
-    explicit BWEndSignals(std::function<void()> end);
+    explicit BWQuitSignals(std::function<void()> end);
     /// The signals end the program at once again.
-    ~BWEndSignals();
-    BWEndSignals(const BWEndSignals &) = delete;
-    BWEndSignals &operator=(const BWEndSignals &) = delete;
+    ~BWQuitSignals();
+    BWQuitSignals(const BWQuitSignals &) = delete;
+    BWQuitSignals &operator=(const BWQuitSignals &) = delete;
 
 private:
     void take();

@@ -1,4 +1,4 @@
-#include "App/Start/BWRunningProgram.h"
+#include "App/Start/BWSingleInstance.h"
 
 #include "Utils/BWLogging.h"
 
@@ -56,7 +56,7 @@ QByteArray addressOf(const QByteArray &note)
 
 } // namespace
 
-BWRunningProgram::BWRunningProgram(const QString &settingsFile, const QByteArray &activationToken,
+BWSingleInstance::BWSingleInstance(const QString &settingsFile, const QByteArray &activationToken,
                                    std::chrono::milliseconds patience)
     : m_use(settingsFile), m_start(m_use.isGranted() ? Start::First : askOther(activationToken, patience))
 {
@@ -64,14 +64,14 @@ BWRunningProgram::BWRunningProgram(const QString &settingsFile, const QByteArray
         listen();
 }
 
-BWRunningProgram::~BWRunningProgram()
+BWSingleInstance::~BWSingleInstance()
 {
     m_notifier.reset();
     if (m_socket >= 0)
         ::close(m_socket);
 }
 
-BWRunningProgram::Start BWRunningProgram::askOther(const QByteArray &activationToken,
+BWSingleInstance::Start BWSingleInstance::askOther(const QByteArray &activationToken,
                                                    std::chrono::milliseconds patience)
 {
     using Clock = std::chrono::steady_clock;
@@ -100,7 +100,7 @@ BWRunningProgram::Start BWRunningProgram::askOther(const QByteArray &activationT
     return Start::First;
 }
 
-void BWRunningProgram::listen()
+void BWSingleInstance::listen()
 {
     std::array<quint32, 8> numbers;
     QRandomGenerator::system()->fillRange(numbers.data(), numbers.size());
@@ -114,7 +114,7 @@ void BWRunningProgram::listen()
     m_use.setNote(m_socket < 0 ? QByteArray() : m_note);
 }
 
-void BWRunningProgram::setBringForward(BringForward bringForward)
+void BWSingleInstance::setBringForward(BringForward bringForward)
 {
     m_bringForward = std::move(bringForward);
     if (m_socket < 0)
@@ -123,7 +123,7 @@ void BWRunningProgram::setBringForward(BringForward bringForward)
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { answer(); });
 }
 
-void BWRunningProgram::answer()
+void BWSingleInstance::answer()
 {
     std::array<char, 4096> bytes;
     Address sender;

@@ -1,4 +1,4 @@
-#include "Views/BWCameraInUseAlert.h"
+#include "Views/BWStartProblemAlert.h"
 
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Texts/BWLocalizationManager.h"
@@ -33,8 +33,8 @@ QString message(const BWStartProblem &problem, BWLocalizationManager &texts)
 
 } // namespace
 
-BWCameraInUseAlert::BWCameraInUseAlert(const Question &question, const QString &other, BWLocalizationManager &texts,
-                                       QWidget *parent)
+BWStartProblemAlert::BWStartProblemAlert(const Question &question, const QString &other, BWLocalizationManager &texts,
+                                         QWidget *parent)
     : QMessageBox(parent)
 {
     setAttribute(Qt::WA_DeleteOnClose);

@@ -7,7 +7,7 @@
 class BWLocalizationManager;
 
 /// Asks what to do about a camera that cannot be started. Answers once, then deletes itself.
-class BWCameraInUseAlert : public QMessageBox {
+class BWStartProblemAlert : public QMessageBox {
     Q_OBJECT
 
 public:
@@ -16,8 +16,8 @@ public:
 
     /// `other` is the title of the other camera that the question offers; null if it offers none. If it does, Escape
     /// leads there.
-    BWCameraInUseAlert(const Question &question, const QString &other, BWLocalizationManager &texts, QWidget *parent);
+    BWStartProblemAlert(const Question &question, const QString &other, BWLocalizationManager &texts, QWidget *parent);
 
 Q_SIGNALS:
-    void answered(BWCameraInUseAlert::Answer answer);
+    void answered(BWStartProblemAlert::Answer answer);
 };

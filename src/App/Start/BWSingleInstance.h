@@ -11,7 +11,7 @@ class QSocketNotifier;
 
 /// Sees to it that only one program with windows runs on the same settings: a later one asks it to come to the front,
 /// and ends. Works before there is an application object. GUI thread.
-class BWRunningProgram {
+class BWSingleInstance {
 public:
     enum class Start {
         First, ///< nobody else, or nobody any more
@@ -21,11 +21,11 @@ public:
 
     /// Asks whoever uses the settings in that file to come to the front, with the token that the desktop gave to this
     /// start (empty if none), and waits for the answer. One that is about to end is waited for as well.
-    explicit BWRunningProgram(const QString &settingsFile, const QByteArray &activationToken = {},
+    explicit BWSingleInstance(const QString &settingsFile, const QByteArray &activationToken = {},
                               std::chrono::milliseconds patience = std::chrono::seconds(10));
-    ~BWRunningProgram();
-    BWRunningProgram(const BWRunningProgram &) = delete;
-    BWRunningProgram &operator=(const BWRunningProgram &) = delete;
+    ~BWSingleInstance();
+    BWSingleInstance(const BWSingleInstance &) = delete;
+    BWSingleInstance &operator=(const BWSingleInstance &) = delete;
 
     Start start() const { return m_start; }
 

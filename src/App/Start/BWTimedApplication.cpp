@@ -1,4 +1,4 @@
-#include "App/Start/BWMeasuredApplication.h"
+#include "App/Start/BWTimedApplication.h"
 
 #include <algorithm>
 #include <ctime>
@@ -22,7 +22,7 @@ std::chrono::nanoseconds computed()
 
 } // namespace
 
-bool BWMeasuredApplication::notify(QObject *receiver, QEvent *event)
+bool BWTimedApplication::notify(QObject *receiver, QEvent *event)
 {
     if (QThread::currentThread() != thread())
         return QApplication::notify(receiver, event);
@@ -37,7 +37,7 @@ bool BWMeasuredApplication::notify(QObject *receiver, QEvent *event)
     return result;
 }
 
-void BWMeasuredApplication::ended(const Delivery &delivery)
+void BWTimedApplication::ended(const Delivery &delivery)
 {
     using Milliseconds = std::chrono::duration<double, std::milli>;
     const Clock::time_point now = Clock::now();

@@ -5,7 +5,7 @@
 
 /// An application that takes the time of every event it delivers on the GUI thread, for the statistics. What takes long
 /// is told at once, with the time of the system's monotonic clock at its end.
-class BWMeasuredApplication : public QApplication {
+class BWTimedApplication : public QApplication {
     Q_OBJECT
 
 public:

@@ -1,4 +1,4 @@
-#include "App/Start/BWEndSignals.h"
+#include "App/Start/BWQuitSignals.h"
 
 #include "Utils/BWLogging.h"
 
@@ -49,7 +49,7 @@ void setHandler(void (*handler)(int))
 
 } // namespace
 
-BWEndSignals::BWEndSignals(std::function<void()> end)
+BWQuitSignals::BWQuitSignals(std::function<void()> end)
     : m_end(std::move(end)), m_notifier(openPipe(), QSocketNotifier::Read)
 {
     if (readingEnd < 0)
@@ -58,7 +58,7 @@ BWEndSignals::BWEndSignals(std::function<void()> end)
     setHandler(&handle);
 }
 
-BWEndSignals::~BWEndSignals()
+BWQuitSignals::~BWQuitSignals()
 {
     if (readingEnd < 0)
         return;
@@ -68,7 +68,7 @@ BWEndSignals::~BWEndSignals()
     ::close(std::exchange(writingEnd, -1));
 }
 
-void BWEndSignals::take()
+void BWQuitSignals::take()
 {
     unsigned char number = 0;
     while (::read(readingEnd, &number, 1) == 1) {
