@@ -3,6 +3,7 @@
 #include "BWACUDriver/DispatchAfterStrict.h"
 #include "Utils/BWLogging.h"
 
+#include <QPointer>
 #include <utility>
 
 namespace {
