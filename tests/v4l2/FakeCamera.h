@@ -19,7 +19,7 @@ struct FakeCamera {
         BWVideoNode node;
         node.path = "/dev/video";
         device = std::make_unique<BWV4L2Device>(
-            node, abilities, [] { return QByteArray("/dev/button"); }, nullptr, kernel);
+            node, abilities, false, [] { return QByteArray("/dev/button"); }, kernel);
         device->setEvents([this] { ++presses; }, [this](int identifier, double value) { moved[identifier] = value; });
     }
 

@@ -1,5 +1,5 @@
 #include "FakeKernel.h"
-#include "v4l2/device/BWMakeBridgeRegisters.h"
+#include "v4l2/device/BWBridgeRegisters.h"
 
 #include <cerrno>
 #include <QTest>
@@ -39,16 +39,16 @@ private Q_SLOTS:
                 return 0;
             };
         });
-        const auto registers = makeBridgeRegisters(receiver(), kernel);
-        QCOMPARE(registers->read(0x28), 0xa2);
-        registers->write(0x1e, 300);
+        BWBridgeRegisters registers(receiver(), kernel);
+        QCOMPARE(registers.read(0x28), 0xa2);
+        registers.write(0x1e, 300);
         QCOMPARE(chip[0x1e], 44u);
-        QVERIFY(registers->problem().isNull());
+        QVERIFY(registers.problem().isNull());
         QCOMPARE(kernel.change([](const FakeKernel::State &state) { return state.opened; }), 0);
 
         kernel.change([](FakeKernel::State &state) { state.gone = true; });
-        QCOMPARE(registers->read(0x28), 0);
-        QVERIFY(!registers->problem().isNull());
+        QCOMPARE(registers.read(0x28), 0);
+        QVERIFY(!registers.problem().isNull());
     }
 
     void overUsbWhereTheDriverHasNoWay()
@@ -59,12 +59,12 @@ private Q_SLOTS:
             // The driver is asked once: what is opened later is the USB device.
             state.faults[FakeKernel::opening] = {0, EMFILE, EMFILE};
         });
-        const auto registers = makeBridgeRegisters(receiver(), kernel);
-        QVERIFY(registers->problem().isNull());
-        registers->write(0x28, 1);
-        QCOMPARE(registers->read(0x28), 0);
-        QVERIFY2(registers->problem().contains(u"Too many open files"_s), qPrintable(registers->problem()));
-        QVERIFY(registers->problem().contains(u"/dev/bus/usb/003/017"_s));
+        BWBridgeRegisters registers(receiver(), kernel);
+        QVERIFY(registers.problem().isNull());
+        registers.write(0x28, 1);
+        QCOMPARE(registers.read(0x28), 0);
+        QVERIFY2(registers.problem().contains(u"Too many open files"_s), qPrintable(registers.problem()));
+        QVERIFY(registers.problem().contains(u"/dev/bus/usb/003/017"_s));
         QCOMPARE(kernel.change([](const FakeKernel::State &state) { return state.opened; }), 0);
     }
 };

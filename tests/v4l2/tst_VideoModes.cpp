@@ -1,8 +1,8 @@
 #include "FakeKernel.h"
 
-#include "v4l2/device/BWExposureMenu.h"
+#include "v4l2/device/BWVideoAbilities.h"
 #include "v4l2/device/BWVideoFormat.h"
-#include "v4l2/device/BWVideoModeChoice.h"
+#include "v4l2/device/BWVideoModes.h"
 
 #include <cerrno>
 #include <QTest>

@@ -2,10 +2,9 @@
 #include "BWACUDriver/BWCameraSetting.h"
 #include "SysfsTree.h"
 #include "v4l2/device/BWVideoAbilities.h"
-#include "v4l2/finding/BWCameraKind.h"
 #include "v4l2/finding/BWCameraMaker.h"
 #include "v4l2/finding/BWCameraTable.h"
-#include "v4l2/finding/BWVideoNodeReader.h"
+#include "v4l2/finding/BWVideoNode.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -230,7 +229,7 @@ private Q_SLOTS:
         QFile::remove(interface + "/driver"_L1);
         tree.write(interface + "/bInterfaceClass"_L1, u"0e"_s);
         tree.write(interface + "/bInterfaceSubClass"_L1, u"01"_s);
-        const auto node = BWVideoNodeReader::readInterface(interface);
+        const auto node = BWVideoNode::readInterface(interface);
         QVERIFY(node);
         QCOMPARE(node->name, u"Pen Scope"_s);
         QVERIFY(node->driver.isNull());
@@ -251,7 +250,7 @@ private Q_SLOTS:
                                                   {u"serial"_s, u"SN 7"_s},
                                                   {u"devnum"_s, u"14"_s}});
         const QString second = tree.addInterface(device, u"1.2"_s, u"uvcvideo"_s);
-        const auto node = BWVideoNodeReader::read(tree.addVideoNode(second, 5, 1, u"Lens: Lens"_s));
+        const auto node = BWVideoNode::read(tree.addVideoNode(second, 5, 1, u"Lens: Lens"_s));
         QVERIFY(node);
         QCOMPARE(node->path, "/dev/video5"_qba);
         QCOMPARE(node->name, u"Lens: Lens"_s);
@@ -260,16 +259,16 @@ private Q_SLOTS:
         QCOMPARE(node->usbDevice, 14);
         QCOMPARE(node->identity(), u"eb1a:2761 SN 7 if2"_s);
         tree.write(device + "/serial"_L1, {});
-        QCOMPARE(BWVideoNodeReader::read(tree.addVideoNode(second, 6, 0, u"Lens"_s))->identity(),
+        QCOMPARE(BWVideoNode::read(tree.addVideoNode(second, 6, 0, u"Lens"_s))->identity(),
                  u"eb1a:2761 usb-0000:00:14.0-1.2 if2"_s);
 
         const QString platform = tree.root() + "/devices/platform/tuner.0"_L1;
-        const auto other = BWVideoNodeReader::read(tree.addVideoNode(platform, 7, 0, u"tuner-1"_s));
+        const auto other = BWVideoNode::read(tree.addVideoNode(platform, 7, 0, u"tuner-1"_s));
         QVERIFY(other && other->usbId.isNull());
         QCOMPARE(other->port, u"tuner.0 tuner-1"_s);
         tree.write(platform + "/video4linux/radio0/uevent"_L1, u"DEVNAME=radio0"_s);
-        QVERIFY2(!BWVideoNodeReader::read(platform + "/video4linux/radio0"_L1), "a radio");
-        QVERIFY2(!BWVideoNodeReader::read(platform + "/video4linux/video9"_L1), "gone");
+        QVERIFY2(!BWVideoNode::read(platform + "/video4linux/radio0"_L1), "a radio");
+        QVERIFY2(!BWVideoNode::read(platform + "/video4linux/video9"_L1), "gone");
     }
 
 private:

@@ -1,6 +1,6 @@
 #include "SysfsTree.h"
-#include "v4l2/finding/BWButtonFinder.h"
-#include "v4l2/finding/BWDeviceHolder.h"
+#include "v4l2/finding/BWNodeAccess.h"
+#include "v4l2/finding/BWVideoNode.h"
 
 #include <fcntl.h>
 #include <QProcess>
@@ -9,6 +9,17 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray button(const QString &sysPath)
+{
+    BWVideoNode node;
+    node.sysPath = sysPath.toUtf8();
+    return node.buttonPath();
+}
+
+} // namespace
 
 /// What is looked up in /proc and sysfs around a device.
 class DeviceLookups : public QObject {
@@ -20,17 +31,17 @@ private Q_SLOTS:
         const QByteArray node = "/dev/full"; // which nobody else holds
         const int own = ::open(node.constData(), O_RDWR | O_CLOEXEC);
         QVERIFY(own >= 0);
-        QVERIFY2(BWDeviceHolder::programHolding(node).isNull(), "our own process holds it, and nobody else");
+        QVERIFY2(BWNodeAccess::programHolding(node).isNull(), "our own process holds it, and nobody else");
 
         QProcess other;
         other.setStandardInputFile(QString::fromLatin1(node));
         other.start(u"sleep"_s, {u"60"_s});
         QVERIFY(other.waitForStarted());
-        QTRY_COMPARE(BWDeviceHolder::programHolding(node), u"sleep"_s);
+        QTRY_COMPARE(BWNodeAccess::programHolding(node), u"sleep"_s);
         other.kill();
         QVERIFY(other.waitForFinished());
-        QVERIFY(BWDeviceHolder::programHolding(node).isNull());
-        QVERIFY(BWDeviceHolder::programHolding("/dev/no-such-node").isNull());
+        QVERIFY(BWNodeAccess::programHolding(node).isNull());
+        QVERIFY(BWNodeAccess::programHolding("/dev/no-such-node").isNull());
         ::close(own);
     }
 
@@ -40,7 +51,7 @@ private Q_SLOTS:
         open.setStandardInputFile(u"/dev/zero"_s);
         open.start(u"sleep"_s, {u"60"_s});
         QVERIFY(open.waitForStarted());
-        QTRY_COMPARE(BWDeviceHolder::programHolding("/dev/zero"), u"sleep"_s);
+        QTRY_COMPARE(BWNodeAccess::programHolding("/dev/zero"), u"sleep"_s);
 
         QProcess streaming;
         streaming.setStandardInputFile(u"/dev/zero"_s);
@@ -49,7 +60,7 @@ private Q_SLOTS:
                          u"import mmap,time\nbuffer = mmap.mmap(0, 4096, flags=mmap.MAP_PRIVATE)\n"
                          "print('mapped', flush=True)\ntime.sleep(60)"_s});
         QVERIFY(streaming.waitForReadyRead());
-        QVERIFY(BWDeviceHolder::programHolding("/dev/zero").startsWith(u"python3"_s));
+        QVERIFY(BWNodeAccess::programHolding("/dev/zero").startsWith(u"python3"_s));
         for (QProcess *process : {&open, &streaming}) {
             process->kill();
             process->waitForFinished();
@@ -69,17 +80,17 @@ private Q_SLOTS:
         const QString interface = tree.addInterface(camera, u"1.0"_s, u"uvcvideo"_s);
         const QString node = tree.addVideoNode(interface, 0, 0, u"Camera"_s);
 
-        QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()).isNull(), "the hub's button is another one's");
+        QVERIFY2(button(node).isNull(), "the hub's button is another one's");
         tree.write(camera + "/1-1.2:1.2/input/input4/capabilities/key"_L1, otherKeys);
         tree.write(camera + "/1-1.2:1.2/input/input4/event4/dev"_L1, u"13:68"_s);
-        QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()).isNull(), "has no camera key");
+        QVERIFY2(button(node).isNull(), "has no camera key");
         tree.write(camera + "/1-1.2:1.1/input/input5/capabilities/key"_L1, cameraKey);
         tree.write(camera + "/1-1.2:1.1/input/input5/event9/dev"_L1, u"13:73"_s);
-        QCOMPARE(BWButtonFinder::eventNode(node.toUtf8()), "/dev/input/event9"_qba);
+        QCOMPARE(button(node), "/dev/input/event9"_qba);
         tree.write(interface + "/input/input6/capabilities/key"_L1, cameraKey);
         tree.write(interface + "/input/input6/event2/dev"_L1, u"13:66"_s);
-        QVERIFY2(BWButtonFinder::eventNode(node.toUtf8()) == "/dev/input/event2", "that of the camera's own interface");
-        QVERIFY(BWButtonFinder::eventNode("/sys/no/such/folder").isNull());
+        QVERIFY2(button(node) == "/dev/input/event2", "that of the camera's own interface");
+        QVERIFY(button(u"/sys/no/such/folder"_s).isNull());
     }
 };
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The call's result, or its error as a negative number; again for as long as signals interrupt it.
+/// The result of the call, or its error as a negative number. Repeats the call while signals interrupt it.
 template <typename Call>
 auto uninterrupted(Call call) -> decltype(call())
 {
@@ -30,7 +30,7 @@ public:
 
     int close(int descriptor) override
     {
-        // Linux has let go of the descriptor even when it says EINTR; a second try might close one of another thread.
+        // Linux has released the descriptor even on EINTR; a second try might close one of another thread.
         return ::close(descriptor) == 0 || errno == EINTR ? 0 : -errno;
     }
 

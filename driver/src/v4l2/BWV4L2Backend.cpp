@@ -1,30 +1,57 @@
 #include "BWACUDriver/BWV4L2Backend.h"
 
+#include "base/BWDriverLog.h"
+#include "v4l2/BWWakeUp.h"
 #include "v4l2/finding/BWCameraMaker.h"
 #include "v4l2/finding/BWNodeTracker.h"
-#include "v4l2/finding/BWUdevWatch.h"
+#include "v4l2/finding/BWUdevSources.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstring>
 #include <mutex>
+#include <optional>
+#include <QFile>
+#include <thread>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
+/// In most containers there is no udev.
+bool udevRuns()
+{
+    return QFile::exists(u"/run/udev/control"_s);
+}
+
+int milliseconds(const std::optional<BWNodeTracker::Time> &until)
+{
+    if (!until)
+        return -1;
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(*until - std::chrono::steady_clock::now());
+    return static_cast<int>(std::max<qint64>(0, rest.count()));
+}
+
+/// Watches the kernel and udev on a thread of its own, which reports the cameras.
 class Backend : public BWCameraBackend {
 public:
     explicit Backend(QStringList tables) : m_tables(std::move(tables)) { }
 
+    /// Waits for a device that is just being opened.
+    ~Backend() override
+    {
+        m_end.wake();
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
     void start(const QList<BWCameraDescriptionPtr> &descriptions, Events events) override
     {
-        m_pending = true; // until those attached have been looked at
-        BWCameraMaker maker(BWCameraTable::read(m_tables), descriptions);
-        m_watch = std::make_unique<BWUdevWatch>(
-            std::make_unique<BWNodeTracker>(std::move(maker), std::move(events), BWUdevWatch::udevRuns),
-            [this](bool pending, const QList<BWBlockedCamera> &blocked) {
-                m_pending = pending;
-                const std::scoped_lock lock(m_mutex);
-                m_blocked = blocked;
-            });
+        m_pending = true; // until the thread has looked at the cameras that are attached now
+        m_tracker.emplace(BWCameraMaker(BWCameraTable::read(m_tables), descriptions), std::move(events), udevRuns);
+        m_thread = std::thread([this] { watch(); });
     }
 
     bool pendingDevices() const override { return m_pending; }
@@ -36,11 +63,41 @@ public:
     }
 
 private:
+    void watch()
+    {
+        BWUdevSources sources;
+        sources.enumerate(*m_tracker);
+        while (true) {
+            publish(); // opening a camera can take a while
+            m_tracker->advance(std::chrono::steady_clock::now());
+            publish();
+            const auto [kernel, udev, access] = sources.descriptors();
+            std::array polled{pollfd{m_end.descriptor(), POLLIN, 0}, kernel, udev, access};
+            if (poll(polled.data(), polled.size(), milliseconds(m_tracker->nextTime())) < 0 && errno != EINTR) {
+                qCWarning(bwDriver) << "Cameras are no longer watched:" << std::strerror(errno);
+                return;
+            }
+            if (polled[0].revents != 0)
+                return;
+            sources.readEvents(*m_tracker);
+        }
+    }
+
+    void publish()
+    {
+        m_pending = m_tracker->pending(std::chrono::steady_clock::now());
+        QList<BWBlockedCamera> blocked = m_tracker->blocked();
+        const std::scoped_lock lock(m_mutex);
+        m_blocked = std::move(blocked);
+    }
+
     const QStringList m_tables;
+    const BWWakeUp m_end;
+    std::optional<BWNodeTracker> m_tracker; ///< belongs to the thread once that runs
     std::atomic<bool> m_pending = false;
     mutable std::mutex m_mutex;
     QList<BWBlockedCamera> m_blocked; ///< guarded by the mutex
-    std::unique_ptr<BWUdevWatch> m_watch; ///< last, so that its thread ends before what it uses
+    std::thread m_thread;
 };
 
 } // namespace

@@ -3,11 +3,8 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
 #include "v4l2/device/BWVideoFormat.h"
-#include "v4l2/finding/BWButtonFinder.h"
 #include "v4l2/finding/BWCameraMaker.h"
-#include "v4l2/finding/BWDeviceHolder.h"
 #include "v4l2/finding/BWNodeAccess.h"
-#include "v4l2/finding/BWVideoNodeReader.h"
 
 #include <cerrno>
 #include <QFile>
@@ -65,7 +62,7 @@ void addAbilities(Node &listed, const BWVideoAbilities &abilities)
 
 void addButton(Node &listed, const BWVideoNode &node)
 {
-    const QByteArray button = BWButtonFinder::eventNode(node.sysPath);
+    const QByteArray button = node.buttonPath();
     if (button.isNull())
         return;
     listed.button = QFile::decodeName(button);
@@ -81,7 +78,7 @@ Node listNode(const BWVideoNode &node, const BWCameraMaker &maker)
         listed.why = u"it is a further node of its camera, for metadata and the like"_s;
         return listed;
     }
-    listed.heldBy = BWDeviceHolder::programHolding(node.path);
+    listed.heldBy = BWNodeAccess::programHolding(node.path);
     int error = 0;
     const std::optional<BWVideoAbilities> abilities = maker.read(node, error);
     if (!abilities) {
@@ -105,14 +102,14 @@ QList<Node> BWV4L2Listing::list(const QStringList &tables)
 {
     const BWCameraMaker maker(BWCameraTable::read(tables), BWCameraDetector::supportedDescriptions());
     QList<Node> nodes;
-    const QList<QByteArray> folders = BWVideoNodeReader::nodeFolders();
+    const QList<QByteArray> folders = BWVideoNode::nodeFolders();
     for (const QByteArray &folder : folders) {
-        if (const auto node = BWVideoNodeReader::read(QFile::decodeName(folder)))
+        if (const auto node = BWVideoNode::read(QFile::decodeName(folder)))
             nodes.append(listNode(*node, maker));
     }
-    const QList<QByteArray> interfaces = BWVideoNodeReader::interfaceFolders();
+    const QList<QByteArray> interfaces = BWVideoNode::interfaceFolders();
     for (const QByteArray &folder : interfaces) {
-        if (const auto interface = BWVideoNodeReader::readInterface(QFile::decodeName(folder))) {
+        if (const auto interface = BWVideoNode::readInterface(QFile::decodeName(folder))) {
             nodes.append(basics(*interface));
             nodes.last().name = maker.nameOf(*interface);
             nodes.last().problems.append(interface->whyWithoutNode());

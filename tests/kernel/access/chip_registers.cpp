@@ -1,5 +1,5 @@
 #include "v4l2/BWKernelCalls.h"
-#include "v4l2/device/BWMakeBridgeRegisters.h"
+#include "v4l2/device/BWBridgeRegisters.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,17 +14,17 @@ int main(int argc, char *argv[])
     node.path = argv[1];
     node.usbBus = std::atoi(argv[2]);
     node.usbDevice = std::atoi(argv[3]);
-    const auto registers = makeBridgeRegisters(node, BWKernelCalls::system());
+    BWBridgeRegisters registers(node, BWKernelCalls::system());
     for (int i = 4; i < argc; ++i) {
         char *end = nullptr;
         const int number = static_cast<int>(std::strtol(argv[i], &end, 0));
         int value = 0;
         if (*end == '=')
-            registers->write(number, static_cast<int>(std::strtol(end + 1, nullptr, 0)));
+            registers.write(number, static_cast<int>(std::strtol(end + 1, nullptr, 0)));
         else
-            value = registers->read(number);
-        if (!registers->problem().isNull())
-            std::puts(qPrintable(registers->problem()));
+            value = registers.read(number);
+        if (!registers.problem().isNull())
+            std::puts(qPrintable(registers.problem()));
         else if (*end == '=')
             std::puts("written");
         else

@@ -1,7 +1,7 @@
 #include "v4l2/device/BWV4L2Device.h"
 
 #include "base/BWDriverLog.h"
-#include "v4l2/finding/BWDeviceHolder.h"
+#include "v4l2/finding/BWNodeAccess.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,25 +12,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How long a node that has nothing to give is left alone before it is asked whether it is still there.
-constexpr auto deafTime = 100ms;
+/// How long a node that has nothing to deliver is left alone before we check whether it is still there.
+constexpr auto ignoringTime = 100ms;
 constexpr auto readingTime = 1s;
 
 } // namespace
 
-BWV4L2Device::BWV4L2Device(BWVideoNode node, BWVideoAbilities abilities, std::function<QByteArray()> findButton,
-                           std::unique_ptr<BWBridgeRegisters> registers, BWKernelCalls &kernel)
+BWV4L2Device::BWV4L2Device(BWVideoNode node, BWVideoAbilities abilities, bool bridgeChip, FindButton findButton,
+                           BWKernelCalls &kernel)
     : m_node(std::move(node)),
       m_abilities(std::move(abilities)),
       m_name(u"%1 (%2)"_s.arg(m_node.name, QString::fromUtf8(m_node.path))),
       m_findButton(std::move(findButton)),
-      m_registers(std::move(registers)),
       m_kernel(kernel),
       m_wakeUp(std::make_shared<BWWakeUp>()),
       m_resolution(BWVideoModeChoice::nearest(m_abilities.resolutions(), m_abilities.current)),
       m_controls(m_abilities.controls, m_name),
       m_button(kernel)
 {
+    if (bridgeChip)
+        m_registers.emplace(m_node, kernel);
 }
 
 BWV4L2Device::~BWV4L2Device()
@@ -57,9 +58,9 @@ BWResolution BWV4L2Device::resolution() const
     return m_resolution;
 }
 
-void BWV4L2Device::setResolution(BWResolution wished)
+void BWV4L2Device::setResolution(BWResolution requested)
 {
-    m_resolution = BWVideoModeChoice::nearest(m_abilities.resolutions(), wished);
+    m_resolution = BWVideoModeChoice::nearest(m_abilities.resolutions(), requested);
 }
 
 BWStartProblem BWV4L2Device::startStreaming()
@@ -80,10 +81,10 @@ BWStartProblem BWV4L2Device::startStreaming()
     }
     m_resolution = m_stream.resolution();
     m_controls.watch(*m_file);
-    m_button.open((m_findButton ? m_findButton() : QByteArray()).constData());
+    m_button.open(m_findButton().constData());
     m_hasEvents = true;
     m_wasBroken = false;
-    m_deafUntil = {};
+    m_ignoreNodeUntil = {};
     m_nextReading = Clock::now() + readingTime;
     return {};
 }
@@ -113,7 +114,7 @@ BWCaptureDevice::WaitResult BWV4L2Device::waitFrame(std::chrono::milliseconds ti
         const WaitResult result = takeFrame(ready.node, frame);
         if (result != WaitResult::Nothing)
             return result;
-        // Asked after the frames, so that a stream of interruptions does not keep them back.
+        // Checked after the frames, so that many interruptions do not hold them back.
         if (m_interrupted.exchange(false) || Clock::now() >= deadline)
             return WaitResult::Nothing;
     }
@@ -128,7 +129,7 @@ void BWV4L2Device::interrupt()
 double BWV4L2Device::setControl(int identifier, double value)
 {
     if (m_file) {
-        // What others have set before must not look as if it came afterwards.
+        // A value that others set before must not look as if it came afterwards.
         m_controls.takeEvents(*m_file);
         return m_controls.set(*m_file, identifier, value);
     }
@@ -151,7 +152,7 @@ void BWV4L2Device::setVideoNorm(int norm)
         return;
     }
     m_norm = standard;
-    // Another program that streams now keeps it from being set; the next start sets it in any case.
+    // Another program that streams now prevents this; the next start sets the norm in any case.
     int error = 0;
     if (const auto file = openNode(error))
         applyNorm(*file);
@@ -178,7 +179,7 @@ std::unique_ptr<const BWKernelFile> BWV4L2Device::openNode(int &error) const
     auto file = std::make_unique<const BWKernelFile>(m_kernel, m_node.path.constData());
     BWVideoAbilities device;
     error = file->isOpen() ? device.identify(*file) : file->openError();
-    // Numbers of nodes are given away again: after an unplug, another camera may be had under this one.
+    // Node numbers are reused: after an unplug, this one may belong to another camera.
     if (error >= 0 && (device.bus != m_abilities.bus || device.card != m_abilities.card))
         error = -ENODEV;
     return error < 0 ? nullptr : std::move(file);
@@ -191,33 +192,33 @@ int BWV4L2Device::applyNorm(const BWKernelFile &node) const
     uint64_t standard = *m_norm;
     const int result = node.ioctl(VIDIOC_S_STD, standard);
     if (result < 0)
-        qCWarning(bwDriver).noquote() << m_name << "does not take its video norm:" << kernelErrorText(result);
+        qCWarning(bwDriver).noquote() << m_name << "rejects its video norm:" << kernelErrorText(result);
     return result;
 }
 
 BWStartProblem BWV4L2Device::problem(BWStartProblem::Kind kind) const
 {
     const bool held = kind == BWStartProblem::Kind::InUse;
-    return {kind, held ? BWDeviceHolder::programHolding(m_node.path) : QString()};
+    return {kind, held ? BWNodeAccess::programHolding(m_node.path) : QString()};
 }
 
 BWV4L2Device::Ready BWV4L2Device::waitUntil(Clock::time_point deadline)
 {
     const auto now = Clock::now();
     const bool canDeliver = m_stream.canDeliver();
-    const bool listening = canDeliver && now >= m_deafUntil;
+    const bool polled = canDeliver && now >= m_ignoreNodeUntil;
     deadline = std::min(deadline, m_nextReading);
-    if (!listening)
-        deadline = std::min(deadline, canDeliver ? m_deafUntil : now + deafTime);
+    if (!polled)
+        deadline = std::min(deadline, canDeliver ? m_ignoreNodeUntil : now + ignoringTime);
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - now).count();
     const short wanted = m_hasEvents ? POLLIN | POLLPRI : POLLIN;
-    // Without a buffer to fill, or with a broken stream, a poll of the node returns at once and tells nothing.
+    // Without a buffer to fill, or with a broken stream, a poll of the node returns at once and means nothing.
     pollfd descriptors[] = {
-        {listening ? m_file->descriptor() : -1, wanted, 0},
+        {polled ? m_file->descriptor() : -1, wanted, 0},
         {m_wakeUp->descriptor(), POLLIN, 0},
         {m_button.descriptor(), POLLIN, 0},
     };
-    // An interruption that arrived together with a frame is still to be answered.
+    // An interruption that arrived together with a frame still has to end a wait.
     m_kernel.poll(descriptors, std::size(descriptors), m_interrupted ? 0 : std::max(static_cast<int>(left), 0));
     if (descriptors[1].revents)
         m_wakeUp->clear();
@@ -241,13 +242,13 @@ BWCaptureDevice::WaitResult BWV4L2Device::takeFrame(short events, BWFrame &frame
     }
     if (taken == Taken::Nothing && !failed && !starved)
         return WaitResult::Nothing;
-    // Not every error is an unplug, and without buffers to fill an unplug is not told.
+    // Not every error is an unplug, and without buffers to fill an unplug is not reported.
     if (isGone())
         return WaitResult::Gone;
     if (!starved) {
-        m_deafUntil = Clock::now() + deafTime;
+        m_ignoreNodeUntil = Clock::now() + ignoringTime;
         if (!std::exchange(m_wasBroken, true))
-            qCWarning(bwDriver).noquote() << m_name << "has broken its stream off";
+            qCWarning(bwDriver).noquote() << m_name << "has interrupted its stream";
     }
     return WaitResult::Nothing;
 }

@@ -9,22 +9,23 @@
 
 #include <QByteArray>
 
-/// One opened camera of the kernel. Its node is open only while it streams, and for the moment of a change otherwise,
-/// so that other programs can have the camera.
+/// A camera of the kernel. Its node is open only while it streams, and otherwise for the moment of a change, so that other
+/// programs can use the camera.
 class BWV4L2Device : public BWCaptureDevice {
 public:
-    /// Touches no hardware. `findButton` is called at each start, on the capture thread, and returns the event node of
-    /// the camera's button, null if it has none. `registers` are those of a bridge chip, null without one. `kernel`
-    /// must live longer than every frame.
-    BWV4L2Device(BWVideoNode node, BWVideoAbilities abilities, std::function<QByteArray()> findButton,
-                 std::unique_ptr<BWBridgeRegisters> registers = nullptr,
+    /// Returns the event node of the camera's button, null if it has none.
+    using FindButton = std::function<QByteArray()>;
+
+    /// Touches no hardware. `findButton` is called at each start, on the capture thread. `bridgeChip`: the camera has
+    /// registers. `kernel` must outlive every frame.
+    BWV4L2Device(BWVideoNode node, BWVideoAbilities abilities, bool bridgeChip, FindButton findButton,
                  BWKernelCalls &kernel = BWKernelCalls::system());
     ~BWV4L2Device() override;
 
     void setEvents(std::function<void()> button, std::function<void(int identifier, double value)> control) override;
     std::vector<BWControlInfo> controls() const override;
     BWResolution resolution() const override;
-    void setResolution(BWResolution wished) override;
+    void setResolution(BWResolution requested) override;
     BWStartProblem startStreaming() override;
     void stopStreaming() override;
     WaitResult waitFrame(std::chrono::milliseconds timeout, BWFrame &frame) override;
@@ -41,15 +42,15 @@ private:
     using Clock = std::chrono::steady_clock;
 
     struct Ready {
-        short node = 0; ///< events of the poll; 0 also while the node is not listened to
+        short node = 0; ///< events of the poll; 0 also while the node is not polled
         bool button = false;
     };
 
-    /// Null, and why, where it cannot be opened. A node that belongs to another device by now counts as gone.
+    /// Null if it cannot be opened, and the reason in `error`. A node that now belongs to another device counts as gone.
     std::unique_ptr<const BWKernelFile> openNode(int &error) const;
     int applyNorm(const BWKernelFile &node) const;
     BWStartProblem problem(BWStartProblem::Kind kind) const;
-    /// Waits until something is to be done, at most until then.
+    /// Waits until there is something to do, at most until the deadline.
     Ready waitUntil(Clock::time_point deadline);
     WaitResult takeFrame(short events, BWFrame &frame);
     bool isGone() const;
@@ -57,22 +58,22 @@ private:
     const BWVideoNode m_node;
     const BWVideoAbilities m_abilities;
     const QString m_name; ///< for the log
-    const std::function<QByteArray()> m_findButton;
-    const std::unique_ptr<BWBridgeRegisters> m_registers;
+    const FindButton m_findButton;
+    std::optional<BWBridgeRegisters> m_registers; ///< of a bridge chip
     BWKernelCalls &m_kernel;
     std::function<void()> m_pressed;
     const std::shared_ptr<const BWWakeUp> m_wakeUp;
     std::atomic<bool> m_interrupted = false;
     BWResolution m_resolution;
-    std::optional<uint64_t> m_norm; ///< V4L2 standard; not touched before one is asked for
+    std::optional<uint64_t> m_norm; ///< V4L2 standard; left alone until one is requested
     BWVideoControls m_controls;
 
     // While it streams.
     std::unique_ptr<const BWKernelFile> m_file;
     BWVideoStream m_stream;
     BWButtonReader m_button;
-    bool m_hasEvents = false; ///< the node tells of controls that move
+    bool m_hasEvents = false; ///< the node reports controls that change
     bool m_wasBroken = false;
-    Clock::time_point m_deafUntil; ///< the node is not polled before: it would answer at once, again and again
-    Clock::time_point m_nextReading; ///< of controls which the camera moves
+    Clock::time_point m_ignoreNodeUntil; ///< a poll of the node would return at once until then, again and again
+    Clock::time_point m_nextReading; ///< of the controls that automatic modes change
 };

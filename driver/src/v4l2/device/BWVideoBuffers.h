@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWFrame.h"
-#include "v4l2/BWKernelFile.h"
+#include "v4l2/BWKernelCalls.h"
 #include "v4l2/BWWakeUp.h"
 
 #include <linux/videodev2.h>

@@ -2,8 +2,6 @@
 
 #include "base/BWDriverLog.h"
 #include "BWACUDriver/BWCameraSetting.h"
-#include "v4l2/device/BWExposureMenu.h"
-#include "v4l2/device/BWVideoControlReader.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -195,7 +193,7 @@ std::optional<double> BWVideoControls::readValue(const BWKernelFile &node, Contr
     if (!control.readable)
         return std::nullopt;
     // A camera that fails to tell once may hang when it is asked again and again.
-    const auto value = BWVideoControlReader::value(node, control.ability.id);
+    const auto value = control.ability.readValue(node);
     control.readable = value.has_value();
     return value ? std::optional(toProgram(control, *value)) : std::nullopt;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "v4l2/BWKernelFile.h"
+#include "v4l2/BWKernelCalls.h"
 #include "v4l2/device/BWVideoAbilities.h"
 
 #include <functional>

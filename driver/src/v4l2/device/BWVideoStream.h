@@ -3,7 +3,7 @@
 #include "BWACUDriver/BWStartProblem.h"
 #include "v4l2/device/BWVideoBuffers.h"
 #include "v4l2/device/BWVideoFormat.h"
-#include "v4l2/device/BWVideoModeChoice.h"
+#include "v4l2/device/BWVideoModes.h"
 
 /// The stream of one open node, from the choice of a format to the last frame. Capture thread.
 class BWVideoStream {

@@ -1,15 +1,39 @@
 #pragma once
 
-#include "v4l2/finding/BWCameraRule.h"
-
+#include <optional>
+#include <QString>
 #include <QStringList>
 #include <vector>
 
-/// The entries of the files that tell which device is which type of camera. Immutable once read.
+class QJsonObject;
+struct BWVideoNode;
+
+/// An entry of a camera table: which devices it applies to, and what they are. Texts that are not given are null.
+struct BWCameraRule {
+    // Which devices: all that is given must fit. * stands for any text, ? for any one character; case does not count.
+    QString usb; ///< vendor:product, or vendor:*
+    QString driver; ///< kernel driver
+    QString name; ///< what the driver calls the camera
+
+    // What they are.
+    QString type; ///< identifierForCameraType; null to go by what the device can do
+    QString displayName; ///< replaces the type's name
+    std::optional<bool> bridgeChip;
+    bool ignore = false; ///< the device is not used
+
+    QString origin; ///< where the entry is, for people to read
+
+    bool fits(const BWVideoNode &node) const;
+
+    /// Nothing if the entry is damaged, and in `fault` what is wrong with it.
+    static std::optional<BWCameraRule> fromJson(const QJsonObject &entry, QString &fault);
+};
+
+/// The entries of the files that say which device is which type of camera. Immutable once read.
 class BWCameraTable {
 public:
-    /// `files` (resources included) in their order. One that does not exist is left out. Where a file or an entry is
-    /// damaged, this is logged with the place, and the rest is used.
+    /// Reads `files` (resources included) in their order and skips those that do not exist. Logs what is damaged, a
+    /// file or an entry, with its place, and uses the rest.
     static BWCameraTable read(const QStringList &files);
 
     /// The first entry that fits; null if none does.

@@ -5,12 +5,17 @@
 #include <QByteArray>
 #include <QString>
 
-/// Tells in plain words why a video node cannot be opened.
+/// Why a video node cannot be opened or used, in plain words.
 class BWNodeAccess {
 public:
-    /// `error` is an errno number. One sentence, with what helps, where that is known.
+    /// `error` is an errno number. One sentence, with what helps if that is known.
     static QString problem(const QByteArray &path, int error);
 
     /// What kind of obstacle that is to a user; Failed for what only the log can explain.
     static BWStartProblem::Kind problemKind(int error);
+
+    /// The name of the program that has the device node open, such as "guvcview"; one that streams from it takes
+    /// precedence. Null if there is none, or none that this user may see; our own process does not count. Reads /proc:
+    /// some milliseconds on a busy machine. Any thread.
+    static QString programHolding(const QByteArray &path);
 };

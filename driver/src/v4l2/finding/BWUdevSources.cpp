@@ -1,7 +1,7 @@
 #include "v4l2/finding/BWUdevSources.h"
 
 #include "base/BWDriverLog.h"
-#include "v4l2/finding/BWVideoNodeReader.h"
+#include "v4l2/finding/BWVideoNode.h"
 
 #include <cerrno>
 #include <cstring>
@@ -29,13 +29,13 @@ bool isVideo(udev_device *device)
 
 void reportInterface(const QByteArray &sysPath, BWNodeTracker &tracker)
 {
-    if (const auto interface = BWVideoNodeReader::readInterface(QFile::decodeName(sysPath)))
+    if (const auto interface = BWVideoNode::readInterface(QFile::decodeName(sysPath)))
         tracker.interfaceAppeared(*interface, now());
 }
 
 void reportNode(const QByteArray &sysPath, bool initialised, quint64 sequence, BWNodeTracker &tracker)
 {
-    if (const auto node = BWVideoNodeReader::read(QFile::decodeName(sysPath)))
+    if (const auto node = BWVideoNode::read(QFile::decodeName(sysPath)))
         tracker.nodeAppeared(*node, initialised, sequence, now());
 }
 
@@ -47,7 +47,7 @@ BWUdevSources::BWUdevSources()
       m_udevEvents(listen("udev")),
       m_access(inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
 {
-    // Without it changes of permissions are seen a little later, by trying.
+    // Without inotify, the next attempt to open a node finds its changed permissions, a little later.
     if (m_access >= 0)
         inotify_add_watch(m_access, "/dev", IN_ATTRIB | IN_CREATE);
 }
@@ -58,9 +58,9 @@ BWUdevSources::~BWUdevSources()
         close(m_access);
 }
 
-BWUdevMonitor BWUdevSources::listen(const char *source) const
+BWUdevSources::Monitor BWUdevSources::listen(const char *source) const
 {
-    BWUdevMonitor monitor(udev_monitor_new_from_netlink(m_udev.get(), source));
+    Monitor monitor(udev_monitor_new_from_netlink(m_udev.get(), source));
     if (!monitor || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), video, nullptr) < 0
         || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "usb", "usb_interface") < 0
         || udev_monitor_enable_receiving(monitor.get()) < 0) {
@@ -72,7 +72,7 @@ BWUdevMonitor BWUdevSources::listen(const char *source) const
 
 std::array<pollfd, 3> BWUdevSources::descriptors() const
 {
-    const auto ofMonitor = [](const BWUdevMonitor &monitor) {
+    const auto ofMonitor = [](const Monitor &monitor) {
         return pollfd{monitor ? udev_monitor_get_fd(monitor.get()) : -1, POLLIN, 0};
     };
     return {ofMonitor(m_kernelEvents), ofMonitor(m_udevEvents), pollfd{m_access, POLLIN, 0}};
@@ -80,14 +80,14 @@ std::array<pollfd, 3> BWUdevSources::descriptors() const
 
 void BWUdevSources::enumerate(BWNodeTracker &tracker) const
 {
-    const QList<QByteArray> interfaces = BWVideoNodeReader::interfaceFolders();
-    const QList<QByteArray> nodes = BWVideoNodeReader::nodeFolders();
+    const QList<QByteArray> interfaces = BWVideoNode::interfaceFolders();
+    const QList<QByteArray> nodes = BWVideoNode::nodeFolders();
     const QList<QByteArray> all = interfaces + nodes;
     tracker.keepOnly({all.begin(), all.end()});
     for (const QByteArray &interface : interfaces)
         reportInterface(interface, tracker);
     for (const QByteArray &node : nodes) {
-        const BWUdevDevice device(udev_device_new_from_syspath(m_udev.get(), node.constData()));
+        const Device device(udev_device_new_from_syspath(m_udev.get(), node.constData()));
         reportNode(node, device && udev_device_get_is_initialized(device.get()) > 0, 0, tracker);
     }
 }
@@ -107,7 +107,7 @@ bool BWUdevSources::readMonitor(udev_monitor *monitor, bool initialised, BWNodeT
         return true;
     while (true) {
         errno = 0;
-        const BWUdevDevice device(udev_monitor_receive_device(monitor));
+        const Device device(udev_monitor_receive_device(monitor));
         if (!device)
             return errno != ENOBUFS;
         const QByteArray sysPath = udev_device_get_syspath(device.get());
@@ -116,7 +116,7 @@ bool BWUdevSources::readMonitor(udev_monitor *monitor, bool initialised, BWNodeT
         if (action == "remove")
             tracker.gone(sysPath, sequence);
         else if (!isVideo(device.get())) {
-            if (action == "add" || action == "bind") // by a driver, or by a program
+            if (action == "add" || action == "bind") // by a driver or a program
                 reportInterface(sysPath, tracker);
         } else if (action == "add" || initialised)
             reportNode(sysPath, initialised, sequence, tracker);

@@ -1,13 +1,15 @@
 #pragma once
 
 #include "v4l2/finding/BWNodeTracker.h"
-#include "v4l2/finding/BWUdev.h"
 
 #include <array>
+#include <libudev.h>
+#include <memory>
 #include <poll.h>
 
-/// Where news of cameras come from: the kernel's and udev's events, and changes of permissions in /dev. Listens from
-/// its making on, so that nothing is missed between enumerate() and the first event. One thread.
+/// Reports cameras to a node tracker: those that are attached, the kernel's and udev's events, and changes of
+/// permissions in /dev. Listens from its construction on, so nothing is missed between enumerate() and the first event.
+/// One thread.
 class BWUdevSources {
 public:
     BWUdevSources();
@@ -15,22 +17,30 @@ public:
     BWUdevSources(const BWUdevSources &) = delete;
     BWUdevSources &operator=(const BWUdevSources &) = delete;
 
-    /// What to poll for before readEvents().
+    /// Poll these before readEvents().
     std::array<pollfd, 3> descriptors() const;
 
-    /// Reports everything that is attached, and forgets the rest.
+    /// Reports everything that is attached, and that the rest is gone.
     void enumerate(BWNodeTracker &tracker) const;
     /// Reports everything that has happened. Does not wait.
     void readEvents(BWNodeTracker &tracker);
 
 private:
-    BWUdevMonitor listen(const char *source) const;
-    /// False when events were lost.
+    struct Unref {
+        void operator()(udev *context) const { udev_unref(context); }
+        void operator()(udev_device *device) const { udev_device_unref(device); }
+        void operator()(udev_monitor *monitor) const { udev_monitor_unref(monitor); }
+    };
+    using Device = std::unique_ptr<udev_device, Unref>;
+    using Monitor = std::unique_ptr<udev_monitor, Unref>;
+
+    Monitor listen(const char *source) const;
+    /// False if events were lost.
     static bool readMonitor(udev_monitor *monitor, bool initialised, BWNodeTracker &tracker);
     void readAccess(BWNodeTracker &tracker) const;
 
-    BWUdevContext m_udev;
-    BWUdevMonitor m_kernelEvents; ///< come first
-    BWUdevMonitor m_udevEvents; ///< the same, when udev has done its part
+    std::unique_ptr<udev, Unref> m_udev;
+    Monitor m_kernelEvents; ///< come first
+    Monitor m_udevEvents; ///< the same events, once udev has set the device up
     int m_access; ///< inotify
 };
