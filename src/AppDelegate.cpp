@@ -32,14 +32,36 @@
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Technician/BWSimulatedCamerasWindowController.h"
 #include "Views/Utils/BWFlashActionViewController.h"
-#include "Views/Utils/BWQtTexts.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QFile>
+#include <QLibraryInfo>
+#include <QPointer>
+#include <QTranslator>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Shows the texts of Qt itself (names of keys, the menu of a text field, the file dialog) in that language, such as
+/// "de". They stay English if Qt has no translation, or it is not installed, which is logged.
+void showQtTextsIn(const QString &language)
+{
+    static QPointer<QTranslator> translator;
+    delete translator; // which removes it from the application
+    if (language.isEmpty() || language == "en"_L1)
+        return;
+    translator = new QTranslator(QCoreApplication::instance());
+    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    if (translator->load(u"qtbase_"_s + language, folder))
+        QCoreApplication::installTranslator(translator);
+    else
+        qCInfo(bwViews).noquote() << u"Qt's own texts stay English: %1 has none in \"%2\""_s.arg(folder, language);
+}
+
+} // namespace
 
 AppDelegate::AppDelegate(Options options)
     : m_options(std::move(options)),
@@ -58,7 +80,7 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     BWLocalizationManager &texts = m_repository.localizationManager();
     const QString language = texts.preferredLanguage();
-    BWQtTexts::setLanguage(BWCommandLine::languages().contains(language) ? language : QString()); // no mixture
+    showQtTextsIn(BWCommandLine::languages().contains(language) ? language : QString()); // no mixture
     m_texts.localizeWithManager(texts);
     checkCameraAccess();
 }

@@ -9,7 +9,7 @@
 #include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/Session/BWQuitting.h"
 #include "Model/Settings/BWConfigManagerListener.h"
-#include "Views/Utils/BWDialogFilePanels.h"
+#include "Views/Utils/BWFilePanels.h"
 
 #include <functional>
 #include <memory>

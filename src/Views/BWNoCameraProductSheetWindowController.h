@@ -4,7 +4,7 @@
 #include "BWACUDriver/BWClock.h"
 #include "Model/Products/BWCameraProduct.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
-#include "Views/Utils/BWSheet.h"
+#include "Views/Utils/Windows/BWSheet.h"
 
 #include <functional>
 #include <QDialog>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Views/BWNoCameraBaseWindowController.h"
-#include "Views/Utils/BWSheet.h"
+#include "Views/Utils/Windows/BWSheet.h"
 
 class BWNoticeView;
 class BWPreparingView;

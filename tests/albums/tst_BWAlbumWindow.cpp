@@ -13,7 +13,7 @@
 #include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
-#include "Views/Utils/BWDialogFilePanels.h"
+#include "Views/Utils/BWFilePanels.h"
 
 #include <cerrno>
 #include <QDialogButtonBox>

@@ -3,10 +3,10 @@
 #include "Views/Albums/BWThumbnailNotice.h"
 #include "Views/Help/BWKeyCaps.h"
 #include "Views/MainWindow/BWStatusPill.h"
-#include "Views/Utils/BWDoubleButtonHalf.h"
+#include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWFlashActionViewController.h"
-#include "Views/Utils/BWFlashPicture.h"
-#include "Views/Utils/BWLightTabBar.h"
+#include "Views/Utils/BWLightTabView.h"
+#include "Views/Utils/BWPillPainting.h"
 
 #include <algorithm>
 #include <QAbstractScrollArea>
@@ -42,7 +42,7 @@ const QList<QByteArray> withoutText =
                "BWAboutWindowController BWAdvancedSettingsWindowController BWAlbumFooter "
                "BWAlbumManagerWindowController BWAlbumNotice BWAutoSettingViewController BWBusyIndicator "
                "BWStartProblemAlert BWCenteringClipView BWControlBar BWDoubleButton "
-               "BWEMPIADebuggerWindowController BWGridDebuggerWindowController BWIconView "
+               "BWEMPIADebuggerWindowController BWGridDebuggerWindowController "
                "BWLightTabView BWMainWindow BWNoCameraProductSheetWindowController "
                "BWNoCameraSheetWindowController BWNoCameraWindowController BWNormSettingViewController "
                "BWNoticeView BWNumericSettingViewController BWPreparingView BWProgramHead "

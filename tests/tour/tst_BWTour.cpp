@@ -32,7 +32,7 @@
 #include "Views/Technician/BWEMPIADebuggerWindowController.h"
 #include "Views/Technician/BWGridDebuggerWindowController.h"
 #include "Views/Technician/BWSimulatedCamerasWindowController.h"
-#include "Views/Utils/BWDialogFilePanels.h"
+#include "Views/Utils/BWFilePanels.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"

@@ -1,8 +1,6 @@
+#include "Views/Utils/BWControls.h"
 #include "Views/Utils/BWDoubleButton.h"
-#include "Views/Utils/BWLightTabBar.h"
-#include "Views/Utils/BWResizingButton.h"
-#include "Views/Utils/BWResizingTextField.h"
-#include "Views/Utils/BWVerticallyCenteringTextFieldCell.h"
+#include "Views/Utils/BWLightTabView.h"
 
 #include <QAccessible>
 #include <QApplication>

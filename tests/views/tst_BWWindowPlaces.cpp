@@ -1,7 +1,7 @@
 #include "../Rows.h"
 #include "Model/Settings/BWSettingsFile.h"
-#include "Views/Utils/BWUtilityPanel.h"
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -14,9 +14,9 @@
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/Technician/BWSimulatedCamerasWindowController.h"
-#include "Views/Utils/BWBusyIndicator.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 #include "Views/Utils/BWNoticeView.h"
+#include "Views/Utils/BWPreparingView.h"
 
 #include <QAbstractButton>
 #include <QAccessible>

@@ -7,7 +7,7 @@
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/Technician/BWGridDebuggerWindowController.h"
-#include "Views/Utils/BWToolWindowPlace.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QAction>
 #include <utility>

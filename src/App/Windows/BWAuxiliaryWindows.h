@@ -2,7 +2,7 @@
 
 #include "BWACUDriver/BWClock.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
-#include "Views/Utils/BWDialogFilePanels.h"
+#include "Views/Utils/BWFilePanels.h"
 
 #include <functional>
 #include <memory>

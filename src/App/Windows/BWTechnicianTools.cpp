@@ -3,7 +3,7 @@
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/Technician/BWEMPIADebuggerWindowController.h"
-#include "Views/Utils/BWToolWindowPlace.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QAction>
 #include <utility>

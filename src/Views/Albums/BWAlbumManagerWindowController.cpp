@@ -8,12 +8,12 @@
 #include "Views/Albums/BWThumbnailKeyboard.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+#include "Views/Utils/BWControls.h"
 #include "Views/Utils/BWFilePanels.h"
-#include "Views/Utils/BWFrameAutosave.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWLightTabView.h"
-#include "Views/Utils/BWPopUpButton.h"
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Views/Utils/Windows/BWFrameAutosave.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <algorithm>
 #include <QEvent>

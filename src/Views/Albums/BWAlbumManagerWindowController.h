@@ -7,7 +7,7 @@
 #include "Views/Albums/BWAlbumSaving.h"
 #include "Views/Albums/BWAlbumTexts.h"
 #include "Views/Albums/BWAlbumTrashing.h"
-#include "Views/Utils/BWUtilityPanel.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <functional>
 

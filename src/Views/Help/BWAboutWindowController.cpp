@@ -1,8 +1,7 @@
 #include "Views/Help/BWAboutWindowController.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
-#include "Views/Utils/BWCopyableText.h"
-#include "Views/Utils/BWProgramHead.h"
+#include "Views/Utils/BWNoticeView.h"
 
 #include <algorithm>
 #include <QHeaderView>

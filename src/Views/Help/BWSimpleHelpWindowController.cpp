@@ -4,13 +4,11 @@
 #include "Utils/BWUIUtils.h"
 #include "Views/Help/BWShortcutTable.h"
 #include "Views/Help/BWSupportMail.h"
-#include "Views/Utils/BWClosingKeys.h"
-#include "Views/Utils/BWCopyableText.h"
-#include "Views/Utils/BWFrameAutosave.h"
-#include "Views/Utils/BWHeadingFont.h"
 #include "Views/Utils/BWIcons.h"
-#include "Views/Utils/BWProgramHead.h"
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Views/Utils/BWNoticeView.h"
+#include "Views/Utils/Windows/BWFrameAutosave.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <algorithm>
 #include <QApplication>

@@ -4,9 +4,9 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWBarButton.h"
+#include "Views/Utils/BWControls.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWIcons.h"
-#include "Views/Utils/BWPopUpButton.h"
 
 #include <algorithm>
 #include <QEvent>

@@ -6,9 +6,9 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWStatusPill.h"
-#include "Views/Utils/BWAccessibleRoles.h"
-#include "Views/Utils/BWFrameAutosave.h"
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Views/Utils/BWAccessibility.h"
+#include "Views/Utils/Windows/BWFrameAutosave.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <QAction>
 #include <QCloseEvent>

@@ -8,9 +8,8 @@
 #include "Views/Settings/BWAutoSettingViewController.h"
 #include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
-#include "Views/Utils/BWAnnouncement.h"
-#include "Views/Utils/BWResizingButton.h"
-#include "Views/Utils/BWVerticallyCenteringTextFieldCell.h"
+#include "Views/Utils/BWAccessibility.h"
+#include "Views/Utils/BWControls.h"
 
 #include <array>
 #include <QGridLayout>

@@ -5,7 +5,7 @@
 #include "Model/Products/BWCameraProduct.h"
 #include "Model/Settings/BWConfigManagerListener.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
-#include "Views/Utils/BWUtilityPanel.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <functional>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Settings/BWClampingSpinBox.h"
-#include "Views/Utils/BWResizingTextField.h"
+#include "Views/Utils/BWControls.h"
 
 #include <algorithm>
 #include <QEvent>

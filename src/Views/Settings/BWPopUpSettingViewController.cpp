@@ -1,7 +1,6 @@
 #include "Views/Settings/BWPopUpSettingViewController.h"
 
-#include "Views/Utils/BWPopUpButton.h"
-#include "Views/Utils/BWResizingTextField.h"
+#include "Views/Utils/BWControls.h"
 
 #include <QAbstractItemView>
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
 #include "Views/Settings/BWSettingsForm.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
-#include "Views/Utils/BWPopUpButton.h"
+#include "Views/Utils/BWControls.h"
 
 #include <QEvent>
 #include <QGridLayout>

@@ -4,7 +4,7 @@
 #include "Model/Settings/BWConfigManagerListener.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Views/Settings/BWCameraChoices.h"
-#include "Views/Utils/BWUtilityPanel.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <functional>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
-#include "Views/Utils/BWClosingKeys.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <cstdlib>
 #include <QFontDatabase>

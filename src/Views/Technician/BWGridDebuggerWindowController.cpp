@@ -2,8 +2,8 @@
 
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Texts/BWLocalizationManager.h"
-#include "Views/Utils/BWClosingKeys.h"
-#include "Views/Utils/BWCopyableText.h"
+#include "Views/Utils/BWNoticeView.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QGridLayout>
 #include <QLabel>

@@ -2,7 +2,7 @@
 
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Technician/BWSimulatedCameraRow.h"
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <QGridLayout>
 #include <QLabel>

@@ -7,41 +7,53 @@
 
 class QWidget;
 
-/// Asks the user for places on the disk, in panels over a window. A seam, so that a test can answer. GUI thread.
+/// Asks the user for files and folders, in panels over a window. An interface, so that a test can answer. GUI thread.
 class BWFilePanels {
 public:
     struct Save {
         QString title;
         QString message;
         QString extension; ///< the only type of file that can be saved, such as "jpg"
-        QUrl folder; ///< where the panel begins
+        QUrl folder; ///< where the panel starts
         QString name; ///< suggested, with its extension
     };
     struct Folder {
         QString title;
         QString message;
-        QUrl folder; ///< where the panel begins
-        /// Makes the folder that was typed; where that does not work, tells the user why and answers false.
+        QUrl folder; ///< where the panel starts
+        /// Makes the folder that was typed. If it cannot, it tells the user why and returns false.
         std::function<bool(const QUrl &folder)> make;
     };
     struct File {
         QString title;
         QString message;
-        QString types; ///< what such files are called
-        QStringList patterns; ///< of their names, such as "*.jpg"
-        QString allFiles; ///< what the user picks to see files of other names, too
-        QUrl folder; ///< where the panel begins
+        QString types; ///< the filter's name
+        QStringList patterns; ///< its file names, such as "*.jpg"
+        QString allFiles; ///< the name of the filter that shows all files
+        QUrl folder; ///< where the panel starts
     };
-    /// Told only when the user confirms.
+    /// Called only when the user confirms.
     using Chosen = std::function<void(const QUrl &place)>;
 
     virtual ~BWFilePanels() = default;
 
-    /// A file to be written, with the extension; the user has agreed to replace one that stands there. No folders can be
-    /// made. Returns at once.
+    /// A file to write, with the extension; the user has agreed to replace an existing one. No folders can be made.
+    /// Returns at once.
     virtual void save(QWidget *window, const Save &panel, Chosen chosen) = 0;
-    /// An existing file to be read. Returns at once.
+    /// An existing file to read. Returns at once.
     virtual void chooseFile(QWidget *window, const File &panel, Chosen chosen) = 0;
-    /// An existing folder, or a new one that is made. Returns at once.
+    /// An existing folder, or a new one, which is made. Returns at once.
     virtual void chooseFolder(QWidget *window, const Folder &panel, Chosen chosen) = 0;
+};
+
+/// The panels as file dialogs, each of which blocks its window.
+class BWDialogFilePanels : public BWFilePanels {
+public:
+    /// The path with that extension: unchanged if it has it, in upper or lower case; otherwise the extension replaces
+    /// that of another kind of picture, movie or archive, or is added.
+    static QString withExtension(const QString &path, const QString &extension);
+
+    void save(QWidget *window, const Save &panel, Chosen chosen) override;
+    void chooseFile(QWidget *window, const File &panel, Chosen chosen) override;
+    void chooseFolder(QWidget *window, const Folder &panel, Chosen chosen) override;
 };

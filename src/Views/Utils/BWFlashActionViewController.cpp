@@ -4,6 +4,7 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 
+#include <algorithm>
 #include <QEvent>
 #include <QPainter>
 #include <QStyle>
@@ -12,9 +13,62 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr std::chrono::nanoseconds period = 2 * BWOpacityAnimation::duration;
+// The frame rate of cameras: the image below is painted that often anyway.
+constexpr std::chrono::nanoseconds step = std::chrono::nanoseconds(std::chrono::seconds(1)) / 30;
+
 constexpr int topDistance = 11;
 
 } // namespace
+
+void BWOpacityAnimation::flashOnce(Motion motion)
+{
+    start(Repeat::Once, motion);
+}
+
+void BWOpacityAnimation::repeatFlash(Motion motion)
+{
+    start(Repeat::Forever, motion);
+}
+
+void BWOpacityAnimation::stop()
+{
+    m_repeat = Repeat::Never;
+}
+
+void BWOpacityAnimation::start(Repeat repeat, Motion motion)
+{
+    m_repeat = repeat;
+    m_motion = motion;
+    m_start = m_clock.now();
+}
+
+bool BWOpacityAnimation::isRunning() const
+{
+    return m_repeat == Repeat::Forever || (m_repeat == Repeat::Once && m_clock.now() - m_start < period);
+}
+
+double BWOpacityAnimation::opacity() const
+{
+    if (!isRunning())
+        return 0;
+    if (m_motion == Motion::Gentle)
+        return 1;
+    const std::chrono::duration<double> time = (m_clock.now() - m_start) % period;
+    const std::chrono::duration<double> way = duration;
+    return time <= way ? time / way : 2 - time / way;
+}
+
+std::optional<std::chrono::nanoseconds> BWOpacityAnimation::nextStep() const
+{
+    const bool moving = m_motion == Motion::Full;
+    if (!isRunning() || (!moving && m_repeat == Repeat::Forever))
+        return std::nullopt;
+    if (m_repeat == Repeat::Forever)
+        return step;
+    const std::chrono::nanoseconds left = m_start + period - m_clock.now();
+    return moving ? std::min(step, left) : left;
+}
 
 BWFlashActionViewController::BWFlashActionViewController(QWidget &content, int inset, BWLocalizationManager &texts,
                                                          BWClock &clock)
@@ -94,11 +148,11 @@ void BWFlashActionViewController::stopFlash()
 BWOpacityAnimation::Motion BWFlashActionViewController::motion() const
 {
     using Motion = BWOpacityAnimation::Motion;
-    // What desktops that let people switch animations off tell to Qt.
+    // Desktops where users can switch animations off report it to Qt as a duration of 0.
     return style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0 ? Motion::Full : Motion::Gentle;
 }
 
-/// Shows what is to be seen now, and comes again when that changes.
+/// Repaints, and schedules itself for the next change.
 void BWFlashActionViewController::nextStep()
 {
     cancelStep();
@@ -131,7 +185,7 @@ void BWFlashActionViewController::pictureChanged()
     m_steady = {};
     m_fading = {};
     setGeometry(0, 0, parentWidget()->width(), m_inset + topDistance + m_picture.size().height());
-    update(m_drawn.united(pillRect())); // no more: there is a live picture below
+    update(m_drawn.united(pillRect())); // no more than that: a live image is below
 }
 
 void BWFlashActionViewController::paintEvent(QPaintEvent *)

@@ -1,17 +1,53 @@
 #pragma once
 
-#include "Views/Utils/BWFlashPicture.h"
-#include "Views/Utils/BWOpacityAnimation.h"
+#include "BWACUDriver/DispatchAfterStrict.h"
+#include "Views/Utils/BWPillPainting.h"
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <QPixmap>
 #include <QString>
 #include <QWidget>
 
 class BWLocalizationManager;
 
-/// The view over the top of the live image that flashes "Snapshot saved" once, and "Recording..." as long as a
-/// recording runs, with steady details beside it. Takes neither mouse nor keyboard. GUI thread, except setAction().
+/// How something over the live image fades: in within half a second, out within another, once or until it is stopped.
+/// It only computes the opacity; whoever draws asks for it. GUI thread.
+class BWOpacityAnimation {
+public:
+    static constexpr std::chrono::milliseconds duration{500}; ///< in, or out
+
+    /// Gentle is for users who have switched animations off: fully opaque instead of fading.
+    enum class Motion { Full, Gentle };
+
+    explicit BWOpacityAnimation(BWClock &clock) : m_clock(clock) { }
+
+    /// These restart a running animation.
+    void flashOnce(Motion motion = Motion::Full);
+    void repeatFlash(Motion motion = Motion::Full);
+    void stop();
+
+    /// Becomes false when a single flash is over.
+    bool isRunning() const;
+    /// 0 (invisible) to 1; 0 when it does not run.
+    double opacity() const;
+    /// Time until the opacity changes; nothing if it stays as it is.
+    std::optional<std::chrono::nanoseconds> nextStep() const;
+
+private:
+    enum class Repeat { Never, Once, Forever };
+
+    void start(Repeat repeat, Motion motion);
+
+    BWClock &m_clock;
+    std::chrono::nanoseconds m_start{0};
+    Repeat m_repeat = Repeat::Never;
+    Motion m_motion = Motion::Full;
+};
+
+/// The view over the top of the live image that flashes "Snapshot saved" once, and "Recording..." while a recording
+/// runs, with steady details beside it. Ignores mouse and keyboard. GUI thread, except setAction().
 class BWFlashActionViewController : public QWidget {
     Q_OBJECT
 
@@ -22,14 +58,14 @@ public:
         RecordingStopped = 2,
     };
 
-    /// Lies over all that `content` holds, along its top edge; shows its captions below the topmost `inset` points.
+    /// Lies above the other children of `content`, along its top edge; captions start `inset` points below that edge.
     BWFlashActionViewController(QWidget &content, int inset, BWLocalizationManager &texts,
                                 BWClock &clock = BWClock::system());
     ~BWFlashActionViewController() override;
 
-    /// Done later on the GUI thread. Any thread.
+    /// Posted to the GUI thread. Any thread.
     void setAction(Action action);
-    /// What stands beside "Recording...", without blinking, until the next action.
+    /// The text beside "Recording...", which does not blink, until the next action.
     void setDetails(const QString &details);
 
     const QString &caption() const { return m_picture.caption(); }
@@ -61,9 +97,9 @@ private:
     const int m_inset;
     BWOpacityAnimation m_animation;
     BWFlashPicture m_picture;
-    QPixmap m_steady; // with a picture below that moves, both are painted many times a second
+    QPixmap m_steady; // cached: over a live image both are painted many times a second
     QPixmap m_fading;
-    QRect m_drawn; // the pill as it was painted last
+    QRect m_drawn; // where the pill was last painted
     DispatchAfterStrict::Handle m_step;
     std::shared_ptr<void> m_alive = std::make_shared<int>();
 };

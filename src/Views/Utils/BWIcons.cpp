@@ -1,16 +1,20 @@
 #include "Views/Utils/BWIcons.h"
 
 #include "Utils/BWLogging.h"
-#include "Views/Utils/BWSymbolicIconEngine.h"
 
 #include <QEvent>
 #include <QFile>
 #include <QGuiApplication>
+#include <QIconEngine>
+#include <QPainter>
 #include <QPalette>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
-// Resources inside a static library are dropped by the linker unless somebody asks for them; must be outside any scope.
+// The linker drops the resources of a static library unless they are asked for, outside of any namespace.
 static void initResources()
 {
     Q_INIT_RESOURCE(images);
@@ -24,8 +28,8 @@ void useOurResources()
     Q_UNUSED(once)
 }
 
-/// Breeze draws in one dark colour, Breeze Dark in one light colour: the one that can be read is chosen. A theme of
-/// another family that the desktop prescribes is left alone.
+/// Breeze draws in one dark colour, Breeze Dark in one light colour: picks the readable one. Leaves a theme of another
+/// family to the desktop.
 void chooseTheme()
 {
     const QString breeze = BWIcons::isDark(QGuiApplication::palette()) ? u"breeze-dark"_s : u"breeze"_s;
@@ -49,6 +53,83 @@ public:
     }
 };
 
+struct Colors {
+    QColor text;
+    QColor accent;
+};
+
+Colors colorsForMode(QIcon::Mode mode)
+{
+    const QPalette palette = QGuiApplication::palette();
+    switch (mode) {
+    case QIcon::Disabled: {
+        const QColor gray = palette.color(QPalette::Disabled, QPalette::WindowText);
+        return {gray, gray};
+    }
+    case QIcon::Selected: {
+        const QColor selected = palette.color(QPalette::Active, QPalette::HighlightedText);
+        return {selected, selected};
+    }
+    case QIcon::Normal:
+    case QIcon::Active:
+        break;
+    }
+    return {palette.color(QPalette::Active, QPalette::WindowText),
+            palette.color(QPalette::Active, QPalette::Highlight)};
+}
+
+/// Draws an SVG file in the colours of the application's palette: "currentColor" in the file becomes the text colour,
+/// "accentColor" the highlight colour. Renders at the exact size that is asked for, with the palette of that moment.
+class SymbolicIconEngine : public QIconEngine {
+public:
+    explicit SymbolicIconEngine(QString path) : m_path(std::move(path)) { }
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        const double ratio = painter->device()->devicePixelRatioF();
+        painter->drawPixmap(rect, pixmap((QSizeF(rect.size()) * ratio).toSize(), mode, state));
+    }
+
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State) override
+    {
+        const Colors colors = colorsForMode(mode);
+        const QString text = colors.text.name();
+        const QString accent = colors.accent.name();
+        const QString cacheKey = u"%1 %2x%3 %4 %5"_s.arg(m_path).arg(size.width()).arg(size.height()).arg(text, accent);
+        QPixmap pixmap;
+        if (QPixmapCache::find(cacheKey, &pixmap))
+            return pixmap;
+
+        QFile file(m_path);
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        const QByteArray svg =
+            file.readAll().replace("currentColor", text.toLatin1()).replace("accentColor", accent.toLatin1());
+        QSvgRenderer renderer(svg);
+        const QSize fitting = renderer.defaultSize().scaled(size, Qt::KeepAspectRatio);
+        pixmap = QPixmap(size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        renderer.render(
+            &painter,
+            QRectF(QPointF((size.width() - fitting.width()) / 2, (size.height() - fitting.height()) / 2), fitting));
+        painter.end();
+        QPixmapCache::insert(cacheKey, pixmap);
+        return pixmap;
+    }
+
+    QSize actualSize(const QSize &size, QIcon::Mode, QIcon::State) override { return size; }
+
+    QIconEngine *clone() const override { return new SymbolicIconEngine(m_path); }
+
+    QString key() const override { return u"BWSymbolicIconEngine"_s; }
+
+    bool isNull() override { return false; }
+
+private:
+    QString m_path;
+};
+
 } // namespace
 
 void BWIcons::install(QGuiApplication &application)
@@ -62,7 +143,7 @@ QIcon BWIcons::icon(const QString &name)
     useOurResources();
     const QString own = u":/brimwellpro/icons/%1.svg"_s.arg(name);
     if (QFile::exists(own))
-        return QIcon(new BWSymbolicIconEngine(own));
+        return QIcon(new SymbolicIconEngine(own));
     const QIcon themed = QIcon::fromTheme(name);
     if (themed.isNull())
         qCInfo(bwViews, "No icon named \"%ls\"; is an icon theme installed?", qUtf16Printable(name));
@@ -75,7 +156,7 @@ QIcon BWIcons::image(const QString &fileName)
     const QString path = u":/brimwellpro/images/"_s + fileName;
     QString sharper = path;
     sharper.insert(path.lastIndexOf(u'.'), u"@2x"_s);
-    // QIcon looks for the sharper file only if a screen needs it now, but a window can be moved to another screen
+    // QIcon looks for the sharper file only if a screen needs it now, but the window can move to another screen.
     QIcon icon(path);
     icon.addFile(sharper);
     return icon;

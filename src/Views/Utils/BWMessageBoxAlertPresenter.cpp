@@ -90,6 +90,6 @@ bool BWMessageBoxAlertPresenter::present(Kind kind, const QString &title, const 
         box.setEscapeButton(box.addButton(rejectText, QMessageBox::RejectRole));
     box.exec();
     if (parent)
-        parent->activateWindow(); // not every desktop gives the keyboard back to a window that is a panel of another
+        parent->activateWindow(); // not every desktop gives the keyboard back to a window that is another one's panel
     return box.clickedButton() == accept;
 }

@@ -8,11 +8,10 @@ class BWLocalizationManager;
 class QMessageBox;
 class QWidget;
 
-/// Shows alerts as message boxes over the active window, or over the window told when none of ours is active.
-/// GUI thread.
+/// Shows alerts as message boxes over the active window, or over the main window if none of ours is active. GUI thread.
 class BWMessageBoxAlertPresenter : public BWAlertPresenter {
 public:
-    /// `window` answers the main window, or null while there is none. The manager must outlive the presenter.
+    /// `window` returns the main window, or null while there is none. The manager must outlive the presenter.
     explicit BWMessageBoxAlertPresenter(BWLocalizationManager &manager, std::function<QWidget *()> window = {});
 
     void presentOK(const QString &title, const QString &message) override;
@@ -22,7 +21,7 @@ public:
     bool presentChoice(const QString &title, const QString &message, const QString &accept,
                        const QString &reject) override;
 
-    /// Gives a message box its two texts as all our alerts have them: the title in bold, both as plain text.
+    /// Sets the two texts in the style of all our alerts: the title bold, both plain text.
     static void setTexts(QMessageBox &box, const QString &title, const QString &message);
 
 private:

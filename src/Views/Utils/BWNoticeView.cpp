@@ -1,22 +1,60 @@
 #include "Views/Utils/BWNoticeView.h"
 
-#include "Views/Utils/BWHeadingFont.h"
 #include "Views/Utils/BWIcons.h"
-#include "Views/Utils/BWIconView.h"
 
 #include <algorithm>
 #include <QEvent>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <utility>
 
 namespace {
+
 constexpr int illustrationSize = 96;
 constexpr int outerMargin = 24;
 constexpr double headingScale = 1.4;
 constexpr double narrowestColumnInEms = 30;
+constexpr int iconSize = 64;
+constexpr int iconDistance = 20;
+constexpr int lineSpacing = 4;
+constexpr double titleScale = 1.4;
+
+/// Shows an icon at a fixed size, redrawn whenever the palette or the screen changes.
+class IconView : public QWidget {
+public:
+    IconView(const QIcon &icon, int size) : m_icon(icon) { setFixedSize(size, size); }
+
+    QSize sizeHint() const override { return minimumSize(); }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        m_icon.paint(&painter, rect());
+    }
+
+private:
+    QIcon m_icon;
+};
+
 } // namespace
+
+void makeBWTextCopyable(QLabel &label)
+{
+    label.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label.setFocusPolicy(Qt::StrongFocus);
+}
+
+QFont bwHeadingFont(const QFont &font, double scale)
+{
+    QFont heading = font;
+    if (heading.pointSizeF() > 0) // unknown if the font's size is given in pixels
+        heading.setPointSizeF(heading.pointSizeF() * scale);
+    heading.setWeight(QFont::Bold);
+    return heading;
+}
 
 BWNoticeView::BWNoticeView(const QString &illustrationName, QWidget *parent)
     : QWidget(parent),
@@ -35,8 +73,7 @@ BWNoticeView::BWNoticeView(const QString &illustrationName, QWidget *parent)
 
     auto *upper = new QHBoxLayout;
     upper->setSpacing(outerMargin);
-    upper->addWidget(new BWIconView(BWIcons::icon(illustrationName), {illustrationSize, illustrationSize}), 0,
-                     Qt::AlignTop);
+    upper->addWidget(new IconView(BWIcons::icon(illustrationName), illustrationSize), 0, Qt::AlignTop);
     upper->addLayout(m_column, 1);
 
     auto *layout = new QVBoxLayout(this);
@@ -88,7 +125,7 @@ QString BWNoticeView::explanation() const
 void BWNoticeView::addContent(QWidget *widget)
 {
     m_column->addWidget(widget);
-    m_heading->setBuddy(widget); // a pop-up has no other name to screen readers
+    m_heading->setBuddy(widget); // which names a pop-up for screen readers
     m_contents.append(widget);
 }
 
@@ -128,4 +165,37 @@ void BWNoticeView::showEvent(QShowEvent *event)
 {
     updateWidth();
     QWidget::showEvent(event);
+}
+
+BWProgramHead::BWProgramHead(const QString &title, QWidget *parent)
+    : QWidget(parent), m_title(new QLabel(title)), m_texts(new QVBoxLayout)
+{
+    m_title->setTextFormat(Qt::PlainText);
+    m_texts->setSpacing(lineSpacing);
+    m_texts->addStretch();
+    m_texts->addWidget(m_title);
+    m_texts->addStretch();
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(iconDistance);
+    row->addWidget(new IconView(BWIcons::applicationIcon(), iconSize), 0, Qt::AlignVCenter);
+    row->addLayout(m_texts, 1);
+    updateFonts();
+}
+
+void BWProgramHead::addLine(QLabel *line)
+{
+    m_texts->insertWidget(m_texts->count() - 1, line); // above the stretch
+}
+
+void BWProgramHead::updateFonts()
+{
+    m_title->setFont(bwHeadingFont(font(), titleScale));
+}
+
+void BWProgramHead::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        updateFonts();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QList>
 #include <QWidget>
 
@@ -8,8 +9,15 @@ class QLabel;
 class QPushButton;
 class QVBoxLayout;
 
-/// The inside of a small window that tells the user one thing: an illustration on the left; a heading, an explanation
-/// and whatever else there is to show on the right; buttons at the bottom right. GUI thread.
+/// Lets the user select and copy the text of a label, with the mouse and, as it joins the Tab order, with the keyboard.
+void makeBWTextCopyable(QLabel &label);
+
+/// The font of a heading above texts in that font, larger by that factor. Bold, because Japanese fonts seldom have a
+/// weight in between.
+QFont bwHeadingFont(const QFont &font, double scale);
+
+/// The content of a small window with one message for the user: an illustration on the left; a heading, an explanation
+/// and other content on the right; buttons at the bottom right. GUI thread.
 class BWNoticeView : public QWidget {
     Q_OBJECT
 
@@ -20,14 +28,14 @@ public:
     void setExplanation(const QString &explanation);
     QString explanation() const;
 
-    /// What stands above the explanation of an obstacle.
+    /// The heading above the explanation of an obstacle.
     void setObstacleHeading(const QString &heading);
-    /// Shows the explanation of an obstacle in place of the usual heading and explanation; null: shows those again.
+    /// Shows the explanation of an obstacle in place of the usual heading and explanation; null shows those again.
     void setObstacle(const QString &explanation);
 
     /// Adds something below the explanation.
     void addContent(QWidget *widget);
-    /// Makes the texts at least as wide as that. To be called when it needs more room than before.
+    /// Makes the texts at least as wide as the content. Call it when the content needs more room than before.
     void updateWidth();
     /// Adds a button to the right of those already there.
     QPushButton *addButton();
@@ -52,4 +60,25 @@ private:
     QVBoxLayout *m_column;
     QHBoxLayout *m_buttons;
     QList<QWidget *> m_contents;
+};
+
+/// The head of a window about the program itself: the program's icon, a large title and lines of text below it. GUI
+/// thread.
+class BWProgramHead : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BWProgramHead(const QString &title, QWidget *parent = nullptr);
+
+    /// Adds a line below the others. The head owns it.
+    void addLine(QLabel *line);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void updateFonts();
+
+    QLabel *m_title;
+    QVBoxLayout *m_texts;
 };

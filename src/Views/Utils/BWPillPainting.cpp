@@ -1,7 +1,20 @@
 #include "Views/Utils/BWPillPainting.h"
 
 #include <algorithm>
+#include <QFontMetrics>
 #include <QPainter>
+#include <QPen>
+
+namespace {
+
+constexpr int sidePadding = 17;
+constexpr int endPadding = 6;
+constexpr int signGap = 9;
+constexpr int detailsGap = 16;
+constexpr double enlarged = 1.1; // read at a glance, from the corner of the eye
+constexpr QColor recordColor(255, 82, 82);
+
+} // namespace
 
 void drawBWPill(QPainter &painter, const QRectF &rect)
 {
@@ -11,5 +24,109 @@ void drawBWPill(QPainter &painter, const QRectF &rect)
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(24, 24, 26, 205));
     painter.drawRoundedRect(rect, radius, radius);
+    painter.restore();
+}
+
+void BWFlashPicture::setCaption(Sign sign, const QString &caption)
+{
+    m_sign = sign;
+    m_caption = caption;
+    m_details.clear();
+    m_detailsWidth = 0;
+}
+
+void BWFlashPicture::setDetails(const QString &details)
+{
+    m_details = details;
+    m_detailsWidth = std::max(m_detailsWidth, QFontMetrics(m_detailsFont).horizontalAdvance(details));
+}
+
+void BWFlashPicture::setFont(const QFont &font)
+{
+    m_detailsFont = font;
+    m_detailsFont.setPointSizeF(font.pointSizeF() * enlarged);
+    m_captionFont = m_detailsFont;
+    m_captionFont.setWeight(QFont::Bold);
+    m_detailsWidth = 0;
+    setDetails(m_details);
+}
+
+int BWFlashPicture::signWidth() const
+{
+    return QFontMetrics(m_captionFont).ascent() * 3 / 4;
+}
+
+int BWFlashPicture::captionEnd() const
+{
+    return sidePadding + signWidth() + signGap + QFontMetrics(m_captionFont).horizontalAdvance(m_caption);
+}
+
+QSize BWFlashPicture::size() const
+{
+    const int details = m_details.isEmpty() ? 0 : detailsGap + m_detailsWidth;
+    const int height = std::max(QFontMetrics(m_captionFont).height(), QFontMetrics(m_detailsFont).height());
+    return {captionEnd() + details + sidePadding, height + 2 * endPadding};
+}
+
+QRect BWFlashPicture::fadingRect() const
+{
+    const QSize whole = size();
+    return m_sign == Sign::Check ? QRect(QPoint(), whole) : QRect(0, 0, captionEnd() + 1, whole.height());
+}
+
+QPixmap BWFlashPicture::emptyPixmap(double ratio) const
+{
+    QPixmap pixmap((QSizeF(size()) * ratio).toSize());
+    pixmap.setDevicePixelRatio(ratio);
+    pixmap.fill(Qt::transparent);
+    return pixmap;
+}
+
+QPixmap BWFlashPicture::steadyPart(double ratio) const
+{
+    QPixmap pixmap = emptyPixmap(ratio);
+    if (m_sign == Sign::Check)
+        return pixmap;
+    QPainter painter(&pixmap);
+    const QSize whole = size();
+    drawBWPill(painter, QRect(QPoint(), whole));
+    painter.setFont(m_detailsFont);
+    painter.setPen(bwPillTextColor);
+    painter.drawText(QRect(captionEnd() + detailsGap, 0, m_detailsWidth, whole.height()), Qt::AlignVCenter, m_details);
+    return pixmap;
+}
+
+QPixmap BWFlashPicture::fadingPart(double ratio) const
+{
+    QPixmap pixmap = emptyPixmap(ratio);
+    QPainter painter(&pixmap);
+    const QSize whole = size();
+    if (m_sign == Sign::Check)
+        drawBWPill(painter, QRect(QPoint(), whole));
+    drawSign(painter);
+    painter.setFont(m_captionFont);
+    painter.setPen(bwPillTextColor);
+    const int left = sidePadding + signWidth() + signGap;
+    painter.drawText(QRect(left, 0, whole.width() - left, whole.height()), Qt::AlignVCenter, m_caption);
+    return pixmap;
+}
+
+void BWFlashPicture::drawSign(QPainter &painter) const
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double side = signWidth();
+    const QRectF box(sidePadding, (size().height() - side) / 2, side, side);
+    if (m_sign == Sign::Record) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(recordColor);
+        painter.drawEllipse(box);
+    } else {
+        painter.setPen(QPen(bwPillTextColor, std::max(1.5, side / 6), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        const auto at = [&box](double x, double y) {
+            return box.topLeft() + QPointF(x * box.width(), y * box.height());
+        };
+        painter.drawPolyline(QPolygonF{at(0.08, 0.55), at(0.36, 0.84), at(0.94, 0.18)});
+    }
     painter.restore();
 }

@@ -1,13 +1,58 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
+#include <QPixmap>
+#include <QRect>
 #include <QRectF>
+#include <QString>
 
 class QPainter;
 
-/// The ground of a text that lies over the live image: the same in light and dark palettes, because what lies behind
-/// is the picture, not the window. GUI thread.
+/// Draws the background of a text over the live image: the same in light and dark palettes, because it lies over the
+/// picture, not the window. GUI thread.
 void drawBWPill(QPainter &painter, const QRectF &rect);
 
 /// The colour of texts on it.
 inline constexpr QColor bwPillTextColor(245, 245, 245);
+
+/// The flash over the live image as pictures: a sign and a caption on a pill, and details beside them. It comes in two
+/// parts, of which only one fades.
+class BWFlashPicture {
+public:
+    enum class Sign {
+        Check, ///< the pill fades with its caption
+        Record, ///< the pill and its details stay, the caption blinks
+    };
+
+    /// Clears the details.
+    void setCaption(Sign sign, const QString &caption);
+    /// The pill grows with its details but does not shrink, so that constant changes do not make it jitter.
+    void setDetails(const QString &details);
+    void setFont(const QFont &font);
+
+    Sign sign() const { return m_sign; }
+    const QString &caption() const { return m_caption; }
+    const QString &details() const { return m_details; }
+
+    QSize size() const;
+    /// The area of the fading part, relative to the pill's corner.
+    QRect fadingRect() const;
+
+    /// Both as large as the pill, for a screen of that scale.
+    QPixmap steadyPart(double ratio) const;
+    QPixmap fadingPart(double ratio) const;
+
+private:
+    int signWidth() const;
+    int captionEnd() const;
+    void drawSign(QPainter &painter) const;
+    QPixmap emptyPixmap(double ratio) const;
+
+    Sign m_sign = Sign::Check;
+    QString m_caption;
+    QString m_details;
+    QFont m_captionFont;
+    QFont m_detailsFont;
+    int m_detailsWidth = 0;
+};

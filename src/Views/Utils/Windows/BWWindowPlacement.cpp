@@ -1,4 +1,4 @@
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <algorithm>
 #include <QGuiApplication>
@@ -19,13 +19,13 @@ QRect rightOf(const QRect &camera, QSize albums)
     return {QPoint(camera.right() + 1, camera.bottom() + 1 - albums.height()), albums};
 }
 
-/// How much of it, in points of its width.
+/// How much of the other window's title is covered, in points of its width.
 int hiddenTitle(const QRect &place, const QRect &other)
 {
     return std::max(0, (place & QRect(other.topLeft(), QSize(other.width(), titleHeight))).width());
 }
 
-/// The upper left corner matters most, for the title is there.
+/// The upper left corner matters most: the title is there.
 QRect movedInto(const QRect &room, const QRect &place)
 {
     QRect moved(place.topLeft(), place.size().boundedTo(room.size()));
@@ -46,7 +46,7 @@ BWWindowPlacement::BWWindowPlacement(QSize mainScreen, QList<QRect> rooms)
 BWWindowPlacement BWWindowPlacement::onScreens()
 {
     QList<QRect> rooms;
-    const QList<QScreen *> screens = QGuiApplication::screens(); // the main one is the first
+    const QList<QScreen *> screens = QGuiApplication::screens(); // the main one first
     for (const QScreen *screen : screens)
         rooms.append(screen->availableGeometry());
     return {screens.isEmpty() ? QSize() : screens.first()->size(), rooms};

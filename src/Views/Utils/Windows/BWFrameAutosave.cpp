@@ -1,7 +1,7 @@
-#include "Views/Utils/BWFrameAutosave.h"
+#include "Views/Utils/Windows/BWFrameAutosave.h"
 
 #include "Model/Settings/BWUserDefaults.h"
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What is stored in a Wayland session must not take the place of what is known elsewhere.
+/// A frame stored in a Wayland session has no position and must not replace one that has.
 QString key(const QString &name)
 {
     return (BWFrameAutosave::canPlaceWindows() ? u"bwp2x_frame_"_s : u"bwp2x_frame_wayland_"_s) + name;
@@ -24,7 +24,7 @@ BWFrameAutosave::BWFrameAutosave(QWidget &window, const QString &name, BWUserDef
 {
     m_isRemembered = window.restoreGeometry(QByteArray::fromBase64(defaults.string(m_key).toLatin1()));
     m_timer.setSingleShot(true);
-    m_timer.setInterval(500); // a window that is being dragged is stored once
+    m_timer.setInterval(500); // a window that is being dragged is stored only once
     connect(&m_timer, &QTimer::timeout, this, &BWFrameAutosave::store);
     window.installEventFilter(this);
 }
@@ -40,7 +40,7 @@ void BWFrameAutosave::forget()
 QMargins BWFrameAutosave::margins(const QWidget &window, const QWidget *similar)
 {
     for (const QWidget *known : {&window, similar}) {
-        if (!known || !known->isVisible() || known->isFullScreen()) // which has no frame
+        if (!known || !known->isVisible() || known->isFullScreen()) // a full-screen window has no frame
             continue;
         const QRect frame = known->frameGeometry();
         const QRect inside = known->geometry();
@@ -64,7 +64,7 @@ bool BWFrameAutosave::canPlaceWindows()
 bool BWFrameAutosave::eventFilter(QObject *watched, QEvent *event)
 {
     switch (event->type()) {
-    case QEvent::Show: // it may have been moved before
+    case QEvent::Show: // it may have been moved while hidden
     case QEvent::Move:
     case QEvent::Resize:
     case QEvent::WindowStateChange:

@@ -1,10 +1,12 @@
-#include "Views/Utils/BWUtilityPanel.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
-#include "Views/Utils/BWClosingKeys.h"
-#include "Views/Utils/BWFrameAutosave.h"
-#include "Views/Utils/BWWindowPlacement.h"
+#include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Views/Utils/Windows/BWFrameAutosave.h"
+#include "Views/Utils/Windows/BWWindowPlacement.h"
 
+#include <QKeyEvent>
 #include <QLayout>
+#include <QWidget>
 
 BWUtilityPanel::BWUtilityPanel(QWidget *cameraWindow) : QWidget(cameraWindow, Qt::Tool)
 {
@@ -34,7 +36,7 @@ void BWUtilityPanel::setVisible(bool visible)
     QWidget::setVisible(visible);
 }
 
-/// If its size changed only when it is shown, its place would be taken for that of the content.
+/// Before the panel is placed: if its size changed only when shown, its position would become that of the content.
 void BWUtilityPanel::fit()
 {
     const bool isFixed = layout() && layout()->sizeConstraint() == QLayout::SetFixedSize;
@@ -72,4 +74,33 @@ void BWUtilityPanel::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
     Q_EMIT visibilityChanged();
+}
+
+BWClosingKeys::BWClosingKeys(QWidget &window) : QObject(&window), m_window(window)
+{
+    window.installEventFilter(this);
+}
+
+// Not as shortcuts, which would take the keys from the controls.
+bool BWClosingKeys::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QObject::eventFilter(watched, event);
+    const auto &key = static_cast<const QKeyEvent &>(*event);
+    const bool closes = key.matches(QKeySequence::Cancel) || key.matches(QKeySequence::Close);
+    if (closes)
+        m_window.close();
+    return closes;
+}
+
+void placeBWToolWindow(QWidget &tool, const QWidget &mainWindow)
+{
+    constexpr int distance = 24;
+    constexpr int menuBar = 24; // approximate height
+    tool.adjustSize();
+    const QRect window = mainWindow.geometry();
+    QRect place(QPoint(), tool.size().grownBy(BWFrameAutosave::margins(tool, &mainWindow)));
+    place.moveTop(window.top() + menuBar + BWLiveViewGeometry::barHeight + distance);
+    place.moveRight(window.right() - distance);
+    tool.move(BWWindowPlacement::onScreens().fitted(place, mainWindow.frameGeometry()).topLeft());
 }

@@ -1,4 +1,4 @@
-#include "Views/Utils/BWAccessibleRoles.h"
+#include "Views/Utils/BWAccessibility.h"
 
 #include <array>
 #include <QAccessibleWidget>
@@ -11,7 +11,7 @@ struct ClassRole {
     QAccessible::Role role;
 };
 
-// Those that hold or paint something; what can be pressed is a button or the like and known as such.
+// Containers and widgets that paint; buttons and the like have their roles from Qt.
 constexpr std::array classRoles{
     ClassRole{"BWAnnouncement", QAccessible::Notification},
     ClassRole{"BWControlBar", QAccessible::ToolBar},
@@ -19,10 +19,10 @@ constexpr std::array classRoles{
     ClassRole{"BWFlashActionViewController", QAccessible::StaticText},
     ClassRole{"BWKeyCaps", QAccessible::StaticText},
     ClassRole{"BWStatusPill", QAccessible::Notification},
-    ClassRole{"QFrame", QAccessible::Separator}, // used itself only as a line
+    ClassRole{"QFrame", QAccessible::Separator}, // we use a plain QFrame only as a line
 };
 
-/// Asked for the class of a widget, then for each of its base classes.
+/// Qt calls this with the class of a widget, then with each of its base classes.
 QAccessibleInterface *accessibleWidget(const QString &className, QObject *object)
 {
     if (!object->isWidgetType() || className != QLatin1String(object->metaObject()->className()))
@@ -42,4 +42,26 @@ QAccessibleInterface *accessibleWidget(const QString &className, QObject *object
 void BWAccessibleRoles::install()
 {
     QAccessible::installFactory(&accessibleWidget);
+}
+
+BWAnnouncement::BWAnnouncement(QWidget *parent) : QLabel(parent)
+{
+    QSizePolicy policy = sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    setSizePolicy(policy);
+    hide();
+}
+
+void BWAnnouncement::announce(const QString &text)
+{
+    hide(); // screen readers read a notification out when it appears
+    setText(text);
+    setAccessibleName(text);
+    show();
+}
+
+void BWAnnouncement::clear()
+{
+    hide();
+    QLabel::clear();
 }

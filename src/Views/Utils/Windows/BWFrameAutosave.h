@@ -9,26 +9,26 @@
 class BWUserDefaults;
 class QWidget;
 
-/// The frame of a window, title bar included, remembered under a name: put back when this is made, and stored shortly
-/// after every change. Owned by the window.
+/// Remembers the frame of a window, title bar included, under a name: restores it in the constructor, and stores it
+/// shortly after every change. Owned by the window.
 class BWFrameAutosave : public QObject {
     Q_OBJECT
 
 public:
     BWFrameAutosave(QWidget &window, const QString &name, BWUserDefaults &defaults);
 
-    /// Without a remembered frame the window has to be put in its place when it is shown, in whatever run that is. Before
-    /// it is shown: what is set in its showEvent() is the place of the content.
+    /// Without a remembered frame the window must be placed when it is shown, whenever that is. It must be placed before
+    /// it is visible: a position set in its showEvent() would be that of the content.
     bool isRemembered() const { return m_isRemembered; }
-    /// Until the window is seen again.
+    /// Forgets the frame until the window is next shown.
     void forget();
 
-    /// What the window manager adds to a window. Until it has been shown, this is taken to be what it adds to `similar`,
-    /// or, without that, what is usual.
+    /// The frame that the window manager adds to a window. Until the window has been shown, this is the frame of
+    /// `similar`, or an assumed one.
     static QMargins margins(const QWidget &window, const QWidget *similar = nullptr);
-    /// Moves the window, and gives its content the rest of the frame.
+    /// Moves the window, and resizes its content to the frame without the margins.
     static void setFrame(QWidget &window, const QRect &frame, const QMargins &margins);
-    /// In a Wayland session no program knows or decides where its windows are.
+    /// False in a Wayland session, where a program neither knows nor decides where its windows are.
     static bool canPlaceWindows();
 
 protected:

@@ -1,4 +1,4 @@
-#include "Views/Utils/BWDialogFilePanels.h"
+#include "Views/Utils/BWFilePanels.h"
 
 #include "Utils/BWFilePath.h"
 
@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Qt's own dialog, which has room for the message, and which looks the same wherever the program runs.
+/// Qt's own dialog, which has room for the message and looks the same on every desktop.
 class Panel : public QFileDialog {
 public:
     Panel(QWidget *window, const QString &title, const QString &message, const QUrl &folder) : QFileDialog(window)
@@ -31,8 +31,8 @@ public:
         setWindowFlag(Qt::Sheet);
         setWindowModality(Qt::WindowModal);
         setWindowTitle(title);
-        resize(sizeHint().expandedTo({760, 480})); // dates and names are to be read
-        if (window) // not every desktop gives the keyboard back to a window that is a panel of another
+        resize(sizeHint().expandedTo({760, 480})); // so that dates and names can be read
+        if (window) // not every desktop gives the keyboard back to a window that is another one's panel
             connect(this, &QDialog::finished, window, &QWidget::activateWindow);
         setAccessibleDescription(message);
         auto *label = new QLabel(message);
@@ -46,7 +46,7 @@ public:
             details->header()->setSectionResizeMode(0, QHeaderView::Stretch);
         }
         if (auto *splitter = findChild<QSplitter *>(u"splitter"_s)) {
-            const int sidebar = fontMetrics().averageCharWidth() * 20; // names of places are to be read, too
+            const int sidebar = fontMetrics().averageCharWidth() * 20; // so that the names of places can be read
             splitter->setSizes({sidebar, width() - sidebar});
         }
         setSidebarUrls(places());
@@ -72,11 +72,11 @@ public:
         open();
     }
 
-    /// A folder of a name that is typed is made, where Qt's dialog would only say that it is not there.
+    /// Makes a folder whose name is typed, where Qt's dialog would only say that it does not exist.
     void makeFolders(std::function<bool(const QUrl &)> make)
     {
         m_make = std::move(make);
-        // After the dialog has looked for the folder itself.
+        // Runs after the dialog's own check for the folder.
         connect(m_name, &QLineEdit::textChanged, this, [this](const QString &name) {
             if (QPushButton *choose = findChild<QDialogButtonBox *>(u"buttonBox"_s)->button(QDialogButtonBox::Open))
                 choose->setEnabled(choose->isEnabled() || !name.trimmed().isEmpty());
@@ -84,7 +84,7 @@ public:
     }
 
 protected:
-    /// What the dialog itself would refuse, or ask about once more.
+    /// Accepts a path that the dialog itself would refuse, or ask about again.
     void choose(const QString &path)
     {
         Q_EMIT fileSelected(path);
@@ -94,7 +94,7 @@ protected:
     QLineEdit *const m_name = findChild<QLineEdit *>(u"fileNameEdit"_s);
 
 private:
-    /// The folder that was typed; null if it is there already, or nothing was typed.
+    /// The folder that was typed; null if it exists or nothing was typed.
     QString newFolder() const
     {
         const QString name = m_name->text().trimmed();
@@ -119,7 +119,7 @@ private:
     std::function<bool(const QUrl &)> m_make; ///< empty where no folders can be made
 };
 
-/// The name that is confirmed is the one that the file gets: it is shown, asked about and told, but it is made here.
+/// Adds the extension before the user confirms, so that the name shown is the one the file gets.
 class SavePanel : public Panel {
 public:
     SavePanel(QWidget *window, const BWFilePanels::Save &save)
@@ -134,18 +134,18 @@ public:
 
     void accept() override
     {
-        // The dialog itself takes quotes for the marks between several names.
+        // The dialog itself takes quotes for separators between several names.
         const QString typed =
             m_name->text().contains(u'"') ? directory().absoluteFilePath(m_name->text()) : selectedFiles().value(0);
         if (typed.isEmpty() || QFileInfo(typed).isDir())
-            return QFileDialog::accept(); // goes there
+            return QFileDialog::accept(); // enters the folder
         const QFileInfo file(BWDialogFilePanels::withExtension(typed, m_extension));
-        // Not by selectFile(), which leaves the field alone while it has the keyboard.
+        // Not by selectFile(), which does not change the field while it has the focus.
         const bool isHere = file.absolutePath() == directory().absolutePath();
         m_name->setText(isHere ? file.fileName() : file.absoluteFilePath());
         if (file.isDir())
             return QFileDialog::accept();
-        // Not left to the dialog, which does nothing at all where a name is too long.
+        // The dialog itself would do nothing at all if the name is too long.
         if (file.exists())
             askToReplace(file);
         else
@@ -155,7 +155,8 @@ public:
 private:
     void askToReplace(const QFileInfo &file)
     {
-        const QString question = tr("%1 already exists.\nDo you want to replace it?").arg(file.fileName()); // Qt's own
+        const QString question =
+            tr("%1 already exists.\nDo you want to replace it?").arg(file.fileName()); // translated by Qt
         auto *box =
             new QMessageBox(QMessageBox::Warning, windowTitle(), question, QMessageBox::Yes | QMessageBox::No, this);
         box->setAttribute(Qt::WA_DeleteOnClose);
@@ -177,7 +178,7 @@ private:
 
 QString BWDialogFilePanels::withExtension(const QString &path, const QString &extension)
 {
-    // Of pictures, movies and archives. Whatever else stands behind a dot belongs to the name: "Sample 12.3".
+    // Pictures, movies and archives. Anything else after a dot belongs to the name: "Sample 12.3".
     static const QStringList others{u"jpg"_s, u"jpeg"_s, u"jpe"_s,  u"jfif"_s, u"png"_s,  u"gif"_s,  u"bmp"_s,
                                     u"tif"_s, u"tiff"_s, u"webp"_s, u"heic"_s, u"heif"_s, u"mov"_s,  u"mp4"_s,
                                     u"m4v"_s, u"avi"_s,  u"mkv"_s,  u"webm"_s, u"mpg"_s,  u"mpeg"_s, u"wmv"_s,

@@ -1,0 +1,167 @@
+#include "Views/Utils/BWControls.h"
+
+#include "Utils/BWUIUtils.h"
+
+#include <QEvent>
+#include <QFontInfo>
+#include <QFontMetrics>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QStyleOptionButton>
+#include <QWidget>
+
+namespace {
+
+int flags(Qt::Alignment alignment)
+{
+    return static_cast<int>(alignment & Qt::AlignHorizontal_Mask) | Qt::AlignTop | Qt::TextWordWrap;
+}
+
+} // namespace
+
+BWFittingFont::BWFittingFont(QWidget *widget) : m_widget(widget), m_fullFont(widget->font()) { }
+
+QFont BWFittingFont::smallestFont() const
+{
+    QFont font = m_fullFont;
+    if (font.pointSizeF() > minimumSize)
+        font.setPointSizeF(minimumSize);
+    return font;
+}
+
+void BWFittingFont::fit(const QString &text, const QSizeF &bounds)
+{
+    QFont font = m_fullFont;
+    const double fullSize = QFontInfo(m_fullFont).pointSizeF(); // in whole pixels, so not quite the requested size
+    if (fullSize > minimumSize) {
+        const double fitting = BWUIUtils::fontToFit(m_fullFont, bounds, text, minimumSize).pointSizeF();
+        if (fitting < fullSize)
+            font.setPointSizeF(fitting);
+    }
+    const QScopedValueRollback guard(m_setting, true);
+    m_widget->setFont(font);
+}
+
+bool BWFittingFont::takeChangedFont()
+{
+    if (m_setting)
+        return false;
+    m_fullFont = m_widget->font();
+    return true;
+}
+
+BWResizingTextField::BWResizingTextField(QWidget *parent) : QLabel(parent), m_font(this) { }
+
+void BWResizingTextField::setStringValue(const QString &text)
+{
+    setText(text);
+    fit();
+}
+
+void BWResizingTextField::fit()
+{
+    // One smaller line is better than two half-clipped ones.
+    const bool wraps = contentsRect().height() >= 2 * QFontMetrics(m_font.fullFont()).lineSpacing();
+    m_font.fit(text(), QSizeF(contentsRect().width(), wraps ? contentsRect().height() : 1));
+    setWordWrap(wraps);
+}
+
+QSize BWResizingTextField::textSize(const QFont &font) const
+{
+    const QMargins margins = contentsMargins();
+    return QFontMetrics(font).size(0, text()).grownBy(margins) + QSize(2 * margin(), 2 * margin());
+}
+
+QSize BWResizingTextField::sizeHint() const
+{
+    return textSize(m_font.fullFont());
+}
+
+QSize BWResizingTextField::minimumSizeHint() const
+{
+    return textSize(m_font.smallestFont());
+}
+
+void BWResizingTextField::resizeEvent(QResizeEvent *event)
+{
+    QLabel::resizeEvent(event);
+    fit();
+}
+
+void BWResizingTextField::changeEvent(QEvent *event)
+{
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange && m_font.takeChangedFont())
+        fit();
+}
+
+BWResizingButton::BWResizingButton(QWidget *parent) : QPushButton(parent), m_font(this) { }
+
+void BWResizingButton::setTitle(const QString &title)
+{
+    setText(title);
+    fit();
+}
+
+void BWResizingButton::fit()
+{
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    QSizeF bounds = style()->subElementRect(QStyle::SE_PushButtonContents, &option, this).size();
+    bounds.setHeight(1); // a title does not wrap, however high the button is
+    m_font.fit(text(), bounds);
+}
+
+QSize BWResizingButton::buttonSize(const QFont &font) const
+{
+    // The style's own size, with the text measured in that font instead.
+    const QSize now = fontMetrics().size(Qt::TextShowMnemonic, text());
+    return QPushButton::sizeHint() - now + QFontMetrics(font).size(Qt::TextShowMnemonic, text());
+}
+
+QSize BWResizingButton::sizeHint() const
+{
+    return buttonSize(m_font.fullFont());
+}
+
+QSize BWResizingButton::minimumSizeHint() const
+{
+    return buttonSize(m_font.smallestFont());
+}
+
+void BWResizingButton::resizeEvent(QResizeEvent *event)
+{
+    QPushButton::resizeEvent(event);
+    fit();
+}
+
+void BWResizingButton::changeEvent(QEvent *event)
+{
+    QPushButton::changeEvent(event);
+    if (event->type() == QEvent::FontChange && m_font.takeChangedFont())
+        fit();
+}
+
+QRectF BWVerticallyCenteringTextFieldCell::titleRectForBounds(const QRectF &bounds, double textHeight)
+{
+    return {bounds.x(), bounds.y() + (bounds.height() - textHeight) * 0.5, bounds.width(), bounds.height()};
+}
+
+QRectF BWVerticallyCenteringTextFieldCell::titleRectForBounds(const QRectF &bounds) const
+{
+    const QRect room(0, 0, qRound(bounds.width()), QWIDGETSIZE_MAX);
+    return titleRectForBounds(bounds, fontMetrics().boundingRect(room, flags(alignment()), text()).height());
+}
+
+void BWVerticallyCenteringTextFieldCell::drawInterior(QPainter &painter, const QRectF &frame) const
+{
+    painter.setPen(palette().color(foregroundRole()));
+    painter.drawText(titleRectForBounds(frame), flags(alignment()) | Qt::TextDontClip, text());
+}
+
+void BWVerticallyCenteringTextFieldCell::paintEvent(QPaintEvent *event)
+{
+    QFrame::paintEvent(event);
+    QPainter painter(this);
+    drawInterior(painter, contentsRect());
+}

@@ -1,0 +1,69 @@
+#include "Views/Utils/BWLightTabView.h"
+
+#include "Views/Utils/BWIcons.h"
+
+#include <QPainter>
+#include <QStyleOptionTab>
+#include <QStylePainter>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double dotSize = 4;
+constexpr double dotDistance = 7;
+constexpr int dotRoom = 14; // for the dot on the left, and as much on the right, so that the text stays centred
+
+} // namespace
+
+BWLightTabItem::BWLightTabItem()
+    : m_greenImage(BWIcons::image(u"green_tab_002.png"_s)), m_grayImage(BWIcons::image(u"gray_tab_002.png"_s))
+{
+}
+
+QRectF BWLightTabItem::dotRect(const QRectF &labelRect)
+{
+    return {labelRect.x() - dotDistance, labelRect.y() + labelRect.height() * 0.5 - 1, dotSize, dotSize};
+}
+
+void BWLightTabItem::drawDot(QPainter &painter, const QRectF &labelRect, bool selected) const
+{
+    const QSize size(static_cast<int>(dotSize), static_cast<int>(dotSize));
+    const QPixmap pixmap = (selected ? m_greenImage : m_grayImage).pixmap(size, painter.device()->devicePixelRatioF());
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.drawPixmap(dotRect(labelRect), pixmap, QRectF(pixmap.rect()));
+}
+
+QSize BWLightTabBar::tabSizeHint(int index) const
+{
+    return QTabBar::tabSizeHint(index) + QSize(dotRoom, 0);
+}
+
+QRectF BWLightTabBar::labelRect(int index) const
+{
+    QStyleOptionTab option;
+    initStyleOption(&option, index);
+    const QRect area = style()->subElementRect(QStyle::SE_TabBarTabText, &option, this);
+    const QSize text = option.fontMetrics.size(Qt::TextShowMnemonic, option.text);
+    return QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, text, area);
+}
+
+void BWLightTabBar::drawTab(QPainter &painter, int index) const
+{
+    QStyleOptionTab option;
+    initStyleOption(&option, index);
+    style()->drawControl(QStyle::CE_TabBarTab, &option, &painter, this);
+    m_item.drawDot(painter, labelRect(index), index == currentIndex());
+}
+
+void BWLightTabBar::paintEvent(QPaintEvent *)
+{
+    QStylePainter painter(this);
+    // The selected tab comes last: styles let it overlap its neighbours.
+    for (int index = 0; index < count(); ++index) {
+        if (index != currentIndex())
+            drawTab(painter, index);
+    }
+    if (currentIndex() >= 0)
+        drawTab(painter, currentIndex());
+}
