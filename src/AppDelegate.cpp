@@ -93,7 +93,7 @@ void AppDelegate::checkCameraAccess()
         doFinishApplicationLaunch();
         return;
     case Status::NotDetermined:
-        m_options.authorization->requestAccess([this, alive = std::weak_ptr(m_alive)](bool granted) {
+        m_options.authorization->requestAccess([this, alive = m_alive.watch()](bool granted) {
             BWMainQueue::post(alive, [this, granted] {
                 if (granted)
                     doFinishApplicationLaunch();
@@ -183,7 +183,7 @@ void AppDelegate::prepareUI()
     // After a reset of the layout, which comes the same way: the window is then shown where it belongs at once.
     BWMainQueue::post(m_alive, [this] {
         m_window->show();
-        m_repository.albumManager().whenPrepared([this, alive = std::weak_ptr(m_alive)] {
+        m_repository.albumManager().whenPrepared([this, alive = m_alive.watch()] {
             if (!alive.expired())
                 m_captureRecovery->start(BWUIUtils::temporaryFolders());
         });

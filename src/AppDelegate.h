@@ -9,6 +9,7 @@
 #include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/Session/BWQuitting.h"
 #include "Model/Settings/BWConfigManagerListener.h"
+#include "Utils/BWMainQueue.h"
 #include "Views/Utils/BWFilePanels.h"
 
 #include <functional>
@@ -114,7 +115,7 @@ private:
     std::unique_ptr<BWCameraDetector> m_cameraDetector;
     std::unique_ptr<BWCameraSession> m_session;
     std::unique_ptr<BWSimulatedCamerasWindowController> m_simulatedCameras;
-    std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWAliveToken m_alive;
     BWAppTexts m_texts;
     double m_firstFrameMilliseconds = -1;
     bool m_toldNotStored = false;

@@ -3,54 +3,52 @@
 #include <deque>
 #include <mutex>
 #include <QCoreApplication>
+#include <QEvent>
 #include <utility>
 
 namespace {
 
-struct Work {
-    std::weak_ptr<void> owner;
-    std::function<void()> run;
-};
-
-/// Work crosses threads under a mutex of its own rather than inside Qt's events, so that the thread sanitizer, which
+/// Work crosses threads in a queue with a mutex of ours; Qt only wakes the event loop. So the thread sanitizer, which
 /// cannot look into Qt, sees who hands what to whom.
-class Waiting {
+class Queue : public QObject {
 public:
-    void add(Work work)
+    void add(std::weak_ptr<void> owner, std::function<void()> work)
     {
-        const std::lock_guard lock(m_mutex);
-        m_work.push_back(std::move(work));
+        {
+            const std::lock_guard lock(m_mutex);
+            m_work.push_back({std::move(owner), std::move(work)});
+        }
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
     }
 
-    Work takeFirst()
+protected:
+    /// One piece for each event: an alert that one of them shows must not hold up the next.
+    void customEvent(QEvent *) override
     {
-        const std::lock_guard lock(m_mutex);
-        if (m_work.empty())
-            return {};
-        Work first = std::move(m_work.front());
+        std::unique_lock lock(m_mutex);
+        const Work first = std::move(m_work.front());
         m_work.pop_front();
-        return first;
+        lock.unlock();
+        if (!first.owner.expired())
+            first.run();
     }
 
 private:
+    struct Work {
+        std::weak_ptr<void> owner;
+        std::function<void()> run;
+    };
+
     std::mutex m_mutex;
     std::deque<Work> m_work;
 };
 
-Waiting waiting;
+/// Belongs to the thread on which the program starts, and is never destroyed, as other threads may outlive main().
+Queue &queue = *new Queue;
 
 } // namespace
 
 void BWMainQueue::post(std::weak_ptr<void> owner, std::function<void()> work)
 {
-    waiting.add({std::move(owner), std::move(work)});
-    // One at a time: an alert shown by one piece of work must not hold up the next.
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(),
-        [] {
-            const Work first = waiting.takeFirst();
-            if (!first.owner.expired())
-                first.run();
-        },
-        Qt::QueuedConnection);
+    queue.add(std::move(owner), std::move(work));
 }

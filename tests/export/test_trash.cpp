@@ -131,7 +131,7 @@ private Q_SLOTS:
             if (!hangs)
                 seen->disk.set_value();
             {
-                BWPatientThread thread(hangs ? std::chrono::milliseconds(20) : std::chrono::minutes(1));
+                BWWorkerPool thread(1, hangs ? std::chrono::milliseconds(20) : std::chrono::minutes(1));
                 thread.run([seen] {
                     seen->disk.get_future().wait();
                     ++seen->done;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "Utils/BWWorkerPool.h"
+
 #include <memory>
 #include <QByteArray>
-#include <thread>
 
 class BWSoundPlayer;
 
@@ -22,5 +23,5 @@ public:
 
 private:
     std::shared_ptr<BWSoundPlayer> m_player; // shared with the thread
-    std::thread m_thread;
+    BWWorkerPool m_thread{1, std::chrono::milliseconds(300)}; // for a device to let go
 };

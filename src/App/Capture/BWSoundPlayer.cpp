@@ -39,12 +39,11 @@ void BWSoundPlayer::play()
     m_changed.notify_all();
 }
 
-bool BWSoundPlayer::end(std::chrono::milliseconds patience)
+void BWSoundPlayer::end()
 {
-    std::unique_lock lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_end = true;
     m_changed.notify_all();
-    return m_changed.wait_for(lock, patience, [this] { return m_ended; });
 }
 
 void BWSoundPlayer::run()
@@ -57,9 +56,6 @@ void BWSoundPlayer::run()
             playOnce();
     }
     m_sink.reset();
-    const std::lock_guard lock(m_mutex);
-    m_ended = true;
-    m_changed.notify_all();
 }
 
 /// Waits for a request that is not too late to be answered; false when the thread has to end.

@@ -25,8 +25,8 @@ public:
 
     /// Asks for the sound, from its beginning. Any thread; never waits for the device.
     void play();
-    /// Asks run() to return, and waits that long for it; true if it does. Any thread.
-    bool end(std::chrono::milliseconds patience);
+    /// Asks run() to return. Any thread.
+    void end();
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -43,7 +43,6 @@ private:
     std::condition_variable m_changed;
     std::optional<Clock::time_point> m_asked; // the newest request that was not looked at yet
     bool m_end = false;
-    bool m_ended = false;
 
     // From here on the own of the thread in run().
     QAudioDevice m_device; // the last one that was tried

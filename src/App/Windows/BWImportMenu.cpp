@@ -45,7 +45,7 @@ void BWImportMenu::read(const QUrl &url)
 {
     m_window.menu().importOldSettings->setEnabled(false); // until this one is read
     const QString path = url.toLocalFile();
-    m_reader.run([this, path, alive = std::weak_ptr(m_alive)] {
+    m_reader.run([this, path, alive = m_alive.watch()] {
         const BWOldSettingsFile file = BWOldSettingsFile::read(path);
         const QList<QUrl> folders = BWOldSettingsImporter::foldersThere(file.settings);
         BWMainQueue::post(alive, [this, alive, file, folders, name = BWImportTexts::nameOf(path)] {

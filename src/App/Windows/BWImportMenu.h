@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Utils/BWPatientThread.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
-#include <memory>
 #include <QObject>
 #include <QUrl>
 
@@ -32,6 +32,6 @@ private:
     BWRepository &m_repository;
     BWFilePanels &m_panels;
     std::function<void()> m_takenOver;
-    BWPatientThread m_reader;
-    std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWWorkerPool m_reader;
+    BWAliveToken m_alive;
 };

@@ -18,7 +18,7 @@ constexpr auto patienceWhenAbandoned = std::chrono::seconds(2);
 } // namespace
 
 BWAlbumIntake::BWAlbumIntake(CurrentAlbum currentAlbum, std::function<void()> contentsChanged)
-    : m_currentAlbum(std::move(currentAlbum)), m_contentsChanged(std::move(contentsChanged)), m_worker(patience)
+    : m_currentAlbum(std::move(currentAlbum)), m_contentsChanged(std::move(contentsChanged)), m_worker(1, patience)
 {
 }
 

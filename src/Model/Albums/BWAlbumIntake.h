@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Model/Albums/BWAlbum.h"
-#include "Utils/BWPatientThread.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <atomic>
 #include <deque>
@@ -42,7 +43,7 @@ public:
     void abandon();
 
     /// Gone with this object, for calls that are posted.
-    std::weak_ptr<void> alive() const { return m_alive; }
+    std::weak_ptr<void> alive() const { return m_alive.watch(); }
 
 private:
     struct Capture {
@@ -60,12 +61,12 @@ private:
 
     const CurrentAlbum m_currentAlbum;
     const std::function<void()> m_contentsChanged;
-    const std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWAliveToken m_alive;
     const std::shared_ptr<std::atomic<bool>> m_abandoned = std::make_shared<std::atomic<bool>>(false);
     std::atomic<int> m_open = 0; // captures that are not reported yet
     std::mutex m_mutex; // guards the captures
     std::deque<Capture> m_captures; // not begun
     bool m_held = false;
     std::vector<std::function<void()>> m_whenDone;
-    BWPatientThread m_worker; // last, so that it ends first
+    BWWorkerPool m_worker; // last, so that it ends first
 };

@@ -6,7 +6,7 @@
 #include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
-#include "Utils/BWPatientThread.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -134,7 +134,7 @@ struct BWAlbumManager::Private {
     ChangeCallback onAlbumsChanged;
     ChangeCallback onContentsChanged;
     BWTrash trash;
-    BWPatientThread disks{std::chrono::milliseconds(0)}; // what they have not answered by the end is of no use
+    BWWorkerPool disks{1, std::chrono::milliseconds(0)}; // what they have not answered by the end is of no use
     BWAlbumIntake intake; // last, so that it ends first
 };
 

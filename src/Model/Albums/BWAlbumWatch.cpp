@@ -10,7 +10,6 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -153,7 +152,7 @@ void BWAlbumWatch::Worker::run()
 BWAlbumWatch::BWAlbumWatch(const BWAlbum &album, std::function<void(const Report &)> tell)
     : m_worker(std::make_shared<Worker>(album, std::move(tell)))
 {
-    std::thread([worker = m_worker] { worker->run(); }).detach();
+    m_thread.run([worker = m_worker] { worker->run(); });
 }
 
 BWAlbumWatch::~BWAlbumWatch()

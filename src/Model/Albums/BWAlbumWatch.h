@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/Albums/BWAlbum.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
 #include <memory>
@@ -34,5 +35,6 @@ public:
 
 private:
     class Worker;
-    std::shared_ptr<Worker> m_worker;
+    std::shared_ptr<Worker> m_worker; // shared with its thread
+    BWWorkerPool m_thread{1, std::chrono::milliseconds(0)};
 };

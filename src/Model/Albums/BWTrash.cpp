@@ -10,13 +10,9 @@ bool BWTrash::moveToTrash(const QUrl &file, QString *error)
     return BWTrashedFile::moveToTrash(file, nullptr, error);
 }
 
-BWTrash::BWTrash() : m_alive(std::make_shared<int>()) { }
-
-BWTrash::~BWTrash() = default;
-
 void BWTrash::move(const QList<QUrl> &files, std::function<void(const Moved &)> finished)
 {
-    m_thread.run([this, owner = std::weak_ptr(m_alive), files, finished = std::move(finished)] {
+    m_thread.run([this, owner = m_alive.watch(), files, finished = std::move(finished)] {
         Moved result;
         QList<BWTrashedFile> moved;
         for (const QUrl &file : files) {
@@ -42,7 +38,7 @@ void BWTrash::move(const QList<QUrl> &files, std::function<void(const Moved &)> 
 
 void BWTrash::undo(std::function<void(const Restored &)> finished)
 {
-    m_thread.run([owner = std::weak_ptr(m_alive), files = std::exchange(m_last, {}), finished = std::move(finished)] {
+    m_thread.run([owner = m_alive.watch(), files = std::exchange(m_last, {}), finished = std::move(finished)] {
         Restored result;
         for (const BWTrashedFile &file : files) {
             QUrl now;

@@ -1,16 +1,16 @@
 #pragma once
 
 #include "Model/Albums/BWTrashedFile.h"
-#include "Utils/BWPatientThread.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
-#include <memory>
 #include <QList>
 #include <QString>
 #include <QUrl>
 
-/// The desktop's Trash. Moves files there while the program goes on, and puts those of the last time back. GUI thread
-/// only.
+/// The desktop's Trash. Moves files there while the program goes on, and puts the last ones back. At its end it still
+/// finishes the moves that were requested, within reason, but calls nothing any more. GUI thread only.
 class BWTrash {
 public:
     struct Failure {
@@ -33,10 +33,6 @@ public:
     /// Moves a file there. False, with the reason in `error`, when it stays where it is. Waits for the disk.
     static bool moveToTrash(const QUrl &file, QString *error = nullptr);
 
-    BWTrash();
-    /// Files that are waited for are still moved, within reason; nothing is called any more.
-    ~BWTrash();
-
     /// Moves files there; `finished` is called once, later, even for none. A file that stays is logged. What is asked
     /// for meanwhile comes afterwards, in order.
     void move(const QList<QUrl> &files, std::function<void(const Moved &result)> finished);
@@ -48,6 +44,6 @@ public:
 
 private:
     QList<BWTrashedFile> m_last;
-    std::shared_ptr<void> m_alive;
-    BWPatientThread m_thread;
+    BWAliveToken m_alive;
+    BWWorkerPool m_thread;
 };

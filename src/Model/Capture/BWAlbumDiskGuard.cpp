@@ -6,7 +6,6 @@
 #include "Utils/BWMainQueue.h"
 
 #include <sys/stat.h>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -34,8 +33,7 @@ BWAlbumDiskGuard::BWAlbumDiskGuard(const BWAlbumManager &albums, QUrl movie, std
       m_movie(std::move(movie)),
       m_onShort(std::move(onShort)),
       m_check(check ? std::move(check) : Check(&BWAlbumDiskGuard::isShort)),
-      m_clock(clock),
-      m_self(std::make_shared<BWAlbumDiskGuard *>(this))
+      m_clock(clock)
 {
     look();
 }
@@ -52,14 +50,10 @@ void BWAlbumDiskGuard::look()
     const BWAlbumPtr album = m_albums.currentAlbum();
     if (!album || std::exchange(m_looking, true))
         return;
-    // Nobody waits for this thread: a disk that hangs must not hold up the program's end either.
-    std::thread([check = m_check, movie = m_movie, folder = album->path(), self = std::weak_ptr(m_self)] {
+    m_disk.run([this, check = m_check, movie = m_movie, folder = album->path(), alive = m_alive.watch()] {
         const bool isShort = check(movie, folder);
-        BWMainQueue::post(self, [self, isShort] {
-            if (const auto guard = self.lock())
-                (*guard)->looked(isShort);
-        });
-    }).detach();
+        BWMainQueue::post(alive, [this, isShort] { looked(isShort); });
+    });
 }
 
 void BWAlbumDiskGuard::looked(bool isShort)

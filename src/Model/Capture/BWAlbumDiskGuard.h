@@ -1,9 +1,10 @@
 #pragma once
 
 #include "BWACUDriver/DispatchAfterStrict.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
-#include <memory>
 #include <QObject>
 #include <QUrl>
 
@@ -38,6 +39,7 @@ private:
     const Check m_check;
     BWClock &m_clock;
     DispatchAfterStrict::Handle m_next;
-    std::shared_ptr<BWAlbumDiskGuard *> m_self; // what the checks' answers hold weakly
     bool m_looking = false;
+    BWAliveToken m_alive;
+    BWWorkerPool m_disk{1, std::chrono::milliseconds(0)}; // one that hangs must not hold up the program's end either
 };

@@ -22,8 +22,6 @@ void report(const QUrl &target, const BWExportResult &failure)
 
 } // namespace
 
-BWFileExport::BWFileExport() : m_alive(std::make_shared<int>()) { }
-
 BWFileExport::~BWFileExport()
 {
     cancel();
@@ -33,7 +31,7 @@ bool BWFileExport::start(const QList<QUrl> &files, const QUrl &target, Finished 
 {
     if (isRunning() || files.isEmpty())
         return false;
-    const std::weak_ptr<void> owner = m_alive;
+    const std::weak_ptr<void> owner = m_alive.watch();
     m_finished = std::move(finished);
     m_watch = std::make_shared<BWExportWatch>([owner, progress = std::move(progress)](qint64 done, qint64 total) {
         if (progress)

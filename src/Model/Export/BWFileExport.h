@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Model/Export/BWExportResult.h"
-#include "Utils/BWPatientThread.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
 #include <memory>
@@ -17,7 +18,7 @@ public:
     using Progress = std::function<void(qint64 done, qint64 total)>;
     using Finished = std::function<void(const BWExportResult &result)>;
 
-    BWFileExport();
+    BWFileExport() = default;
     /// Cancels what runs, without calling anything.
     ~BWFileExport();
 
@@ -33,6 +34,6 @@ private:
 
     std::shared_ptr<BWExportWatch> m_watch; // of the export that runs
     Finished m_finished;
-    std::shared_ptr<void> m_alive;
-    BWPatientThread m_thread;
+    BWAliveToken m_alive;
+    BWWorkerPool m_thread;
 };

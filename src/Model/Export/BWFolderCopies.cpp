@@ -20,20 +20,13 @@ void copyFile(const QUrl &file, const QUrl &target)
 
 } // namespace
 
-BWFolderCopies::BWFolderCopies()
-{
-    m_pool.setMaxThreadCount(2); // a disk is not faster with more
-}
-
-BWFolderCopies::~BWFolderCopies() = default;
-
 QStringList BWFolderCopies::copy(const QList<QUrl> &files, const QUrl &folder)
 {
     QStringList names;
     for (const QUrl &file : files) {
         const QByteArray name = BWFilePath::lastComponent(file);
         names.append(QFile::decodeName(name));
-        m_pool.start([file, target = BWFilePath::entry(folder, name)] { copyFile(file, target); });
+        m_pool.run([file, target = BWFilePath::entry(folder, name)] { copyFile(file, target); });
     }
     return names;
 }

@@ -6,6 +6,7 @@
 #include "Model/Export/BWPartFile.h"
 #include "Model/Export/BWZipWriter.h"
 #include "Utils/BWFilePath.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <algorithm>
 #include <atomic>
@@ -15,7 +16,6 @@
 #include <memory>
 #include <optional>
 #include <QThread>
-#include <QThreadPool>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <zlib.h>
@@ -52,15 +52,8 @@ bool contains(const QList<QUrl> &files, const QUrl &target)
 /// The blocks of all files in a row: compressed ahead by the pool, written in order by the thread that calls.
 class Packer {
 public:
-    Packer(BWPartFile &part, BWExportWatch &watch) : m_part(part), m_writer(part), m_watch(watch)
-    {
-        m_pool.setMaxThreadCount(std::clamp(QThread::idealThreadCount(), 1, mostThreads));
-    }
-    ~Packer()
-    {
-        m_stopped = true; // what has not begun is not worth beginning
-        m_pool.waitForDone();
-    }
+    Packer(BWPartFile &part, BWExportWatch &watch) : m_part(part), m_writer(part), m_watch(watch) { }
+    ~Packer() { m_stopped = true; } // blocks that are not begun are not worth beginning
 
     Failure run(const QList<QUrl> &files)
     {
@@ -101,7 +94,7 @@ private:
             enqueue(source, offset);
             offset += BWBlockDeflater::blockSize;
             // Twice as many as threads, so that none runs out of work while a block is being written.
-            while (m_blocks.size() > 2 * static_cast<std::size_t>(m_pool.maxThreadCount())) {
+            while (m_blocks.size() > 2 * static_cast<std::size_t>(m_threads)) {
                 if (Failure failure = writeFirst())
                     return failure;
             }
@@ -116,7 +109,7 @@ private:
             return m_stopped ? BWDeflatedBlock() : BWBlockDeflater::deflate(*source, offset);
         });
         m_blocks.push_back({source, offset, task->get_future()});
-        m_pool.start([task] { (*task)(); });
+        m_pool.run([task] { (*task)(); });
     }
 
     Failure writeFirst()
@@ -156,7 +149,8 @@ private:
     std::deque<Block> m_blocks;
     quint32 m_checksum = 0; // of the entry so far
     std::atomic<bool> m_stopped = false;
-    QThreadPool m_pool;
+    const int m_threads = std::clamp(QThread::idealThreadCount(), 1, mostThreads);
+    BWWorkerPool m_pool{m_threads, BWWorkerPool::untilDone}; // last, so that it ends first
 };
 
 } // namespace

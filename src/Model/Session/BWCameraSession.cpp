@@ -5,7 +5,6 @@
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 
-#include <QThreadPool>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -58,18 +57,6 @@ bool mayFollow(BWCameraSession::State from, BWCameraSession::State to)
     return false;
 }
 
-/// Lets go of a camera where nobody minds waiting for its thread.
-void takeDown(BWCameraPtr &&camera)
-{
-    QThreadPool::globalInstance()->start([held = std::move(camera)]() mutable { held.reset(); });
-}
-
-/// A movie becomes whole even if its camera hangs, and cannot end it.
-void endMovie(const BWCameraPtr &camera)
-{
-    QThreadPool::globalInstance()->start([camera] { camera->stopRecording(); });
-}
-
 /// The largest of the camera's sizes that is smaller than the one it failed to start with.
 std::optional<BWResolution> smallerResolution(const BWCamera &camera)
 {
@@ -103,9 +90,21 @@ void BWCameraSession::setState(State state)
     m_state = state;
 }
 
+/// Lets go of a camera where nobody minds waiting for its thread.
+void BWCameraSession::takeDown(BWCameraPtr &&camera)
+{
+    m_cameraEnds.run([held = std::move(camera)]() mutable { held.reset(); });
+}
+
+/// A movie becomes whole even if its camera hangs, and cannot end it.
+void BWCameraSession::endMovie()
+{
+    m_cameraEnds.run([camera = m_currentCamera] { camera->stopRecording(); });
+}
+
 BWCamera::Completion BWCameraSession::then(std::function<void()> work)
 {
-    return [this, token = m_token, alive = std::weak_ptr(m_alive), work = std::move(work)] {
+    return [this, token = m_token, alive = m_alive.watch(), work = std::move(work)] {
         // On the camera's thread, where this object may be gone already: only the GUI thread looks at it.
         BWMainQueue::post(alive, [this, token, work] {
             if (token == m_token)
@@ -213,7 +212,7 @@ void BWCameraSession::giveUpStopLater(double seconds, int round)
         constexpr int longestMovie = 24; // rounds of the patience for a camera: two minutes
         if (m_currentCamera->recording() && round < longestMovie) {
             if (round == 0)
-                endMovie(m_currentCamera);
+                endMovie();
             giveUpStopLater(stopPatience, round + 1);
             return;
         }
@@ -370,13 +369,12 @@ void BWCameraSession::requestQuit(const std::function<void()> &askAgain)
 
 void BWCameraSession::watchStream(BWCamera &camera)
 {
-    camera.setOnCameraStreamProblem(
-        [this, alive = std::weak_ptr(m_alive)](BWCamera &source, const BWStartProblem &problem) {
-            BWMainQueue::post(alive, [this, camera = &source, problem] {
-                if (m_currentCamera.get() == camera && m_state == State::Streaming)
-                    setProblem(problem);
-            });
+    camera.setOnCameraStreamProblem([this, alive = m_alive.watch()](BWCamera &source, const BWStartProblem &problem) {
+        BWMainQueue::post(alive, [this, camera = &source, problem] {
+            if (m_currentCamera.get() == camera && m_state == State::Streaming)
+                setProblem(problem);
         });
+    });
 }
 
 void BWCameraSession::setProblem(const BWStartProblem &problem)
@@ -441,7 +439,7 @@ void BWCameraSession::stopForQuit(std::function<void()> done)
         return;
     }
     if (m_currentCamera->recording())
-        endMovie(m_currentCamera);
+        endMovie();
     m_currentCamera->stopWithCompletion(then(std::move(done)));
 }
 

@@ -3,6 +3,8 @@
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Session/BWCameraSessionUi.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
 #include <memory>
@@ -91,6 +93,8 @@ private:
     void stopCurrentCamera(State state);
     void giveUpStopLater(double seconds, int round = 0);
     void continueAfterStop();
+    void takeDown(BWCameraPtr &&camera);
+    void endMovie();
     void openNoCameraSheet();
     /// Runs the work after that time, unless by then something else was begun.
     void later(double seconds, std::function<void()> work);
@@ -114,5 +118,6 @@ private:
     BWStartProblem m_problem;
     std::optional<BWCameraSessionUi::StartQuestion> m_question; // while it is open
     int m_token = 0; // counts the starts and stops; answers that carry an old one are stale
-    std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWAliveToken m_alive;
+    BWWorkerPool m_cameraEnds{4, BWWorkerPool::untilDone}; // a camera that hangs takes seconds
 };

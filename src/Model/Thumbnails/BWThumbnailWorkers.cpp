@@ -23,14 +23,12 @@ struct BWThumbnailWorkers::State {
     Work work;
     mutable std::mutex mutex;
     std::condition_variable wake;
-    std::condition_variable ended;
     std::deque<BWThumbnailRequest> requests;
     std::list<Task> tasks;
     std::vector<BWThumbnailResult> results;
     std::deque<BWThumbnailResult> unstored;
     qsizetype unstoredBytes = 0; ///< of their images
     int storing = 0;
-    int workers = 0;
     bool told = false;
     bool quit = false;
 
@@ -44,7 +42,7 @@ namespace {
 
 constexpr int lowPriority = 10; // nice value: live image and recording come first
 constexpr qsizetype mostUnstored = 32 * 1024 * 1024; // bytes
-constexpr std::size_t mostHanging = 8;
+constexpr int mostHanging = 8;
 constexpr std::chrono::milliseconds patienceAtEnd(500);
 
 int processors()
@@ -99,19 +97,27 @@ void BWThumbnailWorkers::State::storeResult(std::unique_lock<std::mutex> &lock)
 }
 
 BWThumbnailWorkers::BWThumbnailWorkers(Work work, int threads, std::chrono::milliseconds patience)
-    : m_state(std::make_shared<State>()), m_threads(threads > 0 ? threads : processors()), m_patience(patience)
+    : m_state(std::make_shared<State>()),
+      m_threads(threads > 0 ? threads : processors()),
+      m_patience(patience),
+      m_pool(m_threads + mostHanging, patienceAtEnd)
 {
     m_state->work = std::move(work);
 }
 
 BWThumbnailWorkers::~BWThumbnailWorkers()
 {
-    std::unique_lock lock(m_state->mutex);
-    m_state->quit = true;
-    m_state->requests.clear();
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->quit = true;
+        m_state->requests.clear();
+    }
     m_state->wake.notify_all();
-    if (!m_state->ended.wait_for(lock, patienceAtEnd, [this] { return m_state->workers == 0; }))
-        qCWarning(bwModel, "Thumbnails: %d files do not answer and are left behind", m_state->workers);
+    if (m_pool.finish())
+        return;
+    const std::lock_guard lock(m_state->mutex);
+    qCWarning(bwModel, "Thumbnails: %d files do not answer and are left behind",
+              static_cast<int>(m_state->tasks.size()) + m_state->storing);
 }
 
 void BWThumbnailWorkers::request(const QList<BWThumbnailRequest> &inOrder)
@@ -149,9 +155,9 @@ void BWThumbnailWorkers::addWorkers()
     const auto longAgo = Clock::now() - m_patience;
     const auto hanging = std::count_if(m_state->tasks.begin(), m_state->tasks.end(),
                                        [longAgo](const State::Task &task) { return task.begun < longAgo; });
-    const int wanted = m_threads + static_cast<int>(std::min<std::size_t>(hanging, mostHanging));
-    for (; m_state->workers < wanted; ++m_state->workers)
-        std::thread(&BWThumbnailWorkers::run, m_state).detach();
+    const int wanted = m_threads + static_cast<int>(std::min<std::ptrdiff_t>(hanging, mostHanging));
+    for (; m_workers < wanted; ++m_workers)
+        m_pool.run([state = m_state] { run(state); });
 }
 
 void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
@@ -170,6 +176,4 @@ void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
         else
             state->carryOutRequest(lock, make);
     }
-    --state->workers;
-    state->ended.notify_all();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/Thumbnails/BWThumbnailRequest.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <chrono>
 #include <functional>
@@ -51,4 +52,6 @@ private:
     std::shared_ptr<State> m_state; // the workers' too: one that hangs may outlive us
     int m_threads;
     std::chrono::milliseconds m_patience;
+    int m_workers = 0;
+    BWWorkerPool m_pool;
 };

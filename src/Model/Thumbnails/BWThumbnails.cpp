@@ -68,12 +68,10 @@ BWThumbnailWorkers::Work workFor(const QByteArray &folder)
 BWThumbnails::BWThumbnails(Ready ready) : BWThumbnails(std::move(ready), Options()) { }
 
 BWThumbnails::BWThumbnails(Ready ready, const Options &options)
-    : m_ready(std::move(ready)), m_options(options), m_memory(options.memory), m_alive(std::make_shared<int>())
+    : m_ready(std::move(ready)), m_options(options), m_memory(options.memory)
 {
     BWThumbnailWorkers::Work work = workFor(options.sharedFolder);
-    work.resultsWaiting = [this, alive = std::weak_ptr(m_alive)] {
-        BWMainQueue::post(alive, [this] { takeResults(); });
-    };
+    work.resultsWaiting = [this, alive = m_alive.watch()] { BWMainQueue::post(alive, [this] { takeResults(); }); };
     m_workers = std::make_unique<BWThumbnailWorkers>(std::move(work), options.threads);
     m_nextLook.setSingleShot(true);
     m_nextLook.setInterval(options.lookAgainAfter + margin);

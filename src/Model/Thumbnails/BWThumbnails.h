@@ -2,6 +2,7 @@
 
 #include "Model/Thumbnails/BWThumbnailStore.h"
 #include "Model/Thumbnails/BWThumbnailWorkers.h"
+#include "Utils/BWMainQueue.h"
 
 #include <chrono>
 #include <functional>
@@ -58,6 +59,6 @@ private:
     QList<QUrl> m_wanted;
     QTimer m_nextLook; // at files that may still be written
     QCache<QUrl, Entry> m_memory;
-    std::shared_ptr<void> m_alive;
+    BWAliveToken m_alive;
     std::unique_ptr<BWThumbnailWorkers> m_workers;
 };

@@ -5,10 +5,10 @@
 #include "Model/Products/BWCameraProduct.h"
 #include "Model/Settings/BWConfigManagerListener.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Utils/BWMainQueue.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <functional>
-#include <memory>
 #include <QHash>
 #include <QList>
 
@@ -103,5 +103,5 @@ private:
     QHash<int, BWSettingViewController *> m_settingControllersBySetting;
     BWCameraProductPtr m_product;
     DispatchAfterStrict::Handle m_following; ///< while the window is to be seen
-    const std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWAliveToken m_alive;
 };

@@ -3,11 +3,11 @@
 #include "Model/Products/BWCameraProduct.h"
 #include "Model/Settings/BWConfigManagerListener.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Utils/BWMainQueue.h"
 #include "Views/Settings/BWCameraChoices.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <functional>
-#include <memory>
 
 class BWSettingsForm;
 class BWSettingsWindowControllerDelegate;
@@ -67,5 +67,5 @@ private:
     BWCameraChoices m_cameras;
     QString m_cameraIdentifier; // null without a camera
     QList<BWCameraProductPtr> m_products; // as the menu lists them
-    std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWAliveToken m_alive;
 };

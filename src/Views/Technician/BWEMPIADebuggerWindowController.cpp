@@ -145,7 +145,7 @@ void BWEMPIADebuggerWindowController::onReadRegisters()
         ended(m_noCameraText);
         return;
     }
-    begin([this, camera, list, alive = std::weak_ptr(m_alive)] {
+    begin([this, camera, list, alive = m_alive.watch()] {
         QString problem;
         for (const Row &row : list) {
             if (alive.expired())
@@ -187,7 +187,7 @@ void BWEMPIADebuggerWindowController::begin(std::function<QString()> access)
     m_busy = true;
     m_noticeLabel->setText(m_waitingText);
     updateButtons();
-    m_thread.run([this, alive = std::weak_ptr(m_alive), access = std::move(access)] {
+    m_thread.run([this, alive = m_alive.watch(), access = std::move(access)] {
         const QString problem = access();
         BWMainQueue::post(alive, [this, problem] { ended(problem); });
     });

@@ -2,7 +2,8 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
-#include "Utils/BWPatientThread.h"
+#include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
 #include <memory>
@@ -58,6 +59,6 @@ private:
     QString m_noCameraText;
     QString m_waitingText;
     bool m_busy = false;
-    std::shared_ptr<void> m_alive = std::make_shared<int>();
-    BWPatientThread m_thread{std::chrono::milliseconds(200)};
+    BWAliveToken m_alive;
+    BWWorkerPool m_thread{1, std::chrono::milliseconds(200)};
 };

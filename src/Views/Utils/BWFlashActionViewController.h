@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/DispatchAfterStrict.h"
+#include "Utils/BWMainQueue.h"
 #include "Views/Utils/BWPillPainting.h"
 
 #include <chrono>
@@ -101,5 +102,5 @@ private:
     QPixmap m_fading;
     QRect m_drawn; // where the pill was last painted
     DispatchAfterStrict::Handle m_step;
-    std::shared_ptr<void> m_alive = std::make_shared<int>();
+    BWAliveToken m_alive;
 };
