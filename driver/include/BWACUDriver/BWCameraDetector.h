@@ -43,10 +43,12 @@ public:
     /// Attached devices that would be supported, if they could be opened.
     QList<BWBlockedCamera> blockedCameras() const;
 
+protected:
+    /// Delivers the next event of the inbox.
+    void customEvent(QEvent *) override;
+
 private:
     class Inbox;
-
-    void deliverNext();
 
     QList<BWCameraDescriptionPtr> m_descriptions;
     std::vector<std::unique_ptr<BWCameraBackend>> m_backends;

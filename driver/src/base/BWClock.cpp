@@ -1,28 +1,74 @@
 #include "BWACUDriver/BWClock.h"
 
 #include <algorithm>
-#include <QObject>
+#include <mutex>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QThread>
 #include <QTimer>
 #include <utility>
 
 namespace {
 
+using Time = std::chrono::nanoseconds;
+
+Time currentTime()
+{
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
+
+/// On the queue's own thread, as a timer must be.
+void startTimer(QObject *queue, Time due, const BWClock::Callback &callback)
+{
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - currentTime());
+    QTimer::singleShot(std::max(left, std::chrono::milliseconds(0)), Qt::PreciseTimer, queue, callback);
+}
+
+/// A callback on its way to the thread of its queue. It crosses under a mutex of ours, as the thread sanitizer cannot
+/// look into Qt; the event only wakes that thread.
+class CrossThreadCall : public QObject {
+public:
+    static void post(QObject *queue, Time due, BWClock::Callback callback)
+    {
+        auto *call = new CrossThreadCall;
+        {
+            const std::lock_guard lock(mutex);
+            call->m_queue = queue;
+            call->m_due = due;
+            call->m_callback = std::move(callback);
+        }
+        call->moveToThread(queue->thread());
+        QCoreApplication::postEvent(call, new QEvent(QEvent::User));
+    }
+
+protected:
+    void customEvent(QEvent *) override
+    {
+        const std::lock_guard lock(mutex);
+        if (m_queue)
+            startTimer(m_queue, m_due, m_callback);
+        deleteLater();
+    }
+
+private:
+    static inline std::mutex mutex;
+
+    QPointer<QObject> m_queue;
+    Time m_due{0};
+    BWClock::Callback m_callback;
+};
+
 class BWSystemClock : public BWClock {
 public:
-    std::chrono::nanoseconds now() const override { return std::chrono::steady_clock::now().time_since_epoch(); }
+    Time now() const override { return currentTime(); }
 
-    void callAfter(std::chrono::nanoseconds delay, QObject *queue, Callback callback) override
+    void callAfter(Time delay, QObject *queue, Callback callback) override
     {
-        // Timers must be started on the queue's own thread; the time spent on the way there is part of the delay.
-        const auto arm = [this, queue, due = now() + delay, callback = std::move(callback)] {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - now());
-            QTimer::singleShot(std::max(left, std::chrono::milliseconds(0)), Qt::PreciseTimer, queue, callback);
-        };
+        const Time due = now() + delay; // the time spent on the way to the queue's thread is part of the delay
         if (queue->thread() == QThread::currentThread())
-            arm();
+            startTimer(queue, due, callback);
         else
-            QMetaObject::invokeMethod(queue, arm, Qt::QueuedConnection);
+            CrossThreadCall::post(queue, due, std::move(callback));
     }
 };
 

@@ -4,12 +4,14 @@
 #include "detection/BWDetectorInbox.h"
 
 #include <algorithm>
+#include <QCoreApplication>
+#include <QEvent>
 #include <utility>
 
 BWCameraDetector::BWCameraDetector(QList<BWCameraDescriptionPtr> descriptions,
                                    std::vector<std::unique_ptr<BWCameraBackend>> backends)
     : m_descriptions(std::move(descriptions)), m_backends(std::move(backends)), m_inbox(std::make_shared<Inbox>([this] {
-          QMetaObject::invokeMethod(this, &BWCameraDetector::deliverNext, Qt::QueuedConnection);
+          QCoreApplication::postEvent(this, new QEvent(QEvent::User)); // the device itself waits in the inbox
       }))
 {
 }
@@ -56,7 +58,7 @@ QList<BWBlockedCamera> BWCameraDetector::blockedCameras() const
     return blocked;
 }
 
-void BWCameraDetector::deliverNext()
+void BWCameraDetector::customEvent(QEvent *)
 {
     const std::optional<Inbox::Event> event = m_inbox->takeNext();
     if (!event)
