@@ -2,8 +2,7 @@
 
 add_library(bw_options INTERFACE)
 target_compile_options(bw_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
-target_compile_definitions(bw_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_DISABLE_DEPRECATED_BEFORE=0x060400
-                                                BW_VERSION="${PROJECT_VERSION}")
+target_compile_definitions(bw_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 if(BW_WERROR)
     target_compile_options(bw_options INTERFACE -Werror)
 endif()

@@ -24,6 +24,7 @@
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
+#include "Utils/BWVersion.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"

@@ -18,6 +18,7 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWUIUtils.h"
+#include "Utils/BWVersion.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"

@@ -1,6 +1,7 @@
 #include "../Rows.h"
 #include "AttachedCameras.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Utils/BWVersion.h"
 #include "Views/Help/BWHelpContact.h"
 #include "Views/Help/BWKeyCaps.h"
 #include "Views/Help/BWShortcutSection.h"

@@ -2,6 +2,7 @@
 #include "SmallDisk.h"
 #include "ThumbnailFixture.h"
 #include "Utils/BWFilePath.h"
+#include "Utils/BWVersion.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QPointer>
 #include <QThread>
 #include <QTimer>
 #include <utility>

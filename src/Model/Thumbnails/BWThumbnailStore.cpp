@@ -2,6 +2,7 @@
 
 #include "Model/Thumbnails/BWThumbnailPng.h"
 #include "Utils/BWLogging.h"
+#include "Utils/BWVersion.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,7 @@
 #include "Views/Help/BWAboutWindowController.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Utils/BWVersion.h"
 #include "Views/Utils/BWNoticeView.h"
 
 #include <algorithm>

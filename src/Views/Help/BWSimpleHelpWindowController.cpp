@@ -2,6 +2,7 @@
 
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
+#include "Utils/BWVersion.h"
 #include "Views/Help/BWShortcutTable.h"
 #include "Views/Help/BWSupportMail.h"
 #include "Views/Utils/BWIcons.h"
