@@ -19,7 +19,7 @@ Time currentTime()
 }
 
 /// On the queue's own thread, as a timer must be.
-void startTimer(QObject *queue, Time due, const BWClock::Callback &callback)
+void armTimer(QObject *queue, Time due, const BWClock::Callback &callback)
 {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - currentTime());
     QTimer::singleShot(std::max(left, std::chrono::milliseconds(0)), Qt::PreciseTimer, queue, callback);
@@ -47,7 +47,7 @@ protected:
     {
         const std::lock_guard lock(mutex);
         if (m_queue)
-            startTimer(m_queue, m_due, m_callback);
+            armTimer(m_queue, m_due, m_callback);
         deleteLater();
     }
 
@@ -67,7 +67,7 @@ public:
     {
         const Time due = now() + delay; // the time spent on the way to the queue's thread is part of the delay
         if (queue->thread() == QThread::currentThread())
-            startTimer(queue, due, callback);
+            armTimer(queue, due, callback);
         else
             CrossThreadCall::post(queue, due, std::move(callback));
     }
