@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <optional>
 #include <QString>
 
 /// Numeric camera-control codes. They are part of stored settings and must keep their numbers; 6 is not used.
@@ -35,13 +36,16 @@ public:
     double defaultValue() const { return m_default; }
 
     double value() const { return m_value.load(std::memory_order_relaxed); }
-    /// Only notes the value; BWCamera::setSetting() is what reaches the camera.
+    /// Only stores the value; BWCamera::setSetting() sends one to the camera.
     void setValue(double value) { m_value.store(value, std::memory_order_relaxed); }
 
     /// Stable text identifier of a control, such as "whiteBalance"; null for an unknown code.
     static QString stringForSettingIdentifier(int identifier);
     /// English display name of a control, such as "White balance"; null for an unknown code.
     static QString nameForSettingIdentifier(int identifier);
+
+    /// The code of the automatic mode that moves this control while it is on; nothing if there is none.
+    static std::optional<int> automaticModeFor(int identifier);
 
 private:
     int m_identifier;

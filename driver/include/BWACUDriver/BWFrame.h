@@ -31,6 +31,12 @@ struct BWPlane {
     int stride = 0;
 };
 
+/// The bytes of a plane that hold pixels: so many rows of so many bytes each. No rows: there is no such plane.
+struct BWPlaneSize {
+    int rowBytes = 0;
+    int rows = 0;
+};
+
 /// What a frame is made of. The pointers are valid for as long as a BWFrame that carries them exists.
 struct BWFrameInfo {
     BWPixelFormat pixelFormat = BWPixelFormat::None;
@@ -41,13 +47,18 @@ struct BWFrameInfo {
     BWColorRange range = BWColorRange::Limited;
     std::chrono::steady_clock::time_point timestamp; ///< when the first byte was captured
     uint64_t sequence = 0; ///< counts the device's frames since the stream started; a gap is a lost frame
+
+    /// Of a raw picture of this format and size; none for other formats.
+    std::array<BWPlaneSize, 3> planeSizes() const;
+    /// Whether it is a raw picture whose planes are all there and long enough.
+    bool isWholeRawPicture() const;
 };
 
 /// A reference-counted view of one of the driver's own buffers: no pixel is copied when a frame is passed on.
 ///
 /// Copies share the buffer; it goes back to the driver when the last holder lets go, on whatever thread that happens.
-/// A frame may be kept past the callback that delivered it, but a device has only a few buffers: whoever keeps
-/// several at once starves the stream. Immutable, hence safe to read from any number of threads.
+/// A frame may be kept past the callback that delivered it, but a device has only a few buffers: keeping several at
+/// once starves the stream. Immutable, hence safe to read from any number of threads.
 class BWFrame {
 public:
     BWFrame() = default;

@@ -4,6 +4,7 @@
 #include <QMetaType>
 #include <QSize>
 #include <QString>
+#include <span>
 
 /// One capture size in pixels. A plain value, compared by width and height.
 class BWResolution {
@@ -22,6 +23,9 @@ public:
     /// The reverse of resolutionString(). Nothing unless the text is two positive decimal numbers, each at most
     /// 32768, joined by one lower-case x.
     static std::optional<BWResolution> fromResolutionString(const QString &text);
+
+    /// Itself if it is among the sizes, else the nearest of them by area; not valid if there are none.
+    BWResolution nearestOf(std::span<const BWResolution> sizes) const;
 
     friend constexpr bool operator==(const BWResolution &, const BWResolution &) = default;
 

@@ -1,21 +1,5 @@
 #include "camera/BWCameraControls.h"
 
-#include <array>
-
-namespace {
-
-struct AutomaticMode {
-    int mode;
-    int moves; ///< the control that the mode moves
-};
-
-constexpr std::array automaticModes{
-    AutomaticMode{BWSettingAutoWhite, BWSettingWhiteBalance},
-    AutomaticMode{BWSettingAutoExposure, BWSettingExposureAbsolute},
-};
-
-} // namespace
-
 BWCameraControls::BWCameraControls(const std::vector<BWControlInfo> &controls)
 {
     for (const BWControlInfo &info : controls) {
@@ -36,13 +20,13 @@ void BWCameraControls::apply(BWCaptureDevice &device, int identifier, double val
 {
     if (!setting(identifier))
         return;
-    const double taken = send(device, identifier, value);
-    for (const AutomaticMode &automatic : automaticModes) {
-        if (automatic.moves == identifier)
-            m_asked[identifier] = value;
-        const auto asked = m_asked.find(automatic.moves);
-        if (automatic.mode == identifier && taken <= 0 && asked != m_asked.end())
-            send(device, automatic.moves, asked->second);
+    if (BWCameraSetting::automaticModeFor(identifier))
+        m_requested[identifier] = value;
+    if (send(device, identifier, value) > 0)
+        return;
+    for (const auto &[control, requested] : m_requested) {
+        if (BWCameraSetting::automaticModeFor(control) == identifier)
+            send(device, control, requested);
     }
 }
 

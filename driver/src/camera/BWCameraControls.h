@@ -7,11 +7,11 @@
 #include <memory>
 #include <vector>
 
-/// The controls of one opened camera and what has been asked of them.
+/// The controls of one opened camera and the values last requested for them.
 ///
 /// While an automatic mode of the camera moves a control (white balance, exposure), a value sent for that control has
-/// no lasting effect, and what it had before is gone. So what was asked last is sent again when the mode is switched
-/// off: in whatever order a mode and its control are set, the camera then does what was asked of both.
+/// no lasting effect. So the value last requested is sent again when the mode is switched off: in whatever order a mode
+/// and its control are set, both end up as requested.
 class BWCameraControls {
 public:
     explicit BWCameraControls(const std::vector<BWControlInfo> &controls);
@@ -19,16 +19,16 @@ public:
     /// Null for a control that the device does not have. Any thread.
     std::shared_ptr<BWCameraSetting> setting(int identifier) const;
 
-    /// Sends a value from the control's range and notes what the device took. Capture thread.
+    /// Sends a value within the control's range and stores what the device accepted. Capture thread.
     void apply(BWCaptureDevice &device, int identifier, double value);
 
     /// The device moved a control by itself. Any thread.
     void noteValue(int identifier, double value);
 
 private:
-    /// Returns what the device took.
+    /// Returns what the device accepted.
     double send(BWCaptureDevice &device, int identifier, double value);
 
     std::map<int, std::shared_ptr<BWCameraSetting>> m_settings;
-    std::map<int, double> m_asked; ///< last, of the controls that an automatic mode may move
+    std::map<int, double> m_requested; ///< last, for the controls that an automatic mode may move
 };

@@ -54,3 +54,15 @@ QString BWCameraSetting::nameForSettingIdentifier(int identifier)
     const SettingNames *names = namesFor(identifier);
     return names ? QString::fromLatin1(names->name) : QString();
 }
+
+std::optional<int> BWCameraSetting::automaticModeFor(int identifier)
+{
+    switch (identifier) {
+    case BWSettingWhiteBalance:
+        return BWSettingAutoWhite;
+    case BWSettingExposureAbsolute:
+        return BWSettingAutoExposure;
+    default:
+        return std::nullopt;
+    }
+}

@@ -7,54 +7,10 @@
 
 namespace {
 
-struct PlaneShape {
-    std::size_t bytesPerRow;
-    std::size_t rows;
-};
-
-/// The planes that a frame of that format and size must at least have.
-std::array<PlaneShape, 3> shapeOf(const BWFrameInfo &info)
-{
-    const auto width = static_cast<std::size_t>(info.width);
-    const auto height = static_cast<std::size_t>(info.height);
-    const std::size_t halfWidth = (width + 1) / 2;
-    const std::size_t halfHeight = (height + 1) / 2;
-    switch (info.pixelFormat) {
-    case BWPixelFormat::YUYV:
-    case BWPixelFormat::UYVY:
-        return {{{halfWidth * 4, height}}};
-    case BWPixelFormat::NV12:
-        return {{{width, height}, {halfWidth * 2, halfHeight}}};
-    case BWPixelFormat::YU12:
-        return {{{width, height}, {halfWidth, halfHeight}, {halfWidth, halfHeight}}};
-    case BWPixelFormat::GREY:
-        return {{{width, height}}};
-    case BWPixelFormat::RGB24:
-    case BWPixelFormat::BGR24:
-        return {{{width * 3, height}}};
-    case BWPixelFormat::None:
-    case BWPixelFormat::MJPEG:
-        break;
-    }
-    return {};
-}
-
 bool isWhole(const BWFrameInfo &info)
 {
-    if (info.pixelFormat == BWPixelFormat::MJPEG)
-        return BWJpeg::looksComplete(info.planes[0].data, info.planes[0].size);
-    if (info.pixelFormat == BWPixelFormat::None || info.width <= 0 || info.height <= 0)
-        return false;
-    const std::array<PlaneShape, 3> shape = shapeOf(info);
-    return std::equal(shape.begin(), shape.end(), info.planes.begin(),
-                      [](const PlaneShape &least, const BWPlane &plane) {
-                          if (least.rows == 0)
-                              return true;
-                          // The last row may end with its last pixel.
-                          const auto stride = static_cast<std::size_t>(std::max(plane.stride, 0));
-                          return plane.data && stride >= least.bytesPerRow
-                              && plane.size >= stride * (least.rows - 1) + least.bytesPerRow;
-                      });
+    return info.pixelFormat == BWPixelFormat::MJPEG ? BWJpeg::looksComplete(info.planes[0].data, info.planes[0].size)
+                                                    : info.isWholeRawPicture();
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 #include "BWACUDriver/BWResolution.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <QRegularExpression>
+#include <utility>
 
 QString BWResolution::resolutionString() const
 {
@@ -18,4 +21,16 @@ std::optional<BWResolution> BWResolution::fromResolutionString(const QString &te
     if (!resolution.isValid() || resolution.width() > limit || resolution.height() > limit)
         return std::nullopt;
     return resolution;
+}
+
+BWResolution BWResolution::nearestOf(std::span<const BWResolution> sizes) const
+{
+    const auto distance = [this](BWResolution size) {
+        const int64_t difference = int64_t(size.width()) * size.height() - int64_t(m_width) * m_height;
+        return std::pair(std::abs(difference), size != *this);
+    };
+    const auto nearest = std::min_element(sizes.begin(), sizes.end(), [&](BWResolution left, BWResolution right) {
+        return distance(left) < distance(right);
+    });
+    return nearest == sizes.end() ? BWResolution() : *nearest;
 }

@@ -22,36 +22,6 @@ const libyuv::YuvConstants *constantsFor(BWColorMatrix matrix, BWColorRange rang
     return range == BWColorRange::Full ? &libyuv::kYuvJPEGConstants : &libyuv::kYuvI601Constants;
 }
 
-/// Bytes that the last row of a plane needs, and rows, for a picture of that size; 0 rows where there is no plane.
-struct PlaneExtent {
-    int rowBytes = 0;
-    int rows = 0;
-};
-
-std::array<PlaneExtent, 3> extentsFor(BWPixelFormat format, int width, int height)
-{
-    const int halfWidth = (width + 1) / 2;
-    const int halfHeight = (height + 1) / 2;
-    switch (format) {
-    case BWPixelFormat::YUYV:
-    case BWPixelFormat::UYVY:
-        return {PlaneExtent{halfWidth * 4, height}};
-    case BWPixelFormat::NV12:
-        return {PlaneExtent{width, height}, PlaneExtent{halfWidth * 2, halfHeight}};
-    case BWPixelFormat::YU12:
-        return {PlaneExtent{width, height}, PlaneExtent{halfWidth, halfHeight}, PlaneExtent{halfWidth, halfHeight}};
-    case BWPixelFormat::GREY:
-        return {PlaneExtent{width, height}};
-    case BWPixelFormat::RGB24:
-    case BWPixelFormat::BGR24:
-        return {PlaneExtent{width * 3, height}};
-    case BWPixelFormat::None:
-    case BWPixelFormat::MJPEG:
-        break;
-    }
-    return {};
-}
-
 } // namespace
 
 void BWFrameReader::DecoderDeleter::operator()(void *decoder) const
@@ -81,31 +51,13 @@ bool BWFrameReader::setFrame(const BWFrame &frame, Scale scale)
             m_decoder.reset(); // after a damaged header it would take every frame for damaged
         return decoded;
     }
-    if (!holdsWholePicture())
+    if (!frame.info().isWholeRawPicture())
         return false;
     // Packed 4:2:2 is what raw cameras deliver; its chroma is halved along with the luma, so the sides are multiples of 4.
     const bool isPacked = frame.pixelFormat() == BWPixelFormat::YUYV || frame.pixelFormat() == BWPixelFormat::UYVY;
     const bool canHalve = isPacked && frame.width() % 4 == 0 && frame.height() % 2 == 0;
     m_scale = canHalve ? scale : Scale::Full;
     m_size = m_scale == Scale::Half ? frame.size() / 2 : frame.size();
-    return true;
-}
-
-bool BWFrameReader::holdsWholePicture() const
-{
-    const BWFrameInfo &info = m_frame.info();
-    const auto extents = extentsFor(info.pixelFormat, info.width, info.height);
-    if (info.width <= 0 || info.height <= 0 || extents[0].rows == 0)
-        return false;
-    for (std::size_t i = 0; i < extents.size(); ++i) {
-        const auto [rowBytes, rows] = extents[i];
-        if (rows == 0)
-            continue;
-        const BWPlane &plane = info.planes[i];
-        const auto needed = static_cast<std::size_t>(rows - 1) * static_cast<std::size_t>(plane.stride) + rowBytes;
-        if (!plane.data || plane.stride < rowBytes || plane.size < needed)
-            return false;
-    }
     return true;
 }
 

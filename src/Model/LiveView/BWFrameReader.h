@@ -42,7 +42,6 @@ private:
     };
     bool decodeJpeg(Scale scale);
     bool decodeJpegToARGB(const QSize &target);
-    bool holdsWholePicture() const;
     void rawToARGB(const QRect &part, uint8_t *argb, int stride);
     void packedToARGB(const QRect &part, uint8_t *argb, int stride);
 

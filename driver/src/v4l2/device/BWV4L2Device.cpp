@@ -26,7 +26,7 @@ BWV4L2Device::BWV4L2Device(BWVideoNode node, BWVideoAbilities abilities, bool br
       m_findButton(std::move(findButton)),
       m_kernel(kernel),
       m_wakeUp(std::make_shared<BWWakeUp>()),
-      m_resolution(BWVideoModeChoice::nearest(m_abilities.resolutions(), m_abilities.current)),
+      m_resolution(m_abilities.current.nearestOf(m_abilities.resolutions())),
       m_controls(m_abilities.controls, m_name),
       m_button(kernel)
 {
@@ -60,7 +60,7 @@ BWResolution BWV4L2Device::resolution() const
 
 void BWV4L2Device::setResolution(BWResolution requested)
 {
-    m_resolution = BWVideoModeChoice::nearest(m_abilities.resolutions(), requested);
+    m_resolution = requested.nearestOf(m_abilities.resolutions());
 }
 
 BWStartProblem BWV4L2Device::startStreaming()

@@ -10,16 +10,6 @@
 
 namespace {
 
-struct AutomaticMode {
-    int mode;
-    int moves; ///< the control that the mode moves
-};
-
-constexpr std::array automaticModes{
-    AutomaticMode{BWSettingAutoWhite, BWSettingWhiteBalance},
-    AutomaticMode{BWSettingAutoExposure, BWSettingExposureAbsolute},
-};
-
 /// Automatic modes which the program does not know; they are switched off for good when their control is set.
 struct HiddenMaster {
     int identifier;
@@ -33,8 +23,7 @@ constexpr std::array hiddenMasters{
 
 bool hasMaster(int identifier)
 {
-    return std::any_of(automaticModes.begin(), automaticModes.end(),
-                       [identifier](const AutomaticMode &automatic) { return automatic.moves == identifier; })
+    return BWCameraSetting::automaticModeFor(identifier)
         || std::any_of(hiddenMasters.begin(), hiddenMasters.end(),
                        [identifier](const HiddenMaster &master) { return master.identifier == identifier; });
 }
@@ -170,22 +159,21 @@ void BWVideoControls::holdMaster(const BWKernelFile &node, int identifier)
 
 void BWVideoControls::readOthers(const BWKernelFile &node, int identifier, int result)
 {
-    for (const AutomaticMode &automatic : automaticModes) {
-        // A mode that goes off shows where it has left its control; a control that is refused may have a mode which
-        // somebody else has switched on.
-        Control *other = automatic.mode == identifier            ? find(automatic.moves)
-            : automatic.moves == identifier && result == -EACCES ? find(automatic.mode)
-                                                                 : nullptr;
-        if (other)
-            read(node, *other);
+    // A control that is refused may have a mode that another program has switched on.
+    const std::optional<int> mode = BWCameraSetting::automaticModeFor(identifier);
+    if (Control *const master = mode && result == -EACCES ? find(*mode) : nullptr)
+        read(node, *master);
+    // A mode that goes off shows where it has left its control.
+    for (Control &control : m_controls) {
+        if (BWCameraSetting::automaticModeFor(control.ability.info.identifier) == identifier)
+            read(node, control);
     }
 }
 
 bool BWVideoControls::isMoved(const Control &control) const
 {
-    return std::any_of(automaticModes.begin(), automaticModes.end(), [&](const AutomaticMode &automatic) {
-        return automatic.moves == control.ability.info.identifier && value(automatic.mode) > 0;
-    });
+    const std::optional<int> mode = BWCameraSetting::automaticModeFor(control.ability.info.identifier);
+    return mode && value(*mode) > 0;
 }
 
 std::optional<double> BWVideoControls::readValue(const BWKernelFile &node, Control &control)

@@ -42,35 +42,10 @@ BWVideoFormat::BWVideoFormat(const v4l2_pix_format &format)
     m_frame.width = static_cast<int>(format.width);
     m_frame.height = static_cast<int>(format.height);
     const int stride = static_cast<int>(format.bytesperline);
-    const int width = m_frame.width;
-    const int height = m_frame.height;
-    const int halfWidth = (width + 1) / 2;
-    const int halfHeight = (height + 1) / 2;
-    switch (m_frame.pixelFormat) {
-    case BWPixelFormat::YUYV:
-    case BWPixelFormat::UYVY:
-        addPlane(0, stride, height, halfWidth * 4);
-        break;
-    case BWPixelFormat::NV12:
-        addPlane(0, stride, height, width);
-        addPlane(1, stride, halfHeight, halfWidth * 2);
-        break;
-    case BWPixelFormat::YU12:
-        addPlane(0, stride, height, width);
-        addPlane(1, stride / 2, halfHeight, halfWidth);
-        addPlane(2, stride / 2, halfHeight, halfWidth);
-        break;
-    case BWPixelFormat::GREY:
-        addPlane(0, stride, height, width);
-        break;
-    case BWPixelFormat::RGB24:
-    case BWPixelFormat::BGR24:
-        addPlane(0, stride, height, width * 3);
-        break;
-    case BWPixelFormat::None:
-    case BWPixelFormat::MJPEG:
-        break;
-    }
+    const bool hasChromaPlanes = m_frame.pixelFormat == BWPixelFormat::YU12;
+    const std::array<BWPlaneSize, 3> sizes = m_frame.planeSizes();
+    for (std::size_t i = 0; i < sizes.size() && sizes[i].rows > 0; ++i)
+        addPlane(i, hasChromaPlanes && i > 0 ? stride / 2 : stride, sizes[i].rows, sizes[i].rowBytes);
     setColours(format);
 }
 
@@ -91,11 +66,10 @@ BWFrameInfo BWVideoFormat::frame(const uint8_t *data, std::size_t bytesUsed) con
     return frame;
 }
 
-void BWVideoFormat::addPlane(int index, int stride, int rows, int bytesPerRow)
+void BWVideoFormat::addPlane(std::size_t plane, int stride, int rows, int bytesPerRow)
 {
     // A driver that does not know its stride says 0.
     stride = std::max(stride, bytesPerRow);
-    const auto plane = static_cast<std::size_t>(index);
     const std::size_t size = static_cast<std::size_t>(stride) * static_cast<std::size_t>(rows);
     m_offsets[plane] = m_end;
     m_frame.planes[plane].stride = stride;

@@ -28,7 +28,7 @@ public:
     BWFrameInfo frame(const uint8_t *data, std::size_t bytesUsed) const;
 
 private:
-    void addPlane(int index, int stride, int rows, int bytesPerRow);
+    void addPlane(std::size_t plane, int stride, int rows, int bytesPerRow);
     void setColours(const v4l2_pix_format &format);
 
     BWFrameInfo m_frame; ///< without pixels

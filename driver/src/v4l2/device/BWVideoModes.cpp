@@ -171,26 +171,13 @@ std::vector<BWVideoMode> BWVideoMode::readAll(const BWKernelFile &node)
 
 BWVideoModeChoice::BWVideoModeChoice(const BWVideoAbilities &abilities, BWResolution requested)
 {
-    const BWResolution size = nearest(abilities.resolutions(), requested);
+    const BWResolution size = requested.nearestOf(abilities.resolutions());
     for (const BWVideoMode &mode : abilities.modes) {
         if (mode.pixelFormat != BWPixelFormat::None && mode.resolution == size)
             m_candidates.push_back(mode);
     }
     std::stable_sort(m_candidates.begin(), m_candidates.end(),
                      [](const BWVideoMode &left, const BWVideoMode &right) { return rank(left) < rank(right); });
-}
-
-BWResolution BWVideoModeChoice::nearest(const std::vector<BWResolution> &sizes, BWResolution requested)
-{
-    const auto distance = [requested](BWResolution size) {
-        return std::pair(
-            std::abs(int64_t(size.width()) * size.height() - int64_t(requested.width()) * requested.height()),
-            size != requested);
-    };
-    const auto found = std::min_element(sizes.begin(), sizes.end(), [&](BWResolution left, BWResolution right) {
-        return distance(left) < distance(right);
-    });
-    return found == sizes.end() ? BWResolution() : *found;
 }
 
 QString BWVideoModeChoice::reason(std::size_t taken) const

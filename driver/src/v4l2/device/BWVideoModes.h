@@ -37,9 +37,6 @@ public:
     /// Uses the nearest size if the device lacks the requested one.
     BWVideoModeChoice(const BWVideoAbilities &abilities, BWResolution requested);
 
-    /// The requested size, else the one nearest to it by area; invalid if `sizes` is empty.
-    static BWResolution nearest(const std::vector<BWResolution> &sizes, BWResolution requested);
-
     /// Best first, all of one size; empty if the device has nothing that we show.
     const std::vector<BWVideoMode> &candidates() const { return m_candidates; }
 
