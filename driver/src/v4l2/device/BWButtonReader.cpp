@@ -40,7 +40,7 @@ int BWButtonReader::takePresses()
             break;
         }
         for (std::size_t i = 0; i < static_cast<std::size_t>(size) / sizeof(input_event); ++i) {
-            // The value is 0 for a release and 2 for a repetition.
+            // The value is 0 for a release and 2 for autorepeat.
             if (events[i].type == EV_KEY && events[i].code == KEY_CAMERA && events[i].value == 1)
                 ++presses;
         }

@@ -5,12 +5,12 @@
 #include <atomic>
 #include <memory>
 
-/// The button of a camera, which the kernel hands on as a key of an input device. Capture thread, except isOpen().
+/// The button of a camera, which the kernel reports as a key of an input device. Capture thread, except isOpen().
 class BWButtonReader {
 public:
     explicit BWButtonReader(BWKernelCalls &kernel) : m_kernel(kernel) { }
 
-    /// `path` is the event node; empty where the camera has no button. Presses before now do not count.
+    /// `path` is the event node; empty if the camera has no button. Discards earlier presses.
     void open(const char *path);
     void close();
 
@@ -19,7 +19,7 @@ public:
     /// To poll; -1 while closed.
     int descriptor() const { return m_node ? m_node->descriptor() : -1; }
 
-    /// The number of presses since the last call. Closes itself when the node has gone, as on an unplug.
+    /// The number of presses since the last call. Closes itself when the node is gone, as after an unplug.
     int takePresses();
 
 private:

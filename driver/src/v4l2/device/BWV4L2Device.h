@@ -9,8 +9,8 @@
 
 #include <QByteArray>
 
-/// A camera of the kernel. Its node is open only while it streams, and otherwise for the moment of a change, so that other
-/// programs can use the camera.
+/// A camera of the kernel. Its node is open only while it streams, and for a moment at each change otherwise, so that
+/// other programs can use the camera.
 class BWV4L2Device : public BWCaptureDevice {
 public:
     /// Returns the event node of the camera's button, null if it has none.

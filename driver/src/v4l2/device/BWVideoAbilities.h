@@ -51,8 +51,7 @@ struct BWVideoAbilities {
     QString card;
     QString bus;
     bool captures = false; ///< a video capture device with streaming I/O
-    std::vector<BWVideoMode>
-        modes; ///< for the listing also those we do not show; of a range of sizes a few common ones
+    std::vector<BWVideoMode> modes; ///< also those we do not show; common sizes stand for a range
     std::vector<BWVideoControl> controls;
     /// V4L2 standards to use for the video norms 0 NTSC, 1 PAL, 2 SECAM; nothing for a norm it lacks.
     std::array<std::optional<uint64_t>, 3> norms{};

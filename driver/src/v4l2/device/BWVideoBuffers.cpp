@@ -25,15 +25,15 @@ BWVideoBuffers::~BWVideoBuffers()
         unmap(mapping);
 }
 
-int BWVideoBuffers::begin(const BWKernelFile &node, uint32_t wished)
+int BWVideoBuffers::begin(const BWKernelFile &node, uint32_t wanted)
 {
     const std::lock_guard lock(m_mutex);
     m_kernel = &node.kernel();
     m_node = &node;
     uint32_t granted = 0;
-    int result = request(wished, granted);
+    int result = request(wanted, granted);
     // A large picture may not fit that many times.
-    for (uint32_t fewer = wished / 2; result == -ENOMEM && fewer >= 2; fewer /= 2)
+    for (uint32_t fewer = wanted / 2; result == -ENOMEM && fewer >= 2; fewer /= 2)
         result = request(fewer, granted);
     if (result < 0)
         return result;
@@ -45,7 +45,7 @@ int BWVideoBuffers::begin(const BWKernelFile &node, uint32_t wished)
         if (result < 0)
             break;
     }
-    // What is not mapped is not queued either, and never filled.
+    // Buffers that are not mapped are not queued either, so never filled.
     return m_queued >= 2 || (result >= 0 && m_queued > 0) ? 0 : (result < 0 ? result : -ENOMEM);
 }
 
@@ -68,7 +68,7 @@ void BWVideoBuffers::end()
                 unmap(mapping);
         }
     }
-    // Frees the device for others at once, even though mappings of held frames keep the closed file from going away.
+    // Frees the device for others at once, although the mappings of held frames keep the closed file alive.
     v4l2_requestbuffers none{};
     none.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
     none.memory = V4L2_MEMORY_MMAP;
@@ -112,12 +112,12 @@ bool BWVideoBuffers::anyQueued() const
 
 int BWVideoBuffers::request(uint32_t count, uint32_t &granted)
 {
-    v4l2_requestbuffers wished{};
-    wished.count = count;
-    wished.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-    wished.memory = V4L2_MEMORY_MMAP;
-    const int result = m_node->ioctl(VIDIOC_REQBUFS, wished);
-    granted = result < 0 ? 0 : wished.count;
+    v4l2_requestbuffers wanted{};
+    wanted.count = count;
+    wanted.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    wanted.memory = V4L2_MEMORY_MMAP;
+    const int result = m_node->ioctl(VIDIOC_REQBUFS, wanted);
+    granted = result < 0 ? 0 : wanted.count;
     return result;
 }
 
@@ -157,7 +157,7 @@ void BWVideoBuffers::putBack(uint32_t index)
     }
     const int result = queue(index);
     if (result < 0 && result != -ENODEV)
-        qCWarning(bwDriver) << "A buffer could not be given back to the camera:" << kernelErrorText(result);
+        qCWarning(bwDriver) << "A buffer could not be returned to the camera:" << kernelErrorText(result);
     else if (m_queued == 1)
         m_wakeUp->wake();
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Automatic modes which the program does not know; they are switched off for good when their control is set.
+/// Automatic modes that the program does not offer; setting their control switches them off for good.
 struct HiddenMaster {
     int identifier;
     uint32_t id;
@@ -44,11 +44,11 @@ double BWVideoControls::set(const BWKernelFile &node, int identifier, double val
     if (!control)
         return 0;
     holdMaster(node, identifier);
-    // One to a call: a single one that is refused would keep all others of a call from being set.
-    const int32_t wished = toDevice(*control, value);
-    const int result = send(node, control->ability.id, wished);
+    // One per call: a single rejected control would keep all others of the call from being set.
+    const int32_t wanted = toDevice(*control, value);
+    const int result = send(node, control->ability.id, wanted);
     if (result >= 0)
-        control->value = toProgram(*control, wished);
+        control->value = toProgram(*control, wanted);
     readOthers(node, identifier, result);
     if (result < 0 && result != -ENODEV && !(result == -EACCES && isMoved(*control)))
         complain(*control, value, result);
@@ -67,7 +67,7 @@ double BWVideoControls::value(int identifier) const
 void BWVideoControls::watch(const BWKernelFile &node)
 {
     for (Control &control : m_controls) {
-        // A device that tells of nothing is no fault.
+        // A device need not support events.
         v4l2_event_subscription subscription{};
         subscription.type = V4L2_EVENT_CTRL;
         subscription.id = control.ability.id;
@@ -88,8 +88,9 @@ bool BWVideoControls::takeEvents(const BWKernelFile &node)
         if (event.type != V4L2_EVENT_CTRL || !(event.u.ctrl.changes & V4L2_EVENT_CTRL_CH_VALUE)
             || control == m_controls.end())
             continue;
-        // When its master is switched, a control tells what it had then; by now it may have been set. The others are
-        // believed, for the kernel answers with what it remembers although the camera has just told it otherwise.
+        // When its master is switched, a control reports the value it had then; it may have been set since, so it is
+        // read again. For the others the event counts: reading returns the kernel's cached value, although the camera
+        // has just reported another.
         if (hasMaster(control->ability.info.identifier) && control->readable)
             read(node, *control);
         else
@@ -163,7 +164,7 @@ void BWVideoControls::readOthers(const BWKernelFile &node, int identifier, int r
     const std::optional<int> mode = BWCameraSetting::automaticModeFor(identifier);
     if (Control *const master = mode && result == -EACCES ? find(*mode) : nullptr)
         read(node, *master);
-    // A mode that goes off shows where it has left its control.
+    // A mode that is switched off leaves its control at some value.
     for (Control &control : m_controls) {
         if (BWCameraSetting::automaticModeFor(control.ability.info.identifier) == identifier)
             read(node, control);
@@ -180,7 +181,7 @@ std::optional<double> BWVideoControls::readValue(const BWKernelFile &node, Contr
 {
     if (!control.readable)
         return std::nullopt;
-    // A camera that fails to tell once may hang when it is asked again and again.
+    // A camera that fails to answer once may hang if it is asked again and again.
     const auto value = control.ability.readValue(node);
     control.readable = value.has_value();
     return value ? std::optional(toProgram(control, *value)) : std::nullopt;
@@ -205,7 +206,7 @@ void BWVideoControls::complain(Control &control, double value, int error)
 {
     if (std::exchange(control.complained, true))
         return;
-    qCWarning(bwDriver).noquote() << m_name << "does not take" << value << "for"
+    qCWarning(bwDriver).noquote() << m_name << "rejects" << value << "for"
                                   << BWCameraSetting::stringForSettingIdentifier(control.ability.info.identifier) << "-"
                                   << kernelErrorText(error);
 }

@@ -6,7 +6,7 @@
 #include <functional>
 #include <set>
 
-/// The controls of one device: sets them, and tells when others or the camera itself have moved one.
+/// The controls of one device: sets them, and reports when another program or the camera itself has changed one.
 /// Capture thread, except setMoved().
 class BWVideoControls {
 public:
@@ -16,19 +16,19 @@ public:
     /// `name` is for the log.
     BWVideoControls(const std::vector<BWVideoControl> &controls, QString name);
 
-    /// Before anything else. Not called for what set() returns.
+    /// Called before anything else. Changes that set() returns are not reported.
     void setMoved(Moved moved) { m_moved = std::move(moved); }
 
-    /// Sets the control and returns what the device then has; on failure what it had.
+    /// Sets the control and returns the value the device then has; on failure the value it had.
     double set(const BWKernelFile &node, int identifier, double value);
-    /// What the device is known to have; 0 for an unknown control.
+    /// The last known value; 0 for an unknown control.
     double value(int identifier) const;
 
-    /// Asks to be told of changes on that node, and reads what has changed before.
+    /// Subscribes to changes on that node, and reads what has changed before.
     void watch(const BWKernelFile &node);
-    /// Takes what the node has to tell. False where it tells nothing though it said it would.
+    /// Takes the events of the node. False if it has none although the poll said so.
     bool takeEvents(const BWKernelFile &node);
-    /// Reads the controls which an automatic mode moves, for the camera need not tell of these.
+    /// Reads the controls that automatic modes change, since the camera need not report these.
     void readMoved(const BWKernelFile &node);
 
 private:

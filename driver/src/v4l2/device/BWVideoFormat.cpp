@@ -68,7 +68,7 @@ BWFrameInfo BWVideoFormat::frame(const uint8_t *data, std::size_t bytesUsed) con
 
 void BWVideoFormat::addPlane(std::size_t plane, int stride, int rows, int bytesPerRow)
 {
-    // A driver that does not know its stride says 0.
+    // A driver that does not know its stride reports 0.
     stride = std::max(stride, bytesPerRow);
     const std::size_t size = static_cast<std::size_t>(stride) * static_cast<std::size_t>(rows);
     m_offsets[plane] = m_end;
@@ -82,7 +82,7 @@ void BWVideoFormat::setColours(const v4l2_pix_format &format)
 {
     const BWPixelFormat pixels = m_frame.pixelFormat;
     if (pixels == BWPixelFormat::MJPEG) {
-        // JPEG has its own rule for colours, whatever the device says of the pictures inside.
+        // JPEG has its own colour rule, whatever the device reports.
         m_frame.matrix = BWColorMatrix::BT601;
         m_frame.range = BWColorRange::Full;
         return;

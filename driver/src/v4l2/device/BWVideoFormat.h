@@ -6,7 +6,7 @@
 #include <linux/videodev2.h>
 #include <QString>
 
-/// How V4L2's description of a picture becomes ours.
+/// Translates V4L2's description of a picture into ours.
 class BWVideoFormat {
 public:
     /// None for a format that we do not show.
@@ -21,10 +21,10 @@ public:
     int width() const { return m_frame.width; }
     int height() const { return m_frame.height; }
 
-    /// Whether a buffer with that many bytes used holds a whole raw frame; any number does for a compressed one.
+    /// Whether a buffer with that many bytes holds a whole raw frame; for a compressed one any number does.
     bool fits(std::size_t bytesUsed) const { return bytesUsed >= m_leastSize; }
 
-    /// A frame whose pixels lie at `data`; time and number are left to the caller.
+    /// A frame whose pixels are at `data`; the caller fills in time and number.
     BWFrameInfo frame(const uint8_t *data, std::size_t bytesUsed) const;
 
 private:

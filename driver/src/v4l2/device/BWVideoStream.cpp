@@ -17,11 +17,11 @@ Time timeOf(const v4l2_buffer &buffer)
     const Time now = std::chrono::steady_clock::now();
     if ((buffer.flags & V4L2_BUF_FLAG_TIMESTAMP_MASK) != V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC)
         return now;
-    const Time told{std::chrono::seconds(buffer.timestamp.tv_sec)
-                    + std::chrono::microseconds(buffer.timestamp.tv_usec)};
-    // Some devices count wrongly, or not at all.
-    const bool plausible = told <= now && told > now - std::chrono::seconds(5);
-    return plausible ? told : now;
+    const Time stamp{std::chrono::seconds(buffer.timestamp.tv_sec)
+                     + std::chrono::microseconds(buffer.timestamp.tv_usec)};
+    // Some devices set wrong times, or none.
+    const bool plausible = stamp <= now && stamp > now - std::chrono::seconds(5);
+    return plausible ? stamp : now;
 }
 
 } // namespace
@@ -37,7 +37,7 @@ BWStartProblem::Kind BWVideoStream::start(const BWKernelFile &node, const BWVide
         if (outcome.result >= 0) {
             qCInfo(bwDriver).noquote() << name << "streams" << choice.reason(i);
             if (resolution() != mode.resolution)
-                qCInfo(bwDriver).noquote() << name << "makes that" << resolution().resolutionString();
+                qCInfo(bwDriver).noquote() << name << "delivers" << resolution().resolutionString();
             return Kind::None;
         }
         stop();
@@ -122,7 +122,7 @@ BWVideoStream::Outcome BWVideoStream::setMode(const BWKernelFile &node, const BW
     format.fmt.pix.field = V4L2_FIELD_ANY;
     if (const int result = node.ioctl(VIDIOC_S_FMT, format); result < 0)
         return {result, "S_FMT"};
-    // A device that cannot do what is asked sets something else, and does not call that an error.
+    // A device that cannot do what is requested sets something else, without an error.
     if (format.fmt.pix.pixelformat != mode.fourcc || format.fmt.pix.width > 32768 || format.fmt.pix.height > 32768)
         return {-EINVAL, "S_FMT"};
     m_format = BWVideoFormat(format.fmt.pix);
@@ -131,7 +131,7 @@ BWVideoStream::Outcome BWVideoStream::setMode(const BWKernelFile &node, const BW
     rate.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
     rate.parm.capture.timeperframe = {mode.interval.numerator, mode.interval.denominator};
     const int result = mode.interval.numerator > 0 ? node.ioctl(VIDIOC_S_PARM, rate) : 0;
-    // A rate that cannot be set is no reason to show nothing.
+    // Better the wrong rate than no picture.
     const bool fatal = result < 0 && problemOf(result) != BWStartProblem::Kind::Failed;
     return {fatal ? result : 0, "S_PARM"};
 }
@@ -141,7 +141,7 @@ uint64_t BWVideoStream::number(uint32_t sequence)
     if (!m_lastNumber)
         m_lastNumber = sequence;
     else {
-        // The kernel's counter is 32 bits wide and wraps. One that does not go forward counts nothing.
+        // The kernel's counter is 32 bits wide and wraps. If it does not advance, it does not count.
         const auto forward = static_cast<int32_t>(sequence - static_cast<uint32_t>(*m_lastNumber));
         *m_lastNumber += static_cast<uint64_t>(std::max(forward, 1));
     }

@@ -8,23 +8,23 @@
 /// The stream of one open node, from the choice of a format to the last frame. Capture thread.
 class BWVideoStream {
 public:
-    /// Whether there is something to take.
+    /// What there was to take.
     enum class Taken {
         Frame,
         BadFrame, ///< flagged in error by the device, or too short; its number is known
         Nothing,
-        Broken, ///< the stream delivers nothing any more, for now or for good
+        Broken, ///< the stream has stopped delivering, for now or for good
     };
 
-    /// Begins with the best mode of the choice that the device can carry. `name` is for the log. On failure everything
-    /// is given back; the kind of the problem is told, not who holds the device.
+    /// Starts the first of the choice's modes that works. `name` is for the log. On failure everything is released, and
+    /// the kind of the problem returned.
     BWStartProblem::Kind start(const BWKernelFile &node, const BWVideoModeChoice &choice, const QString &name,
                                const std::shared_ptr<const BWWakeUp> &wakeUp);
-    /// Frames that are still held stay valid. Also after an unplug, and without a stream.
+    /// Frames that are still held stay valid. May be called after an unplug, and without a stream.
     void stop();
     bool isRunning() const { return m_buffers != nullptr; }
 
-    /// What the device really delivers.
+    /// The size that the device really delivers.
     BWResolution resolution() const { return {m_format.width(), m_format.height()}; }
 
     Taken take(BWFrame &frame);
@@ -35,7 +35,7 @@ public:
     static BWStartProblem::Kind problemOf(int error);
 
 private:
-    /// What the kernel said, and to which call.
+    /// The kernel's result, and the call it belongs to.
     struct Outcome {
         int result = 0;
         const char *call = nullptr;

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// While somebody waits for the camera, and afterwards, when only the person's own doing can change something.
+// While the user may be waiting for the camera, and later, when only the user's own action can change anything.
 constexpr std::chrono::milliseconds soon{250};
 constexpr std::chrono::seconds later{5};
 
@@ -45,7 +45,7 @@ void BWNodeTracker::nodeAppeared(const BWVideoNode &node, bool initialised, quin
     std::erase_if(m_entries, [&node](const auto &each) {
         return each.second.isInterface && node.sysPath.startsWith(each.first + '/');
     });
-    // Another device in the old one's place, whose going was not heard of?
+    // Another device in the place of an old one whose removal was missed?
     const auto old = m_entries.find(node.sysPath);
     if (old != m_entries.end() && old->second.node.usbDevice != node.usbDevice)
         drop(old);
@@ -190,7 +190,7 @@ QString BWNodeTracker::uniqueIdentifier(const BWVideoNode &node) const
             return each.second.camera && each.second.camera->uniqueIdentifier() == identifier;
         });
     };
-    // Makers that give all their cameras one serial number are not rare.
+    // Some makers give all their cameras the same serial number.
     QString identifier = node.identity();
     if (isTaken(identifier))
         identifier += u" at %1"_s.arg(node.port);

@@ -84,7 +84,7 @@ void readUsb(BWVideoNode &node, const QString &usbDevice, const QString &interfa
 QList<QByteArray> folders(const QString &links, const QString &pattern)
 {
     QStringList names = QDir(links).entryList({pattern}, QDir::Dirs | QDir::NoDotAndDotDot);
-    // video10 after video9
+    // video10 comes after video9
     std::stable_sort(names.begin(), names.end(),
                      [](const QString &left, const QString &right) { return left.size() < right.size(); });
     QList<QByteArray> resolved;
