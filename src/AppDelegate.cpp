@@ -4,13 +4,11 @@
 #include "App/Capture/BWSnapshotSound.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
-#include "App/LiveView/BWStatusLine.h"
 #include "App/Start/BWCommandLine.h"
 #include "App/Start/BWStatisticsReport.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "App/Windows/BWImportMenu.h"
 #include "App/Windows/BWSessionWindows.h"
-#include "App/Windows/BWTechnicianTools.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureRecovery.h"
@@ -30,6 +28,7 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Technician/BWSimulatedCamerasWindowController.h"
 #include "Views/Utils/BWFlashActionViewController.h"
@@ -148,7 +147,6 @@ void AppDelegate::prepareUI()
     m_grid = std::make_unique<BWGridController>(
         *m_window, *m_liveView, config, texts,
         BWGridController::Callbacks{[this] { return currentCamera(); }, [this] { updateStateLabel(); }});
-    m_technicianTools = std::make_unique<BWTechnicianTools>(*m_window, texts, [this] { return currentCamera(); });
     m_window->menu().showTools(m_options.technician);
     prepareCapture();
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(

@@ -33,7 +33,6 @@ class BWSessionWindows;
 class BWSimulatedCamerasWindowController;
 class BWSnapshotSound;
 class BWStatusLine;
-class BWTechnicianTools;
 
 /// Entry and coordinator: launches, makes the windows and the parts that do the work, wires them together, quits.
 class AppDelegate : public QObject, public BWApplicationDelegate, public BWConfigManagerListener {
@@ -102,7 +101,6 @@ private:
     std::unique_ptr<BWStatusLine> m_statusLine;
     std::unique_ptr<BWLiveViewController> m_liveView;
     std::unique_ptr<BWGridController> m_grid;
-    std::unique_ptr<BWTechnicianTools> m_technicianTools;
     std::unique_ptr<BWFlashActionViewController> m_flashActionViewController;
     std::unique_ptr<BWSnapshotSound> m_snapshotSound;
     std::unique_ptr<BWCaptureFeedback> m_captureFeedback;

@@ -1,5 +1,6 @@
 #include "Views/BWNoCameraWindowController.h"
 
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
@@ -11,6 +12,37 @@
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+constexpr double pollSeconds = 0.3;
+}
+
+BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent)
+    : QDialog(parent), m_callbacks(std::move(callbacks)), m_clock(clock)
+{
+}
+
+void BWNoCameraBaseWindowController::setPreparingCamera(bool) { }
+
+void BWNoCameraBaseWindowController::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    // It comes up under the hand: a key that was meant for a snapshot must not press a button.
+    setFocus();
+}
+
+void BWNoCameraBaseWindowController::windowDidLoad()
+{
+    watchPendingDevices();
+}
+
+void BWNoCameraBaseWindowController::watchPendingDevices()
+{
+    setPreparingCamera(m_callbacks.pendingDevices && m_callbacks.pendingDevices());
+    setObstacle(m_callbacks.obstacle ? m_callbacks.obstacle() : QString());
+    DispatchAfterStrict::dispatchForQueue(
+        this, [this] { watchPendingDevices(); }, pollSeconds, m_clock);
+}
 
 BWNoCameraWindowController::BWNoCameraWindowController(Callbacks callbacks, BWClock &clock, QWidget *cameraWindow)
     : BWNoCameraBaseWindowController(std::move(callbacks), clock, cameraWindow),
@@ -68,4 +100,60 @@ void BWNoCameraWindowController::closeEvent(QCloseEvent *event)
 {
     event->ignore(); // it stays until the program ends, which the user may call off
     onClose();
+}
+
+BWNoCameraSheetWindowController::BWNoCameraSheetWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent)
+    : BWNoCameraBaseWindowController(std::move(callbacks), clock, parent),
+      m_sheet(this),
+      m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
+      m_preparing(new BWPreparingView),
+      m_terminateButton(m_view->addButton())
+{
+    setWindowFlags(Qt::Sheet);
+    m_view->addContent(m_preparing);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(m_view);
+    connect(m_terminateButton, &QPushButton::clicked, this, &BWNoCameraSheetWindowController::onTerminate);
+    windowDidLoad();
+}
+
+void BWNoCameraSheetWindowController::localizeWithManager(BWLocalizationManager &manager)
+{
+    const QString heading =
+        manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"heading_label"_s, u"The camera was unplugged"_s));
+    setWindowTitle(heading);
+    m_view->setHeading(heading);
+    m_view->setExplanation(manager.localize(
+        BWLocalizableString(u"no_camera_sheet"_s, u"no_camera_label"_s,
+                            u"Plug it in again, or plug in another one, to carry on. The snapshots and videos in your "
+                            "albums are safe."_s)));
+    m_view->setObstacleHeading(BWStartProblemText::title(manager));
+    m_preparing->setText(manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"preparing_camera_label"_s,
+                                                              u"Camera found, getting it ready..."_s)));
+    m_terminateButton->setText(
+        manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
+    m_terminateButton->setShortcut(u"Ctrl+Q"_s); // the sheet blocks that of the menu
+}
+
+void BWNoCameraSheetWindowController::setPreparingCamera(bool preparing)
+{
+    m_preparing->setPreparing(preparing);
+}
+
+void BWNoCameraSheetWindowController::setObstacle(const QString &obstacle)
+{
+    m_view->setObstacle(obstacle);
+}
+
+void BWNoCameraSheetWindowController::onTerminate()
+{
+    m_sheet.endWithCode(1);
+}
+
+void BWNoCameraSheetWindowController::closeEvent(QCloseEvent *event)
+{
+    event->ignore(); // onTerminate() ends it, and it may be open again by now
+    onTerminate();
 }

@@ -11,7 +11,7 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
-#include "Views/MainWindow/BWStatusPill.h"
+#include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Technician/BWGridDebuggerWindowController.h"

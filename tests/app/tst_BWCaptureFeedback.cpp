@@ -1,12 +1,11 @@
 #include "../settings/AttachedCameras.h"
 #include "App/Capture/BWCaptureFeedback.h"
-#include "App/LiveView/BWStatusLine.h"
 #include "BWManualClock.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWControlBar.h"
-#include "Views/MainWindow/BWStatusPill.h"
+#include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 
 #include <QTemporaryDir>

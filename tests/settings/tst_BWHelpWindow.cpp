@@ -3,10 +3,8 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWVersion.h"
 #include "Views/Help/BWHelpContact.h"
-#include "Views/Help/BWKeyCaps.h"
-#include "Views/Help/BWShortcutSection.h"
+#include "Views/Help/BWShortcutTable.h"
 #include "Views/Help/BWSimpleHelpWindowController.h"
-#include "Views/Help/BWSupportMail.h"
 #include "Views/MainWindow/BWMainMenu.h"
 
 #include <numeric>

@@ -1,8 +1,8 @@
 #include "WindowFit.h"
 
 #include "Views/Albums/BWThumbnailNotice.h"
-#include "Views/Help/BWKeyCaps.h"
-#include "Views/MainWindow/BWStatusPill.h"
+#include "Views/Help/BWShortcutTable.h"
+#include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 #include "Views/Utils/BWLightTabView.h"

@@ -6,7 +6,6 @@
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
-#include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
 #include "Views/BWStartProblemAlert.h"
 #include "Views/MainWindow/BWCenteringClipView.h"

@@ -1,10 +1,10 @@
 #include "App/Capture/BWCaptureFeedback.h"
 
-#include "App/LiveView/BWStatusLine.h"
 #include "Model/Capture/BWRecordingProgress.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWControlBar.h"
+#include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 
 #include <utility>

@@ -10,6 +10,8 @@
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
+#include "Views/Technician/BWEMPIADebuggerWindowController.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QAction>
 #include <QApplication>
@@ -20,8 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// An open window comes to the front and into use; one that is not is shown beside the camera window, which stays in
-/// use.
+/// An open window comes to the front and into use. Another is shown beside the camera window, which stays in use.
 void bringToFront(QWidget &window)
 {
     if (window.isVisible()) {
@@ -38,6 +39,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
                                        BWClock &clock)
     : m_window(window),
       m_config(repository.configManager()),
+      m_texts(repository.localizationManager()),
       m_callbacks(std::move(callbacks)),
       m_albums(std::make_unique<BWAlbumManagerWindowController>(
           repository.albumManager(), repository.userDefaults(),
@@ -54,12 +56,11 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
           &window)),
       m_about(std::make_unique<BWAboutWindowController>(BWLibraryList::ours(), &window))
 {
-    BWLocalizationManager &texts = repository.localizationManager();
-    m_settings->localizeWithManager(texts);
-    m_help->localizeWithManager(texts);
-    m_about->localizeWithManager(texts);
-    m_advancedSettings->localizeWithManager(texts);
-    m_albums->localizeWithManager(texts);
+    m_settings->localizeWithManager(m_texts);
+    m_help->localizeWithManager(m_texts);
+    m_about->localizeWithManager(m_texts);
+    m_advancedSettings->localizeWithManager(m_texts);
+    m_albums->localizeWithManager(m_texts);
     connect(m_albums.get(), &BWAlbumManagerWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
     connect(m_settings.get(), &BWSettingsWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
     connect(m_advancedSettings.get(), &BWAdvancedSettingsWindowController::visibilityChanged, this,
@@ -71,6 +72,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
     connect(menu.nextWindow, &QAction::triggered, this, &BWAuxiliaryWindows::activateNextWindow);
     connect(menu.simpleHelpMenuItem, &QAction::triggered, m_help.get(),
             &BWSimpleHelpWindowController::makeKeyAndOrderFront);
+    connect(menu.registerDebugger, &QAction::triggered, this, &BWAuxiliaryWindows::onEMPIADebugger);
     connect(menu.aboutMenuItem, &QAction::triggered, m_about.get(), &BWAboutWindowController::makeKeyAndOrderFront);
 }
 
@@ -111,6 +113,16 @@ void BWAuxiliaryWindows::showAdvancedSettings()
     bringToFront(*m_advancedSettings);
 }
 
+void BWAuxiliaryWindows::onEMPIADebugger()
+{
+    m_registerDebugger = std::make_unique<BWEMPIADebuggerWindowController>(m_callbacks.currentCamera, &m_window);
+    m_registerDebugger->localizeWithManager(m_texts);
+    placeBWToolWindow(*m_registerDebugger, m_window);
+    m_registerDebugger->show();
+    m_registerDebugger->raise();
+    m_registerDebugger->activateWindow();
+}
+
 void BWAuxiliaryWindows::activateNextWindow()
 {
     QList<QWidget *> open;
@@ -130,10 +142,10 @@ void BWAuxiliaryWindows::hideAll()
 {
     for (QWidget *window :
          std::initializer_list<QWidget *>{m_albums.get(), m_settings.get(), m_advancedSettings.get()}) {
-        if (!window->isVisible())
-            continue;
-        window->hide();
-        m_hidden.append(window);
+        if (window->isVisible()) {
+            window->hide();
+            m_hidden.append(window);
+        }
     }
 }
 

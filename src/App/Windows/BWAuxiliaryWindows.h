@@ -14,13 +14,15 @@ class BWAboutWindowController;
 class BWAdvancedSettingsWindowController;
 class BWAlbumManagerWindowController;
 class BWConfigManager;
+class BWEMPIADebuggerWindowController;
+class BWLocalizationManager;
 class BWMainWindow;
 class BWRepository;
 class BWSettingsWindowController;
 class BWSimpleHelpWindowController;
 class QAction;
 
-/// The windows beside the camera window: shown and hidden from its menu, and put in their places. GUI thread.
+/// The windows beside the camera window: shows and hides them from its menu, and puts them in their places. GUI thread.
 class BWAuxiliaryWindows : public QObject, private BWSettingsWindowControllerDelegate {
     Q_OBJECT
 
@@ -36,22 +38,24 @@ public:
     BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Callbacks callbacks, BWClock &clock);
     ~BWAuxiliaryWindows() override;
 
-    /// Makes the windows listeners of the settings store. After whoever moves the camera window, by which they are
-    /// placed.
+    /// Makes the windows listeners of the settings store, after whoever moves the camera window, because they are placed
+    /// by it.
     void listen();
 
-    /// To the front; in use only if it was there already.
+    /// Brings it to the front; activates it only if it was open already.
     void showAlbums();
     void showSettings();
     void showAdvancedSettings();
-    /// The next of the open windows comes into use, the camera window being one of them. Not every desktop offers panels
-    /// beside a window when one steps through the windows by keyboard.
+    /// Opens a new register debugger in place of the last one.
+    void onEMPIADebugger();
+    /// Activates the next of the open windows, the camera window being one of them. Not every desktop reaches panels
+    /// beside a window when the user steps through the windows by keyboard.
     void activateNextWindow();
     /// While there is no camera.
     void hideAll();
     /// Those that `hideAll` found open.
     void showHidden();
-    /// Puts the album window in its place. The others do that by themselves.
+    /// Puts the album window in its place; the others do that themselves.
     void resetLayout();
     /// The check marks in the menu.
     void updateMenu();
@@ -66,6 +70,7 @@ private:
 
     BWMainWindow &m_window;
     BWConfigManager &m_config;
+    BWLocalizationManager &m_texts;
     Callbacks m_callbacks;
     BWDialogFilePanels m_panels;
     std::unique_ptr<BWAlbumManagerWindowController> m_albums;
@@ -73,5 +78,6 @@ private:
     std::unique_ptr<BWAdvancedSettingsWindowController> m_advancedSettings;
     std::unique_ptr<BWSimpleHelpWindowController> m_help;
     std::unique_ptr<BWAboutWindowController> m_about;
+    std::unique_ptr<BWEMPIADebuggerWindowController> m_registerDebugger;
     QList<QWidget *> m_hidden;
 };

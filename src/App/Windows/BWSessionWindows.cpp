@@ -9,7 +9,6 @@
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
-#include "Views/BWNoCameraSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
 #include "Views/BWStartProblemAlert.h"
 #include "Views/MainWindow/BWCameraTitles.h"

@@ -1,9 +1,175 @@
 #include "Views/Help/BWShortcutTable.h"
 
-#include "Views/Help/BWKeyCaps.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
+#include <algorithm>
+#include <QAction>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Without what only a menu needs: marks of access keys, and the dots that announce a question.
+QString plainText(QString text)
+{
+    static const QRegularExpression accessKeyInBrackets(u"\\s*\\(&[^&]\\)"_s);
+    static const QRegularExpression accessKey(u"&(.)"_s);
+    static const QRegularExpression dots(u"(\\.\\.\\.|…)$"_s);
+    return text.remove(accessKeyInBrackets).replace(accessKey, u"\\1"_s).remove(dots);
+}
+
+/// As Qt names them in the user's language.
+QString key(QKeyCombination combination)
+{
+    return QKeySequence(combination).toString(QKeySequence::NativeText);
+}
+
+/// "Shift+" before something that is no key, such as a click.
+QString with(Qt::KeyboardModifier modifier, const QString &action)
+{
+    QString text = key(modifier | Qt::Key_A);
+    text.chop(1);
+    return text + action;
+}
+
+void collect(const QList<QAction *> &actions, QList<BWShortcutSection::Shortcut> &shortcuts)
+{
+    for (const QAction *action : actions) {
+        if (!action->isVisible())
+            continue;
+        if (const QMenu *menu = action->menu()) {
+            collect(menu->actions(), shortcuts);
+            continue;
+        }
+        QStringList keys;
+        const QList<QKeySequence> sequences = action->shortcuts();
+        for (const QKeySequence &sequence : sequences)
+            keys.append(sequence.toString(QKeySequence::NativeText));
+        if (!keys.isEmpty())
+            shortcuts.append({plainText(action->text()), keys});
+    }
+}
+
+} // namespace
+
+QList<BWShortcutSection> BWShortcutSection::ofActions(const QList<QAction *> &actions)
+{
+    QList<BWShortcutSection> sections;
+    for (QAction *action : actions) {
+        const QString title = action->menu() ? plainText(action->text()) : QString();
+        if (sections.isEmpty() || action->menu() || !sections.last().title.isNull())
+            sections.append({title, {}});
+        collect({action}, sections.last().shortcuts);
+    }
+    sections.removeIf([](const BWShortcutSection &section) { return section.shortcuts.isEmpty(); });
+    return sections;
+}
+
+QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manager)
+{
+    const QString click = manager.text(u"help_window"_s, u"click_key"_s, u"Click"_s);
+    const QString doubleClick = manager.text(u"help_window"_s, u"double_click_key"_s, u"Double click"_s);
+    const QString wheel = manager.text(u"help_window"_s, u"wheel_key"_s, u"Wheel"_s);
+    const QString middleButton = manager.text(u"help_window"_s, u"middle_button_key"_s, u"Middle button"_s);
+    const QString hold = manager.text(u"help_window"_s, u"hold_key"_s, u"Hold"_s);
+    const QString drag = u'+' + manager.text(u"help_window"_s, u"drag_key"_s, u"Drag"_s);
+    const QString arrows = manager.text(u"help_window"_s, u"arrow_keys"_s, u"Arrow keys"_s);
+    const BWShortcutSection image{
+        manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s),
+        {{plainText(manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s)),
+          {click, key(Qt::Key_Space)}},
+         {manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {with(Qt::ControlModifier, wheel)}},
+         {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s),
+          {wheel, middleButton + drag}}}};
+    const BWShortcutSection albums{
+        manager.text(u"album_manager"_s, u"window_title"_s, u"Albums"_s),
+        {{manager.text(u"help_window"_s, u"select_label"_s, u"Select"_s), {click, arrows}},
+         {manager.text(u"help_window"_s, u"extend_selection_label"_s, u"Extend the selection"_s),
+          {with(Qt::ShiftModifier, click), with(Qt::ShiftModifier, arrows)}},
+         {manager.text(u"help_window"_s, u"select_one_more_label"_s, u"Add to the selection, or remove"_s),
+          {with(Qt::ControlModifier, click), key(Qt::Key_Space)}},
+         {manager.text(u"help_window"_s, u"select_all_label"_s, u"Select all, none"_s),
+          {key(Qt::ControlModifier | Qt::Key_A), key(Qt::Key_Escape)}},
+         {manager.text(u"help_window"_s, u"open_label"_s, u"Open"_s), {doubleClick, key(Qt::Key_Enter)}},
+         {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s),
+          {key(Qt::ControlModifier | Qt::Key_E)}},
+         {manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
+          {key(Qt::Key_Delete), key(Qt::ControlModifier | Qt::Key_Z)}},
+         {manager.text(u"help_window"_s, u"drag_label"_s, u"Drag into another program"_s), {hold + drag}}}};
+    return {image, albums};
+}
+
+namespace {
+constexpr int padding = 6; // on both sides of the text
+constexpr int keyGap = 3;
+constexpr int wayGap = 12;
+constexpr double radius = 3.5;
+} // namespace
+
+BWKeyCaps::BWKeyCaps(const QStringList &ways, QWidget *parent) : QWidget(parent), m_ways(ways)
+{
+    setAccessibleName(ways.join(u", "_s));
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+QStringList BWKeyCaps::keys(const QString &way)
+{
+    QStringList keys = way.split(u'+', Qt::SkipEmptyParts);
+    if (way.endsWith(u'+')) // the key itself, for it separates none
+        keys.append(u"+"_s);
+    return keys;
+}
+
+QList<BWKeyCaps::Cap> BWKeyCaps::caps() const
+{
+    QList<Cap> caps;
+    int x = 0;
+    for (const QString &way : m_ways) {
+        if (x > 0)
+            x += wayGap - keyGap;
+        const QStringList texts = keys(way);
+        for (const QString &text : texts) {
+            // No cap is narrower than high.
+            const int width = std::max(fontMetrics().horizontalAdvance(text) + 2 * padding, height(fontMetrics()));
+            caps.append({text, x, width});
+            x += width + keyGap;
+        }
+    }
+    return caps;
+}
+
+int BWKeyCaps::height(const QFontMetrics &metrics)
+{
+    return metrics.height() + 4;
+}
+
+QSize BWKeyCaps::sizeHint() const
+{
+    const QList<Cap> all = caps();
+    return {all.isEmpty() ? 0 : all.last().left + all.last().width, height(fontMetrics())};
+}
+
+void BWKeyCaps::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor edge = palette().color(QPalette::WindowText);
+    edge.setAlphaF(0.3F);
+    const QList<Cap> all = caps();
+    for (const Cap &cap : all) {
+        const QRectF frame(cap.left + 0.5, 0.5, cap.width - 1, sizeHint().height() - 1);
+        painter.setPen(edge);
+        painter.setBrush(palette().base());
+        painter.drawRoundedRect(frame, radius, radius);
+        painter.setPen(palette().color(QPalette::Text));
+        painter.drawText(frame, Qt::AlignCenter, cap.text);
+    }
+}
 
 namespace {
 

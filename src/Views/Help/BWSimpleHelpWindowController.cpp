@@ -4,7 +4,6 @@
 #include "Utils/BWUIUtils.h"
 #include "Utils/BWVersion.h"
 #include "Views/Help/BWShortcutTable.h"
-#include "Views/Help/BWSupportMail.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"

@@ -3,7 +3,7 @@
 #include "BWACUDriver/BWCamera.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Views/Help/BWHelpContact.h"
-#include "Views/Help/BWShortcutSection.h"
+#include "Views/Help/BWShortcutTable.h"
 
 #include <functional>
 #include <QWidget>

@@ -5,7 +5,7 @@
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
-#include "Views/MainWindow/BWStatusPill.h"
+#include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"

@@ -5,10 +5,39 @@
 
 #include <memory>
 #include <QList>
+#include <QObject>
 #include <QWidget>
 
-class BWSimulatedCameraRow;
+class BWLocalizationManager;
+class QComboBox;
+class QGridLayout;
 class QLabel;
+class QPushButton;
+
+/// The controls of one simulated camera, in one row of a grid: its name, plug in or unplug, press the button, and
+/// what keeps it from being started. GUI thread.
+class BWSimulatedCameraRow : public QObject {
+    Q_OBJECT
+
+public:
+    BWSimulatedCameraRow(std::shared_ptr<BWSimulatedCamera> camera, QGridLayout *grid, QObject *parent);
+
+    void localize(BWLocalizationManager &manager);
+    /// Shows the camera's state.
+    void update();
+
+private:
+    void onPlug();
+
+    std::shared_ptr<BWSimulatedCamera> m_camera;
+    QLabel *m_title;
+    QPushButton *m_plugButton;
+    QPushButton *m_pressButton;
+    QLabel *m_startLabel;
+    QComboBox *m_startBox;
+    QString m_plugInText;
+    QString m_unplugText;
+};
 
 /// The hand that holds the simulated cameras, on the screen: plugs each one in and out, presses its button, and holds it
 /// as another program would. It belongs to no other window, for a sheet on that window would block it too, and with it
