@@ -60,7 +60,7 @@ void readLanguage(const QString &code, BWCommandLine &line)
 
 struct OptionWithValue {
     QString name;
-    QString needs; ///< what it says when the value is missing
+    QString needs; ///< for the message about a missing value
     std::function<void(const QString &value, BWCommandLine &line)> read;
 };
 
@@ -71,8 +71,11 @@ QStringList BWCommandLine::languages()
     return {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s};
 }
 
-BWCommandLine BWCommandLine::parse(const QStringList &arguments)
+BWCommandLine BWCommandLine::parse(int argc, char **argv)
 {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
     const QHash<QString, bool BWCommandLine::*> switches{{u"--list-cameras"_s, &BWCommandLine::listCameras},
                                                          {u"--technician"_s, &BWCommandLine::technician},
                                                          {u"--version"_s, &BWCommandLine::version},
@@ -107,6 +110,19 @@ BWCommandLine BWCommandLine::parse(const QStringList &arguments)
             option->read(value, line);
     }
     return line;
+}
+
+bool BWCommandLine::needsWindows() const
+{
+    return !help && !version && !listCameras && importSettings.isNull();
+}
+
+BWRepository::Options BWCommandLine::repositoryOptions() const
+{
+    BWRepository::Options options = BWRepository::Options::standard();
+    if (!language.isNull())
+        options.preferredLanguages = QStringList{language};
+    return options;
 }
 
 QString BWCommandLine::helpText()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWSimulatedCameras.h"
+#include "Model/BWRepository.h"
 
 #include <QList>
 #include <QString>
@@ -15,11 +16,13 @@ struct BWCommandLine {
     bool listCameras = false;
     bool version = false;
     bool help = false;
-    QString error; ///< one line that says what is wrong and what is accepted; null if all is well
+    QString error; ///< one line that says what is wrong and what is accepted; null if there is nothing wrong
 
     /// The languages that there are texts in.
     static QStringList languages();
-    /// `arguments` without the program's name.
-    static BWCommandLine parse(const QStringList &arguments);
+    /// By hand, because QCommandLineParser reports neither the argument as it was typed nor what is accepted instead.
+    static BWCommandLine parse(int argc, char **argv);
+    bool needsWindows() const;
+    BWRepository::Options repositoryOptions() const;
     static QString helpText();
 };

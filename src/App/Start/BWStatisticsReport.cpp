@@ -1,15 +1,64 @@
 #include "App/Start/BWStatisticsReport.h"
 
-#include "App/Start/BWTimedApplication.h"
 #include "AppDelegate.h"
 
+#include <algorithm>
 #include <ctime>
+#include <QEvent>
 #include <QFile>
+#include <QMetaEnum>
 #include <QTextStream>
+#include <QThread>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 
-bool BWStatisticsReport::isWished()
+namespace {
+
+constexpr double longTime = 8; // milliseconds: half a frame of a usual screen
+
+/// The thread's processor time. An event that waits, for a disk or a processor, takes longer than it computes.
+std::chrono::nanoseconds computed()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+} // namespace
+
+bool BWTimedApplication::notify(QObject *receiver, QEvent *event)
+{
+    if (QThread::currentThread() != thread())
+        return QApplication::notify(receiver, event);
+    const int level = thread()->loopLevel();
+    if (level == m_level) // within an event that is measured
+        return QApplication::notify(receiver, event);
+    const int outer = std::exchange(m_level, level);
+    const Delivery delivery{event->type(), receiver->metaObject(), Clock::now(), computed()};
+    const bool result = QApplication::notify(receiver, event);
+    m_level = outer;
+    ended(delivery);
+    return result;
+}
+
+void BWTimedApplication::ended(const Delivery &delivery)
+{
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+    const Clock::time_point now = Clock::now();
+    // An event that runs a loop of its own, for a menu say, lets others through until that loop ends.
+    const double time = Milliseconds(now - std::max(delivery.begun, m_lastEnd)).count();
+    m_lastEnd = now;
+    m_longest = std::max(m_longest, time);
+    if (time >= longTime)
+        QTextStream(stderr) << "GUI thread: blocked_ms=" << time
+                            << " computed_ms=" << Milliseconds(computed() - delivery.computedBefore).count()
+                            << " ended_ms=" << QString::number(Milliseconds(now.time_since_epoch()).count(), 'f', 1)
+                            << " event=" << QMetaEnum::fromType<QEvent::Type>().valueToKey(delivery.event) << " of "
+                            << delivery.receiver->className() << '\n';
+}
+
+bool BWStatisticsReport::isWanted()
 {
     return qEnvironmentVariableIsSet("BW_STATISTICS");
 }
@@ -17,7 +66,7 @@ bool BWStatisticsReport::isWished()
 void BWStatisticsReport::print(const AppDelegate &delegate)
 {
     const auto *application = qobject_cast<BWTimedApplication *>(QCoreApplication::instance());
-    if (!isWished() || !application)
+    if (!isWanted() || !application)
         return;
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);

@@ -1,0 +1,83 @@
+#include "App/Start/BWConsoleCommands.h"
+
+#include "App/Start/BWAppTexts.h"
+#include "App/Start/BWCameraListing.h"
+#include "App/Start/BWCommandLine.h"
+#include "App/Start/BWProcess.h"
+#include "Model/Albums/BWAlbumManager.h"
+#include "Model/BWRepository.h"
+#include "Model/Import/BWImportTexts.h"
+#include "Model/Settings/BWSettingsFile.h"
+#include "Model/Settings/BWSettingsUse.h"
+#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Texts/BWLibraryList.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Utils/BWVersion.h"
+
+#include <QCoreApplication>
+#include <QTextStream>
+
+namespace {
+
+int refuse(const QString &sentence)
+{
+    BWProcess::printError(sentence);
+    return 1;
+}
+
+void printVersion(QTextStream &out)
+{
+    out << "BrimwellPro " << BW_VERSION << '\n';
+    for (const BWLibrary &library : BWLibraryList::ours())
+        out << "  " << library.name << ' ' << library.version << ", " << library.licence << '\n';
+}
+
+int importSettings(const BWRepository::Options &options, const QString &path, QTextStream &out)
+{
+    BWLocalizationManager texts(options.localizationFile, options.preferredLanguages);
+    if (!BWProcess::homeIsUsable()) {
+        BWAppTexts appTexts;
+        appTexts.localizeWithManager(texts);
+        return refuse(appTexts.homeNotUsableMessage);
+    }
+    const QString name = BWImportTexts::nameOf(path);
+    const BWOldSettingsFile file = BWOldSettingsFile::read(path);
+    if (file.problem != BWOldSettingsFile::Problem::None)
+        return refuse(BWImportTexts::refused(file, name, texts));
+    const BWSettingsUse use(options.settingsFile);
+    if (!use.isGranted())
+        return refuse(BWImportTexts::programRuns(texts));
+
+    const BWRepository repository(options);
+    repository.albumManager().waitUntilPrepared();
+    const auto result =
+        BWOldSettingsImporter::importByHand(file.settings, BWOldSettingsImporter::foldersThere(file.settings),
+                                            repository.configManager(), repository.albumManager());
+    if (!repository.userDefaults().synchronize())
+        return refuse(BWImportTexts::notStored(texts));
+    out << BWImportTexts::takenOver(result, name, texts) << '\n';
+    return 0;
+}
+
+} // namespace
+
+int BWConsoleCommands::run(const BWCommandLine &line, int &argc, char **argv)
+{
+    QTextStream out(stdout);
+    if (line.help) {
+        out << BWCommandLine::helpText();
+        return 0;
+    }
+    if (line.version) {
+        printVersion(out);
+        return 0;
+    }
+    const QCoreApplication application(argc, argv);
+    if (!line.importSettings.isNull())
+        return importSettings(line.repositoryOptions(), line.importSettings, out);
+    if (line.simulated.isEmpty())
+        BWCameraListing::printNodes(BWV4L2Listing::list(BWCameraListing::cameraTables()), out);
+    else
+        BWCameraListing::printSimulated(line.simulated, out);
+    return 0;
+}
