@@ -3,14 +3,25 @@
 #include "Utils/BWWorkerPool.h"
 
 #include <memory>
+#include <QAudioFormat>
 #include <QByteArray>
+#include <QString>
 
-class BWSoundPlayer;
-
-/// The sound of the shutter. Audio devices may take their time, or forever, so all that has to do with them happens on
-/// a thread of its own: nothing here waits for one. Where there is no device, there is no sound.
+/// The sound of the shutter. Audio devices may take their time, or forever, so everything about them happens on a
+/// thread of its own: nothing here waits for one. Without a device there is no sound.
 class BWSnapshotSound {
 public:
+    /// Interleaved samples of a sound.
+    struct Samples {
+        QByteArray bytes; ///< empty if the file could not be decoded
+        QAudioFormat format;
+        QString error; ///< why it could not
+    };
+
+    /// The whole sound in the bytes of its file, MP3 or whatever else libsndfile reads, without the silence that
+    /// encoders put around it. Any thread.
+    static Samples decode(const QByteArray &file);
+
     /// `file` holds the bytes of the sound's file. Its samples are made ready at once, before the first play().
     explicit BWSnapshotSound(const QByteArray &file);
     /// Cuts off a sound that is being played. Does not wait for a device that does not answer.
@@ -22,6 +33,8 @@ public:
     void play();
 
 private:
-    std::shared_ptr<BWSoundPlayer> m_player; // shared with the thread
+    class Player;
+
+    std::shared_ptr<Player> m_player; // shared with the thread
     BWWorkerPool m_thread{1, std::chrono::milliseconds(300)}; // for a device to let go
 };
