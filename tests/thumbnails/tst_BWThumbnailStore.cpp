@@ -1,9 +1,9 @@
-#include "Model/Thumbnails/BWThumbnailPng.h"
 #include "SmallDisk.h"
 #include "ThumbnailFixture.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWVersion.h"
 
+#include <QBuffer>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
@@ -84,16 +84,21 @@ private Q_SLOTS:
         const QByteArray picture = ThumbnailFixture::jpeg(Qt::red);
         const QUrl file = m_fixture->file("picture.jpg", picture);
         const QByteArray uri = BWThumbnailStore::uri(m_fixture->path("picture.jpg"));
-        BWThumbnailPng::Texts texts{{"Thumb::URI", uri},
-                                    {"Thumb::MTime", QByteArray::number(ThumbnailFixture::longAgo.toSecsSinceEpoch())},
-                                    {"Thumb::Size", QByteArray::number(picture.size())}};
+        QMap<QByteArray, QByteArray> texts{
+            {"Thumb::URI", uri},
+            {"Thumb::MTime", QByteArray::number(ThumbnailFixture::longAgo.toSecsSinceEpoch())},
+            {"Thumb::Size", QByteArray::number(picture.size())}};
         if (value.isNull())
             texts.remove(key);
         else
             texts.insert(key, value);
         QImage image(200, 150, QImage::Format_RGB32);
         image.fill(Qt::blue);
-        QByteArray png = BWThumbnailPng::encode(image, texts);
+        for (auto text = texts.cbegin(); text != texts.cend(); ++text)
+            image.setText(QString::fromLatin1(text.key()), QString::fromLatin1(text.value()));
+        QBuffer buffer;
+        QVERIFY(image.save(&buffer, "png"));
+        QByteArray png = buffer.data();
         if (key == "cut")
             png.chop(png.size() / 3);
         const QByteArray name = entry(folder, uri);

@@ -4,7 +4,7 @@
 #include "BWACUDriver/BWMovieCompletion.h"
 #include "BWACUDriver/BWMoviePicture.h"
 #include "Model/Thumbnails/BWJpegThumbnail.h"
-#include "Model/Thumbnails/BWThumbnailFile.h"
+#include "Model/Thumbnails/BWThumbnailMaker.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWPrivateFolder.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Thumbnails/BWThumbnailSize.h"
+#include "Model/Thumbnails/BWThumbnail.h"
 
 #include <cstdint>
 #include <memory>

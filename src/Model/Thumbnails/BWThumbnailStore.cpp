@@ -1,20 +1,23 @@
 #include "Model/Thumbnails/BWThumbnailStore.h"
 
-#include "Model/Thumbnails/BWThumbnailPng.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWVersion.h"
 
 #include <cerrno>
+#include <csetjmp>
 #include <cstring>
 #include <fcntl.h>
 #include <glib.h>
 #include <memory>
+#include <png.h>
 #include <QCryptographicHash>
 #include <QFile>
+#include <QMap>
 #include <QStandardPaths>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -40,8 +43,124 @@ QByteArray nameFor(const QByteArray &uri)
     return QCryptographicHash::hash(uri, QCryptographicHash::Md5).toHex() + ".png";
 }
 
+using Texts = QMap<QByteArray, QByteArray>; // Latin-1, by keyword
+
+struct StoredImage {
+    QImage image; ///< null if it is damaged or larger than any thumbnail
+    Texts texts;
+};
+
+[[noreturn]] void onError(png_structp png, png_const_charp)
+{
+    png_longjmp(png, 1);
+}
+
+void onWarning(png_structp, png_const_charp) { }
+
+/// False when libpng has found a fault: then it jumps back into this function, so nothing that needs a destructor may
+/// come into being in `calls`.
+template <typename Calls>
+bool succeeds(png_structp png, const Calls &calls)
+{
+    if (setjmp(png_jmpbuf(png)) != 0)
+        return false;
+    calls();
+    return true;
+}
+
+void appendBytes(png_structp png, png_bytep bytes, std::size_t size)
+{
+    auto *const written = static_cast<QByteArray *>(png_get_io_ptr(png));
+    written->append(reinterpret_cast<const char *>(bytes), static_cast<qsizetype>(size));
+}
+
+void takeBytes(png_structp png, png_bytep bytes, std::size_t size)
+{
+    auto *const rest = static_cast<QByteArrayView *>(png_get_io_ptr(png));
+    if (static_cast<std::size_t>(rest->size()) < size)
+        png_error(png, "it is cut off");
+    std::memcpy(bytes, rest->data(), size);
+    *rest = rest->sliced(static_cast<qsizetype>(size));
+}
+
+/// Quick rather than small: differences to the pixel on the left compress well enough. The texts stand uncompressed in
+/// front of the picture, where every reader finds them. Empty on failure.
+QByteArray encode(const QImage &image, Texts texts)
+{
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
+    std::vector<png_text> lines;
+    for (auto text = texts.begin(); text != texts.end(); ++text) {
+        png_text line{};
+        line.compression = PNG_TEXT_COMPRESSION_NONE;
+        line.key = const_cast<char *>(text.key().constData());
+        line.text = text.value().data();
+        line.text_length = static_cast<std::size_t>(text.value().size());
+        lines.push_back(line);
+    }
+    QByteArray bytes;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, &onError, &onWarning);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    const bool done =
+        info && !rgb.isNull() && succeeds(png, [&] {
+            png_set_write_fn(png, &bytes, &appendBytes, nullptr);
+            png_set_IHDR(png, info, static_cast<png_uint_32>(rgb.width()), static_cast<png_uint_32>(rgb.height()), 8,
+                         PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+            png_set_text(png, info, lines.data(), static_cast<int>(lines.size()));
+            png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
+            png_set_compression_level(png, 1);
+            png_write_info(png, info);
+            for (int y = 0; y < rgb.height(); ++y)
+                png_write_row(png, rgb.constScanLine(y));
+            png_write_end(png, nullptr);
+        });
+    png_destroy_write_struct(&png, &info);
+    return done ? bytes : QByteArray();
+}
+
+/// The file may come from anywhere: what is larger than any thumbnail, or whose texts are, is not read.
+StoredImage decode(const QByteArray &bytes)
+{
+    constexpr png_uint_32 mostPixels = 1024; // of a side: the largest size that the desktop knows
+    constexpr png_alloc_size_t mostText = 1 << 20; // bytes of a chunk, unpacked
+    StoredImage stored;
+    QByteArrayView rest(bytes);
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, &onError, &onWarning);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    const bool begun = info && succeeds(png, [&] {
+                           png_set_user_limits(png, mostPixels, mostPixels);
+                           png_set_chunk_malloc_max(png, mostText);
+                           png_set_read_fn(png, &rest, &takeBytes);
+                           png_read_info(png, info);
+                           png_set_expand(png);
+                           png_set_scale_16(png);
+                           png_set_gray_to_rgb(png);
+                           png_set_strip_alpha(png);
+                           png_set_interlace_handling(png);
+                           png_read_update_info(png, info);
+                       });
+    if (begun) {
+        QImage image(static_cast<int>(png_get_image_width(png, info)),
+                     static_cast<int>(png_get_image_height(png, info)), QImage::Format_RGB888);
+        std::vector<png_bytep> rows;
+        for (int y = 0; y < image.height(); ++y)
+            rows.push_back(image.scanLine(y));
+        const bool done = !image.isNull() && succeeds(png, [&] {
+            png_read_image(png, rows.data());
+            png_read_end(png, info);
+        });
+        if (done)
+            stored.image = image.convertToFormat(QImage::Format_RGB32);
+        png_textp lines = nullptr;
+        const int count = png_get_text(png, info, &lines, nullptr);
+        for (int i = 0; i < count; ++i)
+            stored.texts.insert(lines[i].key, lines[i].text);
+    }
+    png_destroy_read_struct(&png, &info, nullptr);
+    return stored;
+}
+
 /// Whether the texts are about that file as it is now. Some programs write fractions of a second.
-bool areOf(const BWThumbnailPng::Texts &texts, const QByteArray &uri, const BWFileStamp &stamp)
+bool areOf(const Texts &texts, const QByteArray &uri, const BWFileStamp &stamp)
 {
     const QByteArray modified = texts.value(keyModified).split('.').first();
     const bool sameTime = modified == QByteArray::number(qlonglong(stamp.modified));
@@ -94,42 +213,36 @@ QByteArray BWThumbnailStore::uri(const QByteArray &path)
 }
 
 std::optional<BWThumbnail> BWThumbnailStore::find(const QByteArray &path, const BWFileStamp &stamp,
-                                                  BWThumbnailSize size) const
+                                                  BWThumbnailSize wanted) const
 {
     const QByteArray address = uri(path);
     if (m_folder.isEmpty() || address.isEmpty())
         return std::nullopt;
     const QByteArray name = nameFor(address);
-    BWThumbnailPng::Texts texts;
     const auto read = [&](const QByteArray &subfolder) {
         const BWThumbnailFile file(m_folder + '/' + subfolder + '/' + name);
-        QByteArray png;
-        if (file.isOpen()) {
-            const std::optional<BWFileStamp> entry = file.stamp();
-            if (entry && entry->size <= largestEntry)
-                png = file.head(static_cast<int>(entry->size));
-        }
-        texts = BWThumbnailPng::texts(png);
-        return areOf(texts, address, stamp) ? png : QByteArray();
+        const std::optional<BWFileStamp> entry = file.isOpen() ? file.stamp() : std::nullopt;
+        if (!entry || entry->size > largestEntry)
+            return StoredImage();
+        const StoredImage stored = decode(file.head(static_cast<int>(entry->size)));
+        return areOf(stored.texts, address, stamp) ? stored : StoredImage();
     };
 
-    for (const BWThumbnailSize stored : BWThumbnailSizes::all) {
-        if (stored < size)
+    for (const BWThumbnailSize size : BWThumbnailSizes::all) {
+        if (size < wanted)
             continue;
-        const QByteArray png = read(nameOf(stored));
-        if (png.isEmpty() || (isMovie(path) && !texts.contains(keyLength)))
+        const StoredImage stored = read(nameOf(size));
+        if (stored.image.isNull() || (isMovie(path) && !stored.texts.contains(keyLength)))
             continue;
-        BWThumbnail found{BWThumbnail::Kind::Picture, BWThumbnailPng::decode(png), std::nullopt};
-        if (found.image.isNull())
-            continue;
-        if (texts.contains(keyLength))
-            found.length = std::chrono::seconds(texts.value(keyLength).toLongLong());
-        const QSize fitted = BWThumbnailSizes::fitted(found.image.size(), size);
+        BWThumbnail found{BWThumbnail::Kind::Picture, stored.image, std::nullopt};
+        if (stored.texts.contains(keyLength))
+            found.length = std::chrono::seconds(stored.texts.value(keyLength).toLongLong());
+        const QSize fitted = BWThumbnailSizes::fitted(found.image.size(), wanted);
         if (fitted != found.image.size())
             found.image = found.image.scaled(fitted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         return found;
     }
-    if (!read(m_failedFolder).isEmpty())
+    if (!read(m_failedFolder).image.isNull())
         return BWThumbnail{};
     return std::nullopt;
 }
@@ -140,20 +253,20 @@ void BWThumbnailStore::keep(const QByteArray &path, const BWFileStamp &stamp, BW
     const QByteArray address = uri(path);
     if (m_folder.isEmpty() || address.isEmpty() || isInside(path))
         return;
-    BWThumbnailPng::Texts texts{{keyUri, address},
-                                {keyModified, QByteArray::number(qlonglong(stamp.modified))},
-                                {keySize, QByteArray::number(qlonglong(stamp.size))},
-                                {"Software", "BrimwellPro " BW_VERSION},
-                                {"Thumb::Mimetype", isMovie(path) ? "video/quicktime" : "image/jpeg"}};
+    Texts texts{{keyUri, address},
+                {keyModified, QByteArray::number(qlonglong(stamp.modified))},
+                {keySize, QByteArray::number(qlonglong(stamp.size))},
+                {"Software", "BrimwellPro " BW_VERSION},
+                {"Thumb::Mimetype", isMovie(path) ? "video/quicktime" : "image/jpeg"}};
     if (thumbnail.length)
         texts.insert(keyLength, QByteArray::number(qlonglong(thumbnail.length->count())));
     const QByteArray name = nameFor(address);
     if (thumbnail.kind == BWThumbnail::Kind::Picture) {
-        write(nameOf(size), name, BWThumbnailPng::encode(thumbnail.image, texts));
+        write(nameOf(size), name, encode(thumbnail.image, texts));
     } else {
         QImage dot(1, 1, QImage::Format_RGB32);
         dot.fill(Qt::black);
-        write(m_failedFolder, name, BWThumbnailPng::encode(dot, texts));
+        write(m_failedFolder, name, encode(dot, texts));
     }
 }
 

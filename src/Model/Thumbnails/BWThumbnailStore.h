@@ -1,28 +1,26 @@
 #pragma once
 
-#include "Model/Thumbnails/BWThumbnail.h"
-#include "Model/Thumbnails/BWThumbnailFile.h"
-#include "Model/Thumbnails/BWThumbnailSize.h"
+#include "Model/Thumbnails/BWThumbnailMaker.h"
 
 #include <atomic>
 #include <optional>
 #include <QByteArray>
 
 /// The thumbnails that all programs of the desktop share, as the Thumbnail Managing Standard of freedesktop.org has it.
-/// What cannot be stored is left out; the first time a line in the log tells why. Any threads at once.
+/// What cannot be stored is left out; the first time, the log says why. Any threads at once.
 class BWThumbnailStore {
 public:
-    /// `folder` is made when something is to be stored. An empty one: nothing is found, nothing stored.
+    /// `folder` is made when something is to be stored. If it is empty nothing is found and nothing stored.
     explicit BWThumbnailStore(const QByteArray &folder);
 
     /// The desktop's folder for them.
     static QByteArray defaultFolder();
 
-    /// What is stored of the file as it is now; a larger one is made smaller. Impossible if we have failed to make one
-    /// before. A movie's thumbnail without the movie's length is of no use to us and not found.
-    std::optional<BWThumbnail> find(const QByteArray &path, const BWFileStamp &stamp, BWThumbnailSize size) const;
+    /// What is stored of the file as it is now; scales down a larger one. Impossible if we have failed to make one
+    /// before. Does not find a movie's thumbnail that lacks the movie's length.
+    std::optional<BWThumbnail> find(const QByteArray &path, const BWFileStamp &stamp, BWThumbnailSize wanted) const;
 
-    /// Stores a thumbnail, or that there is none to be had. Thumbnails of thumbnails are not stored.
+    /// Stores a thumbnail, or that none can be made. Thumbnails of thumbnails are not stored.
     void keep(const QByteArray &path, const BWFileStamp &stamp, BWThumbnailSize size, const BWThumbnail &thumbnail);
 
     /// The address by which all programs know the file: the bytes of its path, percent-encoded.
