@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Model/Albums/BWMediaType.h"
 #include "Utils/BWFileCopy.h"
 
 #include <functional>
@@ -9,6 +8,12 @@
 #include <QDate>
 #include <QList>
 #include <QUrl>
+
+/// What a capture is. Callers use the numbers, so they keep their values.
+enum class BWMediaType {
+    Image = 0, ///< snapshot, .jpg
+    Video = 1, ///< recording, .mov
+};
 
 /// One folder of captures. The folder is the album: nothing else is kept, every listing is read afresh.
 ///

@@ -1,20 +1,47 @@
 #pragma once
 
-#include "Model/Albums/BWTrashedFile.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
 
 #include <functional>
+#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QUrl>
+#include <sys/types.h>
 
-/// The desktop's Trash. Moves files there while the program goes on, and puts the last ones back. At its end it still
-/// finishes the moves that were requested, within reason, but calls nothing any more. GUI thread only.
+/// A file that was moved to the Trash and can be put back. Any thread.
+class BWTrashedFile {
+public:
+    /// False, with the reason in `error`, when the file stays where it is; `trashed` may be null.
+    static bool moveToTrash(const QUrl &file, BWTrashedFile *trashed, QString *error);
+
+    /// Where it was.
+    QUrl original() const;
+    /// Where it is; empty if that is unknown.
+    QUrl inTrash() const;
+
+    /// Puts it back under its old name, or, if that name is taken, with " (2)" before the extension; `restored` becomes
+    /// its new place. False, with the reason in `error`, when it is no longer in the Trash or cannot be put back; nothing
+    /// has changed then.
+    bool restore(QUrl *restored, QString *error) const;
+
+private:
+    bool isStillThere() const;
+
+    QByteArray m_original;
+    QByteArray m_trashed;
+    dev_t m_device = 0;
+    ino_t m_inode = 0;
+};
+
+/// The desktop's Trash. Moves files there in the background, and puts those of the last move back. When destroyed it
+/// still moves the files it was given, but does not wait for a disk that hangs, and calls nothing any more. GUI thread
+/// only.
 class BWTrash {
 public:
     struct Failure {
-        QUrl file; ///< where it was before it was to be moved to the Trash
+        QUrl file; ///< where it was before the move
         QString reason;
     };
     struct Moved {
@@ -24,7 +51,7 @@ public:
     struct Restored {
         struct File {
             QUrl original;
-            QUrl now; ///< differs where its name was taken meanwhile
+            QUrl now; ///< differs if its name has been taken meanwhile
         };
         QList<File> files;
         QList<Failure> failed; ///< stay in the Trash
@@ -33,13 +60,13 @@ public:
     /// Moves a file there. False, with the reason in `error`, when it stays where it is. Waits for the disk.
     static bool moveToTrash(const QUrl &file, QString *error = nullptr);
 
-    /// Moves files there; `finished` is called once, later, even for none. A file that stays is logged. What is asked
-    /// for meanwhile comes afterwards, in order.
+    /// Moves files there; calls `finished` once, later, even for no files. Logs each file that stays. Requests are
+    /// served in order.
     void move(const QList<QUrl> &files, std::function<void(const Moved &result)> finished);
 
     /// Whether there are files to put back: those of the last move() that moved any, until undo().
     bool canUndo() const { return !m_last.isEmpty(); }
-    /// Puts them back, all that still are in the Trash; a file that cannot be put back is logged. Once only.
+    /// Puts back all of them that are still in the Trash, and logs those that it cannot. Once only.
     void undo(std::function<void(const Restored &result)> finished);
 
 private:

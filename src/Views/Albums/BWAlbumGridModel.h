@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Albums/BWMediaType.h"
+#include "Model/Albums/BWAlbum.h"
 #include "Model/Export/BWFolderCopies.h"
 #include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Albums/BWMediaType.h"
+#include "Model/Albums/BWAlbum.h"
 #include "Model/Export/BWFileExport.h"
 
 #include <QList>

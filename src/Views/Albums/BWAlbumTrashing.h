@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Albums/BWMediaType.h"
+#include "Model/Albums/BWAlbum.h"
 
 #include <QList>
 #include <QObject>
