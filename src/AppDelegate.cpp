@@ -12,7 +12,6 @@
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureRecovery.h"
-#include "Model/Capture/BWHardwareButton.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Model/Session/BWCameraSession.h"
@@ -401,7 +400,7 @@ void AppDelegate::onRecord()
 void AppDelegate::otherKeyPressed(int key, bool autoRepeat)
 {
     const BWCameraPtr camera = currentCamera();
-    if (camera && BWHardwareButton::isPress(key, autoRepeat, camera->readsHardwareButton()))
+    if (camera && BWCaptureController::isHardwareButton(key, autoRepeat, camera->readsHardwareButton()))
         m_capture->pressHardwareButton(*camera);
 }
 

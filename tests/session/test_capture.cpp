@@ -6,7 +6,6 @@
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/Capture/BWCaptureRecovery.h"
-#include "Model/Capture/BWHardwareButton.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "MovieProbe.h"
 #include "SmallDisk.h"
@@ -207,11 +206,11 @@ private Q_SLOTS:
 
     void theButtonAsAKey()
     {
-        QVERIFY(BWHardwareButton::isPress(Qt::Key_WebCam, false, false));
-        QVERIFY(BWHardwareButton::isPress(Qt::Key_Camera, false, false));
-        QVERIFY(!BWHardwareButton::isPress(Qt::Key_WebCam, true, false)); // held down
-        QVERIFY(!BWHardwareButton::isPress(Qt::Key_WebCam, false, true)); // has come by way of the camera
-        QVERIFY(!BWHardwareButton::isPress(Qt::Key_S, false, false));
+        QVERIFY(BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, false));
+        QVERIFY(BWCaptureController::isHardwareButton(Qt::Key_Camera, false, false));
+        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, true, false)); // held down
+        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, true)); // has come by way of the camera
+        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_S, false, false));
     }
 
     void aLostCaptureIsTold()

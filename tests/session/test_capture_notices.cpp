@@ -1,6 +1,6 @@
 #include "../Rows.h"
+#include "Model/Capture/BWCaptureController.h"
 #include "Model/Capture/BWCaptureNotice.h"
-#include "Model/Capture/BWRecordingProgress.h"
 #include "Model/Texts/BWLocalizationManager.h"
 
 #include <QTest>
@@ -92,7 +92,7 @@ private Q_SLOTS:
         BWRecordingStatus status;
         status.duration = std::chrono::milliseconds(milliseconds);
         status.bytes = bytes;
-        QCOMPARE(BWRecordingProgress::text(status, QLocale(locale)), text);
+        QCOMPARE(BWCaptureNotice::progressText(status, QLocale(locale)), text);
     }
 };
 

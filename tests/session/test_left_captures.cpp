@@ -1,6 +1,6 @@
 #include "../Rows.h"
 #include "Model/Albums/BWAlbum.h"
-#include "Model/Capture/BWOrphanedCaptures.h"
+#include "Model/Capture/BWCaptureRecovery.h"
 #include "Utils/BWPrivateFolder.h"
 #include "Utils/BWUIUtils.h"
 

@@ -1,6 +1,5 @@
 #include "App/Capture/BWCaptureFeedback.h"
 
-#include "Model/Capture/BWRecordingProgress.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWControlBar.h"
@@ -75,7 +74,7 @@ void BWCaptureFeedback::recordingChanged(bool recording)
 void BWCaptureFeedback::showProgress()
 {
     if (const BWCameraPtr camera = m_callbacks.currentCamera())
-        m_flash.setDetails(BWRecordingProgress::text(camera->recordingStatus()));
+        m_flash.setDetails(BWCaptureNotice::progressText(camera->recordingStatus()));
     m_progress = DispatchAfterStrict::dispatchForQueue(
         this, [this] { showProgress(); }, progressSeconds, m_clock);
 }

@@ -94,6 +94,12 @@ void BWCaptureController::pressHardwareButton(BWCamera &camera) const
     m_shared->buttonPressed(camera);
 }
 
+bool BWCaptureController::isHardwareButton(int key, bool autoRepeat, bool readByCamera)
+{
+    // X11 and Wayland keyboards have the kernel's camera key as the one of webcams.
+    return (key == Qt::Key_WebCam || key == Qt::Key_Camera) && !autoRepeat && !readByCamera;
+}
+
 void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
 {
     if (camera)

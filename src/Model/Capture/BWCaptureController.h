@@ -1,13 +1,31 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
+#include "BWACUDriver/BWRecordingStatus.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWAlbumDiskGuard.h"
-#include "Model/Capture/BWCaptureResult.h"
 
 #include <functional>
 #include <memory>
 #include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+/// What became of one capture. Without any file there is nothing of it.
+struct BWCaptureResult {
+    BWMediaType type = BWMediaType::Image;
+    QUrl file{}; ///< in the album; empty if it did not get there
+    QUrl left{}; ///< where it lies instead; empty if it is in the album, or could not be written at all
+    BWRecordingStatus recording{}; ///< of a movie: how long it is, and how it ended
+    QString camera{}; ///< of a movie: the camera's title, as menus show it
+    BWAlbumPtr album{}; ///< that it is in; null also if that one is no longer listed
+};
+
+/// Why pressing Record had no effect.
+enum class BWRecordingRefusal {
+    NotStreaming, ///< no camera streams
+    StillSaving, ///< the camera's recording has ended, and its file is being completed
+};
 
 /// Takes what cameras capture into the album that is current when it is complete: snapshots when they come, movies
 /// however a recording came to its end. Operations on the GUI thread.
@@ -52,6 +70,10 @@ public:
 
     /// As if the button on the camera had been pressed. Any thread.
     void pressHardwareButton(BWCamera &camera) const;
+
+    /// Whether a key press that the desktop hands to the window is a press of the current camera's button. It is not if
+    /// the camera reads its button itself (`readByCamera`), or every press would count twice.
+    static bool isHardwareButton(int key, bool autoRepeat, bool readByCamera);
 
     /// What the button on the camera does: a snapshot at once, or else `record` on the GUI thread.
     void setButtonRecords(bool records, std::function<void()> record);

@@ -1,10 +1,13 @@
 #pragma once
 
-#include "Model/Capture/BWCaptureResult.h"
-
+#include <QLocale>
 #include <QString>
+#include <QUrl>
 
 class BWLocalizationManager;
+enum class BWRecordingRefusal;
+struct BWCaptureResult;
+struct BWRecordingStatus;
 
 /// What the user is told when a capture is done. What is lost, or not where it belongs, is told in an alert, which stays
 /// until it is read; what went well, or ended early and is saved, in a line.
@@ -18,4 +21,8 @@ struct BWCaptureNotice {
 
     static BWCaptureNotice of(const BWCaptureResult &result, BWLocalizationManager &texts);
     static BWCaptureNotice ofRefused(BWRecordingRefusal reason, BWLocalizationManager &texts);
+
+    /// How far the running recording has come: "1:05 · 34 MB". Minutes and seconds, with hours from one hour on; the
+    /// size in whole kB or MB, from one GB on with a decimal, so that what changes twice a second is easily read.
+    static QString progressText(const BWRecordingStatus &status, const QLocale &locale = {});
 };

@@ -1,12 +1,39 @@
 #pragma once
 
 #include "Model/Albums/BWAlbumManager.h"
+#include "Utils/BWFileClaim.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
 
 #include <functional>
+#include <memory>
+#include <QDateTime>
+#include <QList>
+#include <QStringList>
+#include <QUrl>
 
-struct BWLeftCapture;
+/// A capture that an earlier run of the program left in a folder for temporary files: a picture or movie of this user's
+/// own, whole and ready for an album.
+struct BWOrphanedCapture {
+    QUrl file;
+    BWMediaType type = BWMediaType::Image;
+    std::shared_ptr<BWFileClaim> claim; ///< keeps other runs away until the capture is in its album
+};
+
+/// Finds the captures that a crashed run left behind. Touches files only; any thread.
+class BWOrphanedCaptures {
+public:
+    BWOrphanedCaptures() = delete;
+
+    /// Finds the captures that no running program claims, in our private folders in these, and, as earlier versions left
+    /// them, in these themselves. Completes movies; removes files that hold nothing and those already in `album`. Leaves
+    /// alone what others may have put there, and what the album's disk has no room for. Oldest first.
+    static QList<BWOrphanedCapture> collect(const QStringList &temporaryFolders, const QUrl &album,
+                                            const QDateTime &now = QDateTime::currentDateTime());
+
+    /// Removes the unfinished copies that a crash left in an album; the captures are still in the temporary folder.
+    static void removeHalfCopies(const QUrl &album, const QDateTime &now = QDateTime::currentDateTime());
+};
 
 /// Brings what a crashed run left behind into the current album, without holding up the start. Its end waits for a file
 /// that is being completed; the rest is left to the next start. GUI thread.
@@ -20,8 +47,8 @@ public:
     void start(const QStringList &temporaryFolders);
 
 private:
-    void takeIn(const QList<BWLeftCapture> &captures);
-    void takenIn(bool added, const BWLeftCapture &capture, const QUrl &file);
+    void takeIn(const QList<BWOrphanedCapture> &captures);
+    void takenIn(bool added, const BWOrphanedCapture &capture, const QUrl &file);
 
     BWAlbumManager &m_albums;
     const std::function<void(int, const QUrl &)> m_recovered;
