@@ -1,7 +1,4 @@
-#include "Model/Export/BWExportCopy.h"
-#include "Model/Export/BWExportWatch.h"
 #include "Model/Export/BWFileExport.h"
-#include "Model/Export/BWFolderCopies.h"
 #include "Model/Export/BWZipExport.h"
 #include "SmallDisk.h"
 #include "TestFolder.h"

@@ -1,11 +1,15 @@
 #include "Model/Export/BWExportResult.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds reportEvery{50};
 
 using Problem = BWExportResult::Problem;
 
@@ -61,6 +65,24 @@ QString text(int error)
 }
 
 } // namespace
+
+void BWExportWatch::begin(qint64 total)
+{
+    m_total = total;
+    m_next = Clock::now() + reportEvery;
+}
+
+void BWExportWatch::add(qint64 bytes)
+{
+    // A file may have grown since the total was made up.
+    const qint64 done = std::min(m_done + bytes, m_total);
+    const bool complete = m_done < m_total && done == m_total;
+    m_done = done;
+    if (!m_report || (!complete && Clock::now() < m_next))
+        return;
+    m_next = Clock::now() + reportEvery;
+    m_report(m_done, m_total);
+}
 
 BWExportResult BWExportResult::done(const QUrl &target)
 {

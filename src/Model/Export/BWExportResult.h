@@ -1,5 +1,8 @@
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <QString>
 #include <QUrl>
 
@@ -32,7 +35,7 @@ struct BWExportResult {
     Outcome outcome = Outcome::Done;
     Problem problem = Problem::None;
     QUrl file; ///< done: the target; failed: the file that it failed on
-    QString reason; ///< the system's words, for the log; null unless failed
+    QString reason; ///< in the system's words, for the log; null unless failed
     QUrl leftover; ///< the part of an archive that a failure left; empty if there is none
 
     static BWExportResult done(const QUrl &target);
@@ -42,4 +45,29 @@ struct BWExportResult {
     static BWExportResult sourceChanged(const QUrl &source);
     static BWExportResult targetFailed(const QUrl &target, int error);
     static BWExportResult targetIsSource(const QUrl &target);
+};
+
+/// Carries progress from a running export to its owner, and the owner's request to stop.
+class BWExportWatch {
+public:
+    /// Bytes of the sources that are written, and of how many. At most twenty times a second, and at the end.
+    using Report = std::function<void(qint64 done, qint64 total)>;
+
+    /// `report` is called on the exporting thread.
+    explicit BWExportWatch(Report report = {}) : m_report(std::move(report)) { }
+
+    /// Any thread.
+    void cancel() { m_cancelled = true; }
+    bool isCancelled() const { return m_cancelled; }
+
+    /// The exporting thread only, as add().
+    void begin(qint64 total);
+    void add(qint64 bytes);
+
+private:
+    const Report m_report;
+    std::atomic<bool> m_cancelled = false;
+    qint64 m_done = 0;
+    qint64 m_total = 0;
+    std::chrono::steady_clock::time_point m_next;
 };

@@ -1,16 +1,91 @@
 #include "Model/Export/BWFileExport.h"
 
-#include "Model/Export/BWExportCopy.h"
-#include "Model/Export/BWExportWatch.h"
+#include "Model/Export/BWExportSource.h"
+#include "Model/Export/BWPartFile.h"
 #include "Model/Export/BWZipExport.h"
+#include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+#include <QFile>
+#include <unistd.h>
 #include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr qint64 step = 4 << 20;
+
+class Copy {
+public:
+    Copy(const BWExportSource &source, BWPartFile &part, BWExportWatch &watch)
+        : m_source(source), m_part(part), m_watch(watch)
+    {
+    }
+
+    /// Nothing if all was copied.
+    std::optional<BWExportResult> run()
+    {
+        m_watch.begin(m_source.size());
+        for (qint64 done = 0; done < m_source.size();) {
+            if (m_watch.isCancelled())
+                return BWExportResult::cancelled();
+            qint64 count = std::min(step, m_source.size() - done);
+            if (auto failure = m_byHand ? copyThroughMemory(done, count) : copyInKernel(done, &count))
+                return failure;
+            done += count;
+            m_watch.add(count);
+        }
+        return std::nullopt;
+    }
+
+private:
+    /// The file system does it, which shares the blocks where it can; `count` becomes what it did. Where it cannot go
+    /// on, nothing is done, and the rest is copied by hand.
+    std::optional<BWExportResult> copyInKernel(qint64 offset, qint64 *count)
+    {
+        off_t from = offset;
+        off_t to = offset;
+        *count = ::copy_file_range(m_source.descriptor(), &from, m_part.descriptor(), &to,
+                                   static_cast<std::size_t>(*count), 0);
+        m_byHand = *count <= 0;
+        *count = std::max<qint64>(*count, 0);
+        if (!m_part.written(offset + *count))
+            return BWExportResult::targetFailed(m_part.target(), errno);
+        return std::nullopt;
+    }
+
+    std::optional<BWExportResult> copyThroughMemory(qint64 offset, qint64 count)
+    {
+        m_buffer.resize(step);
+        if (!m_source.readAt(offset, m_buffer.data(), count))
+            return errno == 0 ? BWExportResult::sourceChanged(m_source.file())
+                              : BWExportResult::sourceFailed(m_source.file(), errno);
+        if (!m_part.writeAt(offset, m_buffer.data(), count))
+            return BWExportResult::targetFailed(m_part.target(), errno);
+        return std::nullopt;
+    }
+
+    const BWExportSource &m_source;
+    BWPartFile &m_part;
+    BWExportWatch &m_watch;
+    bool m_byHand = false;
+    std::vector<char> m_buffer;
+};
+
+void copyFile(const QUrl &file, const QUrl &target)
+{
+    BWExportWatch watch;
+    const BWExportResult result = BWExportCopy::run(file, target, watch);
+    if (result.outcome == BWExportResult::Outcome::Failed)
+        qCWarning(bwModel).noquote() << "Cannot copy" << file.toDisplayString() << "to" << target.toDisplayString()
+                                     << '-' << result.reason;
+}
 
 void report(const QUrl &target, const BWExportResult &failure)
 {
@@ -21,6 +96,39 @@ void report(const QUrl &target, const BWExportResult &failure)
 }
 
 } // namespace
+
+BWExportResult BWExportCopy::run(const QUrl &file, const QUrl &target, BWExportWatch &watch)
+{
+    const auto source = BWExportSource::open(file);
+    if (!source)
+        return BWExportResult::sourceFailed(file, errno);
+    if (source->isAt(BWFilePath::native(target)))
+        return BWExportResult::done(target);
+
+    BWPartFile part(target);
+    if (!part.create())
+        return BWExportResult::targetFailed(target, errno);
+    if (const auto failure = Copy(*source, part, watch).run())
+        return *failure;
+    if (!source->isUnchanged())
+        return BWExportResult::sourceChanged(file);
+    if (watch.isCancelled())
+        return BWExportResult::cancelled();
+    if (!part.complete(source->modified()))
+        return BWExportResult::targetFailed(target, errno);
+    return BWExportResult::done(target);
+}
+
+QStringList BWFolderCopies::copy(const QList<QUrl> &files, const QUrl &folder)
+{
+    QStringList names;
+    for (const QUrl &file : files) {
+        const QByteArray name = BWFilePath::lastComponent(file);
+        names.append(QFile::decodeName(name));
+        m_pool.run([file, target = BWFilePath::entry(folder, name)] { copyFile(file, target); });
+    }
+    return names;
+}
 
 BWFileExport::~BWFileExport()
 {

@@ -7,8 +7,14 @@
 #include <functional>
 #include <memory>
 #include <QList>
+#include <QStringList>
 
-class BWExportWatch;
+/// Copies one file to a target that may exist, and is then replaced once the copy is whole. The date stays. Any thread.
+class BWExportCopy {
+public:
+    /// Returns when the copy is done, cancelled or failed. If the target is the file itself, does nothing and succeeds.
+    static BWExportResult run(const QUrl &file, const QUrl &target, BWExportWatch &watch);
+};
 
 /// Saves files elsewhere while the program goes on: one file as a copy, several as one ZIP archive. One export at a
 /// time. GUI thread only.
@@ -19,13 +25,13 @@ public:
     using Finished = std::function<void(const BWExportResult &result)>;
 
     BWFileExport() = default;
-    /// Cancels what runs, without calling anything.
+    /// Cancels a running export, without calling anything.
     ~BWFileExport();
 
     /// Begins to save the files, one at least, as `target`; a file that stands there is replaced once all is well.
-    /// False, and nothing happens, while an export is running. `finished` is called once, later; a failure is logged.
+    /// False, and nothing happens, while an export is running. Calls `finished` once, later; logs a failure.
     bool start(const QList<QUrl> &files, const QUrl &target, Finished finished, Progress progress = {});
-    /// The end is told as always; it may still be that of an export which was done just before.
+    /// `finished` is called as always; its result may still be that of an export that was done just before.
     void cancel();
     bool isRunning() const { return m_watch != nullptr; }
 
@@ -36,4 +42,16 @@ private:
     Finished m_finished;
     BWAliveToken m_alive;
     BWWorkerPool m_thread;
+};
+
+/// Copies files into folders in the background, each on its own. When destroyed it finishes the copies it was asked for.
+/// GUI thread only.
+class BWFolderCopies {
+public:
+    /// Begins to copy each file into the folder under its own name, and returns the names at once. A file of that name
+    /// is replaced without asking, once the copy is whole. A failure is logged.
+    QStringList copy(const QList<QUrl> &files, const QUrl &folder);
+
+private:
+    BWWorkerPool m_pool{2, BWWorkerPool::untilDone}; // a disk is not faster with more threads
 };

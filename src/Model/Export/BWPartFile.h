@@ -1,11 +1,31 @@
 #pragma once
 
-#include "Model/Export/BWPartNote.h"
+#include "Utils/BWFileClaim.h"
 
 #include <ctime>
+#include <memory>
 #include <optional>
 #include <QByteArray>
 #include <QUrl>
+
+/// A note of a part file that is being written, kept in the folder for temporary files for as long as the object lives. A
+/// note whose program is gone names the part that the program left behind. Any thread.
+class BWPartNote {
+public:
+    /// The part is open. Does without a note that cannot be written.
+    BWPartNote(const QByteArray &part, int descriptor);
+    ~BWPartNote();
+    BWPartNote(const BWPartNote &) = delete;
+    BWPartNote &operator=(const BWPartNote &) = delete;
+
+    /// Removes the parts that killed programs have left in that folder, whose path ends with a slash. Leaves alone what
+    /// has taken the name of such a part since.
+    static void clearParts(const QByteArray &folder);
+
+private:
+    QByteArray m_path;
+    std::shared_ptr<BWFileClaim> m_claim;
+};
 
 /// A file that is written beside its target, as NAME.part, and takes the target's place only when it is whole and safe
 /// on the disk. Until then whatever stands at the target stays as it is. One thread.
@@ -20,18 +40,18 @@ public:
     BWPartFile &operator=(const BWPartFile &) = delete;
 
     const QUrl &target() const { return m_target; }
-    /// Another name is taken where NAME.part is in use or too long. Removes before what runs that were killed have left
-    /// in the folder.
+    /// Takes another name if NAME.part is in use or too long. First removes the parts that killed programs have left in
+    /// the folder.
     bool create();
     int descriptor() const { return m_descriptor; }
 
     bool writeAt(qint64 offset, const char *bytes, qint64 size);
-    /// To be told of what is written through descriptor(). Keeps what waits for the disk small, so that the end of a
-    /// large file comes soon after its last byte, and a cancelled one lets go at once.
+    /// To be called after writing through descriptor(). Keeps the amount that waits for the disk small, so that
+    /// completing a large file takes no longer than a small one, and cancelling takes no time.
     bool written(qint64 end);
 
-    /// Brings the file to disk and gives it the target's name, replacing any file there, but no folder. `modified` is
-    /// the date that it gets, where the disk can keep one.
+    /// Brings the file to disk and gives it the target's name, replacing any file there, but no folder. `modified`
+    /// becomes its date, if the disk can keep one.
     bool complete(const std::optional<timespec> &modified = {});
     /// Leaves the part where it is; an empty one is removed. Returns where it is, an empty URL if it was.
     QUrl keep();

@@ -1,8 +1,6 @@
 #include "Model/Export/BWZipExport.h"
 
-#include "Model/Export/BWBlockDeflater.h"
 #include "Model/Export/BWExportSource.h"
-#include "Model/Export/BWExportWatch.h"
 #include "Model/Export/BWPartFile.h"
 #include "Model/Export/BWZipWriter.h"
 #include "Utils/BWFilePath.h"
@@ -18,9 +16,70 @@
 #include <QThread>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <vector>
 #include <zlib.h>
 
 namespace {
+
+/// A piece of a file, compressed on its own so that several processors can share the work on one file. The blocks of a
+/// file, one after the other, are one deflate stream.
+struct DeflatedBlock {
+    QByteArray deflated;
+    quint32 checksum = 0; ///< CRC-32 of what was read
+    qint64 size = 0; ///< bytes read
+    bool changed = false; ///< the file had fewer bytes than it had when it was opened
+    int error = 0; ///< an errno, or 0
+};
+
+constexpr qint64 blockSize = 512 << 10;
+constexpr qint64 windowSize = 32 << 10; // how far back deflate looks
+
+Bytef *bytes(char *data)
+{
+    return reinterpret_cast<Bytef *>(data);
+}
+
+/// False only for lack of memory. The dictionary is what goes before the block's own bytes.
+bool compress(char *dictionary, qint64 dictionarySize, DeflatedBlock *block, bool last)
+{
+    char *const data = dictionary + dictionarySize;
+    z_stream stream{};
+    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+        return false;
+    // What went before can be referred to, so that cutting into blocks costs next to nothing.
+    if (dictionarySize > 0)
+        ::deflateSetDictionary(&stream, bytes(dictionary), static_cast<uInt>(dictionarySize));
+    constexpr uLong marker = 16; // ends a block that is not the last one
+    block->deflated = QByteArray(
+        static_cast<qsizetype>(::deflateBound(&stream, static_cast<uLong>(block->size)) + marker), Qt::Uninitialized);
+    stream.next_in = bytes(data);
+    stream.avail_in = static_cast<uInt>(block->size);
+    stream.next_out = bytes(block->deflated.data());
+    stream.avail_out = static_cast<uInt>(block->deflated.size());
+    const int status = ::deflate(&stream, last ? Z_FINISH : Z_SYNC_FLUSH);
+    block->deflated.resize(static_cast<qsizetype>(stream.total_out));
+    const bool whole = last ? status == Z_STREAM_END : status == Z_OK && stream.avail_out > 0;
+    ::deflateEnd(&stream);
+    return whole;
+}
+
+/// The block that begins at that place; the last one of a file ends the stream.
+DeflatedBlock deflateBlock(const BWExportSource &source, qint64 offset)
+{
+    DeflatedBlock block;
+    block.size = std::min(blockSize, source.size() - offset);
+    const qint64 before = std::min(offset, windowSize);
+    std::vector<char> data(static_cast<std::size_t>(before + block.size) + 1);
+    if (!source.readAt(offset - before, data.data(), before + block.size)) {
+        block.error = errno;
+        block.changed = errno == 0;
+        return block;
+    }
+    block.checksum = static_cast<quint32>(::crc32(0, bytes(data.data() + before), static_cast<uInt>(block.size)));
+    if (!compress(data.data(), before, &block, offset + block.size == source.size()))
+        block.error = ENOMEM;
+    return block;
+}
 
 using Failure = std::optional<BWExportResult>;
 
@@ -82,7 +141,7 @@ private:
     struct Block {
         std::shared_ptr<const BWExportSource> source;
         qint64 offset;
-        std::future<BWDeflatedBlock> result;
+        std::future<DeflatedBlock> result;
     };
 
     Failure targetFailure() const { return BWExportResult::targetFailed(m_part.target(), m_writer.error()); }
@@ -92,7 +151,7 @@ private:
         qint64 offset = 0;
         do {
             enqueue(source, offset);
-            offset += BWBlockDeflater::blockSize;
+            offset += blockSize;
             // Twice as many as threads, so that none runs out of work while a block is being written.
             while (m_blocks.size() > 2 * static_cast<std::size_t>(m_threads)) {
                 if (Failure failure = writeFirst())
@@ -104,9 +163,9 @@ private:
 
     void enqueue(const std::shared_ptr<const BWExportSource> &source, qint64 offset)
     {
-        const auto task = std::make_shared<std::packaged_task<BWDeflatedBlock()>>([this, source, offset] {
+        const auto task = std::make_shared<std::packaged_task<DeflatedBlock()>>([this, source, offset] {
             ::setpriority(PRIO_PROCESS, 0, yieldToOthers); // of this thread alone
-            return m_stopped ? BWDeflatedBlock() : BWBlockDeflater::deflate(*source, offset);
+            return m_stopped ? DeflatedBlock() : deflateBlock(*source, offset);
         });
         m_blocks.push_back({source, offset, task->get_future()});
         m_pool.run([task] { (*task)(); });
@@ -125,7 +184,7 @@ private:
                     {BWFilePath::lastComponent(source.file()), source.modified().tv_sec, source.size()}))
                 return targetFailure();
         }
-        const BWDeflatedBlock deflated = block.result.get();
+        const DeflatedBlock deflated = block.result.get();
         if (deflated.changed)
             return BWExportResult::sourceChanged(source.file());
         if (deflated.error != 0)

@@ -4,8 +4,6 @@
 
 #include <QList>
 
-class BWExportWatch;
-
 /// Packs files into a new ZIP archive, compressing on all processors at once in little memory whatever the size. A file
 /// that stands at the target is replaced once the archive is whole. Any thread.
 class BWZipExport {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Model/Albums/BWAlbum.h"
-#include "Model/Export/BWFolderCopies.h"
+#include "Model/Export/BWFileExport.h"
 #include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 
