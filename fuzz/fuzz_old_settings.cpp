@@ -2,7 +2,7 @@
 
 #include "BWPropertyListMutator.h"
 #include "Model/Import/BWKeyedArchive.h"
-#include "Model/Import/BWOldSettingsFile.h"
+#include "Model/Import/BWOldSettings.h"
 #include "Model/Import/BWPropertyList.h"
 
 #include <algorithm>

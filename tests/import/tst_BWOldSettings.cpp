@@ -1,9 +1,8 @@
 #include "BWACUDriver/BWCameraSetting.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
-#include "Model/Import/BWOldSettingsFile.h"
+#include "Model/Import/BWOldSettings.h"
 #include "Model/Import/BWOldSettingsImporter.h"
-#include "Model/Import/BWOldSettingsKeys.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
@@ -65,8 +64,8 @@ private Q_SLOTS:
             const BWRepository::Options options{settings.path(u"settings.conf"_s), home(), {u"en"_s}, QString()};
             {
                 BWSettingsFile defaults(options.settingsFile);
-                defaults.setData(BWOldSettingsKeys::cameras(), read(u"cameras."_s + writer));
-                defaults.setData(BWOldSettingsKeys::albums(), read(u"albums."_s + writer));
+                defaults.setData(BWOldSettings::camerasKey(), read(u"cameras."_s + writer));
+                defaults.setData(BWOldSettings::albumsKey(), read(u"albums."_s + writer));
             }
             {
                 const BWRepository repository(options);
@@ -91,7 +90,7 @@ private Q_SLOTS:
             QCOMPARE(storedAlbums(defaults),
                      QStringList({home() + u"/Pictures"_s, home() + u"/BrimwellPro/Standardalbum"_s,
                                   home() + u"/gone/Straße é"_s}));
-            QCOMPARE(defaults.data(BWOldSettingsKeys::cameras()), read(u"cameras."_s + writer));
+            QCOMPARE(defaults.data(BWOldSettings::camerasKey()), read(u"cameras."_s + writer));
 
             const BWRepository again(options);
             QCOMPARE(again.configManager().productByIdentifier(u"dx12"_s)->currentResolution(), BWResolution(720, 480));
@@ -103,8 +102,8 @@ private Q_SLOTS:
     {
         const TestFolder settings;
         BWSettingsFile defaults(settings.path(u"settings.conf"_s));
-        defaults.setData(BWOldSettingsKeys::albums(), read(u"albums.binary"_s).chopped(1));
-        defaults.setData(BWOldSettingsKeys::cameras(), read(u"cameras.binary"_s));
+        defaults.setData(BWOldSettings::albumsKey(), read(u"albums.binary"_s).chopped(1));
+        defaults.setData(BWOldSettings::camerasKey(), read(u"cameras.binary"_s));
         BWConfigManager config(defaults);
         BWAlbumManager albums(defaults, settings.path());
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^The old list of albums is not taken over: "_s));

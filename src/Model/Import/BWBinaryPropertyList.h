@@ -5,7 +5,7 @@
 #include <QString>
 #include <QVariant>
 
-/// The binary form, read by libplist once BWBinaryPropertyListCheck has passed it. For BWPropertyList.
+/// The binary form, checked by us and then read by libplist. For BWPropertyList.
 class BWBinaryPropertyList {
 public:
     static std::optional<QVariant> read(const QByteArray &bytes, QString &problem);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Import/BWOldSettingsFile.h"
+#include "Model/Import/BWOldSettings.h"
 #include "Model/Import/BWOldSettingsImporter.h"
 
 class BWLocalizationManager;

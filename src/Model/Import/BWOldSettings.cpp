@@ -1,15 +1,40 @@
 #include "Model/Import/BWOldSettings.h"
 
 #include "Model/Import/BWKeyedArchive.h"
+#include "Model/Import/BWPropertyList.h"
 #include "Utils/BWLogging.h"
 
+#include <cerrno>
 #include <cmath>
 #include <limits>
+#include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Decodes what is stored under a key, if anything is. False when it is no archive of that kind.
+template <typename Settings, typename Decode>
+bool take(const QVariantMap &stored, const QString &key, std::optional<Settings> &settings, Decode decode,
+          QString &problem)
+{
+    if (!stored.contains(key))
+        return true;
+    if (stored[key].typeId() != QMetaType::QByteArray) {
+        problem = u"it holds no data"_s;
+        return false;
+    }
+    settings = decode(stored[key].toByteArray(), problem);
+    return settings.has_value();
+}
+
+BWOldSettingsFile refuse(BWOldSettingsFile::Problem problem, const QString &detail)
+{
+    return {problem, detail, {}};
+}
 
 /// Takes values of the types they must have. What is absent gives an empty value, any other type is noted as a problem.
 class Expect {
@@ -138,4 +163,37 @@ std::optional<QList<BWOldAlbum>> BWOldAlbum::decode(const QByteArray &archive, Q
             albums.append({name, path});
     }
     return expect.allWell() ? std::optional(albums) : std::nullopt;
+}
+
+BWOldSettingsFile BWOldSettingsFile::read(const QString &path)
+{
+    QFile file(path);
+    if (::access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == ENOENT)
+        return refuse(Problem::NotThere, u"there is no such file"_s);
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // opening a pipe or a device may take for ever
+        return refuse(Problem::Foreign, u"\"%1\" is no file"_s.arg(path));
+    if (!file.open(QIODevice::ReadOnly))
+        return refuse(Problem::Unreadable, file.errorString());
+    if (file.size() > BWPropertyList::maximumBytes)
+        return refuse(Problem::TooLarge, u"the file has %1 bytes"_s.arg(file.size()));
+    const QByteArray content = file.read(BWPropertyList::maximumBytes + 1);
+    if (file.error() != QFileDevice::NoError)
+        return refuse(Problem::Unreadable, file.errorString());
+    return decode(content);
+}
+
+BWOldSettingsFile BWOldSettingsFile::decode(const QByteArray &content)
+{
+    QString problem;
+    const auto list = BWPropertyList::read(content, problem);
+    if (!list || list->typeId() != QMetaType::QVariantMap)
+        return refuse(Problem::Foreign, problem.isNull() ? u"it is no dictionary"_s : problem);
+    const QVariantMap stored = list->toMap();
+    if (!stored.contains(BWOldSettings::camerasKey()) && !stored.contains(BWOldSettings::albumsKey()))
+        return refuse(Problem::NothingOld, u"they are not in this file"_s);
+    BWOldSettingsFile result;
+    if (!take(stored, BWOldSettings::camerasKey(), result.settings.cameras, BWOldCameraSettings::decode, problem)
+        || !take(stored, BWOldSettings::albumsKey(), result.settings.albums, BWOldAlbum::decode, problem))
+        return refuse(Problem::Damaged, problem);
+    return result;
 }

@@ -2,15 +2,15 @@
 
 #include "BWACUDriver/BWCameraSetting.h"
 #include "Model/Albums/BWAlbumManager.h"
-#include "Model/Import/BWOldSettingsKeys.h"
-#include "Model/Import/BWOldSettingsMapping.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWUserDefaults.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"
 
+#include <optional>
 #include <QFile>
+#include <QHash>
 
 using namespace Qt::StringLiterals;
 
@@ -18,11 +18,56 @@ using Result = BWOldSettingsImporter::Result;
 
 namespace {
 
+/// From the products' names in the previous generation, English and German, to their identifiers.
+QHash<QString, QString> oldProductNames(const BWConfigManager &config)
+{
+    QHash<QString, QString> names;
+    for (const BWCameraProductPtr &product : config.allProducts()) {
+        names.insert(product->oldEnglishName(), product->identifier());
+        if (!product->oldGermanName().isNull())
+            names.insert(product->oldGermanName(), product->identifier());
+    }
+    return names;
+}
+
+/// Null for an unknown type of camera.
+QString cameraType(const QString &oldName)
+{
+    static const QHash<QString, QString> cameras{
+        {u"Brimwell Camera"_s, u"wired_regular"_s},
+        {u"Brimwell High Resolution Camera"_s, u"wired_high"_s},
+        {u"Brimwell Ultra Resolution Camera"_s, u"wired_ultra"_s},
+        {u"Brimwell Wireless Camera"_s, u"wireless"_s},
+    };
+    return cameras.value(oldName);
+}
+
+/// Code of a control; nothing for an unknown one.
+std::optional<int> settingCode(const QString &oldName)
+{
+    static const QHash<QString, int> settings{
+        {u"hue"_s, BWSettingHue},
+        {u"contrast"_s, BWSettingContrast},
+        {u"saturation"_s, BWSettingSaturation},
+        {u"brightness"_s, BWSettingBrightness},
+        {u"sharpness"_s, BWSettingSharpness},
+        {u"gamma"_s, BWSettingGamma},
+        {u"whiteBalance"_s, BWSettingWhiteBalance},
+        {u"autoWhite"_s, BWSettingAutoWhite},
+        {u"gain"_s, BWSettingGain},
+        {u"backlight"_s, BWSettingBacklight},
+        {u"autoExposure"_s, BWSettingAutoExposure},
+        {u"exposureAbsolute"_s, BWSettingExposureAbsolute},
+    };
+    const auto found = settings.constFind(oldName);
+    return found == settings.constEnd() ? std::nullopt : std::optional(*found);
+}
+
 void setProduct(BWCameraProduct &product, const BWOldCameraSettings::Product &old)
 {
     const QList<int> available = product.availableSettings();
     for (auto it = old.values.begin(); it != old.values.end(); ++it) {
-        const auto setting = BWOldSettingsMapping::setting(it.key());
+        const auto setting = settingCode(it.key());
         if (setting && available.contains(*setting))
             product.setValue(*it, *setting);
     }
@@ -36,17 +81,17 @@ void setProduct(BWCameraProduct &product, const BWOldCameraSettings::Product &ol
 
 void setCameras(const BWOldCameraSettings &old, BWConfigManager &config, Result &result)
 {
-    const BWOldSettingsMapping mapping(config);
-    // The products first: whoever is told of a choice then finds their values.
+    const QHash<QString, QString> products = oldProductNames(config);
+    // The products first: whoever is notified of a choice then finds their values.
     for (const BWOldCameraSettings::Product &record : old.products) {
-        const BWCameraProductPtr product = config.productByIdentifier(mapping.product(record.name));
+        const BWCameraProductPtr product = config.productByIdentifier(products.value(record.name));
         if (product)
             setProduct(*product, record);
         ++(product ? result.products : result.unknownProducts);
     }
     for (auto it = old.productForCamera.begin(); it != old.productForCamera.end(); ++it) {
-        const QString camera = BWOldSettingsMapping::camera(it.key());
-        const QString product = mapping.product(*it);
+        const QString camera = cameraType(it.key());
+        const QString product = products.value(*it);
         const bool isKnown = !camera.isNull() && !product.isNull();
         if (isKnown)
             config.setCurrentProductIdentifier(product, camera);
@@ -107,7 +152,7 @@ bool BWOldSettingsImporter::importSettings(BWConfigManager &config, BWAlbumManag
 
 bool BWOldSettingsImporter::importAlbums(BWConfigManager &config, BWAlbumManager &albums)
 {
-    const QByteArray archive = m_defaults.data(BWOldSettingsKeys::albums());
+    const QByteArray archive = m_defaults.data(BWOldSettings::albumsKey());
     if (archive.isNull())
         return true;
     QString problem;
@@ -129,7 +174,7 @@ bool BWOldSettingsImporter::importAlbums(BWConfigManager &config, BWAlbumManager
 
 bool BWOldSettingsImporter::importCameraSettings(BWConfigManager &config)
 {
-    const QByteArray archive = m_defaults.data(BWOldSettingsKeys::cameras());
+    const QByteArray archive = m_defaults.data(BWOldSettings::camerasKey());
     if (archive.isNull())
         return true;
     QString problem;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Utils/BWWorkerPool.h"
 #include "Model/Thumbnails/BWThumbnailMaker.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <chrono>
 #include <functional>
