@@ -28,7 +28,6 @@
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/MainWindow/BWStatusLine.h"
-#include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Technician/BWSimulatedCamerasWindowController.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 
@@ -66,6 +65,7 @@ AppDelegate::AppDelegate(Options options)
     : m_options(std::move(options)),
       m_clock(m_options.clock ? *m_options.clock : BWClock::system()),
       m_repository(BWRepository::singleton()),
+      m_productInUse(m_repository.configManager()),
       m_quitting(quittingCallbacks(), m_clock)
 {
 }
@@ -149,21 +149,21 @@ void AppDelegate::prepareUI()
     m_window->menu().showTools(m_options.technician);
     prepareCapture();
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(
-        *m_window, m_repository,
-        BWAuxiliaryWindows::Callbacks{m_options.openUrl, [this] { return currentCamera(); },
-                                      [this] { return m_cameraManager.cameras(); },
+        *m_window, m_repository, m_productInUse,
+        BWAuxiliaryWindows::Callbacks{m_options.openUrl, [this] { return m_cameraManager.cameras(); },
                                       [this](const BWCameraPtr &camera) { m_session->changeCurrentCamera(camera); }},
         m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
-        *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_repository,
+        *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_productInUse, m_repository,
         BWSessionWindows::Callbacks{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
                                     [this] { return pendingDevices(); }, [this] { return blockedCameras(); }},
         m_clock);
     m_session = std::make_unique<BWCameraSession>(
-        m_cameraManager, config, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); }, m_clock);
+        m_cameraManager, config, m_productInUse, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); },
+        m_clock);
     m_sessionWindows->setSession(*m_session);
     m_importMenu =
-        std::make_unique<BWImportMenu>(*m_window, m_repository, m_panels, [this] { showImportedSettings(); });
+        std::make_unique<BWImportMenu>(*m_window, m_repository, m_panels, [this] { m_productInUse.reloadImported(); });
     connectActions();
     updateStateLabel();
 
@@ -314,7 +314,7 @@ void AppDelegate::updateStateLabel()
         m_statusLine->setText(BWStartProblemText::status(problem, m_repository.localizationManager()));
         return;
     }
-    const auto product = m_session->currentProduct();
+    const auto product = m_productInUse.currentProduct();
     m_capture->setSnapshotTags(product ? product->name() : QString(), QStringLiteral("BrimwellPro " BW_VERSION));
     if (m_grid->useGrid()) {
         m_statusLine->setText(m_liveView->state().currentZoom() == 100
@@ -383,13 +383,6 @@ void AppDelegate::openAlbumFolder()
 void AppDelegate::forceSnapshot()
 {
     BWCaptureController::forceSnapshot(currentCamera());
-}
-
-/// The camera in use gets what its product now has.
-void AppDelegate::showImportedSettings()
-{
-    m_auxiliaryWindows->advancedSettings().reload();
-    m_auxiliaryWindows->advancedSettings().loadProductWithVideoNorm(true);
 }
 
 void AppDelegate::onRecord()

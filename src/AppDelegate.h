@@ -7,6 +7,7 @@
 #include "Model/BWApplicationDelegate.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/LiveView/BWLiveRenderer.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Session/BWQuitting.h"
 #include "Model/Settings/BWConfigManagerListener.h"
 #include "Utils/BWMainQueue.h"
@@ -87,7 +88,6 @@ private:
     void resetLayout();
     void openAlbumFolder();
     void forceSnapshot();
-    void showImportedSettings();
     void onRecord();
     void otherKeyPressed(int key, bool autoRepeat);
     void windowDidChangeOcclusionState();
@@ -97,6 +97,7 @@ private:
     BWRepository &m_repository;
     std::shared_ptr<BWLiveRenderer> m_renderer = std::make_shared<BWLiveRenderer>();
     BWCameraManager m_cameraManager;
+    BWProductInUse m_productInUse;
     std::unique_ptr<BWMainWindow> m_window;
     std::unique_ptr<BWStatusLine> m_statusLine;
     std::unique_ptr<BWLiveViewController> m_liveView;

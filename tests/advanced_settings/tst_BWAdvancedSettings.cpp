@@ -1,18 +1,14 @@
 #include "../Rows.h"
 #include "../views/WidgetSearch.h"
-#include "BWACUDriver/BWCameraDetector.h"
-#include "BWACUDriver/BWCameraManager.h"
-#include "BWACUDriver/BWSimulatedCameras.h"
 #include "BWManualClock.h"
-#include "Model/Products/BWSettingSender.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
-#include "NotingDevice.h"
+#include "NotingCamera.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingViewController.h"
 
-#include <future>
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
@@ -24,59 +20,19 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-using Type = BWSimulatedCameraOptions::Type;
+using Type = NotingCamera::Type;
 
 namespace {
 
-/// An opened camera, simulated, that notes what it is sent.
-class NotingCamera {
-    std::unique_ptr<BWSimulatedBackend> m_backend;
-    BWCameraManager m_manager;
-
-public:
-    explicit NotingCamera(Type type, bool withBridge = true)
-        : m_backend(BWSimulatedBackend::create({{.type = type, .pacing = BWSimulatedCameraOptions::Pacing::Manual}}))
-    {
-        m_backend->start(BWCameraDetector::supportedDescriptions(),
-                         {[&](const BWDetectedCameraPtr &found) {
-                              BWCameraDescription description = *found->cameraDescription();
-                              description.isBridgeChip = description.isBridgeChip && withBridge;
-                              camera = m_manager.addDetectedCamera(noting(
-                                  std::make_shared<BWDetectedCamera>(std::make_shared<BWCameraDescription>(description),
-                                                                     u"noting"_s, [found] { return found->open(); }),
-                                  notes));
-                          },
-                          [](const BWDetectedCameraPtr &) {}});
-    }
-
-    /// What it was sent since the last time, now that it has done all of it.
-    QString received() const
-    {
-        std::promise<void> done;
-        camera->stopWithCompletion([&done] { done.set_value(); });
-        done.get_future().wait();
-        return notes->take();
-    }
-
-    const std::shared_ptr<DeviceNotes> notes = std::make_shared<DeviceNotes>();
-    BWCameraPtr camera;
-};
-
 /// The window on one camera after the other, and what a person does in it.
 struct Bench {
-    explicit Bench(const NotingCamera &first) : camera(first.camera)
+    explicit Bench(const NotingCamera &first)
     {
         window.localizeWithManager(texts);
-        config.addListener(&window);
         start(first);
     }
-    ~Bench() { config.removeListener(&window); }
 
-    void start(const NotingCamera &started)
-    {
-        camera = started.camera;
-        window.setCurrentCamera(camera);
-    }
+    void start(const NotingCamera &started) { window.setCurrentCamera(started.camera); }
     template <typename Widget>
     Widget *part(int setting) const
     {
@@ -114,11 +70,11 @@ struct Bench {
     QTemporaryDir folder;
     BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
     BWLocalizationManager texts{QString::fromUtf8(BW_LOCALIZATION_FILE), {u"en"_s}};
-    BWCameraPtr camera;
-    BWConfigManager config{defaults, [this] { return camera->identifierForProducts(); }};
+    BWConfigManager config{defaults};
+    BWProductInUse product{config};
     QWidget cameraWindow;
     BWManualClock clock;
-    BWAdvancedSettingsWindowController window{config, defaults, [this] { return camera; }, &cameraWindow, clock};
+    BWAdvancedSettingsWindowController window{product, defaults, &cameraWindow, clock};
 };
 
 } // namespace
@@ -127,50 +83,6 @@ class TestBWAdvancedSettings : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void loading_data()
-    {
-        const Rows<Type, QString, QString> row;
-        const QString ultra = u"0=0 1=32 4=3 9=0 2=64 3=0 5=100 12=157 7=4600 8=1 11=1"_s;
-        const QString wireless = u"0=63 1=28 4=10 2=56 3=130"_s;
-        row("a camera has started", Type::Ultra, u"start"_s, ultra);
-        row("started, the norm is left alone", Type::Wireless, u"start"_s, wireless);
-        row("another product", Type::Ultra, u"mx24"_s,
-            u"0=12 1=50 4=4 9=0 2=60 3=35 5=90 12=625 7=3750 8=1 11=0 12=625"_s);
-        row("another product, the norm too", Type::Wireless, u"dx17_18"_s, u"0=63 1=32 4=11 2=56 3=100 norm 1"_s);
-        row("the same product", Type::Ultra, u"mx62"_s, QString());
-        row("a product that does not exist: the default one", Type::Ultra, u"mx99"_s, QString());
-        row("factory values, the norm too", Type::Wireless, u"restore"_s, wireless + u" norm 1"_s);
-    }
-    void loading()
-    {
-        const auto [type, what, received] = Rows<Type, QString, QString>::current();
-        const NotingCamera camera(type);
-        Bench bench(camera);
-        QVERIFY(camera.received().startsWith(u"0="_s));
-        if (what == u"start"_s)
-            bench.start(camera);
-        else if (what == u"restore"_s)
-            bench.window.onRestoreDefaults();
-        else
-            bench.config.setCurrentProductIdentifier(what, bench.camera->identifierForProducts());
-        QCoreApplication::processEvents();
-        QCOMPARE(camera.received(), received);
-    }
-
-    void aControlWithoutAValueOfTheProductIsLeftAlone()
-    {
-        const NotingCamera camera(Type::High);
-        Bench bench(camera);
-        camera.received();
-        // Cameras of that kind may have more controls than its products know.
-        const NotingCamera richer(Type::Ultra);
-        bench.camera = richer.camera;
-        bench.window.loadProductWithVideoNorm(true);
-        QCOMPARE(richer.received(), u"0=0 1=15 4=6 2=15 3=64 5=78 7=2800 8=1"_s);
-        QCOMPARE(bench.part<QSpinBox>(BWSettingExposureAbsolute)->value(), 157);
-        QVERIFY(bench.part<QSlider>(BWSettingExposureAbsolute)->isEnabled());
-    }
-
     void changes_data()
     {
         const Rows<Type, int, QString, QString, double> row;
@@ -204,7 +116,7 @@ private Q_SLOTS:
         else
             bench.choose(setting, value.toInt());
         QCOMPARE(camera.received(), received);
-        QCOMPARE(bench.window.product()->valueForSetting(setting), kept);
+        QCOMPARE(bench.product.product()->valueForSetting(setting), kept);
         if (const auto *slider = bench.part<QSlider>(setting)) {
             QCOMPARE(slider->value(), kept);
             QCOMPARE(bench.part<QSpinBox>(setting)->value(), kept);
@@ -222,18 +134,6 @@ private Q_SLOTS:
                 possible << norms->itemText(norm);
         }
         QCOMPARE(possible, QStringList({u"NTSC"_s, u"PAL"_s}));
-    }
-
-    void aCameraThatIsAboutToStartIsLeftAlone()
-    {
-        const NotingCamera going(Type::Ultra);
-        const NotingCamera coming(Type::Wireless);
-        Bench bench(going);
-        bench.camera = coming.camera;
-        bench.part<QSlider>(BWSettingBrightness)->setValue(20);
-        QCOMPARE(bench.window.product()->valueForSetting(BWSettingBrightness), 20.0);
-        bench.window.onRestoreDefaults();
-        QCOMPARE(coming.received(), QString());
     }
 
     void controlsThatTheCameraDoesNotHaveAreBlank()
@@ -261,23 +161,6 @@ private Q_SLOTS:
             QCOMPARE(bench.part<QSpinBox>(BWSettingGain)->text(), u"0"_s);
         }
         QVERIFY(!bench.window.controllerForSetting(BWSettingBacklight));
-    }
-
-    void valuesAreStoredWhenTheUserSaysSo()
-    {
-        const NotingCamera camera(Type::Wireless);
-        Bench bench(camera);
-        const QString key = bench.window.product()->settingsName();
-        bench.part<QSlider>(BWSettingBrightness)->setValue(77);
-        bench.window.updateResolution({720, 480});
-        QCOMPARE(bench.defaults.string(key), QString());
-        bench.window.onSaveAsDefault();
-        QCOMPARE(bench.defaults.string(key),
-                 uR"({"0":63,"1":28,"13":1,"2":56,"3":77,"4":10,"resolution":"720x480"})"_s);
-        bench.window.onRestoreDefaults();
-        QCOMPARE(bench.defaults.string(key),
-                 uR"({"0":63,"1":28,"13":1,"2":56,"3":130,"4":10,"resolution":"640x480"})"_s);
-        QCOMPARE(bench.part<QSpinBox>(BWSettingBrightness)->value(), 130);
     }
 
     void savedIsSaidOnlyWhenItIsSo()
@@ -317,7 +200,7 @@ private Q_SLOTS:
         QVERIFY(slider->isEnabled());
         QCOMPARE(bench.signsOfHold(BWSettingWhiteBalance), u"hint dimmed reason"_s);
         QCOMPARE(camera.received(), QString()); // what is shown is not sent back
-        QCOMPARE(bench.window.product()->valueForSetting(BWSettingWhiteBalance), 4600.0);
+        QCOMPARE(bench.product.product()->valueForSetting(BWSettingWhiteBalance), 4600.0);
 
         // A slider that is being held stays under the hand.
         slider->setSliderDown(true);
@@ -370,24 +253,6 @@ private Q_SLOTS:
         QCOMPARE(slider->value(), 3500);
         bench.clock.advance(100ms);
         QCOMPARE(slider->value(), 3000);
-    }
-
-    void aSlowCameraHoldsUpNobody()
-    {
-        const NotingCamera slow(Type::High);
-        const auto send = [&slow](int setting, double value) {
-            BWSettingSender::send(*slow.camera, *slow.camera->settingForIdentifier(setting), value);
-        };
-        slow.notes->holdUp();
-        send(BWSettingBrightness, 1);
-        slow.notes->waitUntilBusy();
-        for (int value = 2; value <= 20; ++value) {
-            send(BWSettingBrightness, value);
-            send(BWSettingContrast, value);
-            send(BWSettingHue, -value);
-        }
-        slow.notes->letGo();
-        QCOMPARE(slow.received(), u"3=1 3=20 1=20 0=-20"_s);
     }
 };
 

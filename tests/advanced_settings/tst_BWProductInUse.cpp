@@ -1,162 +1,183 @@
-#include "AppDelegate.h"
-#include "BWManualClock.h"
-#include "Model/Albums/BWAlbumManager.h"
-#include "Model/BWRepository.h"
-#include "Model/Session/BWCameraAuthorization.h"
+#include "../Rows.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
-#include "Model/Texts/BWLocalizationManager.h"
-#include "TestFolder.h"
-#include "Views/MainWindow/BWCenteringClipView.h"
-#include "Views/MainWindow/BWControlBar.h"
-#include "Views/MainWindow/BWMainMenu.h"
-#include "Views/MainWindow/BWMainWindow.h"
-#include "Views/MainWindow/BWStatusLine.h"
-#include "Views/Settings/BWAdvancedSettingsWindowController.h"
-#include "Views/Settings/BWSettingsForm.h"
-#include "Views/Technician/BWGridDebuggerWindowController.h"
+#include "NotingCamera.h"
 
-#include <future>
-#include <QAction>
-#include <QComboBox>
-#include <QLabel>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using Type = NotingCamera::Type;
 
-/// What the whole program makes of the product that its camera is taken for.
+namespace {
+
+struct Bench {
+    explicit Bench(const NotingCamera &camera) { start(camera); }
+
+    void start(const NotingCamera &camera)
+    {
+        product.setCamera(camera.camera);
+        product.cameraStarted();
+    }
+    void choose(const QString &identifier)
+    {
+        config.setCurrentProductIdentifier(identifier, product.camera()->identifierForProducts());
+        QCoreApplication::processEvents(); // not before all listeners have been notified
+    }
+
+    QTemporaryDir folder;
+    BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
+    BWConfigManager config{defaults};
+    BWProductInUse product{config};
+};
+
+} // namespace
+
 class TestBWProductInUse : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
+    void startIsPrepared()
     {
-        qputenv("TMPDIR", m_home.path().toUtf8());
-        const QString settings = m_home.path(u"settings.conf"_s);
-        BWSettingsFile(settings).setString(u"bwp2x_product_for_camera"_s, u"{\"wired_high\":\"mx1\"}"_s);
-        BWRepository::setOptions({settings, m_home.path(), {u"en"_s}, QString()});
-        const BWRepository &repository = BWRepository::singleton();
-        QVERIFY2(!repository.albumManager().isPrepared(), "no disk is waited for");
-        QCOMPARE(repository.localizationManager().preferredLanguage(), u"en"_s);
-        QVERIFY(!repository.localizationManager().strings().isEmpty()); // of the products
-        auto backend = BWSimulatedBackend::create({{.pacing = BWSimulatedCameraOptions::Pacing::Manual}}, m_clock);
-        m_hand = backend->cameras().first();
-        AppDelegate::Options options;
-        options.backends.push_back(std::move(backend));
-        options.authorization = std::make_unique<BWNoAuthorizationNeeded>();
-        options.quit = [this] { m_quit = true; };
-        options.clock = &m_clock;
-        m_delegate = std::make_unique<AppDelegate>(std::move(options));
-        m_delegate->applicationDidFinishLaunching();
-        m_window = m_delegate->cameraWindow();
-        m_advanced = m_window->findChild<BWAdvancedSettingsWindowController *>();
-        QTRY_VERIFY(m_advanced->product() && m_window->menu().record->isEnabled());
-    }
-    void cleanupTestCase()
-    {
-        m_delegate->applicationShouldTerminate();
-        QTRY_VERIFY(m_quit);
-        m_delegate.reset();
-        QVERIFY(!BWRepository::singleton().appDelegate());
-    }
-
-    /// The stored choice is not made any more; the first product of that type of camera is.
-    void isTheSameEverywhere()
-    {
-        const QString name = u"Digital Dermatoscope DX10"_s;
-        const auto shows = [&name](const QWidget *parent) {
-            const auto labels = parent->findChildren<QLabel *>();
-            return std::any_of(labels.begin(), labels.end(), [&](auto *label) { return label->text().endsWith(name); });
-        };
-        QVERIFY(m_window->currentCameraLabel().text().endsWith(name));
-        QVERIFY(shows(m_advanced));
-        QCOMPARE(m_window->findChild<BWSettingsForm *>()->cameraProducts->currentText(), name);
-        QStringList checked;
-        const auto actions = m_window->findChildren<QAction *>();
-        for (const QAction *action : actions) {
-            if (action->isChecked() && action->data().isValid())
-                checked << action->text();
-        }
-        QVERIFY2(checked.contains(name), qPrintable(checked.join(u' ')));
-        QVERIFY(m_window->menu().grid->isVisible());
-        m_window->menu().grid->trigger();
-        QCOMPARE(m_window->centeringClipView().gridDistance(), 355.0);
-        m_window->menu().gridDebugger->trigger();
-        QVERIFY(shows(m_window->findChild<BWGridDebuggerWindowController *>()));
-    }
-
-    void factoryValuesHaveTheirSizeAtOnce()
-    {
-        choose({1600, 1200});
-        m_advanced->onRestoreDefaults();
-        QTRY_COMPARE(size(), u"640x480 640x480"_s);
-    }
-
-    void anotherProductHasItsOwnSize()
-    {
-        BWConfigManager &config = BWRepository::singleton().configManager();
-        config.productByIdentifier(u"mx61"_s)->setCurrentResolution({1280, 1024});
-        config.setCurrentProductIdentifier(u"mx61"_s, u"wired_high"_s);
-        QTRY_COMPARE(size(), u"1280x1024 1280x1024"_s);
-
-        // One after the other, as when the arrow keys go through the menu.
-        for (const QString &product : {u"dx10"_s, u"mx61"_s, u"dx10"_s}) {
-            config.setCurrentProductIdentifier(product, u"wired_high"_s);
-            QCoreApplication::processEvents();
-        }
-        settle();
-        QCOMPARE(size(), u"640x480 640x480"_s);
-    }
-
-    /// It would end by a change of the size.
-    void aRecordingKeepsItsSize()
-    {
-        choose({1600, 1200});
-        m_window->menu().record->trigger();
-        QTRY_VERIFY(m_delegate->currentCamera()->recording());
-        m_hand->pushFrames(1);
-        m_advanced->onRestoreDefaults();
-        settle();
-        QVERIFY(m_delegate->currentCamera()->recording());
-        QCOMPARE(size(), u"1600x1200 1600x1200"_s);
-    }
-
-private:
-    void choose(BWResolution resolution)
-    {
-        QComboBox &menu = resolutions();
-        menu.setCurrentText(resolution.resolutionString());
-        Q_EMIT menu.textActivated(menu.currentText());
-        QTRY_COMPARE(m_delegate->currentCamera()->defaultResolution(), resolution);
-        QCOMPARE(m_advanced->product()->currentResolution(), resolution);
-    }
-    /// The camera has done what it was asked, and the program what follows.
-    void settle() const
-    {
+        const NotingCamera camera(Type::Wireless);
+        camera.notes->allCalls = true;
+        Bench bench(camera);
+        bench.product.product()->setCurrentResolution({720, 480});
+        bench.product.product()->setValue(0, BWSettingVideoNorm);
+        camera.received();
         std::promise<void> done;
-        m_delegate->currentCamera()->startWithCompletion([&done](bool) { done.set_value(); });
+        bench.product.prepareStart([&done] { done.set_value(); });
         done.get_future().wait();
-        QCoreApplication::processEvents();
-    }
-    /// Of the camera, and what the bar shows.
-    QString size() const
-    {
-        return m_delegate->currentCamera()->defaultResolution().resolutionString() + u' ' + resolutions().currentText();
-    }
-    QComboBox &resolutions() const
-    {
-        const auto menus = m_window->controlBar().findChildren<QComboBox *>();
-        return **std::find_if(menus.begin(), menus.end(), [](auto *menu) { return menu->findText(u"640x480"_s) >= 0; });
+        QCOMPARE(camera.notes->take(), u"size 720x480 norm 0 size 720x480"_s);
+        QCOMPARE(camera.camera->defaultResolution(), BWResolution(720, 480));
     }
 
-    const TestFolder m_home;
-    BWManualClock m_clock;
-    std::shared_ptr<BWSimulatedCamera> m_hand;
-    std::unique_ptr<AppDelegate> m_delegate;
-    BWMainWindow *m_window = nullptr;
-    BWAdvancedSettingsWindowController *m_advanced = nullptr;
-    bool m_quit = false;
+    void loading_data()
+    {
+        const Rows<Type, QString, QString> row;
+        const QString ultra = u"0=0 1=32 4=3 9=0 2=64 3=0 5=100 12=157 7=4600 8=1 11=1"_s;
+        const QString wireless = u"0=63 1=28 4=10 2=56 3=130"_s;
+        row("a camera has started", Type::Ultra, u"start"_s, ultra);
+        row("started, the norm is left alone", Type::Wireless, u"start"_s, wireless);
+        row("another product", Type::Ultra, u"mx24"_s,
+            u"0=12 1=50 4=4 9=0 2=60 3=35 5=90 12=625 7=3750 8=1 11=0 12=625"_s);
+        row("another product, the norm too", Type::Wireless, u"dx17_18"_s, u"0=63 1=32 4=11 2=56 3=100 norm 1"_s);
+        row("the same product", Type::Ultra, u"mx62"_s, QString());
+        row("a product that does not exist: the default one", Type::Ultra, u"mx99"_s, QString());
+        row("factory values, the norm too", Type::Wireless, u"restore"_s, wireless + u" norm 1"_s);
+        row("imported values, the norm too", Type::Wireless, u"import"_s, wireless + u" norm 1"_s);
+    }
+    void loading()
+    {
+        const auto [type, what, received] = Rows<Type, QString, QString>::current();
+        const NotingCamera camera(type);
+        Bench bench(camera);
+        QVERIFY(camera.received().startsWith(u"0="_s));
+        if (what == u"start"_s)
+            bench.start(camera);
+        else if (what == u"restore"_s)
+            bench.product.restoreDefaults();
+        else if (what == u"import"_s)
+            bench.product.reloadImported();
+        else
+            bench.choose(what);
+        QCOMPARE(camera.received(), received);
+    }
+
+    void aControlWithoutAValueOfTheProductIsLeftAlone()
+    {
+        const NotingCamera camera(Type::High);
+        Bench bench(camera);
+        // Cameras of that kind may have more controls than its products know.
+        const NotingCamera richer(Type::Ultra);
+        bench.product.setCamera(richer.camera);
+        bench.product.loadProductWithVideoNorm(true);
+        QCOMPARE(richer.received(), u"0=0 1=15 4=6 2=15 3=64 5=78 7=2800 8=1"_s);
+        QCOMPARE(richer.camera->settingForIdentifier(BWSettingExposureAbsolute)->value(), 157);
+    }
+
+    void aCameraThatIsAboutToStartIsLeftAlone()
+    {
+        const NotingCamera going(Type::Ultra);
+        const NotingCamera coming(Type::Wireless);
+        Bench bench(going);
+        bench.product.setCamera(coming.camera);
+        bench.product.updateSetting(*going.camera->settingForIdentifier(BWSettingBrightness), 20);
+        QCOMPARE(bench.product.product()->valueForSetting(BWSettingBrightness), 20.0);
+        QVERIFY(bench.product.restoreDefaults());
+        QCOMPARE(coming.received(), QString());
+    }
+
+    void valuesAreStoredOnRequest()
+    {
+        const NotingCamera camera(Type::Wireless);
+        Bench bench(camera);
+        const QString key = bench.product.product()->settingsName();
+        bench.product.updateSetting(*camera.camera->settingForIdentifier(BWSettingBrightness), 77);
+        bench.product.updateResolution({720, 480});
+        QCOMPARE(bench.defaults.string(key), QString());
+        QVERIFY(bench.product.save());
+        QCOMPARE(bench.defaults.string(key),
+                 uR"({"0":63,"1":28,"13":1,"2":56,"3":77,"4":10,"resolution":"720x480"})"_s);
+        QVERIFY(bench.product.restoreDefaults());
+        QCOMPARE(bench.defaults.string(key),
+                 uR"({"0":63,"1":28,"13":1,"2":56,"3":130,"4":10,"resolution":"640x480"})"_s);
+    }
+
+    void theCameraFollowsTheProductsResolution()
+    {
+        const NotingCamera camera(Type::High);
+        Bench bench(camera);
+        camera.start();
+        int changes = 0;
+        connect(&bench.product, &BWProductInUse::resolutionChanged, this, [&changes] { ++changes; });
+        const auto size = [&] { return camera.camera->defaultResolution(); };
+
+        bench.product.changeResolution({1600, 1200});
+        QTRY_COMPARE(changes, 1);
+        QCOMPARE(size(), BWResolution(1600, 1200));
+        QCOMPARE(bench.product.product()->currentResolution(), BWResolution(1600, 1200));
+        bench.product.restoreDefaults();
+        QTRY_COMPARE(changes, 2);
+        QCOMPARE(size(), BWResolution(640, 480));
+
+        // One product after the other, as when the arrow keys go through the menu.
+        bench.config.productByIdentifier(u"mx61"_s)->setCurrentResolution({1280, 1024});
+        for (const QString &product : {u"mx61"_s, u"dx10"_s, u"mx61"_s})
+            bench.choose(product);
+        camera.start(); // it does so already, but only after all before
+        QCOMPARE(size(), BWResolution(1280, 1024));
+
+        // A recording would end by it.
+        QVERIFY(camera.camera->startRecording(bench.folder.filePath(u"a.mov"_s)));
+        bench.product.restoreDefaults();
+        bench.product.cameraStops();
+        bench.product.changeResolution({1600, 1200});
+        camera.stop();
+        QCOMPARE(size(), BWResolution(1280, 1024));
+    }
+
+    void aSlowCameraHoldsUpNobody()
+    {
+        const NotingCamera slow(Type::High);
+        Bench bench(slow);
+        slow.received();
+        const auto send = [&](int setting, double value) {
+            bench.product.updateSetting(*slow.camera->settingForIdentifier(setting), value);
+        };
+        slow.notes->holdUp();
+        send(BWSettingBrightness, 1);
+        slow.notes->waitUntilBusy();
+        for (int value = 2; value <= 20; ++value) {
+            send(BWSettingBrightness, value);
+            send(BWSettingContrast, value);
+            send(BWSettingHue, -value);
+        }
+        slow.notes->letGo();
+        QCOMPARE(slow.received(), u"3=1 3=20 1=20 0=-20"_s);
+    }
 };
 
-QTEST_MAIN(TestBWProductInUse)
+QTEST_GUILESS_MAIN(TestBWProductInUse)
 #include "tst_BWProductInUse.moc"

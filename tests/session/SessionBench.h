@@ -3,6 +3,7 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "BWManualClock.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
@@ -26,7 +27,7 @@ public:
         cameras = list;
         listedCurrent = current;
     }
-    void setStartedCamera(const BWCameraPtr &) override { calls << u"setStartedCamera"_s; }
+    void cameraStarted() override { calls << u"cameraStarted"_s; }
     void showResolutions(const QList<BWResolution> &list, BWResolution current) override
     {
         calls << u"showResolutions %1 %2"_s.arg(list.size()).arg(current.resolutionString());
@@ -98,7 +99,7 @@ struct Bench {
         std::vector<std::unique_ptr<BWCameraBackend>> backends;
         backends.push_back(std::move(backend));
         session = std::make_unique<BWCameraSession>(
-            manager, config, ui, [this](BWCamera &) { ++prepared; }, clock);
+            manager, config, product, ui, [this](BWCamera &) { ++prepared; }, clock);
         detector = std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(backends));
         for (int i = 0; i < cameras.size(); ++i) {
             notes << std::make_shared<DeviceNotes>();
@@ -130,6 +131,7 @@ struct Bench {
     BWManualClock clock;
     RecordingUi ui;
     BWConfigManager config;
+    BWProductInUse product{config};
     BWCameraManager manager;
     std::unique_ptr<BWCameraSession> session;
     std::unique_ptr<BWCameraDetector> detector;

@@ -20,10 +20,10 @@ private Q_SLOTS:
         const auto [type, resolutions, grid, sent] = Rows<Type, QString, bool, QString>::current();
         Bench bench({cameraOf(type)});
         QTRY_COMPARE(bench.session->state(), State::Streaming);
-        QCOMPARE(bench.notes[0]->take(), sent);
+        QVERIFY(bench.notes[0]->take().startsWith(sent)); // the product's values follow
         const QStringList expected{u"enableCameraMenus"_s,
                                    u"updateStateLabel"_s,
-                                   u"setStartedCamera"_s,
+                                   u"cameraStarted"_s,
                                    resolutions,
                                    grid ? u"enableGrid yes"_s : u"enableGrid no"_s,
                                    u"updateImageDisplay"_s,
@@ -43,7 +43,7 @@ private Q_SLOTS:
         QTRY_VERIFY(bench.ui.productAnswer);
         bench.ui.productAnswer(QString()); // ask me later
         QVERIFY(bench.config.currentProductIdentifierForCameraIdentifier(u"wired_high"_s).isNull());
-        QCOMPARE(bench.session->currentProduct()->identifier(), u"dx10"_s); // the type's default meanwhile
+        QCOMPARE(bench.product.currentProduct()->identifier(), u"dx10"_s); // the type's default meanwhile
 
         const auto switchTo = [&](int index) {
             bench.ui.calls.clear();
@@ -55,7 +55,7 @@ private Q_SLOTS:
         switchTo(0);
         QTRY_VERIFY(bench.ui.productAnswer && bench.currentType() == u"wired_high"_s);
         bench.ui.productAnswer(u"mx61"_s);
-        QCOMPARE(bench.session->currentProduct()->identifier(), u"mx61"_s);
+        QCOMPARE(bench.product.currentProduct()->identifier(), u"mx61"_s);
         switchTo(1);
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         switchTo(0);
@@ -242,7 +242,7 @@ private Q_SLOTS:
         Bench bench({cameraOf(Type::High)});
         bench.hands[0]->setStartProblem({BWStartProblem::Kind::NoBandwidth});
         QTRY_COMPARE(bench.session->state(), State::Streaming); // the smallest size
-        bench.session->currentProduct()->setCurrentResolution({1600, 1200});
+        bench.product.currentProduct()->setCurrentResolution({1600, 1200});
         bench.hands[0]->unplug();
         QTRY_VERIFY(!bench.session->currentCamera());
         bench.hands[0]->plugIn();
@@ -252,15 +252,15 @@ private Q_SLOTS:
             std::exchange(bench.ui.answer, {})(Answer::UseSmaller);
         }
         QTRY_COMPARE(bench.session->state(), State::Streaming);
-        QCOMPARE(bench.session->currentProduct()->currentResolution(), BWResolution(640, 480));
+        QCOMPARE(bench.product.currentProduct()->currentResolution(), BWResolution(640, 480));
         QVERIFY(bench.session->problem().isNone());
 
         bench.ui.calls.clear();
-        bench.session->changeResolution({1280, 1024});
+        bench.product.changeResolution({1280, 1024});
         QTRY_COMPARE(bench.session->problem().kind, BWStartProblem::Kind::NoBandwidth);
         QCOMPARE(bench.ui.calls.count(u"updateStateLabel"_s), 1);
         QCOMPARE(bench.session->state(), State::Streaming);
-        bench.session->changeResolution({640, 480});
+        bench.product.changeResolution({640, 480});
         QTRY_VERIFY(bench.session->problem().isNone());
         QCOMPARE(bench.ui.calls.count(u"updateStateLabel"_s), 2);
     }

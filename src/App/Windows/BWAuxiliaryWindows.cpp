@@ -35,8 +35,8 @@ void bringToFront(QWidget &window)
 
 } // namespace
 
-BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Callbacks callbacks,
-                                       BWClock &clock)
+BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWProductInUse &productInUse,
+                                       Callbacks callbacks, BWClock &clock)
     : m_window(window),
       m_config(repository.configManager()),
       m_texts(repository.localizationManager()),
@@ -47,8 +47,8 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
       m_settings(std::make_unique<BWSettingsWindowController>(
           m_config, repository.userDefaults(),
           BWSettingsWindowController::Callbacks{*this, [this] { showAdvancedSettings(); }}, &window)),
-      m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(
-          m_config, repository.userDefaults(), m_callbacks.currentCamera, &window, clock)),
+      m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(productInUse, repository.userDefaults(),
+                                                                              &window, clock)),
       m_help(std::make_unique<BWSimpleHelpWindowController>(
           BWHelpContact::fromFile(u":/contact.json"_s),
           BWSimpleHelpWindowController::Callbacks{m_callbacks.openUrl, m_callbacks.cameras,

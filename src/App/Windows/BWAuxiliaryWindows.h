@@ -17,6 +17,7 @@ class BWConfigManager;
 class BWEMPIADebuggerWindowController;
 class BWLocalizationManager;
 class BWMainWindow;
+class BWProductInUse;
 class BWRepository;
 class BWSettingsWindowController;
 class BWSimpleHelpWindowController;
@@ -29,13 +30,13 @@ class BWAuxiliaryWindows : public QObject, private BWSettingsWindowControllerDel
 public:
     struct Callbacks {
         std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
-        std::function<BWCameraPtr()> currentCamera;
         std::function<QList<BWCameraPtr>()> cameras;
         std::function<void(const BWCameraPtr &camera)> changeCurrentCamera; ///< the user picked that one
     };
 
     /// All must outlive this object.
-    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, Callbacks callbacks, BWClock &clock);
+    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWProductInUse &productInUse,
+                       Callbacks callbacks, BWClock &clock);
     ~BWAuxiliaryWindows() override;
 
     /// Makes the windows listeners of the settings store, after whoever moves the camera window, because they are placed
@@ -62,7 +63,6 @@ public:
 
     BWAlbumManagerWindowController &albums() const { return *m_albums; }
     BWSettingsWindowController &settings() const { return *m_settings; }
-    BWAdvancedSettingsWindowController &advancedSettings() const { return *m_advancedSettings; }
 
 private:
     void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override;

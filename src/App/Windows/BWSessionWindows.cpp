@@ -4,6 +4,7 @@
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "Model/BWRepository.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Settings/BWConfigManager.h"
@@ -15,7 +16,6 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
-#include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
 
 #include <QAction>
@@ -24,12 +24,13 @@
 using namespace Qt::StringLiterals;
 
 BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                                   BWAuxiliaryWindows &auxiliary, BWRepository &repository, Callbacks callbacks,
-                                   BWClock &clock)
+                                   BWAuxiliaryWindows &auxiliary, BWProductInUse &productInUse,
+                                   BWRepository &repository, Callbacks callbacks, BWClock &clock)
     : m_window(window),
       m_liveView(liveView),
       m_grid(grid),
       m_auxiliary(auxiliary),
+      m_productInUse(productInUse),
       m_repository(repository),
       m_callbacks(std::move(callbacks))
 {
@@ -64,11 +65,8 @@ void BWSessionWindows::setSession(BWCameraSession &session)
         const auto resolution = BWResolution::fromResolutionString(title);
         if (!resolution)
             return;
-        m_auxiliary.advancedSettings().updateResolution(*resolution);
-        m_session->changeResolution(*resolution);
+        m_productInUse.changeResolution(*resolution);
     });
-    connect(&m_auxiliary.advancedSettings(), &BWAdvancedSettingsWindowController::productReplaced, this,
-            [this] { m_session->useProductResolution(); });
     connect(&m_window.menu(), &BWMainMenu::cameraPicked, this, [this](int index) {
         const BWCameraPtr picked = m_cameras.value(index);
         m_session->changeCurrentCamera(picked);
@@ -125,7 +123,7 @@ QString BWSessionWindows::titleOf(const BWCameraPtr &camera) const
 void BWSessionWindows::showProducts()
 {
     const BWCameraPtr &camera = m_session->currentCamera();
-    const auto current = m_session->currentProduct();
+    const auto current = m_productInUse.currentProduct();
     QList<BWCameraProductPtr> products;
     if (camera)
         products = m_repository.configManager().productsByCameraIdentifier(camera->identifierForProducts());
@@ -135,11 +133,10 @@ void BWSessionWindows::showProducts()
     m_window.menu().showProducts(products, names, current ? current->identifier() : QString());
 }
 
-void BWSessionWindows::setStartedCamera(const BWCameraPtr &camera)
+void BWSessionWindows::cameraStarted()
 {
     m_window.controlBar().setCameraControlsEnabled(true);
     m_window.menu().setCameraActionsEnabled(true);
-    m_auxiliary.advancedSettings().setCurrentCamera(camera);
     m_auxiliary.showHidden();
 }
 

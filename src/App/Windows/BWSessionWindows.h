@@ -20,6 +20,7 @@ class BWMainWindow;
 class BWNoCameraProductSheetWindowController;
 class BWNoCameraSheetWindowController;
 class BWNoCameraWindowController;
+class BWProductInUse;
 class BWRepository;
 
 /// Shows what the camera session wants the user to see: the live picture and its menus, the windows that stand in
@@ -36,7 +37,8 @@ public:
     };
 
     BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                     BWAuxiliaryWindows &auxiliary, BWRepository &repository, Callbacks callbacks, BWClock &clock);
+                     BWAuxiliaryWindows &auxiliary, BWProductInUse &productInUse, BWRepository &repository,
+                     Callbacks callbacks, BWClock &clock);
     ~BWSessionWindows() override;
 
     /// Called once, when the session exists: the menus act on it from now on.
@@ -51,7 +53,7 @@ public:
     void enableCameraMenus() override;
     void updateStateLabel() override;
     void updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current) override;
-    void setStartedCamera(const BWCameraPtr &camera) override;
+    void cameraStarted() override;
     void showResolutions(const QList<BWResolution> &resolutions, BWResolution current) override;
     void enableGrid(bool available) override;
     void updateImageDisplay() override;
@@ -77,6 +79,7 @@ private:
     BWLiveViewController &m_liveView;
     BWGridController &m_grid;
     BWAuxiliaryWindows &m_auxiliary;
+    BWProductInUse &m_productInUse;
     BWRepository &m_repository;
     Callbacks m_callbacks;
     BWCameraSession *m_session = nullptr;

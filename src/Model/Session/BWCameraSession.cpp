@@ -1,6 +1,6 @@
 #include "Model/Session/BWCameraSession.h"
 
-#include "Model/Products/BWCameraProduct.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
@@ -71,10 +71,19 @@ std::optional<BWResolution> smallerResolution(const BWCamera &camera)
 
 } // namespace
 
-BWCameraSession::BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWCameraSessionUi &ui,
-                                 std::function<void(BWCamera &)> prepareCamera, BWClock &clock)
-    : m_manager(manager), m_config(config), m_ui(ui), m_prepareCamera(std::move(prepareCamera)), m_clock(clock)
+BWCameraSession::BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWProductInUse &productInUse,
+                                 BWCameraSessionUi &ui, std::function<void(BWCamera &)> prepareCamera, BWClock &clock)
+    : m_manager(manager),
+      m_config(config),
+      m_productInUse(productInUse),
+      m_ui(ui),
+      m_prepareCamera(std::move(prepareCamera)),
+      m_clock(clock)
 {
+    connect(&productInUse, &BWProductInUse::resolutionChanged, this, [this] {
+        showResolutions();
+        m_ui.updateImageDisplay();
+    });
 }
 
 BWCameraSession::~BWCameraSession()
@@ -124,15 +133,15 @@ void BWCameraSession::later(double seconds, std::function<void()> work)
         seconds, m_clock);
 }
 
-std::shared_ptr<BWCameraProduct> BWCameraSession::currentProduct() const
+void BWCameraSession::setCurrentCamera(const BWCameraPtr &camera)
 {
-    return m_currentCamera ? m_config.currentProductForCameraIdentifier(m_currentCamera->identifierForProducts())
-                           : nullptr;
+    m_currentCamera = camera;
+    m_productInUse.setCamera(camera);
 }
 
 bool BWCameraSession::currentProductHasGrid() const
 {
-    const auto product = currentProduct();
+    const auto product = m_productInUse.currentProduct();
     return product && (product->identifier() == "dx10"_L1 || product->identifier() == "dx12"_L1);
 }
 
@@ -158,7 +167,7 @@ void BWCameraSession::cameraFound(const BWDetectedCameraPtr &device)
             askAboutStart();
         return;
     }
-    m_currentCamera = camera;
+    setCurrentCamera(camera);
     updateCameraList();
     doStart();
 }
@@ -201,6 +210,7 @@ void BWCameraSession::stopCurrentCamera(State state)
     m_problem = {};
     endQuestions();
     ++m_token;
+    m_productInUse.cameraStops();
     // Ends a running recording first. Not stopRecording(), which would make the window wait for a long movie.
     m_currentCamera->stopWithCompletion(then([this] { continueAfterStop(); }));
     giveUpStopLater(std::exchange(m_startHangs, false) ? 0 : stopPatience);
@@ -224,14 +234,16 @@ void BWCameraSession::giveUpStopLater(double seconds, int round)
 void BWCameraSession::continueAfterStop()
 {
     ++m_token;
-    takeDown(std::exchange(m_currentCamera, {}));
+    BWCameraPtr stopped = m_currentCamera;
+    setCurrentCamera(nullptr);
+    takeDown(std::move(stopped));
     m_ui.resetUIToInitial();
     const QList<BWCameraPtr> &cameras = m_manager.cameras();
     const BWCameraPtr wanted = std::exchange(m_nextCamera, {});
     if (wanted && cameras.contains(wanted))
-        m_currentCamera = wanted;
+        setCurrentCamera(wanted);
     else if (!cameras.isEmpty())
-        m_currentCamera = cameras.first();
+        setCurrentCamera(cameras.first());
     updateCameraList();
     if (m_currentCamera) {
         doStart();
@@ -251,9 +263,6 @@ void BWCameraSession::doStart()
     m_ui.enableCameraMenus();
     m_firstCameraInstalled = true;
     setProblem({});
-
-    const auto product = currentProduct();
-    const BWResolution wished = product ? product->currentResolution() : m_currentCamera->defaultResolution();
     endQuestions();
     m_startHangs = false;
     ++m_token;
@@ -265,17 +274,7 @@ void BWCameraSession::doStart()
         setProblem({BWStartProblem::Kind::Failed});
         askAboutStart();
     });
-    m_currentCamera->setResolution(wished, then([this] {
-                                       auto *bridge = dynamic_cast<BWEmpiaCamera *>(m_currentCamera.get());
-                                       if (!bridge) {
-                                           startCamera();
-                                           return;
-                                       }
-                                       const auto current = currentProduct();
-                                       const double norm =
-                                           current ? current->valueForSetting(BWSettingVideoNorm).value_or(0) : 0;
-                                       bridge->setVideoNorm(static_cast<int>(norm), then([this] { startCamera(); }));
-                                   }));
+    m_productInUse.prepareStart(then([this] { startCamera(); }));
 }
 
 void BWCameraSession::startCamera()
@@ -287,7 +286,8 @@ void BWCameraSession::startCamera()
             setProblem({});
         }
         setState(State::Streaming);
-        m_ui.setStartedCamera(m_currentCamera);
+        m_productInUse.cameraStarted();
+        m_ui.cameraStarted();
         setupCurrentCamera();
     });
     const auto failed = then([this] { startFailed(m_currentCamera->startProblem()); });
@@ -326,7 +326,7 @@ void BWCameraSession::answerAboutStart(BWCameraSessionUi::StartAnswer answer)
     const BWCameraSessionUi::StartQuestion question = *m_question;
     switch (answer) {
     case Answer::UseSmaller:
-        if (const auto product = currentProduct(); product && question.smaller)
+        if (const auto product = m_productInUse.currentProduct(); product && question.smaller)
             product->setCurrentResolution(*question.smaller);
         break;
     case Answer::UseOther:
@@ -402,25 +402,6 @@ void BWCameraSession::requestProductFirstTime()
     });
 }
 
-void BWCameraSession::changeResolution(BWResolution resolution)
-{
-    if (m_state != State::Streaming)
-        return;
-    m_currentCamera->setResolution(resolution, then([this] { m_ui.updateImageDisplay(); }));
-}
-
-void BWCameraSession::useProductResolution()
-{
-    const auto product = currentProduct();
-    if (m_state != State::Streaming || !product || m_currentCamera->recording())
-        return;
-    // Also when it has that size: another one may be on its way.
-    m_currentCamera->setResolution(product->currentResolution(), then([this] {
-                                       showResolutions();
-                                       m_ui.updateImageDisplay();
-                                   }));
-}
-
 void BWCameraSession::showResolutions()
 {
     m_ui.showResolutions(m_currentCamera->detectedCamera()->cameraDescription()->availableResolutions,
@@ -434,6 +415,7 @@ void BWCameraSession::stopForQuit(std::function<void()> done)
         setState(State::Quitting);
     endQuestions();
     ++m_token;
+    m_productInUse.cameraStops();
     if (!m_currentCamera) {
         done();
         return;

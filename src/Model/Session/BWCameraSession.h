@@ -10,8 +10,8 @@
 #include <memory>
 #include <QObject>
 
-class BWCameraProduct;
 class BWConfigManager;
+class BWProductInUse;
 
 /// Decides which camera runs and brings it up in the right order: resolution, video norm, stream, product.
 ///
@@ -41,15 +41,14 @@ public:
     static constexpr double stopPatience = 5; // seconds
 
     /// `prepareCamera` is called once for each found camera, to install its callbacks.
-    BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWCameraSessionUi &ui,
-                    std::function<void(BWCamera &)> prepareCamera, BWClock &clock = BWClock::system());
+    BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWProductInUse &productInUse,
+                    BWCameraSessionUi &ui, std::function<void(BWCamera &)> prepareCamera,
+                    BWClock &clock = BWClock::system());
     ~BWCameraSession() override;
 
     State state() const { return m_state; }
     /// The camera that runs or is being started; null if there is none.
     const BWCameraPtr &currentCamera() const { return m_currentCamera; }
-    /// The product chosen for the current camera, or its type's default; null if there is no camera.
-    std::shared_ptr<BWCameraProduct> currentProduct() const;
     /// Whether the measuring grid fits the current product.
     bool currentProductHasGrid() const;
 
@@ -63,10 +62,6 @@ public:
 
     /// Switches to another camera of the manager's; the current one changes nothing.
     void changeCurrentCamera(const BWCameraPtr &camera);
-    /// Changes the capture size of the running camera.
-    void changeResolution(BWResolution resolution);
-    /// The running camera gets its product's resolution, or the nearest that it has, unless a recording would end by it.
-    void useProductResolution();
 
     /// Stops the camera, also one that is being started, then calls `done`; at once without a camera. Never calls it
     /// if the camera hangs.
@@ -74,6 +69,7 @@ public:
 
 private:
     void setState(State state);
+    void setCurrentCamera(const BWCameraPtr &camera);
     /// A completion for the camera: takes the work up on the GUI thread, unless by then something else was begun.
     BWCamera::Completion then(std::function<void()> work);
     void doStart();
@@ -105,6 +101,7 @@ private:
 
     BWCameraManager &m_manager;
     BWConfigManager &m_config;
+    BWProductInUse &m_productInUse;
     BWCameraSessionUi &m_ui;
     std::function<void(BWCamera &)> m_prepareCamera;
     BWClock &m_clock;

@@ -19,8 +19,8 @@ public:
     virtual void updateStateLabel() = 0;
     virtual void updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current) = 0;
 
-    /// Streaming has begun; the camera gets its product's settings.
-    virtual void setStartedCamera(const BWCameraPtr &camera) = 0;
+    /// The camera streams, with the values of its product.
+    virtual void cameraStarted() = 0;
     virtual void showResolutions(const QList<BWResolution> &resolutions, BWResolution current) = 0;
     virtual void enableGrid(bool available) = 0;
     virtual void updateImageDisplay() = 0;

@@ -160,9 +160,16 @@ void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
 
 void BWControlBar::showResolutions(const QList<BWResolution> &resolutions, BWResolution current)
 {
-    m_resolutionPopUpButton->clear();
+    QStringList titles;
     for (const BWResolution &resolution : resolutions)
-        m_resolutionPopUpButton->addItem(resolution.resolutionString());
+        titles.append(resolution.resolutionString());
+    QStringList shown;
+    for (int i = 0; i < m_resolutionPopUpButton->count(); ++i)
+        shown.append(m_resolutionPopUpButton->itemText(i));
+    if (shown != titles) { // the menu may be open
+        m_resolutionPopUpButton->clear();
+        m_resolutionPopUpButton->addItems(titles);
+    }
     m_resolutionPopUpButton->setCurrentIndex(m_resolutionPopUpButton->findText(current.resolutionString()));
 }
 

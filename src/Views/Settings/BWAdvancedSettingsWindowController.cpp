@@ -1,7 +1,6 @@
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 
-#include "Model/Products/BWAutomaticModes.h"
-#include "Model/Products/BWSettingSender.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
@@ -11,7 +10,6 @@
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/BWControls.h"
 
-#include <array>
 #include <QGridLayout>
 #include <utility>
 
@@ -19,15 +17,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The settings fill one column after the other.
 constexpr int rows = 4;
 constexpr int columns = 3;
 constexpr double followSeconds = 1;
-
-// Column by column. Backlight compensation is not among them: it is stored with a product and never changed.
-constexpr std::array<int, rows * columns> settingsOrderByColumn{
-    BWSettingHue,          BWSettingContrast,   BWSettingSharpness, BWSettingGain, //
-    BWSettingSaturation,   BWSettingBrightness, BWSettingGamma,     BWSettingExposureAbsolute,
-    BWSettingWhiteBalance, BWSettingAutoWhite,  BWSettingVideoNorm, BWSettingAutoExposure};
 
 BWSettingViewController *makeController(int setting, BWLocalizationManager &texts)
 {
@@ -44,13 +37,11 @@ BWSettingViewController *makeController(int setting, BWLocalizationManager &text
 
 } // namespace
 
-BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigManager &config,
-                                                                       BWUserDefaults &defaults,
-                                                                       CurrentCamera currentCamera,
-                                                                       QWidget *cameraWindow, BWClock &clock)
+BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWProductInUse &productInUse,
+                                                                       BWUserDefaults &defaults, QWidget *cameraWindow,
+                                                                       BWClock &clock)
     : BWUtilityPanel(cameraWindow),
-      m_config(config),
-      m_currentCamera(std::move(currentCamera)),
+      m_productInUse(productInUse),
       m_clock(clock),
       m_settingsView(new QWidget),
       m_productName(new BWVerticallyCenteringTextFieldCell),
@@ -62,6 +53,8 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWConfigM
     connect(m_saveAsDefaultButton, &QPushButton::clicked, this, &BWAdvancedSettingsWindowController::onSaveAsDefault);
     connect(m_restoreDefaultsButton, &QPushButton::clicked, this,
             &BWAdvancedSettingsWindowController::onRestoreDefaults);
+    connect(&productInUse, &BWProductInUse::loaded, this, &BWAdvancedSettingsWindowController::showProduct);
+    connect(&productInUse, &BWProductInUse::edited, this, &BWAdvancedSettingsWindowController::showChange);
     rememberFrame(u"advanced_settings"_s, defaults);
 }
 
@@ -120,8 +113,8 @@ void BWAdvancedSettingsWindowController::localizeWithManager(BWLocalizationManag
 void BWAdvancedSettingsWindowController::prepare()
 {
     auto *grid = static_cast<QGridLayout *>(m_settingsView->layout());
-    for (std::size_t i = 0; i < settingsOrderByColumn.size(); ++i) {
-        const int setting = settingsOrderByColumn[i];
+    for (const int setting : BWProductInUse::settings) {
+        const int cell = static_cast<int>(m_settingControllers.size());
         BWSettingViewController *controller = makeController(setting, *m_texts);
         controller->setSettingChangedBlock(
             [this](BWCameraSetting &changed, double value) { updateSetting(changed, value); });
@@ -129,7 +122,7 @@ void BWAdvancedSettingsWindowController::prepare()
         controller->enable(false);
         m_settingControllers.append(controller);
         m_settingControllersBySetting.insert(setting, controller);
-        grid->addWidget(controller, static_cast<int>(i) % rows, static_cast<int>(i) / rows);
+        grid->addWidget(controller, cell % rows, cell / rows);
     }
     updateProductName();
     // The buttons were there before the controls.
@@ -138,96 +131,66 @@ void BWAdvancedSettingsWindowController::prepare()
     m_settingControllers.first()->setFocus();
 }
 
-void BWAdvancedSettingsWindowController::setCurrentCamera(const BWCameraPtr &)
+void BWAdvancedSettingsWindowController::showProduct()
 {
-    m_product.reset();
-    reload();
-}
-
-BWCameraProductPtr BWAdvancedSettingsWindowController::productFor(const BWCamera &camera) const
-{
-    return m_config.currentProductForCameraIdentifier(camera.identifierForProducts());
-}
-
-void BWAdvancedSettingsWindowController::reload()
-{
-    const BWCameraPtr camera = m_currentCamera();
-    if (!camera)
-        return;
-    const BWCameraProductPtr previous = std::exchange(m_product, productFor(*camera));
-    if (!previous || previous != m_product)
-        loadProductWithVideoNorm(previous != nullptr);
-}
-
-void BWAdvancedSettingsWindowController::loadProductWithVideoNorm(bool applyNorm)
-{
-    const BWCameraPtr camera = m_currentCamera();
-    if (!camera)
-        return;
+    const BWCameraPtr &camera = m_productInUse.camera();
     for (BWSettingViewController *controller : std::as_const(m_settingControllers)) {
-        const int setting = controller->settingIdentifier();
-        const auto live = camera->settingForIdentifier(setting);
-        if (!live || !camera->detectedCamera()->cameraDescription()->acceptsSetting(setting)) {
-            controller->setSetting(nullptr); // that of another camera, which may well be alive
+        const int code = controller->settingIdentifier();
+        const bool accepted = camera->detectedCamera()->cameraDescription()->acceptsSetting(code);
+        const auto setting = accepted ? camera->settingForIdentifier(code) : nullptr;
+        if (setting)
+            controller->enable(true);
+        controller->setSetting(setting); // not that of another camera, which may well be there still
+        if (!setting)
             controller->enable(false);
-            continue;
-        }
-        controller->enable(true);
-        const auto value = m_product ? m_product->valueForSetting(setting) : std::nullopt;
-        if (value)
-            live->setValue(*value);
-        controller->setSetting(live);
-        if (value && (setting != BWSettingVideoNorm || applyNorm))
-            controller->apply();
     }
-    updateHolds();
     updateProductName();
-    clearNotice();
-    if (applyNorm) // or the camera has just started with what the product has
-        Q_EMIT productReplaced();
+    showChange();
 }
 
-void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolution)
+void BWAdvancedSettingsWindowController::showChange()
 {
-    if (!m_product)
-        return;
-    m_product->setCurrentResolution(resolution);
-    clearNotice();
-}
-
-void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting, double value)
-{
-    // While one camera takes the place of another, the controls are still those of the one that goes.
-    const BWCameraPtr camera = m_currentCamera();
-    if (camera && camera->settingForIdentifier(setting.identifier()).get() == &setting)
-        BWSettingSender::send(*camera, setting, value);
-    if (m_product)
-        m_product->setValue(value, setting.identifier());
     updateHolds();
-    clearNotice();
+    m_notice->clear();
     // A camera needs its time to answer; until then it would seem to put the old value back.
     if (m_following)
         followLater();
 }
 
+void BWAdvancedSettingsWindowController::setCurrentCamera(const BWCameraPtr &camera)
+{
+    m_productInUse.setCamera(camera);
+    m_productInUse.cameraStarted();
+}
+
+void BWAdvancedSettingsWindowController::reload()
+{
+    m_productInUse.reload();
+}
+
+void BWAdvancedSettingsWindowController::loadProductWithVideoNorm(bool applyNorm)
+{
+    m_productInUse.loadProductWithVideoNorm(applyNorm);
+}
+
+void BWAdvancedSettingsWindowController::updateResolution(BWResolution resolution)
+{
+    m_productInUse.updateResolution(resolution);
+}
+
+void BWAdvancedSettingsWindowController::updateSetting(BWCameraSetting &setting, double value)
+{
+    m_productInUse.updateSetting(setting, value);
+}
+
 void BWAdvancedSettingsWindowController::onSaveAsDefault()
 {
-    if (!m_product)
-        return;
-    showSaved(m_product->save());
+    showSaved(m_productInUse.save());
 }
 
 void BWAdvancedSettingsWindowController::onRestoreDefaults()
 {
-    if (!m_product)
-        return;
-    m_product->setDefaults();
-    const bool saved = m_product->save();
-    // Not by way of reload(): the product is the same, its values are not. A camera of another product, which is about
-    // to start, gets its own values then.
-    if (const BWCameraPtr camera = m_currentCamera(); camera && productFor(*camera) == m_product)
-        loadProductWithVideoNorm(true);
-    showSaved(saved);
+    showSaved(m_productInUse.restoreDefaults());
 }
 
 void BWAdvancedSettingsWindowController::follow()
@@ -252,11 +215,9 @@ void BWAdvancedSettingsWindowController::followLater()
 
 void BWAdvancedSettingsWindowController::updateHolds()
 {
-    const BWCameraPtr camera = m_currentCamera();
     for (BWSettingViewController *controller : std::as_const(m_settingControllers)) {
-        const auto mode = camera && controller->setting()
-            ? BWAutomaticModes::modeHolding(controller->settingIdentifier(), *camera)
-            : std::nullopt;
+        const auto mode =
+            controller->setting() ? m_productInUse.modeHolding(controller->settingIdentifier()) : std::nullopt;
         const BWSettingViewController *holder = mode ? controllerForSetting(*mode) : nullptr;
         controller->setHeldBy(holder ? holder->localizedName() : QString());
     }
@@ -264,10 +225,11 @@ void BWAdvancedSettingsWindowController::updateHolds()
 
 void BWAdvancedSettingsWindowController::updateProductName()
 {
+    const BWCameraProductPtr &product = m_productInUse.product();
     for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
-        button->setEnabled(m_product != nullptr);
-    m_productName->setText(m_product ? m_texts->text(u"camera_product"_s, m_product->identifier(), m_product->name())
-                                     : QString());
+        button->setEnabled(product != nullptr);
+    m_productName->setText(product ? m_texts->text(u"camera_product"_s, product->identifier(), product->name())
+                                   : QString());
 }
 
 void BWAdvancedSettingsWindowController::showSaved(bool saved)
@@ -277,20 +239,11 @@ void BWAdvancedSettingsWindowController::showSaved(bool saved)
               : m_texts->text(u"advanced_settings_window"_s, u"not_saved_notice"_s, u"Could not be saved"_s));
 }
 
-void BWAdvancedSettingsWindowController::clearNotice()
-{
-    m_notice->clear();
-}
-
 void BWAdvancedSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &config)
 {
-    // A pulse: it has to be read now.
-    const bool mustResetLayout = config.mustResetLayout();
-    BWMainQueue::post(m_alive, [this, mustResetLayout] {
-        reload();
-        if (mustResetLayout)
-            resetLayout();
-    });
+    // Valid only during this call.
+    if (config.mustResetLayout())
+        BWMainQueue::post(m_alive, [this] { resetLayout(); });
 }
 
 void BWAdvancedSettingsWindowController::showEvent(QShowEvent *event)

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "BWACUDriver/BWCameraDetector.h"
+#include "BWACUDriver/BWCameraManager.h"
+#include "BWACUDriver/BWSimulatedCameras.h"
+#include "NotingDevice.h"
+
+#include <future>
+
+/// An opened camera, simulated, that notes what it is sent.
+class NotingCamera {
+    std::unique_ptr<BWSimulatedBackend> m_backend;
+    BWCameraManager m_manager;
+
+public:
+    using Type = BWSimulatedCameraOptions::Type;
+
+    explicit NotingCamera(Type type, bool withBridge = true)
+        : m_backend(BWSimulatedBackend::create({{.type = type, .pacing = BWSimulatedCameraOptions::Pacing::Manual}}))
+    {
+        m_backend->start(
+            BWCameraDetector::supportedDescriptions(),
+            {[&](const BWDetectedCameraPtr &found) {
+                 BWCameraDescription description = *found->cameraDescription();
+                 description.isBridgeChip = description.isBridgeChip && withBridge;
+                 camera = m_manager.addDetectedCamera(noting(
+                     std::make_shared<BWDetectedCamera>(std::make_shared<BWCameraDescription>(description),
+                                                        QStringLiteral("noting"), [found] { return found->open(); }),
+                     notes));
+             },
+             [](const BWDetectedCameraPtr &) {}});
+    }
+
+    /// Both wait until it has done all that it was asked.
+    void start() const
+    {
+        std::promise<void> done;
+        camera->startWithCompletion([&done](bool) { done.set_value(); });
+        done.get_future().wait();
+    }
+    void stop() const
+    {
+        std::promise<void> done;
+        camera->stopWithCompletion([&done] { done.set_value(); });
+        done.get_future().wait();
+    }
+    /// What it was sent since the last time, now that it has done all of it.
+    QString received() const
+    {
+        stop();
+        return notes->take();
+    }
+
+    const std::shared_ptr<DeviceNotes> notes = std::make_shared<DeviceNotes>();
+    BWCameraPtr camera;
+};
