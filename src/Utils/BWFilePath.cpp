@@ -57,6 +57,18 @@ QByteArray BWFilePath::lastComponent(const QUrl &file)
     return path.mid(path.lastIndexOf('/') + 1);
 }
 
+QByteArray BWFilePath::numbered(const QByteArray &path, int number)
+{
+    const qsizetype dot = path.lastIndexOf('.');
+    const qsizetype stem = dot > path.lastIndexOf('/') + 1 ? dot : path.size();
+    return path.left(stem) + numberSuffix(number) + path.mid(stem);
+}
+
+QByteArray BWFilePath::numberSuffix(int number)
+{
+    return number > 1 ? " (" + QByteArray::number(number) + ')' : QByteArray();
+}
+
 QUrl BWFilePath::normalized(const QUrl &file)
 {
     return file.isLocalFile() ? url(native(file)) : file;

@@ -20,6 +20,10 @@ public:
     static QUrl entry(const QUrl &folder, const QByteArray &name);
     /// The bytes after the last slash, trailing slashes left aside.
     static QByteArray lastComponent(const QUrl &file);
+    /// "a.jpg" becomes "a (2).jpg", a name or a path, in case "a.jpg" is taken.
+    static QByteArray numbered(const QByteArray &path, int number);
+    /// " (2)"; empty for the first, which has no number.
+    static QByteArray numberSuffix(int number);
     /// The same folder or file always gives the same URL: no trailing slash, no "." or doubled slashes.
     static QUrl normalized(const QUrl &file);
 

@@ -1,5 +1,6 @@
 #include "media/BWDiskSync.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "media/BWMediaLogging.h"
 
 #include <cerrno>
@@ -43,7 +44,7 @@ void BWDiskSync::run()
             return;
         m_wanted = false;
         lock.unlock();
-        if (m_descriptor >= 0 && fdatasync(m_descriptor) != 0 && errno != EINTR && !std::exchange(warned, true))
+        if (m_descriptor >= 0 && !BWFileBytes::synchronizeData(m_descriptor) && !std::exchange(warned, true))
             qCWarning(bwMedia) << "A recording cannot be brought to the disk for sure:" << std::strerror(errno);
         lock.lock();
     }

@@ -1,30 +1,19 @@
 #include "BWACUDriver/BWMovieCompletion.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "media/BWMovieIndex.h"
 
-#include <cerrno>
 #include <cstring>
 #include <QFile>
 #include <QtEndian>
-#include <unistd.h>
 
 namespace {
 
 /// What is written is on the disk when this returns true.
-bool bringToDisk(QFile &file)
-{
-    if (!file.flush())
-        return false;
-    while (fdatasync(file.handle()) != 0) {
-        if (errno != EINTR)
-            return false;
-    }
-    return true;
-}
-
 bool writeAt(QFile &file, int64_t offset, const QByteArray &bytes)
 {
-    return file.seek(offset) && file.write(bytes) == bytes.size() && bringToDisk(file);
+    return file.seek(offset) && file.write(bytes) == bytes.size() && file.flush()
+        && BWFileBytes::synchronizeData(file.handle());
 }
 
 /// The header of a media data box with a 64-bit size.

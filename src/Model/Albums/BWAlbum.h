@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Utils/BWFileCopy.h"
+#include "Model/Albums/BWFileCopy.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "Model/Albums/BWTrash.h"
 
-#include "Utils/BWFileCopy.h"
+#include "Model/Albums/BWFileCopy.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A mark on a file that tells where it is, whatever it is called by now. Does not open it for reading.
+/// Follows a file through changes of its name. Does not open it for reading.
 class Mark {
 public:
     explicit Mark(const QByteArray &path)
@@ -51,7 +51,7 @@ private:
     struct stat m_info;
 };
 
-/// The note that a Trash keeps about a file in it; empty where the path is in no Trash.
+/// The file in which a Trash keeps the particulars of a file in it; empty if the path is in no Trash.
 QByteArray infoFile(const QByteArray &trashed)
 {
     const qsizetype slash = trashed.lastIndexOf('/');
@@ -65,14 +65,6 @@ bool exists(const QByteArray &path)
 {
     struct stat info;
     return !path.isEmpty() && ::lstat(path.constData(), &info) == 0;
-}
-
-QByteArray numbered(const QByteArray &path, int number)
-{
-    const qsizetype slash = path.lastIndexOf('/');
-    const qsizetype dot = path.lastIndexOf('.');
-    const qsizetype stem = dot > slash + 1 ? dot : path.size();
-    return path.left(stem) + " (" + QByteArray::number(number) + ')' + path.mid(stem);
 }
 
 } // namespace
@@ -128,12 +120,13 @@ bool BWTrashedFile::restore(QUrl *restored, QString *error) const
         *error = u"it is no longer in the Trash"_s;
         return false;
     }
-    QByteArray target = m_original;
-    bool moved = BWFileCopy::renameWithoutOverwriting(m_trashed, target);
-    for (int number = 2; !moved && errno == EEXIST; ++number) {
-        target = numbered(m_original, number);
+    QByteArray target;
+    bool moved = false;
+    int number = 0;
+    do {
+        target = BWFilePath::numbered(m_original, ++number);
         moved = BWFileCopy::renameWithoutOverwriting(m_trashed, target);
-    }
+    } while (!moved && errno == EEXIST);
     if (!moved) {
         *error = QString::fromLocal8Bit(std::strerror(errno));
         return false;
@@ -166,7 +159,7 @@ void BWTrash::move(const QList<QUrl> &files, std::function<void(const Moved &)> 
             }
         }
         BWMainQueue::post(owner, [this, moved, result, finished] {
-            if (!result.files.isEmpty()) // also where none of them can be put back: an earlier move is not the last
+            if (!result.files.isEmpty()) // even if none of them can be put back: an earlier move is not the last
                 m_last = moved;
             if (finished)
                 finished(result);

@@ -1,5 +1,6 @@
 #include "Model/Export/BWExportSource.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "Utils/BWFilePath.h"
 
 #include <cerrno>
@@ -45,19 +46,10 @@ std::shared_ptr<const BWExportSource> BWExportSource::open(const QUrl &file)
 
 bool BWExportSource::readAt(qint64 offset, char *bytes, qint64 size) const
 {
-    while (size > 0) {
-        const ssize_t got = ::pread(m_descriptor, bytes, static_cast<std::size_t>(size), offset);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got == 0)
-            errno = 0;
-        if (got <= 0)
-            return false;
-        offset += got;
-        bytes += got;
-        size -= got;
-    }
-    return true;
+    const qint64 count = BWFileBytes::readAt(m_descriptor, offset, bytes, size);
+    if (count >= 0 && count < size)
+        errno = 0;
+    return count == size;
 }
 
 bool BWExportSource::isUnchanged() const

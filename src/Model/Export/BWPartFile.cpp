@@ -1,5 +1,6 @@
 #include "Model/Export/BWPartFile.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWPrivateFolder.h"
@@ -53,26 +54,11 @@ bool follow(const QByteArray &note, const QByteArray &folder)
 constexpr qint64 flushStep = 8 << 20;
 constexpr int mostAttempts = 10'000;
 
-/// Some file systems have nothing that could be synchronized.
-bool synchronize(int descriptor)
-{
-    return ::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
-}
-
-/// An error that this is told of is not told again by fsync(), so it counts, unless the file system only cannot do it.
+/// An error reported here is not reported again by fsync(), so it counts, unless the file system only cannot do it.
 bool flush(int descriptor, qint64 offset, unsigned how)
 {
     return ::sync_file_range(descriptor, offset, flushStep, how) == 0 || errno == EINVAL || errno == ENOSYS
         || errno == ESPIPE || errno == EOPNOTSUPP;
-}
-
-void synchronizeFolder(const QByteArray &folder)
-{
-    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return;
-    ::fsync(descriptor);
-    ::close(descriptor);
 }
 
 /// At most that many bytes of a name, without cutting a character in two.
@@ -134,7 +120,7 @@ BWPartFile::~BWPartFile()
 
 QByteArray BWPartFile::partName(int attempt) const
 {
-    const QByteArray ending = attempt == 1 ? ".part" : " (" + QByteArray::number(attempt) + ").part";
+    const QByteArray ending = BWFilePath::numberSuffix(attempt) + ".part";
     return shortened(m_name, m_longestName - ending.size()) + ending;
 }
 
@@ -169,17 +155,7 @@ bool BWPartFile::create()
 
 bool BWPartFile::writeAt(qint64 offset, const char *bytes, qint64 size)
 {
-    while (size > 0) {
-        const ssize_t count = ::pwrite(m_descriptor, bytes, static_cast<std::size_t>(size), offset);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        offset += count;
-        bytes += count;
-        size -= count;
-    }
-    return written(offset);
+    return BWFileBytes::writeAt(m_descriptor, offset, bytes, size) && written(offset + size);
 }
 
 bool BWPartFile::written(qint64 end)
@@ -202,12 +178,12 @@ bool BWPartFile::complete(const std::optional<timespec> &modified)
         const timespec times[]{{0, UTIME_OMIT}, *modified};
         ::futimens(m_descriptor, times); // a disk that belongs to somebody else may refuse
     }
-    if (!synchronize(m_descriptor) || ::close(std::exchange(m_descriptor, -1)) != 0
+    if (!BWFileBytes::synchronize(m_descriptor) || ::close(std::exchange(m_descriptor, -1)) != 0
         || ::rename(m_part.constData(), (m_folder + m_name).constData()) != 0)
         return false;
     m_part.clear();
     m_note.reset();
-    synchronizeFolder(m_folder);
+    BWFileBytes::synchronizeFolder(m_folder);
     return true;
 }
 

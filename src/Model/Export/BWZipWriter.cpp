@@ -1,6 +1,7 @@
 #include "Model/Export/BWZipWriter.h"
 
 #include "Model/Export/BWPartFile.h"
+#include "Utils/BWFilePath.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -224,10 +225,8 @@ bool BWZipWriter::tellTrueCount()
 QByteArray BWZipWriter::freeName(const QByteArray &name)
 {
     QByteArray free = name;
-    const qsizetype dot = name.lastIndexOf('.');
-    const qsizetype stem = dot > 0 ? dot : name.size();
     for (int number = 2; m_names.contains(withoutCase(free)); ++number)
-        free = name.left(stem) + " (" + QByteArray::number(number) + ')' + name.mid(stem);
+        free = BWFilePath::numbered(name, number);
     m_names.insert(withoutCase(free));
     return free;
 }

@@ -1,9 +1,9 @@
 #include "Model/Thumbnails/BWThumbnailMaker.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "BWACUDriver/BWMoviePicture.h"
 #include "Utils/BWLogging.h"
 
-#include <cerrno>
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -21,26 +21,9 @@ std::optional<BWFileStamp> stampFrom(const struct stat &info)
                        info.st_ctim.tv_sec * nanosecondsPerSecond + info.st_ctim.tv_nsec, info.st_size, info.st_ino};
 }
 
-/// How many bytes could be read, up to `count`; below zero on failure.
-ssize_t readFully(int file, void *target, std::size_t count)
-{
-    std::size_t done = 0;
-    while (done < count) {
-        const ssize_t got = ::pread(file, static_cast<char *>(target) + done, count - done, static_cast<off_t>(done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return got;
-        if (got == 0)
-            break;
-        done += static_cast<std::size_t>(got);
-    }
-    return static_cast<ssize_t>(done);
-}
-
 constexpr int64_t largestPicture = 192 * 1024 * 1024; // bytes of the file
 constexpr std::size_t keptMemory = 16 * 1024 * 1024; // bytes
-constexpr int64_t settled = 10; // seconds without a change after which nobody is taken to be writing
+constexpr int64_t settled = 10; // seconds without a change after which the file counts as written
 
 bool changedJustNow(const BWFileStamp &stamp)
 {
@@ -56,7 +39,7 @@ std::optional<BWFileStamp> BWThumbnailFile::stampOf(const QByteArray &path)
     return ::stat(path.constData(), &info) == 0 ? stampFrom(info) : std::nullopt;
 }
 
-// Another file may take the name after it has been looked at: the flags keep a pipe or a terminal from doing harm then.
+// Another file may take the name after the check: the flags keep a pipe or a terminal from doing harm then.
 BWThumbnailFile::BWThumbnailFile(const QByteArray &path)
     : m_file(stampOf(path) ? ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC) : -1)
 {
@@ -81,7 +64,7 @@ std::optional<BWFileStamp> BWThumbnailFile::stamp() const
 QByteArray BWThumbnailFile::head(int count) const
 {
     QByteArray bytes(count, Qt::Uninitialized);
-    const ssize_t got = readFully(m_file, bytes.data(), static_cast<std::size_t>(count));
+    const int64_t got = BWFileBytes::readAt(m_file, 0, bytes.data(), count);
     return bytes.left(got > 0 ? got : 0);
 }
 
@@ -91,7 +74,7 @@ bool BWThumbnailFile::read(std::vector<uint8_t> &bytes, int64_t most) const
     if (!now || now->size > most)
         return false;
     bytes.resize(static_cast<std::size_t>(now->size));
-    return readFully(m_file, bytes.data(), bytes.size()) == now->size;
+    return BWFileBytes::readAt(m_file, 0, bytes.data(), now->size) == now->size;
 }
 
 BWMadeThumbnail BWThumbnailMaker::make(const QByteArray &path, BWThumbnailSize size)

@@ -1,5 +1,6 @@
 #include "Model/Thumbnails/BWThumbnailStore.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWVersion.h"
 
@@ -182,18 +183,6 @@ QByteArray realPath(const QByteArray &path)
     return QByteArray(real.get());
 }
 
-bool writeAll(int file, const QByteArray &bytes)
-{
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written = ::write(file, bytes.constData() + done, static_cast<std::size_t>(bytes.size() - done));
-        if (written < 0 && errno != EINTR)
-            return false;
-        done += std::max<ssize_t>(written, 0);
-    }
-    return true;
-}
-
 } // namespace
 
 BWThumbnailStore::BWThumbnailStore(const QByteArray &folder)
@@ -289,7 +278,7 @@ void BWThumbnailStore::write(const QByteArray &subfolder, const QByteArray &name
     const int file = ::mkostemp(part.data(), O_CLOEXEC); // for the owner's eyes only
     if (file < 0)
         return logFault(folder, errno);
-    const bool written = writeAll(file, png);
+    const bool written = BWFileBytes::write(file, png.constData(), png.size());
     int error = errno;
     const bool closed = ::close(file) == 0;
     if (written && !closed)

@@ -1,5 +1,6 @@
-#include "Utils/BWFileCopy.h"
+#include "Model/Albums/BWFileCopy.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "Utils/BWFilePath.h"
 
 #include <algorithm>
@@ -31,24 +32,10 @@ private:
     int m_fd;
 };
 
-bool writeAll(int fd, const char *data, std::size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = ::write(fd, data, size);
-        if (written < 0 && errno != EINTR)
-            return false;
-        if (written > 0) {
-            data += written;
-            size -= static_cast<std::size_t>(written);
-        }
-    }
-    return true;
-}
-
-/// What a copy tells while it goes on.
-class Teller {
+/// Reports how far a copy has come.
+class Reporter {
 public:
-    Teller(const BWFileCopy::Progress &progress, off_t total) : m_progress(progress), m_total(total) { }
+    Reporter(const BWFileCopy::Progress &progress, off_t total) : m_progress(progress), m_total(total) { }
     /// False, with the reason in errno, when the copy shall not go on.
     bool add(ssize_t bytes)
     {
@@ -65,7 +52,7 @@ private:
     off_t m_done = 0;
 };
 
-bool copyThroughMemory(int from, int to, Teller &teller)
+bool copyThroughMemory(int from, int to, Reporter &reporter)
 {
     std::vector<char> buffer(4 << 20);
     for (;;) {
@@ -74,34 +61,27 @@ bool copyThroughMemory(int from, int to, Teller &teller)
             return true;
         if (got < 0 && errno != EINTR)
             return false;
-        if (got > 0 && !writeAll(to, buffer.data(), static_cast<std::size_t>(got)))
+        if (got > 0 && !BWFileBytes::write(to, buffer.data(), got))
             return false;
-        if (got > 0 && !teller.add(got))
+        if (got > 0 && !reporter.add(got))
             return false;
     }
 }
 
 /// Lets the file system do it, which shares the blocks where it can; goes on by hand from where that stopped.
-bool copyData(int from, int to, Teller &teller)
+bool copyData(int from, int to, Reporter &reporter)
 {
     constexpr std::size_t step = std::size_t(64) << 20;
     for (;;) {
         const ssize_t copied = ::copy_file_range(from, nullptr, to, nullptr, step, 0);
         if (copied <= 0)
-            return copyThroughMemory(from, to, teller);
-        if (!teller.add(copied))
+            return copyThroughMemory(from, to, reporter);
+        if (!reporter.add(copied))
             return false;
     }
 }
 
-void synchronizeFolder(const QByteArray &folder)
-{
-    const FileDescriptor fd(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (fd.isOpen())
-        ::fsync(fd.get());
-}
-
-/// Gives the file one name after the other until one is free; empty, with the reason in errno, when there is none.
+/// Tries one name after the other until one is free; empty, with the reason in errno, when there is none.
 QByteArray takeFreeName(const BWFileCopy::FreeName &freeName, const std::function<bool(const QByteArray &name)> &take)
 {
     QByteArray refused;
@@ -109,7 +89,7 @@ QByteArray takeFreeName(const BWFileCopy::FreeName &freeName, const std::functio
         const QByteArray name = BWFilePath::native(freeName());
         if (take(name))
             return name;
-        if (errno != EEXIST || name == refused) // told free twice, and taken
+        if (errno != EEXIST || name == refused) // said to be free twice, and taken
             return {};
         refused = name;
     }
@@ -138,9 +118,9 @@ QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, co
         return {};
 
     const timespec times[]{info.st_atim, info.st_mtim};
-    Teller teller(progress, info.st_size);
-    const bool copied = copyData(source.get(), target.get(), teller) && ::futimens(target.get(), times) == 0
-        && ::fsync(target.get()) == 0 && target.close();
+    Reporter reporter(progress, info.st_size);
+    const bool copied = copyData(source.get(), target.get(), reporter) && ::futimens(target.get(), times) == 0
+        && BWFileBytes::synchronize(target.get()) && target.close();
     const QByteArray name = copied
         ? takeFreeName(freeName,
                        [&part](const QByteArray &free) { return BWFileCopy::renameWithoutOverwriting(part, free); })
@@ -151,11 +131,11 @@ QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, co
         errno = reason;
         return {};
     }
-    synchronizeFolder(folder);
+    BWFileBytes::synchronizeFolder(folder);
     return name;
 }
 
-/// Asked for while there are no other threads, which could be making files meanwhile.
+/// Read while there are no other threads, which could be making files meanwhile.
 const mode_t usersMask = [] {
     const mode_t mask = ::umask(077);
     ::umask(mask);
@@ -168,13 +148,14 @@ QByteArray giveSecondName(const QByteArray &from, const BWFileCopy::FreeName &fr
 {
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     struct stat info;
-    if (!source.isOpen() || ::fstat(source.get(), &info) != 0 || !S_ISREG(info.st_mode) || ::fsync(source.get()) != 0
-        || info.st_uid != ::geteuid() || info.st_nlink != 1 || ::fchmod(source.get(), 0666 & ~usersMask) != 0)
+    if (!source.isOpen() || ::fstat(source.get(), &info) != 0 || !S_ISREG(info.st_mode)
+        || !BWFileBytes::synchronize(source.get()) || info.st_uid != ::geteuid() || info.st_nlink != 1
+        || ::fchmod(source.get(), 0666 & ~usersMask) != 0)
         return {};
     const QByteArray name = takeFreeName(
         freeName, [&from](const QByteArray &free) { return ::link(from.constData(), free.constData()) == 0; });
     if (!name.isEmpty())
-        synchronizeFolder(name.left(name.lastIndexOf('/') + 1));
+        BWFileBytes::synchronizeFolder(name.left(name.lastIndexOf('/') + 1));
     return name;
 }
 

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <QByteArray>
+
+/// Whole reads and writes of open files, and bringing files to the disk. Any thread.
+///
+/// Operations that fail return false and leave the reason in `errno`; a signal interrupts none of them.
+class BWFileBytes {
+public:
+    BWFileBytes() = delete;
+
+    /// All of the bytes, where the file stands.
+    static bool write(int file, const char *bytes, int64_t size);
+    static bool writeAt(int file, int64_t offset, const char *bytes, int64_t size);
+    /// How many bytes there were to be read, up to `size`; -1 on failure.
+    static int64_t readAt(int file, int64_t offset, void *bytes, int64_t size);
+
+    /// Returns when the contents are on the disk, at once if the file system has nothing to bring there.
+    static bool synchronizeData(int file);
+    /// The same for the contents, the date and the rights.
+    static bool synchronize(int file);
+    /// The same for the names in a folder. A folder that cannot be brought to the disk is left as it is.
+    static void synchronizeFolder(const QByteArray &path);
+};

@@ -1,0 +1,75 @@
+#include "BWACUDriver/BWFileBytes.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// Calls with the bytes done so far until all are done, a call does none, or one fails. How many are done; -1 on failure.
+template <typename Call>
+int64_t repeat(int64_t size, const Call &call)
+{
+    int64_t done = 0;
+    while (done < size) {
+        const ssize_t count = call(done, static_cast<std::size_t>(size - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return -1;
+        if (count == 0)
+            break;
+        done += count;
+    }
+    return done;
+}
+
+template <typename Call>
+bool bringToDisk(int file, const Call &call)
+{
+    while (call(file) != 0) {
+        if (errno != EINTR)
+            return errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
+    }
+    return true;
+}
+
+} // namespace
+
+bool BWFileBytes::write(int file, const char *bytes, int64_t size)
+{
+    return repeat(size, [=](int64_t done, std::size_t left) { return ::write(file, bytes + done, left); }) == size;
+}
+
+bool BWFileBytes::writeAt(int file, int64_t offset, const char *bytes, int64_t size)
+{
+    return repeat(size,
+                  [=](int64_t done, std::size_t left) { return ::pwrite(file, bytes + done, left, offset + done); })
+        == size;
+}
+
+int64_t BWFileBytes::readAt(int file, int64_t offset, void *bytes, int64_t size)
+{
+    auto *const target = static_cast<char *>(bytes);
+    return repeat(size,
+                  [=](int64_t done, std::size_t left) { return ::pread(file, target + done, left, offset + done); });
+}
+
+bool BWFileBytes::synchronizeData(int file)
+{
+    return bringToDisk(file, ::fdatasync);
+}
+
+bool BWFileBytes::synchronize(int file)
+{
+    return bringToDisk(file, ::fsync);
+}
+
+void BWFileBytes::synchronizeFolder(const QByteArray &path)
+{
+    const int folder = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
+    synchronize(folder);
+    ::close(folder);
+}
