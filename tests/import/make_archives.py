@@ -3,7 +3,6 @@
 
 Usage: make_archives.py OUTPUT HOME
 
-OUTPUT/settings.json     the settings, for other writers
 OUTPUT/cameras.*, albums.*   the two keyed archives, as binary and as XML property lists
 OUTPUT/defaults.*        files with both of them
 OUTPUT/hostile/KIND-*    files that must be refused, by the kind of refusal
@@ -218,7 +217,6 @@ def main():
     output, home = Path(sys.argv[1]), sys.argv[2]
     (output / "hostile").mkdir(parents=True, exist_ok=True)
     values = settings(home)
-    (output / "settings.json").write_text(json.dumps(values))
     (output / "reasons.json").write_text(json.dumps(REASONS))
     parts = {name: {form: archive(values[name], form) for form in (FMT_BINARY, FMT_XML)}
              for name in ("cameras", "albums")}

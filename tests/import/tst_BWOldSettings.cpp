@@ -50,22 +50,23 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_folder.folder(u"home/Pictures"_s);
-        QCOMPARE(QProcess::execute(u"python3"_s, {QStringLiteral(BW_PYTHON_WRITER), m_folder.path(), home()}), 0);
-        QCOMPARE(QProcess::execute(QStringLiteral(BW_ARCHIVER),
-                                   {m_folder.path(u"settings.json"_s), m_folder.path(u"cameras.archiver"_s),
-                                    m_folder.path(u"albums.archiver"_s)}),
-                 0);
+        const QString folder = QStringLiteral(BW_FOLDER);
+        QCOMPARE(QProcess::execute(u"python3"_s, {folder + u"/make_archives.py"_s, m_folder.path(), home()}), 0);
+        // The same settings as GNUstep's keyed archiver writes them, for a home of its own.
+        for (const QString &name : {u"/cameras.archiver"_s, u"/albums.archiver"_s})
+            QVERIFY(QFile::copy(folder + name, m_folder.path() + name));
     }
 
     void firstStart()
     {
         for (const QString &writer : {u"binary"_s, u"xml"_s, u"archiver"_s}) {
+            const QString albums = writer == u"archiver"_s ? u"albums.binary"_s : u"albums."_s + writer;
             const TestFolder settings;
             const BWRepository::Options options{settings.path(u"settings.conf"_s), home(), {u"en"_s}, QString()};
             {
                 BWSettingsFile defaults(options.settingsFile);
                 defaults.setData(BWOldSettings::camerasKey(), read(u"cameras."_s + writer));
-                defaults.setData(BWOldSettings::albumsKey(), read(u"albums."_s + writer));
+                defaults.setData(BWOldSettings::albumsKey(), read(albums));
             }
             {
                 const BWRepository repository(options);
@@ -95,6 +96,15 @@ private Q_SLOTS:
             const BWRepository again(options);
             QCOMPARE(again.configManager().productByIdentifier(u"dx12"_s)->currentResolution(), BWResolution(720, 480));
         }
+    }
+
+    void albumsOfARealArchiver()
+    {
+        QString problem;
+        const auto albums = BWOldAlbum::decode(read(u"albums.archiver"_s), problem);
+        QVERIFY2(albums && albums->size() == 3, qPrintable(problem));
+        QCOMPARE(albums->last().name, u"Straße é"_s);
+        QCOMPARE(albums->last().path, u"/home/of/somebody/gone/Straße é"_s);
     }
 
     /// One of the archives being damaged is no reason to do without the other, nor to try for ever.
