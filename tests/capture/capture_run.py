@@ -1,8 +1,16 @@
 """Runs capture_run in a home and a temporary folder of its own."""
 
 import os
+import random
 import subprocess
 from pathlib import Path
+
+
+def seed():
+    """Set BW_SEED to see one run again."""
+    used = int(os.environ.get("BW_SEED") or random.randrange(1 << 30))
+    random.seed(used)
+    print(f"BW_SEED={used}", flush=True)
 
 
 class CaptureRun:
@@ -33,13 +41,17 @@ class CaptureRun:
                 return line.strip()
         return None
 
+    def read_frames(self, count):
+        for _ in range(count):
+            self.read_until("frame ")
+
     def say(self, word):
         self.process.stdin.write(word + "\n")
         self.process.stdin.flush()
 
     def kill(self):
         self.process.kill()
-        self.read_until("nothing: what was told before the kill")
+        self.read_until("nothing: what was printed before the kill")
         self.process.wait()
         self.process.stdin.close()
         self.process.stdout.close()

@@ -1,22 +1,23 @@
 """Kills recordings at random moments and counts what is missing after the next start."""
 
+import os
 import random
 import sys
 import tempfile
 import time
 from pathlib import Path
 
+import capture_run
 import numbered_movie
-from capture_run import CaptureRun
 
 CASES = [("mjpeg", "640x480", 30), ("yuyv", "640x480", 30), ("mjpeg", "2592x1944", 15), ("yuyv", "2592x1944", 8)]
-KILLS = 13  # of each case
+KILLS = int(os.environ.get("BW_KILLS", 4))  # of each case
 LENGTH = 60  # pictures in the movie that the camera shows over and over
 
 
 def kill_once(program, folder, movie, pixel_format, size, seconds):
-    """Frames in the file before the kill as the program told, and the numbers that were read from it afterwards."""
-    run = CaptureRun(program, folder)
+    """The run, which knows how many frames were in the file, and the numbers that were read from it afterwards."""
+    run = capture_run.CaptureRun(program, folder)
     run.record(movie, pixel_format, size)
     assert run.read_until("recording"), "the recording did not begin"
     end = time.monotonic() + seconds
@@ -30,9 +31,7 @@ def kill_once(program, folder, movie, pixel_format, size, seconds):
 
 
 def main(program):
-    seed = random.randrange(1 << 30)
-    random.seed(seed)
-    print(f"seed {seed}")
+    capture_run.seed()
     print(f"{'':20}  kills  frames written  lost at most in one kill  lost in all")
     failures = 0
     with tempfile.TemporaryDirectory(prefix="kill-") as folder:
