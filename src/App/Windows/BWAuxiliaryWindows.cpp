@@ -1,6 +1,7 @@
 #include "App/Windows/BWAuxiliaryWindows.h"
 
 #include "Model/BWRepository.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/Help/BWAboutWindowController.h"
@@ -40,6 +41,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
     : m_window(window),
       m_config(repository.configManager()),
       m_texts(repository.localizationManager()),
+      m_productInUse(productInUse),
       m_callbacks(std::move(callbacks)),
       m_albums(std::make_unique<BWAlbumManagerWindowController>(
           repository.albumManager(), repository.userDefaults(),
@@ -115,7 +117,8 @@ void BWAuxiliaryWindows::showAdvancedSettings()
 
 void BWAuxiliaryWindows::onEMPIADebugger()
 {
-    m_registerDebugger = std::make_unique<BWEMPIADebuggerWindowController>(m_callbacks.currentCamera, &m_window);
+    m_registerDebugger = std::make_unique<BWEMPIADebuggerWindowController>(
+        [&productInUse = m_productInUse] { return productInUse.camera(); }, &m_window);
     m_registerDebugger->localizeWithManager(m_texts);
     placeBWToolWindow(*m_registerDebugger, m_window);
     m_registerDebugger->show();

@@ -71,6 +71,7 @@ private:
     BWMainWindow &m_window;
     BWConfigManager &m_config;
     BWLocalizationManager &m_texts;
+    BWProductInUse &m_productInUse;
     Callbacks m_callbacks;
     BWDialogFilePanels m_panels;
     std::unique_ptr<BWAlbumManagerWindowController> m_albums;
