@@ -14,9 +14,9 @@
 #include "Model/Capture/BWCaptureRecovery.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Session/BWCameraAuthorization.h"
-#include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
@@ -66,6 +66,7 @@ AppDelegate::AppDelegate(Options options)
       m_clock(m_options.clock ? *m_options.clock : BWClock::system()),
       m_repository(BWRepository::singleton()),
       m_productInUse(m_repository.configManager()),
+      m_session(m_cameraManager, m_repository.configManager(), m_productInUse, m_clock),
       m_quitting(quittingCallbacks(), m_clock)
 {
 }
@@ -122,12 +123,11 @@ void AppDelegate::doFinishApplicationLaunch()
     prepareUI();
     m_cameraDetector =
         std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(m_options.backends));
-    m_cameraDetector->setCameraFoundBlock(
-        [this](const BWDetectedCameraPtr &device) { m_session->cameraFound(device); });
+    m_cameraDetector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { m_session.cameraFound(device); });
     m_cameraDetector->setCameraRemovedBlock(
-        [this](const BWDetectedCameraPtr &device) { m_session->cameraRemoved(device); });
+        [this](const BWDetectedCameraPtr &device) { m_session.cameraRemoved(device); });
     m_cameraDetector->startCamerasDetection();
-    m_session->waitForCamera();
+    m_session.waitForCamera();
 }
 
 void AppDelegate::prepareUI()
@@ -142,26 +142,16 @@ void AppDelegate::prepareUI()
         return false; // closes when the camera has stopped
     });
     m_statusLine = std::make_unique<BWStatusLine>(m_window->currentCameraLabel(), m_clock);
-    m_liveView = std::make_unique<BWLiveViewController>(*m_window, [this] { return currentCamera(); });
-    m_grid = std::make_unique<BWGridController>(
-        *m_window, *m_liveView, config, texts,
-        BWGridController::Callbacks{[this] { return currentCamera(); }, [this] { updateStateLabel(); }});
+    m_liveView = std::make_unique<BWLiveViewController>(*m_window, m_productInUse);
+    m_grid = std::make_unique<BWGridController>(*m_window, *m_liveView, m_productInUse, texts);
     m_window->menu().showTools(m_options.technician);
     prepareCapture();
-    m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(
-        *m_window, m_repository, m_productInUse,
-        BWAuxiliaryWindows::Callbacks{m_options.openUrl, [this] { return m_cameraManager.cameras(); },
-                                      [this](const BWCameraPtr &camera) { m_session->changeCurrentCamera(camera); }},
-        m_clock);
+    m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_session, m_productInUse,
+                                                              m_options.openUrl, m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
-        *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_productInUse, m_repository,
-        BWSessionWindows::Callbacks{[this] { updateStateLabel(); }, [this] { applicationShouldTerminate(); },
-                                    [this] { return pendingDevices(); }, [this] { return blockedCameras(); }},
-        m_clock);
-    m_session = std::make_unique<BWCameraSession>(
-        m_cameraManager, config, m_productInUse, *m_sessionWindows, [this](BWCamera &camera) { prepareCamera(camera); },
-        m_clock);
-    m_sessionWindows->setSession(*m_session);
+        *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_session, m_productInUse, m_repository,
+        BWSessionWindows::Callbacks{[this] { return pendingDevices(); }, [this] { return blockedCameras(); }}, m_clock);
+    connectSession();
     m_importMenu =
         std::make_unique<BWImportMenu>(*m_window, m_repository, m_panels, [this] { m_productInUse.reloadImported(); });
     connectActions();
@@ -206,6 +196,20 @@ void AppDelegate::prepareCapture()
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->tellRecovered(last); });
 }
 
+void AppDelegate::connectSession()
+{
+    connect(&m_session, &BWCameraSession::cameraAdded, this, &AppDelegate::prepareCamera);
+    connect(&m_session, &BWCameraSession::statusChanged, this, &AppDelegate::updateStateLabel);
+    connect(&m_session, &BWCameraSession::quitRequested, this, &AppDelegate::applicationShouldTerminate);
+    connect(m_sessionWindows.get(), &BWSessionWindows::terminateRequested, this,
+            &AppDelegate::applicationShouldTerminate);
+    connect(m_grid.get(), &BWGridController::gridChanged, this, &AppDelegate::updateStateLabel);
+    connect(&m_productInUse, &BWProductInUse::loaded, this, [this] {
+        const BWCameraProductPtr &product = m_productInUse.product();
+        m_capture->setSnapshotTags(product ? product->name() : QString(), QStringLiteral("BrimwellPro " BW_VERSION));
+    });
+}
+
 void AppDelegate::connectActions()
 {
     const BWMainMenu &menu = m_window->menu();
@@ -235,14 +239,14 @@ void AppDelegate::connectActions()
             &BWSessionWindows::bringMainWindowToFront);
 }
 
-void AppDelegate::prepareCamera(BWCamera &camera)
+void AppDelegate::prepareCamera(const BWCameraPtr &camera)
 {
     // A camera that hangs may outlive the windows.
-    camera.setOnCameraFrame([weak = std::weak_ptr(m_renderer)](BWCamera &, const BWFrame &frame) {
+    camera->setOnCameraFrame([weak = std::weak_ptr(m_renderer)](BWCamera &, const BWFrame &frame) {
         if (const auto renderer = weak.lock())
             renderer->prepareBuffer(frame);
     });
-    m_capture->prepareCamera(camera);
+    m_capture->prepareCamera(*camera);
 }
 
 BWQuitting::Callbacks AppDelegate::quittingCallbacks()
@@ -253,13 +257,7 @@ BWQuitting::Callbacks AppDelegate::quittingCallbacks()
             [this] {
                 return BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);
             },
-        .stopCamera =
-            [this](std::function<void()> done) {
-                if (m_session)
-                    m_session->stopForQuit(std::move(done));
-                else
-                    done();
-            },
+        .stopCamera = [this](std::function<void()> done) { m_session.stopForQuit(std::move(done)); },
         .completesMovie =
             [this] {
                 const BWCameraPtr camera = currentCamera();
@@ -291,7 +289,7 @@ bool AppDelegate::bringForward()
 
 BWCameraPtr AppDelegate::currentCamera() const
 {
-    return m_session ? m_session->currentCamera() : nullptr;
+    return m_session.currentCamera();
 }
 
 bool AppDelegate::pendingDevices() const
@@ -310,12 +308,11 @@ void AppDelegate::updateStateLabel()
         m_statusLine->setText(m_texts.noCameraDetectedPlaceholder);
         return;
     }
-    if (const BWStartProblem &problem = m_session->problem(); !problem.isNone()) {
+    if (const BWStartProblem &problem = m_session.problem(); !problem.isNone()) {
         m_statusLine->setText(BWStartProblemText::status(problem, m_repository.localizationManager()));
         return;
     }
     const auto product = m_productInUse.currentProduct();
-    m_capture->setSnapshotTags(product ? product->name() : QString(), QStringLiteral("BrimwellPro " BW_VERSION));
     if (m_grid->useGrid()) {
         m_statusLine->setText(m_liveView->state().currentZoom() == 100
                                   ? m_texts.gridDisclaimer
@@ -323,7 +320,8 @@ void AppDelegate::updateStateLabel()
         return;
     }
     m_statusLine->setText(
-        product ? BWUIUtils::inOneLine(m_texts.liveStreamingWith, m_sessionWindows->localizeProductName(*product))
+        product ? BWUIUtils::inOneLine(m_texts.liveStreamingWith,
+                                       BWDisplayNames::product(*product, m_repository.localizationManager()))
                 : m_texts.liveStreamingWith);
 }
 

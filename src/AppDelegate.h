@@ -8,6 +8,7 @@
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/Products/BWProductInUse.h"
+#include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWQuitting.h"
 #include "Model/Settings/BWConfigManagerListener.h"
 #include "Utils/BWMainQueue.h"
@@ -21,7 +22,6 @@
 
 class BWAuxiliaryWindows;
 class BWCameraAuthorization;
-class BWCameraSession;
 class BWCaptureFeedback;
 class BWCaptureRecovery;
 class BWFlashActionViewController;
@@ -82,8 +82,9 @@ private:
     BWQuitting::Callbacks quittingCallbacks();
     void prepareUI();
     void prepareCapture();
+    void connectSession();
     void connectActions();
-    void prepareCamera(BWCamera &camera);
+    void prepareCamera(const BWCameraPtr &camera);
     void tellWhetherStored();
     void resetLayout();
     void openAlbumFolder();
@@ -98,6 +99,7 @@ private:
     std::shared_ptr<BWLiveRenderer> m_renderer = std::make_shared<BWLiveRenderer>();
     BWCameraManager m_cameraManager;
     BWProductInUse m_productInUse;
+    BWCameraSession m_session;
     std::unique_ptr<BWMainWindow> m_window;
     std::unique_ptr<BWStatusLine> m_statusLine;
     std::unique_ptr<BWLiveViewController> m_liveView;
@@ -112,7 +114,6 @@ private:
     BWDialogFilePanels m_panels;
     std::unique_ptr<BWImportMenu> m_importMenu;
     std::unique_ptr<BWCameraDetector> m_cameraDetector;
-    std::unique_ptr<BWCameraSession> m_session;
     std::unique_ptr<BWSimulatedCamerasWindowController> m_simulatedCameras;
     BWAliveToken m_alive;
     BWAppTexts m_texts;

@@ -1,5 +1,6 @@
 #include "Views/BWNoCameraProductSheetWindowController.h"
 
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
 
@@ -59,9 +60,7 @@ void BWNoCameraProductSheetWindowController::localizeWithManager(BWLocalizationM
 
 QString BWNoCameraProductSheetWindowController::localizeProductName(const BWCameraProduct &product) const
 {
-    if (!m_manager)
-        return product.name();
-    return m_manager->localize(BWLocalizableString(u"camera_product"_s, product.identifier(), product.name()));
+    return m_manager ? BWDisplayNames::product(product, *m_manager) : product.name();
 }
 
 void BWNoCameraProductSheetWindowController::setCamera(const BWCameraPtr &camera)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Session/BWCameraSessionUi.h"
+#include "Model/Session/BWCameraSession.h"
 
 #include <QMessageBox>
 
@@ -11,8 +11,8 @@ class BWStartProblemAlert : public QMessageBox {
     Q_OBJECT
 
 public:
-    using Question = BWCameraSessionUi::StartQuestion;
-    using Answer = BWCameraSessionUi::StartAnswer;
+    using Question = BWCameraSession::StartQuestion;
+    using Answer = BWCameraSession::StartAnswer;
 
     /// `other` is the title of the other camera that the question offers; null if it offers none. If it does, Escape
     /// leads there.

@@ -2,6 +2,7 @@
 #include "../views/WidgetSearch.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
@@ -28,9 +29,11 @@ struct Bench {
     Bench()
     {
         window.localizeWithManager(texts);
+        product.setCamera(camera);
         config.setCurrentProductIdentifier(u"dx10"_s, QLatin1String(type));
         setResolution({640, 480});
-        grid.enableGrid(true);
+        grid.followProduct();
+        QObject::connect(&grid, &BWGridController::gridChanged, &grid, [this] { ++labelUpdates; });
     }
 
     void setResolution(BWResolution resolution)
@@ -46,14 +49,15 @@ struct Bench {
     QTemporaryDir folder;
     BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
     const AttachedCameras cameras{{AttachedCameras::Type::High}};
-    BWCameraPtr camera = cameras[0];
-    BWConfigManager config{defaults, [this] { return camera ? camera->identifierForProducts() : QString(); }};
+    const BWCameraPtr camera = cameras[0];
+    BWConfigManager config{defaults};
+    BWProductInUse product{config};
     BWLocalizationManager texts{QString(), {u"en"_s}};
     BWLiveRenderer renderer;
     BWMainWindow window{renderer};
-    BWLiveViewController liveView{window, [this] { return camera; }};
+    BWLiveViewController liveView{window, product};
     int labelUpdates = 0;
-    BWGridController grid{window, liveView, config, texts, {[this] { return camera; }, [this] { ++labelUpdates; }}};
+    BWGridController grid{window, liveView, product, texts};
     BWGridDebuggerWindowController &debugger = *window.findChild<BWGridDebuggerWindowController *>();
     QSlider &slider = *debugger.findChild<QSlider *>();
 };
@@ -81,7 +85,7 @@ private Q_SLOTS:
         QCOMPARE(bench.shown(), 355.0); // points are not zoomed
         bench.setResolution({1280, 1024});
         QCOMPARE(bench.shown(), 710.0);
-        bench.grid.enableGrid(true); // a change of the settings
+        bench.grid.followProduct(); // a change of the settings
         QVERIFY(bench.grid.useGrid());
 
         bench.window.menu().grid->trigger();
@@ -96,13 +100,15 @@ private Q_SLOTS:
         bench.grid.showGridDebugger();
         QVERIFY(bench.debugger.isVisibleTo(&bench.window));
         const int before = bench.labelUpdates;
-        bench.grid.enableGrid(false);
+        bench.config.setCurrentProductIdentifier(u"mx61"_s, QLatin1String(type));
+        bench.grid.followProduct();
         bench.liveView.updateImageDisplay();
         QVERIFY(bench.button()->isHidden() && !bench.window.menu().grid->isVisible());
         QVERIFY(bench.debugger.isHidden());
         QCOMPARE(bench.labelUpdates, before + 1);
         QCOMPARE(bench.shown(), 0.0);
-        bench.grid.enableGrid(true); // it has to be turned on again
+        bench.config.setCurrentProductIdentifier(u"dx10"_s, QLatin1String(type));
+        bench.grid.followProduct(); // it has to be turned on again
         QVERIFY(!bench.grid.useGrid() && !bench.button()->isChecked());
     }
 
@@ -137,7 +143,7 @@ private Q_SLOTS:
     {
         Bench bench;
         bench.grid.onGrid();
-        bench.camera.reset();
+        bench.product.setCamera(nullptr);
         bench.liveView.updateImageDisplay();
         QCOMPARE(bench.shown(), 0.0);
         bench.grid.updateGridForCurrentProduct(100);

@@ -17,64 +17,45 @@ using namespace Qt::StringLiterals;
 using State = BWCameraSession::State;
 using Type = BWSimulatedCameraOptions::Type;
 
-/// Notes what it is asked, and answers when the test says so.
-class RecordingUi : public BWCameraSessionUi {
+/// Notes what the session reports, and answers when the test says so.
+class RecordingUi : public QObject {
 public:
-    void enableCameraMenus() override { calls << u"enableCameraMenus"_s; }
-    void updateStateLabel() override { calls << u"updateStateLabel"_s; }
-    void updateCameraList(const QList<BWCameraPtr> &list, const BWCameraPtr &current) override
+    void watch(BWCameraSession &session)
     {
-        cameras = list;
-        listedCurrent = current;
-    }
-    void cameraStarted() override { calls << u"cameraStarted"_s; }
-    void showResolutions(const QList<BWResolution> &list, BWResolution current) override
-    {
-        calls << u"showResolutions %1 %2"_s.arg(list.size()).arg(current.resolutionString());
-    }
-    void enableGrid(bool available) override { calls << (available ? u"enableGrid yes"_s : u"enableGrid no"_s); }
-    void updateImageDisplay() override { calls << u"updateImageDisplay"_s; }
-    void bringMainWindowToFront() override { calls << u"bringMainWindowToFront"_s; }
-    void resetUIToInitial() override { calls << u"resetUIToInitial"_s; }
-    void askForProduct(const BWCameraPtr &, std::function<void(const QString &)> chosen) override
-    {
-        calls << u"askForProduct"_s;
-        productAnswer = std::move(chosen);
-    }
-    void showCameraInUse(const StartQuestion &asked, std::function<void(StartAnswer)> answered) override
-    {
-        question = asked;
-        answer = std::move(answered);
-    }
-    void endQuestions() override
-    {
-        productAnswer = {};
-        answer = {};
-    }
-    void showNoCameraWindow() override { calls << u"showNoCameraWindow"_s; }
-    void hideNoCameraWindow() override { }
-    void openNoCameraSheet(std::function<void()> end) override
-    {
-        calls << u"openNoCameraSheet"_s;
-        sheetTerminate = std::move(end);
-    }
-    void endNoCameraSheet() override { }
-    void hideAuxiliaryWindows() override { calls << u"hideAuxiliaryWindows"_s; }
-    void terminate() override
-    {
-        calls << u"terminate"_s;
-        if (quit)
-            quit();
+        using Session = BWCameraSession;
+        note(session, &Session::statusChanged, u"statusChanged"_s);
+        note(session, &Session::starting, u"starting"_s);
+        note(session, &Session::started, u"started"_s);
+        note(session, &Session::cameraGone, u"cameraGone"_s);
+        note(session, &Session::productUnknown, u"productUnknown"_s);
+        connect(&session, &Session::cameraAdded, this, [this] { ++prepared; });
+        connect(&session, &Session::camerasChanged, this, [this, &session] { cameras = session.cameras(); });
+        connect(&session, &Session::noCamera, this,
+                [this](bool hadCamera) { calls << (hadCamera ? u"noCamera any more"_s : u"noCamera"_s); });
+        connect(&session, &Session::startFailed, this, [this, &session](const Session::StartQuestion &asked) {
+            question = asked;
+            answer = [&session](Session::StartAnswer given) { session.answerStartQuestion(given); };
+        });
+        connect(&session, &Session::questionsWithdrawn, this, [this] { answer = {}; });
+        connect(&session, &Session::quitRequested, this, [this] {
+            calls << u"quitRequested"_s;
+            if (quit)
+                quit();
+        });
     }
 
     QStringList calls;
     QList<BWCameraPtr> cameras;
-    BWCameraPtr listedCurrent;
-    std::function<void(const QString &)> productAnswer;
-    StartQuestion question;
-    std::function<void(StartAnswer)> answer; // null while no question is open
-    std::function<void()> sheetTerminate;
+    int prepared = 0;
+    BWCameraSession::StartQuestion question;
+    std::function<void(BWCameraSession::StartAnswer)> answer; // null while no question is open
     std::function<void()> quit;
+
+private:
+    void note(BWCameraSession &session, void (BWCameraSession::*signal)(), const QString &name)
+    {
+        connect(&session, signal, this, [this, name] { calls << name; });
+    }
 };
 
 inline BWSimulatedCameraOptions cameraOf(Type type, bool pluggedIn = true)
@@ -89,17 +70,13 @@ inline BWSimulatedCameraOptions cameraOf(Type type, bool pluggedIn = true)
 /// The session on simulated cameras that note what they are sent, with a clock moved by hand.
 struct Bench {
     explicit Bench(const QList<BWSimulatedCameraOptions> &cameras)
-        : config(defaults, [this] {
-              const BWCameraPtr camera = session ? session->currentCamera() : nullptr;
-              return camera ? camera->identifierForProducts() : QString();
-          })
     {
         auto backend = BWSimulatedBackend::create(cameras, clock);
         hands = backend->cameras();
         std::vector<std::unique_ptr<BWCameraBackend>> backends;
         backends.push_back(std::move(backend));
-        session = std::make_unique<BWCameraSession>(
-            manager, config, product, ui, [this](BWCamera &) { ++prepared; }, clock);
+        session = std::make_unique<BWCameraSession>(manager, config, product, clock);
+        ui.watch(*session);
         detector = std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(backends));
         for (int i = 0; i < cameras.size(); ++i) {
             notes << std::make_shared<DeviceNotes>();
@@ -130,14 +107,13 @@ struct Bench {
     BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
     BWManualClock clock;
     RecordingUi ui;
-    BWConfigManager config;
+    BWConfigManager config{defaults};
     BWProductInUse product{config};
     BWCameraManager manager;
     std::unique_ptr<BWCameraSession> session;
     std::unique_ptr<BWCameraDetector> detector;
     QList<std::shared_ptr<BWSimulatedCamera>> hands;
     QList<std::shared_ptr<DeviceNotes>> notes;
-    int prepared = 0;
 
 private:
     std::map<BWDetectedCameraPtr, BWDetectedCameraPtr> m_noting;

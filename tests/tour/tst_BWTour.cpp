@@ -171,7 +171,7 @@ private Q_SLOTS:
     void startProblems()
     {
         QFETCH(BWStartProblem, problem);
-        BWCameraSessionUi::StartQuestion question{problem, {}, {}};
+        BWCameraSession::StartQuestion question{problem, {}, {}};
         if (problem.kind == BWStartProblem::Kind::NoBandwidth)
             question.smaller = BWResolution(640, 480);
         BWLocalizationManager &texts = BWRepository::singleton().localizationManager();

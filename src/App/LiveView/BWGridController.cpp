@@ -1,7 +1,7 @@
 #include "App/LiveView/BWGridController.h"
 
 #include "App/LiveView/BWLiveViewController.h"
-#include "Model/Settings/BWConfigManager.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -12,14 +12,15 @@
 #include <QAction>
 #include <utility>
 
-BWGridController::BWGridController(BWMainWindow &window, BWLiveViewController &liveView, BWConfigManager &config,
-                                   BWLocalizationManager &texts, Callbacks callbacks)
-    : m_window(window), m_liveView(liveView), m_config(config), m_callbacks(std::move(callbacks))
+BWGridController::BWGridController(BWMainWindow &window, BWLiveViewController &liveView,
+                                   const BWProductInUse &productInUse, BWLocalizationManager &texts)
+    : m_window(window), m_liveView(liveView), m_productInUse(productInUse)
 {
     m_gridDebuggerWindowController = std::make_unique<BWGridDebuggerWindowController>(
-        BWGridDebuggerWindowController::Callbacks{m_callbacks.currentCamera, [this] { return gridDistance(); },
+        productInUse,
+        BWGridDebuggerWindowController::Callbacks{[this] { return gridDistance(); },
                                                   [this](double distance) { updateGridForCurrentProduct(distance); }},
-        config, &window);
+        &window);
     m_gridDebuggerWindowController->localizeWithManager(texts);
     connect(&window.controlBar(), &BWControlBar::gridTriggered, this, &BWGridController::onGrid);
     connect(window.menu().grid, &QAction::triggered, this, &BWGridController::onGrid);
@@ -33,15 +34,21 @@ BWGridController::BWGridController(BWMainWindow &window, BWLiveViewController &l
 
 BWGridController::~BWGridController() = default;
 
+QString BWGridController::currentProduct() const
+{
+    const BWCameraProductPtr product = m_productInUse.currentProduct();
+    return product ? product->identifier() : QString();
+}
+
 QString BWGridController::currentResolution() const
 {
-    const BWCameraPtr camera = m_callbacks.currentCamera();
+    const BWCameraPtr &camera = m_productInUse.camera();
     return camera ? camera->defaultResolution().resolutionString() : QString();
 }
 
 double BWGridController::gridDistance() const
 {
-    return m_gridValues.distance(m_config.productIdentifier(), currentResolution());
+    return m_gridValues.distance(currentProduct(), currentResolution());
 }
 
 void BWGridController::overlayGrid()
@@ -54,6 +61,11 @@ void BWGridController::cleanGrid()
     m_window.centeringClipView().setGridDistance(0);
 }
 
+void BWGridController::followProduct()
+{
+    enableGrid(m_gridValues.contains(currentProduct()));
+}
+
 void BWGridController::enableGrid(bool available)
 {
     m_window.controlBar().setGridAvailable(available);
@@ -62,7 +74,7 @@ void BWGridController::enableGrid(bool available)
         setUseGrid(false);
         m_gridDebuggerWindowController->hide();
     }
-    m_callbacks.updateStateLabel();
+    Q_EMIT gridChanged();
 }
 
 void BWGridController::setUseGrid(bool use)
@@ -75,7 +87,7 @@ void BWGridController::setUseGrid(bool use)
 void BWGridController::onGrid()
 {
     setUseGrid(!m_useGrid);
-    m_callbacks.updateStateLabel();
+    Q_EMIT gridChanged();
     m_liveView.updateImageDisplay();
     if (m_useGrid)
         reloadGridDebugger();
@@ -88,7 +100,7 @@ void BWGridController::updateGridForCurrentProduct(double distance)
     cleanGrid();
     const QString resolution = currentResolution();
     if (!resolution.isNull())
-        m_gridValues.setDistance(distance, m_config.productIdentifier(), resolution);
+        m_gridValues.setDistance(distance, currentProduct(), resolution);
     overlayGrid();
 }
 

@@ -1,17 +1,15 @@
 #pragma once
 
-#include "BWACUDriver/BWCamera.h"
 #include "Model/LiveView/BWMeasuringGridTable.h"
 
-#include <functional>
 #include <memory>
 #include <QObject>
 
-class BWConfigManager;
 class BWGridDebuggerWindowController;
 class BWLiveViewController;
 class BWLocalizationManager;
 class BWMainWindow;
+class BWProductInUse;
 
 /// The measuring grid on the live image: for which products there is one, whether it is on, how wide it is, and the
 /// window in which a technician tunes it. Every layout of the live image draws it anew. GUI thread.
@@ -19,14 +17,9 @@ class BWGridController : public QObject {
     Q_OBJECT
 
 public:
-    struct Callbacks {
-        std::function<BWCameraPtr()> currentCamera;
-        std::function<void()> updateStateLabel;
-    };
-
     /// All must outlive this object.
-    BWGridController(BWMainWindow &window, BWLiveViewController &liveView, BWConfigManager &config,
-                     BWLocalizationManager &texts, Callbacks callbacks);
+    BWGridController(BWMainWindow &window, BWLiveViewController &liveView, const BWProductInUse &productInUse,
+                     BWLocalizationManager &texts);
     ~BWGridController() override;
 
     bool useGrid() const { return m_useGrid; }
@@ -35,6 +28,8 @@ public:
 
     void overlayGrid();
     void cleanGrid();
+    /// The current product, or the settings, changed: whether there is a grid follows from the product.
+    void followProduct();
     /// Without one the grid is turned off. With one it stays as it is.
     void enableGrid(bool available);
     /// Turns the grid on or off.
@@ -44,14 +39,18 @@ public:
     void reloadGridDebugger();
     void showGridDebugger();
 
+Q_SIGNALS:
+    /// useGrid() may have changed.
+    void gridChanged();
+
 private:
+    QString currentProduct() const;
     QString currentResolution() const;
     void setUseGrid(bool use);
 
     BWMainWindow &m_window;
     BWLiveViewController &m_liveView;
-    BWConfigManager &m_config;
-    Callbacks m_callbacks;
+    const BWProductInUse &m_productInUse;
     BWMeasuringGridTable m_gridValues;
     std::unique_ptr<BWGridDebuggerWindowController> m_gridDebuggerWindowController;
     bool m_gridDebuggerPlaced = false;

@@ -1,6 +1,7 @@
 #include "App/LiveView/BWLiveViewController.h"
 
 #include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -10,8 +11,8 @@
 #include <QAction>
 #include <utility>
 
-BWLiveViewController::BWLiveViewController(BWMainWindow &window, CurrentCamera currentCamera)
-    : m_window(window), m_currentCamera(std::move(currentCamera))
+BWLiveViewController::BWLiveViewController(BWMainWindow &window, const BWProductInUse &productInUse)
+    : m_window(window), m_productInUse(productInUse)
 {
     const BWControlBar &bar = window.controlBar();
     connect(&bar, &BWControlBar::zoomTriggered, this, &BWLiveViewController::onZoom);
@@ -32,7 +33,7 @@ BWLiveViewController::BWLiveViewController(BWMainWindow &window, CurrentCamera c
 
 void BWLiveViewController::updateImageDisplay()
 {
-    const BWCameraPtr camera = m_currentCamera();
+    const BWCameraPtr &camera = m_productInUse.camera();
     const QSize size = camera ? camera->defaultResolution().dimensions() : QSize(0, 0);
     m_window.centeringClipView().setLiveGeometry(BWLiveViewGeometry(size, m_state));
     Q_EMIT imageDisplayUpdated();

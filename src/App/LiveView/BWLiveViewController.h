@@ -1,14 +1,12 @@
 #pragma once
 
-#include "BWACUDriver/BWCamera.h"
 #include "Model/LiveView/BWLiveViewState.h"
 
-#include <functional>
-#include <memory>
 #include <QObject>
 
 class BWDoubleButton;
 class BWMainWindow;
+class BWProductInUse;
 
 /// Zoom, rotation and mirroring of the live image: takes the user's actions, lays the image out, keeps the controls
 /// of the main window in step. GUI thread.
@@ -16,9 +14,8 @@ class BWLiveViewController : public QObject {
     Q_OBJECT
 
 public:
-    using CurrentCamera = std::function<BWCameraPtr()>;
-
-    BWLiveViewController(BWMainWindow &window, CurrentCamera currentCamera);
+    /// Both must outlive this object.
+    BWLiveViewController(BWMainWindow &window, const BWProductInUse &productInUse);
 
     /// Lays the image out: size from the camera's resolution and the zoom, then rotation and mirroring.
     void updateImageDisplay();
@@ -46,6 +43,6 @@ private:
     void showZoom();
 
     BWMainWindow &m_window;
-    CurrentCamera m_currentCamera;
+    const BWProductInUse &m_productInUse;
     BWLiveViewState m_state;
 };

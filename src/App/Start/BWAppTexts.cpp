@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "Model/Session/BWStartProblemText.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 
 using namespace Qt::StringLiterals;
@@ -11,7 +12,7 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     // Some texts are only made known here, so that a refreshed translation file has them.
     const QList<BWCameraDescriptionPtr> descriptions = BWCameraDetector::supportedDescriptions();
     for (const BWCameraDescriptionPtr &description : descriptions)
-        manager.text(u"camera_type"_s, description->identifierForCameraType, description->name);
+        BWDisplayNames::camera(*description, manager);
     manager.text(u"general"_s, u"option_ok"_s, u"OK"_s);
     manager.text(u"general"_s, u"option_cancel"_s, u"Cancel"_s);
     manager.text(u"flash_view"_s, u"snapshot_saved"_s, u"Snapshot saved"_s);

@@ -2,6 +2,7 @@
 
 #include "Model/BWRepository.h"
 #include "Model/Products/BWProductInUse.h"
+#include "Model/Session/BWCameraSession.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/Help/BWAboutWindowController.h"
@@ -36,16 +37,16 @@ void bringToFront(QWidget &window)
 
 } // namespace
 
-BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWProductInUse &productInUse,
-                                       Callbacks callbacks, BWClock &clock)
+BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWCameraSession &session,
+                                       BWProductInUse &productInUse, const OpenUrl &openUrl, BWClock &clock)
     : m_window(window),
       m_config(repository.configManager()),
       m_texts(repository.localizationManager()),
       m_productInUse(productInUse),
-      m_callbacks(std::move(callbacks)),
+      m_session(session),
       m_albums(std::make_unique<BWAlbumManagerWindowController>(
           repository.albumManager(), repository.userDefaults(),
-          BWAlbumManagerWindowController::Callbacks{m_panels, m_callbacks.openUrl}, &window, clock)),
+          BWAlbumManagerWindowController::Callbacks{m_panels, openUrl}, &window, clock)),
       m_settings(std::make_unique<BWSettingsWindowController>(
           m_config, repository.userDefaults(),
           BWSettingsWindowController::Callbacks{*this, [this] { showAdvancedSettings(); }}, &window)),
@@ -53,7 +54,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
                                                                               &window, clock)),
       m_help(std::make_unique<BWSimpleHelpWindowController>(
           BWHelpContact::fromFile(u":/contact.json"_s),
-          BWSimpleHelpWindowController::Callbacks{m_callbacks.openUrl, m_callbacks.cameras,
+          BWSimpleHelpWindowController::Callbacks{openUrl, [&session] { return session.cameras(); },
                                                   [&window] { return window.menuBar()->actions(); }},
           &window)),
       m_about(std::make_unique<BWAboutWindowController>(BWLibraryList::ours(), &window))
@@ -174,5 +175,5 @@ void BWAuxiliaryWindows::updateMenu()
 void BWAuxiliaryWindows::changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera)
 {
     Q_UNUSED(sender)
-    m_callbacks.changeCurrentCamera(camera);
+    m_session.changeCurrentCamera(camera);
 }

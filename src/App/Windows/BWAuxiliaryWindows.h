@@ -13,6 +13,7 @@
 class BWAboutWindowController;
 class BWAdvancedSettingsWindowController;
 class BWAlbumManagerWindowController;
+class BWCameraSession;
 class BWConfigManager;
 class BWEMPIADebuggerWindowController;
 class BWLocalizationManager;
@@ -28,15 +29,12 @@ class BWAuxiliaryWindows : public QObject, private BWSettingsWindowControllerDel
     Q_OBJECT
 
 public:
-    struct Callbacks {
-        std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
-        std::function<QList<BWCameraPtr>()> cameras;
-        std::function<void(const BWCameraPtr &camera)> changeCurrentCamera; ///< the user picked that one
-    };
+    /// Opens a file or page with the desktop's program for it; false if there is none.
+    using OpenUrl = std::function<bool(const QUrl &)>;
 
     /// All must outlive this object.
-    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWProductInUse &productInUse,
-                       Callbacks callbacks, BWClock &clock);
+    BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWCameraSession &session,
+                       BWProductInUse &productInUse, const OpenUrl &openUrl, BWClock &clock);
     ~BWAuxiliaryWindows() override;
 
     /// Makes the windows listeners of the settings store, after whoever moves the camera window, because they are placed
@@ -72,7 +70,7 @@ private:
     BWConfigManager &m_config;
     BWLocalizationManager &m_texts;
     BWProductInUse &m_productInUse;
-    Callbacks m_callbacks;
+    BWCameraSession &m_session;
     BWDialogFilePanels m_panels;
     std::unique_ptr<BWAlbumManagerWindowController> m_albums;
     std::unique_ptr<BWSettingsWindowController> m_settings;

@@ -5,14 +5,13 @@
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "Model/BWRepository.h"
 #include "Model/Products/BWProductInUse.h"
-#include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
 #include "Views/BWStartProblemAlert.h"
-#include "Views/MainWindow/BWCameraTitles.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
@@ -24,112 +23,110 @@
 using namespace Qt::StringLiterals;
 
 BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                                   BWAuxiliaryWindows &auxiliary, BWProductInUse &productInUse,
-                                   BWRepository &repository, Callbacks callbacks, BWClock &clock)
+                                   BWAuxiliaryWindows &auxiliary, BWCameraSession &session,
+                                   BWProductInUse &productInUse, BWRepository &repository, Callbacks callbacks,
+                                   BWClock &clock)
     : m_window(window),
       m_liveView(liveView),
       m_grid(grid),
       m_auxiliary(auxiliary),
+      m_session(session),
       m_productInUse(productInUse),
-      m_repository(repository),
-      m_callbacks(std::move(callbacks))
+      m_config(repository.configManager()),
+      m_texts(repository.localizationManager())
 {
-    BWLocalizationManager &texts = repository.localizationManager();
-    const BWNoCameraBaseWindowController::Callbacks noCamera{
-        m_callbacks.pendingDevices,
-        [this, &texts] { return BWStartProblemText::obstacle(m_callbacks.blockedCameras(), texts); }};
-    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(noCamera, clock, &window);
-    m_noCameraWindow->localizeWithManager(texts);
-    connect(m_noCameraWindow.get(), &BWNoCameraWindowController::terminateRequested, this,
-            &BWSessionWindows::terminate);
-    m_productSheet = std::make_unique<BWNoCameraProductSheetWindowController>(
-        [&config = repository.configManager()](const QString &type) { return config.productsByCameraIdentifier(type); },
-        clock, &window);
-    m_productSheet->localizeWithManager(texts);
-    m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(noCamera, clock, &window);
-    m_noCameraSheet->localizeWithManager(texts);
-    // Their keys reach the main window only, which the sheets block. The other two have a button to quit.
-    for (QWidget *question :
-         std::initializer_list<QWidget *>{m_noCameraWindow.get(), m_noCameraSheet.get(), m_productSheet.get()})
-        question->addAction(window.menu().simpleHelpMenuItem);
-    m_productSheet->addAction(window.menu().quit);
+    makeQuestions(m_texts, std::move(callbacks), clock);
     m_window.controlBar().setCameraControlsEnabled(false);
+    connectSession();
+    connectMenus();
 }
 
 BWSessionWindows::~BWSessionWindows() = default;
 
-void BWSessionWindows::setSession(BWCameraSession &session)
+void BWSessionWindows::makeQuestions(BWLocalizationManager &texts, Callbacks callbacks, BWClock &clock)
 {
-    m_session = &session;
+    const BWNoCameraBaseWindowController::Callbacks noCamera{
+        callbacks.pendingDevices, [&texts, blockedCameras = callbacks.blockedCameras] {
+            return BWStartProblemText::obstacle(blockedCameras(), texts);
+        }};
+    m_noCameraWindow = std::make_unique<BWNoCameraWindowController>(noCamera, clock, &m_window);
+    m_noCameraWindow->localizeWithManager(texts);
+    connect(m_noCameraWindow.get(), &BWNoCameraWindowController::terminateRequested, this,
+            &BWSessionWindows::terminateRequested);
+    m_productSheet = std::make_unique<BWNoCameraProductSheetWindowController>(
+        [this](const QString &type) { return m_config.productsByCameraIdentifier(type); }, clock, &m_window);
+    m_productSheet->localizeWithManager(texts);
+    m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(noCamera, clock, &m_window);
+    m_noCameraSheet->localizeWithManager(texts);
+    // Their keys reach the main window only, which the sheets block. The other two have a button to quit.
+    for (QWidget *question :
+         std::initializer_list<QWidget *>{m_noCameraWindow.get(), m_noCameraSheet.get(), m_productSheet.get()})
+        question->addAction(m_window.menu().simpleHelpMenuItem);
+    m_productSheet->addAction(m_window.menu().quit);
+}
+
+void BWSessionWindows::connectSession()
+{
+    connect(&m_session, &BWCameraSession::camerasChanged, this, &BWSessionWindows::showCameras);
+    connect(&m_session, &BWCameraSession::cameraAppeared, this, &BWSessionWindows::endNoCamera);
+    connect(&m_session, &BWCameraSession::starting, &m_window.menu(), &BWMainMenu::enablePanels);
+    connect(&m_session, &BWCameraSession::started, this, &BWSessionWindows::cameraStarted);
+    connect(&m_session, &BWCameraSession::cameraGone, this, &BWSessionWindows::resetUIToInitial);
+    connect(&m_session, &BWCameraSession::noCamera, this, &BWSessionWindows::showNoCamera);
+    connect(&m_session, &BWCameraSession::productUnknown, this, &BWSessionWindows::askForProduct);
+    connect(&m_session, &BWCameraSession::startFailed, this, &BWSessionWindows::showStartProblem);
+    connect(&m_session, &BWCameraSession::questionsWithdrawn, this, &BWSessionWindows::endQuestions);
+    connect(&m_productInUse, &BWProductInUse::resolutionChanged, this, [this] {
+        showResolutions();
+        updateImageDisplay();
+    });
+}
+
+void BWSessionWindows::connectMenus()
+{
     connect(&m_window.controlBar(), &BWControlBar::resolutionPicked, this, [this](const QString &title) {
-        const auto resolution = BWResolution::fromResolutionString(title);
-        if (!resolution)
-            return;
-        m_productInUse.changeResolution(*resolution);
+        if (const auto resolution = BWResolution::fromResolutionString(title))
+            m_productInUse.changeResolution(*resolution);
     });
-    connect(&m_window.menu(), &BWMainMenu::cameraPicked, this, [this](int index) {
-        const BWCameraPtr picked = m_cameras.value(index);
-        m_session->changeCurrentCamera(picked);
-    });
+    connect(&m_window.menu(), &BWMainMenu::cameraPicked, this,
+            [this](int index) { m_session.changeCurrentCamera(BWCameraPtr(m_session.cameras().value(index))); });
     connect(&m_window.menu(), &BWMainMenu::productPicked, this, [this](const QString &identifier) {
-        if (const auto product = m_repository.configManager().productByIdentifier(identifier))
-            m_repository.configManager().setCurrentProductIdentifier(identifier, product->cameraTypeIdentifier());
+        if (const auto product = m_config.productByIdentifier(identifier))
+            m_config.setCurrentProductIdentifier(identifier, product->cameraTypeIdentifier());
     });
 }
 
 void BWSessionWindows::settingsChanged()
 {
     showProducts();
-    enableGrid(m_session->currentProductHasGrid());
+    m_grid.followProduct();
     updateImageDisplay();
 }
 
-QString BWSessionWindows::localizeProductName(const BWCameraProduct &product) const
+void BWSessionWindows::showCameras()
 {
-    return m_auxiliary.settings().localizeProductName(product);
-}
-
-void BWSessionWindows::enableCameraMenus()
-{
-    m_window.menu().enablePanels();
-}
-
-void BWSessionWindows::updateStateLabel()
-{
-    m_callbacks.updateStateLabel();
-}
-
-void BWSessionWindows::updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current)
-{
-    m_cameras = cameras;
+    const QList<BWCameraPtr> &cameras = m_session.cameras();
+    const BWCameraPtr &current = m_session.currentCamera();
     m_auxiliary.settings().updateCameras(cameras, current);
-    m_window.menu().showCameras(cameraTitles(), static_cast<int>(cameras.indexOf(current)));
+    m_window.menu().showCameras(BWDisplayNames::cameras(cameras, m_texts), static_cast<int>(cameras.indexOf(current)));
     showProducts();
-}
-
-QStringList BWSessionWindows::cameraTitles() const
-{
-    QStringList names;
-    for (const BWCameraPtr &camera : m_cameras)
-        names.append(m_auxiliary.settings().localizeCameraName(*camera));
-    return BWCameraTitles::unique(names);
 }
 
 QString BWSessionWindows::titleOf(const BWCameraPtr &camera) const
 {
-    return cameraTitles().value(m_cameras.indexOf(camera));
+    return BWDisplayNames::cameras(m_session.cameras(), m_texts).value(m_session.cameras().indexOf(camera));
 }
 
 void BWSessionWindows::showProducts()
 {
-    const BWCameraPtr &camera = m_session->currentCamera();
+    const BWCameraPtr &camera = m_session.currentCamera();
     const auto current = m_productInUse.currentProduct();
     QList<BWCameraProductPtr> products;
     if (camera)
-        products = m_repository.configManager().productsByCameraIdentifier(camera->identifierForProducts());
+        products = m_config.productsByCameraIdentifier(camera->identifierForProducts());
     QStringList names;
     for (const BWCameraProductPtr &product : products)
-        names.append(localizeProductName(*product));
+        names.append(BWDisplayNames::product(*product, m_texts));
     m_window.menu().showProducts(products, names, current ? current->identifier() : QString());
 }
 
@@ -138,16 +135,17 @@ void BWSessionWindows::cameraStarted()
     m_window.controlBar().setCameraControlsEnabled(true);
     m_window.menu().setCameraActionsEnabled(true);
     m_auxiliary.showHidden();
+    showResolutions();
+    m_grid.followProduct();
+    updateImageDisplay();
+    bringMainWindowToFront();
 }
 
-void BWSessionWindows::showResolutions(const QList<BWResolution> &resolutions, BWResolution current)
+void BWSessionWindows::showResolutions()
 {
-    m_window.controlBar().showResolutions(resolutions, current);
-}
-
-void BWSessionWindows::enableGrid(bool available)
-{
-    m_grid.enableGrid(available);
+    const BWCameraPtr &camera = m_session.currentCamera();
+    m_window.controlBar().showResolutions(camera->detectedCamera()->cameraDescription()->availableResolutions,
+                                          camera->defaultResolution());
 }
 
 void BWSessionWindows::updateImageDisplay()
@@ -171,72 +169,58 @@ void BWSessionWindows::resetUIToInitial()
     m_liveView.clear();
 }
 
-void BWSessionWindows::askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer)
+void BWSessionWindows::askForProduct()
 {
     m_productSheet->end();
-    m_productSheet->setCamera(camera);
-    m_productSheet->beginSheet(&m_window, [this, answer = std::move(answer)](int result) {
+    m_productSheet->setCamera(m_session.currentCamera());
+    m_productSheet->beginSheet(&m_window, [this](int result) {
         const auto product = m_productSheet->selectedProduct();
-        answer(result == 1 && product ? product->identifier() : QString());
+        if (result == 1 && product)
+            m_session.answerProduct(product->identifier());
     });
 }
 
-void BWSessionWindows::showCameraInUse(const StartQuestion &question, std::function<void(StartAnswer)> answer)
+void BWSessionWindows::showStartProblem(const BWCameraSession::StartQuestion &question)
 {
-    endCameraInUse();
-    m_cameraInUse =
-        new BWStartProblemAlert(question, titleOf(question.other), m_repository.localizationManager(), &m_window);
-    connect(m_cameraInUse, &BWStartProblemAlert::answered, this, std::move(answer));
-    m_cameraInUse->open();
+    endStartProblem();
+    m_startProblem = new BWStartProblemAlert(question, titleOf(question.other), m_texts, &m_window);
+    connect(m_startProblem, &BWStartProblemAlert::answered, &m_session, &BWCameraSession::answerStartQuestion);
+    m_startProblem->open();
+}
+
+void BWSessionWindows::endStartProblem()
+{
+    if (!m_startProblem)
+        return;
+    m_startProblem->disconnect(&m_session);
+    m_startProblem->hide();
+    m_startProblem->deleteLater(); // it may be sending its answer
+    m_startProblem.clear();
 }
 
 void BWSessionWindows::endQuestions()
 {
     m_productSheet->end();
-    endCameraInUse();
+    endStartProblem();
 }
 
-void BWSessionWindows::endCameraInUse()
+void BWSessionWindows::showNoCamera(bool hadCamera)
 {
-    if (!m_cameraInUse)
+    m_auxiliary.hideAll();
+    if (hadCamera) {
+        m_noCameraSheet->beginSheet(&m_window, [this](int result) {
+            if (result == 1)
+                m_session.quitWithoutCamera();
+        });
         return;
-    m_cameraInUse->disconnect(this);
-    m_cameraInUse->hide();
-    m_cameraInUse->deleteLater(); // it may be just telling its answer
-    m_cameraInUse.clear();
-}
-
-void BWSessionWindows::showNoCameraWindow()
-{
+    }
     m_noCameraWindow->show();
     m_noCameraWindow->raise();
     m_noCameraWindow->activateWindow();
 }
 
-void BWSessionWindows::hideNoCameraWindow()
+void BWSessionWindows::endNoCamera()
 {
     m_noCameraWindow->hide();
-}
-
-void BWSessionWindows::openNoCameraSheet(std::function<void()> terminateProgram)
-{
-    m_noCameraSheet->beginSheet(&m_window, [terminateProgram = std::move(terminateProgram)](int result) {
-        if (result == 1)
-            terminateProgram();
-    });
-}
-
-void BWSessionWindows::endNoCameraSheet()
-{
     m_noCameraSheet->end();
-}
-
-void BWSessionWindows::hideAuxiliaryWindows()
-{
-    m_auxiliary.hideAll();
-}
-
-void BWSessionWindows::terminate()
-{
-    m_callbacks.terminate();
 }

@@ -2,7 +2,7 @@
 
 #include "BWACUDriver/BWBlockedCamera.h"
 #include "BWACUDriver/BWClock.h"
-#include "Model/Session/BWCameraSessionUi.h"
+#include "Model/Session/BWCameraSession.h"
 
 #include <functional>
 #include <memory>
@@ -12,10 +12,10 @@
 
 class BWAuxiliaryWindows;
 class BWStartProblemAlert;
-class BWCameraProduct;
-class BWCameraSession;
+class BWConfigManager;
 class BWGridController;
 class BWLiveViewController;
+class BWLocalizationManager;
 class BWMainWindow;
 class BWNoCameraProductSheetWindowController;
 class BWNoCameraSheetWindowController;
@@ -25,67 +25,58 @@ class BWRepository;
 
 /// Shows what the camera session wants the user to see: the live picture and its menus, the windows that stand in
 /// when there is no camera, and its questions. GUI thread.
-class BWSessionWindows : public QObject, public BWCameraSessionUi {
+class BWSessionWindows : public QObject {
     Q_OBJECT
 
 public:
     struct Callbacks {
-        std::function<void()> updateStateLabel;
-        std::function<void()> terminate;
         std::function<bool()> pendingDevices;
         std::function<QList<BWBlockedCamera>()> blockedCameras;
     };
 
+    /// All must outlive this object.
     BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                     BWAuxiliaryWindows &auxiliary, BWProductInUse &productInUse, BWRepository &repository,
-                     Callbacks callbacks, BWClock &clock);
+                     BWAuxiliaryWindows &auxiliary, BWCameraSession &session, BWProductInUse &productInUse,
+                     BWRepository &repository, Callbacks callbacks, BWClock &clock);
     ~BWSessionWindows() override;
-
-    /// Called once, when the session exists: the menus act on it from now on.
-    void setSession(BWCameraSession &session);
 
     /// The settings store changed.
     void settingsChanged();
-    QString localizeProductName(const BWCameraProduct &product) const;
     /// As the menu lists the camera; null if it does not.
     QString titleOf(const BWCameraPtr &camera) const;
+    void bringMainWindowToFront();
 
-    void enableCameraMenus() override;
-    void updateStateLabel() override;
-    void updateCameraList(const QList<BWCameraPtr> &cameras, const BWCameraPtr &current) override;
-    void cameraStarted() override;
-    void showResolutions(const QList<BWResolution> &resolutions, BWResolution current) override;
-    void enableGrid(bool available) override;
-    void updateImageDisplay() override;
-    void bringMainWindowToFront() override;
-    void resetUIToInitial() override;
-    void askForProduct(const BWCameraPtr &camera, std::function<void(const QString &chosen)> answer) override;
-    void showCameraInUse(const StartQuestion &question, std::function<void(StartAnswer)> answer) override;
-    void endQuestions() override;
-    void showNoCameraWindow() override;
-    void hideNoCameraWindow() override;
-    void openNoCameraSheet(std::function<void()> terminate) override;
-    void endNoCameraSheet() override;
-    void hideAuxiliaryWindows() override;
-    void terminate() override;
+Q_SIGNALS:
+    /// The user closed the window that stands in for the camera.
+    void terminateRequested();
 
 private:
+    void makeQuestions(BWLocalizationManager &texts, Callbacks callbacks, BWClock &clock);
+    void connectSession();
+    void connectMenus();
+    void showCameras();
     void showProducts();
-    void endCameraInUse();
-    /// As the menu and the settings list them.
-    QStringList cameraTitles() const;
+    void cameraStarted();
+    void showResolutions();
+    void updateImageDisplay();
+    void resetUIToInitial();
+    void askForProduct();
+    void showStartProblem(const BWCameraSession::StartQuestion &question);
+    void endStartProblem();
+    void endQuestions();
+    void showNoCamera(bool hadCamera);
+    void endNoCamera();
 
     BWMainWindow &m_window;
     BWLiveViewController &m_liveView;
     BWGridController &m_grid;
     BWAuxiliaryWindows &m_auxiliary;
+    BWCameraSession &m_session;
     BWProductInUse &m_productInUse;
-    BWRepository &m_repository;
-    Callbacks m_callbacks;
-    BWCameraSession *m_session = nullptr;
-    QList<BWCameraPtr> m_cameras; // as the menu lists them
+    BWConfigManager &m_config;
+    BWLocalizationManager &m_texts;
     std::unique_ptr<BWNoCameraWindowController> m_noCameraWindow;
     std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
     std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;
-    QPointer<BWStartProblemAlert> m_cameraInUse;
+    QPointer<BWStartProblemAlert> m_startProblem;
 };

@@ -10,6 +10,8 @@ public:
     /// Holds the built-in calibration.
     BWMeasuringGridTable();
 
+    /// Whether there is a grid for the product.
+    bool contains(const QString &productIdentifier) const { return m_products.contains(productIdentifier); }
     /// Points from line to line; 0 where nothing is known. `resolution` is written as "640x480".
     double distance(const QString &productIdentifier, const QString &resolution) const;
 

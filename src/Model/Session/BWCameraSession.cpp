@@ -72,18 +72,9 @@ std::optional<BWResolution> smallerResolution(const BWCamera &camera)
 } // namespace
 
 BWCameraSession::BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWProductInUse &productInUse,
-                                 BWCameraSessionUi &ui, std::function<void(BWCamera &)> prepareCamera, BWClock &clock)
-    : m_manager(manager),
-      m_config(config),
-      m_productInUse(productInUse),
-      m_ui(ui),
-      m_prepareCamera(std::move(prepareCamera)),
-      m_clock(clock)
+                                 BWClock &clock)
+    : m_manager(manager), m_config(config), m_productInUse(productInUse), m_clock(clock)
 {
-    connect(&productInUse, &BWProductInUse::resolutionChanged, this, [this] {
-        showResolutions();
-        m_ui.updateImageDisplay();
-    });
 }
 
 BWCameraSession::~BWCameraSession()
@@ -108,7 +99,7 @@ void BWCameraSession::takeDown(BWCameraPtr &&camera)
 /// A movie becomes whole even if its camera hangs, and cannot end it.
 void BWCameraSession::endMovie()
 {
-    m_cameraEnds.run([camera = m_currentCamera] { camera->stopRecording(); });
+    m_cameraEnds.run([camera = currentCamera()] { camera->stopRecording(); });
 }
 
 BWCamera::Completion BWCameraSession::then(std::function<void()> work)
@@ -133,21 +124,19 @@ void BWCameraSession::later(double seconds, std::function<void()> work)
         seconds, m_clock);
 }
 
-void BWCameraSession::setCurrentCamera(const BWCameraPtr &camera)
+const BWCameraPtr &BWCameraSession::currentCamera() const
 {
-    m_currentCamera = camera;
-    m_productInUse.setCamera(camera);
+    return m_productInUse.camera();
 }
 
-bool BWCameraSession::currentProductHasGrid() const
+const QList<BWCameraPtr> &BWCameraSession::cameras() const
 {
-    const auto product = m_productInUse.currentProduct();
-    return product && (product->identifier() == "dx10"_L1 || product->identifier() == "dx12"_L1);
+    return m_manager.cameras();
 }
 
 void BWCameraSession::waitForCamera()
 {
-    if (!m_currentCamera && m_state == State::Waiting)
+    if (!currentCamera() && m_state == State::Waiting)
         scheduleNoCamera();
 }
 
@@ -156,26 +145,25 @@ void BWCameraSession::cameraFound(const BWDetectedCameraPtr &device)
     if (m_state == State::Quitting)
         return;
     cancelNoCamera();
-    m_ui.hideNoCameraWindow();
+    Q_EMIT cameraAppeared();
     const BWCameraPtr camera = m_manager.addDetectedCamera(device);
     watchStream(*camera);
-    m_prepareCamera(*camera);
-    m_ui.endNoCameraSheet();
-    if (m_currentCamera) {
-        updateCameraList();
+    Q_EMIT cameraAdded(camera);
+    if (currentCamera()) {
+        Q_EMIT camerasChanged();
         if (m_question && m_question->other != otherCamera())
             askAboutStart();
         return;
     }
-    setCurrentCamera(camera);
-    updateCameraList();
+    m_productInUse.setCamera(camera);
+    Q_EMIT camerasChanged();
     doStart();
 }
 
 void BWCameraSession::cameraRemoved(const BWDetectedCameraPtr &device)
 {
     qCInfo(bwApp, "Removed camera: %s", qUtf8Printable(device->description()));
-    const bool isCurrent = m_currentCamera && m_currentCamera->detectedCamera() == device;
+    const bool isCurrent = currentCamera() && currentCamera()->detectedCamera() == device;
     if (isCurrent && (m_state == State::Starting || m_state == State::Streaming))
         stopCurrentCamera(State::Stopping);
     BWCameraPtr removed;
@@ -184,7 +172,7 @@ void BWCameraSession::cameraRemoved(const BWDetectedCameraPtr &device)
             removed = camera;
     }
     m_manager.removeDetectedCamera(device);
-    updateCameraList();
+    Q_EMIT camerasChanged();
     if (m_question && removed && m_question->other == removed)
         askAboutStart();
     takeDown(std::move(removed));
@@ -196,7 +184,7 @@ void BWCameraSession::changeCurrentCamera(const BWCameraPtr &camera)
         m_nextCamera = camera; // also the one that is being stopped
         return;
     }
-    if (!camera || camera == m_currentCamera)
+    if (!camera || camera == currentCamera())
         return;
     if (m_state != State::Starting && m_state != State::Streaming)
         return;
@@ -212,7 +200,7 @@ void BWCameraSession::stopCurrentCamera(State state)
     ++m_token;
     m_productInUse.cameraStops();
     // Ends a running recording first. Not stopRecording(), which would make the window wait for a long movie.
-    m_currentCamera->stopWithCompletion(then([this] { continueAfterStop(); }));
+    currentCamera()->stopWithCompletion(then([this] { continueAfterStop(); }));
     giveUpStopLater(std::exchange(m_startHangs, false) ? 0 : stopPatience);
 }
 
@@ -220,13 +208,13 @@ void BWCameraSession::giveUpStopLater(double seconds, int round)
 {
     later(seconds, [this, round] {
         constexpr int longestMovie = 24; // rounds of the patience for a camera: two minutes
-        if (m_currentCamera->recording() && round < longestMovie) {
+        if (currentCamera()->recording() && round < longestMovie) {
             if (round == 0)
                 endMovie();
             giveUpStopLater(stopPatience, round + 1);
             return;
         }
-        qCWarning(bwApp).noquote() << m_currentCamera->detectedCamera()->description() << "does not stop; it is left";
+        qCWarning(bwApp).noquote() << currentCamera()->detectedCamera()->description() << "does not stop; it is left";
         continueAfterStop();
     });
 }
@@ -234,23 +222,23 @@ void BWCameraSession::giveUpStopLater(double seconds, int round)
 void BWCameraSession::continueAfterStop()
 {
     ++m_token;
-    BWCameraPtr stopped = m_currentCamera;
-    setCurrentCamera(nullptr);
+    BWCameraPtr stopped = currentCamera();
+    m_productInUse.setCamera(nullptr);
     takeDown(std::move(stopped));
-    m_ui.resetUIToInitial();
+    Q_EMIT cameraGone();
     const QList<BWCameraPtr> &cameras = m_manager.cameras();
     const BWCameraPtr wanted = std::exchange(m_nextCamera, {});
     if (wanted && cameras.contains(wanted))
-        setCurrentCamera(wanted);
+        m_productInUse.setCamera(wanted);
     else if (!cameras.isEmpty())
-        setCurrentCamera(cameras.first());
-    updateCameraList();
-    if (m_currentCamera) {
+        m_productInUse.setCamera(cameras.first());
+    Q_EMIT camerasChanged();
+    if (currentCamera()) {
         doStart();
         return;
     }
     setState(State::Waiting);
-    m_ui.updateStateLabel();
+    Q_EMIT statusChanged();
     scheduleNoCamera();
 }
 
@@ -260,8 +248,8 @@ void BWCameraSession::doStart()
         setState(State::Starting);
         m_quietRetries = 0;
     }
-    m_ui.enableCameraMenus();
-    m_firstCameraInstalled = true;
+    Q_EMIT starting();
+    m_hadCamera = true;
     setProblem({});
     endQuestions();
     m_startHangs = false;
@@ -269,7 +257,7 @@ void BWCameraSession::doStart()
     later(startPatience, [this] {
         if (m_state != State::Starting || m_question)
             return;
-        qCWarning(bwApp).noquote() << m_currentCamera->detectedCamera()->description() << "does not start";
+        qCWarning(bwApp).noquote() << currentCamera()->detectedCamera()->description() << "does not start";
         m_startHangs = true;
         setProblem({BWStartProblem::Kind::Failed});
         askAboutStart();
@@ -287,14 +275,15 @@ void BWCameraSession::startCamera()
         }
         setState(State::Streaming);
         m_productInUse.cameraStarted();
-        m_ui.cameraStarted();
-        setupCurrentCamera();
+        Q_EMIT started();
+        if (m_config.currentProductIdentifierForCameraIdentifier(currentCamera()->identifierForProducts()).isNull())
+            Q_EMIT productUnknown();
     });
-    const auto failed = then([this] { startFailed(m_currentCamera->startProblem()); });
-    m_currentCamera->startWithCompletion([succeeded, failed](bool success) { success ? succeeded() : failed(); });
+    const auto failed = then([this] { takeStartFailure(currentCamera()->startProblem()); });
+    currentCamera()->startWithCompletion([succeeded, failed](bool success) { success ? succeeded() : failed(); });
 }
 
-void BWCameraSession::startFailed(const BWStartProblem &problem)
+void BWCameraSession::takeStartFailure(const BWStartProblem &problem)
 {
     m_startHangs = false;
     constexpr int mostQuietRetries = 3;
@@ -312,18 +301,17 @@ void BWCameraSession::askAboutStart()
 {
     std::optional<BWResolution> smaller;
     if (m_problem.kind == BWStartProblem::Kind::NoBandwidth)
-        smaller = smallerResolution(*m_currentCamera);
+        smaller = smallerResolution(*currentCamera());
     m_question = {m_problem, smaller, otherCamera()};
-    m_ui.showCameraInUse(*m_question, [this, token = m_token](BWCameraSessionUi::StartAnswer answer) {
-        if (token == m_token && m_question)
-            answerAboutStart(answer);
-    });
+    Q_EMIT startFailed(*m_question);
 }
 
-void BWCameraSession::answerAboutStart(BWCameraSessionUi::StartAnswer answer)
+void BWCameraSession::answerStartQuestion(StartAnswer answer)
 {
-    using Answer = BWCameraSessionUi::StartAnswer;
-    const BWCameraSessionUi::StartQuestion question = *m_question;
+    if (!m_question)
+        return; // it was withdrawn
+    using Answer = StartAnswer;
+    const StartQuestion question = *m_question;
     switch (answer) {
     case Answer::UseSmaller:
         if (const auto product = m_productInUse.currentProduct(); product && question.smaller)
@@ -349,20 +337,20 @@ BWCameraPtr BWCameraSession::otherCamera() const
 {
     const QList<BWCameraPtr> &cameras = m_manager.cameras();
     const BWCameraPtr next =
-        cameras.value((cameras.indexOf(m_currentCamera) + 1) % std::max<qsizetype>(cameras.size(), 1));
-    return next == m_currentCamera ? nullptr : next;
+        cameras.value((cameras.indexOf(currentCamera()) + 1) % std::max<qsizetype>(cameras.size(), 1));
+    return next == currentCamera() ? nullptr : next;
 }
 
 void BWCameraSession::endQuestions()
 {
     m_question.reset();
-    m_ui.endQuestions();
+    Q_EMIT questionsWithdrawn();
 }
 
 void BWCameraSession::requestQuit(const std::function<void()> &askAgain)
 {
     const int token = m_token;
-    m_ui.terminate();
+    Q_EMIT quitRequested();
     if (token == m_token)
         askAgain();
 }
@@ -371,7 +359,7 @@ void BWCameraSession::watchStream(BWCamera &camera)
 {
     camera.setOnCameraStreamProblem([this, alive = m_alive.watch()](BWCamera &source, const BWStartProblem &problem) {
         BWMainQueue::post(alive, [this, camera = &source, problem] {
-            if (m_currentCamera.get() == camera && m_state == State::Streaming)
+            if (currentCamera().get() == camera && m_state == State::Streaming)
                 setProblem(problem);
         });
     });
@@ -380,32 +368,13 @@ void BWCameraSession::watchStream(BWCamera &camera)
 void BWCameraSession::setProblem(const BWStartProblem &problem)
 {
     m_problem = problem;
-    m_ui.updateStateLabel();
+    Q_EMIT statusChanged();
 }
 
-void BWCameraSession::setupCurrentCamera()
+void BWCameraSession::answerProduct(const QString &identifier)
 {
-    showResolutions();
-    m_ui.enableGrid(currentProductHasGrid());
-    m_ui.updateImageDisplay();
-    m_ui.bringMainWindowToFront();
-    if (m_config.currentProductIdentifierForCameraIdentifier(m_currentCamera->identifierForProducts()).isNull())
-        requestProductFirstTime();
-}
-
-void BWCameraSession::requestProductFirstTime()
-{
-    const QString type = m_currentCamera->identifierForProducts();
-    m_ui.askForProduct(m_currentCamera, [this, type](const QString &chosen) {
-        if (!chosen.isNull())
-            m_config.setCurrentProductIdentifier(chosen, type);
-    });
-}
-
-void BWCameraSession::showResolutions()
-{
-    m_ui.showResolutions(m_currentCamera->detectedCamera()->cameraDescription()->availableResolutions,
-                         m_currentCamera->defaultResolution());
+    if (currentCamera())
+        m_config.setCurrentProductIdentifier(identifier, currentCamera()->identifierForProducts());
 }
 
 void BWCameraSession::stopForQuit(std::function<void()> done)
@@ -416,29 +385,25 @@ void BWCameraSession::stopForQuit(std::function<void()> done)
     endQuestions();
     ++m_token;
     m_productInUse.cameraStops();
-    if (!m_currentCamera) {
+    if (!currentCamera()) {
         done();
         return;
     }
-    if (m_currentCamera->recording())
+    if (currentCamera()->recording())
         endMovie();
-    m_currentCamera->stopWithCompletion(then(std::move(done)));
+    currentCamera()->stopWithCompletion(then(std::move(done)));
 }
 
 void BWCameraSession::setToNoCamera()
 {
     setState(State::NoCamera);
-    m_ui.hideAuxiliaryWindows();
-    m_ui.updateStateLabel();
-    if (m_firstCameraInstalled)
-        openNoCameraSheet();
-    else
-        m_ui.showNoCameraWindow();
+    Q_EMIT statusChanged();
+    Q_EMIT noCamera(m_hadCamera);
 }
 
-void BWCameraSession::openNoCameraSheet()
+void BWCameraSession::quitWithoutCamera()
 {
-    m_ui.openNoCameraSheet([this] { requestQuit([this] { openNoCameraSheet(); }); });
+    requestQuit([this] { Q_EMIT noCamera(m_hadCamera); });
 }
 
 void BWCameraSession::scheduleNoCamera()
@@ -457,9 +422,4 @@ void BWCameraSession::cancelNoCamera()
 {
     if (const auto source = std::exchange(m_noCameraSource, {}))
         source->cancel();
-}
-
-void BWCameraSession::updateCameraList()
-{
-    m_ui.updateCameraList(m_manager.cameras(), m_currentCamera);
 }

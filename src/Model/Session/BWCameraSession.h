@@ -2,18 +2,20 @@
 
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
-#include "Model/Session/BWCameraSessionUi.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
 
 #include <functional>
-#include <memory>
+#include <optional>
 #include <QObject>
 
 class BWConfigManager;
 class BWProductInUse;
 
 /// Decides which camera runs and brings it up in the right order: resolution, video norm, stream, product.
+///
+/// Its signals say what the user is to see. Those that are questions are answered by a call, later, or not at all once
+/// they are withdrawn.
 ///
 /// GUI thread only. What a camera completes on its own thread is taken up here later; the answer of a camera that is
 /// no longer the one being started is ignored.
@@ -40,17 +42,24 @@ public:
     /// A camera that has not stopped by then is left alone, unless its movie is still being completed.
     static constexpr double stopPatience = 5; // seconds
 
-    /// `prepareCamera` is called once for each found camera, to install its callbacks.
+    /// A camera that cannot be started: why, and what may lead on.
+    struct StartQuestion {
+        BWStartProblem problem;
+        std::optional<BWResolution> smaller; ///< a size with which it may work
+        BWCameraPtr other; ///< a camera to be used in its place; null if there is none
+    };
+    enum class StartAnswer { TryAgain, UseSmaller, UseOther, Quit };
+
+    /// All must outlive the session.
     BWCameraSession(BWCameraManager &manager, BWConfigManager &config, BWProductInUse &productInUse,
-                    BWCameraSessionUi &ui, std::function<void(BWCamera &)> prepareCamera,
                     BWClock &clock = BWClock::system());
     ~BWCameraSession() override;
 
     State state() const { return m_state; }
     /// The camera that runs or is being started; null if there is none.
-    const BWCameraPtr &currentCamera() const { return m_currentCamera; }
-    /// Whether the measuring grid fits the current product.
-    bool currentProductHasGrid() const;
+    const BWCameraPtr &currentCamera() const;
+    /// All that are attached.
+    const QList<BWCameraPtr> &cameras() const;
 
     /// Why the current camera could not be started, or started again; none while it streams or is about to.
     const BWStartProblem &problem() const { return m_problem; }
@@ -67,53 +76,62 @@ public:
     /// if the camera hangs.
     void stopForQuit(std::function<void()> done);
 
+    /// What the user answered to productUnknown(), startFailed() and noCamera().
+    void answerProduct(const QString &identifier);
+    void answerStartQuestion(StartAnswer answer);
+    void quitWithoutCamera();
+
+Q_SIGNALS:
+    void statusChanged(); ///< the current camera or problem()
+    void camerasChanged(); ///< cameras() or which of them is current
+    void cameraAppeared();
+    void cameraAdded(const BWCameraPtr &camera); ///< once for each, to install its callbacks
+    void starting();
+    void started(); ///< the current camera streams, with the values of its product
+    void cameraGone(); ///< or about to change: nothing of its picture is shown any more
+    void noCamera(bool hadCamera); ///< `hadCamera`: one was in use since launch
+    void productUnknown(); ///< which product is the current camera?
+    void startFailed(const BWCameraSession::StartQuestion &question); ///< in place of the one asked before
+    void questionsWithdrawn(); ///< productUnknown() and startFailed()
+    void quitRequested();
+
 private:
     void setState(State state);
-    void setCurrentCamera(const BWCameraPtr &camera);
     /// A completion for the camera: takes the work up on the GUI thread, unless by then something else was begun.
     BWCamera::Completion then(std::function<void()> work);
     void doStart();
     void startCamera();
-    void startFailed(const BWStartProblem &problem);
+    void takeStartFailure(const BWStartProblem &problem);
     void askAboutStart();
-    void answerAboutStart(BWCameraSessionUi::StartAnswer answer);
     BWCameraPtr otherCamera() const;
     void endQuestions();
-    /// The user may think better of it: then the question stands again.
+    /// The user may cancel: then the question stands again.
     void requestQuit(const std::function<void()> &askAgain);
-    void setupCurrentCamera();
-    void showResolutions();
     void watchStream(BWCamera &camera);
     void setProblem(const BWStartProblem &problem);
-    void requestProductFirstTime();
     void stopCurrentCamera(State state);
     void giveUpStopLater(double seconds, int round = 0);
     void continueAfterStop();
     void takeDown(BWCameraPtr &&camera);
     void endMovie();
-    void openNoCameraSheet();
     /// Runs the work after that time, unless by then something else was begun.
     void later(double seconds, std::function<void()> work);
     void setToNoCamera();
     void scheduleNoCamera();
     void cancelNoCamera();
-    void updateCameraList();
 
     BWCameraManager &m_manager;
     BWConfigManager &m_config;
     BWProductInUse &m_productInUse;
-    BWCameraSessionUi &m_ui;
-    std::function<void(BWCamera &)> m_prepareCamera;
     BWClock &m_clock;
     State m_state = State::Waiting;
-    BWCameraPtr m_currentCamera;
     BWCameraPtr m_nextCamera; // the one to switch to
     DispatchAfterStrict::Handle m_noCameraSource;
-    bool m_firstCameraInstalled = false;
+    bool m_hadCamera = false;
     bool m_startHangs = false;
     int m_quietRetries = 0; // of this start, of which nobody was told
     BWStartProblem m_problem;
-    std::optional<BWCameraSessionUi::StartQuestion> m_question; // while it is open
+    std::optional<StartQuestion> m_question; // while it is open
     int m_token = 0; // counts the starts and stops; answers that carry an old one are stale
     BWAliveToken m_alive;
     BWWorkerPool m_cameraEnds{4, BWWorkerPool::untilDone}; // a camera that hangs takes seconds

@@ -2,7 +2,7 @@
 
 #include "Model/Products/BWProductCatalogue.h"
 #include "Model/Settings/BWUserDefaults.h"
-#include "Model/Texts/BWLocalizationManager.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Utils/BWLogging.h"
 
 #include <QJsonDocument>
@@ -64,7 +64,7 @@ BWConfigManager::BWConfigManager(BWUserDefaults &defaults, CurrentCameraIdentifi
 void BWConfigManager::localizeWithManager(BWLocalizationManager &manager)
 {
     for (const BWCameraProductPtr &product : std::as_const(m_productsByIdentifier))
-        manager.localize(BWLocalizableString(u"camera_product"_s, product->identifier(), product->name()));
+        BWDisplayNames::product(*product, manager);
 }
 
 void BWConfigManager::loadProducts()

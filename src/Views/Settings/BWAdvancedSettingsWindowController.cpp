@@ -2,6 +2,7 @@
 
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Views/Settings/BWAutoSettingViewController.h"
@@ -228,8 +229,7 @@ void BWAdvancedSettingsWindowController::updateProductName()
     const BWCameraProductPtr &product = m_productInUse.product();
     for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
         button->setEnabled(product != nullptr);
-    m_productName->setText(product ? m_texts->text(u"camera_product"_s, product->identifier(), product->name())
-                                   : QString());
+    m_productName->setText(product ? BWDisplayNames::product(*product, *m_texts) : QString());
 }
 
 void BWAdvancedSettingsWindowController::showSaved(bool saved)

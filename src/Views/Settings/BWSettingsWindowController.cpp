@@ -2,9 +2,9 @@
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
-#include "Views/MainWindow/BWCameraTitles.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 
@@ -15,17 +15,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QString localizedCameraName(const BWCameraDescription &description, BWLocalizationManager *manager)
-{
-    if (!manager || description.hasOwnName)
-        return description.name;
-    return manager->text(u"camera_type"_s, description.identifierForCameraType, description.name);
-}
-
-} // namespace
-
 BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults,
                                                        Callbacks callbacks, QWidget *cameraWindow)
     : BWUtilityPanel(cameraWindow), m_config(config), m_callbacks(std::move(callbacks)), m_form(new BWSettingsForm)
@@ -35,7 +24,6 @@ BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, 
     layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addWidget(m_form);
     connectControls();
-    updateUsualTitles();
     reloadSettings();
     rememberFrame(u"settings"_s, defaults);
 }
@@ -69,12 +57,12 @@ void BWSettingsWindowController::localizeWithManager(BWLocalizationManager &mana
 
 QString BWSettingsWindowController::localizeCameraName(const BWCamera &camera) const
 {
-    return localizedCameraName(*camera.detectedCamera()->cameraDescription(), m_manager);
+    return BWDisplayNames::camera(*camera.detectedCamera()->cameraDescription(), *m_manager);
 }
 
 QString BWSettingsWindowController::localizeProductName(const BWCameraProduct &product) const
 {
-    return m_manager ? m_manager->text(u"camera_product"_s, product.identifier(), product.name()) : product.name();
+    return BWDisplayNames::product(product, *m_manager);
 }
 
 void BWSettingsWindowController::updateUsualTitles()
@@ -82,8 +70,8 @@ void BWSettingsWindowController::updateUsualTitles()
     QStringList titles;
     const QList<BWCameraDescriptionPtr> cameras = BWCameraDetector::supportedDescriptions();
     for (const BWCameraDescriptionPtr &camera : cameras) {
-        const QString name = localizedCameraName(*camera, m_manager);
-        titles.append(BWCameraTitles::unique({name, name}).last());
+        const QString name = BWDisplayNames::camera(*camera, *m_manager);
+        titles.append(BWDisplayNames::unique({name, name}).last());
     }
     for (const BWCameraProductPtr &product : m_config.allProducts())
         titles.append(localizeProductName(*product));
@@ -92,8 +80,11 @@ void BWSettingsWindowController::updateUsualTitles()
 
 void BWSettingsWindowController::updateCameras(const QList<BWCameraPtr> &cameras, const BWCameraPtr &currentCamera)
 {
-    m_cameras.setCameras(cameras, currentCamera, [this](const BWCamera &camera) { return localizeCameraName(camera); });
-    m_form->showCameras(m_cameras.titles(), m_cameras.currentIndex());
+    const QStringList titles = BWDisplayNames::cameras(cameras, *m_manager);
+    m_cameraMapping.clear();
+    for (qsizetype i = 0; i < cameras.size(); ++i)
+        m_cameraMapping.insert(titles[i], cameras[i]);
+    m_form->showCameras(titles, static_cast<int>(cameras.indexOf(currentCamera)));
     updateProductForCamera(currentCamera);
 }
 
@@ -121,7 +112,7 @@ void BWSettingsWindowController::reloadSettings()
 
 void BWSettingsWindowController::onCameraTypeChanged()
 {
-    if (const BWCameraPtr camera = m_cameras.cameraWithTitle(m_form->cameraTypes->currentText()))
+    if (const BWCameraPtr camera = m_cameraMapping.value(m_form->cameraTypes->currentText()).lock())
         m_callbacks.modelDelegate.changeCurrentCamera(*this, camera);
 }
 

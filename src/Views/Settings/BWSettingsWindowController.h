@@ -1,13 +1,14 @@
 #pragma once
 
+#include "BWACUDriver/BWCamera.h"
 #include "Model/Products/BWCameraProduct.h"
 #include "Model/Settings/BWConfigManagerListener.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 #include "Utils/BWMainQueue.h"
-#include "Views/Settings/BWCameraChoices.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <functional>
+#include <QHash>
 
 class BWSettingsForm;
 class BWSettingsWindowControllerDelegate;
@@ -64,7 +65,7 @@ private:
     Callbacks m_callbacks;
     BWLocalizationManager *m_manager = nullptr;
     BWSettingsForm *m_form;
-    BWCameraChoices m_cameras;
+    QHash<QString, std::weak_ptr<BWCamera>> m_cameraMapping; // by title; keeps no camera alive
     QString m_cameraIdentifier; // null without a camera
     QList<BWCameraProductPtr> m_products; // as the menu lists them
     BWAliveToken m_alive;

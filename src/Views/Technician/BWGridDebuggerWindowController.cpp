@@ -1,6 +1,6 @@
 #include "Views/Technician/BWGridDebuggerWindowController.h"
 
-#include "Model/Settings/BWConfigManager.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
@@ -24,11 +24,11 @@ QString oneDecimal(double value)
 
 } // namespace
 
-BWGridDebuggerWindowController::BWGridDebuggerWindowController(Callbacks callbacks, BWConfigManager &config,
+BWGridDebuggerWindowController::BWGridDebuggerWindowController(const BWProductInUse &productInUse, Callbacks callbacks,
                                                                QWidget *parent)
     : QWidget(parent, Qt::Tool),
       m_callbacks(std::move(callbacks)),
-      m_config(config),
+      m_productInUse(productInUse),
       m_productLabel(new QLabel),
       m_resolutionLabel(new QLabel),
       m_distanceLabel(new QLabel),
@@ -80,14 +80,11 @@ void BWGridDebuggerWindowController::localizeWithManager(BWLocalizationManager &
 
 void BWGridDebuggerWindowController::reload()
 {
-    const BWCameraPtr camera = m_callbacks.currentCamera();
-    if (!camera)
-        return;
-    const BWCameraProductPtr product = m_config.currentProductForCameraIdentifier(camera->identifierForProducts());
+    const BWCameraProductPtr product = m_productInUse.currentProduct();
     if (!product)
         return;
     m_productNameTextField->setText(product->name());
-    m_resolutionTextField->setText(camera->defaultResolution().resolutionString());
+    m_resolutionTextField->setText(m_productInUse.camera()->defaultResolution().resolutionString());
     {
         const QSignalBlocker blocker(m_gridSlider); // nobody has moved it
         m_gridSlider->setValue(qRound(m_callbacks.gridDistance() * stepsPerPoint));

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "BWACUDriver/BWCamera.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 
 #include <functional>
 #include <QWidget>
 
-class BWConfigManager;
+class BWProductInUse;
 class QLabel;
 class QSlider;
 
@@ -17,14 +16,13 @@ class BWGridDebuggerWindowController final : public QWidget, public BWLocalizati
 
 public:
     struct Callbacks {
-        std::function<BWCameraPtr()> currentCamera;
         std::function<double()> gridDistance;
         std::function<void(double)> updateGridForCurrentProduct;
     };
 
     static constexpr double largestDistance = 1000; ///< points
 
-    BWGridDebuggerWindowController(Callbacks callbacks, BWConfigManager &config, QWidget *parent = nullptr);
+    BWGridDebuggerWindowController(const BWProductInUse &productInUse, Callbacks callbacks, QWidget *parent = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
@@ -37,7 +35,7 @@ private:
     void onGridSlider();
 
     Callbacks m_callbacks;
-    BWConfigManager &m_config;
+    const BWProductInUse &m_productInUse;
     QLabel *m_productLabel;
     QLabel *m_resolutionLabel;
     QLabel *m_distanceLabel;
