@@ -5,9 +5,11 @@
 #include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWControlBar.h"
+#include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 
+#include <QMainWindow>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -109,8 +111,9 @@ private:
 
     BWLocalizationManager m_texts{QString(), {u"en"_s}};
     BWManualClock m_clock;
-    QWidget m_window;
-    BWControlBar m_bar{&m_window};
+    QMainWindow m_window;
+    BWMainMenu m_menu{m_window};
+    BWControlBar m_bar{m_menu, &m_window};
     BWStatusPill m_pill{&m_window};
     BWStatusLine m_statusLine{m_pill, m_clock};
     BWFlashActionViewController m_flash{m_window, 84, m_texts, m_clock};

@@ -3,12 +3,14 @@
 #include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
+#include "Views/MainWindow/BWMainMenu.h"
 #include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWControls.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWIcons.h"
 
 #include <algorithm>
+#include <QAction>
 #include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
@@ -23,12 +25,18 @@ namespace {
 constexpr int smallIcon = 22;
 constexpr int captureIcon = 32; // taking a picture is what people are here for
 
+QString withShortcut(const QString &text, const QAction &action)
+{
+    return BWUIUtils::withShortcut(text, action.shortcut());
+}
+
 } // namespace
 
-BWControlBar::BWControlBar(QWidget *parent) : QWidget(parent)
+BWControlBar::BWControlBar(const BWMainMenu &menu, QWidget *parent) : QWidget(parent), m_menu(menu)
 {
     setFixedHeight(BWLiveViewGeometry::barHeight);
-    build();
+    makeControls();
+    addColumns();
     updateIcons();
 
     connect(m_resolutionPopUpButton, &QComboBox::textActivated, this, &BWControlBar::resolutionPicked);
@@ -42,7 +50,7 @@ BWControlBar::BWControlBar(QWidget *parent) : QWidget(parent)
     connect(m_albumsButton, &QToolButton::clicked, this, &BWControlBar::albumsTriggered);
 }
 
-void BWControlBar::build()
+void BWControlBar::makeControls()
 {
     m_resolutionPopUpButton = new BWPopUpButton(this);
     m_resolutionPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
@@ -63,23 +71,36 @@ void BWControlBar::build()
         toggle->setDoubleClickIsClick(true);
     m_settingsButton = makeButton(smallIcon);
     m_albumsButton = makeButton(smallIcon);
+}
 
+void BWControlBar::addColumns()
+{
     m_grid = new QGridLayout(this);
     m_grid->setContentsMargins(16, 6, 16, 7);
     m_grid->setHorizontalSpacing(18);
     m_grid->setVerticalSpacing(2);
     m_grid->setRowStretch(0, 1);
-    m_resolutionLabel = addColumn(m_resolutionPopUpButton, 0);
-    m_zoomLabel = addColumn(m_zoomDoubleButton, 1);
-    m_rotateLabel = addColumn(m_rotatePopUpButton, 2);
-    m_flipLabel = addColumn(m_flipPopUpButton, 3);
-    m_gridLabel = addColumn(m_gridButton, 4);
+    addColumn(0, m_resolutionPopUpButton,
+              BWLocalizableString(u"camera_window"_s, u"resolution_label"_s, u"Resolution"_s), nullptr, Needs::Camera);
+    addColumn(1, m_zoomDoubleButton, BWLocalizableString(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), nullptr,
+              Needs::Camera);
+    addColumn(2, m_rotatePopUpButton, BWLocalizableString(u"camera_window"_s, u"rotate_label"_s, u"Rotate"_s),
+              m_menu.rotate, Needs::Camera);
+    addColumn(3, m_flipPopUpButton, BWLocalizableString(u"camera_window"_s, u"flip_label"_s, u"Flip"_s), nullptr,
+              Needs::Camera);
+    m_gridLabel = addColumn(4, m_gridButton, BWLocalizableString(u"camera_window"_s, u"grid_label"_s, u"Grid"_s),
+                            m_menu.grid, Needs::Camera);
     m_grid->setColumnStretch(5, 1);
-    m_snapshotLabel = addColumn(m_snapshotButton, 6);
-    m_recordLabel = addColumn(m_recordButton, 7);
+    addColumn(6, m_snapshotButton, BWLocalizableString(u"camera_window"_s, u"snapshot_label"_s, u"Snapshot"_s),
+              m_menu.snapshot, Needs::Camera);
+    m_recordLabel =
+        addColumn(7, m_recordButton, BWLocalizableString(u"camera_window"_s, u"record_label"_s, u"Record"_s),
+                  m_menu.record, Needs::Camera);
     m_grid->setColumnStretch(8, 1);
-    m_settingsLabel = addColumn(m_settingsButton, 9);
-    m_albumsLabel = addColumn(m_albumsButton, 10);
+    addColumn(9, m_settingsButton, BWLocalizableString(u"camera_window"_s, u"settings_label"_s, u"Settings"_s),
+              m_menu.settingsMenuItem, Needs::Nothing);
+    addColumn(10, m_albumsButton, BWLocalizableString(u"camera_window"_s, u"albums_label"_s, u"Albums"_s),
+              m_menu.albumManagerMenuItem, Needs::Nothing);
     // The place of the grid is kept, so that nothing moves when it comes and goes.
     for (QWidget *widget : std::initializer_list<QWidget *>{m_gridButton, m_gridLabel}) {
         QSizePolicy policy = widget->sizePolicy();
@@ -89,15 +110,17 @@ void BWControlBar::build()
     setGridAvailable(false);
 }
 
-QLabel *BWControlBar::addColumn(QWidget *control, int column)
+QLabel *BWControlBar::addColumn(int position, QWidget *control, const BWLocalizableString &text, const QAction *action,
+                                Needs needs)
 {
     auto *label = new QLabel(this);
     label->setBuddy(control);
     QFont font = label->font();
     font.setPointSizeF(font.pointSizeF() * 0.9);
     label->setFont(font);
-    m_grid->addWidget(control, 0, column, Qt::AlignCenter);
-    m_grid->addWidget(label, 1, column, Qt::AlignHCenter | Qt::AlignBottom);
+    m_grid->addWidget(control, 0, position, Qt::AlignCenter);
+    m_grid->addWidget(label, 1, position, Qt::AlignHCenter | Qt::AlignBottom);
+    m_columns.append({control, label, text, action, needs});
     return label;
 }
 
@@ -121,34 +144,20 @@ void BWControlBar::updateIcons()
 
 void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
 {
-    const auto name = [](QWidget *control, QLabel *label, const QString &text, const QString &toolTip) {
-        label->setText(text);
-        control->setAccessibleName(text);
-        control->setToolTip(toolTip.isEmpty() ? text : toolTip);
-    };
-    const QString snapshot = manager.text(u"camera_window"_s, u"snapshot_label"_s, u"Snapshot"_s);
-    m_recordText = manager.text(u"camera_window"_s, u"record_label"_s, u"Record"_s);
+    for (const Column &column : std::as_const(m_columns)) {
+        const QString text = manager.localize(column.text);
+        column.label->setText(text);
+        column.control->setAccessibleName(text);
+        column.control->setToolTip(column.action ? withShortcut(text, *column.action) : text);
+    }
+    m_recordText = m_recordLabel->text();
     m_stopText = manager.text(u"camera_window"_s, u"stop_label"_s, u"Stop"_s);
-    const QString grid = manager.text(u"camera_window"_s, u"grid_label"_s, u"Grid"_s);
-    const QString rotate = manager.text(u"camera_window"_s, u"rotate_label"_s, u"Rotate"_s);
-    name(m_resolutionPopUpButton, m_resolutionLabel,
-         manager.text(u"camera_window"_s, u"resolution_label"_s, u"Resolution"_s), {});
-    name(m_zoomDoubleButton, m_zoomLabel, manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {});
-    name(m_rotatePopUpButton, m_rotateLabel, rotate, BWUIUtils::withShortcut(rotate, u"Ctrl+R"_s));
-    name(m_flipPopUpButton, m_flipLabel, manager.text(u"camera_window"_s, u"flip_label"_s, u"Flip"_s), {});
-    name(m_gridButton, m_gridLabel, grid, BWUIUtils::withShortcut(grid, u"Ctrl+G"_s));
-    name(m_snapshotButton, m_snapshotLabel, snapshot, BWUIUtils::withShortcut(snapshot, u"Ctrl+S"_s));
-    const QString settings = manager.text(u"camera_window"_s, u"settings_label"_s, u"Settings"_s);
-    const QString albums = manager.text(u"camera_window"_s, u"albums_label"_s, u"Albums"_s);
-    name(m_settingsButton, m_settingsLabel, settings, BWUIUtils::withShortcut(settings, u"Ctrl+,"_s));
-    name(m_albumsButton, m_albumsLabel, albums, BWUIUtils::withShortcut(albums, u"F9"_s));
-
     const QString zoomOut = manager.text(u"camera_window"_s, u"zoom_out"_s, u"Zoom out"_s);
     const QString zoomIn = manager.text(u"camera_window"_s, u"zoom_in"_s, u"Zoom in"_s);
     m_zoomDoubleButton->setLeftName(zoomOut);
     m_zoomDoubleButton->setRightName(zoomIn);
-    m_zoomDoubleButton->setLeftToolTip(BWUIUtils::withShortcut(zoomOut, u"Ctrl+-"_s));
-    m_zoomDoubleButton->setRightToolTip(BWUIUtils::withShortcut(zoomIn, u"Ctrl++"_s));
+    m_zoomDoubleButton->setLeftToolTip(withShortcut(zoomOut, *m_menu.zoomOut));
+    m_zoomDoubleButton->setRightToolTip(withShortcut(zoomIn, *m_menu.zoomIn));
 
     m_flipPopUpButton->setItemText(0, manager.text(u"camera_window"_s, u"flip_none"_s, u"None"_s));
     m_flipPopUpButton->setItemText(1, manager.text(u"camera_window"_s, u"flip_horizontal"_s, u"Horizontal"_s));
@@ -194,12 +203,12 @@ void BWControlBar::showRecording(bool recording)
     m_recordButton->setIcon(BWIcons::image(recording ? u"stop.png"_s : u"record.png"_s));
     const QString text = recording ? m_stopText : m_recordText;
     m_recordButton->setAccessibleName(text);
-    m_recordButton->setToolTip(BWUIUtils::withShortcut(text, u"Ctrl+Shift+S"_s));
+    m_recordButton->setToolTip(withShortcut(text, *m_menu.record));
     m_recordLabel->setText(text);
     Q_EMIT recordingShown(recording);
 }
 
-/// Nothing moves when a recording begins or ends.
+/// So that nothing moves when a recording begins or ends.
 void BWControlBar::keepRoomForStop()
 {
     m_recordLabel->setAlignment(Qt::AlignCenter);
@@ -225,13 +234,12 @@ void BWControlBar::showGrid(bool on)
 
 void BWControlBar::setCameraControlsEnabled(bool enabled)
 {
-    const std::initializer_list<QWidget *> controls{m_resolutionPopUpButton, m_zoomDoubleButton, m_rotatePopUpButton,
-                                                    m_flipPopUpButton,       m_gridButton,       m_snapshotButton,
-                                                    m_recordButton,          m_resolutionLabel,  m_zoomLabel,
-                                                    m_rotateLabel,           m_flipLabel,        m_gridLabel,
-                                                    m_snapshotLabel,         m_recordLabel};
-    for (QWidget *control : controls)
-        control->setEnabled(enabled);
+    for (const Column &column : std::as_const(m_columns)) {
+        if (column.needs == Needs::Nothing)
+            continue;
+        column.control->setEnabled(enabled);
+        column.label->setEnabled(enabled);
+    }
     if (!enabled)
         m_resolutionPopUpButton->setCurrentIndex(-1);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWResolution.h"
+#include "Model/Texts/BWLocalizableString.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 
 #include <QList>
@@ -9,6 +10,8 @@
 
 class BWBarButton;
 class BWDoubleButton;
+class BWMainMenu;
+class QAction;
 class QComboBox;
 class QGridLayout;
 class QLabel;
@@ -20,17 +23,18 @@ class BWControlBar : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
-    explicit BWControlBar(QWidget *parent = nullptr);
+    /// Tool tips name the shortcuts of the menu's actions. The menu must outlive the bar.
+    explicit BWControlBar(const BWMainMenu &menu, QWidget *parent = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
     /// Fills the resolution menu and selects `current`.
     void showResolutions(const QList<BWResolution> &resolutions, BWResolution current);
     void showZoom(const QString &text);
-    /// Selects an angle or a mirroring without telling so.
+    /// Selects an angle or a mirroring, without a signal.
     void showRotation(int degrees);
     void showFlip(int index);
-    /// Also told by recordingShown().
+    /// Emits recordingShown().
     void showRecording(bool recording);
     /// Whether the button of the measuring grid is there, and pressed.
     void setGridAvailable(bool available);
@@ -55,13 +59,27 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    void build();
-    QLabel *addColumn(QWidget *control, int column);
+    enum class Needs { Camera, Nothing };
+    /// A control over its caption.
+    struct Column {
+        QWidget *control;
+        QLabel *label;
+        BWLocalizableString text;
+        const QAction *action; ///< of the menu that does the same; null if there is none
+        Needs needs;
+    };
+
+    void makeControls();
+    void addColumns();
+    QLabel *addColumn(int position, QWidget *control, const BWLocalizableString &text, const QAction *action,
+                      Needs needs);
     BWBarButton *makeButton(int iconSize);
     void updateIcons();
     void keepRoomForStop();
 
+    const BWMainMenu &m_menu;
     QGridLayout *m_grid = nullptr;
+    QList<Column> m_columns;
     QComboBox *m_resolutionPopUpButton = nullptr;
     BWDoubleButton *m_zoomDoubleButton = nullptr;
     QComboBox *m_rotatePopUpButton = nullptr;
@@ -71,15 +89,8 @@ private:
     BWBarButton *m_recordButton = nullptr;
     QToolButton *m_settingsButton = nullptr;
     QToolButton *m_albumsButton = nullptr;
-    QLabel *m_resolutionLabel = nullptr;
-    QLabel *m_zoomLabel = nullptr;
-    QLabel *m_rotateLabel = nullptr;
-    QLabel *m_flipLabel = nullptr;
     QLabel *m_gridLabel = nullptr;
-    QLabel *m_snapshotLabel = nullptr;
     QLabel *m_recordLabel = nullptr;
-    QLabel *m_settingsLabel = nullptr;
-    QLabel *m_albumsLabel = nullptr;
     QString m_recordText;
     QString m_stopText;
     bool m_recording = false;

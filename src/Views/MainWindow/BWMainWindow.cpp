@@ -20,7 +20,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     : m_content(new QWidget(this)),
       m_menu(new BWMainMenu(*this)),
       m_clipView(new BWCenteringClipView(renderer, m_content)),
-      m_controlBar(new BWControlBar(m_content)),
+      m_controlBar(new BWControlBar(*m_menu, m_content)),
       m_statusPill(new BWStatusPill(m_content))
 {
     BWAccessibleRoles::install();
