@@ -170,7 +170,7 @@ class Archives(Folder):
 
 class HugeArchives(Folder):
     def test_beyond_4_gib(self):
-        """A sparse member of 5 GiB between small ones; then an archive whose last member begins beyond 4 GiB."""
+        """A sparse member of 5 GiB between small ones."""
         sparse = self.file(b"sparse.mov", b"begin")
         with open(sparse, "r+b") as file:
             file.seek(5 * 1024 * MIB - 3)
@@ -178,25 +178,11 @@ class HugeArchives(Folder):
         small = [self.file(b"small %d.jpg" % number, b"pixels" * number) for number in (1, 2)]
         memory = self.export([small[0], sparse, small[1]])
         print(f"5 GiB sparse: {memory} KiB")
-        self.check({"small 1.jpg": 20, "sparse.mov": HEADER_64, "small 2.jpg": 20})
-
-        noise = random.Random(2).randbytes(16 * MIB)
-        paths = []
-        for number in range(5):
-            paths.append(self.file(b"noise %d.mov" % number, b""))
-            with open(paths[-1], "wb") as file:
-                for _ in range(52):
-                    file.write(noise)
-        memory = self.export(paths[:4] + [small[0], paths[4], small[1]])
-        print(f"{self.target.stat().st_size} bytes of noise: {memory} KiB")
-        self.assertGreater(self.target.stat().st_size, 4096 * MIB)
-        self.check({})
-
-    def check(self, versions):
+        versions = {"small 1.jpg": 20, "sparse.mov": HEADER_64, "small 2.jpg": 20}
         self.assert_tools_agree()
         with zipfile.ZipFile(self.target) as archive:
             for entry in archive.infolist():
-                self.assertEqual(versions.get(entry.filename, entry.extract_version), entry.extract_version)
+                self.assertEqual(versions[entry.filename], entry.extract_version)
                 checksum, size = 0, 0
                 with archive.open(entry) as packed, open(os.path.join(self.album, os.fsencode(entry.filename)), "rb") as own:
                     while piece := packed.read(MIB):

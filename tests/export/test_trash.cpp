@@ -2,11 +2,9 @@
 #include "TestFolder.h"
 
 #include <atomic>
-#include <cstdio>
 #include <future>
 #include <QRegularExpression>
 #include <QTest>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -33,7 +31,8 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, name);
         // The second gets another name in the Trash.
-        const QList<QUrl> files{file("a", name, "first"), file("b", name, "second")};
+        const QList<QUrl> files{TestFolder::write(BWFilePath::entry(m_folder->folder(u"a"_s), name), "first"),
+                                TestFolder::write(BWFilePath::entry(m_folder->folder(u"b"_s), name), "second")};
         BWTrash trash;
         const BWTrash::Moved moved = move(trash, files);
         QCOMPARE(moved.files, files);
@@ -47,7 +46,7 @@ private Q_SLOTS:
         for (int i = 0; i < 2; ++i) {
             QCOMPARE(restored.files[i].original, files[i]);
             QCOMPARE(restored.files[i].now, files[i]);
-            QCOMPARE(read(files[i]), i == 0 ? "first" : "second");
+            QCOMPARE(TestFolder::read(files[i]), i == 0 ? "first" : "second");
         }
         QVERIFY(notedPaths().isEmpty());
         QCOMPARE(TestFolder::count(TestFolder::trash()), 0);
@@ -74,7 +73,7 @@ private Q_SLOTS:
 
         move(trash, {there}); // takes nothing back from the one before
         QCOMPARE(undo(trash).files.size(), 1);
-        QCOMPARE(read(fine), "pixels");
+        QCOMPARE(TestFolder::read(fine), "pixels");
     }
 
     void onlyTheLastTimeIsUndone()
@@ -111,7 +110,8 @@ private Q_SLOTS:
         QCOMPARE(restored.files.size(), 1);
         QCOMPARE(restored.files[0].original, taken);
         QCOMPARE(restored.files[0].now, m_folder->url(u"taken (3).jpg"_s));
-        QCOMPARE(read(taken) + read(m_folder->url(u"taken (2).jpg"_s)) + read(restored.files[0].now),
+        QCOMPARE(TestFolder::read(taken) + TestFolder::read(m_folder->url(u"taken (2).jpg"_s))
+                     + TestFolder::read(restored.files[0].now),
                  "newnewertrashed");
         QCOMPARE(restored.failed.size(), 2);
         QVERIFY(!BWFilePath::exists(emptied) && other.exists());
@@ -148,34 +148,12 @@ private Q_SLOTS:
     }
 
 private:
-    QUrl file(const char *folder, const QByteArray &name, const QByteArray &content) const
-    {
-        const QUrl made = m_folder->file(QLatin1String(folder) + u"/made"_s, content);
-        const QUrl url = BWFilePath::entry(m_folder->url(QLatin1String(folder)), name);
-        ::rename(BWFilePath::native(made).constData(), BWFilePath::native(url).constData());
-        return url;
-    }
-
-    QByteArray read(const QUrl &url) const
-    {
-        const QString copy = m_folder->path(u"copy"_s);
-        QFile::remove(copy);
-        ::link(BWFilePath::native(url).constData(), QFile::encodeName(copy).constData());
-        return TestFolder::read(QUrl::fromLocalFile(copy));
-    }
-
     static QSet<QByteArray> notedPaths()
     {
         QSet<QByteArray> paths;
-        const QString info = QFileInfo(TestFolder::trash()).path() + u"/info"_s;
-        const auto notes = BWFilePath::entries(QUrl::fromLocalFile(info)).value_or(QList<QByteArray>());
-        for (const QByteArray &note : notes) {
-            QFile file;
-            const QByteArray path = QFile::encodeName(info) + '/' + note;
-            std::FILE *const stream = std::fopen(path.constData(), "r");
-            if (!stream || !file.open(stream, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
-                continue;
-            const QByteArray text = file.readAll();
+        const QUrl info = QUrl::fromLocalFile(QFileInfo(TestFolder::trash()).path() + u"/info"_s);
+        for (const QByteArray &note : BWFilePath::entries(info).value_or(QList<QByteArray>())) {
+            const QByteArray text = TestFolder::read(BWFilePath::entry(info, note));
             const qsizetype begin = text.indexOf("\nPath=") + 6;
             paths.insert(QByteArray::fromPercentEncoding(text.mid(begin, text.indexOf('\n', begin) - begin)));
         }

@@ -3,6 +3,8 @@
 #include "Utils/BWFilePath.h"
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <QDir>
 #include <QFile>
 #include <QScopeGuard>
@@ -27,10 +29,16 @@ public:
     QUrl file(const QString &name, const QByteArray &content = "x") const
     {
         folder(name.section(u'/', 0, -2));
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("%s", qPrintable(file.errorString()));
-        return url(name);
+        return write(url(name), content);
+    }
+
+    /// Whatever bytes its name is made of.
+    static QUrl write(const QUrl &url, const QByteArray &content)
+    {
+        std::ofstream file(BWFilePath::native(url).toStdString(), std::ios::binary);
+        if (!file.write(content.constData(), content.size()).flush())
+            qFatal("%s cannot be written", qPrintable(url.toString()));
+        return url;
     }
 
     QUrl folder(const QString &name) const
@@ -42,8 +50,8 @@ public:
 
     static QByteArray read(const QUrl &url)
     {
-        QFile file(url.toLocalFile());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        std::ifstream file(BWFilePath::native(url).toStdString(), std::ios::binary);
+        return QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(file), {}));
     }
 
     /// The names of those files, with | between them.

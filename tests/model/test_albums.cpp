@@ -2,15 +2,14 @@
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Albums/BWFileNameOrder.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "SmallDisk.h"
 #include "TestFolder.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <QTest>
 #include <sys/fsuid.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <thread>
@@ -180,18 +179,10 @@ private Q_SLOTS:
         ::chmod(QFile::encodeName(m_folder->path()).constData(), 0755);
         ::chmod(QFile::encodeName(m_folder->path(u"Album"_s)).constData(), reason == "read-only folder" ? 0555 : 0777);
         {
-            std::signal(SIGXFSZ, SIG_IGN);
-            rlimit before{};
-            ::getrlimit(RLIMIT_FSIZE, &before);
-            // What a full disk is like in the middle of a copy.
-            const rlimit limited{reason == "full disk" ? 1'500'000 : before.rlim_cur, before.rlim_max};
-            ::setrlimit(RLIMIT_FSIZE, &limited);
+            const SmallDisk disk(reason == "full disk" ? 1'500'000 : RLIM_INFINITY); // in the middle of a copy
             if (reason == "read-only folder")
                 ::setfsuid(65534); // for root no folder is read-only
-            const auto restore = qScopeGuard([&before] {
-                ::setfsuid(::geteuid());
-                ::setrlimit(RLIMIT_FSIZE, &before);
-            });
+            const auto restore = qScopeGuard([] { ::setfsuid(::geteuid()); });
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
             const QUrl from = source == u"capture"_s ? QUrl::fromLocalFile(capture.fileName()) : m_folder->url(source);
             QVERIFY(!m_album->addFile(from, image));
@@ -410,11 +401,10 @@ private Q_SLOTS:
         QCOMPARE(m_manager->selectedIndex(), 0);
         QVERIFY(BWFilePath::isFolder(folder));
         QCOMPARE(m_defaults->string(u"bwp2x_albums"_s), u"[\"%1/BrimwellPro/Default Album\"]"_s.arg(m_folder->path()));
-    }
 
-    void thereIsAlwaysAnAlbum()
-    {
-        m_defaults->setString(u"bwp2x_albums"_s, u"[\"%1\"]"_s.arg(m_folder->folder(u"Only"_s).path()));
+        // There is always an album, even when the only one that is remembered goes.
+        m_defaults->setString(u"bwp2x_albums"_s, u"[\"%1\"]"_s.arg(folder.toLocalFile()));
+        m_manager = make();
         m_manager->prepare();
         m_manager->removeCurrentAlbum();
         QCOMPARE(albums(), u"*Default Album"_s);

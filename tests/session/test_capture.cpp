@@ -34,17 +34,23 @@ using Refusals = QList<BWRecordingRefusal>;
 
 namespace {
 
-/// Two simulated cameras of different types, and what the program does with them: the first that is found is used, a
-/// camera takes over when that one is unplugged, and the user may switch.
+using Type = BWSimulatedCameraOptions::Type;
+
+/// Simulated cameras of different types, and what the program does with them: the first that is found is used, another
+/// one takes over when that one is unplugged, and the user may switch.
 class Desk {
 public:
-    explicit Desk(BWCaptureController &capture) : m_capture(capture)
+    Desk(BWCaptureController &capture, const QList<Type> &types, std::optional<BWPixelFormat> format = {})
+        : m_capture(capture)
     {
-        BWSimulatedCameraOptions options;
-        options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
-        BWSimulatedCameraOptions other = options;
-        other.type = BWSimulatedCameraOptions::Type::Regular;
-        auto backend = BWSimulatedBackend::create({options, other});
+        QList<BWSimulatedCameraOptions> options;
+        for (const Type type : types) {
+            options.emplaceBack();
+            options.last().type = type;
+            options.last().pacing = BWSimulatedCameraOptions::Pacing::Manual;
+            options.last().pixelFormat = format;
+        }
+        auto backend = BWSimulatedBackend::create(options);
         hands = backend->cameras();
         std::vector<std::unique_ptr<BWCameraBackend>> backends;
         backends.push_back(std::move(backend));
@@ -127,33 +133,20 @@ private Q_SLOTS:
                 m_begun.insert(movie.toLocalFile());
                 return m_albumIsShort;
             });
-        BWSimulatedCameraOptions options;
-        options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
-        options.pixelFormat = BWPixelFormat::MJPEG;
-        auto backend = BWSimulatedBackend::create({options});
-        m_hand = backend->cameras().first();
-        std::vector<std::unique_ptr<BWCameraBackend>> backends;
-        backends.push_back(std::move(backend));
-        m_detector = std::make_unique<BWCameraDetector>(
-            QList{BWCameraDetector::descriptionForHighResolutionMicroscope()}, std::move(backends));
-        m_detector->setCameraFoundBlock(
-            [this](const BWDetectedCameraPtr &device) { m_camera = m_manager.addDetectedCamera(device); });
-        m_detector->startCamerasDetection();
-        QTRY_VERIFY(m_camera);
-        m_capture->prepareCamera(*m_camera);
+        m_desk = std::make_unique<Desk>(*m_capture, QList{Type::High}, BWPixelFormat::MJPEG);
+        QTRY_VERIFY(m_desk->current);
+        m_camera = m_desk->current;
+        m_hand = m_desk->hands.first();
         m_camera->setOnCameraFrame([this](BWCamera &, const BWFrame &frame) {
             const BWPlane &bytes = frame.plane(0);
             m_lastFrame = QByteArray(reinterpret_cast<const char *>(bytes.data), static_cast<qsizetype>(bytes.size));
         });
-        std::atomic<bool> started = false;
-        m_camera->startWithCompletion([&](bool success) { started = success; });
-        QTRY_VERIFY(started);
+        QTRY_VERIFY(m_camera->started());
     }
     void cleanup()
     {
-        m_manager.removeDetectedCamera(m_camera->detectedCamera());
-        m_camera.reset(); // joins its threads
-        m_detector.reset();
+        m_camera.reset();
+        m_desk.reset(); // joins the camera's threads
         m_capture.reset();
         m_albums.reset();
         qputenv("TMPDIR", m_outerTemporary);
@@ -194,6 +187,9 @@ private Q_SLOTS:
         m_capture->setButtonRecords(true, [&] { ++recordPressed; });
         m_hand->pressButton();
         QTRY_COMPARE(recordPressed, 1);
+        QVERIFY(BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, false));
+        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, true, false)); // held down
+        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, true)); // came by way of the camera
         m_capture->pressHardwareButton(*m_camera); // as a key
         QTRY_COMPARE(recordPressed, 2);
         captureFrame();
@@ -204,16 +200,7 @@ private Q_SLOTS:
         QCOMPARE(pictureIn(inAlbum(u"20240607_image_002.jpg"_s)), lastFrame());
     }
 
-    void theButtonAsAKey()
-    {
-        QVERIFY(BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, false));
-        QVERIFY(BWCaptureController::isHardwareButton(Qt::Key_Camera, false, false));
-        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, true, false)); // held down
-        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, true)); // has come by way of the camera
-        QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_S, false, false));
-    }
-
-    void aLostCaptureIsTold()
+    void aLostCaptureIsReported()
     {
         // The album is gone: the capture is kept where it is.
         QVERIFY(QDir(m_folder->filePath(u"BrimwellPro"_s)).removeRecursively());
@@ -231,6 +218,7 @@ private Q_SLOTS:
         QVERIFY(m_left[1].isEmpty());
         QVERIFY(m_saved.isEmpty());
     }
+
     void anUnpluggedCameraEndsTheRecording()
     {
         m_capture->toggleRecording(m_camera);
@@ -315,12 +303,12 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).isEmpty());
     }
 
-    void aPressBeforeTheEndIsToldBeginsNothing()
+    void aPressBeforeTheEndIsReportedBeginsNothing()
     {
         m_capture->toggleRecording(m_camera);
         captureFrame();
         QTRY_VERIFY(m_recording);
-        std::shared_ptr<void> busy = keepBusy(); // so that it cannot tell
+        std::shared_ptr<void> busy = keepBusy(); // so that it cannot report
         m_capture->toggleRecording(m_camera);
         QTRY_VERIFY(!m_camera->recording());
         m_capture->toggleRecording(m_camera);
@@ -340,7 +328,7 @@ private Q_SLOTS:
         qInfo("BW_SEED=%u", seed);
         QRandomGenerator random(seed);
         {
-            Desk desk(*m_capture);
+            Desk desk(*m_capture, {Type::High, Type::Regular});
             QTRY_COMPARE(desk.cameras().size(), 2);
             for (int step = 0; step < 400; ++step) {
                 const BWCameraPtr camera = desk.current;
@@ -376,10 +364,10 @@ private Q_SLOTS:
             return m_begun;
         };
         QTRY_COMPARE_WITH_TIMEOUT(m_results.size(), begun().size(), 20000);
-        QSet<QString> untold = begun();
+        QSet<QString> missing = begun();
         int vain = 0;
         for (const BWCaptureResult &result : std::as_const(m_results)) {
-            QVERIFY2(untold.remove(result.recording.path), qPrintable(result.recording.path));
+            QVERIFY2(missing.remove(result.recording.path), qPrintable(result.recording.path));
             const uint64_t frames = result.recording.frames;
             QCOMPARE(!result.file.isEmpty(), frames > 0);
             vain += frames == 0 ? 1 : 0;
@@ -503,8 +491,7 @@ private:
     std::unique_ptr<BWSettingsFile> m_defaults;
     std::unique_ptr<BWAlbumManager> m_albums;
     std::unique_ptr<BWCaptureController> m_capture;
-    std::unique_ptr<BWCameraDetector> m_detector;
-    BWCameraManager m_manager;
+    std::unique_ptr<Desk> m_desk;
     std::shared_ptr<BWSimulatedCamera> m_hand;
     BWCameraPtr m_camera;
     QByteArray m_lastFrame;
@@ -512,7 +499,7 @@ private:
     QList<QUrl> m_left;
     QList<BWCaptureResult> m_results;
     Refusals m_refused;
-    std::mutex m_mutex; // for what the looks at the album's room use
+    std::mutex m_mutex; // for what the checks of the album's room use
     QSet<QString> m_begun; // recordings
     bool m_albumIsShort = false;
     int m_stills = 0;

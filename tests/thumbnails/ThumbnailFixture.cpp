@@ -1,5 +1,6 @@
 #include "ThumbnailFixture.h"
 
+#include "TestFolder.h"
 #include "Utils/BWFilePath.h"
 
 #include <cstdlib>
@@ -38,10 +39,7 @@ QUrl ThumbnailFixture::url(const QByteArray &name) const
 
 QUrl ThumbnailFixture::file(const QByteArray &name, const QByteArray &content, bool isNew) const
 {
-    const int file = ::open(path(name).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (::write(file, content.constData(), static_cast<std::size_t>(content.size())) != content.size())
-        qFatal("%s cannot be written", name.constData());
-    ::close(file);
+    TestFolder::write(url(name), content);
     if (!isNew)
         setModified(name, longAgo);
     return url(name);
