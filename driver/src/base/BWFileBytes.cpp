@@ -6,7 +6,8 @@
 
 namespace {
 
-/// Calls with the bytes done so far until all are done, a call does none, or one fails. How many are done; -1 on failure.
+/// Calls with the bytes done so far until all are done, a call does none, or one fails. How many are done; -1 on
+/// failure.
 template <typename Call>
 int64_t repeat(int64_t size, const Call &call)
 {

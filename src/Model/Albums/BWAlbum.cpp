@@ -17,7 +17,7 @@ struct Entry {
     QString key; // for the order
 };
 
-/// Highest first; names that count as the same are still told apart, so that the order never jumps.
+/// Highest first; the bytes decide between names that count as the same, so that the order never jumps.
 bool comesFirst(const Entry &a, const Entry &b)
 {
     const int order = BWFileNameOrder::compareKeys(a.key, b.key);
@@ -95,7 +95,7 @@ std::optional<QList<QUrl>> BWAlbum::contentsForType(BWMediaType type) const
         return std::nullopt;
     std::vector<Entry> entries;
     for (const QByteArray &name : *names) {
-        // A name that is nothing but ".jpg" is a hidden file without an ending.
+        // The name ".jpg" is a hidden file without an ending.
         if (name.size() > ending.size() && name.endsWith(ending))
             entries.push_back({name, BWFileNameOrder::key(QFile::decodeName(name.chopped(ending.size())))});
     }

@@ -19,9 +19,9 @@ void BWAlbumContents::reload()
 {
     const BWAlbumPtr album = m_albums.currentAlbum();
     if (album != m_album || !m_watch)
-        startWatch(album); // also without an album: that there is none has to be told
+        startWatch(album); // also without an album, to report that there is none
     else
-        m_reload = m_asked = m_watch->ask();
+        m_reload = m_requested = m_watch->request();
     waitForAnswer();
 }
 
@@ -29,7 +29,7 @@ void BWAlbumContents::refresh()
 {
     if (!m_watch || m_first)
         return;
-    m_asked = m_watch->ask();
+    m_requested = m_watch->request();
     waitForAnswer();
 }
 
@@ -38,7 +38,7 @@ void BWAlbumContents::startWatch(const BWAlbumPtr &album)
     m_album = album;
     m_watch.reset();
     m_listing = {};
-    m_asked = 0;
+    m_requested = 0;
     m_served = 0;
     m_reload = 0;
     m_first = true;
@@ -48,7 +48,7 @@ void BWAlbumContents::startWatch(const BWAlbumPtr &album)
     Q_EMIT reloaded();
 }
 
-/// Until the next report says otherwise, the folder does not answer when it is silent for too long.
+/// A folder that is silent for too long does not answer, until its next report.
 void BWAlbumContents::waitForAnswer()
 {
     if (m_noAnswer)
@@ -57,8 +57,8 @@ void BWAlbumContents::waitForAnswer()
         this,
         [this] {
             m_noAnswer.reset();
-            const bool isAsked = m_watch && (m_first || m_served != m_asked);
-            if (isAsked || !m_albums.isPrepared()) {
+            const bool isPending = m_watch && (m_first || m_served != m_requested);
+            if (isPending || !m_albums.isPrepared()) {
                 m_state = State::NotAnswering;
                 Q_EMIT changed();
             }
@@ -68,14 +68,14 @@ void BWAlbumContents::waitForAnswer()
 
 void BWAlbumContents::take(const BWAlbumWatch::Report &report)
 {
-    const bool wasAsked = std::exchange(m_first, false) || (m_reload > m_served && report.asked >= m_reload);
-    m_served = report.asked;
+    const bool wasRequested = std::exchange(m_first, false) || (m_reload > m_served && report.requests >= m_reload);
+    m_served = report.requests;
     const State state = report.listing ? State::Listed : State::Unavailable;
     const BWAlbumWatch::Listing listing = report.listing.value_or(BWAlbumWatch::Listing{});
     const bool differs = state != m_state || listing != m_listing;
     m_state = state;
     m_listing = listing;
-    if (wasAsked)
+    if (wasRequested)
         Q_EMIT reloaded();
     else if (differs)
         Q_EMIT changed();

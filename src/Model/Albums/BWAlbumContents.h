@@ -8,13 +8,13 @@
 #include <memory>
 #include <QObject>
 
-/// What the current album holds, as far as is known: listed and followed in the background. GUI thread.
+/// What the current album holds, as far as it is known: listed and watched in the background. GUI thread.
 class BWAlbumContents : public QObject {
     Q_OBJECT
 
 public:
     enum class State {
-        Reading, ///< another album; its list is on its way, or at the start that of the albums
+        Reading, ///< the listing of another album, or at the start the list of albums, is on its way
         NotAnswering, ///< and has been for a while
         Listed,
         Unavailable, ///< the folder has vanished or may not be read
@@ -26,11 +26,11 @@ public:
     explicit BWAlbumContents(const BWAlbumManager &albums, BWClock &clock = BWClock::system());
     ~BWAlbumContents() override;
 
-    /// Lists the current album anew; then tells, whether or not something changed. An album that was not shown before
-    /// is told at once, too, with nothing in it yet.
+    /// Lists the current album again; then emits reloaded(), whether or not something changed. For an album that was
+    /// not shown before also emits it at once, with nothing in it yet.
     void reload();
 
-    /// Lists it anew, too, but only tells what has changed. For folders of which nobody tells when they change.
+    /// Lists it again, too, but only emits changed(), if it has. For folders whose changes the system does not report.
     void refresh();
 
     /// Newest first; empty while they are not known.
@@ -40,9 +40,9 @@ public:
 Q_SIGNALS:
     /// A reload is done.
     void reloaded();
-    /// The folder was changed from outside, or answers again, or not any more.
+    /// The folder was changed from outside, or has stopped or started to answer.
     void changed();
-    /// Files have been written that were there before.
+    /// Files that were there before have been written.
     void filesWritten();
 
 private:
@@ -56,9 +56,9 @@ private:
     std::unique_ptr<BWAlbumWatch> m_watch;
     BWAlbumWatch::Listing m_listing;
     State m_state = State::Reading;
-    unsigned m_asked = 0;
+    unsigned m_requested = 0;
     unsigned m_served = 0;
-    unsigned m_reload = 0; // the latest of those that were asked for to be told in any case
+    unsigned m_reload = 0; // the latest request that reloaded() answers
     bool m_first = true; // no listing of this album has come yet
     DispatchAfterStrict::Handle m_noAnswer;
 };

@@ -11,7 +11,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto longCopy = std::chrono::milliseconds(500);
-constexpr auto tellEvery = std::chrono::milliseconds(200);
+constexpr auto reportEvery = std::chrono::milliseconds(200);
 constexpr auto patience = std::chrono::minutes(2); // a long movie on a slow disk
 constexpr auto patienceWhenAbandoned = std::chrono::seconds(2);
 
@@ -72,18 +72,18 @@ void BWAlbumIntake::report(const Capture &capture, bool added, const QUrl &file)
 {
     if (added)
         m_contentsChanged();
-    --m_open; // before: what tells the user may wait for an answer, and the program may be asked to end meanwhile
+    --m_open; // first: the completion may wait for the user, and the program may be asked to end meanwhile
     if (capture.completion && (added || !*m_abandoned))
         capture.completion(added, file);
-    tellIfDone();
+    notifyIfDone();
 }
 
-/// Hands what a long copy tells on to the owner's thread, and ends it when it is abandoned.
+/// Reports the progress of a long copy to the owner's thread, and ends the copy when it is abandoned.
 BWAlbum::Progress BWAlbumIntake::throttled(const Progress &progress)
 {
     return [progress, alive = alive(), abandoned = m_abandoned, next = Clock::now() + longCopy](double done) mutable {
         if (progress && Clock::now() >= next) {
-            next = Clock::now() + tellEvery;
+            next = Clock::now() + reportEvery;
             BWMainQueue::post(alive, [progress, done] { progress(done); });
         }
         return !*abandoned;
@@ -93,10 +93,10 @@ BWAlbum::Progress BWAlbumIntake::throttled(const Progress &progress)
 void BWAlbumIntake::whenDone(std::function<void()> done)
 {
     m_whenDone.push_back(std::move(done));
-    tellIfDone();
+    notifyIfDone();
 }
 
-void BWAlbumIntake::tellIfDone()
+void BWAlbumIntake::notifyIfDone()
 {
     if (m_open > 0)
         return;

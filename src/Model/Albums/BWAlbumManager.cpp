@@ -43,7 +43,7 @@ bool isListedBefore(const QByteArray &left, const QByteArray &right)
     return order != 0 ? order < 0 : left < right;
 }
 
-/// What the disks are asked at the start, beside the GUI thread, as they may take long to answer.
+/// What is asked of the disks at the start, in the background, as they may take long to answer.
 struct Question {
     QUrl base;
     QUrl defaultFolder;
@@ -53,7 +53,7 @@ struct Question {
 
 struct Answer {
     QUrl failed; ///< the folder that could not be made or listed; empty if all is well
-    QList<QUrl> folders; ///< that are there, in the order in which they are listed
+    QList<QUrl> folders; ///< that exist, in the order in which they are listed
 };
 
 Answer ask(const Question &question)
@@ -90,11 +90,11 @@ struct BWAlbumManager::Private {
         : defaults(userDefaults),
           home(std::move(homeFolder)),
           today(std::move(todayFunction)),
-          intake([this] { return currentAlbum(); }, [this] { tell(onContentsChanged); })
+          intake([this] { return currentAlbum(); }, [this] { notify(onContentsChanged); })
     {
     }
 
-    static void tell(const ChangeCallback &callback)
+    static void notify(const ChangeCallback &callback)
     {
         if (callback)
             callback();
@@ -129,16 +129,16 @@ struct BWAlbumManager::Private {
     QString oldDefaultName;
     QList<BWAlbumPtr> albums;
     QList<QUrl> validPaths;
-    QList<QUrl> knownPaths; ///< the list as it was read or stored last
+    QList<QUrl> knownPaths; ///< the list as it was last read or stored
     int selected = -1;
     ChangeCallback onAlbumsChanged;
     ChangeCallback onContentsChanged;
     BWTrash trash;
-    BWWorkerPool disks{1, std::chrono::milliseconds(0)}; // what they have not answered by the end is of no use
+    BWWorkerPool disks{1, std::chrono::milliseconds(0)}; // at the end nobody needs their answers
     BWAlbumIntake intake; // last, so that it ends first
 };
 
-/// The folders that are stored now, whether they are there or not.
+/// The folders that are stored now, whether they exist or not.
 QList<QUrl> BWAlbumManager::Private::readList(bool *damaged) const
 {
     const QString text = defaults.string(albumsKey);
@@ -154,7 +154,7 @@ QList<QUrl> BWAlbumManager::Private::readList(bool *damaged) const
     return folders;
 }
 
-/// Reads the stored list. Where there is none the base folder is to be searched.
+/// Reads the stored list. If there is none the base folder is to be searched.
 Question BWAlbumManager::Private::load()
 {
     Question question{basePath(), pathForName(defaultName()), {}, false};
@@ -179,7 +179,7 @@ void BWAlbumManager::Private::take(const Question &question, const Answer &answe
     isPrepared = true;
     if (!answer.failed.isEmpty()) {
         fail(answer.failed);
-        tell(onAlbumsChanged);
+        notify(onAlbumsChanged);
     } else {
         takeFolders(answer.folders, question.scan);
         reload(0);
@@ -211,7 +211,7 @@ void BWAlbumManager::Private::takeFolders(const QList<QUrl> &folders, bool scan)
         addDefaultAlbum();
 }
 
-/// Captures must always have somewhere to go, even when every remembered folder has vanished. Its folder is there.
+/// Captures must always have somewhere to go, even when every remembered folder has vanished. Its folder exists.
 void BWAlbumManager::Private::addDefaultAlbum()
 {
     const QUrl folder = pathForName(defaultName());
@@ -221,7 +221,7 @@ void BWAlbumManager::Private::addDefaultAlbum()
         validPaths.append(folder);
 }
 
-/// Stores the list, with what another program has added to it or taken off it since it was read.
+/// Stores the list, together with what another program has added to it or taken off it since it was read.
 void BWAlbumManager::Private::save()
 {
     defaults.synchronize();
@@ -246,7 +246,7 @@ void BWAlbumManager::Private::save()
 void BWAlbumManager::Private::reload(int index)
 {
     selected = albums.isEmpty() ? -1 : index;
-    tell(onAlbumsChanged);
+    notify(onAlbumsChanged);
 }
 
 BWAlbumManager::BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::Today today)
@@ -340,7 +340,7 @@ void BWAlbumManager::setSelectedIndex(int index)
     if (index < 0 || index >= d->albums.size())
         return;
     d->selected = index;
-    Private::tell(d->onContentsChanged);
+    Private::notify(d->onContentsChanged);
 }
 
 BWAlbumPtr BWAlbumManager::currentAlbum() const
@@ -370,7 +370,7 @@ void BWAlbumManager::removeFile(const QUrl &file, BWMediaType type)
 void BWAlbumManager::removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &)> finished)
 {
     d->trash.move(files, [this, finished = std::move(finished)](const BWTrash::Moved &result) {
-        Private::tell(d->onContentsChanged);
+        Private::notify(d->onContentsChanged);
         if (finished)
             finished(result);
     });
@@ -384,7 +384,7 @@ bool BWAlbumManager::canUndoRemoving() const
 void BWAlbumManager::undoRemoving(std::function<void(const BWTrash::Restored &)> finished)
 {
     d->trash.undo([this, finished = std::move(finished)](const BWTrash::Restored &result) {
-        Private::tell(d->onContentsChanged);
+        Private::notify(d->onContentsChanged);
         if (finished)
             finished(result);
     });

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int settleMilliseconds = 100; // a program that writes many files is waited for so long
+constexpr int settleMilliseconds = 100; // of silence after which a program has written its files
 constexpr int longestSettle = 5; // times that
 constexpr int retryMilliseconds = 2000; // where nothing can be watched
 constexpr uint32_t entriesChange = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
@@ -26,9 +26,9 @@ constexpr uint32_t fileWritten = IN_CLOSE_WRITE;
 
 class BWAlbumWatch::Worker : public std::enable_shared_from_this<Worker> {
 public:
-    Worker(const BWAlbum &album, std::function<void(const Report &)> tell)
+    Worker(const BWAlbum &album, std::function<void(const Report &)> report)
         : m_album(album),
-          m_tell(std::move(tell)),
+          m_report(std::move(report)),
           m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
           m_events(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
     {
@@ -50,7 +50,7 @@ public:
         wakeUp();
     }
 
-    std::atomic<unsigned> asked = 0;
+    std::atomic<unsigned> requests = 0;
 
 private:
     std::optional<Listing> list() const;
@@ -61,7 +61,7 @@ private:
     void report(const Report &report);
 
     const BWAlbum m_album;
-    const std::function<void(const Report &)> m_tell; // called on the GUI thread
+    const std::function<void(const Report &)> m_report; // for the GUI thread
     const int m_wakeUp;
     const int m_events;
     int m_watch = -1;
@@ -90,7 +90,7 @@ bool BWAlbumWatch::Worker::waitForEvents(int milliseconds) const
     return ::poll(files.data(), files.size(), milliseconds) > 0;
 }
 
-/// What has happened to the folder, all in one.
+/// All that has happened to the folder, in one mask.
 uint32_t BWAlbumWatch::Worker::takeEvents()
 {
     eventfd_t count = 0;
@@ -110,17 +110,17 @@ uint32_t BWAlbumWatch::Worker::takeEvents()
     }
     if ((what & folderGoes) != 0 && m_watch >= 0) {
         ::inotify_rm_watch(m_events, std::exchange(m_watch, -1));
-        takeEvents(); // that it is watched no more is an event, too
+        takeEvents(); // the end of the watch is an event, too
     }
     return what;
 }
 
 uint32_t BWAlbumWatch::Worker::waitForChange()
 {
-    const unsigned before = asked;
+    const unsigned before = requests;
     waitForEvents(m_watch < 0 ? retryMilliseconds : -1);
     uint32_t what = takeEvents();
-    for (int i = 0; i < longestSettle && !m_stopped && asked == before && waitForEvents(settleMilliseconds); ++i)
+    for (int i = 0; i < longestSettle && !m_stopped && requests == before && waitForEvents(settleMilliseconds); ++i)
         what |= takeEvents();
     return what;
 }
@@ -129,7 +129,7 @@ void BWAlbumWatch::Worker::report(const Report &report)
 {
     BWMainQueue::post(weak_from_this(), [this, report] {
         if (!m_stopped)
-            m_tell(report);
+            m_report(report);
     });
 }
 
@@ -138,19 +138,19 @@ void BWAlbumWatch::Worker::run()
     std::optional<Report> last;
     uint32_t what = 0;
     while (!m_stopped) {
-        const unsigned serves = asked;
-        watchFolder(); // before it is listed, so that nothing is missed
+        const unsigned serves = requests;
+        watchFolder(); // before listing it, so that nothing is missed
         Report now{list(), serves, (what & fileWritten) != 0};
-        if (!last || now.listing != last->listing || now.asked != last->asked || now.filesWritten)
+        if (!last || now.listing != last->listing || now.requests != last->requests || now.filesWritten)
             report(now);
         last = std::move(now);
-        if (asked == serves)
+        if (requests == serves)
             what = waitForChange();
     }
 }
 
-BWAlbumWatch::BWAlbumWatch(const BWAlbum &album, std::function<void(const Report &)> tell)
-    : m_worker(std::make_shared<Worker>(album, std::move(tell)))
+BWAlbumWatch::BWAlbumWatch(const BWAlbum &album, std::function<void(const Report &)> report)
+    : m_worker(std::make_shared<Worker>(album, std::move(report)))
 {
     m_thread.run([worker = m_worker] { worker->run(); });
 }
@@ -160,9 +160,9 @@ BWAlbumWatch::~BWAlbumWatch()
     m_worker->stop();
 }
 
-unsigned BWAlbumWatch::ask()
+unsigned BWAlbumWatch::request()
 {
-    const unsigned count = ++m_worker->asked;
+    const unsigned count = ++m_worker->requests;
     m_worker->wakeUp();
     return count;
 }

@@ -9,8 +9,8 @@
 #include <QList>
 #include <QUrl>
 
-/// Lists what an album holds on a thread of its own: at once, when asked, and whenever its folder changes. A disk that
-/// does not answer holds up nothing but that thread, for which nobody waits.
+/// Lists what an album holds on a thread of its own: at once, on request, and whenever its folder changes. A disk that
+/// does not answer holds up only that thread, for which nothing waits.
 class BWAlbumWatch {
 public:
     struct Listing {
@@ -19,19 +19,19 @@ public:
         bool operator==(const Listing &) const = default;
     };
     struct Report {
-        std::optional<Listing> listing; ///< nothing when the folder cannot be listed
-        unsigned asked = 0; ///< the listing is newer than that many calls of ask()
+        std::optional<Listing> listing; ///< nothing if the folder cannot be listed
+        unsigned requests = 0; ///< the listing is newer than that many calls of request()
         bool filesWritten = false; ///< a file in the folder may have become another
     };
 
-    /// `tell` is called on the GUI thread, until this object is gone. Not for a change that leaves all as it was.
-    BWAlbumWatch(const BWAlbum &album, std::function<void(const Report &report)> tell);
+    /// Calls `report` on the GUI thread, until this object is gone, but not for a change that leaves all as it was.
+    BWAlbumWatch(const BWAlbum &album, std::function<void(const Report &)> report);
     ~BWAlbumWatch();
     BWAlbumWatch(const BWAlbumWatch &) = delete;
     BWAlbumWatch &operator=(const BWAlbumWatch &) = delete;
 
-    /// Asks for a new listing, which is told whether or not it differs. Returns the number of calls so far.
-    unsigned ask();
+    /// Requests a new listing, which is reported whether or not it differs. Returns the number of calls so far.
+    unsigned request();
 
 private:
     class Worker;

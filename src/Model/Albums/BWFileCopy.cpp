@@ -36,7 +36,7 @@ private:
 class Reporter {
 public:
     Reporter(const BWFileCopy::Progress &progress, off_t total) : m_progress(progress), m_total(total) { }
-    /// False, with the reason in errno, when the copy shall not go on.
+    /// False, with the reason in errno, if the copy is to stop.
     bool add(ssize_t bytes)
     {
         m_done += bytes;
@@ -68,7 +68,7 @@ bool copyThroughMemory(int from, int to, Reporter &reporter)
     }
 }
 
-/// Lets the file system do it, which shares the blocks where it can; goes on by hand from where that stopped.
+/// Lets the file system copy, which shares the blocks if it can; goes on by hand from where that stopped.
 bool copyData(int from, int to, Reporter &reporter)
 {
     constexpr std::size_t step = std::size_t(64) << 20;
@@ -142,8 +142,8 @@ const mode_t usersMask = [] {
     return mask;
 }();
 
-/// Empty also where it cannot be done, as between two disks, or where the file would not be this user's alone. Has the
-/// rights of any new file afterwards.
+/// Empty also if it cannot be done, as between two disks, or if the file would not be this user's alone. The file then
+/// has the rights of any new file.
 QByteArray giveSecondName(const QByteArray &from, const BWFileCopy::FreeName &freeName)
 {
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
@@ -176,7 +176,7 @@ bool BWFileCopy::renameWithoutOverwriting(const QByteArray &from, const QByteArr
 {
     if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
         return true;
-    if (errno != EINVAL && errno != ENOSYS) // not every file system has every way of doing it
+    if (errno != EINVAL && errno != ENOSYS) // not every file system supports every way
         return false;
     if (::link(from.constData(), to.constData()) == 0) {
         ::unlink(from.constData());
@@ -184,7 +184,7 @@ bool BWFileCopy::renameWithoutOverwriting(const QByteArray &from, const QByteArr
     }
     if (errno == EEXIST)
         return false;
-    // The name is taken by an empty file of our own, which the whole one then replaces.
+    // Takes the name with an empty file of our own, which the whole one then replaces.
     const FileDescriptor placeholder(::open(to.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!placeholder.isOpen())
         return false;

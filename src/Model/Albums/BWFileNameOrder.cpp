@@ -9,7 +9,7 @@ bool isDigit(QChar c)
     return c >= u'0' && c <= u'9';
 }
 
-/// Takes the digits that `text` begins with off it, and gives them back without leading zeros.
+/// Removes the digits that `text` begins with, and returns them without leading zeros.
 QStringView takeNumber(QStringView &text)
 {
     qsizetype length = 0;

@@ -6,10 +6,10 @@
 /// of digits count by their value, so that "b9" comes before "B10".
 class BWFileNameOrder {
 public:
-    /// Below, equal to or above 0 as `a` comes before, at the same place as or after `b`.
+    /// Below, equal to or above 0 if `a` comes before, at the same place as or after `b`.
     static int compare(const QString &a, const QString &b);
 
-    /// The same of what key() makes of the names: quicker where each is compared many times.
+    /// The same for what key() makes of the names: quicker if each is compared many times.
     static int compareKeys(QStringView a, QStringView b);
     static QString key(const QString &name);
 };

@@ -22,8 +22,8 @@ public:
     QUrl inTrash() const;
 
     /// Puts it back under its old name, or, if that name is taken, with " (2)" before the extension; `restored` becomes
-    /// its new place. False, with the reason in `error`, when it is no longer in the Trash or cannot be put back; nothing
-    /// has changed then.
+    /// its new place. False, with the reason in `error`, when it is no longer in the Trash or cannot be put back;
+    /// nothing has changed then.
     bool restore(QUrl *restored, QString *error) const;
 
 private:

@@ -10,13 +10,13 @@
 
 class BWAlbumManager;
 
-/// Looks every second, as long as it exists, whether the current album's disk still has room for one movie that is being
-/// recorded on another. GUI thread.
+/// Checks every second, as long as it exists, whether the current album's disk still has room for a movie that is being
+/// recorded on another disk. GUI thread.
 class BWAlbumDiskGuard : public QObject {
     Q_OBJECT
 
 public:
-    /// Whether there is too little room. Called on a thread of its own, because a disk may keep it waiting for ever;
+    /// Whether there is too little room. Called on a thread of its own, because a disk may keep it waiting forever;
     /// then it is not called again.
     using Check = std::function<bool(const QUrl &movie, const QUrl &album)>;
 
@@ -25,8 +25,8 @@ public:
                      BWClock &clock = BWClock::system());
     ~BWAlbumDiskGuard() override;
 
-    /// The usual check: true once the album's disk has only just room enough for what the movie holds by now. False for
-    /// an album on the movie's own disk, which takes it without room, and where it cannot be told.
+    /// The usual check: true once the album's disk has only just enough room for what the movie holds so far. False if
+    /// the album is on the movie's own disk, which needs no room for it, and if the room is unknown.
     static bool isShort(const QUrl &movie, const QUrl &album);
 
 private:

@@ -17,10 +17,10 @@
 
 using namespace Qt::StringLiterals;
 
-/// What the cameras' callbacks use; held weakly by them.
+/// What the cameras' callbacks use, and hold weakly.
 struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     struct Recording {
-        const BWCamera *camera = nullptr; // to compare with; it tells the end before it is gone
+        const BWCamera *camera = nullptr; // only compared with; reports the end before it is gone
         QString title;
         std::shared_ptr<BWFileClaim> claim;
         bool hasBegun = false;
@@ -43,7 +43,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     void recordingBegan(const QString &path);
     void recordingEnded(const BWRecordingStatus &status);
     bool isAnyRunning();
-    void tell(const BWCaptureResult &result);
+    void report(const BWCaptureResult &result);
     void takeIn(const Capture &capture, const QString &from);
     void takenIn(bool added, const QUrl &file, Capture capture, const QString &from);
 
@@ -52,7 +52,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     std::function<void()> record; // GUI thread only
     std::atomic<bool> buttonRecords = false;
     std::mutex mutex;
-    std::map<QString, Recording> recordings; // by path, until their ends are told
+    std::map<QString, Recording> recordings; // by path, until their ends are reported
     std::map<QString, BWAlbumDiskGuard> guards; // theirs; GUI thread only
     BWSnapshotTags tags;
 };
@@ -108,7 +108,7 @@ void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
 
 void BWCaptureController::toggleRecording(const BWCameraPtr &camera, const QString &title)
 {
-    // Whoever presses sees a recording until its end is told, although its file may be complete before.
+    // The window shows a recording until its end is reported, although its file may be complete before.
     const QString path = m_shared->recordingOf(camera);
     const bool done = path.isNull() ? beginRecording(camera, title) : camera->endRecording(path);
     if (!done && m_shared->feedback.refused)
@@ -171,11 +171,11 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
         file.open(QIODevice::WriteOnly) && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     qint64 written = opened ? file.write(image) : -1;
     if (written >= 0 && written < image.size())
-        written += file.write(image.sliced(written)); // which tells why it was only a part
+        written += file.write(image.sliced(written)); // which gives the reason
     if (written != image.size() || !file.commit()) {
         qCWarning(bwApp, "Snapshot: cannot write %s: %s", qUtf8Printable(file.fileName()),
                   qUtf8Printable(file.errorString()));
-        tell({BWMediaType::Image});
+        report({BWMediaType::Image});
         return;
     }
     const QString path = temporary.toLocalFile();
@@ -194,7 +194,7 @@ void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
     });
 }
 
-/// The path of the recording whose end the camera has not told yet; null if there is none.
+/// The path of the recording whose end the camera has not reported yet; null if it has none.
 QString BWCaptureController::Shared::recordingOf(const BWCameraPtr &camera)
 {
     const std::lock_guard lock(mutex);
@@ -234,7 +234,7 @@ void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status
         return;
     }
     QFile::remove(status.path); // the claim made it
-    tell(movie);
+    report(movie);
 }
 
 bool BWCaptureController::Shared::isAnyRunning()
@@ -243,7 +243,7 @@ bool BWCaptureController::Shared::isAnyRunning()
     return std::any_of(recordings.cbegin(), recordings.cend(), [](const auto &entry) { return entry.second.hasBegun; });
 }
 
-void BWCaptureController::Shared::tell(const BWCaptureResult &result)
+void BWCaptureController::Shared::report(const BWCaptureResult &result)
 {
     BWMainQueue::post(weak_from_this(), [this, result] { feedback.done(result); });
 }
@@ -268,7 +268,7 @@ void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture 
     BWCaptureResult &result = capture.result;
     const bool isThere = QFile::exists(capture.temporary);
     if (!added && !isThere && capture.claim && from == capture.temporary) {
-        qCWarning(bwApp, "Capture: somebody removed %s, which is still open", qUtf8Printable(from));
+        qCWarning(bwApp, "Capture: %s was removed, but is still open", qUtf8Printable(from));
         takeIn(capture, capture.claim->openFile());
         return;
     }
@@ -280,7 +280,7 @@ void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture 
         qCWarning(bwApp, "Capture: cannot be added to the album; it stays in %s", qUtf8Printable(capture.temporary));
         result.left = BWFilePath::fromLocal(capture.temporary);
     } else {
-        qCWarning(bwApp, "Capture: somebody removed %s", qUtf8Printable(capture.temporary));
+        qCWarning(bwApp, "Capture: %s was removed", qUtf8Printable(capture.temporary));
         result.recording.end = BWRecordingStatus::End::Failed;
     }
     feedback.done(result);

@@ -11,14 +11,14 @@
 #include <QString>
 #include <QUrl>
 
-/// What became of one capture. Without any file there is nothing of it.
+/// What became of one capture. Without any file nothing was captured.
 struct BWCaptureResult {
     BWMediaType type = BWMediaType::Image;
     QUrl file{}; ///< in the album; empty if it did not get there
-    QUrl left{}; ///< where it lies instead; empty if it is in the album, or could not be written at all
+    QUrl left{}; ///< where it is instead; empty if it is in the album, or could not be written at all
     BWRecordingStatus recording{}; ///< of a movie: how long it is, and how it ended
     QString camera{}; ///< of a movie: the camera's title, as menus show it
-    BWAlbumPtr album{}; ///< that it is in; null also if that one is no longer listed
+    BWAlbumPtr album{}; ///< that it is in; null if that one is no longer listed
 };
 
 /// Why pressing Record had no effect.
@@ -27,45 +27,45 @@ enum class BWRecordingRefusal {
     StillSaving, ///< the camera's recording has ended, and its file is being completed
 };
 
-/// Takes what cameras capture into the album that is current when it is complete: snapshots when they come, movies
-/// however a recording came to its end. Operations on the GUI thread.
+/// Takes what cameras capture into the album that is current when it is complete: snapshots as they come, movies
+/// however their recordings end. Operations on the GUI thread.
 ///
-/// Each recording has a file, a claim on it and a guard of its own, from the press of Record until the camera has told
-/// its end; a camera has one recording at a time, another camera may have one meanwhile.
+/// Each recording has a file, a claim on it and a guard of its own, from the press of Record until the camera reports
+/// its end. A camera has one recording at a time; several cameras may record at once.
 class BWCaptureController {
 public:
     /// What the user learns of a capture. Called on the GUI thread.
     struct Feedback {
         /// The camera took a still; it is not saved yet.
         std::function<void()> snapshot;
-        /// A recording began or ended; whether one runs now.
+        /// A recording began or ended; whether any is running now.
         std::function<void(bool recording)> recording;
-        /// A capture is done: it is in the album, or it is known why not.
+        /// A capture is done: in the album, or known to have failed.
         std::function<void(const BWCaptureResult &result)> done;
-        /// A capture takes long to be copied into the album; so much of it is there, from 0 to 1.
+        /// How much of a capture that takes long to copy is in the album, from 0 to 1.
         std::function<void(double done)> copying = {};
-        /// Record was pressed in vain.
+        /// Pressing Record had no effect.
         std::function<void(BWRecordingRefusal reason)> refused = {};
     };
 
-    /// `roomCheck` tells of the room in the album while a movie grows elsewhere; the usual check if null.
+    /// `roomCheck` checks the room in the album while a movie grows elsewhere; the usual check if null.
     BWCaptureController(BWAlbumManager &albums, Feedback feedback, BWAlbumDiskGuard::Check roomCheck = {});
     ~BWCaptureController();
     BWCaptureController(const BWCaptureController &) = delete;
     BWCaptureController &operator=(const BWCaptureController &) = delete;
 
-    /// Installs the snapshot, recording and hardware-button callbacks. They may be called on any thread until the camera is gone
-    /// and outlive this object without harm.
+    /// Installs the snapshot, recording and hardware-button callbacks. They may be called on any thread until the
+    /// camera is gone, and may outlive this object.
     void prepareCamera(BWCamera &camera);
 
-    /// What snapshots tell about themselves from now on. The time is put in by itself.
+    /// What snapshots say about themselves from now on, besides the time.
     void setSnapshotTags(const QString &camera, const QString &software);
 
-    /// Asks the camera for a still; nothing happens without a camera.
+    /// Asks the camera for a still; does nothing without a camera.
     static void forceSnapshot(const BWCameraPtr &camera);
 
-    /// Begins a recording, or ends the one that the camera has. Returns at once: a movie may take a while to be finished.
-    /// `title` is the camera's, for the person who hears of its end.
+    /// Begins a recording, or ends the camera's present one. Returns at once: completing a movie may take a while.
+    /// `title` is the camera's, for the notice at the end.
     void toggleRecording(const BWCameraPtr &camera, const QString &title = {});
 
     /// As if the button on the camera had been pressed. Any thread.

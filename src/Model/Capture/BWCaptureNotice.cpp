@@ -14,7 +14,7 @@ using End = BWRecordingStatus::End;
 
 const QString separator = u" · "_s;
 
-/// Why a recording ended that nobody ended; null if somebody did.
+/// Why a recording ended by itself; null if the user ended it.
 QString reason(const BWCaptureResult &result, BWLocalizationManager &texts)
 {
     switch (result.recording.end) {
@@ -25,7 +25,7 @@ QString reason(const BWCaptureResult &result, BWLocalizationManager &texts)
         return texts.text(u"camera_window"_s, u"recording_camera_changed"_s,
                           u"The recording ended because the picture size or the video norm was changed."_s);
     case End::CameraGone:
-        // Another camera may have taken over by now.
+        // Another camera may have taken over since.
         if (!result.camera.isEmpty())
             return texts
                 .text(u"camera_window"_s, u"recording_this_camera_gone"_s,
@@ -55,7 +55,7 @@ QString leftOut(const BWRecordingStatus &recording, BWLocalizationManager &texts
                                 QString::number(recording.framesLeftOut));
 }
 
-/// One line each, without those that have nothing to tell.
+/// One line each, without the empty ones.
 QString lines(QStringList texts, const QString &between = u"\n"_s)
 {
     texts.removeAll(QString());

@@ -9,12 +9,12 @@ enum class BWRecordingRefusal;
 struct BWCaptureResult;
 struct BWRecordingStatus;
 
-/// What the user is told when a capture is done. What is lost, or not where it belongs, is told in an alert, which stays
-/// until it is read; what went well, or ended early and is saved, in a line.
+/// What the user reads when a capture is done: an alert, which stays until it is read, if the capture is lost or not
+/// where it belongs; a line if all went well, or if it ended early and is saved.
 struct BWCaptureNotice {
-    QString title{}; ///< of the alert; null where a line is enough
+    QString title{}; ///< of the alert; null for a line
     QString text;
-    bool unusual = false; ///< a line that tells more than where the capture is: takes longer to read
+    bool unusual = false; ///< a line that says more than where the capture is, and takes longer to read
 
     /// Of captures of an earlier run that have come into the album; `last` is the newest.
     static BWCaptureNotice ofRecovered(const QUrl &last, BWLocalizationManager &texts);

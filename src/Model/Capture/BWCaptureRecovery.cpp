@@ -31,7 +31,7 @@ constexpr int halfCopyAge = 3600; // seconds without a byte written
 constexpr int64_t largestPicture = 192 << 20; // bytes
 constexpr off_t sparseSize = 1 << 20; // bytes; smaller files may be kept without blocks of their own
 
-/// A date in the future, by a clock that was set right since, is as good as one long ago.
+/// A date in the future, from before the clock was set right, is as good as one long ago.
 bool changedWithin(const struct stat &info, int seconds, const QDateTime &now)
 {
     return std::abs(now.toSecsSinceEpoch() - info.st_mtim.tv_sec) < seconds;
@@ -70,7 +70,7 @@ bool isIn(const QUrl &album, int file, const struct stat &info, const QByteArray
 /// One folder in which captures were left.
 class Place {
 public:
-    /// In a private folder nobody else has a hand.
+    /// No other user can reach into a private folder.
     enum class Kind { Private, Shared };
 
     /// The open folder is closed with the place.
@@ -82,13 +82,13 @@ public:
     Place(const Place &) = delete;
     Place &operator=(const Place &) = delete;
 
-    /// The names of what may be captures. None where nothing can be removed: the same would come again at each start.
+    /// The names of what may be captures. None if nothing can be removed: the same would come again at each start.
     QList<QByteArray> names() const;
     /// Nanoseconds since 1970.
     qint64 modified(const QByteArray &name) const;
 
-    /// Nothing for what is no capture of ours, or not to be taken now. `toCome` counts what the album's disk has to
-    /// take.
+    /// Nothing if it is not a capture of ours, or not to be taken now. `toCome` counts the bytes that the album's disk
+    /// has to take.
     std::optional<BWOrphanedCapture> take(const QByteArray &name, uint64_t &toCome) const;
 
 private:
@@ -127,7 +127,7 @@ qint64 Place::modified(const QByteArray &name) const
     return info.st_mtim.tv_sec * second + info.st_mtim.tv_nsec;
 }
 
-/// With a second name elsewhere, or rights for everybody, others could still change it, or bring back what was deleted.
+/// With a second name elsewhere, or rights for everybody, others could still change it, or bring back a deleted one.
 bool Place::isOurs(const struct stat &info) const
 {
     return S_ISREG(info.st_mode) && info.st_uid == ::geteuid() && info.st_nlink == 1
@@ -148,7 +148,7 @@ std::optional<BWOrphanedCapture> Place::take(const QByteArray &name, uint64_t &t
     if (!isOurs(info) || mayBeBegun)
         return std::nullopt;
     const std::shared_ptr<BWFileClaim> claim = BWFileClaim::existing(m_folder, name);
-    // Once more, as the name may have come to mean another file.
+    // Again, as the name may stand for another file since.
     if (!claim || ::fstat(claim->descriptor(), &info) != 0 || !isOurs(info))
         return std::nullopt;
     if (info.st_size == 0 || isIn(m_album, claim->descriptor(), info, name.right(4))) {
@@ -165,7 +165,7 @@ std::optional<BWOrphanedCapture> Place::take(const QByteArray &name, uint64_t &t
                              claim};
 }
 
-/// Null if the album's disk can take it, as its own disk can without any room.
+/// Null if the album's disk has room for it, of which the file's own disk needs none.
 QString Place::obstacle(const struct stat &info, uint64_t &toCome) const
 {
     constexpr int blockSize = 512;
@@ -182,10 +182,10 @@ QString Place::obstacle(const struct stat &info, uint64_t &toCome) const
     return u"the album's disk has no room for it"_s;
 }
 
-/// Whether it can be looked at now; a movie is completed first, and removed if nothing is in it.
+/// Whether it can be decoded; a movie is completed first, and removed if it is empty.
 bool Place::isWhole(const BWFileClaim &claim, const QByteArray &name) const
 {
-    // This very file, whatever its name comes to mean.
+    // This very file, whatever its name stands for by then.
     const QByteArray path = "/proc/self/fd/" + QByteArray::number(claim.descriptor());
     QString error;
     if (!name.endsWith(".mov")) {
@@ -294,7 +294,7 @@ void BWCaptureRecovery::takenIn(bool added, const BWOrphanedCapture &capture, co
     if (added) {
         qCInfo(bwModel).noquote() << "A capture of an earlier run came into the album as" << file.toLocalFile();
         if (!QFile::remove(capture.file.toLocalFile()))
-            qCWarning(bwModel).noquote() << "It cannot be removed from" << capture.file.toLocalFile();
+            qCWarning(bwModel).noquote() << "The temporary file cannot be removed:" << capture.file.toLocalFile();
         ++m_count;
         m_last = file;
     }

@@ -25,9 +25,9 @@ class BWOrphanedCaptures {
 public:
     BWOrphanedCaptures() = delete;
 
-    /// Finds the captures that no running program claims, in our private folders in these, and, as earlier versions left
-    /// them, in these themselves. Completes movies; removes files that hold nothing and those already in `album`. Leaves
-    /// alone what others may have put there, and what the album's disk has no room for. Oldest first.
+    /// Finds the captures that no running program claims, in our private folders in these, and, as earlier versions
+    /// left them, in these themselves. Completes movies; removes files that hold nothing and those already in `album`.
+    /// Leaves alone what others may have put there, and what the album's disk has no room for. Oldest first.
     static QList<BWOrphanedCapture> collect(const QStringList &temporaryFolders, const QUrl &album,
                                             const QDateTime &now = QDateTime::currentDateTime());
 

@@ -81,7 +81,7 @@ QByteArray exifSegment(const BWSnapshotTags &tags, QSize size)
     add(*data, EXIF_IFD_EXIF, EXIF_TAG_EXIF_VERSION, EXIF_FORMAT_UNDEFINED, "0231");
     addNumber(*data, EXIF_TAG_PIXEL_X_DIMENSION, size.width());
     addNumber(*data, EXIF_TAG_PIXEL_Y_DIMENSION, size.height());
-    // What the standard demands beside that.
+    // What else the standard demands.
     exif_data_set_data_type(data.get(), EXIF_DATA_TYPE_COMPRESSED);
     exif_data_fix(data.get());
 
@@ -96,8 +96,8 @@ QByteArray exifSegment(const BWSnapshotTags &tags, QSize size)
     return segment.append(reinterpret_cast<const char *>(bytes), length);
 }
 
-/// Where the first Exif segment belongs: behind the JFIF segment, which wants to be the first as well. -1 if there is an
-/// Exif segment, or if the image is damaged.
+/// Where the Exif segment belongs: behind the JFIF segment, which must come first, too. -1 if there already is one, or
+/// if the image is damaged.
 qsizetype placeForExif(const QByteArray &jpeg)
 {
     if (!jpeg.startsWith("\xff\xd8"))

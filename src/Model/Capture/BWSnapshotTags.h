@@ -4,13 +4,13 @@
 #include <QDateTime>
 #include <QString>
 
-/// What a snapshot tells about itself.
+/// What a snapshot says about itself.
 struct BWSnapshotTags {
     QDateTime taken; ///< with its offset from UTC
     QString camera; ///< the product; null to leave it out
     QString software; ///< name and version
 
-    /// The JPEG image with these tags in an Exif segment (Exif 2.31). The image itself stays as it is, byte for byte. An
-    /// image that has an Exif segment already, or is no JPEG, is returned unchanged.
+    /// The JPEG image with these tags in an Exif segment (Exif 2.31). The image itself stays as it is, byte for byte.
+    /// An image that already has an Exif segment, or is not a JPEG, is returned unchanged.
     QByteArray addedTo(const QByteArray &jpeg) const;
 };

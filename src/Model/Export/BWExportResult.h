@@ -10,22 +10,22 @@
 struct BWExportResult {
     enum class Outcome {
         Done,
-        Cancelled, ///< nothing of it is left; what stood at the target still does
+        Cancelled, ///< nothing of it is left; the file at the target is as before
         Failed ///< the same, but for `leftover`
     };
-    /// What stood in the way, as far as the user can do something about it.
+    /// What went wrong, as far as the user can do something about it.
     enum class Problem {
         None,
         SourceGone,
-        SourceUnreadable, ///< no file, not ours to read, or its disk does not work
+        SourceUnreadable, ///< not a file, not allowed, or a broken disk
         SourceChanged, ///< another program wrote to it while it was read
         TargetIsSource, ///< the archive would replace one of the files that go into it
         TargetFolderMissing,
         TargetIsFolder,
         TargetNotWritable,
-        TargetReadOnly, ///< whoever writes
+        TargetReadOnly, ///< for every user
         TargetFull,
-        TargetTooLarge, ///< for the file system there, with or without room
+        TargetTooLarge, ///< for the file system there, whatever its room
         TargetFailed, ///< a fault of the disk, which may have been pulled out
         NameTooLong,
         NameNotAllowed,
@@ -36,7 +36,7 @@ struct BWExportResult {
     Problem problem = Problem::None;
     QUrl file; ///< done: the target; failed: the file that it failed on
     QString reason; ///< in the system's words, for the log; null unless failed
-    QUrl leftover; ///< the part of an archive that a failure left; empty if there is none
+    QUrl leftover; ///< the part of an archive that a failure left; empty without one
 
     static BWExportResult done(const QUrl &target);
     static BWExportResult cancelled();

@@ -7,7 +7,7 @@
 /// A file that is being exported, as it was when it was opened. Can be read by several threads at once.
 class BWExportSource {
 public:
-    /// Null when it is no ordinary file that can be read; `errno` tells why. Never waits for a pipe.
+    /// Null, with the reason in `errno`, unless it is a regular file that can be read. Never waits for a pipe.
     static std::shared_ptr<const BWExportSource> open(const QUrl &file);
     ~BWExportSource();
     BWExportSource(const BWExportSource &) = delete;

@@ -45,8 +45,8 @@ public:
     }
 
 private:
-    /// The file system does it, which shares the blocks where it can; `count` becomes what it did. Where it cannot go
-    /// on, nothing is done, and the rest is copied by hand.
+    /// Lets the file system copy, which shares the blocks if it can; `count` becomes what it copied, nothing if it
+    /// cannot go on. The rest is then copied by hand.
     std::optional<BWExportResult> copyInKernel(qint64 offset, qint64 *count)
     {
         off_t from = offset;

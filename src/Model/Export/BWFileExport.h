@@ -44,8 +44,8 @@ private:
     BWWorkerPool m_thread;
 };
 
-/// Copies files into folders in the background, each on its own. When destroyed it finishes the copies it was asked for.
-/// GUI thread only.
+/// Copies files into folders in the background, each on its own. When destroyed it finishes the copies it was asked
+/// for. GUI thread only.
 class BWFolderCopies {
 public:
     /// Begins to copy each file into the folder under its own name, and returns the names at once. A file of that name

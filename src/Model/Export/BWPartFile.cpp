@@ -22,8 +22,8 @@ namespace {
 
 const QString prefix = u"export"_s;
 
-/// What tells a file from one that takes its name later; null if it is no regular file or not there. The date at which
-/// it was made, as some disks number their files anew each time they are plugged in.
+/// What distinguishes a file from one that takes its name later; null unless it is a regular file. Its date of
+/// creation, as some disks number their files differently each time they are plugged in.
 QByteArray identity(int folder, const QByteArray &path, int flags)
 {
     struct statx info;
@@ -36,7 +36,7 @@ QByteArray identity(int folder, const QByteArray &path, int flags)
     return "number " + QByteArray::number(qulonglong(info.stx_ino));
 }
 
-/// Whether the note, which nobody claims, has served its purpose.
+/// Removes the part that an unclaimed note is about. Whether the note has served its purpose.
 bool follow(const QByteArray &note, const QByteArray &folder)
 {
     if (note.isEmpty())
@@ -44,9 +44,9 @@ bool follow(const QByteArray &note, const QByteArray &folder)
     const qsizetype line = note.indexOf('\n');
     const QByteArray part = note.mid(line + 1);
     if (part.left(part.lastIndexOf('/') + 1) != folder)
-        return false; // which may be on a disk that does not answer
+        return false; // that part may be on a disk that does not answer
     if (identity(AT_FDCWD, part, AT_SYMLINK_NOFOLLOW) == note.left(line) && ::unlink(part.constData()) == 0)
-        qCInfo(bwModel).noquote() << "Removed what an export that was broken off had left:"
+        qCInfo(bwModel).noquote() << "Removed what an interrupted export had left:"
                                   << BWFilePath::url(part).toDisplayString();
     return true;
 }
@@ -176,7 +176,7 @@ bool BWPartFile::complete(const std::optional<timespec> &modified)
 {
     if (modified) {
         const timespec times[]{{0, UTIME_OMIT}, *modified};
-        ::futimens(m_descriptor, times); // a disk that belongs to somebody else may refuse
+        ::futimens(m_descriptor, times); // a disk of another user may refuse
     }
     if (!BWFileBytes::synchronize(m_descriptor) || ::close(std::exchange(m_descriptor, -1)) != 0
         || ::rename(m_part.constData(), (m_folder + m_name).constData()) != 0)

@@ -8,8 +8,8 @@
 #include <QByteArray>
 #include <QUrl>
 
-/// A note of a part file that is being written, kept in the folder for temporary files for as long as the object lives. A
-/// note whose program is gone names the part that the program left behind. Any thread.
+/// A note of a part file that is being written, kept in the folder for temporary files for as long as the object lives.
+/// A note whose program is gone names the part that the program left behind. Any thread.
 class BWPartNote {
 public:
     /// The part is open. Does without a note that cannot be written.
@@ -28,7 +28,7 @@ private:
 };
 
 /// A file that is written beside its target, as NAME.part, and takes the target's place only when it is whole and safe
-/// on the disk. Until then whatever stands at the target stays as it is. One thread.
+/// on the disk. Until then a file at the target stays as it is. One thread.
 ///
 /// Operations that fail return false and leave the reason in `errno`.
 class BWPartFile {
@@ -53,7 +53,7 @@ public:
     /// Brings the file to disk and gives it the target's name, replacing any file there, but no folder. `modified`
     /// becomes its date, if the disk can keep one.
     bool complete(const std::optional<timespec> &modified = {});
-    /// Leaves the part where it is; an empty one is removed. Returns where it is, an empty URL if it was.
+    /// Leaves the part where it is, and returns where; removes an empty one, and returns an empty URL.
     QUrl keep();
 
 private:
@@ -67,5 +67,5 @@ private:
     QByteArray m_part; // empty unless the file there is ours
     std::optional<BWPartNote> m_note; // while it is neither complete nor kept
     int m_descriptor = -1;
-    qint64 m_begun = 0; // up to here the kernel was asked to write
+    qint64 m_begun = 0; // the kernel has begun to write up to here
 };

@@ -39,14 +39,14 @@ Bytef *bytes(char *data)
     return reinterpret_cast<Bytef *>(data);
 }
 
-/// False only for lack of memory. The dictionary is what goes before the block's own bytes.
+/// False only for lack of memory. The dictionary precedes the block's own bytes.
 bool compress(char *dictionary, qint64 dictionarySize, DeflatedBlock *block, bool last)
 {
     char *const data = dictionary + dictionarySize;
     z_stream stream{};
     if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK)
         return false;
-    // What went before can be referred to, so that cutting into blocks costs next to nothing.
+    // The block may refer to what precedes it, so that cutting into blocks costs next to nothing.
     if (dictionarySize > 0)
         ::deflateSetDictionary(&stream, bytes(dictionary), static_cast<uInt>(dictionarySize));
     constexpr uLong marker = 16; // ends a block that is not the last one
@@ -86,7 +86,7 @@ using Failure = std::optional<BWExportResult>;
 constexpr int mostThreads = 8; // more would only wait for the disk
 constexpr int yieldToOthers = 10; // the live image and a recording come first
 
-/// Bytes of the files that can be looked at now; the others fail when their turn comes.
+/// Bytes of the files that are there; the others fail when their turn comes.
 qint64 totalSize(const QList<QUrl> &files)
 {
     qint64 total = 0;
@@ -127,7 +127,7 @@ public:
             else if (Failure failure = add(source))
                 return failure;
         }
-        // With a file missing, what goes before it still becomes an archive that can be read.
+        // If a file is missing, those before it still make an archive that can be read.
         while (!m_blocks.empty()) {
             if (Failure failure = writeFirst())
                 return failure;
@@ -152,7 +152,7 @@ private:
         do {
             enqueue(source, offset);
             offset += blockSize;
-            // Twice as many as threads, so that none runs out of work while a block is being written.
+            // Twice as many as threads, so that no thread runs out of work while a block is being written.
             while (m_blocks.size() > 2 * static_cast<std::size_t>(m_threads)) {
                 if (Failure failure = writeFirst())
                     return failure;

@@ -4,8 +4,8 @@
 
 #include <QList>
 
-/// Packs files into a new ZIP archive, compressing on all processors at once in little memory whatever the size. A file
-/// that stands at the target is replaced once the archive is whole. Any thread.
+/// Packs files into a new ZIP archive, compressing on all processors at once, in little memory for any size. A file at
+/// the target is replaced once the archive is whole. Any thread.
 class BWZipExport {
 public:
     /// Returns when that is done, cancelled or failed.

@@ -61,7 +61,7 @@ QString decoded(const QByteArray &name)
     return name.isValidUtf8() ? QString::fromUtf8(name) : QString::fromLatin1(name); // which keeps all bytes
 }
 
-/// The name by which any system can unpack the entry beside the others, and nowhere else.
+/// A name by which any system unpacks the entry beside the others, and nowhere else.
 QByteArray portable(const QByteArray &name)
 {
     const bool isUtf8 = name.isValidUtf8();
@@ -87,7 +87,7 @@ QString withoutCase(const QByteArray &name)
     return decoded(name).normalized(QString::NormalizationForm_C).toCaseFolded();
 }
 
-/// Whether both sizes are sure to fit into 32 bits. What cannot be compressed grows a little.
+/// Whether both sizes are sure to fit into 32 bits. Data that cannot be compressed grow a little.
 bool fits32Bits(qint64 size)
 {
     return size + size / 1000 + (1 << 20) < endOf32Bits;
@@ -99,7 +99,7 @@ struct BWZipWriter::Io {
     static BWZipWriter &writer(void *opaque) { return *static_cast<BWZipWriter *>(opaque); }
 
     static void *open(void *opaque, const void *, int) { return opaque; }
-    static uLong read(void *, void *, void *, uLong) { return 0; } // nothing is read in an archive that is made anew
+    static uLong read(void *, void *, void *, uLong) { return 0; } // a new archive is never read
     static uLong write(void *opaque, void *, const void *bytes, uLong size)
     {
         BWZipWriter &self = writer(opaque);
@@ -133,7 +133,7 @@ BWZipWriter::~BWZipWriter()
 {
     if (!m_zip)
         return;
-    // Only to free what it holds: half an archive gets no directory.
+    // Only frees memory: half an archive gets no directory.
     m_error = m_error != 0 ? m_error : ECANCELED;
     ::zipClose(m_zip, nullptr);
 }
@@ -187,11 +187,11 @@ bool BWZipWriter::close()
         return false;
     const int status = ::zipClose(m_zip, nullptr);
     m_zip = nullptr;
-    return check(status) && (m_names.size() <= mostIn16Bits || tellTrueCount());
+    return check(status) && (m_names.size() <= mostIn16Bits || writeTrueCount());
 }
 
 /// minizip makes an archive zip64 for its size, but not for the number of its entries.
-bool BWZipWriter::tellTrueCount()
+bool BWZipWriter::writeTrueCount()
 {
     const qint64 endRecord = m_end - endRecordSize;
     QByteArray end(endRecordSize, Qt::Uninitialized);
@@ -200,7 +200,7 @@ bool BWZipWriter::tellTrueCount()
     const auto directorySize = qFromLittleEndian<quint32>(end.constData() + 12);
     const auto directory = qFromLittleEndian<quint32>(end.constData() + 16);
     if (directory == endOf32Bits)
-        return true; // is zip64 by now
+        return true; // is zip64 already
 
     const auto count = static_cast<quint64>(m_names.size());
     QByteArray large;

@@ -13,8 +13,8 @@ class BWPartFile;
 class BWZipWriter {
 public:
     struct Entry {
-        /// What other systems take for a folder, a device or nothing that a name may hold becomes "_". A name that is no
-        /// UTF-8 is written as its bytes otherwise, which brings it back on Linux.
+        /// What other systems do not allow in a name, or take for a folder or a device, becomes "_". A name that is not
+        /// UTF-8 is otherwise written as its bytes, which restores it on Linux.
         QByteArray name;
         std::time_t modified;
         qint64 size; ///< bytes, not compressed
@@ -27,13 +27,13 @@ public:
     BWZipWriter &operator=(const BWZipWriter &) = delete;
 
     bool open();
-    /// A name that is there already, upper and lower case not told apart, gets " (2)" before its extension.
+    /// A name that is there already, whatever its case, gets " (2)" before its extension.
     bool beginEntry(const Entry &entry);
     /// A piece of the entry's deflate stream.
     bool write(const QByteArray &deflated);
     /// `checksum` is the CRC-32 of what was compressed.
     bool endEntry(quint32 checksum);
-    /// Writes the directory, without which it is no archive.
+    /// Writes the directory, without which it is not an archive.
     bool close();
 
     /// An errno; 0 as long as all is well.
@@ -43,7 +43,7 @@ private:
     struct Io; // what minizip calls
 
     bool check(int status);
-    bool tellTrueCount();
+    bool writeTrueCount();
     QByteArray freeName(const QByteArray &name);
 
     BWPartFile &m_file;
@@ -52,5 +52,5 @@ private:
     qint64 m_end = 0;
     qint64 m_entrySize = 0;
     int m_error = 0;
-    QSet<QString> m_names; // as systems see them that do not tell A from a
+    QSet<QString> m_names; // without regard to case
 };

@@ -19,9 +19,9 @@ constexpr quint64 trailerSize = 32;
 enum Kind { Simple = 0x0, Integer = 0x1, Real = 0x2, Date = 0x3, Data = 0x4, Ascii = 0x5, Utf16 = 0x6, Uid = 0x8 };
 enum ContainerKind { Array = 0xA, Set = 0xC, Dictionary = 0xD };
 
-/// Looks through the list before libplist reads it, which trusts some things too far: it reads a value anew each time
-/// that the value is referred to, so that a few hundred bytes can ask for any amount of memory, it follows nested
-/// containers to any depth, and it cuts texts at a NUL character or, in a key, stops the program.
+/// Checks the list before libplist reads it, which trusts some things too far: it reads a value again for each
+/// reference to it, so that a few hundred bytes can ask for any amount of memory, it follows nested containers to any
+/// depth, and it cuts texts at a NUL character or, in a key, stops the program.
 class Checker {
 public:
     explicit Checker(const QByteArray &bytes) : m_bytes(bytes) { }
@@ -36,7 +36,7 @@ public:
 
 private:
     enum class State : quint8 { New, Open, Done };
-    /// What comes out of an object, all that it refers to included.
+    /// What an object amounts to, together with all that it refers to.
     struct Object {
         qint64 values = 1;
         qint64 bytes = 0;
@@ -106,8 +106,8 @@ private:
         return true;
     }
 
-    /// Whether so many elements of that many bytes lie before the table of offsets, and no others on top of them: what
-    /// overlaps could be looked at any number of times.
+    /// Whether so many elements of that many bytes lie before the table of offsets without overlapping others:
+    /// overlapping ones could be read any number of times.
     bool fits(const Header &header, quint64 count, quint64 width)
     {
         if (count > (m_table - header.begin) / width)
@@ -116,7 +116,7 @@ private:
         return m_used <= m_table || fail(u"its values overlap"_s);
     }
 
-    /// Null when the object is refused.
+    /// Null if the object is refused.
     const Object *visit(quint64 index, int level)
     {
         if (index >= m_objects.size()) {

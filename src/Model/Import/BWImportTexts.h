@@ -5,17 +5,17 @@
 
 class BWLocalizationManager;
 
-/// What the user is told of old settings that were taken over by hand, each in one sentence. `name` is from nameOf().
+/// What the user reads about an import from a file, each in one sentence. `name` is from nameOf().
 class BWImportTexts {
 public:
     BWImportTexts() = delete;
 
-    /// How a file is called in them: without its folder, and on one line whatever is in its name.
+    /// The file's name in them: without its folder, and always on one line.
     static QString nameOf(const QString &path);
 
     static QString takenOver(const BWOldSettingsImporter::Result &result, const QString &name,
                              BWLocalizationManager &texts);
-    /// Why nothing was taken over; the file has a problem.
+    /// Why nothing was taken over from a file that has a problem.
     static QString refused(const BWOldSettingsFile &file, const QString &name, BWLocalizationManager &texts);
     /// They are in effect, but not on the disk.
     static QString notStored(BWLocalizationManager &texts);

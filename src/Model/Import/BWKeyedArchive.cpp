@@ -19,15 +19,15 @@ bool isReference(const QVariant &value)
     return value.typeId() == qMetaTypeId<BWArchiveReference>();
 }
 
-/// Each object is resolved once and its value shared by all who refer to it; what it would cost to resolve it anew for
-/// each of them is counted, and limited.
+/// Resolves each object once and shares its value among all references; counts, and limits, what it would cost to
+/// resolve it for each of them.
 class Resolver {
 public:
     explicit Resolver(const QVariantList &objects) : m_objects(objects), m_resolved(std::size_t(objects.size())) { }
 
     const QString &problem() const { return m_problem; }
 
-    /// All of them, as one that nobody needs tells of damage, too.
+    /// All of them: one that is not needed shows damage, too.
     void resolveAll()
     {
         for (quint64 i = 0; m_problem.isNull() && i < m_resolved.size(); ++i)
@@ -152,7 +152,7 @@ private:
         return result;
     }
 
-    /// Null for what belongs to no class, as the records of classes themselves.
+    /// Null for what has no class, such as the records of classes themselves.
     QString className(const QVariantMap &record)
     {
         QVariant type = record.value(u"$class"_s);

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Decodes what is stored under a key, if anything is. False when it is no archive of that kind.
+/// Decodes what is stored under a key, if anything is. False if it is not an archive of that kind.
 template <typename Settings, typename Decode>
 bool take(const QVariantMap &stored, const QString &key, std::optional<Settings> &settings, Decode decode,
           QString &problem)
@@ -36,7 +36,7 @@ BWOldSettingsFile refuse(BWOldSettingsFile::Problem problem, const QString &deta
     return {problem, detail, {}};
 }
 
-/// Takes values of the types they must have. What is absent gives an empty value, any other type is noted as a problem.
+/// Takes values of the types they must have. An absent one gives an empty value, any other type is noted as a problem.
 class Expect {
 public:
     explicit Expect(QString &problem) : m_problem(problem) { }
@@ -66,7 +66,7 @@ public:
         return value.toDouble();
     }
 
-    /// A number that is no value of a control counts as absent.
+    /// A number that cannot be the value of a control counts as absent.
     std::optional<double> controlValue(const QVariant &value, const QString &name)
     {
         const auto found = number(value, name);
@@ -170,7 +170,7 @@ BWOldSettingsFile BWOldSettingsFile::read(const QString &path)
     QFile file(path);
     if (::access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == ENOENT)
         return refuse(Problem::NotThere, u"there is no such file"_s);
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // opening a pipe or a device may take for ever
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // opening a pipe or a device may take forever
         return refuse(Problem::Foreign, u"\"%1\" is no file"_s.arg(path));
     if (!file.open(QIODevice::ReadOnly))
         return refuse(Problem::Unreadable, file.errorString());

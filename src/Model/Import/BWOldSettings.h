@@ -12,13 +12,13 @@ struct BWOldCameraSettings {
         QString name;
         QMap<QString, double> values; ///< by the controls' old names; finite, within the range of int
         std::optional<double> videoNorm;
-        QString resolution; ///< "640x480"; null when none was chosen
+        QString resolution; ///< "640x480"; null if none was chosen
     };
 
     QMap<QString, QString> productForCamera; ///< type of camera -> product
     QList<Product> products;
 
-    /// Decodes the keyed archive as a whole: nothing when any of it is damaged or not of the expected type. `problem`
+    /// Decodes the keyed archive as a whole: nothing if any of it is damaged or not of the expected type; `problem`
     /// then says why, for the log. Any thread.
     static std::optional<BWOldCameraSettings> decode(const QByteArray &archive, QString &problem);
 };
@@ -34,7 +34,7 @@ struct BWOldAlbum {
     static std::optional<QList<BWOldAlbum>> decode(const QByteArray &archive, QString &problem);
 };
 
-/// All of it. What was not kept is absent.
+/// All that is kept. What was not kept is absent.
 struct BWOldSettings {
     /// The names under which the previous generation stored its two keyed archives.
     static QString camerasKey() { return QStringLiteral("brimwellProCameraConfigs49"); }
@@ -44,24 +44,25 @@ struct BWOldSettings {
     std::optional<QList<BWOldAlbum>> albums;
 };
 
-/// The old settings in a file as the other platform keeps a program's defaults: a property list with the two archives.
+/// The old settings in a file in which the other platform keeps a program's defaults: a property list with both
+/// archives.
 struct BWOldSettingsFile {
     enum class Problem {
         None,
         NotThere,
         Unreadable, ///< `detail` is in the system's words
         TooLarge,
-        Foreign, ///< no property list, or a damaged one
+        Foreign, ///< not a property list, or a damaged one
         NothingOld, ///< a property list without old settings
         Damaged, ///< the old settings themselves
     };
 
     Problem problem = Problem::None;
     QString detail; ///< why, for the log
-    BWOldSettings settings; ///< decoded as a whole; empty unless there is no problem
+    BWOldSettings settings; ///< decoded as a whole; empty if there is a problem
 
-    /// Reads the file, which is left as it is. Any thread; may take as long as the disk.
+    /// Reads the file without changing it. Any thread; waits for the disk.
     static BWOldSettingsFile read(const QString &path);
-    /// The same for what was read of it.
+    /// The same for its content.
     static BWOldSettingsFile decode(const QByteArray &content);
 };

@@ -22,8 +22,8 @@ bool isUsualTag(QByteArrayView tag)
         && (doubleQuotes == 0 || singleQuotes == 0);
 }
 
-/// What no property list has and no reader needs to try: such tags, and declarations of the file's own (entities, in
-/// which Qt 6.4 may turn for ever, or attributes, which it looks through for each tag).
+/// Whether it has what no property list has and no reader should try: other tags, or declarations of its own (entities,
+/// in which Qt 6.4 may loop forever, or attributes, which it searches for each tag).
 bool isUnusual(const QByteArray &bytes)
 {
     if (bytes.contains('\0'))

@@ -80,7 +80,7 @@ QImage turned(const QImage &image, int orientation)
     return degrees == 0 ? result : result.transformed(QTransform().rotate(degrees));
 }
 
-/// Printers' colours as they stand in files: inverted, the amount of black folded in.
+/// Printers' colours as files hold them: inverted, the amount of black folded in.
 void fromCmyk(QImage &image)
 {
     for (int y = 0; y < image.height(); ++y) {
@@ -134,7 +134,7 @@ QImage BWJpegThumbnail::make(std::span<const uint8_t> jpeg, BWThumbnailSize size
     const bool progressive = isProgressive(jpeg);
     if (pixels > (progressive ? maxProgressivePixels : maxPixels))
         return fail(QStringLiteral("%1x%2 is too large").arg(picture.size.width()).arg(picture.size.height()));
-    // Very large ones one after the other, whatever the number of threads.
+    // Very large ones one at a time, however many threads there are.
     static std::mutex oneLarge;
     std::unique_lock lock(oneLarge, std::defer_lock);
     if (progressive && pixels > largeProgressivePixels)
@@ -147,7 +147,7 @@ QImage BWJpegThumbnail::make(std::span<const uint8_t> jpeg, BWThumbnailSize size
     if (m_scaled.isNull())
         return fail(QStringLiteral("out of memory"));
     if (!decode(jpeg, picture, TJFLAG_STOPONWARNING)) {
-        // Bytes without meaning between the parts of an image, as some cameras leave them, do no harm.
+        // Meaningless bytes between the parts of an image, as some cameras leave them, do no harm.
         const auto isHarmless = [&] { return decoderError().contains(QLatin1String("extraneous bytes")); };
         if (!isHarmless() || (!decode(jpeg, picture, 0) && !isHarmless()))
             return fail(decoderError());
@@ -164,7 +164,7 @@ QImage BWJpegThumbnail::make(std::span<const uint8_t> jpeg, BWThumbnailSize size
                           picture.scaled.height(), image.bits(), static_cast<int>(image.bytesPerLine()), image.width(),
                           image.height(), libyuv::kFilterBox);
     } else {
-        m_scaled = {}; // handed out: this thread must not write into it again
+        m_scaled = {}; // handed out: must not be written again
     }
     return turned(image, orientationOf(jpeg));
 }

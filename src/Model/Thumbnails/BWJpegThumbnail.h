@@ -8,8 +8,8 @@
 #include <QString>
 #include <span>
 
-/// Makes small pictures of JPEG images, turned as their Exif data say. Most of an image's detail is left out while it
-/// is being decoded, so that even a very large one takes little memory. An image has to be whole. One thread at a time.
+/// Makes small pictures of JPEG images, turned as their Exif data say. Skips most of the detail while decoding, so that
+/// even a very large image takes little memory. Refuses incomplete images. One thread at a time.
 class BWJpegThumbnail {
 public:
     BWJpegThumbnail();
@@ -17,7 +17,7 @@ public:
     BWJpegThumbnail(const BWJpegThumbnail &) = delete;
     BWJpegThumbnail &operator=(const BWJpegThumbnail &) = delete;
 
-    /// A null image, with the reason in `error`, for what is damaged, foreign or beyond any sense.
+    /// A null image, with the reason in `error`, if it is damaged, not a JPEG or absurdly large.
     QImage make(std::span<const uint8_t> jpeg, BWThumbnailSize size, QString *error = nullptr);
 
 private:

@@ -19,8 +19,8 @@ struct BWFileStamp {
     friend bool operator==(const BWFileStamp &, const BWFileStamp &) = default;
 };
 
-/// A regular file, open for reading. Pipes, devices, folders and the like are not opened, so that nothing hangs or is set
-/// off.
+/// A regular file, open for reading. Pipes, devices, folders and the like are not opened, so that nothing hangs or is
+/// set off.
 class BWThumbnailFile {
 public:
     /// Nothing unless it is a regular file, or a link to one.

@@ -176,7 +176,7 @@ bool makeFolder(const QByteArray &folder)
     return make() || (errno == ENOENT && makeFolder(folder.left(folder.lastIndexOf('/'))) && make());
 }
 
-/// Where links lead to in the end; empty if nothing is there.
+/// The path without links; empty if nothing is there.
 QByteArray realPath(const QByteArray &path)
 {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.constData(), nullptr), &std::free);
@@ -265,8 +265,8 @@ bool BWThumbnailStore::isInside(const QByteArray &path) const
     return !folder.isEmpty() && realPath(path).startsWith(folder + '/');
 }
 
-/// Written beside and renamed, so that nobody ever reads half of it. It is not brought to disk: what is torn by a power
-/// cut is found damaged, and made anew.
+/// Written beside and renamed, so that no program ever reads half of it. Not synced: if a power cut tears it, it is
+/// found damaged and made again.
 void BWThumbnailStore::write(const QByteArray &subfolder, const QByteArray &name, const QByteArray &png)
 {
     const QByteArray folder = m_folder + '/' + subfolder;
@@ -294,6 +294,6 @@ void BWThumbnailStore::write(const QByteArray &subfolder, const QByteArray &name
 void BWThumbnailStore::logFault(const QByteArray &what, int error)
 {
     if (!m_faultLogged.exchange(true))
-        qCWarning(bwModel, "Thumbnails cannot be stored in %s: %s; they are made anew each time", what.constData(),
+        qCWarning(bwModel, "Thumbnails cannot be stored in %s: %s; they are made again each time", what.constData(),
                   std::strerror(error));
 }

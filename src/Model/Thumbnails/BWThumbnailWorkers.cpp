@@ -15,7 +15,7 @@
 using Clock = std::chrono::steady_clock;
 
 struct BWThumbnailWorkers::State {
-    struct Task { // being carried out by a worker
+    struct Task { // that a worker is busy with
         BWThumbnailRequest request;
         Clock::time_point begun;
     };
@@ -29,12 +29,12 @@ struct BWThumbnailWorkers::State {
     std::deque<BWThumbnailResult> unstored;
     qsizetype unstoredBytes = 0; ///< of their images
     int storing = 0;
-    bool told = false;
+    bool notified = false; // of results, since they were last taken
     bool quit = false;
 
     bool hasWork() const { return quit || !requests.empty() || !unstored.empty(); }
     bool isUnderWay(const BWThumbnailRequest &request) const;
-    void carryOutRequest(std::unique_lock<std::mutex> &lock, const Make &make);
+    void serveRequest(std::unique_lock<std::mutex> &lock, const Make &make);
     void storeResult(std::unique_lock<std::mutex> &lock);
 };
 
@@ -62,7 +62,7 @@ bool BWThumbnailWorkers::State::isUnderWay(const BWThumbnailRequest &request) co
         || std::any_of(results.begin(), results.end(), [&](const auto &result) { return isSame(result.request); });
 }
 
-void BWThumbnailWorkers::State::carryOutRequest(std::unique_lock<std::mutex> &lock, const Make &make)
+void BWThumbnailWorkers::State::serveRequest(std::unique_lock<std::mutex> &lock, const Make &make)
 {
     const auto task = tasks.insert(tasks.end(), {std::move(requests.front()), Clock::now()});
     requests.pop_front();
@@ -77,7 +77,7 @@ void BWThumbnailWorkers::State::carryOutRequest(std::unique_lock<std::mutex> &lo
         unstoredBytes += result.made.thumbnail.image.sizeInBytes();
     }
     results.push_back(std::move(result));
-    if (std::exchange(told, true))
+    if (std::exchange(notified, true))
         return;
     lock.unlock();
     work.resultsWaiting();
@@ -138,7 +138,7 @@ void BWThumbnailWorkers::request(const QList<BWThumbnailRequest> &inOrder)
 std::vector<BWThumbnailResult> BWThumbnailWorkers::take()
 {
     const std::lock_guard lock(m_state->mutex);
-    m_state->told = false;
+    m_state->notified = false;
     return std::exchange(m_state->results, {});
 }
 
@@ -149,7 +149,7 @@ bool BWThumbnailWorkers::isIdle() const
         && m_state->storing == 0;
 }
 
-/// As many as are meant to be there beside those that hang. Called with the lock held.
+/// As many as there should be besides those that hang. Called with the lock held.
 void BWThumbnailWorkers::addWorkers()
 {
     const auto longAgo = Clock::now() - m_patience;
@@ -170,10 +170,10 @@ void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
         state->wake.wait(lock, [&] { return state->hasWork(); });
         if (state->quit)
             break;
-        // Showing comes before storing, unless too much memory waits for it.
+        // Showing comes before storing, unless too much memory is waiting to be stored.
         if (state->requests.empty() || state->unstoredBytes > mostUnstored)
             state->storeResult(lock);
         else
-            state->carryOutRequest(lock, make);
+            state->serveRequest(lock, make);
     }
 }

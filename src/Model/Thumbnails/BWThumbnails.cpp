@@ -13,7 +13,7 @@ struct BWThumbnails::Entry {
     std::optional<BWFileStamp> stamp;
     BWThumbnailSize size;
     Clock::time_point looked;
-    int looksLeft = 0; ///< that are taken unasked, at a file that may still be written
+    int looksLeft = 0; ///< that are taken without a request, at a file that may still be being written
 
     qsizetype cost() const { return costOfEntry + thumbnail.image.sizeInBytes(); }
     static constexpr qsizetype costOfEntry = 512; // bytes, about: address, stamp, administration
@@ -24,7 +24,7 @@ namespace {
 constexpr int looksAtUnsettled = 10;
 constexpr std::chrono::milliseconds margin(50); // for timers that fire early
 
-/// What a picture may need: no more than a square one.
+/// What a picture may need at most: as much as a square one.
 qsizetype mostBytes(BWThumbnailSize size)
 {
     const qsizetype side = BWThumbnailSizes::pixels(size);
@@ -117,7 +117,7 @@ void BWThumbnails::ask()
         else if (entry->looked <= longAgo)
             again.append({file, m_size, true, entry->stamp});
     }
-    // What is wanted most is let go of last.
+    // The cache drops the first files last.
     std::for_each(m_wanted.crbegin(), m_wanted.crend(), [this](const QUrl &file) { m_memory.object(file); });
     m_workers->request(missing + again);
 }
@@ -131,13 +131,13 @@ void BWThumbnails::takeResults()
         if (keep(result))
             ready.append(result.request.file);
     }
-    if (lost) // what is still the same has been let go of meanwhile
+    if (lost) // the cache has dropped an unchanged one meanwhile
         ask();
     if (!ready.isEmpty())
         m_ready(ready);
 }
 
-/// Whether there is another thumbnail now than before.
+/// Whether the thumbnail is another one than before.
 bool BWThumbnails::keep(const BWThumbnailResult &result)
 {
     Entry *const before = m_memory.object(result.request.file);
@@ -155,7 +155,7 @@ bool BWThumbnails::keep(const BWThumbnailResult &result)
 
     const BWThumbnail &thumbnail = result.made.thumbnail;
     const bool wasImpossible = before && before->thumbnail.kind == BWThumbnail::Kind::Impossible;
-    const bool isNews = !wasImpossible || thumbnail.kind != BWThumbnail::Kind::Impossible;
+    const bool differs = !wasImpossible || thumbnail.kind != BWThumbnail::Kind::Impossible;
     auto *const entry = new Entry{thumbnail, result.made.stamp, result.request.size, Clock::now(), looksLeft};
-    return m_memory.insert(result.request.file, entry, entry->cost()) && isNews;
+    return m_memory.insert(result.request.file, entry, entry->cost()) && differs;
 }
