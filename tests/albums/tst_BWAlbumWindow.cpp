@@ -178,24 +178,6 @@ private Q_SLOTS:
             QVERIFY(!texts.errorSaving.value(static_cast<BWExportResult::Problem>(problem)).isEmpty());
     }
 
-    void savedNames_data()
-    {
-        const Rows<QString, QString, QString> row;
-        row("none", u"bild"_s, u"jpg"_s, u"bild.jpg"_s);
-        row("the right one", u"bild.jpg"_s, u"jpg"_s, u"bild.jpg"_s);
-        row("another for the same", u"bild.jpeg"_s, u"jpg"_s, u"bild.jpg"_s);
-        row("two", u"bild.jpg.png"_s, u"jpg"_s, u"bild.jpg"_s);
-        row("a number", u"Proben 12.3"_s, u"zip"_s, u"Proben 12.3.zip"_s);
-        row("a full stop", u"Proben Nr. 3."_s, u"zip"_s, u"Proben Nr. 3.zip"_s);
-        row("nothing else", u".jpg"_s, u"jpg"_s, u".jpg.jpg"_s);
-        row("dots of folders", u"/a.png/b.zip/bild"_s, u"jpg"_s, u"/a.png/b.zip/bild.jpg"_s);
-    }
-    void savedNames()
-    {
-        const auto [typed, extension, name] = Rows<QString, QString, QString>::current();
-        QCOMPARE(BWDialogFilePanels::withExtension(typed, extension), name);
-    }
-
     void savePanel_data()
     {
         const Rows<QString, QString, bool> row;
@@ -204,6 +186,10 @@ private Q_SLOTS:
         row("quotes", u"Probe \"A\""_s, u"Probe \"A\".zip"_s, false);
         row("exists as typed", u"there.zip"_s, u"there.zip"_s, true);
         row("exists as it will be", u"there.jpeg"_s, u"there.zip"_s, true);
+        row("two others", u"x.mov.png"_s, u"x.zip"_s, false);
+        row("in capitals", u"X.ZIP"_s, u"X.ZIP"_s, false);
+        row("full stop", u"Nr. 3."_s, u"Nr. 3.zip"_s, false);
+        row("nothing else", u".zip"_s, u".zip.zip"_s, false);
         row("too long with it", QString(253, u'n'), QString(253, u'n') + u".zip"_s, false);
     }
     void savePanel()

@@ -46,8 +46,8 @@ class Recordings(unittest.TestCase):
         self.path = path
         return numbered_movie.numbers(path)
 
-    def assert_players_agree(self, path, rate=30):
-        """Other players know the length, which is that of the frames, and may jump."""
+    def assert_players_agree(self, path):
+        """Other players know the length, and may jump."""
         found = subprocess.run(["gst-discoverer-1.0", str(path)], capture_output=True, text=True).stdout
         self.assertIn("Quicktime", found)
         self.assertIn("Seekable: yes", found)
@@ -55,10 +55,6 @@ class Recordings(unittest.TestCase):
         probed = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "format=duration", "-of", "csv=p=0",
                                  str(path)], capture_output=True, text=True).stdout
         self.assertAlmostEqual(int(hours) * 3600 + int(minutes) * 60 + float(seconds), float(probed), delta=0.01)
-        packets = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "packet=pts_time", "-of", "csv=p=0",
-                                  str(path)], capture_output=True, text=True).stdout
-        times = [float(line.strip(",")) for line in packets.split()]
-        self.assertAlmostEqual(times[-1] - times[0] + 1 / rate, float(probed), delta=1 / rate)
 
 
 class Endings(Recordings):

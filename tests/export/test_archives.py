@@ -7,13 +7,13 @@ Usage: test_archives.py EXPORT_RUN [CLASS...]
 import os
 import random
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
 import zipfile
-import zlib
 from pathlib import Path
 
 MIB = 1 << 20
@@ -145,6 +145,8 @@ class Archives(Folder):
             while not os.path.exists(self.part(name)) or os.path.getsize(self.part(name)) == 0:
                 self.assertIsNone(run.poll())
             run.send_signal(signal.SIGSTOP)
+            with open(self.part(name), "rb") as part:
+                self.assertEqual(struct.unpack("<4xH", part.read(6)), (HEADER_64,))  # for a file of 4 GiB
         for name in ("killed", "taken"):
             runs[name].kill()
             runs[name].wait()
@@ -166,30 +168,6 @@ class Archives(Folder):
 
     def part(self, name):
         return str(self.target.with_name(f"{name}.zip.part"))
-
-
-class HugeArchives(Folder):
-    def test_beyond_4_gib(self):
-        """A sparse member of 5 GiB between small ones."""
-        sparse = self.file(b"sparse.mov", b"begin")
-        with open(sparse, "r+b") as file:
-            file.seek(5 * 1024 * MIB - 3)
-            file.write(b"end")
-        small = [self.file(b"small %d.jpg" % number, b"pixels" * number) for number in (1, 2)]
-        memory = self.export([small[0], sparse, small[1]])
-        print(f"5 GiB sparse: {memory} KiB")
-        versions = {"small 1.jpg": 20, "sparse.mov": HEADER_64, "small 2.jpg": 20}
-        self.assert_tools_agree()
-        with zipfile.ZipFile(self.target) as archive:
-            for entry in archive.infolist():
-                self.assertEqual(versions[entry.filename], entry.extract_version)
-                checksum, size = 0, 0
-                with archive.open(entry) as packed, open(os.path.join(self.album, os.fsencode(entry.filename)), "rb") as own:
-                    while piece := packed.read(MIB):
-                        self.assertEqual(piece, own.read(len(piece)))
-                        checksum, size = zlib.crc32(piece, checksum), size + len(piece)
-                    self.assertEqual(own.read(1), b"")
-                self.assertEqual((checksum, size), (entry.CRC, entry.file_size))
 
 
 if __name__ == "__main__":

@@ -153,7 +153,6 @@ def hostile(home):
     broken = {
         "foreign-empty": b"",
         "foreign-text": b"These are no settings.\n",
-        "foreign-html": b"<!DOCTYPE html><html><body>settings</body></html>",
         "foreign-xml-nested": b"<plist>" + b"<array>" * nested + b"</array>" * nested + b"</plist>",
         "foreign-xml-laughs": b"<!DOCTYPE plist [<!ENTITY a \"ha\">" + b"".join(
             b'<!ENTITY %c "%s">' % (98 + i, b"&%c;" % (97 + i) * 10) for i in range(20)) +

@@ -330,20 +330,6 @@ private Q_SLOTS:
         QVERIFY(!m_manager->faulty());
     }
 
-    void importedAlbumsReplaceTheStoredList()
-    {
-        m_defaults->setString(u"bwp2x_albums"_s, u"[\"%1\"]"_s.arg(m_folder->folder(u"A"_s).path()));
-        m_manager->setImportOldAlbums({m_folder->folder(u"Old/Proben \"1\""_s), m_folder->url(u"Old/gone"_s),
-                                       m_folder->folder(u"Old/Standardalbum"_s)});
-        m_manager->setOldDefaultAlbumName(u"Standardalbum"_s);
-        m_manager->prepare();
-        QCOMPARE(albums(), u"Proben \"1\"|*Standardalbum"_s);
-        QVERIFY(BWFilePath::isFolder(m_folder->url(u"BrimwellPro/Standardalbum"_s)));
-        const QString path = m_folder->path();
-        QCOMPARE(m_defaults->string(u"bwp2x_albums"_s),
-                 u"[\"%1/Old/Proben \\\"1\\\"\",\"%1/Old/gone\",\"%1/Old/Standardalbum\"]"_s.arg(path));
-    }
-
     void folderThatCannotBeMade()
     {
         m_folder->file(u"BrimwellPro/Default Album"_s);

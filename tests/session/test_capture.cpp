@@ -5,7 +5,6 @@
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWCaptureController.h"
-#include "Model/Capture/BWCaptureRecovery.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "MovieProbe.h"
 #include "SmallDisk.h"
@@ -381,71 +380,14 @@ private Q_SLOTS:
               qlonglong(m_refused.size()));
     }
 
-    void whatACrashLeftComesIntoTheAlbum()
-    {
-        m_capture->toggleRecording(m_camera);
-        for (int i = 0; i < 5; ++i)
-            captureFrame();
-        QTRY_VERIFY(m_camera->recordingStatus().frames >= 4);
-        const QString growing = QDir(m_temporary).entryInfoList({u"*.mov"_s}).constFirst().filePath();
-        const auto named = [this](char digit, const char *ending) {
-            const QString uuid = u"00000000-0000-0000-0000-00000000000%1"_s.arg(QLatin1Char(digit));
-            return QStringLiteral("%1/brimwellpro-%2.%3").arg(m_temporary, uuid, QLatin1String(ending));
-        };
-        const QByteArray jpeg = lastFrame();
-        put(named('1', "mov"), contentOf(growing)); // as a killed program leaves it
-        put(named('2', "jpg"), jpeg);
-        put(named('3', "jpg"), "another");
-        put(inAlbum(u"20240101_image_001.jpg"_s), "another"); // was copied, but not removed any more
-        put(named('5', "mov"), "no movie at all");
-        put(m_temporary + u"/brimwellpro-foreign.jpg"_s, jpeg);
-        put(inAlbum(u".20240607_image_001.jpg.0123abcd.part"_s), "half");
-        for (const QString &old : {named('2', "jpg"), named('3', "jpg"), inAlbum(u"20240101_image_001.jpg"_s),
-                                   inAlbum(u".20240607_image_001.jpg.0123abcd.part"_s)}) {
-            QFile file(old);
-            QVERIFY(file.open(QIODevice::ReadWrite));
-            QVERIFY(file.setFileTime(QDateTime(QDate(2024, 1, 1), QTime(12, 0)), QFileDevice::FileModificationTime));
-        }
-
-        QList<int> recovered;
-        BWCaptureRecovery recovery(*m_albums, [&](int captures, const QUrl &) { recovered << captures; });
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be taken over"_s));
-        recovery.start({m_folder->filePath(u"tmp"_s)});
-        QTRY_COMPARE(recovered, QList<int>{2});
-
-        QCOMPARE(contentOf(inAlbum(u"20240607_image_001.jpg"_s)), jpeg);
-        QCOMPARE(completeMovie(inAlbum(u"20240607_video_001.mov"_s)), BWMovieCompletion::Plain);
-        for (const QString &gone : {named('1', "mov"), named('2', "jpg"), named('3', "jpg"),
-                                    inAlbum(u".20240607_image_001.jpg.0123abcd.part"_s)})
-            QVERIFY2(!QFileInfo::exists(gone), qPrintable(gone));
-        QCOMPARE(contentOf(named('5', "mov")), "no movie at all");
-        QCOMPARE(contentOf(m_temporary + u"/brimwellpro-foreign.jpg"_s), jpeg);
-        QCOMPARE(m_albums->currentAlbum()->contentsForType(BWMediaType::Image)->size(), 2);
-
-        // The recording that runs was left to its owner.
-        captureFrame();
-        m_capture->toggleRecording(m_camera);
-        QTRY_COMPARE(m_saved, QStringList{u"20240607_video_002.mov"_s});
-    }
-
 private:
     QString inAlbum(const QString &name) const { return m_folder->filePath(u"BrimwellPro/Default Album/"_s + name); }
-    static QByteArray contentOf(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    static void put(const QString &path, const QByteArray &content)
-    {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(content), content.size());
-    }
 
     /// The camera's own bytes, without what the snapshot tells about itself.
     static QByteArray pictureIn(const QString &path)
     {
-        QByteArray stored = contentOf(path);
+        QFile file(path);
+        QByteArray stored = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         const qsizetype exif = stored.indexOf("\xff\xe1");
         return exif < 0 ? stored : stored.remove(exif, 2 + qFromBigEndian<quint16>(stored.constData() + exif + 2));
     }

@@ -43,7 +43,6 @@ private Q_SLOTS:
             u"Snapshot saved · Default Album · i.jpg"_s);
         row("album not listed any more", BWCaptureResult{BWMediaType::Image, image}, QString(),
             u"Snapshot saved · i.jpg"_s);
-        row("video", movie(End::Asked, 0, u"A"_s), QString(), videoSaved);
         row("slow disk", movie(End::Asked, 12), QString(), videoSaved + u'\n' + slow);
         row("unplugged", movie(End::CameraGone), QString(),
             videoSaved + u"\nThe recording ended because the camera was unplugged."_s);
@@ -53,9 +52,6 @@ private Q_SLOTS:
             videoSaved + u"\nThe recording ended because the picture size or the video norm was changed."_s);
         row("full disk", movie(End::DiskFull, 12), u"The recording ended because the disk is full"_s,
             untilThen + u'\n' + slow);
-        row("failed", movie(End::Failed), u"The recording ended because its file could not be written"_s, untilThen);
-        row("file removed", movie(End::FileGone), u"The recording ended because its temporary file was removed"_s,
-            untilThen);
         row("not in the album", lost(movie(End::Asked), left), notSaved, keptHere);
         row("full disk, not in the album", lost(movie(End::DiskFull), left), notSaved,
             u"The recording ended because the disk is full.\n\n"_s + keptHere);
@@ -84,7 +80,6 @@ private Q_SLOTS:
         row("minutes", 65'000, qint64(999'000'000), u"en"_s, u"1:05 · 999 MB"_s);
         row("hours", 3'725'000, qint64(12'340'000'000), u"en"_s, u"1:02:05 · 12.3 GB"_s);
         row("German", 600'000, qint64(1'230'000'000), u"de"_s, u"10:00 · 1,2 GB"_s);
-        row("French", 1'000, qint64(5'000'000), u"fr"_s, u"0:01 · 5 Mo"_s);
     }
     void progress()
     {

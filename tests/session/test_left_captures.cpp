@@ -104,6 +104,11 @@ private Q_SLOTS:
             QCOMPARE(::mkfifo(path.constData(), 0666), 0);
             setDate(path, longAgo);
         });
+        everywhere("another name", false,
+                   [](const QByteArray &path) { ::rename(path.constData(), (path + ".old.jpg").constData()); });
+        const auto claim = std::make_shared<std::shared_ptr<BWFileClaim>>();
+        everywhere("in use", false,
+                   [claim](const QByteArray &path) { *claim = BWFileClaim::existing(QFile::decodeName(path)); });
         const Change doubled = [](const QByteArray &path) { ::link(path.constData(), (path + "x").constData()); };
         everywhere("with a second name", false, doubled);
         row(
@@ -136,6 +141,22 @@ private Q_SLOTS:
         QCOMPARE(found.size(), taken ? 1 : 0);
         if (taken)
             QCOMPARE(found[0].file, QUrl::fromLocalFile(file));
+    }
+
+    void whatIsLeftToDo()
+    {
+        const QString capture = m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s;
+        const QString text = m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000002.mov"_s;
+        const QString half = m_album + u"/.20240607_image_001.jpg.0123abcd.part"_s;
+        put(capture, picture());
+        put(m_album + u"/a.jpg"_s, picture()); // was copied, but not removed any more
+        put(text, "not a movie at all");
+        put(half, "half");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be taken over.*2.mov"_s));
+        QVERIFY(collect().isEmpty());
+        QVERIFY(!QFile::exists(capture) && QFile::exists(text));
+        BWOrphanedCaptures::removeHalfCopies(QUrl::fromLocalFile(m_album));
+        QCOMPARE(QDir(m_album).entryList(QDir::Files | QDir::Hidden), QStringList{u"a.jpg"_s});
     }
 
     void whatIsTakenBecomesTheUsersOwn()
