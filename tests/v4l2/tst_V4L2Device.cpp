@@ -112,35 +112,6 @@ private Q_SLOTS:
         QVERIFY(camera.take() == Result::Frame);
     }
 
-    void framesOutliveTheirStream()
-    {
-        FakeCamera camera;
-        QVERIFY(camera.device->startStreaming().isNone());
-        camera.kernel.pushFrame();
-        QVERIFY(camera.take() == Result::Frame);
-        BWFrame held = camera.frame;
-        const uint8_t *pixels = held.plane(0).data;
-        camera.device->stopStreaming();
-        camera.kernel.change([](State &state) {
-            QCOMPARE(state.opened, 0);
-            QCOMPARE(state.mapped, 1);
-        });
-        QVERIFY(camera.device->startStreaming().isNone());
-        for (int i = 0; i < 9; ++i) {
-            camera.kernel.pushFrame();
-            QVERIFY(camera.take() == Result::Frame);
-            QVERIFY(camera.frame.plane(0).data != pixels);
-        }
-        QCOMPARE(pixels[held.plane(0).size - 1], uint8_t(0));
-        camera.frame = {};
-        camera.device.reset();
-        std::thread([frame = std::exchange(held, {})] {}).join();
-        camera.kernel.change([](State &state) {
-            QCOMPARE(state.mapped, 0);
-            QCOMPARE(state.opened, 0);
-        });
-    }
-
     void streamWaitsWhileAllBuffersAreHeld()
     {
         FakeCamera camera;
@@ -173,8 +144,11 @@ private Q_SLOTS:
         QCOMPARE(camera.frame.sequence(), 4u);
 
         camera.device->stopStreaming();
-        camera.frame = {};
+        camera.kernel.change([](State &state) { QCOMPARE(state.mapped, 1); });
+        std::thread([frame = std::exchange(camera.frame, {})] {}).join();
         camera.kernel.change([](State &state) {
+            QCOMPARE(state.mapped, 0);
+            QCOMPARE(state.opened, 0);
             state.mostBuffers = 8;
             state.faults[VIDIOC_REQBUFS] = {ENOMEM}; // for eight; there is for four
             state.faults[FakeKernel::mapping] = {0, 0, 0, ENOMEM};
@@ -223,23 +197,6 @@ private Q_SLOTS:
         QVERIFY2(camera.take(10s) == Result::Frame, "frames are not kept back");
         QVERIFY2(camera.take(1h) == Result::Nothing, "nor is the interruption lost");
         QCOMPARE(camera.kernel.change([](State &state) { return state.patience; }), 0);
-    }
-
-    void buttonCountsPresses()
-    {
-        FakeCamera camera;
-        camera.kernel.pushKey(KEY_CAMERA, 1);
-        QVERIFY(!camera.device->readsButton());
-        QVERIFY(camera.device->startStreaming().isNone());
-        QVERIFY(camera.device->readsButton());
-        for (const auto &[code, value] : {std::pair(KEY_CAMERA, 1), {KEY_CAMERA, 2}, {KEY_CAMERA, 0}, {KEY_A, 1}})
-            camera.kernel.pushKey(static_cast<uint16_t>(code), value);
-        camera.take();
-        QCOMPARE(camera.presses, 1);
-        camera.kernel.change([](State &state) { state.button = ENODEV; });
-        camera.kernel.pushFrame();
-        QVERIFY(camera.take() == Result::Frame);
-        QVERIFY(!camera.device->readsButton());
     }
 };
 

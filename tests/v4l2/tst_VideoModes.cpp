@@ -153,26 +153,11 @@ private Q_SLOTS:
                 format.height = std::min(format.height, 576u);
                 return 0;
             };
-            state.answers[VIDIOC_ENUMSTD] = [](void *argument) {
-                auto &standard = *static_cast<v4l2_standard *>(argument);
-                constexpr std::array<v4l2_std_id, 3> standards{V4L2_STD_NTSC, V4L2_STD_PAL, V4L2_STD_PAL_BG};
-                if (standard.index >= standards.size())
-                    return -EINVAL;
-                standard.id = standards[standard.index];
-                return 0;
-            };
-            state.answers[VIDIOC_G_STD] = [](void *argument) {
-                *static_cast<v4l2_std_id *>(argument) = V4L2_STD_PAL_BG;
-                return 0;
-            };
         });
         int error = 0;
         const auto abilities = BWVideoAbilities::read(kernel, "/dev/video", error);
         QVERIFY(abilities && abilities->captures);
         QCOMPARE(abilities->resolutions(), (std::vector<BWResolution>{{640, 480}, {720, 480}, {720, 576}}));
-        QVERIFY(abilities->norms[0] == V4L2_STD_NTSC && abilities->norms[1] == V4L2_STD_PAL && !abilities->norms[2]);
-        const BWControlInfo &norm = abilities->controls.at(0).info;
-        QVERIFY(norm.min == 0 && norm.max == 1 && norm.value == 1);
         kernel.change([](State &state) { state.faults[FakeKernel::opening] = {EACCES}; });
         QVERIFY(!BWVideoAbilities::read(kernel, "/dev/video", error) && error == EACCES);
     }

@@ -45,36 +45,26 @@ class CameraKind : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void entryThatFitsFirstCounts_data()
-    {
-        QTest::addColumn<QString>("usbId");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("driver");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("exact product") << u"1234:ABCD"_s << u"Any"_s << u"uvcvideo"_s << u"Own"_s;
-        QTest::newRow("vendor, other product") << u"1234:0001"_s << u"Any"_s << u"uvcvideo"_s << u"Vendor"_s;
-        QTest::newRow("name, case apart") << u"0:0"_s << u"my lens 7 (rear)"_s << u"uvcvideo"_s << u"Pattern"_s;
-        QTest::newRow("? is one character") << u"0:0"_s << u"My Lens 77 (rear)"_s << u"uvcvideo"_s << QString();
-        QTest::newRow("dots are no pattern") << u"0:0"_s << u"axb"_s << u"uvcvideo"_s << QString();
-        QTest::newRow("all conditions fit") << u"0:0"_s << u"Both"_s << u"em28xx"_s << u"Two conditions"_s;
-        QTest::newRow("one of two fits") << u"0:0"_s << u"Both"_s << u"uvcvideo"_s << QString();
-        QTest::newRow("not on USB") << QString() << u"Any"_s << u"vivid"_s << QString();
-        QTest::newRow("second file") << u"0:0"_s << u"Second"_s << u"uvcvideo"_s << u"Of second file"_s;
-    }
-
     void entryThatFitsFirstCounts()
     {
-        QFETCH(QString, usbId);
-        QFETCH(QString, name);
-        QFETCH(QString, driver);
-        QFETCH(QString, expected);
         const BWCameraTable both = table(
             {uR"json({"cameras": [{"usb": "1234:abcd", "displayName": "Own"}, {"usb": "1234:*", "displayName": "Vendor"},
                 {"name": "My Lens ? (*)", "displayName": "Pattern"}, {"name": "a.b", "displayName": "Dots"},
                 {"driver": "em28xx", "name": "Both", "displayName": "Two conditions"}]})json"_s,
              uR"({"cameras": [{"usb": "1234:*", "displayName": "No"}, {"name": "Sec*", "displayName": "Of second file"}]})"_s});
-        const BWCameraRule *rule = both.ruleFor(usbCamera(usbId, name, driver));
-        QCOMPARE(rule ? rule->displayName : QString(), expected);
+        const auto entry = [&](const QString &usbId, const QString &name, const QString &driver = u"uvcvideo"_s) {
+            const BWCameraRule *rule = both.ruleFor(usbCamera(usbId, name, driver));
+            return rule ? rule->displayName : QString();
+        };
+        QCOMPARE(entry(u"1234:ABCD"_s, u"Any"_s), u"Own"_s);
+        QCOMPARE(entry(u"1234:0001"_s, u"Any"_s), u"Vendor"_s);
+        QCOMPARE(entry(u"0:0"_s, u"my lens 7 (rear)"_s), u"Pattern"_s);
+        QVERIFY2(entry(u"0:0"_s, u"My Lens 77 (rear)"_s).isNull(), "? is one character");
+        QVERIFY2(entry(u"0:0"_s, u"axb"_s).isNull(), "a dot is no pattern");
+        QCOMPARE(entry(u"0:0"_s, u"Both"_s, u"em28xx"_s), u"Two conditions"_s);
+        QVERIFY2(entry(u"0:0"_s, u"Both"_s).isNull(), "one of two conditions fits");
+        QVERIFY2(entry({}, u"Any"_s, u"vivid"_s).isNull(), "not on USB");
+        QCOMPARE(entry(u"0:0"_s, u"Second"_s), u"Of second file"_s);
     }
 
     void damageIsToldAndTheRestUsed_data()
@@ -149,52 +139,42 @@ private Q_SLOTS:
         QCOMPARE(opened, chips);
     }
 
-    void withoutAnEntryAbilitiesDecide_data()
-    {
-        QTest::addColumn<QList<BWResolution>>("sizes");
-        QTest::addColumn<QString>("driver");
-        QTest::addColumn<bool>("norms");
-        QTest::addColumn<QString>("type");
-        QTest::addColumn<bool>("bridgeChip");
-        using Sizes = QList<BWResolution>;
-        const QString regular = u"regular_microscope"_s;
-        const QString high = u"high_resolution_microscope"_s;
-        const QString ultra = u"ultra_resolution_microscope"_s;
-        const QString wireless = u"receptor_wireless_microscope"_s;
-        QTest::newRow("VGA") << Sizes{{640, 480}} << u"uvcvideo"_s << false << regular << false;
-        QTest::newRow("just below high") << Sizes{{1280, 960}} << u"uvcvideo"_s << false << regular << false;
-        QTest::newRow("just high") << Sizes{{640, 480}, {1280, 1024}} << u"uvcvideo"_s << false << high << false;
-        QTest::newRow("just below ultra") << Sizes{{2560, 1920}} << u"uvcvideo"_s << false << high << false;
-        QTest::newRow("just ultra") << Sizes{{2592, 1944}, {640, 480}} << u"uvcvideo"_s << false << ultra << false;
-        QTest::newRow("receiver") << Sizes{{720, 576}} << u"em28xx"_s << true << wireless << true;
-        QTest::newRow("receiver, other chip") << Sizes{{720, 576}} << u"usbtv"_s << true << wireless << false;
-        QTest::newRow("bridge chip of a camera") << Sizes{{640, 480}} << u"em28xx"_s << false << regular << false;
-        QTest::newRow("no format we show") << Sizes{} << u"uvcvideo"_s << true << QString() << false;
-    }
-
     void withoutAnEntryAbilitiesDecide()
     {
-        QFETCH(QList<BWResolution>, sizes);
-        QFETCH(QString, driver);
-        QFETCH(bool, norms);
-        QFETCH(QString, type);
-        QFETCH(bool, bridgeChip);
-        BWVideoAbilities abilities = capturing(sizes);
-        if (norms)
-            abilities.norms[1] = 0xff;
-        const BWVideoNode node = usbCamera(u"1234:5678"_s, u"Camera"_s, driver);
-        const BWCameraKind kind = BWCameraKind::of(node, abilities, nullptr);
-        QCOMPARE(kind.type, type);
-        QCOMPARE(kind.bridgeChip, bridgeChip);
-        QVERIFY(!kind.why.isEmpty());
+        const struct {
+            QList<BWResolution> sizes;
+            QString driver;
+            bool norms;
+            QString type;
+            bool bridgeChip;
+        } rows[] = {
+            {{{1280, 960}}, u"uvcvideo"_s, false, u"regular_microscope"_s, false},
+            {{{640, 480}, {1280, 1024}}, u"uvcvideo"_s, false, u"high_resolution_microscope"_s, false},
+            {{{2560, 1920}}, u"uvcvideo"_s, false, u"high_resolution_microscope"_s, false},
+            {{{2592, 1944}, {640, 480}}, u"uvcvideo"_s, false, u"ultra_resolution_microscope"_s, false},
+            {{{720, 576}}, u"em28xx"_s, true, u"receptor_wireless_microscope"_s, true},
+            {{{720, 576}}, u"usbtv"_s, true, u"receptor_wireless_microscope"_s, false},
+            {{{640, 480}}, u"em28xx"_s, false, u"regular_microscope"_s, false},
+            {{}, u"uvcvideo"_s, true, {}, false}, // no format we show
+        };
+        for (const auto &row : rows) {
+            BWVideoAbilities abilities = capturing(row.sizes);
+            if (row.norms)
+                abilities.norms[1] = 0xff;
+            const BWVideoNode node = usbCamera(u"1234:5678"_s, u"Camera"_s, row.driver);
+            const BWCameraKind kind = BWCameraKind::of(node, abilities, nullptr);
+            QCOMPARE(kind.type, row.type);
+            QCOMPARE(kind.bridgeChip, row.bridgeChip);
+            QVERIFY(!kind.why.isEmpty());
 
-        BWCameraRule rule;
-        rule.type = u"dx20"_s;
-        QCOMPARE(BWCameraKind::of(node, abilities, &rule).type, type.isNull() ? QString() : u"dx20"_s);
-        rule.ignore = true;
-        QVERIFY(BWCameraKind::of(node, abilities, &rule).type.isNull());
-        abilities.captures = false;
-        QVERIFY(BWCameraKind::of(node, abilities, nullptr).type.isNull());
+            BWCameraRule rule;
+            rule.type = u"dx20"_s;
+            QCOMPARE(BWCameraKind::of(node, abilities, &rule).type, row.type.isNull() ? QString() : u"dx20"_s);
+            rule.ignore = true;
+            QVERIFY(BWCameraKind::of(node, abilities, &rule).type.isNull());
+            abilities.captures = false;
+            QVERIFY(BWCameraKind::of(node, abilities, nullptr).type.isNull());
+        }
     }
 
     void describesTheOneDevice()

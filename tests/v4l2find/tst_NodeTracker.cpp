@@ -255,13 +255,6 @@ private Q_SLOTS:
         interface.driver = u"uvcvideo"_s;
         computer.tracker().interfaceAppeared(interface, computer.now());
         QCOMPARE(computer.tracker().blocked().value(0).problem.kind, Kind::Failed);
-
-        interface.sysPath = "/sys/usb1/1-3/1-3:1.0";
-        interface.name = u"Pen Scope"_s;
-        computer.tracker().interfaceAppeared(interface, computer.now());
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Pen Scope.*plug it in again"_s));
-        computer.pass(30s);
-        QCOMPARE(computer.tracker().blocked().value(1).name, u"Pen Scope"_s);
     }
 
     void lostEventsAreMadeUpFor()

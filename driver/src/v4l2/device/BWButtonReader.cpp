@@ -18,7 +18,6 @@ void BWButtonReader::open(const char *path)
     }
     m_node = std::move(node);
     m_isOpen = true;
-    takePresses();
 }
 
 void BWButtonReader::close()

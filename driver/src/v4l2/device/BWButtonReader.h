@@ -10,7 +10,7 @@ class BWButtonReader {
 public:
     explicit BWButtonReader(BWKernelCalls &kernel) : m_kernel(kernel) { }
 
-    /// `path` is the event node; empty if the camera has no button. Discards earlier presses.
+    /// `path` is the event node; empty if the camera has no button. Earlier presses do not count.
     void open(const char *path);
     void close();
 
