@@ -21,11 +21,11 @@ CONSOLE_LINES = 80  # of its end are shown when the machine fails; a panic alone
 class Machine:
     """Boots `kernel`, runs one command and is gone.
 
-    `modules` maps names of modules to their parameters. `environment` is all that the command gets.
-    `results` is a folder of the host in which the command can write; everything else that it writes is lost.
+    `modules` maps names of modules to their parameters. `environment` is all that the command gets. Whatever it writes
+    is lost.
     """
 
-    def __init__(self, kernel, modules, environment, directory, results=None, memory="2G", processors=1):
+    def __init__(self, kernel, modules, environment, directory):
         for program, package in ((UDEV, "udev"), (MODPROBE, "kmod")):
             if not program.exists():
                 raise MissingPackage(str(program), package)
@@ -33,9 +33,6 @@ class Machine:
         self._modules = modules
         self._environment = environment
         self._directory = directory
-        self._results = results
-        self._memory = memory
-        self._processors = processors
         self.console = bytearray()
         self._status = bytearray()
         self.boot_seconds = None  # by the guest's clock, until the command was started
@@ -43,8 +40,7 @@ class Machine:
     def run(self, command, seconds):
         """Runs it with its output in ours; returns its exit code."""
         given = {
-            "settings": f"modules={shlex.quote(str(self._kernel.modules))}\n"
-                        f"results={shlex.quote(str(self._results or ''))}\n",
+            "settings": f"modules={shlex.quote(str(self._kernel.modules))}\n",
             "command": self._script(command),
         }
         with os.fdopen(os.memfd_create("initramfs"), "wb") as file:
@@ -62,8 +58,8 @@ class Machine:
         sockets = {name: socket.socketpair() for name in qemu.ENDS}
         ours = {name: pair[0] for name, pair in sockets.items()}
         theirs = {name: pair[1] for name, pair in sockets.items()}
-        arguments = qemu.command(self._kernel, f"/proc/self/fd/{initramfs_file.fileno()}", self._memory,
-                                 self._processors, {name: end.fileno() for name, end in theirs.items()}, self._results)
+        arguments = qemu.command(self._kernel, f"/proc/self/fd/{initramfs_file.fileno()}",
+                                 {name: end.fileno() for name, end in theirs.items()})
         handed_on = [file.fileno() for file in (initramfs_file, *theirs.values())]
         with subprocess.Popen(arguments, stdin=subprocess.DEVNULL, stdout=theirs["console"], stderr=theirs["console"],
                               pass_fds=handed_on) as process:

@@ -10,10 +10,10 @@ HELD_BITS = {0x1e: 0xfc}
 
 
 class BridgeChip(UsbDevice):
-    """The stock driver of such chips does not claim the default product number."""
+    """The stock driver of such chips does not claim this product number."""
 
-    def __init__(self, vendor=0xeb1a, product=0x2890, title="Test Receiver", serial="1"):
-        super().__init__(descriptors.device((vendor, product), (0, 0, 0)), descriptors.chip_configuration(),
+    def __init__(self, title="Test Receiver", serial="1"):
+        super().__init__(descriptors.device((0xeb1a, 0x2890), (0, 0, 0)), descriptors.chip_configuration(),
                          ("Brimwell", title, serial))
         self.unplugged()
 

@@ -1,4 +1,4 @@
-"""A test's side of usb_cameras: starts it, and gives it commands."""
+"""A test's side of usb_cameras: starts it, and sends it commands."""
 
 import socket
 import subprocess
@@ -36,3 +36,10 @@ class UsbCameras:
         if state != "ok":
             raise RuntimeError(f"{command}: {answer}")
         return answer
+
+    def plug(self, name, options="", frames=None, kind="uvc"):
+        """A new camera with its name as serial number; `frames` is the folder of what it sends."""
+        self(f"add {name} {kind} serial={name} {options}")
+        if frames:
+            self(f"source {name} {frames}")
+        self(f"plug {name}")

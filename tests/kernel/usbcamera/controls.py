@@ -29,17 +29,12 @@ CONTROLS = (
     Control("white_balance_auto", PROCESSING_UNIT, 0x0b, 12, 1, 0, 1, 1, 1, READ_AND_SET),
     Control("hue_auto", PROCESSING_UNIT, 0x10, 11, 1, 0, 1, 1, 0, READ_AND_SET),
 )
-BY_NAME = {control.name: control for control in CONTROLS}
 BY_ADDRESS = {(control.unit, control.selector): control for control in CONTROLS}
 
 
 def bit_map(unit):
     """The controls of a unit as its descriptor lists them."""
     return sum(1 << control.bit for control in CONTROLS if control.unit == unit)
-
-
-def pack(control, value):
-    return (value & ((1 << 8 * control.size) - 1)).to_bytes(control.size, "little")
 
 
 class Controls:
@@ -52,20 +47,16 @@ class Controls:
     def reset(self):
         self.values = {control.name: control.default for control in CONTROLS}
 
-    def move(self, control, value):
-        if not control.minimum <= value <= control.maximum or control.name == "exposure_mode" and value not in (1, 8):
-            raise Stall
-        self.values[control.name] = value
-
     def request(self, unit, selector, what, data):
         control = BY_ADDRESS.get((unit, selector))
         if not control:
             raise Stall
         if what == SET_CURRENT:
             value = int.from_bytes(data, "little", signed=control.minimum < 0)
-            if len(data) != control.size:
+            if len(data) != control.size or not control.minimum <= value <= control.maximum \
+                    or control.name == "exposure_mode" and value not in (1, 8):
                 raise Stall
-            self.move(control, value)
+            self.values[control.name] = value
             self._log.append(f"set {control.name} {value}")
             return b""
         if what == GET_LENGTH:
@@ -76,4 +67,4 @@ class Controls:
                    GET_MAXIMUM: control.maximum, GET_RESOLUTION: control.step}
         if what not in answers:
             raise Stall
-        return pack(control, answers[what])
+        return (answers[what] & ((1 << 8 * control.size) - 1)).to_bytes(control.size, "little")

@@ -3,17 +3,15 @@
 import struct
 
 import controls
-from formats import FORMATS, frame_bytes
+from formats import INTERVALS, SIZES, frame_bytes
 
 VIDEO_CONTROL, VIDEO_STREAMING = 0, 1
 STATUS_ENDPOINT, STREAM_ENDPOINT = 1, 2
 OUTPUT_TERMINAL = 3
 INWARD = 0x80
-ISOCHRONOUS, BULK, INTERRUPT = 1, 2, 3
+BULK, INTERRUPT = 2, 3
 STATUS_BYTES = 16
 BULK_PACKET = 512
-ISOCHRONOUS_PACKET = 3 * 1024  # three transactions of 1024 bytes in every microframe
-YUYV_GUID = b"YUY2" + bytes.fromhex("00001000800000aa00389b71")
 
 INTERFACE_ASSOCIATION, CLASS_INTERFACE, CLASS_ENDPOINT = 0x0b, 0x24, 0x25
 VIDEO, VENDOR_SPECIFIC = 0x0e, 0xff
@@ -46,14 +44,7 @@ def chip_configuration():
     return configuration(1, interface(0, 0, 0, (VENDOR_SPECIFIC, 0, 0)))
 
 
-def camera_configuration(isochronous):
-    stream = interface(VIDEO_STREAMING, 0, 0 if isochronous else 1, (VIDEO, 2, 0))
-    if isochronous:
-        packet = 2 << 11 | ISOCHRONOUS_PACKET // 3
-        stream += _stream_formats() + interface(VIDEO_STREAMING, 1, 1, (VIDEO, 2, 0))
-        stream += endpoint(STREAM_ENDPOINT, ISOCHRONOUS | 1 << 2, packet, 1)
-    else:
-        stream += _stream_formats() + endpoint(STREAM_ENDPOINT, BULK, BULK_PACKET)
+def camera_configuration():
     return configuration(
         2,
         descriptor(INTERFACE_ASSOCIATION, "BBBBBB", VIDEO_CONTROL, 2, VIDEO, 3, 0, 0),
@@ -61,7 +52,9 @@ def camera_configuration(isochronous):
         _units(),
         endpoint(STATUS_ENDPOINT, INTERRUPT, STATUS_BYTES, 6),
         descriptor(CLASS_ENDPOINT, "BH", 3, STATUS_BYTES),
-        stream)
+        interface(VIDEO_STREAMING, 0, 1, (VIDEO, 2, 0)),
+        _stream_format(),
+        endpoint(STREAM_ENDPOINT, BULK, BULK_PACKET))
 
 
 def _units():
@@ -73,23 +66,14 @@ def _units():
     return descriptor(CLASS_INTERFACE, "BHHIBB", 1, 0x0110, 13 + len(units), 48000000, 1, VIDEO_STREAMING) + units
 
 
-def _stream_formats():
-    body = b""
-    for index, form in enumerate(FORMATS, 1):
-        if form.name == "mjpeg":
-            subtype = 7
-            body += descriptor(CLASS_INTERFACE, "BBBBBBBBB", 6, index, len(form.sizes), 1, 1, 0, 0, 0, 0)
-        else:
-            subtype = 5
-            body += descriptor(CLASS_INTERFACE, "BBB16sBBBBBB", 4, index, len(form.sizes), YUYV_GUID, 16, 1, 0, 0, 0, 0)
-        for number, size in enumerate(form.sizes, 1):
-            most = frame_bytes(*size)
-            rates = [most * 8 * 10000000 // interval for interval in form.intervals]
-            intervals = sorted(form.intervals)
-            body += descriptor(CLASS_INTERFACE, f"BBBHHIIIIB{len(intervals)}I", subtype, number, 0, *size, min(rates),
-                               min(max(rates), 0xffffffff), most, form.intervals[0], len(intervals), *intervals)
-        body += descriptor(CLASS_INTERFACE, "BBBB", 0x0d, 1, 1, 4)
-    # One button, for any use: the trigger fields. No control of the stream itself in either format.
-    header = descriptor(CLASS_INTERFACE, f"BBHBBBBBBB{len(FORMATS)}s", 1, len(FORMATS), 13 + len(FORMATS) + len(body),
-                        INWARD | STREAM_ENDPOINT, 0, OUTPUT_TERMINAL, 0, 1, 1, 1, bytes(len(FORMATS)))
-    return header + body
+def _stream_format():
+    body = descriptor(CLASS_INTERFACE, "BBBBBBBBB", 6, 1, len(SIZES), 1, 1, 0, 0, 0, 0)
+    for number, size in enumerate(SIZES, 1):
+        most = frame_bytes(*size)
+        rates = [most * 8 * 10000000 // interval for interval in INTERVALS]
+        body += descriptor(CLASS_INTERFACE, f"BBBHHIIIIB{len(INTERVALS)}I", 7, number, 0, *size, min(rates),
+                           min(max(rates), 0xffffffff), most, INTERVALS[0], len(INTERVALS), *sorted(INTERVALS))
+    body += descriptor(CLASS_INTERFACE, "BBBB", 0x0d, 1, 1, 4)
+    # One button, for any use: the trigger fields. The stream itself has no controls.
+    return descriptor(CLASS_INTERFACE, "BBHBBBBBBBB", 1, 1, 14 + len(body), INWARD | STREAM_ENDPOINT, 0, OUTPUT_TERMINAL,
+                      0, 1, 1, 1, 0) + body

@@ -2,7 +2,7 @@
 
 import time
 
-from descriptors import BULK_PACKET, ISOCHRONOUS_PACKET, STREAM_ENDPOINT
+from descriptors import BULK_PACKET, STREAM_ENDPOINT
 from formats import Choice
 from frames import Frames
 
@@ -17,22 +17,21 @@ class Stream:
     and is left out while the last one is still on its way. Otherwise: as many as were pushed, one after the other.
     """
 
-    def __init__(self, device, isochronous, paced, rate):
-        self._device, self._isochronous, self._paced, self._rate = device, isochronous, paced, rate
+    def __init__(self, device, paced, rate):
+        self._device, self._paced, self._rate = device, paced, rate
         self.frames = Frames()
         self.power_up()
 
     def power_up(self):
         self.running = self._stalled = False
-        self.pushed = self.sent = self.skipped = self.lost = 0
-        self.last = ""
+        self.pushed = self.sent = 0
         self.bytes_left = None
         self.probed = self.choice = self.choose()
         self._toggle = 0
         self._frame = None
 
     def choose(self, block=b""):
-        return Choice(ISOCHRONOUS_PACKET if self._isochronous else BULK_PAYLOAD, block)
+        return Choice(BULK_PAYLOAD, block)
 
     def reset(self):
         """The host has ended the stream, or is about to begin it."""
@@ -66,10 +65,7 @@ class Stream:
             interval = 1 / self._rate if self._rate else self.choice.seconds
             missed = int((now - self._due) / interval)
             self._due += (missed + 1) * interval
-            self.skipped += missed
-            if self._frame:
-                self.skipped += 1
-            else:
+            if not self._frame:
                 self._begin()
                 self._serve()
         return max(0, int((self._due - now) * 1000) + 1)
@@ -85,10 +81,7 @@ class Stream:
                 continue
             if not self._frame:
                 break
-            if self._isochronous:
-                self._answer_packets(waiting.popleft())
-            else:
-                self._answer_bulk(waiting.popleft())
+            self._answer(waiting.popleft())
             if self.bytes_left is not None and self.bytes_left <= 0:
                 self._device.unplug()
                 break
@@ -99,9 +92,6 @@ class Stream:
         except LookupError as error:
             self._device.log.append(str(error))
             self.stall()
-            return
-        if frame is None:
-            self.lost += 1
             return
         self._frame, self._data, self._sent = frame, memoryview(frame.data), 0
         self._toggle ^= TOGGLE
@@ -114,24 +104,13 @@ class Stream:
         if self._sent == len(self._data):
             flags |= END_OF_FRAME
             self.sent += 1
-            self.last = self._frame.name
             self._frame = None
         if self.bytes_left is not None:
             self.bytes_left -= len(data)
         return bytes((HEADER_BYTES, flags)), data
 
-    def _answer_bulk(self, request):
+    def _answer(self, request):
         # A payload ends where it has the agreed size or a request is not filled.
         whole = request.length >= BULK_PAYLOAD
         header, data = self._payload(BULK_PAYLOAD if whole else request.length - 1)
         self._device.cable.answer(request, (header, data), len(header) + len(data))
-
-    def _answer_packets(self, request):
-        buffers, lengths = [], []
-        for size in request.packets:
-            if not self._frame:
-                break
-            header, data = self._payload(min(size, ISOCHRONOUS_PACKET))
-            buffers += header, data
-            lengths.append(len(header) + len(data))
-        self._device.cable.answer_packets(request, buffers, lengths)

@@ -41,11 +41,11 @@ class UsbDevice:
             self.cable.flush()
         self._lock.release()
 
-    def plug(self, port=None):
+    def plug(self):
         if self.cable:
             raise ValueError("it is plugged in already")
         self.waiting = defaultdict(deque)  # the host's requests to an endpoint, oldest first
-        self.cable = Cable(port)
+        self.cable = Cable()
         self._thread = threading.Thread(target=self._serve, args=(self.cable,), daemon=True)
         self._thread.start()
 
@@ -71,14 +71,11 @@ class UsbDevice:
     def endpoint_reset(self, endpoint):
         """The host cleared the halt of an endpoint."""
 
-    def alternate_chosen(self, interface, alternate):
-        """The host chose an alternate setting."""
-
     def unplugged(self):
         """It has lost its power."""
 
     def go_on(self):
-        """Answers what can be answered by now; tells in how many milliseconds to be called again, or None."""
+        """Answers what can be answered by now; returns in how many milliseconds to call it again, or None."""
         return None
 
     # The thread.
@@ -143,11 +140,9 @@ class UsbDevice:
             return self._descriptor_of(value >> 8, value & 0xff)
         if what == GET_STATUS:
             return b"\0\0"
-        if what == SET_INTERFACE:
-            self.alternate_chosen(index, value)
-        elif what == CLEAR_FEATURE and recipient == TO_ENDPOINT:
+        if what == CLEAR_FEATURE and recipient == TO_ENDPOINT:
             self.endpoint_reset(index & 0x0f)
-        elif what not in (SET_CONFIGURATION, SET_FEATURE, CLEAR_FEATURE):
+        elif what not in (SET_INTERFACE, SET_CONFIGURATION, SET_FEATURE, CLEAR_FEATURE):
             raise Stall
         return b""
 

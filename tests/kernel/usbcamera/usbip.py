@@ -16,11 +16,8 @@ HIGH_SPEED = 3
 FREE = "004"
 
 COMMAND_SUBMIT, COMMAND_UNLINK, RETURN_SUBMIT, RETURN_UNLINK = 1, 2, 3, 4
-HEADER = struct.Struct(">II4xIIII4xI4x8s")
+HEADER = struct.Struct(">II4xIIII4x4x4x8s")
 ANSWER = struct.Struct(">IIIII iIIII 8x")
-PACKET = struct.Struct(">IIIi")
-PACKET_SIZE = struct.Struct(">4xI8x")
-NO_PACKETS = 0xffffffff
 MOST_BUFFERS = 1000  # a little less than the system takes in one call
 
 STALL = -32
@@ -28,20 +25,20 @@ UNLINKED = -104
 
 
 class Request:
-    """One transfer that the host asks for, or (`unlinks` is its number) its wish to have an earlier one back."""
+    """A transfer that the host requests, or the cancelling of an earlier one, whose number is `unlinks`."""
 
-    __slots__ = ("number", "endpoint", "length", "setup", "data", "packets", "unlinks")
+    __slots__ = ("number", "endpoint", "length", "setup", "data", "unlinks")
 
-    def __init__(self, number, endpoint, length, setup, data=b"", packets=(), unlinks=None):
+    def __init__(self, number, endpoint, length, setup, data=b"", unlinks=None):
         self.number, self.endpoint, self.length, self.setup = number, endpoint, length, setup
-        self.data, self.packets, self.unlinks = data, packets, unlinks
+        self.data, self.unlinks = data, unlinks
 
 
 class Cable:
     """Plugged into a port of the host from its making until close(). Answers leave with flush()."""
 
-    def __init__(self, port=None):
-        self.port = free_port() if port is None else port
+    def __init__(self):
+        self.port = free_port()
         self._socket, theirs = socket.socketpair()
         with theirs:
             attach(self.port, theirs)
@@ -52,7 +49,7 @@ class Cable:
         return self._socket.fileno()
 
     def unplug(self):
-        """At once, from any thread; who reads is told that the host has gone."""
+        """At once, from any thread; the reader finds that the host has gone."""
         self.flush()
         self._socket.shutdown(socket.SHUT_RDWR)
 
@@ -71,21 +68,15 @@ class Cable:
         requests = []
         begin = 0
         while len(received) - begin >= HEADER.size:
-            command, number, inward, endpoint, word, length, packets, setup = HEADER.unpack_from(received, begin)
-            end = begin + HEADER.size
+            command, number, inward, endpoint, word, length, setup = HEADER.unpack_from(received, begin)
+            data = begin + HEADER.size
+            end = data if inward or command == COMMAND_UNLINK else data + length
+            if end > len(received):
+                break
             if command == COMMAND_UNLINK:
-                request = Request(number, 0, 0, setup, unlinks=word)
-            elif inward and packets in (0, NO_PACKETS):
-                request = Request(number, endpoint, length, setup)
+                requests.append(Request(number, 0, 0, setup, unlinks=word))
             else:
-                data_end = end if inward else end + length
-                whole = data_end + (0 if packets == NO_PACKETS else packets * PACKET.size)
-                if whole > len(received):
-                    break
-                sizes = [size for (size,) in PACKET_SIZE.iter_unpack(received[data_end:whole])]
-                request = Request(number, endpoint, length, setup, received[end:data_end], sizes)
-                end = whole
-            requests.append(request)
+                requests.append(Request(number, endpoint, length, setup, received[data:end]))
             begin = end
         self._received = received[begin:]
         return requests
@@ -94,18 +85,6 @@ class Cable:
         """Ends a transfer: with the data that an inward one brings, or the length that an outward one took."""
         self._outgoing.append(ANSWER.pack(RETURN_SUBMIT, request.number, 0, 0, 0, status, length, 0, 0, 0))
         self._outgoing += buffers
-
-    def answer_packets(self, request, buffers, lengths):
-        """Ends an isochronous transfer; `lengths` tells how much of each packet was used, the rest stayed empty."""
-        sizes = request.packets
-        lengths = lengths + [0] * (len(sizes) - len(lengths))
-        table = bytearray()
-        offset = 0
-        for size, length in zip(sizes, lengths):
-            table += PACKET.pack(offset, size, length, 0)
-            offset += size
-        header = ANSWER.pack(RETURN_SUBMIT, request.number, 0, 0, 0, 0, sum(lengths), 0, len(sizes), 0)
-        self._outgoing += (header, *buffers, table)
 
     def answer_unlink(self, request, was_waiting):
         status = UNLINKED if was_waiting else 0

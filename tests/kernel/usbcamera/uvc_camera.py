@@ -1,4 +1,4 @@
-"""A USB Video Class camera: its units, its stream, and the endpoint on which it tells of its button."""
+"""A USB Video Class camera: its units, its stream, and the endpoint on which it reports its button."""
 
 from collections import deque
 
@@ -15,15 +15,13 @@ TO_INTERFACE = 0x21
 
 
 class UvcCamera(UsbDevice):
-    def __init__(self, vendor=0x1209, product=0x0001, title="Test Camera", serial="1", mode="paced", rate=None,
-                 endpoint="bulk"):
-        if mode not in ("paced", "pushed") or endpoint not in ("bulk", "iso"):
-            raise ValueError("mode is paced or pushed, endpoint bulk or iso")
-        isochronous = endpoint == "iso"
-        super().__init__(descriptors.device((vendor, product), (0xef, 2, 1)),
-                         descriptors.camera_configuration(isochronous), ("Brimwell", title, serial))
+    def __init__(self, title="Test Camera", serial="1", mode="paced", rate=None):
+        if mode not in ("paced", "pushed"):
+            raise ValueError("mode is paced or pushed")
+        super().__init__(descriptors.device((0x1209, 0x0001), (0xef, 2, 1)), descriptors.camera_configuration(),
+                         ("Brimwell", title, serial))
         self.controls = controls.Controls(self.log)
-        self.stream = Stream(self, isochronous, mode == "paced", rate)
+        self.stream = Stream(self, mode == "paced", rate)
         self._last_error = 0
         self._status = deque()
         self._listening = False
@@ -34,23 +32,10 @@ class UvcCamera(UsbDevice):
         self._status.clear()
         self._listening = False
 
-    @property
-    def listening(self):
-        """Whether the host hears of the button and of controls that move: while a program has the camera open."""
-        return self._listening
-
     def press(self):
-        for value in (1, 0):
-            self._tell(bytes((2, VIDEO_STREAMING, 0, value)))
-
-    def tell_moved(self, control):
-        value = controls.pack(control, self.controls.values[control.name])
-        self._tell(bytes((1, control.unit, 0, control.selector, 0)) + value)
-
-    def _tell(self, status):
         if not self._listening:
-            raise ValueError("nobody has the camera open")
-        self._status.append(status)
+            raise ValueError("no program has the camera open")
+        self._status += (bytes((2, VIDEO_STREAMING, 0, value)) for value in (1, 0))
         self._answer_status()
 
     def _answer_status(self):
@@ -73,10 +58,6 @@ class UvcCamera(UsbDevice):
 
     def endpoint_reset(self, endpoint):
         if endpoint == STREAM_ENDPOINT:
-            self.stream.reset()
-
-    def alternate_chosen(self, interface, alternate):
-        if interface == VIDEO_STREAMING:
             self.stream.reset()
 
     def go_on(self):

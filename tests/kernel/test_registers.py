@@ -2,7 +2,7 @@
 """The registers of a bridge chip on a real USB, and which devices the udev rules give to the person at the screen. Runs
 where USB cameras can be plugged in: in the machine.
 
-Usage: test_access.py CHIP_REGISTERS RULES [TEST...]
+Usage: test_registers.py CHIP_REGISTERS RULES [TEST...]
 """
 
 import fcntl
@@ -12,13 +12,9 @@ import sys
 import unittest
 from pathlib import Path
 
-HERE = Path(__file__).resolve().parent
-sys.path[:0] = [str(HERE.parents[1] / "e2e"), str(HERE.parent / "usbcamera")]
-from client import UsbCameras  # noqa: E402
-from desktop import wait_until  # noqa: E402
+from devices import NOBODY, UsbCameras, wait_until
 
-CHIP_REGISTERS, RULES = None, None
-NOBODY = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
+CHIP_REGISTERS, RULES = sys.argv.pop(1), Path(sys.argv.pop(1))
 
 
 def usb_device(serial):
@@ -37,7 +33,7 @@ def udevadm(*arguments):
 
 
 def keyboard():
-    """One with a camera key, there for as long as what is returned is open; and its event device."""
+    """A keyboard with a camera key, as an open file that keeps it there and its event device."""
     def there():
         return next((path for path in Path("/sys/class/input").glob("event*/device/name")
                      if path.read_text() == "Keys\n"), None)
@@ -49,7 +45,7 @@ def keyboard():
     return file, wait_until("the keyboard", there).parents[1]
 
 
-class AccessTest(unittest.TestCase):
+class RegistersTest(unittest.TestCase):
     def setUp(self):
         self.cameras = self.enterContext(UsbCameras())
 
@@ -59,12 +55,11 @@ class AccessTest(unittest.TestCase):
                               check=True).stdout.splitlines()
 
     def test_registers(self):
-        self.cameras("add chip em28xx serial=chip")
-        self.cameras("plug chip")
+        self.cameras.plug("chip", kind="em28xx")
         device = usb_device("chip")
         place = [(device / name).read_text().strip() for name in ("busnum", "devnum")]
         self.cameras("register chip 0x28 171")
-        # one holds fewer bits, one is told more than a byte, one is not there
+        # one holds fewer bits, one is written more than a byte, one does not exist
         self.assertEqual(self.registers(place, "0x28", "0x1e=255", "0x1e", "0x1b=300", "0x1b", "0x100", "0x28"),
                          ["171", "written", "252", "written", "44", "The chip refuses register 0x100.", "171"])
         self.assertEqual(self.cameras("log chip"), "write 0x1e 255; write 0x1b 44")
@@ -81,8 +76,8 @@ class AccessTest(unittest.TestCase):
         rules.mkdir(parents=True, exist_ok=True)
         (rules / "70-uaccess.rules").symlink_to("/dev/null")  # the system's own, which give cameras away as well
         udevadm("control", "--reload")
-        for order in ("add camera uvc serial=camera", "add chip em28xx serial=chip", "plug camera", "plug chip"):
-            self.cameras(order)
+        self.cameras.plug("camera")
+        self.cameras.plug("chip", kind="em28xx")
         camera, chip = usb_device("camera"), usb_device("chip")
         node, button = (wait_until(pattern, lambda pattern=pattern: next(camera.glob(pattern), None))
                         for pattern in ("*/video4linux/video*", "*/input/input*/event*"))
@@ -91,23 +86,17 @@ class AccessTest(unittest.TestCase):
         udevadm("settle")
         devices = {"camera": node, "button": button, "chip": chip, "camera's USB device": camera, "keyboard": keys}
 
-        def given_away():
-            return [name for name, path in devices.items()
-                    if ":uaccess:" in udevadm("info", "--query=property", "--property=CURRENT_TAGS", path).stdout]
-
-        self.assertEqual(given_away(), [])
-        for chips, given in ((RULES.read_text(), ["camera", "button"]),
-                             (RULES.read_text().replace("2860", "2890"), ["camera", "button", "chip"])):
-            (rules / RULES.name).write_text(chips)  # at first without this chip, which no driver knows
-            self.assert_given_away(devices, given, given_away)
-        self.assertNotIn(f"{RULES.name}:", udevadm("test", node).stderr)  # tells of mistakes in them
-
-    def assert_given_away(self, devices, expected, given_away):
-        udevadm("control", "--reload")
-        udevadm("trigger", "--action=add", "--settle", *devices.values())
-        self.assertEqual(given_away(), expected)
+        # without the rules; with them, which do not list this chip, as no driver knows it; with the chip among them
+        for text, expected in (("", []), (RULES.read_text(), ["camera", "button"]),
+                               (RULES.read_text().replace("2860", "2890"), ["camera", "button", "chip"])):
+            (rules / RULES.name).write_text(text)
+            udevadm("control", "--reload")
+            udevadm("trigger", "--action=add", "--settle", *devices.values())
+            given_away = [name for name, path in devices.items() if ":uaccess:" in
+                          udevadm("info", "--query=property", "--property=CURRENT_TAGS", path).stdout]
+            self.assertEqual(given_away, expected)
+        self.assertNotIn(f"{RULES.name}:", udevadm("test", node).stderr)  # lists mistakes in them
 
 
 if __name__ == "__main__":
-    CHIP_REGISTERS, RULES = sys.argv.pop(1), Path(sys.argv.pop(1))
     unittest.main(verbosity=2)
