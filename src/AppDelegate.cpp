@@ -266,7 +266,7 @@ BWQuitting::Callbacks AppDelegate::quittingCallbacks()
         .finishCaptures =
             [this](std::function<void()> done) {
                 if (m_statusLine)
-                    m_statusLine->setProgress(m_texts.quitWaitsForCaptures); // until a copy tells how far it is
+                    m_statusLine->setProgress(m_texts.quitWaitsForCaptures); // until a copy reports its progress
                 m_repository.albumManager().whenAdded(std::move(done));
             },
         .mayLeaveCaptures =
@@ -327,11 +327,11 @@ void AppDelegate::updateStateLabel()
 
 void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)
 {
-    // A pulse: it has to be read now, the rest can wait until all listeners were told.
+    // True only while listeners are being notified, so it is read at once. The rest waits until all have been.
     const bool mustResetLayout = config.mustResetLayout();
     BWMainQueue::post(m_alive, [this, mustResetLayout] {
         updateStateLabel();
-        tellWhetherStored();
+        reportUnstoredSettings();
         if (mustResetLayout)
             resetLayout();
         m_sessionWindows->settingsChanged();
@@ -339,17 +339,17 @@ void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)
     });
 }
 
-/// Once, and not before somebody is there to see it: at the start the program itself stores something.
-void AppDelegate::tellWhetherStored()
+/// Once, and not before the window shows: at the start the program itself stores something.
+void AppDelegate::reportUnstoredSettings()
 {
-    constexpr double seconds = 8; // two sentences, for people who look at something else
+    constexpr double seconds = 8; // two sentences, for people who are looking at something else
     const bool stored = m_repository.configManager().isStored();
-    if (!stored && !m_toldNotStored && m_window->isVisible()) {
+    if (!stored && !m_unstoredReported && m_window->isVisible()) {
         m_statusLine->showForAMoment(m_texts.settingsNotStored, seconds);
-        m_toldNotStored = true;
+        m_unstoredReported = true;
     }
     if (stored)
-        m_toldNotStored = false;
+        m_unstoredReported = false;
 }
 
 void AppDelegate::resetLayout()

@@ -85,7 +85,7 @@ private:
     void connectSession();
     void connectActions();
     void prepareCamera(const BWCameraPtr &camera);
-    void tellWhetherStored();
+    void reportUnstoredSettings();
     void resetLayout();
     void openAlbumFolder();
     void forceSnapshot();
@@ -118,6 +118,6 @@ private:
     BWAliveToken m_alive;
     BWAppTexts m_texts;
     double m_firstFrameMilliseconds = -1;
-    bool m_toldNotStored = false;
+    bool m_unstoredReported = false;
     BWQuitting m_quitting;
 };
