@@ -3,9 +3,11 @@
 import os
 import subprocess
 import sys
+import unittest
 from collections import namedtuple
 
-from desktop import PATIENCE, Failure, wait_until
+from desktop import HEIGHT, PATIENCE, WIDTH, Desktop, Failure, wait_until
+from live_image import LiveImage, colours
 
 Area = namedtuple("Area", "x y width height")
 
@@ -203,3 +205,61 @@ class Program:
     def click(self, role, name):
         area = self.wait_for(role, name).area
         self.desktop.click(area.x + area.width // 2, area.y + area.height // 2)
+
+
+def probed(file, *options):
+    """What ffprobe, which is none of ours, says about a picture or movie."""
+    return subprocess.run(["ffprobe", "-v", "error", *options, "-of", "csv=p=0", file], capture_output=True, text=True,
+                          check=True).stdout.strip()
+
+
+def frames_of(movie):
+    return int(probed(movie, "-count_frames", "-show_entries", "stream=nb_read_frames") or 0)
+
+
+def wait_for_picture(program):
+    """The live image, once the camera's picture is in it."""
+    live = LiveImage(program.desktop, program.wait_for(None, "Live image").area)
+    wait_until("the camera's picture is to be seen", lambda: live.width() > 100 and colours(live.picture()) > 300)
+    return live
+
+
+def answer_product_question(program):
+    """With the product that is marked."""
+    program.wait_for_active("dialog", "Which camera is this?")
+    program.confirm_question()
+    program.activate(program.wait_for("frame"))  # a click would be lost until then
+
+
+class ProgramTest(unittest.TestCase):
+    """Tests of the program that the command line names first, each on a desktop of its own."""
+
+    executable = None
+    screen_size = (WIDTH, HEIGHT)
+
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop(size=self.screen_size))
+        self.album = self.desktop.home / "BrimwellPro" / "Default Album"
+        self.settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
+
+    def start(self, *arguments, environment=None):
+        self.program = Program(self.desktop, [self.executable, *arguments], environment)
+
+    def store(self, setting):
+        self.settings.parent.mkdir(parents=True)
+        self.settings.write_text(f"[General]\n{setting}\n")
+
+    def make_pictures(self, size):
+        """Three snapshots in the album."""
+        self.album.mkdir(parents=True)
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"testsrc2=s={size}", "-frames:v", "3",
+                        self.album / "20240607_image_%03d.jpg"], check=True)
+
+    def hand(self, action):
+        """Does something to the first simulated camera."""
+        self.program.click("push button", f"High Resolution Microscope 1: {action}")
+
+    @classmethod
+    def main(cls):
+        cls.executable = sys.argv.pop(1)
+        unittest.main(verbosity=2)

@@ -5,26 +5,15 @@ name and is reached by keys, in an order that makes sense; Escape closes what ma
 usage: test_accessibility.py PROGRAM
 """
 
-import subprocess
-import sys
-import unittest
+from desktop import wait_until
+from keyboard_walk import KeyboardWalk
+from program import ProgramTest
 
-from desktop import Desktop, wait_until
-from keyboard_walk import KeyboardWalk, MenuWalk
-from program import Program
-
-PROGRAM = None
 CAMERA = "High Resolution Microscope 1"
 MAIN = ("frame", "BrimwellPro")
 
 
-class Accessibility(unittest.TestCase):
-    def setUp(self):
-        self.desktop = self.enterContext(Desktop())
-
-    def start(self, *arguments):
-        self.program = Program(self.desktop, [PROGRAM, *arguments])
-
+class Accessibility(ProgramTest):
     def walk(self, role, name=None):
         window = self.program.wait_for_active(role, name)
         self.assertEqual(KeyboardWalk(self.desktop, window).run(), [], window.name)
@@ -48,20 +37,13 @@ class Accessibility(unittest.TestCase):
         wait_until(f'"{name}" is gone', lambda: all(window.name != name for window in self.program.windows()))
         self.program.wait_for_active(*MAIN)
 
-    def hand(self, action):
-        self.program.click("push button", f"{CAMERA}: {action}")
-
     def test_with_a_camera(self):
-        album = self.desktop.home / "BrimwellPro" / "Default Album"
-        album.mkdir(parents=True)
-        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=320x240", "-frames:v", "3",
-                        album / "20240607_image_%03d.jpg"], check=True)
+        self.make_pictures("320x240")
         self.start("--simulate", "high", "--technician")
         self.walk("dialog", "Which camera is this?")
         self.program.confirm_question()
 
         self.walk(*MAIN)
-        self.assertEqual(MenuWalk(self.desktop, self.program.window(*MAIN)).run(), [])
         for name, *keys in (("Settings", "ctrl+comma"), ("Advanced settings", "F8"), ("Albums", "F9"), ("Help", "F1"),
                             ("Grid debugger", "alt+t", "g"), ("Register debugger", "alt+t", "r"),
                             ("About BrimwellPro", "alt", "Left", "Down", "Down", "Return")):
@@ -104,5 +86,4 @@ class Accessibility(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    PROGRAM = sys.argv.pop(1)
-    unittest.main(verbosity=2)
+    Accessibility.main()

@@ -6,31 +6,23 @@ usage: test_albums.py PROGRAM
 """
 
 import subprocess
-import sys
-import unittest
 from urllib.parse import unquote
 
-from desktop import Desktop, wait_until
+from desktop import wait_until
 from live_image import colours
-from program import Program
+from program import ProgramTest, answer_product_question
 
-PROGRAM = None
 NAMES = [f"20240607_image_{number:03d}" for number in (1, 2, 3)]
 HELD = 0.7  # seconds; a drag begins after half a second
 
 
-class Albums(unittest.TestCase):
+class Albums(ProgramTest):
     def setUp(self):
-        self.desktop = self.enterContext(Desktop())
-        self.album = self.desktop.home / "BrimwellPro" / "Default Album"
-        self.album.mkdir(parents=True)
-        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=640x480", "-frames:v", "3",
-                        self.album / "20240607_image_%03d.jpg"], check=True)
+        super().setUp()
+        self.make_pictures("640x480")
         self.pictures = {file.name: file.read_bytes() for file in self.album.iterdir()}
-        self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"])
-        self.program.wait_for("dialog")
-        self.program.confirm_question()
-        self.program.activate(self.program.wait_for("frame"))
+        self.start("--simulate", "high")
+        answer_product_question(self.program)
         self.desktop.key("F9")
         for name in NAMES:
             area = self.cell(name).area
@@ -163,21 +155,7 @@ class Albums(unittest.TestCase):
         self.desktop.key("Escape")  # the help lies over the title of the camera window
         self.program.quit()
 
-    def test_snapshot_while_open(self):
-        self.focus_grid()
-        self.desktop.key("End")
-        wait_until("a screen reader hears what is selected", lambda: self.cells() == [
-            (f"{NAMES[2]}, image", False), (f"{NAMES[1]}, image", False), (f"{NAMES[0]}, image", True)])
-        self.program.wait_for("label", "Selected: 1 of 3")
-        self.program.click("push button", "Snapshot")
-        new = wait_until("there is a snapshot", lambda: [file for file in self.album.glob("*.jpg")
-                                                         if file.name not in self.pictures])[0]
-        wait_until("it is the first, and nothing is selected", lambda: self.cells() == [
-            (f"{name}, image", False) for name in (new.stem, *reversed(NAMES))])
-        self.program.wait_for("label", "Total: 4")
-        self.program.quit()
 
 
 if __name__ == "__main__":
-    PROGRAM = sys.argv.pop(1)
-    unittest.main(verbosity=2)
+    Albums.main()

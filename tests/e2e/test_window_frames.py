@@ -5,30 +5,24 @@ usage: test_window_frames.py PROGRAM
 """
 
 import re
-import sys
-import unittest
 
-from desktop import Desktop, wait_until
-from program import Area, Program
+from desktop import wait_until
+from program import Area, ProgramTest
 
-PROGRAM = None
 SCREEN = (1600, 1600)  # there is room below the camera window, and beside it
 TITLE = 40  # what is left to be seen of the settings by the panel that opens later
 OPENED = {"Settings": "ctrl+comma", "Advanced settings": "F8", "Albums": "F9"}
 SIZE = (977, 550)
 
 
-class WindowFrames(unittest.TestCase):
+class WindowFrames(ProgramTest):
     def setUp(self):
-        self.screen = tuple(map(int, re.findall(r"\d+", self.id()))) or SCREEN
-        self.desktop = self.enterContext(Desktop(size=self.screen))
-        self.settings = self.desktop.home / ".config" / "BrimwellPro" / "BrimwellPro.conf"
-        self.settings.parent.mkdir(parents=True)
-        # The question for the product would stand in the way.
-        self.settings.write_text('[General]\nbwp2x_product_for_camera="{\\"wired_high\\":\\"mx50_40\\"}"\n')
+        self.screen_size = tuple(map(int, re.findall(r"\d+", self.id()))) or SCREEN
+        super().setUp()
+        self.store('bwp2x_product_for_camera="{\\"wired_high\\":\\"mx50_40\\"}"')  # its question would be in the way
 
-    def start(self, opened=tuple(OPENED)):
-        self.program = Program(self.desktop, [PROGRAM, "--simulate", "high"])
+    def start_with_panels(self, opened=tuple(OPENED)):
+        self.start("--simulate", "high")
         self.program.wait_for(None, "Live streaming with: Digital Microscope MX50/MX40")
         self.toggle(*opened)
 
@@ -103,33 +97,21 @@ class WindowFrames(unittest.TestCase):
             raise self.problem from None
 
     def test_remembered(self):
-        self.start()
+        self.start_with_panels()
         left = self.leave_apart()
         self.program.quit()
         stored = self.settings.read_text()
         for name in ("main", "settings", "advanced_settings", "albums"):
             self.assertIn(f"bwp2x_frame_{name}=", stored)
-        self.start()
+        self.start_with_panels()
         self.assertEqual(self.frames(), left)
-        self.program.quit()
-
-    def test_put_back(self):
-        self.start()
-        self.wait_until_put_back()  # as it is the first start
-        self.leave_apart()
-        self.program.activate(self.program.wait_for("frame", "Settings"))
-        self.program.click("push button", "Restore layout")
-        self.wait_until_put_back()
-        self.program.quit()
-        self.start()
-        self.wait_until_put_back()
         self.program.quit()
 
     def test_put_back_while_closed(self):
         """A panel that is closed then belongs to its place when it is shown, in whatever run that is."""
-        self.start(opened=())  # the first start of all
+        self.start_with_panels(opened=())  # the first start of all
         self.program.quit()
-        self.start()
+        self.start_with_panels()
         self.wait_until_put_back()
         self.leave_apart()
         self.toggle("Albums", "Advanced settings")
@@ -137,21 +119,21 @@ class WindowFrames(unittest.TestCase):
         self.program.click("push button", "Restore layout")
         self.toggle("Settings")
         self.program.quit()
-        self.start(opened=())
+        self.start_with_panels(opened=())
         self.program.quit()
-        self.start(opened=("Settings", "Albums", "Advanced settings"))
+        self.start_with_panels(opened=("Settings", "Albums", "Advanced settings"))
         self.wait_until_put_back()
         self.leave_apart()
         self.program.quit()
         stored = self.settings.read_text().splitlines()
         self.settings.write_text("\n".join(line for line in stored if "bwp2x_frame_" not in line))
-        self.start()  # as if the windows had been left on another kind of desktop
+        self.start_with_panels()  # as if the windows had been left on another kind of desktop
         self.wait_until_put_back()
         self.program.quit()
 
     def test_on_1280x800(self):
-        self.start(opened=("Albums", "Settings", "Advanced settings"))
-        main, albums, screen = self.frame("BrimwellPro"), self.frame("Albums"), Area(0, 0, *self.screen)
+        self.start_with_panels(opened=("Albums", "Settings", "Advanced settings"))
+        main, albums, screen = self.frame("BrimwellPro"), self.frame("Albums"), Area(0, 0, *self.screen_size)
         self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
         self.desktop.key("F1")
         self.program.wait_for("frame", "Help")
@@ -168,18 +150,17 @@ class WindowFrames(unittest.TestCase):
     test_on_1024x600 = test_on_1280x800
 
     def test_not_remembered(self):
-        self.start()
+        self.start_with_panels()
         self.leave_apart()
         self.program.click("combo box", "Remember window layout")
         for key in ("End", "Return"):
             self.desktop.key(key)
         wait_until("that is stored", lambda: "bwp2x_remember_layout=no" in self.settings.read_text())
         self.program.quit()
-        self.start()
+        self.start_with_panels()
         self.wait_until_put_back()
         self.program.quit()
 
 
 if __name__ == "__main__":
-    PROGRAM = sys.argv.pop(1)
-    unittest.main(verbosity=2)
+    WindowFrames.main()
