@@ -1,4 +1,4 @@
-#include "BWACUDriver/BWMovieCompletion.h"
+#include "BWACUDriver/BWMovie.h"
 #include "camera/BWFrameInspector.h"
 #include "OpenedCamera.h"
 

@@ -1,3 +1,4 @@
+#include "BWACUDriver/BWJpegHeader.h"
 #include "media/BWJpeg.h"
 #include "MediaFixture.h"
 #include "TestFrames.h"
@@ -104,8 +105,8 @@ private Q_SLOTS:
     {
         const QByteArray jpeg = detailedJpeg(160, 120);
         const QByteArray bare = withoutHuffmanTables(jpeg);
-        QVERIFY(BWJpeg::hasHuffmanTables(bytes(jpeg), size_t(jpeg.size())));
-        QVERIFY(!BWJpeg::hasHuffmanTables(bytes(bare), size_t(bare.size())));
+        QVERIFY(BWJpegHeader(bytes(jpeg), size_t(jpeg.size())).hasHuffmanTables());
+        QVERIFY(!BWJpegHeader(bytes(bare), size_t(bare.size())).hasHuffmanTables());
 
         const QByteArray whole = completed(bare + QByteArray(100, '\0'));
         QCOMPARE(huffmanTablesOf(whole), huffmanTablesOf(jpeg)); // those that the encoder's authors wrote down

@@ -1,4 +1,4 @@
-#include "BWACUDriver/BWMovieCompletion.h"
+#include "BWACUDriver/BWMovie.h"
 #include "media/BWMovieWriter.h"
 #include "MediaFixture.h"
 #include "MovieProbe.h"

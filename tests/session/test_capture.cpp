@@ -1,7 +1,7 @@
 #include "../Rows.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
-#include "BWACUDriver/BWMovieCompletion.h"
+#include "BWACUDriver/BWMovie.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWCaptureController.h"

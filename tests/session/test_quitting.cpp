@@ -1,5 +1,5 @@
 #include "../Rows.h"
-#include "BWACUDriver/BWMovieCompletion.h"
+#include "BWACUDriver/BWMovie.h"
 #include "Model/Session/BWQuitting.h"
 #include "SessionBench.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulated/BWPictureSource.h"
+#include "simulated/picture/BWPictureSource.h"
 
 #include <QByteArray>
 #include <QImage>

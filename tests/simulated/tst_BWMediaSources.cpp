@@ -1,6 +1,6 @@
 #include "MovieProbe.h"
 #include "PictureProbe.h"
-#include "simulated/picture/BWMakePictureSource.h"
+#include "simulated/picture/BWPictureSource.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "PictureProbe.h"
-#include "simulated/picture/BWMakePictureSource.h"
+#include "simulated/picture/BWPictureSource.h"
 
 #include <QTest>
 

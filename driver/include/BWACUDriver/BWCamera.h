@@ -1,11 +1,10 @@
 #pragma once
 
 #include "BWACUDriver/BWCameraSetting.h"
+#include "BWACUDriver/BWCameraStatus.h"
 #include "BWACUDriver/BWDetectedCamera.h"
 #include "BWACUDriver/BWFrame.h"
-#include "BWACUDriver/BWRecordingStatus.h"
 #include "BWACUDriver/BWResolution.h"
-#include "BWACUDriver/BWStartProblem.h"
 
 #include <chrono>
 #include <functional>
@@ -14,33 +13,25 @@
 
 class BWStreamSession;
 
-/// Counts kept by a camera since it was opened.
-struct BWCameraStatistics {
-    uint64_t framesDelivered = 0; ///< handed to the frame callback
-    uint64_t framesBad = 0; ///< skipped because the device flagged them, or torn or truncated on arrival
-    uint64_t framesLost = 0; ///< gaps in the device's sequence numbers
-    uint64_t streamRestarts = 0; ///< restarts after the device stopped delivering
-};
-
 /// A capture session on one camera.
 ///
 /// Threads: operations may be called on any thread and never wait for the hardware; they are carried out in order on
 /// the camera's own capture thread, and every completion is called there, exactly once, in every state. Callbacks
-/// arrive on the capture thread, except snapshots, which arrive on a worker of the camera; where the capture thread
-/// hangs, stopRecording() and the destructor tell of a recording. Callbacks are set right after the session is made; a
-/// callback set to nothing is not called. No callback is called after the destructor has returned. Do not destroy a
-/// camera inside one of its callbacks.
+/// arrive on the capture thread, except snapshots, which arrive on a worker of the camera; if the capture thread
+/// hangs, stopRecording() and the destructor report the end of a recording. Callbacks are set right after the session
+/// is made; a callback set to nothing is not called. No callback is called after the destructor has returned. Do not
+/// destroy a camera inside one of its callbacks.
 ///
 /// Ownership: held by BWCameraManager and whoever else keeps the shared pointer. The destructor stops the stream and
-/// waits for the capture thread; after two seconds without an answer of the device, and with no movie left to be
-/// completed, it leaves that thread behind. Completions that are open then come later or never.
+/// waits for the capture thread; if the device does not answer for two seconds and no movie is left to be completed,
+/// it abandons that thread. Completions still open then come later or never.
 class BWCamera {
 public:
     using Completion = std::function<void()>;
     using StartCompletion = std::function<void(bool success)>;
     using FrameCallback = std::function<void(BWCamera &, const BWFrame &)>;
     using SnapshotCallback = std::function<void(BWCamera &, const QByteArray &jpeg)>;
-    /// `status` is that of the recording that is told about, whatever the camera does by then.
+    /// `status` is that of the recording being reported, whatever the camera does by then.
     using RecordingCallback = std::function<void(BWCamera &, bool recording, const BWRecordingStatus &status)>;
     using HardwareButtonCallback = std::function<void(BWCamera &)>;
     using StreamProblemCallback = std::function<void(BWCamera &, const BWStartProblem &)>;
@@ -50,23 +41,23 @@ public:
     BWCamera(const BWCamera &) = delete;
     BWCamera &operator=(const BWCamera &) = delete;
 
-    /// How many capture threads there are in this process, those included that were left behind and may come back at any
-    /// moment. Any thread.
+    /// The number of capture threads in this process, including abandoned ones, which may come back at any moment. Any
+    /// thread.
     static int runningThreads();
 
     const BWDetectedCameraPtr &detectedCamera() const;
     QString identifierForProducts() const;
     QString identifierForCameraType() const;
 
-    /// Starts streaming. False means that the camera cannot be had now (another program holds it, or it is gone).
-    /// Starting a started camera answers true and changes nothing.
+    /// Starts streaming. False means that the camera is not available now (another program holds it, or it is gone).
+    /// Starting a started camera succeeds and changes nothing.
     void startWithCompletion(StartCompletion completion);
 
     /// Why the last start failed; none after a successful one. Any thread.
     BWStartProblem startProblem() const;
 
     /// Stops streaming, and a recording. The completion follows when the device is released, the last still delivered,
-    /// the movie complete and its end told; no frame callback comes after it until the next start. Stopping a stopped
+    /// the movie complete and its end reported; no frame callback comes after it until the next start. Stopping a stopped
     /// camera only calls the completion.
     void stopWithCompletion(Completion completion);
 
@@ -75,10 +66,10 @@ public:
 
     /// Changes the capture size; the completion follows when it is in effect. A streaming camera is stopped and
     /// restarted around the change. A size that the device does not have becomes the nearest it has (by area), and
-    /// defaultResolution() tells which.
+    /// defaultResolution() returns that one.
     void setResolution(BWResolution resolution, Completion completion);
 
-    /// The size the session is running at, or will start with.
+    /// The size at which the session runs, or will start.
     BWResolution defaultResolution() const;
 
     /// Applies one control at once. Values are clamped to the control's range; a control that the device does not
@@ -88,23 +79,23 @@ public:
     /// The control with that code, or null. The pointer is valid as long as the camera is.
     std::shared_ptr<BWCameraSetting> settingForIdentifier(int identifier) const;
 
-    /// Asks for one still, delivered through the snapshot callback as JPEG data: the camera's own bytes where it
-    /// streams MJPEG (with the standard Huffman tables put in if it leaves them out), else encoded once. Each call
-    /// takes one good frame of its own, in order. A camera that is not streaming delivers nothing; requests that are
-    /// open when the stream stops are dropped and logged.
+    /// Requests one still, delivered through the snapshot callback as JPEG data: the camera's own bytes if it streams
+    /// MJPEG (with the standard Huffman tables inserted if it leaves them out), else encoded once. Each call takes one
+    /// good frame of its own, in order. A camera that is not streaming delivers nothing; requests still open when the
+    /// stream stops are dropped and logged.
     void takeSnapshot();
 
-    /// Starts writing a QuickTime movie at that path, from the next frame on. The recording callback tells when it has
-    /// really begun, and exactly once when it is over, even if no frame came. False, and nothing is told or written,
-    /// while another recording runs or the camera does not stream.
+    /// Starts writing a QuickTime movie at that path, from the next frame on. The recording callback reports when it has
+    /// really begun, and exactly once that it is over, even if no frame came. False, and nothing is reported or
+    /// written, while another recording runs or the camera does not stream.
     bool startRecording(const QString &path);
     /// Whether a recording runs: from startRecording() until the file is complete.
     bool recording() const;
-    /// Ends a recording. Returns when its file is complete and, unless on the capture thread, its end told.
+    /// Ends a recording. Returns when its file is complete and, unless on the capture thread, its end reported.
     void stopRecording();
     /// Ends the recording to that path, and no other, without waiting for its file. False if it has ended already.
     bool endRecording(const QString &path, BWRecordingStatus::End reason = BWRecordingStatus::End::Asked);
-    /// Of the recording that runs, else of the last one. Any thread.
+    /// Of the current recording, else of the last one. Any thread.
     BWRecordingStatus recordingStatus() const;
 
     void setOnCameraFrame(FrameCallback callback);
@@ -112,11 +103,11 @@ public:
     void setOnCameraRecording(RecordingCallback callback);
     void setOnCameraHardwareButton(HardwareButtonCallback callback);
     /// Called with the reason when a running stream could not be restarted, after a change of the size or a fault, and
-    /// with none when it runs again. The camera keeps trying in between.
+    /// with Kind::None when it runs again. The camera keeps trying in between.
     void setOnCameraStreamProblem(StreamProblemCallback callback);
 
-    /// Whether a press of the camera's button reaches the callback whichever window has the keyboard. Where it does
-    /// not (the button's device may not be read), the desktop may still hand it to a window as a key. Any thread.
+    /// Whether a press of the camera's button reaches the callback whichever window has the keyboard. If not (the
+    /// button's device may not be read), the desktop may still send it to a window as a key. Any thread.
     bool readsHardwareButton() const;
 
     /// How long the device may be silent before its stream is restarted; 2 s at first. Any thread.
@@ -139,7 +130,7 @@ public:
     /// nothing. The completion follows in any case.
     void setVideoNorm(int norm, Completion completion);
 
-    /// The chip register's value, 0 to 255; 0 where it cannot be read. Waits for the device.
+    /// The chip register's value, 0 to 255; 0 if it cannot be read. Waits for the device.
     int readRegisterWithIdentifier(int identifier);
 
     /// Writes the low 8 bits of `value`. Waits for the device.

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "BWACUDriver/BWBlockedCamera.h"
 #include "BWACUDriver/BWDetectedCamera.h"
 
 #include <functional>
 #include <QList>
 
-/// A way of reaching cameras: a kernel interface, or simulation. Plugged into BWCameraDetector, which owns it.
+/// A way to reach cameras: a kernel interface, or simulation. Plugged into BWCameraDetector, which owns it.
 class BWCameraBackend {
 public:
     /// Where a backend reports devices; may be called on any thread, in the order of the events.
@@ -17,14 +16,14 @@ public:
 
     virtual ~BWCameraBackend() = default;
 
-    /// Begins to watch for devices that fit one of the descriptions, and reports those already attached. Called once,
+    /// Starts watching for devices that match one of the descriptions, and reports those already attached. Called once,
     /// on the main thread. The events may be called until the backend is destroyed.
     virtual void start(const QList<BWCameraDescriptionPtr> &descriptions, Events events) = 0;
 
-    /// True while a fitting device is attached that has not yet been reported as found. Main thread.
+    /// True while a matching device is attached that has not yet been reported as found. Main thread.
     virtual bool pendingDevices() const = 0;
 
-    /// Fitting devices that are attached and can neither be used nor are likely to become usable by waiting. They are
+    /// Matching devices that are attached, cannot be used, and are unlikely to become usable by themselves. They are
     /// reported as found as soon as they can be used after all. Main thread.
     virtual QList<BWBlockedCamera> blockedCameras() const { return {}; }
 };

@@ -7,8 +7,8 @@
 #include <QObject>
 #include <vector>
 
-/// Hot-plug detection over all backends. Main thread only; both callbacks arrive there, each through the event loop,
-/// never inside startCamerasDetection().
+/// Hot-plug detection over all backends. Main thread only; both callbacks arrive there through the event loop, never
+/// inside startCamerasDetection().
 class BWCameraDetector : public QObject {
     Q_OBJECT
 
@@ -29,7 +29,7 @@ public:
                      std::vector<std::unique_ptr<BWCameraBackend>> backends);
     ~BWCameraDetector() override;
 
-    /// Called once for each device that is attached, those attached before the start of detection included.
+    /// Called once for each attached device, including those attached before detection started.
     void setCameraFoundBlock(DeviceCallback callback);
     /// Called once for each found device that goes away.
     void setCameraRemovedBlock(DeviceCallback callback);
@@ -40,7 +40,7 @@ public:
     /// True while a supported device is attached and still being prepared.
     bool pendingDevices() const;
 
-    /// Attached devices that would be supported, if they could be opened.
+    /// Attached devices that would be supported if they could be opened.
     QList<BWBlockedCamera> blockedCameras() const;
 
 protected:

@@ -5,7 +5,7 @@
 #include <QList>
 #include <QStringList>
 
-/// The list of opened cameras, in the order in which they were first added: one that comes back takes its old place.
+/// The opened cameras, in the order in which they were first added: one that comes back takes its old place.
 /// Main thread only.
 class BWCameraManager {
 public:
@@ -19,5 +19,5 @@ public:
 
 private:
     QList<BWCameraPtr> m_cameras;
-    QStringList m_places; ///< identifiers of all cameras that were ever added
+    QStringList m_places; ///< identifiers of all cameras ever added
 };

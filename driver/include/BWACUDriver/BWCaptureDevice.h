@@ -1,15 +1,15 @@
 #pragma once
 
+#include "BWACUDriver/BWCameraStatus.h"
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
-#include "BWACUDriver/BWStartProblem.h"
 
 #include <chrono>
 #include <functional>
 #include <QString>
 #include <vector>
 
-/// A control that a device has.
+/// One control of a device.
 struct BWControlInfo {
     int identifier = 0; ///< BWSettingCode
     double min = 0;
@@ -20,30 +20,30 @@ struct BWControlInfo {
 };
 
 /// A backend's side of a session on one device. BWCamera owns it and calls it on its capture thread only, except
-/// where told otherwise, so an implementation needs no lock of its own for what it does there.
+/// where noted, so an implementation needs no lock of its own for what it does there.
 class BWCaptureDevice {
 public:
     enum class WaitResult {
         Frame, ///< a good frame
         BadFrame, ///< a frame that must be skipped (flagged in error by the device)
         Nothing, ///< the time is over, or interrupt() was called
-        Gone, ///< the device was unplugged; it delivers nothing any more
+        Gone, ///< the device was unplugged; it delivers no more frames
     };
 
     virtual ~BWCaptureDevice() = default;
 
-    /// Called once before anything else, on any thread. What is given is called on any thread until the device is
+    /// Called once before anything else, on any thread. The callbacks may be called on any thread until the device is
     /// destroyed: `button` for each press, `control` when the device itself moved a control.
     virtual void setEvents(std::function<void()> button, std::function<void(int identifier, double value)> control) = 0;
 
     /// Fixed for the life of the device. Any thread.
     virtual std::vector<BWControlInfo> controls() const = 0;
 
-    /// The size the device is set to. Called on the capture thread, and once before it runs. A start may change it: what
-    /// a device really delivers it tells only then.
+    /// The size the device is set to. Called on the capture thread, and once before it runs. A start may change it: only
+    /// then does a device state what it really delivers.
     virtual BWResolution resolution() const = 0;
     /// Sets the nearest size that the device has. Called only while not streaming.
-    virtual void setResolution(BWResolution wished) = 0;
+    virtual void setResolution(BWResolution requested) = 0;
 
     virtual BWStartProblem startStreaming() = 0;
     /// Frames that are still held elsewhere stay valid afterwards.
@@ -54,14 +54,14 @@ public:
     /// Makes a waiting waitFrame(), or else the next one, return at once. Any thread.
     virtual void interrupt() = 0;
 
-    /// False while it is right that no frame comes, as with a camera whose frames are asked for one by one: silence is
-    /// then not taken for a fault. Capture thread.
+    /// False while no frame is due, as with a camera whose frames are requested one by one: silence is then not taken
+    /// for a fault. Capture thread.
     virtual bool expectsFrames() const { return true; }
 
     /// Whether presses of the device's button reach the button event whichever window has the keyboard. Any thread.
     virtual bool readsButton() const { return true; }
 
-    /// Sets one control and returns the value that the device took.
+    /// Sets one control and returns the value that the device accepted.
     virtual double setControl(int identifier, double value) = 0;
 
     // Bridge-chip devices only.

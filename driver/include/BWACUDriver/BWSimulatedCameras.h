@@ -1,10 +1,10 @@
 #pragma once
 
 #include "BWACUDriver/BWCameraBackend.h"
+#include "BWACUDriver/BWCameraStatus.h"
 #include "BWACUDriver/BWClock.h"
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
-#include "BWACUDriver/BWStartProblem.h"
 
 #include <chrono>
 #include <memory>
@@ -32,9 +32,9 @@ struct BWSimulatedCameraOptions {
     static QStringList typeNames();
 };
 
-/// The hand that holds a simulated camera: plugs it, unplugs it, presses its button and makes it misbehave.
-/// All operations may be called on any thread at any time; those on a camera that is not plugged in have no effect
-/// unless told otherwise.
+/// The hand that holds a simulated camera: plugs it in, unplugs it, presses its button and makes it misbehave.
+/// All operations may be called on any thread at any time; unless noted, they have no effect on a camera that is not
+/// plugged in.
 class BWSimulatedCamera {
 public:
     virtual ~BWSimulatedCamera() = default;
@@ -44,16 +44,16 @@ public:
     virtual QString title() const = 0;
 
     virtual bool isPluggedIn() const = 0;
-    virtual void plugIn() = 0; ///< begins the pending phase, or is found at once
+    virtual void plugIn() = 0; ///< starts the pending phase, or the camera is found at once
     virtual void unplug() = 0; ///< at any moment, streaming included
 
     virtual void pressButton() = 0;
 
-    /// Starts fail for that reason until it is set to none. A bus without bandwidth (NoBandwidth) still carries the
+    /// Starts fail for that reason until it is reset to Kind::None. A bus without bandwidth (NoBandwidth) still carries the
     /// camera's smallest size. Kept over unplugging.
     virtual void setStartProblem(const BWStartProblem &problem) = 0;
     virtual BWStartProblem startProblem() const = 0;
-    /// As if a program whose name cannot be seen held it, or nobody.
+    /// As if it were held by a program whose name cannot be seen, or by none.
     void setInUse(bool inUse) { setStartProblem({inUse ? BWStartProblem::Kind::InUse : BWStartProblem::Kind::None}); }
 
     virtual void stall() = 0; ///< delivers nothing until the stream is restarted

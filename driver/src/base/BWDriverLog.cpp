@@ -2,3 +2,4 @@
 
 Q_LOGGING_CATEGORY(bwDriver, "bw.driver", QtInfoMsg)
 Q_LOGGING_CATEGORY(bwSimulation, "bw.sim", QtInfoMsg)
+Q_LOGGING_CATEGORY(bwMedia, "bw.media", QtInfoMsg)

@@ -4,3 +4,4 @@
 
 Q_DECLARE_LOGGING_CATEGORY(bwDriver) ///< "bw.driver": detection and capture sessions
 Q_DECLARE_LOGGING_CATEGORY(bwSimulation) ///< "bw.sim": simulated cameras
+Q_DECLARE_LOGGING_CATEGORY(bwMedia) ///< "bw.media": JPEG, movies

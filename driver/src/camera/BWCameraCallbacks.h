@@ -25,7 +25,7 @@ public:
     void hardwareButton() const { call(&Table::button); }
     void streamProblem(const BWStartProblem &problem) const { call(&Table::streamProblem, problem); }
 
-    /// No callback begins any more.
+    /// No callback starts after this.
     void clear()
     {
         const std::lock_guard lock(m_mutex);

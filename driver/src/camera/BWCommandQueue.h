@@ -7,28 +7,28 @@
 #include <mutex>
 #include <optional>
 
-/// Ordered commands for one worker thread. Any thread posts, the worker runs; where that hangs another may stand in for
-/// it, and then no command runs twice.
+/// Ordered commands for one worker thread. Any thread posts, the worker runs them; if it hangs, another thread may run
+/// them in its place, and no command runs twice.
 class BWCommandQueue {
 public:
     using Command = std::function<void()>;
 
     void post(Command command);
 
-    /// As post(), but if a command with the same key is still waiting, it is replaced where it stands: of many values
-    /// for one thing only the newest is worth the work.
+    /// As post(), but replaces a waiting command with the same key, in its place in the queue: of many values for one
+    /// control only the newest is worth sending.
     void postNewest(int key, Command command);
 
-    /// The worker is to finish: what is in the queue still runs, and waiting ends.
+    /// Lets the worker finish: what is in the queue still runs, and waiting ends.
     void close();
     bool isClosed() const;
 
-    /// Runs the commands that are waiting now, not those that come meanwhile. Worker thread.
+    /// Runs the commands that are waiting now, not those posted meanwhile. Worker thread.
     void runWaiting();
 
     /// Waits until there is a command or the queue is closed. Worker thread.
     void wait();
-    /// The same, but not for longer than `time`; false when the time was over first.
+    /// The same, but no longer than `time`; false if it ran out.
     bool waitFor(std::chrono::nanoseconds time);
 
     bool isEmpty() const;

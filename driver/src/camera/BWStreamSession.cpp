@@ -15,7 +15,7 @@ using Clock = std::chrono::steady_clock;
 thread_local const void *capturingSession = nullptr;
 thread_local const void *snapshotSession = nullptr;
 
-// No device needs as long to stop; a movie may.
+// No device takes this long to stop; a movie may.
 constexpr std::chrono::seconds deviceTime(2);
 constexpr std::chrono::minutes movieTime(2);
 
@@ -36,7 +36,7 @@ QString inWords(const BWStartProblem &problem)
     case BWStartProblem::Kind::NoDriver:
         return QStringLiteral("no driver for it");
     case BWStartProblem::Kind::Gone:
-        return QStringLiteral("it is not attached any more");
+        return QStringLiteral("it is no longer attached");
     case BWStartProblem::Kind::Failed:
         return QStringLiteral("it failed");
     }
@@ -70,8 +70,8 @@ BWStreamSession::BWStreamSession(BWCamera &camera, BWDetectedCameraPtr detectedC
           m_callbacks.snapshot(jpeg);
       }),
       m_recorder([this](bool recording, const BWRecordingStatus &status) {
-          m_recordingNews.post([this, recording, status] { m_callbacks.recording(recording, status); });
-          post([this] { m_recordingNews.runWaiting(); });
+          m_recordingReports.post([this, recording, status] { m_callbacks.recording(recording, status); });
+          post([this] { m_recordingReports.runWaiting(); });
       }),
       m_resolution(device->resolution()),
       m_device(std::move(device))
@@ -82,7 +82,7 @@ BWStreamSession::BWStreamSession(BWCamera &camera, BWDetectedCameraPtr detectedC
 
 void BWStreamSession::shutDown()
 {
-    m_recorder.end(); // here, for the movie must become whole even if the device hangs
+    m_recorder.end(); // here, as the movie must be completed even if the device hangs
     m_queue.close();
     m_device->interrupt();
     if (!onOwnThread()) {
@@ -90,11 +90,10 @@ void BWStreamSession::shutDown()
             m_thread.join();
             return;
         }
-        qCWarning(bwDriver).noquote() << m_detectedCamera->description()
-                                      << "does not answer; its thread is left behind";
+        qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "does not answer; its thread is abandoned";
         if (!m_recorder.isActive()) {
-            m_recorder.waitUntilComplete(); // its end is about to be told
-            m_recordingNews.runWaiting();
+            m_recorder.waitUntilComplete(); // its end is about to be reported
+            m_recordingReports.runWaiting();
         }
     }
     m_callbacks.clear();
@@ -201,10 +200,10 @@ void BWStreamSession::stopRecording()
     m_recorder.waitUntilComplete();
     if (capturingSession == this)
         return;
-    const auto told = std::make_shared<std::promise<void>>();
-    post([told] { told->set_value(); });
-    if (told->get_future().wait_for(deviceTime) != std::future_status::ready)
-        m_recordingNews.runWaiting();
+    const auto reported = std::make_shared<std::promise<void>>();
+    post([reported] { reported->set_value(); });
+    if (reported->get_future().wait_for(deviceTime) != std::future_status::ready)
+        m_recordingReports.runWaiting();
 }
 
 int BWStreamSession::readRegister(int identifier)
@@ -270,7 +269,7 @@ void BWStreamSession::run()
     }
     doStop();
     m_snapshots.finish();
-    m_queue.runWaiting(); // what the end of a recording has to tell
+    m_queue.runWaiting(); // the end of a recording
 }
 
 void BWStreamSession::captureFrame()
@@ -347,10 +346,10 @@ void BWStreamSession::doStop()
         m_device->stopStreaming();
     if (m_state != State::Gone)
         m_state = State::Stopped;
-    // With the device released nothing is held up by the disk any more, and whoever quits now quits with whole files.
+    // With the device released the disk holds nothing up, and a program that quits after this leaves whole files.
     m_snapshots.waitUntilDelivered();
     m_recorder.waitUntilComplete();
-    m_recordingNews.runWaiting(); // now, or it would come after the completion of the stop
+    m_recordingReports.runWaiting(); // now, or it would come after the completion of the stop
     m_streamProblem = {};
     m_started = false;
 }
@@ -360,7 +359,7 @@ void BWStreamSession::doSetResolution(BWResolution resolution)
     if (!deviceIsUsable())
         return;
     if (!resolution.isValid()) {
-        qCWarning(bwDriver) << "No resolution:" << resolution.dimensions();
+        qCWarning(bwDriver) << "Not a resolution:" << resolution.dimensions();
         return;
     }
     if (resolution != m_resolution)
@@ -401,7 +400,7 @@ void BWStreamSession::doStartRecording(uint64_t recording)
         m_recorder.begin(recording);
         return;
     }
-    qCWarning(bwDriver) << "No recording: the camera does not stream any more";
+    qCWarning(bwDriver) << "No recording: the camera no longer streams";
     m_recorder.end(m_state == State::Gone ? BWRecordingStatus::End::CameraGone : BWRecordingStatus::End::Asked);
 }
 
@@ -414,7 +413,7 @@ void BWStreamSession::reconfigure(const std::function<void()> &change)
         m_device->stopStreaming();
     change();
     m_resolution = m_device->resolution();
-    // The change may be just what an interrupted stream was waiting for.
+    // The change may be what an interrupted stream needs to run again.
     if (streaming || m_state == State::Interrupted)
         resumeStream();
 }
@@ -430,10 +429,10 @@ void BWStreamSession::resumeStream()
         m_state = State::Interrupted;
     }
     m_stall.restart(Clock::now());
-    tellStreamProblem(problem);
+    reportStreamProblem(problem);
 }
 
-void BWStreamSession::tellStreamProblem(const BWStartProblem &problem)
+void BWStreamSession::reportStreamProblem(const BWStartProblem &problem)
 {
     if (problem == m_streamProblem)
         return;

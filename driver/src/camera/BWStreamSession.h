@@ -5,20 +5,43 @@
 #include "camera/BWCameraControls.h"
 #include "camera/BWCommandQueue.h"
 #include "camera/BWFrameInspector.h"
-#include "camera/BWStallWatch.h"
 #include "capture/BWMovieRecorder.h"
 #include "capture/BWSnapshotWorker.h"
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <mutex>
 #include <thread>
 
+/// Notices when a stream has been silent for too long. One thread.
+class BWStallWatch {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    void setLimit(std::chrono::milliseconds limit) { m_limit = limit; }
+
+    /// A sign of life, or a new start.
+    void restart(Time now) { m_since = now; }
+
+    /// Time left until the stream counts as stalled; 0 when it does.
+    std::chrono::milliseconds remaining(Time now) const
+    {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_since + m_limit - now);
+        return left > std::chrono::milliseconds(0) ? left : std::chrono::milliseconds(0);
+    }
+    bool expired(Time now) const { return remaining(now) == std::chrono::milliseconds(0); }
+
+private:
+    std::chrono::milliseconds m_limit{2000};
+    Time m_since;
+};
+
 /// What is behind a BWCamera: the capture thread, which alone touches the device, and its states.
 ///
 /// The public operations may be called on any thread; they put a command into the queue. The capture thread runs the
-/// commands in order and fetches frames in between. It keeps the session, and with it all that it uses, alive until it
-/// has ended: a thread that hangs in the kernel can be left behind and finds everything in place if it ever comes back.
+/// commands in order and fetches frames in between. It keeps the session, and with it everything it uses, alive until
+/// it has ended: a thread that hangs in the kernel can be abandoned and finds everything in place if it ever comes back.
 ///
 /// | State       | the device  | left by                                                        |
 /// |-------------|-------------|----------------------------------------------------------------|
@@ -31,8 +54,8 @@ public:
     static std::shared_ptr<BWStreamSession> create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera);
     BWStreamSession(BWCamera &camera, BWDetectedCameraPtr detectedCamera, std::unique_ptr<BWCaptureDevice> device);
 
-    /// Stops everything and waits for the capture thread, but not for a device that hangs; on a thread of the session
-    /// itself it cannot wait. The session then ends by itself, without calling back.
+    /// Stops everything and waits for the capture thread, but not for a device that hangs, nor on a thread of the
+    /// session itself. The session then ends by itself, without calling back.
     void shutDown();
     static int runningThreads();
 
@@ -84,7 +107,7 @@ private:
     void doStartRecording(uint64_t recording);
     void reconfigure(const std::function<void()> &change);
     void resumeStream();
-    void tellStreamProblem(const BWStartProblem &problem);
+    void reportStreamProblem(const BWStartProblem &problem);
     void restartStalledStream();
     void deviceIsGone();
     bool deviceIsUsable() const { return m_state != State::Gone; }
@@ -96,17 +119,17 @@ private:
     BWFrameInspector m_inspector;
     BWStallWatch m_stall;
     BWSnapshotWorker m_snapshots;
-    BWCommandQueue m_recordingNews; ///< for the recording callback
+    BWCommandQueue m_recordingReports; ///< calls of the recording callback
     BWMovieRecorder m_recorder;
     State m_state = State::Stopped;
     bool m_restartWarned = false; ///< since the last good frame
-    BWStartProblem m_streamProblem; ///< as last told
+    BWStartProblem m_streamProblem; ///< as last reported
     int m_videoNorm = -1; ///< as the device has it; unknown before the first change
     mutable std::mutex m_startProblemMutex;
     BWStartProblem m_startProblem;
     std::atomic<bool> m_started{false};
     std::atomic<BWResolution> m_resolution;
-    // Destroyed before all that its events use.
+    // Destroyed before everything its events use.
     const std::unique_ptr<BWCaptureDevice> m_device;
     std::future<void> m_ended; ///< ready when the capture thread has done everything
     std::thread m_thread;

@@ -3,17 +3,76 @@
 #include "base/BWDriverLog.h"
 #include "BWACUDriver/BWDiskSpace.h"
 
+#include <algorithm>
 #include <QFile>
 #include <utility>
 
 namespace {
 
-// A frame may be refused because it is damaged; so many in a row mean that the file takes none any more.
+// One frame may be refused because it is damaged; this many in a row mean that the file accepts no more frames.
 constexpr int refusedInARow = 15;
 
 constexpr std::chrono::milliseconds spaceInterval(500);
 
+constexpr int mostHeld = 2;
+constexpr std::size_t mostCopied = 64 << 20; // bytes; two seconds of a fast 5-megapixel camera
+
+std::size_t sizeOf(const BWFrame &frame)
+{
+    std::size_t size = 0;
+    for (const BWPlane &plane : frame.info().planes)
+        size += plane.size;
+    return size;
+}
+
+BWFrame copyOf(const BWFrame &frame, std::size_t size)
+{
+    const std::shared_ptr<uint8_t[]> bytes(new uint8_t[size]);
+    BWFrameInfo info = frame.info();
+    uint8_t *next = bytes.get();
+    for (BWPlane &plane : info.planes) {
+        if (plane.size == 0)
+            continue;
+        const uint8_t *const from = std::exchange(plane.data, next);
+        next = std::copy_n(from, plane.size, next);
+    }
+    return BWFrame(info, [bytes] {});
+}
+
 } // namespace
+
+bool BWRecordingQueue::push(const BWFrame &frame)
+{
+    if (m_held < mostHeld) {
+        m_entries.push_back({frame, 0, true});
+        ++m_held;
+        return true;
+    }
+    const std::size_t size = sizeOf(frame);
+    if (m_copied + size > mostCopied)
+        return false;
+    m_entries.push_back({copyOf(frame, size), size, false});
+    m_copied += size;
+    return true;
+}
+
+BWFrame BWRecordingQueue::pop()
+{
+    if (m_entries.empty())
+        return {};
+    Entry first = std::move(m_entries.front());
+    m_entries.pop_front();
+    m_copied -= first.copied;
+    m_held -= first.isHeld ? 1 : 0;
+    return std::move(first.frame);
+}
+
+void BWRecordingQueue::clear()
+{
+    m_entries.clear();
+    m_copied = 0;
+    m_held = 0;
+}
 
 BWMovieRecorder::BWMovieRecorder(StateCallback callback, OpenWriter openWriter)
     : m_callback(std::move(callback)), m_openWriter(std::move(openWriter))
@@ -35,13 +94,13 @@ uint64_t BWMovieRecorder::reserve(const QString &path)
     m_state = State::Reserved;
     m_status = {};
     m_status.path = path;
-    m_untold.insert(++m_number);
+    m_unreported.insert(++m_number);
     return m_number;
 }
 
 void BWMovieRecorder::begin(uint64_t recording)
 {
-    // The thread of the recording before this one has nothing left to do but to end.
+    // The previous recording's thread has nothing left to do but end.
     if (m_thread.joinable() && isReserved(recording))
         m_thread.join();
     const std::lock_guard lock(m_mutex);
@@ -71,7 +130,7 @@ void BWMovieRecorder::offer(const BWFrame &frame)
     if (m_frames.push(frame))
         m_changed.notify_all();
     else if (m_status.framesLeftOut++ == 0)
-        qCWarning(bwDriver) << "The movie file cannot be written as fast as frames come; frames are left out";
+        qCWarning(bwDriver) << "The movie file cannot be written as fast as frames arrive; frames are left out";
 }
 
 bool BWMovieRecorder::end(BWRecordingStatus::End reason, const QString &path)
@@ -82,7 +141,7 @@ bool BWMovieRecorder::end(BWRecordingStatus::End reason, const QString &path)
         return false;
     m_status.end = reason;
     if (m_state == State::Reserved) {
-        over(std::move(lock)); // there is no writer to tell it
+        conclude(std::move(lock)); // there is no writer to do it
     } else {
         m_state = State::Ending;
         m_changed.notify_all();
@@ -99,7 +158,7 @@ BWRecordingStatus BWMovieRecorder::status() const
 void BWMovieRecorder::waitUntilComplete()
 {
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this, number = m_number] { return m_untold.empty() || *m_untold.begin() > number; });
+    m_changed.wait(lock, [this, number = m_number] { return m_unreported.empty() || *m_unreported.begin() > number; });
 }
 
 void BWMovieRecorder::run(const QString &path)
@@ -115,7 +174,7 @@ void BWMovieRecorder::run(const QString &path)
         qCWarning(bwDriver).noquote() << "The movie" << path << "cannot be written:" << error;
         end(BWRecordingStatus::End::Failed);
     }
-    over(std::unique_lock(m_mutex));
+    conclude(std::unique_lock(m_mutex));
 }
 
 void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
@@ -138,7 +197,7 @@ void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
             continue;
         spaceChecked = now;
         if (writer.isRemoved()) {
-            qCWarning(bwDriver).noquote() << "The recording ends because somebody removed" << path;
+            qCWarning(bwDriver).noquote() << "The recording ends because its file was removed:" << path;
             end(BWRecordingStatus::End::FileGone);
         } else if (BWDiskSpace::isNearlyFull(QFile::encodeName(path))) {
             qCWarning(bwDriver).noquote() << "The recording ends because the disk of" << path << "is nearly full";
@@ -147,7 +206,7 @@ void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
     }
     if (refused < refusedInARow)
         return;
-    qCWarning(bwDriver) << "The recording ends because its file takes no more frames";
+    qCWarning(bwDriver) << "The recording ends because its file accepts no more frames";
     end(writer.diskIsFull() ? BWRecordingStatus::End::DiskFull : BWRecordingStatus::End::Failed);
 }
 
@@ -177,7 +236,7 @@ bool BWMovieRecorder::waitForFrame(BWFrame &frame)
     return !frame.isNull();
 }
 
-void BWMovieRecorder::over(std::unique_lock<std::mutex> lock)
+void BWMovieRecorder::conclude(std::unique_lock<std::mutex> lock)
 {
     m_state = State::Idle;
     m_frames.clear();
@@ -186,9 +245,9 @@ void BWMovieRecorder::over(std::unique_lock<std::mutex> lock)
     lock.unlock();
     if (status.framesLeftOut > 0)
         qCWarning(bwDriver) << status.framesLeftOut << "frames were left out of the movie";
-    // Before those who wait go on: whoever has waited finds the callback already on its way.
+    // First the callback, then those who wait: after the wait it is already on its way.
     m_callback(false, status);
     lock.lock();
-    m_untold.erase(number);
+    m_unreported.erase(number);
     m_changed.notify_all();
 }

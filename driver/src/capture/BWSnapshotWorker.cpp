@@ -33,7 +33,7 @@ BWSnapshotWorker::~BWSnapshotWorker()
 void BWSnapshotWorker::request()
 {
     const std::lock_guard lock(m_mutex);
-    ++m_wanted;
+    ++m_requests;
     m_streaming = true;
     if (!m_thread.joinable())
         m_thread = std::thread(&BWSnapshotWorker::run, this);
@@ -42,9 +42,9 @@ void BWSnapshotWorker::request()
 void BWSnapshotWorker::offer(const BWFrame &frame)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_wanted == 0 || m_held >= maximumHeld)
+    if (m_requests == 0 || m_held >= maximumHeld)
         return;
-    --m_wanted;
+    --m_requests;
     ++m_held;
     m_frames.push_back(frame);
     m_changed.notify_one();
@@ -54,8 +54,8 @@ void BWSnapshotWorker::dropRequests()
 {
     const std::lock_guard lock(m_mutex);
     m_streaming = false;
-    if (m_wanted > 0)
-        qCWarning(bwDriver) << "The stream ended before" << std::exchange(m_wanted, 0) << "snapshots could be taken";
+    if (m_requests > 0)
+        qCWarning(bwDriver) << "The stream ended before" << std::exchange(m_requests, 0) << "snapshots could be taken";
 }
 
 void BWSnapshotWorker::waitUntilDelivered()
@@ -82,7 +82,7 @@ void BWSnapshotWorker::run()
     while (waitForFrame(frame)) {
         const BWPixelFormat format = frame.pixelFormat();
         const QByteArray jpeg = stillOf(frame);
-        frame = {}; // its buffer goes back to the device before anybody writes the still to a disk
+        frame = {}; // returns its buffer to the device before the still is written to a disk
         {
             const std::lock_guard lock(m_mutex);
             --m_held;
@@ -115,7 +115,7 @@ void BWSnapshotWorker::putBack()
     const std::lock_guard lock(m_mutex);
     if (m_streaming) {
         qCInfo(bwDriver) << "A snapshot takes the next frame because its own was damaged";
-        ++m_wanted;
+        ++m_requests;
     } else {
         qCWarning(bwDriver) << "A snapshot was dropped: its frame was damaged and the stream has ended";
     }

@@ -1,12 +1,107 @@
 #include "BWACUDriver/BWCameraDetector.h"
 
 #include "base/BWDriverLog.h"
-#include "detection/BWDetectorInbox.h"
 
 #include <algorithm>
+#include <deque>
+#include <mutex>
+#include <optional>
 #include <QCoreApplication>
 #include <QEvent>
 #include <utility>
+
+/// Passes the events of the backends, which arrive on any thread, to the detector's thread, in order.
+///
+/// Guarantees that a device is reported found once, removed once and only after it was found, and not at all if it goes
+/// away before it was delivered. Any thread; shared by the detector and the backends' callbacks, so that an event which
+/// arrives after the detector is gone is dropped.
+class BWCameraDetector::Inbox {
+public:
+    struct Event {
+        enum class Kind { Found, Removed };
+        Kind kind;
+        BWDetectedCameraPtr device;
+    };
+
+    /// `wake` is called, on any thread, once for each event to be taken.
+    explicit Inbox(std::function<void()> wake);
+
+    void found(const BWDetectedCameraPtr &device);
+    void removed(const BWDetectedCameraPtr &device);
+
+    std::optional<Event> takeNext();
+
+    /// Whether a found device waits to be taken.
+    bool holdsFound() const;
+
+    /// Afterwards no call of `wake` runs or starts.
+    void close();
+
+private:
+    void add(Event event);
+
+    mutable std::mutex m_mutex;
+    std::function<void()> m_wake;
+    std::deque<Event> m_events;
+    QList<BWDetectedCameraPtr> m_attached;
+};
+
+BWCameraDetector::Inbox::Inbox(std::function<void()> wake) : m_wake(std::move(wake)) { }
+
+void BWCameraDetector::Inbox::found(const BWDetectedCameraPtr &device)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_attached.contains(device))
+        return;
+    m_attached.append(device);
+    add({Event::Kind::Found, device});
+}
+
+void BWCameraDetector::Inbox::removed(const BWDetectedCameraPtr &device)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_attached.removeOne(device))
+        return;
+    const auto waiting = std::find_if(m_events.begin(), m_events.end(), [&device](const Event &event) {
+        return event.kind == Event::Kind::Found && event.device == device;
+    });
+    if (waiting != m_events.end())
+        m_events.erase(waiting);
+    else
+        add({Event::Kind::Removed, device});
+}
+
+std::optional<BWCameraDetector::Inbox::Event> BWCameraDetector::Inbox::takeNext()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_events.empty())
+        return std::nullopt;
+    Event event = std::move(m_events.front());
+    m_events.pop_front();
+    return event;
+}
+
+bool BWCameraDetector::Inbox::holdsFound() const
+{
+    const std::lock_guard lock(m_mutex);
+    return std::any_of(m_events.begin(), m_events.end(),
+                       [](const Event &event) { return event.kind == Event::Kind::Found; });
+}
+
+void BWCameraDetector::Inbox::close()
+{
+    const std::lock_guard lock(m_mutex);
+    m_wake = nullptr;
+    m_events.clear();
+}
+
+void BWCameraDetector::Inbox::add(Event event)
+{
+    if (!m_wake)
+        return;
+    m_events.push_back(std::move(event));
+    m_wake();
+}
 
 BWCameraDetector::BWCameraDetector(QList<BWCameraDescriptionPtr> descriptions,
                                    std::vector<std::unique_ptr<BWCameraBackend>> backends)
@@ -18,7 +113,7 @@ BWCameraDetector::BWCameraDetector(QList<BWCameraDescriptionPtr> descriptions,
 
 BWCameraDetector::~BWCameraDetector()
 {
-    // Closed first, so that no backend finds a half destroyed detector.
+    // Closed first, so that no backend reaches a half destroyed detector.
     m_inbox->close();
     m_backends.clear();
 }
@@ -44,7 +139,7 @@ void BWCameraDetector::startCamerasDetection()
 
 bool BWCameraDetector::pendingDevices() const
 {
-    // The backends first: a device that is handed over in between is then seen in the inbox.
+    // The backends first: a device reported in between is then found in the inbox.
     return std::any_of(m_backends.begin(), m_backends.end(),
                        [](const auto &backend) { return backend->pendingDevices(); })
         || m_inbox->holdsFound();

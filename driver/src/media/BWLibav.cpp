@@ -1,8 +1,49 @@
 #include "media/BWLibav.h"
 
+#include <algorithm>
 #include <array>
 #include <mutex>
 #include <QFile>
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+namespace {
+
+bool isRgb(AVPixelFormat format)
+{
+    const AVPixFmtDescriptor *descriptor = av_pix_fmt_desc_get(format);
+    return descriptor && (descriptor->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL));
+}
+
+/// Formats that libav itself reads as full range.
+bool isFullRangeFormat(AVPixelFormat format)
+{
+    constexpr std::array formats{AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_YUVJ422P, AV_PIX_FMT_YUVJ444P,
+                                 AV_PIX_FMT_YUVJ440P, AV_PIX_FMT_YUVJ411P, AV_PIX_FMT_GRAY8,
+                                 AV_PIX_FMT_GRAY16LE, AV_PIX_FMT_GRAY16BE, AV_PIX_FMT_YA8};
+    return std::find(formats.begin(), formats.end(), format) != formats.end();
+}
+
+/// Crops the frame to the proportions of the size.
+void cropTo(AVFrame &frame, BWResolution size)
+{
+    const int64_t wide = int64_t(frame.width) * size.height();
+    const int64_t high = int64_t(frame.height) * size.width();
+    if (wide > high) {
+        const auto excess = static_cast<std::size_t>(frame.width - high / size.height());
+        frame.crop_left = excess / 4 * 2; // even: chroma stays where it is
+        frame.crop_right = excess - frame.crop_left;
+    } else {
+        const auto excess = static_cast<std::size_t>(frame.height - wide / size.width());
+        frame.crop_top = excess / 4 * 2;
+        frame.crop_bottom = excess - frame.crop_top;
+    }
+    av_frame_apply_cropping(&frame, AV_FRAME_CROP_UNALIGNED);
+}
+
+} // namespace
 
 void BWLibav::silence()
 {
@@ -36,4 +77,45 @@ QString BWLibav::errorText(int error)
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(error, text.data(), text.size());
     return QString::fromLocal8Bit(text.data());
+}
+
+BWColorMatrix BWFrameScaler::matrixOf(AVColorSpace space, AVCodecID codec, int height)
+{
+    constexpr int tallestOfTv = 576;
+    const bool unspecified = space == AVCOL_SPC_UNSPECIFIED || space == AVCOL_SPC_RESERVED;
+    const bool plain = codec == AV_CODEC_ID_MJPEG || codec == AV_CODEC_ID_RAWVIDEO;
+    if (space == AVCOL_SPC_BT709 || (unspecified && !plain && height > tallestOfTv))
+        return BWColorMatrix::BT709;
+    return BWColorMatrix::BT601;
+}
+
+bool BWFrameScaler::scale(const AVFrame &frame, AVCodecID codec, BWResolution size, BWColorMatrix wanted,
+                          BWYuvPlanes &planes)
+{
+    const BWLibav::Frame part(av_frame_clone(&frame));
+    if (!part || !size.isValid())
+        return false;
+    cropTo(*part, size);
+    const auto format = static_cast<AVPixelFormat>(part->format);
+    const bool fullFormat = isFullRangeFormat(format);
+    m_scaler.reset(sws_getCachedContext(m_scaler.release(), part->width, part->height, format, size.width(),
+                                        size.height(), fullFormat ? AV_PIX_FMT_YUVJ422P : AV_PIX_FMT_YUV422P,
+                                        SWS_BICUBIC | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
+    if (!m_scaler)
+        return false;
+    planes.resize(size.width(), size.height());
+    const std::array<uint8_t *, 4> data{planes.y(), planes.u(), planes.v(), nullptr};
+    const std::array<int, 4> strides{planes.stride(), planes.chromaStride(), planes.chromaStride(), 0};
+    if (sws_scale(m_scaler.get(), part->data, part->linesize, 0, part->height, data.data(), strides.data())
+        != size.height())
+        return false;
+
+    // libav converts RGB to BT.601 of limited range, and leaves YUV as it is.
+    const bool rgb = isRgb(format);
+    const bool full = !rgb && (fullFormat || part->color_range == AVCOL_RANGE_JPEG);
+    const BWColorMatrix matrix = rgb ? BWColorMatrix::BT601 : matrixOf(part->colorspace, codec, part->height);
+    planes.padOddColumn();
+    BWYuvConvert::toJpegColours(planes, matrix == wanted ? BWColorMatrix::BT601 : matrix,
+                                full ? BWColorRange::Full : BWColorRange::Limited);
+    return true;
 }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "BWACUDriver/BWFrame.h"
+#include "BWACUDriver/BWResolution.h"
+#include "media/BWYuvPlanes.h"
+
 #include <memory>
 #include <QString>
 
@@ -37,14 +41,28 @@ using Scaler = std::unique_ptr<SwsContext, Deleter>;
 using Input = std::unique_ptr<AVFormatContext, InputDeleter>;
 using Output = std::unique_ptr<AVFormatContext, OutputDeleter>;
 
-/// Opens a movie file for reading; null, with libav's error number in `result`, where that cannot be done.
+/// Opens a movie file for reading; null, with libav's error number in `result`, on failure.
 Input openInput(const QString &path, int &result);
-/// Creates a QuickTime file; null, with libav's error number in `result`, where that cannot be done.
+/// Creates a QuickTime file; null, with libav's error number in `result`, on failure.
 Output createMov(const QString &path, int &result);
 
-/// Keeps libav from telling of every bad picture on standard error; whoever meets a fault logs it.
+/// Keeps libav from printing every bad picture to standard error; our callers log faults.
 void silence();
 
 QString errorText(int error);
 
 } // namespace BWLibav
+
+/// Converts decoded pictures of any kind and size to planes of a given size and full range.
+class BWFrameScaler {
+public:
+    /// The colour matrix of a stream: the one it states, else BT.709 for compressed pictures larger than a TV's.
+    static BWColorMatrix matrixOf(AVColorSpace space, AVCodecID codec, int height);
+
+    /// Fills the size, cropped at the middle. Colours are converted to BT.601, or kept if the picture has the matrix
+    /// `wanted`. False if libav cannot do it.
+    bool scale(const AVFrame &frame, AVCodecID codec, BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes);
+
+private:
+    BWLibav::Scaler m_scaler;
+};

@@ -1,11 +1,15 @@
-#include "BWACUDriver/BWMoviePicture.h"
+#include "BWACUDriver/BWMovie.h"
 
-#include "media/BWFrameScaler.h"
-#include "media/BWMovieFile.h"
+#include "media/BWLibav.h"
 
+#include <cerrno>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <libyuv.h>
 #include <QTransform>
+#include <sys/stat.h>
+#include <unistd.h>
 
 extern "C" {
 #include <libavutil/display.h>
@@ -13,9 +17,101 @@ extern "C" {
 
 namespace {
 
-constexpr int64_t maxPixels = 100'000'000; // a damaged header may tell anything
-constexpr int maxTries = 16; // pictures that are looked at in search of a good one
-constexpr int maxPackets = 1000; // those of sound included
+constexpr int64_t maxPixels = 100'000'000; // a damaged header may claim any size
+constexpr int maxTries = 16; // pictures examined in search of a good one
+constexpr int maxPackets = 1000; // including those of sound
+
+constexpr int bufferSize = 64 * 1024;
+
+int refuseToOpen(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **)
+{
+    return AVERROR(EACCES);
+}
+
+/// An open file as libav's input. The file must stay open; its position is neither used nor changed.
+class MovieFile {
+public:
+    explicit MovieFile(int file);
+    ~MovieFile();
+    MovieFile(const MovieFile &) = delete;
+    MovieFile &operator=(const MovieFile &) = delete;
+
+    /// Reads the header of a QuickTime or MP4 movie; libav's error number, below zero, where it is none. Other files
+    /// that the movie refers to are not opened.
+    int open();
+
+    AVFormatContext *input() const { return m_input.get(); }
+
+private:
+    static int read(void *self, uint8_t *buffer, int size);
+    static int64_t seek(void *self, int64_t offset, int whence);
+
+    int m_file;
+    int64_t m_position = 0;
+    AVIOContext *m_io = nullptr;
+    BWLibav::Input m_input;
+};
+
+MovieFile::MovieFile(int file) : m_file(file) { }
+
+MovieFile::~MovieFile()
+{
+    m_input.reset();
+    if (m_io)
+        av_freep(&m_io->buffer);
+    avio_context_free(&m_io);
+}
+
+int MovieFile::open()
+{
+    BWLibav::silence();
+    auto *const buffer = static_cast<unsigned char *>(av_malloc(bufferSize));
+    if (!buffer)
+        return AVERROR(ENOMEM);
+    m_io = avio_alloc_context(buffer, bufferSize, 0, this, &MovieFile::read, nullptr, &MovieFile::seek);
+    if (!m_io) {
+        av_free(buffer);
+        return AVERROR(ENOMEM);
+    }
+    AVFormatContext *context = avformat_alloc_context();
+    if (!context)
+        return AVERROR(ENOMEM);
+    context->pb = m_io;
+    context->flags |= AVFMT_FLAG_CUSTOM_IO;
+    context->io_open = &refuseToOpen;
+    const int result = avformat_open_input(&context, nullptr, av_find_input_format("mov"), nullptr);
+    if (result >= 0) // else libav has freed it
+        m_input.reset(context);
+    return result;
+}
+
+int MovieFile::read(void *self, uint8_t *buffer, int size)
+{
+    auto *const file = static_cast<MovieFile *>(self);
+    ssize_t count = 0;
+    do {
+        count = ::pread(file->m_file, buffer, static_cast<std::size_t>(size), file->m_position);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0)
+        return AVERROR(errno);
+    file->m_position += count;
+    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+int64_t MovieFile::seek(void *self, int64_t offset, int whence)
+{
+    auto *const file = static_cast<MovieFile *>(self);
+    struct stat info;
+    if (::fstat(file->m_file, &info) != 0)
+        return AVERROR(errno);
+    const int how = whence & ~AVSEEK_FORCE;
+    if (how == AVSEEK_SIZE)
+        return info.st_size;
+    const int64_t base = how == SEEK_CUR ? file->m_position : how == SEEK_END ? info.st_size : 0;
+    if (base + offset < 0)
+        return AVERROR(EINVAL);
+    return file->m_position = base + offset;
+}
 
 class FirstPicture {
 public:
@@ -34,7 +130,7 @@ private:
     QSize mostUnturned() const { return quarterTurns() % 2 == 0 ? m_most : m_most.transposed(); }
 
     QSize m_most;
-    std::optional<BWMovieFile> m_movie;
+    std::optional<MovieFile> m_movie;
     int m_stream = -1;
     BWLibav::Codec m_codec;
     BWLibav::Packet m_packet{av_packet_alloc()};
@@ -54,7 +150,7 @@ int FirstPicture::open(int file, QSize most)
     m_stream = av_find_best_stream(m_movie->input(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
     if (m_stream < 0)
         return m_stream;
-    // The header tells enough to decode, so no pictures need to be searched for more.
+    // The header says enough for decoding, so libav need not analyse pictures first.
     return openDecoder(decoder);
 }
 
@@ -94,7 +190,7 @@ int FirstPicture::find()
     return AVERROR_INVALIDDATA;
 }
 
-/// The packet alone: a decoder that would wait for more pictures, to put them in order, is told that none follow.
+/// The packet alone: a decoder that reorders pictures learns that none follow, so that it does not wait for more.
 int FirstPicture::decode()
 {
     avcodec_flush_buffers(m_codec.get());
@@ -108,7 +204,7 @@ int FirstPicture::decode()
     return result;
 }
 
-/// How often the picture is to be turned clockwise by 90 degrees, 0 to 3.
+/// How many times to rotate the picture clockwise by 90 degrees, 0 to 3.
 int FirstPicture::quarterTurns() const
 {
     std::size_t size = 0;
@@ -119,13 +215,13 @@ int FirstPicture::quarterTurns() const
     return std::isnan(angle) ? 0 : (4 - static_cast<int>(std::lround(angle / 90))) % 4;
 }
 
-/// In square pixels, before it is turned.
+/// In square pixels, before rotation.
 QSize FirstPicture::shownSize() const
 {
     const AVRational aspect =
         av_guess_sample_aspect_ratio(m_movie->input(), m_movie->input()->streams[m_stream], m_frame.get());
-    const AVCodecParameters &told = *stream().codecpar; // the frame may have been decoded smaller
-    QSizeF size(told.width > 0 ? told.width : m_frame->width, told.height > 0 ? told.height : m_frame->height);
+    const AVCodecParameters &stored = *stream().codecpar; // the frame may have been decoded smaller
+    QSizeF size(stored.width > 0 ? stored.width : m_frame->width, stored.height > 0 ? stored.height : m_frame->height);
     if (aspect.num > aspect.den && aspect.den > 0)
         size.setHeight(size.height() * aspect.den / aspect.num);
     else if (aspect.num > 0 && aspect.den > 0)

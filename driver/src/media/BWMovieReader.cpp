@@ -1,9 +1,8 @@
 #include "media/BWMovieReader.h"
 
-#include "media/BWFrameScaler.h"
+#include "base/BWDriverLog.h"
 #include "media/BWJpeg.h"
 #include "media/BWLibav.h"
-#include "media/BWMediaLogging.h"
 
 #include <utility>
 
@@ -81,7 +80,7 @@ bool BWMovieReader::Private::toStart()
     const int64_t target = start == AV_NOPTS_VALUE ? 0 : start;
     if (avformat_seek_file(input.get(), stream, INT64_MIN, target, target, 0) >= 0)
         return true;
-    return open() >= 0; // some kinds of file only know the way forward
+    return open() >= 0; // some kinds of file can only be read forward
 }
 
 bool BWMovieReader::Private::isWhole(const AVPacket &candidate) const
@@ -168,7 +167,7 @@ std::unique_ptr<BWMovieReader> BWMovieReader::open(const QString &path, QString 
         return nullptr;
     }
     if (priv->parameters().width <= 0 || priv->parameters().height <= 0) {
-        error = QStringLiteral("the movie does not tell its size");
+        error = QStringLiteral("the movie does not state its size");
         return nullptr;
     }
     return std::unique_ptr<BWMovieReader>(new BWMovieReader(std::move(priv)));
@@ -215,7 +214,7 @@ bool BWMovieReader::advance()
     }
     if (result < 0) {
         d->exhausted = true;
-        qCWarning(bwMedia) << d->path << "brings no more pictures; the last good one stays";
+        qCWarning(bwMedia) << d->path << "has no more good pictures; the last one stays";
     }
     return result >= 0;
 }

@@ -9,8 +9,8 @@
 #include <QString>
 #include <span>
 
-/// Reads the pictures of a movie one after the other, over and over again. A damaged picture is left out and logged
-/// once. One thread at a time.
+/// Reads the pictures of a movie in order, in an endless loop. Damaged pictures are left out, and logged once. One
+/// thread at a time.
 class BWMovieReader {
 public:
     /// Opens the movie and steps to its first good picture. Null, with the reason in `error`, if there is none.
@@ -22,17 +22,17 @@ public:
 
     /// MJPEG or YUYV if the pictures are stored as cameras deliver them; then packet() is such a picture.
     std::optional<BWPixelFormat> nativeFormat() const;
-    /// What the numbers of the pictures mean.
+    /// How the values of the pictures are to be interpreted.
     BWColorMatrix matrix() const;
     BWColorRange range() const;
 
-    /// Steps to the next good picture, after the last one to the first again. False, for good, when a whole round has
-    /// brought none: the file has been damaged or has gone; the current picture stays.
+    /// Steps to the next good picture, from the last one to the first. False from then on if a whole round has found
+    /// none, because the file has been damaged or removed; the current picture stays.
     bool advance();
     /// Steps to the first picture.
     bool rewind();
 
-    /// The current picture as it is stored; empty unless nativeFormat() tells one.
+    /// The current picture as it is stored; empty without a nativeFormat().
     std::span<const uint8_t> packet() const;
 
     /// The current picture, scaled to fill the size and cropped at its middle, as planes of full range and of that

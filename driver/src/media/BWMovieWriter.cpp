@@ -1,22 +1,94 @@
 #include "media/BWMovieWriter.h"
 
-#include "BWACUDriver/BWMovieCompletion.h"
-#include "media/BWDiskSync.h"
+#include "base/BWDriverLog.h"
+#include "BWACUDriver/BWFileBytes.h"
+#include "BWACUDriver/BWMovie.h"
 #include "media/BWJpeg.h"
 #include "media/BWLibav.h"
-#include "media/BWMediaLogging.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <condition_variable>
+#include <cstring>
+#include <fcntl.h>
+#include <mutex>
 #include <QDateTime>
 #include <QFile>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
 
 namespace {
 
 constexpr int ticksPerSecond = 90000;
 constexpr std::chrono::milliseconds syncInterval(800); // what a power cut may cost
 constexpr int rawQuality = 95; // of frames that the camera did not compress itself
+
+/// Syncs a file to the disk on its own thread: that may take the disk a while, and the writer goes on meanwhile.
+class DiskSync {
+public:
+    /// Keeps the file open; no effect if it cannot be opened.
+    explicit DiskSync(const QString &path);
+    /// Waits for a request in progress.
+    ~DiskSync();
+
+    /// Returns at once. A request made while one is in progress is carried out after it.
+    void request();
+
+    /// The open file; -1 if it could not be opened.
+    int descriptor() const { return m_descriptor; }
+
+private:
+    void run();
+
+    const int m_descriptor;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_wanted = false;
+    bool m_ending = false;
+    std::thread m_thread;
+};
+
+DiskSync::DiskSync(const QString &path)
+    : m_descriptor(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC)), m_thread(&DiskSync::run, this)
+{
+}
+
+DiskSync::~DiskSync()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ending = true;
+        m_changed.notify_all();
+    }
+    m_thread.join();
+    if (m_descriptor >= 0)
+        close(m_descriptor);
+}
+
+void DiskSync::request()
+{
+    const std::lock_guard lock(m_mutex);
+    m_wanted = true;
+    m_changed.notify_all();
+}
+
+void DiskSync::run()
+{
+    bool warned = false;
+    std::unique_lock lock(m_mutex);
+    while (true) {
+        m_changed.wait(lock, [this] { return m_wanted || m_ending; });
+        if (m_ending)
+            return;
+        m_wanted = false;
+        lock.unlock();
+        if (m_descriptor >= 0 && !BWFileBytes::synchronizeData(m_descriptor) && !std::exchange(warned, true))
+            qCWarning(bwMedia) << "A recording cannot be synced to the disk:" << std::strerror(errno);
+        lock.lock();
+    }
+}
 
 class MovWriter final : public BWMovieWriter {
 public:
@@ -44,13 +116,13 @@ private:
 
     QString m_path;
     BWLibav::Output m_output;
-    BWDiskSync m_disk;
+    DiskSync m_disk;
     std::chrono::steady_clock::time_point m_synced = std::chrono::steady_clock::now();
     AVStream *m_stream = nullptr;
     BWFrameInfo m_first;
     int64_t m_lastTime = 0;
     int64_t m_lastDuration = ticksPerSecond / 30;
-    int64_t m_goodSize = 0; ///< bytes of the file that are known to be well
+    int64_t m_goodSize = 0; ///< bytes of the file known to be good
     bool m_empty = true;
     bool m_failed = false;
     bool m_diskIsFull = false;
@@ -79,7 +151,7 @@ bool MovWriter::begin(const BWFrame &frame)
     const QByteArray now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1();
     av_dict_set(&m_output->metadata, "creation_time", now.constData(), 0);
 
-    // One fragment per picture, on disk at once: what is there can be played, whatever happens next.
+    // One fragment per picture, written at once: the file can be played whatever happens next.
     m_output->flags |= AVFMT_FLAG_FLUSH_PACKETS;
     AVDictionary *options = nullptr;
     av_dict_set(&options, "movflags", "frag_keyframe+empty_moov+skip_trailer", 0);
@@ -170,7 +242,7 @@ bool MovWriter::isRemoved() const
     return result != 0 ? errno == ENOENT : named.st_dev != open.st_dev || named.st_ino != open.st_ino;
 }
 
-/// The kernel has a name for every open file, whatever became of its own.
+/// The kernel has a name for every open file, even for one that was removed.
 QString MovWriter::pathOfOpenFile() const
 {
     return isRemoved() ? QStringLiteral("/proc/self/fd/%1").arg(m_disk.descriptor()) : m_path;

@@ -5,38 +5,39 @@
 #include <memory>
 #include <QString>
 
-/// Writes one QuickTime movie with MJPEG video. An MJPEG frame is copied without loss, a raw frame encoded once. Every
-/// picture is shown for as long as the time stamps of the frames tell.
+/// Writes one QuickTime movie with MJPEG video. An MJPEG frame is copied without loss, a raw frame encoded once. The
+/// time stamps of the frames define how long each picture is shown.
 ///
 /// While it grows the file can be played up to the last frame but one at any moment, and reaches the disk once a
-/// second, so a crash, a power cut or a full disk costs next to nothing: completeMovie() makes a plain movie of what is there. finish() does so too.
+/// second, so a crash, a power cut or a full disk costs next to nothing: completeMovie() turns what is there into a
+/// plain movie, as finish() does.
 ///
 /// Used by one thread at a time. Faults are logged once.
 class BWMovieWriter {
 public:
-    /// Creates (or empties) the file at `path`. Null, with the reason in `error` if that is given, where it cannot be
+    /// Creates (or empties) the file at `path`. Null, with the reason in `error` if that is given, if it cannot be
     /// written.
     static std::unique_ptr<BWMovieWriter> create(const QString &path, QString *error = nullptr);
 
     /// Finishes.
     virtual ~BWMovieWriter() = default;
 
-    /// Appends a frame. The first one settles size and pixel format: later frames of another size or format, and
-    /// frames that cannot be encoded, are left out and answered with false. False also when writing failed (disk full);
+    /// Appends a frame. The first one determines size and pixel format: later frames of another size or format, and
+    /// frames that cannot be encoded, are left out with the answer false. False also when writing failed (disk full);
     /// nothing is written from then on, and what is in the file stays readable.
     virtual bool write(const BWFrame &frame) = 0;
 
-    /// Completes the file; false if writing failed before or now, or if no picture is in it (the file is
-    /// removed then). May be called again, to the same answer; frames are no longer taken.
+    /// Completes the file; false if writing failed before or now, or if it holds no picture (it is removed then). May
+    /// be called again, with the same result; frames are no longer accepted.
     virtual bool finish() = 0;
 
     /// Size of the file so far.
     virtual int64_t bytesWritten() const = 0;
     /// Whether writing failed because there was no room.
     virtual bool diskIsFull() const = 0;
-    /// Whether somebody removed the file, or the folder it lies in. Whoever has it open can still read what is written:
-    /// the movie grows on, and finish() completes it.
+    /// Whether the file or its folder was removed. Programs that have it open can still read it: the movie keeps
+    /// growing, and finish() completes it.
     virtual bool isRemoved() const = 0;
-    /// After finish(): whether no picture has come into the file, which is removed then.
+    /// After finish(): whether the file got no picture; it is removed then.
     virtual bool isEmpty() const = 0;
 };

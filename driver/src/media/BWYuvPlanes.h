@@ -1,5 +1,7 @@
 #pragma once
 
+#include "BWACUDriver/BWFrame.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -14,7 +16,7 @@ public:
     BWYuvPlanes() = default;
     BWYuvPlanes(int width, int height) { resize(width, height); }
 
-    /// Memory is kept where it suffices; what the planes hold afterwards is undefined.
+    /// Keeps memory that is large enough; the contents of the planes are undefined afterwards.
     void resize(int width, int height);
 
     bool isEmpty() const { return m_width <= 0 || m_height <= 0; }
@@ -33,7 +35,7 @@ public:
 
     /// One grey for the whole picture.
     void fill(uint8_t luma);
-    /// Repeats the last column of a picture of odd width, which JPEG encoders read.
+    /// Repeats the last column of a picture of odd width, as JPEG encoders read one more.
     void padOddColumn();
 
 private:
@@ -49,3 +51,15 @@ private:
     std::vector<uint8_t> m_u;
     std::vector<uint8_t> m_v;
 };
+
+/// From the raw formats of cameras to planes as JPEG defines them: BT.601, full range.
+namespace BWYuvConvert {
+
+/// Unpacks a whole YUYV, UYVY, NV12, YU12 or GREY picture, and converts range and matrix. False for other formats. The
+/// chroma planes of a GREY picture stay undefined.
+bool toJpegPlanes(const BWFrameInfo &info, BWYuvPlanes &planes);
+
+/// Converts planes in place to BT.601, full range.
+void toJpegColours(BWYuvPlanes &planes, BWColorMatrix matrix, BWColorRange range);
+
+} // namespace BWYuvConvert

@@ -99,7 +99,7 @@ BWSimulatedCable::Turn BWSimulatedCable::waitForTurn(Time due, Time deadline)
         const bool timed = !m_stalled && m_pacing == Pacing::RealTime;
         if (timed && now >= due)
             return Turn::Frame;
-        // Asked after the frames, so that a stream of interruptions does not keep them back.
+        // Checked after the frames, so that a flood of interruptions does not hold them back.
         if (std::exchange(m_interrupted, false) || now >= deadline)
             return Turn::Nothing;
         m_changed.wait_until(lock, timed ? std::min(due, deadline) : deadline);

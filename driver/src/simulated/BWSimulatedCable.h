@@ -1,5 +1,7 @@
 #pragma once
 
+#include "BWACUDriver/BWCameraStatus.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -7,9 +9,9 @@
 #include <mutex>
 #include <optional>
 
-/// What connects one plugged-in simulated camera with the device that a session has opened on it: on the one end the
-/// hand that pushes frames, presses the button, misbehaves and pulls the plug, on the other the stream that waits.
-/// Plugging in again makes a new cable. Any thread.
+/// Connects one plugged-in simulated camera with the device that a session has opened on it: at one end the hand that
+/// pushes frames, presses the button, causes faults and pulls the plug, at the other the stream that waits. Plugging in
+/// again makes a new cable. Any thread.
 class BWSimulatedCable {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -37,7 +39,7 @@ public:
     void pushFrames(int count);
 
     // The device.
-    /// Asks whether the device may stream; one at a time may. Ends a stall.
+    /// Reserves the camera for the device; only one at a time may stream. Ends a stall.
     Claim claim(const void *device);
     void release(const void *device);
 
@@ -51,11 +53,11 @@ public:
     Fault takeFault();
     void interrupt();
 
-    /// Whether a frame was pushed that is not captured yet; always true in real time.
+    /// Whether a pushed frame has not been captured yet; always true in real time.
     bool framesOutstanding() const;
 
 private:
-    /// Sets one of the members below and wakes whoever waits.
+    /// Sets one of the members below and wakes a waiting stream.
     template <typename Value>
     void set(Value BWSimulatedCable::*member, Value value);
 
@@ -71,7 +73,28 @@ private:
     int m_pushed = 0;
     const void *m_streamingDevice = nullptr;
 
-    std::mutex m_buttonMutex; ///< held during a press, so that nobody is called after clearButton()
+    std::mutex m_buttonMutex; ///< held during a press, so that there is no call after clearButton()
     const void *m_buttonDevice = nullptr;
     std::function<void()> m_button;
+};
+
+/// What keeps a simulated camera from starting: set by the hand that holds it, read by the devices opened on it. Kept
+/// over unplugging. Any thread.
+class BWSimulatedObstacle {
+public:
+    void set(const BWStartProblem &problem)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_problem = problem;
+    }
+
+    BWStartProblem problem() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_problem;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    BWStartProblem m_problem;
 };

@@ -78,10 +78,8 @@ void BWSimulatedControls::advance(std::chrono::duration<double> time,
 
 bool BWSimulatedControls::isAutomatic(int identifier) const
 {
-    if (!m_controls.contains(identifier))
-        return false;
-    return (identifier == BWSettingWhiteBalance && value(BWSettingAutoWhite) > 0)
-        || (identifier == BWSettingExposureAbsolute && value(BWSettingAutoExposure) > 0);
+    const std::optional<int> mode = BWCameraSetting::automaticModeFor(identifier);
+    return mode && m_controls.contains(identifier) && value(*mode) > 0;
 }
 
 double BWSimulatedControls::relative(int identifier) const

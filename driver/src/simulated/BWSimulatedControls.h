@@ -1,23 +1,23 @@
 #pragma once
 
 #include "BWACUDriver/BWCaptureDevice.h"
-#include "simulated/BWPictureSource.h"
+#include "simulated/picture/BWPictureTuner.h"
 
 #include <chrono>
 #include <functional>
 #include <map>
 #include <vector>
 
-/// The controls of one simulated camera, its automatic modes included. One thread.
+/// The controls of one simulated camera, including its automatic modes. One thread.
 ///
-/// An automatic mode keeps the picture as it should be: while it is on, its control moves slowly, as it does under
-/// changing light, and the picture does not.
+/// An automatic mode keeps the picture as it should be: while it is on, its control moves slowly, as if the light were
+/// changing, and the picture stays the same.
 class BWSimulatedControls {
 public:
     explicit BWSimulatedControls(const std::vector<BWControlInfo> &controls);
 
-    /// Sets a control to the nearest value it can have and returns that. A control in the hands of an automatic mode
-    /// keeps its value; one that the camera does not have is 0.
+    /// Sets a control to the nearest possible value and returns that. A control held by an automatic mode keeps its
+    /// value; one that the camera does not have is 0.
     double set(int identifier, double value);
     double value(int identifier) const;
 

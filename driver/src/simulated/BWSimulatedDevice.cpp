@@ -2,7 +2,6 @@
 
 #include "base/BWDriverLog.h"
 #include "BWACUDriver/BWCameraSetting.h"
-#include "simulated/picture/BWMakePictureSource.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,7 +13,7 @@ constexpr uint64_t backlog = 2; ///< overdue frames that are still delivered
 
 using Clock = std::chrono::steady_clock;
 
-/// Damage that a look at both ends of the image does not show: markers that have no place in the middle of it.
+/// Damage that a check of both ends of the image does not find: markers that do not belong in the middle of it.
 void tear(BWBufferPool::Bytes &jpeg)
 {
     const std::size_t middle = jpeg.size() / 2;
@@ -25,6 +24,28 @@ void tear(BWBufferPool::Bytes &jpeg)
 }
 
 } // namespace
+
+BWBufferPool::BWBufferPool(std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        m_free.push_back(m_buffers.emplace_back(std::make_unique<Bytes>()).get());
+}
+
+BWBufferPool::Bytes *BWBufferPool::acquire()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_free.empty())
+        return nullptr;
+    Bytes *buffer = m_free.back();
+    m_free.pop_back();
+    return buffer;
+}
+
+void BWBufferPool::release(Bytes *buffer)
+{
+    const std::lock_guard lock(m_mutex);
+    m_free.push_back(buffer);
+}
 
 BWSimulatedDevice::BWSimulatedDevice(BWSimulatedCameraOptions options, std::shared_ptr<BWSimulatedCable> cable,
                                      std::shared_ptr<const BWSimulatedObstacle> obstacle)
@@ -59,16 +80,16 @@ BWResolution BWSimulatedDevice::resolution() const
     return m_resolution;
 }
 
-void BWSimulatedDevice::setResolution(BWResolution wished)
+void BWSimulatedDevice::setResolution(BWResolution requested)
 {
-    m_resolution = m_profile.nearestResolution(wished);
+    m_resolution = requested.nearestOf(m_profile.description->availableResolutions);
 }
 
 BWStartProblem BWSimulatedDevice::startStreaming()
 {
     const BWStartProblem problem = m_obstacle->problem();
     const bool carried = problem.kind == BWStartProblem::Kind::NoBandwidth
-        && m_resolution == m_profile.nearestResolution(BWResolution(1, 1));
+        && m_resolution == BWResolution(1, 1).nearestOf(m_profile.description->availableResolutions);
     if (!problem.isNone() && !carried)
         return problem;
     switch (m_cable->claim(this)) {
@@ -171,10 +192,10 @@ BWPictureSource &BWSimulatedDevice::picture()
 
 BWSimulatedProfile::Mode BWSimulatedDevice::mode()
 {
-    // What comes from a file is best handed on as it is.
-    const auto wished = m_options.pixelFormat ? m_options.pixelFormat : picture().nativeFormat();
+    // What comes from a file is best passed on unchanged.
+    const auto requested = m_options.pixelFormat ? m_options.pixelFormat : picture().nativeFormat();
     BWSimulatedProfile::Mode mode =
-        m_profile.mode(m_resolution, wished, static_cast<int>(m_controls.value(BWSettingVideoNorm)));
+        m_profile.mode(m_resolution, requested, static_cast<int>(m_controls.value(BWSettingVideoNorm)));
     mode.framesPerSecond = picture().frameRate().value_or(mode.framesPerSecond);
     return mode;
 }
@@ -190,7 +211,7 @@ bool BWSimulatedDevice::capture(BWSimulatedCable::Time time, BWSimulatedCable::F
     info.width = m_resolution.width();
     info.height = m_resolution.height();
     info.planes[0] = draw(*bytes, fault);
-    // JPEG has its own rule for colours, whatever they came from.
+    // JPEG defines its own colours, whatever the source.
     const bool compressed = m_mode.format == BWPixelFormat::MJPEG;
     info.matrix = compressed ? BWColorMatrix::BT601 : m_picture->matrix();
     info.range = compressed ? BWColorRange::Full : m_picture->range();

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace {
 
@@ -103,20 +102,7 @@ const BWSimulatedProfile &BWSimulatedProfile::forType(BWSimulatedCameraOptions::
     return wireless;
 }
 
-BWResolution BWSimulatedProfile::nearestResolution(BWResolution wished) const
-{
-    const QList<BWResolution> &offered = description->availableResolutions;
-    if (offered.contains(wished))
-        return wished;
-    const auto distance = [wished](BWResolution resolution) {
-        return std::abs(qint64(resolution.width()) * resolution.height() - qint64(wished.width()) * wished.height());
-    };
-    return *std::min_element(offered.cbegin(), offered.cend(), [&distance](BWResolution left, BWResolution right) {
-        return distance(left) < distance(right);
-    });
-}
-
-BWSimulatedProfile::Mode BWSimulatedProfile::mode(BWResolution resolution, std::optional<BWPixelFormat> wished,
+BWSimulatedProfile::Mode BWSimulatedProfile::mode(BWResolution resolution, std::optional<BWPixelFormat> requested,
                                                   int videoNorm) const
 {
     constexpr double ntsc = 30000.0 / 1001.0;
@@ -125,6 +111,6 @@ BWSimulatedProfile::Mode BWSimulatedProfile::mode(BWResolution resolution, std::
     const auto rates = std::find_if(ratesBySize.begin(), ratesBySize.end(),
                                     [resolution](const Rates &entry) { return entry.resolution == resolution; });
     Q_ASSERT(rates != ratesBySize.end());
-    const bool raw = wished ? *wished != BWPixelFormat::MJPEG : rates->raw >= rates->compressed;
+    const bool raw = requested ? *requested != BWPixelFormat::MJPEG : rates->raw >= rates->compressed;
     return raw ? Mode{BWPixelFormat::YUYV, rates->raw} : Mode{BWPixelFormat::MJPEG, rates->compressed};
 }

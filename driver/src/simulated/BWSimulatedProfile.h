@@ -19,9 +19,6 @@ struct BWSimulatedProfile {
 
     static const BWSimulatedProfile &forType(BWSimulatedCameraOptions::Type type);
 
-    /// The nearest size on offer, by area.
-    BWResolution nearestResolution(BWResolution wished) const;
-
-    /// How the camera streams that size: in the wished format, or else in the faster one, raw if both are equal.
-    Mode mode(BWResolution resolution, std::optional<BWPixelFormat> wished, int videoNorm) const;
+    /// How the camera streams that size: in the requested format, or else in the faster one, raw if both are equally fast.
+    Mode mode(BWResolution resolution, std::optional<BWPixelFormat> requested, int videoNorm) const;
 };

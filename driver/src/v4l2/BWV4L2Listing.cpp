@@ -1,4 +1,4 @@
-#include "BWACUDriver/BWV4L2Listing.h"
+#include "BWACUDriver/BWV4L2Backend.h"
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"

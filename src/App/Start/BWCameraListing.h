@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWSimulatedCameras.h"
-#include "BWACUDriver/BWV4L2Listing.h"
+#include "BWACUDriver/BWV4L2Backend.h"
 
 class QTextStream;
 

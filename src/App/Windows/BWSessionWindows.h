@@ -1,7 +1,7 @@
 #pragma once
 
-#include "BWACUDriver/BWBlockedCamera.h"
 #include "BWACUDriver/BWClock.h"
+#include "BWACUDriver/BWDetectedCamera.h"
 #include "Model/Session/BWCameraSession.h"
 
 #include <functional>

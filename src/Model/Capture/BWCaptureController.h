@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
-#include "BWACUDriver/BWRecordingStatus.h"
+#include "BWACUDriver/BWCameraStatus.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWAlbumDiskGuard.h"
 

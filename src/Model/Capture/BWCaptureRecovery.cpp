@@ -1,8 +1,7 @@
 #include "Model/Capture/BWCaptureRecovery.h"
 
 #include "BWACUDriver/BWDiskSpace.h"
-#include "BWACUDriver/BWMovieCompletion.h"
-#include "BWACUDriver/BWMoviePicture.h"
+#include "BWACUDriver/BWMovie.h"
 #include "Model/Thumbnails/BWJpegThumbnail.h"
 #include "Model/Thumbnails/BWThumbnailMaker.h"
 #include "Utils/BWFilePath.h"

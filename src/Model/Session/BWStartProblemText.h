@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/BWBlockedCamera.h"
+#include "BWACUDriver/BWDetectedCamera.h"
 
 #include <QList>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "Model/Thumbnails/BWThumbnailMaker.h"
 
 #include "BWACUDriver/BWFileBytes.h"
-#include "BWACUDriver/BWMoviePicture.h"
+#include "BWACUDriver/BWMovie.h"
 #include "Utils/BWLogging.h"
 
 #include <ctime>

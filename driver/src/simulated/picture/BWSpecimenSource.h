@@ -1,10 +1,22 @@
 #pragma once
 
-#include "simulated/picture/BWPlanesSource.h"
-#include "simulated/picture/BWSpecimenTexture.h"
+#include "simulated/picture/BWPictureSource.h"
 
-/// The drawn specimen under a lens: it drifts slowly along a closed path, while the lens' vignette stands still.
-class BWSpecimenSource final : public BWPlanesSource {
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// The drawn specimen at one resolution, with some more around it for the drift. Full range, BT.601. Immutable.
+struct BWSpecimenTexture {
+    BWYuvPlanes planes;
+    int margin = 0; ///< columns and rows on each side beyond the picture
+
+    /// Draws it, or shares the one that another source holds already. Any thread.
+    static std::shared_ptr<const BWSpecimenTexture> forResolution(BWResolution resolution);
+};
+
+/// The drawn specimen under a lens: it drifts slowly along a closed path, while the lens' vignette stays in place.
+class BWSpecimenSource final : public BWPictureSource {
 public:
     void setResolution(BWResolution resolution) override;
 

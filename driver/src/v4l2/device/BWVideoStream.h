@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/BWStartProblem.h"
+#include "BWACUDriver/BWCameraStatus.h"
 #include "v4l2/device/BWVideoBuffers.h"
 #include "v4l2/device/BWVideoFormat.h"
 #include "v4l2/device/BWVideoModes.h"

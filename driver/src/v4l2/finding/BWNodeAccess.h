@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/BWStartProblem.h"
+#include "BWACUDriver/BWCameraStatus.h"
 
 #include <QByteArray>
 #include <QString>

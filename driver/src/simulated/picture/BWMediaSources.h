@@ -1,11 +1,39 @@
 #pragma once
 
 #include "media/BWMovieReader.h"
-#include "simulated/picture/BWPlanesSource.h"
+#include "simulated/picture/BWPictureSource.h"
 
-/// A movie, over and over again. Where its pictures are as large as asked for, and stored as cameras deliver them, they
-/// are handed on unchanged.
-class BWMovieSource final : public BWPlanesSource {
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <QStringList>
+
+/// Photos in order, each for 60 pictures: two seconds at the usual 30 per second.
+class BWPhotoSource final : public BWPictureSource {
+public:
+    /// `files` must not be empty.
+    explicit BWPhotoSource(QStringList files);
+
+    void setResolution(BWResolution resolution) override;
+
+    /// Whether the file is a photo that can be decoded; `error` gets the reason if not.
+    static bool canShow(const QString &file, QString &error);
+
+protected:
+    Scene scene(uint64_t index, BWColorMatrix matrix) override;
+
+private:
+    void load(const QString &file);
+
+    QStringList m_files;
+    qsizetype m_current = -1;
+    BWYuvPlanes m_planes;
+    uint64_t m_revision = 0;
+};
+
+/// A movie in an endless loop. Pictures that have the requested size and are stored as cameras deliver them are passed
+/// on unchanged.
+class BWMovieSource final : public BWPictureSource {
 public:
     explicit BWMovieSource(std::unique_ptr<BWMovieReader> reader);
 
