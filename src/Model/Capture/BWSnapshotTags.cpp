@@ -1,11 +1,12 @@
 #include "Model/Capture/BWSnapshotTags.h"
 
+#include "BWACUDriver/BWJpegHeader.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <libexif/exif-data.h>
 #include <memory>
-#include <QBuffer>
-#include <QImageReader>
+#include <QSize>
 #include <QtEndian>
 
 namespace {
@@ -49,13 +50,6 @@ void addNumber(ExifData &data, ExifTag tag, int value)
     add(data, EXIF_IFD_EXIF, tag, EXIF_FORMAT_LONG, bytes);
 }
 
-QSize sizeOf(const QByteArray &jpeg)
-{
-    QBuffer buffer;
-    buffer.setData(jpeg);
-    return QImageReader(&buffer, "jpeg").size();
-}
-
 QString offsetFromUtc(const QDateTime &time)
 {
     const int minutes = time.offsetFromUtc() / 60;
@@ -96,32 +90,13 @@ QByteArray exifSegment(const BWSnapshotTags &tags, QSize size)
     return segment.append(reinterpret_cast<const char *>(bytes), length);
 }
 
-/// Where the Exif segment belongs: behind the JFIF segment, which must come first, too. -1 if there already is one, or
-/// if the image is damaged.
-qsizetype placeForExif(const QByteArray &jpeg)
-{
-    if (!jpeg.startsWith("\xff\xd8"))
-        return -1;
-    qsizetype place = 2;
-    for (qsizetype at = 2; at + markerSize <= jpeg.size();) {
-        const auto marker = static_cast<uint8_t>(jpeg.at(at + 1));
-        if (jpeg.at(at) != '\xff' || marker < 0xe0 || marker > 0xef)
-            break;
-        const auto length = qFromBigEndian<uint16_t>(jpeg.constData() + at + 2);
-        if (marker == 0xe1 && jpeg.mid(at + markerSize, 4) == "Exif")
-            return -1;
-        const qsizetype next = at + 2 + length;
-        if (marker == 0xe0 && at == 2 && next <= jpeg.size())
-            place = next;
-        at = next;
-    }
-    return place;
-}
-
 } // namespace
 
 QByteArray BWSnapshotTags::addedTo(const QByteArray &jpeg) const
 {
-    const qsizetype place = placeForExif(jpeg);
-    return place < 0 ? jpeg : jpeg.left(place) + exifSegment(*this, sizeOf(jpeg)) + jpeg.mid(place);
+    const BWJpegHeader header(reinterpret_cast<const uint8_t *>(jpeg.constData()), std::size_t(jpeg.size()));
+    if (!header.isWhole() || header.hasExif())
+        return jpeg;
+    const auto place = static_cast<qsizetype>(header.exifOffset());
+    return jpeg.left(place) + exifSegment(*this, {header.width(), header.height()}) + jpeg.mid(place);
 }

@@ -1,5 +1,7 @@
 #include "Model/Thumbnails/BWJpegThumbnail.h"
 
+#include "BWACUDriver/BWJpegHeader.h"
+
 #include <cstring>
 #include <libexif/exif-data.h>
 #include <libyuv.h>
@@ -21,24 +23,6 @@ constexpr int64_t maxPixels = 256'000'000;
 // A progressive image has to be held whole, as two bytes for each sample.
 constexpr int64_t maxProgressivePixels = 128'000'000;
 constexpr int64_t largeProgressivePixels = 16'000'000;
-
-bool isProgressive(std::span<const uint8_t> jpeg)
-{
-    for (std::size_t at = 2; at + 4 <= jpeg.size() && jpeg[at] == 0xff;) {
-        const uint8_t marker = jpeg[at + 1];
-        if (marker == 0xff) { // fill byte
-            ++at;
-            continue;
-        }
-        if (marker == 0xda)
-            break;
-        const bool isFrame = marker >= 0xc0 && marker <= 0xcf && marker != 0xc4 && marker != 0xc8 && marker != 0xcc;
-        if (isFrame)
-            return marker != 0xc0 && marker != 0xc1;
-        at += 2 + static_cast<std::size_t>(jpeg[at + 2]) * 256 + jpeg[at + 3];
-    }
-    return false;
-}
 
 /// The smallest scale of the decoder at which no detail of the wanted size is lost.
 QSize scaledSize(QSize size, QSize wanted)
@@ -131,7 +115,7 @@ QImage BWJpegThumbnail::make(std::span<const uint8_t> jpeg, BWThumbnailSize size
         != 0)
         return fail(decoderError());
     const int64_t pixels = int64_t(picture.size.width()) * picture.size.height();
-    const bool progressive = isProgressive(jpeg);
+    const bool progressive = !BWJpegHeader(jpeg.data(), jpeg.size(), jpeg.size()).isBaseline();
     if (pixels > (progressive ? maxProgressivePixels : maxPixels))
         return fail(QStringLiteral("%1x%2 is too large").arg(picture.size.width()).arg(picture.size.height()));
     // Very large ones one at a time, however many threads there are.
