@@ -47,7 +47,6 @@ public:
 
     const BWDetectedCameraPtr &detectedCamera() const;
     QString identifierForProducts() const;
-    QString identifierForCameraType() const;
 
     /// Starts streaming. False means that the camera is not available now (another program holds it, or it is gone).
     /// Starting a started camera succeeds and changes nothing.
@@ -61,7 +60,7 @@ public:
     /// camera only calls the completion.
     void stopWithCompletion(Completion completion);
 
-    /// Whether it is streaming. True from a successful start until the stop is done.
+    /// Whether it is streaming: from a successful start until the stop is done. For other front ends.
     bool started() const;
 
     /// Changes the capture size; the completion follows when it is in effect. A streaming camera is stopped and

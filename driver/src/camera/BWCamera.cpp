@@ -26,11 +26,6 @@ QString BWCamera::identifierForProducts() const
     return detectedCamera()->cameraDescription()->identifierForProducts;
 }
 
-QString BWCamera::identifierForCameraType() const
-{
-    return detectedCamera()->cameraDescription()->identifierForCameraType;
-}
-
 void BWCamera::startWithCompletion(StartCompletion completion)
 {
     m_session->start(std::move(completion));

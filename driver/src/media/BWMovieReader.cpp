@@ -2,36 +2,8 @@
 
 #include "base/BWDriverLog.h"
 #include "media/BWJpeg.h"
-#include "media/BWLibav.h"
 
 #include <utility>
-
-struct BWMovieReader::Private {
-    QString path;
-    BWLibav::Input input;
-    int stream = -1;
-    BWLibav::Codec codec;
-    BWLibav::Packet packet{av_packet_alloc()}; ///< of the current picture, where it is native
-    BWLibav::Packet next{av_packet_alloc()};
-    BWLibav::Frame frame{av_frame_alloc()}; ///< the current picture, once decoded
-    BWLibav::Frame nextFrame{av_frame_alloc()};
-    std::optional<BWPixelFormat> native;
-    BWFrameScaler scaler;
-    bool decoded = false; ///< `frame` is the current picture
-    bool draining = false; ///< the file is at its end, the decoder not yet
-    bool exhausted = false;
-    bool damageLogged = false;
-
-    const AVCodecParameters &parameters() const { return *input->streams[stream]->codecpar; }
-
-    int open();
-    bool toStart();
-    int step();
-    int stepNative();
-    int stepDecoded();
-    bool isWhole(const AVPacket &candidate) const;
-    void logDamage(const QString &what);
-};
 
 namespace {
 
@@ -47,204 +19,201 @@ std::optional<BWPixelFormat> nativeFormatOf(const AVCodecParameters &parameters)
 
 } // namespace
 
-int BWMovieReader::Private::open()
+int BWMovieReader::openFile()
 {
     int result = 0;
-    input = BWLibav::openInput(path, result);
-    if (!input)
+    m_input = BWLibav::openInput(m_path, result);
+    if (!m_input)
         return result;
-    result = avformat_find_stream_info(input.get(), nullptr);
+    result = avformat_find_stream_info(m_input.get(), nullptr);
     if (result < 0)
         return result;
     const AVCodec *decoder = nullptr;
-    stream = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
-    if (stream < 0)
-        return stream;
-    for (unsigned i = 0; i < input->nb_streams; ++i)
-        input->streams[i]->discard = static_cast<int>(i) == stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-    codec.reset(avcodec_alloc_context3(decoder));
-    if (!codec || !packet || !next || !frame || !nextFrame)
+    m_stream = av_find_best_stream(m_input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
+    if (m_stream < 0)
+        return m_stream;
+    for (unsigned i = 0; i < m_input->nb_streams; ++i)
+        m_input->streams[i]->discard = static_cast<int>(i) == m_stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    m_codec.reset(avcodec_alloc_context3(decoder));
+    if (!m_codec || !m_packet || !m_next || !m_frame || !m_nextFrame)
         return AVERROR(ENOMEM);
-    result = avcodec_parameters_to_context(codec.get(), &parameters());
+    result = avcodec_parameters_to_context(m_codec.get(), &parameters());
     if (result >= 0)
-        result = avcodec_open2(codec.get(), decoder, nullptr);
-    native = nativeFormatOf(parameters());
+        result = avcodec_open2(m_codec.get(), decoder, nullptr);
+    m_native = nativeFormatOf(parameters());
     return result;
 }
 
-bool BWMovieReader::Private::toStart()
+bool BWMovieReader::toStart()
 {
-    draining = false;
-    avcodec_flush_buffers(codec.get());
-    const int64_t start = input->streams[stream]->start_time;
+    m_draining = false;
+    avcodec_flush_buffers(m_codec.get());
+    const int64_t start = m_input->streams[m_stream]->start_time;
     const int64_t target = start == AV_NOPTS_VALUE ? 0 : start;
-    if (avformat_seek_file(input.get(), stream, INT64_MIN, target, target, 0) >= 0)
+    if (avformat_seek_file(m_input.get(), m_stream, INT64_MIN, target, target, 0) >= 0)
         return true;
-    return open() >= 0; // some kinds of file can only be read forward
+    return openFile() >= 0; // some kinds of file can only be read forward
 }
 
-bool BWMovieReader::Private::isWhole(const AVPacket &candidate) const
+bool BWMovieReader::isWhole(const AVPacket &candidate) const
 {
     const auto size = static_cast<std::size_t>(candidate.size);
-    if (native == BWPixelFormat::MJPEG)
+    if (m_native == BWPixelFormat::MJPEG)
         return BWJpeg::looksComplete(candidate.data, size);
     return size == static_cast<std::size_t>(parameters().width) * static_cast<std::size_t>(parameters().height) * 2;
 }
 
-void BWMovieReader::Private::logDamage(const QString &what)
+void BWMovieReader::logDamage(const QString &what)
 {
-    if (!std::exchange(damageLogged, true))
-        qCWarning(bwMedia) << path << "is damaged:" << what << "- its bad pictures are left out";
+    if (!std::exchange(m_damageLogged, true))
+        qCWarning(bwMedia) << m_path << "is damaged:" << what << "- its bad pictures are left out";
 }
 
 /// To the next good picture, or libav's error number, which is AVERROR_EOF at the end.
-int BWMovieReader::Private::step()
+int BWMovieReader::step()
 {
-    return native ? stepNative() : stepDecoded();
+    return m_native ? stepNative() : stepDecoded();
 }
 
-int BWMovieReader::Private::stepNative()
+int BWMovieReader::stepNative()
 {
     for (;;) {
-        av_packet_unref(next.get());
-        const int result = av_read_frame(input.get(), next.get());
+        av_packet_unref(m_next.get());
+        const int result = av_read_frame(m_input.get(), m_next.get());
         if (result < 0)
             return result;
-        if (next->stream_index != stream)
+        if (m_next->stream_index != m_stream)
             continue;
-        if (isWhole(*next)) {
-            packet.swap(next);
-            decoded = false;
+        if (isWhole(*m_next)) {
+            m_packet.swap(m_next);
+            m_decoded = false;
             return 0;
         }
-        logDamage(QStringLiteral("a picture of %1 bytes is incomplete").arg(next->size));
+        logDamage(QStringLiteral("a picture of %1 bytes is incomplete").arg(m_next->size));
     }
 }
 
-int BWMovieReader::Private::stepDecoded()
+int BWMovieReader::stepDecoded()
 {
     for (;;) {
-        int result = avcodec_receive_frame(codec.get(), nextFrame.get());
+        int result = avcodec_receive_frame(m_codec.get(), m_nextFrame.get());
         if (result >= 0) {
-            frame.swap(nextFrame);
-            decoded = true;
+            m_frame.swap(m_nextFrame);
+            m_decoded = true;
             return 0;
         }
-        if (result == AVERROR_EOF || draining)
+        if (result == AVERROR_EOF || m_draining)
             return AVERROR_EOF;
         if (result != AVERROR(EAGAIN))
             logDamage(BWLibav::errorText(result));
-        av_packet_unref(next.get());
-        result = av_read_frame(input.get(), next.get());
+        av_packet_unref(m_next.get());
+        result = av_read_frame(m_input.get(), m_next.get());
         if (result < 0) {
             if (result != AVERROR_EOF)
                 logDamage(BWLibav::errorText(result));
-            draining = true;
-            avcodec_send_packet(codec.get(), nullptr);
+            m_draining = true;
+            avcodec_send_packet(m_codec.get(), nullptr);
             continue;
         }
-        if (next->stream_index != stream)
+        if (m_next->stream_index != m_stream)
             continue;
-        result = avcodec_send_packet(codec.get(), next.get());
+        result = avcodec_send_packet(m_codec.get(), m_next.get());
         if (result < 0)
             logDamage(BWLibav::errorText(result));
     }
 }
 
-BWMovieReader::BWMovieReader(std::unique_ptr<Private> priv) : d(std::move(priv)) { }
-
-BWMovieReader::~BWMovieReader() = default;
+BWMovieReader::BWMovieReader(const QString &path) : m_path(path) { }
 
 std::unique_ptr<BWMovieReader> BWMovieReader::open(const QString &path, QString &error)
 {
-    auto priv = std::make_unique<Private>();
-    priv->path = path;
-    int result = priv->open();
+    std::unique_ptr<BWMovieReader> reader(new BWMovieReader(path));
+    int result = reader->openFile();
     if (result >= 0)
-        result = priv->step();
+        result = reader->step();
     if (result < 0) {
         error = BWLibav::errorText(result);
         return nullptr;
     }
-    if (priv->parameters().width <= 0 || priv->parameters().height <= 0) {
+    if (reader->parameters().width <= 0 || reader->parameters().height <= 0) {
         error = QStringLiteral("the movie does not state its size");
         return nullptr;
     }
-    return std::unique_ptr<BWMovieReader>(new BWMovieReader(std::move(priv)));
+    return reader;
 }
 
 BWResolution BWMovieReader::size() const
 {
-    return {d->parameters().width, d->parameters().height};
+    return {parameters().width, parameters().height};
 }
 
 double BWMovieReader::frameRate() const
 {
     constexpr double usual = 30;
     constexpr double fastest = 1000;
-    const double rate = av_q2d(av_guess_frame_rate(d->input.get(), d->input->streams[d->stream], nullptr));
+    const double rate = av_q2d(av_guess_frame_rate(m_input.get(), m_input->streams[m_stream], nullptr));
     return rate > 0 && rate <= fastest ? rate : usual;
 }
 
 std::optional<BWPixelFormat> BWMovieReader::nativeFormat() const
 {
-    return d->native;
+    return m_native;
 }
 
 BWColorMatrix BWMovieReader::matrix() const
 {
-    return BWFrameScaler::matrixOf(d->parameters().color_space, d->parameters().codec_id, d->parameters().height);
+    return BWFrameScaler::matrixOf(parameters().color_space, parameters().codec_id, parameters().height);
 }
 
 BWColorRange BWMovieReader::range() const
 {
-    const bool full = d->native == BWPixelFormat::MJPEG || d->parameters().color_range == AVCOL_RANGE_JPEG;
+    const bool full = m_native == BWPixelFormat::MJPEG || parameters().color_range == AVCOL_RANGE_JPEG;
     return full ? BWColorRange::Full : BWColorRange::Limited;
 }
 
 bool BWMovieReader::advance()
 {
-    if (d->exhausted)
+    if (m_exhausted)
         return false;
-    int result = d->step();
+    int result = step();
     if (result < 0) {
         if (result != AVERROR_EOF)
-            d->logDamage(BWLibav::errorText(result));
-        result = d->toStart() ? d->step() : AVERROR_EOF;
+            logDamage(BWLibav::errorText(result));
+        result = toStart() ? step() : AVERROR_EOF;
     }
     if (result < 0) {
-        d->exhausted = true;
-        qCWarning(bwMedia) << d->path << "has no more good pictures; the last one stays";
+        m_exhausted = true;
+        qCWarning(bwMedia) << m_path << "has no more good pictures; the last one stays";
     }
     return result >= 0;
 }
 
 bool BWMovieReader::rewind()
 {
-    if (d->exhausted || !d->toStart())
+    if (m_exhausted || !toStart())
         return false;
     return advance();
 }
 
 std::span<const uint8_t> BWMovieReader::packet() const
 {
-    if (!d->native)
+    if (!m_native)
         return {};
-    return {d->packet->data, static_cast<std::size_t>(d->packet->size)};
+    return {m_packet->data, static_cast<std::size_t>(m_packet->size)};
 }
 
 bool BWMovieReader::decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes)
 {
-    if (!d->decoded) {
-        avcodec_flush_buffers(d->codec.get());
-        int result = avcodec_send_packet(d->codec.get(), d->packet.get());
+    if (!m_decoded) {
+        avcodec_flush_buffers(m_codec.get());
+        int result = avcodec_send_packet(m_codec.get(), m_packet.get());
         if (result >= 0)
-            result = avcodec_receive_frame(d->codec.get(), d->frame.get());
+            result = avcodec_receive_frame(m_codec.get(), m_frame.get());
         if (result < 0) {
-            d->logDamage(BWLibav::errorText(result));
+            logDamage(BWLibav::errorText(result));
             return false;
         }
-        d->decoded = true;
+        m_decoded = true;
     }
-    return d->scaler.scale(*d->frame, d->codec->codec_id, size, wanted, planes);
+    return m_scaler.scale(*m_frame, m_codec->codec_id, size, wanted, planes);
 }

@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
+#include "media/BWLibav.h"
 #include "media/BWYuvPlanes.h"
 
 #include <memory>
@@ -15,7 +16,6 @@ class BWMovieReader {
 public:
     /// Opens the movie and steps to its first good picture. Null, with the reason in `error`, if there is none.
     static std::unique_ptr<BWMovieReader> open(const QString &path, QString &error);
-    ~BWMovieReader();
 
     BWResolution size() const;
     double frameRate() const;
@@ -40,7 +40,29 @@ public:
     bool decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes);
 
 private:
-    struct Private;
-    explicit BWMovieReader(std::unique_ptr<Private> priv);
-    std::unique_ptr<Private> d;
+    explicit BWMovieReader(const QString &path);
+
+    const AVCodecParameters &parameters() const { return *m_input->streams[m_stream]->codecpar; }
+    int openFile();
+    bool toStart();
+    int step();
+    int stepNative();
+    int stepDecoded();
+    bool isWhole(const AVPacket &candidate) const;
+    void logDamage(const QString &what);
+
+    QString m_path;
+    BWLibav::Input m_input;
+    int m_stream = -1;
+    BWLibav::Codec m_codec;
+    BWLibav::Packet m_packet{av_packet_alloc()}; ///< of the current picture, if it is native
+    BWLibav::Packet m_next{av_packet_alloc()};
+    BWLibav::Frame m_frame{av_frame_alloc()}; ///< the current picture, once decoded
+    BWLibav::Frame m_nextFrame{av_frame_alloc()};
+    std::optional<BWPixelFormat> m_native;
+    BWFrameScaler m_scaler;
+    bool m_decoded = false; ///< m_frame is the current picture
+    bool m_draining = false; ///< the file is at its end, the decoder not yet
+    bool m_exhausted = false;
+    bool m_damageLogged = false;
 };
