@@ -51,7 +51,7 @@ bool CameraProbe::start(int frames)
 
 void CameraProbe::settle()
 {
-    // A change to the present size changes nothing, but its completion comes after all that was asked before.
+    // A change to the present size changes nothing, but its completion follows all earlier requests.
     setResolution(m_camera.defaultResolution());
 }
 

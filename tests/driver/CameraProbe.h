@@ -13,7 +13,7 @@
 /// Listens to one camera and lets a test wait for what it expects. A wait that lasts too long answers false.
 class CameraProbe {
 public:
-    /// Takes over all callbacks of the camera; `push` lets it capture that many frames.
+    /// Sets all callbacks of the camera; `push` lets it capture that many frames.
     CameraProbe(BWCamera &camera, std::function<void(int count)> push);
     ~CameraProbe();
 

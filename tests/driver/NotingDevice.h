@@ -101,10 +101,10 @@ public:
         return controls;
     }
     BWResolution resolution() const override { return m_device->resolution(); }
-    void setResolution(BWResolution wished) override
+    void setResolution(BWResolution requested) override
     {
-        m_notes->pass(QStringLiteral("size ") + wished.resolutionString(), false);
-        m_device->setResolution(wished);
+        m_notes->pass(QStringLiteral("size ") + requested.resolutionString(), false);
+        m_device->setResolution(requested);
     }
     BWStartProblem startStreaming() override
     {

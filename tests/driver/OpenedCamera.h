@@ -16,11 +16,11 @@ class OpenedCamera {
     std::unique_ptr<BWSimulatedBackend> m_backend;
 
 public:
-    /// Its frames are pushed, unless the pacing says otherwise. What it is sent is noted if notes are given.
+    /// Its frames are pushed. What it is sent is recorded if notes are given.
     explicit OpenedCamera(Options::Type type, std::optional<BWPixelFormat> format = {},
-                          Options::Pacing pacing = Options::Pacing::Manual,
                           const std::shared_ptr<DeviceNotes> &notes = {})
-        : m_backend(BWSimulatedBackend::create({{.type = type, .pacing = pacing, .pixelFormat = format}})),
+        : m_backend(
+            BWSimulatedBackend::create({{.type = type, .pacing = Options::Pacing::Manual, .pixelFormat = format}})),
           hand(m_backend->cameras().constFirst())
     {
         m_backend->start({BWCameraDetector::descriptionForUltraResolutionMicroscope(),

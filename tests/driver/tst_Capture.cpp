@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A disk that writes when it is told to.
+/// A disk that writes when the test allows it.
 struct SlowDisk {
     QSemaphore mayWrite;
     QSemaphore buffersHeld;
@@ -125,7 +125,7 @@ private Q_SLOTS:
         const bool early = QTest::qWaitFor([&] { return stopped.load(); }, 50);
         isSaved.release();
         QTRY_VERIFY(stopped);
-        QVERIFY2(!early, "whoever quits then would lose it");
+        QVERIFY2(!early, "a program that quits then would lose it");
     }
 
     void manyRequestsDoNotStarveTheStream()
@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY(QSet<QByteArray>(snapshots.cbegin(), snapshots.cend()).size() >= requests - 2);
     }
 
-    void slowDiskHoldsUpNobody()
+    void slowDiskDoesNotHoldUpTheStream()
     {
         SlowDisk disk;
         std::vector<bool> changes;
@@ -187,15 +187,15 @@ private Q_SLOTS:
         QVERIFY(recorder.reserve({}) > 0);
     }
 
-    void everyRecordingTellsItsOwnEnd()
+    void everyRecordingReportsItsOwnEnd()
     {
         SlowDisk disk;
         disk.mayWrite.release(10);
-        QStringList told;
+        QStringList reported;
         BWMovieRecorder *next = nullptr;
         BWMovieRecorder recorder(
             [&](bool recording, const BWRecordingStatus &status) {
-                told << u"%1 %2 %3"_s.arg(status.path).arg(recording).arg(status.frames);
+                reported << u"%1 %2 %3"_s.arg(status.path).arg(recording).arg(status.frames);
                 if (next && !recording) // as soon as it can
                     std::exchange(next, nullptr)->reserve(u"second"_s);
             },
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QVERIFY(recorder.end()); // before it was begun
         QVERIFY(!recorder.end());
         recorder.waitUntilComplete();
-        QCOMPARE(told, QStringList({u"first 1 1"_s, u"first 0 1"_s, u"second 0 0"_s}));
+        QCOMPARE(reported, QStringList({u"first 1 1"_s, u"first 0 1"_s, u"second 0 0"_s}));
         QVERIFY(!recorder.isActive());
     }
 
@@ -242,27 +242,6 @@ private Q_SLOTS:
         QTRY_VERIFY(stopped);
         QCOMPARE(round, 5);
         QVERIFY(!camera.recording());
-    }
-
-    void askedValueHoldsOnceTheAutomaticModeIsOff()
-    {
-        OpenedCamera opened(Type::Ultra);
-        BWCamera &camera = *opened.camera;
-        const auto white = camera.settingForIdentifier(BWSettingWhiteBalance);
-        const auto automatic = camera.settingForIdentifier(BWSettingAutoWhite);
-        QVERIFY(opened.probe->start());
-        camera.setSetting(BWSettingWhiteBalance, 3750);
-        opened.probe->settle();
-        QCOMPARE(white->value(), 4600.0);
-        automatic->setValue(0); // noted before it is sent, as the settings window does
-        camera.setSetting(BWSettingAutoWhite, 0);
-        opened.probe->settle();
-        QCOMPARE(white->value(), 3750.0);
-
-        camera.setSetting(BWSettingAutoWhite, 1);
-        opened.probe->settle();
-        QVERIFY(opened.probe->stream(40));
-        QVERIFY2(white->value() != 3750.0, "the automatic mode moves it and says so");
     }
 };
 

@@ -1,7 +1,6 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "BWManualClock.h"
-#include "simulated/BWSimulatedProfile.h"
 
 #include <QTest>
 
@@ -73,19 +72,6 @@ private Q_SLOTS:
         watched.hand->pushFrames(3);
         QVERIFY(watched.hand->isPluggedIn());
         QVERIFY(watched.found.isEmpty());
-    }
-
-    void fasterFormatWins()
-    {
-        const auto &digital = BWSimulatedProfile::forType(Type::DX20);
-        QVERIFY2(digital.mode({640, 480}, {}, 1).format == BWPixelFormat::YUYV, "a tie goes to raw");
-        QVERIFY(digital.mode({640, 480}, BWPixelFormat::MJPEG, 1).format == BWPixelFormat::MJPEG);
-        QVERIFY(digital.mode({1920, 1080}, {}, 1).format == BWPixelFormat::MJPEG);
-        QCOMPARE(digital.mode({2592, 1944}, {}, 1).framesPerSecond, 15.0);
-        const auto &analog = BWSimulatedProfile::forType(Type::Wireless);
-        QCOMPARE(analog.mode({720, 480}, BWPixelFormat::MJPEG, 1).framesPerSecond, 25.0); // PAL
-        QCOMPARE(analog.mode({720, 480}, {}, 0).framesPerSecond, 30000 / 1001.0);
-        QVERIFY(analog.mode({640, 480}, BWPixelFormat::MJPEG, 0).format == BWPixelFormat::YUYV);
     }
 
     void resolutionsAreParsedFromWholeTexts()

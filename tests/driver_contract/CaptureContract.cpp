@@ -44,18 +44,6 @@ private Q_SLOTS:
             QCOMPARE(QImage::fromData(jpeg, "JPEG").size(), camera().defaultResolution().dimensions());
     }
 
-    void noSnapshotWithoutAStream()
-    {
-        camera().takeSnapshot();
-        for (int round = 0; round < 2; ++round) {
-            QVERIFY(probe().start(2));
-            if (round == 0 && m_fixture.isPushed())
-                camera().takeSnapshot();
-            probe().stop();
-        }
-        QVERIFY(probe().snapshots().isEmpty());
-    }
-
     void movieIsCompleteOnReturn()
     {
         const QTemporaryDir folder;
@@ -104,16 +92,17 @@ private Q_SLOTS:
             return;
         }
         if (event == u"stop"_s) {
-            Changes toldBefore;
+            Changes reportedBefore;
             const auto stop = [&](const BWCamera::Completion &done) {
                 camera().stopWithCompletion([&, done] {
-                    toldBefore = probe().recordingChanges();
+                    reportedBefore = probe().recordingChanges();
                     done();
                 });
             };
             QVERIFY(probe().complete(stop));
-            QVERIFY2(!camera().recording(), "who quits on the completion would lose the end of the movie");
-            QVERIFY2(toldBefore == (Changes{true, false}), "who quits on the completion would lose the whole movie");
+            QVERIFY2(!camera().recording(), "a program that quits on the completion would lose the end of the movie");
+            QVERIFY2(reportedBefore == (Changes{true, false}),
+                     "a program that quits on the completion would lose the whole movie");
         } else if (event == u"size"_s) {
             probe().setResolution(otherSize());
             camera().stopRecording();
@@ -142,7 +131,7 @@ private Q_SLOTS:
 
         QVERIFY(camera().startRecording(path));
         camera().stopRecording();
-        QVERIFY2(probe().waitForRecordingChanges(2), "its end is told although it never began");
+        QVERIFY2(probe().waitForRecordingChanges(2), "its end is reported although it never began");
         QVERIFY2(!m_fixture.isPushed() || !QFileInfo::exists(path), "a movie without a frame");
         QVERIFY(probe().stream(1));
         QVERIFY(!camera().recording());

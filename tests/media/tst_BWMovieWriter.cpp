@@ -120,29 +120,6 @@ private Q_SLOTS:
         QCOMPARE(boxesIn(m_path), (QByteArrayList{"ftyp", "mdat", "moov"}));
     }
 
-    void encodesRawFrames()
-    {
-        for (int i = 0; i < 10; ++i)
-            QVERIFY(m_writer->write(rawAt(i * 40ms, i % 2 ? Qt::blue : Qt::green)));
-        QVERIFY(m_writer->finish());
-        QCOMPARE(framesIn(m_path), 10);
-        QVERIFY(std::abs(probe(m_path)[u"duration"_s].toString().toDouble() - 0.4) < 0.001);
-        const QImage second = QImage::fromData(storedPictures(m_path).value(1), "JPEG");
-        QCOMPARE(second.size(), QSize(width, height));
-        QVERIFY(second.pixelColor(10, 10).red() > 245 && second.pixelColor(10, 10).green() < 10);
-        QVERIFY(second.pixelColor(width - 10, 10).blue() > 245);
-    }
-
-    void growingFileCanBePlayed()
-    {
-        for (int i = 0; i < 20; ++i)
-            QVERIFY(m_writer->write(pictureAt(i * 33ms, detailedJpeg(width, height, i))));
-        const QString copy = m_folder.filePath(u"killed.mov"_s);
-        QVERIFY(QFile::copy(m_path, copy)); // what a killed program would leave behind
-        QVERIFY2(framesIn(copy) >= 19, qPrintable(QString::number(framesIn(copy))));
-        QCOMPARE(storedPictures(copy).value(18), detailedJpeg(width, height, 18));
-    }
-
     void completesWhatACrashLeft()
     {
         for (int i = 0; i < 20; ++i)
@@ -267,14 +244,6 @@ private Q_SLOTS:
         QVERIFY(!m_writer->finish());
         QVERIFY(m_writer->isEmpty());
         QVERIFY(!QFile::exists(m_path));
-    }
-
-    void tellsWhyItCannotBegin()
-    {
-        QString error;
-        QVERIFY(!BWMovieWriter::create(m_folder.filePath(u"no/such/folder.mov"_s), &error));
-        QVERIFY2(error.contains(u"No such file"_s), qPrintable(error));
-        QVERIFY(!BWMovieWriter::create(m_folder.path()));
     }
 };
 

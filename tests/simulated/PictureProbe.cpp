@@ -59,44 +59,6 @@ double PictureProbe::meanLuma() const
     return meanOver(m_size, [this](int x, int y) { return luma(x, y); });
 }
 
-double PictureProbe::spread() const
-{
-    const double middle = meanLuma();
-    return std::sqrt(meanOver(m_size, [&](int x, int y) { return std::pow(luma(x, y) - middle, 2); }));
-}
-
-double PictureProbe::shadows() const
-{
-    std::vector<int> values;
-    for (qsizetype i = 0; i < m_bytes.size(); i += 2)
-        values.push_back(uint8_t(m_bytes[i]));
-    const auto tenth = values.begin() + std::ptrdiff_t(values.size() / 10);
-    std::nth_element(values.begin(), tenth, values.end());
-    return *tenth;
-}
-
-double PictureProbe::colourfulness() const
-{
-    return meanOver(m_size, [this](int x, int y) { return std::hypot(u(x, y), v(x, y)); });
-}
-
-double PictureProbe::hue() const
-{
-    const double meanU = meanOver(m_size, [this](int x, int y) { return u(x, y); });
-    const double meanV = meanOver(m_size, [this](int x, int y) { return v(x, y); });
-    return std::fmod(std::atan2(meanV, meanU) * 180 / M_PI + 360, 360);
-}
-
-double PictureProbe::warmth() const
-{
-    return meanOver(m_size, [this](int x, int y) { return v(x, y) - u(x, y); });
-}
-
-double PictureProbe::edges() const
-{
-    return meanOver(m_size, [this](int x, int y) { return x ? std::abs(luma(x, y) - luma(x - 1, y)) : 0; });
-}
-
 double PictureProbe::differenceTo(const PictureProbe &other) const
 {
     double sum = 0;

@@ -15,12 +15,6 @@ public:
     QImage image() const; ///< BT.601, limited range
 
     double meanLuma() const; ///< 0 to 255, as stored
-    double spread() const; ///< standard deviation of luma
-    double shadows() const; ///< the luma that a tenth of the pixels stay below
-    double colourfulness() const; ///< mean distance of chroma from grey
-    double hue() const; ///< angle of the mean chroma, 0 to 360 degrees
-    double warmth() const; ///< mean of V - U
-    double edges() const; ///< mean luma difference of neighbours
     double differenceTo(const PictureProbe &other) const; ///< mean over all bytes
 
     static QByteArray jpeg(BWPictureSource &source, uint64_t index);
