@@ -76,7 +76,7 @@ void BWAlbum::removeFile(const QUrl &file, BWMediaType type) const
 {
     Q_UNUSED(type)
     QString error;
-    if (!BWTrash::moveToTrash(file, &error))
+    if (!BWTrashedFile::moveToTrash(file, nullptr, &error))
         qCWarning(bwModel).noquote() << "Cannot move to the Trash:" << file.toDisplayString() << "-" << error;
 }
 

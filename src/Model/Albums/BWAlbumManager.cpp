@@ -1,23 +1,19 @@
 #include "Model/Albums/BWAlbumManager.h"
 
-#include "Model/Albums/BWAlbumIntake.h"
 #include "Model/Settings/BWUserDefaults.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
-#include "Utils/BWWorkerPool.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <optional>
 #include <QDir>
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <utility>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -43,20 +39,29 @@ bool isListedBefore(const QByteArray &left, const QByteArray &right)
     return order != 0 ? order < 0 : left < right;
 }
 
+/// A folder's name up to its last dot, which may not be its first character.
+QString nameWithoutExtension(const BWAlbum &album)
+{
+    const qsizetype dot = album.name().lastIndexOf(u'.');
+    return dot > 0 ? album.name().left(dot) : album.name();
+}
+
+} // namespace
+
 /// What is asked of the disks at the start, in the background, as they may take long to answer.
-struct Question {
+struct BWAlbumManager::Question {
     QUrl base;
     QUrl defaultFolder;
     QList<QUrl> stored;
     bool scan = false;
 };
 
-struct Answer {
+struct BWAlbumManager::Answer {
     QUrl failed; ///< the folder that could not be made or listed; empty if all is well
     QList<QUrl> folders; ///< that exist, in the order in which they are listed
 };
 
-Answer ask(const Question &question)
+BWAlbumManager::Answer BWAlbumManager::ask(const Question &question)
 {
     for (const QUrl &folder : {question.base, question.defaultFolder}) {
         if (!makeFolder(folder))
@@ -76,72 +81,18 @@ Answer ask(const Question &question)
     return {{}, BWFolderCheck::folders(folders)};
 }
 
-/// A folder's name up to its last dot, which may not be its first character.
-QString nameWithoutExtension(const BWAlbum &album)
+BWAlbumManager::BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::Today today)
+    : m_defaults(defaults),
+      m_home(std::move(home)),
+      m_today(std::move(today)),
+      m_intake([this] { return currentAlbum(); }, [this] { notify(m_onContentsChanged); })
 {
-    const qsizetype dot = album.name().lastIndexOf(u'.');
-    return dot > 0 ? album.name().left(dot) : album.name();
 }
 
-} // namespace
-
-struct BWAlbumManager::Private {
-    Private(BWUserDefaults &userDefaults, QString homeFolder, BWAlbum::Today todayFunction)
-        : defaults(userDefaults),
-          home(std::move(homeFolder)),
-          today(std::move(todayFunction)),
-          intake([this] { return currentAlbum(); }, [this] { notify(onContentsChanged); })
-    {
-    }
-
-    static void notify(const ChangeCallback &callback)
-    {
-        if (callback)
-            callback();
-    }
-
-    QUrl basePath() const { return BWFilePath::fromLocal(home + u"/BrimwellPro"_s); }
-    QUrl pathForName(const QString &name) const { return BWFilePath::entry(basePath(), QFile::encodeName(name)); }
-    QString defaultName() const { return oldDefaultName.isEmpty() ? standardDefaultName : oldDefaultName; }
-    BWAlbumPtr currentAlbum() const { return albums.value(selected); }
-
-    void fail(const QUrl &folder)
-    {
-        faulty = true;
-        qCWarning(bwModel).noquote() << "Albums cannot be prepared in" << folder.toDisplayString();
-    }
-
-    Question load();
-    void take(const Question &question, const Answer &answer);
-    void takeFolders(const QList<QUrl> &folders, bool scan);
-    void addDefaultAlbum();
-    QList<QUrl> readList(bool *damaged = nullptr) const;
-    void save();
-    void reload(int index);
-
-    BWUserDefaults &defaults;
-    QString home;
-    BWAlbum::Today today;
-    bool faulty = false;
-    bool isPrepared = false;
-    std::vector<std::function<void()>> whenPrepared;
-    std::optional<QList<QUrl>> importedAlbums;
-    QString oldDefaultName;
-    QList<BWAlbumPtr> albums;
-    QList<QUrl> validPaths;
-    QList<QUrl> knownPaths; ///< the list as it was last read or stored
-    int selected = -1;
-    ChangeCallback onAlbumsChanged;
-    ChangeCallback onContentsChanged;
-    BWTrash trash;
-    BWWorkerPool disks{1, std::chrono::milliseconds(0)}; // at the end nobody needs their answers
-    BWAlbumIntake intake; // last, so that it ends first
-};
-
 /// The folders that are stored now, whether they exist or not.
-QList<QUrl> BWAlbumManager::Private::readList(bool *damaged) const
+QList<QUrl> BWAlbumManager::readList(bool *damaged) const
 {
-    const QString text = defaults.string(albumsKey);
+    const QString text = m_defaults.string(albumsKey);
     const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
     if (damaged)
         *damaged = !text.isNull() && !document.isArray();
@@ -155,256 +106,216 @@ QList<QUrl> BWAlbumManager::Private::readList(bool *damaged) const
 }
 
 /// Reads the stored list. If there is none the base folder is to be searched.
-Question BWAlbumManager::Private::load()
+BWAlbumManager::Question BWAlbumManager::load()
 {
-    Question question{basePath(), pathForName(defaultName()), {}, false};
-    if (importedAlbums) {
-        defaults.setString(albumsKey, {});
-        validPaths = *importedAlbums;
+    Question question{basePath(), pathForAlbumName(defaultName()), {}, false};
+    if (m_importedAlbums) {
+        m_defaults.setString(albumsKey, {});
+        m_validPaths = *m_importedAlbums;
         save();
-        question.stored = validPaths;
+        question.stored = m_validPaths;
         return question;
     }
     bool damaged = false;
-    knownPaths = readList(&damaged);
+    m_knownPaths = readList(&damaged);
     if (damaged)
         qCWarning(bwModel) << "The stored list of albums is damaged; the albums' folder is searched instead";
-    question.stored = validPaths = knownPaths;
-    question.scan = QJsonDocument::fromJson(defaults.string(albumsKey).toUtf8()).array().isEmpty();
+    question.stored = m_validPaths = m_knownPaths;
+    question.scan = QJsonDocument::fromJson(m_defaults.string(albumsKey).toUtf8()).array().isEmpty();
     return question;
 }
 
-void BWAlbumManager::Private::take(const Question &question, const Answer &answer)
+void BWAlbumManager::take(const Question &question, const Answer &answer)
 {
-    isPrepared = true;
-    if (!answer.failed.isEmpty()) {
-        fail(answer.failed);
-        notify(onAlbumsChanged);
+    m_isPrepared = true;
+    m_faulty = !answer.failed.isEmpty();
+    if (m_faulty) {
+        qCWarning(bwModel).noquote() << "Albums cannot be prepared in" << answer.failed.toDisplayString();
+        notify(m_onAlbumsChanged);
     } else {
         takeFolders(answer.folders, question.scan);
         reload(0);
     }
-    intake.release();
-    for (const auto &callback : std::exchange(whenPrepared, {}))
+    m_intake.release();
+    for (const auto &callback : std::exchange(m_whenPrepared, {}))
         callback();
 }
 
 /// Makes the albums. A scan stores folders only up to the default album; those after it are shown, and found again by a
 /// later scan.
-void BWAlbumManager::Private::takeFolders(const QList<QUrl> &folders, bool scan)
+void BWAlbumManager::takeFolders(const QList<QUrl> &folders, bool scan)
 {
-    if (!importedAlbums)
-        validPaths = scan ? QList<QUrl>() : folders;
-    albums.clear();
+    if (!m_importedAlbums)
+        m_validPaths = scan ? QList<QUrl>() : folders;
+    m_albums.clear();
     bool defaultFound = false;
     for (const QUrl &folder : folders) {
-        const auto album = std::make_shared<BWAlbum>(folder, today);
+        const auto album = std::make_shared<BWAlbum>(folder, m_today);
         if (!defaultFound) {
             defaultFound = nameWithoutExtension(*album) == defaultName();
             album->setIsDefaultAlbum(defaultFound);
             if (scan)
-                validPaths.append(folder);
+                m_validPaths.append(folder);
         }
-        albums.append(album);
+        m_albums.append(album);
     }
-    if (albums.isEmpty())
+    if (m_albums.isEmpty())
         addDefaultAlbum();
 }
 
 /// Captures must always have somewhere to go, even when every remembered folder has vanished. Its folder exists.
-void BWAlbumManager::Private::addDefaultAlbum()
+void BWAlbumManager::addDefaultAlbum()
 {
-    const QUrl folder = pathForName(defaultName());
-    albums.append(std::make_shared<BWAlbum>(folder, today));
-    albums.first()->setIsDefaultAlbum(true);
-    if (!validPaths.contains(folder))
-        validPaths.append(folder);
+    const QUrl folder = pathForAlbumName(defaultName());
+    m_albums.append(std::make_shared<BWAlbum>(folder, m_today));
+    m_albums.first()->setIsDefaultAlbum(true);
+    if (!m_validPaths.contains(folder))
+        m_validPaths.append(folder);
 }
 
 /// Stores the list, together with what another program has added to it or taken off it since it was read.
-void BWAlbumManager::Private::save()
+void BWAlbumManager::save()
 {
-    defaults.synchronize();
-    const QList<QUrl> stored = defaults.string(albumsKey).isNull() ? validPaths : readList();
+    m_defaults.synchronize();
+    const QList<QUrl> stored = m_defaults.string(albumsKey).isNull() ? m_validPaths : readList();
     QList<QUrl> folders;
     for (const QUrl &folder : stored) {
-        if (validPaths.contains(folder) || !knownPaths.contains(folder))
+        if (m_validPaths.contains(folder) || !m_knownPaths.contains(folder))
             folders.append(folder);
     }
-    for (const QUrl &folder : std::as_const(validPaths)) {
-        if (!folders.contains(folder) && !knownPaths.contains(folder))
+    for (const QUrl &folder : std::as_const(m_validPaths)) {
+        if (!folders.contains(folder) && !m_knownPaths.contains(folder))
             folders.append(folder);
     }
-    knownPaths = validPaths;
+    m_knownPaths = m_validPaths;
     QJsonArray paths;
     for (const QUrl &folder : std::as_const(folders))
         paths.append(folder.toLocalFile());
-    defaults.setString(albumsKey, QString::fromUtf8(QJsonDocument(paths).toJson(QJsonDocument::Compact)));
-    defaults.synchronize();
+    m_defaults.setString(albumsKey, QString::fromUtf8(QJsonDocument(paths).toJson(QJsonDocument::Compact)));
+    m_defaults.synchronize();
 }
 
-void BWAlbumManager::Private::reload(int index)
+void BWAlbumManager::reload(int index)
 {
-    selected = albums.isEmpty() ? -1 : index;
-    notify(onAlbumsChanged);
+    m_selected = m_albums.isEmpty() ? -1 : index;
+    notify(m_onAlbumsChanged);
 }
-
-BWAlbumManager::BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::Today today)
-    : d(std::make_unique<Private>(defaults, std::move(home), std::move(today)))
-{
-}
-
-BWAlbumManager::~BWAlbumManager() = default;
 
 void BWAlbumManager::setImportOldAlbums(const QList<QUrl> &folders)
 {
-    d->importedAlbums.emplace();
+    m_importedAlbums.emplace();
     for (const QUrl &folder : folders)
-        d->importedAlbums->append(BWFilePath::normalized(folder));
+        m_importedAlbums->append(BWFilePath::normalized(folder));
 }
 
 void BWAlbumManager::setOldDefaultAlbumName(const QString &name)
 {
     if (BWAlbum::isName(name))
-        d->oldDefaultName = name;
+        m_oldDefaultName = name;
     else
         qCWarning(bwModel).noquote() << "The default album cannot be called" << name << "- it is called"
-                                     << d->defaultName();
+                                     << defaultName();
 }
 
 void BWAlbumManager::prepare()
 {
-    const Question question = d->load();
-    d->take(question, ask(question));
+    const Question question = load();
+    take(question, ask(question));
 }
 
 void BWAlbumManager::prepareInBackground()
 {
-    d->intake.hold();
-    d->disks.run([this, question = d->load(), alive = d->intake.alive()] {
-        BWMainQueue::post(alive, [this, question, answer = ask(question)] { d->take(question, answer); });
+    m_intake.hold();
+    m_disks.run([this, question = load(), alive = m_intake.alive()] {
+        BWMainQueue::post(alive, [this, question, answer = ask(question)] { take(question, answer); });
     });
-}
-
-bool BWAlbumManager::isPrepared() const
-{
-    return d->isPrepared;
 }
 
 void BWAlbumManager::whenPrepared(std::function<void()> callback)
 {
-    if (d->isPrepared)
+    if (m_isPrepared)
         callback();
     else
-        d->whenPrepared.push_back(std::move(callback));
+        m_whenPrepared.push_back(std::move(callback));
 }
 
-bool BWAlbumManager::faulty() const
+QUrl BWAlbumManager::basePath() const
 {
-    return d->faulty;
+    return BWFilePath::fromLocal(m_home + u"/BrimwellPro"_s);
 }
 
-QUrl BWAlbumManager::albumsBasePath() const
+QString BWAlbumManager::defaultName() const
 {
-    makeFolder(d->basePath());
-    return d->basePath();
+    return m_oldDefaultName.isEmpty() ? standardDefaultName : m_oldDefaultName;
 }
 
 QUrl BWAlbumManager::pathForAlbumName(const QString &name) const
 {
-    return d->pathForName(name);
+    return BWFilePath::entry(basePath(), QFile::encodeName(name));
+}
+
+void BWAlbumManager::notify(const ChangeCallback &callback)
+{
+    if (callback)
+        callback();
+}
+
+QUrl BWAlbumManager::albumsBasePath() const
+{
+    makeFolder(basePath());
+    return basePath();
 }
 
 QUrl BWAlbumManager::defaultAlbumBasePath() const
 {
-    return d->pathForName(standardDefaultName);
-}
-
-const QList<BWAlbumPtr> &BWAlbumManager::albums() const
-{
-    return d->albums;
-}
-
-const QList<QUrl> &BWAlbumManager::validAlbumPaths() const
-{
-    return d->validPaths;
-}
-
-int BWAlbumManager::selectedIndex() const
-{
-    return d->selected;
+    return pathForAlbumName(standardDefaultName);
 }
 
 void BWAlbumManager::setSelectedIndex(int index)
 {
-    if (index < 0 || index >= d->albums.size())
+    if (index < 0 || index >= m_albums.size())
         return;
-    d->selected = index;
-    Private::notify(d->onContentsChanged);
-}
-
-BWAlbumPtr BWAlbumManager::currentAlbum() const
-{
-    return d->currentAlbum();
+    m_selected = index;
+    notify(m_onContentsChanged);
 }
 
 BWAlbumPtr BWAlbumManager::albumOfFile(const QUrl &file) const
 {
     const QUrl folder = BWFilePath::normalized(file.adjusted(QUrl::RemoveFilename));
-    const auto found = std::find_if(d->albums.cbegin(), d->albums.cend(),
+    const auto found = std::find_if(m_albums.cbegin(), m_albums.cend(),
                                     [&folder](const BWAlbumPtr &album) { return album->path() == folder; });
-    return found != d->albums.cend() ? *found : nullptr;
-}
-
-void BWAlbumManager::addFile(const QUrl &file, BWMediaType type, AddCompletion completion, AddProgress progress)
-{
-    d->intake.add(file, type, std::move(completion), std::move(progress));
+    return found != m_albums.cend() ? *found : nullptr;
 }
 
 void BWAlbumManager::removeFile(const QUrl &file, BWMediaType type)
 {
     Q_UNUSED(type)
-    BWMainQueue::post(d->intake.alive(), [this, file] { removeFiles({file}, {}); });
+    BWMainQueue::post(m_intake.alive(), [this, file] { removeFiles({file}, {}); });
 }
 
 void BWAlbumManager::removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &)> finished)
 {
-    d->trash.move(files, [this, finished = std::move(finished)](const BWTrash::Moved &result) {
-        Private::notify(d->onContentsChanged);
+    m_trash.move(files, [this, finished = std::move(finished)](const BWTrash::Moved &result) {
+        notify(m_onContentsChanged);
         if (finished)
             finished(result);
     });
-}
-
-bool BWAlbumManager::canUndoRemoving() const
-{
-    return d->trash.canUndo();
 }
 
 void BWAlbumManager::undoRemoving(std::function<void(const BWTrash::Restored &)> finished)
 {
-    d->trash.undo([this, finished = std::move(finished)](const BWTrash::Restored &result) {
-        Private::notify(d->onContentsChanged);
+    m_trash.undo([this, finished = std::move(finished)](const BWTrash::Restored &result) {
+        notify(m_onContentsChanged);
         if (finished)
             finished(result);
     });
-}
-
-void BWAlbumManager::whenAdded(std::function<void()> done)
-{
-    d->intake.whenDone(std::move(done));
-}
-
-void BWAlbumManager::abandonAdding()
-{
-    d->intake.abandon();
 }
 
 void BWAlbumManager::waitUntilPrepared()
 {
     QEventLoop loop;
     whenPrepared([&loop] { loop.quit(); });
-    if (!d->isPrepared)
+    if (!m_isPrepared)
         loop.exec();
 }
 
@@ -429,14 +340,14 @@ BWAlbumManager::FolderProblem BWAlbumManager::makeAlbumFolder(const QUrl &folder
 void BWAlbumManager::addAlbumFromPath(const QUrl &folder)
 {
     const QUrl path = BWFilePath::normalized(folder);
-    if (!path.isLocalFile() || d->validPaths.contains(path))
+    if (!path.isLocalFile() || m_validPaths.contains(path))
         return;
     // A folder that a scan found but did not store is listed once, not twice.
-    d->albums.removeIf([&path](const BWAlbumPtr &album) { return album->path() == path; });
-    d->albums.append(std::make_shared<BWAlbum>(path, d->today));
-    d->validPaths.append(path);
-    d->reload(static_cast<int>(d->albums.size()) - 1);
-    d->save();
+    m_albums.removeIf([&path](const BWAlbumPtr &album) { return album->path() == path; });
+    m_albums.append(std::make_shared<BWAlbum>(path, m_today));
+    m_validPaths.append(path);
+    reload(static_cast<int>(m_albums.size()) - 1);
+    save();
 }
 
 int BWAlbumManager::addAlbumsFromPaths(const QList<QUrl> &folders)
@@ -444,25 +355,25 @@ int BWAlbumManager::addAlbumsFromPaths(const QList<QUrl> &folders)
     int added = 0;
     for (const QUrl &folder : folders) {
         const QUrl path = BWFilePath::normalized(folder);
-        if (!path.isLocalFile() || d->validPaths.contains(path))
+        if (!path.isLocalFile() || m_validPaths.contains(path))
             continue;
-        const bool isListed = std::any_of(d->albums.cbegin(), d->albums.cend(),
+        const bool isListed = std::any_of(m_albums.cbegin(), m_albums.cend(),
                                           [&path](const BWAlbumPtr &album) { return album->path() == path; });
         if (!isListed) // a scan may have found it without storing it
-            d->albums.append(std::make_shared<BWAlbum>(path, d->today));
-        d->validPaths.append(path);
+            m_albums.append(std::make_shared<BWAlbum>(path, m_today));
+        m_validPaths.append(path);
         ++added;
     }
     if (added > 0) {
-        d->reload(std::max(d->selected, 0));
-        d->save();
+        reload(std::max(m_selected, 0));
+        save();
     }
     return added;
 }
 
 bool BWAlbumManager::canRemoveCurrentAlbum() const
 {
-    const BWAlbumPtr album = d->currentAlbum();
+    const BWAlbumPtr album = currentAlbum();
     return album && !album->isDefaultAlbum();
 }
 
@@ -470,20 +381,10 @@ void BWAlbumManager::removeCurrentAlbum()
 {
     if (!canRemoveCurrentAlbum())
         return;
-    const BWAlbumPtr album = d->albums.takeAt(d->selected);
-    d->validPaths.removeAll(album->path());
-    if (d->albums.isEmpty() && makeFolder(d->pathForName(d->defaultName())))
-        d->addDefaultAlbum();
-    d->reload(0);
-    d->save();
-}
-
-void BWAlbumManager::setOnAlbumsChanged(ChangeCallback callback)
-{
-    d->onAlbumsChanged = std::move(callback);
-}
-
-void BWAlbumManager::setOnAlbumContentsChanged(ChangeCallback callback)
-{
-    d->onContentsChanged = std::move(callback);
+    const BWAlbumPtr album = m_albums.takeAt(m_selected);
+    m_validPaths.removeAll(album->path());
+    if (m_albums.isEmpty() && makeFolder(pathForAlbumName(defaultName())))
+        addDefaultAlbum();
+    reload(0);
+    save();
 }

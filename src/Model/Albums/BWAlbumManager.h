@@ -1,13 +1,15 @@
 #pragma once
 
-#include "Model/Albums/BWAlbum.h"
+#include "Model/Albums/BWAlbumIntake.h"
 #include "Model/Albums/BWTrash.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <functional>
-#include <memory>
+#include <optional>
 #include <QList>
 #include <QString>
 #include <QUrl>
+#include <vector>
 
 class BWUserDefaults;
 
@@ -16,15 +18,12 @@ class BWUserDefaults;
 class BWAlbumManager {
 public:
     using ChangeCallback = std::function<void()>;
-    /// Called on the GUI thread: whether the file is in the album, and where.
-    using AddCompletion = std::function<void(bool added, const QUrl &file)>;
-    /// How much of a file is copied, from 0 to 1. Called on the GUI thread, for long copies only.
-    using AddProgress = std::function<void(double done)>;
+    using AddCompletion = BWAlbumIntake::Completion;
+    using AddProgress = BWAlbumIntake::Progress;
 
-    /// `home` is the folder that holds the albums' base folder. The store must outlive the manager.
+    /// `home` is the folder that holds the albums' base folder. The store must outlive the manager. At its end the manager
+    /// finishes the requested copies without calling their completions.
     BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::Today today = {});
-    /// Finishes the requested copies without calling their completions.
-    ~BWAlbumManager();
     BWAlbumManager(const BWAlbumManager &) = delete;
     BWAlbumManager &operator=(const BWAlbumManager &) = delete;
 
@@ -39,13 +38,13 @@ public:
     /// The same without waiting: there are no albums until isPrepared(), which counts as a change of the list. Captures
     /// that come earlier are added then.
     void prepareInBackground();
-    bool isPrepared() const;
+    bool isPrepared() const { return m_isPrepared; }
     /// Calls back once it is prepared; immediately if it is already.
     void whenPrepared(std::function<void()> callback);
     /// Runs an event loop until then.
     void waitUntilPrepared();
     /// The folders or the list could not be prepared. Stays set.
-    bool faulty() const;
+    bool faulty() const { return m_faulty; }
 
     /// The folder that holds the albums; each call makes it if it is missing.
     QUrl albumsBasePath() const;
@@ -53,36 +52,39 @@ public:
     /// Where an album named "Default Album" lies.
     QUrl defaultAlbumBasePath() const;
 
-    const QList<BWAlbumPtr> &albums() const;
+    const QList<BWAlbumPtr> &albums() const { return m_albums; }
     /// The folders that are remembered from one start to the next.
-    const QList<QUrl> &validAlbumPaths() const;
+    const QList<QUrl> &validAlbumPaths() const { return m_validPaths; }
 
     /// Position of the current album in albums(); -1 without albums.
-    int selectedIndex() const;
+    int selectedIndex() const { return m_selected; }
     /// The user picked another album. Reports changed contents; an index out of range changes nothing.
     void setSelectedIndex(int index);
-    BWAlbumPtr currentAlbum() const;
+    BWAlbumPtr currentAlbum() const { return m_albums.value(m_selected); }
     /// The album in whose folder the file lies; null if there is none.
     BWAlbumPtr albumOfFile(const QUrl &file) const;
 
     /// Takes a finished capture into the album that is current when the GUI thread gets to it; then reports changed
     /// contents, then calls the completion. Returns at once; any thread. Captures are added one after the other, in
     /// order, and copied without holding up the GUI thread.
-    void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {}, AddProgress progress = {});
+    void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {}, AddProgress progress = {})
+    {
+        m_intake.add(file, type, std::move(completion), std::move(progress));
+    }
     /// Moves a file of the current album to the Trash, then reports changed contents. Returns at once; any thread.
     void removeFile(const QUrl &file, BWMediaType type);
     /// Moves files of the current album to the Trash without holding up the GUI thread; then reports changed contents,
     /// then calls `finished`.
     void removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &result)> finished);
     /// Whether there are files to put back: those of the last move to the Trash.
-    bool canUndoRemoving() const;
+    bool canUndoRemoving() const { return m_trash.canUndo(); }
     /// Puts them back, then reports changed contents, then calls `finished`. Once only.
     void undoRemoving(std::function<void(const BWTrash::Restored &result)> finished);
     /// Calls `done` once all captures are added or have failed; while the last completion runs, at once. For the
     /// program's end.
-    void whenAdded(std::function<void()> done);
+    void whenAdded(std::function<void()> done) { m_intake.whenDone(std::move(done)); }
     /// Ends all copies without calling their completions; the captures stay where they are.
-    void abandonAdding();
+    void abandonAdding() { m_intake.abandon(); }
 
     enum class FolderProblem {
         None,
@@ -108,11 +110,40 @@ public:
     void removeCurrentAlbum();
 
     /// The list or the selection changed (a new list shows a new current album, too).
-    void setOnAlbumsChanged(ChangeCallback callback);
+    void setOnAlbumsChanged(ChangeCallback callback) { m_onAlbumsChanged = std::move(callback); }
     /// Another album is current, or files came into it or left it.
-    void setOnAlbumContentsChanged(ChangeCallback callback);
+    void setOnAlbumContentsChanged(ChangeCallback callback) { m_onContentsChanged = std::move(callback); }
 
 private:
-    struct Private;
-    std::unique_ptr<Private> d;
+    struct Question;
+    struct Answer;
+    static Answer ask(const Question &question);
+    static void notify(const ChangeCallback &callback);
+    QUrl basePath() const;
+    QString defaultName() const;
+    Question load();
+    void take(const Question &question, const Answer &answer);
+    void takeFolders(const QList<QUrl> &folders, bool scan);
+    void addDefaultAlbum();
+    QList<QUrl> readList(bool *damaged = nullptr) const;
+    void save();
+    void reload(int index);
+
+    BWUserDefaults &m_defaults;
+    const QString m_home;
+    const BWAlbum::Today m_today;
+    bool m_faulty = false;
+    bool m_isPrepared = false;
+    std::vector<std::function<void()>> m_whenPrepared;
+    std::optional<QList<QUrl>> m_importedAlbums;
+    QString m_oldDefaultName;
+    QList<BWAlbumPtr> m_albums;
+    QList<QUrl> m_validPaths;
+    QList<QUrl> m_knownPaths; // the list as it was last read or stored
+    int m_selected = -1;
+    ChangeCallback m_onAlbumsChanged;
+    ChangeCallback m_onContentsChanged;
+    BWTrash m_trash;
+    BWWorkerPool m_disks{1, std::chrono::milliseconds(0)}; // at the end nobody needs their answers
+    BWAlbumIntake m_intake; // last, so that it ends first
 };

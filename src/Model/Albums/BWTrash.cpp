@@ -136,11 +136,6 @@ bool BWTrashedFile::restore(QUrl *restored, QString *error) const
     return true;
 }
 
-bool BWTrash::moveToTrash(const QUrl &file, QString *error)
-{
-    return BWTrashedFile::moveToTrash(file, nullptr, error);
-}
-
 void BWTrash::move(const QList<QUrl> &files, std::function<void(const Moved &)> finished)
 {
     m_thread.run([this, owner = m_alive.watch(), files, finished = std::move(finished)] {

@@ -10,7 +10,7 @@
 #include <QUrl>
 #include <sys/types.h>
 
-/// A file that was moved to the Trash and can be put back. Any thread.
+/// A file that was moved to the Trash and can be put back. Any thread; waits for the disk.
 class BWTrashedFile {
 public:
     /// False, with the reason in `error`, when the file stays where it is; `trashed` may be null.
@@ -56,9 +56,6 @@ public:
         QList<File> files;
         QList<Failure> failed; ///< stay in the Trash
     };
-
-    /// Moves a file there. False, with the reason in `error`, when it stays where it is. Waits for the disk.
-    static bool moveToTrash(const QUrl &file, QString *error = nullptr);
 
     /// Moves files there; calls `finished` once, later, even for no files. Logs each file that stays. Requests are
     /// served in order.

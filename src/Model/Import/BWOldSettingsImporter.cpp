@@ -141,25 +141,28 @@ BWOldSettingsImporter::BWOldSettingsImporter(BWUserDefaults &defaults) : m_defau
 
 void BWOldSettingsImporter::importSettingsIfNecessary(BWConfigManager &config, BWAlbumManager &albums)
 {
-    if (!config.oldSettingsImported() && importSettings(config, albums))
-        config.setOldSettingsImported(true);
+    if (config.oldSettingsImported())
+        return;
+    importSettings(config, albums);
+    config.setOldSettingsImported(true); // also with a damaged archive, which will not get any better
 }
 
-bool BWOldSettingsImporter::importSettings(BWConfigManager &config, BWAlbumManager &albums)
+void BWOldSettingsImporter::importSettings(BWConfigManager &config, BWAlbumManager &albums)
 {
-    return importAlbums(config, albums) && importCameraSettings(config);
+    importAlbums(config, albums);
+    importCameraSettings(config);
 }
 
-bool BWOldSettingsImporter::importAlbums(BWConfigManager &config, BWAlbumManager &albums)
+void BWOldSettingsImporter::importAlbums(BWConfigManager &config, BWAlbumManager &albums)
 {
     const QByteArray archive = m_defaults.data(BWOldSettings::albumsKey());
     if (archive.isNull())
-        return true;
+        return;
     QString problem;
     const auto old = BWOldAlbum::decode(archive, problem);
     if (!old) {
         qCWarning(bwModel).noquote() << "The old list of albums is not taken over:" << problem;
-        return true; // it will not get any better
+        return;
     }
     for (const BWOldAlbum &album : *old) {
         if (isDefault(album))
@@ -169,25 +172,23 @@ bool BWOldSettingsImporter::importAlbums(BWConfigManager &config, BWAlbumManager
     if (!folders.isEmpty())
         albums.setImportOldAlbums(folders);
     qCInfo(bwModel) << "Old albums taken over:" << folders.size();
-    return true;
 }
 
-bool BWOldSettingsImporter::importCameraSettings(BWConfigManager &config)
+void BWOldSettingsImporter::importCameraSettings(BWConfigManager &config)
 {
     const QByteArray archive = m_defaults.data(BWOldSettings::camerasKey());
     if (archive.isNull())
-        return true;
+        return;
     QString problem;
     const auto old = BWOldCameraSettings::decode(archive, problem);
     if (!old) {
         qCWarning(bwModel).noquote() << "The old settings of cameras are not taken over:" << problem;
-        return true;
+        return;
     }
     Result result;
     setCameras(*old, config, result);
     qCInfo(bwModel) << "Old settings taken over: cameras" << result.cameras << "products" << result.products
                     << "- not known: cameras" << result.unknownCameras << "products" << result.unknownProducts;
-    return true;
 }
 
 QList<QUrl> BWOldSettingsImporter::foldersThere(const BWOldSettings &settings)

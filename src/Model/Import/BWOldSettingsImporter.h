@@ -30,8 +30,8 @@ public:
     /// Once, at the first start, before the albums are prepared. An archive that cannot be read is logged and not tried
     /// again; nothing of it is taken over.
     void importSettingsIfNecessary(BWConfigManager &config, BWAlbumManager &albums);
-    /// True if there is no reason to try again at the next start; a damaged archive is not one.
-    bool importSettings(BWConfigManager &config, BWAlbumManager &albums);
+    /// The same each time it is called.
+    void importSettings(BWConfigManager &config, BWAlbumManager &albums);
 
     /// Those of the old albums' folders that exist. Any thread; waits for the disks, but not for long.
     static QList<QUrl> foldersThere(const BWOldSettings &settings);
@@ -42,8 +42,8 @@ public:
                                BWAlbumManager &albums);
 
 private:
-    bool importAlbums(BWConfigManager &config, BWAlbumManager &albums);
-    bool importCameraSettings(BWConfigManager &config);
+    void importAlbums(BWConfigManager &config, BWAlbumManager &albums);
+    void importCameraSettings(BWConfigManager &config);
 
     BWUserDefaults &m_defaults;
 };
