@@ -27,7 +27,6 @@ namespace {
 
 constexpr int snapshotAge = 10; // seconds; a running program may be about to claim a younger one
 constexpr int halfCopyAge = 3600; // seconds without a byte written
-constexpr int64_t largestPicture = 192 << 20; // bytes
 constexpr off_t sparseSize = 1 << 20; // bytes; smaller files may be kept without blocks of their own
 
 /// A date in the future, from before the clock was set right, is as good as one long ago.
@@ -190,7 +189,7 @@ bool Place::isWhole(const BWFileClaim &claim, const QByteArray &name) const
     if (!name.endsWith(".mov")) {
         const BWThumbnailFile file(path);
         std::vector<uint8_t> bytes;
-        const bool isPicture = file.isOpen() && file.read(bytes, largestPicture)
+        const bool isPicture = file.isOpen() && file.read(bytes, BWJpegThumbnail::largestFile)
             && !BWJpegThumbnail().make(bytes, BWThumbnailSize::Normal, &error).isNull();
         if (!isPicture)
             refuse(name, error.isEmpty() ? u"it is no picture"_s : error);

@@ -12,6 +12,8 @@
 /// even a very large image takes little memory. Refuses incomplete images. One thread at a time.
 class BWJpegThumbnail {
 public:
+    static constexpr int64_t largestFile = 192 << 20; ///< bytes; callers read none that is larger
+
     BWJpegThumbnail();
     ~BWJpegThumbnail();
     BWJpegThumbnail(const BWJpegThumbnail &) = delete;

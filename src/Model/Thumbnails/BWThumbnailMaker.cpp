@@ -21,7 +21,6 @@ std::optional<BWFileStamp> stampFrom(const struct stat &info)
                        info.st_ctim.tv_sec * nanosecondsPerSecond + info.st_ctim.tv_nsec, info.st_size, info.st_ino};
 }
 
-constexpr int64_t largestPicture = 192 * 1024 * 1024; // bytes of the file
 constexpr std::size_t keptMemory = 16 * 1024 * 1024; // bytes
 constexpr int64_t settled = 10; // seconds without a change after which the file counts as written
 
@@ -100,7 +99,7 @@ BWMadeThumbnail BWThumbnailMaker::make(const QByteArray &path, BWThumbnailSize s
 BWThumbnail BWThumbnailMaker::picture(const BWThumbnailFile &file, BWThumbnailSize size, QString &error)
 {
     BWThumbnail thumbnail;
-    if (file.read(m_bytes, largestPicture))
+    if (file.read(m_bytes, BWJpegThumbnail::largestFile))
         thumbnail.image = m_jpeg.make(m_bytes, size, &error);
     else
         error = QStringLiteral("cannot be read, or is too large");
