@@ -123,7 +123,7 @@ private:
     int m_lostMeanwhile = 0;
     BWCaptureFeedback m_feedback{
         m_bar, m_flash, m_statusLine, m_texts, {[this] { return m_camera; }, [this] { ++m_sounds; }}, m_clock};
-    const BWCaptureController::Feedback m_tell = m_feedback.callbacks();
+    const BWCaptureController::Callbacks m_tell = m_feedback.callbacks();
 };
 
 QTEST_MAIN(TestBWCaptureFeedback)

@@ -54,9 +54,9 @@ void ThumbnailFixture::setModified(const QByteArray &name, const QDateTime &time
 
 void ThumbnailFixture::restart()
 {
-    m_told.clear();
+    m_reported.clear();
     m_thumbnails.reset();
-    m_thumbnails = std::make_unique<BWThumbnails>([this](const QList<QUrl> &files) { m_told += files; }, m_options);
+    m_thumbnails = std::make_unique<BWThumbnails>([this](const QList<QUrl> &files) { m_reported += files; }, m_options);
 }
 
 void ThumbnailFixture::make(const QList<QUrl> &files, int pixels)

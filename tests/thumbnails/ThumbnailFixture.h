@@ -16,7 +16,7 @@ public:
     QUrl url(const QByteArray &name) const;
     const QByteArray &cache() const { return m_options.sharedFolder; }
 
-    /// Makes a file that nobody has touched for long, unless it is to be new.
+    /// Makes a file that has not changed for long, unless it is to be new.
     QUrl file(const QByteArray &name, const QByteArray &content, bool isNew = false) const;
     void setModified(const QByteArray &name, const QDateTime &time) const;
     static const QDateTime longAgo;
@@ -25,17 +25,17 @@ public:
     /// Another start of the program.
     void restart();
     BWThumbnails &thumbnails() { return *m_thumbnails; }
-    /// Requests these files, and waits until everything is made, told and stored.
+    /// Requests these files, and waits until everything is made, reported and stored.
     void make(const QList<QUrl> &files, int pixels = 256);
-    /// Makes one and tells the colour of its middle ("red"), or "impossible", or "missing".
+    /// Makes one and returns the colour of its middle ("red"), or "impossible", or "missing".
     QString make(const QUrl &file, int pixels = 256);
     QString shown(const QUrl &file) const;
 
-    /// What has been told since the last start.
-    const QList<QUrl> &told() const { return m_told; }
+    /// What has been reported since the last start.
+    const QList<QUrl> &reported() const { return m_reported; }
 
     static QByteArray jpeg(QColor colour, QSize size = {400, 300});
-    /// The image with an Exif segment that tells how to turn it.
+    /// The image with an Exif segment that says how to turn it.
     static QByteArray withOrientation(const QByteArray &jpeg, int orientation);
     /// The name of the colour that this one is about.
     static QString nameOf(QRgb colour);
@@ -45,6 +45,6 @@ private:
     QTemporaryDir m_dir;
     QByteArray m_album;
     BWThumbnails::Options m_options;
-    QList<QUrl> m_told;
+    QList<QUrl> m_reported;
     std::unique_ptr<BWThumbnails> m_thumbnails;
 };

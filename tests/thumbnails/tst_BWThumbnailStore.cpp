@@ -72,6 +72,9 @@ private Q_SLOTS:
         QTest::newRow("other file") << QByteArray("large") << QByteArray("Thumb::URI") << QByteArray("file:///x")
                                     << u"red"_s;
         QTest::newRow("damaged") << QByteArray("large") << QByteArray("cut") << none << u"red"_s;
+        QTest::newRow("colours by number") << QByteArray("large") << QByteArray("indexed") << none << u"blue"_s;
+        QTest::newRow("16 bits and alpha") << QByteArray("large") << QByteArray("deep") << none << u"blue"_s;
+        QTest::newRow("too large") << QByteArray("large") << QByteArray("wide") << none << u"red"_s;
         QTest::newRow("failed") << QByteArray("fail/brimwellpro-" BW_VERSION) << none << none << u"impossible"_s;
     }
 
@@ -92,8 +95,10 @@ private Q_SLOTS:
             texts.remove(key);
         else
             texts.insert(key, value);
-        QImage image(200, 150, QImage::Format_RGB32);
+        QImage image(key == "wide" ? 1025 : 200, 150, QImage::Format_RGB32);
         image.fill(Qt::blue);
+        if (key == "indexed" || key == "deep")
+            image.convertTo(key == "deep" ? QImage::Format_RGBA64 : QImage::Format_Indexed8);
         for (auto text = texts.cbegin(); text != texts.cend(); ++text)
             image.setText(QString::fromLatin1(text.key()), QString::fromLatin1(text.value()));
         QBuffer buffer;

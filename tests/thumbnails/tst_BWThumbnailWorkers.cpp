@@ -19,12 +19,12 @@ private Q_SLOTS:
         m_workers->request(requests(u"d slow b"_s)); // "slow" is being made, "a" and "c" are not wanted any more
         m_mayGoOn.release();
         QTRY_COMPARE(log(), u"make slow, make d, make b"_s);
-        QCOMPARE(m_told.loadAcquire(), 1); // as nothing has been taken yet
+        QCOMPARE(m_notified.loadAcquire(), 1); // as nothing has been taken yet
         QTRY_COMPARE(taken(), u"slow d b"_s);
 
-        m_told = 0;
+        m_notified = 0;
         m_workers->request(requests(u"e"_s));
-        QTRY_COMPARE(m_told.loadAcquire(), 1);
+        QTRY_COMPARE(m_notified.loadAcquire(), 1);
         m_workers->request(requests(u"e"_s)); // waits to be taken
         QTRY_COMPARE(taken(), u"slow d b e"_s);
         QVERIFY(m_workers->isIdle());
@@ -54,7 +54,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Tells that a worker has let go of everything.
+    /// Reports that a worker has let go of everything.
     struct End {
         QSemaphore &ended;
         ~End() { ended.release(); }
@@ -64,9 +64,9 @@ private:
     {
         m_log.clear();
         m_taken.clear();
-        m_told = 0;
-        BWThumbnailWorkers::Work work;
-        work.newMaker = [this, store] {
+        m_notified = 0;
+        BWThumbnailWorkers::Callbacks callbacks;
+        callbacks.newMaker = [this, store] {
             return [this, store, end = std::make_shared<End>(m_ended)](const BWThumbnailRequest &request) {
                 if (request.file.path() == u"slow"_s) {
                     m_begun.release();
@@ -76,9 +76,9 @@ private:
                 return BWThumbnailResult{request, {}, false, store};
             };
         };
-        work.store = [this](const BWThumbnailResult &result) { note(u"store "_s, result.request); };
-        work.resultsWaiting = [this] { ++m_told; };
-        m_workers = std::make_unique<BWThumbnailWorkers>(std::move(work), threads, patience);
+        callbacks.store = [this](const BWThumbnailResult &result) { note(u"store "_s, result.request); };
+        callbacks.resultsWaiting = [this] { ++m_notified; };
+        m_workers = std::make_unique<BWThumbnailWorkers>(std::move(callbacks), threads, patience);
     }
 
     void note(const QString &what, const BWThumbnailRequest &request)
@@ -112,7 +112,7 @@ private:
     std::mutex m_mutex;
     QStringList m_log;
     QStringList m_taken;
-    QAtomicInt m_told;
+    QAtomicInt m_notified;
     QSemaphore m_begun;
     QSemaphore m_mayGoOn;
     QSemaphore m_ended;

@@ -161,7 +161,7 @@ private Q_SLOTS:
         for (const QUrl &file : bad)
             QVERIFY2(m_fixture->shown(file) == u"impossible"_s, qPrintable(file.toString()));
         QCOMPARE(m_fixture->shown(all.last()), u"red"_s);
-        QCOMPARE(m_fixture->told().size(), all.size());
+        QCOMPARE(m_fixture->reported().size(), all.size());
     }
 
     void changesAreSeen()
@@ -173,17 +173,17 @@ private Q_SLOTS:
         const QUrl other = m_fixture->file("other.jpg", red);
         m_fixture->make({file, other});
         QCOMPARE(m_fixture->shown(file), u"impossible"_s);
-        // The rest of the file arrives; nobody has to ask for it.
+        // The rest of the file arrives; without another request.
         m_fixture->file("picture.jpg", red, true);
         QTRY_COMPARE(m_fixture->shown(file), u"red"_s);
-        QCOMPARE(m_fixture->told().count(file), 2);
+        QCOMPARE(m_fixture->reported().count(file), 2);
 
         m_fixture->file("picture.jpg", ThumbnailFixture::jpeg(Qt::blue));
         QCOMPARE(m_fixture->make(file), u"blue"_s);
         QVERIFY(QFile::remove(file.toLocalFile()));
         QCOMPARE(m_fixture->make(file), u"impossible"_s);
         m_fixture->make(other);
-        QCOMPARE(m_fixture->told().count(other), 1); // looked at again, but the same
+        QCOMPARE(m_fixture->reported().count(other), 1); // looked at again, but the same
     }
 
     void memoryIsBounded()

@@ -33,7 +33,7 @@ BWCaptureFeedback::~BWCaptureFeedback()
     stopProgress();
 }
 
-BWCaptureController::Feedback BWCaptureFeedback::callbacks()
+BWCaptureController::Callbacks BWCaptureFeedback::callbacks()
 {
     return {[this] {
                 m_callbacks.playSound();

@@ -29,7 +29,7 @@ public:
     ~BWCaptureFeedback() override;
 
     /// For the capture controller, which must not outlive this object.
-    BWCaptureController::Feedback callbacks();
+    BWCaptureController::Callbacks callbacks();
 
     /// Captures of an earlier run have come into the album.
     void tellRecovered(const QUrl &last);

@@ -32,8 +32,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
         BWCaptureResult result;
     };
 
-    Shared(BWAlbumManager &albumManager, Feedback userFeedback)
-        : albums(albumManager), feedback(std::move(userFeedback))
+    Shared(BWAlbumManager &albumManager, Callbacks userCallbacks)
+        : albums(albumManager), callbacks(std::move(userCallbacks))
     {
     }
 
@@ -48,7 +48,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     void takenIn(bool added, const QUrl &file, Capture capture, const QString &from);
 
     BWAlbumManager &albums;
-    Feedback feedback;
+    Callbacks callbacks;
     std::function<void()> record; // GUI thread only
     std::atomic<bool> buttonRecords = false;
     std::mutex mutex;
@@ -57,8 +57,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     BWSnapshotTags tags;
 };
 
-BWCaptureController::BWCaptureController(BWAlbumManager &albums, Feedback feedback, BWAlbumDiskGuard::Check roomCheck)
-    : m_shared(std::make_shared<Shared>(albums, std::move(feedback))), m_roomCheck(std::move(roomCheck))
+BWCaptureController::BWCaptureController(BWAlbumManager &albums, Callbacks callbacks, BWAlbumDiskGuard::Check roomCheck)
+    : m_shared(std::make_shared<Shared>(albums, std::move(callbacks))), m_roomCheck(std::move(roomCheck))
 {
 }
 
@@ -111,8 +111,8 @@ void BWCaptureController::toggleRecording(const BWCameraPtr &camera, const QStri
     // The window shows a recording until its end is reported, although its file may be complete before.
     const QString path = m_shared->recordingOf(camera);
     const bool done = path.isNull() ? beginRecording(camera, title) : camera->endRecording(path);
-    if (!done && m_shared->feedback.refused)
-        m_shared->feedback.refused(path.isNull() ? BWRecordingRefusal::NotStreaming : BWRecordingRefusal::StillSaving);
+    if (!done && m_shared->callbacks.refused)
+        m_shared->callbacks.refused(path.isNull() ? BWRecordingRefusal::NotStreaming : BWRecordingRefusal::StillSaving);
 }
 
 bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QString &title)
@@ -157,7 +157,7 @@ void BWCaptureController::setButtonRecords(bool records, std::function<void()> r
 
 void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
 {
-    BWMainQueue::post(weak_from_this(), [this] { feedback.snapshot(); });
+    BWMainQueue::post(weak_from_this(), [this] { callbacks.snapshot(); });
     BWSnapshotTags about;
     {
         const std::lock_guard lock(mutex);
@@ -210,7 +210,7 @@ void BWCaptureController::Shared::recordingBegan(const QString &path)
         if (const auto found = recordings.find(path); found != recordings.end())
             found->second.hasBegun = true;
     }
-    BWMainQueue::post(weak_from_this(), [this] { feedback.recording(isAnyRunning()); });
+    BWMainQueue::post(weak_from_this(), [this] { callbacks.recording(isAnyRunning()); });
 }
 
 void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status)
@@ -226,7 +226,7 @@ void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status
     }
     BWMainQueue::post(weak_from_this(), [this, path = status.path] {
         guards.erase(path);
-        feedback.recording(isAnyRunning());
+        callbacks.recording(isAnyRunning());
     });
     const BWCaptureResult movie{BWMediaType::Video, {}, {}, status, recording.title};
     if (status.frames > 0) {
@@ -245,7 +245,7 @@ bool BWCaptureController::Shared::isAnyRunning()
 
 void BWCaptureController::Shared::report(const BWCaptureResult &result)
 {
-    BWMainQueue::post(weak_from_this(), [this, result] { feedback.done(result); });
+    BWMainQueue::post(weak_from_this(), [this, result] { callbacks.done(result); });
 }
 
 void BWCaptureController::Shared::takeIn(const Capture &capture, const QString &from)
@@ -258,8 +258,8 @@ void BWCaptureController::Shared::takeIn(const Capture &capture, const QString &
         },
         [weak = weak_from_this()](double done) {
             const auto shared = weak.lock();
-            if (shared && shared->feedback.copying)
-                shared->feedback.copying(done);
+            if (shared && shared->callbacks.copying)
+                shared->callbacks.copying(done);
         });
 }
 
@@ -283,5 +283,5 @@ void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture 
         qCWarning(bwApp, "Capture: %s was removed", qUtf8Printable(capture.temporary));
         result.recording.end = BWRecordingStatus::End::Failed;
     }
-    feedback.done(result);
+    callbacks.done(result);
 }

@@ -35,7 +35,7 @@ enum class BWRecordingRefusal {
 class BWCaptureController {
 public:
     /// What the user learns of a capture. Called on the GUI thread.
-    struct Feedback {
+    struct Callbacks {
         /// The camera took a still; it is not saved yet.
         std::function<void()> snapshot;
         /// A recording began or ended; whether any is running now.
@@ -49,7 +49,7 @@ public:
     };
 
     /// `roomCheck` checks the room in the album while a movie grows elsewhere; the usual check if null.
-    BWCaptureController(BWAlbumManager &albums, Feedback feedback, BWAlbumDiskGuard::Check roomCheck = {});
+    BWCaptureController(BWAlbumManager &albums, Callbacks callbacks, BWAlbumDiskGuard::Check roomCheck = {});
     ~BWCaptureController();
     BWCaptureController(const BWCaptureController &) = delete;
     BWCaptureController &operator=(const BWCaptureController &) = delete;

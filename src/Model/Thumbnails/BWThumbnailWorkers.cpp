@@ -20,7 +20,7 @@ struct BWThumbnailWorkers::State {
         Clock::time_point begun;
     };
 
-    Work work;
+    Callbacks callbacks;
     mutable std::mutex mutex;
     std::condition_variable wake;
     std::deque<BWThumbnailRequest> requests;
@@ -80,7 +80,7 @@ void BWThumbnailWorkers::State::serveRequest(std::unique_lock<std::mutex> &lock,
     if (std::exchange(notified, true))
         return;
     lock.unlock();
-    work.resultsWaiting();
+    callbacks.resultsWaiting();
     lock.lock();
 }
 
@@ -91,18 +91,18 @@ void BWThumbnailWorkers::State::storeResult(std::unique_lock<std::mutex> &lock)
     unstoredBytes -= result.made.thumbnail.image.sizeInBytes();
     ++storing;
     lock.unlock();
-    work.store(result);
+    callbacks.store(result);
     lock.lock();
     --storing;
 }
 
-BWThumbnailWorkers::BWThumbnailWorkers(Work work, int threads, std::chrono::milliseconds patience)
+BWThumbnailWorkers::BWThumbnailWorkers(Callbacks callbacks, int threads, std::chrono::milliseconds patience)
     : m_state(std::make_shared<State>()),
       m_threads(threads > 0 ? threads : processors()),
       m_patience(patience),
       m_pool(m_threads + mostHanging, patienceAtEnd)
 {
-    m_state->work = std::move(work);
+    m_state->callbacks = std::move(callbacks);
 }
 
 BWThumbnailWorkers::~BWThumbnailWorkers()
@@ -164,7 +164,7 @@ void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
 {
     pthread_setname_np(pthread_self(), "thumbnails");
     ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), lowPriority); // of this thread alone, on Linux
-    const Make make = state->work.newMaker();
+    const Make make = state->callbacks.newMaker();
     std::unique_lock lock(state->mutex);
     for (;;) {
         state->wake.wait(lock, [&] { return state->hasWork(); });

@@ -34,7 +34,7 @@ class BWThumbnailWorkers {
 public:
     using Make = std::function<BWThumbnailResult(const BWThumbnailRequest &)>;
 
-    struct Work {
+    struct Callbacks {
         /// Called once on every worker, for what that worker makes thumbnails with.
         std::function<Make()> newMaker;
         /// Stores a result. Any worker.
@@ -45,7 +45,7 @@ public:
 
     /// As many threads as there are processors if `threads` is 0; started by the first request. A thread counts as
     /// hanging when it has been at one file for longer than `patience`.
-    explicit BWThumbnailWorkers(Work work, int threads = 0,
+    explicit BWThumbnailWorkers(Callbacks callbacks, int threads = 0,
                                 std::chrono::milliseconds patience = std::chrono::seconds(3));
     /// Waits for what is under way, but not for long. What has not been stored yet is not stored.
     ~BWThumbnailWorkers();

@@ -31,11 +31,11 @@ qsizetype mostBytes(BWThumbnailSize size)
     return side * side * 4;
 }
 
-BWThumbnailWorkers::Work workFor(const QByteArray &folder)
+BWThumbnailWorkers::Callbacks callbacksFor(const QByteArray &folder)
 {
     const auto store = std::make_shared<BWThumbnailStore>(folder);
-    BWThumbnailWorkers::Work work;
-    work.newMaker = [store] {
+    BWThumbnailWorkers::Callbacks callbacks;
+    callbacks.newMaker = [store] {
         const auto maker = std::make_shared<BWThumbnailMaker>();
         return [store, maker](const BWThumbnailRequest &request) {
             const QByteArray path = BWFilePath::native(request.file);
@@ -56,11 +56,11 @@ BWThumbnailWorkers::Work workFor(const QByteArray &folder)
             return result;
         };
     };
-    work.store = [store](const BWThumbnailResult &result) {
+    callbacks.store = [store](const BWThumbnailResult &result) {
         store->keep(BWFilePath::native(result.request.file), *result.made.stamp, result.request.size,
                     result.made.thumbnail);
     };
-    return work;
+    return callbacks;
 }
 
 } // namespace
@@ -70,9 +70,9 @@ BWThumbnails::BWThumbnails(Ready ready) : BWThumbnails(std::move(ready), Options
 BWThumbnails::BWThumbnails(Ready ready, const Options &options)
     : m_ready(std::move(ready)), m_options(options), m_memory(options.memory)
 {
-    BWThumbnailWorkers::Work work = workFor(options.sharedFolder);
-    work.resultsWaiting = [this, alive = m_alive.watch()] { BWMainQueue::post(alive, [this] { takeResults(); }); };
-    m_workers = std::make_unique<BWThumbnailWorkers>(std::move(work), options.threads);
+    BWThumbnailWorkers::Callbacks callbacks = callbacksFor(options.sharedFolder);
+    callbacks.resultsWaiting = [this, alive = m_alive.watch()] { BWMainQueue::post(alive, [this] { takeResults(); }); };
+    m_workers = std::make_unique<BWThumbnailWorkers>(std::move(callbacks), options.threads);
     m_nextLook.setSingleShot(true);
     m_nextLook.setInterval(options.lookAgainAfter + margin);
     m_nextLook.callOnTimeout([this] { ask(); });

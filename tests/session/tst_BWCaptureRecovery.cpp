@@ -55,7 +55,7 @@ Change become(const QByteArray &content)
 
 } // namespace
 
-/// Which files that look like captures of an earlier run are taken for such, and where captures are kept.
+/// Which files are taken for captures of an earlier run, and where captures are kept.
 class TestLeftCaptures : public QObject {
     Q_OBJECT
 
@@ -241,4 +241,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestLeftCaptures)
-#include "test_left_captures.moc"
+#include "tst_BWCaptureRecovery.moc"

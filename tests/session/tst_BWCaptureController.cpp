@@ -122,11 +122,11 @@ private Q_SLOTS:
         m_albumIsShort = false;
         m_capture = std::make_unique<BWCaptureController>(
             *m_albums,
-            BWCaptureController::Feedback{[this] { ++m_stills; },
-                                          [this](bool recording) { m_recording = recording; },
-                                          [this](const BWCaptureResult &result) { done(result); },
-                                          {},
-                                          [this](BWRecordingRefusal reason) { m_refused << reason; }},
+            BWCaptureController::Callbacks{[this] { ++m_stills; },
+                                           [this](bool recording) { m_recording = recording; },
+                                           [this](const BWCaptureResult &result) { done(result); },
+                                           {},
+                                           [this](BWRecordingRefusal reason) { m_refused << reason; }},
             [this](const QUrl &movie, const QUrl &) {
                 const std::lock_guard lock(m_mutex);
                 m_begun.insert(movie.toLocalFile());
@@ -192,7 +192,7 @@ private Q_SLOTS:
         m_capture->pressHardwareButton(*m_camera); // as a key
         QTRY_COMPARE(recordPressed, 2);
         captureFrame();
-        // Nobody has taken that frame: the next one is the second snapshot, and there is no third.
+        // That frame was not taken: the next one is the second snapshot, and there is no third.
         BWCaptureController::forceSnapshot(m_camera);
         captureFrame();
         QTRY_COMPARE(m_saved.size(), 2);
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_left.size(), 1);
         QImageReader reader(m_left[0].toLocalFile());
         QVERIFY(!reader.read().isNull());
-        // No place for the temporary file either: the user is told, and the log tells why.
+        // No place for the temporary file either: that is reported, and the log says why.
         const SmallDisk full(1000);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot write .*: File too large"_s));
         BWCaptureController::forceSnapshot(m_camera);
@@ -383,7 +383,7 @@ private Q_SLOTS:
 private:
     QString inAlbum(const QString &name) const { return m_folder->filePath(u"BrimwellPro/Default Album/"_s + name); }
 
-    /// The camera's own bytes, without what the snapshot tells about itself.
+    /// The camera's own bytes, without what the snapshot says about itself.
     static QByteArray pictureIn(const QString &path)
     {
         QFile file(path);
@@ -449,4 +449,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestCapture)
-#include "test_capture.moc"
+#include "tst_BWCaptureController.moc"

@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// What is told of captures.
+/// What the user reads about captures.
 class TestCaptureNotices : public QObject {
     Q_OBJECT
 
@@ -92,4 +92,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestCaptureNotices)
-#include "test_capture_notices.moc"
+#include "tst_BWCaptureNotice.moc"
