@@ -272,10 +272,10 @@ private Q_SLOTS:
             m_images->setFocus();
             m_chosen = m_folder->url(u"saved.jpg"_s);
             m_images->modelDelegate()->saveIndexesOfModel(*m_images, {1});
-            const bool told = QTest::qWaitFor([&] { return notice() == u"Saved: saved.jpg"_s; })
+            const bool isShown = QTest::qWaitFor([&] { return notice() == u"Saved: saved.jpg"_s; })
                 && !footerText().isEmpty() && button(u"Move the selection to the Trash"_s)->isVisible();
             event();
-            return told && !notice().isNull();
+            return isShown && !notice().isNull();
         };
         using std::chrono_literals::operator""ms;
         QVERIFY(itStays([&] { m_clock.advance(11'999ms); }));

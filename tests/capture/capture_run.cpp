@@ -1,4 +1,4 @@
-// Records a simulated camera into an album, as the program does but without windows, until it is told to stop or is
+// Records a simulated camera into an album, as the program does but without windows, until it is asked to stop or is
 // killed; or brings into the album what such a run left behind. Home and temporary folder are those of the environment.
 
 #include "BWACUDriver/BWCameraDetector.h"
@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void tell(const QByteArray &line)
+void print(const QByteArray &line)
 {
     // At once and in one piece, so that a kill right after it does not take it back.
     if (::write(STDOUT_FILENO, (line + '\n').constData(), size_t(line.size() + 1)) < 0)
@@ -31,7 +31,7 @@ void tell(const QByteArray &line)
 int recover(BWAlbumManager &albums)
 {
     BWCaptureRecovery recovery(albums, [](int captures, const QUrl &last) {
-        tell("recovered " + QByteArray::number(captures) + ' ' + QFile::encodeName(last.toLocalFile()));
+        print("recovered " + QByteArray::number(captures) + ' ' + QFile::encodeName(last.toLocalFile()));
         QCoreApplication::exit(0);
     });
     recovery.start({qEnvironmentVariable("TMPDIR")});
@@ -39,16 +39,16 @@ int recover(BWAlbumManager &albums)
     return QCoreApplication::exec();
 }
 
-/// Tells "recording", and for each frame its sequence number and how many are in the file already; at the end, asked for
-/// by a line of input or not, how the recording ended, then how far a
-/// long copy into the album has come, and "saved FILE" or "left FILE".
+/// Prints "recording", and for each frame its sequence number and how many are in the file already; at the end, on
+/// request or not, how the recording ended, then how far a long copy into the album has come, and "saved FILE" or "left
+/// FILE".
 class Recording {
 public:
     Recording(BWAlbumManager &albums, const QStringList &arguments)
         : m_controller(albums,
-                       {[] {}, [](bool recording) { tell(recording ? "recording" : "stopped"); },
+                       {[] {}, [](bool recording) { print(recording ? "recording" : "stopped"); },
                         [](const BWCaptureResult &result) { ended(result); },
-                        [](double done) { tell("copying " + QByteArray::number(done)); }}),
+                        [](double done) { print("copying " + QByteArray::number(done)); }}),
           m_resolution(*BWResolution::fromResolutionString(arguments.at(2)))
     {
         BWSimulatedCameraOptions options;
@@ -86,7 +86,7 @@ private:
             // The frame after which a recording ended by itself belongs to it, although all may be over by now.
             const bool wasOver = std::exchange(m_over, status.end != BWRecordingStatus::End::None);
             if (m_begun && !wasOver)
-                tell("frame " + QByteArray::number(frame.sequence()) + ' ' + QByteArray::number(status.frames));
+                print("frame " + QByteArray::number(frame.sequence()) + ' ' + QByteArray::number(status.frames));
         });
         m_camera->setResolution(m_resolution, {});
         m_camera->startWithCompletion(
@@ -96,9 +96,9 @@ private:
     static void ended(const BWCaptureResult &result)
     {
         const BWRecordingStatus &status = result.recording;
-        tell("end " + QByteArray::number(int(status.end)) + " left-out " + QByteArray::number(status.framesLeftOut));
+        print("end " + QByteArray::number(int(status.end)) + " left-out " + QByteArray::number(status.framesLeftOut));
         const bool saved = !result.file.isEmpty();
-        tell((saved ? "saved " : "left ") + QFile::encodeName((saved ? result.file : result.left).toLocalFile()));
+        print((saved ? "saved " : "left ") + QFile::encodeName((saved ? result.file : result.left).toLocalFile()));
         QCoreApplication::exit(0);
     }
 

@@ -1,4 +1,4 @@
-"""How recordings end when nobody presses stop, and what becomes of them on a slow or full disk."""
+"""How recordings end when no one presses stop, and what becomes of them on a slow or full disk."""
 
 import os
 import random
@@ -81,7 +81,7 @@ class Endings(Recordings):
         delivered = len(run.delivered)
         print(f"slow disk: {delivered} frames came, {len(numbers)} in the movie, {self.left_out} left out")
         self.assertLessEqual(abs(delivered - len(numbers) - self.left_out), 2)
-        # The camera's own numbers tell what it lost because its buffers were held.
+        # The camera's own numbers show what it lost because its buffers were held.
         lost = run.delivered[-1] - run.delivered[0] + 1 - delivered
         self.assertLessEqual(lost, delivered // 4)
 

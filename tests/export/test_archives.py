@@ -131,7 +131,7 @@ class Archives(Folder):
 
 
     def test_killed(self):
-        """What it leaves is cleared by the next one, unless that is somebody else's or still written."""
+        """The next export clears what it leaves, but no part that is another program's or still being written."""
         large = self.file(b"large.mov", b"")
         os.truncate(large, 4 << 30)
         small = self.file(b"small.jpg", b"pixels")

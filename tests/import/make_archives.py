@@ -85,7 +85,7 @@ class Archiver:
 
 
 def is_record(path):
-    """A product, an album, or a value of a product: objects of classes that nobody has any more."""
+    """A product, an album, or a value of a product: objects of classes that no longer exist."""
     return path in {("productsByName", "*"), ("productsByName", "*", "cp", "*"), ("albums", "*")}
 
 
@@ -186,7 +186,7 @@ def hostile(home):
         "root-out-of-range": whole(["$null"], 7),
         "root-a-text": whole(["$null", "root"]),
         "cycle": objects("productsByName", array(UID(5))),
-        "cycle-nobody-needs": objects("x", "y", array(UID(6))),
+        "cycle-not-needed": objects("x", "y", array(UID(6))),
         "reference-out-of-range": objects("productsByName", array(UID(99))),
         "class-out-of-range": whole(["$null", {"$class": UID(9)}]),
         "array-without-elements": whole(["$null", {"$class": UID(2)}, {"$classname": "NSArray"}]),

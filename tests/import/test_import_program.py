@@ -61,7 +61,7 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(set(json.loads(settings["bwp2x_albums"])),
                          {f"{self.home}/{name}" for name in ("Pictures", "BrimwellPro/Default Album")})
 
-        # Whatever is refused changes nothing, and is told in one sentence.
+        # A refused file changes nothing, and the reason is one sentence.
         self.run_program("--import-settings", file)
         settings_file = self.home / ".config/BrimwellPro/BrimwellPro.conf"
         before = settings_file.read_bytes()
@@ -112,7 +112,7 @@ class Menu(unittest.TestCase):
         self.assertEqual(self.program.wait_for("spin button", "Hue").value, 0)
         file = self.desktop.folder / "defaults.binary"
 
-        # From outside, nobody changes the settings of a program that is open.
+        # The settings of a program that is open cannot be changed from outside.
         done = subprocess.run([PROGRAM, "--import-settings", file], env=self.desktop.environment, capture_output=True,
                               text=True, check=False)
         self.assertEqual((done.returncode, done.stdout), (1, ""))

@@ -172,12 +172,12 @@ private Q_SLOTS:
         QElapsedTimer timer;
         timer.start();
         qint64 last = 0;
-        int told = 0;
+        int reports = 0;
         QVERIFY(fileExport.start(sources, target, finished, [&](qint64 done, qint64 total) {
             QCOMPARE(total, 80'000'000);
             QVERIFY(done > last && done <= total);
             last = done;
-            ++told;
+            ++reports;
             if (done > 10'000'000)
                 fileExport.cancel();
         }));
@@ -185,7 +185,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(results.size(), 1, 30'000);
         QCOMPARE(results.first().outcome, Outcome::Cancelled);
         QVERIFY(last < 80'000'000);
-        QVERIFY2(told <= timer.elapsed() / 50 + 1, qPrintable(QString::number(told)));
+        QVERIFY2(reports <= timer.elapsed() / 50 + 1, qPrintable(QString::number(reports)));
         QCOMPARE(TestFolder::read(target), "old");
         QCOMPARE(TestFolder::count(m_folder->path(u"out"_s)), 1);
 
@@ -234,4 +234,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestFileExport)
-#include "test_file_export.moc"
+#include "tst_BWFileExport.moc"

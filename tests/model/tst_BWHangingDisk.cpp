@@ -26,7 +26,7 @@ private Q_SLOTS:
         BWAlbumContents contents(albums);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The disk does not answer about .*Remote"_s));
         albums.prepareInBackground();
-        QVERIFY(!albums.isPrepared()); // as nobody has waited
+        QVERIFY(!albums.isPrepared()); // as nothing has waited
         contents.reload();
         QCOMPARE(contents.state(), State::Reading);
         albums.waitUntilPrepared();
@@ -80,4 +80,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestHangingDisk)
-#include "test_hanging_disk.moc"
+#include "tst_BWHangingDisk.moc"

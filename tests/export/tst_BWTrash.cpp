@@ -178,4 +178,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestTrash)
-#include "test_trash.moc"
+#include "tst_BWTrash.moc"

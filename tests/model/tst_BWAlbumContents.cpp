@@ -15,7 +15,7 @@ class TestAlbumContents : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void tellsThatThereIsNoAlbum()
+    void reportsThatThereIsNoAlbum()
     {
         BWAlbumManager albums(m_defaults, m_folder.path());
         BWAlbumContents contents(albums, m_clock);
@@ -101,4 +101,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestAlbumContents)
-#include "test_album_contents.moc"
+#include "tst_BWAlbumContents.moc"

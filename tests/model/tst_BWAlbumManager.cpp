@@ -425,11 +425,11 @@ private Q_SLOTS:
     void capturesSurviveTheEndOfTheProgram()
     {
         m_manager->prepare();
-        bool told = false;
-        add(m_folder->file(u"a"_s, "a"), [&](bool, const QUrl &) { told = true; });
+        bool called = false;
+        add(m_folder->file(u"a"_s, "a"), [&](bool, const QUrl &) { called = true; });
         m_manager.reset();
         QCoreApplication::processEvents();
-        QVERIFY(!told);
+        QVERIFY(!called);
         QCOMPARE(TestFolder::read(m_folder->url(u"BrimwellPro/Default Album/20240607_image_001.jpg"_s)), "a");
     }
 
@@ -461,4 +461,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestAlbums)
-#include "test_albums.moc"
+#include "tst_BWAlbumManager.moc"
