@@ -2,7 +2,6 @@
 
 #include "Views/Albums/BWAlbumGridModel.h"
 #include "Views/Albums/BWThumbnailTableView.h"
-#include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include "BWManualClock.h"
 #include "FakeAlbum.h"
-#include "Views/Albums/BWThumbnailDragItem.h"
+#include "Views/Albums/BWThumbnailDrag.h"
 
 #include <QCoreApplication>
 #include <QTest>

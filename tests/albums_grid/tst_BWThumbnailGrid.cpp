@@ -1,8 +1,7 @@
 #include "../Rows.h"
 #include "GridFixture.h"
-#include "Views/Albums/BWThumbnailCellGeometry.h"
-#include "Views/Albums/BWThumbnailMimeData.h"
-#include "Views/Albums/BWThumbnailPainting.h"
+#include "Views/Albums/BWThumbnailCellPainter.h"
+#include "Views/Albums/BWThumbnailDrag.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 
 #include <QAccessible>
@@ -250,7 +249,7 @@ private Q_SLOTS:
     void lengths()
     {
         const auto [milliseconds, text] = Rows<int, QString>::current();
-        QCOMPARE(BWThumbnailPainting::lengthText(std::chrono::milliseconds(milliseconds)), text);
+        QCOMPARE(BWThumbnailCellPainter::lengthText(std::chrono::milliseconds(milliseconds)), text);
     }
 
     void whatIsDragged()

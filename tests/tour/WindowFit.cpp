@@ -1,6 +1,6 @@
 #include "WindowFit.h"
 
-#include "Views/Albums/BWThumbnailNotice.h"
+#include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Help/BWShortcutTable.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWDoubleButton.h"

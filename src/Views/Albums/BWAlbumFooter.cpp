@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 8; // points, as around the pop-up
+constexpr int margin = 8; // points, the same as around the pop-up
 constexpr int summaryPage = 0;
 constexpr int progressPage = 1;
 

@@ -9,8 +9,8 @@ class QProgressBar;
 class QStackedLayout;
 class QToolButton;
 
-/// The lower edge of the album window: how much there is and is selected, with buttons for the selection, or how far
-/// something has come. GUI thread.
+/// The lower edge of the album window: the number of files and of selected ones, with buttons for the selection, or the
+/// progress of an export. GUI thread.
 class BWAlbumFooter : public QWidget {
     Q_OBJECT
 
@@ -20,7 +20,7 @@ public:
     void localize(BWLocalizationManager &manager);
 
     void setSummary(const QString &text, bool selectionExists);
-    /// Something goes on: so much of it is done, from 0 to 1. Covers everything else until endProgress().
+    /// `done` is from 0 to 1. Replaces everything else until endProgress().
     void showProgress(const QString &text, double done);
     void endProgress();
 

@@ -3,11 +3,12 @@
 #include "Model/Albums/BWAlbumContents.h"
 #include "Model/Thumbnails/BWThumbnails.h"
 #include "Utils/BWLogging.h"
+#include "Views/Albums/BWAlbumFileActions.h"
+#include "Views/Albums/BWAlbumTexts.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 
 #include <algorithm>
 #include <QFileInfo>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -17,23 +18,24 @@ constexpr int columnCount = 2;
 
 } // namespace
 
-BWAlbumGridModel::BWAlbumGridModel(const BWAlbumContents &contents, const BWThumbnails &thumbnails, Callbacks callbacks)
-    : m_contents(contents), m_thumbnails(thumbnails), m_callbacks(std::move(callbacks))
+BWAlbumGridModel::BWAlbumGridModel(const BWAlbumContents &contents, const BWThumbnails &thumbnails,
+                                   const BWAlbumTexts &texts, const BWThumbnailTableView &images,
+                                   const BWThumbnailTableView &videos, BWAlbumFileActions &actions)
+    : m_contents(contents),
+      m_thumbnails(thumbnails),
+      m_texts(texts),
+      m_imagesGrid(images),
+      m_videosGrid(videos),
+      m_actions(actions)
 {
-}
-
-void BWAlbumGridModel::setGrids(const BWThumbnailTableView &images, const BWThumbnailTableView &videos)
-{
-    m_imagesGrid = &images;
-    m_videosGrid = &videos;
 }
 
 BWMediaType BWAlbumGridModel::typeOf(const BWThumbnailTableView &view) const
 {
-    if (&view == m_imagesGrid)
+    if (&view == &m_imagesGrid)
         return BWMediaType::Image;
-    if (&view != m_videosGrid)
-        qFatal("A grid that is not of the album window asks for its elements");
+    if (&view != &m_videosGrid)
+        qFatal("The album's model was called for a grid that is not its own");
     return BWMediaType::Video;
 }
 
@@ -141,7 +143,7 @@ BWThumbnailValue BWAlbumGridModel::objectValueForTableColumn(const BWThumbnailTa
 QString BWAlbumGridModel::accessibleNameForElementAt(const BWThumbnailTableView &view, int index)
 {
     const QString name = QFileInfo(listOf(view).value(index).toLocalFile()).completeBaseName();
-    return u"%1, %2"_s.arg(name, typeOf(view) == BWMediaType::Image ? m_words.image : m_words.video);
+    return u"%1, %2"_s.arg(name, typeOf(view) == BWMediaType::Image ? m_texts.imageWord : m_texts.videoWord);
 }
 
 QStringList BWAlbumGridModel::copyFiles(const QList<QUrl> &files, const QUrl &folder)

@@ -31,8 +31,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype manyFiles = 20; // to be opened at once
-
 QToolButton *toolButton(const QString &icon)
 {
     auto *button = new QToolButton;
@@ -41,7 +39,7 @@ QToolButton *toolButton(const QString &icon)
     return button;
 }
 
-/// What is selected in a grid, by the files, so that it can be selected again when they stand elsewhere.
+/// The selected files of a grid, to select them again after a reload, wherever they are then.
 class KeptSelection {
 public:
     explicit KeptSelection(BWThumbnailTableView &grid) : m_grid(grid)
@@ -79,7 +77,7 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
                                                                BWClock &clock)
     : BWUtilityPanel(cameraWindow),
       m_albums(albums),
-      m_callbacks(std::move(callbacks)),
+      m_panels(callbacks.panels),
       m_popUp(new BWPopUpButton),
       m_popUpLabel(new QLabel(this)),
       m_add(toolButton(u"list-add"_s)),
@@ -94,19 +92,10 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
           m_images->redrawElements(files);
           m_videos->redrawElements(files);
       }),
-      m_saving(std::make_unique<BWAlbumSaving>(*this, m_callbacks.panels, m_texts, *m_footer, *m_notice)),
-      m_trashing(std::make_unique<BWAlbumTrashing>(albums, m_texts, *m_notice)),
-      m_model(std::make_unique<BWAlbumGridModel>(
-          m_contents, m_thumbnails,
-          BWAlbumGridModel::Callbacks{
-              [this](const QList<QUrl> &files, BWMediaType type) {
-                  const BWAlbumPtr album = m_albums.currentAlbum();
-                  m_saving->save(files, type, album ? album->shownName(m_texts.defaultAlbumDisplayName) : QString());
-              },
-              [this](const QList<QUrl> &files, BWMediaType type) { return m_trashing->trash(files, type); },
-              [this](const QList<QUrl> &files) { openFiles(files); }}))
+      m_actions(
+          std::make_unique<BWAlbumFileActions>(*this, albums, std::move(callbacks), m_texts, *m_footer, *m_notice)),
+      m_model(std::make_unique<BWAlbumGridModel>(m_contents, m_thumbnails, m_texts, *m_images, *m_videos, *m_actions))
 {
-    m_model->setGrids(*m_images, *m_videos);
     for (BWThumbnailTableView *grid : {m_images, m_videos}) {
         grid->setModelDelegate(m_model.get());
         grid->setDataSource(m_model.get());
@@ -132,7 +121,7 @@ void BWAlbumManagerWindowController::layOut()
 {
     m_popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_popUp->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    m_popUpLabel->hide(); // for screen readers, to whom a pop-up has no other name
+    m_popUpLabel->hide(); // it only names the pop-up for screen readers
     m_popUpLabel->setBuddy(m_popUp);
     m_tabs->setDocumentMode(true);
     m_tabs->addTab(m_images, QString());
@@ -156,7 +145,7 @@ void BWAlbumManagerWindowController::layOut()
     middle->addWidget(m_notice, 0, 0, Qt::AlignBottom); // over the tabs
     column->addLayout(middle, 1);
     column->addWidget(m_footer);
-    m_images->setFocus(); // the pictures are what people come for
+    m_images->setFocus(); // users come for the pictures
     resize(defaultContentSize);
 }
 
@@ -166,7 +155,7 @@ void BWAlbumManagerWindowController::connectParts()
     connect(m_add, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onAddAlbum);
     connect(m_remove, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onRemoveAlbum);
     m_albums.setOnAlbumsChanged([this] {
-        m_notice->endNotice(); // another one may be current
+        m_notice->endNotice(); // another album may be current
         reloadAlbums();
     });
     m_albums.setOnAlbumContentsChanged([this] {
@@ -190,12 +179,13 @@ void BWAlbumManagerWindowController::connectParts()
         m_model->saveIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
     };
     connect(m_footer, &BWAlbumFooter::saveTriggered, this, saveSelection);
-    // While a grid has the focus, it takes the key itself.
+    // While a grid has the focus, it handles the key itself.
     connect(new QShortcut(BWThumbnailKeyboard::saveAs(), this), &QShortcut::activated, this, saveSelection);
     connect(m_footer, &BWAlbumFooter::trashTriggered, this, [this] {
         m_model->removeIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
     });
-    connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_trashing.get(), &BWAlbumTrashing::undo);
+    connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_actions.get(),
+            &BWAlbumFileActions::undoTrash);
 }
 
 void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -216,8 +206,6 @@ void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &
     m_popUpLabel->setText(manager.text(u"album_manager"_s, u"album_pop_up"_s, u"Album"_s));
     m_footer->localize(manager);
     m_notice->localize(manager);
-    m_model->setWords({manager.text(u"album_manager"_s, u"image_word"_s, u"image"_s),
-                       manager.text(u"album_manager"_s, u"video_word"_s, u"video"_s)});
     m_images->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_images)));
     m_videos->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_videos)));
     m_images->localizeWithManager(manager);
@@ -257,7 +245,7 @@ void BWAlbumManagerWindowController::onAddAlbum()
 {
     const BWFilePanels::Folder panel{m_texts.selectAlbum.title, m_texts.selectAlbum.message, m_albums.albumsBasePath(),
                                      [this](const QUrl &folder) { return makeFolder(folder); }};
-    m_callbacks.panels.chooseFolder(this, panel, [this](const QUrl &folder) { m_albums.addAlbumFromPath(folder); });
+    m_panels.chooseFolder(this, panel, [this](const QUrl &folder) { m_albums.addAlbumFromPath(folder); });
 }
 
 bool BWAlbumManagerWindowController::makeFolder(const QUrl &folder)
@@ -290,7 +278,7 @@ void BWAlbumManagerWindowController::reloadGrids(bool keepSelection)
 {
     const QScopedValueRollback reloading(m_reloading, true);
     const KeptSelection images(*m_images);
-    const KeptSelection videos(*m_videos); // before either reloads: that renews the lists of both
+    const KeptSelection videos(*m_videos); // before either reloads, which renews the lists of both
     m_images->reloadData();
     m_videos->reloadData();
     if (keepSelection) {
@@ -301,7 +289,7 @@ void BWAlbumManagerWindowController::reloadGrids(bool keepSelection)
     updateSummary();
 }
 
-/// What is selected, or which files are shown. The notice was about others.
+/// The user changed the selection or the tab: the notice is about other files now.
 void BWAlbumManagerWindowController::changedByUser()
 {
     if (!m_reloading)
@@ -345,22 +333,6 @@ void BWAlbumManagerWindowController::wantThumbnails()
     m_thumbnails.request(m_wanted, m_wantedPixels);
 }
 
-void BWAlbumManagerWindowController::openFiles(const QList<QUrl> &files)
-{
-    if (files.size() > manyFiles
-        && !BWUIUtils::displayOKCancelAlert(m_texts.openMany.title.arg(files.size()), m_texts.openMany.message))
-        return;
-    QList<QUrl> unopened;
-    for (const QUrl &file : files) {
-        if (!m_callbacks.open(file))
-            unopened.append(file);
-    }
-    if (unopened.isEmpty())
-        return;
-    const BWAlbumTexts::Alert &texts = m_texts.errorOpening.of(unopened.size());
-    BWUIUtils::displayOKAlertOver(*this, texts.title, texts.message.arg(BWAlbumTexts::nameOrCount(unopened)));
-}
-
 BWThumbnailTableView &BWAlbumManagerWindowController::currentGrid() const
 {
     return m_tabs->currentWidget() == m_videos ? *m_videos : *m_images;
@@ -394,7 +366,7 @@ void BWAlbumManagerWindowController::showEvent(QShowEvent *event)
 void BWAlbumManagerWindowController::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    // Not every file system tells what other computers do.
+    // Not every file system reports what other computers change.
     if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_shown)
         m_contents.refresh();
 }

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr double noticeSeconds = 12; // to read it, think, and change one's mind
+constexpr double noticeSeconds = 12; // time to read it, think, and decide to undo
 constexpr int margin = 8; // points, as in the footer
 
 } // namespace
@@ -29,7 +29,7 @@ void BWWrappingLabel::setWrappingText(QString text)
 {
     setToolTip(text);
     setAccessibleName(text);
-    // Names of files have no spaces, and may be longer than a line.
+    // File names have no spaces, and may be longer than a line.
     static const QRegularExpression joint(u"(?<=[_-])(?=\\w)"_s);
     setText(text.replace(joint, QString(QChar(0x200b)))); // a space without width
 }

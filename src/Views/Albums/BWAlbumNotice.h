@@ -9,18 +9,18 @@
 class BWLocalizationManager;
 class QToolButton;
 
-/// A text that takes more lines rather than making the window wider. GUI thread.
+/// A label that adds lines rather than making the window wider. GUI thread.
 class BWWrappingLabel : public QLabel {
 public:
     BWWrappingLabel();
 
     QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
-    /// Long names may be broken, too.
+    /// Breaks long names, too.
     void setWrappingText(QString text);
 };
 
-/// For a while what was done with files of the album, and a way back. Lies over the lower edge of the thumbnails, which
-/// a place of its own would move each time; so it goes as soon as it is in the way. GUI thread.
+/// Reports for a while what was done with files of the album, with a button to undo it. It lies over the lower edge of the
+/// thumbnails, as a place of its own would move them each time, and goes at a click. GUI thread.
 class BWAlbumNotice : public QFrame {
     Q_OBJECT
 
@@ -30,10 +30,10 @@ public:
 
     void localize(BWLocalizationManager &manager);
 
-    /// Until the next one, a click on it, or some time has passed. `canUndo` offers to undo what the text tells.
+    /// Stays until the next notice, a click on it, or some time has passed. `canUndo` shows the button.
     void showNotice(const QString &text, bool canUndo);
     void endNotice();
-    /// Null without one.
+    /// Null without a notice.
     QString text() const;
 
 Q_SIGNALS:

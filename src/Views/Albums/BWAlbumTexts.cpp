@@ -4,11 +4,6 @@
 
 using namespace Qt::StringLiterals;
 
-QString BWAlbumTexts::nameOrCount(const QList<QUrl> &files)
-{
-    return files.size() == 1 ? files.first().fileName() : QString::number(files.size());
-}
-
 void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
 {
     defaultAlbumDisplayName = manager.text(u"album_manager"_s, u"default_album_name"_s, u"Default Album"_s);
@@ -71,6 +66,8 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
                                        u"Are you sure you want to delete the current album? Its contents will still "
                                        "be available in the file manager"_s);
 
+    imageWord = manager.text(u"album_manager"_s, u"image_word"_s, u"image"_s);
+    videoWord = manager.text(u"album_manager"_s, u"video_word"_s, u"video"_s);
     total = manager.text(u"album_manager"_s, u"total_label"_s, u"Total: %1"_s);
     selected = manager.text(u"album_manager"_s, u"selected_label"_s, u"Selected: %1 of %2"_s);
     savingProgress = manager.text(u"album_manager"_s, u"saving_progress"_s, u"Saving: %1"_s);

@@ -4,17 +4,16 @@
 #include "Model/Export/BWExportResult.h"
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 
-#include <QList>
 #include <QMap>
 #include <QString>
 
-/// What the album window says in alerts and panels.
+/// The texts of the album window's alerts, panels, notices and summary, and of its grids for screen readers.
 struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     struct Alert {
         QString title;
         QString message;
     };
-    /// The same for one file and for several.
+    /// One text for a single file, one for several.
     struct Counted {
         Alert single;
         Alert multiple;
@@ -27,14 +26,11 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     const Counted &saving(BWMediaType type) const { return type == BWMediaType::Image ? saveImages : saveVideos; }
     const Counted &trashing(BWMediaType type) const { return type == BWMediaType::Image ? trashImages : trashVideos; }
 
-    /// The name of the one, the number of several.
-    static QString nameOrCount(const QList<QUrl> &files);
-
     QString defaultAlbumDisplayName;
     Counted saveImages;
     Counted saveVideos;
     QString errorSavingTitle;
-    QMap<BWExportResult::Problem, QString> errorSaving; ///< what stood in the way; all but None
+    QMap<BWExportResult::Problem, QString> errorSaving; ///< all but None
     Counted errorOpening; ///< messages with %1
     Counted trashImages;
     Counted trashVideos;
@@ -48,6 +44,9 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     QString folderFailed;
     Alert cannotDeleteDefault;
     Alert deleteAlbum;
+    // Names of elements for screen readers.
+    QString imageWord;
+    QString videoWord;
     // Below the grids.
     QString total; ///< with %1
     QString selected; ///< with %1 and %2
@@ -59,7 +58,7 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     QString broughtBack; ///< with %1
     QString notBroughtBack; ///< with %1
     Alert openMany; ///< title with %1
-    // In a grid that shows nothing.
+    // In an empty grid.
     QString noImages;
     QString noVideos;
     QString notAnswering;

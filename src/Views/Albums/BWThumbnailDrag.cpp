@@ -1,16 +1,28 @@
 #include "Views/Albums/BWThumbnailDrag.h"
 
-#include "Views/Albums/BWThumbnailMimeData.h"
-
 #include <algorithm>
+#include <QBuffer>
 #include <QDrag>
 #include <QGuiApplication>
+#include <QImageWriter>
 #include <QPainter>
 #include <QWidget>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr QSize largest(128, 128); // what is larger hides the place where it will be dropped
+const QString qtImage = u"application/x-qt-image"_s; // which Qt offers in every format it can write
+
+/// TIFF if Qt can write it, which needs a plugin.
+QString imageFormat()
+{
+    static const QString format =
+        QImageWriter::supportedImageFormats().contains("tiff") ? u"image/tiff"_s : u"image/png"_s;
+    return format;
+}
+
+constexpr QSize largest(128, 128); // anything larger would hide the drop target
 constexpr QSize placeholder(96, 72);
 constexpr int sheetDistance = 3; // between the sheets of a stack
 constexpr int badgePadding = 7;
@@ -24,6 +36,38 @@ QRectF badgeRect(const QFontMetricsF &metrics, const QString &count, const QSize
 }
 
 } // namespace
+
+BWThumbnailMimeData::BWThumbnailMimeData(const QList<BWThumbnailDragItem> &items)
+    : m_image(items.isEmpty() ? QImage() : items.first().image)
+{
+    QList<QUrl> files;
+    for (const BWThumbnailDragItem &item : items)
+        files.append(item.file);
+    setUrls(files);
+    if (!items.isEmpty())
+        setData(u"com.apple.pasteboard.promised-file-content-type"_s, items.first().type.toUtf8());
+}
+
+QStringList BWThumbnailMimeData::formats() const
+{
+    QStringList formats = QMimeData::formats();
+    if (!m_image.isNull())
+        formats += {imageFormat(), qtImage};
+    return formats;
+}
+
+QVariant BWThumbnailMimeData::retrieveData(const QString &mimeType, QMetaType type) const
+{
+    if (m_image.isNull() || (mimeType != imageFormat() && mimeType != qtImage))
+        return QMimeData::retrieveData(mimeType, type);
+    if (mimeType == qtImage)
+        return m_image;
+    QByteArray encoded;
+    QBuffer buffer(&encoded);
+    buffer.open(QIODevice::WriteOnly);
+    m_image.save(&buffer, mimeType == u"image/tiff"_s ? "tiff" : "png");
+    return encoded;
+}
 
 void BWThumbnailDrag::run(QWidget &source, const QList<BWThumbnailDragItem> &items)
 {
@@ -40,8 +84,8 @@ void BWThumbnailDrag::run(QWidget &source, const QList<BWThumbnailDragItem> &ite
 QPixmap BWThumbnailDrag::picture(const QWidget &source, const QList<BWThumbnailDragItem> &items)
 {
     const BWThumbnailDragItem &first = items.first();
-    const QSize wished = first.size.isEmpty() ? placeholder : first.size;
-    const QSize sheet = wished.scaled(wished.boundedTo(largest), Qt::KeepAspectRatio).expandedTo({1, 1});
+    const QSize full = first.size.isEmpty() ? placeholder : first.size;
+    const QSize sheet = full.scaled(full.boundedTo(largest), Qt::KeepAspectRatio).expandedTo({1, 1});
     const int sheetsBelow = std::min<int>(static_cast<int>(items.size()), 3) - 1;
     const QString count = items.size() > 1 ? QString::number(items.size()) : QString();
     const QFontMetricsF metrics(source.font());

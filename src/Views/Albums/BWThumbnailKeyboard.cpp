@@ -38,18 +38,18 @@ std::optional<Command> commandOf(const QKeyEvent &event)
         return plain ? std::optional(Command::Trash) : std::nullopt;
     case Qt::Key_Escape:
         return plain ? std::optional(Command::Deselect) : std::nullopt;
-    case Qt::Key_F10: // the menu key itself comes as a request for a menu
+    case Qt::Key_F10: // the menu key itself arrives as a context menu event
         return modifiers == Qt::ShiftModifier ? std::optional(Command::Menu) : std::nullopt;
     default:
         return std::nullopt;
     }
 }
 
-/// Where a moving key leads from `focus` (-1: nowhere yet), or nothing if it is none.
+/// Where a navigation key leads from `focus` (-1: none yet); nothing for any other key.
 std::optional<int> targetOf(int key, int focus, const BWThumbnailTableView &view)
 {
     const int columns = view.model()->columnCount();
-    const int across = columns > 1 ? 1 : 2; // a single column shows every second element
+    const int across = columns > 1 ? 1 : 2; // a single column shows only every second element
     const int elements = view.elementCount();
     const int last = across == 1 ? elements - 1 : (elements - 1) / 2 * 2;
     const int page = std::max(1, view.viewport()->height() / view.verticalHeader()->defaultSectionSize());
@@ -105,7 +105,7 @@ bool move(BWThumbnailTableView &view, const QKeyEvent &event)
 
 void perform(Command command, BWThumbnailTableView &view)
 {
-    const auto handler = view.mouseEventHandler(); // held: an operation may make the grid reload
+    const auto handler = view.mouseEventHandler(); // held: an operation may make the grid reload and replace it
     if (view.focusIndex() < 0)
         view.setFocusIndex(handler->selectedIndexes().value(0, 0));
     const int focus = view.focusIndex();
@@ -139,7 +139,7 @@ QKeySequence BWThumbnailKeyboard::saveAs()
 bool BWThumbnailKeyboard::takes(const QKeyEvent &event)
 {
     const std::optional<Command> command = commandOf(event);
-    return command && *command != Command::Deselect; // with nothing to deselect, Escape is the window's
+    return command && *command != Command::Deselect; // without a selection, Escape belongs to the window
 }
 
 bool BWThumbnailKeyboard::press(BWThumbnailTableView &view, const QKeyEvent &event)
@@ -148,7 +148,7 @@ bool BWThumbnailKeyboard::press(BWThumbnailTableView &view, const QKeyEvent &eve
         return false;
     const std::optional<Command> command = commandOf(event);
     if (command || targetOf(event.key(), 0, view))
-        view.mouseEventHandler()->performPendingSelection(); // or it would undo what the key does
+        view.mouseEventHandler()->performPendingSelection(); // now, or later it would undo what the key does
     if (!command)
         return move(view, event);
     if (*command == Command::Deselect && view.mouseEventHandler()->selectedIndexes().isEmpty())

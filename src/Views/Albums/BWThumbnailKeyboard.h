@@ -5,15 +5,15 @@
 class BWThumbnailTableView;
 class QKeyEvent;
 
-/// What the keys do in a grid of thumbnails. Arrows, Home, End and the page keys move the focus and select where it
-/// comes to; with Shift they extend the selection, with Ctrl they leave it alone. Whatever acts on elements acts on
-/// those a click on the focused cell would have made the operation's. GUI thread.
+/// The keys of a grid of thumbnails. Arrows, Home, End and the page keys move the focus and select its new cell; with
+/// Shift they extend the selection, with Ctrl they leave it alone. Keys that act on elements act on the whole selection
+/// if it includes the focused cell, otherwise on that cell. GUI thread.
 class BWThumbnailKeyboard {
 public:
-    /// Saves elements elsewhere. Not the usual one, which takes a snapshot in all windows.
+    /// The key that saves elements elsewhere. Not the usual one, which takes a snapshot in all windows.
     static QKeySequence saveAs();
-    /// Whether a grid that has the focus wants that key, be it somebody's shortcut.
+    /// Whether a grid with the focus handles that key, even if it is a shortcut of the window.
     static bool takes(const QKeyEvent &event);
-    /// False if the key means nothing to the grid as it is.
+    /// False if the key has no effect in the grid's present state.
     static bool press(BWThumbnailTableView &view, const QKeyEvent &event);
 };

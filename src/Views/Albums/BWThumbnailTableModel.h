@@ -1,19 +1,22 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QItemSelection>
+#include <QList>
+#include <QSet>
 #include <QUrl>
 
 class BWThumbnailTableView;
 
-/// The cells of a grid of thumbnails as Qt's table and screen readers see them. What it tells of an element it asks for
-/// at that moment; only the size of the grid stays the same from one reload to the next. GUI thread.
+/// The cells of a grid of thumbnails for Qt's table and for screen readers. It keeps only the grid's size from one reload
+/// to the next; everything about an element comes from the view's delegate and data source when needed. GUI thread.
 class BWThumbnailTableModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:
     explicit BWThumbnailTableModel(BWThumbnailTableView &view);
 
-    /// Takes the number of rows and columns from the view's data source.
+    /// Takes rows, columns and elements from the view's data source and delegate.
     void reload();
     /// The element as it was at the last reload; empty for none.
     QUrl elementAt(int index) const { return m_elements.value(index); }
@@ -21,9 +24,13 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
-    /// Nothing: rows and columns only lay the elements out.
+    /// None: rows and columns have no meaning of their own.
     QVariant headerData(int, Qt::Orientation, int) const override { return {}; }
     Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+    /// The cells of these elements, in as few rectangles as possible: thousands of elements must cost little.
+    QItemSelection cellsOf(const QList<int> &ascending) const;
+    static QSet<int> elementsIn(const QItemSelection &cells);
 
 private:
     BWThumbnailTableView &m_view; // owns this

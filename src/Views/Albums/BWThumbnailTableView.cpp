@@ -1,26 +1,64 @@
 #include "Views/Albums/BWThumbnailTableView.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
-#include "Views/Albums/BWThumbnailCellGeometry.h"
 #include "Views/Albums/BWThumbnailCellPainter.h"
 #include "Views/Albums/BWThumbnailDrag.h"
 #include "Views/Albums/BWThumbnailKeyboard.h"
-#include "Views/Albums/BWThumbnailNotice.h"
-#include "Views/Albums/BWThumbnailSelection.h"
+#include "Views/Albums/BWThumbnailRequests.h"
 #include "Views/Albums/BWThumbnailTableModel.h"
-#include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
-#include "Views/Albums/BWThumbnailWishes.h"
+#include "Views/Utils/BWIcons.h"
 
 #include <algorithm>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QMenu>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int iconSize = 64;
+constexpr int gap = 14;
+constexpr int margin = 20;
+constexpr int widest = 320; // longer lines are hard to read
+constexpr double iconOpacity = 0.45;
+constexpr float textOpacity = 0.75F;
+
+} // namespace
+
+BWThumbnailNotice::BWThumbnailNotice(QWidget *parent) : QWidget(parent)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void BWThumbnailNotice::setNotice(const QString &iconName, const QString &text)
+{
+    m_icon = iconName.isNull() ? QIcon() : BWIcons::icon(iconName);
+    m_text = text;
+    update();
+}
+
+void BWThumbnailNotice::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    const int textWidth = std::min(widest, width() - 2 * margin);
+    const QRect bounds =
+        painter.boundingRect(QRect(0, 0, textWidth, height()), Qt::AlignHCenter | Qt::TextWordWrap, m_text);
+    const int top = (height() - iconSize - gap - bounds.height()) / 2;
+    painter.setOpacity(iconOpacity);
+    m_icon.paint(&painter, (width() - iconSize) / 2, top, iconSize, iconSize);
+    painter.setOpacity(1);
+    QColor colour = palette().color(QPalette::Text);
+    colour.setAlphaF(textOpacity);
+    painter.setPen(colour);
+    painter.drawText(QRect((width() - textWidth) / 2, top + iconSize + gap, textWidth, bounds.height()),
+                     Qt::AlignHCenter | Qt::TextWordWrap, m_text);
+}
 
 BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
     : QTableView(parent),
@@ -29,7 +67,7 @@ BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
       m_notice(new BWThumbnailNotice(viewport())),
       m_rightMenu(new QMenu(this)),
       m_painter(std::make_unique<BWThumbnailCellPainter>(*this)),
-      m_wishes(std::make_unique<BWThumbnailWishes>(*this, clock))
+      m_requests(std::make_unique<BWThumbnailRequests>(*this, clock))
 {
     renewHandler();
     setModel(m_model);
@@ -38,7 +76,7 @@ BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
     setSelectionBehavior(SelectItems);
     setEditTriggers(NoEditTriggers);
     setTabKeyNavigation(false);
-    setAutoScroll(false); // a click on a cell that is cut off must not move it from under the pointer
+    setAutoScroll(false); // a click on a partly visible cell must not move it away from the pointer
     setShowGrid(false);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -62,7 +100,7 @@ void BWThumbnailTableView::localizeWithManager(BWLocalizationManager &manager)
 
 void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
 {
-    // The keys are only told here: the grid takes them itself, while it has the focus.
+    // The keys are only shown here: the grid handles them itself, while it has the focus.
     const auto add = [this](const QString &text, const QKeySequence &key, void (BWThumbnailTableView::*action)()) {
         m_rightMenu->addAction(text + u'\t' + key.toString(QKeySequence::NativeText), this, action);
     };
@@ -87,7 +125,7 @@ void BWThumbnailTableView::setEmptyNotice(const QString &iconName, const QString
 void BWThumbnailTableView::reloadData()
 {
     const int focus = currentIndex().isValid() ? cellIndex(currentIndex().row(), currentIndex().column()) : -1;
-    const QUrl focused = m_model->elementAt(focus); // as it was: the list may be another already
+    const QUrl focused = m_model->elementAt(focus); // before the reload: the delegate's list may have changed
     const int scrolled = verticalScrollBar()->value();
     const QSet<QUrl> underMenu = elementsUnderMenu();
     renewHandler();
@@ -100,10 +138,10 @@ void BWThumbnailTableView::reloadData()
     const bool empty = elementCount() == 0;
     m_notice->setVisible(empty);
     setAccessibleDescription(empty ? m_notice->text() : QString());
-    m_wishes->renew();
+    m_requests->renew();
 }
 
-/// What the menu is about, while it is open.
+/// The files on which an open menu acts.
 QSet<QUrl> BWThumbnailTableView::elementsUnderMenu() const
 {
     QSet<QUrl> files;
@@ -114,7 +152,7 @@ QSet<QUrl> BWThumbnailTableView::elementsUnderMenu() const
     return files;
 }
 
-/// The menu stays open when a picture comes, and what is chosen in it is still meant for the same files.
+/// An open menu stays open during a reload and must go on acting on the same files.
 void BWThumbnailTableView::operateOn(const QSet<QUrl> &files)
 {
     QList<int> indexes;
@@ -140,14 +178,14 @@ void BWThumbnailTableView::restoreFocus(const QUrl &file, int index)
     const QList<QUrl> now = elements();
     const bool stayed = index < now.size() && now[index] == file;
     const qsizetype found = stayed ? index : now.indexOf(file);
-    // What took the place of an element that is gone is the next best.
+    // Without its element the focus goes to the one that took its place.
     setFocusIndex(static_cast<int>(found >= 0 ? found : std::min<qsizetype>(index, now.size() - 1)));
 }
 
 void BWThumbnailTableView::redrawElements(const QList<QUrl> &files)
 {
     const QList<QUrl> now = elements();
-    for (const int index : m_wishes->visibleIndexes()) {
+    for (const int index : m_requests->visibleIndexes()) {
         if (files.contains(now[index]))
             update(m_model->index(index / 2, index % 2));
     }
@@ -236,8 +274,7 @@ void BWThumbnailTableView::beginDraggingSession(const QList<BWThumbnailDragItem>
 void BWThumbnailTableView::showSelection()
 {
     const QScopedValueRollback repeating(m_repeatingSelection, true);
-    selectionModel()->select(BWThumbnailSelection::fromIndexes(*m_model, m_handler->selectedIndexes()),
-                             QItemSelectionModel::ClearAndSelect);
+    selectionModel()->select(m_model->cellsOf(m_handler->selectedIndexes()), QItemSelectionModel::ClearAndSelect);
     viewport()->update();
     Q_EMIT selectionShown();
 }
@@ -247,8 +284,8 @@ void BWThumbnailTableView::selectionChanged(const QItemSelection &selected, cons
     QTableView::selectionChanged(selected, deselected);
     if (m_repeatingSelection || !m_handler)
         return;
-    // a screen reader selects
-    m_handler->adoptSelection(BWThumbnailSelection::toIndexes(selectionModel()->selection()), m_handler->anchor());
+    // A screen reader has changed the selection.
+    m_handler->adoptSelection(BWThumbnailTableModel::elementsIn(selectionModel()->selection()), m_handler->anchor());
     Q_EMIT selectionShown();
 }
 
@@ -256,14 +293,14 @@ bool BWThumbnailTableView::event(QEvent *event)
 {
     switch (event->type()) {
     case QEvent::ShortcutOverride:
-        // The same keys may be shortcuts of the window.
+        // The window may have shortcuts with the same keys.
         if (elementCount() > 0 && BWThumbnailKeyboard::takes(static_cast<const QKeyEvent &>(*event))) {
             event->accept();
             return true;
         }
         break;
-    case QEvent::ScreenChangeInternal: // another scale
-        m_wishes->schedule();
+    case QEvent::ScreenChangeInternal: // the scale may change
+        m_requests->schedule();
         break;
     default:
         break;
@@ -271,7 +308,7 @@ bool BWThumbnailTableView::event(QEvent *event)
     return QTableView::event(event);
 }
 
-// The handler is held while it is called: what it calls may make the grid reload.
+// The handler is held during the call, which may make the grid reload and replace it.
 
 void BWThumbnailTableView::mousePressEvent(QMouseEvent *event)
 {
@@ -304,7 +341,7 @@ void BWThumbnailTableView::mouseReleaseEvent(QMouseEvent *event)
 
 void BWThumbnailTableView::mouseMoveEvent(QMouseEvent *)
 {
-    // the table would select and drag by itself
+    // QTableView would select and drag.
 }
 
 void BWThumbnailTableView::contextMenuEvent(QContextMenuEvent *event)
@@ -330,20 +367,20 @@ void BWThumbnailTableView::resizeEvent(QResizeEvent *event)
     QTableView::resizeEvent(event);
     m_notice->setGeometry(viewport()->rect());
     updateRowHeight();
-    m_wishes->schedule();
+    m_requests->schedule();
 }
 
 void BWThumbnailTableView::showEvent(QShowEvent *event)
 {
     QTableView::showEvent(event);
     updateRowHeight();
-    m_wishes->schedule();
+    m_requests->schedule();
 }
 
 void BWThumbnailTableView::scrollContentsBy(int dx, int dy)
 {
     QTableView::scrollContentsBy(dx, dy);
-    m_wishes->scrolled(dy < 0);
+    m_requests->scrolled(dy < 0);
 }
 
 void BWThumbnailTableView::updateRowHeight()
@@ -357,7 +394,7 @@ void BWThumbnailTableView::updateRowHeight()
     const double top = static_cast<double>(verticalScrollBar()->value()) / old;
     verticalHeader()->setDefaultSectionSize(height);
     updateGeometries();
-    verticalScrollBar()->setValue(qRound(top * height)); // the same row stays at the top
+    verticalScrollBar()->setValue(qRound(top * height)); // keeps the same row at the top
 }
 
 void BWThumbnailTableView::initViewItemOption(QStyleOptionViewItem *option) const

@@ -4,24 +4,43 @@
 #include "Model/Texts/BWLocalizationManagerDelegate.h"
 
 #include <memory>
+#include <QIcon>
 #include <QList>
 #include <QSet>
 #include <QTableView>
 #include <QUrl>
+#include <QWidget>
 
 class BWThumbnailCellPainter;
-class BWThumbnailNotice;
 class BWThumbnailTableModel;
 class BWThumbnailTableViewDataSource;
 class BWThumbnailTableViewDelegate;
 class BWThumbnailViewMouseEventHandler;
-class BWThumbnailWishes;
+class BWThumbnailRequests;
 class QMenu;
 struct BWThumbnailDragItem;
 
-/// Files as a grid of thumbnails. It knows nothing of albums: the model delegate knows the elements and does what is
-/// asked for, the data source tells what to paint. Which cells are selected is the mouse event handler's; the table's
-/// own selection only repeats it for screen readers. GUI thread.
+/// What an empty grid shows in its middle: an icon and a few words. Ignores the mouse. GUI thread.
+class BWThumbnailNotice : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BWThumbnailNotice(QWidget *parent);
+
+    void setNotice(const QString &iconName, const QString &text);
+    const QString &text() const { return m_text; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QIcon m_icon;
+    QString m_text;
+};
+
+/// Files as a grid of thumbnails. It knows nothing of albums: the model delegate has the elements and acts on them, the
+/// data source has what to paint. The mouse event handler holds the selection; the table's own selection only repeats it
+/// for screen readers. GUI thread.
 class BWThumbnailTableView : public QTableView, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -29,59 +48,59 @@ public:
     explicit BWThumbnailTableView(QWidget *parent = nullptr, BWClock &clock = BWClock::system());
     ~BWThumbnailTableView() override;
 
-    /// The element of a cell. The factor stays 2 with any number of columns.
+    /// The element of a cell. The factor is 2 whatever the number of columns.
     static constexpr int cellIndex(int row, int column) { return row * 2 + column; }
 
-    /// Neither is owned; both are told before the first reload, and taken away before they go.
+    /// Not owned. Set both before the first reload, and null before they are destroyed.
     void setModelDelegate(BWThumbnailTableViewDelegate *model) { m_modelDelegate = model; }
     BWThumbnailTableViewDelegate *modelDelegate() const { return m_modelDelegate; }
     void setDataSource(BWThumbnailTableViewDataSource *source) { m_dataSource = source; }
     BWThumbnailTableViewDataSource *dataSource() const { return m_dataSource; }
 
     void localizeWithManager(BWLocalizationManager &manager) override;
-    /// What is to be read where there are no elements, below an icon (see BWIcons).
+    /// The text shown while there are no elements, below an icon (see BWIcons).
     void setEmptyNotice(const QString &iconName, const QString &text);
 
-    /// The elements have changed: nothing is selected any more, nothing is pending. The focus stays on its element.
+    /// The elements have changed: clears the selection and pending actions. The focus stays on its element.
     void reloadData();
-    /// Paints those of these elements anew that are to be seen; their thumbnails have become ready.
+    /// Repaints the visible ones of these elements, whose thumbnails have become ready.
     void redrawElements(const QList<QUrl> &files);
 
     QList<QUrl> elements() const;
     int elementCount() const { return static_cast<int>(elements().size()); }
     bool hasElement(const QModelIndex &index) const;
     bool cellIsSelectedAtRow(int row, int column) const;
-    /// The present one; a reload makes a new one.
+    /// A reload makes a new one.
     const std::shared_ptr<BWThumbnailViewMouseEventHandler> &mouseEventHandler() const { return m_handler; }
     QMenu *rightMenu() const { return m_rightMenu; }
     int narrowestColumn() const;
-    /// Pixels of the screen that a thumbnail can fill.
+    /// The size of the largest thumbnail, in screen pixels.
     QSize thumbnailPixelSize() const;
 
-    /// The element that the keyboard is at; -1 for none.
+    /// The element with the keyboard focus; -1 for none.
     int focusIndex() const;
     void setFocusIndex(int index);
     void popUpMenuAtFocus();
 
-    // What the menu, the keyboard and the handler ask for. Where there is nothing to act on, nothing happens.
+    // Called by the menu, the keyboard and the handler. Without elements to act on, nothing happens.
     void onSelectAll();
     void onUnselectAll();
     void onSaveAs();
     void onTrash();
-    /// Opens the operation indexes; `index` is where it was clicked.
+    /// Opens the operation indexes; `index` is the clicked one.
     void performDoubleClickForIndex(int index);
-    /// Lets files be dragged out, as copies. Returns when the drag is over.
+    /// Drags files out, as copies. Returns when the drag is over.
     virtual void beginDraggingSession(const QList<BWThumbnailDragItem> &items);
-    /// Paints the handler's selection, and repeats it to screen readers.
+    /// Paints the handler's selection, and repeats it for screen readers.
     void showSelection();
 
     void selectAll() override { onSelectAll(); }
 
 Q_SIGNALS:
-    /// Whose thumbnails are wished for, and how large: those to be seen first, then those near. Told anew whenever that
-    /// has changed, but not more often than it can be seen.
+    /// The files whose thumbnails are needed, visible ones first, then those near them, and the size. Emitted at every
+    /// change, but at most a few dozen times a second.
     void thumbnailsWanted(const QList<QUrl> &inOrder, const QSize &pixelSize);
-    /// The handler's selection may be another.
+    /// The handler's selection may have changed.
     void selectionShown();
 
 protected:
@@ -114,7 +133,7 @@ private:
     BWThumbnailNotice *m_notice;
     QMenu *m_rightMenu;
     std::unique_ptr<BWThumbnailCellPainter> m_painter;
-    std::unique_ptr<BWThumbnailWishes> m_wishes;
+    std::unique_ptr<BWThumbnailRequests> m_requests;
     std::shared_ptr<BWThumbnailViewMouseEventHandler> m_handler;
     bool m_repeatingSelection = false;
 };

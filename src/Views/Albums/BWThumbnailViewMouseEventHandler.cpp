@@ -1,9 +1,8 @@
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 
 #include "Utils/BWLogging.h"
-#include "Views/Albums/BWThumbnailDragItem.h"
+#include "Views/Albums/BWThumbnailDrag.h"
 #include "Views/Albums/BWThumbnailTableView.h"
-#include "Views/Albums/BWThumbnailTableViewDataSource.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 
 #include <algorithm>
@@ -108,14 +107,14 @@ bool BWThumbnailViewMouseEventHandler::acceptMouseDown(const QMouseEvent &event,
 
     const std::chrono::milliseconds interval(QGuiApplication::styleHints()->mouseDoubleClickInterval());
     const bool another =
-        m_clickCount >= 2 && row == m_row && column == m_column && m_clock.now() - m_clicked < interval;
+        m_clickCount >= 2 && row == m_row && column == m_column && m_clock.now() - m_clickTime < interval;
     if (clickCount == 1 && another)
         clickCount = m_clickCount + 1;
-    m_clicked = m_clock.now();
+    m_clickTime = m_clock.now();
     if (clickCount >= 2)
         cancel(m_pendingSelection);
     else
-        performPendingSelection(); // another click: the last one was not the first half of a double click
+        performPendingSelection(); // the last click was not the first half of a double click
     cancel(m_pendingDrag);
     m_row = row;
     m_column = column;
@@ -178,7 +177,7 @@ QMenu *BWThumbnailViewMouseEventHandler::menuForRightClick(QPoint place)
     if (!indexIsValidForRow(row, column))
         return nullptr;
     cancel(m_pendingDrag);
-    performPendingSelection(); // it is about the cell that was clicked before
+    performPendingSelection(); // of the cell that was clicked before
     m_row = row;
     m_column = column;
     updateOperationIndexesFromIndex(lastIndex());

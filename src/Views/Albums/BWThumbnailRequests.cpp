@@ -1,4 +1,4 @@
-#include "Views/Albums/BWThumbnailWishes.h"
+#include "Views/Albums/BWThumbnailRequests.h"
 
 #include "Views/Albums/BWThumbnailTableView.h"
 
@@ -9,46 +9,46 @@ namespace {
 using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds interval(0.03);
-constexpr int screensNear = 2; // each way
+constexpr int screensNear = 2; // in each direction
 
 } // namespace
 
-BWThumbnailWishes::BWThumbnailWishes(BWThumbnailTableView &view, BWClock &clock) : m_view(view), m_clock(clock) { }
+BWThumbnailRequests::BWThumbnailRequests(BWThumbnailTableView &view, BWClock &clock) : m_view(view), m_clock(clock) { }
 
-BWThumbnailWishes::~BWThumbnailWishes()
+BWThumbnailRequests::~BWThumbnailRequests()
 {
     if (m_pending)
         m_pending->cancel();
 }
 
-void BWThumbnailWishes::schedule()
+void BWThumbnailRequests::schedule()
 {
     if (m_pending)
         return;
-    // At once after a while of rest: what is wished for first is what the user waits for.
-    const Seconds sinceLast = m_lastTold ? m_clock.now() - *m_lastTold : interval;
+    // At once after a pause: the user waits for the first thumbnails.
+    const Seconds sinceLast = m_lastTime ? m_clock.now() - *m_lastTime : interval;
     m_pending = DispatchAfterStrict::dispatchForQueue(
         &m_view,
         [this] {
             m_pending.reset();
-            tell();
+            request();
         },
         (interval - sinceLast).count(), m_clock);
 }
 
-void BWThumbnailWishes::scrolled(bool down)
+void BWThumbnailRequests::scrolled(bool down)
 {
     m_down = down;
     schedule();
 }
 
-void BWThumbnailWishes::renew()
+void BWThumbnailRequests::renew()
 {
-    m_toldSize = {};
+    m_lastSize = {};
     schedule();
 }
 
-QList<int> BWThumbnailWishes::visibleIndexes() const
+QList<int> BWThumbnailRequests::visibleIndexes() const
 {
     if (!m_view.isVisible() || m_view.model()->rowCount() == 0)
         return {};
@@ -57,7 +57,7 @@ QList<int> BWThumbnailWishes::visibleIndexes() const
     return indexesOfRows(first, bottom < 0 ? m_view.model()->rowCount() - 1 : bottom);
 }
 
-QList<int> BWThumbnailWishes::indexesOfRows(int first, int last, bool backwards) const
+QList<int> BWThumbnailRequests::indexesOfRows(int first, int last, bool backwards) const
 {
     const int columns = std::min(m_view.model()->columnCount(), 2);
     const int elements = m_view.elementCount();
@@ -75,7 +75,7 @@ QList<int> BWThumbnailWishes::indexesOfRows(int first, int last, bool backwards)
     return indexes;
 }
 
-QList<int> BWThumbnailWishes::inOrder() const
+QList<int> BWThumbnailRequests::inOrder() const
 {
     const QList<int> visible = visibleIndexes();
     if (visible.isEmpty())
@@ -88,19 +88,19 @@ QList<int> BWThumbnailWishes::inOrder() const
     return m_down ? visible + below + above : visible + above + below;
 }
 
-void BWThumbnailWishes::tell()
+void BWThumbnailRequests::request()
 {
     if (!m_view.isVisible())
-        return; // shown again, it tells
+        return; // being shown schedules the next request
     const QList<QUrl> elements = m_view.elements();
-    QList<QUrl> wishes;
+    QList<QUrl> files;
     for (const int index : inOrder())
-        wishes.append(elements[index]);
+        files.append(elements[index]);
     const QSize size = m_view.thumbnailPixelSize();
-    if (wishes == m_told && size == m_toldSize)
+    if (files == m_lastFiles && size == m_lastSize)
         return;
-    m_told = wishes;
-    m_toldSize = size;
-    m_lastTold = m_clock.now();
-    Q_EMIT m_view.thumbnailsWanted(wishes, size);
+    m_lastFiles = files;
+    m_lastSize = size;
+    m_lastTime = m_clock.now();
+    Q_EMIT m_view.thumbnailsWanted(files, size);
 }

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Model/Albums/BWAlbum.h"
+#include "Model/Export/BWFileExport.h"
+
+#include <functional>
+#include <QList>
+#include <QObject>
+#include <QUrl>
+
+class BWAlbumFooter;
+class BWAlbumManager;
+class BWAlbumNotice;
+class BWFilePanels;
+struct BWAlbumTexts;
+
+/// What the user does with files of the current album: save them elsewhere, open them, move them to the Trash and bring
+/// them back. Asks and reports over the album window. GUI thread.
+class BWAlbumFileActions : public QObject {
+    Q_OBJECT
+
+public:
+    /// The world outside the program.
+    struct Callbacks {
+        BWFilePanels &panels;
+        std::function<bool(const QUrl &file)> open; ///< with the desktop's program for it; false if there is none
+    };
+
+    BWAlbumFileActions(QWidget &window, BWAlbumManager &albums, Callbacks callbacks, const BWAlbumTexts &texts,
+                       BWAlbumFooter &footer, BWAlbumNotice &notice);
+
+    /// Asks where, then saves in the background: one file as a copy, several as a ZIP archive named after the album. A
+    /// second request waits for the first.
+    void save(const QList<QUrl> &files, BWMediaType type);
+    bool isSaving() const { return m_export.isRunning(); }
+    /// Stops saving, and drops the requests that wait.
+    void cancelSaving();
+
+    /// Asks first if there are many.
+    void open(const QList<QUrl> &files);
+
+    /// False, without any effect, unless the user confirms it.
+    bool trash(const QList<QUrl> &files, BWMediaType type);
+    /// Brings back the files of the last move to the Trash, once.
+    void undoTrash();
+
+private:
+    struct Job {
+        QList<QUrl> files;
+        QUrl target;
+    };
+
+    void startNextExport();
+    void exportFinished(const BWExportResult &result);
+
+    QWidget &m_window;
+    BWAlbumManager &m_albums;
+    const Callbacks m_callbacks;
+    const BWAlbumTexts &m_texts;
+    BWAlbumFooter &m_footer;
+    BWAlbumNotice &m_notice;
+    BWFileExport m_export;
+    QList<Job> m_waiting;
+};
