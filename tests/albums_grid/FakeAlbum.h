@@ -7,7 +7,7 @@
 #include <functional>
 #include <QSet>
 
-/// An album that exists in memory only. It tells what the grid asked it for.
+/// An album in memory only, which records what the grid asks for.
 class FakeAlbum : public BWThumbnailTableViewDelegate, public BWThumbnailTableViewDataSource {
 public:
     explicit FakeAlbum(int count) { setCount(count); }

@@ -7,7 +7,7 @@
 #include <QCoreApplication>
 #include <QTest>
 
-/// A grid that writes down what would be dragged.
+/// A grid that records what would be dragged.
 class DragRecorder : public BWThumbnailTableView {
 public:
     explicit DragRecorder(BWClock &clock) : BWThumbnailTableView(nullptr, clock) { }

@@ -1,5 +1,6 @@
 #include "Views/Utils/BWControls.h"
 #include "Views/Utils/BWDoubleButton.h"
+#include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWLightTabView.h"
 
 #include <QAccessible>
@@ -18,6 +19,29 @@ QFont fontOfSize(double points)
     QFont font;
     font.setPointSizeF(points);
     return font;
+}
+
+void setColors(QColor window, QColor text)
+{
+    QPalette palette(Qt::lightGray);
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Disabled, QPalette::WindowText, Qt::gray);
+    QApplication::setPalette(palette);
+}
+
+/// Mean lightness of the opaque pixels; -1 without any.
+int lightness(const QIcon &icon, QIcon::Mode mode = QIcon::Normal)
+{
+    const QImage image = icon.pixmap(QSize(22, 22), 2.0, mode).toImage();
+    int sum = 0;
+    int count = 0;
+    for (int i = 0; i < image.width() * image.height(); ++i) {
+        const QColor color = image.pixelColor(i % image.width(), i / image.width());
+        sum += color.alpha() < 250 ? 0 : color.lightness();
+        count += color.alpha() < 250 ? 0 : 1;
+    }
+    return count == 0 ? -1 : sum / count;
 }
 
 /// The pixels that are not background, in the widget's coordinates.
@@ -42,11 +66,34 @@ class TestBWControls : public QObject {
 private Q_SLOTS:
     void initTestCase()
     {
-        QPalette light(Qt::lightGray);
-        light.setColor(QPalette::Window, Qt::white);
-        light.setColor(QPalette::WindowText, Qt::black);
-        QApplication::setPalette(light);
         QApplication::setStyle(u"Fusion"_s);
+        setColors(Qt::white, Qt::black);
+        BWIcons::install(*qApp);
+    }
+
+    void iconsFollowThePalette()
+    {
+        const QIcon icon = BWIcons::icon(u"brimwellpro-zoom-in"_s);
+        setColors(Qt::black, Qt::white);
+        QVERIFY(lightness(icon) > 180);
+        QCOMPARE(QIcon::fallbackThemeName(), u"breeze-dark"_s);
+        setColors(Qt::white, Qt::black);
+        QVERIFY(lightness(icon) >= 0 && lightness(icon) < 80);
+        QCOMPARE(QIcon::fallbackThemeName(), u"breeze"_s);
+        QCOMPARE(lightness(BWIcons::icon(u"brimwellpro-zoom-out"_s), QIcon::Disabled), QColor(Qt::gray).lightness());
+        QVERIFY(BWIcons::icon(u"brimwellpro-no-such-icon"_s).isNull());
+    }
+
+    void imagesAreSharpAtScaleTwo()
+    {
+        for (const QString &name :
+             {u"record.png"_s, u"stop.png"_s, u"camera_cursor.png"_s, u"green_tab_002.png"_s, u"gray_tab_002.png"_s}) {
+            const QSize size = name.contains(u"tab"_s) ? QSize(4, 4) : QSize(32, 32);
+            QCOMPARE(BWIcons::image(name).pixmap(size, 1).size(), size);
+            QCOMPARE(BWIcons::image(name).pixmap(size, 2).size(), size * 2);
+        }
+        QVERIFY(BWIcons::applicationIcon().availableSizes().contains(QSize(256, 256)));
+        QCOMPARE(BWIcons::applicationIcon().pixmap(QSize(48, 48), 1.0).size(), QSize(48, 48));
     }
 
     void moreThanHalfOfWholePointsIsRight()
@@ -67,8 +114,8 @@ private Q_SLOTS:
         connect(&button, &BWDoubleButton::triggered, this,
                 [&right](BWDoubleButton *sender) { right << sender->lastRight(); });
         const int middle = button.width() / 2;
-        const auto press = [&](int x, Qt::MouseButton mouse = Qt::LeftButton) {
-            QTest::mousePress(button.windowHandle(), mouse, {}, QPoint(x, button.height() / 2), 1000);
+        const auto press = [&](int x, Qt::MouseButton mouse = Qt::LeftButton) { // too far apart for a double click
+            QTest::mousePress(button.windowHandle(), mouse, {}, QPoint(x, button.height() / 2));
             const QList<bool> seen = right; // already at the press
             QTest::mouseRelease(button.windowHandle(), mouse, {}, QPoint(x, button.height() / 2));
             return seen;
@@ -158,7 +205,7 @@ private Q_SLOTS:
         QVERIFY(field.fontMetrics().horizontalAdvance(text) <= field.width());
         field.resize(wanted * 6 / 10, QFontMetrics(fontOfSize(16)).height() * 2 + 1); // two lines
         QCOMPARE(field.font().pointSizeF(), 16.0);
-        field.setFont(fontOfSize(8)); // small by wish
+        field.setFont(fontOfSize(8)); // small by choice
         QCOMPARE(field.font().pointSizeF(), 8.0);
         field.setFont(fontOfSize(16));
         field.resize(wanted * 2, 12); // room again
@@ -174,7 +221,7 @@ private Q_SLOTS:
         const QSize wanted = button.sizeHint();
         button.resize(wanted.width() * 3 / 4, wanted.height() * 3); // height does not help a title
         QVERIFY(button.font().pointSizeF() < 18);
-        QCOMPARE(button.sizeHint(), wanted); // the wish does not shrink along with the font
+        QCOMPARE(button.sizeHint(), wanted); // the hint does not shrink along with the font
         button.resize(10, wanted.height());
         QCOMPARE(button.font().pointSizeF(), 10.0);
     }
@@ -195,7 +242,7 @@ private Q_SLOTS:
         QVERIFY(qAbs(inkBounds(cell).center().y() - middleOfOne) < 2);
     }
 
-    void dotTellsSelectedTab()
+    void dotMarksTheSelectedTab()
     {
         QCOMPARE(BWLightTabItem::dotRect(QRectF(50, 10, 40, 17)), QRectF(43, 17.5, 4, 4));
 

@@ -17,7 +17,7 @@ using Action = BWFlashActionViewController::Action;
 
 namespace {
 
-/// As a desktop on which animations are switched off.
+/// Like a desktop with animations switched off.
 class StyleWithoutAnimations : public QProxyStyle {
 public:
     int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
@@ -61,19 +61,14 @@ private Q_SLOTS:
         const QList<Action> saved{Action::SnapshotSaved};
         const QList<Action> recording{Action::RecordingStarted};
         row("once: begins unseen", saved, 0, 0, 0.0);
-        row("once: rises", saved, 0, 125, 0.25);
         row("once: peak", saved, 0, 500, 1.0);
         row("once: falls", saved, 0, 900, 0.2);
         row("once: over", saved, 0, 1000, 0.0);
-        row("once: stays over", saved, 0, 1500, 0.0);
-        row("repeated: peak", recording, 0, 500, 1.0);
-        row("repeated: between two", recording, 0, 1000, 0.0);
         row("repeated: a minute later", recording, 0, 60'400, 0.8);
-        row("a second snapshot begins anew", saved + saved, 300, 100, 0.2);
+        row("a second snapshot starts over", saved + saved, 300, 100, 0.2);
         row("a recording takes over", saved + recording, 300, 1500, 1.0);
         row("a snapshot takes over", recording + saved, 300, 1500, 0.0);
         row("stopped at the peak", recording + QList{Action::RecordingStopped}, 500, 0, 0.0);
-        row("stopped within a snapshot's flash", saved + QList{Action::RecordingStopped}, 300, 100, 0.0);
         row("and again", recording + QList{Action::RecordingStopped} + saved, 300, 500, 1.0);
     }
     void opacity()

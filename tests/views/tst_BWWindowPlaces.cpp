@@ -45,12 +45,8 @@ private Q_SLOTS:
             QPoint(0, 268), QRect(0, 6, 745, 594), QRect(745, 25, 279, 575));
         row("the camera window moves aside", QSize(1280, 800), one(1280, 800), QPoint(152, 116), QPoint(387, 499),
             QPoint(0, 468), QRect(12, 116, 979, 594), QRect(991, 135, 289, 575));
-        row("laptop", QSize(1366, 768), one(1366, 768), QPoint(195, 100), QPoint(430, 467), QPoint(0, 436),
-            QRect(98, 100, 979, 594), QRect(1077, 119, 289, 575));
         row("full HD", QSize(1920, 1080), one(1920, 1080), QPoint(472, 256), QPoint(707, 779), QPoint(0, 748),
             QRect(472, 256, 979, 594), QRect(1451, 275, 289, 575));
-        row("raised by a few points", QSize(1920, 1200), one(1920, 1200), QPoint(472, 316), QPoint(707, 899),
-            QPoint(0, 868), QRect(472, 316, 979, 594), QRect(1451, 335, 289, 575));
         row("room for all", QSize(2560, 1440), one(2560, 1440), QPoint(792, 436), QPoint(1027, 1030), QPoint(910, 1070),
             QRect(792, 436, 979, 594), QRect(1771, 455, 289, 575));
         row("the main screen is the right one", QSize(1920, 1080),
@@ -131,14 +127,6 @@ private Q_SLOTS:
         second.resetLayout();
         second.show(); // leaves the title of the first
         QCOMPARE(second.pos(), panel->pos() + QPoint(0, BWWindowPlacement::assumedMargins.top()));
-
-        defaults->setString(u"bwp2x_frame_panel"_s, u"damaged"_s);
-        defaults->synchronize();
-        second.hide();
-        panel.reset();
-        panel = std::make_unique<Panel>(camera, *defaults);
-        panel->show();
-        QCOMPARE(panel->pos(), itsPlace + QPoint(10, 10));
     }
 };
 

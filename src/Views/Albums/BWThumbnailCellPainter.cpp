@@ -35,10 +35,10 @@ constexpr double movieInset = 4;
 /// A little text colour in the background colour: the same calm grey in light and dark palettes.
 QColor grey(const QPalette &palette, double strength)
 {
-    const QColor ground = palette.color(QPalette::Base);
+    const QColor base = palette.color(QPalette::Base);
     const QColor text = palette.color(QPalette::Text);
     const auto mix = [strength](int from, int to) { return qRound(from + (to - from) * strength); };
-    return {mix(ground.red(), text.red()), mix(ground.green(), text.green()), mix(ground.blue(), text.blue())};
+    return {mix(base.red(), text.red()), mix(base.green(), text.green()), mix(base.blue(), text.blue())};
 }
 
 QRectF grown(const QRectF &rect, double by)

@@ -21,10 +21,10 @@ void drawBWControlPanel(QPainter &painter, const QRectF &rect, const QPalette &p
     const double inset = ringWidth / 2;
     const QRectF panel = rect.adjusted(inset, inset, -inset, -inset);
     if (state.checked) {
-        QColor ground = palette.color(QPalette::Highlight);
-        painter.setPen(ground);
-        ground.setAlphaF(checkedOpacity);
-        painter.setBrush(ground);
+        QColor fill = palette.color(QPalette::Highlight);
+        painter.setPen(fill);
+        fill.setAlphaF(checkedOpacity);
+        painter.setBrush(fill);
         painter.drawRoundedRect(panel.adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
     }
     if (state.enabled && (state.hovered || state.pressed)) {
