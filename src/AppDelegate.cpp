@@ -4,7 +4,6 @@
 #include "App/Capture/BWSnapshotSound.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
-#include "App/Start/BWCommandLine.h"
 #include "App/Start/BWStatisticsReport.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "App/Windows/BWImportMenu.h"
@@ -71,16 +70,13 @@ AppDelegate::AppDelegate(Options options)
 {
 }
 
-AppDelegate::~AppDelegate()
-{
-    m_repository.configManager().removeListener(this);
-}
+AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching()
 {
     BWLocalizationManager &texts = m_repository.localizationManager();
     const QString language = texts.preferredLanguage();
-    showQtTextsIn(BWCommandLine::languages().contains(language) ? language : QString()); // no mixture
+    showQtTextsIn(BWLocalizationManager::languages().contains(language) ? language : QString()); // no mixture
     m_texts.localizeWithManager(texts);
     checkCameraAccess();
 }

@@ -10,7 +10,7 @@
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWQuitting.h"
-#include "Model/Settings/BWConfigManagerListener.h"
+#include "Model/Settings/BWConfigManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Views/Utils/BWFilePanels.h"
 

@@ -9,7 +9,7 @@ BWApplicationDelegate *sharedDelegate = nullptr;
 BWApplicationDelegate::BWApplicationDelegate()
 {
     if (sharedDelegate)
-        qFatal("There is an application delegate already");
+        qFatal("A second application delegate was made");
     sharedDelegate = this;
 }
 

@@ -16,7 +16,7 @@ namespace {
 std::optional<BWRepository::Options> singletonOptions;
 bool singletonExists = false;
 
-/// Asks the application itself: the repository that owns the settings may still be in the making.
+/// Asks the application, because the repository that owns the settings may not be complete yet.
 QString currentCameraIdentifier()
 {
     const BWApplicationDelegate *delegate = BWApplicationDelegate::shared();

@@ -14,25 +14,25 @@ class BWUserDefaults;
 /// Owns the managers for the whole run of the program. GUI thread only.
 class BWRepository {
 public:
-    /// Where things are. Set before the first use to run in a home folder of one's own.
+    /// Where things are. Set them before the first use, to run in another home folder.
     struct Options {
         QString settingsFile; ///< BWSettingsFile::defaultPath()
         QString home; ///< the user's home folder
         QStringList preferredLanguages; ///< the system's
         QString localizationFile; ///< the built-in one
 
-        /// What the program uses by itself.
+        /// What the program uses by default.
         static Options standard();
     };
 
-    /// For singleton(). Ends the program when that exists already.
+    /// For singleton(); fatal once that exists.
     static void setOptions(const Options &options);
 
-    /// Made at its first use, and prepared: old settings are taken over, texts and settings are ready. The albums are as
-    /// soon as the disks have answered.
+    /// Made at its first use, with old settings imported and texts and settings ready. The albums follow as soon as the
+    /// disks have answered.
     static BWRepository &singleton();
 
-    /// A repository of its own, prepared like the singleton.
+    /// A separate repository, prepared like the singleton.
     explicit BWRepository(const Options &options);
     ~BWRepository();
     BWRepository(const BWRepository &) = delete;
@@ -43,7 +43,7 @@ public:
     BWConfigManager &configManager() const { return *m_configManager; }
     BWAlbumManager &albumManager() const { return *m_albumManager; }
     BWLocalizationManager &localizationManager() const { return *m_localizationManager; }
-    /// The application's delegate, asked for each time; null while there is none.
+    /// The application's delegate, looked up at each call; null before it exists.
     BWApplicationDelegate *appDelegate() const;
 
 private:

@@ -3,7 +3,7 @@
 #include "BWACUDriver/BWCamera.h"
 #include "BWACUDriver/BWClock.h"
 #include "Model/Products/BWCameraProduct.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/Windows/BWSheet.h"
 
 #include <functional>

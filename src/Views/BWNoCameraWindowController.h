@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWClock.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/Windows/BWSheet.h"
 
 #include <functional>

@@ -1,6 +1,5 @@
 #include "../Rows.h"
 #include "Model/LiveView/BWMeasuringGrid.h"
-#include "Model/LiveView/BWMeasuringGridTable.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 
 #include <algorithm>

@@ -6,7 +6,6 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowController.h"
-#include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 
 #include <QApplication>
 #include <QTemporaryDir>

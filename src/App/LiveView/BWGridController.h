@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/LiveView/BWMeasuringGridTable.h"
+#include "Model/LiveView/BWMeasuringGrid.h"
 
 #include <memory>
 #include <QObject>

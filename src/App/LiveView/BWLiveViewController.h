@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/LiveView/BWLiveViewState.h"
+#include "Model/LiveView/BWLiveViewGeometry.h"
 
 #include <QObject>
 

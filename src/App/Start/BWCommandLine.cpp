@@ -1,5 +1,7 @@
 #include "App/Start/BWCommandLine.h"
 
+#include "Model/Texts/BWLocalizationManager.h"
+
 #include <algorithm>
 #include <functional>
 #include <QFileInfo>
@@ -26,7 +28,7 @@ QString languageFrom(const QString &code)
 {
     static const QRegularExpression pattern(u"\\A([A-Za-z]+)(?:[-_.@].*)?\\z"_s);
     const QString language = pattern.match(code).captured(1).toLower();
-    return BWCommandLine::languages().contains(language) ? language : QString();
+    return BWLocalizationManager::languages().contains(language) ? language : QString();
 }
 
 void readCamera(const QString &camera, BWCommandLine &line)
@@ -55,7 +57,7 @@ void readLanguage(const QString &code, BWCommandLine &line)
     line.language = languageFrom(code);
     if (line.language.isNull())
         line.error = u"Unknown language %1; accepted are %2, also with a country as in de_AT"_s.arg(
-            code, BWCommandLine::languages().join(u", "_s));
+            code, BWLocalizationManager::languages().join(u", "_s));
 }
 
 struct OptionWithValue {
@@ -65,11 +67,6 @@ struct OptionWithValue {
 };
 
 } // namespace
-
-QStringList BWCommandLine::languages()
-{
-    return {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s};
-}
 
 BWCommandLine BWCommandLine::parse(int argc, char **argv)
 {
@@ -83,7 +80,8 @@ BWCommandLine BWCommandLine::parse(int argc, char **argv)
                                                          {u"-h"_s, &BWCommandLine::help}};
     const QList<OptionWithValue> options{
         {u"--simulate"_s, u"a camera type; accepted are %1, each with =PATH if you like"_s.arg(typeList()), readCamera},
-        {u"--language"_s, u"a language; accepted are %1"_s.arg(languages().join(u", "_s)), readLanguage},
+        {u"--language"_s, u"a language; accepted are %1"_s.arg(BWLocalizationManager::languages().join(u", "_s)),
+         readLanguage},
         {u"--import-settings"_s, u"the file that holds the old settings"_s,
          [](const QString &file, BWCommandLine &line) { line.importSettings = file; }}};
 
@@ -145,5 +143,6 @@ QString BWCommandLine::helpText()
            "                          was taken over; the program must not be open\n"
            "  --list-cameras          print the attached cameras and what they can do\n"
            "  --version               print the version, and the libraries in use\n"
-           "  --help, -h              print this text\n"_s.arg(typeList(), languages().join(u", "_s));
+           "  --help, -h              print this text\n"_s.arg(typeList(),
+                                                               BWLocalizationManager::languages().join(u", "_s));
 }

@@ -18,8 +18,6 @@ struct BWCommandLine {
     bool help = false;
     QString error; ///< one line that says what is wrong and what is accepted; null if there is nothing wrong
 
-    /// The languages that there are texts in.
-    static QStringList languages();
     /// By hand, because QCommandLineParser reports neither the argument as it was typed nor what is accepted instead.
     static BWCommandLine parse(int argc, char **argv);
     bool needsWindows() const;

@@ -8,8 +8,7 @@
 #include "Model/BWRepository.h"
 #include "Model/Import/BWImportTexts.h"
 #include "Model/Settings/BWSettingsFile.h"
-#include "Model/Settings/BWSettingsUse.h"
-#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Settings/BWSettingsLock.h"
 #include "Model/Texts/BWLibraryList.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWVersion.h"
@@ -44,7 +43,7 @@ int importSettings(const BWRepository::Options &options, const QString &path, QT
     const BWOldSettingsFile file = BWOldSettingsFile::read(path);
     if (file.problem != BWOldSettingsFile::Problem::None)
         return refuse(BWImportTexts::refused(file, name, texts));
-    const BWSettingsUse use(options.settingsFile);
+    const BWSettingsLock use(options.settingsFile);
     if (!use.isGranted())
         return refuse(BWImportTexts::programRuns(texts));
 

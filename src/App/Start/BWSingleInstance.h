@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Settings/BWSettingsUse.h"
+#include "Model/Settings/BWSettingsLock.h"
 
 #include <chrono>
 #include <functional>
@@ -38,7 +38,7 @@ private:
     void listen();
     void answer();
 
-    BWSettingsUse m_use;
+    BWSettingsLock m_use;
     Start m_start;
     int m_socket = -1;
     QByteArray m_note; ///< where this program is reached, and what has to be said there

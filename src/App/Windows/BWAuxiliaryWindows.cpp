@@ -79,10 +79,7 @@ BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repos
     connect(menu.aboutMenuItem, &QAction::triggered, m_about.get(), &BWAboutWindowController::makeKeyAndOrderFront);
 }
 
-BWAuxiliaryWindows::~BWAuxiliaryWindows()
-{
-    m_config.removeListener(m_advancedSettings.get());
-}
+BWAuxiliaryWindows::~BWAuxiliaryWindows() = default;
 
 void BWAuxiliaryWindows::addToMenu(QAction *item, QWidget &window, void (BWAuxiliaryWindows::*show)())
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWClock.h"
-#include "Views/Settings/BWSettingsWindowControllerDelegate.h"
+#include "Views/Settings/BWSettingsWindowController.h"
 #include "Views/Utils/BWFilePanels.h"
 
 #include <functional>

@@ -3,7 +3,7 @@
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Import/BWImportTexts.h"
-#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"

@@ -89,7 +89,7 @@ void BWSessionWindows::connectMenus()
             m_productInUse.changeResolution(*resolution);
     });
     connect(&m_window.menu(), &BWMainMenu::cameraPicked, this,
-            [this](int index) { m_session.changeCurrentCamera(BWCameraPtr(m_session.cameras().value(index))); });
+            [this](int index) { m_session.changeCurrentCamera(m_session.cameras().value(index)); });
     connect(&m_window.menu(), &BWMainMenu::productPicked, this, [this](const QString &identifier) {
         if (const auto product = m_config.productByIdentifier(identifier))
             m_config.setCurrentProductIdentifier(identifier, product->cameraTypeIdentifier());

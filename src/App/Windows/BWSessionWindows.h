@@ -23,8 +23,8 @@ class BWNoCameraWindowController;
 class BWProductInUse;
 class BWRepository;
 
-/// Shows what the camera session wants the user to see: the live picture and its menus, the windows that stand in
-/// when there is no camera, and its questions. GUI thread.
+/// Shows the camera session: the live picture and its menus, the windows that stand in for a missing camera, and the
+/// session's questions. GUI thread.
 class BWSessionWindows : public QObject {
     Q_OBJECT
 

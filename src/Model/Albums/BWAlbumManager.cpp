@@ -1,6 +1,6 @@
 #include "Model/Albums/BWAlbumManager.h"
 
-#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"

@@ -3,7 +3,7 @@
 #include "BWACUDriver/BWCameraSetting.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Settings/BWConfigManager.h"
-#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"

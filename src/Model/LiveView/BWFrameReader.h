@@ -19,15 +19,15 @@ public:
     BWFrameReader();
     ~BWFrameReader();
 
-    /// Takes the next frame. With Scale::Half the picture is read at half its size, which costs much less; size() tells
-    /// whether the format can be read so. False, and nothing readable, if the frame is torn, too short or of an unknown
+    /// Takes the next frame. With Scale::Half the picture is read at half its size, which costs much less; size() shows
+    /// whether the format allows that. False, and nothing readable, if the frame is torn, too short or of an unknown
     /// format.
     bool setFrame(const BWFrame &frame, Scale scale = Scale::Full);
 
-    /// Lets go of the frame.
+    /// Releases the frame.
     void clear();
 
-    /// The readable picture; empty if there is none.
+    /// Of the readable picture; empty without one.
     QSize size() const { return m_size; }
     const BWFrame &frame() const { return m_frame; }
 

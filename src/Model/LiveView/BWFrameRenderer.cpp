@@ -1,16 +1,16 @@
 #include "Model/LiveView/BWFrameRenderer.h"
 
-#include "Model/LiveView/BWOrientation.h"
+#include "Model/LiveView/BWRenderRequest.h"
 
 #include <algorithm>
 #include <libyuv.h>
 
 namespace {
 
-/// For a moment around a change of the camera's size, frames are of another size than the layout that is wished for.
-BWRenderRequest layoutOf(const BWFrame &frame, const BWRenderRequest &wished)
+/// Around a change of the camera's resolution, frames briefly have another size than the requested layout.
+BWRenderRequest layoutOf(const BWFrame &frame, const BWRenderRequest &requested)
 {
-    return wished.forPicture({frame.width(), frame.height()});
+    return requested.forPicture({frame.width(), frame.height()});
 }
 
 /// Left and upper edges moved outwards to even numbers: colour is stored for pairs of pixels.
@@ -51,9 +51,9 @@ void BWFrameRenderer::clear()
     m_frame = BWFrame();
 }
 
-BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &wished)
+BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &requested)
 {
-    const BWRenderRequest request = layoutOf(m_frame, wished);
+    const BWRenderRequest request = layoutOf(m_frame, requested);
     if (m_frame.isNull() || request.visible.isEmpty())
         return {};
     const BWFrameReader::Scale scale = scaleFor(m_frame, request);
@@ -121,7 +121,7 @@ void BWFrameRenderer::scalePart(const QRect &part, QSize whole, Pixels target)
 
 QImage &BWFrameRenderer::freeImage(QSize size)
 {
-    // An image that nobody else holds any more is drawn into again; isDetached() tells that.
+    // Reuses an image that has no other holder, which isDetached() shows.
     const auto isFree = [](const QImage &image) { return image.isNull() || image.isDetached(); };
     auto found = std::find_if(m_images.begin(), m_images.end(),
                               [&](const QImage &image) { return isFree(image) && image.size() == size; });

@@ -14,22 +14,22 @@ class BWOrientation;
 struct BWRenderedImage {
     QImage image; ///< null if there is nothing to draw
     QPoint position; ///< of its upper left corner in the viewport, in device pixels
-    uint64_t frameNumber = 0; ///< tells pictures of different frames apart
+    uint64_t frameNumber = 0; ///< differs from frame to frame
     BWRenderRequest request; ///< what it was made for
 };
 
 /// Turns frames into pixels of the screen: converts, scales, mirrors and turns only what is visible.
 ///
-/// Used by one thread. The images it returns share a few buffers with it and may be kept as long as wished.
+/// Used by one thread. The images it returns share a few buffers with it and may be kept for any time.
 class BWFrameRenderer {
 public:
     /// Sets the frame to be drawn. False if it cannot be read; the previous one is then kept.
     bool setFrame(const BWFrame &frame, const BWRenderRequest &request);
     void clear();
 
-    /// Draws the present frame, one of another size than `wished` is for by a layout of its own; a null image if there is
-    /// no frame or nothing is visible.
-    BWRenderedImage render(const BWRenderRequest &wished);
+    /// Draws the current frame. If its size is not the one that `requested` is for, the layout is adapted. A null image if
+    /// there is no frame or nothing is visible.
+    BWRenderedImage render(const BWRenderRequest &requested);
 
 private:
     struct Pixels {

@@ -111,7 +111,7 @@ void BWLiveRenderer::run()
             if (renderer.setFrame(frame, request)) {
                 badReported = false;
             } else {
-                // One line for a run of bad frames; the count tells the rest.
+                // One line for a run of bad frames; statistics() counts them.
                 if (!std::exchange(badReported, true))
                     qCWarning(bwViews, "Frame %llu cannot be decoded; the last good picture stays",
                               static_cast<unsigned long long>(frame.sequence()));

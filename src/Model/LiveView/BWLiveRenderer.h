@@ -10,16 +10,16 @@
 #include <QObject>
 #include <thread>
 
-/// What became of the frames since the start.
+/// Counts of frames since the start.
 struct BWLiveViewStatistics {
     uint64_t received = 0; ///< handed over by the camera
     uint64_t shown = 0; ///< drawn on the screen
     uint64_t bad = 0; ///< could not be decoded
-    uint64_t dropped = 0; ///< replaced by a newer frame before they were looked at
+    uint64_t dropped = 0; ///< replaced by a newer frame before they were decoded
 };
 
 /// Makes screen pixels of camera frames on a thread of its own. The newest frame wins: one that is not drawn in time
-/// is dropped, and none is decoded that nobody looks at, because the next is begun only when the last was taken.
+/// is dropped. The next is begun only when the last was taken, so none is decoded that is not shown.
 ///
 /// A frame that cannot be decoded is counted and the last good picture stays. At most three frames of the camera are
 /// held at a time.
@@ -33,14 +33,14 @@ public:
     /// Hands over a frame to be shown. Any thread, in practice the camera's; never waits for the drawing.
     void prepareBuffer(const BWFrame &frame);
 
-    /// Says what is to be drawn from now on; the last picture is drawn anew.
+    /// What to draw from now on; redraws the last picture.
     void setRequest(const BWRenderRequest &request);
 
-    /// Lets go of all frames; nothing is drawn until the next one.
+    /// Releases all frames; nothing is drawn until the next one.
     void clear();
 
-    /// Replaces `image` by the newest one if there is any, and tells whether it did. Called when painting, so that
-    /// nothing is made while nothing is painted.
+    /// Replaces `image` by the newest one and returns true, if there is a newer one. Called when painting, so that no image
+    /// is made while nothing is painted.
     bool takeImage(BWRenderedImage &image);
 
     BWLiveViewStatistics statistics() const;
@@ -64,5 +64,5 @@ private:
     bool m_requestChanged = false;
     bool m_clear = false;
     bool m_quit = false;
-    std::thread m_thread; // last, so that everything it uses is there when it starts
+    std::thread m_thread; // last, because it uses the others from its start
 };

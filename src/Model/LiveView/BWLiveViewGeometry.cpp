@@ -3,6 +3,34 @@
 #include <algorithm>
 #include <cmath>
 
+void BWLiveViewState::setCurrentFlip(int index)
+{
+    m_flip = index >= 0 && index <= 3 ? static_cast<BWFlip>(index) : BWFlip::None;
+}
+
+void BWLiveViewState::zoomIn()
+{
+    if (m_zoom < 200)
+        m_zoom += 10;
+}
+
+void BWLiveViewState::zoomOut()
+{
+    // Not the mirror image of zoomIn(): a zoom between the steps, such as 55, may still go below 50 once.
+    if (m_zoom >= 51)
+        m_zoom -= 10;
+}
+
+QString BWLiveViewState::zoomText() const
+{
+    return QString::asprintf("%u%%", m_zoom);
+}
+
+int BWLiveViewState::rotationFromTitle(const QString &title)
+{
+    return title.toInt();
+}
+
 BWLiveViewGeometry::BWLiveViewGeometry(QSize imageSize, const BWLiveViewState &state)
     : m_imageSize(imageSize.isValid() ? imageSize : QSize(0, 0)), m_state(state)
 {
@@ -38,7 +66,7 @@ QSize BWLiveViewGeometry::scrollRange(QSize viewport) const
 {
     const QSizeF size = footprint();
     const auto surplus = [](double document, int visible) {
-        // A sliver left over by floating-point arithmetic is nothing to scroll to.
+        // Ignores what rounding leaves over.
         return std::max(0, static_cast<int>(std::ceil(document - visible - 1e-6)));
     };
     return {surplus(size.width(), viewport.width()), surplus(size.height(), viewport.height())};

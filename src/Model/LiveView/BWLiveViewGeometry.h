@@ -1,14 +1,49 @@
 #pragma once
 
-#include "Model/LiveView/BWLiveViewState.h"
-
 #include <QPoint>
 #include <QRect>
 #include <QSize>
+#include <QString>
 #include <QTransform>
 
-/// Where the live image lies. Lengths are in points (device-independent pixels); what tells about the viewport has y
-/// growing downwards, as widgets have it.
+/// Mirroring of the live image, applied in the image's own axes before the rotation. The numbers are the positions in
+/// the flip menu.
+enum class BWFlip { None = 0, Horizontal = 1, Vertical = 2, Both = 3 };
+
+/// How the live image is being looked at. Never stored: every start begins unzoomed, unturned and unmirrored.
+class BWLiveViewState {
+public:
+    /// Percent; 100 shows one image pixel per point.
+    unsigned currentZoom() const { return m_zoom; }
+    /// Degrees, counter-clockwise.
+    int currentRotation() const { return m_rotation; }
+    BWFlip currentFlip() const { return m_flip; }
+
+    void setCurrentZoom(unsigned percent) { m_zoom = percent; }
+    void setCurrentRotation(int degrees) { m_rotation = degrees; }
+    /// Anything but 0 to 3 is no mirroring.
+    void setCurrentFlip(int index);
+
+    /// Ten percent more, if below 200.
+    void zoomIn();
+    /// Ten percent less, if 51 or more.
+    void zoomOut();
+    /// The zoom as shown to the user: "110%".
+    QString zoomText() const;
+
+    /// The angle in a menu title such as "90"; 0 for a title that is no number.
+    static int rotationFromTitle(const QString &title);
+
+    bool operator==(const BWLiveViewState &) const = default;
+
+private:
+    unsigned m_zoom = 100;
+    int m_rotation = 0;
+    BWFlip m_flip = BWFlip::None;
+};
+
+/// Where the live image lies. Lengths are in points (device-independent pixels); those of the viewport have y growing
+/// downwards, as in widgets.
 class BWLiveViewGeometry {
 public:
     /// Height of the control bar that lies over the top of the scroll area. The picture is centred in what is left, so
@@ -36,7 +71,7 @@ public:
     /// Which point of the turned image lies in the middle of the viewport, as a share of its size; the image's own
     /// middle along an axis on which it fits.
     QPointF middle(QSize viewport, QPoint scroll) const;
-    /// How far to scroll for that point to be in the middle, or as near to it as can be.
+    /// The scroll position that puts that point in the middle, or as near to it as possible.
     QPoint scrollForMiddle(QPointF middle, QSize viewport) const;
     /// Upper left corner of the turned image in the viewport: centred along an axis on which it fits, else moved by
     /// the scroll position.

@@ -1,11 +1,12 @@
 #include "Model/LiveView/BWMeasuringGrid.h"
 
-#include "Model/LiveView/BWOrientation.h"
 #include "Model/LiveView/BWRenderRequest.h"
 
 #include <algorithm>
 #include <cmath>
 #include <QtMath>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -66,4 +67,22 @@ QList<QRect> BWMeasuringGrid::pixels(const BWRenderRequest &request) const
         add({0, stripe.first, upright.width(), stripe.width});
     }
     return rects;
+}
+
+BWMeasuringGridTable::BWMeasuringGridTable()
+    : m_products{{u"dx12"_s, {{u"640x480"_s, 391}, {u"720x480"_s, 428}}},
+                 {u"dx10"_s, {{u"640x480"_s, 355}, {u"1280x1024"_s, 710}, {u"1600x1200"_s, 710}}}}
+{
+}
+
+double BWMeasuringGridTable::distance(const QString &productIdentifier, const QString &resolution) const
+{
+    return m_products.value(productIdentifier).value(resolution, 0);
+}
+
+void BWMeasuringGridTable::setDistance(double distance, const QString &productIdentifier, const QString &resolution)
+{
+    const auto product = m_products.find(productIdentifier);
+    if (product != m_products.end())
+        product->insert(resolution, distance);
 }

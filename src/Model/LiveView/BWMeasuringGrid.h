@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QRect>
 #include <QSizeF>
+#include <QString>
 
 struct BWRenderRequest;
 
@@ -32,4 +34,25 @@ private:
     QSizeF m_frame;
     QList<double> m_vertical;
     QList<double> m_horizontal;
+};
+
+/// How far apart the lines of the measuring grid are, for each calibrated product and resolution. Changes last as long
+/// as the object. One thread at a time.
+class BWMeasuringGridTable {
+public:
+    /// Holds the built-in calibration.
+    BWMeasuringGridTable();
+
+    /// Whether there is a grid for the product.
+    bool contains(const QString &productIdentifier) const { return m_products.contains(productIdentifier); }
+    /// Points from line to line; 0 where there is no calibration. `resolution` is written as "640x480".
+    double distance(const QString &productIdentifier, const QString &resolution) const;
+
+    /// Also adds a resolution. Does nothing for a product without calibration.
+    void setDistance(double distance, const QString &productIdentifier, const QString &resolution);
+
+private:
+    using Distances = QHash<QString, double>; // by resolution
+
+    QHash<QString, Distances> m_products;
 };

@@ -1,6 +1,6 @@
 #include "Model/Products/BWCameraProduct.h"
 
-#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Utils/BWLogging.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace {
 
 const QString resolutionKey = u"resolution"_s;
 
-/// The whole number that a text begins with, 0 when it begins with none, the nearest int when it is too large.
+/// The whole number at the start of a text: 0 if there is no number, the nearest int if it is too large.
 int leadingInteger(const QString &text)
 {
     static const QRegularExpression pattern(u"\\A\\s*([+-]?[0-9]+)"_s);
@@ -116,7 +116,7 @@ bool BWCameraProduct::save()
 {
     if (m_loading)
         return false;
-    m_defaults.synchronize(); // what is stored now is what counts
+    m_defaults.synchronize(); // picks up what others have stored
     QStringList damaged;
     const auto stored = readMembers(m_defaults.string(settingsName()), damaged);
     const QJsonObject mine = members();

@@ -39,7 +39,7 @@ public:
     /// English name in the previous generation of the software.
     QString oldEnglishName() const { return name(); }
 
-    /// The value of a control; nothing when the product has none for that code.
+    /// The value of a control; nothing if the product has no value for that code.
     std::optional<double> valueForSetting(int setting) const;
     /// Keeps the number as it is. Does not save.
     void setValue(double value, int setting);
@@ -51,11 +51,11 @@ public:
     /// Key of the stored values.
     QString settingsName() const;
 
-    /// Takes over the stored values. Values that make no sense (not a finite number within the range of int, not a
-    /// resolution) are left as they are and logged.
+    /// Reads the stored values. Skips and logs those that make no sense: not a finite number within the range of int, or
+    /// not a resolution.
     void load();
-    /// Stores the resolution and the values of the available settings at once, but for those that another program has
-    /// changed in the store and this one has not. False when they did not reach the disk.
+    /// Stores the resolution and the values of the available settings, except those that another program changed in the
+    /// store and this one did not. False if they did not reach the disk.
     bool save();
 
 protected:

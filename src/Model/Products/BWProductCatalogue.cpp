@@ -1,11 +1,44 @@
 #include "Model/Products/BWProductCatalogue.h"
 
 #include "BWACUDriver/BWCameraSetting.h"
-#include "Model/Products/BWCatalogueProduct.h"
 
 #include <array>
+#include <span>
 
 namespace {
+
+/// What products of one make have in common. It points to static data.
+struct BWProductShape {
+    const char *cameraTypeIdentifier;
+    std::span<const int> settings;
+    std::span<const BWResolution> resolutions;
+};
+
+/// The constants of one product of the catalogue. It points to static data.
+struct BWCatalogueEntry {
+    const char *identifier;
+    const char *name;
+    const char *oldGermanName; ///< nullptr for a product that the old software did not know
+    const BWProductShape &shape;
+    std::span<const int> factoryValues; ///< one for each of the shape's settings
+};
+
+/// A product made from a row of the catalogue's table.
+class BWCatalogueProduct : public BWCameraProduct {
+public:
+    BWCatalogueProduct(const BWCatalogueEntry &entry, BWUserDefaults &defaults);
+
+    QString name() const override;
+    QString oldGermanName() const override;
+    QString identifier() const override;
+    QString cameraTypeIdentifier() const override;
+    QList<int> availableSettings() const override;
+    QList<BWResolution> availableResolutions() const override;
+    void setDefaults() override;
+
+private:
+    const BWCatalogueEntry &m_entry;
+};
 
 constexpr std::array<int, 12> ultraSettings{BWSettingHue,          BWSettingContrast,     BWSettingSaturation,
                                             BWSettingBrightness,   BWSettingSharpness,    BWSettingGamma,
@@ -49,7 +82,7 @@ constexpr std::array<int, 8> regularC{0, 13, 15, 167, 15, 75, 90, 0};
 constexpr std::array<int, 6> wirelessA{63, 28, 56, 130, 10, 1};
 constexpr std::array<int, 6> wirelessB{63, 32, 56, 100, 11, 1};
 
-// Identifiers are stored and names are matched against what older versions stored: none may be tidied up.
+// Stored settings hold the identifiers, and those of older versions the names: do not tidy them up.
 // clang-format off
 constexpr BWCatalogueEntry entries[]{
     {"mx62", "Polarizing Microscope MX62", "Polarisationsmikroskop MX62", ultra, ultraA},
@@ -75,6 +108,52 @@ constexpr BWCatalogueEntry entries[]{
 // clang-format on
 
 } // namespace
+
+BWCatalogueProduct::BWCatalogueProduct(const BWCatalogueEntry &entry, BWUserDefaults &defaults)
+    : BWCameraProduct(defaults), m_entry(entry)
+{
+    Q_ASSERT(entry.factoryValues.size() == entry.shape.settings.size());
+    initialize();
+}
+
+QString BWCatalogueProduct::name() const
+{
+    return QString::fromUtf8(m_entry.name);
+}
+
+QString BWCatalogueProduct::oldGermanName() const
+{
+    return QString::fromUtf8(m_entry.oldGermanName);
+}
+
+QString BWCatalogueProduct::identifier() const
+{
+    return QString::fromUtf8(m_entry.identifier);
+}
+
+QString BWCatalogueProduct::cameraTypeIdentifier() const
+{
+    return QString::fromUtf8(m_entry.shape.cameraTypeIdentifier);
+}
+
+QList<int> BWCatalogueProduct::availableSettings() const
+{
+    return {m_entry.shape.settings.begin(), m_entry.shape.settings.end()};
+}
+
+QList<BWResolution> BWCatalogueProduct::availableResolutions() const
+{
+    return {m_entry.shape.resolutions.begin(), m_entry.shape.resolutions.end()};
+}
+
+void BWCatalogueProduct::setDefaults()
+{
+    QMap<int, double> values;
+    for (std::size_t i = 0; i < m_entry.shape.settings.size(); ++i)
+        values.insert(m_entry.shape.settings[i], m_entry.factoryValues[i]);
+    setValues(values);
+    setCurrentResolution({640, 480});
+}
 
 QList<BWCameraProductPtr> BWProductCatalogue::products(BWUserDefaults &defaults)
 {

@@ -9,11 +9,6 @@ BWProductInUse::BWProductInUse(BWConfigManager &config) : m_config(config)
     m_config.addListener(this);
 }
 
-BWProductInUse::~BWProductInUse()
-{
-    m_config.removeListener(this);
-}
-
 BWCameraProductPtr BWProductInUse::currentProduct() const
 {
     return m_camera ? m_config.currentProductForCameraIdentifier(m_camera->identifierForProducts()) : nullptr;

@@ -2,7 +2,7 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "Model/Products/BWCameraProduct.h"
-#include "Model/Settings/BWConfigManagerListener.h"
+#include "Model/Settings/BWConfigManager.h"
 #include "Utils/BWMainQueue.h"
 
 #include <array>
@@ -28,7 +28,6 @@ public:
 
     /// The store must outlive this object.
     explicit BWProductInUse(BWConfigManager &config);
-    ~BWProductInUse() override;
 
     /// The camera that runs or is being started; null if there is none.
     const BWCameraPtr &camera() const { return m_camera; }

@@ -27,17 +27,17 @@ public:
 ///
 /// | Status        |                                                                                              |
 /// |---------------|----------------------------------------------------------------------------------------------|
-/// | Authorized    | a camera may be opened for reading and writing, or there is none: one may be plugged in later |
+/// | Authorized    | a camera may be opened for reading and writing, or none is attached: one may come later       |
 /// | Denied        | there are cameras, and the user's permissions are not enough for any                         |
 /// | Restricted    | the permissions are enough, but a policy forbids it, as in a container without the devices   |
-/// | NotDetermined | never: nobody is asked                                                                       |
+/// | NotDetermined | never: there is nobody to ask                                                                |
 class BWDeviceNodeAuthorization : public BWCameraAuthorization {
 public:
     /// Opens a node for reading and writing and closes it again; answers 0 or the errno number.
     using OpenNode = std::function<int(const QString &path)>;
 
     /// `folder` holds the device nodes, named video0, video1 and so on, and `classFolder` a folder of the same name for
-    /// each, which tells what the node is for. What is not known counts as a camera.
+    /// each, with what the node is for. An unknown kind counts as a camera.
     explicit BWDeviceNodeAuthorization(QString folder, QString classFolder = QStringLiteral("/sys/class/video4linux"),
                                        OpenNode openNode = {});
 

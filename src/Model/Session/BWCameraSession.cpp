@@ -90,13 +90,13 @@ void BWCameraSession::setState(State state)
     m_state = state;
 }
 
-/// Lets go of a camera where nobody minds waiting for its thread.
+/// Releases a camera on another thread, because that waits for the camera's own.
 void BWCameraSession::takeDown(BWCameraPtr &&camera)
 {
     m_cameraEnds.run([held = std::move(camera)]() mutable { held.reset(); });
 }
 
-/// A movie becomes whole even if its camera hangs, and cannot end it.
+/// Completes the movie even if its camera hangs.
 void BWCameraSession::endMovie()
 {
     m_cameraEnds.run([camera = currentCamera()] { camera->stopRecording(); });
@@ -105,7 +105,7 @@ void BWCameraSession::endMovie()
 BWCamera::Completion BWCameraSession::then(std::function<void()> work)
 {
     return [this, token = m_token, alive = m_alive.watch(), work = std::move(work)] {
-        // On the camera's thread, where this object may be gone already: only the GUI thread looks at it.
+        // On the camera's thread, where this object may be gone: only the GUI thread uses it.
         BWMainQueue::post(alive, [this, token, work] {
             if (token == m_token)
                 work();
@@ -214,7 +214,8 @@ void BWCameraSession::giveUpStopLater(double seconds, int round)
             giveUpStopLater(stopPatience, round + 1);
             return;
         }
-        qCWarning(bwApp).noquote() << currentCamera()->detectedCamera()->description() << "does not stop; it is left";
+        qCWarning(bwApp).noquote() << currentCamera()->detectedCamera()->description()
+                                   << "does not stop and is left behind";
         continueAfterStop();
     });
 }
@@ -246,7 +247,7 @@ void BWCameraSession::doStart()
 {
     if (m_state != State::Starting) {
         setState(State::Starting);
-        m_quietRetries = 0;
+        m_silentRetries = 0;
     }
     Q_EMIT starting();
     m_hadCamera = true;
@@ -269,7 +270,7 @@ void BWCameraSession::startCamera()
 {
     const auto succeeded = then([this] {
         m_startHangs = false;
-        if (m_question) { // which took so long that it was taken for failed
+        if (m_question) { // the start took so long that it counted as failed
             endQuestions();
             setProblem({});
         }
@@ -286,10 +287,10 @@ void BWCameraSession::startCamera()
 void BWCameraSession::takeStartFailure(const BWStartProblem &problem)
 {
     m_startHangs = false;
-    constexpr int mostQuietRetries = 3;
-    if (problem.kind == BWStartProblem::Kind::Gone && m_quietRetries < mostQuietRetries) {
-        // Its removal is about to be reported. Nobody can do anything about it.
-        ++m_quietRetries;
+    constexpr int maxSilentRetries = 3;
+    if (problem.kind == BWStartProblem::Kind::Gone && m_silentRetries < maxSilentRetries) {
+        // Its removal is about to be reported, and the user cannot help.
+        ++m_silentRetries;
         later(goneDelay, [this] { doStart(); });
         return;
     }
@@ -332,7 +333,7 @@ void BWCameraSession::answerStartQuestion(StartAnswer answer)
     doStart();
 }
 
-/// The one after it, so that with several that are busy the user comes to each of them.
+/// The next in the list, so that the user reaches each of several busy cameras.
 BWCameraPtr BWCameraSession::otherCamera() const
 {
     const QList<BWCameraPtr> &cameras = m_manager.cameras();

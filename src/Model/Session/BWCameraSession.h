@@ -17,14 +17,14 @@ class BWProductInUse;
 /// Its signals say what the user is to see. Those that are questions are answered by a call, later, or not at all once
 /// they are withdrawn.
 ///
-/// GUI thread only. What a camera completes on its own thread is taken up here later; the answer of a camera that is
-/// no longer the one being started is ignored.
+/// GUI thread only. Completions of a camera arrive on its own thread and are handled here later; those of an
+/// earlier start or stop are ignored.
 class BWCameraSession : public QObject {
     Q_OBJECT
 
 public:
     enum class State {
-        Waiting, ///< no camera yet, or no longer; the no-camera state follows after a while
+        Waiting, ///< no camera; the no-camera state follows after a while
         Starting,
         Streaming,
         Switching, ///< the old camera is being stopped for another one
@@ -35,11 +35,11 @@ public:
 
     /// How long the user sees nothing special when there is no camera.
     static constexpr double noCameraDelay = 1.5; // seconds
-    /// A camera that is gone although nobody has told so is tried again after that time.
+    /// A camera that is gone before its removal was reported is tried again after that time.
     static constexpr double goneDelay = 1; // seconds
     /// A start that takes longer counts as failed, until it succeeds.
     static constexpr double startPatience = 10; // seconds
-    /// A camera that has not stopped by then is left alone, unless its movie is still being completed.
+    /// A camera that has not stopped by then is left behind, unless its movie is still being completed.
     static constexpr double stopPatience = 5; // seconds
 
     /// A camera that cannot be started: why, and what may lead on.
@@ -61,7 +61,7 @@ public:
     /// All that are attached.
     const QList<BWCameraPtr> &cameras() const;
 
-    /// Why the current camera could not be started, or started again; none while it streams or is about to.
+    /// Why the current camera could not be started, or started again; none while it streams or is expected to.
     const BWStartProblem &problem() const { return m_problem; }
 
     /// Called once, when detection starts.
@@ -72,8 +72,8 @@ public:
     /// Switches to another camera of the manager's; the current one changes nothing.
     void changeCurrentCamera(const BWCameraPtr &camera);
 
-    /// Stops the camera, also one that is being started, then calls `done`; at once without a camera. Never calls it
-    /// if the camera hangs.
+    /// Stops the camera, even one that is being started, then calls `done`; at once without a camera, never if the camera
+    /// hangs.
     void stopForQuit(std::function<void()> done);
 
     /// What the user answered to productUnknown(), startFailed() and noCamera().
@@ -88,7 +88,7 @@ Q_SIGNALS:
     void cameraAdded(const BWCameraPtr &camera); ///< once for each, to install its callbacks
     void starting();
     void started(); ///< the current camera streams, with the values of its product
-    void cameraGone(); ///< or about to change: nothing of its picture is shown any more
+    void cameraGone(); ///< or about to change: its picture goes
     void noCamera(bool hadCamera); ///< `hadCamera`: one was in use since launch
     void productUnknown(); ///< which product is the current camera?
     void startFailed(const BWCameraSession::StartQuestion &question); ///< in place of the one asked before
@@ -97,7 +97,7 @@ Q_SIGNALS:
 
 private:
     void setState(State state);
-    /// A completion for the camera: takes the work up on the GUI thread, unless by then something else was begun.
+    /// A completion for the camera: does the work on the GUI thread, unless another start or stop began in between.
     BWCamera::Completion then(std::function<void()> work);
     void doStart();
     void startCamera();
@@ -114,7 +114,7 @@ private:
     void continueAfterStop();
     void takeDown(BWCameraPtr &&camera);
     void endMovie();
-    /// Runs the work after that time, unless by then something else was begun.
+    /// Does the work after that time, unless another start or stop began in between.
     void later(double seconds, std::function<void()> work);
     void setToNoCamera();
     void scheduleNoCamera();
@@ -129,7 +129,7 @@ private:
     DispatchAfterStrict::Handle m_noCameraSource;
     bool m_hadCamera = false;
     bool m_startHangs = false;
-    int m_quietRetries = 0; // of this start, of which nobody was told
+    int m_silentRetries = 0; // of this start, without a question
     BWStartProblem m_problem;
     std::optional<StartQuestion> m_question; // while it is open
     int m_token = 0; // counts the starts and stops; answers that carry an old one are stale

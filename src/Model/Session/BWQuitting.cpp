@@ -15,7 +15,7 @@ const char *nameOf(BWQuitting::State state)
     using State = BWQuitting::State;
     switch (state) {
     case State::Running:
-        return "called off";
+        return "cancelled";
     case State::Asking:
         return "asking whether to stop saving";
     case State::StoppingCamera:

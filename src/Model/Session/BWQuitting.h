@@ -42,12 +42,12 @@ public:
     explicit BWQuitting(Callbacks callbacks, BWClock &clock = BWClock::system());
 
     State state() const { return m_state; }
-    /// Nothing calls it off any more.
+    /// It can no longer be cancelled.
     bool isUnderWay() const { return m_state != State::Running && m_state != State::Asking; }
 
-    /// The user wants to quit. Once more, while captures are waited for, offers to leave them.
+    /// The user wants to quit. A second call, while captures are being finished, offers to leave them.
     void quit();
-    /// The session ends, and nobody can answer: what is being saved is given up.
+    /// The desktop session ends and nobody can answer: saving elsewhere is abandoned.
     void quitWithoutQuestion();
 
 private:

@@ -7,7 +7,7 @@
 
 class BWLocalizationManager;
 
-/// What the user is told when a camera cannot be started, in the user's language. GUI thread.
+/// Why a camera cannot be started, in the user's language. GUI thread.
 class BWStartProblemText {
 public:
     static QString title(BWLocalizationManager &texts);
@@ -18,7 +18,7 @@ public:
     /// What a user can do who may not open cameras.
     static QString permissionFix(BWLocalizationManager &texts);
 
-    /// What keeps an attached camera from appearing, and what to do about it; null when there is none.
+    /// What keeps an attached camera from appearing, and what to do about it; null if nothing does.
     static QString obstacle(const QList<BWBlockedCamera> &blocked, BWLocalizationManager &texts);
 
     /// Title and reason, for the status line.

@@ -1,7 +1,7 @@
 #include "Model/Settings/BWConfigManager.h"
 
 #include "Model/Products/BWProductCatalogue.h"
-#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWDisplayNames.h"
 #include "Utils/BWLogging.h"
 
@@ -32,7 +32,7 @@ QString yesOrNo(bool value)
     return value ? u"yes"_s : u"no"_s;
 }
 
-/// Camera types and their products, as far as the text can be understood.
+/// Camera types and their products, as far as they are readable.
 QJsonObject readProductChoice(const QString &text, bool *damaged = nullptr)
 {
     const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
@@ -53,12 +53,24 @@ QJsonObject readProductChoice(const QString &text, bool *damaged = nullptr)
 
 } // namespace
 
+BWConfigManagerListener::~BWConfigManagerListener()
+{
+    if (m_manager)
+        m_manager->removeListener(this);
+}
+
 BWConfigManager::BWConfigManager(BWUserDefaults &defaults, CurrentCameraIdentifier currentCamera)
     : m_defaults(defaults), m_currentCamera(std::move(currentCamera))
 {
     loadProducts();
     load();
     m_loading = false;
+}
+
+BWConfigManager::~BWConfigManager()
+{
+    for (BWConfigManagerListener *listener : std::as_const(m_listeners))
+        listener->m_manager = nullptr;
 }
 
 void BWConfigManager::localizeWithManager(BWLocalizationManager &manager)
@@ -129,8 +141,9 @@ void BWConfigManager::addListener(BWConfigManagerListener *listener)
     if (m_listeners.contains(listener))
         return;
     if (m_notifying > 0)
-        qFatal("A settings listener was added while listeners are being told");
+        qFatal("A settings listener was added during a notification");
     m_listeners.append(listener);
+    listener->m_manager = this;
 }
 
 void BWConfigManager::removeListener(BWConfigManagerListener *listener)
@@ -138,8 +151,9 @@ void BWConfigManager::removeListener(BWConfigManagerListener *listener)
     if (!m_listeners.contains(listener))
         return;
     if (m_notifying > 0)
-        qFatal("A settings listener was removed while listeners are being told");
+        qFatal("A settings listener was removed during a notification");
     m_listeners.removeOne(listener);
+    listener->m_manager = nullptr;
 }
 
 void BWConfigManager::notifyListeners()
@@ -257,7 +271,7 @@ void BWConfigManager::save()
 {
     if (m_loading)
         return;
-    m_defaults.synchronize(); // what is stored now is what counts
+    m_defaults.synchronize(); // picks up what others have stored
     QJsonObject stored;
     const QJsonObject mine = texts();
     for (const QString &key : mine.keys()) {

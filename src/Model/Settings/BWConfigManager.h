@@ -1,26 +1,45 @@
 #pragma once
 
 #include "Model/Products/BWCameraProduct.h"
-#include "Model/Settings/BWConfigManagerListener.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <functional>
 #include <QHash>
 #include <QJsonObject>
 #include <QMap>
 
-/// The settings: application-wide switches, the products and which of them the user chose for each type of camera.
-/// Every setter stores at once and then tells the listeners: all of them, but for those that another program has changed
-/// in the store and this one has not. GUI thread only.
+class BWConfigManager;
+
+/// Notified of every change of the settings, once it was added to the manager and until it is destroyed.
+class BWConfigManagerListener {
+public:
+    BWConfigManagerListener() = default;
+    virtual ~BWConfigManagerListener();
+    BWConfigManagerListener(const BWConfigManagerListener &) = delete;
+    BWConfigManagerListener &operator=(const BWConfigManagerListener &) = delete;
+
+    /// Called inside the call that changed something. May call setters, which notify again from within; must not add
+    /// or remove listeners. mustResetLayout() holds only during this call.
+    virtual void configManagerUpdatedSettings(BWConfigManager &configManager) = 0;
+
+private:
+    friend class BWConfigManager;
+    BWConfigManager *m_manager = nullptr; // while it is among the listeners
+};
+
+/// The settings: application-wide switches, the products, and which of them the user chose for each type of camera.
+/// Every setter stores all settings at once, except those that another program changed in the store and this one did
+/// not, and then notifies the listeners. GUI thread only.
 ///
-/// Texts that may be absent are null QStrings, products that are not there null pointers.
+/// An absent text is a null QString, an absent product a null pointer.
 class BWConfigManager : public BWLocalizationManagerDelegate {
 public:
-    /// Answers identifierForProducts() of the camera in use; null when there is none.
+    /// Returns identifierForProducts() of the camera in use; null without a camera.
     using CurrentCameraIdentifier = std::function<QString()>;
 
-    /// Reads the store, which must outlive the manager. Writes nothing and tells nobody.
+    /// Reads the store, which must outlive the manager. Writes nothing and notifies nobody.
     explicit BWConfigManager(BWUserDefaults &defaults, CurrentCameraIdentifier currentCamera = {});
+    ~BWConfigManager() override;
 
     /// Makes every product's name known to the localization manager.
     void localizeWithManager(BWLocalizationManager &manager) override;
@@ -29,22 +48,23 @@ public:
     /// That type's products in the order of the menus; empty for an unknown type.
     QList<BWCameraProductPtr> productsByCameraIdentifier(const QString &cameraIdentifier) const;
     BWCameraProductPtr productByIdentifier(const QString &identifier) const;
-    /// The user's choice. It may name a product that is no longer in the catalogue.
+    /// The user's choice. It may name a product that has left the catalogue.
     QString currentProductIdentifierForCameraIdentifier(const QString &cameraIdentifier) const;
     QString defaultProductIdentifierForCameraIdentifier(const QString &cameraIdentifier) const;
     void setCurrentProductIdentifier(const QString &productIdentifier, const QString &cameraIdentifier);
-    /// What a camera of that type is taken for: the product chosen for the type, or else the type's default, also where
-    /// the chosen one is no product of that type (any more). Null for an unknown type.
+    /// The product of a camera of that type: the chosen one, or the type's default if none was chosen or the choice is not a
+    /// product of that type. Null for an unknown type.
     BWCameraProductPtr currentProductForCameraIdentifier(const QString &cameraIdentifier) const;
-    /// That of the camera in use; null without a camera.
+    /// For other front ends: that of the camera in use; null without a camera.
     QString productIdentifier() const;
 
     /// Adds a product to the lists; the first of a camera type becomes that type's default.
     void addProduct(const BWCameraProductPtr &product);
 
-    /// A listener is told once per change, in the order of adding, and is not owned: it must be removed before it is
-    /// destroyed, unless it outlives the manager. Adding or removing one inside a notification ends the program.
+    /// Listeners are notified once per change, in the order of adding, and are not owned. Adding or removing one during a
+    /// notification is fatal.
     void addListener(BWConfigManagerListener *listener);
+    /// Also done when a listener is destroyed.
     void removeListener(BWConfigManagerListener *listener);
 
     bool rememberLayout() const { return m_rememberLayout; }
@@ -58,19 +78,19 @@ public:
     void setFirstTime(bool firstTime);
     bool oldSettingsImported() const { return m_oldSettingsImported; }
     void setOldSettingsImported(bool imported);
-    /// The album that new captures go to; null when none was set. Setting null does not erase the stored name.
+    /// The album that new captures go to; null if none was set. Setting null keeps the stored name.
     QString defaultAlbumName() const { return m_defaultAlbumName; }
     void setDefaultAlbumName(const QString &name);
 
     /// Windows must go back to their default places. Never stored.
     bool mustResetLayout() const { return m_mustResetLayout; }
     void setMustResetLayout(bool reset);
-    /// One notification with mustResetLayout() set; it is cleared afterwards without another.
+    /// Notifies once with mustResetLayout() set, and then clears it silently.
     void resetLayout();
 
     /// Stores everything now.
     void save();
-    /// False when that failed the last time: what was set is kept, but only for this run.
+    /// False if the last attempt failed: changes then last only for this run.
     bool isStored() const { return m_isStored; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Nothing can be read or stored below what is no folder.
+/// Nothing can be read or stored below a device file.
 QString nowhere()
 {
     return QStringLiteral("/dev/null/BrimwellPro.conf");
@@ -17,13 +17,13 @@ QString nowhere()
 
 BWSettingsFile::BWSettingsFile(const QString &path)
 {
-    // To open a pipe would take until somebody writes into it.
+    // Opening a pipe would block until another process writes to it.
     const QFileInfo file(path);
     m_isUsable = !file.exists() || file.isFile();
     if (!m_isUsable)
         qCWarning(bwModel).noquote() << "Settings cannot be kept in" << path << "as it is no regular file";
     m_settings = std::make_unique<QSettings>(m_isUsable ? path : nowhere(), QSettings::IniFormat);
-    // The file is not looked at before something of it is wanted.
+    // QSettings reads the file at the first access.
     m_settings->allKeys();
     if (m_settings->status() == QSettings::FormatError)
         qCWarning(bwModel).noquote() << "Settings file" << path << "is damaged; what can be read of it is used";
@@ -41,7 +41,7 @@ QString BWSettingsFile::string(const QString &key) const
     switch (value.typeId()) {
     case QMetaType::QString:
         return value.toString();
-    case QMetaType::QStringList: // a text with commas that was typed into the file without quotation marks
+    case QMetaType::QStringList: // typed into the file by hand, with commas but no quotation marks
         return value.toStringList().join(QStringLiteral(", "));
     default:
         return {};
@@ -74,8 +74,8 @@ bool BWSettingsFile::synchronize()
 {
     if (!m_isUsable)
         return false;
-    // One that has failed goes on telling so when all is well again. Another one on the same file takes over what waits
-    // to be stored.
+    // After an error QSettings reports it forever. A new object on the same file takes over the values that are still to
+    // be stored.
     if (m_failed)
         m_settings = std::make_unique<QSettings>(m_settings->fileName(), QSettings::IniFormat);
     m_settings->sync();

@@ -9,8 +9,24 @@
 #include <QJsonObject>
 #include <QSaveFile>
 #include <tuple>
+#include <utility>
 
 using namespace Qt::StringLiterals;
+
+BWLocalizableString::BWLocalizableString(QString parent, QString identifier, QString value, bool isHTML)
+    : m_parent(std::move(parent)), m_identifier(std::move(identifier)), m_value(std::move(value)), m_isHTML(isHTML)
+{
+}
+
+size_t qHash(const BWLocalizableString &string, size_t seed) noexcept
+{
+    return qHash(string.parent(), seed) ^ qHash(string.identifier(), seed);
+}
+
+QStringList BWLocalizationManager::languages()
+{
+    return {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s};
+}
 
 BWLocalizationManager::BWLocalizationManager(QString path, QStringList preferredLanguages)
     : m_path(std::move(path)), m_preferredLanguages(std::move(preferredLanguages))
@@ -69,7 +85,9 @@ QString BWLocalizationManager::localize(const BWLocalizableString &string)
     m_strings.insert(string, BWLocalizableString(string.parent(), string.identifier(), string.value(), isHTML));
     if (m_localizations && !m_localizations->contains(string)) {
         // What a later saveAtPath() lists as still to be translated.
-        m_localizations->insert(string, {{u"es"_s, u""_s}, {u"ja"_s, u""_s}, {u"de"_s, u""_s}, {u"fr"_s, u""_s}});
+        Translations &missing = (*m_localizations)[string];
+        for (const QString &language : languages().sliced(1))
+            missing.insert(language, u""_s);
     }
 
     const QString language = preferredLanguage();

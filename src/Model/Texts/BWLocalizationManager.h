@@ -1,28 +1,57 @@
 #pragma once
 
-#include "Model/Texts/BWLocalizableString.h"
-
 #include <optional>
 #include <QHash>
 #include <QMap>
+#include <QString>
 #include <QStringList>
 
-/// Translates the program's texts from one JSON file, and keeps a catalogue of all texts that were asked for, which
+/// A text to be shown: where it belongs (`parent`), its name there (`identifier`) and its English wording (`value`).
+/// Two are equal when parent and identifier are, whatever the wording.
+class BWLocalizableString {
+public:
+    BWLocalizableString() = default;
+    BWLocalizableString(QString parent, QString identifier, QString value, bool isHTML = false);
+
+    const QString &parent() const { return m_parent; }
+    const QString &identifier() const { return m_identifier; }
+    const QString &value() const { return m_value; }
+    /// The text is an HTML fragment; whoever shows it renders it.
+    bool isHTML() const { return m_isHTML; }
+
+    friend bool operator==(const BWLocalizableString &a, const BWLocalizableString &b)
+    {
+        return a.m_parent == b.m_parent && a.m_identifier == b.m_identifier;
+    }
+
+private:
+    QString m_parent;
+    QString m_identifier;
+    QString m_value;
+    bool m_isHTML = false;
+};
+
+size_t qHash(const BWLocalizableString &string, size_t seed = 0) noexcept;
+
+/// Translates the program's texts from one JSON file, and keeps a catalogue of all texts that were requested, which
 /// can be written back in the file's own format with empty slots for the missing translations. GUI thread only.
 class BWLocalizationManager {
 public:
     using Translations = QMap<QString, QString>; ///< language code -> text; an empty text is not translated yet
     using Localizations = QHash<BWLocalizableString, Translations>;
 
+    /// The codes of the languages that the program speaks, English first.
+    static QStringList languages();
+
     /// Reads the file. A missing or unreadable file is logged and leaves every text English.
     /// `preferredLanguages` are the user's languages, best first ("de-AT", "en").
     BWLocalizationManager(QString path, QStringList preferredLanguages);
 
-    /// The first preferred language up to its first "-"; null when there is none. Fixed once it is known.
+    /// The first preferred language up to its first "-"; null if there are no preferred languages. Fixed once it is known.
     QString preferredLanguage();
 
     /// The text in the preferred language, or else the string's own English one. A null parent, identifier or value
-    /// is a mistake in the program and ends it.
+    /// is fatal.
     QString localize(const BWLocalizableString &string);
 
     /// The same for a plain text.
@@ -31,14 +60,14 @@ public:
         return localize(BWLocalizableString(parent, identifier, value));
     }
 
-    /// Writes the catalogue, sorted by parent and identifier, in place of what is at `path`. Without a translation
+    /// Writes the catalogue, sorted by parent and identifier, over what is at `path`. Without a translation
     /// table there is nothing to write. Failures are logged.
     void saveAtPath(const QString &path) const;
 
-    /// The texts of the file and those asked for, each with the wording it was last asked for with.
+    /// The texts of the file and those requested, each with its latest wording.
     QList<BWLocalizableString> strings() const { return m_strings.values(); }
 
-    /// The translation table; nothing when there was no file.
+    /// The translation table; nothing if there was no file.
     const std::optional<Localizations> &localizations() const { return m_localizations; }
 
 private:
@@ -49,4 +78,12 @@ private:
     QString m_language;
     QHash<BWLocalizableString, BWLocalizableString> m_strings;
     std::optional<Localizations> m_localizations;
+};
+
+/// Something that shows texts. Its creator calls localizeWithManager() once, right afterwards.
+class BWLocalizationManagerDelegate {
+public:
+    virtual ~BWLocalizationManagerDelegate() = default;
+
+    virtual void localizeWithManager(BWLocalizationManager &manager) = 0;
 };

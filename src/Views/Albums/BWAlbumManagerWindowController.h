@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Model/Albums/BWAlbumContents.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Model/Thumbnails/BWThumbnails.h"
 #include "Views/Albums/BWAlbumFileActions.h"
 #include "Views/Albums/BWAlbumGridModel.h"

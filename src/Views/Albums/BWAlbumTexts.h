@@ -2,7 +2,7 @@
 
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Export/BWExportResult.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QMap>
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Model/Texts/BWLibraryList.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QDialog>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Help/BWHelpContact.h"
 #include "Views/Help/BWShortcutTable.h"
 

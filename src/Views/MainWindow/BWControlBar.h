@@ -1,8 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWResolution.h"
-#include "Model/Texts/BWLocalizableString.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QList>
 #include <QString>

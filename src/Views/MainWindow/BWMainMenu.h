@@ -2,7 +2,7 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "Model/Products/BWCameraProduct.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QKeySequence>
 #include <QList>

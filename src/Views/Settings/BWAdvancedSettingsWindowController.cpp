@@ -5,9 +5,8 @@
 #include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
-#include "Views/Settings/BWAutoSettingViewController.h"
-#include "Views/Settings/BWNormSettingViewController.h"
 #include "Views/Settings/BWNumericSettingViewController.h"
+#include "Views/Settings/BWPopUpSettingViewController.h"
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/BWControls.h"
 
@@ -141,7 +140,7 @@ void BWAdvancedSettingsWindowController::showProduct()
         const auto setting = accepted ? camera->settingForIdentifier(code) : nullptr;
         if (setting)
             controller->enable(true);
-        controller->setSetting(setting); // not that of another camera, which may well be there still
+        controller->setSetting(setting); // null too: the last camera may still be there
         if (!setting)
             controller->enable(false);
     }
@@ -153,7 +152,7 @@ void BWAdvancedSettingsWindowController::showChange()
 {
     updateHolds();
     m_notice->clear();
-    // A camera needs its time to answer; until then it would seem to put the old value back.
+    // A camera needs time to answer; until then it would seem to restore the old value.
     if (m_following)
         followLater();
 }

@@ -2,8 +2,8 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
-#include "Model/Settings/BWConfigManagerListener.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 

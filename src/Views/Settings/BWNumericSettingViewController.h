@@ -2,9 +2,31 @@
 
 #include "Views/Settings/BWSettingViewController.h"
 
+#include <QSpinBox>
+
 class BWResizingTextField;
-class BWClampingSpinBox;
 class QSlider;
+
+/// A number with steppers. The user may type a number beyond the range, which becomes the nearest in the range when it is
+/// complete; a plain spin box would refuse its last digits.
+class BWClampingSpinBox : public QSpinBox {
+    Q_OBJECT
+
+public:
+    using QSpinBox::QSpinBox;
+
+    /// Whether the user has typed something that is not applied yet.
+    bool isBeingEdited() const;
+
+    /// Like setValue(), but keeps all selected if it was, so that the next key replaces all.
+    void showValue(int value);
+
+protected:
+    /// Escape undoes what was typed.
+    void keyPressEvent(QKeyEvent *event) override;
+    QValidator::State validate(QString &input, int &position) const override;
+    void fixup(QString &input) const override;
+};
 
 /// A control with a range: a slider, and a text field with a stepper.
 class BWNumericSettingViewController final : public BWSettingViewController {

@@ -29,3 +29,31 @@ private:
     BWResizingTextField *m_label;
     QComboBox *m_popUpButton;
 };
+
+/// An automatic mode of the camera: item 0 is yes, item 1 no.
+class BWAutoSettingViewController final : public BWPopUpSettingViewController {
+    Q_OBJECT
+
+public:
+    explicit BWAutoSettingViewController(BWLocalizationManager &texts, QWidget *parent = nullptr);
+
+    void updateValue() override;
+
+protected:
+    void onChange(int index) override;
+};
+
+/// The video norm of an analog receiver: one item to a norm, in the order of their numbers.
+class BWNormSettingViewController final : public BWPopUpSettingViewController {
+    Q_OBJECT
+
+public:
+    explicit BWNormSettingViewController(BWLocalizationManager &texts, QWidget *parent = nullptr);
+
+    /// Norms that the camera does not have cannot be chosen.
+    void reload() override;
+    void updateValue() override;
+
+protected:
+    void onChange(int index) override;
+};

@@ -28,9 +28,9 @@ public:
     /// Also shows the control's name.
     void setSettingIdentifier(int identifier);
 
-    /// The camera's control; null before one was set, and when its camera is gone.
+    /// The camera's control; null before it was set, and after its camera is gone.
     std::shared_ptr<BWCameraSetting> setting() const { return m_setting.lock(); }
-    /// Shows that control of the camera, which is watched and not owned; null for none.
+    /// Shows that control of the camera, which is not owned; null for none.
     void setSetting(const std::shared_ptr<BWCameraSetting> &setting);
 
     /// Called with every value that the user chooses, and by apply().
@@ -42,13 +42,13 @@ public:
     virtual void updateValue() { }
     /// A camera that does not have the control shows it disabled, without a value.
     virtual void enable(bool enabled) { Q_UNUSED(enabled) }
-    /// Tells that the camera itself moves the control, by the automatic mode of that name; null when it does not.
+    /// The automatic mode of that name moves the control; null if none does.
     virtual void setHeldBy(const QString &mode) { Q_UNUSED(mode) }
 
-    /// Hands on the control's value as if the user had chosen it.
+    /// For other front ends: sends the control's value as if the user had chosen it.
     void apply();
 
-    /// As updateValue(), if another value is shown and the user is not about to change it.
+    /// Like updateValue(), if another value is shown and the user is not just changing it.
     void follow();
 
     QString localizedName() const;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <QWidget>
 

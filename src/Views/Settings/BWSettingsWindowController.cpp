@@ -6,7 +6,6 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Views/Settings/BWSettingsForm.h"
-#include "Views/Settings/BWSettingsWindowControllerDelegate.h"
 
 #include <QComboBox>
 #include <QPushButton>
@@ -26,11 +25,6 @@ BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, 
     connectControls();
     reloadSettings();
     rememberFrame(u"settings"_s, defaults);
-}
-
-BWSettingsWindowController::~BWSettingsWindowController()
-{
-    m_config.removeListener(this);
 }
 
 void BWSettingsWindowController::connectControls()
@@ -118,7 +112,7 @@ void BWSettingsWindowController::onCameraTypeChanged()
 
 void BWSettingsWindowController::onCameraProductChanged(int index)
 {
-    // Under the product's own type. A copy: the list may change while the listeners are told.
+    // Under the product's own type. A copy, because the list may change during the notification.
     if (const BWCameraProductPtr product = m_products.value(index))
         m_config.setCurrentProductIdentifier(product->identifier(), product->cameraTypeIdentifier());
 }
@@ -150,7 +144,7 @@ void BWSettingsWindowController::onAdvancedSettings()
 
 void BWSettingsWindowController::configManagerUpdatedSettings(BWConfigManager &configManager)
 {
-    // A pulse: it has to be read now, the rest can wait until all listeners were told.
+    // mustResetLayout() holds only during this call; the rest waits until all listeners were notified.
     BWMainQueue::post(m_alive, [this, reset = configManager.mustResetLayout()] { showChange(reset); });
 }
 

@@ -2,8 +2,8 @@
 
 #include "BWACUDriver/BWCamera.h"
 #include "Model/Products/BWCameraProduct.h"
-#include "Model/Settings/BWConfigManagerListener.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 
@@ -11,13 +11,21 @@
 #include <QHash>
 
 class BWSettingsForm;
-class BWSettingsWindowControllerDelegate;
+class BWSettingsWindowController;
 class BWUserDefaults;
 
+/// Does what the settings window cannot do itself. GUI thread.
+class BWSettingsWindowControllerDelegate {
+public:
+    virtual ~BWSettingsWindowControllerDelegate() = default;
+
+    /// The user picked that camera; it may be the current one.
+    virtual void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) = 0;
+};
+
 /// The settings window: which camera is live, which product it is, what saves a picture or a video, and whether windows
-/// are found where they were left. A utility window beside the camera window. GUI thread.
-///
-/// It is a listener of the settings store once somebody adds it there; it removes itself when it is destroyed.
+/// stay where they were left. A utility window beside the camera window. GUI thread.
+/// Its owner adds it to the listeners of the settings store.
 class BWSettingsWindowController : public BWUtilityPanel,
                                    public BWLocalizationManagerDelegate,
                                    public BWConfigManagerListener {
@@ -33,7 +41,6 @@ public:
     /// All must outlive the window; the camera window owns it, if given, and is what it is placed by.
     BWSettingsWindowController(BWConfigManager &config, BWUserDefaults &defaults, Callbacks callbacks,
                                QWidget *cameraWindow);
-    ~BWSettingsWindowController() override;
 
     void localizeWithManager(BWLocalizationManager &manager) override;
     QString localizeCameraName(const BWCamera &camera) const;
@@ -41,11 +48,11 @@ public:
 
     /// The attached cameras, or which of them is live, changed.
     void updateCameras(const QList<BWCameraPtr> &cameras, const BWCameraPtr &currentCamera);
-    /// Lists the products of that camera's type; none for null.
+    /// Lists the products of that camera's type; empties the menu for null.
     void updateProductForCamera(const BWCameraPtr &camera);
     /// Shows the options as they are stored.
     void reloadSettings();
-    /// What follows from the change is done later, when all listeners have been told.
+    /// Shows the change later, after all listeners were notified.
     void configManagerUpdatedSettings(BWConfigManager &configManager) override;
 
 private:

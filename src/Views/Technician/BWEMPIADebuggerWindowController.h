@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWCamera.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
 

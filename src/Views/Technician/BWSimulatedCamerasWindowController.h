@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BWACUDriver/BWSimulatedCameras.h"
-#include "Model/Texts/BWLocalizationManagerDelegate.h"
+#include "Model/Texts/BWLocalizationManager.h"
 
 #include <memory>
 #include <QList>

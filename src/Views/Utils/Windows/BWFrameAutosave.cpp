@@ -1,6 +1,6 @@
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 
-#include "Model/Settings/BWUserDefaults.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <QEvent>

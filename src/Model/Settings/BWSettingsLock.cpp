@@ -1,4 +1,4 @@
-#include "Model/Settings/BWSettingsUse.h"
+#include "Model/Settings/BWSettingsLock.h"
 
 #include <array>
 #include <cerrno>
@@ -10,9 +10,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-BWSettingsUse::BWSettingsUse(const QString &settingsFile) : m_settingsFile(settingsFile)
+BWSettingsLock::BWSettingsLock(const QString &settingsFile) : m_settingsFile(settingsFile)
 {
-    // Not the settings file itself, in whose place a new one comes each time it is written.
+    // Not the settings file itself, because each write replaces it by a new one.
     QDir().mkpath(QFileInfo(settingsFile).path());
     const QByteArray path = QFile::encodeName(settingsFile + QStringLiteral(".use"));
     m_descriptor = ::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600);
@@ -24,13 +24,13 @@ BWSettingsUse::BWSettingsUse(const QString &settingsFile) : m_settingsFile(setti
     tryAgain();
 }
 
-BWSettingsUse::~BWSettingsUse()
+BWSettingsLock::~BWSettingsLock()
 {
     if (m_descriptor >= 0)
         ::close(m_descriptor);
 }
 
-bool BWSettingsUse::tryAgain()
+bool BWSettingsLock::tryAgain()
 {
     if (m_descriptor < 0)
         return true;
@@ -39,20 +39,20 @@ bool BWSettingsUse::tryAgain()
         result = ::flock(m_descriptor, LOCK_EX | LOCK_NB);
     while (result != 0 && errno == EINTR);
     m_isGranted = result == 0 || errno != EWOULDBLOCK;
-    // Nobody else is writing, so a lock for that is one that somebody was killed with. QSettings would wait for it, half a
-    // minute for an empty one.
+    // No other process is writing now, so a lock file of QSettings is left over from one that was killed. QSettings would
+    // wait for it, half a minute if it is empty.
     if (result == 0)
         ::unlink(QFile::encodeName(m_settingsFile + QStringLiteral(".lock")).constData());
     return m_isGranted;
 }
 
-void BWSettingsUse::setNote(const QByteArray &note)
+void BWSettingsLock::setNote(const QByteArray &note)
 {
     if (m_descriptor >= 0 && ::ftruncate(m_descriptor, 0) == 0) [[maybe_unused]]
         const ssize_t written = ::pwrite(m_descriptor, note.constData(), size_t(note.size()), 0);
 }
 
-QByteArray BWSettingsUse::note() const
+QByteArray BWSettingsLock::note() const
 {
     std::array<char, 256> bytes;
     const ssize_t size = m_descriptor < 0 ? -1 : ::pread(m_descriptor, bytes.data(), bytes.size(), 0);
