@@ -3,22 +3,16 @@
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Session/BWCameraAuthorization.h"
-#include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "TestFolder.h"
-#include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
-#include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
-#include "Views/Settings/BWSettingsForm.h"
-#include "Views/Technician/BWGridDebuggerWindowController.h"
 
 #include <QAction>
 #include <QComboBox>
-#include <QLabel>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -39,7 +33,6 @@ private Q_SLOTS:
         QCOMPARE(repository.localizationManager().preferredLanguage(), u"en"_s);
         QVERIFY(!repository.localizationManager().strings().isEmpty()); // of the products
         auto backend = BWSimulatedBackend::create({{.pacing = BWSimulatedCameraOptions::Pacing::Manual}}, m_clock);
-        m_hand = backend->cameras().first();
         AppDelegate::Options options;
         options.backends.push_back(std::move(backend));
         options.authorization = std::make_unique<BWNoAuthorizationNeeded>();
@@ -59,29 +52,15 @@ private Q_SLOTS:
         QVERIFY(!BWRepository::singleton().appDelegate());
     }
 
-    /// The stored choice is not made any more; the first product of that type of camera is.
-    void isTheSameEverywhere()
+    void isMarkedInTheMenu()
     {
-        const QString name = u"Digital Dermatoscope DX10"_s;
-        const auto shows = [&name](const QWidget *parent) {
-            const auto labels = parent->findChildren<QLabel *>();
-            return std::any_of(labels.begin(), labels.end(), [&](auto *label) { return label->text().endsWith(name); });
-        };
-        QVERIFY(m_window->currentCameraLabel().text().endsWith(name));
-        QVERIFY(shows(m_advanced));
-        QCOMPARE(m_window->findChild<BWSettingsForm *>()->cameraProducts->currentText(), name);
         QStringList checked;
         const auto actions = m_window->findChildren<QAction *>();
         for (const QAction *action : actions) {
             if (action->isChecked() && action->data().isValid())
                 checked << action->text();
         }
-        QVERIFY2(checked.contains(name), qPrintable(checked.join(u' ')));
-        QVERIFY(m_window->menu().grid->isVisible());
-        m_window->menu().grid->trigger();
-        QCOMPARE(m_window->centeringClipView().gridDistance(), 355.0);
-        m_window->menu().gridDebugger->trigger();
-        QVERIFY(shows(m_window->findChild<BWGridDebuggerWindowController *>()));
+        QVERIFY2(checked.contains(u"Digital Dermatoscope DX10"_s), qPrintable(checked.join(u' ')));
     }
 
     void factoryValuesHaveTheirSizeAtOnce()
@@ -112,7 +91,6 @@ private:
 
     const TestFolder m_home;
     BWManualClock m_clock;
-    std::shared_ptr<BWSimulatedCamera> m_hand;
     std::unique_ptr<AppDelegate> m_delegate;
     BWMainWindow *m_window = nullptr;
     BWAdvancedSettingsWindowController *m_advanced = nullptr;

@@ -15,53 +15,27 @@
 using namespace Qt::StringLiterals;
 using Type = AttachedCameras::Type;
 
-namespace {
-
-/// A real settings file that also tells in which order it is written.
-class RecordingDefaults : public BWSettingsFile {
-public:
-    RecordingDefaults(const QString &path, QStringList &log) : BWSettingsFile(path), m_log(log) { }
-
-    void setString(const QString &key, const QString &value) override
-    {
-        if (string(key) != value && !key.startsWith("bwp2x_frame_"_L1))
-            m_log << key + u'=' + value;
-        BWSettingsFile::setString(key, value);
-    }
-
-private:
-    QStringList &m_log;
-};
-
-} // namespace
-
 /// The settings window on a real store with simulated cameras, used by keyboard.
-class TestBWSettingsWindow : public QObject,
-                             private BWSettingsWindowControllerDelegate,
-                             private BWConfigManagerListener {
+class TestBWSettingsWindow : public QObject, private BWSettingsWindowControllerDelegate {
     Q_OBJECT
 
 private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_defaults = std::make_unique<RecordingDefaults>(m_folder->filePath(u"settings.conf"_s), m_log);
+        m_defaults = std::make_unique<BWSettingsFile>(m_folder->filePath(u"settings.conf"_s));
         m_config = std::make_unique<BWConfigManager>(*m_defaults);
-        m_config->setFirstTime(false); // writes all
         m_cameraWindow = std::make_unique<QWidget>();
         m_cameraWindow->setGeometry(100, 50, 500, 300);
         m_cameraWindow->show();
-        m_window = new BWSettingsWindowController(*m_config, *m_defaults, {*this, [this] { m_log << u"advanced"_s; }},
+        m_window = new BWSettingsWindowController(*m_config, *m_defaults, {*this, [this] { m_opened = true; }},
                                                   m_cameraWindow.get());
         m_form = m_window->findChild<BWSettingsForm *>();
         m_window->localizeWithManager(m_texts);
         m_config->addListener(m_window);
-        m_config->addListener(this);
-        m_log.clear();
     }
     void cleanup()
     {
-        m_config->removeListener(this);
         m_current.reset();
         m_cameraWindow.reset();
         m_config.reset();
@@ -70,28 +44,35 @@ private Q_SLOTS:
     void controls_data()
     {
         // keys: after Alt and a letter
-        const Rows<QList<int>, QStringList> row;
+        const Rows<QList<int>, QString> row;
         const int down = Qt::Key_Down;
-        row("second camera", QList<int>{'C', down}, QStringList{u"camera High Resolution Microscope (2)"_s});
-        row("product", QList<int>{'P', down},
-            QStringList{u"bwp2x_product_for_camera={\"wired_high\":\"mx50_40\"}"_s, u"told"_s});
-        row("button saves video", QList<int>{'B', down}, QStringList{u"bwp2x_video_button=yes"_s, u"told"_s});
-        row("click takes none", QList<int>{'I', down}, QStringList{u"bwp2x_snapshot_click=no"_s, u"told"_s});
-        row("layout is forgotten, and remembered", QList<int>{'R', down, Qt::Key_Up},
-            QStringList{u"bwp2x_remember_layout=no"_s, u"told"_s, u"bwp2x_remember_layout=yes"_s, u"told"_s});
-        row("restore layout", QList<int>{'S'}, QStringList{u"told to reset"_s});
-        row("advanced", QList<int>{'V'}, QStringList{u"advanced"_s});
+        row("product", QList<int>{'P', down}, u"mx50_40 photo click layout"_s);
+        row("button saves video", QList<int>{'B', down}, u"video click layout"_s);
+        row("click takes none", QList<int>{'I', down}, u"photo layout"_s);
+        row("layout is forgotten", QList<int>{'R', down}, u"photo click"_s);
+        row("layout is remembered again", QList<int>{'R', down, Qt::Key_Up}, u"photo click layout"_s);
+        row("advanced", QList<int>{'V'}, u"photo click layout advanced"_s);
     }
     void controls()
     {
-        auto [keys, effects] = Rows<QList<int>, QStringList>::current();
-        const AttachedCameras cameras({Type::High, Type::High});
+        auto [keys, effect] = Rows<QList<int>, QString>::current();
+        m_opened = false;
+        const AttachedCameras cameras({Type::High});
         use(cameras, cameras[0]);
         activate();
         QTest::keyClick(m_window, static_cast<Qt::Key>(keys.takeFirst()), Qt::AltModifier);
         for (const int key : keys)
             QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key));
-        QTRY_COMPARE(m_log, effects); // a button is released a moment later
+        const auto chosen = [this] {
+            QStringList words{m_config->currentProductIdentifierForCameraIdentifier(u"wired_high"_s),
+                              m_config->saveVideoOnHardwareButton() ? u"video"_s : u"photo"_s,
+                              m_config->saveSnapshotOnClick() ? u"click"_s : QString(),
+                              m_config->rememberLayout() ? u"layout"_s : QString(),
+                              m_opened ? u"advanced"_s : QString()};
+            words.removeAll(QString());
+            return words.join(u' ');
+        };
+        QTRY_COMPARE(chosen(), effect); // a button is released a moment later
     }
 
     void camerasOfTheSameName()
@@ -133,35 +114,17 @@ private Q_SLOTS:
         QCOMPARE(m_form->cameraProducts->count(), 0);
     }
 
-    void products_data()
+    void productsFollowTheStore()
     {
-        // before: chosen when the camera comes; after: chosen by others later
-        const Rows<QString, QString, QString, QString> row;
-        row("default", QString(), u"dx10"_s, QString(), u"dx10"_s);
-        row("chosen", u"mx61"_s, u"mx61"_s, u"mx63"_s, u"mx63"_s);
-        row("no longer made", u"mx1"_s, u"dx10"_s, u"mx61"_s, u"mx61"_s);
-        row("of another type", u"mx61"_s, u"mx61"_s, u"dx12"_s, u"dx10"_s);
-    }
-    void products()
-    {
-        const auto [before, shown, after, then] = Rows<QString, QString, QString, QString>::current();
-        const auto name = [this](const QString &identifier) {
-            return identifier.isNull() ? QString() : m_config->productByIdentifier(identifier)->name();
-        };
-        if (!before.isNull())
-            m_config->setCurrentProductIdentifier(before, u"wired_high"_s);
         const AttachedCameras cameras({Type::High});
         use(cameras, cameras[0]);
         const QComboBox &popUp = *m_form->cameraProducts;
         QCOMPARE(popUp.count(), m_config->productsByCameraIdentifier(u"wired_high"_s).size());
-        QCOMPARE(popUp.currentText(), name(shown));
-        if (after.isNull())
-            m_config->setRememberLayout(true);
-        else
-            m_config->setCurrentProductIdentifier(after, u"wired_high"_s);
-        QCOMPARE(popUp.currentText(), name(shown)); // not before all have been told
+        QCOMPARE(popUp.currentText(), u"Digital Dermatoscope DX10"_s);
+        m_config->setCurrentProductIdentifier(u"mx63"_s, u"wired_high"_s);
+        QCOMPARE(popUp.currentText(), u"Digital Dermatoscope DX10"_s); // not before all listeners were notified
         QCoreApplication::processEvents();
-        QCOMPARE(popUp.currentText(), name(then));
+        QCOMPARE(popUp.currentText(), u"Digital U/V Polarizing Microscope MX63"_s);
     }
 
     void optionsFollowTheStore()
@@ -184,19 +147,12 @@ private:
     void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override
     {
         QCOMPARE(&sender, m_window);
-        m_log << u"camera "_s + m_form->cameraTypes->currentText();
         m_picked = camera;
     }
-    void configManagerUpdatedSettings(BWConfigManager &config) override
-    {
-        m_log << (config.mustResetLayout() ? u"told to reset"_s : u"told"_s);
-    }
-
     void use(const AttachedCameras &cameras, const BWCameraPtr &current)
     {
         m_current = current;
         m_window->updateCameras(cameras.list(), current);
-        m_log.clear();
     }
     void activate() const
     {
@@ -211,8 +167,8 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    QStringList m_log;
-    std::unique_ptr<RecordingDefaults> m_defaults;
+    bool m_opened = false; // the advanced settings
+    std::unique_ptr<BWSettingsFile> m_defaults;
     std::unique_ptr<BWConfigManager> m_config;
     std::unique_ptr<QWidget> m_cameraWindow;
     BWSettingsWindowController *m_window = nullptr; // of the camera window
