@@ -23,7 +23,7 @@ START_OF_PICTURE = b"\xff\xd8\xff"
 
 
 def without_tags(jpeg):
-    """The image without what a snapshot tells about itself."""
+    """The image without the tags of a snapshot."""
     at = jpeg.find(b"\xff\xe1")
     if at < 0:
         return jpeg

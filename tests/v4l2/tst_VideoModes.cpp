@@ -64,7 +64,7 @@ private Q_SLOTS:
             {V4L2_PIX_FMT_YUYV, 16, {0}, {16}, 16 + 12}, // padded; the last row need not be
             {V4L2_PIX_FMT_NV12, 8, {0, 16}, {8, 8}, 16 + 6},
             {V4L2_PIX_FMT_YUV420, 8, {0, 16, 20}, {8, 4, 4}, 20 + 3},
-            {V4L2_PIX_FMT_RGB24, 0, {0}, {18}, 36}, // a stride that is not told
+            {V4L2_PIX_FMT_RGB24, 0, {0}, {18}, 36}, // an unknown stride
             {V4L2_PIX_FMT_MJPEG, 0, {0}, {0}, 1},
         };
         for (const auto &row : rows) {

@@ -67,7 +67,7 @@ private Q_SLOTS:
         QCOMPARE(entry(u"0:0"_s, u"Second"_s), u"Of second file"_s);
     }
 
-    void damageIsToldAndTheRestUsed_data()
+    void damageIsLoggedAndTheRestUsed_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("complaint");
@@ -80,7 +80,7 @@ private Q_SLOTS:
         row("USB id", uR"({"usb": "12:*", "ignore": true})"_s, u"12:\\*"_s);
         row("mistyped condition", uR"({"vendor": "1234", "driver": "uvcvideo", "ignore": true})"_s, u"vendor"_s);
         row("no condition", uR"({"ignore": true})"_s, u"neither"_s);
-        row("nothing told", uR"({"driver": "x"})"_s, u"nothing"_s);
+        row("no statement", uR"({"driver": "x"})"_s, u"nothing"_s);
         row("text for a flag", uR"({"driver": "x", "ignore": "yes"})"_s, u"ignore.*true or false"_s);
         row("number for a text", uR"({"driver": 5, "ignore": true})"_s, u"driver.*text"_s);
         row("no object", u"5"_s, u"\\{ \\}"_s);
@@ -89,7 +89,7 @@ private Q_SLOTS:
         QTest::newRow("no list") << u"[]"_s << u"no list"_s << 0;
     }
 
-    void damageIsToldAndTheRestUsed()
+    void damageIsLoggedAndTheRestUsed()
     {
         QFETCH(QString, text);
         QFETCH(QString, complaint);
@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(int(read.rules().size()), usable + 1);
     }
 
-    void tableThatIsNoFileIsNotWaitedFor()
+    void tableThatIsNoFileDoesNotBlock()
     {
         const QTemporaryDir folder;
         const QString pipe = folder.filePath(u"cameras.json"_s);

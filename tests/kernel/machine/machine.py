@@ -71,7 +71,7 @@ class Machine:
                 process.kill()
 
     def _listen(self, ends, process, deadline):
-        """Until the machine has closed all its ends, by itself or because it is switched off once all is told."""
+        """Until the machine has closed all its ends, by itself or because it is switched off after its exit code has arrived."""
         receivers = {"console": self.console.extend, "status": self._status_received,
                      "output": self._writer(sys.stdout.buffer), "errors": self._writer(sys.stderr.buffer)}
         with selectors.DefaultSelector() as selector:
@@ -86,7 +86,7 @@ class Machine:
                     data = key.fileobj.recv(1 << 16)
                     if data:
                         key.data(data)
-                        if self._told("exit"):
+                        if self._reported("exit"):
                             process.kill()
                     else:
                         selector.unregister(key.fileobj)
@@ -101,18 +101,18 @@ class Machine:
 
     def _status_received(self, data):
         self._status += data
-        if self.boot_seconds is None and (line := self._told("up")):
+        if self.boot_seconds is None and (line := self._reported("up")):
             self.boot_seconds = float(line)
 
-    def _told(self, word):
-        """What the guest has said behind that word; None as long as it has not."""
+    def _reported(self, word):
+        """What the guest has reported after that word; None until it has."""
         for line in self._status.decode().split("\n")[:-1]:
             if line.startswith(word + " "):
                 return line.removeprefix(word + " ")
         return None
 
     def _exit_code(self):
-        code = self._told("exit")
+        code = self._reported("exit")
         if code is None:
             raise MachineFailure("the kernel panicked" if b"Kernel panic" in self.console else
                                  "the machine ended before the command did")

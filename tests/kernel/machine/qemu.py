@@ -8,7 +8,7 @@ PROGRAM = "qemu-system-x86_64"
 PORTS = ("status", "output", "errors")  # in the order of their numbers in the guest: /dev/vport0p1 and on
 ENDS = ("console", *PORTS)
 BOOT = ("console=ttyS0 quiet panic=-1 oops=panic "
-        # nobody attacks it, and its numbers are none that must not be guessed
+        # no attacks are expected, and its random numbers need not be secret
         "mitigations=off random.trust_cpu=on cryptomgr.notests "
         # its processors have one clock; the kernel would suspect several, and ask a much slower one
         "tsc=reliable")

@@ -100,7 +100,7 @@ class Cable:
                 if sent < sum(map(len, part)):
                     self._socket.sendall(b"".join(part)[sent:])
         except ConnectionError:
-            pass  # the host has gone, as receive() will tell
+            pass  # the host has gone, as receive() will find
 
 
 def attach(port, plug):
