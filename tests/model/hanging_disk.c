@@ -7,6 +7,7 @@
 #include <stdarg.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 static void ask(const char *path)
@@ -40,5 +41,6 @@ int open64(const char *path, int flags, ...)
     const unsigned mode = flags & O_CREAT ? va_arg(rest, unsigned) : 0;
     va_end(rest);
     ask(path);
-    return ((int (*)(const char *, int, ...))dlsym(RTLD_NEXT, "open64"))(path, flags, mode);
+    /* Not by libc: the thread sanitizer would note the opening there, but not the closing, which is Qt's. */
+    return (int)syscall(SYS_openat, AT_FDCWD, path, flags, mode);
 }

@@ -51,6 +51,7 @@ private Q_SLOTS:
         m_workers.reset();
         m_mayGoOn.release();
         m_ended.acquire(2); // the end of both threads, before this program's
+        QCOMPARE(log(), u"make a, make b, make slow"_s);
     }
 
 private:
