@@ -1,14 +1,19 @@
 #include "Utils/BWFilePath.h"
 
+#include "Utils/BWLogging.h"
+#include "Utils/BWWorkerPool.h"
+
 #include <cerrno>
 #include <dirent.h>
 #include <memory>
+#include <mutex>
 #include <QFile>
 #include <sys/stat.h>
+#include <vector>
 
 namespace {
 
-/// Without doubled and trailing slashes and "." in between; ".." stays, as it means what the file system says.
+/// Without doubled and trailing slashes and "." in between; ".." stays, as only the file system knows what it means.
 QByteArray tidied(const QByteArray &path)
 {
     const QByteArray withEnd = path + '/';
@@ -21,6 +26,11 @@ QByteArray tidied(const QByteArray &path)
     }
     return result.isEmpty() ? QByteArrayLiteral("/") : result;
 }
+
+struct Answers { // shared with the threads, as those that hang outlive the check
+    std::mutex mutex;
+    std::vector<std::optional<bool>> list;
+};
 
 } // namespace
 
@@ -35,7 +45,7 @@ QUrl BWFilePath::url(const QByteArray &nativePath)
 {
     const QByteArray path = tidied(nativePath);
     const QString text = QFile::decodeName(path);
-    // The same URL as everybody else makes of that path, so that they compare equal.
+    // The URL that everybody else makes of that path, so that they compare equal.
     if (QFile::encodeName(text) == path)
         return QUrl::fromLocalFile(text);
     return QUrl::fromEncoded("file://" + path.toPercentEncoding("/"), QUrl::StrictMode);
@@ -102,4 +112,30 @@ bool BWFilePath::isFolder(const QUrl &file)
 {
     struct stat info;
     return file.isLocalFile() && ::stat(native(file).constData(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+QList<QUrl> BWFilePath::foldersAmong(const QList<QUrl> &urls, std::chrono::milliseconds patience)
+{
+    constexpr int mostThreads = 8; // so many folders that hang delay no other
+    const auto answers = std::make_shared<Answers>();
+    answers->list.resize(std::size_t(urls.size()));
+    BWWorkerPool pool(mostThreads, patience);
+    for (std::size_t i = 0; i < answers->list.size(); ++i) {
+        pool.run([answers, i, url = urls[qsizetype(i)]] {
+            const bool answer = isFolder(url);
+            const std::lock_guard lock(answers->mutex);
+            answers->list[i] = answer;
+        });
+    }
+    pool.finish();
+    QList<QUrl> found;
+    const std::lock_guard lock(answers->mutex);
+    for (std::size_t i = 0; i < answers->list.size(); ++i) {
+        const QUrl &url = urls[qsizetype(i)];
+        if (!answers->list[i])
+            qCWarning(bwModel).noquote() << "The disk does not answer about" << url.toDisplayString();
+        if (answers->list[i].value_or(true))
+            found.append(url);
+    }
+    return found;
 }

@@ -2,6 +2,6 @@
 
 #include <QLoggingCategory>
 
-Q_DECLARE_LOGGING_CATEGORY(bwApp) ///< "bw.app": launch, session, windows
-Q_DECLARE_LOGGING_CATEGORY(bwModel) ///< "bw.model": settings, albums, texts
-Q_DECLARE_LOGGING_CATEGORY(bwViews) ///< "bw.views": live view, windows
+inline Q_LOGGING_CATEGORY(bwApp, "bw.app", QtInfoMsg); // launch, session, windows
+inline Q_LOGGING_CATEGORY(bwModel, "bw.model", QtInfoMsg); // settings, albums, texts
+inline Q_LOGGING_CATEGORY(bwViews, "bw.views", QtInfoMsg); // live view, windows

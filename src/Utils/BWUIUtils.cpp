@@ -1,9 +1,8 @@
 #include "Utils/BWUIUtils.h"
 
-#include "Utils/BWAlertPresenter.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
-#include "Utils/BWPrivateFolder.h"
+#include "Utils/BWTemporaryFiles.h"
 
 #include <cmath>
 #include <QFile>
@@ -99,11 +98,11 @@ QString BWUIUtils::temporaryFolder()
 {
     const QStringList parents = temporaryFolders();
     for (const QString &parent : parents) {
-        // One that was removed, or is another user's, must not cost the captures.
+        // A parent that was removed, or is another user's, must not cost the captures.
         if (const auto folder = BWPrivateFolder::make(QFile::encodeName(parent)))
             return QFile::decodeName(folder->path());
     }
-    return parents.constLast(); // a capture in a folder of everybody is better than none
+    return parents.constLast(); // a capture in a folder open to all is better than none
 }
 
 QStringList BWUIUtils::temporaryFolders()

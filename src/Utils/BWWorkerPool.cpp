@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <sys/resource.h>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -36,6 +37,11 @@ void BWWorkerPool::run(std::function<void()> work)
     if (++m_state->open > threads && threads < m_mostThreads)
         m_state->threads.emplace_back([state = m_state] { state->loop(); });
     m_state->changed.notify_all();
+}
+
+void BWWorkerPool::lowerPriority()
+{
+    ::setpriority(PRIO_PROCESS, 0, 10); // on Linux of the calling thread alone
 }
 
 bool BWWorkerPool::finish()

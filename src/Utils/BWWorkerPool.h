@@ -24,6 +24,9 @@ public:
     /// Returns at once. Threads start as they are needed.
     void run(std::function<void()> work);
 
+    /// For work to call: its thread yields to the live image and a recording from now on.
+    static void lowerPriority();
+
     /// Waits until all work is done; once the patience is over, drops work that has not begun and abandons threads that
     /// still have some. False if any was abandoned. No work may follow.
     bool finish();

@@ -5,7 +5,6 @@
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "TestFolder.h"
-#include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"

@@ -2,7 +2,6 @@
 #include "App/Capture/BWCaptureFeedback.h"
 #include "BWManualClock.h"
 #include "Model/Texts/BWLocalizationManager.h"
-#include "Utils/BWAlertPresenter.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"

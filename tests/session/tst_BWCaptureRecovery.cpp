@@ -1,7 +1,7 @@
 #include "../Rows.h"
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Capture/BWCaptureRecovery.h"
-#include "Utils/BWPrivateFolder.h"
+#include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWUIUtils.h"
 
 #include <ctime>

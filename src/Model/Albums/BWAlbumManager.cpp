@@ -2,7 +2,6 @@
 
 #include "Model/Settings/BWSettingsFile.h"
 #include "Utils/BWFilePath.h"
-#include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 
@@ -78,7 +77,7 @@ BWAlbumManager::Answer BWAlbumManager::ask(const Question &question)
             folders.append(BWFilePath::entry(question.base, name));
     }
     folders.removeIf(isHidden);
-    return {{}, BWFolderCheck::folders(folders)};
+    return {{}, BWFilePath::foldersAmong(folders)};
 }
 
 BWAlbumManager::BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::Today today)

@@ -98,7 +98,7 @@ QByteArray takeFreeName(const BWFileCopy::FreeName &freeName, const std::functio
 /// Empty, with the reason in errno, when it failed.
 QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, const BWFileCopy::Progress &progress)
 {
-    // Without blocking, so that a pipe in place of a file does not hold the program up.
+    // Without blocking, so that a pipe in place of a file does not block the program.
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat info;
     if (!source.isOpen() || ::fstat(source.get(), &info) != 0)
@@ -194,4 +194,25 @@ bool BWFileCopy::renameWithoutOverwriting(const QByteArray &from, const QByteArr
     ::unlink(to.constData());
     errno = reason;
     return false;
+}
+
+bool BWFileCopy::writeAll(int descriptor, const char *data, std::size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(descriptor, data, size);
+        if (written < 0 && errno != EINTR)
+            return false;
+        if (written > 0) {
+            data += written;
+            size -= static_cast<std::size_t>(written);
+        }
+    }
+    return true;
+}
+
+void BWFileCopy::synchronizeFolder(const QByteArray &folder)
+{
+    const FileDescriptor fd(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.isOpen())
+        ::fsync(fd.get());
 }

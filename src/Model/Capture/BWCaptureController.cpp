@@ -1,10 +1,10 @@
 #include "Model/Capture/BWCaptureController.h"
 
 #include "Model/Capture/BWSnapshotTags.h"
-#include "Utils/BWFileClaim.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
+#include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWUIUtils.h"
 
 #include <algorithm>

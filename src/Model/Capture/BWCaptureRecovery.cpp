@@ -7,7 +7,7 @@
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
-#include "Utils/BWPrivateFolder.h"
+#include "Utils/BWTemporaryFiles.h"
 
 #include <algorithm>
 #include <cstdlib>

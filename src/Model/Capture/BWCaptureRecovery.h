@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Model/Albums/BWAlbumManager.h"
-#include "Utils/BWFileClaim.h"
 #include "Utils/BWMainQueue.h"
+#include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWWorkerPool.h"
 
 #include <functional>

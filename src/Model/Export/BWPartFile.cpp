@@ -3,7 +3,7 @@
 #include "BWACUDriver/BWFileBytes.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
-#include "Utils/BWPrivateFolder.h"
+#include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWUIUtils.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Utils/BWFileClaim.h"
+#include "Utils/BWTemporaryFiles.h"
 
 #include <ctime>
 #include <memory>

@@ -14,7 +14,6 @@
 #include <memory>
 #include <optional>
 #include <QThread>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <vector>
 #include <zlib.h>
@@ -84,7 +83,6 @@ DeflatedBlock deflateBlock(const BWExportSource &source, qint64 offset)
 using Failure = std::optional<BWExportResult>;
 
 constexpr int mostThreads = 8; // more would only wait for the disk
-constexpr int yieldToOthers = 10; // the live image and a recording come first
 
 /// Bytes of the files that are there; the others fail when their turn comes.
 qint64 totalSize(const QList<QUrl> &files)
@@ -164,7 +162,7 @@ private:
     void enqueue(const std::shared_ptr<const BWExportSource> &source, qint64 offset)
     {
         const auto task = std::make_shared<std::packaged_task<DeflatedBlock()>>([this, source, offset] {
-            ::setpriority(PRIO_PROCESS, 0, yieldToOthers); // of this thread alone
+            BWWorkerPool::lowerPriority();
             return m_stopped ? DeflatedBlock() : deflateBlock(*source, offset);
         });
         m_blocks.push_back({source, offset, task->get_future()});

@@ -5,7 +5,6 @@
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Utils/BWFilePath.h"
-#include "Utils/BWFolderCheck.h"
 #include "Utils/BWLogging.h"
 
 #include <optional>
@@ -193,7 +192,7 @@ void BWOldSettingsImporter::importCameraSettings(BWConfigManager &config)
 
 QList<QUrl> BWOldSettingsImporter::foldersThere(const BWOldSettings &settings)
 {
-    return settings.albums ? BWFolderCheck::folders(foldersOf(*settings.albums)) : QList<QUrl>();
+    return settings.albums ? BWFilePath::foldersAmong(foldersOf(*settings.albums)) : QList<QUrl>();
 }
 
 Result BWOldSettingsImporter::importByHand(const BWOldSettings &settings, const QList<QUrl> &there,

@@ -8,9 +8,7 @@
 #include <list>
 #include <mutex>
 #include <pthread.h>
-#include <sys/resource.h>
 #include <thread>
-#include <unistd.h>
 
 using Clock = std::chrono::steady_clock;
 
@@ -40,7 +38,6 @@ struct BWThumbnailWorkers::State {
 
 namespace {
 
-constexpr int lowPriority = 10; // nice value: live image and recording come first
 constexpr qsizetype mostUnstored = 32 * 1024 * 1024; // bytes
 constexpr int mostHanging = 8;
 constexpr std::chrono::milliseconds patienceAtEnd(500);
@@ -163,7 +160,7 @@ void BWThumbnailWorkers::addWorkers()
 void BWThumbnailWorkers::run(const std::shared_ptr<State> &state)
 {
     pthread_setname_np(pthread_self(), "thumbnails");
-    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), lowPriority); // of this thread alone, on Linux
+    BWWorkerPool::lowerPriority();
     const Make make = state->callbacks.newMaker();
     std::unique_lock lock(state->mutex);
     for (;;) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Utils/BWAlertPresenter.h"
+#include "Utils/BWUIUtils.h"
 
 #include <functional>
 

@@ -1,11 +1,13 @@
-#include "Utils/BWPrivateFolder.h"
+#include "Utils/BWTemporaryFiles.h"
 
 #include "Utils/BWFilePath.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <QCryptographicHash>
 #include <QDir>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -18,7 +20,7 @@ QByteArray plainName()
     return "brimwellpro-" + QByteArray::number(::geteuid()) + '-' + home.toHex().left(8);
 }
 
-/// In a folder to which everybody may write without the sticky bit, anybody could move ours away.
+/// In a folder that everybody may write to, without the sticky bit, anybody could move ours away.
 bool isSafe(const QByteArray &parent)
 {
     struct stat info;
@@ -68,7 +70,7 @@ std::optional<BWPrivateFolder> BWPrivateFolder::make(const QByteArray &parent)
     const bool made = ::mkdir(path.constData(), 0700) == 0;
     if (auto folder = open(path); folder && canBeWritten(*folder))
         return folder;
-    if (made) { // on a disk that knows no rights
+    if (made) { // on a disk without access rights
         ::rmdir(path.constData());
         return std::nullopt;
     }
@@ -76,7 +78,7 @@ std::optional<BWPrivateFolder> BWPrivateFolder::make(const QByteArray &parent)
         if (canBeWritten(folder))
             return std::move(folder);
     }
-    path += "-XXXXXX"; // which nobody can take beforehand
+    path += "-XXXXXX"; // which nobody can guess and take first
     return ::mkdtemp(path.data()) ? open(path) : std::nullopt;
 }
 
@@ -93,4 +95,38 @@ std::vector<BWPrivateFolder> BWPrivateFolder::all(const QByteArray &parent)
             found.push_back(std::move(*folder));
     }
     return found;
+}
+
+std::shared_ptr<BWFileClaim> BWFileClaim::create(const QString &path)
+{
+    return open(AT_FDCWD, QFile::encodeName(path), O_CREAT);
+}
+
+std::shared_ptr<BWFileClaim> BWFileClaim::existing(const QString &path)
+{
+    return open(AT_FDCWD, QFile::encodeName(path), 0);
+}
+
+std::shared_ptr<BWFileClaim> BWFileClaim::existing(int folder, const QByteArray &name)
+{
+    return open(folder, name, 0);
+}
+
+BWFileClaim::~BWFileClaim()
+{
+    ::close(m_descriptor);
+}
+
+std::shared_ptr<BWFileClaim> BWFileClaim::open(int folder, const QByteArray &path, int flags)
+{
+    const int descriptor =
+        ::openat(folder, path.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, 0600);
+    if (descriptor < 0)
+        return nullptr;
+    // A file system without such locks leaves the file unmarked; that must not cost a capture.
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        ::close(descriptor);
+        return nullptr;
+    }
+    return std::shared_ptr<BWFileClaim>(new BWFileClaim(descriptor));
 }
