@@ -195,24 +195,3 @@ bool BWFileCopy::renameWithoutOverwriting(const QByteArray &from, const QByteArr
     errno = reason;
     return false;
 }
-
-bool BWFileCopy::writeAll(int descriptor, const char *data, std::size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = ::write(descriptor, data, size);
-        if (written < 0 && errno != EINTR)
-            return false;
-        if (written > 0) {
-            data += written;
-            size -= static_cast<std::size_t>(written);
-        }
-    }
-    return true;
-}
-
-void BWFileCopy::synchronizeFolder(const QByteArray &folder)
-{
-    const FileDescriptor fd(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (fd.isOpen())
-        ::fsync(fd.get());
-}
