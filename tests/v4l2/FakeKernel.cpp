@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -12,6 +13,7 @@ namespace {
 
 // No real descriptor is that large.
 constexpr int nodeDescriptor = 1'000'000;
+constexpr int buttonDescriptor = 1'000'001;
 
 template <typename Argument>
 Argument &as(void *argument)
@@ -46,15 +48,21 @@ void FakeKernel::moveControl(uint32_t id, int32_t value)
     });
 }
 
-int FakeKernel::open(const char *, int)
+void FakeKernel::pushKey(uint16_t code, int32_t value)
+{
+    change([&](State &state) { state.keys.push_back({{}, EV_KEY, code, value}); });
+}
+
+int FakeKernel::open(const char *path, int)
 {
     const std::lock_guard lock(m_mutex);
-    if (const int fault = takeFault(opening))
+    const bool button = std::strcmp(path, "/dev/button") == 0;
+    if (const int fault = button ? m_state.button : takeFault(opening))
         return -fault;
     if (m_state.gone)
         return -ENOENT;
     ++m_state.opened;
-    return nodeDescriptor;
+    return button ? buttonDescriptor : nodeDescriptor;
 }
 
 int FakeKernel::close(int)
@@ -173,11 +181,24 @@ void FakeKernel::report(uint32_t id)
     m_state.events.push_back(event);
 }
 
+ssize_t FakeKernel::read(int, void *bytes, std::size_t size)
+{
+    const std::lock_guard lock(m_mutex);
+    std::deque<input_event> &keys = m_state.keys;
+    if (m_state.button || keys.empty())
+        return m_state.button ? -m_state.button : -EAGAIN;
+    const auto count = static_cast<std::ptrdiff_t>(std::min(size / sizeof(input_event), keys.size()));
+    std::copy_n(keys.begin(), count, static_cast<input_event *>(bytes));
+    keys.erase(keys.begin(), keys.begin() + count);
+    return count * static_cast<std::ptrdiff_t>(sizeof(input_event));
+}
+
 int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)
 {
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::milliseconds(timeout);
     pollfd &node = descriptors[0];
+    pollfd &button = descriptors[2];
     while (true) {
         {
             const std::lock_guard lock(m_mutex);
@@ -187,8 +208,10 @@ int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)
             const int events = (m_done.empty() ? 0 : POLLIN) | (m_state.events.empty() ? 0 : POLLPRI)
                 | (m_state.broken ? POLLERR : 0) | (m_state.gone ? POLLERR | POLLHUP : 0);
             node.revents = node.fd < 0 ? 0 : static_cast<short>(events & (node.events | POLLERR | POLLHUP));
+            const bool pressed = m_state.button || !m_state.keys.empty();
+            button.revents = button.fd >= 0 && pressed ? POLLIN : 0;
         }
-        const bool ready = node.revents != 0;
+        const bool ready = node.revents || button.revents;
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
         pollfd real[] = {descriptors[1], {m_changed.descriptor(), POLLIN, 0}};
         ::poll(real, 2, ready ? 0 : std::max(static_cast<int>(left), 0));

@@ -3,17 +3,17 @@
 #include "v4l2/BWKernelCalls.h"
 #include "v4l2/BWWakeUp.h"
 
-#include <cerrno>
 #include <deque>
 #include <functional>
+#include <linux/input.h>
 #include <linux/videodev2.h>
 #include <map>
 #include <mutex>
 #include <QStringList>
 #include <vector>
 
-/// A kernel with one camera, "/dev/video", and no hardware. Logs what the driver sets; any call can be made to fail. Any
-/// thread.
+/// One camera with its node "/dev/video" and its button "/dev/button", as a kernel without any hardware. What the
+/// driver sets is logged; any call can be made to fail. Any thread.
 class FakeKernel : public BWKernelCalls {
 public:
     static constexpr uint32_t frameSize = 640 * 480 * 2;
@@ -41,6 +41,8 @@ public:
         bool gone = false;
         bool broken = false; ///< poll reports an error, whatever the calls return
         std::deque<v4l2_event> events;
+        std::deque<input_event> keys;
+        int button = 0; ///< what a read of the button fails with
 
         QStringList log; ///< "S_FMT YUYV", "STREAMON" ...
         int opened = 0; ///< descriptors
@@ -61,11 +63,12 @@ public:
     void pushFrame(uint32_t flags = 0, uint32_t bytesUsed = frameSize);
     /// The camera or another program sets a control, and the driver gets an event.
     void moveControl(uint32_t id, int32_t value);
+    void pushKey(uint16_t code, int32_t value);
 
     int open(const char *path, int flags) override;
     int close(int descriptor) override;
     int ioctl(int descriptor, unsigned long request, void *argument) override;
-    ssize_t read(int, void *, std::size_t) override { return -EAGAIN; }
+    ssize_t read(int descriptor, void *bytes, std::size_t size) override;
     int poll(pollfd *descriptors, nfds_t count, int timeout) override;
     void *map(int descriptor, std::size_t length, off_t offset, int &error) override;
     void unmap(void *address, std::size_t length) override;
