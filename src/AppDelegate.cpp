@@ -76,7 +76,8 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     BWLocalizationManager &texts = m_repository.localizationManager();
     const QString language = texts.preferredLanguage();
-    showQtTextsIn(BWLocalizationManager::languages().contains(language) ? language : QString()); // no mixture
+    showQtTextsIn(BWLocalizationManager::languages().contains(language) ? language
+                                                                        : QString()); // rather than a mixture
     m_texts.localizeWithManager(texts);
     checkCameraAccess();
 }
@@ -164,7 +165,7 @@ void AppDelegate::prepareUI()
         m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
         m_simulatedCameras->localizeWithManager(texts);
     }
-    // After a reset of the layout, which comes the same way: the window is then shown where it belongs at once.
+    // Posted, as a reset of the layout is: the window then first shows where it belongs.
     BWMainQueue::post(m_alive, [this] {
         m_window->show();
         m_repository.albumManager().whenPrepared([this, alive = m_alive.watch()] {
@@ -189,7 +190,7 @@ void AppDelegate::prepareCapture()
         BWCaptureFeedback::Callbacks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); }}, m_clock);
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(
-        m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->tellRecovered(last); });
+        m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->reportRecovered(last); });
 }
 
 void AppDelegate::connectSession()

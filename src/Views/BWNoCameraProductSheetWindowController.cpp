@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
-constexpr auto readingTime = 1s; // no time to read it, but a key that was meant for what was there before is through
+constexpr auto readingTime = 1s; // a key that was meant for the window before has arrived by then
 } // namespace
 
 BWNoCameraProductSheetWindowController::BWNoCameraProductSheetWindowController(ProductsByCameraIdentifier products,

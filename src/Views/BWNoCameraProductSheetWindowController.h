@@ -14,14 +14,14 @@ class BWNoticeView;
 class QComboBox;
 class QPushButton;
 
-/// The sheet that asks which model a newly seen camera is. Its result code is 1 when the user chose (selectedProduct()
-/// tells what), 0 when the user wants to be asked later; Escape means later. It comes up under the hand, so Return and
-/// Escape answer it only when it has been there for a moment. GUI thread.
+/// The sheet that asks which model a newly seen camera is. Its result code is 1 when the user chose (see
+/// selectedProduct()), 0 when the user wants to be asked later; Escape means later. It appears without warning, so Return
+/// and Escape answer it only after a moment. GUI thread.
 class BWNoCameraProductSheetWindowController final : public QDialog, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
-    /// Answers the products of a camera by its identifierForProducts, in the order in which they are offered.
+    /// Returns the products of a camera by its identifierForProducts, in the order in which they are offered.
     using ProductsByCameraIdentifier = std::function<QList<BWCameraProductPtr>(const QString &cameraIdentifier)>;
 
     /// `clock` must outlive the sheet.
@@ -31,11 +31,11 @@ public:
     /// The manager is kept for the product names and must outlive the sheet.
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// The camera that is asked about; null once it is gone. Setting it fills the list and selects the first product.
+    /// The camera in question; null once it is gone. Setting it fills the list and selects the first product.
     void setCamera(const BWCameraPtr &camera);
     BWCameraPtr camera() const { return m_camera.lock(); }
 
-    /// Null when there is none to choose from.
+    /// Null if there is no product to choose from.
     BWCameraProductPtr selectedProduct() const;
 
     void beginSheet(QWidget *window, BWSheet::Completion completion);

@@ -27,7 +27,7 @@ void BWNoCameraBaseWindowController::setPreparingCamera(bool) { }
 void BWNoCameraBaseWindowController::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
-    // It comes up under the hand: a key that was meant for a snapshot must not press a button.
+    // It appears without warning: a key that was meant for a snapshot must not press a button.
     setFocus();
 }
 
@@ -75,7 +75,7 @@ void BWNoCameraWindowController::localizeWithManager(BWLocalizationManager &mana
                                                               u"Camera found, getting it ready..."_s)));
     m_closeButton->setText(
         manager.localize(BWLocalizableString(u"no_camera_window"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
-    m_closeButton->setShortcut(u"Ctrl+Q"_s); // that of the menu reaches the main window only
+    m_closeButton->setShortcut(u"Ctrl+Q"_s); // the menu's shortcut reaches the main window only
 }
 
 void BWNoCameraWindowController::setPreparingCamera(bool preparing)
@@ -91,7 +91,7 @@ void BWNoCameraWindowController::setObstacle(const QString &obstacle)
 void BWNoCameraWindowController::onClose()
 {
     if (m_terminating)
-        return; // ending the program closes this window once more
+        return; // ending the program closes this window again
     const QScopedValueRollback guard(m_terminating, true);
     Q_EMIT terminateRequested();
 }
@@ -134,7 +134,7 @@ void BWNoCameraSheetWindowController::localizeWithManager(BWLocalizationManager 
                                                               u"Camera found, getting it ready..."_s)));
     m_terminateButton->setText(
         manager.localize(BWLocalizableString(u"no_camera_sheet"_s, u"no_thanks_close_button"_s, u"Quit"_s)));
-    m_terminateButton->setShortcut(u"Ctrl+Q"_s); // the sheet blocks that of the menu
+    m_terminateButton->setShortcut(u"Ctrl+Q"_s); // the sheet blocks the menu's shortcut
 }
 
 void BWNoCameraSheetWindowController::setPreparingCamera(bool preparing)

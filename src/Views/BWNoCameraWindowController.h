@@ -11,25 +11,24 @@ class BWNoticeView;
 class BWPreparingView;
 class QPushButton;
 
-/// What the windows that stand in for a missing camera share: they keep asking whether an attached camera is still
-/// being prepared, also while they are hidden, from the moment they are made. They open with the keyboard on none of
-/// their buttons. GUI thread.
+/// The common base of the windows that stand in for a missing camera. From their creation on, also while hidden, they
+/// poll whether an attached camera is still being prepared. No button has the keyboard when they open. GUI thread.
 class BWNoCameraBaseWindowController : public QDialog, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
-    /// What is asked again and again; either may be missing.
+    /// What is polled; either may be missing.
     struct Callbacks {
         std::function<bool()> pendingDevices{};
         std::function<QString()> obstacle{}; ///< what keeps an attached camera from appearing; null if nothing does
     };
 
-    /// `callbacks` are asked from the constructor of the concrete window on; `clock` must outlive the window.
+    /// `callbacks` are polled from the constructor of the concrete window on; `clock` must outlive the window.
     BWNoCameraBaseWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent);
 
-    /// Tells whether a camera is being prepared. Nothing to show here.
+    /// Shows whether a camera is being prepared. Does nothing in the base.
     virtual void setPreparingCamera(bool preparing);
-    /// Tells what keeps a camera from appearing, in place of what the window says otherwise; null: nothing does.
+    /// Shows what keeps a camera from appearing in place of the usual text; null if nothing does.
     virtual void setObstacle(const QString &obstacle) = 0;
 
     /// Escape leads nowhere: there is nothing behind these windows to go back to.
@@ -63,7 +62,7 @@ public:
     void onClose();
 
 Q_SIGNALS:
-    /// The user wants the program to end. Not emitted again while a receiver is still at work.
+    /// The user wants to quit. Not emitted again while a receiver is still at work.
     void terminateRequested();
 
 protected:

@@ -16,7 +16,7 @@ QString message(const BWStartProblem &problem, BWLocalizationManager &texts)
     using Kind = BWStartProblem::Kind;
     const QString reason = BWStartProblemText::reason(problem, texts);
     QStringList paragraphs;
-    // Other programs are not to blame where another reason is known.
+    // Other programs are not to blame if another reason is known.
     const bool isInUse = problem.kind == Kind::InUse || reason.isNull();
     if (isInUse)
         paragraphs << texts.text(u"camera_window"_s, u"camera_in_use_message"_s,

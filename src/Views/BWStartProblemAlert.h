@@ -15,7 +15,7 @@ public:
     using Answer = BWCameraSession::StartAnswer;
 
     /// `other` is the title of the other camera that the question offers; null if it offers none. If it does, Escape
-    /// leads there.
+    /// chooses that one.
     BWStartProblemAlert(const Question &question, const QString &other, BWLocalizationManager &texts, QWidget *parent);
 
 Q_SIGNALS:

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double progressSeconds = 0.5;
-constexpr double unusualSeconds = 8; // two sentences, for people who look at something else
+constexpr double unusualSeconds = 8; // two sentences, for people who are looking at something else
 
 } // namespace
 
@@ -42,10 +42,10 @@ BWCaptureController::Callbacks BWCaptureFeedback::callbacks()
             [this](bool recording) { recordingChanged(recording); },
             [this](const BWCaptureResult &result) {
                 m_statusLine.setProgress({});
-                tell(BWCaptureNotice::of(result, m_texts));
+                report(BWCaptureNotice::of(result, m_texts));
             },
-            [this](double done) { tellCopying(done); },
-            [this](BWRecordingRefusal reason) { tell(BWCaptureNotice::ofRefused(reason, m_texts)); }};
+            [this](double done) { showCopying(done); },
+            [this](BWRecordingRefusal reason) { report(BWCaptureNotice::ofRefused(reason, m_texts)); }};
 }
 
 void BWCaptureFeedback::flashSnapshot()
@@ -70,7 +70,7 @@ void BWCaptureFeedback::recordingChanged(bool recording)
         showProgress();
 }
 
-/// And again, until the recording is over.
+/// Repeats itself until the recording is over.
 void BWCaptureFeedback::showProgress()
 {
     if (const BWCameraPtr camera = m_callbacks.currentCamera())
@@ -86,20 +86,20 @@ void BWCaptureFeedback::stopProgress()
     m_progress.reset();
 }
 
-void BWCaptureFeedback::tellRecovered(const QUrl &last)
+void BWCaptureFeedback::reportRecovered(const QUrl &last)
 {
     const BWCaptureNotice notice = BWCaptureNotice::ofRecovered(last, m_texts);
     BWUIUtils::displayInformation(notice.title, notice.text);
 }
 
-void BWCaptureFeedback::tellCopying(double done)
+void BWCaptureFeedback::showCopying(double done)
 {
     m_statusLine.setProgress(
         m_texts.text(u"camera_window"_s, u"copying_into_album"_s, u"Copying the capture into the album: %1%"_s)
             .arg(static_cast<int>(100 * done)));
 }
 
-void BWCaptureFeedback::tell(const BWCaptureNotice &notice)
+void BWCaptureFeedback::report(const BWCaptureNotice &notice)
 {
     if (!notice.title.isNull())
         alert(notice);
@@ -107,8 +107,8 @@ void BWCaptureFeedback::tell(const BWCaptureNotice &notice)
         m_statusLine.showForAMoment(notice.text, notice.unusual ? unusualSeconds : BWStatusLine::momentSeconds);
 }
 
-/// The button on the camera goes on taking pictures while an alert is read. When it is closed there is one more, not one
-/// for each of them.
+/// The button on the camera keeps taking pictures while an alert is open. When it is closed, one more alert stands for
+/// all that happened meanwhile.
 void BWCaptureFeedback::alert(const BWCaptureNotice &notice)
 {
     m_unread = notice;

@@ -13,8 +13,8 @@ class BWFlashActionViewController;
 class BWLocalizationManager;
 class BWStatusLine;
 
-/// What is seen and heard of captures: the shutter sound, the flash over the live image, the record button, how far a
-/// recording has come, and what became of it all. GUI thread.
+/// Shows and sounds what captures do: the shutter sound, the flash over the live image, the record button, the progress of
+/// a recording, and the outcome. GUI thread.
 class BWCaptureFeedback : public QObject {
     Q_OBJECT
 
@@ -31,10 +31,10 @@ public:
     /// For the capture controller, which must not outlive this object.
     BWCaptureController::Callbacks callbacks();
 
-    /// Captures of an earlier run have come into the album.
-    void tellRecovered(const QUrl &last);
+    /// Captures of an earlier run are now in the album.
+    void reportRecovered(const QUrl &last);
 
-    /// Nothing while the camera records: the flash is taken.
+    /// Does nothing while the camera records, as the flash then shows the recording.
     void flashSnapshot();
     void flashVideo(bool recording);
 
@@ -42,8 +42,8 @@ private:
     void recordingChanged(bool recording);
     void showProgress();
     void stopProgress();
-    void tell(const BWCaptureNotice &notice);
-    void tellCopying(double done);
+    void report(const BWCaptureNotice &notice);
+    void showCopying(double done);
     void alert(const BWCaptureNotice &notice);
 
     BWControlBar &m_bar;
@@ -53,6 +53,6 @@ private:
     Callbacks m_callbacks;
     BWClock &m_clock;
     DispatchAfterStrict::Handle m_progress; // while a recording runs
-    std::optional<BWCaptureNotice> m_unread; ///< the newest that waits for an open alert to be closed
+    std::optional<BWCaptureNotice> m_unread; ///< the newest one, until the open alert is closed
     bool m_alertIsOpen = false;
 };

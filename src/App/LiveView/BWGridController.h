@@ -12,7 +12,7 @@ class BWMainWindow;
 class BWProductInUse;
 
 /// The measuring grid on the live image: for which products there is one, whether it is on, how wide it is, and the
-/// window in which a technician tunes it. Every layout of the live image draws it anew. GUI thread.
+/// window in which a technician tunes it. Redrawn with every layout of the live image. GUI thread.
 class BWGridController : public QObject {
     Q_OBJECT
 
@@ -28,9 +28,9 @@ public:
 
     void overlayGrid();
     void cleanGrid();
-    /// The current product, or the settings, changed: whether there is a grid follows from the product.
+    /// The current product or the settings changed: the product decides whether there is a grid.
     void followProduct();
-    /// Without one the grid is turned off. With one it stays as it is.
+    /// Turns the grid off if it is not available; otherwise leaves it as it is.
     void enableGrid(bool available);
     /// Turns the grid on or off.
     void onGrid();

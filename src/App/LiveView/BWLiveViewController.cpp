@@ -107,7 +107,7 @@ void BWLiveViewController::flipVertically()
 
 void BWLiveViewController::toggleFlip(BWFlip axis)
 {
-    // The numbers of the modes are two bits, one an axis.
+    // The modes are numbered by two bits, one for each axis.
     const int flip = static_cast<int>(m_state.currentFlip()) ^ static_cast<int>(axis);
     m_window.controlBar().showFlip(flip);
     onFlip(flip);

@@ -19,7 +19,7 @@ public:
 
     /// Lays the image out: size from the camera's resolution and the zoom, then rotation and mirroring.
     void updateImageDisplay();
-    /// Lets go of the last picture.
+    /// Drops the last picture.
     void clear();
 
     void onZoom(BWDoubleButton *sender);
@@ -35,7 +35,7 @@ public:
     const BWLiveViewState &state() const { return m_state; }
 
 Q_SIGNALS:
-    /// updateImageDisplay() has done its work.
+    /// At the end of updateImageDisplay().
     void imageDisplayUpdated();
 
 private:

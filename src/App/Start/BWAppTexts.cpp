@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
 {
-    // Some texts are only made known here, so that a refreshed translation file has them.
+    // Registers texts that are shown elsewhere, so that a refreshed translation file has them.
     const QList<BWCameraDescriptionPtr> descriptions = BWCameraDetector::supportedDescriptions();
     for (const BWCameraDescriptionPtr &description : descriptions)
         BWDisplayNames::camera(*description, manager);

@@ -4,7 +4,7 @@
 
 #include <QString>
 
-/// The texts that the program shows outside of any one window.
+/// The texts that belong to no particular window.
 struct BWAppTexts : public BWLocalizationManagerDelegate {
     void localizeWithManager(BWLocalizationManager &manager) override;
 

@@ -7,7 +7,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What the program was asked to do on its command line.
+/// What the command line asks the program to do.
 struct BWCommandLine {
     QList<BWSimulatedCameraOptions> simulated;
     QString importSettings; ///< file with settings of the previous generation to take over; null if none

@@ -19,12 +19,12 @@ namespace {
 constexpr char cameForward = '1';
 constexpr char isEnding = '0';
 
-/// A name that belongs to no file: nothing is left behind by a program that is killed.
+/// An abstract name, which leaves no file behind when the program is killed.
 struct Address {
     sockaddr_un data{};
     socklen_t size = offsetof(sockaddr_un, sun_path);
 
-    /// The system chooses one, if the name is empty.
+    /// The system chooses one if the name is empty.
     explicit Address(const QByteArray &name = {})
     {
         data.sun_family = AF_UNIX;
@@ -82,7 +82,7 @@ BWSingleInstance::Start BWSingleInstance::askOther(const QByteArray &activationT
         std::unique_ptr<int, void (*)(int *)>(&answered.fd, [](int *descriptor) { ::close(*descriptor); });
     QByteArray asked;
     while (!m_use.tryAgain()) {
-        // It may be a program that has not come to listen yet, or an import that only takes a moment.
+        // It may be a program that does not listen yet, or an import that only takes a moment.
         if (const QByteArray note = m_use.note(); note != asked) {
             const Address address(addressOf(note));
             const QByteArray message = note + '\n' + activationToken;
@@ -106,7 +106,7 @@ void BWSingleInstance::listen()
     QRandomGenerator::system()->fillRange(numbers.data(), numbers.size());
     const QByteArray random =
         QByteArray::fromRawData(reinterpret_cast<const char *>(numbers.data()), sizeof(numbers)).toHex();
-    // Everybody can see the name, but only this user can read the second half in the file.
+    // The name is public, but only this user can read the second half in the file.
     m_note = "brimwellpro-" + random.first(random.size() / 2) + ' ' + random.last(random.size() / 2);
     m_socket = openSocket(Address(addressOf(m_note)));
     if (m_socket < 0)

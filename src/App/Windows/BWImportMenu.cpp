@@ -67,7 +67,7 @@ void BWImportMenu::finish(const BWOldSettingsFile &file, const QList<QUrl> &fold
                                   sentence);
     };
     if (file.problem != BWOldSettingsFile::Problem::None) {
-        qCWarning(bwApp).noquote() << "Old settings in" << name << "are not taken over:" << file.detail;
+        qCWarning(bwApp).noquote() << "Old settings in" << name << "are not imported:" << file.detail;
         refuse(BWImportTexts::refused(file, name, texts));
         return;
     }

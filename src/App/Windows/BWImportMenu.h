@@ -12,13 +12,13 @@ class BWMainWindow;
 class BWRepository;
 struct BWOldSettingsFile;
 
-/// The menu item that takes over old settings: asks for the file, reads it and looks for the albums beside the GUI thread, tells the outcome.
-/// GUI thread.
+/// The menu item that imports old settings: asks for the file, reads it and looks for its albums on another thread, and
+/// reports the outcome. GUI thread.
 class BWImportMenu : public QObject {
     Q_OBJECT
 
 public:
-    /// `takenOver` is called when settings have come in, before the user is told. All must outlive this object.
+    /// `takenOver` is called after an import, before the outcome is reported. All must outlive this object.
     BWImportMenu(BWMainWindow &window, BWRepository &repository, BWFilePanels &panels, std::function<void()> takenOver);
 
     /// Asks the user for a file.

@@ -39,7 +39,7 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
       m_licencesNote(label()),
       m_closeButton(new QPushButton)
 {
-    makeBWTextCopyable(*m_version); // for those who report a fault
+    makeBWTextCopyable(*m_version); // for bug reports
     m_licencesNote->setWordWrap(true);
     m_librariesLabel->setBuddy(m_libraries);
     m_libraries->setRootIsDecorated(false);
@@ -75,7 +75,7 @@ void BWAboutWindowController::localizeWithManager(BWLocalizationManager &manager
     m_description->setText(manager.text(u"about_window"_s, u"description_label"_s,
                                         u"Looks through digital microscopes and examination scopes."_s));
     m_librariesLabel->setText(manager.text(u"about_window"_s, u"libraries_label"_s, u"&Libraries in use:"_s));
-    m_libraries->setAccessibleName(m_librariesLabel->text().remove(u'&')); // to screen readers it has no label
+    m_libraries->setAccessibleName(m_librariesLabel->text().remove(u'&')); // screen readers do not see the label
     m_libraries->setHeaderLabels({manager.text(u"about_window"_s, u"library_column"_s, u"Library"_s),
                                   manager.text(u"about_window"_s, u"version_column"_s, u"Version"_s),
                                   manager.text(u"about_window"_s, u"licence_column"_s, u"Licence"_s)});
@@ -97,7 +97,7 @@ void BWAboutWindowController::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
 }
 
-/// As large as the texts are, so that nothing is cut off.
+/// Fits the list to its texts, so that nothing is cut off.
 void BWAboutWindowController::fitLibraries()
 {
     const int rows = std::min(mostRows, m_libraries->topLevelItemCount());

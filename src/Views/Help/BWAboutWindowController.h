@@ -9,7 +9,7 @@ class QLabel;
 class QPushButton;
 class QTreeWidget;
 
-/// Tells the version of the program, and of which libraries under which licences it is made. GUI thread.
+/// Shows the version of the program, and its libraries with their versions and licences. GUI thread.
 class BWAboutWindowController : public QDialog, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// To the front, and in use.
+    /// Brings the window to the front and activates it.
     void makeKeyAndOrderFront();
 
 protected:

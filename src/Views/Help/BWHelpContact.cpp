@@ -48,7 +48,7 @@ QByteArray encodedLine(const QString &text)
     return "%0D%0A" + encoded(text);
 }
 
-/// One line of it, not too long and without half a character at its end.
+/// In one line, not too long, and not ending in half a character.
 QString shortened(const QString &fact)
 {
     const QString line = fact.simplified();

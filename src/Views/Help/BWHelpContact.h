@@ -9,20 +9,19 @@ struct BWHelpContact {
     QUrl faqPage; ///< empty if there is none
     QString supportAddress; ///< for e-mail; null if there is none
 
-    /// Reads a JSON object with "faq_page" (https) and "support_address". What is missing or makes no sense is logged and
-    /// left out.
+    /// Reads a JSON object with "faq_page" (https) and "support_address". Logs and leaves out what is missing or invalid.
     static BWHelpContact fromFile(const QString &path);
 };
 
-/// An e-mail to the support that waits in the user's mail program to be completed and sent.
+/// An e-mail to the support, for the user to complete and send in the mail program.
 struct BWSupportMail {
-    /// Some mail programs take no longer address than that.
+    /// Some mail programs accept no longer mailto: address.
     static constexpr qsizetype maxLength = 2000; // bytes, encoded
 
     QString address;
     QString subject;
-    QString request; ///< what the user is asked to tell
-    QStringList facts; ///< one to a line, below the user's own words; the last ones are left out if they are too many
+    QString request; ///< what the user should describe
+    QStringList facts; ///< one to a line, below the user's own words; the last ones are left out if there are too many
 
     /// The mailto: address that opens it.
     QUrl url() const;

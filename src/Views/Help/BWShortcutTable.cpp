@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Without what only a menu needs: marks of access keys, and the dots that announce a question.
+/// Removes what only menus need: the marks of access keys and the dots of items that open a dialog.
 QString plainText(QString text)
 {
     static const QRegularExpression accessKeyInBrackets(u"\\s*\\(&[^&]\\)"_s);
@@ -29,7 +29,7 @@ QString key(QKeyCombination combination)
     return QKeySequence(combination).toString(QKeySequence::NativeText);
 }
 
-/// "Shift+" before something that is no key, such as a click.
+/// "Shift+" before something other than a key, such as a click.
 QString with(Qt::KeyboardModifier modifier, const QString &action)
 {
     QString text = key(modifier | Qt::Key_A);
@@ -120,7 +120,7 @@ BWKeyCaps::BWKeyCaps(const QStringList &ways, QWidget *parent) : QWidget(parent)
 QStringList BWKeyCaps::keys(const QString &way)
 {
     QStringList keys = way.split(u'+', Qt::SkipEmptyParts);
-    if (way.endsWith(u'+')) // the key itself, for it separates none
+    if (way.endsWith(u'+')) // here it is the key itself, not a separator
         keys.append(u"+"_s);
     return keys;
 }
@@ -134,7 +134,7 @@ QList<BWKeyCaps::Cap> BWKeyCaps::caps() const
             x += wayGap - keyGap;
         const QStringList texts = keys(way);
         for (const QString &text : texts) {
-            // No cap is narrower than high.
+            // No cap is narrower than it is high.
             const int width = std::max(fontMetrics().horizontalAdvance(text) + 2 * padding, height(fontMetrics()));
             caps.append({text, x, width});
             x += width + keyGap;
@@ -226,7 +226,7 @@ void BWShortcutTable::fill(const QList<BWShortcutSection> &sections, int columns
         addSection(*column, section);
         used += section.shortcuts.size() + 1;
     }
-    // In a window that is already shown they would have no size until the event loop shows them.
+    // In a visible window they would otherwise have no size until the event loop shows them.
     const auto made = findChildren<QWidget *>();
     for (QWidget *widget : made)
         widget->show();

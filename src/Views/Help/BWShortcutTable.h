@@ -8,25 +8,25 @@ class BWLocalizationManager;
 class QAction;
 class QGridLayout;
 
-/// What can be done with keyboard and mouse in one place: the shortcuts of one menu, in its order, or what is in none.
+/// What keyboard and mouse do in one place: the shortcuts of one menu, in its order, or those outside all menus.
 struct BWShortcutSection {
     struct Shortcut {
         QString name; ///< of the action, as plain text
         QStringList keys; ///< one text for each way to press it, such as "Ctrl+S"
     };
 
-    QString title; ///< of the menu or view; null for actions that are in none
+    QString title; ///< of the menu or view; null for actions outside of both
     QList<Shortcut> shortcuts;
 
-    /// Of those actions, and of all in the menus that they open, sub-menus included. An action that is not to be seen or
-    /// has no shortcut is left out, and so is a menu without any.
+    /// The shortcuts of those actions and of all menus below them. Leaves out actions that are hidden or have no shortcut,
+    /// and menus without any.
     static QList<BWShortcutSection> ofActions(const QList<QAction *> &actions);
-    /// Of the live image and the album window, for which there is no item in a menu.
+    /// Those of the live image and the album window, which are in no menu.
     static QList<BWShortcutSection> ofViews(BWLocalizationManager &manager);
 };
 
-/// Keys to be pressed together, drawn as on a keyboard: "Ctrl+S" as two caps. More than one way to press it stand side
-/// by side. GUI thread.
+/// Keys that are pressed together, drawn as on a keyboard: "Ctrl+S" as two caps. Alternatives stand side by side. GUI
+/// thread.
 class BWKeyCaps : public QWidget {
     Q_OBJECT
 
@@ -54,8 +54,7 @@ private:
     QStringList m_ways;
 };
 
-/// Shortcuts to be looked up: the sections in two columns of about the same height, where there is room for them. GUI
-/// thread.
+/// A table of shortcuts: the sections in two columns of about the same height if there is room. GUI thread.
 class BWShortcutTable : public QWidget {
     Q_OBJECT
 

@@ -45,7 +45,7 @@ QPushButton *pushButton(const QString &icon)
     return button;
 }
 
-/// To be copied, for those who write or look it up elsewhere.
+/// Can be copied, to be used elsewhere.
 QLabel *addressLabel(const QString &address)
 {
     QLabel *made = label(false);
@@ -196,17 +196,17 @@ void BWSimpleHelpWindowController::prepare()
         placeOverCameraWindow();
 }
 
-/// From then on it is where the user puts it.
+/// Once; afterwards it stays where the user puts it.
 void BWSimpleHelpWindowController::placeOverCameraWindow()
 {
     const QRect camera = m_cameraWindow->frameGeometry();
-    adjustSize(); // if that changed when it is shown, its place would be taken for that of the content
+    adjustSize(); // a change of size on showing would make the place that of the content
     QRect place(QPoint(), size().grownBy(BWFrameAutosave::margins(*this, m_cameraWindow)));
     place.moveCenter(camera.center());
     move(BWWindowPlacement::onScreens().fitted(place, camera).topLeft());
 }
 
-/// They are seen whole where the screen is high enough for that.
+/// Shows all of them if the screen is high enough.
 void BWSimpleHelpWindowController::fitShortcuts()
 {
     constexpr int least = 100;

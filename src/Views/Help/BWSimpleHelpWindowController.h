@@ -14,13 +14,13 @@ class QLabel;
 class QPushButton;
 class QScrollArea;
 
-/// The help window: the page with answers, an e-mail to the support that already tells what they ask first, and the
+/// The help window: the page with answers, an e-mail to the support that already holds what they ask first, and the
 /// keyboard and mouse actions. A utility window of its own: no sheet of the camera window blocks it. GUI thread.
 class BWSimpleHelpWindowController : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
-    /// What the window asks of the application.
+    /// What the window needs of the application.
     struct Callbacks {
         std::function<bool(const QUrl &)> openUrl; ///< with the desktop's program for it; false if there is none
         std::function<QList<BWCameraPtr>()> cameras; ///< the attached ones
@@ -32,7 +32,7 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// To the front, and in use.
+    /// Brings the window to the front and activates it.
     void makeKeyAndOrderFront();
 
     void onFrequentlyAskedQuestions();

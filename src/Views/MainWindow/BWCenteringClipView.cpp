@@ -23,8 +23,8 @@ QColor surroundColor(const QPalette &palette)
     return window.lightness() < 128 ? window.darker(125) : window.darker(108);
 }
 
-/// Qt's own interface of scroll areas reads beyond its children when a screen reader asks for a scroll bar that has just
-/// gone, as one does with each change of size.
+/// Qt's own accessible interface of scroll areas reads beyond its children when a screen reader asks for a scroll bar that
+/// has just disappeared, as happens with every change of size.
 QAccessibleInterface *accessibleView(const QString &className, QObject *object)
 {
     if (className != QLatin1String(BWCenteringClipView::staticMetaObject.className()))
@@ -37,7 +37,7 @@ QAccessibleInterface *accessibleView(const QString &className, QObject *object)
 BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent)
     : QAbstractScrollArea(parent), m_renderer(renderer)
 {
-    QAccessible::installFactory(&accessibleView); // once, however often it is said
+    QAccessible::installFactory(&accessibleView); // installs it once, however often it is called
     setFrameShape(QFrame::NoFrame);
     setViewportMargins(0, BWLiveViewGeometry::barHeight, 0, 0);
     // Keeps the vertical scroll bar from beginning under the control bar.
@@ -105,7 +105,7 @@ void BWCenteringClipView::updateScrollBars()
 {
     const QSize size = viewport()->size();
     const QSize range = m_geometry.scrollRange(size);
-    // Nobody needs a scroll bar for a few lines of the picture; the wheel reaches them all the same.
+    // A few lines of the picture need no scroll bar; the wheel reaches them anyway.
     constexpr int barelyLarger = 32;
     const auto policy = [](int surplus) {
         return surplus > barelyLarger ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff;
@@ -125,7 +125,7 @@ void BWCenteringClipView::updateRequest()
 
 void BWCenteringClipView::updatePicture()
 {
-    // The surround stays as it is from one picture to the next.
+    // The surround does not change from one picture to the next.
     viewport()->update(m_pictureRect.isEmpty() ? viewport()->rect() : m_pictureRect);
 }
 
@@ -151,7 +151,7 @@ void BWCenteringClipView::paintEvent(QPaintEvent *event)
     const QPoint behind(qFloor((device.right() + 1) / ratio), qFloor((device.bottom() + 1) / ratio));
     for (const QRect &rect : event->region().subtracted(QRect(first, behind - QPoint(1, 1))))
         painter.fillRect(rect, surroundColor(palette()));
-    // In device pixels, so that the image is copied as it is whatever the screen's scale.
+    // In device pixels, so that the image is copied unscaled on any screen.
     painter.scale(1 / ratio, 1 / ratio);
     painter.drawImage(device.topLeft(), m_image.image);
     drawGrid(painter);
@@ -161,8 +161,8 @@ void BWCenteringClipView::paintEvent(QPaintEvent *event)
     }
 }
 
-/// By the layout of the picture that is shown, which follows a change of the layout a little later. On a picture of
-/// another size the distance would be wrong.
+/// Drawn for the picture that shows, which follows a change of the layout a little later. On a picture of another size
+/// the distance would be wrong.
 void BWCenteringClipView::drawGrid(QPainter &painter) const
 {
     if (m_image.request.picture() != m_geometry.imageSize())
@@ -194,7 +194,7 @@ void BWCenteringClipView::mousePressEvent(QMouseEvent *event)
 
 void BWCenteringClipView::pressLeftButton(QMouseEvent *event)
 {
-    // Window managers hand on the click that brings a program to the front, just before or after it is there.
+    // Window managers pass on the click that brings a program to the front, just before or after it is there.
     constexpr int justBroughtToFront = 200; // ms
     if (!m_programActive.isValid() || m_programActive.elapsed() < justBroughtToFront)
         return;
@@ -212,7 +212,7 @@ void BWCenteringClipView::beginPanning(QMouseEvent *event)
     viewport()->setCursor(Qt::ClosedHandCursor);
 }
 
-/// The second press of a double click is a press like any other: who presses quickly wants two pictures.
+/// The second press of a double click is a press like any other: two quick presses ask for two pictures.
 void BWCenteringClipView::mouseDoubleClickEvent(QMouseEvent *event)
 {
     mousePressEvent(event);

@@ -8,7 +8,7 @@
 #include <QElapsedTimer>
 
 /// The live image in its scroll area. Shows what a BWLiveRenderer makes, one pixel to one, centred where the image is
-/// smaller than the view. The top BWLiveViewGeometry::barHeight points are left to the control bar that lies there.
+/// smaller than the view. The top BWLiveViewGeometry::barHeight points belong to the control bar.
 class BWCenteringClipView : public QAbstractScrollArea {
     Q_OBJECT
 
@@ -22,9 +22,9 @@ public:
     void setGridDistance(double distance);
     double gridDistance() const { return m_gridDistance; }
 
-    /// Asked at each press of the left button: it either clicks, or takes hold of the image to move it.
+    /// Queried at each press of the left button, which either clicks or drags the image.
     void setLeftButtonClicks(std::function<bool()> clicks) { m_leftButtonClicks = std::move(clicks); }
-    /// Until the mouse button is released: the press has taken a picture.
+    /// Until the mouse button is released, to show that the press has taken a picture.
     void showCameraCursor();
 
     /// Shows nothing until the next frame.
@@ -37,7 +37,7 @@ Q_SIGNALS:
     void spacePressed();
     /// The wheel was turned with Control held.
     void zoomRequested(bool in);
-    /// The first picture of all was painted.
+    /// The very first picture was painted.
     void firstPicturePainted();
 
 protected:
@@ -66,7 +66,7 @@ private:
     BWRenderedImage m_image;
     QRect m_pictureRect; // what m_image covers of the viewport
     std::function<bool()> m_leftButtonClicks;
-    QElapsedTimer m_programActive; // since it is; invalid while another program is
+    QElapsedTimer m_programActive; // since when; invalid while another program is active
     Qt::MouseButton m_panButton = Qt::NoButton; // which moves the image while it is held
     QPoint m_panStart;
     QPoint m_panScroll;

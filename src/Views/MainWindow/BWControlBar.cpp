@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int smallIcon = 22;
-constexpr int captureIcon = 32; // taking a picture is what people are here for
+constexpr int captureIcon = 32; // taking pictures is what people come for
 
 QString withShortcut(const QString &text, const QAction &action)
 {
@@ -54,7 +54,7 @@ void BWControlBar::makeControls()
 {
     m_resolutionPopUpButton = new BWPopUpButton(this);
     m_resolutionPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    m_resolutionPopUpButton->addItem(u"2592x1944"_s); // the room for it is kept from the start
+    m_resolutionPopUpButton->addItem(u"2592x1944"_s); // reserves the room for it
     m_resolutionPopUpButton->setCurrentIndex(-1);
     m_zoomDoubleButton = new BWDoubleButton(this);
     m_zoomDoubleButton->setWidestText(u"200%"_s);
@@ -101,7 +101,7 @@ void BWControlBar::addColumns()
               m_menu.settingsMenuItem, Needs::Nothing);
     addColumn(10, m_albumsButton, BWLocalizableString(u"camera_window"_s, u"albums_label"_s, u"Albums"_s),
               m_menu.albumManagerMenuItem, Needs::Nothing);
-    // The place of the grid is kept, so that nothing moves when it comes and goes.
+    // The grid keeps its place while hidden, so that nothing moves when it comes and goes.
     for (QWidget *widget : std::initializer_list<QWidget *>{m_gridButton, m_gridLabel}) {
         QSizePolicy policy = widget->sizePolicy();
         policy.setRetainSizeWhenHidden(true);

@@ -16,8 +16,8 @@ class QGridLayout;
 class QLabel;
 class QToolButton;
 
-/// The controls over the live image: how it is seen on the left, capturing in the middle, settings and albums on the right.
-/// Every control stands over its caption, all on two common lines.
+/// The controls over the live image: the view on the left, capturing in the middle, settings and albums on the right.
+/// Every control stands over its caption, on two common baselines.
 class BWControlBar : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -35,10 +35,10 @@ public:
     void showFlip(int index);
     /// Emits recordingShown().
     void showRecording(bool recording);
-    /// Whether the button of the measuring grid is there, and pressed.
+    /// Whether the button of the measuring grid shows, and whether it is pressed.
     void setGridAvailable(bool available);
     void showGrid(bool on);
-    /// Without a camera nothing but settings and albums can be used.
+    /// Without a camera only settings and albums are enabled.
     void setCameraControlsEnabled(bool enabled);
 
 Q_SIGNALS:

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A name is no place for an access key.
+/// An ampersand in a name is not an access key.
 QString titled(QString name)
 {
     return name.replace(u'&', u"&&"_s);
@@ -39,7 +39,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
 
     snapshot = add(m_cameraMenu, u"Ctrl+S"_s);
     record = add(m_cameraMenu, u"Ctrl+Shift+S"_s);
-    for (QAction *capture : {snapshot, record}) // in whichever of our windows the keyboard is
+    for (QAction *capture : {snapshot, record}) // whichever of our windows has the keyboard
         capture->setShortcutContext(Qt::ApplicationShortcut);
     m_cameraListEnd = m_cameraMenu->addSeparator();
     m_productMenu = m_cameraMenu->addMenu(QString());
@@ -74,7 +74,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     simpleHelpMenuItem = add(m_helpMenu, u"F1"_s);
     aboutMenuItem = add(m_helpMenu);
     aboutMenuItem->setMenuRole(QAction::AboutRole);
-    advancedSettingsMenuItem->setEnabled(false); // the others are of use without a camera, too
+    advancedSettingsMenuItem->setEnabled(false); // the others are useful without a camera too
     gridDebugger = add(m_toolsMenu);
     registerDebugger = add(m_toolsMenu);
     auto *toggleTools = new QAction(this);
@@ -99,7 +99,7 @@ QAction *BWMainMenu::add(QMenu *menu, const QKeySequence &shortcut)
 {
     QAction *action = menu->addAction(QString());
     action->setShortcut(shortcut);
-    action->setAutoRepeat(false); // a key that is held down a moment too long takes one picture, not twenty
+    action->setAutoRepeat(false); // a key held down a moment too long takes one picture, not twenty
     return action;
 }
 
@@ -128,7 +128,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(grid, manager.text(u"main_menu"_s, u"grid_menu_item"_s, u"&Measuring grid"_s));
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
 
-    // The item and the menu that it opens are two texts, as translators may want them to differ; the menu is shown.
+    // The item and the menu that it opens are two texts, because translators may want them to differ. Only the menu shows.
     manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"&Panels"_s);
     m_panelsMenu->setTitle(manager.text(u"main_menu"_s, u"panels_menu"_s, u"&Panels"_s));
     set(cameraWindowMenuItem, manager.text(u"main_menu"_s, u"camera_window_menu_item"_s, u"&Camera window"_s));

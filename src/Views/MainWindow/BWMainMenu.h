@@ -19,7 +19,7 @@ class BWMainMenu : public QObject, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
-    /// The windows that are on the screen.
+    /// Which windows are open.
     struct OpenWindows {
         bool camera = false;
         bool albums = false;
@@ -31,7 +31,7 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// The opened cameras, one of them checked; and the products that the current one can be.
+    /// The open cameras, one of them checked, and the products that the current one may be.
     void showCameras(const QList<QString> &names, int current);
     void showProducts(const QList<BWCameraProductPtr> &products, const QList<QString> &names, const QString &current);
 
@@ -41,10 +41,10 @@ public:
     void setCameraActionsEnabled(bool enabled);
     /// Whether the item that records would end a recording.
     void showRecording(bool recording);
-    /// Whether the item of the measuring grid is there, and checked.
+    /// Whether the item of the measuring grid shows, and whether it is checked.
     void setGridAvailable(bool available);
     void showGrid(bool on);
-    /// The menu of a technician's tools, which users do not meet.
+    /// The menu of technicians' tools, hidden from users.
     void showTools(bool shown);
     /// Check marks of the window list.
     void showOpenWindows(const OpenWindows &windows);

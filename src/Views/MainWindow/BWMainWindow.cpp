@@ -28,7 +28,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     setCentralWidget(m_content);
     m_content->installEventFilter(this);
     m_controlBar->installEventFilter(this);
-    // The bar comes first in the order of Tab, as it does for the eye.
+    // The bar comes first in the tab order, as it does for the eye.
     m_controlBar->raise();
     m_statusPill->raise();
     setTabOrder(m_controlBar, m_clipView);
@@ -81,7 +81,7 @@ void BWMainWindow::keyPressEvent(QKeyEvent *event)
         Q_EMIT otherKeyPressed(event->key(), event->isAutoRepeat());
 }
 
-/// The bar decides how narrow the window may become: its captions, and what is shown in it later.
+/// The control bar decides how narrow the window may become; its captions and contents change.
 void BWMainWindow::updateMinimumSize()
 {
     m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + 160);
@@ -115,7 +115,7 @@ void BWMainWindow::changeEvent(QEvent *event)
     QMainWindow::changeEvent(event);
     if (event->type() != QEvent::WindowStateChange)
         return;
-    m_menu->fullScreen->setChecked(isFullScreen()); // the desktop has its own ways to change it
+    m_menu->fullScreen->setChecked(isFullScreen()); // the desktop can change it as well
     Q_EMIT occlusionStateChanged();
 }
 

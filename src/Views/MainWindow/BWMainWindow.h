@@ -46,7 +46,7 @@ Q_SIGNALS:
     void resized();
     /// The window was shown, hidden, minimised or restored.
     void occlusionStateChanged();
-    /// A key for which nothing in the window has a use.
+    /// A key that nothing in the window handles.
     void otherKeyPressed(int key, bool autoRepeat);
 
 protected:

@@ -36,7 +36,7 @@ void BWStatusPill::setText(const QString &text)
 
 void BWStatusPill::announce(const QString &text)
 {
-    hide(); // a notification is said when it appears
+    hide(); // screen readers speak a notification when it appears
     m_text.clear();
     setText(text);
 }

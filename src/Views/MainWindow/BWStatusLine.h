@@ -7,7 +7,7 @@
 #include <QString>
 #include <QWidget>
 
-/// A short text on a dark pill over the live image. Ignores the mouse. Screen readers say what appears.
+/// A short text on a dark pill over the live image. Ignores the mouse. Screen readers speak what appears.
 class BWStatusPill : public QWidget {
     Q_OBJECT
 
@@ -15,11 +15,11 @@ public:
     explicit BWStatusPill(QWidget *parent);
 
     void setText(const QString &text);
-    /// As setText(); screen readers say it even where another text was shown before, or the same.
+    /// As setText(); screen readers speak it even if a text was showing already, or this one.
     void announce(const QString &text);
     const QString &text() const { return m_text; }
 
-    /// Takes its place at the middle of the lower edge of that area; long texts are wrapped.
+    /// Moves to the middle of the lower edge of that area; long texts wrap.
     void placeIn(const QRect &area);
 
 protected:
@@ -32,11 +32,11 @@ private:
     QPixmap drawn() const;
 
     QString m_text;
-    QPixmap m_drawn; // as the picture below moves, this is painted many times a second
+    QPixmap m_drawn; // cached, because the moving picture below has it painted many times a second
     QRect m_area;
 };
 
-/// The status line of the main window: what the session is doing, and for a moment what has just happened.
+/// The status line of the main window: what the session is doing and, briefly, what has just happened.
 class BWStatusLine : public QObject {
     Q_OBJECT
 
@@ -47,9 +47,9 @@ public:
     ~BWStatusLine() override;
 
     void setText(const QString &text);
-    /// In place of that text while something goes on; null when it is over.
+    /// Shown in place of that text while something is in progress; null afterwards.
     void setProgress(const QString &text);
-    /// Shows another text for a moment.
+    /// Shows another text briefly.
     void showForAMoment(const QString &text, double seconds = momentSeconds);
 
 private:

@@ -20,7 +20,7 @@ namespace {
 constexpr int mostRows = 24;
 constexpr char tagProperty[] = "tag";
 
-/// Leading digits count, everything else is nothing; what is too large stays the largest number there is.
+/// The value of the leading digits, 0 without any; limited to the largest number.
 long long integerValue(const QString &text)
 {
     return std::strtoll(text.toLatin1().constData(), nullptr, 10);
@@ -51,7 +51,7 @@ BWEMPIADebuggerWindowController::BWEMPIADebuggerWindowController(std::function<B
 
     m_noticeLabel->setWordWrap(true);
     m_noticeLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-    // What goes wrong is told in a sentence or two; the window neither jumps nor cuts it off.
+    // Room for a problem in a sentence or two, so that the window neither jumps nor cuts it off.
     m_noticeLabel->setMinimumWidth(22 * m_noticeLabel->fontMetrics().horizontalAdvance(u'M'));
     m_noticeLabel->setMinimumHeight(4 * m_noticeLabel->fontMetrics().lineSpacing());
     grid->addWidget(m_noticeLabel, tag + 1, 0, 1, 2);
@@ -203,7 +203,7 @@ void BWEMPIADebuggerWindowController::ended(const QString &problem)
 void BWEMPIADebuggerWindowController::updateButtons()
 {
     m_readButton->setEnabled(!m_busy);
-    // An empty field would write 0, which nobody means who has not read or typed anything yet.
+    // An empty field would write 0, which is not meant before anything was read or typed.
     bool filled = true;
     const auto fields = findChildren<QLineEdit *>();
     for (const QLineEdit *field : fields)

@@ -17,9 +17,9 @@ class QPushButton;
 /// A technician's window that reads and writes registers of the bridge chip in the current camera, by their names.
 ///
 /// Up to 24 rows are found by the number in the property "tag" of their widgets: a widget tagged i whose text is the
-/// name of a register, and one tagged -i that shows and takes its value. A name that is not known, or one without a
-/// field for its value, ends the program. The chip is asked on a thread of the window's own, so a slow bus holds
-/// nobody up, and the values are shown as they come. GUI thread.
+/// name of a register, and one tagged -i that shows and takes its value. An unknown name, or one without a field
+/// for its value, ends the program. The window accesses the chip on a thread of its own, so a slow bus blocks nothing,
+/// and shows the values as they arrive. GUI thread.
 class BWEMPIADebuggerWindowController final : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -28,7 +28,7 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// Ends the program for a name that is not known.
+    /// Ends the program if the name is unknown.
     int registerNameToIdentifier(const QString &name) const;
     /// Shows what the chip holds; 0 without a camera that has one.
     void onReadRegisters();
@@ -46,7 +46,7 @@ private:
     QList<Row> rows() const;
     std::shared_ptr<BWEmpiaCamera> currentCamera() const;
     void showValue(int tag, int value);
-    /// Runs that on the window's thread. What it returns is said to the technician unless it is null.
+    /// Runs that on the window's thread. Shows what it returns unless that is null.
     void begin(std::function<QString()> access);
     void ended(const QString &problem);
     void updateButtons();

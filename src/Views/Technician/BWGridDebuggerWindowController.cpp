@@ -86,7 +86,7 @@ void BWGridDebuggerWindowController::reload()
     m_productNameTextField->setText(product->name());
     m_resolutionTextField->setText(m_productInUse.camera()->defaultResolution().resolutionString());
     {
-        const QSignalBlocker blocker(m_gridSlider); // nobody has moved it
+        const QSignalBlocker blocker(m_gridSlider); // the user has not moved it
         m_gridSlider->setValue(qRound(m_callbacks.gridDistance() * stepsPerPoint));
     }
     updateResultNumber();

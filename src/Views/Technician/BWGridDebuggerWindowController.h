@@ -10,7 +10,7 @@ class QLabel;
 class QSlider;
 
 /// A technician's window that tunes how far apart the lines of the measuring grid are, while the grid follows on the
-/// live image. Nothing of it is stored. GUI thread.
+/// live image. Stores nothing. GUI thread.
 class BWGridDebuggerWindowController final : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -26,7 +26,7 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// Shows product, resolution and distance of the current camera; leaves all as it is where no product was chosen.
+    /// Shows product, resolution and distance of the current camera; changes nothing if there is no product.
     void reload();
 
 private:

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What a start may meet, in the order of the menu.
+/// The problems that a start may have, in the order of the menu.
 const QList<BWStartProblem> &starts()
 {
     using Kind = BWStartProblem::Kind;
@@ -104,7 +104,7 @@ BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
     const QList<std::shared_ptr<BWSimulatedCamera>> &cameras)
     : QWidget(nullptr, Qt::Tool), m_noCamerasLabel(new QLabel)
 {
-    // closed it could not be had back
+    // once closed it could not be reopened
     setWindowFlags(Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint);
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
@@ -129,8 +129,8 @@ void BWSimulatedCamerasWindowController::localizeWithManager(BWLocalizationManag
 void BWSimulatedCamerasWindowController::showBelow(const QWidget &window)
 {
     adjustSize();
-    // The other window, too, is only just being shown. Less than what is usual elsewhere: on a screen of 800 points both
-    // have just room.
+    // The other window is only just being shown as well. Less than the usual margins: a screen of 800 points has just
+    // room for both.
     constexpr QMargins margins{0, 30, 0, 0};
     const QRect other(window.pos(), window.size().grownBy(margins));
     const QRect place(other.bottomLeft(), size().grownBy(margins));

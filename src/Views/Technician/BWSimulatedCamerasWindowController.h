@@ -39,9 +39,9 @@ private:
     QString m_unplugText;
 };
 
-/// The hand that holds the simulated cameras, on the screen: plugs each one in and out, presses its button, and holds it
-/// as another program would. It belongs to no other window, for a sheet on that window would block it too, and with it
-/// the only way to plug a camera in again. GUI thread.
+/// Handles the simulated cameras: plugs each one in and out, presses its button, and occupies it as another program would.
+/// It has no parent window, because a sheet on that window would block it too, and with it the only way to plug a camera
+/// in again. GUI thread.
 class BWSimulatedCamerasWindowController final : public QWidget, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
