@@ -79,19 +79,19 @@ QImage BWAlbumGridModel::thumbnailForElementAtIndex(const BWThumbnailTableView &
 
 void BWAlbumGridModel::removeIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
-    if (m_callbacks.trash(filesAt(view, indexes), typeOf(view)))
+    if (m_actions.trash(filesAt(view, indexes), typeOf(view)))
         qCInfo(bwViews) << "Remove indexes:" << indexes;
 }
 
 void BWAlbumGridModel::openIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
     qCInfo(bwViews) << "Open indexes:" << indexes;
-    m_callbacks.open(filesAt(view, indexes));
+    m_actions.open(filesAt(view, indexes));
 }
 
 void BWAlbumGridModel::saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
-    m_callbacks.save(filesAt(view, indexes), typeOf(view));
+    m_actions.save(filesAt(view, indexes), typeOf(view));
 }
 
 int BWAlbumGridModel::numberOfColumnsForView(const BWThumbnailTableView &view)
