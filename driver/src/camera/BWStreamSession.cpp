@@ -47,7 +47,7 @@ QString inWords(const BWStartProblem &problem)
 
 std::shared_ptr<BWStreamSession> BWStreamSession::create(BWCamera &camera, const BWDetectedCameraPtr &detectedCamera)
 {
-    const auto session = std::make_shared<BWStreamSession>(camera, detectedCamera, detectedCamera->open());
+    auto session = std::make_shared<BWStreamSession>(camera, detectedCamera, detectedCamera->open());
     ++captureThreads;
     std::promise<void> ended;
     session->m_ended = ended.get_future();

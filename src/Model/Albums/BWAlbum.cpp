@@ -51,7 +51,7 @@ QUrl BWAlbum::nextPathForType(BWMediaType type) const
     const QByteArray stem = formatToday().toLatin1() + (image ? "_image_" : "_video_");
     for (unsigned long counter = 1;; ++counter) {
         const QByteArray number = QByteArray::number(static_cast<qulonglong>(counter)).rightJustified(3, '0');
-        const QUrl candidate = BWFilePath::entry(m_path, stem + number + (image ? ".jpg" : ".mov"));
+        QUrl candidate = BWFilePath::entry(m_path, stem + number + (image ? ".jpg" : ".mov"));
         if (!BWFilePath::exists(candidate))
             return candidate;
     }
