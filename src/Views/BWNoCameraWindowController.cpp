@@ -1,6 +1,5 @@
 #include "Views/BWNoCameraWindowController.h"
 
-#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
@@ -12,37 +11,6 @@
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-constexpr double pollSeconds = 0.3;
-}
-
-BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent)
-    : QDialog(parent), m_callbacks(std::move(callbacks)), m_clock(clock)
-{
-}
-
-void BWNoCameraBaseWindowController::setPreparingCamera(bool) { }
-
-void BWNoCameraBaseWindowController::showEvent(QShowEvent *event)
-{
-    QDialog::showEvent(event);
-    // It appears without warning: a key that was meant for a snapshot must not press a button.
-    setFocus();
-}
-
-void BWNoCameraBaseWindowController::windowDidLoad()
-{
-    watchPendingDevices();
-}
-
-void BWNoCameraBaseWindowController::watchPendingDevices()
-{
-    setPreparingCamera(m_callbacks.pendingDevices && m_callbacks.pendingDevices());
-    setObstacle(m_callbacks.obstacle ? m_callbacks.obstacle() : QString());
-    DispatchAfterStrict::dispatchForQueue(
-        this, [this] { watchPendingDevices(); }, pollSeconds, m_clock);
-}
 
 BWNoCameraWindowController::BWNoCameraWindowController(Callbacks callbacks, BWClock &clock, QWidget *cameraWindow)
     : BWNoCameraBaseWindowController(std::move(callbacks), clock, cameraWindow),
