@@ -63,6 +63,8 @@ private:
 
     void start(int threads, bool store = false, std::chrono::milliseconds patience = std::chrono::seconds(60))
     {
+        m_workers.reset();
+        m_ended.acquire(m_ended.available()); // of the threads before
         m_log.clear();
         m_taken.clear();
         m_notified = 0;

@@ -324,7 +324,7 @@ BWStartProblem BWStreamSession::tryToStart()
         return {BWStartProblem::Kind::Gone};
     if (m_queue.isClosed())
         return {BWStartProblem::Kind::Failed};
-    const BWStartProblem problem = m_device->startStreaming();
+    BWStartProblem problem = m_device->startStreaming();
     if (!problem.isNone()) {
         qCWarning(bwDriver).noquote() << m_detectedCamera->description() << "could not be started:" << inWords(problem);
         return problem;
