@@ -134,6 +134,8 @@ class ProgramTest(unittest.TestCase):
     def start_streaming(self):
         self.start()
         self.wait_for_stream("scope")
+        # Until then the window ignores the key, and this machine is slow.
+        self.wait("the session streams", lambda: "Camera session: streaming" in self.program.log)
         self.press_keys("F8")
         self.advanced = self.wait("the advanced settings", lambda: self.windows("--name", "^Advanced settings$"))[0]
 
