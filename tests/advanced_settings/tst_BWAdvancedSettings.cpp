@@ -1,13 +1,13 @@
-#include "../Rows.h"
-#include "../views/WidgetSearch.h"
 #include "BWManualClock.h"
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "NotingCamera.h"
+#include "Rows.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingViewController.h"
+#include "WidgetSearch.h"
 
 #include <QComboBox>
 #include <QDir>

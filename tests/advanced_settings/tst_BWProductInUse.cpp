@@ -1,8 +1,8 @@
-#include "../Rows.h"
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "NotingCamera.h"
+#include "Rows.h"
 
 #include <QTemporaryDir>
 #include <QTest>

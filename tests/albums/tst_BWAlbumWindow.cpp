@@ -1,9 +1,8 @@
-#include "../Rows.h"
-#include "../views/WidgetSearch.h"
 #include "BWManualClock.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 #include "TestFolder.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"
@@ -12,6 +11,7 @@
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 #include "Views/Utils/BWFilePanels.h"
+#include "WidgetSearch.h"
 
 #include <QDialogButtonBox>
 #include <QFileDialog>

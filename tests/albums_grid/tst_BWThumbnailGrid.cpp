@@ -1,5 +1,5 @@
-#include "../Rows.h"
 #include "GridFixture.h"
+#include "Rows.h"
 #include "Views/Albums/BWThumbnailCellPainter.h"
 #include "Views/Albums/BWThumbnailDrag.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"

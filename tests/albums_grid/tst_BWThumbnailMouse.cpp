@@ -1,6 +1,6 @@
-#include "../Rows.h"
 #include "GridFixture.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 
 #include <QContextMenuEvent>

@@ -1,5 +1,5 @@
-#include "../settings/AttachedCameras.h"
 #include "App/Capture/BWCaptureFeedback.h"
+#include "AttachedCameras.h"
 #include "BWManualClock.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"

@@ -1,7 +1,6 @@
-#include "../settings/AttachedCameras.h"
-#include "../views/WidgetSearch.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
+#include "AttachedCameras.h"
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
@@ -11,6 +10,7 @@
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/Technician/BWGridDebuggerWindowController.h"
+#include "WidgetSearch.h"
 
 #include <QAction>
 #include <QMenu>

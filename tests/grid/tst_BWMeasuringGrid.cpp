@@ -1,5 +1,5 @@
-#include "../Rows.h"
 #include "Model/LiveView/BWMeasuringGrid.h"
+#include "Rows.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 
 #include <algorithm>

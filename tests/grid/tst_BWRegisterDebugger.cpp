@@ -1,10 +1,10 @@
-#include "../model/AbortCheck.h"
-#include "../views/WidgetSearch.h"
+#include "AbortCheck.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCaptureDevice.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Technician/BWEMPIADebuggerWindowController.h"
+#include "WidgetSearch.h"
 
 #include <QElapsedTimer>
 #include <QLineEdit>

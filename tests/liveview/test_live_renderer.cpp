@@ -1,4 +1,4 @@
-#include "../Rows.h"
+#include "Rows.h"
 #include "TestFrames.h"
 
 #include "Model/LiveView/BWLiveRenderer.h"

@@ -1,5 +1,5 @@
-#include "../Rows.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Rows.h"
 
 #include <QTest>
 

@@ -1,10 +1,10 @@
-#include "../Rows.h"
 #include "AbortCheck.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 #include "TestFolder.h"
 
 #include <QJsonDocument>

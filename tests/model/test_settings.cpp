@@ -1,7 +1,7 @@
-#include "../Rows.h"
 #include "AbortCheck.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "Rows.h"
 
 #include <QCryptographicHash>
 #include <QDir>

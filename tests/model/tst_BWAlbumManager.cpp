@@ -1,7 +1,7 @@
-#include "../Rows.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Albums/BWFileNameOrder.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "Rows.h"
 #include "SmallDisk.h"
 #include "TestFolder.h"
 

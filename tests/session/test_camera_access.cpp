@@ -1,5 +1,5 @@
-#include "../Rows.h"
 #include "Model/Session/BWCameraAuthorization.h"
+#include "Rows.h"
 
 #include <cerrno>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "../Rows.h"
+#include "Rows.h"
 #include "SessionBench.h"
 
 using Answer = BWCameraSession::StartAnswer;

@@ -1,6 +1,6 @@
-#include "../Rows.h"
 #include "BWACUDriver/BWMovie.h"
 #include "Model/Session/BWQuitting.h"
+#include "Rows.h"
 #include "SessionBench.h"
 
 using namespace std::chrono_literals;

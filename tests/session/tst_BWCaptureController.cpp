@@ -1,4 +1,3 @@
-#include "../Rows.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWMovie.h"
@@ -7,6 +6,7 @@
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "MovieProbe.h"
+#include "Rows.h"
 #include "SmallDisk.h"
 #include "Utils/BWUIUtils.h"
 

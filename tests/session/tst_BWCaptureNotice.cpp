@@ -1,7 +1,7 @@
-#include "../Rows.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/Capture/BWCaptureNotice.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 
 #include <QTest>
 

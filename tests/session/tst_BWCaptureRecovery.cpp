@@ -1,6 +1,6 @@
-#include "../Rows.h"
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Capture/BWCaptureRecovery.h"
+#include "Rows.h"
 #include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWUIUtils.h"
 

@@ -1,6 +1,6 @@
-#include "../Rows.h"
 #include "AttachedCameras.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 #include "Utils/BWVersion.h"
 #include "Views/Help/BWHelpContact.h"
 #include "Views/Help/BWShortcutTable.h"

@@ -1,11 +1,11 @@
-#include "../Rows.h"
-#include "../views/WidgetSearch.h"
 #include "AttachedCameras.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 #include "Views/Settings/BWSettingsForm.h"
 #include "Views/Settings/BWSettingsWindowController.h"
+#include "WidgetSearch.h"
 
 #include <QApplication>
 #include <QTemporaryDir>

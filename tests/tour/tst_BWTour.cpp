@@ -1,4 +1,3 @@
-#include "../Rows.h"
 #include "App/Start/BWAppTexts.h"
 #include "AppDelegate.h"
 #include "BWManualClock.h"
@@ -9,6 +8,7 @@
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 #include "TestFolder.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWAlbumFooter.h"

@@ -1,6 +1,6 @@
-#include "../Rows.h"
 #include "BWManualClock.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Rows.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 
 #include <memory>

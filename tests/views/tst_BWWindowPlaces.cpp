@@ -1,5 +1,5 @@
-#include "../Rows.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "Rows.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 

@@ -1,5 +1,6 @@
 #include "MovieProbe.h"
 
+#include <optional>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
