@@ -55,13 +55,11 @@ public:
         options.type = BWSimulatedCameraOptions::Type::Ultra;
         options.path = arguments.at(0);
         options.pixelFormat = arguments.at(1) == u"mjpeg"_s ? BWPixelFormat::MJPEG : BWPixelFormat::YUYV;
-        auto backend = BWSimulatedBackend::create({options});
-        m_hand = backend->cameras().first();
-        std::vector<std::unique_ptr<BWCameraBackend>> backends;
-        backends.push_back(std::move(backend));
-        m_detector.emplace(QList{BWCameraDetector::descriptionForUltraResolutionMicroscope()}, std::move(backends));
-        m_detector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { start(device); });
-        m_detector->startCamerasDetection();
+        m_backend = BWSimulatedBackend::create({options});
+        m_hand = m_backend->cameras().first();
+        m_backend->start(
+            {BWCameraDetector::descriptionForUltraResolutionMicroscope()},
+            {[this](const BWDetectedCameraPtr &device) { start(device); }, [](const BWDetectedCameraPtr &) {}});
     }
 
     /// One word from the test: "stop", "unplug" or "smaller".
@@ -105,7 +103,7 @@ private:
     BWCaptureController m_controller;
     BWResolution m_resolution;
     std::shared_ptr<BWSimulatedCamera> m_hand;
-    std::optional<BWCameraDetector> m_detector;
+    std::unique_ptr<BWSimulatedBackend> m_backend;
     BWCameraManager m_manager;
     BWCameraPtr m_camera;
     bool m_begun = false; // this and the next belong to the thread that delivers the frames

@@ -1,4 +1,4 @@
-"""How recordings end when no one presses stop, and what becomes of them on a slow or full disk."""
+"""How recordings end when no one presses stop, and what becomes of them after a kill or on a slow or full disk."""
 
 import os
 import random
@@ -6,13 +6,15 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
 import capture_run
 import numbered_movie
 
-LENGTH = 60
+LENGTH = 60  # pictures in the movie that the camera shows over and over
+KILLS = int(os.environ.get("BW_KILLS", 4))  # of each kind of recording
 ASKED, CAMERA_CHANGED, CAMERA_GONE, DISK_FULL = 1, 2, 3, 4
 
 
@@ -101,6 +103,33 @@ class Endings(Recordings):
         self.assertTrue(reported)
         self.assertEqual(reported, sorted(reported))
         self.assertLessEqual(reported[-1], 1)
+
+
+class Kills(Recordings):
+    def test_killed_at_random_moments(self):
+        """No kill costs more than the frame that was being written."""
+        print("             kills  frames written  lost at most in one kill  lost in all")
+        for pixel_format, size, rate in (("mjpeg", "640x480", 30), ("yuyv", "640x480", 30), ("mjpeg", "2592x1944", 15),
+                                         ("yuyv", "2592x1944", 8)):
+            written = 0
+            losses = []
+            for kill in range(KILLS):
+                run = self.record(size, rate, name=f"{pixel_format}-{size}-{kill}", pixel_format=pixel_format)
+                end = time.monotonic() + random.uniform(0.1, 0.9)
+                while time.monotonic() < end:
+                    run.read_until("frame ")
+                time.sleep(random.random() / 15)  # not always right after a frame
+                run.kill()
+                recovered = run.recover()
+                self.assertEqual(run.left_files(), [])
+                numbers = numbered_movie.numbers(recovered) if recovered else []
+                written += run.written
+                losses.append(run.written - len(numbers))
+                with self.subTest(pixel_format=pixel_format, size=size, kill=kill):
+                    self.assertLessEqual(losses[-1], 1)
+                    self.assertTrue(numbers)
+                    self.assertTrue(run.has_in_order(numbers, LENGTH), f"{run.delivered}: {numbers}")
+            print(f"{pixel_format:6} {size:>12}  {KILLS:6}  {written:14}  {max(losses):24}  {sum(losses):11}")
 
 
 class SmallDisk(Recordings):

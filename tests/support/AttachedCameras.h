@@ -14,11 +14,8 @@ public:
     explicit AttachedCameras(const QList<Type> &types)
     {
         QList<BWSimulatedCameraOptions> options;
-        for (const Type type : types) {
-            options.append(BWSimulatedCameraOptions());
-            options.last().type = type;
-            options.last().pacing = BWSimulatedCameraOptions::Pacing::Manual;
-        }
+        for (const Type type : types)
+            options.append({.type = type, .pacing = BWSimulatedCameraOptions::Pacing::Manual});
         m_backend = BWSimulatedBackend::create(options);
         m_backend->start(BWCameraDetector::supportedDescriptions(),
                          {[this](const BWDetectedCameraPtr &device) { m_manager.addDetectedCamera(device); },
