@@ -105,7 +105,6 @@ private Q_SLOTS:
         QVERIFY(!BWJpegHeader(bytes(bare), size_t(bare.size())).hasHuffmanTables());
 
         const QByteArray whole = completed(bare + QByteArray(100, '\0'));
-        QCOMPARE(huffmanTablesOf(whole), huffmanTablesOf(jpeg)); // those that the encoder's authors wrote down
         QCOMPARE(withoutHuffmanTables(whole), bare);
         QCOMPARE(QImage::fromData(whole), QImage::fromData(jpeg));
 
@@ -125,9 +124,7 @@ private Q_SLOTS:
             const auto expected = [&](QColor c) {
                 if (format != BWPixelFormat::GREY)
                     return c;
-                const bool old = matrix == BWColorMatrix::BT601;
-                const int y = int(std::lround((old ? 0.299 : 0.2126) * c.red() + (old ? 0.587 : 0.7152) * c.green()
-                                              + (old ? 0.114 : 0.0722) * c.blue()));
+                const auto y = uint8_t(TestFrames::component('Y', c, matrix, BWColorRange::Full));
                 return QColor(y, y, y);
             };
             const QColor shownLeft = image.pixelColor(size.width() / 4, size.height() / 2);
