@@ -18,8 +18,6 @@ namespace {
 struct SlowDisk {
     QSemaphore mayWrite;
     QSemaphore buffersHeld;
-    std::atomic<bool> full = false;
-    std::atomic<int> keepsBack = 0; ///< frames that are accepted although it is full
     std::atomic<bool> finished = false;
     std::atomic<int> written = 0;
     const std::vector<uint8_t> picture = std::vector<uint8_t>(4 << 20);
@@ -30,14 +28,12 @@ struct SlowDisk {
         bool write(const BWFrame &) override
         {
             m_disk.mayWrite.acquire();
-            if (m_disk.full)
-                return m_disk.keepsBack-- > 0;
             ++m_disk.written;
             return true;
         }
         bool finish() override { return m_disk.finished = true; }
         int64_t bytesWritten() const override { return m_disk.written; }
-        bool diskIsFull() const override { return m_disk.full; }
+        bool diskIsFull() const override { return false; }
         bool isRemoved() const override { return false; }
         bool isEmpty() const override { return m_disk.written == 0; }
 
@@ -67,29 +63,6 @@ class TestCapture : public QObject {
     using Type = BWSimulatedCameraOptions::Type;
 
 private Q_SLOTS:
-    void snapshotIsTheFrameItselfOrEncodedOnce()
-    {
-        for (const BWPixelFormat format : {BWPixelFormat::MJPEG, BWPixelFormat::YUYV}) {
-            OpenedCamera opened(Type::Ultra, format);
-            QVERIFY(opened.probe->start());
-            QList<QByteArray> expected;
-            for (int i = 0; i < 3; ++i) {
-                opened.camera->takeSnapshot();
-                opened.probe->settle();
-                opened.probe->holdNextFrames(1);
-                QVERIFY(opened.probe->stream(1));
-                const BWFrame frame = opened.probe->takeHeld().front();
-                const BWPlane &plane = frame.plane(0);
-                expected.append(format == BWPixelFormat::MJPEG
-                                    ? QByteArray(reinterpret_cast<const char *>(plane.data), qsizetype(plane.size))
-                                    : BWJpeg::encode(frame, 95));
-                QVERIFY(opened.probe->waitForSnapshots(i + 1));
-            }
-            QCOMPARE(opened.probe->snapshots(), expected);
-            QVERIFY(expected[0] != expected[1]);
-        }
-    }
-
     void tornFrameLeavesTheRequestToTheNext()
     {
         OpenedCamera opened(Type::Ultra, BWPixelFormat::MJPEG);
@@ -165,26 +138,6 @@ private Q_SLOTS:
         QCOMPARE(recorder.status().frames, uint64_t(disk.written));
         QCOMPARE(disk.buffersHeld.available(), 0);
         QCOMPARE(changes, (std::vector<bool>{true, false}));
-    }
-
-    void fullDiskEndsTheRecording()
-    {
-        SlowDisk disk;
-        disk.full = true;
-        disk.keepsBack = 1;
-        disk.mayWrite.release(1000);
-        std::atomic<int> ends = 0;
-        BWMovieRecorder recorder([&](bool recording, const BWRecordingStatus &) { ends += recording ? 100 : 1; },
-                                 disk.opener());
-        recorder.begin(recorder.reserve({}));
-        QCOMPARE(recorder.reserve({}), 0u);
-        while (recorder.isActive())
-            recorder.offer(disk.makeFrame());
-        recorder.waitUntilComplete();
-        QCOMPARE(ends, 101);
-        QCOMPARE(recorder.status().end, BWRecordingStatus::End::DiskFull);
-        QCOMPARE(recorder.status().frames, 0u);
-        QVERIFY(recorder.reserve({}) > 0);
     }
 
     void everyRecordingReportsItsOwnEnd()

@@ -54,26 +54,6 @@ private Q_SLOTS:
         QCOMPARE(watched.removed, watched.found);
     }
 
-    void onlyWatchedTypesAreFound()
-    {
-        Watched watched(Type::Wireless, 1);
-        watched.clock.advance(2s);
-        QVERIFY(!watched.backend->pendingDevices());
-        QVERIFY(watched.found.isEmpty());
-    }
-
-    void handOutlivesTheBackend()
-    {
-        Watched watched(Type::High, 1);
-        watched.backend.reset();
-        watched.clock.advance(2s);
-        watched.hand->unplug();
-        watched.hand->plugIn();
-        watched.hand->pushFrames(3);
-        QVERIFY(watched.hand->isPluggedIn());
-        QVERIFY(watched.found.isEmpty());
-    }
-
     void resolutionsAreParsedFromWholeTexts()
     {
         for (const QString &text : {u"640x480"_s, u"00640x0480"_s})
