@@ -1,6 +1,7 @@
 #include "BWACUDriver/BWJpegHeader.h"
 #include "media/BWJpeg.h"
 #include "MediaFixture.h"
+#include "Rows.h"
 #include "TestFrames.h"
 
 #include <QElapsedTimer>
@@ -49,12 +50,7 @@ class TestJpeg : public QObject {
 private Q_SLOTS:
     void recognisesDamage_data()
     {
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<bool>("complete");
-        QTest::addColumn<bool>("clean");
-        const auto row = [](const char *name, const QByteArray &data, bool complete = false, bool clean = false) {
-            QTest::newRow(name) << data << complete << clean;
-        };
+        const Rows<QByteArray, bool, bool> row; // whether it looks complete, and can be decoded without a complaint
         const QByteArray jpeg = detailedJpeg(320, 240);
         const qsizetype half = jpeg.size() / 2;
         const qsizetype frameHeader = jpeg.indexOf("\xff\xc0");
@@ -67,20 +63,20 @@ private Q_SLOTS:
         row("torn in the middle", torn(jpeg), true, false);
         QByteArray noQuantization = jpeg;
         noQuantization[noQuantization.indexOf("\xff\xdb") + 3] = 9; // shorter than a table is
-        row("torn table", noQuantization);
-        row("second half zero", jpeg.left(half) + QByteArray(half, '\0'));
-        row("end marker missing", jpeg.chopped(2));
-        row("headers only", jpeg.left(jpeg.indexOf("\xff\xda")) + "\xff\xd9");
-        row("no frame header", noFrameHeader);
-        row("only markers", "\xff\xd8\xff\xd9");
-        row("nothing", {});
+        row("torn table", noQuantization, false, false);
+        row("second half zero", jpeg.left(half) + QByteArray(half, '\0'), false, false);
+        row("end marker missing", jpeg.chopped(2), false, false);
+        row("headers only", jpeg.left(jpeg.indexOf("\xff\xda")) + "\xff\xd9", false, false);
+        row("no frame header", noFrameHeader, false, false);
+        row("only markers", "\xff\xd8\xff\xd9", false, false);
+        row("nothing", {}, false, false);
     }
 
     void recognisesDamage()
     {
-        QFETCH(QByteArray, data);
-        QTEST(BWJpeg::looksComplete(bytes(data), size_t(data.size())), "complete");
-        QTEST(BWJpeg::decodesCleanly(bytes(data), size_t(data.size())), "clean");
+        const auto [data, complete, clean] = Rows<QByteArray, bool, bool>::current();
+        QCOMPARE(BWJpeg::looksComplete(bytes(data), size_t(data.size())), complete);
+        QCOMPARE(BWJpeg::decodesCleanly(bytes(data), size_t(data.size())), clean);
         const QByteArray good = detailedJpeg(320, 240);
         QVERIFY2(BWJpeg::decodesCleanly(bytes(good), size_t(good.size())), "the next one has nothing to do with it");
     }
