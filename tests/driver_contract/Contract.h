@@ -129,7 +129,8 @@ private Q_SLOTS:
     void cleanup() { m_bench.reset(); }
 };
 
-/// Detection, start and stop, size and controls, frames, unplugging.
-std::unique_ptr<Contract> makeSessionContract(BackendFixture &fixture);
-/// Snapshots and recordings.
+/// Runs all of it, with arguments for Qt Test; the number of failures.
+int runContract(BackendFixture &fixture, const QStringList &arguments);
+
+/// Its part about snapshots and recordings.
 std::unique_ptr<Contract> makeCaptureContract(BackendFixture &fixture);

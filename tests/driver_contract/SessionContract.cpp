@@ -8,6 +8,7 @@
 using namespace Qt::StringLiterals;
 using Sequences = std::vector<uint64_t>;
 
+/// Detection, start and stop, size and controls, frames, unplugging.
 class SessionContract : public Contract {
     Q_OBJECT
 
@@ -307,9 +308,10 @@ private Q_SLOTS:
     }
 };
 
-std::unique_ptr<Contract> makeSessionContract(BackendFixture &fixture)
+int runContract(BackendFixture &fixture, const QStringList &arguments)
 {
-    return std::make_unique<SessionContract>(fixture);
+    SessionContract session(fixture);
+    return QTest::qExec(&session, arguments) + QTest::qExec(makeCaptureContract(fixture).get(), arguments);
 }
 
 #include "SessionContract.moc"

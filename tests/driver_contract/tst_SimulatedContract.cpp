@@ -6,25 +6,24 @@ namespace {
 
 /// A simulated camera of one type and format.
 class SimulatedFixture : public BackendFixture {
+    using Options = BWSimulatedCameraOptions;
+
 public:
-    explicit SimulatedFixture(BWSimulatedCameraOptions::Type type, BWPixelFormat format)
+    explicit SimulatedFixture(Options::Type type, BWPixelFormat format)
+        : m_options{.type = type, .pacing = Options::Pacing::Manual, .pixelFormat = format}
     {
-        m_options.type = type;
-        m_options.pacing = BWSimulatedCameraOptions::Pacing::Manual;
-        m_options.pixelFormat = format;
     }
 
     QString name() const override
     {
         return QStringLiteral("simulated %1, pixel format %2")
-            .arg(BWSimulatedCameraOptions::typeNames().at(int(m_options.type)))
+            .arg(Options::typeNames().at(int(m_options.type)))
             .arg(int(*m_options.pixelFormat));
     }
     BWCameraDescriptionPtr description() const override
     {
-        return m_options.type == BWSimulatedCameraOptions::Type::Wireless
-            ? BWCameraDetector::descriptionForReceptorWirelessMicroscope()
-            : BWCameraDetector::descriptionForUltraResolutionMicroscope();
+        return m_options.type == Options::Type::Wireless ? BWCameraDetector::descriptionForReceptorWirelessMicroscope()
+                                                         : BWCameraDetector::descriptionForUltraResolutionMicroscope();
     }
     std::unique_ptr<BWCameraBackend> makeBackend(bool attached) override
     {
@@ -41,7 +40,7 @@ public:
     int moreThanAllBuffers() const override { return 20; }
 
 private:
-    BWSimulatedCameraOptions m_options;
+    Options m_options;
     std::shared_ptr<BWSimulatedCamera> m_camera;
 };
 
@@ -56,8 +55,7 @@ int main(int argc, char **argv)
          {SimulatedFixture(Type::Ultra, BWPixelFormat::YUYV), SimulatedFixture(Type::Ultra, BWPixelFormat::MJPEG),
           SimulatedFixture(Type::Wireless, BWPixelFormat::YUYV)}) {
         qInfo("With %s", qPrintable(fixture.name()));
-        for (const auto &contract : {makeSessionContract, makeCaptureContract})
-            failures += QTest::qExec(contract(fixture).get(), argc, argv);
+        failures += runContract(fixture, QCoreApplication::arguments());
     }
     return failures;
 }

@@ -95,9 +95,5 @@ int main(int argc, char **argv)
     if (arguments.size() < 3)
         qFatal("Usage: tst_usb_camera_contract USB_CAMERAS FRAMES [Qt Test's own]");
     UsbCameraFixture fixture(arguments.at(1), arguments.at(2));
-    const QStringList rest = QStringList(arguments.at(0)) + arguments.mid(3);
-    int failures = 0;
-    for (const auto &contract : {makeSessionContract, makeCaptureContract})
-        failures += QTest::qExec(contract(fixture).get(), rest);
-    return failures;
+    return runContract(fixture, arguments.first(1) + arguments.mid(3));
 }

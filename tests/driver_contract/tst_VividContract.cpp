@@ -39,8 +39,5 @@ int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     VividFixture fixture;
-    int failures = 0;
-    for (const auto &contract : {makeSessionContract, makeCaptureContract})
-        failures += QTest::qExec(contract(fixture).get(), argc, argv);
-    return failures;
+    return runContract(fixture, QCoreApplication::arguments());
 }
