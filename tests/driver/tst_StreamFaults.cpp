@@ -133,7 +133,7 @@ private Q_SLOTS:
             opened.camera->setSetting(BWSettingBrightness, 20);
             if (call == u"stop"_s)
                 opened.camera->stopWithCompletion({});
-            notes.last()->waitUntilBusy();
+            QTRY_VERIFY(notes.last()->isBusy());
             opened.camera->setOnCameraFrame([&](BWCamera &, const BWFrame &) { late += over; });
             opened.camera->setOnCameraRecording([&](BWCamera &, bool recording, const BWRecordingStatus &) {
                 reported += recording ? 0 : 1;

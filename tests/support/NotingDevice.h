@@ -41,11 +41,6 @@ public:
         const std::lock_guard lock(m_mutex);
         return m_busy;
     }
-    void waitUntilBusy()
-    {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_busy; });
-    }
 
     /// The camera moves a control by itself.
     std::function<void(int identifier, double value)> moves;
