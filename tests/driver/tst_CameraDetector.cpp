@@ -16,12 +16,12 @@ public:
         std::atomic<bool> pending = false;
     };
 
-    explicit PuppetBackend(std::shared_ptr<Strings> strings) : m_strings(std::move(strings)) { }
-    void start(const QList<BWCameraDescriptionPtr> &, Events events) override { m_strings->events = events; }
-    bool pendingDevices() const override { return m_strings->pending; }
+    explicit PuppetBackend(Strings &strings) : m_strings(strings) { }
+    void start(const QList<BWCameraDescriptionPtr> &, Events events) override { m_strings.events = events; }
+    bool pendingDevices() const override { return m_strings.pending; }
 
 private:
-    const std::shared_ptr<Strings> m_strings;
+    Strings &m_strings;
 };
 
 BWDetectedCameraPtr makeDevice()
@@ -47,7 +47,7 @@ class TestCameraDetector : public QObject {
             detector->startCamerasDetection();
         }
 
-        std::shared_ptr<PuppetBackend::Strings> strings = std::make_shared<PuppetBackend::Strings>();
+        PuppetBackend::Strings strings;
         QList<BWDetectedCameraPtr> found;
         QList<BWDetectedCameraPtr> removed;
         std::unique_ptr<BWCameraDetector> detector;
@@ -59,18 +59,18 @@ private Q_SLOTS:
         const BWDetectedCameraPtr first = makeDevice();
         const BWDetectedCameraPtr second = makeDevice();
         Setup setup;
-        setup.strings->events.found(first);
+        setup.strings.events.found(first);
         std::thread([&] {
-            setup.strings->events.found(first); // known already
-            setup.strings->events.found(second);
+            setup.strings.events.found(first); // known already
+            setup.strings.events.found(second);
         }).join();
         QVERIFY2(setup.found.isEmpty(), "called before the event loop");
         QTRY_COMPARE(setup.found, (QList{first, second}));
         std::thread([&] {
-            setup.strings->events.removed(second);
-            setup.strings->events.removed(second);
-            setup.strings->events.removed(makeDevice()); // never found
-            setup.strings->events.removed(first);
+            setup.strings.events.removed(second);
+            setup.strings.events.removed(second);
+            setup.strings.events.removed(makeDevice()); // never found
+            setup.strings.events.removed(first);
         }).join();
         QTRY_COMPARE(setup.removed.size(), 2);
         QCoreApplication::processEvents();
@@ -83,17 +83,17 @@ private Q_SLOTS:
         Setup setup;
         const BWDetectedCameraPtr device = makeDevice();
         QVERIFY(!setup.detector->pendingDevices());
-        setup.strings->pending = true;
+        setup.strings.pending = true;
         QVERIFY(setup.detector->pendingDevices());
-        setup.strings->events.found(device);
-        setup.strings->pending = false;
+        setup.strings.events.found(device);
+        setup.strings.pending = false;
         QVERIFY(setup.detector->pendingDevices());
         QTRY_COMPARE(setup.found.size(), 1);
         QVERIFY(!setup.detector->pendingDevices());
 
         const BWDetectedCameraPtr gone = makeDevice();
-        setup.strings->events.found(gone);
-        setup.strings->events.removed(gone);
+        setup.strings.events.found(gone);
+        setup.strings.events.removed(gone);
         QVERIFY(!setup.detector->pendingDevices());
         QCoreApplication::processEvents();
         QCOMPARE(setup.found, QList{device});
@@ -108,8 +108,8 @@ private Q_SLOTS:
             std::thread backend([&] {
                 while (!stop) {
                     const BWDetectedCameraPtr device = makeDevice();
-                    setup.strings->events.found(device);
-                    setup.strings->events.removed(device);
+                    setup.strings.events.found(device);
+                    setup.strings.events.removed(device);
                 }
             });
             QCoreApplication::processEvents();

@@ -1,11 +1,9 @@
-#include "BWACUDriver/BWDiskSpace.h"
 #include "capture/BWMovieRecorder.h"
 #include "media/BWJpeg.h"
 #include "OpenedCamera.h"
 
 #include <atomic>
 #include <QSemaphore>
-#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 #include <utility>
@@ -114,9 +112,6 @@ private Q_SLOTS:
         QCOMPARE(opened.camera->statistics().framesLost, 0u);
         while (opened.probe->snapshots().size() < requests)
             QVERIFY(opened.probe->stream(1));
-        const QList<QByteArray> snapshots = opened.probe->snapshots();
-        // No frame serves two requests; only the specimen, which moves in a circle, may show the same once more.
-        QVERIFY(QSet<QByteArray>(snapshots.cbegin(), snapshots.cend()).size() >= requests - 2);
     }
 
     void slowDiskDoesNotHoldUpTheStream()
@@ -165,12 +160,6 @@ private Q_SLOTS:
         recorder.waitUntilComplete();
         QCOMPARE(reported, QStringList({u"first 1 1"_s, u"first 0 1"_s, u"second 0 0"_s}));
         QVERIFY(!recorder.isActive());
-    }
-
-    void aDiskWithoutSizeIsNotFull()
-    {
-        QVERIFY(!BWDiskSpace::isNearlyFull("/proc")); // has no blocks at all
-        QVERIFY(BWDiskSpace::isNearlyFull("/", uint64_t(1) << 60));
     }
 
     void callbacksMayCallTheCamera()

@@ -1,3 +1,5 @@
+#include "BWACUDriver/BWDiskSpace.h"
+#include "BWACUDriver/BWResolution.h"
 #include "BWACUDriver/DispatchAfterStrict.h"
 #include "BWManualClock.h"
 
@@ -6,30 +8,28 @@
 #include <QTest>
 #include <QThread>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class TestDispatchAfterStrict : public QObject {
+class TestDriverBasics : public QObject {
     Q_OBJECT
 
     BWManualClock m_clock;
-
-    DispatchAfterStrict::Handle after(double seconds, std::function<void()> block)
-    {
-        return DispatchAfterStrict::dispatchForQueue(this, std::move(block), seconds, m_clock);
-    }
 
 private Q_SLOTS:
     void cancelHoldsOnlyBeforeTheStart()
     {
         const auto runs = std::make_shared<int>(0);
-        const auto early = after(1, [runs] { *runs += 100; });
+        const auto early = DispatchAfterStrict::dispatchForQueue(
+            this, [runs] { *runs += 100; }, 1, m_clock);
         early->cancel();
         QVERIFY2(runs.use_count() == 1, "a cancelled block holds on to nothing");
         DispatchAfterStrict::Handle own;
-        own = after(2, [&] {
+        const auto once = [&] {
             own->cancel(); // must not destroy what runs
             ++*runs;
-        });
+        };
+        own = DispatchAfterStrict::dispatchForQueue(this, once, 2, m_clock);
         m_clock.advance(3s);
         own->cancel();
         QCOMPARE(*runs, 1);
@@ -78,7 +78,25 @@ private Q_SLOTS:
         thread.quit();
         thread.wait();
     }
+
+    void aDiskWithoutSizeIsNotFull()
+    {
+        QVERIFY(!BWDiskSpace::isNearlyFull("/proc")); // has no blocks at all
+        QVERIFY(BWDiskSpace::isNearlyFull("/", uint64_t(1) << 60));
+    }
+
+    void resolutionsAreParsedFromWholeTexts()
+    {
+        for (const QString &text : {u"640x480"_s, u"00640x0480"_s})
+            QCOMPARE(BWResolution::fromResolutionString(text), BWResolution(640, 480));
+        const BWResolution largest(32768, 32768);
+        QCOMPARE(BWResolution::fromResolutionString(largest.resolutionString()), largest);
+        for (const QString &text :
+             {u""_s, u"640"_s, u"640x"_s, u"x480"_s, u"640X480"_s, u"640x480x2"_s, u"640x480\n"_s, u"+640x480"_s,
+              u"0x480"_s, u"32769x1"_s, u"99999999999x1"_s, u"6.4x4"_s, u"\u0661\u0662x480"_s})
+            QVERIFY2(!BWResolution::fromResolutionString(text), qPrintable(text));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestDispatchAfterStrict)
-#include "tst_DispatchAfterStrict.moc"
+QTEST_GUILESS_MAIN(TestDriverBasics)
+#include "tst_DriverBasics.moc"
