@@ -33,7 +33,7 @@ QImage drawn(BWPictureSource &source, BWResolution resolution = size, uint64_t i
     auto *bytes = reinterpret_cast<uint8_t *>(pixels.data());
     source.renderYUYV(index, bytes, int(stride));
     for (qsizetype end = stride; end <= pixels.size(); end += stride) {
-        if (!pixels.first(end).endsWith(padding))
+        if (!QByteArrayView(pixels).first(end).endsWith(padding))
             return {};
     }
     BWFrameInfo info;
@@ -66,7 +66,7 @@ double difference(const QImage &a, const QImage &b)
     return sum / (3.0 * a.width() * a.height());
 }
 
-/// Mean from 0 to 255; none for no picture.
+/// Mean from 0 to 255; negative without a picture.
 double brightness(const QImage &image)
 {
     return image.isNull() ? -1 : qGray(image.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixel(0, 0));
