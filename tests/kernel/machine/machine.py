@@ -7,15 +7,15 @@ import socket
 import subprocess
 import sys
 import time
-from pathlib import Path
 
 import initramfs
 import qemu
-from faults import MachineFailure, MissingPackage, TimeIsUp
 
-UDEV = Path("/lib/systemd/systemd-udevd")
-MODPROBE = Path("/sbin/modprobe")
 CONSOLE_LINES = 80  # of its end are shown when the machine fails; a panic alone takes some sixty
+
+
+class MachineFailure(Exception):
+    """The machine itself failed, not the command in it: a panic, a hang, an end without an answer."""
 
 
 class Machine:
@@ -26,16 +26,12 @@ class Machine:
     """
 
     def __init__(self, kernel, modules, environment, directory):
-        for program, package in ((UDEV, "udev"), (MODPROBE, "kmod")):
-            if not program.exists():
-                raise MissingPackage(str(program), package)
         self._kernel = kernel
         self._modules = modules
         self._environment = environment
         self._directory = directory
         self.console = bytearray()
         self._status = bytearray()
-        self.boot_seconds = None  # by the guest's clock, until the command was started
 
     def run(self, command, seconds):
         """Runs it with its output in ours; returns its exit code."""
@@ -72,7 +68,7 @@ class Machine:
 
     def _listen(self, ends, process, deadline):
         """Until the machine has closed all its ends, by itself or because it is switched off after its exit code has arrived."""
-        receivers = {"console": self.console.extend, "status": self._status_received,
+        receivers = {"console": self.console.extend, "status": self._status.extend,
                      "output": self._writer(sys.stdout.buffer), "errors": self._writer(sys.stderr.buffer)}
         with selectors.DefaultSelector() as selector:
             for name, end in ends.items():
@@ -80,13 +76,13 @@ class Machine:
             while selector.get_map():
                 left = deadline - time.monotonic()
                 if left <= 0:
-                    raise TimeIsUp("the command has not ended in time" if self.boot_seconds else
-                                   "the machine has not come up in time")
+                    raise MachineFailure("the command has not ended in time" if self.reported("up") else
+                                         "the machine has not come up in time")
                 for key, _ in selector.select(left):
                     data = key.fileobj.recv(1 << 16)
                     if data:
                         key.data(data)
-                        if self._reported("exit"):
+                        if self.reported("exit"):
                             process.kill()
                     else:
                         selector.unregister(key.fileobj)
@@ -99,20 +95,15 @@ class Machine:
             stream.flush()
         return write
 
-    def _status_received(self, data):
-        self._status += data
-        if self.boot_seconds is None and (line := self._reported("up")):
-            self.boot_seconds = float(line)
-
-    def _reported(self, word):
-        """What the guest has reported after that word; None until it has."""
+    def reported(self, word):
+        """What the guest has reported after that word, "up" (the seconds that took) or "exit"; None until it has."""
         for line in self._status.decode().split("\n")[:-1]:
             if line.startswith(word + " "):
                 return line.removeprefix(word + " ")
         return None
 
     def _exit_code(self):
-        code = self._reported("exit")
+        code = self.reported("exit")
         if code is None:
             raise MachineFailure("the kernel panicked" if b"Kernel panic" in self.console else
                                  "the machine ended before the command did")

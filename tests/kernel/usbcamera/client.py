@@ -4,30 +4,23 @@ import socket
 import subprocess
 import sys
 import tempfile
+from contextlib import ExitStack
 from pathlib import Path
 
 
-class UsbCameras:
+class UsbCameras(ExitStack):
     """The program usb_cameras, until the end of the `with`; then every camera is unplugged."""
 
-    def __enter__(self):
-        self._folder = tempfile.TemporaryDirectory()
-        self.socket_path = str(Path(self._folder.name, "socket"))
-        self._process = subprocess.Popen([sys.executable, Path(__file__).with_name("usb_cameras"), self.socket_path],
-                                         stdout=subprocess.PIPE)
-        if not self._process.stdout.readline():
-            raise RuntimeError("usb_cameras does not start")
-        self._socket = socket.socket(socket.AF_UNIX)
-        self._socket.connect(self.socket_path)
-        self._answers = self._socket.makefile()
-        return self
-
-    def __exit__(self, *_):
-        self._process.terminate()
-        self._process.communicate()
-        self._answers.close()
-        self._socket.close()
-        self._folder.cleanup()
+    def __init__(self):
+        super().__init__()
+        place = str(Path(self.enter_context(tempfile.TemporaryDirectory()), "socket"))
+        process = self.enter_context(subprocess.Popen(
+            [sys.executable, Path(__file__).with_name("usb_cameras"), place], stdout=subprocess.PIPE))
+        self.callback(process.terminate)
+        process.stdout.readline()  # it is ready
+        self._socket = self.enter_context(socket.socket(socket.AF_UNIX))
+        self._socket.connect(place)
+        self._answers = self.enter_context(self._socket.makefile())
 
     def __call__(self, command):
         """What follows the "ok"; an error is raised."""

@@ -32,6 +32,3 @@ class Choice:
     def pack(self):
         return PROBE.pack(self.hint, 1, self.size_index, self.interval, frame_bytes(*self.size),
                           self.payload_bytes, 48000000, 0, 0, 0, 0)
-
-    def __str__(self):
-        return "{}x{} {}".format(*self.size, self.interval)

@@ -35,8 +35,6 @@ class Stream:
 
     def reset(self):
         """The host has ended the stream, or is about to begin it."""
-        if self.running:
-            self._device.log.append("stop")
         self.running = self._stalled = False
         self._frame = None
         self.frames.restart()
@@ -66,34 +64,23 @@ class Stream:
             missed = int((now - self._due) / interval)
             self._due += (missed + 1) * interval
             if not self._frame:
-                self._begin()
+                self.pushed = 1
                 self._serve()
         return max(0, int((self._due - now) * 1000) + 1)
 
     def _serve(self):
-        if not self.running:
-            return
         waiting = self._device.waiting[STREAM_ENDPOINT]
-        while waiting and self.running and not self._stalled:
-            if not self._frame and not self._paced and self.pushed:
+        while waiting and self.running and not self._stalled and (self._frame or self.pushed):
+            if not self._frame:
                 self.pushed -= 1
                 self._begin()
-                continue
-            if not self._frame:
-                break
             self._answer(waiting.popleft())
             if self.bytes_left is not None and self.bytes_left <= 0:
                 self._device.unplug()
-                break
 
     def _begin(self):
-        try:
-            frame = self.frames.take(self.choice)
-        except LookupError as error:
-            self._device.log.append(str(error))
-            self.stall()
-            return
-        self._frame, self._data, self._sent = frame, memoryview(frame.data), 0
+        self._frame = self.frames.take(self.choice)
+        self._data, self._sent = memoryview(self._frame.data), 0
         self._toggle ^= TOGGLE
 
     def _payload(self, length):

@@ -34,7 +34,6 @@ class UsbDevice:
 
     def __enter__(self):
         self._lock.acquire()
-        return self
 
     def __exit__(self, *_):
         if self.cable:
@@ -42,16 +41,12 @@ class UsbDevice:
         self._lock.release()
 
     def plug(self):
-        if self.cable:
-            raise ValueError("it is plugged in already")
         self.waiting = defaultdict(deque)  # the host's requests to an endpoint, oldest first
         self.cable = Cable()
         self._thread = threading.Thread(target=self._serve, args=(self.cable,), daemon=True)
         self._thread.start()
 
     def unplug(self):
-        if not self.cable:
-            raise ValueError("it is not plugged in")
         self.cable.unplug()
         self.cable = None
         self.unplugged()
@@ -64,9 +59,6 @@ class UsbDevice:
 
     def asked(self, endpoint):
         """The host has one more request waiting for an endpoint."""
-
-    def unlinked(self, endpoint):
-        """The host took a request to an endpoint back."""
 
     def endpoint_reset(self, endpoint):
         """The host cleared the halt of an endpoint."""
@@ -110,14 +102,12 @@ class UsbDevice:
             self._answer_control(request)
 
     def _unlink(self, request):
-        for endpoint, waiting in self.waiting.items():
-            for candidate in waiting:
-                if candidate.number == request.unlinks:
-                    waiting.remove(candidate)
-                    self.cable.answer_unlink(request, was_waiting=True)
-                    self.unlinked(endpoint)
-                    return
-        self.cable.answer_unlink(request, was_waiting=False)
+        """The host takes a request back."""
+        found = [(waiting, each) for waiting in self.waiting.values() for each in waiting
+                 if each.number == request.unlinks]
+        for waiting, each in found:
+            waiting.remove(each)
+        self.cable.answer_unlink(request, was_waiting=bool(found))
 
     def _answer_control(self, request):
         kind, what, value, index, length = SETUP.unpack(request.setup)

@@ -9,6 +9,7 @@ import re
 import socket
 import struct
 import time
+from collections import namedtuple
 from pathlib import Path
 
 CONTROLLER = Path("/sys/devices/platform/vhci_hcd.0")
@@ -24,14 +25,8 @@ STALL = -32
 UNLINKED = -104
 
 
-class Request:
-    """A transfer that the host requests, or the cancelling of an earlier one, whose number is `unlinks`."""
-
-    __slots__ = ("number", "endpoint", "length", "setup", "data", "unlinks")
-
-    def __init__(self, number, endpoint, length, setup, data=b"", unlinks=None):
-        self.number, self.endpoint, self.length, self.setup = number, endpoint, length, setup
-        self.data, self.unlinks = data, unlinks
+# A transfer that the host requests, or the cancelling of an earlier one, whose number is `unlinks`.
+Request = namedtuple("Request", "number endpoint length setup data unlinks")
 
 
 class Cable:
@@ -73,10 +68,8 @@ class Cable:
             end = data if inward or command == COMMAND_UNLINK else data + length
             if end > len(received):
                 break
-            if command == COMMAND_UNLINK:
-                requests.append(Request(number, 0, 0, setup, unlinks=word))
-            else:
-                requests.append(Request(number, endpoint, length, setup, received[data:end]))
+            unlinks = word if command == COMMAND_UNLINK else None
+            requests.append(Request(number, endpoint, length, setup, received[data:end], unlinks))
             begin = end
         self._received = received[begin:]
         return requests
