@@ -8,8 +8,6 @@
 /// what was read, "written", or the problem.
 int main(int argc, char *argv[])
 {
-    if (argc < 4)
-        return 2;
     BWVideoNode node;
     node.path = argv[1];
     node.usbBus = std::atoi(argv[2]);

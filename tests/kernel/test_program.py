@@ -151,14 +151,11 @@ class ProgramTest(unittest.TestCase):
 
     def wait_for_controls(self, **wanted):
         """In the device, as another program reads them."""
-        def reached():
-            self.values = dict(re.findall(r"(\w+): (-?\d+)", self.v4l2("--get-ctrl", ",".join(wanted))))
-            return self.values == {name: str(value) for name, value in wanted.items()}
+        def values():
+            return {name: int(value) for name, value in
+                    re.findall(r"(\w+): (-?\d+)", self.v4l2("--get-ctrl", ",".join(wanted)))}
 
-        try:
-            self.wait(f"the device has {wanted}", reached)
-        finally:
-            print("the device has", self.values)
+        self.wait(f"the device has {wanted}", lambda: values() == wanted)
 
     def stored(self, key):
         line = next((line for line in self.settings.read_text().splitlines() if line.startswith(key + "=")), "={}")
