@@ -40,12 +40,9 @@ void FakeKernel::pushFrame(uint32_t flags, uint32_t bytesUsed)
     });
 }
 
-void FakeKernel::moveControl(uint32_t id, int32_t value)
+void FakeKernel::fail(unsigned long call, const std::deque<int> &errors)
 {
-    change([&](State &state) {
-        state.controls.at(id).value = value;
-        report(id);
-    });
+    change([&](State &state) { state.faults[call] = errors; });
 }
 
 void FakeKernel::pushKey(uint16_t code, int32_t value)

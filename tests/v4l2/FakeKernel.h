@@ -36,7 +36,7 @@ public:
         std::map<uint32_t, Control> controls;
         uint32_t mostBuffers = 8;
         uint32_t sequence = 0; ///< of the next frame
-        std::map<unsigned long, std::deque<int>> faults; ///< what the next calls fail with; 0 for one that does not
+        std::map<unsigned long, std::deque<int>> faults; ///< see fail()
         std::map<unsigned long, std::function<int(void *)>> answers; ///< to ioctls unknown to the fake
         bool gone = false;
         bool broken = false; ///< poll reports an error, whatever the calls return
@@ -61,8 +61,8 @@ public:
     }
     /// Captures a frame, all of its bytes its number; lost when no buffer is queued.
     void pushFrame(uint32_t flags = 0, uint32_t bytesUsed = frameSize);
-    /// The camera or another program sets a control, and the driver gets an event.
-    void moveControl(uint32_t id, int32_t value);
+    /// The next of these calls fail so; with 0 one does not.
+    void fail(unsigned long call, const std::deque<int> &errors);
     void pushKey(uint16_t code, int32_t value);
 
     int open(const char *path, int flags) override;

@@ -1,3 +1,4 @@
+#include "../Rows.h"
 #include "FakeCamera.h"
 
 #include <cerrno>
@@ -16,12 +17,7 @@ class TestV4L2Device : public QObject {
 private Q_SLOTS:
     void failedStart_data()
     {
-        QTest::addColumn<unsigned long>("call");
-        QTest::addColumn<QList<int>>("errors");
-        QTest::addColumn<Kind>("problem");
-        const auto row = [](const char *name, unsigned long call, const QList<int> &errors, Kind problem) {
-            QTest::newRow(name) << call << errors << problem;
-        };
+        const Rows<unsigned long, std::deque<int>, Kind> row;
         row("not allowed", FakeKernel::opening, {EACCES}, Kind::NoPermission);
         row("unplugged", FakeKernel::opening, {ENOENT}, Kind::Gone);
         row("unplugged a moment later", VIDIOC_QUERYCAP, {ENODEV}, Kind::Gone);
@@ -39,15 +35,12 @@ private Q_SLOTS:
 
     void failedStart()
     {
-        QFETCH(unsigned long, call);
-        QFETCH(QList<int>, errors);
-        QFETCH(Kind, problem);
+        const auto [call, errors, problem] = Rows<unsigned long, std::deque<int>, Kind>::current();
+        const char *const bus = call ? "usb-1" : "usb-2";
         FakeCamera camera;
         camera.device->setVideoNorm(1);
-        camera.kernel.change([&](State &state) {
-            state.faults[call].assign(errors.begin(), errors.end());
-            state.bus = call ? "usb-1" : "usb-2";
-        });
+        camera.kernel.fail(call, errors);
+        camera.kernel.change([bus](State &state) { state.bus = bus; });
         QCOMPARE(camera.device->startStreaming().kind, problem);
         camera.kernel.change([](State &state) {
             QCOMPARE(state.opened, 0);
@@ -64,15 +57,12 @@ private Q_SLOTS:
         FakeCamera camera;
         camera.device->setVideoNorm(2); // which it does not have
         camera.device->setVideoNorm(0);
-        camera.kernel.change([](State &state) {
-            state.log.clear();
-            state.faults[VIDIOC_STREAMON] = {ENOSPC};
-        });
+        camera.kernel.change([](State &state) { state.log.clear(); });
+        camera.kernel.fail(VIDIOC_STREAMON, {ENOSPC});
         QVERIFY(camera.device->startStreaming().isNone());
         const QString norm = u"S_STD %1"_s.arg(V4L2_STD_NTSC, 0, 16);
-        QCOMPARE(camera.kernel.change([](State &state) { return state.log; }),
-                 QStringList({norm, u"S_FMT MJPEG"_s, u"S_PARM 30"_s, u"STREAMOFF"_s, u"S_FMT YUYV"_s, u"S_PARM 15"_s,
-                              u"STREAMON"_s}));
+        QCOMPARE(camera.kernel.change([](State &state) { return state.log.join(u','); }),
+                 norm + u",S_FMT MJPEG,S_PARM 30,STREAMOFF,S_FMT YUYV,S_PARM 15,STREAMON"_s);
         camera.kernel.pushFrame();
         QVERIFY(camera.take() == Result::Frame);
         QCOMPARE(camera.frame.pixelFormat(), BWPixelFormat::YUYV);
@@ -81,32 +71,26 @@ private Q_SLOTS:
     void framesAreNumberedAndJudged()
     {
         FakeCamera camera;
-        camera.kernel.change([](State &state) {
-            state.faults[VIDIOC_STREAMON] = {ENOSPC}; // a raw stream
-            state.sequence = 0xfffffffe;
-        });
-        QVERIFY(camera.device->startStreaming().isNone());
         const uint64_t first = 0xfffffffe;
-        const struct {
-            uint32_t skipped, flags, bytes;
-            Result result;
-            uint64_t sequence;
-        } rows[] = {
+        camera.kernel.change([](State &state) { state.sequence = first; });
+        camera.kernel.fail(VIDIOC_STREAMON, {ENOSPC}); // a raw stream
+        QVERIFY(camera.device->startStreaming().isNone());
+        const std::tuple<uint32_t, uint32_t, uint32_t, Result, uint64_t> rows[] = {
             {0, 0, FakeKernel::frameSize, Result::Frame, first},
             {0, V4L2_BUF_FLAG_ERROR, FakeKernel::frameSize, Result::BadFrame, first + 1},
             {0, 0, FakeKernel::frameSize - 1, Result::BadFrame, first + 2}, // the counter has wrapped
             {3, 0, FakeKernel::frameSize, Result::Frame, first + 6},
             {0, 0, 0, Result::BadFrame, first + 7},
         };
-        for (const auto &row : rows) {
-            camera.kernel.change([&](State &state) { state.sequence += row.skipped; });
-            camera.kernel.pushFrame(row.flags, row.bytes);
-            QVERIFY(camera.take() == row.result);
-            QCOMPARE(camera.frame.sequence(), row.sequence);
+        for (const auto &[skipped, flags, bytes, result, sequence] : rows) {
+            camera.kernel.change([by = skipped](State &state) { state.sequence += by; });
+            camera.kernel.pushFrame(flags, bytes);
+            QVERIFY(camera.take() == result);
+            QCOMPARE(camera.frame.sequence(), sequence);
             camera.frame = {};
             camera.kernel.change([](State &state) { QCOMPARE(state.queued.size(), 8u); });
         }
-        camera.kernel.change([](State &state) { state.faults[VIDIOC_DQBUF] = {EINTR}; });
+        camera.kernel.fail(VIDIOC_DQBUF, {EINTR});
         camera.kernel.pushFrame();
         QVERIFY(camera.take() == Result::Nothing);
         QVERIFY(camera.take() == Result::Frame);
@@ -150,9 +134,9 @@ private Q_SLOTS:
             QCOMPARE(state.mapped, 0);
             QCOMPARE(state.opened, 0);
             state.mostBuffers = 8;
-            state.faults[VIDIOC_REQBUFS] = {ENOMEM}; // for eight; there is for four
-            state.faults[FakeKernel::mapping] = {0, 0, 0, ENOMEM};
         });
+        camera.kernel.fail(VIDIOC_REQBUFS, {ENOMEM}); // for eight; there is for four
+        camera.kernel.fail(FakeKernel::mapping, {0, 0, 0, ENOMEM});
         QVERIFY(camera.device->startStreaming().isNone());
         camera.kernel.change([](State &state) { QCOMPARE(state.queued.size(), 3u); });
     }
@@ -161,16 +145,12 @@ private Q_SLOTS:
     {
         FakeCamera camera;
         QVERIFY(camera.device->startStreaming().isNone());
-        camera.kernel.change([](State &state) {
-            state.broken = true;
-            state.faults[VIDIOC_DQBUF] = {EIO, EIO, EIO, EINVAL};
-        });
+        camera.kernel.fail(VIDIOC_DQBUF, {EIO, EIO, EIO, EINVAL});
+        camera.kernel.change([](State &state) { state.broken = true; });
         QVERIFY(camera.take(250ms) == Result::Nothing);
         QVERIFY2(camera.kernel.change([](State &state) { return state.polls; }) < 20, "spins");
-        camera.kernel.change([](State &state) {
-            state.broken = false;
-            state.faults.clear();
-        });
+        camera.kernel.fail(VIDIOC_DQBUF, {});
+        camera.kernel.change([](State &state) { state.broken = false; });
         camera.kernel.pushFrame();
         QVERIFY2(camera.take(10s) == Result::Frame, "a stream that came back");
 

@@ -26,10 +26,7 @@ private Q_SLOTS:
     void choice()
     {
         const BWResolution size(640, 480);
-        const struct {
-            std::vector<BWVideoMode> modes;
-            QString reason;
-        } rows[] = {
+        const std::pair<std::vector<BWVideoMode>, QString> rows[] = {
             {{mode(V4L2_PIX_FMT_YUYV, size, 5), mode(V4L2_PIX_FMT_MJPEG, size, 30)},
              u"MJPEG 640x480 at 30/s; YUYV gives 5/s"_s},
             {{mode(V4L2_PIX_FMT_MJPEG, size, 30), mode(V4L2_PIX_FMT_UYVY, size, 29.97)}, u"UYVY 640x480 at 30/s"_s},
@@ -46,55 +43,46 @@ private Q_SLOTS:
             {{mode(V4L2_PIX_FMT_YUYV, {480, 640}, 30), mode(V4L2_PIX_FMT_YUYV, size, 15)}, u"YUYV 640x480 at 15/s"_s},
             {{mode(V4L2_PIX_FMT_SBGGR8, size, 30)}, {}},
         };
-        for (const auto &row : rows) {
+        for (const auto &[modes, reason] : rows) {
             BWVideoAbilities abilities;
-            abilities.modes = row.modes;
+            abilities.modes = modes;
             const BWVideoModeChoice choice(abilities, size);
-            QCOMPARE(choice.candidates().empty() ? QString() : choice.reason(0), row.reason);
+            QCOMPARE(choice.candidates().empty() ? QString() : choice.reason(0), reason);
         }
     }
 
     void planes()
     {
-        const struct {
-            uint32_t fourcc, stride;
-            QList<int> offsets, strides;
-            int least;
-        } rows[] = {
-            {V4L2_PIX_FMT_YUYV, 16, {0}, {16}, 16 + 12}, // padded; the last row need not be
-            {V4L2_PIX_FMT_NV12, 8, {0, 16}, {8, 8}, 16 + 6},
-            {V4L2_PIX_FMT_YUV420, 8, {0, 16, 20}, {8, 4, 4}, 20 + 3},
-            {V4L2_PIX_FMT_RGB24, 0, {0}, {18}, 36}, // an unknown stride
-            {V4L2_PIX_FMT_MJPEG, 0, {0}, {0}, 1},
+        // pixel format, stride, the least that a frame has; its planes as offset:stride:size
+        const std::tuple<uint32_t, uint32_t, std::size_t, QString> rows[] = {
+            {V4L2_PIX_FMT_YUYV, 16, 28, u"0:16:28"_s}, // padded; the last row need not be
+            {V4L2_PIX_FMT_NV12, 8, 22, u"0:8:16 16:8:6"_s}, {V4L2_PIX_FMT_YUV420, 8, 23, u"0:8:16 16:4:4 20:4:3"_s},
+            {V4L2_PIX_FMT_RGB24, 0, 36, u"0:18:36"_s}, // an unknown stride
+            {V4L2_PIX_FMT_MJPEG, 0, 1, u"0:0:1"_s},
         };
-        for (const auto &row : rows) {
+        for (const auto &[fourcc, stride, least, expected] : rows) {
             v4l2_pix_format description{};
             description.width = 6;
             description.height = 2;
-            description.pixelformat = row.fourcc;
-            description.bytesperline = row.stride;
+            description.pixelformat = fourcc;
+            description.bytesperline = stride;
             const BWVideoFormat format(description);
+            QVERIFY(format.fits(least));
+            QCOMPARE(format.fits(least - 1), fourcc == V4L2_PIX_FMT_MJPEG);
             const std::array<uint8_t, 99> memory{};
-            const BWFrameInfo frame = format.frame(memory.data(), std::size_t(row.least));
-            QVERIFY(format.fits(std::size_t(row.least)));
-            QCOMPARE(format.fits(std::size_t(row.least - 1)), row.fourcc == V4L2_PIX_FMT_MJPEG);
-            for (qsizetype i = 0; i < row.offsets.size(); ++i) {
-                const BWPlane &plane = frame.planes[std::size_t(i)];
-                const int end = i + 1 < row.offsets.size() ? row.offsets[i + 1] : row.least;
-                QCOMPARE(plane.data, memory.data() + row.offsets[i]);
-                QCOMPARE(plane.stride, row.strides[i]);
-                QCOMPARE(plane.size, std::size_t(end - row.offsets[i]));
+            QStringList planes;
+            for (const BWPlane &plane : format.frame(memory.data(), least).planes) {
+                if (plane.data)
+                    planes += u"%1:%2:%3"_s.arg(plane.data - memory.data()).arg(plane.stride).arg(plane.size);
             }
+            QCOMPARE(planes.join(u' '), expected);
         }
     }
 
     void colours()
     {
-        const struct {
-            uint32_t fourcc, space, encoding, quantization;
-            BWColorMatrix matrix;
-            BWColorRange range;
-        } rows[] = {
+        // pixel format, colour space, encoding, quantization; what that makes
+        const std::tuple<uint32_t, uint32_t, uint32_t, uint32_t, BWColorMatrix, BWColorRange> rows[] = {
             {V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_DEFAULT, 0, 0, BWColorMatrix::BT601, BWColorRange::Limited},
             {V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_SRGB, 0, 0, BWColorMatrix::BT601, BWColorRange::Limited},
             {V4L2_PIX_FMT_YUYV, V4L2_COLORSPACE_JPEG, 0, 0, BWColorMatrix::BT601, BWColorRange::Full},
@@ -105,36 +93,32 @@ private Q_SLOTS:
             {V4L2_PIX_FMT_MJPEG, V4L2_COLORSPACE_REC709, V4L2_YCBCR_ENC_709, V4L2_QUANTIZATION_LIM_RANGE,
              BWColorMatrix::BT601, BWColorRange::Full},
         };
-        for (const auto &row : rows) {
+        for (const auto &[fourcc, space, encoding, quantization, matrix, range] : rows) {
             v4l2_pix_format description{};
-            description.pixelformat = row.fourcc;
-            description.colorspace = row.space;
-            description.ycbcr_enc = row.encoding;
-            description.quantization = row.quantization;
+            description.pixelformat = fourcc;
+            description.colorspace = space;
+            description.ycbcr_enc = encoding;
+            description.quantization = quantization;
             const BWFrameInfo frame = BWVideoFormat(description).frame(nullptr, 0);
-            QCOMPARE(frame.matrix, row.matrix);
-            QCOMPARE(frame.range, row.range);
+            QVERIFY(frame.matrix == matrix && frame.range == range);
         }
     }
 
     void exposureModes()
     {
-        const struct {
-            std::vector<BWVideoMenuEntry> menu;
-            int automatic; // -1: it cannot be switched
-        } rows[] = {
+        // the menu, and its automatic mode; -1: it cannot be switched
+        const std::pair<std::vector<BWVideoMenuEntry>, int> rows[] = {
             {{{0, {}}, {1, {}}, {2, {}}, {3, {}}}, 3},
             {{{0, {}}, {1, {}}}, 0},
             {{{1, {}}, {2, {}}}, 2},
             {{{1, {}}}, -1},
             {{{0, {}}, {3, {}}}, -1},
         };
-        for (const auto &row : rows) {
-            const BWExposureMenu menu(row.menu);
-            QCOMPARE(menu.isSwitchable(), row.automatic >= 0);
-            if (row.automatic >= 0)
-                QVERIFY(menu.toDevice(0) == 1 && menu.toDevice(1) == row.automatic
-                        && menu.toProgram(row.automatic) == 1);
+        for (const auto &[entries, automatic] : rows) {
+            const BWExposureMenu menu(entries);
+            QCOMPARE(menu.isSwitchable(), automatic >= 0);
+            if (automatic >= 0)
+                QVERIFY(menu.toDevice(0) == 1 && menu.toDevice(1) == automatic && menu.toProgram(automatic) == 1);
         }
     }
 
