@@ -9,7 +9,6 @@ import subprocess
 import sys
 import tempfile
 import time
-import zlib
 from pathlib import Path
 
 WIDTH, HEIGHT = 1280, 800
@@ -46,18 +45,9 @@ class Picture:
         return row[4 * x + 2], row[4 * x + 1], row[4 * x]
 
     def save_png(self, path):
-        data = bytearray()
-        for row in self._rows:
-            line = bytearray(3 * self.width)
-            line[0::3], line[1::3], line[2::3] = row[2::4], row[1::4], row[0::4]
-            data += b"\0" + line
-
-        def chunk(kind, content):
-            return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", zlib.crc32(kind + content))
-
-        header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2, 0, 0, 0)
-        Path(path).write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) +
-                               chunk(b"IDAT", zlib.compress(bytes(data), 6)) + chunk(b"IEND", b""))
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "rawvideo", "-pixel_format", "bgr0", "-video_size",
+                        f"{self.width}x{self.height}", "-i", "-", "-pix_fmt", "rgb24", path],
+                       input=b"".join(self._rows), check=True)
 
 
 class Desktop:

@@ -29,12 +29,7 @@ class Element:
 
     def is_called(self, name):
         """By its own name or by that of its label. A combo box is named after its choice, so only the label tells."""
-        return self.name == name or any(label.get_name() == name for label in self._labels())
-
-    def _labels(self):
-        for relation in self._accessible.get_relation_set() or []:
-            if relation.get_relation_type() == self._atspi.RelationType.LABELLED_BY:
-                yield from map(relation.get_target, range(relation.get_n_targets()))
+        return self.name == name or self.label == name
 
     @property
     def area(self):
@@ -55,14 +50,20 @@ class Element:
     @property
     def actions(self):
         """What a screen reader can do to it, but for giving it the focus."""
+        return [name for name in self._actions() if name != "SetFocus"]
+
+    def _actions(self):
         actions = self._accessible.get_action_iface()
-        names = [actions.get_action_name(index) for index in range(actions.get_n_actions())] if actions else []
-        return [name for name in names if name != "SetFocus"]
+        return [actions.get_action_name(index) for index in range(actions.get_n_actions())] if actions else []
+
+    def do(self, action):
+        self._accessible.get_action_iface().do_action(self._actions().index(action))
 
     @property
     def label(self):
         """The name of the element that labels it, or nothing."""
-        return next((target.get_name() for target in self._labels()), "")
+        return next((relation.get_target(0).get_name() for relation in self._accessible.get_relation_set() or []
+                     if relation.get_relation_type() == self._atspi.RelationType.LABELLED_BY), "")
 
     @property
     def showing(self):
@@ -142,19 +143,15 @@ class Program:
         """The first visible element of that role and name in any window, or None. No role means any."""
         return self._first((element for window in self.windows() for element in window.descendants()), role, name)
 
-    def _first(self, elements, role, name):
+    @staticmethod
+    def _first(elements, role, name):
+        from gi.repository import GLib  # which looks at the environment, too
         try:
             return next((element for element in elements
                          if role in (None, element.role) and (name is None or element.is_called(name))
                          and element.showing), None)
-        except self.window_gone():
+        except GLib.Error:
             return None  # a window went away under our hands
-
-    @staticmethod
-    def window_gone():
-        """The error that comes of a window that went away while it was looked at."""
-        from gi.repository import GLib
-        return GLib.Error
 
     def wait_for(self, role, name=None, seconds=20):
         """The element or window of that role and name, as soon as it is to be seen."""
