@@ -1,4 +1,3 @@
-#include "AbortCheck.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCaptureDevice.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
@@ -112,55 +111,13 @@ private Q_SLOTS:
         QTRY_COMPARE(m_camera.use_count(), 1L); // what was under way comes to its end without the window
     }
 
-    void withoutAChipItReadsZeros()
-    {
-        const auto device =
-            std::make_shared<BWDetectedCamera>(BWCameraDetector::descriptionForRegularMicroscope(), u"plain"_s,
-                                               [this] { return std::make_unique<SlowChip>(m_bus); });
-        for (const BWCameraPtr &plain : {BWCameraPtr(), std::make_shared<BWCamera>(device)}) {
-            BWEMPIADebuggerWindowController window([plain] { return plain; });
-            window.localizeWithManager(m_texts);
-            window.onWriteRegisters();
-            window.onReadRegisters();
-            QCOMPARE(values(window), QStringList(9, u"0"_s));
-            QVERIFY(tells(window, u"No camera with a bridge chip is in use."_s));
-        }
-    }
-
-    void faultyRowsEndTheProgram()
-    {
-        for (const auto use :
-             {&BWEMPIADebuggerWindowController::onReadRegisters, &BWEMPIADebuggerWindowController::onWriteRegisters}) {
-            BWEMPIADebuggerWindowController window([] { return nullptr; });
-            const auto ends = [&] { return aborts([&] { (window.*use)(); }); };
-            delete tagged<QLabel>(window, 3); // the row is not there, which is fine
-            QVERIFY(!ends());
-            auto *name = tagged<QLabel>(window, 4);
-            const QString known = name->text();
-            name->setText(u"EM28XX_R99"_s);
-            QVERIFY(ends());
-            name->setText(known);
-            QVERIFY(!ends());
-            delete tagged<QLineEdit>(window, -4);
-            QVERIFY(ends());
-        }
-    }
-
 private:
-    template <typename Widget>
-    static Widget *tagged(const QWidget &window, int tag)
-    {
-        const auto widgets = window.findChildren<Widget *>();
-        for (Widget *widget : widgets)
-            if (widget->property("tag") == tag)
-                return widget;
-        return nullptr;
-    }
     static QLineEdit *field(const QWidget &window, int row)
     {
-        for (int tag = 1; tag <= 24; ++tag)
-            if (const auto *name = tagged<QLabel>(window, tag); name && name->text() == names[row])
-                return tagged<QLineEdit>(window, -tag);
+        const auto fields = window.findChildren<QLineEdit *>();
+        for (QLineEdit *each : fields)
+            if (each->accessibleName() == names[row])
+                return each;
         return nullptr;
     }
     static QStringList values(const QWidget &window)

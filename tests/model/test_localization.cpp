@@ -1,4 +1,3 @@
-#include "AbortCheck.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
 #include "Model/Settings/BWConfigManager.h"
@@ -7,17 +6,16 @@
 #include "Rows.h"
 #include "TestFolder.h"
 
-#include <QJsonDocument>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// JSON text with ' for ", and ` for one inside a string.
+/// JSON text with ' for ".
 QByteArray json(QByteArray text)
 {
-    return text.replace('\'', '"').replace('`', '"');
+    return text.replace('\'', '"');
 }
 
 } // namespace
@@ -64,34 +62,6 @@ private Q_SLOTS:
             QCOMPARE(manager.text(u"a"_s, u"b"_s, u"English"_s), u"English"_s);
             QCOMPARE(manager.localizations().has_value(), !content.isNull());
         }
-    }
-
-    void catalogueKeepsTheLatestWordingAndIsSaved()
-    {
-        BWLocalizationManager manager(write(json("[{'parent':'b','identifier':'y','source_value':'Wörter\\n\\`%1\\`', "
-                                                 "'format':'html','localizations':{'de':'ä'}}]")),
-                                      {u"de"_s});
-        manager.text(u"b"_s, u"x"_s, u"one"_s);
-        manager.text(u"b"_s, u"x"_s, u"two"_s);
-        manager.localize(BWLocalizableString(u"a"_s, u"z"_s, u"<i>z</i>"_s, true));
-        const QUrl saved = m_folder->file(u"saved.json"_s, "something that was there before");
-        manager.saveAtPath(saved.toLocalFile());
-        const QByteArray untranslated("'localizations':{'de':'','es':'','fr':'','ja':''}");
-        QCOMPARE(QJsonDocument::fromJson(TestFolder::read(saved)).toJson(QJsonDocument::Compact),
-                 json("[{'format':'html','identifier':'z'," + untranslated
-                      + ",'parent':'a','source_value':'<i>z</i>'},{'format':'text','identifier':'x'," + untranslated
-                      + ",'parent':'b','source_value':'two'},{'format':'html','identifier':'y',"
-                        "'localizations':{'de':'ä'},'parent':'b','source_value':'Wörter\\n\\`%1\\`'}]"));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be written"_s));
-        manager.saveAtPath(m_folder->path(u"no/such/folder"_s));
-    }
-
-    void missingKeysEndTheProgram()
-    {
-        BWLocalizationManager manager(write("[]"), {u"de"_s});
-        QVERIFY(aborts([&] { manager.text(QString(), u"identifier"_s, u"value"_s); }));
-        QVERIFY(aborts([&] { manager.text(u"parent"_s, QString(), u"value"_s); }));
-        QVERIFY(aborts([&] { manager.text(u"parent"_s, u"identifier"_s, QString()); }));
     }
 
     /// Texts that the sources look up by variables, so that tools/check_texts cannot see them.

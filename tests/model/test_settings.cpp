@@ -1,12 +1,11 @@
-#include "AbortCheck.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Rows.h"
+#include "TestFolder.h"
 
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
-#include <QTemporaryDir>
 #include <QTest>
 #include <sys/stat.h>
 
@@ -44,7 +43,7 @@ private Q_SLOTS:
     {
         QTest::failOnWarning(QRegularExpression(u"."_s));
         m_dir.emplace();
-        m_path = m_dir->filePath(u"new folder/settings.conf"_s);
+        m_path = m_dir->path(u"new folder/settings.conf"_s);
         m_defaults.emplace(m_path);
     }
 
@@ -53,13 +52,9 @@ private Q_SLOTS:
         m_defaults.reset(); // may still write
     }
 
-    void emptyStoreGivesDefaultsAndIsNotWritten()
+    void readingWritesNothing()
     {
         const BWConfigManager manager(*m_defaults);
-        QVERIFY(manager.rememberLayout() && manager.firstTime() && manager.saveSnapshotOnClick());
-        QVERIFY(!manager.saveVideoOnHardwareButton() && !manager.oldSettingsImported() && !manager.mustResetLayout());
-        QVERIFY(manager.defaultAlbumName().isNull());
-        QVERIFY(manager.currentProductIdentifierForCameraIdentifier(u"wired_high"_s).isNull());
         m_defaults->synchronize();
         QVERIFY(!QFile::exists(m_path));
     }
@@ -100,7 +95,7 @@ private Q_SLOTS:
                                       {u"bwp2x_product_dx12"_s, u"{\"2\":9,\"3\":8,\"resolution\":\"720x480\"}"_s}};
         if (!key.contains(u"product"_s))
             stored.remove(key);
-        const QString other = m_dir->filePath(u"other.conf"_s);
+        const QString other = m_dir->path(u"other.conf"_s);
         {
             BWSettingsFile file(other);
             for (auto it = stored.cbegin(); it != stored.cend(); ++it)
@@ -110,7 +105,7 @@ private Q_SLOTS:
         change(manager);
         stored.insert(key, text);
 
-        const QString copy = m_dir->filePath(u"copy.conf"_s); // of the file as it is, not as it is remembered
+        const QString copy = m_dir->path(u"copy.conf"_s); // of the file as it is, not as it is remembered
         QVERIFY(QFile::copy(m_path, copy));
         const BWSettingsFile defaults(copy);
         for (auto it = stored.cbegin(); it != stored.cend(); ++it)
@@ -151,12 +146,11 @@ private Q_SLOTS:
 
     void damagedFile()
     {
-        const QString path = m_dir->filePath(u"damaged.conf"_s);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\xff\xfe\x01garbage\nbwp2x_video_button=yes\nbwp2x_snapshot_click=@Variant(\\0\\0\\0\\x7f\\xff)\n"
-                   "bwp2x_default_album_name=Haut, Haare\n");
-        file.close();
+        const QUrl file = m_dir->file(
+            u"damaged.conf"_s,
+            "\xff\xfe\x01garbage\nbwp2x_video_button=yes\nbwp2x_snapshot_click=@Variant(\\0\\0\\0\\x7f\\xff)\n"
+            "bwp2x_default_album_name=Haut, Haare\n");
+        const QString path = file.toLocalFile();
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"is damaged"_s));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"QVariant::load"_s));
         BWSettingsFile defaults(path);
@@ -168,39 +162,18 @@ private Q_SLOTS:
         QVERIFY(!BWConfigManager(again).saveSnapshotOnClick());
     }
 
-    void unwritableFileIsLoggedOnce()
+    void storesThatCannotBeWrittenAreLoggedOnce()
     {
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be stored in"_s));
-        BWSettingsFile defaults(u"/proc/no/settings.conf"_s);
-        BWConfigManager manager(defaults);
-        manager.setFirstTime(false);
-        manager.setFirstTime(true);
-        QVERIFY(manager.firstTime() && !manager.isStored());
-    }
-
-    void noRegularFile()
-    {
-        const QString pipe = m_dir->filePath(u"pipe"_s);
+        const QString pipe = m_dir->path(u"pipe"_s);
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-        for (const QString &path : {pipe, m_dir->path(), u"/dev/zero"_s}) {
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"it is no regular file"_s));
+        for (const QString &path : {u"/proc/no/settings.conf"_s, pipe, m_dir->path(), u"/dev/zero"_s}) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be (stored|kept) in"_s));
             BWSettingsFile defaults(path);
             BWConfigManager manager(defaults);
             manager.setRememberLayout(false);
             manager.setFirstTime(false);
             QVERIFY2(!manager.rememberLayout() && !manager.isStored(), qPrintable(path));
         }
-    }
-
-    void binaryValues()
-    {
-        const QByteArray bytes = QByteArray("bplist00\0\xff\r\n;\"\\", 15).repeated(2000);
-        BWSettingsFile(m_path).setData(u"frame"_s, bytes);
-        BWSettingsFile defaults(m_path);
-        QCOMPARE(defaults.data(u"frame"_s), bytes);
-        QVERIFY(defaults.string(u"frame"_s).isNull());
-        defaults.setString(u"text"_s, u"a"_s);
-        QVERIFY(defaults.data(u"text"_s).isNull());
     }
 
     void listenersAreNotifiedInOrder()
@@ -227,12 +200,6 @@ private Q_SLOTS:
         manager.removeListener(&a);
         manager.setRememberLayout(true);
         QCOMPARE(calls, u"aabbAbb"_s);
-
-        // Changing the listeners during a notification is fatal.
-        b.onUpdate = [&] { manager.addListener(&a); };
-        QVERIFY(aborts([&] { manager.resetLayout(); }));
-        b.onUpdate = [&] { manager.removeListener(&b); };
-        QVERIFY(aborts([&] { manager.resetLayout(); }));
     }
 
     void currentProduct_data()
@@ -266,46 +233,29 @@ private Q_SLOTS:
             QStringList sizes;
             for (const BWResolution resolution : product->availableResolutions())
                 sizes.append(resolution.resolutionString());
-            rows << QStringList{product->identifier(),
-                                product->name(),
-                                product->oldEnglishName(),
-                                product->oldGermanName(),
-                                product->cameraTypeIdentifier(),
-                                valuesOf(*product),
-                                sizes.join(u' ')}
-                        .join(u'|');
-            QCOMPARE(manager.productByIdentifier(product->identifier()), product);
-            const QString type = product->cameraTypeIdentifier();
-            QVERIFY(manager.productsByCameraIdentifier(type).contains(product));
-            defaults << manager.defaultProductIdentifierForCameraIdentifier(type);
+            rows << u"%1|%2|%3|%4|%5|%6|%7"_s.arg(product->identifier(), product->name(), product->oldEnglishName(),
+                                                  product->oldGermanName(), product->cameraTypeIdentifier(),
+                                                  valuesOf(*product), sizes.join(u' '));
+            defaults << manager.defaultProductIdentifierForCameraIdentifier(product->cameraTypeIdentifier());
         }
         defaults.removeDuplicates();
         QCOMPARE(defaults, QStringList({u"mx62"_s, u"dx15_16"_s, u"dx10"_s, u"dx12"_s}));
-        QVERIFY(manager.productByIdentifier(u"dx20"_s)->oldGermanName().isNull());
-        QVERIFY(manager.productsByCameraIdentifier(u"wired"_s).isEmpty());
         const QByteArray text = rows.join(u'\n').toUtf8();
         QVERIFY2(QCryptographicHash::hash(text, QCryptographicHash::Md5).toHex() == "d3e47733b5cd3b461ffd207fc5a20711",
                  text.constData());
     }
 
-    void savedValuesComeBack()
+    void onlySavedValuesAreStored()
     {
-        m_defaults->setString(u"bwp2x_product_dx12"_s, u"{\"99\":5,\"2\":57}"_s);
-        {
-            const BWConfigManager manager(*m_defaults);
-            const BWCameraProductPtr product = manager.productByIdentifier(u"dx12"_s);
-            QCOMPARE(product->valueForSetting(99), 5); // read, but not stored again
-            QVERIFY(!product->valueForSetting(6));
-            product->setValue(200, 3);
-            product->setValue(0.5, 4);
-            product->setCurrentResolution({720, 480});
-            product->save();
-        }
-        const QString text = m_defaults->string(u"bwp2x_product_dx12"_s);
-        QCOMPARE(text, u"{\"0\":63,\"1\":28,\"13\":1,\"2\":57,\"3\":200,\"4\":0.5,\"resolution\":\"720x480\"}"_s);
+        m_defaults->setString(u"bwp2x_product_dx12"_s, u"{\"99\":5,\"2\":57}"_s); // 99 is not stored again
         const BWConfigManager manager(*m_defaults);
         const BWCameraProductPtr product = manager.productByIdentifier(u"dx12"_s);
-        QCOMPARE(valuesOf(*product), u"0:63 1:28 2:57 3:200 4:0.5 13:1 720x480"_s);
+        product->setValue(200, 3);
+        product->setValue(0.5, 4);
+        product->setCurrentResolution({720, 480});
+        product->save();
+        const QString text = m_defaults->string(u"bwp2x_product_dx12"_s);
+        QCOMPARE(text, u"{\"0\":63,\"1\":28,\"13\":1,\"2\":57,\"3\":200,\"4\":0.5,\"resolution\":\"720x480\"}"_s);
         product->setDefaults();
         QCOMPARE(valuesOf(*product), factoryOfDX12);
         QCOMPARE(m_defaults->string(u"bwp2x_product_dx12"_s), text);
@@ -316,15 +266,15 @@ private Q_SLOTS:
         const Rows<QString, QString, bool> row;
         row("cut off", u"{\"3\":200,\"resol"_s, factoryOfDX12, true);
         row("not an object", u"[200]"_s, factoryOfDX12, true);
-        row("empty", u""_s, factoryOfDX12, true);
         row("wrong types", u"{\"2\":\"a\",\"3\":200,\"4\":null,\"resolution\":640}"_s,
             u"0:63 1:28 2:56 3:200 4:10 13:1 640x480"_s, true);
         row("too large", u"{\"2\":1e300,\"3\":2147483648,\"4\":-9}"_s, u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480"_s,
             true);
         row("no size", u"{\"resolution\":\"640x\",\"3\":1}"_s, u"0:63 1:28 2:56 3:1 4:10 13:1 640x480"_s, true);
         // What only the camera offers was chosen from the camera's own menu.
-        row("size of the camera, names read as numbers", u"{\"resolution\":\"1024x768\",\" 3x\":5,\"hue\":7}"_s,
-            u"0:7 1:28 2:56 3:5 4:10 13:1 1024x768"_s, false);
+        row("size of the camera, names read as numbers",
+            u"{\"resolution\":\"1024x768\",\" 3x\":5,\"4\":0.5,\"hue\":7}"_s,
+            u"0:7 1:28 2:56 3:5 4:0.5 13:1 1024x768"_s, false);
     }
     void storedValues()
     {
@@ -337,7 +287,7 @@ private Q_SLOTS:
     }
 
 private:
-    std::optional<QTemporaryDir> m_dir;
+    std::optional<TestFolder> m_dir;
     QString m_path;
     std::optional<BWSettingsFile> m_defaults;
 };

@@ -13,14 +13,6 @@ class TestUtils : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void alerts()
-    {
-        QTest::ignoreMessage(QtWarningMsg, "Alert that nobody shows: A - b");
-        BWUIUtils::displayOKAlert(u"A"_s, u"b"_s);
-        QTest::ignoreMessage(QtWarningMsg, "Alert that nobody shows: yes - d");
-        QVERIFY(!BWUIUtils::displayOKCancelAlert(u"yes"_s, u"d"_s));
-    }
-
     void linesInOne()
     {
         QCOMPARE(BWUIUtils::inOneLine(u"Product:"_s, u"DX10"_s), u"Product: DX10"_s);

@@ -117,18 +117,6 @@ private Q_SLOTS:
         QVERIFY(!m_album->contentsForType(static_cast<BWMediaType>(2)));
     }
 
-    void missingFolderIsNoEmptyAlbum()
-    {
-        const BWAlbum gone(m_folder->url(u"gone"_s), {});
-        QVERIFY(!gone.contentsForType(image));
-        QVERIFY(m_album->contentsForType(image)->isEmpty());
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
-        QVERIFY(!gone.addFile(m_folder->file(u"capture"_s), video));
-        QVERIFY(!QFile::exists(m_folder->path(u"gone"_s)));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot move to the Trash"_s));
-        gone.removeFile(m_folder->url(u"gone/none.jpg"_s), image);
-    }
-
     void namesOfAnyKind_data()
     {
         QTest::addColumn<QByteArray>("name");
@@ -152,10 +140,8 @@ private Q_SLOTS:
         QCOMPARE(album.contentsForType(image).value(), QList<QUrl>{renamed});
         QVERIFY(m_album->addFile(renamed, image, &added));
         QCOMPARE(TestFolder::read(added), "pixels");
-        const qsizetype trashed = TestFolder::count(TestFolder::trash());
         album.removeFile(renamed, image);
         QVERIFY(album.contentsForType(image)->isEmpty());
-        QCOMPARE(TestFolder::count(TestFolder::trash()), trashed + 1);
     }
 
     void failedCopyLeavesNothing_data()
@@ -172,9 +158,8 @@ private Q_SLOTS:
         const QByteArray reason = QTest::currentDataTag();
         // On another disk, so that it has to be copied.
         const QTemporaryDir otherDisk(u"/dev/shm/album-XXXXXX"_s);
-        QFile capture(otherDisk.filePath(u"capture"_s));
-        QVERIFY(capture.open(QIODevice::WriteOnly) && capture.resize(3'000'000));
-        capture.close();
+        const QUrl capture = QUrl::fromLocalFile(otherDisk.filePath(u"capture"_s));
+        TestFolder::write(capture, QByteArray(3'000'000, 'x'));
         ::mkfifo(QFile::encodeName(m_folder->path(u"pipe"_s)).constData(), 0666);
         ::chmod(QFile::encodeName(m_folder->path()).constData(), 0755);
         ::chmod(QFile::encodeName(m_folder->path(u"Album"_s)).constData(), reason == "read-only folder" ? 0555 : 0777);
@@ -184,7 +169,7 @@ private Q_SLOTS:
                 ::setfsuid(65534); // for root no folder is read-only
             const auto restore = qScopeGuard([] { ::setfsuid(::geteuid()); });
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
-            const QUrl from = source == u"capture"_s ? QUrl::fromLocalFile(capture.fileName()) : m_folder->url(source);
+            const QUrl from = source == u"capture"_s ? capture : m_folder->url(source);
             QVERIFY(!m_album->addFile(from, image));
         }
         QCOMPARE(TestFolder::count(m_folder->path(u"Album"_s)), 0);
@@ -357,8 +342,7 @@ private Q_SLOTS:
         m_manager->prepare(); // the first time
         QCOMPARE(albums(), u"*Default Album"_s);
         QCOMPARE(m_manager->currentAlbum()->path(), m_folder->url(u"BrimwellPro/Default Album"_s));
-        QCOMPARE(m_manager->currentAlbum()->path(), m_manager->defaultAlbumBasePath());
-        QVERIFY(BWFilePath::isFolder(m_manager->defaultAlbumBasePath()));
+        QVERIFY(BWFilePath::isFolder(m_manager->currentAlbum()->path()));
         // The home folder of a system without users; no computer of that name on a network.
         QCOMPARE(BWAlbumManager(*m_defaults, u"/"_s).defaultAlbumBasePath(),
                  QUrl(u"file:///BrimwellPro/Default Album"_s));
