@@ -7,19 +7,12 @@ class TestCameraSession : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void bringsACameraUpInOrder_data()
-    {
-        const Rows<Type, QString> row;
-        row("high", Type::High, u"start 0=0"_s);
-        row("wireless, by way of the norm", Type::Wireless, u"norm 1 size 640x480 start 0=63"_s);
-    }
     void bringsACameraUpInOrder()
     {
-        const auto [type, sent] = Rows<Type, QString>::current();
-        Bench bench({cameraOf(type)});
+        Bench bench({cameraOf(Type::Wireless)});
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         QString received;
-        QTRY_VERIFY((received += bench.notes[0]->take() + u' ').startsWith(sent));
+        QTRY_VERIFY((received += bench.notes[0]->take() + u' ').startsWith(u"norm 1 size 640x480 start 0=63"_s));
         QCOMPARE(bench.ui.calls, QStringList({u"starting"_s, u"statusChanged"_s, u"started"_s, u"productUnknown"_s}));
         QVERIFY(bench.session->currentCamera()->started());
         // The time for the state without a camera passes: nothing comes of it.

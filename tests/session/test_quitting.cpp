@@ -16,9 +16,7 @@ private Q_SLOTS:
         const auto row = [&rows](const char *name, const char *script, const char *steps, Quit state) {
             rows(name, QString::fromLatin1(script), QString::fromLatin1(steps), state);
         };
-        row("in order", "quit stopped added", "stop finish end", Quit::Ended);
-        row("ended already", "quit stopped added quit signal", "stop finish end", Quit::Ended);
-        row("saving, called off", "saving cancel quit", "ask", Quit::Running);
+        row("in order, and once more", "quit stopped added quit signal", "stop finish end", Quit::Ended);
         row("saving, called off, and once more", "saving cancel quit ok quit", "ask ask stop", Quit::StoppingCamera);
         row("saving, session ends", "saving signal", "stop", Quit::StoppingCamera);
         row("session ends during the question", "saving cancel during:signal quit stopped added", "ask stop finish end",

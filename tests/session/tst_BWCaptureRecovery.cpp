@@ -29,7 +29,6 @@ QByteArray picture()
     QImage image(640, 480, QImage::Format_RGB32);
     image.fill(Qt::darkCyan);
     QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "JPG");
     return buffer.data();
 }
@@ -181,24 +180,24 @@ private Q_SLOTS:
 
     void theFolder_data()
     {
-        QTest::addColumn<Change>("squat"); // what stands at its name
-        QTest::newRow("file") << become("x");
-        QTest::newRow("link to a folder")
-            << Change([](const QByteArray &path) { QCOMPARE(::symlink("/", path.constData()), 0); });
-        QTest::newRow("open to all") << Change([](const QByteArray &path) {
-            ::mkdir(path.constData(), 0);
-            ::chmod(path.constData(), 0777);
-        });
-        QTest::newRow("read-only") << Change([](const QByteArray &path) { ::mkdir(path.constData(), 0500); });
+        const Rows<Change> row; // what stands at its name
+        const auto folder = [](mode_t mode, uid_t owner = ::geteuid()) {
+            return [=](const QByteArray &path) {
+                ::mkdir(path.constData(), 0);
+                ::chmod(path.constData(), mode);
+                QCOMPARE(::chown(path.constData(), owner, -1), 0);
+            };
+        };
+        row("file", become("x"));
+        row("link to a folder", [](const QByteArray &path) { QCOMPARE(::symlink("/", path.constData()), 0); });
+        row("open to all", folder(0777));
+        row("read-only", folder(0500));
         if (::geteuid() == 0)
-            QTest::newRow("somebody else's") << Change([](const QByteArray &path) {
-                ::mkdir(path.constData(), 0700);
-                QCOMPARE(::chown(path.constData(), nobody, nobody), 0);
-            });
+            row("somebody else's", folder(0700, nobody));
     }
     void theFolder()
     {
-        QFETCH(Change, squat);
+        const auto [squat] = Rows<Change>::current();
         QCOMPARE(modeOf(m_private), 0700U);
         QVERIFY(QDir().rmdir(m_private));
         squat(QFile::encodeName(m_private));
