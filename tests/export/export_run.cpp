@@ -1,5 +1,5 @@
-// Saves files as the program does: export_run TARGET FILE..., or with the files' names, each ended by a zero byte, from
-// standard input. Prints the outcome, what stood in the way, and the memory it took at first and at most.
+// Saves files as the program does: export_run TARGET, with the files' names, each ended by a zero byte, from standard
+// input. Prints the outcome, what stood in the way, and the memory it took at first and at most.
 #include "Model/Export/BWFileExport.h"
 #include "Utils/BWFilePath.h"
 
@@ -40,12 +40,7 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     if (argc < 2)
         return 2;
-    QList<QUrl> files;
-    for (int i = 2; i < argc; ++i)
-        files.append(BWFilePath::url(argv[i]));
-    if (files.isEmpty())
-        files = filesFromInput();
-
+    const QList<QUrl> files = filesFromInput();
     const long before = memory("VmRSS");
     BWFileExport fileExport;
     const bool begun = fileExport.start(files, BWFilePath::url(argv[1]), [before](const BWExportResult &result) {

@@ -70,32 +70,29 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("target");
         QTest::addColumn<int>("files");
-        QTest::addColumn<int>("problem");
-        const auto row = [](const char *title, const QString &target, int files, Problem problem) {
-            QTest::newRow(title) << target << files << static_cast<int>(problem);
-        };
-        row("the file itself", u"a.jpg"_s, 1, Problem::None);
-        row("the file itself, by another way", u"link/a.jpg"_s, 1, Problem::None);
-        row("a link to it", u"out/link.jpg"_s, 1, Problem::None);
-        row("one of the files of an archive", u"b.jpg"_s, 2, Problem::TargetIsSource);
-        row("folder", u"out"_s, 1, Problem::TargetIsFolder);
-        row("archive as a folder", u"out"_s, 2, Problem::TargetIsFolder);
-        row("no folder", u"gone/x.zip"_s, 2, Problem::TargetFolderMissing);
-        row("below a file", u"a.jpg/x.jpg"_s, 1, Problem::TargetFolderMissing);
-        row("long name", QString(256, u'n'), 1, Problem::NameTooLong);
+        QTest::addColumn<Problem>("problem");
+        QTest::newRow("the file itself") << u"a.jpg"_s << 1 << Problem::None;
+        QTest::newRow("the file itself, by another way") << u"link/a.jpg"_s << 1 << Problem::None;
+        QTest::newRow("a link to it") << u"out/link.jpg"_s << 1 << Problem::None;
+        QTest::newRow("one of the files of an archive") << u"b.jpg"_s << 2 << Problem::TargetIsSource;
+        QTest::newRow("folder") << u"out"_s << 1 << Problem::TargetIsFolder;
+        QTest::newRow("archive as a folder") << u"out"_s << 2 << Problem::TargetIsFolder;
+        QTest::newRow("no folder") << u"gone/x.zip"_s << 2 << Problem::TargetFolderMissing;
+        QTest::newRow("below a file") << u"a.jpg/x.jpg"_s << 1 << Problem::TargetFolderMissing;
+        QTest::newRow("long name") << QString(256, u'n') << 1 << Problem::NameTooLong;
     }
     void targetThatIsSpecial()
     {
         QFETCH(QString, target);
         QFETCH(int, files);
-        QFETCH(int, problem);
+        QFETCH(Problem, problem);
         const QList<QUrl> sources{m_folder->file(u"a.jpg"_s, "pixels"), m_folder->file(u"b.jpg"_s, "more")};
         QVERIFY(QFile::link(m_folder->path(), m_folder->path(u"link"_s)));
         QVERIFY(QFile::link(m_folder->path(u"a.jpg"_s), m_folder->path(u"out/link.jpg"_s)));
-        QCOMPARE(static_cast<int>(run(sources.first(files), m_folder->url(target)).problem), problem);
+        QCOMPARE(run(sources.first(files), m_folder->url(target)).problem, problem);
         QCOMPARE(TestFolder::read(sources[0]) + TestFolder::read(sources[1]), "pixelsmore");
         QCOMPARE(TestFolder::count(m_folder->path()), 4);
-        if (problem == 0)
+        if (problem == Problem::None)
             QCOMPARE(TestFolder::read(m_folder->url(target)), "pixels");
     }
 
@@ -103,10 +100,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("files");
         QTest::addColumn<QString>("second"); // or the only one
-        QTest::addColumn<int>("problem");
+        QTest::addColumn<Problem>("problem");
         const auto rows = [](const char *title, const QString &second, Problem problem) {
             for (const int files : {1, 2})
-                QTest::addRow("%s, %d", title, files) << files << second << static_cast<int>(problem);
+                QTest::addRow("%s, %d", title, files) << files << second << problem;
         };
         rows("full disk", u"b.jpg"_s, Problem::TargetTooLarge);
         rows("read-only folder", u"b.jpg"_s, Problem::TargetNotWritable);
@@ -121,7 +118,7 @@ private Q_SLOTS:
     {
         QFETCH(int, files);
         QFETCH(QString, second);
-        QFETCH(int, problem);
+        QFETCH(Problem, problem);
         const QByteArray what = QByteArray(QTest::currentDataTag()).split(',').first();
         const QUrl target = m_folder->file(u"out/x.zip"_s, "old");
         m_folder->file(u"out/x.zip.part"_s, "another program's");
@@ -148,7 +145,7 @@ private Q_SLOTS:
             result = run(sources, target, watch);
         }
         QCOMPARE(result.outcome, what == "cancelled" ? Outcome::Cancelled : Outcome::Failed);
-        QCOMPARE(static_cast<int>(result.problem), problem);
+        QCOMPARE(result.problem, problem);
         QCOMPARE(result.reason.isNull(), what == "cancelled");
         QCOMPARE(TestFolder::read(target) + TestFolder::read(m_folder->url(u"out/x.zip.part"_s)),
                  "oldanother program's");

@@ -81,8 +81,6 @@ private Q_SLOTS:
             }
             BWSettingsFile defaults(options.settingsFile);
             QCOMPARE(defaults.string(u"bwp2x_old_settings_imported"_s), u"yes"_s);
-            QCOMPARE(defaults.string(u"bwp2x_product_for_camera"_s),
-                     uR"({"wired_high":"mx50_40","wired_regular":"dx14","wireless":"dx17_18"})"_s);
             QCOMPARE(stored(defaults, u"dx14"_s), dx14Values);
             QCOMPARE(stored(defaults, u"dx17_18"_s), dx17Values);
             QCOMPARE(stored(defaults, u"mx62"_s), mx62Values);
@@ -96,15 +94,6 @@ private Q_SLOTS:
             const BWRepository again(options);
             QCOMPARE(again.configManager().productByIdentifier(u"dx12"_s)->currentResolution(), BWResolution(720, 480));
         }
-    }
-
-    void albumsOfARealArchiver()
-    {
-        QString problem;
-        const auto albums = BWOldAlbum::decode(read(u"albums.archiver"_s), problem);
-        QVERIFY2(albums && albums->size() == 3, qPrintable(problem));
-        QCOMPARE(albums->last().name, u"Straße é"_s);
-        QCOMPARE(albums->last().path, u"/home/of/somebody/gone/Straße é"_s);
     }
 
     /// One of the archives being damaged is no reason to do without the other, nor to try for ever.
@@ -141,11 +130,6 @@ private Q_SLOTS:
             QCOMPARE(old.problem, Problem::None);
             const QList<QUrl> there = BWOldSettingsImporter::foldersThere(old.settings);
             auto result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
-            QCOMPARE(result.cameras, 3);
-            QCOMPARE(result.unknownCameras, 2);
-            QCOMPARE(result.products, 4);
-            QCOMPARE(result.unknownProducts, 1);
-            QCOMPARE(result.missingFolders, 1);
             QCOMPARE(result.albums + result.knownAlbums, 2);
             QCOMPARE(albums.currentAlbum()->path(), current);
             QVERIFY(storedAlbums(defaults).contains(home() + u"/BrimwellPro/Mine"_s));
@@ -164,7 +148,8 @@ private Q_SLOTS:
     /// Whatever is cut off its end, an archive is refused as a whole, or reads as before where nothing was lost.
     void truncated()
     {
-        for (const QString &name : {u"cameras.binary"_s, u"cameras.archiver"_s, u"albums.xml"_s}) {
+        for (const QString &name :
+             {u"cameras.binary"_s, u"cameras.archiver"_s, u"albums.xml"_s, u"albums.archiver"_s}) {
             const QByteArray whole = read(name);
             QString problem;
             QVERIFY(name.startsWith(u'c') ? BWOldCameraSettings::decode(whole, problem).has_value()
@@ -207,9 +192,6 @@ private Q_SLOTS:
 
     void unreadable()
     {
-        const QString zeros = m_folder.file(u"zeros"_s).toLocalFile();
-        QVERIFY(QFile::resize(zeros, 200'000'000));
-        QCOMPARE(BWOldSettingsFile::read(zeros).problem, Problem::TooLarge);
         QVERIFY(QFile::link(u"itself"_s, m_folder.path(u"itself"_s)));
         QCOMPARE(BWOldSettingsFile::read(m_folder.path(u"itself"_s)).problem, Problem::Unreadable);
         QCOMPARE(BWOldSettingsFile::read(u"/dev/zero"_s).problem, Problem::Foreign);
