@@ -1,11 +1,7 @@
 #include "ThumbnailFixture.h"
 
-#include "TestFolder.h"
-#include "Utils/BWFilePath.h"
-
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
 #include <QBuffer>
 #include <QFile>
 #include <QProcess>
@@ -17,19 +13,12 @@ using namespace Qt::StringLiterals;
 
 const QDateTime ThumbnailFixture::longAgo(QDate(2024, 6, 7), QTime(8, 9, 10));
 
-ThumbnailFixture::ThumbnailFixture() : m_album(QFile::encodeName(m_dir.filePath(u"album"_s)))
+ThumbnailFixture::ThumbnailFixture() : m_album(BWFilePath::native(m_dir.folder(u"album"_s)))
 {
-    ::mkdir(m_album.constData(), 0755);
     ::chmod(QFile::encodeName(m_dir.path()).constData(), 0755);
-    m_options.sharedFolder = QFile::encodeName(m_dir.filePath(u"home/cache/thumbnails"_s));
+    m_options.sharedFolder = QFile::encodeName(m_dir.path(u"home/cache/thumbnails"_s));
     m_options.threads = 2;
     restart();
-}
-
-ThumbnailFixture::~ThumbnailFixture()
-{
-    m_thumbnails.reset();
-    std::filesystem::remove_all(m_dir.path().toStdString()); // QTemporaryDir leaves names that are not UTF-8
 }
 
 QUrl ThumbnailFixture::url(const QByteArray &name) const

@@ -1,16 +1,15 @@
 #pragma once
 
 #include "Model/Thumbnails/BWThumbnails.h"
+#include "TestFolder.h"
 
 #include <QColor>
 #include <QDateTime>
-#include <QTemporaryDir>
 
 /// A throw-away album and cache, and one reader of thumbnails after the other.
 class ThumbnailFixture {
 public:
     explicit ThumbnailFixture();
-    ~ThumbnailFixture();
 
     QByteArray path(const QByteArray &name) const { return m_album + '/' + name; }
     QUrl url(const QByteArray &name) const;
@@ -42,7 +41,7 @@ public:
     static bool run(const QString &program, const QStringList &arguments, QByteArray *output = nullptr);
 
 private:
-    QTemporaryDir m_dir;
+    TestFolder m_dir;
     QByteArray m_album;
     BWThumbnails::Options m_options;
     QList<QUrl> m_reported;

@@ -108,9 +108,7 @@ private Q_SLOTS:
             png.chop(png.size() / 3);
         const QByteArray name = entry(folder, uri);
         QVERIFY(QDir().mkpath(QFile::decodeName(m_fixture->cache() + '/' + folder)));
-        QFile stored(QFile::decodeName(name));
-        QVERIFY(stored.open(QIODevice::WriteOnly) && stored.write(png) == png.size());
-        stored.close();
+        TestFolder::write(BWFilePath::url(name), png);
 
         QCOMPARE(m_fixture->make(file), shown);
         if (shown != u"red"_s)
@@ -134,34 +132,29 @@ private Q_SLOTS:
         QCOMPARE(m_fixture->make(file), u"red"_s);
     }
 
-    void whatCannotBeStoredIsShownAllTheSame_data()
-    {
-        QTest::addColumn<QString>("reason");
-        for (const char *reason : {"no folder can be made", "the disk is full", "none is wanted"})
-            QTest::newRow(reason) << QString::fromLatin1(reason);
-    }
-
     void whatCannotBeStoredIsShownAllTheSame()
     {
-        QFETCH(QString, reason);
         QTest::failOnWarning(QRegularExpression(u"."_s));
-        if (reason == u"no folder can be made"_s)
-            m_fixture->options().sharedFolder = m_fixture->path("picture0.jpg") + "/thumbnails";
-        else if (reason == u"none is wanted"_s)
-            m_fixture->options().sharedFolder.clear();
-        m_fixture->restart();
-        QList<QUrl> files;
-        for (int i = 0; i < 3; ++i)
-            files.append(m_fixture->file("picture" + QByteArray::number(i) + ".jpg", ThumbnailFixture::jpeg(Qt::red)));
-        if (reason != u"none is wanted"_s) // one line for all of them
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be stored"_s));
-        {
-            const SmallDisk disk(reason == u"the disk is full"_s ? 100 : RLIM_INFINITY);
-            m_fixture->make(files);
+        for (const QByteArray reason : {"no folder can be made", "the disk is full", "none is wanted"}) {
+            m_fixture.emplace();
+            if (reason == "no folder can be made")
+                m_fixture->options().sharedFolder = m_fixture->path("picture0.jpg") + "/thumbnails";
+            else if (reason == "none is wanted")
+                m_fixture->options().sharedFolder.clear();
+            m_fixture->restart();
+            QList<QUrl> files;
+            for (const QByteArray name : {"picture0.jpg", "picture1.jpg", "picture2.jpg"})
+                files.append(m_fixture->file(name, ThumbnailFixture::jpeg(Qt::red)));
+            if (reason != "none is wanted") // one line for all of them
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be stored"_s));
+            {
+                const SmallDisk disk(reason == "the disk is full" ? 100 : RLIM_INFINITY);
+                m_fixture->make(files);
+            }
+            QVERIFY2(m_fixture->shown(files.last()) == u"red"_s, reason);
+            QDirIterator left(QFile::decodeName(m_fixture->cache()), QDir::Files, QDirIterator::Subdirectories);
+            QVERIFY2(!left.hasNext(), reason);
         }
-        QCOMPARE(m_fixture->shown(files.last()), u"red"_s);
-        QDirIterator left(QFile::decodeName(m_fixture->cache()), QDir::Files, QDirIterator::Subdirectories);
-        QVERIFY(!left.hasNext());
     }
 
     void thumbnailsHaveNone()
