@@ -35,19 +35,13 @@ namespace {
 constexpr QSize screenRoom(1280 - 4, 800 - 32); // without what a window manager adds
 constexpr int titleButtons = 110; // the room that it takes from a title
 
-/// What has no text of its own. A widget of any other kind must be known to Judge.
+/// What has no text of its own, nor have windows. A widget of any other kind must be known to Judge.
 const QList<QByteArray> withoutText =
-    QByteArray("QWidget QFrame QSlider QScrollBar QScrollArea QStackedWidget QTabWidget "
-               "QDialogButtonBox QMessageBox QAbstractScrollAreaScrollBarContainer QHeaderView "
-               "BWAboutWindowController BWAdvancedSettingsWindowController BWAlbumFooter "
-               "BWAlbumManagerWindowController BWAlbumNotice BWAutoSettingViewController BWBusyIndicator "
-               "BWStartProblemAlert BWCenteringClipView BWControlBar BWDoubleButton "
-               "BWEMPIADebuggerWindowController BWGridDebuggerWindowController "
-               "BWLightTabView BWMainWindow BWNoCameraProductSheetWindowController "
-               "BWNoCameraSheetWindowController BWNoCameraWindowController BWNormSettingViewController "
-               "BWNoticeView BWNumericSettingViewController BWPreparingView BWProgramHead "
-               "BWSettingsForm BWSettingsWindowController BWShortcutTable BWSimpleHelpWindowController "
-               "BWSimulatedCamerasWindowController BWThumbnailTableView")
+    QByteArray("QWidget QFrame QSlider QScrollBar QScrollArea QStackedWidget QTabWidget QDialogButtonBox "
+               "QAbstractScrollAreaScrollBarContainer QHeaderView BWAlbumFooter BWAlbumNotice "
+               "BWAutoSettingViewController BWBusyIndicator BWCenteringClipView BWControlBar BWDoubleButton "
+               "BWLightTabView BWNormSettingViewController BWNoticeView BWNumericSettingViewController "
+               "BWPreparingView BWProgramHead BWSettingsForm BWShortcutTable BWThumbnailTableView")
         .split(' ');
 
 /// The style option as the widget itself fills it, which only derived classes may ask for.
@@ -78,6 +72,16 @@ int textWidth(const QFontMetrics &metrics, const QString &text, bool wraps)
     return widest;
 }
 
+/// What a text takes, with the icon beside it.
+template <typename Option>
+QSize sizeWithIcon(const Option &option)
+{
+    const QSize text(textWidth(option.fontMetrics, option.text, false), option.fontMetrics.height());
+    constexpr int gap = 4;
+    const QSize icon = option.icon.isNull() ? QSize() : option.iconSize + QSize(gap, 0);
+    return {text.width() + std::max(0, icon.width()), std::max(text.height(), icon.height())};
+}
+
 class Judge {
 public:
     QStringList faults;
@@ -85,38 +89,10 @@ public:
     void judge(const QWidget &widget)
     {
         place(widget);
-        if (const auto *label = qobject_cast<const QLabel *>(&widget))
-            judgeLabel(*label);
-        else if (const auto *push = qobject_cast<const QPushButton *>(&widget))
-            judgePush(*push);
-        else if (const auto *tool = qobject_cast<const QToolButton *>(&widget))
-            judgeTool(*tool);
-        else if (const auto *popUp = qobject_cast<const QComboBox *>(&widget))
-            judgePopUp(*popUp);
-        else if (const auto *spin = qobject_cast<const QSpinBox *>(&widget))
-            judgeSpin(*spin);
-        else if (const auto *edit = qobject_cast<const QLineEdit *>(&widget))
-            judgeEdit(*edit);
-        else if (const auto *tabs = qobject_cast<const BWLightTabBar *>(&widget))
-            judgeTabs(*tabs);
-        else if (const auto *bar = qobject_cast<const QMenuBar *>(&widget))
-            judgeActions(*bar, *bar);
-        else if (const auto *menu = qobject_cast<const QMenu *>(&widget))
-            judgeActions(*menu, *menu);
-        else if (const auto *pill = qobject_cast<const BWStatusPill *>(&widget))
-            judgePill(*pill);
-        else if (const auto *notice = qobject_cast<const BWThumbnailNotice *>(&widget))
-            judgeWrapped(*notice, notice->text(), notice->size() - QSize(40, 100)); // margins; the icon
-        else if (const auto *flash = qobject_cast<const BWFlashActionViewController *>(&widget))
-            judgeFlash(*flash);
-        else if (const auto *list = qobject_cast<const QTreeWidget *>(&widget))
-            judgeList(*list);
-        else if (qobject_cast<const BWKeyCaps *>(&widget) || qobject_cast<const BWDoubleButtonHalf *>(&widget))
-            fits(widget, widget.accessibleName(), widget.sizeHint(), widget.size());
-        else if (const auto *progress = qobject_cast<const QProgressBar *>(&widget);
-                 progress && !progress->isTextVisible())
-            return;
-        else if (!withoutText.contains(widget.metaObject()->className()))
+        const bool isKnown = judgeAs<QLabel, QPushButton, QToolButton, QComboBox, QSpinBox, QLineEdit, BWLightTabBar,
+                                     QMenuBar, QMenu, BWStatusPill, BWThumbnailNotice, BWFlashActionViewController,
+                                     QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
+        if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
             fault(widget, u"is of a kind that nobody has thought of"_s);
     }
 
@@ -134,6 +110,18 @@ public:
     }
 
 private:
+    /// As the first of those kinds that it is of.
+    template <typename... Kinds>
+    bool judgeAs(const QWidget &widget)
+    {
+        const auto is = [this](const auto *one) {
+            if (one)
+                judgeKind(*one);
+            return one != nullptr;
+        };
+        return (is(qobject_cast<const Kinds *>(&widget)) || ...);
+    }
+
     void fault(const QWidget &widget, const QString &what)
     {
         faults << u"%1 in %2 %3"_s.arg(QLatin1String(widget.metaObject()->className()),
@@ -181,15 +169,24 @@ private:
         }
     }
 
-    void judgeWrapped(const QWidget &widget, const QString &text, QSize room)
+    void judgeKind(const BWThumbnailNotice &notice)
     {
-        const QRect bounds =
-            widget.fontMetrics().boundingRect(QRect(QPoint(), room), Qt::AlignCenter | Qt::TextWordWrap, text);
-        fits(widget, text, bounds.size(), room);
+        const QSize room = notice.size() - QSize(40, 100); // margins; the icon
+        const QRect needed =
+            notice.fontMetrics().boundingRect(QRect(QPoint(), room), Qt::AlignCenter | Qt::TextWordWrap, notice.text());
+        fits(notice, notice.text(), needed.size(), room);
+    }
+
+    void judgeKind(const BWKeyCaps &keys) { fits(keys, keys.accessibleName(), keys.sizeHint(), keys.size()); }
+    void judgeKind(const BWDoubleButtonHalf &half) { fits(half, half.accessibleName(), half.sizeHint(), half.size()); }
+    void judgeKind(const QProgressBar &bar)
+    {
+        if (bar.isTextVisible())
+            fault(bar, u"has a text that nobody has thought of"_s);
     }
 
     /// As it is drawn, on black: nothing light, which is to say no letter, at its ends.
-    void judgePill(const BWStatusPill &pill)
+    void judgeKind(const BWStatusPill &pill)
     {
         QImage drawn(pill.size(), QImage::Format_RGB32);
         drawn.fill(Qt::black);
@@ -202,7 +199,7 @@ private:
         }
     }
 
-    void judgeLabel(const QLabel &label)
+    void judgeKind(const QLabel &label)
     {
         if (label.text().isEmpty())
             return;
@@ -219,35 +216,26 @@ private:
              {rich ? label.width() : width, label.height()});
     }
 
-    void judgePush(const QPushButton &button)
+    void judgeKind(const QPushButton &button)
     {
         accessKey(button, button.text());
         const auto option = optionOf<QStyleOptionButton>(button);
         const QRect room = button.style()->subElementRect(QStyle::SE_PushButtonContents, &option, &button);
-        QSize needed(textWidth(option.fontMetrics, option.text, false), option.fontMetrics.height());
-        constexpr int gap = 4;
-        if (!option.icon.isNull())
-            needed = {needed.width() + option.iconSize.width() + gap,
-                      std::max(needed.height(), option.iconSize.height())};
-        fits(button, option.text, needed, room.size());
+        fits(button, option.text, sizeWithIcon(option), room.size());
     }
 
-    void judgeTool(const QToolButton &button)
+    void judgeKind(const QToolButton &button)
     {
         const auto option = optionOf<QStyleOptionToolButton>(button);
         const QRect room =
             button.style()->subControlRect(QStyle::CC_ToolButton, &option, QStyle::SC_ToolButton, &button);
-        QSize needed = option.icon.isNull() ? QSize() : option.iconSize;
-        constexpr int gap = 4;
-        if (option.toolButtonStyle == Qt::ToolButtonTextBesideIcon)
-            needed = {needed.width() + gap + textWidth(option.fontMetrics, option.text, false),
-                      std::max(needed.height(), option.fontMetrics.height())};
-        else if (option.toolButtonStyle != Qt::ToolButtonIconOnly || option.icon.isNull())
+        const bool hasText = option.toolButtonStyle == Qt::ToolButtonTextBesideIcon;
+        if (!hasText && (option.toolButtonStyle != Qt::ToolButtonIconOnly || option.icon.isNull()))
             fault(button, u"is drawn in a way that nobody has thought of"_s);
-        fits(button, option.text, needed, room.size());
+        fits(button, option.text, hasText ? sizeWithIcon(option) : option.iconSize, room.size());
     }
 
-    void judgePopUp(const QComboBox &popUp)
+    void judgeKind(const QComboBox &popUp)
     {
         const auto option = optionOf<QStyleOptionComboBox>(popUp);
         const QSize room =
@@ -260,7 +248,7 @@ private:
             fits(popUp, text, {option.fontMetrics.horizontalAdvance(text), option.fontMetrics.height()}, room);
     }
 
-    void judgeSpin(const QSpinBox &spin)
+    void judgeKind(const QSpinBox &spin)
     {
         const auto option = optionOf<QStyleOptionSpinBox>(spin);
         const QSize room =
@@ -271,7 +259,7 @@ private:
         }
     }
 
-    void judgeEdit(const QLineEdit &edit)
+    void judgeKind(const QLineEdit &edit)
     {
         const auto option = optionOf<QStyleOptionFrame>(edit);
         const QRect room = edit.style()->subElementRect(QStyle::SE_LineEditContents, &option, &edit);
@@ -281,7 +269,7 @@ private:
                  room.marginsRemoved(edit.textMargins()).size() - QSize(2 * margin, 0));
     }
 
-    void judgeTabs(const BWLightTabBar &tabs)
+    void judgeKind(const BWLightTabBar &tabs)
     {
         for (int i = 0; i < tabs.count(); ++i) {
             const auto option = optionOf<QStyleOptionTab>(tabs, i);
@@ -293,7 +281,7 @@ private:
         }
     }
 
-    void judgeList(const QTreeWidget &list)
+    void judgeKind(const QTreeWidget &list)
     {
         const int margins = 2 * (list.style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, &list) + 1);
         QList<QTreeWidgetItem *> items{list.headerItem()};
@@ -308,22 +296,24 @@ private:
             fault(list, u"has columns that cannot be seen"_s);
     }
 
+    void judgeKind(const QMenuBar &bar) { judgeActions(bar); }
+    void judgeKind(const QMenu &menu) { judgeActions(menu); }
     template <typename Menu>
-    void judgeActions(const QWidget &widget, const Menu &menu)
+    void judgeActions(const Menu &menu)
     {
-        const auto actions = widget.actions();
+        const auto actions = menu.actions();
         for (QAction *action : actions) {
             if (!action->isVisible() || action->isSeparator())
                 continue;
-            accessKey(widget, action->text());
+            accessKey(menu, action->text());
             const QRect place = menu.actionGeometry(action);
-            fits(widget, action->text(), widget.fontMetrics().size(Qt::TextShowMnemonic, action->text()), place.size());
-            if (!widget.rect().contains(place))
-                fault(widget, u"has no room for \"%1\""_s.arg(action->text()));
+            fits(menu, action->text(), menu.fontMetrics().size(Qt::TextShowMnemonic, action->text()), place.size());
+            if (!menu.rect().contains(place))
+                fault(menu, u"has no room for \"%1\""_s.arg(action->text()));
         }
     }
 
-    void judgeFlash(const BWFlashActionViewController &flash)
+    void judgeKind(const BWFlashActionViewController &flash)
     {
         BWFlashPicture picture;
         picture.setFont(flash.font());
