@@ -21,6 +21,7 @@
 #include "Views/BWStartProblemAlert.h"
 #include "Views/Help/BWAboutWindowController.h"
 #include "Views/Help/BWSimpleHelpWindowController.h"
+#include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/MainWindow/BWStatusLine.h"
@@ -144,40 +145,41 @@ private Q_SLOTS:
     {
         see(visible<BWSimulatedCamerasWindowController>(), u"simulated-cameras"_s);
         see(m_window, u"main-waiting"_s);
+        const BWMainMenu &menu = m_window->menu();
+        QVERIFY(menu.settingsMenuItem->isEnabled() && !menu.advancedSettingsMenuItem->isEnabled());
         m_clock.advance(2s);
-        see(visible<BWNoCameraWindowController>(), u"no-camera"_s);
+        auto *window = visible<BWNoCameraWindowController>();
+        see(window, u"no-camera"_s);
         m_cameras[0]->plugIn();
         m_clock.advance(500ms);
-        see(visible<BWNoCameraWindowController>(), u"no-camera-preparing"_s);
+        see(window, u"no-camera-preparing"_s);
         m_cameras[0]->unplug();
         m_clock.advance(500ms);
-        visible<BWNoCameraWindowController>()->setObstacle(obstacle());
-        see(visible<BWNoCameraWindowController>(), u"no-camera-blocked"_s);
+        window->setObstacle(obstacle());
+        see(window, u"no-camera-blocked"_s);
     }
 
     void startProblems_data()
     {
         using Kind = BWStartProblem::Kind;
-        QTest::addColumn<BWStartProblem>("problem");
-        QTest::newRow("in-use") << BWStartProblem{Kind::InUse};
-        QTest::newRow("in-use-by") << BWStartProblem{Kind::InUse, u"guvcview"_s};
-        QTest::newRow("no-bandwidth") << BWStartProblem{Kind::NoBandwidth};
-        QTest::newRow("no-permission") << BWStartProblem{Kind::NoPermission};
-        QTest::newRow("failed") << BWStartProblem{Kind::Failed};
-        QTest::newRow("in-use-other") << BWStartProblem{Kind::InUse};
+        const Rows<BWStartProblem, bool> row;
+        row("in-use", {Kind::InUse}, false);
+        row("in-use-by", {Kind::InUse, u"guvcview"_s}, false);
+        row("no-bandwidth", {Kind::NoBandwidth}, false);
+        row("no-permission", {Kind::NoPermission}, false);
+        row("failed", {Kind::Failed}, false);
+        row("in-use-other", {Kind::InUse}, true);
     }
     void startProblems()
     {
-        QFETCH(BWStartProblem, problem);
+        const auto [problem, hasOther] = Rows<BWStartProblem, bool>::current();
         BWCameraSession::StartQuestion question{problem, {}, {}};
         if (problem.kind == BWStartProblem::Kind::NoBandwidth)
             question.smaller = BWResolution(640, 480);
         BWLocalizationManager &texts = BWRepository::singleton().localizationManager();
-        QString other;
-        if (QLatin1String(QTest::currentDataTag()) == "in-use-other"_L1)
-            other = texts.text(u"camera_type"_s, u"ultra_resolution_microscope"_s, u"Ultra Resolution Microscope"_s)
-                + u" (2)"_s;
-        auto *alert = new BWStartProblemAlert(question, other, texts, m_window);
+        const QString other =
+            texts.text(u"camera_type"_s, u"ultra_resolution_microscope"_s, u"Ultra Resolution Microscope"_s);
+        auto *alert = new BWStartProblemAlert(question, hasOther ? other + u" (2)"_s : QString(), texts, m_window);
         alert->open();
         see(alert, name(u"problem"_s));
         alert->close();
@@ -186,18 +188,18 @@ private Q_SLOTS:
     void products_data()
     {
         QTest::addColumn<int>("camera");
-        for (int i = 1; i < 5; ++i)
+        for (const int i : {1, 2, 3, 4, 0})
             QTest::addRow("%d", i) << i;
-        QTest::newRow("0") << 0;
     }
     void products()
     {
         QFETCH(int, camera);
         plugIn(camera);
         QTRY_VERIFY_WITH_TIMEOUT(visible<BWNoCameraProductSheetWindowController>(), patience);
-        see(visible<BWNoCameraProductSheetWindowController>(), name(u"product"_s));
+        auto *sheet = visible<BWNoCameraProductSheetWindowController>();
+        see(sheet, name(u"product"_s));
         if (camera == 0) {
-            visible<BWNoCameraProductSheetWindowController>()->onOK();
+            sheet->onOK();
         } else {
             m_cameras[camera]->unplug();
             QTRY_VERIFY_WITH_TIMEOUT(!m_delegate->currentCamera(), patience);
@@ -222,11 +224,27 @@ private Q_SLOTS:
         m_window->menu().gridDebugger->trigger();
         see(visible<BWGridDebuggerWindowController>(), u"grid-debugger"_s);
         m_window->menu().grid->trigger();
-        m_window->menu().registerDebugger->trigger();
-        auto *registers = visible<BWEMPIADebuggerWindowController>();
-        registers->onReadRegisters();
-        see(registers, u"register-debugger"_s);
-        registers->close();
+        seePanel(m_window->menu().registerDebugger, u"register-debugger-unread"_s,
+                 &BWEMPIADebuggerWindowController::onReadRegisters, u"register-debugger"_s);
+    }
+
+    void productInUse()
+    {
+        const auto actions = m_window->findChildren<QAction *>();
+        QVERIFY(std::any_of(actions.begin(), actions.end(), [](const QAction *action) {
+            return action->isChecked() && action->data() == QVariant(u"dx10"_s);
+        }));
+        const auto menus = m_window->controlBar().findChildren<QComboBox *>();
+        auto *sizes =
+            *std::find_if(menus.begin(), menus.end(), [](auto *menu) { return menu->findText(u"640x480"_s) >= 0; });
+        const auto size = [&] { // of the camera, and what the bar shows
+            return m_delegate->currentCamera()->defaultResolution().resolutionString() + u' ' + sizes->currentText();
+        };
+        sizes->setCurrentText(u"1600x1200"_s);
+        Q_EMIT sizes->textActivated(sizes->currentText());
+        QTRY_COMPARE_WITH_TIMEOUT(size(), u"1600x1200 1600x1200"_s, patience);
+        m_window->findChild<BWAdvancedSettingsWindowController *>()->onRestoreDefaults(); // the size with the values
+        QTRY_COMPARE_WITH_TIMEOUT(size(), u"640x480 640x480"_s, patience);
     }
 
     void captures()
@@ -245,14 +263,18 @@ private Q_SLOTS:
             m_clock.advance(5s);
             QTRY_VERIFY_WITH_TIMEOUT(!flash->isVisible(), patience);
         }
-        m_window->menu().record->trigger();
+        QAction *record = m_window->menu().record;
+        const QString recordText = record->text();
+        record->trigger();
         for (int i = 0; i < 30; ++i)
             showFrames();
         m_clock.advance(1500ms);
         QTRY_VERIFY_WITH_TIMEOUT((showFrames(), flash->isVisible() && !flash->details().isEmpty()), patience);
         see(m_window, u"main-recording"_s);
-        m_window->menu().record->trigger();
+        QVERIFY(record->text() != recordText);
+        record->trigger();
         QTRY_VERIFY_WITH_TIMEOUT((showFrames(), !flash->isVisible()), patience);
+        QCOMPARE(record->text(), recordText);
         see(m_window, u"main-video-saved"_s);
     }
 
@@ -290,8 +312,9 @@ private Q_SLOTS:
         notice->endNotice();
 
         window->onAddAlbum();
-        see(visible<QFileDialog>(), u"albums-add"_s);
-        visible<QFileDialog>()->close();
+        auto *panel = visible<QFileDialog>();
+        see(panel, u"albums-add"_s);
+        panel->close();
         const QString folder = BWRepository::singleton().albumManager().currentAlbum()->path().toLocalFile();
         QVERIFY(QDir().rename(folder, folder + u"-moved"_s));
         QTRY_COMPARE_WITH_TIMEOUT(window->findChild<BWThumbnailNotice *>()->text(), texts.unavailable, patience);
@@ -305,30 +328,21 @@ private Q_SLOTS:
     {
         for (int i = 1; i < 6; ++i)
             plugIn(i);
-        QTRY_COMPARE_WITH_TIMEOUT(
-            m_window->findChild<BWSettingsWindowController *>()->findChild<QComboBox *>()->count(), 6, patience);
-        m_window->menu().settingsMenuItem->trigger();
-        see(visible<BWSettingsWindowController>(), u"settings"_s);
-        const auto controls = visible<BWSettingsWindowController>()->findChildren<QPushButton *>();
-        for (const QPushButton *button : controls)
+        const BWMainMenu &menu = m_window->menu();
+        const auto *window = m_window->findChild<BWSettingsWindowController *>();
+        QTRY_COMPARE_WITH_TIMEOUT(window->findChild<QComboBox *>()->count(), 6, patience);
+        seePanel<BWSettingsWindowController>(menu.settingsMenuItem, u"settings"_s);
+        const auto buttons = window->findChildren<QPushButton *>();
+        for (const QPushButton *button : buttons)
             QVERIFY2(!QKeySequence::mnemonic(button->text()).isEmpty(), qPrintable(button->text()));
-        const auto labels = visible<BWSettingsWindowController>()->findChildren<QLabel *>();
+        const auto labels = window->findChildren<QLabel *>();
         for (const QLabel *label : labels)
             QVERIFY2(!QKeySequence::mnemonic(label->text()).isEmpty(), qPrintable(label->text()));
-        visible<BWSettingsWindowController>()->close();
-        m_window->menu().advancedSettingsMenuItem->trigger();
-        see(visible<BWAdvancedSettingsWindowController>(), u"advanced-settings"_s);
-        visible<BWAdvancedSettingsWindowController>()->onSaveAsDefault();
-        see(visible<BWAdvancedSettingsWindowController>(), u"advanced-settings-saved"_s);
-        visible<BWAdvancedSettingsWindowController>()->close();
-        m_window->menu().aboutMenuItem->trigger();
-        see(visible<BWAboutWindowController>(), u"about"_s);
-        visible<BWAboutWindowController>()->close();
-        m_window->menu().simpleHelpMenuItem->trigger();
-        see(visible<BWSimpleHelpWindowController>(), u"help"_s);
-        visible<BWSimpleHelpWindowController>()->onWriteToSupport();
-        see(visible<BWSimpleHelpWindowController>(), u"help-no-program"_s);
-        visible<BWSimpleHelpWindowController>()->close();
+        seePanel(menu.advancedSettingsMenuItem, u"advanced-settings"_s,
+                 &BWAdvancedSettingsWindowController::onSaveAsDefault, u"advanced-settings-saved"_s);
+        seePanel<BWAboutWindowController>(menu.aboutMenuItem, u"about"_s);
+        seePanel(menu.simpleHelpMenuItem, u"help"_s, &BWSimpleHelpWindowController::onWriteToSupport,
+                 u"help-no-program"_s);
     }
 
     void alerts_data()
@@ -340,11 +354,9 @@ private Q_SLOTS:
         BWAppTexts app;
         app.localizeWithManager(manager);
         add("access-denied", app.cameraAccessDeniedTitle, app.cameraAccessDeniedMessage);
-        add("access-restricted", app.cameraAccessRestrictedTitle, app.cameraAccessRestrictedMessage);
         add("no-albums", app.errorInitializingAlbumsTitle,
             app.errorInitializingAlbumsMessage + u" /home/user/BrimwellPro, /home/user/BrimwellPro/Default Album"_s);
         add("quit-while-saving", app.quitWhileSavingTitle, app.quitWhileSavingMessage, Alert::Question);
-        add("quit-at-once", app.quitAtOnceTitle, app.quitAtOnceMessage, Alert::Question);
 
         BWAlbumTexts albums;
         albums.localizeWithManager(manager);
@@ -354,12 +366,8 @@ private Q_SLOTS:
                 + albums.leftArchive.arg(u"/home/user/Desktop/microscope.zip.part"_s));
         add("not-opened", albums.errorOpening.single.title,
             albums.errorOpening.single.message.arg(u"20240607_image_001.jpg"_s));
-        add("default-album", albums.cannotDeleteDefault.title, albums.cannotDeleteDefault.message);
         add("delete-album", albums.deleteAlbum.title, albums.deleteAlbum.message, Alert::Question);
         add("open-many", albums.openMany.title.arg(21), albums.openMany.message, Alert::Question);
-        add("trash-image", albums.trashImages.single.title, albums.trashImages.single.message, Alert::Question);
-        add("trash-images", albums.trashImages.multiple.title, albums.trashImages.multiple.message, Alert::Question);
-        add("trash-video", albums.trashVideos.single.title, albums.trashVideos.single.message, Alert::Question);
         add("trash-videos", albums.trashVideos.multiple.title, albums.trashVideos.multiple.message, Alert::Question);
 
         const BWOldSettingsImporter::Result import{
@@ -379,7 +387,6 @@ private Q_SLOTS:
         };
         capture("recovered", BWCaptureNotice::ofRecovered(movie, manager), Alert::Information);
         capture("disk-full", video(movie, {}, End::DiskFull));
-        capture("write-error", video(movie, {}, End::Failed));
         capture("kept-elsewhere", video({}, QUrl(u"file:///var/tmp/brimwellpro-0f3c.mov"_s), End::CameraGone));
         capture("lost", BWCaptureNotice::of({}, manager));
     }
@@ -387,8 +394,9 @@ private Q_SLOTS:
     {
         const auto [title, message, kind] = Rows<QString, QString, Alert>::current();
         QTimer::singleShot(0, this, [this] {
-            see(visible<QMessageBox>(), name(u"alert"_s));
-            visible<QMessageBox>()->reject();
+            auto *alert = visible<QMessageBox>();
+            see(alert, name(u"alert"_s));
+            alert->reject();
         });
         if (kind == Alert::Question)
             m_alerts->presentOKCancel(title, message);
@@ -416,13 +424,14 @@ private Q_SLOTS:
         for (const auto &camera : m_cameras)
             camera->unplug();
         QTRY_VERIFY_WITH_TIMEOUT((m_clock.advance(2s), visible<BWNoCameraSheetWindowController>()), patience);
-        see(visible<BWNoCameraSheetWindowController>(), u"unplugged"_s);
+        auto *sheet = visible<BWNoCameraSheetWindowController>();
+        see(sheet, u"unplugged"_s);
         see(m_window, u"main-unplugged"_s);
         m_cameras[0]->plugIn();
         m_clock.advance(500ms);
-        see(visible<BWNoCameraSheetWindowController>(), u"unplugged-preparing"_s);
-        visible<BWNoCameraSheetWindowController>()->setObstacle(obstacle());
-        see(visible<BWNoCameraSheetWindowController>(), u"unplugged-blocked"_s);
+        see(sheet, u"unplugged-preparing"_s);
+        sheet->setObstacle(obstacle());
+        see(sheet, u"unplugged-blocked"_s);
     }
 
 private:
@@ -441,6 +450,20 @@ private:
             return;
         const QString file = u"%1/%2-%3-%4.png"_s.arg(folder, name, language, look.name);
         QVERIFY2(QDir().mkpath(folder) && picture.save(file, "PNG", 80), qPrintable(file));
+    }
+
+    /// Opened by its menu item, and once more after something has been done in it.
+    template <typename Window>
+    void seePanel(QAction *item, const QString &name, void (Window::*act)() = nullptr, const QString &after = {})
+    {
+        item->trigger();
+        auto *window = visible<Window>();
+        see(window, name);
+        if (act) {
+            (window->*act)();
+            see(window, after);
+        }
+        window->close();
     }
 
     void seeMenu(QMenu *menu, const QString &name)
