@@ -20,12 +20,11 @@ public:
     }
     void insertFirst(const QString &name) { m_elements.prepend(QUrl::fromLocalFile(QStringLiteral("/album/") + name)); }
 
-    int columns = 2;
+    static constexpr int columns = 2;
     std::function<BWThumbnailValue(int index)> value = [](int) { return BWThumbnailValue(); };
     std::function<void()> onOperation = [] {}; ///< called in each of the three operations
     QList<int> removed, opened, saved;
     QSet<int> painted; ///< elements whose value was asked for
-    QList<QUrl> copied;
 
     QList<QUrl> elementsForThumbnailTableView(const BWThumbnailTableView &) override { return m_elements; }
     QSize draggingSizeForElementAt(const BWThumbnailTableView &, int index) override
@@ -57,14 +56,7 @@ public:
     {
         return m_elements[index].fileName() + QStringLiteral(", image");
     }
-    QStringList copyFiles(const QList<QUrl> &files, const QUrl &) override
-    {
-        copied = files;
-        QStringList names;
-        for (const QUrl &file : files)
-            names.append(file.fileName());
-        return names;
-    }
+    QStringList copyFiles(const QList<QUrl> &, const QUrl &) override { return {}; }
 
 private:
     void operate(QList<int> &log, const QList<int> &indexes)

@@ -4,8 +4,6 @@
 #include "Views/Albums/BWThumbnailDrag.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 
-#include <QAccessible>
-#include <QHeaderView>
 #include <QScrollBar>
 #include <QSignalSpy>
 
@@ -160,36 +158,6 @@ private Q_SLOTS:
         grid.album.setCount(0);
         grid.view.reloadData();
         QCOMPARE(grid.view.focusIndex(), -1);
-    }
-
-    void otherNumbersOfColumns()
-    {
-        for (const int columns : {0, 1, 3}) {
-            GridFixture grid(7);
-            grid.album.columns = columns;
-            grid.view.reloadData();
-            grid.view.onSelectAll();
-            for (const auto key : {Qt::Key_End, Qt::Key_Right, Qt::Key_Down, Qt::Key_Home, Qt::Key_Left})
-                QTest::keyClick(&grid.view, key);
-            grid.view.viewport()->repaint();
-            grid.clock.advance(std::chrono::seconds(1));
-            QCOMPARE(grid.view.model()->columnCount(), columns);
-            QCOMPARE(grid.view.focusIndex(), columns ? 0 : -1);
-        }
-    }
-
-    void screenReader()
-    {
-        GridFixture grid(7);
-        QAccessibleInterface *table = QAccessible::queryAccessibleInterface(&grid.view);
-        grid.view.mouseEventHandler()->selectOnly(3);
-        QAccessibleInterface *cell = table->tableInterface()->cellAt(1, 1);
-        QCOMPARE(cell->text(QAccessible::Name), u"3.jpg, image"_s);
-        QVERIFY(cell->state().selected);
-        QVERIFY(!table->tableInterface()->cellAt(1, 0)->state().selected);
-        QVERIFY(table->tableInterface()->cellAt(3, 1)->text(QAccessible::Name).isEmpty());
-        table->tableInterface()->selectRow(2);
-        QVERIFY(grid.view.mouseEventHandler()->isSelected(4) && grid.view.mouseEventHandler()->isSelected(5));
     }
 
     void selectionMark()
