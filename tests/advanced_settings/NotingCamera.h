@@ -3,9 +3,13 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
+#include "Model/Products/BWProductInUse.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "NotingDevice.h"
 
 #include <future>
+#include <QTemporaryDir>
 
 /// An opened camera, simulated, that notes what it is sent.
 class NotingCamera {
@@ -53,4 +57,12 @@ public:
 
     const std::shared_ptr<DeviceNotes> notes = std::make_shared<DeviceNotes>();
     BWCameraPtr camera;
+};
+
+/// The product in use, with settings of its own.
+struct ProductBench {
+    QTemporaryDir folder;
+    BWSettingsFile defaults{folder.filePath(QStringLiteral("settings.conf"))};
+    BWConfigManager config{defaults};
+    BWProductInUse product{config};
 };

@@ -1,10 +1,6 @@
-#include "Model/Products/BWProductInUse.h"
-#include "Model/Settings/BWConfigManager.h"
-#include "Model/Settings/BWSettingsFile.h"
 #include "NotingCamera.h"
 #include "Rows.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -12,7 +8,7 @@ using Type = NotingCamera::Type;
 
 namespace {
 
-struct Bench {
+struct Bench : ProductBench {
     explicit Bench(const NotingCamera &camera) { start(camera); }
 
     void start(const NotingCamera &camera)
@@ -25,11 +21,6 @@ struct Bench {
         config.setCurrentProductIdentifier(identifier, product.camera()->identifierForProducts());
         QCoreApplication::processEvents(); // not before all listeners have been notified
     }
-
-    QTemporaryDir folder;
-    BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
-    BWConfigManager config{defaults};
-    BWProductInUse product{config};
 };
 
 } // namespace

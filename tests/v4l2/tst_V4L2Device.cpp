@@ -1,5 +1,5 @@
-#include "../Rows.h"
 #include "FakeCamera.h"
+#include "Rows.h"
 
 #include <cerrno>
 #include <QTest>

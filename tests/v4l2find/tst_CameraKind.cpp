@@ -1,6 +1,6 @@
-#include "../Rows.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
+#include "Rows.h"
 #include "SysfsTree.h"
 #include "v4l2/device/BWVideoAbilities.h"
 #include "v4l2/finding/BWCameraMaker.h"
