@@ -87,8 +87,6 @@ private Q_SLOTS:
 
         m_tell.refused(BWRecordingRefusal::StillSaving);
         QCOMPARE(m_pill.text(), u"The video is still being saved."_s);
-        m_tell.refused(BWRecordingRefusal::NotStreaming);
-        QCOMPARE(m_pill.text(), u"No recording was started, because the camera is not running yet."_s);
 
         m_alerts.clear();
         m_lostMeanwhile = 3;

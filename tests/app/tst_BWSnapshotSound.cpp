@@ -1,22 +1,15 @@
 #include "App/Capture/BWSnapshotSound.h"
 
-#include <atomic>
 #include <cmath>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLocalServer>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-std::atomic<int> lines; // that came into the log
-
-void count(QtMsgType, const QMessageLogContext &, const QString &)
-{
-    ++lines;
-}
 
 QByteArray sound()
 {
@@ -30,14 +23,6 @@ class TestBWSnapshotSound : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        // The sound server's library looks, and leaves things, in the home folder.
-        qputenv("HOME", m_home.path().toUtf8());
-        qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
-        qputenv("PULSE_SERVER", "unix:/nowhere/native");
-    }
-
     void samples()
     {
         const auto [bytes, format, error] = BWSnapshotSound::decode(sound());
@@ -45,40 +30,40 @@ private Q_SLOTS:
         QVERIFY(format.isValid());
         const double milliseconds = 1000.0 * format.framesForBytes(int(bytes.size())) / format.sampleRate();
         QVERIFY2(std::abs(milliseconds - 150) < 3, qPrintable(QString::number(milliseconds)));
-        const auto peak = [&, &samples = bytes, &in = format](double from, double to) { // milliseconds
-            float highest = 0;
-            for (int i = in.framesForDuration(qint64(from * 1000)); i < in.framesForDuration(qint64(to * 1000)); ++i)
-                highest =
-                    std::max(highest, std::abs(in.normalizedSampleValue(samples.constData() + in.bytesForFrames(i))));
-            return highest;
-        };
-        QVERIFY(peak(0, 10) > 0.08); // begins at once
-        QVERIFY(peak(40, 60) < 0.05);
-        QVERIFY(peak(65, 85) > 0.1);
-        QVERIFY(peak(0, 145) < 0.5);
+        float loudest = 0;
+        for (int i = 0; i < format.framesForBytes(int(bytes.size())); ++i)
+            loudest =
+                std::max(loudest, std::abs(format.normalizedSampleValue(bytes.constData() + format.bytesForFrames(i))));
+        QVERIFY2(loudest > 0.1 && loudest < 0.5, qPrintable(QString::number(loudest)));
         for (const QByteArray &file : {QByteArray(), QByteArray(5000, 'x'), sound().left(100)}) {
             const BWSnapshotSound::Samples none = BWSnapshotSound::decode(file);
             QVERIFY(none.bytes.isEmpty() && !none.error.isEmpty());
         }
     }
 
-    void withoutServer()
+    /// Who takes connections and says nothing. A thread is left that still waits for it, so that this program's end is
+    /// part of the test.
+    void nobodyWaitsForASilentServer()
     {
-        const QtMessageHandler before = qInstallMessageHandler(&count);
-        QElapsedTimer timer;
-        timer.start();
-        for (int i = 0; i < 3; ++i) {
-            BWSnapshotSound shutter(sound());
-            shutter.play();
-            shutter.play();
-        }
-        qInstallMessageHandler(before);
-        QVERIFY(timer.elapsed() < 2000);
-        QVERIFY2(lines <= 1, qPrintable(QString::number(lines)));
-    }
+        // To the very end of the program.
+        static const QTemporaryDir home;
+        static auto &server = *new QLocalServer;
+        QVERIFY(server.listen(home.filePath(u"native"_s)));
+        qputenv("HOME", home.path().toUtf8());
+        qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+        qputenv("PULSE_SERVER", "unix:" + server.fullServerName().toUtf8());
 
-private:
-    const QTemporaryDir m_home;
+        QElapsedTimer timer;
+        {
+            BWSnapshotSound shutter(sound());
+            QTRY_VERIFY(server.hasPendingConnections());
+            timer.start();
+            for (int i = 0; i < 100; ++i)
+                shutter.play();
+            QVERIFY(timer.elapsed() < 100);
+        }
+        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestBWSnapshotSound)
