@@ -1,6 +1,9 @@
+#include "Model/Settings/BWSettingsFile.h"
 #include "Rows.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -16,10 +19,21 @@ constexpr QSize albums(289, 575);
 constexpr int leastCameraWidth = 745;
 constexpr int leastAlbumsWidth = 242;
 
+class Panel : public BWUtilityPanel {
+public:
+    Panel(QWidget &cameraWindow, BWUserDefaults &defaults) : BWUtilityPanel(&cameraWindow)
+    {
+        resize(200, 100);
+        rememberFrame(u"panel"_s, defaults);
+    }
+};
+
 } // namespace
 
 class TestBWWindowPlaces : public QObject {
     Q_OBJECT
+
+    QTemporaryDir m_folder;
 
 private Q_SLOTS:
     void screens_data()
@@ -67,6 +81,52 @@ private Q_SLOTS:
         // Where nothing helps they lie over each other.
         QCOMPARE(placement.beside({0, 0, 800, 480}, 745, albums, 242).albums, QRect(558, 0, 242, 480));
         QCOMPARE(placement.besideFixed({0, 0, 800, 480}, albums), QRect(511, 0, 289, 480));
+    }
+
+    void aPanelIsPlacedUntilTheUserHasPutItSomewhere()
+    {
+        QWidget camera;
+        camera.setGeometry(100, 50, 400, 200);
+        camera.show();
+        const QString path = m_folder.filePath(u"settings.conf"_s);
+        auto defaults = std::make_unique<BWSettingsFile>(path);
+        auto panel = std::make_unique<Panel>(camera, *defaults);
+        const auto startAgain = [&] {
+            panel.reset();
+            defaults = std::make_unique<BWSettingsFile>(path);
+            panel = std::make_unique<Panel>(camera, *defaults);
+        };
+        const QPoint itsPlace = camera.frameGeometry().bottomLeft() + QPoint(100, 1); // half as wide
+
+        startAgain(); // never shown in the run before
+        panel->move(1, 2);
+        panel->show();
+        QCOMPARE(panel->pos(), itsPlace);
+        panel->move(70, 90);
+        panel->hide();
+        startAgain();
+        panel->show();
+        QCOMPARE(panel->pos(), QPoint(70, 90));
+
+        panel->resetLayout();
+        QCOMPARE(panel->pos(), itsPlace);
+        panel->move(70, 90);
+        panel->hide();
+        panel->resetLayout();
+        camera.move(camera.pos() + QPoint(10, 10)); // by where that is then
+        panel->show();
+        QCOMPARE(panel->pos(), itsPlace + QPoint(10, 10));
+        panel->move(70, 90);
+        panel->hide();
+        panel->resetLayout();
+        startAgain(); // before it was shown
+        panel->show();
+        QCOMPARE(panel->pos(), itsPlace + QPoint(10, 10));
+
+        Panel second(camera, *defaults);
+        second.resetLayout();
+        second.show(); // leaves the title of the first
+        QCOMPARE(second.pos(), panel->pos() + QPoint(0, BWWindowPlacement::assumedMargins.top()));
     }
 };
 
