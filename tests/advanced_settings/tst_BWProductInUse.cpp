@@ -159,7 +159,7 @@ private Q_SLOTS:
         };
         slow.notes->holdUp();
         send(BWSettingBrightness, 1);
-        slow.notes->waitUntilBusy();
+        QTRY_VERIFY(slow.notes->isBusy());
         for (int value = 2; value <= 20; ++value) {
             send(BWSettingBrightness, value);
             send(BWSettingContrast, value);
