@@ -8,13 +8,13 @@
 namespace {
 
 constexpr int maximumHeld = 2;
-constexpr int quality = 95;
+constexpr int snapshotQuality = 95;
 
 /// The still as JPEG data; null when the frame cannot be used.
 QByteArray stillOf(const BWFrame &frame)
 {
     if (frame.pixelFormat() != BWPixelFormat::MJPEG)
-        return BWJpeg::encode(frame, quality);
+        return BWJpeg::encode(frame, snapshotQuality);
     const BWPlane &bytes = frame.plane(0);
     if (!BWJpeg::decodesCleanly(bytes.data, bytes.size))
         return {};

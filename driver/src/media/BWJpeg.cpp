@@ -78,7 +78,7 @@ std::size_t sizeToEndMarker(const uint8_t *data, std::size_t size)
     return ends ? size : 0;
 }
 
-constexpr long maxPixels = 200'000'000; // of an image to be decoded: a damaged header may claim any size
+constexpr long maxImagePixels = 200'000'000; // of an image to be decoded: a damaged header may claim any size
 
 struct HandleDeleter {
     void operator()(void *handle) const { tjDestroy(handle); }
@@ -175,7 +175,7 @@ bool BWJpeg::decodesCleanly(const uint8_t *data, std::size_t size)
     int colourSpace = 0;
     if (tjDecompressHeader3(state.decompressor.get(), data, size, &width, &height, &subsampling, &colourSpace) != 0)
         return failed();
-    if (static_cast<long>(width) * height > maxPixels)
+    if (static_cast<long>(width) * height > maxImagePixels)
         return false;
     // Damage shows while the coefficients are read; an eighth of the size and no colour save the rest of the work.
     constexpr tjscalingfactor eighth{1, 8};

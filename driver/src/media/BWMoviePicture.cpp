@@ -17,7 +17,7 @@ extern "C" {
 
 namespace {
 
-constexpr int64_t maxPixels = 100'000'000; // a damaged header may claim any size
+constexpr int64_t maxMoviePixels = 100'000'000; // a damaged header may claim any size
 constexpr int maxTries = 16; // pictures examined in search of a good one
 constexpr int maxPackets = 1000; // including those of sound
 
@@ -163,7 +163,7 @@ int FirstPicture::openDecoder(const AVCodec *decoder)
     if (result < 0)
         return result;
     m_codec->thread_count = 1;
-    m_codec->max_pixels = maxPixels;
+    m_codec->max_pixels = maxMoviePixels;
     m_codec->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
     // Some decoders can leave out detail at no cost.
     const QSize most = mostUnturned();

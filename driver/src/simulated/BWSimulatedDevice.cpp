@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t bufferCount = 8;
+constexpr std::size_t pooledBuffers = 8;
 constexpr uint64_t backlog = 2; ///< overdue frames that are still delivered
 
 using Clock = std::chrono::steady_clock;
@@ -102,7 +102,7 @@ BWStartProblem BWSimulatedDevice::startStreaming()
     }
     picture().setResolution(m_resolution);
     m_mode = mode();
-    m_pool = std::make_shared<BWBufferPool>(bufferCount);
+    m_pool = std::make_shared<BWBufferPool>(pooledBuffers);
     m_sequence = 0;
     m_schedule.start(Clock::now(), m_mode.framesPerSecond);
     return {};

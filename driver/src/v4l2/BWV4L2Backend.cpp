@@ -35,12 +35,12 @@ int milliseconds(const std::optional<BWNodeTracker::Time> &until)
 }
 
 /// Watches the kernel and udev on a thread of its own, which reports the cameras.
-class Backend : public BWCameraBackend {
+class V4L2Backend : public BWCameraBackend {
 public:
-    explicit Backend(QStringList tables) : m_tables(std::move(tables)) { }
+    explicit V4L2Backend(QStringList tables) : m_tables(std::move(tables)) { }
 
     /// Waits for a device that is just being opened.
-    ~Backend() override
+    ~V4L2Backend() override
     {
         m_end.wake();
         if (m_thread.joinable())
@@ -104,5 +104,5 @@ private:
 
 std::unique_ptr<BWCameraBackend> BWV4L2Backend::create(const QStringList &tables)
 {
-    return std::make_unique<Backend>(tables);
+    return std::make_unique<V4L2Backend>(tables);
 }

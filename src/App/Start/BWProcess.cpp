@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr int quitSignals[] = {SIGTERM, SIGINT, SIGHUP};
+constexpr int quitSignalNumbers[] = {SIGTERM, SIGINT, SIGHUP};
 
 int readingEnd = -1;
 int writingEnd = -1;
@@ -44,7 +44,7 @@ int openPipe()
 
 void setHandler(void (*handler)(int))
 {
-    for (const int number : quitSignals) {
+    for (const int number : quitSignalNumbers) {
         struct sigaction now;
         if (::sigaction(number, nullptr, &now) != 0 || now.sa_handler == SIG_IGN)
             continue;

@@ -11,7 +11,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto longCopy = std::chrono::milliseconds(500);
-constexpr auto reportEvery = std::chrono::milliseconds(200);
+constexpr auto intakeReportEvery = std::chrono::milliseconds(200);
 constexpr auto patience = std::chrono::minutes(2); // a long movie on a slow disk
 constexpr auto patienceWhenAbandoned = std::chrono::seconds(2);
 
@@ -83,7 +83,7 @@ BWAlbum::Progress BWAlbumIntake::throttled(const Progress &progress)
 {
     return [progress, alive = alive(), abandoned = m_abandoned, next = Clock::now() + longCopy](double done) mutable {
         if (progress && Clock::now() >= next) {
-            next = Clock::now() + reportEvery;
+            next = Clock::now() + intakeReportEvery;
             BWMainQueue::post(alive, [progress, done] { progress(done); });
         }
         return !*abandoned;

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::milliseconds reportEvery{50};
+constexpr std::chrono::milliseconds exportReportEvery{50};
 
 using Problem = BWExportResult::Problem;
 
@@ -69,7 +69,7 @@ QString text(int error)
 void BWExportWatch::begin(qint64 total)
 {
     m_total = total;
-    m_next = Clock::now() + reportEvery;
+    m_next = Clock::now() + exportReportEvery;
 }
 
 void BWExportWatch::add(qint64 bytes)
@@ -80,7 +80,7 @@ void BWExportWatch::add(qint64 bytes)
     m_done = done;
     if (!m_report || (!complete && Clock::now() < m_next))
         return;
-    m_next = Clock::now() + reportEvery;
+    m_next = Clock::now() + exportReportEvery;
     m_report(m_done, m_total);
 }
 

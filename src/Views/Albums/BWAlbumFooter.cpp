@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 8; // points, the same as around the pop-up
+constexpr int footerMargin = 8; // points, the same as around the pop-up
 constexpr int summaryPage = 0;
 constexpr int progressPage = 1;
 
@@ -40,7 +40,7 @@ QWidget *page(QLabel *label, Widgets *...widgets)
 {
     auto *page = new QWidget;
     auto *row = new QHBoxLayout(page);
-    row->setContentsMargins(margin, margin / 2, margin, margin / 2);
+    row->setContentsMargins(footerMargin, footerMargin / 2, footerMargin, footerMargin / 2);
     row->addWidget(label, 1);
     (row->addWidget(widgets), ...);
     return page;

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double noticeSeconds = 12; // time to read it, think, and decide to undo
-constexpr int margin = 8; // points, as in the footer
+constexpr int noticeBarMargin = 8; // points, as in the footer
 
 } // namespace
 
@@ -42,7 +42,7 @@ BWAlbumNotice::BWAlbumNotice(QWidget *parent, BWClock &clock)
     m_undo->setFocusPolicy(Qt::TabFocus);
     m_undo->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(margin, margin / 2, margin, margin / 2);
+    row->setContentsMargins(noticeBarMargin, noticeBarMargin / 2, noticeBarMargin, noticeBarMargin / 2);
     row->addWidget(m_text, 1);
     row->addWidget(m_undo);
     setFrameShape(StyledPanel);

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 7;
+constexpr int cellMargin = 7;
 constexpr double markSize = 5;
 constexpr QSize unknownShape(4000, 3000);
 constexpr qsizetype keptKilobytes = 24 * 1024;
@@ -133,7 +133,7 @@ void drawMovieMark(QPainter &painter, const QRectF &picture, const std::optional
 
 QRect BWThumbnailCellGeometry::pictureArea(const QRect &cell)
 {
-    return cell.adjusted(margin, margin, -margin, -margin);
+    return cell.adjusted(cellMargin, cellMargin, -cellMargin, -cellMargin);
 }
 
 QRectF BWThumbnailCellGeometry::pictureRect(const QRect &cell, const QSize &pixels, double scale)

@@ -22,9 +22,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int iconSize = 64;
+constexpr int emptyIconSize = 64;
 constexpr int gap = 14;
-constexpr int margin = 20;
+constexpr int emptyTextMargin = 20;
 constexpr int widest = 320; // longer lines are hard to read
 constexpr double iconOpacity = 0.45;
 constexpr float textOpacity = 0.75F;
@@ -46,17 +46,17 @@ void BWThumbnailNotice::setNotice(const QString &iconName, const QString &text)
 void BWThumbnailNotice::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    const int textWidth = std::min(widest, width() - 2 * margin);
+    const int textWidth = std::min(widest, width() - 2 * emptyTextMargin);
     const QRect bounds =
         painter.boundingRect(QRect(0, 0, textWidth, height()), Qt::AlignHCenter | Qt::TextWordWrap, m_text);
-    const int top = (height() - iconSize - gap - bounds.height()) / 2;
+    const int top = (height() - emptyIconSize - gap - bounds.height()) / 2;
     painter.setOpacity(iconOpacity);
-    m_icon.paint(&painter, (width() - iconSize) / 2, top, iconSize, iconSize);
+    m_icon.paint(&painter, (width() - emptyIconSize) / 2, top, emptyIconSize, emptyIconSize);
     painter.setOpacity(1);
     QColor colour = palette().color(QPalette::Text);
     colour.setAlphaF(textOpacity);
     painter.setPen(colour);
-    painter.drawText(QRect((width() - textWidth) / 2, top + iconSize + gap, textWidth, bounds.height()),
+    painter.drawText(QRect((width() - textWidth) / 2, top + emptyIconSize + gap, textWidth, bounds.height()),
                      Qt::AlignHCenter | Qt::TextWordWrap, m_text);
 }
 

@@ -16,10 +16,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int outerMargin = 24;
-constexpr int sectionSpacing = 20;
-constexpr int rowSpacing = 8;
-constexpr int mostRows = 14;
+constexpr int aboutMargin = 24;
+constexpr int aboutSectionSpacing = 20;
+constexpr int aboutRowSpacing = 8;
+constexpr int mostLibraryRows = 14;
 
 QLabel *label()
 {
@@ -53,15 +53,15 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
     head->addLine(m_version);
     head->addLine(m_description);
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin * 2 / 3);
-    column->setSpacing(rowSpacing);
+    column->setContentsMargins(aboutMargin, aboutMargin, aboutMargin, aboutMargin * 2 / 3);
+    column->setSpacing(aboutRowSpacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
     column->addWidget(head);
-    column->addSpacing(sectionSpacing - rowSpacing);
+    column->addSpacing(aboutSectionSpacing - aboutRowSpacing);
     column->addWidget(m_librariesLabel);
     column->addWidget(m_libraries);
     column->addWidget(m_licencesNote);
-    column->addSpacing(rowSpacing);
+    column->addSpacing(aboutRowSpacing);
     column->addWidget(m_closeButton, 0, Qt::AlignRight);
     m_libraries->setFocus();
     connect(m_closeButton, &QPushButton::clicked, this, &QWidget::close);
@@ -100,14 +100,14 @@ void BWAboutWindowController::showEvent(QShowEvent *event)
 /// Fits the list to its texts, so that nothing is cut off.
 void BWAboutWindowController::fitLibraries()
 {
-    const int rows = std::min(mostRows, m_libraries->topLevelItemCount());
+    const int rows = std::min(mostLibraryRows, m_libraries->topLevelItemCount());
     const int frame = 2 * m_libraries->frameWidth();
     int width = frame;
     if (rows < m_libraries->topLevelItemCount())
         width += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     for (int column = 0; column < m_libraries->columnCount(); ++column) {
         m_libraries->resizeColumnToContents(column);
-        m_libraries->setColumnWidth(column, m_libraries->columnWidth(column) + 2 * rowSpacing);
+        m_libraries->setColumnWidth(column, m_libraries->columnWidth(column) + 2 * aboutRowSpacing);
         width += m_libraries->columnWidth(column);
     }
     const int height = m_libraries->header()->sizeHint().height() + rows * m_libraries->sizeHintForRow(0);

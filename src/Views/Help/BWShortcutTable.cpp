@@ -105,7 +105,7 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
 }
 
 namespace {
-constexpr int padding = 6; // on both sides of the text
+constexpr int keyPadding = 6; // on both sides of the text
 constexpr int keyGap = 3;
 constexpr int wayGap = 12;
 constexpr double radius = 3.5;
@@ -135,7 +135,7 @@ QList<BWKeyCaps::Cap> BWKeyCaps::caps() const
         const QStringList texts = keys(way);
         for (const QString &text : texts) {
             // No cap is narrower than it is high.
-            const int width = std::max(fontMetrics().horizontalAdvance(text) + 2 * padding, height(fontMetrics()));
+            const int width = std::max(fontMetrics().horizontalAdvance(text) + 2 * keyPadding, height(fontMetrics()));
             caps.append({text, x, width});
             x += width + keyGap;
         }
@@ -173,10 +173,10 @@ void BWKeyCaps::paintEvent(QPaintEvent *)
 
 namespace {
 
-constexpr int columnSpacing = 40;
+constexpr int tableColumnSpacing = 40;
 constexpr int keySpacing = 16;
-constexpr int rowSpacing = 2;
-constexpr int sectionSpacing = 8;
+constexpr int tableRowSpacing = 2;
+constexpr int tableSectionSpacing = 8;
 
 QLabel *plainLabel(const QString &text)
 {
@@ -191,7 +191,7 @@ BWShortcutTable::BWShortcutTable(QWidget *parent) : QWidget(parent)
 {
     auto *columns = new QHBoxLayout(this);
     columns->setContentsMargins(0, 0, 0, 0);
-    columns->setSpacing(columnSpacing);
+    columns->setSpacing(tableColumnSpacing);
 }
 
 void BWShortcutTable::setSections(const QList<BWShortcutSection> &sections, int room)
@@ -219,7 +219,7 @@ void BWShortcutTable::fill(const QList<BWShortcutSection> &sections, int columns
             column = new QGridLayout(widget);
             column->setContentsMargins(0, 0, 0, 0);
             column->setHorizontalSpacing(keySpacing);
-            column->setVerticalSpacing(rowSpacing);
+            column->setVerticalSpacing(tableRowSpacing);
             column->setColumnStretch(0, 1);
             static_cast<QHBoxLayout *>(layout())->addWidget(widget, 1, Qt::AlignTop);
         }
@@ -236,7 +236,7 @@ void BWShortcutTable::addSection(QGridLayout &column, const BWShortcutSection &s
 {
     int row = column.rowCount();
     if (column.count() > 0)
-        column.setRowMinimumHeight(row++, sectionSpacing);
+        column.setRowMinimumHeight(row++, tableSectionSpacing);
     if (!section.title.isNull()) {
         QLabel *title = plainLabel(section.title);
         QFont bold = title->font();

@@ -25,9 +25,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int outerMargin = 24;
-constexpr int sectionSpacing = 20;
-constexpr int rowSpacing = 8;
+constexpr int helpMargin = 24;
+constexpr int helpSectionSpacing = 20;
+constexpr int helpRowSpacing = 8;
 constexpr double shortcutsTitleScale = 1.1;
 
 QLabel *label(bool wraps)
@@ -80,8 +80,8 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
     auto *head = new BWProgramHead(QStringLiteral("BrimwellPro " BW_VERSION));
     head->addLine(m_introduction);
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
-    column->setSpacing(sectionSpacing);
+    column->setContentsMargins(helpMargin, helpMargin, helpMargin, helpMargin);
+    column->setSpacing(helpSectionSpacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
     column->addWidget(head);
     column->addLayout(ways());
@@ -101,8 +101,8 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
 QLayout *BWSimpleHelpWindowController::ways()
 {
     auto *grid = new QGridLayout;
-    grid->setHorizontalSpacing(outerMargin / 2);
-    grid->setVerticalSpacing(rowSpacing);
+    grid->setHorizontalSpacing(helpMargin / 2);
+    grid->setVerticalSpacing(helpRowSpacing);
     grid->setColumnStretch(1, 1);
     const auto add = [&](QPushButton *button, const QString &address) {
         const int row = grid->rowCount();
@@ -188,7 +188,7 @@ QUrl BWSimpleHelpWindowController::mail() const
 void BWSimpleHelpWindowController::prepare()
 {
     m_problem->hide();
-    const int beside = 2 * outerMargin + rowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    const int beside = 2 * helpMargin + helpRowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     m_shortcuts->setSections(BWShortcutSection::ofActions(m_callbacks.actions()) + m_views,
                              m_cameraWindow->screen()->availableGeometry().width() - beside);
     fitShortcuts();
@@ -217,8 +217,8 @@ void BWSimpleHelpWindowController::fitShortcuts()
     const int excess = layout()->totalSizeHint().height() + BWWindowPlacement::assumedMargins.top() - room;
     if (excess <= 0)
         return;
-    m_shortcuts->setContentsMargins(0, 0, rowSpacing, 0); // the keys do not touch the scroll bar
-    size.rwidth() += rowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    m_shortcuts->setContentsMargins(0, 0, helpRowSpacing, 0); // the keys do not touch the scroll bar
+    size.rwidth() += helpRowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     size.rheight() = std::max(size.height() - excess, least);
     m_shortcutsView->setFixedSize(size);
 }

@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr int sidePadding = 17;
-constexpr int endPadding = 5;
+constexpr int statusSidePadding = 17;
+constexpr int statusEndPadding = 5;
 constexpr int bottomDistance = 11;
 constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
 
@@ -49,7 +49,7 @@ void BWStatusPill::placeIn(const QRect &area)
 
 int BWStatusPill::widestText() const
 {
-    return std::max(1, m_area.width() - 2 * (bottomDistance + sidePadding));
+    return std::max(1, m_area.width() - 2 * (bottomDistance + statusSidePadding));
 }
 
 void BWStatusPill::fit()
@@ -57,7 +57,7 @@ void BWStatusPill::fit()
     if (m_text.isEmpty() || m_area.isEmpty())
         return;
     const QRect bounds = fontMetrics().boundingRect(QRect(0, 0, widestText(), 10000), textFlags, m_text);
-    const QSize size = bounds.size() + QSize(2 * sidePadding, 2 * endPadding);
+    const QSize size = bounds.size() + QSize(2 * statusSidePadding, 2 * statusEndPadding);
     const QPoint corner(m_area.x() + (m_area.width() - size.width()) / 2,
                         m_area.y() + m_area.height() - bottomDistance - size.height());
     setGeometry(QRect(corner, size));

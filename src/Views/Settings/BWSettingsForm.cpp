@@ -12,10 +12,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int outerMargin = 20;
-constexpr int columnSpacing = 12;
-constexpr int rowSpacing = 8;
-constexpr int sectionSpacing = 14; // on top of the spacing of two rows
+constexpr int formMargin = 20;
+constexpr int formColumnSpacing = 12;
+constexpr int formRowSpacing = 8;
+constexpr int formSectionSpacing = 14; // on top of the spacing of two rows
 
 QComboBox *popUpButton(int items)
 {
@@ -78,9 +78,9 @@ BWSettingsForm::BWSettingsForm(QWidget *parent)
       m_rememberLayoutLabel(new QLabel)
 {
     auto *grid = new QGridLayout(this);
-    grid->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
-    grid->setHorizontalSpacing(columnSpacing);
-    grid->setVerticalSpacing(rowSpacing);
+    grid->setContentsMargins(formMargin, formMargin, formMargin, formMargin);
+    grid->setHorizontalSpacing(formColumnSpacing);
+    grid->setVerticalSpacing(formRowSpacing);
     grid->setColumnStretch(1, 1);
     addSection(
         *grid,
@@ -95,7 +95,7 @@ void BWSettingsForm::addSection(QGridLayout &grid, const QList<std::pair<QLabel 
 {
     int row = grid.rowCount();
     if (grid.count() > 0)
-        grid.setRowMinimumHeight(row++, sectionSpacing);
+        grid.setRowMinimumHeight(row++, formSectionSpacing);
     for (const auto &[label, control] : rows) {
         if (label) {
             label->setBuddy(control);

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int mostRows = 24;
+constexpr int mostRegisterRows = 24;
 constexpr char tagProperty[] = "tag";
 
 /// The value of the leading digits, 0 without any; limited to the largest number.
@@ -114,7 +114,7 @@ QWidget *BWEMPIADebuggerWindowController::viewWithTag(int tag) const
 QList<BWEMPIADebuggerWindowController::Row> BWEMPIADebuggerWindowController::rows() const
 {
     QList<Row> found;
-    for (int tag = 1; tag <= mostRows; ++tag) {
+    for (int tag = 1; tag <= mostRegisterRows; ++tag) {
         const QWidget *name = viewWithTag(tag);
         if (!name)
             continue;

@@ -96,8 +96,8 @@ void BWSimulatedCameraRow::onPlug()
 }
 
 namespace {
-constexpr int outerMargin = 16;
-constexpr int columnSpacing = 12;
+constexpr int simulatedCamerasMargin = 16;
+constexpr int simulatedCamerasColumnSpacing = 12;
 } // namespace
 
 BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
@@ -107,8 +107,9 @@ BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
     // once closed it could not be reopened
     setWindowFlags(Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint);
     auto *grid = new QGridLayout(this);
-    grid->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
-    grid->setHorizontalSpacing(columnSpacing);
+    grid->setContentsMargins(simulatedCamerasMargin, simulatedCamerasMargin, simulatedCamerasMargin,
+                             simulatedCamerasMargin);
+    grid->setHorizontalSpacing(simulatedCamerasColumnSpacing);
     grid->setSizeConstraint(QLayout::SetFixedSize);
     grid->addWidget(m_noCamerasLabel, 0, 0, 1, 5);
     m_noCamerasLabel->setVisible(cameras.isEmpty());

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int padding = 7;
+constexpr int buttonPadding = 7;
 constexpr int captionGap = 3;
 constexpr double captionScale = 0.85;
 constexpr int textGap = 4;
@@ -64,10 +64,10 @@ int BWDoubleButtonHalf::iconOffset() const
 
 QSize BWDoubleButtonHalf::sizeHint() const
 {
-    QSize size = iconSize() + QSize(2 * padding, 2 * padding);
+    QSize size = iconSize() + QSize(2 * buttonPadding, 2 * buttonPadding);
     if (!m_caption.isEmpty()) {
-        size.rheight() += captionHeight() - padding / 2;
-        size.setWidth(qMax(size.width(), QFontMetrics(captionFont()).horizontalAdvance(m_caption) + padding));
+        size.rheight() += captionHeight() - buttonPadding / 2;
+        size.setWidth(qMax(size.width(), QFontMetrics(captionFont()).horizontalAdvance(m_caption) + buttonPadding));
     }
     return size;
 }

@@ -13,10 +13,10 @@
 namespace {
 
 constexpr int illustrationSize = 96;
-constexpr int outerMargin = 24;
+constexpr int noticeMargin = 24;
 constexpr double headingScale = 1.4;
 constexpr double narrowestColumnInEms = 30;
-constexpr int iconSize = 64;
+constexpr int noticeIconSize = 64;
 constexpr int iconDistance = 20;
 constexpr int lineSpacing = 4;
 constexpr double titleScale = 1.4;
@@ -68,17 +68,17 @@ BWNoticeView::BWNoticeView(const QString &illustrationName, QWidget *parent)
         label->setTextFormat(Qt::PlainText);
         m_column->addWidget(label);
     }
-    m_column->setSpacing(outerMargin / 2);
+    m_column->setSpacing(noticeMargin / 2);
     m_buttons->addStretch();
 
     auto *upper = new QHBoxLayout;
-    upper->setSpacing(outerMargin);
+    upper->setSpacing(noticeMargin);
     upper->addWidget(new IconView(BWIcons::icon(illustrationName), illustrationSize), 0, Qt::AlignTop);
     upper->addLayout(m_column, 1);
 
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin * 2 / 3);
-    layout->setSpacing(outerMargin * 2 / 3);
+    layout->setContentsMargins(noticeMargin, noticeMargin, noticeMargin, noticeMargin * 2 / 3);
+    layout->setSpacing(noticeMargin * 2 / 3);
     layout->addLayout(upper, 1);
     layout->addLayout(m_buttons);
     updateFonts();
@@ -178,7 +178,7 @@ BWProgramHead::BWProgramHead(const QString &title, QWidget *parent)
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(iconDistance);
-    row->addWidget(new IconView(BWIcons::applicationIcon(), iconSize), 0, Qt::AlignVCenter);
+    row->addWidget(new IconView(BWIcons::applicationIcon(), noticeIconSize), 0, Qt::AlignVCenter);
     row->addLayout(m_texts, 1);
     updateFonts();
 }

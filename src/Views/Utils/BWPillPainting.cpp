@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr int sidePadding = 17;
-constexpr int endPadding = 6;
+constexpr int pillSidePadding = 17;
+constexpr int pillEndPadding = 6;
 constexpr int signGap = 9;
 constexpr int detailsGap = 16;
 constexpr double enlarged = 1.1; // read at a glance, from the corner of the eye
@@ -58,14 +58,14 @@ int BWFlashPicture::signWidth() const
 
 int BWFlashPicture::captionEnd() const
 {
-    return sidePadding + signWidth() + signGap + QFontMetrics(m_captionFont).horizontalAdvance(m_caption);
+    return pillSidePadding + signWidth() + signGap + QFontMetrics(m_captionFont).horizontalAdvance(m_caption);
 }
 
 QSize BWFlashPicture::size() const
 {
     const int details = m_details.isEmpty() ? 0 : detailsGap + m_detailsWidth;
     const int height = std::max(QFontMetrics(m_captionFont).height(), QFontMetrics(m_detailsFont).height());
-    return {captionEnd() + details + sidePadding, height + 2 * endPadding};
+    return {captionEnd() + details + pillSidePadding, height + 2 * pillEndPadding};
 }
 
 QRect BWFlashPicture::fadingRect() const
@@ -106,7 +106,7 @@ QPixmap BWFlashPicture::fadingPart(double ratio) const
     drawSign(painter);
     painter.setFont(m_captionFont);
     painter.setPen(bwPillTextColor);
-    const int left = sidePadding + signWidth() + signGap;
+    const int left = pillSidePadding + signWidth() + signGap;
     painter.drawText(QRect(left, 0, whole.width() - left, whole.height()), Qt::AlignVCenter, m_caption);
     return pixmap;
 }
@@ -116,7 +116,7 @@ void BWFlashPicture::drawSign(QPainter &painter) const
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const double side = signWidth();
-    const QRectF box(sidePadding, (size().height() - side) / 2, side, side);
+    const QRectF box(pillSidePadding, (size().height() - side) / 2, side, side);
     if (m_sign == Sign::Record) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(recordColor);

@@ -20,7 +20,7 @@ struct Closer {
 };
 
 using Context = std::unique_ptr<libusb_context, Closer>;
-using Handle = std::unique_ptr<libusb_device_handle, Closer>;
+using UsbHandle = std::unique_ptr<libusb_device_handle, Closer>;
 
 Context makeContext()
 {
@@ -133,7 +133,7 @@ QString BWBridgeRegisters::accessOverUsb(Direction direction, int reg, uint8_t &
     if (const int error =
             context ? libusb_wrap_sys_device(context.get(), node.descriptor(), &opened) : LIBUSB_ERROR_NO_MEM)
         return u"%1: %2."_s.arg(QLatin1StringView(m_usbPath), QLatin1StringView(libusb_strerror(error)));
-    const Handle handle(opened);
+    const UsbHandle handle(opened);
     const int result = libusb_control_transfer(handle.get(), static_cast<uint8_t>(direction), 0, 0,
                                                static_cast<uint16_t>(reg), &value, 1, timeout);
     return transferProblem(result, u"0x%1"_s.arg(reg, 2, 16, QLatin1Char('0')));

@@ -8,17 +8,17 @@
 
 namespace {
 
-constexpr uint32_t bufferCount = 8;
+constexpr uint32_t kernelBuffers = 8;
 
-using Time = std::chrono::steady_clock::time_point;
+using TimePoint = std::chrono::steady_clock::time_point;
 
-Time timeOf(const v4l2_buffer &buffer)
+TimePoint timeOf(const v4l2_buffer &buffer)
 {
-    const Time now = std::chrono::steady_clock::now();
+    const TimePoint now = std::chrono::steady_clock::now();
     if ((buffer.flags & V4L2_BUF_FLAG_TIMESTAMP_MASK) != V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC)
         return now;
-    const Time stamp{std::chrono::seconds(buffer.timestamp.tv_sec)
-                     + std::chrono::microseconds(buffer.timestamp.tv_usec)};
+    const TimePoint stamp{std::chrono::seconds(buffer.timestamp.tv_sec)
+                          + std::chrono::microseconds(buffer.timestamp.tv_usec)};
     // Some devices set wrong times, or none.
     const bool plausible = stamp <= now && stamp > now - std::chrono::seconds(5);
     return plausible ? stamp : now;
@@ -106,7 +106,7 @@ BWVideoStream::Outcome BWVideoStream::tryMode(const BWKernelFile &node, const BW
         return outcome;
     m_lastNumber.reset();
     m_buffers = std::make_shared<BWVideoBuffers>(wakeUp);
-    if (const int result = m_buffers->begin(node, bufferCount); result < 0)
+    if (const int result = m_buffers->begin(node, kernelBuffers); result < 0)
         return {result, "REQBUFS"};
     int type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
     return {node.ioctl(VIDIOC_STREAMON, type), "STREAMON"};
