@@ -205,6 +205,27 @@ private Q_SLOTS:
         QVERIFY2(written >= 8 && written <= 11, qPrintable(QString::number(written)));
         QVERIFY(framesIn(m_path) >= written - 1);
     }
+
+    void withoutPicturesThereIsNoFile_data()
+    {
+        QTest::addColumn<int>("offered");
+        QTest::newRow("no frame") << 0;
+        QTest::newRow("one that was accepted, but has not reached the full disk") << 2;
+    }
+
+    void withoutPicturesThereIsNoFile()
+    {
+        QFETCH(int, offered);
+        QVERIFY(QFile::exists(m_path));
+        const SmallDisk disk(1000);
+        if (offered > 0)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"failed: .File too large"_s));
+        for (int i = 0; i < offered; ++i)
+            m_writer->write(pictureAt(i * 33ms, detailedJpeg(width, height)));
+        QVERIFY(!m_writer->finish());
+        QVERIFY(m_writer->isEmpty());
+        QVERIFY(!QFile::exists(m_path));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestMovieWriter)
