@@ -21,6 +21,7 @@ public:
     void insertFirst(const QString &name) { m_elements.prepend(QUrl::fromLocalFile(QStringLiteral("/album/") + name)); }
 
     static constexpr int columns = 2;
+    QList<QUrl> copied;
     std::function<BWThumbnailValue(int index)> value = [](int) { return BWThumbnailValue(); };
     std::function<void()> onOperation = [] {}; ///< called in each of the three operations
     QList<int> removed, opened, saved;
@@ -56,7 +57,14 @@ public:
     {
         return m_elements[index].fileName() + QStringLiteral(", image");
     }
-    QStringList copyFiles(const QList<QUrl> &, const QUrl &) override { return {}; }
+    QStringList copyFiles(const QList<QUrl> &files, const QUrl &) override
+    {
+        copied = files;
+        QStringList names;
+        for (const QUrl &file : files)
+            names.append(file.fileName());
+        return names;
+    }
 
 private:
     void operate(QList<int> &log, const QList<int> &indexes)

@@ -61,6 +61,29 @@ class TestCapture : public QObject {
     using Type = BWSimulatedCameraOptions::Type;
 
 private Q_SLOTS:
+    void snapshotIsTheFrameItselfOrEncodedOnce()
+    {
+        for (const BWPixelFormat format : {BWPixelFormat::MJPEG, BWPixelFormat::YUYV}) {
+            OpenedCamera opened(Type::Ultra, format);
+            QVERIFY(opened.probe->start());
+            QList<QByteArray> expected;
+            for (int i = 0; i < 3; ++i) {
+                opened.camera->takeSnapshot();
+                opened.probe->settle();
+                opened.probe->holdNextFrames(1);
+                QVERIFY(opened.probe->stream(1));
+                const BWFrame frame = opened.probe->takeHeld().front();
+                const BWPlane &plane = frame.plane(0);
+                expected.append(format == BWPixelFormat::MJPEG
+                                    ? QByteArray(reinterpret_cast<const char *>(plane.data), qsizetype(plane.size))
+                                    : BWJpeg::encode(frame, 95));
+                QVERIFY(opened.probe->waitForSnapshots(i + 1));
+            }
+            QCOMPARE(opened.probe->snapshots(), expected);
+            QVERIFY(expected[0] != expected[1]);
+        }
+    }
+
     void tornFrameLeavesTheRequestToTheNext()
     {
         OpenedCamera opened(Type::Ultra, BWPixelFormat::MJPEG);

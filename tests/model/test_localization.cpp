@@ -1,3 +1,4 @@
+#include "AbortCheck.h"
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraSetting.h"
 #include "Model/Settings/BWConfigManager.h"
@@ -89,6 +90,14 @@ private Q_SLOTS:
         const QString delivered = u"" BW_LOCALIZATION_FILE ""_s;
         BWLocalizationManager(delivered, {}).saveAtPath(m_folder->path(u"saved.json"_s));
         QCOMPARE(TestFolder::read(m_folder->url(u"saved.json"_s)), TestFolder::read(QUrl::fromLocalFile(delivered)));
+    }
+
+    void missingKeysEndTheProgram()
+    {
+        BWLocalizationManager manager(write("[]"), {u"de"_s});
+        QVERIFY(aborts([&] { manager.text(QString(), u"identifier"_s, u"value"_s); }));
+        QVERIFY(aborts([&] { manager.text(u"parent"_s, QString(), u"value"_s); }));
+        QVERIFY(aborts([&] { manager.text(u"parent"_s, u"identifier"_s, QString()); }));
     }
 
 private:

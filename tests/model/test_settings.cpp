@@ -1,3 +1,4 @@
+#include "AbortCheck.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Rows.h"
@@ -200,6 +201,12 @@ private Q_SLOTS:
         manager.removeListener(&a);
         manager.setRememberLayout(true);
         QCOMPARE(calls, u"aabbAbb"_s);
+
+        // Changing the listeners during a notification is fatal.
+        b.onUpdate = [&] { manager.addListener(&a); };
+        QVERIFY(aborts([&] { manager.resetLayout(); }));
+        b.onUpdate = [&] { manager.removeListener(&b); };
+        QVERIFY(aborts([&] { manager.resetLayout(); }));
     }
 
     void currentProduct_data()
