@@ -340,6 +340,10 @@ BWStartProblem BWStreamSession::tryToStart()
 
 void BWStreamSession::doStop()
 {
+    // Whoever stops the camera may have heard of an unplug first; the movie's end must say so all the same.
+    if (BWFrame frame; m_state == State::Streaming && m_recorder.isActive()
+        && m_device->waitFrame(std::chrono::milliseconds(0), frame) == BWCaptureDevice::WaitResult::Gone)
+        deviceIsGone();
     m_recorder.end();
     m_snapshots.dropRequests();
     if (m_state == State::Streaming)
