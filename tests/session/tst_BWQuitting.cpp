@@ -188,4 +188,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestQuitting)
-#include "test_quitting.moc"
+#include "tst_BWQuitting.moc"

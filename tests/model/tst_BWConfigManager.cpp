@@ -300,4 +300,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestSettings)
-#include "test_settings.moc"
+#include "tst_BWConfigManager.moc"

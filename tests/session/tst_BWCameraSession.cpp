@@ -261,4 +261,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestCameraSession)
-#include "test_camera_session.moc"
+#include "tst_BWCameraSession.moc"

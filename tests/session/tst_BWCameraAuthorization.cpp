@@ -83,4 +83,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestCameraAccess)
-#include "test_camera_access.moc"
+#include "tst_BWCameraAuthorization.moc"

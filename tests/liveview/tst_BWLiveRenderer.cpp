@@ -147,4 +147,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestLiveRenderer)
-#include "test_live_renderer.moc"
+#include "tst_BWLiveRenderer.moc"

@@ -76,4 +76,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestLiveViewGeometry)
-#include "test_live_view_geometry.moc"
+#include "tst_BWLiveViewGeometry.moc"

@@ -116,4 +116,4 @@ private:
 };
 
 QTEST_GUILESS_MAIN(TestLocalization)
-#include "test_localization.moc"
+#include "tst_BWLocalizationManager.moc"

@@ -146,4 +146,4 @@ private Q_SLOTS:
 };
 
 QTEST_GUILESS_MAIN(TestFrameRenderer)
-#include "test_frame_renderer.moc"
+#include "tst_BWFrameRenderer.moc"

@@ -45,4 +45,4 @@ private Q_SLOTS:
 };
 
 QTEST_MAIN(TestUtils)
-#include "test_utils.moc"
+#include "tst_BWUtils.moc"
