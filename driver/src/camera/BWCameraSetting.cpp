@@ -1,39 +1,17 @@
 #include "BWACUDriver/BWCameraSetting.h"
 
-#include <array>
+#include "camera/BWControlTable.h"
+
+#include <algorithm>
 
 namespace {
 
-struct SettingNames {
-    int identifier;
-    const char *string;
-    const char *name;
-};
-
-// The strings are also the names that the previous generation of the software stored.
-constexpr std::array settingNames{
-    SettingNames{BWSettingHue, "hue", "Hue"},
-    SettingNames{BWSettingContrast, "contrast", "Contrast"},
-    SettingNames{BWSettingSaturation, "saturation", "Saturation"},
-    SettingNames{BWSettingBrightness, "brightness", "Brightness"},
-    SettingNames{BWSettingSharpness, "sharpness", "Sharpness"},
-    SettingNames{BWSettingGamma, "gamma", "Gamma"},
-    SettingNames{BWSettingWhiteBalance, "whiteBalance", "White balance"},
-    SettingNames{BWSettingAutoWhite, "autoWhite", "Automatic white balance"},
-    SettingNames{BWSettingGain, "gain", "Gain"},
-    SettingNames{BWSettingBacklight, "backlight", "Backlight compensation"},
-    SettingNames{BWSettingAutoExposure, "autoExposure", "Automatic exposure"},
-    SettingNames{BWSettingExposureAbsolute, "exposureAbsolute", "Exposure"},
-    SettingNames{BWSettingVideoNorm, "videoNorm", "Video norm"},
-};
-
-const SettingNames *namesFor(int identifier)
+const BWKnownControl *known(int identifier)
 {
-    for (const SettingNames &names : settingNames) {
-        if (names.identifier == identifier)
-            return &names;
-    }
-    return nullptr;
+    const auto *found =
+        std::find_if(BWControlTable.begin(), BWControlTable.end(),
+                     [identifier](const BWKnownControl &control) { return control.code == identifier; });
+    return found == BWControlTable.end() ? nullptr : found;
 }
 
 } // namespace
@@ -45,24 +23,18 @@ BWCameraSetting::BWCameraSetting(int identifier, double min, double max, double 
 
 QString BWCameraSetting::stringForSettingIdentifier(int identifier)
 {
-    const SettingNames *names = namesFor(identifier);
-    return names ? QString::fromLatin1(names->string) : QString();
+    const BWKnownControl *control = known(identifier);
+    return control ? QString::fromLatin1(control->string) : QString();
 }
 
 QString BWCameraSetting::nameForSettingIdentifier(int identifier)
 {
-    const SettingNames *names = namesFor(identifier);
-    return names ? QString::fromLatin1(names->name) : QString();
+    const BWKnownControl *control = known(identifier);
+    return control ? QString::fromLatin1(control->name) : QString();
 }
 
 std::optional<int> BWCameraSetting::automaticModeFor(int identifier)
 {
-    switch (identifier) {
-    case BWSettingWhiteBalance:
-        return BWSettingAutoWhite;
-    case BWSettingExposureAbsolute:
-        return BWSettingAutoExposure;
-    default:
-        return std::nullopt;
-    }
+    const BWKnownControl *control = known(identifier);
+    return control ? control->automaticMode : std::nullopt;
 }

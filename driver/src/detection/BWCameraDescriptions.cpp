@@ -1,25 +1,37 @@
 #include "BWACUDriver/BWCameraDetector.h"
-#include "BWACUDriver/BWCameraSetting.h"
+#include "camera/BWControlTable.h"
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-BWCameraDescriptionPtr describe(QString name, QString cameraType, QString products, QList<BWResolution> resolutions,
-                                QList<int> settings, bool isBridgeChip = false)
+using Groups = QList<BWControlGroup>;
+
+QList<int> controlsOf(const Groups &groups)
 {
-    return std::make_shared<const BWCameraDescription>(
-        BWCameraDescription{name, cameraType, products, resolutions, settings, isBridgeChip});
+    QList<int> codes;
+    for (const BWKnownControl &control : BWControlTable) {
+        if (groups.contains(control.group))
+            codes.append(control.code);
+    }
+    return codes;
+}
+
+BWCameraDescriptionPtr describe(QString name, QString cameraType, QString products, QList<BWResolution> resolutions,
+                                const Groups &groups, bool isBridgeChip = false)
+{
+    return std::make_shared<const BWCameraDescription>(BWCameraDescription{std::move(name), std::move(cameraType),
+                                                                           std::move(products), std::move(resolutions),
+                                                                           controlsOf(groups), isBridgeChip});
 }
 
 /// The supported types.
 struct SupportedTypes {
-    const QList<int> colour{BWSettingHue,       BWSettingContrast, BWSettingSaturation,   BWSettingBrightness,
-                            BWSettingSharpness, BWSettingGamma,    BWSettingWhiteBalance, BWSettingAutoWhite};
-    const QList<int> colourAndExposure =
-        colour + QList<int>{BWSettingGain, BWSettingBacklight, BWSettingAutoExposure, BWSettingExposureAbsolute};
-    const QList<int> analog{BWSettingHue,        BWSettingContrast,  BWSettingSaturation,
-                            BWSettingBrightness, BWSettingSharpness, BWSettingVideoNorm};
+    const Groups colour{BWControlGroup::Picture, BWControlGroup::Colour};
+    const Groups colourAndExposure{BWControlGroup::Picture, BWControlGroup::Colour, BWControlGroup::Exposure};
+    const Groups analog{BWControlGroup::Picture, BWControlGroup::Receiver};
 
     const BWCameraDescriptionPtr dx20 = describe(u"DX20 Examination Camera"_s, u"dx20"_s, u"wired_ultra"_s,
                                                  {{640, 480},

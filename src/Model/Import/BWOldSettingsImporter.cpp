@@ -7,7 +7,6 @@
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 
-#include <optional>
 #include <QFile>
 #include <QHash>
 
@@ -41,34 +40,13 @@ QString cameraType(const QString &oldName)
     return cameras.value(oldName);
 }
 
-/// Code of a control; nothing for an unknown one.
-std::optional<int> settingCode(const QString &oldName)
-{
-    static const QHash<QString, int> settings{
-        {u"hue"_s, BWSettingHue},
-        {u"contrast"_s, BWSettingContrast},
-        {u"saturation"_s, BWSettingSaturation},
-        {u"brightness"_s, BWSettingBrightness},
-        {u"sharpness"_s, BWSettingSharpness},
-        {u"gamma"_s, BWSettingGamma},
-        {u"whiteBalance"_s, BWSettingWhiteBalance},
-        {u"autoWhite"_s, BWSettingAutoWhite},
-        {u"gain"_s, BWSettingGain},
-        {u"backlight"_s, BWSettingBacklight},
-        {u"autoExposure"_s, BWSettingAutoExposure},
-        {u"exposureAbsolute"_s, BWSettingExposureAbsolute},
-    };
-    const auto found = settings.constFind(oldName);
-    return found == settings.constEnd() ? std::nullopt : std::optional(*found);
-}
-
 void setProduct(BWCameraProduct &product, const BWOldCameraSettings::Product &old)
 {
     const QList<int> available = product.availableSettings();
-    for (auto it = old.values.begin(); it != old.values.end(); ++it) {
-        const auto setting = settingCode(it.key());
-        if (setting && available.contains(*setting))
-            product.setValue(*it, *setting);
+    for (const int setting : available) {
+        const auto value = old.values.constFind(BWCameraSetting::stringForSettingIdentifier(setting));
+        if (value != old.values.constEnd() && setting != BWSettingVideoNorm) // which is stored elsewhere
+            product.setValue(*value, setting);
     }
     if (old.videoNorm && product.cameraTypeIdentifier() == "wireless"_L1)
         product.setValue(*old.videoNorm, BWSettingVideoNorm);

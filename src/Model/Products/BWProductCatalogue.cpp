@@ -1,26 +1,19 @@
 #include "Model/Products/BWProductCatalogue.h"
 
-#include "BWACUDriver/BWCameraSetting.h"
+#include "BWACUDriver/BWCameraDetector.h"
 
 #include <array>
 #include <span>
 
 namespace {
 
-/// What products of one make have in common. It points to static data.
-struct BWProductShape {
-    const char *cameraTypeIdentifier;
-    std::span<const int> settings;
-    std::span<const BWResolution> resolutions;
-};
-
 /// The constants of one product of the catalogue. It points to static data.
 struct BWCatalogueEntry {
     const char *identifier;
     const char *name;
     const char *oldGermanName; ///< nullptr for a product that the old software did not know
-    const BWProductShape &shape;
-    std::span<const int> factoryValues; ///< one for each of the shape's settings
+    BWCameraDescriptionPtr (*type)(); ///< whose controls and sizes the product has
+    std::span<const int> factoryValues; ///< one for each control of the type, in its order
 };
 
 /// A product made from a row of the catalogue's table.
@@ -40,39 +33,12 @@ private:
     const BWCatalogueEntry &m_entry;
 };
 
-constexpr std::array<int, 12> ultraSettings{BWSettingHue,          BWSettingContrast,     BWSettingSaturation,
-                                            BWSettingBrightness,   BWSettingSharpness,    BWSettingGamma,
-                                            BWSettingWhiteBalance, BWSettingAutoWhite,    BWSettingGain,
-                                            BWSettingBacklight,    BWSettingAutoExposure, BWSettingExposureAbsolute};
-constexpr std::array<int, 8> wiredSettings{BWSettingHue,          BWSettingContrast,  BWSettingSaturation,
-                                           BWSettingBrightness,   BWSettingSharpness, BWSettingGamma,
-                                           BWSettingWhiteBalance, BWSettingAutoWhite};
-constexpr std::array<int, 6> wirelessSettings{BWSettingHue,        BWSettingContrast,  BWSettingSaturation,
-                                              BWSettingBrightness, BWSettingSharpness, BWSettingVideoNorm};
+constexpr auto ultra = &BWCameraDetector::descriptionForUltraResolutionMicroscope;
+constexpr auto examination = &BWCameraDetector::descriptionForDX20;
+constexpr auto high = &BWCameraDetector::descriptionForHighResolutionMicroscope;
+constexpr auto regular = &BWCameraDetector::descriptionForRegularMicroscope;
+constexpr auto wireless = &BWCameraDetector::descriptionForReceptorWirelessMicroscope;
 
-constexpr std::array<BWResolution, 7> ultraResolutions{
-    {{640, 480}, {800, 600}, {1280, 1024}, {1600, 1200}, {1920, 1080}, {2048, 1536}, {2592, 1944}}};
-constexpr std::array<BWResolution, 10> examinationResolutions{{{640, 480},
-                                                               {800, 600},
-                                                               {1024, 768},
-                                                               {1280, 720},
-                                                               {1280, 960},
-                                                               {1280, 1024},
-                                                               {1600, 1200},
-                                                               {1920, 1080},
-                                                               {2048, 1536},
-                                                               {2592, 1944}}};
-constexpr std::array<BWResolution, 3> highResolutions{{{640, 480}, {1280, 1024}, {1600, 1200}}};
-constexpr std::array<BWResolution, 3> regularResolutions{{{640, 480}, {800, 600}, {1280, 1024}}};
-constexpr std::array<BWResolution, 2> wirelessResolutions{{{640, 480}, {720, 480}}};
-
-constexpr BWProductShape ultra{"wired_ultra", ultraSettings, ultraResolutions};
-constexpr BWProductShape examination{"wired_ultra", ultraSettings, examinationResolutions};
-constexpr BWProductShape high{"wired_high", wiredSettings, highResolutions};
-constexpr BWProductShape regular{"wired_regular", wiredSettings, regularResolutions};
-constexpr BWProductShape wireless{"wireless", wirelessSettings, wirelessResolutions};
-
-// In the order of the shape's settings.
 constexpr std::array<int, 12> ultraA{0, 32, 64, 0, 3, 100, 4600, 1, 0, 1, 1, 157};
 constexpr std::array<int, 12> ultraB{12, 50, 60, 35, 4, 90, 3750, 1, 0, 1, 0, 625};
 constexpr std::array<int, 8> highA{0, 15, 15, 160, 13, 78, 128, 1};
@@ -112,7 +78,7 @@ constexpr BWCatalogueEntry entries[]{
 BWCatalogueProduct::BWCatalogueProduct(const BWCatalogueEntry &entry, BWUserDefaults &defaults)
     : BWCameraProduct(defaults), m_entry(entry)
 {
-    Q_ASSERT(entry.factoryValues.size() == entry.shape.settings.size());
+    Q_ASSERT(static_cast<qsizetype>(entry.factoryValues.size()) == availableSettings().size());
     initialize();
 }
 
@@ -133,24 +99,25 @@ QString BWCatalogueProduct::identifier() const
 
 QString BWCatalogueProduct::cameraTypeIdentifier() const
 {
-    return QString::fromUtf8(m_entry.shape.cameraTypeIdentifier);
+    return m_entry.type()->identifierForProducts;
 }
 
 QList<int> BWCatalogueProduct::availableSettings() const
 {
-    return {m_entry.shape.settings.begin(), m_entry.shape.settings.end()};
+    return m_entry.type()->acceptedSettings;
 }
 
 QList<BWResolution> BWCatalogueProduct::availableResolutions() const
 {
-    return {m_entry.shape.resolutions.begin(), m_entry.shape.resolutions.end()};
+    return m_entry.type()->availableResolutions;
 }
 
 void BWCatalogueProduct::setDefaults()
 {
     QMap<int, double> values;
-    for (std::size_t i = 0; i < m_entry.shape.settings.size(); ++i)
-        values.insert(m_entry.shape.settings[i], m_entry.factoryValues[i]);
+    const QList<int> settings = availableSettings();
+    for (qsizetype i = 0; i < settings.size(); ++i)
+        values.insert(settings[i], m_entry.factoryValues[static_cast<std::size_t>(i)]);
     setValues(values);
     setCurrentResolution({640, 480});
 }

@@ -1,6 +1,6 @@
 #include "v4l2/device/BWVideoAbilities.h"
 
-#include "BWACUDriver/BWCameraSetting.h"
+#include "camera/BWControlTable.h"
 #include "v4l2/BWKernelCalls.h"
 
 #include <algorithm>
@@ -10,26 +10,6 @@ namespace {
 
 constexpr uint32_t mostStandards = 64;
 constexpr std::array<v4l2_std_id, 3> families{V4L2_STD_NTSC, V4L2_STD_PAL, V4L2_STD_SECAM};
-
-struct KnownControl {
-    int identifier;
-    uint32_t id;
-};
-
-constexpr std::array knownControls{
-    KnownControl{BWSettingHue, V4L2_CID_HUE},
-    KnownControl{BWSettingContrast, V4L2_CID_CONTRAST},
-    KnownControl{BWSettingSaturation, V4L2_CID_SATURATION},
-    KnownControl{BWSettingBrightness, V4L2_CID_BRIGHTNESS},
-    KnownControl{BWSettingSharpness, V4L2_CID_SHARPNESS},
-    KnownControl{BWSettingGamma, V4L2_CID_GAMMA},
-    KnownControl{BWSettingWhiteBalance, V4L2_CID_WHITE_BALANCE_TEMPERATURE},
-    KnownControl{BWSettingAutoWhite, V4L2_CID_AUTO_WHITE_BALANCE},
-    KnownControl{BWSettingGain, V4L2_CID_GAIN},
-    KnownControl{BWSettingBacklight, V4L2_CID_BACKLIGHT_COMPENSATION},
-    KnownControl{BWSettingAutoExposure, V4L2_CID_EXPOSURE_AUTO},
-    KnownControl{BWSettingExposureAbsolute, V4L2_CID_EXPOSURE_ABSOLUTE},
-};
 
 constexpr uint32_t unusable = V4L2_CTRL_FLAG_DISABLED | V4L2_CTRL_FLAG_READ_ONLY | V4L2_CTRL_FLAG_WRITE_ONLY;
 constexpr int64_t mostMenuEntries = 256;
@@ -107,8 +87,9 @@ std::optional<BWVideoControl> readControl(const BWKernelFile &node, int identifi
 std::vector<BWVideoControl> readControls(const BWKernelFile &node)
 {
     std::vector<BWVideoControl> controls;
-    for (const KnownControl &known : knownControls) {
-        if (auto found = readControl(node, known.identifier, known.id))
+    for (const BWKnownControl &known : BWControlTable) {
+        auto found = known.v4l2Id ? readControl(node, known.code, known.v4l2Id) : std::nullopt;
+        if (found)
             controls.push_back(std::move(*found));
     }
     return controls;
