@@ -72,10 +72,11 @@ BWAlbumFooter::BWAlbumFooter(QWidget *parent)
 
 void BWAlbumFooter::localize(BWLocalizationManager &manager)
 {
+    using Command = BWThumbnailKeyboard::Command;
     setName(m_save, manager.text(u"album_manager"_s, u"save_button"_s, u"Save the selection as..."_s),
-            BWThumbnailKeyboard::saveAs());
+            BWThumbnailKeyboard::keyFor(Command::SaveAs));
     setName(m_trash, manager.text(u"album_manager"_s, u"trash_button"_s, u"Move the selection to the Trash"_s),
-            Qt::Key_Delete);
+            BWThumbnailKeyboard::keyFor(Command::Trash));
     setName(m_cancel, manager.text(u"album_manager"_s, u"cancel_button"_s, u"Cancel"_s));
 }
 

@@ -180,7 +180,8 @@ void BWAlbumManagerWindowController::connectParts()
     };
     connect(m_footer, &BWAlbumFooter::saveTriggered, this, saveSelection);
     // While a grid has the focus, it handles the key itself.
-    connect(new QShortcut(BWThumbnailKeyboard::saveAs(), this), &QShortcut::activated, this, saveSelection);
+    connect(new QShortcut(BWThumbnailKeyboard::keyFor(BWThumbnailKeyboard::Command::SaveAs), this),
+            &QShortcut::activated, this, saveSelection);
     connect(m_footer, &BWAlbumFooter::trashTriggered, this, [this] {
         m_model->removeIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
     });

@@ -4,15 +4,32 @@
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <QHeaderView>
 #include <QKeyEvent>
 
 namespace {
 
-constexpr QKeyCombination saveAsKeys = Qt::CTRL | Qt::Key_E;
+using Command = BWThumbnailKeyboard::Command;
 
-enum class Command { SelectAll, Deselect, Toggle, Open, Trash, SaveAs, Menu };
+struct Binding {
+    QKeyCombination keys;
+    Command command;
+};
+
+// Of several keys for one command, the first is the one to name.
+constexpr std::array bindings{
+    Binding{Qt::CTRL | Qt::Key_A, Command::SelectAll},
+    Binding{Qt::Key_Escape, Command::Deselect},
+    Binding{Qt::Key_Space, Command::Toggle},
+    Binding{Qt::CTRL | Qt::Key_Space, Command::Toggle},
+    Binding{Qt::Key_Enter, Command::Open},
+    Binding{Qt::Key_Return, Command::Open},
+    Binding{Qt::Key_Delete, Command::Trash},
+    Binding{Qt::CTRL | Qt::Key_E, Command::SaveAs}, // Ctrl+S takes a snapshot in every window
+    Binding{Qt::SHIFT | Qt::Key_F10, Command::Menu}, // the menu key itself arrives as a context menu event
+};
 
 Qt::KeyboardModifiers modifiersOf(const QKeyEvent &event)
 {
@@ -21,28 +38,10 @@ Qt::KeyboardModifiers modifiersOf(const QKeyEvent &event)
 
 std::optional<Command> commandOf(const QKeyEvent &event)
 {
-    const Qt::KeyboardModifiers modifiers = modifiersOf(event);
-    const bool plain = modifiers == Qt::NoModifier;
-    const bool withControl = modifiers == Qt::ControlModifier;
-    switch (event.key()) {
-    case Qt::Key_A:
-        return withControl ? std::optional(Command::SelectAll) : std::nullopt;
-    case saveAsKeys.key():
-        return withControl ? std::optional(Command::SaveAs) : std::nullopt;
-    case Qt::Key_Space:
-        return plain || withControl ? std::optional(Command::Toggle) : std::nullopt;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        return plain ? std::optional(Command::Open) : std::nullopt;
-    case Qt::Key_Delete:
-        return plain ? std::optional(Command::Trash) : std::nullopt;
-    case Qt::Key_Escape:
-        return plain ? std::optional(Command::Deselect) : std::nullopt;
-    case Qt::Key_F10: // the menu key itself arrives as a context menu event
-        return modifiers == Qt::ShiftModifier ? std::optional(Command::Menu) : std::nullopt;
-    default:
-        return std::nullopt;
-    }
+    const QKeyCombination pressed(modifiersOf(event), static_cast<Qt::Key>(event.key()));
+    const auto *found = std::find_if(bindings.begin(), bindings.end(),
+                                     [pressed](const Binding &binding) { return binding.keys == pressed; });
+    return found == bindings.end() ? std::nullopt : std::optional(found->command);
 }
 
 /// Where a navigation key leads from `focus` (-1: none yet); nothing for any other key.
@@ -131,9 +130,11 @@ void perform(Command command, BWThumbnailTableView &view)
 
 } // namespace
 
-QKeySequence BWThumbnailKeyboard::saveAs()
+QKeySequence BWThumbnailKeyboard::keyFor(Command command)
 {
-    return saveAsKeys;
+    const auto *found = std::find_if(bindings.begin(), bindings.end(),
+                                     [command](const Binding &binding) { return binding.command == command; });
+    return found == bindings.end() ? QKeySequence() : QKeySequence(found->keys);
 }
 
 bool BWThumbnailKeyboard::takes(const QKeyEvent &event)

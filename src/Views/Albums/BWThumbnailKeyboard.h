@@ -10,8 +10,10 @@ class QKeyEvent;
 /// if it includes the focused cell, otherwise on that cell. GUI thread.
 class BWThumbnailKeyboard {
 public:
-    /// The key that saves elements elsewhere. Not the usual one, which takes a snapshot in all windows.
-    static QKeySequence saveAs();
+    enum class Command { SelectAll, Deselect, Toggle, Open, Trash, SaveAs, Menu };
+
+    /// The key that menus and the help name for that command.
+    static QKeySequence keyFor(Command command);
     /// Whether a grid with the focus handles that key, even if it is a shortcut of the window.
     static bool takes(const QKeyEvent &event);
     /// False if the key has no effect in the grid's present state.

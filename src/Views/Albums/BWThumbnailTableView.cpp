@@ -100,19 +100,21 @@ void BWThumbnailTableView::localizeWithManager(BWLocalizationManager &manager)
 
 void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
 {
+    using Command = BWThumbnailKeyboard::Command;
     // The keys are only shown here: the grid handles them itself, while it has the focus.
-    const auto add = [this](const QString &text, const QKeySequence &key, void (BWThumbnailTableView::*action)()) {
-        m_rightMenu->addAction(text + u'\t' + key.toString(QKeySequence::NativeText), this, action);
+    const auto add = [this](const QString &text, Command command, void (BWThumbnailTableView::*action)()) {
+        const QString key = BWThumbnailKeyboard::keyFor(command).toString(QKeySequence::NativeText);
+        m_rightMenu->addAction(text + u'\t' + key, this, action);
     };
     m_rightMenu->clear();
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_select_all"_s, u"Select All"_s), u"Ctrl+A"_s,
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_select_all"_s, u"Select All"_s), Command::SelectAll,
         &BWThumbnailTableView::onSelectAll);
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_deselect_all"_s, u"Deselect All"_s), Qt::Key_Escape,
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_deselect_all"_s, u"Deselect All"_s), Command::Deselect,
         &BWThumbnailTableView::onUnselectAll);
     m_rightMenu->addSeparator();
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s),
-        BWThumbnailKeyboard::saveAs(), &BWThumbnailTableView::onSaveAs);
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Qt::Key_Delete,
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s), Command::SaveAs,
+        &BWThumbnailTableView::onSaveAs);
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Command::Trash,
         &BWThumbnailTableView::onTrash);
 }
 

@@ -1,6 +1,7 @@
 #include "Views/Help/BWShortcutTable.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Albums/BWThumbnailKeyboard.h"
 
 #include <algorithm>
 #include <QAction>
@@ -24,9 +25,14 @@ QString plainText(QString text)
 }
 
 /// As Qt names them in the user's language.
-QString key(QKeyCombination combination)
+QString key(const QKeySequence &keys)
 {
-    return QKeySequence(combination).toString(QKeySequence::NativeText);
+    return keys.toString(QKeySequence::NativeText);
+}
+
+QString key(BWThumbnailKeyboard::Command command)
+{
+    return key(BWThumbnailKeyboard::keyFor(command));
 }
 
 /// "Shift+" before something other than a key, such as a click.
@@ -72,6 +78,7 @@ QList<BWShortcutSection> BWShortcutSection::ofActions(const QList<QAction *> &ac
 
 QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manager)
 {
+    using Command = BWThumbnailKeyboard::Command;
     const QString click = manager.text(u"help_window"_s, u"click_key"_s, u"Click"_s);
     const QString doubleClick = manager.text(u"help_window"_s, u"double_click_key"_s, u"Double click"_s);
     const QString wheel = manager.text(u"help_window"_s, u"wheel_key"_s, u"Wheel"_s);
@@ -92,14 +99,13 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"extend_selection_label"_s, u"Extend the selection"_s),
           {with(Qt::ShiftModifier, click), with(Qt::ShiftModifier, arrows)}},
          {manager.text(u"help_window"_s, u"select_one_more_label"_s, u"Add to the selection, or remove"_s),
-          {with(Qt::ControlModifier, click), key(Qt::Key_Space)}},
+          {with(Qt::ControlModifier, click), key(Command::Toggle)}},
          {manager.text(u"help_window"_s, u"select_all_label"_s, u"Select all, none"_s),
-          {key(Qt::ControlModifier | Qt::Key_A), key(Qt::Key_Escape)}},
-         {manager.text(u"help_window"_s, u"open_label"_s, u"Open"_s), {doubleClick, key(Qt::Key_Enter)}},
-         {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s),
-          {key(Qt::ControlModifier | Qt::Key_E)}},
+          {key(Command::SelectAll), key(Command::Deselect)}},
+         {manager.text(u"help_window"_s, u"open_label"_s, u"Open"_s), {doubleClick, key(Command::Open)}},
+         {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s), {key(Command::SaveAs)}},
          {manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
-          {key(Qt::Key_Delete), key(Qt::ControlModifier | Qt::Key_Z)}},
+          {key(Command::Trash), key(QKeySequence::Undo)}},
          {manager.text(u"help_window"_s, u"drag_label"_s, u"Drag into another program"_s), {hold + drag}}}};
     return {image, albums};
 }
