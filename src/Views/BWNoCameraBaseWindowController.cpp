@@ -1,19 +1,55 @@
 #include "Views/BWNoCameraBaseWindowController.h"
 
 #include "BWACUDriver/DispatchAfterStrict.h"
+#include "Model/Session/BWStartProblemText.h"
+#include "Views/Utils/BWNoticeView.h"
+#include "Views/Utils/BWPreparingView.h"
 
+#include <QCloseEvent>
+#include <QPushButton>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 constexpr double pollSeconds = 0.3;
 }
 
-BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent)
-    : QDialog(parent), m_callbacks(std::move(callbacks)), m_clock(clock)
+BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Callbacks callbacks, BWClock &clock, QWidget *parent,
+                                                               Qt::WindowFlags flags)
+    : QDialog(parent, flags),
+      m_callbacks(std::move(callbacks)),
+      m_clock(clock),
+      m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
+      m_preparing(new BWPreparingView),
+      m_quitButton(m_view->addButton())
 {
+    m_view->addContent(m_preparing);
+    m_view->fill(*this);
+    connect(m_quitButton, &QPushButton::clicked, this, [this] { onTerminate(); });
+    watchPendingDevices();
 }
 
-void BWNoCameraBaseWindowController::setPreparingCamera(bool) { }
+void BWNoCameraBaseWindowController::setTexts(const Texts &texts, BWLocalizationManager &manager)
+{
+    setWindowTitle(texts.title);
+    m_view->setHeading(texts.heading);
+    m_view->setExplanation(texts.explanation);
+    m_view->setObstacleHeading(BWStartProblemText::title(manager));
+    m_preparing->setText(texts.preparing);
+    m_quitButton->setText(texts.quit);
+    m_quitButton->setShortcut(u"Ctrl+Q"_s); // the menu's shortcut does not reach this window
+}
+
+void BWNoCameraBaseWindowController::setPreparingCamera(bool preparing)
+{
+    m_preparing->setPreparing(preparing);
+}
+
+void BWNoCameraBaseWindowController::setObstacle(const QString &obstacle)
+{
+    m_view->setObstacle(obstacle);
+}
 
 void BWNoCameraBaseWindowController::showEvent(QShowEvent *event)
 {
@@ -22,9 +58,10 @@ void BWNoCameraBaseWindowController::showEvent(QShowEvent *event)
     setFocus();
 }
 
-void BWNoCameraBaseWindowController::windowDidLoad()
+void BWNoCameraBaseWindowController::closeEvent(QCloseEvent *event)
 {
-    watchPendingDevices();
+    event->ignore(); // onTerminate() closes it, or the user calls that off
+    onTerminate();
 }
 
 void BWNoCameraBaseWindowController::watchPendingDevices()

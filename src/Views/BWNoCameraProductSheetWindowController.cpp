@@ -8,7 +8,6 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -32,10 +31,7 @@ BWNoCameraProductSheetWindowController::BWNoCameraProductSheetWindowController(P
     m_popup->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_view->addContent(m_popup);
     m_okButton->setDefault(true);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    layout->addWidget(m_view);
+    m_view->fill(*this);
     connect(m_okButton, &QPushButton::clicked, this, &BWNoCameraProductSheetWindowController::onOK);
     connect(m_askLaterButton, &QPushButton::clicked, this, &BWNoCameraProductSheetWindowController::onAskLater);
 }

@@ -3,10 +3,6 @@
 #include "Views/BWNoCameraBaseWindowController.h"
 #include "Views/Utils/Windows/BWSheet.h"
 
-class BWNoticeView;
-class BWPreparingView;
-class QPushButton;
-
 /// The welcome window: stands alone until the first camera of the run is there, above the empty camera window, which a
 /// click would bring before it otherwise. Closing it ends the program.
 class BWNoCameraWindowController final : public BWNoCameraBaseWindowController {
@@ -17,22 +13,14 @@ public:
                                         QWidget *cameraWindow = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
-    void setPreparingCamera(bool preparing) override;
-    void setObstacle(const QString &obstacle) override;
-
-    void onClose();
+    /// The window stays until the program ends.
+    void onTerminate() override;
 
 Q_SIGNALS:
     /// The user wants to quit. Not emitted again while a receiver is still at work.
     void terminateRequested();
 
-protected:
-    void closeEvent(QCloseEvent *event) override;
-
 private:
-    BWNoticeView *m_view;
-    BWPreparingView *m_preparing;
-    QPushButton *m_closeButton;
     bool m_terminating = false;
 };
 
@@ -46,22 +34,13 @@ public:
                                              QWidget *parent = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
-    void setPreparingCamera(bool preparing) override;
-    void setObstacle(const QString &obstacle) override;
+    void onTerminate() override { m_sheet.endWithCode(1); }
 
     void beginSheet(QWidget *window, BWSheet::Completion completion) { m_sheet.begin(window, std::move(completion)); }
     /// Closes the sheet without a result.
     void end() { m_sheet.end(); }
     bool isSheetOpen() const { return m_sheet.isOpen(); }
 
-    void onTerminate();
-
-protected:
-    void closeEvent(QCloseEvent *event) override;
-
 private:
-    BWSheet m_sheet;
-    BWNoticeView *m_view;
-    BWPreparingView *m_preparing;
-    QPushButton *m_terminateButton;
+    BWSheet m_sheet{this};
 };

@@ -3,6 +3,7 @@
 #include "Views/Utils/BWIcons.h"
 
 #include <algorithm>
+#include <QDialog>
 #include <QEvent>
 #include <QLabel>
 #include <QPainter>
@@ -82,6 +83,14 @@ BWNoticeView::BWNoticeView(const QString &illustrationName, QWidget *parent)
     layout->addLayout(upper, 1);
     layout->addLayout(m_buttons);
     updateFonts();
+}
+
+void BWNoticeView::fill(QDialog &dialog)
+{
+    auto *layout = new QVBoxLayout(&dialog);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(this);
 }
 
 void BWNoticeView::setHeading(const QString &heading)

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QWidget>
 
+class QDialog;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
@@ -23,6 +24,9 @@ class BWNoticeView : public QWidget {
 
 public:
     explicit BWNoticeView(const QString &illustrationName, QWidget *parent = nullptr);
+
+    /// Makes it all that the dialog shows; the dialog then has its size.
+    void fill(QDialog &dialog);
 
     void setHeading(const QString &heading);
     void setExplanation(const QString &explanation);
