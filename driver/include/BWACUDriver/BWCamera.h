@@ -36,7 +36,7 @@ public:
     using HardwareButtonCallback = std::function<void(BWCamera &)>;
     using StreamProblemCallback = std::function<void(BWCamera &, const BWStartProblem &)>;
 
-    explicit BWCamera(BWDetectedCameraPtr detectedCamera);
+    explicit BWCamera(const BWDetectedCameraPtr &detectedCamera);
     virtual ~BWCamera();
     BWCamera(const BWCamera &) = delete;
     BWCamera &operator=(const BWCamera &) = delete;

@@ -6,7 +6,7 @@
 /// What a JPEG image says before its first scan. Reads nothing beyond that, and nothing out of bounds.
 class BWJpegHeader {
 public:
-    static constexpr std::size_t usualLimit = 512 * 1024;
+    static constexpr std::size_t usualLimit = 512 << 10;
 
     /// A header longer than `limit` bytes is not whole.
     BWJpegHeader(const uint8_t *data, std::size_t size, std::size_t limit = usualLimit);

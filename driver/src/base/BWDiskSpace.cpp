@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <sys/statvfs.h>
 
-bool BWDiskSpace::isNearlyFull(const QByteArray &path, uint64_t toCome, uint64_t reserve)
+bool BWDiskSpace::isNearlyFull(const QByteArray &path, uint64_t toCome, uint64_t least)
 {
     constexpr uint64_t most = 256 << 20;
     struct statvfs disk { };
@@ -12,5 +12,5 @@ bool BWDiskSpace::isNearlyFull(const QByteArray &path, uint64_t toCome, uint64_t
         return false;
     const uint64_t total = uint64_t(disk.f_blocks) * disk.f_frsize;
     const uint64_t left = uint64_t(disk.f_bavail) * disk.f_frsize;
-    return left < toCome + std::clamp(total / 20, reserve, most);
+    return left < toCome + std::clamp(total / 20, least, most);
 }

@@ -4,7 +4,10 @@
 
 #include <utility>
 
-BWCamera::BWCamera(BWDetectedCameraPtr detectedCamera) : m_session(BWStreamSession::create(*this, detectedCamera)) { }
+BWCamera::BWCamera(const BWDetectedCameraPtr &detectedCamera)
+    : m_session(BWStreamSession::create(*this, detectedCamera))
+{
+}
 
 BWCamera::~BWCamera()
 {

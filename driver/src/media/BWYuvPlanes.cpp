@@ -38,7 +38,7 @@ void convertMatrix(uint8_t *y, uint8_t *u, uint8_t *v, int pairs)
     constexpr int toUv = fixed(-yv / (2 * (1 - jb)));
     constexpr int toVu = fixed(-yu / (2 * (1 - jr)));
     constexpr int toVv = fixed((2 * (1 - kr) - yv) / (2 * (1 - jr)));
-    for (int i = 0; i < pairs; ++i) {
+    for (std::ptrdiff_t i = 0; i < pairs; ++i) {
         const int cu = u[i] - 128;
         const int cv = v[i] - 128;
         const int shift = (toYu * cu + toYv * cv + 512) >> 10;

@@ -87,7 +87,7 @@ void BWSimulatedDevice::setResolution(BWResolution requested)
 
 BWStartProblem BWSimulatedDevice::startStreaming()
 {
-    const BWStartProblem problem = m_obstacle->problem();
+    BWStartProblem problem = m_obstacle->problem();
     const bool carried = problem.kind == BWStartProblem::Kind::NoBandwidth
         && m_resolution == BWResolution(1, 1).nearestOf(m_profile.description->availableResolutions);
     if (!problem.isNone() && !carried)

@@ -43,7 +43,7 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
 
 BWSessionWindows::~BWSessionWindows() = default;
 
-void BWSessionWindows::makeQuestions(BWLocalizationManager &texts, Callbacks callbacks, BWClock &clock)
+void BWSessionWindows::makeQuestions(BWLocalizationManager &texts, const Callbacks &callbacks, BWClock &clock)
 {
     const BWNoCameraBaseWindowController::Callbacks noCamera{
         callbacks.pendingDevices, [&texts, blockedCameras = callbacks.blockedCameras] {

@@ -51,7 +51,7 @@ Q_SIGNALS:
     void terminateRequested();
 
 private:
-    void makeQuestions(BWLocalizationManager &texts, Callbacks callbacks, BWClock &clock);
+    void makeQuestions(BWLocalizationManager &texts, const Callbacks &callbacks, BWClock &clock);
     void connectSession();
     void connectMenus();
     void showCameras();

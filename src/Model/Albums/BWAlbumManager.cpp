@@ -97,7 +97,7 @@ QList<QUrl> BWAlbumManager::readList(bool *damaged) const
         *damaged = !text.isNull() && !document.isArray();
     QList<QUrl> folders;
     const QJsonArray paths = document.array();
-    for (const QJsonValue &value : paths) {
+    for (const QJsonValue value : paths) {
         if (const QString path = value.toString(); path.startsWith(u'/'))
             folders.append(BWFilePath::url(QFile::encodeName(path)));
     }

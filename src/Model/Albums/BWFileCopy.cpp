@@ -86,7 +86,7 @@ QByteArray takeFreeName(const BWFileCopy::FreeName &freeName, const std::functio
 {
     QByteArray refused;
     for (;;) {
-        const QByteArray name = BWFilePath::native(freeName());
+        QByteArray name = BWFilePath::native(freeName());
         if (take(name))
             return name;
         if (errno != EEXIST || name == refused) // said to be free twice, and taken
@@ -121,7 +121,7 @@ QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, co
     Reporter reporter(progress, info.st_size);
     const bool copied = copyData(source.get(), target.get(), reporter) && ::futimens(target.get(), times) == 0
         && BWFileBytes::synchronize(target.get()) && target.close();
-    const QByteArray name = copied
+    QByteArray name = copied
         ? takeFreeName(freeName,
                        [&part](const QByteArray &free) { return BWFileCopy::renameWithoutOverwriting(part, free); })
         : QByteArray();
@@ -152,7 +152,7 @@ QByteArray giveSecondName(const QByteArray &from, const BWFileCopy::FreeName &fr
         || !BWFileBytes::synchronize(source.get()) || info.st_uid != ::geteuid() || info.st_nlink != 1
         || ::fchmod(source.get(), 0666 & ~usersMask) != 0)
         return {};
-    const QByteArray name = takeFreeName(
+    QByteArray name = takeFreeName(
         freeName, [&from](const QByteArray &free) { return ::link(from.constData(), free.constData()) == 0; });
     if (!name.isEmpty())
         BWFileBytes::synchronizeFolder(name.left(name.lastIndexOf('/') + 1));

@@ -96,7 +96,7 @@ void BWPartNote::clearParts(const QByteArray &folder)
                 if (!name.startsWith(prefix.toLatin1()) || !name.endsWith(".part"))
                     continue;
                 const auto claim = BWFileClaim::existing(notes.descriptor(), name);
-                std::array<char, 2 * PATH_MAX> bytes;
+                std::array<char, std::size_t{2} * PATH_MAX> bytes;
                 const ssize_t size = claim ? ::pread(claim->descriptor(), bytes.data(), bytes.size(), 0) : -1;
                 if (size >= 0 && follow(QByteArray(bytes.data(), size), folder))
                     ::unlinkat(notes.descriptor(), name.constData(), 0);

@@ -68,7 +68,7 @@ QString BWImportTexts::refused(const BWOldSettingsFile &file, const QString &nam
     case Problem::TooLarge:
         return texts
             .text(u"import"_s, u"too_large"_s, u"“%1” is larger than %2 MB, too large to be a file of settings."_s)
-            .arg(name, QString::number(BWPropertyList::maximumBytes / (1024 * 1024)));
+            .arg(name, QString::number(BWPropertyList::maximumBytes >> 20));
     case Problem::NothingOld:
         return texts
             .text(u"import"_s, u"nothing_old"_s, u"“%1” holds no settings of the previous generation of BrimwellPro."_s)

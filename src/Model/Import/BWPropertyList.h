@@ -20,8 +20,7 @@ Q_DECLARE_METATYPE(BWArchiveReference)
 class BWPropertyList {
 public:
     // Far above what any program keeps as its defaults, and read within a second.
-    static constexpr qsizetype maximumBytes =
-        16 * 1024 * 1024; ///< of the input, and of the texts and data read from it
+    static constexpr qsizetype maximumBytes = 16 << 20; ///< of the input, and of the texts and data read from it
     static constexpr qsizetype maximumValues = 100'000; ///< counting a value each time it is referred to
     static constexpr int maximumDepth = 64; ///< containers within containers
 

@@ -12,7 +12,7 @@ QList<BWLibrary> BWLibraryList::fromFile(const QString &path)
         return {};
     QList<BWLibrary> libraries;
     const QJsonArray entries = QJsonDocument::fromJson(file.readAll()).array();
-    for (const QJsonValue &entry : entries) {
+    for (const QJsonValue entry : entries) {
         const QJsonObject fields = entry.toObject();
         const QString name = fields[QLatin1String("name")].toString();
         if (!name.isEmpty())

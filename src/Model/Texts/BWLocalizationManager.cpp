@@ -60,7 +60,8 @@ void BWLocalizationManager::load()
         qCWarning(bwModel).noquote() << "No translations:" << m_path << error.errorString() << "at" << error.offset;
         return;
     }
-    for (const QJsonValue &value : document.array()) {
+    const QJsonArray elements = document.array();
+    for (const QJsonValue value : elements) {
         const QJsonObject element = value.toObject();
         const BWLocalizableString string(element["parent"_L1].toString(), element["identifier"_L1].toString(),
                                          element["source_value"_L1].toString(),
@@ -92,7 +93,7 @@ QString BWLocalizationManager::localize(const BWLocalizableString &string)
 
     const QString language = preferredLanguage();
     if (m_localizations && language != "en"_L1) {
-        const QString translation = m_localizations->value(string).value(language);
+        QString translation = m_localizations->value(string).value(language);
         if (!translation.isEmpty())
             return translation;
     }

@@ -41,7 +41,7 @@ QSize scaledSize(QSize size, QSize wanted)
 
 int orientationOf(std::span<const uint8_t> jpeg)
 {
-    constexpr std::size_t farEnough = 256 * 1024;
+    constexpr std::size_t farEnough = 256 << 10;
     const auto size = static_cast<unsigned int>(std::min(jpeg.size(), farEnough));
     ExifData *const data = exif_data_new_from_data(jpeg.data(), size);
     if (!data)

@@ -21,7 +21,7 @@ std::optional<BWFileStamp> stampFrom(const struct stat &info)
                        info.st_ctim.tv_sec * nanosecondsPerSecond + info.st_ctim.tv_nsec, info.st_size, info.st_ino};
 }
 
-constexpr std::size_t keptMemory = 16 * 1024 * 1024; // bytes
+constexpr std::size_t keptMemory = 16 << 20; // bytes
 constexpr int64_t settled = 10; // seconds without a change after which the file counts as written
 
 bool changedJustNow(const BWFileStamp &stamp)

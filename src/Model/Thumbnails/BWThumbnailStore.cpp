@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr int64_t largestEntry = 16 * 1024 * 1024; // bytes; a real one is far below
+constexpr int64_t largestEntry = 16 << 20; // bytes; a real one is far below
 
 const QByteArray keyUri("Thumb::URI");
 const QByteArray keyModified("Thumb::MTime");
@@ -143,6 +143,7 @@ StoredImage decode(const QByteArray &bytes)
         QImage image(static_cast<int>(png_get_image_width(png, info)),
                      static_cast<int>(png_get_image_height(png, info)), QImage::Format_RGB888);
         std::vector<png_bytep> rows;
+        rows.reserve(static_cast<std::size_t>(image.height()));
         for (int y = 0; y < image.height(); ++y)
             rows.push_back(image.scanLine(y));
         const bool done = !image.isNull() && succeeds(png, [&] {

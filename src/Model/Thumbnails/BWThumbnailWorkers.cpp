@@ -38,7 +38,7 @@ struct BWThumbnailWorkers::State {
 
 namespace {
 
-constexpr qsizetype mostUnstored = 32 * 1024 * 1024; // bytes
+constexpr qsizetype mostUnstored = 32 << 20; // bytes
 constexpr int mostHanging = 8;
 constexpr std::chrono::milliseconds patienceAtEnd(500);
 

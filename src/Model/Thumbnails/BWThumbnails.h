@@ -21,7 +21,7 @@ public:
     using Ready = std::function<void(const QList<QUrl> &files)>;
 
     struct Options {
-        qint64 memory = 64 * 1024 * 1024; ///< bytes of images held at most
+        qint64 memory = 64 << 20; ///< bytes of images held at most
         QByteArray sharedFolder = BWThumbnailStore::defaultFolder(); ///< of the desktop; empty to do without
         int threads = 0; ///< 0: one per processor
         /// A requested file is checked for changes when the last look at it was longer ago than that.

@@ -19,7 +19,7 @@ namespace {
 constexpr int cellMargin = 7;
 constexpr double markSize = 5;
 constexpr QSize unknownShape(4000, 3000);
-constexpr qsizetype keptKilobytes = 24 * 1024;
+constexpr qsizetype keptKilobytes = 24 << 10;
 constexpr double frameRadius = 5;
 constexpr double placeholderStrength = 0.08; // of the text colour in the background
 constexpr double glyphStrength = 0.42;
@@ -163,7 +163,7 @@ QPixmap BWThumbnailPixmaps::scaled(const QImage &image, const QSize &pixels)
         return *known;
     const QImage fitting =
         image.size() == pixels ? image : image.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    const QPixmap pixmap = QPixmap::fromImage(fitting);
+    QPixmap pixmap = QPixmap::fromImage(fitting);
     m_pixmaps.insert(key, new QPixmap(pixmap), 1 + qsizetype(pixels.width()) * pixels.height() * 4 / 1024);
     return pixmap;
 }

@@ -98,7 +98,7 @@ QPixmap BWThumbnailDrag::picture(const QWidget &source, const QList<BWThumbnailD
     QPainter painter(&pixmap);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
     painter.setOpacity(opacity);
-    const QPalette palette = source.palette();
+    const QPalette &palette = source.palette();
     for (int below = sheetsBelow; below >= 0; --below) {
         const QRect rect(QPoint(0, badgeRoom) + QPoint(1, 1) * (sheetDistance * below), sheet);
         painter.fillRect(rect, palette.color(QPalette::Mid));

@@ -215,7 +215,7 @@ QStringList BWThumbnailViewMouseEventHandler::completeDragOperationAtDestination
         if (index < elements.size())
             files.append(elements[index]);
     }
-    const QStringList names = m_view->dataSource()->copyFiles(files, folder);
+    QStringList names = m_view->dataSource()->copyFiles(files, folder);
     qCInfo(bwViews).noquote() << "Completed drag operation at:" << folder.toDisplayString();
     return names;
 }

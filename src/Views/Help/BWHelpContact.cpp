@@ -51,7 +51,7 @@ QByteArray encodedLine(const QString &text)
 /// In one line, not too long, and not ending in half a character.
 QString shortened(const QString &fact)
 {
-    const QString line = fact.simplified();
+    QString line = fact.simplified();
     if (line.size() <= longestFact)
         return line;
     const bool half = line[longestFact - 1].isHighSurrogate();

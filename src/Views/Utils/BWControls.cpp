@@ -161,7 +161,7 @@ void BWVerticallyCenteringTextFieldCell::drawInterior(QPainter &painter, const Q
 
 void BWVerticallyCenteringTextFieldCell::paintEvent(QPaintEvent *event)
 {
-    QFrame::paintEvent(event);
+    QFrame::paintEvent(event); // NOLINT(bugprone-parent-virtual-call): QLabel would draw the text as well
     QPainter painter(this);
     drawInterior(painter, contentsRect());
 }

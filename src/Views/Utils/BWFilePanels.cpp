@@ -88,7 +88,7 @@ protected:
     void choose(const QString &path)
     {
         Q_EMIT fileSelected(path);
-        QDialog::accept();
+        done(Accepted);
     }
 
     QLineEdit *const m_name = findChild<QLineEdit *>(u"fileNameEdit"_s);
@@ -138,13 +138,13 @@ public:
         const QString typed =
             m_name->text().contains(u'"') ? directory().absoluteFilePath(m_name->text()) : selectedFiles().value(0);
         if (typed.isEmpty() || QFileInfo(typed).isDir())
-            return QFileDialog::accept(); // enters the folder
+            return Panel::accept(); // enters the folder
         const QFileInfo file(BWDialogFilePanels::withExtension(typed, m_extension));
         // Not by selectFile(), which does not change the field while it has the focus.
         const bool isHere = file.absolutePath() == directory().absolutePath();
         m_name->setText(isHere ? file.fileName() : file.absoluteFilePath());
         if (file.isDir())
-            return QFileDialog::accept();
+            return Panel::accept();
         // The dialog itself would do nothing at all if the name is too long.
         if (file.exists())
             askToReplace(file);

@@ -161,10 +161,10 @@ void BWFlashActionViewController::nextStep()
         return;
     }
     update(m_picture.fadingRect().translated(pillRect().topLeft()));
-    const auto step = m_animation.nextStep();
-    if (step && isVisible() && !window()->isMinimized())
+    const auto next = m_animation.nextStep();
+    if (next && isVisible() && !window()->isMinimized())
         m_step = DispatchAfterStrict::dispatchForQueue(
-            this, [this] { nextStep(); }, std::chrono::duration<double>(*step).count(), m_clock);
+            this, [this] { nextStep(); }, std::chrono::duration<double>(*next).count(), m_clock);
 }
 
 void BWFlashActionViewController::cancelStep()

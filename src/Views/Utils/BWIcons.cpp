@@ -110,9 +110,8 @@ public:
         pixmap = QPixmap(size);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
-        renderer.render(
-            &painter,
-            QRectF(QPointF((size.width() - fitting.width()) / 2, (size.height() - fitting.height()) / 2), fitting));
+        const QPoint place((size.width() - fitting.width()) / 2, (size.height() - fitting.height()) / 2);
+        renderer.render(&painter, QRect(place, fitting));
         painter.end();
         QPixmapCache::insert(cacheKey, pixmap);
         return pixmap;
@@ -144,7 +143,7 @@ QIcon BWIcons::icon(const QString &name)
     const QString own = u":/brimwellpro/icons/%1.svg"_s.arg(name);
     if (QFile::exists(own))
         return QIcon(new SymbolicIconEngine(own));
-    const QIcon themed = QIcon::fromTheme(name);
+    QIcon themed = QIcon::fromTheme(name);
     if (themed.isNull())
         qCInfo(bwViews, "No icon named \"%ls\"; is an icon theme installed?", qUtf16Printable(name));
     return themed;

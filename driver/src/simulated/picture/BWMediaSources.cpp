@@ -20,7 +20,7 @@ bool isTooLarge(QImageReader &reader)
     const QSize size = reader.size();
     if (qint64(size.width()) * size.height() <= mostPixels || reader.format() != "jpeg")
         return false;
-    constexpr qint64 headerBytes = 512 * 1024;
+    constexpr qint64 headerBytes = 512 << 10;
     const QByteArray bytes = reader.device()->peek(headerBytes);
     const BWJpegHeader header(reinterpret_cast<const uint8_t *>(bytes.constData()), std::size_t(bytes.size()));
     return !header.isWhole() || !header.isBaseline();
@@ -100,9 +100,9 @@ void BWPhotoSource::load(const QString &file)
     }
     const int left = (image.width() - size.width()) / 2;
     const int top = (image.height() - size.height()) / 2;
-    libyuv::ARGBToJ422(image.constScanLine(top) + left * 4, static_cast<int>(image.bytesPerLine()), m_planes.y(),
-                       m_planes.stride(), m_planes.u(), m_planes.chromaStride(), m_planes.v(), m_planes.chromaStride(),
-                       size.width(), size.height());
+    libyuv::ARGBToJ422(image.constScanLine(top) + qsizetype{left} * 4, static_cast<int>(image.bytesPerLine()),
+                       m_planes.y(), m_planes.stride(), m_planes.u(), m_planes.chromaStride(), m_planes.v(),
+                       m_planes.chromaStride(), size.width(), size.height());
     m_planes.padOddColumn();
 }
 

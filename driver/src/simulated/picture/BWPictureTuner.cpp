@@ -126,7 +126,7 @@ void BWPictureTuner::applyTables(const BWYuvPlanes &in, BWYuvPlanes &out) const
         uint8_t *outY = out.y(row);
         uint8_t *outU = out.u(row);
         uint8_t *outV = out.v(row);
-        for (int i = 0; i < pairs; ++i) {
+        for (std::ptrdiff_t i = 0; i < pairs; ++i) {
             const ChromaStep &chroma = m_chroma[static_cast<std::size_t>((y[2 * i] + y[2 * i + 1]) / 2)];
             outY[2 * i] = m_luma[y[2 * i]];
             outY[2 * i + 1] = m_luma[y[2 * i + 1]];

@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr uint32_t seed = 4711;
+constexpr uint32_t specimenSeed = 4711;
 constexpr float fieldStep = 1.0f / 64;
 constexpr float overhang = 0.08f; // the cells reach further than the picture, for the warp
-constexpr float cellSize = 0.088f;
+constexpr float specimenCellSize = 0.088f;
 constexpr float fineSize = 0.027f;
 constexpr float netSize = 0.027f;
 constexpr float moleReach = -0.03f; // further out the mole leaves no trace
@@ -103,9 +103,9 @@ BW_VECTOR_CLONES void BWCellPattern::evaluate(const float *x, const float *y, fl
     std::fill_n(nearest, run, 1e9f);
     std::fill_n(second, run, 1e9f);
     for (int row = firstRow; row <= lastRow; ++row) {
-        const Seed *seed = m_seeds.data() + static_cast<std::size_t>(row) * static_cast<std::size_t>(m_columns);
+        const Seed *seeds = m_seeds.data() + static_cast<std::size_t>(row) * static_cast<std::size_t>(m_columns);
         for (int column = firstColumn; column <= lastColumn; ++column) {
-            const Seed s = seed[column];
+            const Seed s = seeds[column];
             for (int i = 0; i < run; ++i) {
                 const float dx = px[i] - s.x;
                 const float dy = py[i] - s.y;
@@ -126,12 +126,12 @@ BWSpecimenSkin::BWSpecimenSkin(float halfWidth, float halfHeight, float scale)
       m_scale(scale),
       m_columns(static_cast<int>(2 * halfWidth / fieldStep) + 4),
       m_rows(static_cast<int>(2 * halfHeight / fieldStep) + 4),
-      m_cells(-halfWidth - overhang, -halfHeight - overhang, halfWidth + overhang, halfHeight + overhang, cellSize,
-              seed),
+      m_cells(-halfWidth - overhang, -halfHeight - overhang, halfWidth + overhang, halfHeight + overhang,
+              specimenCellSize, specimenSeed),
       m_fine(-halfWidth - overhang, -halfHeight - overhang, halfWidth + overhang, halfHeight + overhang, fineSize,
-             seed + 10),
+             specimenSeed + 10),
       m_net(-halfWidth - overhang, -halfHeight - overhang, halfWidth + overhang, halfHeight + overhang, netSize,
-            seed + 20),
+            specimenSeed + 20),
       m_grainSize(scale < 700 ? 128 : 256)
 {
     m_samples.reserve(static_cast<std::size_t>(m_columns) * static_cast<std::size_t>(m_rows));
@@ -148,22 +148,23 @@ BWSpecimenSkin::Sample BWSpecimenSkin::sampleAt(float x, float y) const
 {
     using BWValueNoise::clouds;
     Sample sample;
-    sample[WarpX] = 0.011f * clouds(x * 11, y * 11, seed + 30, 2);
-    sample[WarpY] = 0.011f * clouds(x * 11, y * 11, seed + 40, 2);
-    sample[Tone] = clouds(x * 2.2f, y * 2.2f, seed + 50, 3);
-    sample[Redness] = clouds(x * 3.1f, y * 3.1f, seed + 60, 3);
+    sample[WarpX] = 0.011f * clouds(x * 11, y * 11, specimenSeed + 30, 2);
+    sample[WarpY] = 0.011f * clouds(x * 11, y * 11, specimenSeed + 40, 2);
+    sample[Tone] = clouds(x * 2.2f, y * 2.2f, specimenSeed + 50, 3);
+    sample[Redness] = clouds(x * 3.1f, y * 3.1f, specimenSeed + 60, 3);
     // How deep inside the mole: an uneven outline around a slanted oval.
     const float dx = x - 0.03f;
     const float dy = y + 0.015f;
     const float along = 0.93f * dx + 0.36f * dy;
     const float across = (-0.36f * dx + 0.93f * dy) * 1.25f;
     const float distance = std::sqrt(along * along + across * across);
-    sample[Mole] = 0.285f + 0.055f * clouds(x * 5.5f, y * 5.5f, seed + 70, 3) - distance;
-    sample[Blotch] = clouds(x * 8, y * 8, seed + 80, 3);
+    sample[Mole] = 0.285f + 0.055f * clouds(x * 5.5f, y * 5.5f, specimenSeed + 70, 3) - distance;
+    sample[Blotch] = clouds(x * 8, y * 8, specimenSeed + 80, 3);
     const float veilX = x + 0.03f;
     const float veilY = y - 0.045f;
-    sample[Veil] = 0.085f + 0.06f * clouds(x * 9, y * 9, seed + 90, 3) - std::sqrt(veilX * veilX + veilY * veilY);
-    sample[Freckle] = clouds(x * 10, y * 10, seed + 100, 2);
+    sample[Veil] =
+        0.085f + 0.06f * clouds(x * 9, y * 9, specimenSeed + 90, 3) - std::sqrt(veilX * veilX + veilY * veilY);
+    sample[Freckle] = clouds(x * 10, y * 10, specimenSeed + 100, 2);
     return sample;
 }
 
@@ -177,8 +178,8 @@ void BWSpecimenSkin::makeGrain()
         for (int column = 0; column < m_grainSize; ++column) {
             const float x = static_cast<float>(column * period) / size;
             const float y = static_cast<float>(row * period) / size;
-            const float white = BWValueNoise::random(column, row, seed + 111) * 2 - 1;
-            m_grain.push_back(0.8f * BWValueNoise::smooth(x, y, seed + 110, period) + 0.2f * white);
+            const float white = BWValueNoise::random(column, row, specimenSeed + 111) * 2 - 1;
+            m_grain.push_back(0.8f * BWValueNoise::smooth(x, y, specimenSeed + 110, period) + 0.2f * white);
         }
     }
 }
@@ -242,7 +243,7 @@ BW_VECTOR_CLONES void BWSpecimenSkin::raise(Run &pixels, const float *above, flo
 BW_VECTOR_CLONES void BWSpecimenSkin::shade(const Run &pixels, uint32_t *out) const
 {
     // Walls never get thinner than the pixels can show.
-    const float cellEdge = std::max(0.15f, 2.0f / (cellSize * m_scale));
+    const float cellEdge = std::max(0.15f, 2.0f / (specimenCellSize * m_scale));
     const float fineEdge = std::max(0.18f, 2.2f / (fineSize * m_scale));
     const float netEdge = std::max(0.46f, 2.4f / (netSize * m_scale));
     for (int i = 0; i < run; ++i) {
@@ -281,7 +282,7 @@ void BWSpecimenSkin::draw(QImage &image) const
 {
     const int width = image.width();
     const int height = image.height();
-    const auto padded = static_cast<std::size_t>((width + run - 1) / run * run);
+    const std::size_t padded = (static_cast<std::size_t>(width) + run - 1) / run * run;
     std::vector<Sample> fields;
     std::vector<float> heights(padded + 1, 0.5f); // one more on the left
     std::vector<float> above(padded + 1, 0.5f);
@@ -290,7 +291,8 @@ void BWSpecimenSkin::draw(QImage &image) const
     for (int row = 0; row < height; ++row) {
         const float y = (static_cast<float>(row) - 0.5f * static_cast<float>(height)) / m_scale;
         interpolateRow(y, fields);
-        const float *grain = &m_grain[static_cast<std::size_t>(row % m_grainSize * m_grainSize)];
+        const float *grain =
+            &m_grain[static_cast<std::size_t>(row % m_grainSize) * static_cast<std::size_t>(m_grainSize)];
         for (std::size_t column = 0; column < padded; column += run) {
             const float x = (static_cast<float>(column) - 0.5f * static_cast<float>(width)) / m_scale;
             gather(fields, x, y, pixels);

@@ -184,9 +184,9 @@ QString BWVideoModeChoice::reason(std::size_t taken) const
 {
     const BWVideoMode &mode = m_candidates[taken];
     QStringList others;
-    for (std::size_t i = 0; i < m_candidates.size(); ++i) {
-        if (std::lround(m_candidates[i].framesPerSecond) != std::lround(mode.framesPerSecond))
-            others += u"%1 gives %2"_s.arg(BWVideoFormat::name(m_candidates[i].fourcc), rate(m_candidates[i]));
+    for (const BWVideoMode &other : m_candidates) {
+        if (std::lround(other.framesPerSecond) != std::lround(mode.framesPerSecond))
+            others += u"%1 gives %2"_s.arg(BWVideoFormat::name(other.fourcc), rate(other));
     }
     const QString choice =
         u"%1 %2 at %3"_s.arg(BWVideoFormat::name(mode.fourcc), mode.resolution.resolutionString(), rate(mode));

@@ -137,7 +137,7 @@ void BWCameraTable::readFile(const QString &path)
     }
     int number = 0;
     const QJsonArray entries = cameras.toArray();
-    for (const QJsonValue &entry : entries) {
+    for (const QJsonValue entry : entries) {
         ++number;
         QString fault;
         std::optional<BWCameraRule> rule;

@@ -114,7 +114,7 @@ QString BWNodeAccess::programHolding(const QByteArray &path)
         const QString folder = "/proc/"_L1 + process + u'/';
         if (process == self || !holds(folder, status.st_rdev))
             continue;
-        const QString name = nameOf(folder);
+        QString name = nameOf(folder);
         if (!name.isEmpty() && maps(folder, path))
             return name;
         if (holder.isNull() && !name.isEmpty())
