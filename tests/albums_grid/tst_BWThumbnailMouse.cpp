@@ -13,17 +13,6 @@ using Indexes = QList<int>;
 class TestBWThumbnailMouse : public QObject {
     Q_OBJECT
 
-    void dropInAFolder()
-    {
-        GridFixture grid(7);
-        for (const QString &step : {u"c2"_s, u"w300"_s, u"s3"_s, u"w300"_s, u"p2"_s, u"w500"_s})
-            act(grid, step);
-        const QStringList names =
-            grid.view.mouseEventHandler()->completeDragOperationAtDestination(QUrl(u"file:///somewhere"_s));
-        QCOMPARE(names, QStringList({u"2.jpg"_s, u"3.jpg"_s}));
-        QCOMPARE(grid.album.copied, grid.view.elements().mid(2, 2));
-    }
-
 private:
     /// One step: a letter and a number.
     static void act(GridFixture &grid, const QString &step)
@@ -149,6 +138,17 @@ private Q_SLOTS:
         QCOMPARE(grid.view.focusIndex(), 0);
         grid.view.onTrash(); // no elements left to act on
         QCOMPARE(reloads, 1);
+    }
+
+    void dropInAFolder()
+    {
+        GridFixture grid(7);
+        for (const QString &step : {u"c2"_s, u"w300"_s, u"s3"_s, u"w300"_s, u"p2"_s, u"w500"_s})
+            act(grid, step);
+        const QStringList names =
+            grid.view.mouseEventHandler()->completeDragOperationAtDestination(QUrl(u"file:///somewhere"_s));
+        QCOMPARE(names, QStringList({u"2.jpg"_s, u"3.jpg"_s}));
+        QCOMPARE(grid.album.copied, grid.view.elements().mid(2, 2));
     }
 
     void menu()
