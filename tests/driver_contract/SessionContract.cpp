@@ -1,4 +1,5 @@
 #include "Contract.h"
+#include "Rows.h"
 
 #include <algorithm>
 #include <atomic>
@@ -88,19 +89,17 @@ private Q_SLOTS:
 
     void operationsCompleteOnce_data()
     {
-        QTest::addColumn<QString>("state");
-        QTest::addColumn<bool>("usable");
-        QTest::newRow("new") << u"new"_s << true;
-        QTest::newRow("streaming") << u"streaming"_s << true;
-        QTest::newRow("stopped") << u"stopped"_s << true;
-        QTest::newRow("unplugged while streaming") << u"unplugged"_s << false;
-        QTest::newRow("removed") << u"removed"_s << false;
+        const Rows<QString, bool> row; // the state, and whether the camera can be used in it
+        row("new", u"new"_s, true);
+        row("streaming", u"streaming"_s, true);
+        row("stopped", u"stopped"_s, true);
+        row("unplugged while streaming", u"unplugged"_s, false);
+        row("removed", u"removed"_s, false);
     }
 
     void operationsCompleteOnce()
     {
-        QFETCH(QString, state);
-        QFETCH(bool, usable);
+        const auto [state, usable] = Rows<QString, bool>::current();
         const QTemporaryDir folder;
         if (state != u"new"_s)
             QVERIFY(probe().start());

@@ -1,5 +1,6 @@
 #include "Model/Export/BWFileExport.h"
 #include "Model/Export/BWZipExport.h"
+#include "Rows.h"
 #include "SmallDisk.h"
 #include "TestFolder.h"
 
@@ -39,15 +40,15 @@ private Q_SLOTS:
 
     void copyIsWholeAndKeepsItsDate_data()
     {
-        QTest::addColumn<QByteArray>("name");
-        QTest::newRow("plain") << QByteArray("copy.jpg");
-        QTest::newRow("not UTF-8") << QByteArray("caf\xe9 100% \n.jpg");
-        QTest::newRow("no room for .part") << QByteArray(251, 'n') + ".jpg";
-        QTest::newRow("nor in the middle of a letter") << QByteArray("n") + QByteArray("\xc3\xa4").repeated(127);
+        const Rows<QByteArray> row;
+        row("plain", "copy.jpg");
+        row("not UTF-8", "caf\xe9 100% \n.jpg");
+        row("no room for .part", QByteArray(251, 'n') + ".jpg");
+        row("nor in the middle of a letter", "n" + QByteArray("\xc3\xa4").repeated(127));
     }
     void copyIsWholeAndKeepsItsDate()
     {
-        QFETCH(QByteArray, name);
+        const auto [name] = Rows<QByteArray>::current();
         const QByteArray content = noise(9'000'000);
         const QUrl source = m_folder->file(u"a.jpg"_s, content);
         const timeval times[]{{0, 0}, {1'720'000'001, 0}};
@@ -68,24 +69,20 @@ private Q_SLOTS:
 
     void targetThatIsSpecial_data()
     {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<int>("files");
-        QTest::addColumn<Problem>("problem");
-        QTest::newRow("the file itself") << u"a.jpg"_s << 1 << Problem::None;
-        QTest::newRow("the file itself, by another way") << u"link/a.jpg"_s << 1 << Problem::None;
-        QTest::newRow("a link to it") << u"out/link.jpg"_s << 1 << Problem::None;
-        QTest::newRow("one of the files of an archive") << u"b.jpg"_s << 2 << Problem::TargetIsSource;
-        QTest::newRow("folder") << u"out"_s << 1 << Problem::TargetIsFolder;
-        QTest::newRow("archive as a folder") << u"out"_s << 2 << Problem::TargetIsFolder;
-        QTest::newRow("no folder") << u"gone/x.zip"_s << 2 << Problem::TargetFolderMissing;
-        QTest::newRow("below a file") << u"a.jpg/x.jpg"_s << 1 << Problem::TargetFolderMissing;
-        QTest::newRow("long name") << QString(256, u'n') << 1 << Problem::NameTooLong;
+        const Rows<QString, int, Problem> row; // the target, how many files
+        row("the file itself", u"a.jpg"_s, 1, Problem::None);
+        row("the file itself, by another way", u"link/a.jpg"_s, 1, Problem::None);
+        row("a link to it", u"out/link.jpg"_s, 1, Problem::None);
+        row("one of the files of an archive", u"b.jpg"_s, 2, Problem::TargetIsSource);
+        row("folder", u"out"_s, 1, Problem::TargetIsFolder);
+        row("archive as a folder", u"out"_s, 2, Problem::TargetIsFolder);
+        row("no folder", u"gone/x.zip"_s, 2, Problem::TargetFolderMissing);
+        row("below a file", u"a.jpg/x.jpg"_s, 1, Problem::TargetFolderMissing);
+        row("long name", QString(256, u'n'), 1, Problem::NameTooLong);
     }
     void targetThatIsSpecial()
     {
-        QFETCH(QString, target);
-        QFETCH(int, files);
-        QFETCH(Problem, problem);
+        const auto [target, files, problem] = Rows<QString, int, Problem>::current();
         const QList<QUrl> sources{m_folder->file(u"a.jpg"_s, "pixels"), m_folder->file(u"b.jpg"_s, "more")};
         QVERIFY(QFile::link(m_folder->path(), m_folder->path(u"link"_s)));
         QVERIFY(QFile::link(m_folder->path(u"a.jpg"_s), m_folder->path(u"out/link.jpg"_s)));
@@ -98,12 +95,10 @@ private Q_SLOTS:
 
     void failureCostsNothing_data()
     {
-        QTest::addColumn<int>("files");
-        QTest::addColumn<QString>("second"); // or the only one
-        QTest::addColumn<Problem>("problem");
-        const auto rows = [](const char *title, const QString &second, Problem problem) {
+        const Rows<int, QString, Problem> row; // how many files; the second or only one
+        const auto rows = [&row](const QByteArray &title, const QString &second, Problem problem) {
             for (const int files : {1, 2})
-                QTest::addRow("%s, %d", title, files) << files << second << problem;
+                row((title + ", " + QByteArray::number(files)).constData(), files, second, problem);
         };
         rows("full disk", u"b.jpg"_s, Problem::TargetTooLarge);
         rows("read-only folder", u"b.jpg"_s, Problem::TargetNotWritable);
@@ -116,9 +111,7 @@ private Q_SLOTS:
     }
     void failureCostsNothing()
     {
-        QFETCH(int, files);
-        QFETCH(QString, second);
-        QFETCH(Problem, problem);
+        const auto [files, second, problem] = Rows<int, QString, Problem>::current();
         const QByteArray what = QByteArray(QTest::currentDataTag()).split(',').first();
         const QUrl target = m_folder->file(u"out/x.zip"_s, "old");
         m_folder->file(u"out/x.zip.part"_s, "another program's");

@@ -1,4 +1,5 @@
 #include "Model/Albums/BWTrash.h"
+#include "Rows.h"
 #include "TestFolder.h"
 
 #include <QRegularExpression>
@@ -19,15 +20,15 @@ private Q_SLOTS:
 
     void thereAndBack_data()
     {
-        QTest::addColumn<QByteArray>("name");
-        QTest::newRow("plain") << QByteArray("20240607_image_001.jpg");
-        QTest::newRow("letters of all kinds") << QByteArray("H\xc3\xa4utchen \xf0\x9f\x94\xac.jpg");
-        QTest::newRow("special signs") << QByteArray("100% %41 \"a\" 'b' \\ two\nlines (deleted)");
-        QTest::newRow("not UTF-8") << QByteArray("caf\xe9.jpg");
+        const Rows<QByteArray> row;
+        row("plain", "20240607_image_001.jpg");
+        row("letters of all kinds", "H\xc3\xa4utchen \xf0\x9f\x94\xac.jpg");
+        row("special signs", "100% %41 \"a\" 'b' \\ two\nlines (deleted)");
+        row("not UTF-8", "caf\xe9.jpg");
     }
     void thereAndBack()
     {
-        QFETCH(QByteArray, name);
+        const auto [name] = Rows<QByteArray>::current();
         // The second gets another name in the Trash.
         const QList<QUrl> files{TestFolder::write(BWFilePath::entry(m_folder->folder(u"a"_s), name), "first"),
                                 TestFolder::write(BWFilePath::entry(m_folder->folder(u"b"_s), name), "second")};

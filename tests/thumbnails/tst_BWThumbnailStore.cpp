@@ -1,3 +1,4 @@
+#include "Rows.h"
 #include "SmallDisk.h"
 #include "ThumbnailFixture.h"
 #include "Utils/BWFilePath.h"
@@ -54,36 +55,28 @@ private Q_SLOTS:
 
     void theirsAreUsedIfValid_data()
     {
-        QTest::addColumn<QByteArray>("folder");
-        QTest::addColumn<QByteArray>("key");
-        QTest::addColumn<QByteArray>("value");
-        QTest::addColumn<QString>("shown");
+        const Rows<QByteArray, QByteArray, QByteArray, QString> row; // the folder; a text of it, changed; what is shown
         const QByteArray none;
-        QTest::newRow("valid") << QByteArray("large") << none << none << u"blue"_s;
-        QTest::newRow("larger") << QByteArray("x-large") << none << none << u"blue"_s;
-        QTest::newRow("smaller") << QByteArray("normal") << none << none << u"red"_s;
-        QTest::newRow("no size") << QByteArray("large") << QByteArray("Thumb::Size") << none << u"blue"_s;
-        QTest::newRow("other size") << QByteArray("large") << QByteArray("Thumb::Size") << QByteArray("1") << u"red"_s;
-        QTest::newRow("no time") << QByteArray("large") << QByteArray("Thumb::MTime") << none << u"red"_s;
-        QTest::newRow("stale") << QByteArray("large") << QByteArray("Thumb::MTime") << QByteArray("1") << u"red"_s;
-        QTest::newRow("fraction") << QByteArray("large") << QByteArray("Thumb::MTime")
-                                  << QByteArray::number(ThumbnailFixture::longAgo.toSecsSinceEpoch()) + ".123"
-                                  << u"blue"_s;
-        QTest::newRow("other file") << QByteArray("large") << QByteArray("Thumb::URI") << QByteArray("file:///x")
-                                    << u"red"_s;
-        QTest::newRow("damaged") << QByteArray("large") << QByteArray("cut") << none << u"red"_s;
-        QTest::newRow("colours by number") << QByteArray("large") << QByteArray("indexed") << none << u"blue"_s;
-        QTest::newRow("16 bits and alpha") << QByteArray("large") << QByteArray("deep") << none << u"blue"_s;
-        QTest::newRow("too large") << QByteArray("large") << QByteArray("wide") << none << u"red"_s;
-        QTest::newRow("failed") << QByteArray("fail/brimwellpro-" BW_VERSION) << none << none << u"impossible"_s;
+        row("valid", "large", none, none, u"blue"_s);
+        row("larger", "x-large", none, none, u"blue"_s);
+        row("smaller", "normal", none, none, u"red"_s);
+        row("no size", "large", "Thumb::Size", none, u"blue"_s);
+        row("other size", "large", "Thumb::Size", "1", u"red"_s);
+        row("no time", "large", "Thumb::MTime", none, u"red"_s);
+        row("stale", "large", "Thumb::MTime", "1", u"red"_s);
+        row("fraction", "large", "Thumb::MTime",
+            QByteArray::number(ThumbnailFixture::longAgo.toSecsSinceEpoch()) + ".123", u"blue"_s);
+        row("other file", "large", "Thumb::URI", "file:///x", u"red"_s);
+        row("damaged", "large", "cut", none, u"red"_s);
+        row("colours by number", "large", "indexed", none, u"blue"_s);
+        row("16 bits and alpha", "large", "deep", none, u"blue"_s);
+        row("too large", "large", "wide", none, u"red"_s);
+        row("failed", "fail/brimwellpro-" BW_VERSION, none, none, u"impossible"_s);
     }
 
     void theirsAreUsedIfValid()
     {
-        QFETCH(QByteArray, folder);
-        QFETCH(QByteArray, key);
-        QFETCH(QByteArray, value);
-        QFETCH(QString, shown);
+        const auto [folder, key, value, shown] = Rows<QByteArray, QByteArray, QByteArray, QString>::current();
         const QByteArray picture = ThumbnailFixture::jpeg(Qt::red);
         const QUrl file = m_fixture->file("picture.jpg", picture);
         const QByteArray uri = BWThumbnailStore::uri(m_fixture->path("picture.jpg"));

@@ -1,3 +1,4 @@
+#include "Rows.h"
 #include "ThumbnailFixture.h"
 
 #include <fcntl.h>
@@ -38,21 +39,17 @@ private Q_SLOTS:
 
     void picturesAreFittedAndUpright_data()
     {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<int>("pixels");
-        QTest::addColumn<QSize>("expected");
-        QTest::newRow("small cells") << QSize(2592, 1944) << 100 << QSize(128, 96);
-        QTest::newRow("larger cells") << QSize(2592, 1944) << 129 << QSize(256, 192);
-        QTest::newRow("huge cells") << QSize(1944, 2592) << 2000 << QSize(375, 500);
-        QTest::newRow("never enlarged") << QSize(100, 80) << 500 << QSize(100, 80);
-        QTest::newRow("a line") << QSize(6000, 100) << 500 << QSize(500, 8);
+        const Rows<QSize, int, QSize> row;
+        row("small cells", {2592, 1944}, 100, {128, 96});
+        row("larger cells", {2592, 1944}, 129, {256, 192});
+        row("huge cells", {1944, 2592}, 2000, {375, 500});
+        row("never enlarged", {100, 80}, 500, {100, 80});
+        row("a line", {6000, 100}, 500, {500, 8});
     }
 
     void picturesAreFittedAndUpright()
     {
-        QFETCH(QSize, size);
-        QFETCH(int, pixels);
-        QFETCH(QSize, expected);
+        const auto [size, pixels, expected] = Rows<QSize, int, QSize>::current();
         QImage image(size, QImage::Format_RGB32);
         for (int y = 0; y < size.height(); ++y) {
             for (int x = 0; x < size.width(); ++x)
@@ -84,20 +81,17 @@ private Q_SLOTS:
 
     void moviesShowTheirFirstPictureAndLength_data()
     {
-        QTest::addColumn<QStringList>("codec");
-        QTest::addColumn<QSize>("expected");
-        QTest::newRow("MJPEG") << QStringList{u"-c:v"_s, u"mjpeg"_s, u"-pix_fmt"_s, u"yuvj422p"_s} << QSize(256, 192);
-        QTest::newRow("raw") << QStringList{u"-c:v"_s, u"rawvideo"_s, u"-pix_fmt"_s, u"yuyv422"_s} << QSize(256, 192);
-        QTest::newRow("pictures out of order")
-            << QStringList{u"-c:v"_s, u"libx264"_s, u"-bf"_s, u"2"_s, u"-pix_fmt"_s, u"yuv420p"_s} << QSize(256, 192);
-        QTest::newRow("wide pixels") << QStringList{u"-c:v"_s, u"mpeg4"_s, u"-vf"_s, u"setsar=2"_s} << QSize(256, 96);
-        QTest::newRow("turned") << QStringList{u"-c:v"_s, u"mpeg4"_s} << QSize(192, 256);
+        const Rows<QString, QSize> row; // the codec's options for ffmpeg
+        row("MJPEG", u"-c:v mjpeg -pix_fmt yuvj422p"_s, {256, 192});
+        row("raw", u"-c:v rawvideo -pix_fmt yuyv422"_s, {256, 192});
+        row("pictures out of order", u"-c:v libx264 -bf 2 -pix_fmt yuv420p"_s, {256, 192});
+        row("wide pixels", u"-c:v mpeg4 -vf setsar=2"_s, {256, 96});
+        row("turned", u"-c:v mpeg4"_s, {192, 256});
     }
 
     void moviesShowTheirFirstPictureAndLength()
     {
-        QFETCH(QStringList, codec);
-        QFETCH(QSize, expected);
+        const auto [codec, expected] = Rows<QString, QSize>::current();
         const auto make = [](const QStringList &arguments) {
             return ThumbnailFixture::run(u"ffmpeg"_s, QStringList{u"-v"_s, u"error"_s} + arguments);
         };
@@ -105,7 +99,7 @@ private Q_SLOTS:
         const QStringList turn =
             expected.width() < expected.height() ? QStringList{u"-metadata:s:v"_s, u"rotate=90"_s} : QStringList();
         const QString inputs = u"color=red:s=640x480:r=10:d=0.1[a];color=blue:s=640x480:r=10:d=2.9[b];[a][b]concat"_s;
-        QVERIFY(make(QStringList{u"-f"_s, u"lavfi"_s, u"-i"_s, inputs} + codec + QStringList{original}));
+        QVERIFY(make(QStringList{u"-f"_s, u"lavfi"_s, u"-i"_s, inputs} + codec.split(u' ') + QStringList{original}));
         QVERIFY(make(QStringList{u"-i"_s, original, u"-c"_s, u"copy"_s} + turn
                      + QStringList{QFile::decodeName(m_fixture->path("movie.mov"))}));
         const QUrl file = m_fixture->url("movie.mov");
