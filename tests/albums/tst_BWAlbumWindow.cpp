@@ -325,12 +325,6 @@ private Q_SLOTS:
         QCOMPARE(m_opened.size(), 20);
     }
 
-    void typesOfDraggedFiles()
-    {
-        QCOMPARE(m_images->modelDelegate()->dragTypeForElementAt(*m_images, 0), u"public.jpeg"_s);
-        QCOMPARE(m_videos->modelDelegate()->dragTypeForElementAt(*m_videos, 0), u"com.apple.quicktime-movie"_s);
-    }
-
     void theCameraWindowMakesRoom()
     {
         QWidget camera;

@@ -35,10 +35,6 @@ private Q_SLOTS:
             loudest =
                 std::max(loudest, std::abs(format.normalizedSampleValue(bytes.constData() + format.bytesForFrames(i))));
         QVERIFY2(loudest > 0.1 && loudest < 0.5, qPrintable(QString::number(loudest)));
-        for (const QByteArray &file : {QByteArray(), QByteArray(5000, 'x'), sound().left(100)}) {
-            const BWSnapshotSound::Samples none = BWSnapshotSound::decode(file);
-            QVERIFY(none.bytes.isEmpty() && !none.error.isEmpty());
-        }
     }
 
     /// Who takes connections and says nothing. A thread is left that still waits for it, so that this program's end is

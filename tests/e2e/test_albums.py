@@ -6,7 +6,6 @@ usage: test_albums.py PROGRAM
 """
 
 import subprocess
-from urllib.parse import unquote
 
 from desktop import wait_until
 from live_image import colours
@@ -27,16 +26,6 @@ class Albums(ProgramTest):
         for name in NAMES:
             area = self.cell(name).area
             wait_until(f"the picture of {name} is to be seen", lambda: colours(self.desktop.picture(*area)) > 20)
-
-    def answer(self, button):
-        """With Return, which presses the button that is marked."""
-        def question():
-            return self.program.window("dialog") or self.program.window("alert")
-
-        wait_until("the question has the keyboard", lambda: question() and question().has_state("active"))
-        self.assertTrue(self.program.wait_for("push button", button).has_state("is_default"))
-        self.desktop.key("Return")
-        wait_until("the question is answered", lambda: not question())
 
     def cell(self, name):
         return self.program.wait_for("table cell", f"{name}, image")
@@ -78,29 +67,6 @@ class Albums(ProgramTest):
         self.assertEqual([file.name for file in folder.iterdir()], [name])
         self.assertEqual({file.name: file.read_bytes() for file in self.album.iterdir()}, self.pictures)
         self.program.quit()
-
-    def test_trash_and_undo(self):
-        self.focus_grid()
-        self.desktop.key("Home")
-        self.desktop.key("Right")  # from the newest to the one before it
-        wait_until("that is selected", lambda: (f"{NAMES[1]}, image", True) in self.cells())
-        self.desktop.key("Delete")
-        self.answer("OK")
-        file = self.album / (NAMES[1] + ".jpg")
-        wait_until("the desktop's Trash has it", lambda: self.in_trash() == [str(file)])
-        self.assertFalse(file.exists())
-        wait_until("the album window has the keyboard again", self.in_use)
-        self.program.click("push button", "Undo")
-        wait_until("it is back", file.is_file)
-        self.assertEqual(file.read_bytes(), self.pictures[file.name])
-        wait_until("the Trash is empty", lambda: self.in_trash() == [])
-        self.cell(NAMES[1])
-        self.program.quit()
-
-    def in_trash(self):
-        """Where what is in the Trash was before, as the desktop's tool tells."""
-        lines = self.desktop.output(["gio", "trash", "--list"]).decode().splitlines()
-        return [unquote(line.split("\t")[1]) for line in lines]
 
     def test_save_all_as_archive(self):
         self.focus_grid()

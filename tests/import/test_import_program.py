@@ -61,8 +61,16 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(set(json.loads(settings["bwp2x_albums"])),
                          {f"{self.home}/{name}" for name in ("Pictures", "BrimwellPro/Default Album")})
 
+        # Once more, from a file of another kind, when one more of the folders is there.
+        (self.home / "BrimwellPro/Standardalbum").mkdir()
+        self.run_program("--import-settings", self.folder / "defaults.all-xml")
+        settings = stored(self.home)
+        self.assertEqual(sorted(map(os.path.basename, json.loads(settings["bwp2x_albums"]))),
+                         ["Default Album", "Pictures", "Standardalbum"])
+        self.assertEqual(settings["bwp2x_default_album_name"], "Standardalbum")
+        self.assertFalse((self.home / "gone").exists())
+
         # A refused file changes nothing, and the reason is one sentence.
-        self.run_program("--import-settings", file)
         settings_file = self.home / ".config/BrimwellPro/BrimwellPro.conf"
         before = settings_file.read_bytes()
         for name, arguments, reason in [

@@ -5,6 +5,7 @@
 #include "Model/Import/BWOldSettingsImporter.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "Rows.h"
 #include "TestFolder.h"
 
 #include <QJsonArray>
@@ -39,7 +40,6 @@ const QString dx14Values = u"0=101 1=102 2=103 3=104 4=105 5=106 7=107 8=108 res
 const QString dx17Values = u"0=12.5 1=32 13=0 2=56 3=100 4=11 resolution=640x480"_s;
 const QString mx62Values =
     u"0=101 1=102 10=110 11=111 12=112 2=103 3=104 4=105 5=106 7=107 8=108 9=109 resolution=800x600"_s;
-const QString dx12Values = u"0=63 1=28 13=1 2=56 3=130 4=10 resolution=640x480"_s;
 
 } // namespace
 
@@ -113,38 +113,6 @@ private Q_SLOTS:
         QCOMPARE(albums.currentAlbum()->path(), settings.url(u"BrimwellPro/Default Album"_s));
     }
 
-    void byHand()
-    {
-        for (const QString &file : {u"defaults.binary"_s, u"defaults.xml"_s, u"defaults.all-xml"_s}) {
-            const TestFolder settings;
-            BWSettingsFile defaults(settings.path(u"settings.conf"_s));
-            BWConfigManager config(defaults);
-            BWAlbumManager albums(defaults, home());
-            m_folder.folder(u"home/BrimwellPro/Mine"_s);
-            m_folder.folder(u"home/BrimwellPro/Standardalbum"_s);
-            albums.prepare();
-            albums.addAlbumFromPath(homeUrl(u"BrimwellPro/Mine"_s));
-            const QUrl current = albums.currentAlbum()->path();
-
-            const auto old = BWOldSettingsFile::read(m_folder.path(file));
-            QCOMPARE(old.problem, Problem::None);
-            const QList<QUrl> there = BWOldSettingsImporter::foldersThere(old.settings);
-            auto result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
-            QCOMPARE(result.albums + result.knownAlbums, 2);
-            QCOMPARE(albums.currentAlbum()->path(), current);
-            QVERIFY(storedAlbums(defaults).contains(home() + u"/BrimwellPro/Mine"_s));
-            QVERIFY(storedAlbums(defaults).contains(home() + u"/Pictures"_s));
-            QVERIFY(!QFile::exists(home() + u"/gone"_s));
-            QCOMPARE(config.defaultAlbumName(), u"Standardalbum"_s);
-            QCOMPARE(stored(defaults, u"dx12"_s), dx12Values);
-
-            const QStringList before = storedAlbums(defaults);
-            result = BWOldSettingsImporter::importByHand(old.settings, there, config, albums);
-            QCOMPARE(result.knownAlbums, 2);
-            QCOMPARE(storedAlbums(defaults), before);
-        }
-    }
-
     /// Whatever is cut off its end, an archive is refused as a whole, or reads as before where nothing was lost.
     void truncated()
     {
@@ -165,24 +133,23 @@ private Q_SLOTS:
 
     void hostile_data()
     {
-        QTest::addColumn<Problem>("problem");
-        QTest::addColumn<QString>("reason");
+        const Rows<Problem, QString> row;
         const QJsonObject reasons = QJsonDocument::fromJson(read(u"reasons.json"_s)).object();
         const QStringList files = QDir(m_folder.path(u"hostile"_s)).entryList(QDir::Files);
         QVERIFY(!files.isEmpty());
         for (const QString &file : files) {
             const QString kind = file.section(u'-', 0, 0);
-            QTest::newRow(qPrintable(file)) << (kind == "foreign"_L1       ? Problem::Foreign
-                                                    : kind == "nothing"_L1 ? Problem::NothingOld
-                                                                           : Problem::Damaged)
-                                            << reasons[file].toString();
+            row(qPrintable(file),
+                kind == "foreign"_L1       ? Problem::Foreign
+                    : kind == "nothing"_L1 ? Problem::NothingOld
+                                           : Problem::Damaged,
+                reasons[file].toString());
         }
     }
 
     void hostile()
     {
-        QFETCH(const Problem, problem);
-        QFETCH(const QString, reason);
+        const auto [problem, reason] = Rows<Problem, QString>::current();
         const QString path = m_folder.path(u"hostile/"_s + QString::fromUtf8(QTest::currentDataTag()));
         const auto file = BWOldSettingsFile::read(path);
         QCOMPARE(file.problem, problem);

@@ -1,4 +1,3 @@
-#include "Rows.h"
 #include "SessionBench.h"
 
 using Answer = BWCameraSession::StartAnswer;

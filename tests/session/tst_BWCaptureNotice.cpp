@@ -41,13 +41,9 @@ private Q_SLOTS:
         const QUrl image(u"file:///old name/i.jpg"_s);
         row("snapshot", BWCaptureResult{BWMediaType::Image, image, {}, {}, {}, standard}, QString(),
             u"Snapshot saved · Default Album · i.jpg"_s);
-        row("album not listed any more", BWCaptureResult{BWMediaType::Image, image}, QString(),
-            u"Snapshot saved · i.jpg"_s);
         row("slow disk", movie(End::Asked, 12), QString(), videoSaved + u'\n' + slow);
         row("unplugged, with a name", movie(End::CameraGone, 0, u"Microscope (2)"_s), QString(),
             videoSaved + u"\nThe recording ended because “Microscope (2)” was unplugged."_s);
-        row("other size", movie(End::CameraChanged), QString(),
-            videoSaved + u"\nThe recording ended because the picture size or the video norm was changed."_s);
         row("full disk", movie(End::DiskFull, 12), u"The recording ended because the disk is full"_s,
             untilThen + u'\n' + slow);
         row("not in the album", lost(movie(End::Asked), left), notSaved, keptHere);

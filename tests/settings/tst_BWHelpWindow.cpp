@@ -13,7 +13,6 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QTemporaryFile>
 #include <QTest>
 #include <QUrlQuery>
 
@@ -75,30 +74,6 @@ private Q_SLOTS:
         QVERIFY(shown.filter(u"F11"_s).isEmpty() && shown.filter(u"Ctrl+R"_s).isEmpty());
         QCOMPARE(BWKeyCaps::keys(u"Ctrl++"_s), QStringList({u"Ctrl"_s, u"+"_s}));
         QCOMPARE(BWKeyCaps::keys(u"Ctrl+Shift+S"_s), QStringList({u"Ctrl"_s, u"Shift"_s, u"S"_s}));
-    }
-
-    void contact_data()
-    {
-        const Rows<QByteArray, QString, QString> row;
-        row("whole", "{\"faq_page\": \"https://a.example/f\", \"support_address\": \"b@a.example\"}"_ba,
-            u"https://a.example/f"_s, u"b@a.example"_s);
-        row("no web page", "{\"faq_page\": \"file:///etc/passwd\", \"support_address\": \"b@a.example\"}"_ba, QString(),
-            u"b@a.example"_s);
-        row("more than an address",
-            "{\"faq_page\": \"https://a.example\", \"support_address\": \"b@a.example?cc=c@d.example\"}"_ba,
-            u"https://a.example"_s, QString());
-        row("damaged", "{\"faq_page\": \"https"_ba, QString(), QString());
-    }
-    void contact()
-    {
-        const auto [content, page, address] = Rows<QByteArray, QString, QString>::current();
-        QTemporaryFile file;
-        QVERIFY(file.open());
-        file.write(content);
-        file.close();
-        const BWHelpContact contact = BWHelpContact::fromFile(file.fileName());
-        QCOMPARE(contact.faqPage.toString(), page);
-        QCOMPARE(contact.supportAddress, address);
     }
 
     void window()

@@ -19,8 +19,6 @@ namespace {
 constexpr BWResolution size(160, 120);
 constexpr int frames = 12; // of each movie
 
-using Control = double BWPictureControls::*;
-
 const QStringList testBars{u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc2=size=160x120:rate=25"_s};
 const QStringList mjpeg{u"-c:v"_s, u"mjpeg"_s, u"-q:v"_s, u"3"_s};
 
@@ -64,12 +62,6 @@ double difference(const QImage &a, const QImage &b)
         }
     }
     return sum / (3.0 * a.width() * a.height());
-}
-
-/// Mean from 0 to 255; negative without a picture.
-double brightness(const QImage &image)
-{
-    return image.isNull() ? -1 : qGray(image.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixel(0, 0));
 }
 
 /// Whether the picture has these colours from its left to its right.
@@ -140,41 +132,6 @@ class TestPictureSources : public QObject {
     }
 
 private Q_SLOTS:
-    void everyControlActsBothWays()
-    {
-        using C = BWPictureControls;
-        const auto source = open({});
-        const QImage neutral = drawn(*source);
-        for (const Control control : {&C::hue, &C::contrast, &C::saturation, &C::brightness, &C::sharpness, &C::gamma,
-                                      &C::whiteBalance, &C::gain, &C::backlight, &C::exposure}) {
-            const bool brightens =
-                control == &C::brightness || control == &C::gamma || control == &C::gain || control == &C::exposure;
-            for (const double setting : {-0.5, 0.5}) {
-                BWPictureControls controls;
-                controls.*control = setting;
-                source->setControls(controls);
-                const QImage changed = drawn(*source);
-                QVERIFY2(difference(changed, neutral) > 1, qPrintable(QString::number(difference(changed, neutral))));
-                QVERIFY(!brightens || (brightness(changed) - brightness(neutral)) * setting > 5);
-            }
-        }
-        source->setControls({});
-        QCOMPARE(drawn(*source), neutral);
-    }
-
-    void specimenFillsEverySize()
-    {
-        for (const BWResolution resolution :
-             {BWResolution(720, 480), BWResolution(1280, 1024), BWResolution(240, 640), BWResolution(34, 18)}) {
-            const auto source = open({}, resolution);
-            for (const uint64_t index : {0, 180, 450, 720}) {
-                const double found = brightness(drawn(*source, resolution, index));
-                QVERIFY2(found > 90 && found < 210, qPrintable(QString::number(found)));
-            }
-            QCOMPARE(QImage::fromData(jpegFrom(*source, 3), "JPEG").size(), resolution.dimensions());
-        }
-    }
-
     void photoFillsThePicture()
     {
         const QList<QColor> all{Qt::red, Qt::green, Qt::blue};

@@ -296,16 +296,19 @@ private:
             fault(list, u"has columns that cannot be seen"_s);
     }
 
-    void judgeKind(const QMenuBar &bar) { judgeActions(bar); }
-    void judgeKind(const QMenu &menu) { judgeActions(menu); }
+    void judgeKind(const QMenuBar &bar) { judgeActions(bar, true); }
+    /// A context menu, which has no title, needs no access keys, nor do cameras and products in a group.
+    void judgeKind(const QMenu &menu) { judgeActions(menu, !menu.title().isEmpty()); }
     template <typename Menu>
-    void judgeActions(const Menu &menu)
+    void judgeActions(const Menu &menu, bool needsKeys)
     {
         const auto actions = menu.actions();
         for (QAction *action : actions) {
             if (!action->isVisible() || action->isSeparator())
                 continue;
             accessKey(menu, action->text());
+            if (needsKeys && !action->actionGroup() && QKeySequence::mnemonic(action->text()).isEmpty())
+                fault(menu, u"has no access key for \"%1\""_s.arg(action->text()));
             const QRect place = menu.actionGeometry(action);
             fits(menu, action->text(), menu.fontMetrics().size(Qt::TextShowMnemonic, action->text()), place.size());
             if (!menu.rect().contains(place))

@@ -271,6 +271,7 @@ private Q_SLOTS:
         m_clock.advance(1500ms);
         QTRY_VERIFY_WITH_TIMEOUT((showFrames(), flash->isVisible() && !flash->details().isEmpty()), patience);
         see(m_window, u"main-recording"_s);
+        seeMenu(m_window->menuBar()->actions()[1]->menu(), u"menu-recording"_s);
         QVERIFY(record->text() != recordText);
         record->trigger();
         QTRY_VERIFY_WITH_TIMEOUT((showFrames(), !flash->isVisible()), patience);

@@ -19,8 +19,8 @@ struct FakeCamera {
         BWVideoNode node;
         node.path = "/dev/video";
         device = std::make_unique<BWV4L2Device>(
-            node, abilities, false, [] { return QByteArray("/dev/button"); }, kernel);
-        device->setEvents([this] { ++presses; }, [this](int identifier, double value) { moved[identifier] = value; });
+            node, abilities, false, [] { return QByteArray(); }, kernel);
+        device->setEvents([] {}, [this](int identifier, double value) { moved[identifier] = value; });
     }
 
     /// Waits for one frame that is there, or for nothing at all.
@@ -31,7 +31,6 @@ struct FakeCamera {
     }
 
     FakeKernel kernel;
-    int presses = 0;
     std::map<int, double> moved;
     std::unique_ptr<BWV4L2Device> device;
     BWFrame frame;

@@ -5,15 +5,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// No real descriptor is that large.
-constexpr int nodeDescriptor = 1'000'000;
-constexpr int buttonDescriptor = 1'000'001;
+constexpr int nodeDescriptor = 1'000'000; // no real one is that large
 
 template <typename Argument>
 Argument &as(void *argument)
@@ -45,21 +42,15 @@ void FakeKernel::fail(unsigned long call, const std::deque<int> &errors)
     change([&](State &state) { state.faults[call] = errors; });
 }
 
-void FakeKernel::pushKey(uint16_t code, int32_t value)
-{
-    change([&](State &state) { state.keys.push_back({{}, EV_KEY, code, value}); });
-}
-
-int FakeKernel::open(const char *path, int)
+int FakeKernel::open(const char *, int)
 {
     const std::lock_guard lock(m_mutex);
-    const bool button = std::strcmp(path, "/dev/button") == 0;
-    if (const int fault = button ? m_state.button : takeFault(opening))
+    if (const int fault = takeFault(opening))
         return -fault;
     if (m_state.gone)
         return -ENOENT;
     ++m_state.opened;
-    return button ? buttonDescriptor : nodeDescriptor;
+    return nodeDescriptor;
 }
 
 int FakeKernel::close(int)
@@ -178,16 +169,9 @@ void FakeKernel::report(uint32_t id)
     m_state.events.push_back(event);
 }
 
-ssize_t FakeKernel::read(int, void *bytes, std::size_t size)
+ssize_t FakeKernel::read(int, void *, std::size_t)
 {
-    const std::lock_guard lock(m_mutex);
-    std::deque<input_event> &keys = m_state.keys;
-    if (m_state.button || keys.empty())
-        return m_state.button ? -m_state.button : -EAGAIN;
-    const auto count = static_cast<std::ptrdiff_t>(std::min(size / sizeof(input_event), keys.size()));
-    std::copy_n(keys.begin(), count, static_cast<input_event *>(bytes));
-    keys.erase(keys.begin(), keys.begin() + count);
-    return count * static_cast<std::ptrdiff_t>(sizeof(input_event));
+    return -EBADF; // nothing that is read in this way is open
 }
 
 int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)
@@ -195,7 +179,6 @@ int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::milliseconds(timeout);
     pollfd &node = descriptors[0];
-    pollfd &button = descriptors[2];
     while (true) {
         {
             const std::lock_guard lock(m_mutex);
@@ -205,10 +188,8 @@ int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)
             const int events = (m_done.empty() ? 0 : POLLIN) | (m_state.events.empty() ? 0 : POLLPRI)
                 | (m_state.broken ? POLLERR : 0) | (m_state.gone ? POLLERR | POLLHUP : 0);
             node.revents = node.fd < 0 ? 0 : static_cast<short>(events & (node.events | POLLERR | POLLHUP));
-            const bool pressed = m_state.button || !m_state.keys.empty();
-            button.revents = button.fd >= 0 && pressed ? POLLIN : 0;
         }
-        const bool ready = node.revents || button.revents;
+        const bool ready = node.revents;
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
         pollfd real[] = {descriptors[1], {m_changed.descriptor(), POLLIN, 0}};
         ::poll(real, 2, ready ? 0 : std::max(static_cast<int>(left), 0));

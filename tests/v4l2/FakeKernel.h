@@ -5,15 +5,14 @@
 
 #include <deque>
 #include <functional>
-#include <linux/input.h>
 #include <linux/videodev2.h>
 #include <map>
 #include <mutex>
 #include <QStringList>
 #include <vector>
 
-/// One camera with its node "/dev/video" and its button "/dev/button", as a kernel without any hardware. What the
-/// driver sets is logged; any call can be made to fail. Any thread.
+/// One camera with its node "/dev/video" and no button, as a kernel without any hardware. What the driver sets is
+/// logged; any call can be made to fail. Any thread.
 class FakeKernel : public BWKernelCalls {
 public:
     static constexpr uint32_t frameSize = 640 * 480 * 2;
@@ -41,8 +40,6 @@ public:
         bool gone = false;
         bool broken = false; ///< poll reports an error, whatever the calls return
         std::deque<v4l2_event> events;
-        std::deque<input_event> keys;
-        int button = 0; ///< what a read of the button fails with
 
         QStringList log; ///< "S_FMT YUYV", "STREAMON" ...
         int opened = 0; ///< descriptors
@@ -63,7 +60,6 @@ public:
     void pushFrame(uint32_t flags = 0, uint32_t bytesUsed = frameSize);
     /// The next of these calls fail so; with 0 one does not.
     void fail(unsigned long call, const std::deque<int> &errors);
-    void pushKey(uint16_t code, int32_t value);
 
     int open(const char *path, int flags) override;
     int close(int descriptor) override;

@@ -178,22 +178,6 @@ private Q_SLOTS:
         QVERIFY2(camera.take(1h) == Result::Nothing, "nor is the interruption lost");
         QCOMPARE(camera.kernel.change([](State &state) { return state.patience; }), 0);
     }
-
-    void buttonCountsPresses()
-    {
-        FakeCamera camera;
-        QVERIFY(!camera.device->readsButton());
-        QVERIFY(camera.device->startStreaming().isNone());
-        QVERIFY(camera.device->readsButton());
-        for (const auto &[code, value] : {std::pair(KEY_CAMERA, 1), {KEY_CAMERA, 2}, {KEY_CAMERA, 0}, {KEY_A, 1}})
-            camera.kernel.pushKey(static_cast<uint16_t>(code), value);
-        camera.take();
-        QCOMPARE(camera.presses, 1);
-        camera.kernel.change([](State &state) { state.button = ENODEV; });
-        camera.kernel.pushFrame();
-        QVERIFY(camera.take() == Result::Frame);
-        QVERIFY(!camera.device->readsButton());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestV4L2Device)

@@ -4,10 +4,8 @@
 #include "Views/Utils/BWLightTabView.h"
 
 #include <array>
-#include <QAccessible>
 #include <QApplication>
 #include <QMouseEvent>
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -77,14 +75,6 @@ private Q_SLOTS:
         QCOMPARE(BWIcons::applicationIcon().pixmap(QSize(48, 48), 1.0).size(), QSize(48, 48));
     }
 
-    void moreThanHalfOfWholePointsIsRight()
-    {
-        for (const double left : {-3.0, 0.0, 60.0, 60.99})
-            QVERIFY(!BWDoubleButton::isRightHalf(left, 120) && !BWDoubleButton::isRightHalf(left, 121));
-        for (const double right : {61.0, 119.5})
-            QVERIFY(BWDoubleButton::isRightHalf(right, 120) && BWDoubleButton::isRightHalf(right, 121));
-    }
-
     void pressesOnIconsAndTextReachTheButton()
     {
         BWDoubleButton button;
@@ -135,25 +125,6 @@ private Q_SLOTS:
         QCOMPARE(acted, u"LRR"_s);
     }
 
-    void screenReaderSeesTwoNamedButtons()
-    {
-        BWDoubleButton button;
-        button.setLeftName(u"Zoom out"_s);
-        button.setRightName(u"Zoom in"_s);
-        QStringList acted;
-        QAccessibleInterface *group = QAccessible::queryAccessibleInterface(&button);
-        for (int i = 0; i < group->childCount(); ++i) {
-            QAccessibleInterface *child = group->child(i);
-            if (child->role() != QAccessible::Button)
-                continue;
-            QSignalSpy spy(&button, &BWDoubleButton::triggered);
-            child->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-            QTRY_COMPARE(spy.count(), 1);
-            acted << child->text(QAccessible::Name) + (button.lastRight() ? u" right"_s : u" left"_s);
-        }
-        QCOMPARE(acted, QStringList({u"Zoom out left"_s, u"Zoom in right"_s}));
-    }
-
     void labelShrinksToFit()
     {
         const QString text = u"Gegenlichtkompensation"_s;
@@ -191,13 +162,6 @@ private Q_SLOTS:
         QCOMPARE(button.sizeHint(), wanted); // the hint does not shrink along with the font
         button.resize(10, wanted.height());
         QCOMPARE(button.font().pointSizeF(), 10.0);
-    }
-
-    void titleIsCentredInItsHeight()
-    {
-        using Cell = BWVerticallyCenteringTextFieldCell;
-        QCOMPARE(Cell::titleRectForBounds(QRectF(3, 5, 80, 60), 20), QRectF(3, 25, 80, 60));
-        QCOMPARE(Cell::titleRectForBounds(QRectF(0, 10, 80, 15), 20), QRectF(0, 7.5, 80, 15)); // higher than the cell
     }
 
     void dotMarksTheSelectedTab()

@@ -18,8 +18,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QMainWindow>
-#include <QMenu>
-#include <QMenuBar>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTest>
@@ -274,26 +272,6 @@ private Q_SLOTS:
         QList<QAction *> repeating = window.findChildren<QAction *>();
         repeating.removeIf([](const QAction *action) { return action->shortcut().isEmpty() || !action->autoRepeat(); });
         QCOMPARE(repeating, QList<QAction *>({menu.zoomIn, menu.zoomOut}));
-    }
-
-    void everyMenuItemHasAnAccessKey()
-    {
-        for (const QString &language : {u"en"_s, u"de"_s, u"es"_s, u"fr"_s, u"ja"_s}) {
-            BWLocalizationManager texts(QStringLiteral(BW_RESOURCES "/localization.json"), {language});
-            QMainWindow window;
-            BWMainMenu menu(window);
-            menu.localizeWithManager(texts);
-            menu.showRecording(language != u"en"_s);
-            menu.showCameras({u"A & B"_s}, 0); // a name is no place for an access key
-            QList<QAction *> actions = window.menuBar()->actions();
-            const auto menus = window.findChildren<QMenu *>();
-            for (const QMenu *each : menus)
-                actions << each->actions();
-            for (const QAction *action : std::as_const(actions))
-                QVERIFY2(QKeySequence::mnemonic(action->text()).isEmpty()
-                             == (action->isSeparator() || action->text() == "A && B"_L1),
-                         qPrintable(language + u' ' + action->text()));
-        }
     }
 };
 
