@@ -66,8 +66,10 @@ class Package(unittest.TestCase):
         self.assertTrue(changelog.startswith(f"brimwellpro ({version}) "), changelog)
         self.assertEqual(re.search(r'<release version="([^"]+)"', metainfo).group(1), version)
 
-    def test_options_are_told_everywhere(self):
-        options = set(OPTION.findall(run(self.program, "--help")))
+    def test_options_are_documented_everywhere(self):
+        help_text = run(self.program, "--help")
+        options = set(OPTION.findall(help_text))
+        languages = re.search("in that language: (.+)", help_text)[1].replace(",", "")
         manual = gzip.open(self.share / "man/man1/brimwellpro.1.gz", "rt").read().replace("\\-", "-")
         texts = {"man page": manual}
         for path in ("bash-completion/completions/brimwellpro", "fish/vendor_completions.d/brimwellpro.fish",
@@ -77,6 +79,7 @@ class Package(unittest.TestCase):
         for name, text in texts.items():
             with self.subTest(name):
                 self.assertEqual(set(OPTION.findall(text)), options)
+                self.assertTrue(name == "man page" or languages in text, languages)
 
     def test_completion_in_bash(self):
         script = ('. "$1"; COMP_WORDS=("${@:2}"); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); compopt() { :; }; '

@@ -114,7 +114,7 @@ class Installed(unittest.TestCase):
         return set(output("chroot", ROOT, "dpkg-query", "--show", "--showformat=${Package}\n").split())
 
     def answered(self, desktop):
-        """By a key, which counts when the question has been there for a moment."""
+        """By a key, which counts only once the question has been open for a moment."""
         if self.title(desktop) == "BrimwellPro":
             return True
         desktop.key("Return")
@@ -128,7 +128,7 @@ class Installed(unittest.TestCase):
             try:
                 wait_until("the program asks which product it is", lambda: self.title(desktop) == "Which camera is this?")
                 wait_until("the camera window is at work", lambda: self.answered(desktop), step=0.5)
-                wait_until("a picture is to be seen", lambda: colours(desktop.picture()) > 300)
+                wait_until("a picture shows", lambda: colours(desktop.picture()) > 300)
                 desktop.picture().save_png(PICTURES / "installed.png")
                 desktop.key("ctrl+s")
                 album = Path(ROOT, "home", VISITOR, "BrimwellPro/Default Album")

@@ -10,7 +10,7 @@ void BWLiveViewState::setCurrentFlip(int index)
 
 void BWLiveViewState::zoomIn()
 {
-    if (m_zoom < 200)
+    if (m_zoom < largestZoom)
         m_zoom += 10;
 }
 

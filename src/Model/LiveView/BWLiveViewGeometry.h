@@ -13,6 +13,8 @@ enum class BWFlip { None = 0, Horizontal = 1, Vertical = 2, Both = 3 };
 /// How the live image is being looked at. Never stored: every start begins unzoomed, unturned and unmirrored.
 class BWLiveViewState {
 public:
+    static constexpr unsigned largestZoom = 200; ///< percent, by the steps of zoomIn()
+
     /// Percent; 100 shows one image pixel per point.
     unsigned currentZoom() const { return m_zoom; }
     /// Degrees, counter-clockwise.
@@ -24,7 +26,7 @@ public:
     /// Anything but 0 to 3 is no mirroring.
     void setCurrentFlip(int index);
 
-    /// Ten percent more, if below 200.
+    /// Ten percent more, if below `largestZoom`.
     void zoomIn();
     /// Ten percent less, if 51 or more.
     void zoomOut();

@@ -57,7 +57,9 @@ void BWControlBar::makeControls()
     m_resolutionPopUpButton->addItem(u"2592x1944"_s); // reserves the room for it
     m_resolutionPopUpButton->setCurrentIndex(-1);
     m_zoomDoubleButton = new BWDoubleButton(this);
-    m_zoomDoubleButton->setWidestText(u"200%"_s);
+    BWLiveViewState widest;
+    widest.setCurrentZoom(BWLiveViewState::largestZoom);
+    m_zoomDoubleButton->setWidestText(widest.zoomText());
     m_rotatePopUpButton = new BWPopUpButton(this);
     m_rotatePopUpButton->addItems({u"0"_s, u"90"_s, u"180"_s, u"270"_s});
     m_flipPopUpButton = new BWPopUpButton(this);
