@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
-constexpr auto readingTime = 1s; // a key that was meant for the window before has arrived by then
+constexpr auto readingTime = 1s; // by then, keys typed for the previous window have arrived
 } // namespace
 
 BWNoCameraProductSheetWindowController::BWNoCameraProductSheetWindowController(ProductsByCameraIdentifier products,

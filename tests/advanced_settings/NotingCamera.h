@@ -35,7 +35,7 @@ public:
              [](const BWDetectedCameraPtr &) {}});
     }
 
-    /// Both wait until it has done all that it was asked.
+    /// Both wait until the camera has carried out all requests.
     void start() const
     {
         std::promise<void> done;
@@ -48,7 +48,7 @@ public:
         camera->stopWithCompletion([&done] { done.set_value(); });
         done.get_future().wait();
     }
-    /// What it was sent since the last time, now that it has done all of it.
+    /// What it was sent since the last call, once it has carried that out.
     QString received() const
     {
         stop();

@@ -47,7 +47,7 @@ struct Bench : ProductBench {
         QTest::keyClick(field, Qt::Key_Return);
     }
 
-    /// The signs of that which tell that an automatic mode holds it.
+    /// How its widgets show that an automatic mode controls it.
     QString signsOfHold(int setting) const
     {
         QStringList signs;
@@ -115,7 +115,7 @@ private Q_SLOTS:
         }
     }
 
-    void normsThatTheCameraDoesNotHaveCannotBeChosen()
+    void missingNormsAreDisabled()
     {
         const NotingCamera camera(Type::Wireless);
         const Bench bench(camera);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(possible, QStringList({u"NTSC"_s, u"PAL"_s}));
     }
 
-    void controlsThatTheCameraDoesNotHaveAreBlank()
+    void missingControlsAreBlank()
     {
         const NotingCamera high(Type::High);
         const NotingCamera ultra(Type::Ultra);
@@ -156,23 +156,23 @@ private Q_SLOTS:
         QVERIFY(!bench.window.controllerForSetting(BWSettingBacklight));
     }
 
-    void savedIsSaidOnlyWhenItIsSo()
+    void successIsReportedOnlyWhenSaved()
     {
         const NotingCamera camera(Type::High);
         Bench bench(camera);
         const QDir folder(bench.folder.path());
         QVERIFY(folder.mkdir(u"settings.conf"_s)); // where the file should be
         bench.window.onRestoreDefaults();
-        QVERIFY(tells(bench.window, u"Could not be saved"_s) && !tells(bench.window, u"Saved"_s));
+        QVERIFY(hasLabel(bench.window, u"Could not be saved"_s) && !hasLabel(bench.window, u"Saved"_s));
         bench.config.setSaveSnapshotOnClick(false);
         QVERIFY(folder.rmdir(u"settings.conf"_s));
         bench.window.onSaveAsDefault();
-        QVERIFY(tells(bench.window, u"Saved"_s));
+        QVERIFY(hasLabel(bench.window, u"Saved"_s));
         QFile file(folder.filePath(u"settings.conf"_s));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readAll().contains("bwp2x_snapshot_click=no")); // nothing is lost that could not be saved before
+        QVERIFY(file.readAll().contains("bwp2x_snapshot_click=no")); // the earlier change is saved, too
         bench.part<QSlider>(BWSettingBrightness)->setValue(77);
-        QVERIFY(!tells(bench.window, u"Saved"_s));
+        QVERIFY(!hasLabel(bench.window, u"Saved"_s));
     }
 
     void followsTheCamera()
@@ -195,7 +195,7 @@ private Q_SLOTS:
         QCOMPARE(camera.received(), QString()); // what is shown is not sent back
         QCOMPARE(bench.product.product()->valueForSetting(BWSettingWhiteBalance), 4600.0);
 
-        // A slider that is being held stays under the hand.
+        // A slider that the user holds stays put.
         slider->setSliderDown(true);
         camera.notes->moves(BWSettingWhiteBalance, 4720);
         camera.notes->moves(BWSettingExposureAbsolute, 200);
@@ -206,7 +206,7 @@ private Q_SLOTS:
         bench.clock.advance(1s);
         QCOMPARE(slider->value(), 4720);
 
-        // What was marked to be typed over stays marked.
+        // A selected number stays selected, to be typed over.
         field->setFocus();
         field->findChild<QLineEdit *>()->selectAll(); // as a double click does
         camera.notes->moves(BWSettingWhiteBalance, 4730);
@@ -226,7 +226,7 @@ private Q_SLOTS:
         bench.choose(BWSettingAutoWhite, 1);
         QCOMPARE(bench.signsOfHold(BWSettingWhiteBalance), QString());
         QCOMPARE(camera.received(), u"8=0 7=3000"_s);
-        // So does a menu that is open. What moves it is another program.
+        // So does an open menu. Another program changes the mode.
         auto *automatic = bench.part<QComboBox>(BWSettingAutoWhite);
         automatic->showPopup();
         camera.notes->moves(BWSettingAutoWhite, 1);
@@ -237,7 +237,7 @@ private Q_SLOTS:
         bench.clock.advance(1s);
         QCOMPARE(automatic->currentText(), u"Yes"_s);
 
-        // A slow camera goes on telling the old value for a while.
+        // A slow camera keeps reporting the old value for a while.
         bench.clock.advance(900ms);
         slider->setValue(3500);
         QCOMPARE(camera.received(), u"7=3500"_s);

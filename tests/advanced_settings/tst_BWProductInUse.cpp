@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(camera.received(), received);
     }
 
-    void aControlWithoutAValueOfTheProductIsLeftAlone()
+    void controlWithoutProductValueIsLeftAlone()
     {
         const NotingCamera camera(Type::High);
         Bench bench(camera);
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QCOMPARE(richer.camera->settingForIdentifier(BWSettingExposureAbsolute)->value(), 157);
     }
 
-    void aCameraThatIsAboutToStartIsLeftAlone()
+    void startingCameraIsLeftAlone()
     {
         const NotingCamera going(Type::Ultra);
         const NotingCamera coming(Type::Wireless);
@@ -116,7 +116,7 @@ private Q_SLOTS:
                  uR"({"0":63,"1":28,"13":1,"2":56,"3":130,"4":10,"resolution":"640x480"})"_s);
     }
 
-    void theCameraFollowsTheProductsResolution()
+    void cameraFollowsTheProductsResolution()
     {
         const NotingCamera camera(Type::High);
         Bench bench(camera);
@@ -133,14 +133,14 @@ private Q_SLOTS:
         QTRY_COMPARE(changes, 2);
         QCOMPARE(size(), BWResolution(640, 480));
 
-        // One product after the other, as when the arrow keys go through the menu.
+        // Several products in quick succession, as with the arrow keys in the menu.
         bench.config.productByIdentifier(u"mx61"_s)->setCurrentResolution({1280, 1024});
         for (const QString &product : {u"mx61"_s, u"dx10"_s, u"mx61"_s})
             bench.choose(product);
-        camera.start(); // it does so already, but only after all before
+        camera.start(); // streams already; waits for everything before
         QCOMPARE(size(), BWResolution(1280, 1024));
 
-        // A recording would end by it.
+        // It would end a recording.
         QVERIFY(camera.camera->startRecording(bench.folder.filePath(u"a.mov"_s)));
         bench.product.restoreDefaults();
         bench.product.cameraStops();
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(size(), BWResolution(1280, 1024));
     }
 
-    void aSlowCameraHoldsUpNobody()
+    void slowCameraBlocksNothing()
     {
         const NotingCamera slow(Type::High);
         Bench bench(slow);

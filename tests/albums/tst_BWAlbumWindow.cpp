@@ -251,7 +251,7 @@ private Q_SLOTS:
         QVERIFY(!button(u"Undo"_s)->isVisible());
     }
 
-    void howLongANoticeStays()
+    void noticeStaysForAWhile()
     {
         auto *popUp = m_window->findChild<QComboBox *>();
         const auto itStays = [&](const std::function<void()> &event) {
@@ -279,7 +279,7 @@ private Q_SLOTS:
         QVERIFY(!itStays([&] { QTest::mouseClick(m_window->findChild<BWAlbumNotice *>(), Qt::LeftButton); }));
     }
 
-    void selectionWhenTheFolderChanges()
+    void selectionSurvivesChangesOfTheFolder()
     {
         m_images->mouseEventHandler()->selectOnly(1);
         m_folder->file(u"BrimwellPro/Default Album/z.jpg"_s); // another program
@@ -325,7 +325,7 @@ private Q_SLOTS:
         QCOMPARE(m_opened.size(), 20);
     }
 
-    void theCameraWindowMakesRoom()
+    void maximizedCameraWindowStays()
     {
         QWidget camera;
         camera.setGeometry(20, 30, 400, 600);

@@ -25,7 +25,7 @@ public:
     std::function<BWThumbnailValue(int index)> value = [](int) { return BWThumbnailValue(); };
     std::function<void()> onOperation = [] {}; ///< called in each of the three operations
     QList<int> removed, opened, saved;
-    QSet<int> painted; ///< elements whose value was asked for
+    QSet<int> painted; ///< elements whose value the grid requested
 
     QList<QUrl> elementsForThumbnailTableView(const BWThumbnailTableView &) override { return m_elements; }
     QSize draggingSizeForElementAt(const BWThumbnailTableView &, int index) override

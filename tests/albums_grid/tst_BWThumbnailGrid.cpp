@@ -37,7 +37,7 @@ class TestBWThumbnailGrid : public QObject {
 private Q_SLOTS:
     void keys_data()
     {
-        // acted: on which elements, by whatever operation
+        // acted: the elements of any operation
         const Rows<QString, int, Indexes, Indexes> row;
         const Indexes none;
         row("right continues in the next row", u"Right|Right"_s, 2, Indexes{2}, none);
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(spy.size(), 5);
     }
 
-    void requestsWithoutDelayButNotTooOften()
+    void requestsAreImmediateButLimited()
     {
         using std::chrono_literals::operator""ms;
         GridFixture grid(10000);
@@ -143,7 +143,7 @@ private Q_SLOTS:
         }
     }
 
-    void aReloadKeepsTheFocusOnItsFile()
+    void reloadKeepsTheFocusOnItsFile()
     {
         GridFixture grid(100);
         grid.view.verticalScrollBar()->setValue(120 * 20);

@@ -102,7 +102,7 @@ private Q_SLOTS:
                      handler->isSelected(cell));
     }
 
-    void keyComesAfterTheClickBeforeIt()
+    void keyFollowsThePendingClick()
     {
         GridFixture grid(7);
         act(grid, u"c3"_s);

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Whether the program tells of every library that it is linked with, and of no other.
+"""The program lists every library that it is linked with, and no other.
 
 usage: test_libraries.py PROGRAM
 """
@@ -12,7 +12,7 @@ FAMILIES = {r"libQt6": "Qt", r"lib(av|sw)": "FFmpeg", r"libturbojpeg": "libjpeg-
             r"libz\.": "zlib", r"lib(c|m|gcc_s|stdc\+\+)\.|ld-": None}
 
 
-def told_as(library):
+def listed_as(library):
     for pattern, name in FAMILIES.items():
         if re.match(pattern, library):
             return name
@@ -21,8 +21,8 @@ def told_as(library):
 
 program = sys.argv[1]
 dynamic = subprocess.run(["readelf", "--dynamic", program], capture_output=True, text=True, check=True).stdout
-linked = {told_as(library) for library in re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic)} - {None}
-told = sorted(re.findall(r"^  (\S+) (.+), .+$",
+linked = {listed_as(library) for library in re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic)} - {None}
+listed = sorted(re.findall(r"^  (\S+) (.+), .+$",
                        subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout, re.M))
-print("linked:", *sorted(linked), "\ntold:", told)
-sys.exit([name for name, _ in told] != sorted(linked) or any(not re.search(r"\d", version) for _, version in told))
+print("linked:", *sorted(linked), "\nlisted:", listed)
+sys.exit([name for name, _ in listed] != sorted(linked) or any(not re.search(r"\d", version) for _, version in listed))

@@ -28,7 +28,7 @@ private Q_SLOTS:
     }
     void cleanup() { BWUIUtils::setAlertPresenter(nullptr); }
 
-    void aRecordingKeepsTheFlash()
+    void recordingKeepsTheFlash()
     {
         const QTemporaryDir folder;
         const AttachedCameras cameras({AttachedCameras::Type::High});
@@ -38,13 +38,13 @@ private Q_SLOTS:
         m_camera->startWithCompletion({});
         QTRY_VERIFY(m_camera->started());
 
-        m_tell.snapshot();
+        m_report.snapshot();
         QTRY_COMPARE(m_flash.caption(), u"Snapshot saved"_s);
         QVERIFY(!m_flash.isHidden());
 
         m_camera->startRecording(folder.filePath(u"a.mov"_s));
         QTRY_VERIFY((cameras.hand(0).pushFrames(1), recording));
-        m_tell.recording(true);
+        m_report.recording(true);
         QTRY_COMPARE(m_flash.caption(), u"Recording..."_s);
         m_clock.advance(1s);
         QVERIFY(m_flash.details().startsWith(u"0:00 · "_s));
@@ -52,46 +52,46 @@ private Q_SLOTS:
         cameras.hand(0).pushFrames(60);
         QTRY_VERIFY((m_clock.advance(100ms), m_flash.details() != before)); // the file has grown
 
-        m_tell.snapshot();
+        m_report.snapshot();
         QCOMPARE(m_sounds, 2);
         QCoreApplication::processEvents();
         QCOMPARE(m_flash.caption(), u"Recording..."_s);
         QVERIFY(!m_flash.isHidden());
 
         m_camera->stopRecording();
-        m_tell.recording(false);
+        m_report.recording(false);
         QTRY_VERIFY(m_flash.isHidden());
         m_camera.reset();
     }
 
-    void whatIsLostIsAnAlert()
+    void lossesRaiseAnAlert()
     {
         BWCaptureResult result{BWMediaType::Video, QUrl(u"file:///a/v.mov"_s)};
-        m_tell.copying(0.429);
+        m_report.copying(0.429);
         QCOMPARE(m_pill.text(), u"Copying the capture into the album: 42%"_s);
-        m_tell.done(result);
+        m_report.done(result);
         QCOMPARE(m_pill.text(), u"Video saved · v.mov"_s);
         m_clock.advance(3s);
         QCOMPARE(m_pill.text(), u"Streaming"_s);
         result.recording.end = BWRecordingStatus::End::CameraGone;
-        m_tell.done(result);
+        m_report.done(result);
         m_clock.advance(7s); // more to read
         QVERIFY(m_pill.text().startsWith(u"Video saved · v.mov\n"_s));
         m_clock.advance(2s);
         QCOMPARE(m_pill.text(), u"Streaming"_s);
         QVERIFY(m_alerts.isEmpty());
         result.recording.end = BWRecordingStatus::End::DiskFull;
-        m_tell.done(result);
+        m_report.done(result);
         QCOMPARE(m_alerts, QStringList{u"The recording ended because the disk is full"_s});
         QCOMPARE(m_pill.text(), u"Streaming"_s);
 
-        m_tell.refused(BWRecordingRefusal::StillSaving);
+        m_report.refused(BWRecordingRefusal::StillSaving);
         QCOMPARE(m_pill.text(), u"The video is still being saved."_s);
 
         m_alerts.clear();
         m_lostMeanwhile = 3;
-        m_tell.done(result);
-        QCOMPARE(m_alerts.size(), 2); // one more for all that was lost while the first was read
+        m_report.done(result);
+        QCOMPARE(m_alerts.size(), 2); // one more for everything lost while the first was open
     }
 
 private:
@@ -100,7 +100,7 @@ private:
         m_alerts << title;
         while (m_lostMeanwhile > 0) {
             --m_lostMeanwhile;
-            m_tell.done({BWMediaType::Image});
+            m_report.done({BWMediaType::Image});
         }
     }
     bool presentOKCancel(const QString &, const QString &) override { return false; }
@@ -120,7 +120,7 @@ private:
     int m_lostMeanwhile = 0;
     BWCaptureFeedback m_feedback{
         m_bar, m_flash, m_statusLine, m_texts, {[this] { return m_camera; }, [this] { ++m_sounds; }}, m_clock};
-    const BWCaptureController::Callbacks m_tell = m_feedback.callbacks();
+    const BWCaptureController::Callbacks m_report = m_feedback.callbacks();
 };
 
 QTEST_MAIN(TestBWCaptureFeedback)

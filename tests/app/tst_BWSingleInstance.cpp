@@ -13,7 +13,7 @@
 using namespace Qt::StringLiterals;
 using Start = BWSingleInstance::Start;
 
-/// Several starts on the same settings: each an object of its own, the later ones on threads, as they wait.
+/// Several starts on the same settings, each an object of its own; the later ones wait on threads.
 class TestBWSingleInstance : public QObject {
     Q_OBJECT
 
@@ -33,16 +33,16 @@ private Q_SLOTS:
         QCOMPARE(early.outcome(), Start::HandedOver);
         QCOMPARE(LaterStart(settings(), "late").outcome(), Start::HandedOver);
         QCOMPARE(tokens, "early late ");
-        QCOMPARE(BWSingleInstance(settings() + u'2').start(), Start::First); // other settings are another matter
+        QCOMPARE(BWSingleInstance(settings() + u'2').start(), Start::First); // other settings, other instance
     }
 
-    void silentProgramIsNotWaitedForLong()
+    void silentProgramTimesOut()
     {
         const BWSingleInstance first(settings());
         QCOMPARE(LaterStart(settings(), {}, std::chrono::milliseconds(200)).outcome(), Start::NoAnswer);
     }
 
-    void endingProgramIsWaitedFor()
+    void startWaitsForEndingProgram()
     {
         auto first = std::make_optional<BWSingleInstance>(settings());
         bool asked = false;
@@ -56,7 +56,7 @@ private Q_SLOTS:
         QCOMPARE(second.outcome(), Start::First);
     }
 
-    void killedProgramLeavesNothingInTheWay()
+    void killedProgramBlocksNothing()
     {
         std::array<int, 2> ready;
         QCOMPARE(::pipe(ready.data()), 0);
@@ -76,8 +76,8 @@ private Q_SLOTS:
         QVERIFY2(!QFile::exists(settings() + u".lock"_s), "QSettings would wait for it");
     }
 
-    /// Two programs are better than none.
-    void placeThatCannotBeLocked()
+    /// Running twice is better than not at all.
+    void startsWithoutALock()
     {
         QCOMPARE(BWSingleInstance(u"/proc/none/settings.conf"_s).start(), Start::First);
         QCOMPARE(::mkfifo(QFile::encodeName(settings() + u".use"_s).constData(), 0600), 0);

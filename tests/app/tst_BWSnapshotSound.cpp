@@ -37,11 +37,11 @@ private Q_SLOTS:
         QVERIFY2(loudest > 0.1 && loudest < 0.5, qPrintable(QString::number(loudest)));
     }
 
-    /// Who takes connections and says nothing. A thread is left that still waits for it, so that this program's end is
+    /// The server accepts connections and never answers. One thread keeps waiting for it, so the end of this program is
     /// part of the test.
-    void nobodyWaitsForASilentServer()
+    void silentServerBlocksNothing()
     {
-        // To the very end of the program.
+        // They outlive main().
         static const QTemporaryDir home;
         static auto &server = *new QLocalServer;
         QVERIFY(server.listen(home.filePath(u"native"_s)));

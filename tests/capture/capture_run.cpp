@@ -1,5 +1,5 @@
-// Records a simulated camera into an album, as the program does but without windows, until it is asked to stop or is
-// killed; or brings into the album what such a run left behind. Home and temporary folder are those of the environment.
+// Records a simulated camera into an album like the program, but without windows, until it is stopped or killed; or
+// brings into the album what such a run left behind. Home and temporary folder are those of the environment.
 
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"

@@ -103,7 +103,7 @@ class Recordings(unittest.TestCase):
         return numbered_movie.numbers(path)
 
     def assert_players_agree(self, path):
-        """Other players know the length, and may jump."""
+        """Other players can read the length and seek."""
         found = subprocess.run(["gst-discoverer-1.0", str(path)], capture_output=True, text=True).stdout
         self.assertIn("Quicktime", found)
         self.assertIn("Seekable: yes", found)
@@ -142,7 +142,7 @@ class Endings(Recordings):
         self.assertLessEqual(lost, delivered // 4)
 
     def test_album_on_a_slow_disk_of_its_own(self):
-        """The copy reports how far it has come, and the temporary file goes only when the copy is whole."""
+        """The copy reports its progress, and the temporary file goes only once the copy is complete."""
         album = tempfile.TemporaryDirectory(dir="/dev/shm")
         self.addCleanup(album.cleanup)
         self.assertNotEqual(os.stat(album.name).st_dev, self.folder.stat().st_dev)
@@ -185,7 +185,7 @@ class Kills(Recordings):
 
 
 class SmallDisk(Recordings):
-    """In a machine in which it may mount."""
+    """Runs in the virtual machine, where it may mount."""
 
     def test_full_disk(self):
         for name, taken in (("nearly full", 11), ("only the album's", 0)):
@@ -207,7 +207,7 @@ class SmallDisk(Recordings):
 
 if __name__ == "__main__":
     PROGRAM, SLOW_DISK = sys.argv[1:3]
-    seed = int(os.environ.get("BW_SEED") or random.randrange(1 << 30))  # set to see one run again
+    seed = int(os.environ.get("BW_SEED") or random.randrange(1 << 30))  # set it to repeat a run
     random.seed(seed)
     print(f"BW_SEED={seed}", flush=True)
     unittest.main(argv=sys.argv[:1] + sys.argv[3:], verbosity=2)

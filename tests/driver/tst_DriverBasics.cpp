@@ -17,7 +17,7 @@ class TestDriverBasics : public QObject {
     BWManualClock m_clock;
 
 private Q_SLOTS:
-    void cancelHoldsOnlyBeforeTheStart()
+    void cancelWorksOnlyBeforeTheStart()
     {
         const auto runs = std::make_shared<int>(0);
         const auto early = DispatchAfterStrict::dispatchForQueue(
@@ -35,7 +35,7 @@ private Q_SLOTS:
         QCOMPARE(*runs, 1);
     }
 
-    void queueThatIsGoneRunsNothing()
+    void destroyedQueueRunsNothing()
     {
         int runs = 0;
         const auto block = [&runs] { ++runs; };
@@ -79,13 +79,13 @@ private Q_SLOTS:
         thread.wait();
     }
 
-    void aDiskWithoutSizeIsNotFull()
+    void diskWithoutSizeIsNotFull()
     {
         QVERIFY(!BWDiskSpace::isNearlyFull("/proc")); // has no blocks at all
         QVERIFY(BWDiskSpace::isNearlyFull("/", uint64_t(1) << 60));
     }
 
-    void resolutionsAreParsedFromWholeTexts()
+    void resolutionsAreParsedStrictly()
     {
         for (const QString &text : {u"640x480"_s, u"00640x0480"_s})
             QCOMPARE(BWResolution::fromResolutionString(text), BWResolution(640, 480));

@@ -73,7 +73,7 @@ private Q_SLOTS:
         }
     }
 
-    void aStreamThatCannotBeRestartedSaysWhy()
+    void failedRestartReportsItsReason()
     {
         using Kind = BWStartProblem::Kind;
         OpenedCamera opened(Type::Ultra);
@@ -86,14 +86,14 @@ private Q_SLOTS:
         opened.probe->setResolution({1600, 1200});
         QCOMPARE(reported, QList{Kind::NoBandwidth});
         opened.probe->setResolution({1280, 1024});
-        QCOMPARE(reported, QList{Kind::NoBandwidth}); // tried once more, and known already
+        QCOMPARE(reported, QList{Kind::NoBandwidth}); // failed again, already reported
         QVERIFY(opened.camera->started());
         opened.probe->setResolution({640, 480});
         QCOMPARE(reported, (QList{Kind::NoBandwidth, Kind::None}));
         QVERIFY(opened.probe->stream(1));
     }
 
-    void silenceIsNoStallWhileNoFrameIsAskedFor()
+    void silenceIsNoStallWhileNoFrameIsExpected()
     {
         OpenedCamera opened(Type::Ultra);
         opened.camera->setStallTime(1ms);
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(opened.camera->statistics().streamRestarts, 0u);
     }
 
-    void aDeviceThatHangsHoldsNothingUp()
+    void hangingDeviceBlocksNothing()
     {
         const QTemporaryDir folder;
         const QStringList calls{u"start"_s, u"stop"_s, u"frame"_s, u"3=20"_s};
@@ -147,12 +147,12 @@ private Q_SLOTS:
         over = true;
         QCOMPARE(reported, calls.size() - 1);
         QCOMPARE(BWCamera::runningThreads(), calls.size());
-        for (const QString &call : calls.mid(1)) // the movies are whole all the same
+        for (const QString &call : calls.mid(1)) // the movies are complete nevertheless
             QCOMPARE(completeMovie(folder.filePath(call)), BWMovieCompletion::Plain);
 
         for (const auto &each : notes) {
             each->letGo();
-            QTRY_COMPARE(each.use_count(), 1); // the thread finds its way out, and takes the device with it
+            QTRY_COMPARE(each.use_count(), 1); // the thread ends and releases the device
         }
         QCOMPARE(BWCamera::runningThreads(), 0);
         QCOMPARE(late, 0);
@@ -182,7 +182,7 @@ private Q_SLOTS:
         }
     }
 
-    void flaggedFramesAreNotLostAsWell()
+    void rejectedFramesDoNotCountAsLost()
     {
         const auto frame = [](uint64_t sequence) { return frameOf(Format::GREY, {2, 2}, {2}, {4}, sequence); };
         BWFrameInspector inspector;

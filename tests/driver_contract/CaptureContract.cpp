@@ -15,7 +15,7 @@ public:
     using Contract::Contract;
 
 private:
-    /// Records that many frames; few enough to fit into the queue of a writer that does nothing at all meanwhile.
+    /// Records that many frames; few enough for the queue of a writer that is stuck.
     bool recordFrames(const QString &path, int count)
     {
         const std::size_t changes = probe().recordingChanges().size();
@@ -26,7 +26,7 @@ private:
     }
 
 private Q_SLOTS:
-    void everyRequestTakesAFrameOfItsOwn()
+    void everyRequestGetsItsOwnFrame()
     {
         QVERIFY(probe().start());
         const int requests = 5;
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QVERIFY(isCount(std::size_t(MovieProbe::framesIn(path)), 4));
     }
 
-    void recordingThatGetsNowhere()
+    void failedRecordingReportsItsEnd()
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"a.mov"_s);

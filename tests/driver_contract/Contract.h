@@ -69,7 +69,7 @@ public:
         probe.reset();
         camera = manager.addDetectedCamera(found.at(count - 1));
         if (m_fixture.isPushed())
-            camera->setStallTime(std::chrono::hours(1)); // it is right that it says nothing until it is pushed
+            camera->setStallTime(std::chrono::hours(1)); // silence is no stall while nothing is pushed
         probe.emplace(*camera, [this](int frames) { m_fixture.pushFrames(frames); });
         return true;
     }
@@ -110,7 +110,7 @@ protected:
         const QList<BWResolution> &sizes = description().availableResolutions;
         return camera().defaultResolution() == sizes.at(1) ? sizes.at(0) : sizes.at(1);
     }
-    /// A camera that runs at its own rate may have captured more than was asked for.
+    /// A camera that runs at its own rate may have captured more than requested.
     bool isCount(std::size_t found, std::size_t expected) const
     {
         return m_fixture.isPushed() ? found == expected : found >= expected;

@@ -17,7 +17,7 @@ public:
     using Contract::Contract;
 
 private Q_SLOTS:
-    void foundAndRemovedOnceForEachPlugging()
+    void everyPlugIsReportedOnce()
     {
         Bench &bench = m_bench.emplace(m_fixture, false);
         for (qsizetype i = 1; i <= 3; ++i) {
@@ -115,7 +115,7 @@ private Q_SLOTS:
             QVERIFY(m_bench->manager.cameras().isEmpty());
         }
 
-        // All of it at once, twice, sensible or not.
+        // Everything at once, twice, sensible or not.
         std::atomic<int> completions{0};
         std::atomic<int> successes{0};
         const auto complete = [&completions] { ++completions; };
@@ -223,7 +223,7 @@ private Q_SLOTS:
         QVERIFY(probe().start(1));
     }
 
-    void heldFramesStayValidAndStarveOnlyForAsLong()
+    void heldFramesStayValid()
     {
         QVERIFY(probe().start());
         const int many = m_fixture.moreThanAllBuffers();
@@ -263,7 +263,7 @@ private Q_SLOTS:
         QVERIFY(contents() == before);
     }
 
-    void destructionCompletesWhatWasAsked()
+    void destructionCompletesPendingRequests()
     {
         QVERIFY(probe().start(1));
         m_bench->probe.reset();
@@ -274,7 +274,7 @@ private Q_SLOTS:
         m_bench->camera.reset();
         QCOMPARE(completions, 2);
 
-        // The last one to let go of a camera may be a completion of its own.
+        // A completion may hold the last reference to its camera.
         std::atomic<bool> done = false;
         BWCameraPtr last = m_bench->manager.addDetectedCamera(m_bench->found.constFirst());
         m_bench->manager.removeDetectedCamera(m_bench->found.constFirst());

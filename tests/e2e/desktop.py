@@ -12,16 +12,16 @@ import time
 from pathlib import Path
 
 WIDTH, HEIGHT = 1280, 800
-PATIENCE = float(os.environ.get("BW_PATIENCE", "1"))  # stretches the waiting, where the computer is a slow one
+PATIENCE = float(os.environ.get("BW_PATIENCE", "1"))  # a factor for all waiting, on slow computers
 MISSING = "{} is missing; install the test packages of tools/packages.txt"
 
 
 class Failure(Exception):
-    """Something did not come about. The text says what."""
+    """Something expected did not happen. The text says what."""
 
 
 def wait_until(what, condition, seconds=20.0, step=0.05):
-    """The first true answer of `condition`, asked again and again; fails when it stays false for `seconds`."""
+    """The first true answer of `condition`, which is called again and again; fails after `seconds`."""
     seconds *= PATIENCE
     end = time.monotonic() + seconds
     while True:
@@ -111,7 +111,7 @@ class Desktop:
 
     def _start_display(self):
         reading, writing = os.pipe()
-        # Without a reset: it would throw the window manager out that is just coming while the last program leaves.
+        # Without a reset: one at the end of the last program would throw out a window manager that is just starting.
         command = ["Xvfb", "-displayfd", str(writing), "-screen", "0", "{}x{}x24".format(*self.size), "-noreset",
                    "-nolisten", "tcp", "-fbdir", str(self.folder)]
         self.display = self.spawn(command, log="xvfb.log", pass_fds=[writing])

@@ -1,4 +1,4 @@
-"""Goes through a window with the keyboard alone, and tells what a person who does so, or who hears it, would miss."""
+"""Walks through a window by keyboard alone and reports what keyboard and screen reader users would miss."""
 
 import time
 
@@ -33,7 +33,7 @@ class Node:
             return False
         if self.within({"menu bar"}):  # a walk of its own
             return False
-        if self.role == "scroll bar":  # the keys that move in what it belongs to scroll that
+        if self.role == "scroll bar":  # the keys of the scrolled widget move it
             return False
         if self.role == "table cell" and not self.element.has_state("selectable"):  # behind the last file
             return False
@@ -42,7 +42,7 @@ class Node:
         return self.role in USED or self.focusable or bool(self.element.actions)
 
     def has_focus(self):
-        # The tab that is chosen and the cell where the keys would go on always say so.
+        # The chosen tab and the current cell always report the focus.
         focused = self.focusable and self.element.has_state("focused")
         holder = self.within(ARROW_KEYS_LEAD_THROUGH)
         return focused and (not holder or holder.element.has_state("focused"))
@@ -64,7 +64,7 @@ class KeyboardWalk:
         self._desktop = desktop
         self.problems = []
         self._nodes = list(self._showing(window, None))
-        # What an alert says can be marked with the mouse; the keys copy all of it at once.
+        # The mouse can select parts of an alert's text; the keyboard copies all of it.
         self._used = [node for node in self._nodes
                       if node.is_used() and (window.role, node.role) != ("alert", "label")]
 
@@ -106,11 +106,11 @@ class KeyboardWalk:
         self.problems += [f"not to be reached with the keyboard: {node}" for node in missed]
 
     def _focused(self):
-        """The innermost of those that have the focus. What only surrounds a widget or lies in it tells it as well."""
+        """The innermost of those that have the focus. What surrounds a widget or lies in it reports the focus as well."""
         return next((node for node in reversed(self._nodes) if node.has_focus()), None)
 
     def _press(self, key):
-        """What has the focus then. Where the key leads nowhere that takes a moment to be seen."""
+        """What has the focus then. That takes a moment to find out where the key leads nowhere."""
         before = self._focused()
         self._desktop.key(key)
         end = time.monotonic() + PATIENCE

@@ -1,4 +1,4 @@
-"""The program on a desktop of a test's own, seen as a screen reader sees it and used as a person uses it."""
+"""The program on a desktop of its own, read like a screen reader does and used like a person does."""
 
 import os
 import subprocess
@@ -28,7 +28,7 @@ class Element:
         return self._accessible.get_name() or ""
 
     def is_called(self, name):
-        """By its own name or by that of its label. A combo box is named after its choice, so only the label tells."""
+        """By its own name or by that of its label. A combo box is named after its choice, so only the label counts."""
         return self.name == name or self.label == name
 
     @property
@@ -151,11 +151,11 @@ class Program:
                          if role in (None, element.role) and (name is None or element.is_called(name))
                          and element.showing), None)
         except GLib.Error:
-            return None  # a window went away under our hands
+            return None  # a window closed meanwhile
 
     def wait_for(self, role, name=None, seconds=20):
-        """The element or window of that role and name, as soon as it is to be seen."""
-        return wait_until(f'there is a {role or "thing"} "{name or ""}" to be seen',
+        """The element or window of that role and name, as soon as it shows."""
+        return wait_until(f'there is a {role or "thing"} "{name or ""}" on the screen',
                           lambda: self.window(role, name) or self.find(role, name), seconds)
 
     def wait_for_active(self, role, name=None):
@@ -191,7 +191,7 @@ class Program:
             raise Failure(f"the program has ended with {status}")
 
     def outline(self):
-        """All that is to be seen, one line an element, for the report of a failure."""
+        """Everything on the screen, one line for each element, for the report of a failure."""
         lines = []
         for window in self.windows():
             for element in (window, *window.descendants()):
@@ -217,7 +217,7 @@ def frames_of(movie):
 def wait_for_picture(program):
     """The live image, once the camera's picture is in it."""
     live = LiveImage(program.desktop, program.wait_for(None, "Live image").area)
-    wait_until("the camera's picture is to be seen", lambda: live.width() > 100 and colours(live.picture()) > 300)
+    wait_until("the camera's picture shows", lambda: live.width() > 100 and colours(live.picture()) > 300)
     return live
 
 

@@ -25,7 +25,7 @@ class Albums(ProgramTest):
         self.desktop.key("F9")
         for name in NAMES:
             area = self.cell(name).area
-            wait_until(f"the picture of {name} is to be seen", lambda: colours(self.desktop.picture(*area)) > 20)
+            wait_until(f"the picture of {name} shows", lambda: colours(self.desktop.picture(*area)) > 20)
 
     def cell(self, name):
         return self.program.wait_for("table cell", f"{name}, image")
@@ -74,7 +74,7 @@ class Albums(ProgramTest):
         self.desktop.key("ctrl+e")
         self.program.wait_for_active("dialog", "Saving images as ZIP file")
         archive = self.desktop.home / "my pictures.zip"
-        self.desktop.input("type", str(archive.with_suffix("")))  # in place of the name that is proposed
+        self.desktop.input("type", str(archive.with_suffix("")))  # replaces the suggested name
         self.desktop.key("Return")
         wait_until("the archive is there", archive.is_file)
         self.program.wait_for("label", "Saved: my pictures.zip")

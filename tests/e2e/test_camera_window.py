@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What becomes of the camera window when cameras come, go, are pressed and are held by others: the real program, used
+"""The camera window when cameras come, go, have their button pressed and are in use elsewhere: the real program, used
 through its window and the window of simulated cameras.
 
 usage: test_camera_window.py PROGRAM HANGING_DISK
@@ -41,7 +41,7 @@ class CameraWindow(ProgramTest):
         self.program.click("push button", "Record")
         self.program.wait_for("push button", "Stop")
 
-    def test_click_that_only_brings_to_front(self):
+    def test_click_that_only_activates(self):
         self.start_with_picture()
         frame = self.program.wait_for("frame")
         self.desktop.spawn(["pcmanfm", "--no-desktop", str(self.desktop.home)], log="pcmanfm.log")
@@ -57,7 +57,7 @@ class CameraWindow(ProgramTest):
         wait_until("the key takes another", lambda: len(self.captures("*_image_*.jpg")) > counted)
         self.assertEqual((counted, len(self.captures("*_image_*.jpg"))), (1, 2))
 
-    def test_left_button_moves_image_where_it_takes_no_snapshot(self):
+    def test_left_button_pans_without_snapshot_on_click(self):
         self.store("bwp2x_snapshot_click=no")
         self.start_with_picture()
         for _ in range(10):
@@ -145,7 +145,7 @@ class CameraWindow(ProgramTest):
         wait_until("the first one's window has the keyboard", lambda: main.has_state("active"))
         listing = subprocess.run([self.executable, "--list-cameras", "--simulate", "ultra"],
                                  env=self.desktop.environment, capture_output=True, text=True, timeout=60, check=True)
-        self.assertIn("wired_ultra", listing.stdout)  # nobody else's business
+        self.assertIn("wired_ultra", listing.stdout)  # needs no running program
         self.program.quit()
 
     def test_unplug_and_plug(self):
@@ -176,7 +176,7 @@ class CameraWindow(ProgramTest):
         self.desktop.environment.update(preloaded)
         self.start(*cameras)
         wait_until("the camera is being started", lambda: "Camera session: starting" in self.program.log)
-        self.program.quit()  # though its start never comes back
+        self.program.quit()  # although its start never returns
         self.start(*cameras)
         self.program.click("push button", "Use Wireless Microscope")
         answer_product_question(self.program)
@@ -251,12 +251,12 @@ class CameraWindow(ProgramTest):
         wait_for_picture(self.program)
         self.program.quit()
 
-    def test_grid_tells_at_which_zoom_it_holds(self):
+    def test_grid_caption_names_its_zoom(self):
         self.store('bwp2x_product_for_camera="{\\"wireless\\":\\"dx12\\"}"')
         self.start("--simulate", "wireless")
         wait_for_picture(self.program)
-        tells = "Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."
-        for keys, text in (("ctrl+g", tells), ("ctrl+minus", f"{tells} Applies at 100%."), ("ctrl+0", tells)):
+        caption = "Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."
+        for keys, text in (("ctrl+g", caption), ("ctrl+minus", f"{caption} Applies at 100%."), ("ctrl+0", caption)):
             self.desktop.key(keys)
             self.program.wait_for(None, text)
         self.program.quit()

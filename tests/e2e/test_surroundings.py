@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What the program makes of the process it is started in: outputs that are closed, a home with an odd name.
+"""The program copes with the process it is started in: closed outputs, a home with an odd name.
 
 usage: test_surroundings.py PROGRAM
 """
@@ -41,11 +41,11 @@ class Surroundings(unittest.TestCase):
         process.send_signal(signal.SIGTERM)
         self.assertEqual(process.wait(timeout=20 * PATIENCE), 0)
 
-    def test_whoever_reads_the_log_goes(self):
+    def test_log_reader_goes_away(self):
         process = self.start("--simulate", "high", stderr=subprocess.PIPE)
         with process.stderr as log:
             self.assertTrue(any(b"Camera attached" in line for line in log))
-        self.assert_ends_as_asked(process)  # and tells why
+        self.assert_ends_as_asked(process)
 
     def test_no_input_and_output_at_all(self):
         process = self.start("--simulate", "high", shell='exec "$0" "$@" <&- >&- 2>&-')

@@ -44,8 +44,8 @@ class Wayland(ProgramTest):
     @property
     def session(self):
         """The place of its window on the screen, where the window manager may have put it a moment ago."""
-        told = self.desktop.output(["xwininfo", "-name", "Weston Compositor - X1"]).decode()
-        return tuple(map(int, re.findall(r"(?:Absolute upper-left .|Width|Height):\s+(-?\d+)", told)))
+        report = self.desktop.output(["xwininfo", "-name", "Weston Compositor - X1"]).decode()
+        return tuple(map(int, re.findall(r"(?:Absolute upper-left .|Width|Height):\s+(-?\d+)", report)))
 
     def maximise(self, role, name):
         """The active window; afterwards it is known where it is."""
@@ -65,7 +65,7 @@ class Wayland(ProgramTest):
     def test_session(self):
         self.start_session()
         self.answer_question()
-        wait_until("the camera's picture is to be seen", lambda: colours(self.desktop.picture(*self.session)) > 300)
+        wait_until("the camera's picture shows", lambda: colours(self.desktop.picture(*self.session)) > 300)
         self.use_popups()
         self.take_snapshot()
         self.drag_from_album()
@@ -73,7 +73,7 @@ class Wayland(ProgramTest):
         self.desktop.key("ctrl+q")
         self.assertEqual(self.program.wait_for_end(), 0)
         self.assertEqual([line for line in self.program.log.splitlines() if line and not EXPECTED_LOG.match(line)], [])
-        # The places that are known in other sessions are left alone.
+        # The places stored in other sessions stay as they are.
         frames = re.findall(r"^bwp2x_frame_(wayland)?", self.settings.read_text(), re.M)
         self.assertEqual(set(frames), {"wayland"})
 
@@ -86,7 +86,7 @@ class Wayland(ProgramTest):
         self.maximise("frame", "BrimwellPro")
 
     def use_popups(self):
-        # Held until they are there: the session refuses a popup for a key or button that is up again already.
+        # Held until they open: the session refuses a popup for a key or button that is released already.
         self.desktop.input("keydown", "alt", "keydown", "f")
         wait_until("the menu is open", lambda: self.program.find(None, "Quit"))
         self.desktop.input("keyup", "f", "keyup", "alt")
@@ -115,7 +115,7 @@ class Wayland(ProgramTest):
                            "sleep", 0.3, "mousemove", x + 80, y + 300, "sleep", 0.3)
         wait_until("its picture goes with the mouse",
                    lambda: colours(self.desktop.picture(x + 60, y + 290, 40, 20), step=2) > 20)
-        self.desktop.input("mouseup", 1, "sleep", HELD, "click", 1)  # Weston gives the keyboard to nobody after a drag
+        self.desktop.input("mouseup", 1, "sleep", HELD, "click", 1)  # after a drag no window has the keyboard in Weston
         self.program.wait_for_active(None, "Albums")
         left, top, width, _ = self.session
         self.point_at(left + width - 18, top + TITLE_BAR // 2)

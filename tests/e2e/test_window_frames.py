@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Where the windows of the real program are: as they were left, unless that is not wished for.
+"""The windows of the real program come back where they were, unless the user has switched that off.
 
 usage: test_window_frames.py PROGRAM
 """
@@ -12,7 +12,7 @@ from desktop import PATIENCE, wait_until
 from program import Area, ProgramTest
 
 SCREEN = (1600, 1600)  # there is room below the camera window, and beside it
-TITLE = 40  # what is left to be seen of the settings by the panel that opens later
+TITLE = 40  # the part of the settings that the later panel leaves visible
 OPENED = {"Settings": "ctrl+comma", "Advanced settings": "F8", "Albums": "F9"}
 SIZE = (977, 550)
 
@@ -60,7 +60,7 @@ class WindowFrames(ProgramTest):
         self.desktop.input("windowmove", "--sync", window, x, y)
 
     def leave_apart(self):
-        """Each at a place and, where that can be, in a size that nothing but the user would choose."""
+        """Each at a place, and where possible in a size, that only a user would choose."""
         self.place("BrimwellPro", 31, 47, 903, 601)
         self.place("Settings", 1010, 60)
         self.place("Advanced settings", 90, 800, 700, 420)
@@ -68,7 +68,7 @@ class WindowFrames(ProgramTest):
         return self.frames()
 
     def assert_put_back(self):
-        """To the places that are made for them."""
+        """To their default places."""
         main = self.content("BrimwellPro")
         self.assertEqual(main.width, SIZE[0])
         menu = main.height - SIZE[1]

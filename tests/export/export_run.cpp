@@ -1,5 +1,5 @@
 // Saves files as the program does: export_run TARGET, with the files' names, each ended by a zero byte, from standard
-// input. Prints the outcome, what stood in the way, and the memory it took at first and at most.
+// input. Prints the outcome, the problem, and the memory used at first and at most.
 #include "Model/Export/BWFileExport.h"
 #include "Utils/BWFilePath.h"
 

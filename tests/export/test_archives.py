@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Whether other programs find in our ZIP archives what went into them.
+"""Other programs read back from our ZIP archives what went into them.
 
 Usage: test_archives.py EXPORT_RUN [CLASS...]
 """
@@ -121,7 +121,7 @@ class Archives(unittest.TestCase):
 
 
     def test_killed(self):
-        """The next export clears what it leaves, but no part that is another program's or still being written."""
+        """The next export removes the leftover, but not another program's file or one still being written."""
         large = self.file(b"large.mov", b"")
         os.truncate(large, 4 << 30)
         small = self.file(b"small.jpg", b"pixels")

@@ -67,7 +67,7 @@ private Q_SLOTS:
         QVERIFY(TestFolder::read(target) == content);
     }
 
-    void targetThatIsSpecial_data()
+    void specialTargets_data()
     {
         const Rows<QString, int, Problem> row; // the target, how many files
         row("the file itself", u"a.jpg"_s, 1, Problem::None);
@@ -80,7 +80,7 @@ private Q_SLOTS:
         row("below a file", u"a.jpg/x.jpg"_s, 1, Problem::TargetFolderMissing);
         row("long name", QString(256, u'n'), 1, Problem::NameTooLong);
     }
-    void targetThatIsSpecial()
+    void specialTargets()
     {
         const auto [target, files, problem] = Rows<QString, int, Problem>::current();
         const QList<QUrl> sources{m_folder->file(u"a.jpg"_s, "pixels"), m_folder->file(u"b.jpg"_s, "more")};
@@ -93,7 +93,7 @@ private Q_SLOTS:
             QCOMPARE(TestFolder::read(m_folder->url(target)), "pixels");
     }
 
-    void failureCostsNothing_data()
+    void failureKeepsTheOldTarget_data()
     {
         const Rows<int, QString, Problem> row; // how many files; the second or only one
         const auto rows = [&row](const QByteArray &title, const QString &second, Problem problem) {
@@ -109,7 +109,7 @@ private Q_SLOTS:
         rows("grown", u"b.jpg"_s, Problem::SourceChanged);
         rows("cancelled", u"b.jpg"_s, Problem::None);
     }
-    void failureCostsNothing()
+    void failureKeepsTheOldTarget()
     {
         const auto [files, second, problem] = Rows<int, QString, Problem>::current();
         const QByteArray what = QByteArray(QTest::currentDataTag()).split(',').first();
@@ -120,17 +120,17 @@ private Q_SLOTS:
         QList<QUrl> sources{m_folder->file(u"a.jpg"_s, noise(1'000'000)), m_folder->url(second)};
         sources = sources.last(files);
 
-        BWExportWatch *asked = nullptr;
+        BWExportWatch *running = nullptr;
         BWExportWatch watch([&](qint64, qint64) {
             if (what == "cancelled")
-                asked->cancel();
+                running->cancel();
             else if (what == "cut off" || what == "grown")
                 QFile::resize(changing.toLocalFile(), what == "grown" ? 13'000'000 : 100);
         });
-        asked = &watch;
+        running = &watch;
         ::chmod(QFile::encodeName(m_folder->path()).constData(), 0755);
         if (what == "read-only folder")
-            ::setfsuid(65534); // for root no folder is read-only
+            ::setfsuid(65534); // root may write everywhere
         BWExportResult result;
         {
             const auto restore = qScopeGuard([] { ::setfsuid(::geteuid()); });
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(result.reason.isNull(), what == "cancelled");
         QCOMPARE(TestFolder::read(target) + TestFolder::read(m_folder->url(u"out/x.zip.part"_s)),
                  "oldanother program's");
-        // Of an archive as much as there was is left; of a copy nothing.
+        // An unfinished archive stays, an unfinished copy does not.
         const bool leaves = files == 2 && !result.leftover.isEmpty();
         QCOMPARE(leaves, files == 2 && what != "cancelled" && what != "read-only folder");
         QCOMPARE(TestFolder::count(m_folder->path(u"out"_s)), leaves ? 3 : 2);
@@ -150,7 +150,7 @@ private Q_SLOTS:
             QVERIFY(QFile::exists(m_folder->path(u"out/x.zip (2).part"_s)));
     }
 
-    void oneAtATimeAndCancelledFromOutside()
+    void exportsRunOneAtATimeAndCanBeCancelled()
     {
         QList<QUrl> sources;
         for (int i = 0; i < 40; ++i)

@@ -18,7 +18,7 @@ private Q_SLOTS:
         std::filesystem::remove_all(QFileInfo(TestFolder::trash()).path().toStdString());
     }
 
-    void thereAndBack_data()
+    void trashAndRestore_data()
     {
         const Rows<QByteArray> row;
         row("plain", "20240607_image_001.jpg");
@@ -26,7 +26,7 @@ private Q_SLOTS:
         row("special signs", "100% %41 \"a\" 'b' \\ two\nlines (deleted)");
         row("not UTF-8", "caf\xe9.jpg");
     }
-    void thereAndBack()
+    void trashAndRestore()
     {
         const auto [name] = Rows<QByteArray>::current();
         // The second gets another name in the Trash.
@@ -37,7 +37,7 @@ private Q_SLOTS:
         QCOMPARE(moved.files, files);
         QVERIFY(moved.stayed.isEmpty());
         QVERIFY(!BWFilePath::exists(files[0]) && !BWFilePath::exists(files[1]));
-        // What every file manager goes by to put them back itself.
+        // File managers use this to put files back.
         QCOMPARE(notedPaths(), QSet<QByteArray>({BWFilePath::native(files[0]), BWFilePath::native(files[1])}));
 
         const BWTrash::Restored restored = undo(trash);
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QVERIFY(!trash.canUndo());
     }
 
-    void whatCannotBeMovedStaysAndTheLastTimeIsUndone()
+    void unmovableFilesStayAndUndoTakesTheLastMove()
     {
         const QTemporaryDir otherDisk(u"/dev/shm/trash-XXXXXX"_s); // has no Trash
         const QUrl there = BWFilePath::entry(QUrl::fromLocalFile(otherDisk.path()), "a.jpg");
@@ -103,7 +103,7 @@ private Q_SLOTS:
                  "newnewertrashed");
         QCOMPARE(restored.failed.size(), 2);
         QVERIFY(!BWFilePath::exists(emptied) && QFile::exists(inTrash));
-        // It can still be put back by other programs.
+        // Other programs can still put it back.
         QVERIFY(notedPaths().contains(BWFilePath::native(homeless)));
         QVERIFY(QFile::exists(TestFolder::trash() + u"/homeless.jpg"_s));
     }

@@ -24,7 +24,7 @@ namespace {
 
 constexpr auto type = "wired_high";
 
-/// The grid of a window whose camera, a DX10, runs at 640x480 until told otherwise.
+/// The grid of a window whose camera is a DX10, at first at 640x480.
 struct Bench {
     Bench()
     {
@@ -68,7 +68,7 @@ class TestBWGridController : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void isTurnedOnAndOffByButtonAndMenu()
+    void buttonAndMenuToggleTheGrid()
     {
         Bench bench;
         QVERIFY(!bench.button()->isHidden());
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(bench.shown(), 0.0);
     }
 
-    void goesWithAnotherProduct()
+    void otherProductRemovesTheGrid()
     {
         Bench bench;
         bench.grid.onGrid();
@@ -112,24 +112,24 @@ private Q_SLOTS:
         QVERIFY(!bench.grid.useGrid() && !bench.button()->isChecked());
     }
 
-    void theDebuggerTunesIt()
+    void debuggerTunesTheGrid()
     {
         Bench bench;
         bench.grid.onGrid();
         bench.grid.showGridDebugger();
-        QVERIFY(tells(bench.debugger, u"Digital Dermatoscope DX10"_s) && tells(bench.debugger, u"640x480"_s));
-        QVERIFY(tells(bench.debugger, u"355.0"_s));
+        QVERIFY(hasLabel(bench.debugger, u"Digital Dermatoscope DX10"_s) && hasLabel(bench.debugger, u"640x480"_s));
+        QVERIFY(hasLabel(bench.debugger, u"355.0"_s));
         bench.slider.setValue(bench.slider.value() + 1); // one press of an arrow key
-        QVERIFY(tells(bench.debugger, u"355.1"_s));
+        QVERIFY(hasLabel(bench.debugger, u"355.1"_s));
         QCOMPARE(bench.shown(), 355.1);
         QCOMPARE(bench.grid.gridDistance(), 355.1);
 
         bench.setResolution({1280, 1024});
         bench.grid.reloadGridDebugger();
-        QVERIFY(tells(bench.debugger, u"1280x1024"_s) && tells(bench.debugger, u"710.0"_s));
+        QVERIFY(hasLabel(bench.debugger, u"1280x1024"_s) && hasLabel(bench.debugger, u"710.0"_s));
         bench.setResolution({640, 480});
         bench.grid.reloadGridDebugger();
-        QVERIFY(tells(bench.debugger, u"355.1"_s)); // remembered
+        QVERIFY(hasLabel(bench.debugger, u"355.1"_s)); // remembered
         QCOMPARE(bench.shown(), 355.1); // and a reload changes nothing
 
         bench.grid.onGrid();
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(bench.shown(), 0.0);
     }
 
-    void theToolsMenuIsHiddenFromUsers()
+    void toolsMenuIsHiddenFromUsers()
     {
         Bench bench;
         bench.window.show();

@@ -78,7 +78,7 @@ class TestBWMeasuringGrid : public QObject {
 
 private Q_SLOTS:
     /// The picture on the screen, in every orientation: each line over its whole length, and nothing else is red.
-    void liesInThePicture_data()
+    void linesLieInThePicture_data()
     {
         const Rows<QString, QSize, unsigned, Places, Places> row;
         const auto add = [&row](const QString &product, QSize size, unsigned zoom, const Places &vertical,
@@ -97,7 +97,7 @@ private Q_SLOTS:
         add(u"square"_s, {1280, 1280}, 200, {128, 384, 640, 896, 1152, 1408, 1664, 1920, 2176, 2432},
             {128, 384, 640, 896, 1152, 1408, 1664, 1920, 2176, 2432});
     }
-    void liesInThePicture()
+    void linesLieInThePicture()
     {
         const auto [product, size, zoom, vertical, horizontal] =
             Rows<QString, QSize, unsigned, Places, Places>::current();
@@ -129,7 +129,7 @@ private Q_SLOTS:
         }
     }
 
-    void followsTheScreensScale_data()
+    void linesFollowTheScreensScale_data()
     {
         const Rows<double, QList<QRect>> row;
         // 100 x 80 points with lines at 30 and 70, 20 and 60 (from below), in the middle of 120 x 100 points; mirrored.
@@ -137,7 +137,7 @@ private Q_SLOTS:
         row("2", 2.0, QList<QRect>{{159, 20, 2, 160}, {79, 20, 2, 160}, {20, 139, 200, 2}, {20, 59, 200, 2}});
         row("8", 8.0, QList<QRect>{{635, 80, 8, 640}, {315, 80, 8, 640}, {80, 555, 800, 8}, {80, 235, 800, 8}});
     }
-    void followsTheScreensScale()
+    void linesFollowTheScreensScale()
     {
         const auto [ratio, lines] = Rows<double, QList<QRect>>::current();
         BWLiveViewState state;
@@ -147,7 +147,7 @@ private Q_SLOTS:
     }
 
     /// After a change of the layout the old picture is still there for a moment, and its grid must fit it.
-    void staysWithThePictureThatIsShown()
+    void gridStaysWithTheShownPicture()
     {
         const QSize size(200, 160);
         BWLiveRenderer renderer;
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QCOMPARE(faultsOf(view, after, BWMeasuringGrid(after.frameSize(), 40)), QString());
     }
 
-    void drawsNothing_data()
+    void unusableDistancesDrawNothing_data()
     {
         const Rows<QSizeF, double> row;
         row("not calibrated", QSizeF(640, 480), 0.0);
@@ -203,7 +203,7 @@ private Q_SLOTS:
         row("infinite", QSizeF(640, 480), std::numeric_limits<double>::infinity());
         row("no camera", QSizeF(0, 0), 355.0);
     }
-    void drawsNothing()
+    void unusableDistancesDrawNothing()
     {
         const auto [frame, distance] = Rows<QSizeF, double>::current();
         const BWMeasuringGrid grid(frame, distance);

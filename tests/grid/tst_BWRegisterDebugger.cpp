@@ -90,11 +90,11 @@ private Q_SLOTS:
 
         field(window, 0)->setText(u"2"_s);
         window.onWriteRegisters();
-        QTRY_VERIFY(tells(window, u"The chip refuses."_s));
+        QTRY_VERIFY(hasLabel(window, u"The chip refuses."_s));
     }
 
     /// The values are shown one by one, and the window is used and closed in the meantime.
-    void aSlowBusHoldsNobodyUp()
+    void slowBusBlocksNothing()
     {
         auto window = std::make_unique<BWEMPIADebuggerWindowController>([this] { return m_camera; });
         window->localizeWithManager(m_texts);

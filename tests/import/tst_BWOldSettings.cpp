@@ -96,7 +96,7 @@ private Q_SLOTS:
         }
     }
 
-    /// One of the archives being damaged is no reason to do without the other, nor to try for ever.
+    /// One damaged archive does not keep the other from being imported, nor is it tried again.
     void firstStartWithDamage()
     {
         const TestFolder settings;
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(albums.currentAlbum()->path(), settings.url(u"BrimwellPro/Default Album"_s));
     }
 
-    /// Whatever is cut off its end, an archive is refused as a whole, or reads as before where nothing was lost.
+    /// A truncated archive is refused as a whole.
     void truncated()
     {
         for (const QString &name :

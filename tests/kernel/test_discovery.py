@@ -28,7 +28,7 @@ class DiscoveryTest(unittest.TestCase):
         both = [f"found {each}" for each in BOTH_VIVID]
         watcher.wait_for(lambda: sorted(watcher.events()) == both)
         vivid("unbind", "bind", "unbind", "bind")
-        # The driver has gone so fast that its second coming may be the first that is found again.
+        # The first return may be too short to be noticed.
         watcher.wait_for(lambda: len(watcher.events()) > 2 and sorted(watcher.events()[-2:]) == both
                          and watcher.lines[-1] != "pending")
         watcher.close()

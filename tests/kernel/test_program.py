@@ -134,7 +134,7 @@ class ProgramTest(unittest.TestCase):
     def start_streaming(self):
         self.start()
         self.wait_for_stream("scope")
-        # Until then the window ignores the key, and this machine is slow.
+        # Until then the window ignores the key.
         self.wait("the session streams", lambda: "Camera session: streaming" in self.program.log)
         self.press_keys("F8")
         self.advanced = self.wait("the advanced settings", lambda: self.windows("--name", "^Advanced settings$"))[0]
@@ -215,7 +215,7 @@ class ProgramTest(unittest.TestCase):
         self.cameras("plug scope")
         self.assertNotEqual(self.wait("its node", lambda: usb_node("scope")), node)
         self.wait("the scope is known again", lambda: "came back" in self.program.log)
-        # The other came first, so it is the one that is shown; without it the scope is.
+        # The other came first, so the program shows it; the scope follows when it goes.
         self.cameras("unplug other")
         self.wait_for_stream("scope")
 

@@ -21,15 +21,15 @@ namespace {
 constexpr auto image = BWMediaType::Image;
 constexpr auto video = BWMediaType::Video;
 
-/// What the calls below come to, in place of what the disk at hand does.
+/// How the calls below behave, in place of the real disk.
 struct {
-    QStringList lacks; // functions that the file system does not know
-    QString rivalBefore; // the function in front of which another program takes the name
+    QStringList lacks; // functions that the file system does not support
+    QString rivalBefore; // the function before which another program takes the name
     QStringList theirs;
 } disk;
 
-/// Whether the file system knows the function.
-bool isKnown(const QString &function, const char *name)
+/// Whether the file system supports the function.
+bool isSupported(const QString &function, const char *name)
 {
     if (disk.rivalBefore == function && disk.theirs.size() < 3) {
         QFile file(QFile::decodeName(name));
@@ -43,19 +43,19 @@ bool isKnown(const QString &function, const char *name)
 // In place of the C library's.
 int link(const char *from, const char *to) noexcept
 {
-    return isKnown(u"link"_s, to) ? static_cast<int>(::syscall(SYS_link, from, to)) : (errno = EPERM, -1);
+    return isSupported(u"link"_s, to) ? static_cast<int>(::syscall(SYS_link, from, to)) : (errno = EPERM, -1);
 }
 
 int renameat2(int fromFolder, const char *from, int toFolder, const char *to, unsigned flags) noexcept
 {
-    return isKnown(u"renameat2"_s, to)
+    return isSupported(u"renameat2"_s, to)
         ? static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags))
         : (errno = EINVAL, -1);
 }
 
 int rename(const char *from, const char *to) noexcept
 {
-    return isKnown(u"rename"_s, to) ? static_cast<int>(::syscall(SYS_rename, from, to)) : (errno = EPERM, -1);
+    return isSupported(u"rename"_s, to) ? static_cast<int>(::syscall(SYS_rename, from, to)) : (errno = EPERM, -1);
 }
 
 class TestAlbums : public QObject {
@@ -166,7 +166,7 @@ private Q_SLOTS:
         {
             const SmallDisk disk(reason == "full disk" ? 1'500'000 : RLIM_INFINITY); // in the middle of a copy
             if (reason == "read-only folder")
-                ::setfsuid(65534); // for root no folder is read-only
+                ::setfsuid(65534); // root may write everywhere
             const auto restore = qScopeGuard([] { ::setfsuid(::geteuid()); });
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
             const QUrl from = source == u"capture"_s ? capture : m_folder->url(source);
@@ -175,14 +175,14 @@ private Q_SLOTS:
         QCOMPARE(TestFolder::count(m_folder->path(u"Album"_s)), 0);
     }
 
-    void namesOfOthersAreLeftToThem_data()
+    void otherProgramsKeepTheirNames_data()
     {
         const Rows<QStringList, int> row;
         row("link", QStringList(), 3);
         row("renameat2", QStringList{u"link"_s}, 3);
         row("rename", QStringList{u"link"_s, u"renameat2"_s}, 0); // the name is ours by then
     }
-    void namesOfOthersAreLeftToThem()
+    void otherProgramsKeepTheirNames()
     {
         const auto [lacks, rivals] = Rows<QStringList, int>::current();
         const QUrl capture = m_folder->file(u"capture"_s, "pixels");
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(BWFileNameOrder::compare(u"IMG_007"_s, u"img_7"_s), 0);
     }
 
-    void scanStoresFoldersUpToTheDefaultOne()
+    void scanStopsAtTheDefaultAlbum()
     {
         for (const QString &name : {u"Z"_s, u"b"_s, u"A"_s, u".hidden"_s, u"Default Album.old"_s, u"Default Album"_s,
                                     u"Patient 42"_s, u"Ä %1"_s})
@@ -240,7 +240,7 @@ private Q_SLOTS:
         }
     }
 
-    void anotherProgramsAlbumsStay()
+    void otherProgramsAlbumsStay()
     {
         const auto quoted = [this](const QStringList &names) {
             QStringList paths;
@@ -280,7 +280,7 @@ private Q_SLOTS:
         if (problem == Problem::Failed)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot make"_s));
         ::chmod(QFile::encodeName(m_folder->path()).constData(), 0777);
-        if (::geteuid() == 0) // who may do everything
+        if (::geteuid() == 0) // root may write everywhere
             ::setfsuid(65534);
         const auto found = BWAlbumManager::makeAlbumFolder(folder);
         ::setfsuid(::geteuid());
@@ -315,7 +315,7 @@ private Q_SLOTS:
         QVERIFY(!m_manager->faulty());
     }
 
-    void folderThatCannotBeMade()
+    void failedFolderIsReported()
     {
         m_folder->file(u"BrimwellPro/Default Album"_s);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Albums cannot be prepared"_s));
@@ -329,7 +329,7 @@ private Q_SLOTS:
         bool done = false;
         add(m_folder->file(u"capture"_s), [&](bool added, const QUrl &) {
             result = added;
-            m_manager->whenAdded([&] { done = true; }); // the program is asked to end while the user reads that
+            m_manager->whenAdded([&] { done = true; }); // the user quits while reading that
             QVERIFY(done);
         });
         QTRY_VERIFY(result.has_value());
@@ -372,7 +372,7 @@ private Q_SLOTS:
         QVERIFY(BWFilePath::isFolder(folder));
         QCOMPARE(m_defaults->string(u"bwp2x_albums"_s), u"[\"%1/BrimwellPro/Default Album\"]"_s.arg(m_folder->path()));
 
-        // There is always an album, even when the only one that is remembered goes.
+        // There is always an album, even after the only stored one is removed.
         m_defaults->setString(u"bwp2x_albums"_s, u"[\"%1\"]"_s.arg(folder.toLocalFile()));
         m_manager = make();
         m_manager->prepare();

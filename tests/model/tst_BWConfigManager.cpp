@@ -81,7 +81,7 @@ private Q_SLOTS:
                 product->save();
             });
     }
-    /// What another program has stored since this one has read its settings stays, but for what is changed here.
+    /// A setter keeps everything else that another program has stored in the meantime.
     void settersStoreAtOnce()
     {
         const auto [change, key, text] = Rows<Change, QString, QString>::current();
@@ -106,7 +106,7 @@ private Q_SLOTS:
         change(manager);
         stored.insert(key, text);
 
-        const QString copy = m_dir->path(u"copy.conf"_s); // of the file as it is, not as it is remembered
+        const QString copy = m_dir->path(u"copy.conf"_s); // of the file itself, not of what is cached
         QVERIFY(QFile::copy(m_path, copy));
         const BWSettingsFile defaults(copy);
         for (auto it = stored.cbegin(); it != stored.cend(); ++it)
@@ -118,10 +118,10 @@ private Q_SLOTS:
         BWConfigManager(*m_defaults).setDefaultAlbumName(albumName);
         BWConfigManager manager(*m_defaults);
         QVERIFY(manager.rememberLayout() && manager.firstTime());
-        QCOMPARE(m_defaults->string(u"bwp2x_remember_layout"_s), u"yes"_s); // also what nobody has changed
+        QCOMPARE(m_defaults->string(u"bwp2x_remember_layout"_s), u"yes"_s); // unchanged settings, too
         manager.setDefaultAlbumName(QString());
         QVERIFY(manager.defaultAlbumName().isNull());
-        QCOMPARE(BWConfigManager(*m_defaults).defaultAlbumName(), albumName); // what was stored once stays
+        QCOMPARE(BWConfigManager(*m_defaults).defaultAlbumName(), albumName); // null does not erase it
     }
 
     void onlyYesIsTrue()
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QVERIFY(!BWConfigManager(again).saveSnapshotOnClick());
     }
 
-    void storesThatCannotBeWrittenAreLoggedOnce()
+    void unwritableStoresAreLoggedOnce()
     {
         const QString pipe = m_dir->path(u"pipe"_s);
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
@@ -278,7 +278,7 @@ private Q_SLOTS:
         row("too large", u"{\"2\":1e300,\"3\":2147483648,\"4\":-9}"_s, u"0:63 1:28 2:56 3:130 4:-9 13:1 640x480"_s,
             true);
         row("no size", u"{\"resolution\":\"640x\",\"3\":1}"_s, u"0:63 1:28 2:56 3:1 4:10 13:1 640x480"_s, true);
-        // What only the camera offers was chosen from the camera's own menu.
+        // A size that only the camera offers came from the camera's own menu.
         row("size of the camera, names read as numbers",
             u"{\"resolution\":\"1024x768\",\" 3x\":5,\"4\":0.5,\"hue\":7}"_s,
             u"0:7 1:28 2:56 3:5 4:0.5 13:1 1024x768"_s, false);

@@ -7,8 +7,8 @@
 using namespace Qt::StringLiterals;
 using State = BWAlbumContents::State;
 
-/// An album on a disk that has stopped to answer: nothing waits for it. Runs with hanging_disk preloaded; whatever does
-/// wait makes it run out of time.
+/// An album on a disk that no longer answers. Runs with hanging_disk preloaded: anything that waits for the disk makes
+/// the test time out.
 class TestHangingDisk : public QObject {
     Q_OBJECT
 
@@ -30,7 +30,7 @@ private Q_SLOTS:
         contents.reload();
         QCOMPARE(contents.state(), State::Reading);
         albums.waitUntilPrepared();
-        QCOMPARE(albums.albums().size(), 2); // it may come back, while the one that is gone is gone
+        QCOMPARE(albums.albums().size(), 2); // the one that hangs may come back, the missing one is dropped
         QCOMPARE(albums.currentAlbum()->name(), u"Remote"_s);
 
         contents.reload();

@@ -44,7 +44,7 @@ private Q_SLOTS:
         row("policy", {forbidden}, Status::Restricted);
         row("permissions can be mended", {forbidden, denied}, Status::Denied);
         row("busy is no matter of permission", {{"0\n", "Microscope\n", EBUSY}}, Status::Authorized);
-        row("sysfs tells nothing", {{{}, {}, EACCES}}, Status::Denied);
+        row("nothing in sysfs", {{{}, {}, EACCES}}, Status::Denied);
         row("metadata may be opened", {denied, {"1\n", "Microscope\n", 0}}, Status::Denied);
         row("no cameras at all", {{"0\n", "bcm2835-codec-decode\n", EACCES}, {"0\n", "vivid-000-vid-out\n", EPERM}},
             Status::Authorized);

@@ -28,7 +28,7 @@ private Q_SLOTS:
             QCOMPARE(bench.session->state(), State::Switching);
             QTRY_COMPARE(bench.session->state(), State::Streaming);
         };
-        QTRY_VERIFY(bench.ui.calls.contains(u"productUnknown"_s)); // and there is no answer
+        QTRY_VERIFY(bench.ui.calls.contains(u"productUnknown"_s)); // and the user does not answer
         QTRY_COMPARE(bench.manager.cameras().size(), 2);
         QCOMPARE(bench.product.currentProduct()->identifier(), u"dx10"_s); // the type's default meanwhile
         switchTo(1);
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QCOMPARE(bench.currentType(), u"wired_ultra"_s);
     }
 
-    void theChosenCameraGoesAwayWhileSwitching()
+    void chosenCameraGoesAwayWhileSwitching()
     {
         Bench bench({cameraOf(Type::High), cameraOf(Type::Wireless)});
         QTRY_COMPARE(bench.session->state(), State::Streaming);
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QTRY_VERIFY(bench.ui.answer);
         QCOMPARE(bench.session->state(), State::Starting);
         QCOMPARE(bench.ui.question.problem, held);
-        QCOMPARE(bench.session->problem(), held); // as the status line tells
+        QCOMPARE(bench.session->problem(), held); // for the status line
         QVERIFY(!bench.ui.question.smaller && !bench.ui.question.other); // which would not help
         for (int i = 0; i < 3; ++i) {
             std::exchange(bench.ui.answer, {})(Answer::TryAgain);
@@ -138,7 +138,7 @@ private Q_SLOTS:
         QCOMPARE(bench.session->state(), State::Streaming);
     }
 
-    void aBusyCameraIsLeftForAnother()
+    void busyCameraIsLeftForAnother()
     {
         Bench bench({cameraOf(Type::High), cameraOf(Type::Wireless), cameraOf(Type::Ultra, false)});
         bench.hands[0]->setInUse(true);
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QTRY_COMPARE(bench.session->state(), State::Streaming);
     }
 
-    void aCameraThatHangsInItsStart()
+    void cameraHangsWhileStarting()
     {
         Bench bench({cameraOf(Type::High), cameraOf(Type::Wireless)});
         bench.notes[0]->holdUp(u"start"_s);
@@ -179,22 +179,22 @@ private Q_SLOTS:
         QVERIFY(!bench.ui.answer && bench.session->problem().isNone());
 
         const BWCameraPtr camera = bench.session->currentCamera();
-        std::atomic<bool> endIsTold = false;
+        std::atomic<bool> endIsReported = false;
         camera->setOnCameraRecording(
-            [&](BWCamera &, bool recording, const BWRecordingStatus &) { endIsTold = !recording; });
+            [&](BWCamera &, bool recording, const BWRecordingStatus &) { endIsReported = !recording; });
         camera->startRecording(bench.folder.filePath(u"a.mov"_s));
         QTRY_VERIFY((bench.hands[0]->pushFrames(1), camera->recordingStatus().frames > 0));
         bench.notes[0]->holdUp(u"frame"_s); // and now it hangs in the middle of a recording
         QTRY_VERIFY((bench.hands[0]->pushFrames(1), bench.notes[0]->isBusy()));
         bench.session->changeCurrentCamera(bench.manager.cameras().at(1));
         bench.clock.advance(std::chrono::seconds(5));
-        QTRY_VERIFY(endIsTold && !camera->recording());
+        QTRY_VERIFY(endIsReported && !camera->recording());
         bench.clock.advance(std::chrono::milliseconds(4999));
         QCOMPARE(bench.session->state(), State::Switching);
         bench.clock.advance(std::chrono::milliseconds(1));
         QTRY_COMPARE(bench.session->state(), State::Streaming);
         QCOMPARE(bench.currentType(), u"wireless"_s);
-        bench.notes[0]->letGo(); // its late end disturbs nobody
+        bench.notes[0]->letGo(); // its late end has no effect
         bench.hands[0]->unplug();
         QTRY_COMPARE(bench.manager.cameras().size(), 1);
         QCOMPARE(bench.session->state(), State::Streaming);
@@ -242,18 +242,18 @@ private Q_SLOTS:
         QCOMPARE(bench.ui.calls.count(u"statusChanged"_s), 2);
     }
 
-    void goneBeforeAnybodyTold()
+    void goneCameraIsTriedAgain()
     {
         Bench bench({cameraOf(Type::High, false)});
         const auto starts = [&bench] { return bench.ui.calls.count(u"starting"_s); };
         bench.hands[0]->setStartProblem({BWStartProblem::Kind::Gone});
         bench.hands[0]->plugIn();
         QTRY_COMPARE((bench.clock.advance(std::chrono::seconds(1)), starts()), 2);
-        QVERIFY(!bench.ui.answer); // nobody is asked
+        QVERIFY(!bench.ui.answer); // no question
         bench.hands[0]->unplug();
         QTRY_COMPARE(bench.session->state(), State::Waiting);
         bench.hands[0]->plugIn();
-        // It is not taken away this time: somebody has to know in the end.
+        // It stays attached this time, so in the end the user is asked.
         QTRY_VERIFY((bench.clock.advance(std::chrono::seconds(1)), bench.ui.answer));
         QCOMPARE(starts(), 6);
     }

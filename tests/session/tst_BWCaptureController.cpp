@@ -172,7 +172,7 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).isEmpty()); // nothing of ours is left behind
     }
 
-    void theButtonOnTheCamera()
+    void buttonOnTheCamera()
     {
         m_hand->pressButton();
         captureFrame();
@@ -194,7 +194,7 @@ private Q_SLOTS:
         QCOMPARE(pictureIn(inAlbum(u"20240607_image_002.jpg"_s)), lastFrame());
     }
 
-    void aLostCaptureIsReported()
+    void lostCaptureIsReported()
     {
         // The album is gone: the capture is kept where it is.
         QVERIFY(QDir(m_folder->filePath(u"BrimwellPro"_s)).removeRecursively());
@@ -212,14 +212,14 @@ private Q_SLOTS:
         QVERIFY(m_saved.isEmpty());
     }
 
-    void aMovieIsSavedHoweverItEnds_data()
+    void movieIsSavedHoweverItEnds_data()
     {
         const Rows<End> row;
         row("unplugged", End::CameraGone);
         row("removed, which is noticed while it grows", End::FileGone);
         row("removed and ended at once", End::Asked);
     }
-    void aMovieIsSavedHoweverItEnds()
+    void movieIsSavedHoweverItEnds()
     {
         const auto [end] = Rows<End>::current();
         m_capture->toggleRecording(m_camera);
@@ -243,7 +243,7 @@ private Q_SLOTS:
         QCOMPARE(completeMovie(path), BWMovieCompletion::Plain);
     }
 
-    /// What a press of Record comes to where no movie can.
+    /// The outcome of pressing Record where no movie can begin.
     void everyPressIsAnswered_data()
     {
         const Rows<Refusals, QList<End>> row;
@@ -288,7 +288,7 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).isEmpty());
     }
 
-    void aPressBeforeTheEndIsReportedBeginsNothing()
+    void pressWhileSavingIsRefused()
     {
         m_capture->toggleRecording(m_camera);
         captureFrame();
@@ -305,7 +305,7 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary).isEmpty());
     }
 
-    /// Set BW_SEED to see one run again.
+    /// Set BW_SEED to repeat a run.
     void recordingsAreNeverMixedUp()
     {
         const uint seed = qEnvironmentVariableIsSet("BW_SEED") ? qEnvironmentVariable("BW_SEED").toUInt()
@@ -316,7 +316,7 @@ private Q_SLOTS:
             const QStringList names = QDir(m_temporary).entryList({u"*.mov"_s}, QDir::Files);
             return QSet<QString>(names.begin(), names.end());
         };
-        QSet<QString> begun; // but for those that end so soon that their file is never seen
+        QSet<QString> begun; // except those that end before their file can be seen
         {
             Desk desk(*m_capture, {Type::High, Type::Regular});
             QTRY_COMPARE(desk.cameras().size(), 2);
@@ -340,7 +340,7 @@ private Q_SLOTS:
                 } else if (action < 11) {
                     hand->pushFrames(random.bounded(1, 4));
                 } else if (action < 18) {
-                    // Until the next picture, or in vain.
+                    // Waits for the next picture, if one comes.
                     const auto frames = [&] { return camera ? camera->statistics().framesDelivered : 0; };
                     desk.hands[0]->pushFrames(1);
                     desk.hands[1]->pushFrames(1);
@@ -394,21 +394,21 @@ private:
             m_saved << result.file.fileName();
     }
 
-    /// Lets the camera take up what was asked of it so far.
+    /// Waits until the camera has carried out all requests so far.
     void settle()
     {
         auto settled = std::make_shared<std::atomic<bool>>(false);
         m_camera->setResolution(m_camera->defaultResolution(), [settled] { *settled = true; });
         QTRY_VERIFY(*settled);
     }
-    /// The camera's thread does nothing until the answer is let go.
+    /// Blocks the camera's thread until the returned pointer is released.
     std::shared_ptr<void> keepBusy()
     {
         const auto goOn = std::make_shared<QSemaphore>();
         m_camera->setResolution(m_camera->defaultResolution(), [goOn] { goOn->acquire(); });
         return {nullptr, [goOn](void *) { goOn->release(); }};
     }
-    /// Only when the camera's thread is through with it.
+    /// Once the camera's thread is done with it.
     QByteArray lastFrame()
     {
         settle();

@@ -54,7 +54,7 @@ Change become(const QByteArray &content)
 
 } // namespace
 
-/// Which files are taken for captures of an earlier run, and where captures are kept.
+/// Which files count as captures of an earlier run, and where captures are kept.
 class TestLeftCaptures : public QObject {
     Q_OBJECT
 
@@ -72,7 +72,7 @@ private Q_SLOTS:
     }
     void cleanup() { qputenv("TMPDIR", m_outerTemporary); }
 
-    void whatIsTaken_data()
+    void ownCapturesAreCollected_data()
     {
         // the folder of the candidates; what is done to them; whether they are taken
         const Rows<QString, Change, bool> row;
@@ -88,7 +88,7 @@ private Q_SLOTS:
         everywhere("just made", false, [](const QByteArray &path) { setDate(path, ::time(nullptr)); });
         everywhere("text", false, become("no picture at all"));
         everywhere("half a picture", false, become(picture().chopped(200)));
-        // A decoder that stops at the end of the picture would be content with it.
+        // A decoder that stops at the end of the picture would accept it.
         everywhere("beginning of a hole", false, [](const QByteArray &path) {
             QCOMPARE(::truncate(path.constData(), 100 << 20), 0);
             setDate(path, longAgo);
@@ -113,19 +113,19 @@ private Q_SLOTS:
         row(
             "open to all", u"shared"_s, [](const QByteArray &path) { ::chmod(path.constData(), 0666); }, false);
         if (::geteuid() == 0) {
-            everywhere("somebody else's", false,
+            everywhere("another user's", false,
                        [](const QByteArray &path) { QCOMPARE(::chown(path.constData(), nobody, nobody), 0); });
             const Change giveAway = [](const QByteArray &path) {
                 QCOMPARE(::chown(path.left(path.lastIndexOf('/')).constData(), nobody, nobody), 0);
             };
-            row("folder of somebody else", u"private"_s, giveAway, false);
+            row("folder of another user", u"private"_s, giveAway, false);
         }
         const Change showAll = [](const QByteArray &path) {
             ::chmod(path.left(path.lastIndexOf('/')).constData(), 0755);
         };
         row("folder that all can see", u"private"_s, showAll, false);
     }
-    void whatIsTaken()
+    void ownCapturesAreCollected()
     {
         const auto [folder, change, taken] = Rows<QString, Change, bool>::current();
         const auto other = BWPrivateFolder::make(QFile::encodeName(m_other));
@@ -142,13 +142,13 @@ private Q_SLOTS:
             QCOMPARE(found[0].file, QUrl::fromLocalFile(file));
     }
 
-    void whatIsLeftToDo()
+    void leftoversAreRemoved()
     {
         const QString capture = m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s;
         const QString text = m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000002.mov"_s;
         const QString half = m_album + u"/.20240607_image_001.jpg.0123abcd.part"_s;
         put(capture, picture());
-        put(m_album + u"/a.jpg"_s, picture()); // was copied, but not removed any more
+        put(m_album + u"/a.jpg"_s, picture()); // was copied, but not removed
         put(text, "not a movie at all");
         put(half, "half");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be taken over.*2.mov"_s));
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(file));
     }
 
-    void theFolder_data()
+    void occupiedFolderIsAvoided_data()
     {
         const Rows<Change> row; // what stands at its name
         const auto folder = [](mode_t mode, uid_t owner = ::geteuid()) {
@@ -193,9 +193,9 @@ private Q_SLOTS:
         row("open to all", folder(0777));
         row("read-only", folder(0500));
         if (::geteuid() == 0)
-            row("somebody else's", folder(0700, nobody));
+            row("another user's", folder(0700, nobody));
     }
-    void theFolder()
+    void occupiedFolderIsAvoided()
     {
         const auto [squat] = Rows<Change>::current();
         QCOMPARE(modeOf(m_private), 0700U);
@@ -209,8 +209,8 @@ private Q_SLOTS:
         QCOMPARE(collect().size(), 1);
     }
 
-    /// A test's home, for instance, beside the real one.
-    void anotherHomeHasItsOwn()
+    /// Another home is a test's, for instance.
+    void otherHomesHaveTheirOwnFolder()
     {
         put(m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s, picture());
         const auto restore = qScopeGuard([home = qgetenv("HOME")] { qputenv("HOME", home); });

@@ -170,9 +170,9 @@ private Q_SLOTS:
             QVERIFY(!camera || !camera->started());
         } else {
             bench.clock.advance(4999ms);
-            QTest::qWait(1); // whatever was posted is taken up
+            QTest::qWait(1); // handles what was posted
             QVERIFY(!ended);
-            QTRY_VERIFY(!camera->recording()); // its movie waits for no device
+            QTRY_VERIFY(!camera->recording()); // its movie does not wait for the device
             bench.clock.advance(1ms);
             QVERIFY(ended);
         }

@@ -85,7 +85,7 @@ private Q_SLOTS:
                  "High Resolution Microscope (3)"_s);
         QCOMPARE(popUp.currentText(), u"High Resolution Microscope (2)"_s);
         QWheelEvent turn({9, 9}, popUp.mapToGlobal(QPointF(9, 9)), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(m_form->cameraTypes, &turn); // nobody wants to end a recording by that
+        QApplication::sendEvent(m_form->cameraTypes, &turn); // turning the wheel must not end a recording
         QVERIFY(m_picked.expired());
         QCOMPARE(popUp.currentIndex(), 2);
         const std::weak_ptr<BWCamera> last = cameras[3];
@@ -100,7 +100,7 @@ private Q_SLOTS:
         pick(*m_form->cameraTypes, 3); // the list is still the old one
         QVERIFY(m_picked.expired());
         m_window->updateCameras(cameras.list(), m_current);
-        QVERIFY(!QApplication::activePopupWidget()); // nothing moves under the hand
+        QVERIFY(!QApplication::activePopupWidget()); // nothing moves under the pointer
         QCOMPARE(popUp.count(), 3);
         QCOMPARE(popUp.currentText(), u"High Resolution Microscope (2)"_s);
 

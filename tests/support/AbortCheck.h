@@ -6,7 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-/// Whether a process of its own is aborted by making that mistake.
+/// Whether that mistake aborts a process, which is forked for it.
 template <typename Mistake>
 bool aborts(const Mistake &mistake)
 {
@@ -14,7 +14,7 @@ bool aborts(const Mistake &mistake)
     if (helper == 0) {
         const rlimit noCoreFile{0, 0};
         ::setrlimit(RLIMIT_CORE, &noCoreFile);
-        qInstallMessageHandler(nullptr); // the handlers of the test would count it as their own end
+        qInstallMessageHandler(nullptr); // the test's handlers would count it as a failure
         std::signal(SIGABRT, SIG_DFL);
         mistake();
         ::_exit(0);

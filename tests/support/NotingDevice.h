@@ -22,8 +22,8 @@ public:
         return std::exchange(m_sent, {}).join(u' ');
     }
 
-    /// A camera that is held up takes what it is sent only when it is let go; or it hangs in that one call, which may
-    /// also be "frame".
+    /// A camera that is held up carries nothing out until it is let go; or it hangs in that one call, which may also be
+    /// "frame".
     void holdUp(const QString &call = {})
     {
         const std::lock_guard lock(m_mutex);

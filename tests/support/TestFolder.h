@@ -32,7 +32,7 @@ public:
         return write(url(name), content);
     }
 
-    /// Whatever bytes its name is made of.
+    /// Its name may consist of any bytes.
     static QUrl write(const QUrl &url, const QByteArray &content)
     {
         std::ofstream file(BWFilePath::native(url).toStdString(), std::ios::binary);

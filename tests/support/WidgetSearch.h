@@ -16,7 +16,7 @@ inline QAbstractButton *buttonNamed(const QWidget &window, const QString &name)
 }
 
 /// Whether a label of the window has that text.
-inline bool tells(const QWidget &window, const QString &text)
+inline bool hasLabel(const QWidget &window, const QString &text)
 {
     const auto labels = window.findChildren<QLabel *>();
     return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) { return label->text() == text; });

@@ -15,7 +15,7 @@ public:
     QUrl url(const QByteArray &name) const;
     const QByteArray &cache() const { return m_options.sharedFolder; }
 
-    /// Makes a file that has not changed for long, unless it is to be new.
+    /// Makes a file that has not changed for long, or a new one.
     QUrl file(const QByteArray &name, const QByteArray &content, bool isNew = false) const;
     void setModified(const QByteArray &name, const QDateTime &time) const;
     static const QDateTime longAgo;

@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(m_fixture->make(file), u"red"_s);
     }
 
-    void whatCannotBeStoredIsShownAllTheSame()
+    void unstoredThumbnailsAreShown()
     {
         QTest::failOnWarning(QRegularExpression(u"."_s));
         for (const QByteArray reason : {"no folder can be made", "the disk is full", "none is wanted"}) {
@@ -150,7 +150,7 @@ private Q_SLOTS:
         }
     }
 
-    void thumbnailsHaveNone()
+    void thumbnailsOfThumbnailsAreNotStored()
     {
         QVERIFY(QDir().mkpath(QFile::decodeName(m_fixture->cache() + "/large")));
         QCOMPARE(::symlink((m_fixture->cache() + "/large").constData(), m_fixture->path("link").constData()), 0);

@@ -30,7 +30,7 @@ private Q_SLOTS:
         QTRY_VERIFY(m_workers->isIdle());
     }
 
-    void hangingOnesAreReplacedAndLeftBehind()
+    void hangingWorkersAreReplacedAndAbandoned()
     {
         start(1, false, std::chrono::milliseconds(0));
         m_workers->request(requests(u"slow a"_s));

@@ -112,7 +112,7 @@ private Q_SLOTS:
         }
     }
 
-    void badFilesHoldNobodyUp()
+    void badFilesBlockNothing()
     {
         const QByteArray good = ThumbnailFixture::jpeg(Qt::red);
         QByteArray damaged = ThumbnailFixture::jpeg(Qt::red, {1000, 1000});

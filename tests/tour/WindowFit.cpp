@@ -93,7 +93,7 @@ public:
                                      QMenuBar, QMenu, BWStatusPill, BWThumbnailNotice, BWFlashActionViewController,
                                      QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
         if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
-            fault(widget, u"is of a kind that nobody has thought of"_s);
+            fault(widget, u"is of a kind that this check does not know"_s);
     }
 
     void judgeWindow(const QWidget &window)
@@ -139,7 +139,7 @@ private:
                       .arg(room.height()));
     }
 
-    /// One letter cannot mean two things in a window; its menus open one at a time.
+    /// An access key must be unique within a window; its menus open one at a time.
     void accessKey(const QWidget &widget, const QString &text)
     {
         const QString key = QKeySequence::mnemonic(text).toString();
@@ -182,7 +182,7 @@ private:
     void judgeKind(const QProgressBar &bar)
     {
         if (bar.isTextVisible())
-            fault(bar, u"has a text that nobody has thought of"_s);
+            fault(bar, u"shows a text that this check does not know"_s);
     }
 
     /// As it is drawn, on black: nothing light, which is to say no letter, at its ends.
@@ -206,7 +206,7 @@ private:
         if (label.buddy())
             accessKey(label, label.text());
         const int width = label.contentsRect().width() - 2 * label.margin() - std::max(0, label.indent());
-        // What a label itself says it needs, whatever a derived one wishes.
+        // What QLabel itself needs, not the size hint of a derived class.
         const int height =
             label.wordWrap() ? label.QLabel::heightForWidth(label.width()) : label.QLabel::sizeHint().height();
         const bool rich = label.textFormat() == Qt::RichText;
@@ -231,7 +231,7 @@ private:
             button.style()->subControlRect(QStyle::CC_ToolButton, &option, QStyle::SC_ToolButton, &button);
         const bool hasText = option.toolButtonStyle == Qt::ToolButtonTextBesideIcon;
         if (!hasText && (option.toolButtonStyle != Qt::ToolButtonIconOnly || option.icon.isNull()))
-            fault(button, u"is drawn in a way that nobody has thought of"_s);
+            fault(button, u"is drawn in a way that this check does not know"_s);
         fits(button, option.text, hasText ? sizeWithIcon(option) : option.iconSize, room.size());
     }
 

@@ -4,7 +4,7 @@
 
 class QWidget;
 
-/// Tells what of a window cannot be read, or does not lie where it should. Measured as the style draws it.
+/// Finds texts that cannot be read and widgets in the wrong place, as the style draws them.
 class WindowFit {
 public:
     WindowFit() = delete;

@@ -56,7 +56,7 @@ using Type = BWSimulatedCameraOptions::Type;
 
 namespace {
 
-constexpr int patience = 30000; // milliseconds, for what comes sooner or later; computers may be busy
+constexpr int patience = 30000; // milliseconds; the computer may be busy
 
 /// How the desktop may look.
 struct Look {
@@ -502,7 +502,7 @@ private:
         m_clock.advance(1500ms);
     }
 
-    /// Until one of them is to be seen.
+    /// Until one of them is on the screen.
     void showFrames()
     {
         const auto before = m_delegate->liveViewStatistics().shown;
@@ -523,9 +523,9 @@ private:
 
 int main(int argc, char *argv[])
 {
-    const QString wished = QString::fromLocal8Bit(argc > 2 ? argv[2] : "");
+    const QString requested = QString::fromLocal8Bit(argc > 2 ? argv[2] : "");
     for (const Look &known : looks) {
-        if (known.name == wished)
+        if (known.name == requested)
             look = known;
     }
     if (look.name.isNull())

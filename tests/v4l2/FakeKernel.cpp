@@ -171,7 +171,7 @@ void FakeKernel::report(uint32_t id)
 
 ssize_t FakeKernel::read(int, void *, std::size_t)
 {
-    return -EBADF; // nothing that is read in this way is open
+    return -EBADF; // the driver reads only buttons in this way
 }
 
 int FakeKernel::poll(pollfd *descriptors, nfds_t, int timeout)

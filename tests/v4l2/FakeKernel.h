@@ -56,9 +56,9 @@ public:
         m_changed.wake();
         return function(m_state);
     }
-    /// Captures a frame, all of its bytes its number; lost when no buffer is queued.
+    /// Captures a frame whose bytes all equal its number; it is lost if no buffer is queued.
     void pushFrame(uint32_t flags = 0, uint32_t bytesUsed = frameSize);
-    /// The next of these calls fail so; with 0 one does not.
+    /// The next of these calls fail with these errors; 0 lets one succeed.
     void fail(unsigned long call, const std::deque<int> &errors);
 
     int open(const char *path, int flags) override;

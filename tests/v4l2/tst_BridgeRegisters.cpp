@@ -23,7 +23,7 @@ class TestBridgeRegisters : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void byTheDriver()
+    void driverAccessesRegisters()
     {
         FakeKernel kernel;
         std::map<uint64_t, uint64_t> chip{{0x28, 0x1a2}};
@@ -51,12 +51,12 @@ private Q_SLOTS:
         QVERIFY(!registers.problem().isNull());
     }
 
-    void overUsbWhereTheDriverHasNoWay()
+    void usbIsTheFallback()
     {
         FakeKernel kernel;
         kernel.change([&](FakeKernel::State &state) {
             state.faults[VIDIOC_DBG_S_REGISTER] = {ENOTTY};
-            // The driver is asked once: what is opened later is the USB device.
+            // The driver is tried once; what is opened later is the USB device.
             state.faults[FakeKernel::opening] = {0, EMFILE, EMFILE};
         });
         BWBridgeRegisters registers(receiver(), kernel);

@@ -58,14 +58,14 @@ class TestV4L2Controls : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void productYieldsItsStateInAnyOrder()
+    void everyOrderYieldsTheSameState()
     {
         // As the camera may come up; the last one is not streaming.
         for (const auto &[automatic, streaming] : {std::pair(true, true), {false, true}, {true, false}})
             tryEveryOrder(automatic, streaming);
     }
 
-    void whatTheDeviceTookIsReturned()
+    void acceptedValueIsReturned()
     {
         Camera camera(false);
         camera.set(V4L2_CID_BRIGHTNESS, 11);
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(camera.moved, (std::map<int, double>{{BWSettingAutoWhite, 1}}));
     }
 
-    void whatAnAutomaticModeMovesIsReadUntilThatFails()
+    void automaticValuesAreReadUntilThatFails()
     {
         Camera camera(true);
         std::map<int, double> moved;

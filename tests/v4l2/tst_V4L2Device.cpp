@@ -109,7 +109,7 @@ private Q_SLOTS:
         }
         QVERIFY2(!camera.device->expectsFrames(), "silence now is no stall");
         camera.kernel.pushFrame();
-        // As kernels do that were left without a buffer.
+        // As kernels report when they have no buffer.
         const int before = camera.kernel.change([](State &state) {
             state.broken = true;
             return state.polls;
@@ -141,7 +141,7 @@ private Q_SLOTS:
         camera.kernel.change([](State &state) { QCOMPARE(state.queued.size(), 3u); });
     }
 
-    void onlyAnUnplugIsAnUnplug()
+    void onlyAnUnplugCountsAsOne()
     {
         FakeCamera camera;
         QVERIFY(camera.device->startStreaming().isNone());

@@ -122,7 +122,7 @@ private Q_SLOTS:
         }
     }
 
-    void sizesThatAreNotEnumeratedAreTried()
+    void unlistedSizesAreTried()
     {
         FakeKernel kernel;
         kernel.change([](State &state) {

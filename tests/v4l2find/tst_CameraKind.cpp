@@ -108,7 +108,7 @@ private Q_SLOTS:
         }
     }
 
-    void shippedTableIsWhole()
+    void shippedTableIsValid()
     {
         QTest::failOnWarning(QRegularExpression(u".*"_s));
         const BWCameraTable shipped = BWCameraTable::read({QStringLiteral(BW_CAMERA_TABLE)});
@@ -135,7 +135,7 @@ private Q_SLOTS:
         QCOMPARE(opened, QStringList());
     }
 
-    void withoutAnEntryAbilitiesDecide()
+    void abilitiesDecideWithoutAnEntry()
     {
         // sizes, driver, whether it has video norms; type, whether it has a bridge chip
         const std::tuple<QList<BWResolution>, QString, bool, QString, bool> rows[] = {

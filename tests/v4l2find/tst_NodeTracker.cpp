@@ -116,7 +116,7 @@ private Q_SLOTS:
         QCOMPARE(computer.events.size(), 2);
     }
 
-    void loggedOnceAndStillPickedUp()
+    void blockedNodeIsLoggedOnceAndPickedUpLater()
     {
         Computer computer;
         computer.error = EPERM;

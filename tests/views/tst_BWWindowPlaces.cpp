@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(pair.albums, albumsAt);
     }
 
-    void aWindowThatIsTooLargeBecomesSmaller()
+    void largeWindowShrinks()
     {
         const BWWindowPlacement placement({800, 480}, {{0, 0, 800, 480}});
         QCOMPARE(placement.camera(cameraContent, margins), QRect(0, 0, 800, 480));
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(placement.besideFixed({0, 0, 800, 480}, albums), QRect(511, 0, 289, 480));
     }
 
-    void aPanelIsPlacedUntilTheUserHasPutItSomewhere()
+    void panelIsPlacedUntilTheUserMovesIt()
     {
         QWidget camera;
         camera.setGeometry(100, 50, 400, 200);

@@ -180,7 +180,7 @@ private Q_SLOTS:
         QVERIFY(!buttonNamed(sheet, u"OK"_s)->isEnabled());
     }
 
-    void theCursorShowsThatAPressTakesAPicture()
+    void cursorShowsThatAPressTakesAPicture()
     {
         BWLiveRenderer renderer;
         BWCenteringClipView view(renderer);
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(view.viewport()->cursor().shape(), Qt::ArrowCursor);
     }
 
-    void screenReadersMayAskForScrollBarsThatHaveGone()
+    void screenReadersMayQueryHiddenScrollBars()
     {
         BWLiveRenderer renderer;
         BWCenteringClipView view(renderer);
@@ -211,7 +211,7 @@ private Q_SLOTS:
             QVERIFY(!interface->child(interface->childCount() + i));
     }
 
-    void waysOutOfABusyCamera()
+    void answersForABusyCamera()
     {
         using Answer = BWStartProblemAlert::Answer;
         const struct {

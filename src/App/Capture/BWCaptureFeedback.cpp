@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double progressSeconds = 0.5;
-constexpr double unusualSeconds = 8; // two sentences, for people who are looking at something else
+constexpr double unusualSeconds = 8; // enough for two sentences when the user is looking elsewhere
 
 } // namespace
 
@@ -107,8 +107,8 @@ void BWCaptureFeedback::report(const BWCaptureNotice &notice)
         m_statusLine.showForAMoment(notice.text, notice.unusual ? unusualSeconds : BWStatusLine::momentSeconds);
 }
 
-/// The button on the camera keeps taking pictures while an alert is open. When it is closed, one more alert stands for
-/// all that happened meanwhile.
+/// The camera's button keeps taking pictures while an alert is open. When the user closes it, one more alert stands for
+/// everything that happened meanwhile.
 void BWCaptureFeedback::alert(const BWCaptureNotice &notice)
 {
     m_unread = notice;

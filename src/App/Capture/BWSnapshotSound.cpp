@@ -26,11 +26,11 @@ namespace {
 // A sound that comes later than this no longer belongs to its snapshot.
 constexpr auto tooLate = 500ms;
 
-// What the sound server holds ready. Short, because the server takes it for the latency that we want.
+// The sound server's buffer. Short, because the server takes it as the requested latency.
 constexpr auto buffered = 40ms;
 constexpr auto feedInterval = 5ms;
 
-/// The sound server's library cleans up at exit, and aborts where a thread still waits in it.
+/// The sound server's library cleans up at exit, and aborts if a thread still waits in it.
 void exitWithoutWaiting(int status, void *)
 {
     std::fflush(nullptr);
@@ -55,7 +55,7 @@ public:
     /// Returns after end(), as soon as the device lets it.
     void run();
 
-    /// Asks for the sound, from its beginning. Any thread; never waits for the device.
+    /// Requests the sound, from its start. Any thread; never waits for the device.
     void play();
     /// Asks run() to return. Any thread.
     void end();
@@ -78,7 +78,7 @@ private:
 
     // Only run() touches what follows.
     Samples m_samples;
-    QAudioDevice m_device; // the last one that was tried
+    QAudioDevice m_device; // the last one tried
     std::unique_ptr<QAudioSink> m_sink; // null without a usable device
 };
 
@@ -167,7 +167,7 @@ bool BWSnapshotSound::Player::takeRequest()
     }
 }
 
-/// True as soon as there is a request or the thread has to end; false when that time has come.
+/// True as soon as there is a request or the thread has to end; false at that time.
 bool BWSnapshotSound::Player::waitUntilAskedOr(Clock::time_point time)
 {
     std::unique_lock lock(m_mutex);
@@ -192,7 +192,7 @@ void BWSnapshotSound::Player::playOnce()
 {
     QIODevice *output = m_sink->start();
     bool well = output && m_sink->error() == QAudio::NoError;
-    // A device that stands still takes no more; the next sound finds it free again.
+    // A stalled device takes no more data; stopping frees it for the next sound.
     const auto end = Clock::now() + durationOf(m_samples) + buffered + 100ms;
     qint64 written = 0;
     auto next = Clock::now();
@@ -212,7 +212,7 @@ void BWSnapshotSound::Player::playOnce()
         giveUp();
 }
 
-/// Leaves the device alone until another one is the default.
+/// Ignores the device until another one is the default.
 void BWSnapshotSound::Player::giveUp()
 {
     qCWarning(bwApp).noquote() << "Shutter sound: no sound from" << m_device.description() << '-' << m_sink->error();

@@ -18,8 +18,8 @@ public:
         QString error; ///< why it could not
     };
 
-    /// The whole sound in the bytes of its file, MP3 or whatever else libsndfile reads, without the silence that
-    /// encoders put around it. Any thread.
+    /// The whole sound of a file's bytes (MP3 or any other format of libsndfile), without the silence that encoders put
+    /// around it. Any thread.
     static Samples decode(const QByteArray &file);
 
     /// `file` holds the bytes of the sound's file. Its samples are made ready at once, before the first play().

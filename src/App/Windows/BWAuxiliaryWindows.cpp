@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// An open window comes to the front and into use. Another is shown beside the camera window, which stays in use.
+/// Activates an open window; shows another without activating it.
 void bringToFront(QWidget &window)
 {
     if (window.isVisible()) {

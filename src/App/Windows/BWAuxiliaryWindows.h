@@ -37,8 +37,8 @@ public:
                        BWProductInUse &productInUse, const OpenUrl &openUrl, BWClock &clock);
     ~BWAuxiliaryWindows() override;
 
-    /// Makes the windows listeners of the settings store, after whoever moves the camera window, because they are placed
-    /// by it.
+    /// Makes the windows listeners of the settings store. Whatever moves the camera window must be one already: the
+    /// windows are placed beside it.
     void listen();
 
     /// Brings it to the front; activates it only if it was open already.

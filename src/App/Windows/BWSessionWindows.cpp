@@ -58,7 +58,7 @@ void BWSessionWindows::makeQuestions(BWLocalizationManager &texts, const Callbac
     m_productSheet->localizeWithManager(texts);
     m_noCameraSheet = std::make_unique<BWNoCameraSheetWindowController>(noCamera, clock, &m_window);
     m_noCameraSheet->localizeWithManager(texts);
-    // Their keys reach the main window only, which the sheets block. The other two have a button to quit.
+    // The menu's keys reach only the main window, which the sheets block. The other two have a button to quit.
     for (QWidget *question :
          std::initializer_list<QWidget *>{m_noCameraWindow.get(), m_noCameraSheet.get(), m_productSheet.get()})
         question->addAction(m_window.menu().simpleHelpMenuItem);

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString qtImage = u"application/x-qt-image"_s; // which Qt offers in every format it can write
+const QString qtImage = u"application/x-qt-image"_s; // Qt offers it in every format it can write
 
 /// TIFF if Qt can write it, which needs a plugin.
 QString imageFormat()

@@ -154,7 +154,7 @@ QSet<QUrl> BWThumbnailTableView::elementsUnderMenu() const
     return files;
 }
 
-/// An open menu stays open during a reload and must go on acting on the same files.
+/// An open menu stays open during a reload and must still act on the same files.
 void BWThumbnailTableView::operateOn(const QSet<QUrl> &files)
 {
     QList<int> indexes;
@@ -180,7 +180,7 @@ void BWThumbnailTableView::restoreFocus(const QUrl &file, int index)
     const QList<QUrl> now = elements();
     const bool stayed = index < now.size() && now[index] == file;
     const qsizetype found = stayed ? index : now.indexOf(file);
-    // Without its element the focus goes to the one that took its place.
+    // If its element is gone, the focus moves to the one in its place.
     setFocusIndex(static_cast<int>(found >= 0 ? found : std::min<qsizetype>(index, now.size() - 1)));
 }
 

@@ -45,7 +45,7 @@ QPushButton *pushButton(const QString &icon)
     return button;
 }
 
-/// Can be copied, to be used elsewhere.
+/// A label whose text the user can copy.
 QLabel *addressLabel(const QString &address)
 {
     QLabel *made = label(false);
@@ -196,11 +196,11 @@ void BWSimpleHelpWindowController::prepare()
         placeOverCameraWindow();
 }
 
-/// Once; afterwards it stays where the user puts it.
+/// Called once; after that the window stays where the user puts it.
 void BWSimpleHelpWindowController::placeOverCameraWindow()
 {
     const QRect camera = m_cameraWindow->frameGeometry();
-    adjustSize(); // a change of size on showing would make the place that of the content
+    adjustSize(); // if showing resized it, the position would become that of the content
     QRect place(QPoint(), size().grownBy(BWFrameAutosave::margins(*this, m_cameraWindow)));
     place.moveCenter(camera.center());
     move(BWWindowPlacement::onScreens().fitted(place, camera).topLeft());

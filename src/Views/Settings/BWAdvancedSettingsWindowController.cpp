@@ -152,7 +152,7 @@ void BWAdvancedSettingsWindowController::showChange()
 {
     updateHolds();
     m_notice->clear();
-    // A camera needs time to answer; until then it would seem to restore the old value.
+    // Until a slow camera answers, its old value would seem to come back.
     if (m_following)
         followLater();
 }

@@ -77,6 +77,6 @@ private:
     BWResizingButton *m_restoreDefaultsButton;
     QList<BWSettingViewController *> m_settingControllers;
     QHash<int, BWSettingViewController *> m_settingControllersBySetting;
-    DispatchAfterStrict::Handle m_following; ///< while the window is to be seen
+    DispatchAfterStrict::Handle m_following; ///< while the window is visible
     BWAliveToken m_alive;
 };

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int widestNumber = 99999;
 constexpr int narrowestSlider = 140;
-constexpr float dimmed = 0.6F; // how much of a text is seen that the user cannot change now
+constexpr float dimmed = 0.6F; // opacity of a text that the user cannot change now
 
 } // namespace
 
@@ -77,10 +77,10 @@ BWNumericSettingViewController::BWNumericSettingViewController(BWLocalizationMan
     m_hint->setText(texts.text(u"advanced_settings_window"_s, u"held_hint"_s, u"automatic"_s));
     m_hint->hide();
     m_slider->setMinimumWidth(narrowestSlider);
-    m_textField->setKeyboardTracking(false); // a number is worth sending when it is complete
+    m_textField->setKeyboardTracking(false); // send only complete numbers
     m_textField->setAlignment(Qt::AlignRight);
     m_textField->setRange(-widestNumber, widestNumber);
-    m_textField->setFixedWidth(m_textField->sizeHint().width()); // all fields of the window are as wide
+    m_textField->setFixedWidth(m_textField->sizeHint().width()); // all fields of the window have this width
 
     auto *names = new QHBoxLayout;
     names->addWidget(m_label, 1);
@@ -130,7 +130,7 @@ void BWNumericSettingViewController::enable(bool enabled)
         part->setEnabled(enabled);
     if (enabled)
         return;
-    // Not the number of another camera.
+    // The number is another camera's.
     const QSignalBlocker slider(m_slider);
     const QSignalBlocker field(m_textField);
     m_slider->setValue(m_slider->minimum());

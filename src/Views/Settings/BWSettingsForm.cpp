@@ -20,7 +20,7 @@ constexpr int formSectionSpacing = 14; // on top of the spacing of two rows
 QComboBox *popUpButton(int items)
 {
     auto *popUp = new BWPopUpButton;
-    // Its width is given; what is longer than that must not widen the window.
+    // Its width is fixed: a longer text must not widen the window.
     popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     popUp->setMinimumContentsLength(1);
     for (int i = 0; i < items; ++i)
@@ -41,7 +41,7 @@ void fill(QComboBox &popUp, const QStringList &titles)
     for (int i = 0; i < popUp.count(); ++i)
         old.append(popUp.itemText(i));
     if (old != titles) {
-        popUp.hidePopup(); // the items must not move under the hand
+        popUp.hidePopup(); // the items must not move under the pointer
         popUp.clear();
         popUp.addItems(titles);
     }
@@ -51,7 +51,7 @@ void fill(QComboBox &popUp, const QStringList &titles)
 void select(QComboBox &popUp, int index)
 {
     popUp.setCurrentIndex(index);
-    popUp.setToolTip(popUp.currentText()); // it may be longer than the menu is wide
+    popUp.setToolTip(popUp.currentText()); // the text may be wider than the menu
 }
 
 void setItems(QComboBox &popUp, const QString &first, const QString &second)

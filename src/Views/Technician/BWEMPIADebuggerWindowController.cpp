@@ -203,7 +203,7 @@ void BWEMPIADebuggerWindowController::ended(const QString &problem)
 void BWEMPIADebuggerWindowController::updateButtons()
 {
     m_readButton->setEnabled(!m_busy);
-    // An empty field would write 0, which is not meant before anything was read or typed.
+    // An empty field would write 0, which the user did not ask for.
     bool filled = true;
     const auto fields = findChildren<QLineEdit *>();
     for (const QLineEdit *field : fields)

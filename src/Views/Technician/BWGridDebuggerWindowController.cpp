@@ -43,7 +43,7 @@ BWGridDebuggerWindowController::BWGridDebuggerWindowController(const BWProductIn
     m_gridSlider->setMinimumWidth(360);
     m_distanceLabel->setBuddy(m_gridSlider);
     m_resultNumberTextField->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    // The window must not jump with the digits.
+    // The window must not change its width with the digits.
     m_resultNumberTextField->setMinimumWidth(
         m_resultNumberTextField->fontMetrics().horizontalAdvance(oneDecimal(largestDistance)));
     for (QLabel *field : {m_productNameTextField, m_resolutionTextField, m_resultNumberTextField})

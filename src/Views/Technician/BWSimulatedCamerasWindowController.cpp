@@ -104,7 +104,7 @@ BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
     const QList<std::shared_ptr<BWSimulatedCamera>> &cameras)
     : QWidget(nullptr, Qt::Tool), m_noCamerasLabel(new QLabel)
 {
-    // once closed it could not be reopened
+    // Nothing could open it again.
     setWindowFlags(Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint);
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(simulatedCamerasMargin, simulatedCamerasMargin, simulatedCamerasMargin,
@@ -130,8 +130,8 @@ void BWSimulatedCamerasWindowController::localizeWithManager(BWLocalizationManag
 void BWSimulatedCamerasWindowController::showBelow(const QWidget &window)
 {
     adjustSize();
-    // The other window is only just being shown as well. Less than the usual margins: a screen of 800 points has just
-    // room for both.
+    // The other window has no frame yet either. These margins are smaller than usual, so that both fit on a screen of
+    // 800 points.
     constexpr QMargins margins{0, 30, 0, 0};
     const QRect other(window.pos(), window.size().grownBy(margins));
     const QRect place(other.bottomLeft(), size().grownBy(margins));

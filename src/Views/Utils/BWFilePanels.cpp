@@ -32,7 +32,7 @@ public:
         setWindowModality(Qt::WindowModal);
         setWindowTitle(title);
         resize(sizeHint().expandedTo({760, 480})); // so that dates and names can be read
-        if (window) // not every desktop gives the keyboard back to a window that is another one's panel
+        if (window) // not every desktop returns the keyboard to a panel of another window
             connect(this, &QDialog::finished, window, &QWidget::activateWindow);
         setAccessibleDescription(message);
         auto *label = new QLabel(message);
@@ -40,7 +40,7 @@ public:
         label->setTextFormat(Qt::PlainText);
         const int margin = style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
         label->setContentsMargins(margin, margin, margin, 0);
-        layout()->setMenuBar(label); // above all else
+        layout()->setMenuBar(label); // above everything else
         if (auto *details = findChild<QTreeView *>(u"treeView"_s)) {
             details->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
             details->header()->setSectionResizeMode(0, QHeaderView::Stretch);
@@ -72,7 +72,7 @@ public:
         open();
     }
 
-    /// Makes a folder whose name is typed, where Qt's dialog would only say that it does not exist.
+    /// Makes the folder that the user types; Qt's dialog would only report that it does not exist.
     void makeFolders(std::function<bool(const QUrl &)> make)
     {
         m_make = std::move(make);
@@ -94,7 +94,7 @@ protected:
     QLineEdit *const m_name = findChild<QLineEdit *>(u"fileNameEdit"_s);
 
 private:
-    /// The folder that was typed; null if it exists or nothing was typed.
+    /// The folder that the user typed; null if it exists or the field is empty.
     QString newFolder() const
     {
         const QString name = m_name->text().trimmed();
@@ -134,7 +134,7 @@ public:
 
     void accept() override
     {
-        // The dialog itself takes quotes for separators between several names.
+        // The dialog itself reads quotes as separators between names.
         const QString typed =
             m_name->text().contains(u'"') ? directory().absoluteFilePath(m_name->text()) : selectedFiles().value(0);
         if (typed.isEmpty() || QFileInfo(typed).isDir())

@@ -14,7 +14,7 @@
 
 using namespace Qt::StringLiterals;
 
-// The linker drops the resources of a static library unless they are asked for, outside of any namespace.
+// The linker drops the resources of a static library unless the program initialises them, outside any namespace.
 static void initResources()
 {
     Q_INIT_RESOURCE(images);
@@ -79,7 +79,7 @@ Colors colorsForMode(QIcon::Mode mode)
 }
 
 /// Draws an SVG file in the colours of the application's palette: "currentColor" in the file becomes the text colour,
-/// "accentColor" the highlight colour. Renders at the exact size that is asked for, with the palette of that moment.
+/// "accentColor" the highlight colour. Renders at exactly the requested size, in the current palette.
 class SymbolicIconEngine : public QIconEngine {
 public:
     explicit SymbolicIconEngine(QString path) : m_path(std::move(path)) { }

@@ -90,6 +90,6 @@ bool BWMessageBoxAlertPresenter::present(Kind kind, const QString &title, const 
         box.setEscapeButton(box.addButton(rejectText, QMessageBox::RejectRole));
     box.exec();
     if (parent)
-        parent->activateWindow(); // not every desktop gives the keyboard back to a window that is another one's panel
+        parent->activateWindow(); // not every desktop returns the keyboard to a panel of another window
     return box.clickedButton() == accept;
 }

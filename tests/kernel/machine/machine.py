@@ -67,7 +67,7 @@ class Machine:
                 process.kill()
 
     def _listen(self, ends, process, deadline):
-        """Until the machine has closed all its ends, by itself or because it is switched off after its exit code has arrived."""
+        """Until the machine has closed all its ends, by itself or because it is switched off once its exit code has arrived."""
         receivers = {"console": self.console.extend, "status": self._status.extend,
                      "output": self._writer(sys.stdout.buffer), "errors": self._writer(sys.stderr.buffer)}
         with selectors.DefaultSelector() as selector:

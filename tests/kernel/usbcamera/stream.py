@@ -47,7 +47,7 @@ class Stream:
         self.pushed += count
         self._serve()
 
-    def asked(self):
+    def requested(self):
         if not self.running:
             self.running = True
             self._due = time.monotonic()

@@ -57,7 +57,7 @@ class UsbDevice:
         """Answers a class or vendor request: the bytes that it brings, or a Stall."""
         raise Stall
 
-    def asked(self, endpoint):
+    def requested(self, endpoint):
         """The host has one more request waiting for an endpoint."""
 
     def endpoint_reset(self, endpoint):
@@ -97,7 +97,7 @@ class UsbDevice:
             self._unlink(request)
         elif request.endpoint:
             self.waiting[request.endpoint].append(request)
-            self.asked(request.endpoint)
+            self.requested(request.endpoint)
         else:
             self._answer_control(request)
 

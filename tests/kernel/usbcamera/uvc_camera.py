@@ -34,9 +34,9 @@ class UvcCamera(UsbDevice):
             status = self._status.popleft()
             self.cable.answer(waiting.popleft(), [status], len(status))
 
-    def asked(self, endpoint):
+    def requested(self, endpoint):
         if endpoint == STREAM_ENDPOINT:
-            self.stream.asked()
+            self.stream.requested()
         else:
             self._answer_status()
 

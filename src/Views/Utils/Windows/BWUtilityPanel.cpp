@@ -36,7 +36,7 @@ void BWUtilityPanel::setVisible(bool visible)
     QWidget::setVisible(visible);
 }
 
-/// Before the panel is placed: if its size changed only when shown, its position would become that of the content.
+/// Called before the panel is placed: if showing resized it, the position would become that of the content.
 void BWUtilityPanel::fit()
 {
     const bool isFixed = layout() && layout()->sizeConstraint() == QLayout::SetFixedSize;
