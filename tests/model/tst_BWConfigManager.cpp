@@ -124,14 +124,6 @@ private Q_SLOTS:
         QCOMPARE(BWConfigManager(*m_defaults).defaultAlbumName(), albumName); // null does not erase it
     }
 
-    void onlyYesIsTrue()
-    {
-        for (const QString &text : {u"Yes"_s, u"1"_s, u"true"_s, u""_s, u" yes"_s}) {
-            m_defaults->setString(u"bwp2x_snapshot_click"_s, text);
-            QCOMPARE(BWConfigManager(*m_defaults).saveSnapshotOnClick(), text == u"Yes"_s);
-        }
-    }
-
     void damagedProductChoice()
     {
         for (const QString &text : {u"{\"wired_high\":\"mx61\""_s, u"[\"wired_high\"]"_s, u""_s,

@@ -24,7 +24,6 @@ private Q_SLOTS:
         row("quit during the question", "saving cancel during:quit quit", "ask", Quit::Running);
         row("in a hurry, camera", "quit quit signal", "stop", Quit::StoppingCamera);
         row("camera hangs", "quit 4s 1s stopped added", "stop finish end", Quit::Ended);
-        row("camera hangs, almost", "quit 4s", "stop", Quit::StoppingCamera);
         row("camera stops late", "quit 5s stopped", "stop finish", Quit::FinishingCaptures);
         row("movie takes its time", "movie quit 60s stopped", "stop finish", Quit::FinishingCaptures);
         row("movie is done, camera hangs", "movie quit 60s done 1s", "stop finish", Quit::FinishingCaptures);

@@ -50,7 +50,6 @@ private Q_SLOTS:
         row("button saves video", QList<int>{'B', down}, u"video click layout"_s);
         row("click takes none", QList<int>{'I', down}, u"photo layout"_s);
         row("layout is forgotten", QList<int>{'R', down}, u"photo click"_s);
-        row("layout is remembered again", QList<int>{'R', down, Qt::Key_Up}, u"photo click layout"_s);
         row("advanced", QList<int>{'V'}, u"photo click layout advanced"_s);
     }
     void controls()
