@@ -123,6 +123,7 @@ void AppDelegate::doFinishApplicationLaunch()
     m_cameraDetector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { m_session.cameraFound(device); });
     m_cameraDetector->setCameraRemovedBlock(
         [this](const BWDetectedCameraPtr &device) { m_session.cameraRemoved(device); });
+    m_cameraDetector->setDevicesChangedBlock([this] { m_sessionWindows->watchPendingDevices(); });
     m_cameraDetector->startCamerasDetection();
     m_session.waitForCamera();
 }

@@ -1,6 +1,5 @@
 #include "Views/BWNoCameraBaseWindowController.h"
 
-#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/BWPreparingView.h"
@@ -66,8 +65,12 @@ void BWNoCameraBaseWindowController::closeEvent(QCloseEvent *event)
 
 void BWNoCameraBaseWindowController::watchPendingDevices()
 {
-    setPreparingCamera(m_callbacks.pendingDevices && m_callbacks.pendingDevices());
+    if (const auto next = std::exchange(m_next, {}))
+        next->cancel();
+    const bool pending = m_callbacks.pendingDevices && m_callbacks.pendingDevices();
+    setPreparingCamera(pending);
     setObstacle(m_callbacks.obstacle ? m_callbacks.obstacle() : QString());
-    DispatchAfterStrict::dispatchForQueue(
-        this, [this] { watchPendingDevices(); }, pollSeconds, m_clock);
+    if (pending)
+        m_next = DispatchAfterStrict::dispatchForQueue(
+            this, [this] { watchPendingDevices(); }, pollSeconds, m_clock);
 }

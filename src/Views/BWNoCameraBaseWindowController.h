@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/BWClock.h"
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Texts/BWLocalizationManager.h"
 
 #include <functional>
@@ -10,18 +10,21 @@ class BWNoticeView;
 class BWPreparingView;
 class QPushButton;
 
-/// The common base of the windows that stand in for a missing camera: a notice, and a button that quits. From their
-/// creation on, also while hidden, they poll whether an attached camera is still being prepared. No button has the
-/// keyboard when they open. GUI thread.
+/// The common base of the windows that stand in for a missing camera: a notice, and a button that quits. They show
+/// whether an attached camera is still being prepared. No button has the keyboard when they open. GUI thread.
 class BWNoCameraBaseWindowController : public QDialog, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
 public:
-    /// What is polled; either may be missing.
+    /// What is asked; either may be missing.
     struct Callbacks {
         std::function<bool()> pendingDevices{};
         std::function<QString()> obstacle{}; ///< what keeps an attached camera from appearing; null if nothing does
     };
+
+    /// Asks anew, as must be done when the answers may have changed. While a camera is being prepared, it asks again by
+    /// itself every 0.3 seconds; at other times it leaves the processor alone.
+    void watchPendingDevices();
 
     /// Shows whether a camera is being prepared.
     void setPreparingCamera(bool preparing);
@@ -51,10 +54,9 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    void watchPendingDevices();
-
     Callbacks m_callbacks;
     BWClock &m_clock;
+    DispatchAfterStrict::Handle m_next;
     BWNoticeView *m_view;
     BWPreparingView *m_preparing;
     QPushButton *m_quitButton;

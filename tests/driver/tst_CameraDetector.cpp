@@ -82,14 +82,20 @@ private Q_SLOTS:
     {
         Setup setup;
         const BWDetectedCameraPtr device = makeDevice();
+        QStringList reported; // how it was when a change was reported
+        setup.detector->setDevicesChangedBlock(
+            [&] { reported << (setup.detector->pendingDevices() ? u"pending"_s : u"none"_s); });
         QVERIFY(!setup.detector->pendingDevices());
         setup.strings.pending = true;
+        std::thread([&] { setup.strings.events.changed(); }).join();
+        QTRY_COMPARE(reported, QStringList{u"pending"_s});
         QVERIFY(setup.detector->pendingDevices());
         setup.strings.events.found(device);
         setup.strings.pending = false;
         QVERIFY(setup.detector->pendingDevices());
         QTRY_COMPARE(setup.found.size(), 1);
         QVERIFY(!setup.detector->pendingDevices());
+        QCOMPARE(reported.last(), u"none"_s);
 
         const BWDetectedCameraPtr gone = makeDevice();
         setup.strings.events.found(gone);

@@ -12,6 +12,7 @@ public:
     struct Events {
         std::function<void(BWDetectedCameraPtr)> found;
         std::function<void(BWDetectedCameraPtr)> removed;
+        std::function<void()> changed{}; ///< pendingDevices() or blockedCameras() may return something else now
     };
 
     virtual ~BWCameraBackend() = default;

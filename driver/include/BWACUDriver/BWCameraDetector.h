@@ -7,7 +7,7 @@
 #include <QObject>
 #include <vector>
 
-/// Hot-plug detection over all backends. Main thread only; both callbacks arrive there through the event loop, never
+/// Hot-plug detection over all backends. Main thread only; the callbacks arrive there through the event loop, never
 /// inside startCamerasDetection().
 class BWCameraDetector : public QObject {
     Q_OBJECT
@@ -34,7 +34,10 @@ public:
     /// Called once for each found device that goes away.
     void setCameraRemovedBlock(DeviceCallback callback);
 
-    /// Called once, after both callbacks are set.
+    /// Called when pendingDevices() or blockedCameras() may return something else.
+    void setDevicesChangedBlock(std::function<void()> callback);
+
+    /// Called once, after all callbacks are set.
     void startCamerasDetection();
 
     /// True while a supported device is attached and still being prepared.
@@ -55,4 +58,5 @@ private:
     const std::shared_ptr<Inbox> m_inbox;
     DeviceCallback m_found;
     DeviceCallback m_removed;
+    std::function<void()> m_devicesChanged;
 };

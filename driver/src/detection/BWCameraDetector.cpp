@@ -23,11 +23,12 @@ public:
         BWDetectedCameraPtr device;
     };
 
-    /// `wake` is called, on any thread, once for each event to be taken.
+    /// `wake` is called, on any thread, at least once for each event to be taken.
     explicit Inbox(std::function<void()> wake);
 
     void found(const BWDetectedCameraPtr &device);
     void removed(const BWDetectedCameraPtr &device);
+    void changed();
 
     std::optional<Event> takeNext();
 
@@ -69,6 +70,13 @@ void BWCameraDetector::Inbox::removed(const BWDetectedCameraPtr &device)
         m_events.erase(waiting);
     else
         add({Event::Kind::Removed, device});
+}
+
+void BWCameraDetector::Inbox::changed()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_wake)
+        m_wake();
 }
 
 std::optional<BWCameraDetector::Inbox::Event> BWCameraDetector::Inbox::takeNext()
@@ -128,12 +136,18 @@ void BWCameraDetector::setCameraRemovedBlock(DeviceCallback callback)
     m_removed = std::move(callback);
 }
 
+void BWCameraDetector::setDevicesChangedBlock(std::function<void()> callback)
+{
+    m_devicesChanged = std::move(callback);
+}
+
 void BWCameraDetector::startCamerasDetection()
 {
     for (const auto &backend : m_backends) {
         backend->start(m_descriptions,
                        {[inbox = m_inbox](const BWDetectedCameraPtr &device) { inbox->found(device); },
-                        [inbox = m_inbox](const BWDetectedCameraPtr &device) { inbox->removed(device); }});
+                        [inbox = m_inbox](const BWDetectedCameraPtr &device) { inbox->removed(device); },
+                        [inbox = m_inbox] { inbox->changed(); }});
     }
 }
 
@@ -155,12 +169,13 @@ QList<BWBlockedCamera> BWCameraDetector::blockedCameras() const
 
 void BWCameraDetector::customEvent(QEvent *)
 {
-    const std::optional<Inbox::Event> event = m_inbox->takeNext();
-    if (!event)
-        return;
-    const bool found = event->kind == Inbox::Event::Kind::Found;
-    qCInfo(bwDriver).noquote() << (found ? "Camera attached:" : "Camera gone:") << event->device->description();
-    const DeviceCallback callback = found ? m_found : m_removed;
-    if (callback)
-        callback(event->device);
+    if (const std::optional<Inbox::Event> event = m_inbox->takeNext()) {
+        const bool found = event->kind == Inbox::Event::Kind::Found;
+        qCInfo(bwDriver).noquote() << (found ? "Camera attached:" : "Camera gone:") << event->device->description();
+        const DeviceCallback callback = found ? m_found : m_removed;
+        if (callback)
+            callback(event->device);
+    }
+    if (m_devicesChanged)
+        m_devicesChanged();
 }

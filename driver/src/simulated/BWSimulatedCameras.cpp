@@ -116,6 +116,8 @@ void Microscope::unplug()
     const BWDetectedCameraPtr found = std::exchange(m_found, nullptr);
     if (found && m_queue)
         m_events.removed(found);
+    else if (m_events.changed)
+        m_events.changed(); // it was still being prepared
 }
 
 void Microscope::pressButton()
@@ -183,6 +185,8 @@ void Microscope::announce()
         reportFound();
         return;
     }
+    if (m_events.changed)
+        m_events.changed();
     const auto time =
         std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(m_options.pendingSeconds));
     m_clock.callAfter(time, m_queue, [self = shared_from_this(), cable = m_cable] { self->prepared(cable); });

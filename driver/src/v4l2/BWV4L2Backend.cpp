@@ -49,6 +49,7 @@ public:
 
     void start(const QList<BWCameraDescriptionPtr> &descriptions, Events events) override
     {
+        m_changed = events.changed;
         m_pending = true; // until the thread has looked at the cameras that are attached now
         m_tracker.emplace(BWCameraMaker(BWCameraTable::read(m_tables), descriptions), std::move(events), udevRuns);
         m_thread = std::thread([this] { watch(); });
@@ -85,15 +86,22 @@ private:
 
     void publish()
     {
-        m_pending = m_tracker->pending(std::chrono::steady_clock::now());
+        const bool pending = m_tracker->pending(std::chrono::steady_clock::now());
+        bool changed = m_pending.exchange(pending) != pending;
         QList<BWBlockedCamera> blocked = m_tracker->blocked();
-        const std::scoped_lock lock(m_mutex);
-        m_blocked = std::move(blocked);
+        {
+            const std::scoped_lock lock(m_mutex);
+            changed = changed || m_blocked != blocked;
+            m_blocked = std::move(blocked);
+        }
+        if (changed && m_changed)
+            m_changed();
     }
 
     const QStringList m_tables;
     const BWWakeUp m_end;
     std::optional<BWNodeTracker> m_tracker; ///< belongs to the thread once that runs
+    std::function<void()> m_changed;
     std::atomic<bool> m_pending = false;
     mutable std::mutex m_mutex;
     QList<BWBlockedCamera> m_blocked; ///< guarded by the mutex

@@ -43,6 +43,13 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
 
 BWSessionWindows::~BWSessionWindows() = default;
 
+void BWSessionWindows::watchPendingDevices()
+{
+    for (BWNoCameraBaseWindowController *window :
+         std::initializer_list<BWNoCameraBaseWindowController *>{m_noCameraWindow.get(), m_noCameraSheet.get()})
+        window->watchPendingDevices();
+}
+
 void BWSessionWindows::makeQuestions(BWLocalizationManager &texts, const Callbacks &callbacks, BWClock &clock)
 {
     const BWNoCameraBaseWindowController::Callbacks noCamera{

@@ -42,6 +42,8 @@ public:
 
     /// The settings store changed.
     void settingsChanged();
+    /// A camera is being prepared, or no longer, or something keeps it from appearing.
+    void watchPendingDevices();
     /// As the menu lists the camera; null if it does not.
     QString titleOf(const BWCameraPtr &camera) const;
     void bringMainWindowToFront();
