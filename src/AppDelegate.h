@@ -66,7 +66,7 @@ public:
     QList<BWBlockedCamera> blockedCameras() const;
     /// The main window; null until the launch is finished.
     BWMainWindow *cameraWindow() const { return m_window.get(); }
-    BWLiveViewStatistics liveViewStatistics() const { return m_renderer->statistics(); }
+    const BWLiveRenderer &renderer() const { return *m_renderer; }
     /// From the start of the process to the first live picture on the screen; -1 while there is none.
     double firstFrameMilliseconds() const { return m_firstFrameMilliseconds; }
 

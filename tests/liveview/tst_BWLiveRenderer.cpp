@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <QTest>
+#include <thread>
 #include <turbojpeg.h>
 
 namespace {
@@ -103,6 +104,27 @@ private Q_SLOTS:
         QTRY_COMPARE(alive.load(), 1);
         renderer.clear();
         QTRY_COMPARE(alive.load(), 0);
+    }
+
+    void neverMoreThanThreeFrames()
+    {
+        BWLiveRenderer renderer;
+        renderer.setRequest(wholePicture());
+        BWRenderedImage image;
+        const QObject screen; // what is still on its way to it goes with it
+        connect(&renderer, &BWLiveRenderer::imageReady, &screen, [&] { renderer.takeImage(image); });
+        std::atomic<int> alive = 0;
+        std::atomic<int> most = 0;
+        {
+            const std::jthread camera([&](const std::stop_token &stop) {
+                while (!stop.stop_requested()) {
+                    renderer.prepareBuffer(greyFrame(100, alive));
+                    most = std::max(most.load(), alive.load());
+                }
+            });
+            QTRY_VERIFY(renderer.statistics().shown > 100 && renderer.statistics().dropped > 100);
+        }
+        QVERIFY2(most <= 3, qPrintable(QString::number(most))); // one waits, one is worked on, one shows
     }
 
     void tornJpegs_data()

@@ -505,10 +505,10 @@ private:
     /// Until one of them is on the screen.
     void showFrames()
     {
-        const auto before = m_delegate->liveViewStatistics().shown;
+        const auto before = m_delegate->renderer().statistics().shown;
         const auto isShown = [&] {
             m_cameras[0]->pushFrames(1);
-            return m_delegate->liveViewStatistics().shown > before;
+            return m_delegate->renderer().statistics().shown > before;
         };
         QVERIFY(QTest::qWaitFor(isShown, patience));
     }

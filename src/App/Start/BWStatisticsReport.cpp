@@ -71,12 +71,17 @@ void BWStatisticsReport::print(const AppDelegate &delegate)
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     const auto milliseconds = [](const timeval &time) { return time.tv_sec * 1e3 + time.tv_usec / 1e3; };
-    const BWLiveViewStatistics counts = delegate.liveViewStatistics();
-    QTextStream(stderr) << "statistics: received=" << counts.received << " shown=" << counts.shown
-                        << " bad=" << counts.bad << " dropped=" << counts.dropped
-                        << " cpu_ms=" << milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime)
-                        << " first_frame_ms=" << delegate.firstFrameMilliseconds()
-                        << " gui_longest_ms=" << application->longestMilliseconds() << '\n';
+    const BWLiveViewStatistics counts = delegate.renderer().statistics();
+    QTextStream out(stderr);
+    out << "statistics: received=" << counts.received << " decoded=" << counts.decoded << " shown=" << counts.shown
+        << " bad=" << counts.bad << " dropped=" << counts.dropped
+        << " cpu_ms=" << milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime)
+        << " first_frame_ms=" << delegate.firstFrameMilliseconds()
+        << " gui_longest_ms=" << application->longestMilliseconds();
+    if (const auto latencies = delegate.renderer().latencies())
+        out << " latency_ms=" << latencies->median.count() / 1e3
+            << " latency_p99_ms=" << latencies->percentile99.count() / 1e3;
+    out << '\n';
 }
 
 double BWStatisticsReport::millisecondsSinceStart()

@@ -4,6 +4,7 @@
 #include "Model/LiveView/BWRenderRequest.h"
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <QImage>
 #include <vector>
@@ -16,6 +17,7 @@ struct BWRenderedImage {
     QPoint position; ///< of its upper left corner in the viewport, in device pixels
     uint64_t frameNumber = 0; ///< differs from frame to frame
     BWRenderRequest request; ///< what it was made for
+    std::chrono::steady_clock::time_point captured{}; ///< when the camera took it
 };
 
 /// Turns frames into pixels of the screen: converts, scales, mirrors and turns only what is visible.

@@ -5,6 +5,10 @@
 #include <pthread.h>
 #include <utility>
 
+namespace {
+using Clock = std::chrono::steady_clock;
+}
+
 BWLiveRenderer::BWLiveRenderer(QObject *parent) : QObject(parent), m_thread([this] { run(); }) { }
 
 BWLiveRenderer::~BWLiveRenderer()
@@ -20,12 +24,16 @@ BWLiveRenderer::~BWLiveRenderer()
 void BWLiveRenderer::prepareBuffer(const BWFrame &frame)
 {
     BWFrame previous = frame; // released outside the lock: its buffer goes back to the driver
+    const Clock::time_point now = Clock::now();
     {
         const std::lock_guard lock(m_mutex);
         std::swap(m_frame, previous);
         ++m_statistics.received;
-        if (!previous.isNull())
+        m_meter.addReceived(now);
+        if (!previous.isNull()) {
             ++m_statistics.dropped;
+            m_meter.addDropped();
+        }
     }
     m_wake.notify_one();
 }
@@ -51,6 +59,7 @@ void BWLiveRenderer::clear()
         m_image = {};
         m_imageWaiting = false;
         m_clear = true;
+        m_meter.restart(Clock::now());
     }
     m_wake.notify_one();
 }
@@ -73,10 +82,31 @@ bool BWLiveRenderer::takeImage(BWRenderedImage &image)
     return true;
 }
 
+void BWLiveRenderer::imageShown(const BWRenderedImage &image)
+{
+    const Clock::time_point now = Clock::now();
+    const std::lock_guard lock(m_mutex);
+    // The same frame drawn anew, after scrolling, says nothing about the way from the camera.
+    if (std::exchange(m_lastMeasured, image.frameNumber) != image.frameNumber)
+        m_meter.addShown(image.captured, now);
+}
+
 BWLiveViewStatistics BWLiveRenderer::statistics() const
 {
     const std::lock_guard lock(m_mutex);
     return m_statistics;
+}
+
+BWLiveViewFigures BWLiveRenderer::figures() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_meter.figures(Clock::now());
+}
+
+std::optional<BWLiveViewMeter::Latencies> BWLiveRenderer::latencies() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_meter.latencies();
 }
 
 bool BWLiveRenderer::hasWork() const
@@ -89,6 +119,7 @@ void BWLiveRenderer::run()
 {
     pthread_setname_np(pthread_self(), "live view");
     BWFrameRenderer renderer;
+    Clock::time_point captured;
     bool badReported = false;
     for (;;) {
         BWFrame frame;
@@ -108,17 +139,19 @@ void BWLiveRenderer::run()
         if (cleared)
             renderer.clear();
         if (!frame.isNull()) {
-            if (renderer.setFrame(frame, request)) {
+            const bool good = renderer.setFrame(frame, request);
+            {
+                const std::lock_guard lock(m_mutex);
+                ++(good ? m_statistics.decoded : m_statistics.bad);
+            }
+            if (good) {
+                captured = frame.timestamp();
                 badReported = false;
             } else {
                 // One line for a run of bad frames; statistics() counts them.
                 if (!std::exchange(badReported, true))
                     qCWarning(bwViews, "Frame %llu cannot be decoded; the last good picture stays",
                               static_cast<unsigned long long>(frame.sequence()));
-                {
-                    const std::lock_guard lock(m_mutex);
-                    ++m_statistics.bad;
-                }
                 if (!requestChanged)
                     continue;
             }
@@ -131,6 +164,7 @@ void BWLiveRenderer::run()
             if (m_clear)
                 continue;
             m_image = std::move(image);
+            m_image.captured = captured;
             m_imageWaiting = true;
         }
         Q_EMIT imageReady();

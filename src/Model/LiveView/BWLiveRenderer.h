@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/BWFrame.h"
 #include "Model/LiveView/BWFrameRenderer.h"
+#include "Model/LiveView/BWLiveViewMeter.h"
 #include "Model/LiveView/BWRenderRequest.h"
 
 #include <condition_variable>
@@ -13,6 +14,7 @@
 /// Counts of frames since the start.
 struct BWLiveViewStatistics {
     uint64_t received = 0; ///< handed over by the camera
+    uint64_t decoded = 0; ///< made ready to be drawn
     uint64_t shown = 0; ///< drawn on the screen
     uint64_t bad = 0; ///< could not be decoded
     uint64_t dropped = 0; ///< replaced by a newer frame before they were decoded
@@ -43,7 +45,12 @@ public:
     /// is made while nothing is painted.
     bool takeImage(BWRenderedImage &image);
 
+    /// That image is in the window now. GUI thread.
+    void imageShown(const BWRenderedImage &image);
+
     BWLiveViewStatistics statistics() const;
+    BWLiveViewFigures figures() const;
+    std::optional<BWLiveViewMeter::Latencies> latencies() const;
 
 Q_SIGNALS:
     /// An image can be taken. Sent from the drawing thread, once for each image.
@@ -59,7 +66,9 @@ private:
     BWRenderRequest m_request;
     BWRenderedImage m_image; // finished, not yet taken
     BWLiveViewStatistics m_statistics;
+    BWLiveViewMeter m_meter;
     uint64_t m_lastShown = 0;
+    uint64_t m_lastMeasured = 0;
     bool m_imageWaiting = false;
     bool m_requestChanged = false;
     bool m_clear = false;

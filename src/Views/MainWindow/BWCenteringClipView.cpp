@@ -11,6 +11,7 @@
 #include <QScrollBar>
 #include <QtMath>
 #include <QWheelEvent>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -92,6 +93,7 @@ void BWCenteringClipView::clear()
 {
     m_renderer.clear();
     m_image = {};
+    m_isNew = false;
     m_pictureRect = {};
     viewport()->update();
 }
@@ -131,7 +133,7 @@ void BWCenteringClipView::updatePicture()
 
 void BWCenteringClipView::paintEvent(QPaintEvent *event)
 {
-    m_renderer.takeImage(m_image);
+    m_isNew = m_renderer.takeImage(m_image) || m_isNew;
     QPainter painter(viewport());
     const double ratio = devicePixelRatioF();
     const QRect whole = viewport()->rect();
@@ -159,6 +161,12 @@ void BWCenteringClipView::paintEvent(QPaintEvent *event)
         m_painted = true;
         Q_EMIT firstPicturePainted();
     }
+}
+
+void BWCenteringClipView::windowFlushed()
+{
+    if (std::exchange(m_isNew, false))
+        m_renderer.imageShown(m_image);
 }
 
 /// Drawn for the picture that shows, which follows a change of the layout a little later. On a picture of another size

@@ -30,6 +30,9 @@ public:
     /// Shows nothing until the next frame.
     void clear();
 
+    /// What was painted last has been handed to the display server.
+    void windowFlushed();
+
 Q_SIGNALS:
     /// The image was clicked; not by a click that only brought the program to the front.
     void mousePressed();
@@ -73,4 +76,5 @@ private:
     double m_gridDistance = 0;
     int m_wheel = 0;
     bool m_painted = false;
+    bool m_isNew = false; // m_image, and not flushed yet
 };

@@ -94,6 +94,15 @@ void BWMainWindow::layOutContent()
     m_statusPill->placeIn(m_content->rect().adjusted(0, BWLiveViewGeometry::barHeight, 0, 0));
 }
 
+bool BWMainWindow::event(QEvent *event)
+{
+    const bool result = QMainWindow::event(event);
+    // This event paints what is due and flushes it. When the screen shows it, neither X11 nor Wayland says.
+    if (event->type() == QEvent::UpdateRequest)
+        m_clipView->windowFlushed();
+    return result;
+}
+
 bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_content && event->type() == QEvent::Resize) {

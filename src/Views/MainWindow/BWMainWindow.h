@@ -50,6 +50,7 @@ Q_SIGNALS:
     void otherKeyPressed(int key, bool autoRepeat);
 
 protected:
+    bool event(QEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
