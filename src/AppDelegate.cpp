@@ -143,6 +143,7 @@ void AppDelegate::prepareUI()
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, m_productInUse);
     m_grid = std::make_unique<BWGridController>(*m_window, *m_liveView, m_productInUse, texts);
     m_window->menu().showTools(m_options.technician);
+    m_window->showStatistics(config.showStatistics());
     prepareCapture();
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_session, m_productInUse,
                                                               m_options.openUrl, m_clock);
@@ -217,6 +218,8 @@ void AppDelegate::connectActions()
     connect(menu.openAlbumFolder, &QAction::triggered, this, &AppDelegate::openAlbumFolder);
     connect(&bar, &BWControlBar::albumsTriggered, this, &AppDelegate::onSettingsAlbums);
     connect(&bar, &BWControlBar::settingsTriggered, m_auxiliaryWindows.get(), &BWAuxiliaryWindows::showSettings);
+    connect(menu.statistics, &QAction::triggered, this,
+            [this](bool shown) { m_repository.configManager().setShowStatistics(shown); });
     connect(menu.snapshot, &QAction::triggered, this, &AppDelegate::forceSnapshot);
     connect(&bar, &BWControlBar::snapshotTriggered, this, &AppDelegate::forceSnapshot);
     connect(&m_window->centeringClipView(), &BWCenteringClipView::spacePressed, this, &AppDelegate::forceSnapshot);
@@ -332,6 +335,7 @@ void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)
         reportUnstoredSettings();
         if (mustResetLayout)
             resetLayout();
+        m_window->showStatistics(m_repository.configManager().showStatistics());
         m_sessionWindows->settingsChanged();
         m_capture->setButtonRecords(m_repository.configManager().saveVideoOnHardwareButton(), [this] { onRecord(); });
     });

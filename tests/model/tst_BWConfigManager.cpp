@@ -69,6 +69,7 @@ private Q_SLOTS:
         row("remember_layout", u"no"_s, [](BWConfigManager &m) { m.setRememberLayout(false); });
         row("video_button", u"yes"_s, [](BWConfigManager &m) { m.setSaveVideoOnHardwareButton(true); });
         row("snapshot_click", u"no"_s, [](BWConfigManager &m) { m.setSaveSnapshotOnClick(false); });
+        row("show_statistics", u"yes"_s, [](BWConfigManager &m) { m.setShowStatistics(true); });
         row("first_time", u"no"_s, [](BWConfigManager &m) { m.setFirstTime(false); });
         row("old_settings_imported", u"yes"_s, [](BWConfigManager &m) { m.setOldSettingsImported(true); });
         row("default_album_name", albumName, [](BWConfigManager &m) { m.setDefaultAlbumName(albumName); });
@@ -89,6 +90,7 @@ private Q_SLOTS:
         QMap<QString, QString> stored{{u"bwp2x_remember_layout"_s, u"no"_s},
                                       {u"bwp2x_video_button"_s, u"yes"_s},
                                       {u"bwp2x_snapshot_click"_s, u"no"_s},
+                                      {u"bwp2x_show_statistics"_s, u"yes"_s},
                                       {u"bwp2x_first_time"_s, u"no"_s},
                                       {u"bwp2x_old_settings_imported"_s, u"yes"_s},
                                       {u"bwp2x_default_album_name"_s, u"Other"_s},

@@ -2,6 +2,7 @@
 
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Help/BWShortcutTable.h"
+#include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWFlashActionViewController.h"
@@ -89,9 +90,10 @@ public:
     void judge(const QWidget &widget)
     {
         place(widget);
-        const bool isKnown = judgeAs<QLabel, QPushButton, QToolButton, QComboBox, QSpinBox, QLineEdit, BWLightTabBar,
-                                     QMenuBar, QMenu, BWStatusPill, BWThumbnailNotice, BWFlashActionViewController,
-                                     QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
+        const bool isKnown =
+            judgeAs<QLabel, QPushButton, QToolButton, QComboBox, QSpinBox, QLineEdit, BWLightTabBar, QMenuBar, QMenu,
+                    BWStatusPill, BWStatisticsPanel, BWThumbnailNotice, BWFlashActionViewController, QTreeWidget,
+                    BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
         if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
             fault(widget, u"is of a kind that this check does not know"_s);
     }
@@ -186,16 +188,18 @@ private:
     }
 
     /// As it is drawn, on black: nothing light, which is to say no letter, at its ends.
-    void judgeKind(const BWStatusPill &pill)
+    void judgeKind(const BWStatusPill &pill) { endsAreFree(pill, pill.text()); }
+    void judgeKind(const BWStatisticsPanel &panel) { endsAreFree(panel, panel.text()); }
+    void endsAreFree(const QWidget &pill, const QString &text)
     {
         QImage drawn(pill.size(), QImage::Format_RGB32);
         drawn.fill(Qt::black);
-        const_cast<BWStatusPill &>(pill).render(&drawn, {}, {}, {});
+        const_cast<QWidget &>(pill).render(&drawn, {}, {}, {});
         for (int i = 0; i < 12 * drawn.height(); ++i) {
             const QPoint left(i % 12, i / 12);
             const QPoint right(drawn.width() - 1 - left.x(), left.y());
             if (std::max(qGray(drawn.pixel(left)), qGray(drawn.pixel(right))) > 127)
-                return fault(pill, u"is too narrow for \"%1\""_s.arg(pill.text()));
+                return fault(pill, u"is too narrow for \"%1\""_s.arg(text));
         }
     }
 

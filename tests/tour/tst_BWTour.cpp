@@ -24,6 +24,7 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
@@ -217,6 +218,13 @@ private Q_SLOTS:
         m_window->menu().grid->trigger();
         showFrames();
         see(m_window, u"main-grid"_s);
+        m_window->menu().statistics->trigger();
+        QTRY_VERIFY(m_window->findChild<BWStatisticsPanel *>()->isVisible()); // by way of the settings
+        see(m_window, u"main-statistics"_s);
+        m_window->resize(m_window->minimumSizeHint());
+        see(m_window, u"main-statistics-narrowest"_s);
+        m_window->menu().statistics->trigger();
+        m_window->resize(usual);
         const auto menus = m_window->menuBar()->actions();
         int number = 0;
         for (const QAction *action : menus)

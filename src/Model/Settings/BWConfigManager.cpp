@@ -15,6 +15,7 @@ namespace {
 const QString rememberLayoutKey = u"bwp2x_remember_layout"_s;
 const QString videoButtonKey = u"bwp2x_video_button"_s;
 const QString snapshotClickKey = u"bwp2x_snapshot_click"_s;
+const QString showStatisticsKey = u"bwp2x_show_statistics"_s;
 const QString firstTimeKey = u"bwp2x_first_time"_s;
 const QString oldSettingsImportedKey = u"bwp2x_old_settings_imported"_s;
 const QString defaultAlbumNameKey = u"bwp2x_default_album_name"_s;
@@ -189,6 +190,12 @@ void BWConfigManager::setSaveSnapshotOnClick(bool snapshot)
     changed();
 }
 
+void BWConfigManager::setShowStatistics(bool show)
+{
+    m_showStatistics = show;
+    changed();
+}
+
 void BWConfigManager::setFirstTime(bool firstTime)
 {
     m_firstTime = firstTime;
@@ -225,6 +232,7 @@ void BWConfigManager::load()
     readBoolean(m_defaults, rememberLayoutKey, m_rememberLayout);
     readBoolean(m_defaults, videoButtonKey, m_saveVideoOnHardwareButton);
     readBoolean(m_defaults, snapshotClickKey, m_saveSnapshotOnClick);
+    readBoolean(m_defaults, showStatisticsKey, m_showStatistics);
     readBoolean(m_defaults, firstTimeKey, m_firstTime);
     readBoolean(m_defaults, oldSettingsImportedKey, m_oldSettingsImported);
     m_defaultAlbumName = m_defaults.string(defaultAlbumNameKey);
@@ -252,6 +260,7 @@ QJsonObject BWConfigManager::texts() const
     QJsonObject texts{{rememberLayoutKey, yesOrNo(m_rememberLayout)},
                       {videoButtonKey, yesOrNo(m_saveVideoOnHardwareButton)},
                       {snapshotClickKey, yesOrNo(m_saveSnapshotOnClick)},
+                      {showStatisticsKey, yesOrNo(m_showStatistics)},
                       {firstTimeKey, yesOrNo(m_firstTime)},
                       {oldSettingsImportedKey, yesOrNo(m_oldSettingsImported)}};
     if (!m_defaultAlbumName.isNull()) // a name once stored stays

@@ -73,6 +73,9 @@ public:
     void setSaveVideoOnHardwareButton(bool video);
     bool saveSnapshotOnClick() const { return m_saveSnapshotOnClick; }
     void setSaveSnapshotOnClick(bool snapshot);
+    /// Figures over the live image.
+    bool showStatistics() const { return m_showStatistics; }
+    void setShowStatistics(bool show);
     /// No product has been chosen on this machine yet.
     bool firstTime() const { return m_firstTime; }
     void setFirstTime(bool firstTime);
@@ -118,6 +121,7 @@ private:
     bool m_rememberLayout = true;
     bool m_saveVideoOnHardwareButton = false;
     bool m_saveSnapshotOnClick = true;
+    bool m_showStatistics = false;
     bool m_mustResetLayout = false;
     bool m_firstTime = true;
     bool m_oldSettingsImported = false;

@@ -59,6 +59,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_viewMenu->addSeparator();
     grid = add(m_viewMenu, u"Ctrl+G"_s);
     grid->setCheckable(true);
+    statistics = add(m_viewMenu, u"Ctrl+I"_s);
+    statistics->setCheckable(true);
     fullScreen = add(m_viewMenu, u"F11"_s);
     fullScreen->setCheckable(true);
 
@@ -126,6 +128,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(flipHorizontally, manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
     set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));
     set(grid, manager.text(u"main_menu"_s, u"grid_menu_item"_s, u"&Measuring grid"_s));
+    set(statistics, manager.text(u"main_menu"_s, u"statistics_menu_item"_s, u"&Statistics"_s));
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
 
     // The item and the menu that it opens are two texts, because translators may want them to differ. Only the menu shows.

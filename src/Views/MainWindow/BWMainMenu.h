@@ -61,6 +61,7 @@ public:
     QAction *flipHorizontally;
     QAction *flipVertically;
     QAction *grid;
+    QAction *statistics;
     QAction *fullScreen;
     QAction *cameraWindowMenuItem;
     QAction *albumManagerMenuItem;

@@ -1,10 +1,12 @@
 #include "Views/MainWindow/BWMainWindow.h"
 
+#include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
@@ -21,7 +23,8 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
       m_menu(new BWMainMenu(*this)),
       m_clipView(new BWCenteringClipView(renderer, m_content)),
       m_controlBar(new BWControlBar(*m_menu, m_content)),
-      m_statusPill(new BWStatusPill(m_content))
+      m_statusPill(new BWStatusPill(m_content)),
+      m_statistics(new BWStatisticsPanel([&renderer] { return renderer.figures(); }, m_content))
 {
     BWAccessibleRoles::install();
     setObjectName(u"main"_s);
@@ -43,6 +46,7 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
     m_clipView->setAccessibleName(manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s));
     m_menu->localizeWithManager(manager);
     m_controlBar->localizeWithManager(manager);
+    m_statistics->localizeWithManager(manager);
     updateMinimumSize();
     layOutContent();
 }
@@ -73,6 +77,12 @@ void BWMainWindow::setFullScreen(bool fullScreen)
     setWindowState(windowState().setFlag(Qt::WindowFullScreen, fullScreen));
 }
 
+void BWMainWindow::showStatistics(bool shown)
+{
+    m_menu->statistics->setChecked(shown);
+    m_statistics->setVisible(shown);
+}
+
 void BWMainWindow::keyPressEvent(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::Cancel) && isFullScreen())
@@ -84,14 +94,17 @@ void BWMainWindow::keyPressEvent(QKeyEvent *event)
 /// The control bar decides how narrow the window may become; its captions and contents change.
 void BWMainWindow::updateMinimumSize()
 {
-    m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + 160);
+    constexpr int picture = 200; // of which the statistics and a status line that wraps leave a little
+    m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + picture);
 }
 
 void BWMainWindow::layOutContent()
 {
     m_clipView->setGeometry(m_content->rect());
     m_controlBar->setGeometry(0, 0, m_content->width(), BWLiveViewGeometry::barHeight);
-    m_statusPill->placeIn(m_content->rect().adjusted(0, BWLiveViewGeometry::barHeight, 0, 0));
+    const QRect picture = m_content->rect().adjusted(0, BWLiveViewGeometry::barHeight, 0, 0);
+    m_statusPill->placeIn(picture);
+    m_statistics->placeIn(picture);
 }
 
 bool BWMainWindow::event(QEvent *event)

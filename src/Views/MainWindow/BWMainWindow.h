@@ -10,6 +10,7 @@ class BWControlBar;
 class BWFrameAutosave;
 class BWLiveRenderer;
 class BWMainMenu;
+class BWStatisticsPanel;
 class BWStatusPill;
 class BWUserDefaults;
 
@@ -38,6 +39,8 @@ public:
     void setVisible(bool visible) override;
 
     void setFullScreen(bool fullScreen);
+    /// The figures over the live image, and the menu's check mark.
+    void showStatistics(bool shown);
 
     /// Asked when the user closes the window: true to let it close. By default it may.
     void setShouldClose(std::function<bool()> shouldClose) { m_shouldClose = std::move(shouldClose); }
@@ -67,6 +70,7 @@ private:
     BWCenteringClipView *m_clipView;
     BWControlBar *m_controlBar;
     BWStatusPill *m_statusPill;
+    BWStatisticsPanel *m_statistics;
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
 };
