@@ -6,6 +6,7 @@ usage: test_camera_window.py PROGRAM HANGING_DISK
 """
 
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -218,6 +219,8 @@ class CameraWindow(ProgramTest):
         self.assertEqual(self.program.wait_for_end(), 0)
 
     def test_minimised(self):
+        self.store("bwp2x_video_button=yes")
+        self.desktop.environment["BW_STATISTICS"] = "1"
         self.start_with_picture()
 
         def windows(*which):
@@ -226,12 +229,19 @@ class CameraWindow(ProgramTest):
         window = windows("--onlyvisible")[0].decode()
         self.desktop.input("windowminimize", window)
         wait_until("it is minimised", lambda: not windows("--onlyvisible"))
+        self.hand("Press Button")
+        self.wait_until_recorded(45)
+        self.hand("Press Button")
+        movie, = wait_until("the movie is in the album", lambda: self.captures("*_video_*.mov"))
         self.hand("Unplug")
         wait_until("the camera is gone", lambda: "Camera session: waiting" in self.program.log)
         self.hand("Plug In")
         wait_until("the camera brings it up", lambda: windows("--onlyvisible"))
         wait_for_picture(self.program)
         self.program.quit()
+        counted = dict(re.findall(r"(\w+)=(\d+)", self.program.log.partition("statistics: ")[2]))
+        self.assertGreater(int(counted["shown"]), 0)
+        self.assertGreaterEqual(int(counted["received"]) - int(counted["decoded"]), frames_of(movie))
 
     def choose_resolution(self, *keys):
         self.program.click("combo box", "Resolution")

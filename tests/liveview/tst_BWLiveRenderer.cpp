@@ -127,6 +127,34 @@ private Q_SLOTS:
         QVERIFY2(most <= 3, qPrintable(QString::number(most))); // one waits, one is worked on, one shows
     }
 
+    void nothingIsMadeWhileNobodyLooks()
+    {
+        BWLiveRenderer renderer;
+        ImageCounter ready(renderer);
+        renderer.setRequest(wholePicture());
+        std::atomic<int> alive = 0;
+        renderer.prepareBuffer(greyFrame(20, alive));
+        QTRY_COMPARE(ready.size(), 1);
+        renderer.prepareBuffer(greyFrame(50, alive)); // waits until the first one is taken
+        renderer.setSeen(false);
+        QCOMPARE(alive.load(), 1);
+        for (const int level : {80, 110})
+            renderer.prepareBuffer(greyFrame(level, alive));
+        BWRenderedImage image;
+        QVERIFY(!renderer.takeImage(image));
+        renderer.clear(); // the thread has nothing left to do when the last frame is gone
+        QTRY_COMPARE(alive.load(), 0);
+        const BWLiveViewStatistics counts = renderer.statistics();
+        QCOMPARE((QList{counts.received, counts.decoded, counts.shown, counts.dropped}), (QList<uint64_t>{4, 1, 0, 0}));
+
+        renderer.setRequest(wholePicture(150));
+        renderer.setSeen(true);
+        renderer.prepareBuffer(greyFrame(140, alive));
+        QTRY_COMPARE(ready.size(), 2);
+        QVERIFY(renderer.takeImage(image));
+        QVERIFY(qAbs(image.image.pixelColor(10, 10).red() - 140) <= 2);
+    }
+
     void tornJpegs_data()
     {
         const Rows<int, unsigned> row;

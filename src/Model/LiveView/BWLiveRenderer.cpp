@@ -27,12 +27,29 @@ void BWLiveRenderer::prepareBuffer(const BWFrame &frame)
     const Clock::time_point now = Clock::now();
     {
         const std::lock_guard lock(m_mutex);
-        std::swap(m_frame, previous);
         ++m_statistics.received;
         m_meter.addReceived(now);
+        if (!m_seen)
+            return;
+        std::swap(m_frame, previous);
         if (!previous.isNull()) {
             ++m_statistics.dropped;
             m_meter.addDropped();
+        }
+    }
+    m_wake.notify_one();
+}
+
+void BWLiveRenderer::setSeen(bool seen)
+{
+    BWFrame previous;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_seen = seen;
+        if (!seen) {
+            std::swap(m_frame, previous);
+            m_image = {};
+            m_imageWaiting = false;
         }
     }
     m_wake.notify_one();
@@ -112,7 +129,7 @@ std::optional<BWLiveViewMeter::Latencies> BWLiveRenderer::latencies() const
 bool BWLiveRenderer::hasWork() const
 {
     const bool canShow = !m_imageWaiting && !m_request.visible.isEmpty();
-    return m_quit || m_clear || m_requestChanged || (!m_frame.isNull() && canShow);
+    return m_quit || m_clear || (m_seen && (m_requestChanged || (!m_frame.isNull() && canShow)));
 }
 
 void BWLiveRenderer::run()
@@ -161,7 +178,7 @@ void BWLiveRenderer::run()
             continue;
         {
             const std::lock_guard lock(m_mutex);
-            if (m_clear)
+            if (m_clear || !m_seen)
                 continue;
             m_image = std::move(image);
             m_image.captured = captured;

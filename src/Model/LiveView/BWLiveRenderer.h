@@ -17,7 +17,7 @@ struct BWLiveViewStatistics {
     uint64_t decoded = 0; ///< made ready to be drawn
     uint64_t shown = 0; ///< drawn on the screen
     uint64_t bad = 0; ///< could not be decoded
-    uint64_t dropped = 0; ///< replaced by a newer frame before they were decoded
+    uint64_t dropped = 0; ///< replaced by a newer frame before they were decoded, though somebody could see the image
 };
 
 /// Makes screen pixels of camera frames on a thread of its own. The newest frame wins: one that is not drawn in time
@@ -34,6 +34,10 @@ public:
 
     /// Hands over a frame to be shown. Any thread, in practice the camera's; never waits for the drawing.
     void prepareBuffer(const BWFrame &frame);
+
+    /// Whether anybody can see the image, as is assumed at first. While nobody can, frames are only counted: none is kept,
+    /// decoded or drawn, so that the next image is of a new frame.
+    void setSeen(bool seen);
 
     /// What to draw from now on; redraws the last picture.
     void setRequest(const BWRenderRequest &request);
@@ -69,6 +73,7 @@ private:
     BWLiveViewMeter m_meter;
     uint64_t m_lastShown = 0;
     uint64_t m_lastMeasured = 0;
+    bool m_seen = true;
     bool m_imageWaiting = false;
     bool m_requestChanged = false;
     bool m_clear = false;

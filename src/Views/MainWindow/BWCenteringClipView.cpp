@@ -98,6 +98,19 @@ void BWCenteringClipView::clear()
     viewport()->update();
 }
 
+void BWCenteringClipView::setSeen(bool seen)
+{
+    constexpr double moment = 0.5; // seconds
+    if (std::exchange(m_isSeen, seen) == seen)
+        return;
+    m_renderer.setSeen(seen);
+    if (const auto forgetting = std::exchange(m_forgetting, {}))
+        forgetting->cancel();
+    if (!seen)
+        m_forgetting = DispatchAfterStrict::dispatchForQueue(
+            this, [this] { clear(); }, moment);
+}
+
 QPoint BWCenteringClipView::scrollPosition() const
 {
     return {horizontalScrollBar()->value(), verticalScrollBar()->value()};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/LiveView/BWLiveViewGeometry.h"
 
@@ -29,6 +30,10 @@ public:
 
     /// Shows nothing until the next frame.
     void clear();
+
+    /// Whether anybody can see the image. While nobody can, none is made. The last picture stays for a moment, because a
+    /// busy desktop may say for a moment that the window is hidden; then it goes, and only a new one is shown.
+    void setSeen(bool seen);
 
     /// What was painted last has been handed to the display server.
     void windowFlushed();
@@ -76,5 +81,7 @@ private:
     double m_gridDistance = 0;
     int m_wheel = 0;
     bool m_painted = false;
+    bool m_isSeen = true;
+    DispatchAfterStrict::Handle m_forgetting;
     bool m_isNew = false; // m_image, and not flushed yet
 };

@@ -15,6 +15,7 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QMenuBar>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -79,8 +80,17 @@ void BWMainWindow::setFullScreen(bool fullScreen)
 
 void BWMainWindow::showStatistics(bool shown)
 {
+    m_statisticsWanted = shown;
     m_menu->statistics->setChecked(shown);
-    m_statistics->setVisible(shown);
+    m_statistics->setVisible(shown && m_isSeen);
+}
+
+/// Not minimised, nor on another desktop, nor covered, as far as the desktop reports it.
+void BWMainWindow::updateSeen()
+{
+    m_isSeen = isVisible() && !isMinimized() && windowHandle() && windowHandle()->isExposed();
+    m_clipView->setSeen(m_isSeen);
+    m_statistics->setVisible(m_statisticsWanted && m_isSeen);
 }
 
 void BWMainWindow::keyPressEvent(QKeyEvent *event)
@@ -122,6 +132,8 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
         layOutContent();
         Q_EMIT resized();
     }
+    if (watched == windowHandle() && event->type() == QEvent::Expose)
+        updateSeen();
     if (watched == m_controlBar && event->type() == QEvent::LayoutRequest)
         updateMinimumSize();
     return QMainWindow::eventFilter(watched, event);
@@ -138,12 +150,15 @@ void BWMainWindow::changeEvent(QEvent *event)
     if (event->type() != QEvent::WindowStateChange)
         return;
     m_menu->fullScreen->setChecked(isFullScreen()); // the desktop can change it as well
+    if (isMinimized() || !m_isSeen)
+        updateSeen();
     Q_EMIT occlusionStateChanged();
 }
 
 void BWMainWindow::showEvent(QShowEvent *event)
 {
     QMainWindow::showEvent(event);
+    windowHandle()->installEventFilter(this);
     Q_EMIT occlusionStateChanged();
 }
 

@@ -62,6 +62,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void updateSeen();
     void updateMinimumSize();
     void layOutContent();
 
@@ -73,4 +74,7 @@ private:
     BWStatisticsPanel *m_statistics;
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
+    bool m_statisticsWanted = false;
+    // Until the desktop says otherwise: the first frame may be decoded before the window shows.
+    bool m_isSeen = true;
 };
