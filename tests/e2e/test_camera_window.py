@@ -240,7 +240,6 @@ class CameraWindow(ProgramTest):
         wait_for_picture(self.program)
         self.program.quit()
         counted = dict(re.findall(r"(\w+)=(\d+)", self.program.log.partition("statistics: ")[2]))
-        self.assertGreater(int(counted["shown"]), 0)
         self.assertGreaterEqual(int(counted["received"]) - int(counted["decoded"]), frames_of(movie))
 
     def choose_resolution(self, *keys):

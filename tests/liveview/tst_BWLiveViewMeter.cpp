@@ -1,5 +1,3 @@
-#include "Rows.h"
-
 #include "Model/LiveView/BWLiveViewMeter.h"
 
 #include <QTest>
@@ -7,80 +5,62 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-/// Some frames of a camera, one interval apart. Every so many one is shown, 20 ms later, and the others are dropped.
-struct Stretch {
-    int frames;
-    std::chrono::milliseconds interval;
-    int shownOf = 1;
-};
-
 class TestLiveViewMeter : public QObject {
     Q_OBJECT
+
+    BWLiveViewMeter m_meter;
+    BWLiveViewMeter::Time m_now{1h};
 
     /// Camera's rate, screen's rate, dropped, latency.
     QString figures() const
     {
-        const BWLiveViewFigures figures = m_meter->figures(m_now);
-        const auto number = [](const auto &value) { return value ? QString::number(*value, 'f', 0) : u"-"_s; };
-        return QStringList{number(figures.cameraRate), number(figures.screenRate),
-                           number(figures.dropped ? std::optional<double>(*figures.dropped) : std::nullopt),
-                           number(figures.latency ? std::optional(figures.latency->count() / 1e3) : std::nullopt)}
-            .join(u' ');
+        const BWLiveViewFigures figures = m_meter.figures(m_now);
+        if (!figures.cameraRate && !figures.screenRate && !figures.dropped && !figures.latency)
+            return u"nothing"_s;
+        return u"%1 %2 %3 %4"_s.arg(qRound(*figures.cameraRate))
+            .arg(qRound(*figures.screenRate))
+            .arg(*figures.dropped)
+            .arg(figures.latency ? figures.latency->count() / 1000 : -1);
     }
 
-    void run(const Stretch &stretch)
+    /// After some more frames, of which every so many is shown, 20 ms later.
+    QString after(int frames, std::chrono::milliseconds interval, int shownOf = 1)
     {
-        for (int i = 1; i <= stretch.frames; ++i) {
-            m_now += stretch.interval;
-            m_meter->addReceived(m_now);
-            if (i % stretch.shownOf == 0)
-                m_meter->addShown(m_now - 20ms, m_now);
-            else
-                m_meter->addDropped();
+        for (int i = 1; i <= frames; ++i) {
+            m_meter.addReceived(m_now += interval);
+            i % shownOf == 0 ? m_meter.addShown(m_now - 20ms, m_now) : m_meter.addDropped();
         }
+        return figures();
     }
-
-    std::unique_ptr<BWLiveViewMeter> m_meter;
-    BWLiveViewMeter::Time m_now{1h};
 
 private Q_SLOTS:
-    void init() { m_meter = std::make_unique<BWLiveViewMeter>(); }
-
-    void figuresOfTheLastSecond_data()
-    {
-        const Rows<QList<Stretch>, std::chrono::milliseconds, QString> row; // how long after the last frame
-        row("nothing yet", {}, 0ms, u"- - - -"_s);
-        row("one frame", {{1, 33ms}}, 0ms, u"1 1 0 20"_s);
-        row("between two frames", {{300, 40ms}}, 39ms, u"25 25 0 20"_s);
-        row("every third on the screen", {{90, 10ms, 3}}, 0ms, u"100 33 60 20"_s);
-        row("slow camera", {{9, 500ms}}, 0ms, u"2 2 0 20"_s);
-        row("more frames than are kept", {{5000, 1ms, 2}}, 0ms, u"1000 500 2500 20"_s);
-        row("stalled", {{60, 40ms, 2}}, 1000ms, u"0 0 30 -"_s);
-        row("back after a stall", {{60, 40ms, 2}, {1, 60s}, {20, 20ms}}, 0ms, u"50 50 30 20"_s);
-        row("same time", {{5, 0ms}}, 0ms, u"5 5 0 20"_s);
-    }
     void figuresOfTheLastSecond()
     {
-        const auto [stretches, pause, expected] = Rows<QList<Stretch>, std::chrono::milliseconds, QString>::current();
-        for (const Stretch &stretch : stretches)
-            run(stretch);
-        m_now += pause;
-        QCOMPARE(figures(), expected);
-        m_meter->restart(m_now); // nothing of the old camera is said of the next one
-        QCOMPARE(figures(), u"- - - -"_s);
-        run({2, 100ms});
-        QCOMPARE(figures(), u"10 10 0 20"_s);
+        QCOMPARE(figures(), u"nothing"_s);
+        QCOMPARE(after(1, 33ms), u"1 1 0 20"_s);
+        QCOMPARE(after(300, 40ms), u"25 25 0 20"_s);
+        m_now += 39ms;
+        QCOMPARE(figures(), u"25 25 0 20"_s);
+        m_now += 1s; // it stalls
+        QCOMPARE(figures(), u"0 0 0 -1"_s);
+        QCOMPARE(after(90, 10ms, 3), u"100 33 60 20"_s);
+        m_meter.restart(m_now); // another camera
+        QCOMPARE(figures(), u"nothing"_s);
+        QCOMPARE(after(5, 0ms), u"5 5 0 20"_s);
+        QCOMPARE(after(9, 500ms), u"2 2 0 20"_s);
+        QCOMPARE(after(5000, 1ms, 2), u"1000 500 2500 20"_s); // more than are kept
     }
 
-    void latenciesOfTheWholeRun()
+    void latenciesOfTheLastPictures()
     {
-        QVERIFY(!m_meter->latencies());
+        m_meter = {};
+        QVERIFY(!m_meter.latencies());
         for (int i = 100; i > 0; --i)
-            m_meter->addShown(m_now - std::chrono::milliseconds(i), m_now);
-        m_meter->restart(m_now);
-        QVERIFY(m_meter->latencies()->median == 50ms && m_meter->latencies()->percentile99 == 99ms);
-        run({2000, 33ms}); // the old ones are forgotten
-        QVERIFY(m_meter->latencies()->percentile99 == 20ms);
+            m_meter.addShown(m_now - std::chrono::milliseconds(i), m_now);
+        m_meter.restart(m_now);
+        QVERIFY(m_meter.latencies()->median == 50ms && m_meter.latencies()->percentile99 == 99ms);
+        after(2000, 33ms); // the old ones are forgotten
+        QVERIFY(m_meter.latencies()->percentile99 == 20ms);
     }
 };
 

@@ -22,8 +22,8 @@ private Q_SLOTS:
     {
         const Rows<BWLiveViewFigures, QString> row;
         row("no camera", {}, u"Camera –, Screen –, Dropped –, Latency –"_s);
-        row("usual", {30.04, 29.6, 0, 23500us}, u"Camera 30 fps, Screen 30 fps, Dropped 0, Latency 24 ms"_s);
-        row("slow", {7.52, 0, 12345, 1200ms}, u"Camera 7,5 fps, Screen 0 fps, Dropped 12.345, Latency 1.200 ms"_s);
+        row("stalled", {0, 0, 12345, {}}, u"Camera 0 fps, Screen 0 fps, Dropped 12.345, Latency –"_s);
+        row("usual", {29.6, 7.52, 0, 23500us}, u"Camera 30 fps, Screen 7,5 fps, Dropped 0, Latency 24 ms"_s);
     }
     void figures()
     {
