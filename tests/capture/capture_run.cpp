@@ -8,6 +8,7 @@
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/Capture/BWCaptureRecovery.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "Utils/BWMainQueue.h"
 
 #include <cstdio>
 #include <QCoreApplication>
@@ -88,7 +89,7 @@ private:
         });
         m_camera->setResolution(m_resolution, {});
         m_camera->startWithCompletion(
-            [this](bool) { QMetaObject::invokeMethod(qApp, [this] { m_controller.toggleRecording(m_camera); }); });
+            [this](bool) { BWMainQueue::post(m_camera, [this] { m_controller.toggleRecording(m_camera); }); });
     }
 
     static void ended(const BWCaptureResult &result)
