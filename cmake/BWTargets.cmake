@@ -75,11 +75,17 @@ function(bw_program name)
     endforeach()
 endfunction()
 
+# The longest that most tests may take; under a sanitizer everything is slow.
+set(bw_test_seconds 120)
+if(BW_SANITIZE)
+    set(bw_test_seconds 480)
+endif()
+
 # bw_test(NAME SOURCES file... LINK target...): one Qt Test program, run by ctest without a display.
 function(bw_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LINK;LABELS" ${ARGN})
     bw_program(${name} SOURCES ${arg_SOURCES} LINK Qt6::Test bw_test_support ${arg_LINK})
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 120 LABELS "${arg_LABELS}"
-                         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=Europe/Berlin;TSAN_OPTIONS=die_after_fork=0:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${bw_test_seconds} LABELS "${arg_LABELS}"
+                         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=Europe/Berlin")
 endfunction()

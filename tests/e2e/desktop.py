@@ -13,6 +13,7 @@ from pathlib import Path
 
 WIDTH, HEIGHT = 1280, 800
 PATIENCE = float(os.environ.get("BW_PATIENCE", "1"))  # a factor for all waiting, on slow computers
+KEPT = {name: value for name, value in os.environ.items() if name == "PATH" or name.endswith("SAN_OPTIONS")}
 MISSING = "{} is missing; install the test packages of tools/packages.txt"
 
 
@@ -90,9 +91,7 @@ class Desktop:
         for place in places.values():
             place.mkdir(parents=True, exist_ok=True)
         places["XDG_RUNTIME_DIR"].chmod(0o700)
-        kept = {name: os.environ[name] for name in ("PATH", "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
-                if name in os.environ}
-        self.environment = {**kept, **{name: str(place) for name, place in places.items()},
+        self.environment = {**KEPT, **{name: str(place) for name, place in places.items()},
                             "LC_ALL": "C.UTF-8", "TZ": "Europe/Berlin", "QT_QPA_PLATFORM": "xcb"}
 
         self._start_display()

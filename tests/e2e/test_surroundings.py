@@ -12,7 +12,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from desktop import PATIENCE, wait_until
+from desktop import KEPT, PATIENCE, wait_until
 
 PROGRAM = None
 
@@ -26,7 +26,7 @@ class Surroundings(unittest.TestCase):
     def start(self, *arguments, home=None, shell='exec "$0" "$@"', **options):
         """Without a display."""
         home = os.fsencode(home or self.home)
-        environment = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "offscreen", "HOME": home,
+        environment = {**KEPT, "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "offscreen", "HOME": home,
                        "XDG_CONFIG_HOME": home + b"/.config", "XDG_RUNTIME_DIR": self.folder, "TMPDIR": self.folder}
         process = subprocess.Popen(["/bin/sh", "-c", shell, PROGRAM, *arguments], env=environment, **options)
         self.addCleanup(lambda: (process.kill(), process.wait()))
