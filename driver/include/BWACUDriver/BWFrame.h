@@ -63,8 +63,9 @@ class BWFrame {
 public:
     BWFrame() = default;
 
-    /// Takes over a buffer. `release` is called exactly once, when the last copy of the frame is gone.
-    BWFrame(const BWFrameInfo &info, std::function<void()> release);
+    /// Takes over a buffer. `release` is called exactly once, when the last copy of the frame is gone; `owner`, if
+    /// given, lives until then. A function that captures at most two plain pointers or numbers costs no allocation.
+    BWFrame(const BWFrameInfo &info, std::function<void()> release, std::shared_ptr<void> owner = nullptr);
 
     bool isNull() const { return !m_buffer; }
     explicit operator bool() const { return static_cast<bool>(m_buffer); }

@@ -1,11 +1,53 @@
 #include "BWACUDriver/BWFrame.h"
 
 #include <algorithm>
+#include <mutex>
+#include <new>
 #include <utility>
 
+namespace {
+
+/// Keeps the memory of objects that are gone for the next ones of their type. Any thread.
+template <typename T>
+class RecyclingAllocator {
+public:
+    using value_type = T;
+
+    RecyclingAllocator() = default;
+    template <typename Other>
+    explicit RecyclingAllocator(const RecyclingAllocator<Other> &)
+    {
+    }
+
+    T *allocate(std::size_t count)
+    {
+        const std::lock_guard lock(pool.mutex);
+        return static_cast<T *>(pool.count > 0 ? pool.free[--pool.count] : ::operator new(count * sizeof(T)));
+    }
+    void deallocate(T *object, std::size_t)
+    {
+        const std::lock_guard lock(pool.mutex);
+        if (pool.count < pool.free.size())
+            pool.free[pool.count++] = object;
+        else
+            ::operator delete(object);
+    }
+    bool operator==(const RecyclingAllocator &) const { return true; }
+
+private:
+    struct Pool {
+        std::mutex mutex;
+        std::array<void *, 32> free;
+        std::size_t count;
+    };
+    static inline constinit Pool pool{}; // never destroyed, as the last frame may outlive main()
+};
+
+} // namespace
+
 struct BWFrame::Buffer {
-    Buffer(const BWFrameInfo &frameInfo, std::function<void()> releaseFunction)
-        : info(frameInfo), release(std::move(releaseFunction))
+    Buffer(const BWFrameInfo &frameInfo, std::function<void()> releaseFunction, std::shared_ptr<void> itsOwner)
+        : info(frameInfo), owner(std::move(itsOwner)), release(std::move(releaseFunction))
     {
     }
     ~Buffer()
@@ -17,6 +59,7 @@ struct BWFrame::Buffer {
     Buffer &operator=(const Buffer &) = delete;
 
     BWFrameInfo info;
+    std::shared_ptr<void> owner;
     std::function<void()> release;
 };
 
@@ -58,8 +101,9 @@ bool BWFrameInfo::isWholeRawPicture() const
     });
 }
 
-BWFrame::BWFrame(const BWFrameInfo &info, std::function<void()> release)
-    : m_buffer(std::make_shared<const Buffer>(info, std::move(release)))
+BWFrame::BWFrame(const BWFrameInfo &info, std::function<void()> release, std::shared_ptr<void> owner)
+    : m_buffer(
+        std::allocate_shared<const Buffer>(RecyclingAllocator<Buffer>(), info, std::move(release), std::move(owner)))
 {
 }
 

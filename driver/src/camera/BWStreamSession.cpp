@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <future>
+#include <pthread.h>
 #include <utility>
 
 namespace {
@@ -53,6 +54,7 @@ std::shared_ptr<BWStreamSession> BWStreamSession::create(BWCamera &camera, const
     session->m_ended = ended.get_future();
     session->m_thread = std::thread([session, ended = std::move(ended)]() mutable {
         capturingSession = session.get();
+        pthread_setname_np(pthread_self(), "capture");
         session->run();
         --captureThreads;
         ended.set_value();

@@ -101,7 +101,8 @@ std::size_t BWVideoBuffers::bytesUsed(const v4l2_buffer &buffer) const
 
 BWFrame BWVideoBuffers::frame(const v4l2_buffer &buffer, const BWFrameInfo &info)
 {
-    return BWFrame(info, [self = shared_from_this(), index = buffer.index] { self->putBack(index); });
+    return BWFrame(
+        info, [this, index = buffer.index] { putBack(index); }, shared_from_this());
 }
 
 bool BWVideoBuffers::anyQueued() const
