@@ -45,8 +45,11 @@ QImage drawn(BWPictureSource &source, BWResolution resolution = size, uint64_t i
 QByteArray jpegFrom(BWPictureSource &source, uint64_t index)
 {
     std::vector<uint8_t> jpeg;
-    source.renderJPEG(index, jpeg);
-    return {reinterpret_cast<const char *>(jpeg.data()), qsizetype(jpeg.size())};
+    const BWPictureSource::KeptBytes own = source.passOn(index, BWPixelFormat::MJPEG);
+    if (own.bytes.empty())
+        source.renderJPEG(index, jpeg);
+    const std::span<const uint8_t> bytes = own.bytes.empty() ? jpeg : own.bytes;
+    return {reinterpret_cast<const char *>(bytes.data()), qsizetype(bytes.size())};
 }
 
 /// Mean over all pixels and channels.

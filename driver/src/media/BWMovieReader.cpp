@@ -202,6 +202,11 @@ std::span<const uint8_t> BWMovieReader::packet() const
     return {m_packet->data, static_cast<std::size_t>(m_packet->size)};
 }
 
+std::shared_ptr<const void> BWMovieReader::packetKeeper() const
+{
+    return {av_packet_clone(m_packet.get()), BWLibav::Deleter()};
+}
+
 bool BWMovieReader::decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes)
 {
     if (!m_decoded) {

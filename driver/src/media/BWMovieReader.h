@@ -34,6 +34,8 @@ public:
 
     /// The current picture as it is stored; empty without a nativeFormat().
     std::span<const uint8_t> packet() const;
+    /// Keeps the bytes of packet() valid, without a copy.
+    std::shared_ptr<const void> packetKeeper() const;
 
     /// The current picture, scaled to fill the size and cropped at its middle, as planes of full range and of that
     /// matrix (one other than BT.601 only if the movie has it). False if it cannot be decoded.

@@ -14,7 +14,7 @@ constexpr uint64_t backlog = 2; ///< overdue frames that are still delivered
 using Clock = std::chrono::steady_clock;
 
 /// Damage that a check of both ends of the image does not find: markers that do not belong in the middle of it.
-void tear(BWBufferPool::Bytes &jpeg)
+void tear(std::vector<uint8_t> &jpeg)
 {
     const std::size_t middle = jpeg.size() / 2;
     for (std::size_t i = middle; i + 1 < std::min(middle + 64, jpeg.size() - 2); i += 2) {
@@ -28,21 +28,22 @@ void tear(BWBufferPool::Bytes &jpeg)
 BWBufferPool::BWBufferPool(std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i)
-        m_free.push_back(m_buffers.emplace_back(std::make_unique<Bytes>()).get());
+        m_free.push_back(m_buffers.emplace_back(std::make_unique<Buffer>()).get());
 }
 
-BWBufferPool::Bytes *BWBufferPool::acquire()
+BWBufferPool::Buffer *BWBufferPool::acquire()
 {
     const std::lock_guard lock(m_mutex);
     if (m_free.empty())
         return nullptr;
-    Bytes *buffer = m_free.back();
+    Buffer *buffer = m_free.back();
     m_free.pop_back();
     return buffer;
 }
 
-void BWBufferPool::release(Bytes *buffer)
+void BWBufferPool::release(Buffer *buffer)
 {
+    buffer->passedOn = {};
     const std::lock_guard lock(m_mutex);
     m_free.push_back(buffer);
 }
@@ -202,37 +203,46 @@ BWSimulatedProfile::Mode BWSimulatedDevice::mode()
 
 bool BWSimulatedDevice::capture(BWSimulatedCable::Time time, BWSimulatedCable::Fault fault, BWFrame &frame)
 {
-    BWBufferPool::Bytes *bytes = m_pool->acquire();
-    if (!bytes)
+    BWBufferPool::Buffer *buffer = m_pool->acquire();
+    if (!buffer)
         return false;
     m_picture->setControls(m_controls.picture());
     BWFrameInfo info;
     info.pixelFormat = m_mode.format;
     info.width = m_resolution.width();
     info.height = m_resolution.height();
-    info.planes[0] = draw(*bytes, fault);
+    info.planes[0] = draw(*buffer, fault);
     // JPEG defines its own colours, whatever the source.
     const bool compressed = m_mode.format == BWPixelFormat::MJPEG;
     info.matrix = compressed ? BWColorMatrix::BT601 : m_picture->matrix();
     info.range = compressed ? BWColorRange::Full : m_picture->range();
     info.timestamp = time;
     info.sequence = m_sequence;
-    frame = BWFrame(info, [pool = m_pool, bytes] { pool->release(bytes); });
+    frame = BWFrame(
+        info, [pool = m_pool.get(), buffer] { pool->release(buffer); }, m_pool);
     return true;
 }
 
-BWPlane BWSimulatedDevice::draw(BWBufferPool::Bytes &bytes, BWSimulatedCable::Fault fault)
+BWPlane BWSimulatedDevice::draw(BWBufferPool::Buffer &buffer, BWSimulatedCable::Fault fault)
 {
-    if (m_mode.format == BWPixelFormat::MJPEG) {
+    const bool compressed = m_mode.format == BWPixelFormat::MJPEG;
+    const int stride = compressed ? 0 : m_resolution.width() * 2;
+    buffer.passedOn = m_picture->passOn(m_pictureIndex, m_mode.format);
+    const std::span<const uint8_t> passedOn = buffer.passedOn.bytes;
+    if (!passedOn.empty() && !fault.torn && !fault.truncated)
+        return {passedOn.data(), passedOn.size(), stride};
+    std::vector<uint8_t> &bytes = buffer.bytes;
+    if (!passedOn.empty()) {
+        bytes.assign(passedOn.begin(), passedOn.end());
+    } else if (compressed) {
         m_picture->renderJPEG(m_pictureIndex, bytes);
-        if (fault.torn)
-            tear(bytes);
-        if (fault.truncated)
-            bytes.resize(bytes.size() / 2);
-        return {bytes.data(), bytes.size(), 0};
+    } else {
+        bytes.resize(static_cast<std::size_t>(stride) * static_cast<std::size_t>(m_resolution.height()));
+        m_picture->renderYUYV(m_pictureIndex, bytes.data(), stride);
     }
-    const int stride = m_resolution.width() * 2;
-    bytes.resize(static_cast<std::size_t>(stride) * static_cast<std::size_t>(m_resolution.height()));
-    m_picture->renderYUYV(m_pictureIndex, bytes.data(), stride);
+    if (compressed && fault.torn)
+        tear(bytes);
+    if (compressed && fault.truncated)
+        bytes.resize(bytes.size() / 2);
     return {bytes.data(), bytes.size(), stride};
 }

@@ -16,18 +16,21 @@
 /// A fixed number of reusable frame buffers, like those of a capture device. Any thread.
 class BWBufferPool {
 public:
-    using Bytes = std::vector<uint8_t>;
+    struct Buffer {
+        std::vector<uint8_t> bytes; ///< at first left over from earlier use
+        BWPictureSource::KeptBytes passedOn; ///< in place of them, if not empty
+    };
 
     explicit BWBufferPool(std::size_t count);
 
-    /// A free buffer, with contents left over from earlier use; null if there is none.
-    Bytes *acquire();
-    void release(Bytes *buffer);
+    /// A free buffer; null if there is none.
+    Buffer *acquire();
+    void release(Buffer *buffer);
 
 private:
     std::mutex m_mutex;
-    std::vector<std::unique_ptr<Bytes>> m_buffers;
-    std::vector<Bytes *> m_free;
+    std::vector<std::unique_ptr<Buffer>> m_buffers;
+    std::vector<Buffer *> m_free;
 };
 
 /// When the frames of a stream are due. Counted from the start of the stream, so that delays do not add up.
@@ -96,7 +99,7 @@ private:
     BWSimulatedProfile::Mode mode();
     /// False when there is no buffer for it.
     bool capture(BWSimulatedCable::Time time, BWSimulatedCable::Fault fault, BWFrame &frame);
-    BWPlane draw(BWBufferPool::Bytes &bytes, BWSimulatedCable::Fault fault);
+    BWPlane draw(BWBufferPool::Buffer &buffer, BWSimulatedCable::Fault fault);
 
     const BWSimulatedCameraOptions m_options;
     const BWSimulatedProfile &m_profile;

@@ -129,11 +129,6 @@ BWColorRange BWMovieSource::range() const
     return nativeFormat() == BWPixelFormat::YUYV ? m_reader->range() : BWColorRange::Limited;
 }
 
-bool BWMovieSource::passesOn(BWPixelFormat format) const
-{
-    return nativeFormat() == format && controls().isNeutral();
-}
-
 void BWMovieSource::stepTo(uint64_t index)
 {
     if (!m_index) {
@@ -154,34 +149,18 @@ void BWMovieSource::stepTo(uint64_t index)
     }
 }
 
-void BWMovieSource::renderYUYV(uint64_t index, uint8_t *pixels, int stride)
+BWPictureSource::KeptBytes BWMovieSource::passOn(uint64_t index, BWPixelFormat format)
 {
+    if (nativeFormat() != format || !controls().isNeutral())
+        return {};
     stepTo(index);
-    if (!passesOn(BWPixelFormat::YUYV)) {
-        BWPictureSource::renderYUYV(index, pixels, stride);
-        return;
-    }
-    const std::span<const uint8_t> packet = m_reader->packet();
-    const std::size_t rowBytes = static_cast<std::size_t>(resolution().width()) * 2;
-    for (int row = 0; row < resolution().height(); ++row) {
-        std::memcpy(pixels + static_cast<std::ptrdiff_t>(row) * stride,
-                    packet.data() + static_cast<std::size_t>(row) * rowBytes, rowBytes);
-    }
+    auto keeper = m_reader->packetKeeper();
+    return keeper ? KeptBytes{m_reader->packet(), std::move(keeper)} : KeptBytes();
 }
 
-void BWMovieSource::renderJPEG(uint64_t index, std::vector<uint8_t> &jpeg)
+BWPictureSource::Scene BWMovieSource::scene(uint64_t index, BWColorMatrix matrix)
 {
     stepTo(index);
-    if (!passesOn(BWPixelFormat::MJPEG)) {
-        BWPictureSource::renderJPEG(index, jpeg);
-        return;
-    }
-    const std::span<const uint8_t> packet = m_reader->packet();
-    jpeg.assign(packet.begin(), packet.end());
-}
-
-BWPictureSource::Scene BWMovieSource::scene(uint64_t, BWColorMatrix matrix)
-{
     if (m_planesStale || matrix != m_planesMatrix) {
         m_planesStale = false;
         m_planesMatrix = matrix;

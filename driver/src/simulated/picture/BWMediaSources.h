@@ -42,15 +42,13 @@ public:
     std::optional<BWPixelFormat> nativeFormat() const override;
     BWColorMatrix matrix() const override;
     BWColorRange range() const override;
-    void renderYUYV(uint64_t index, uint8_t *pixels, int stride) override;
-    void renderJPEG(uint64_t index, std::vector<uint8_t> &jpeg) override;
+    KeptBytes passOn(uint64_t index, BWPixelFormat format) override;
 
 protected:
     Scene scene(uint64_t index, BWColorMatrix matrix) override;
 
 private:
     void stepTo(uint64_t index);
-    bool passesOn(BWPixelFormat format) const;
 
     std::unique_ptr<BWMovieReader> m_reader;
     std::optional<uint64_t> m_index; ///< of the picture that the reader is at

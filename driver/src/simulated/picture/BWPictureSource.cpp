@@ -69,6 +69,11 @@ void BWPictureSource::setControls(const BWPictureControls &controls)
     m_tunerStale = true;
 }
 
+BWPictureSource::KeptBytes BWPictureSource::passOn(uint64_t, BWPixelFormat)
+{
+    return {};
+}
+
 const BWYuvPlanes &BWPictureSource::tunedScene(uint64_t index, BWColorMatrix matrix, BWColorRange range)
 {
     const Scene seen = scene(index, matrix);

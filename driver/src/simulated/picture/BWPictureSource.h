@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <QString>
+#include <span>
 #include <vector>
 
 /// What a simulated camera looks at. It applies the camera controls and turns planes into YUYV or JPEG; each kind of
@@ -28,6 +29,14 @@ public:
     virtual std::optional<BWPixelFormat> nativeFormat() const { return std::nullopt; }
     virtual BWColorMatrix matrix() const { return BWColorMatrix::BT601; }
     virtual BWColorRange range() const { return BWColorRange::Limited; }
+
+    /// Bytes that are valid for as long as there is somebody who holds their keeper.
+    struct KeptBytes {
+        std::span<const uint8_t> bytes;
+        std::shared_ptr<const void> keeper;
+    };
+    /// Picture number `index` as the source has it, without a copy; empty if it cannot be passed on unchanged.
+    virtual KeptBytes passOn(uint64_t index, BWPixelFormat format);
 
     /// Draws picture number `index` (they follow each other, gaps included) as packed YUYV.
     virtual void renderYUYV(uint64_t index, uint8_t *pixels, int stride);
