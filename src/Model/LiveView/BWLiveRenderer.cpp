@@ -2,31 +2,75 @@
 
 #include "Utils/BWLogging.h"
 
+#include <cerrno>
+#include <cstring>
 #include <pthread.h>
+#include <QSocketNotifier>
+#include <sys/eventfd.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
 using Clock = std::chrono::steady_clock;
 }
 
-BWLiveRenderer::BWLiveRenderer(QObject *parent) : QObject(parent), m_thread([this] { run(); }) { }
+/// Wakes the event loop from the drawing thread. Unlike a posted event, it allocates nothing.
+class BWLiveRenderer::Bell : public QSocketNotifier {
+public:
+    Bell() : QSocketNotifier(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), Read), m_descriptor(static_cast<int>(socket()))
+    {
+        if (m_descriptor < 0)
+            qFatal("No eventfd: %s", std::strerror(errno));
+    }
+    ~Bell() override
+    {
+        setEnabled(false);
+        ::close(m_descriptor);
+    }
+    void ring() const { ::eventfd_write(m_descriptor, 1); }
+    void silence() const
+    {
+        eventfd_t rings = 0;
+        ::eventfd_read(m_descriptor, &rings);
+    }
+
+private:
+    const int m_descriptor;
+};
+
+BWLiveRenderer::BWLiveRenderer(QObject *parent) : QObject(parent), m_bell(new Bell), m_thread([this] { run(); })
+{
+    connect(m_bell.get(), &QSocketNotifier::activated, this, [this] {
+        m_bell->silence();
+        Q_EMIT imageReady();
+    });
+}
 
 BWLiveRenderer::~BWLiveRenderer()
 {
+    change([this] { m_quit = true; });
+    m_thread.join();
+}
+
+/// Under the lock. Wakes the drawing thread only if there is something to draw: each time costs a switch of threads.
+template <typename Change>
+void BWLiveRenderer::change(const Change &change)
+{
+    bool wake = false;
     {
         const std::lock_guard lock(m_mutex);
-        m_quit = true;
+        change();
+        wake = hasWork();
     }
-    m_wake.notify_one();
-    m_thread.join();
+    if (wake)
+        m_wake.notify_one();
 }
 
 void BWLiveRenderer::prepareBuffer(const BWFrame &frame)
 {
     BWFrame previous = frame; // released outside the lock: its buffer goes back to the driver
     const Clock::time_point now = Clock::now();
-    {
-        const std::lock_guard lock(m_mutex);
+    change([&] {
         ++m_statistics.received;
         m_meter.addReceived(now);
         if (!m_seen)
@@ -36,67 +80,57 @@ void BWLiveRenderer::prepareBuffer(const BWFrame &frame)
             ++m_statistics.dropped;
             m_meter.addDropped();
         }
-    }
-    m_wake.notify_one();
+    });
 }
 
 void BWLiveRenderer::setSeen(bool seen)
 {
     BWFrame previous;
-    {
-        const std::lock_guard lock(m_mutex);
+    change([&] {
         m_seen = seen;
         if (!seen) {
             std::swap(m_frame, previous);
             m_image = {};
             m_imageWaiting = false;
         }
-    }
-    m_wake.notify_one();
+    });
 }
 
 void BWLiveRenderer::setRequest(const BWRenderRequest &request)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_request == request)
-            return;
+    change([&] {
+        m_requestChanged = m_requestChanged || m_request != request;
         m_request = request;
-        m_requestChanged = true;
-    }
-    m_wake.notify_one();
+    });
 }
 
 void BWLiveRenderer::clear()
 {
     BWFrame previous;
-    {
-        const std::lock_guard lock(m_mutex);
+    change([&] {
         std::swap(m_frame, previous);
         m_image = {};
         m_imageWaiting = false;
         m_clear = true;
         m_meter.restart(Clock::now());
-    }
-    m_wake.notify_one();
+    });
 }
 
 bool BWLiveRenderer::takeImage(BWRenderedImage &image)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_imageWaiting)
-            return false;
+    bool taken = false;
+    change([&] {
+        taken = std::exchange(m_imageWaiting, false);
+        if (!taken)
+            return;
         // The old image is let go of under the lock: the drawing thread may then use its memory again.
         image = std::exchange(m_image, {});
-        m_imageWaiting = false;
         if (image.frameNumber != m_lastShown) {
             m_lastShown = image.frameNumber;
             ++m_statistics.shown;
         }
-    }
-    m_wake.notify_one();
-    return true;
+    });
+    return taken;
 }
 
 void BWLiveRenderer::imageShown(const BWRenderedImage &image)
@@ -184,6 +218,6 @@ void BWLiveRenderer::run()
             m_image.captured = captured;
             m_imageWaiting = true;
         }
-        Q_EMIT imageReady();
+        m_bell->ring();
     }
 }

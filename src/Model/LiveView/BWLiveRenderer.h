@@ -7,8 +7,10 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <QObject>
+#include <QScopedPointer>
 #include <thread>
 
 /// Counts of frames since the start.
@@ -57,12 +59,16 @@ public:
     std::optional<BWLiveViewMeter::Latencies> latencies() const;
 
 Q_SIGNALS:
-    /// An image can be taken. Sent from the drawing thread, once for each image.
+    /// An image can be taken. Sent on the thread that this object lives in, by its event loop.
     void imageReady();
 
 private:
+    class Bell;
+
     void run();
     bool hasWork() const;
+    template <typename Change>
+    void change(const Change &change);
 
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;
@@ -78,5 +84,7 @@ private:
     bool m_requestChanged = false;
     bool m_clear = false;
     bool m_quit = false;
+    // A camera's thread may be the last to let go of this object, but only its own thread may destroy the bell.
+    const std::unique_ptr<Bell, QScopedPointerDeleteLater> m_bell;
     std::thread m_thread; // last, because it uses the others from its start
 };

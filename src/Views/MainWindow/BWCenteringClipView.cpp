@@ -50,7 +50,8 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
-    connect(&m_renderer, &BWLiveRenderer::imageReady, this, &BWCenteringClipView::updatePicture);
+    // At once: an update would go round the event loop again.
+    connect(&m_renderer, &BWLiveRenderer::imageReady, this, [this] { viewport()->repaint(changingRect()); });
     const auto stateChanged = [this](Qt::ApplicationState state) {
         if (state != Qt::ApplicationActive)
             m_programActive.invalidate();
@@ -78,7 +79,7 @@ void BWCenteringClipView::setGridDistance(double distance)
     if (distance == m_gridDistance)
         return;
     m_gridDistance = distance;
-    updatePicture();
+    viewport()->update(changingRect());
 }
 
 void BWCenteringClipView::showCameraCursor()
@@ -138,10 +139,10 @@ void BWCenteringClipView::updateRequest()
     m_renderer.setRequest(BWRenderRequest(m_geometry, viewport()->size(), scrollPosition(), devicePixelRatioF()));
 }
 
-void BWCenteringClipView::updatePicture()
+/// The surround does not change from one picture to the next.
+QRect BWCenteringClipView::changingRect() const
 {
-    // The surround does not change from one picture to the next.
-    viewport()->update(m_pictureRect.isEmpty() ? viewport()->rect() : m_pictureRect);
+    return m_pictureRect.isEmpty() ? viewport()->rect() : m_pictureRect;
 }
 
 void BWCenteringClipView::paintEvent(QPaintEvent *event)
@@ -164,8 +165,11 @@ void BWCenteringClipView::paintEvent(QPaintEvent *event)
     }
     const QPoint first(qCeil(device.left() / ratio), qCeil(device.top() / ratio));
     const QPoint behind(qFloor((device.right() + 1) / ratio), qFloor((device.bottom() + 1) / ratio));
-    for (const QRect &rect : event->region().subtracted(QRect(first, behind - QPoint(1, 1))))
-        painter.fillRect(rect, surroundColor(palette()));
+    const QRect covered(first, behind - QPoint(1, 1));
+    if (!covered.contains(event->rect())) {
+        for (const QRect &rect : event->region().subtracted(covered))
+            painter.fillRect(rect, surroundColor(palette()));
+    }
     // In device pixels, so that the image is copied unscaled on any screen.
     painter.scale(1 / ratio, 1 / ratio);
     painter.drawImage(device.topLeft(), m_image.image);

@@ -66,7 +66,7 @@ private:
     void beginPanning(QMouseEvent *event);
     void updateScrollBars();
     void updateRequest();
-    void updatePicture();
+    QRect changingRect() const;
     void drawGrid(QPainter &painter) const;
 
     BWLiveRenderer &m_renderer;
