@@ -5,17 +5,18 @@
 #include "BWACUDriver/BWSimulatedCameras.h"
 
 #include <memory>
+#include <optional>
 
 /// Simulated cameras that are opened, and pulled out by unplug().
 class AttachedCameras {
 public:
     using Type = BWSimulatedCameraOptions::Type;
 
-    explicit AttachedCameras(const QList<Type> &types)
+    explicit AttachedCameras(const QList<Type> &types, std::optional<BWPixelFormat> format = {})
     {
         QList<BWSimulatedCameraOptions> options;
         for (const Type type : types)
-            options.append({.type = type, .pacing = BWSimulatedCameraOptions::Pacing::Manual});
+            options.append({.type = type, .pacing = BWSimulatedCameraOptions::Pacing::Manual, .pixelFormat = format});
         m_backend = BWSimulatedBackend::create(options);
         m_backend->start(BWCameraDetector::supportedDescriptions(),
                          {[this](const BWDetectedCameraPtr &device) { m_manager.addDetectedCamera(device); },
