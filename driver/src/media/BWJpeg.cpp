@@ -211,7 +211,7 @@ QByteArray BWJpeg::withHuffmanTables(const uint8_t *data, std::size_t size)
     return result;
 }
 
-QByteArray BWJpeg::encode(const BWFrame &rawFrame, int quality)
+BWJpeg::Bytes BWJpeg::compress(const BWFrame &rawFrame, int quality)
 {
     const BWFrameInfo &info = rawFrame.info();
     if (!info.isWholeRawPicture()) {
@@ -227,10 +227,16 @@ QByteArray BWJpeg::encode(const BWFrame &rawFrame, int quality)
         BWYuvConvert::toJpegPlanes(info, planes);
         bytes = compressPlanes(planes, info.pixelFormat == BWPixelFormat::GREY ? TJSAMP_GRAY : TJSAMP_422, quality);
     }
-    if (bytes.empty()) {
+    if (bytes.empty())
         qCWarning(bwMedia) << "A frame of" << rawFrame.size() << "pixels could not be encoded:" << threadState().error;
+    return bytes;
+}
+
+QByteArray BWJpeg::encode(const BWFrame &rawFrame, int quality)
+{
+    const Bytes bytes = compress(rawFrame, quality);
+    if (bytes.empty())
         return {};
-    }
     return QByteArray(reinterpret_cast<const char *>(bytes.data()), static_cast<qsizetype>(bytes.size()));
 }
 

@@ -35,6 +35,8 @@ public:
 
     /// Bytes that stay valid until this thread's next call; empty on failure.
     using Bytes = std::span<const uint8_t>;
+    /// As encode(), without a copy.
+    static Bytes compress(const BWFrame &rawFrame, int quality);
     /// Encodes planes of BT.601 and full range as 4:2:2. Odd columns must be padded.
     static Bytes compress(const BWYuvPlanes &planes, int quality);
 };

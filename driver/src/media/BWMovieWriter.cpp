@@ -107,7 +107,7 @@ public:
 
 private:
     bool begin(const BWFrame &frame);
-    bool writePacket(const QByteArray &jpeg, int64_t time);
+    bool writePacket(BWJpeg::Bytes jpeg, int64_t time);
     int64_t timeOf(const BWFrame &frame) const;
     bool fail(int result);
     void leaveOut(const BWFrame &frame, const char *reason);
@@ -178,12 +178,15 @@ bool MovWriter::write(const BWFrame &frame)
         leaveOut(frame, "it differs from the first");
         return false;
     }
-    QByteArray jpeg;
-    if (frame.pixelFormat() != BWPixelFormat::MJPEG)
-        jpeg = BWJpeg::encode(frame, rawQuality);
-    else if (BWJpeg::looksComplete(frame.plane(0).data, frame.plane(0).size))
-        jpeg = BWJpeg::withHuffmanTables(frame.plane(0).data, frame.plane(0).size);
-    if (jpeg.isEmpty()) {
+    QByteArray completed;
+    BWJpeg::Bytes jpeg;
+    if (frame.pixelFormat() != BWPixelFormat::MJPEG) {
+        jpeg = BWJpeg::compress(frame, rawQuality);
+    } else if (BWJpeg::looksComplete(frame.plane(0).data, frame.plane(0).size)) {
+        completed = BWJpeg::withHuffmanTables(frame.plane(0).data, frame.plane(0).size);
+        jpeg = {reinterpret_cast<const uint8_t *>(completed.constData()), static_cast<std::size_t>(completed.size())};
+    }
+    if (jpeg.empty()) {
         leaveOut(frame, "it is damaged");
         return false;
     }
@@ -192,7 +195,7 @@ bool MovWriter::write(const BWFrame &frame)
     return writePacket(jpeg, timeOf(frame));
 }
 
-bool MovWriter::writePacket(const QByteArray &jpeg, int64_t time)
+bool MovWriter::writePacket(BWJpeg::Bytes jpeg, int64_t time)
 {
     if (!m_empty) {
         time = std::max(time, m_lastTime + 1);
@@ -201,7 +204,7 @@ bool MovWriter::writePacket(const QByteArray &jpeg, int64_t time)
     const BWLibav::Packet packet(av_packet_alloc());
     if (!packet)
         return fail(AVERROR(ENOMEM));
-    packet->data = reinterpret_cast<uint8_t *>(const_cast<char *>(jpeg.constData())); // libav only reads it
+    packet->data = const_cast<uint8_t *>(jpeg.data()); // libav only reads it
     packet->size = static_cast<int>(jpeg.size());
     packet->flags = AV_PKT_FLAG_KEY;
     packet->pts = packet->dts = av_rescale_q(time, {1, ticksPerSecond}, m_stream->time_base);

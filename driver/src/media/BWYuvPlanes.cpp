@@ -1,7 +1,6 @@
 #include "media/BWYuvPlanes.h"
 
 #include <algorithm>
-#include <cmath>
 #include <libyuv.h>
 
 namespace {
@@ -11,12 +10,60 @@ uint8_t clamped(int value)
     return static_cast<uint8_t>(std::min(std::max(value, 0), 255));
 }
 
-void stretch(uint8_t *values, int size, int zero, int newZero, double factor)
+/// How values of limited range become those of full range: value + ((value * scale + round) >> 10) - less.
+struct Stretch {
+    uint8_t least;
+    uint8_t most;
+    uint16_t scale; ///< the products must fit 16 bits, so that SIMD computes many at once
+    uint16_t round; ///< less than half where `most` would become 256 otherwise
+    uint8_t less;
+};
+constexpr Stretch lumaStretch{16, 235, 168, 891, 19}; // 255 / 219
+constexpr Stretch chromaStretch{16, 240, 142, 700, 18}; // 255 / 224
+
+[[gnu::always_inline]] inline uint8_t stretched(uint8_t number, const Stretch &by)
 {
-    const int scale = static_cast<int>(std::lround(factor * 1024));
-    const int offset = newZero * 1024 + 512 - zero * scale;
+    const uint8_t raised = number < by.least ? by.least : number;
+    const uint8_t value = raised > by.most ? by.most : raised;
+    const auto more = static_cast<uint16_t>(static_cast<uint16_t>(value * by.scale + by.round) >> 10);
+    return static_cast<uint8_t>(value + more - by.less);
+}
+
+[[gnu::always_inline]] inline void stretchEach(uint8_t *values, int size, const Stretch by)
+{
     for (int i = 0; i < size; ++i)
-        values[i] = clamped((values[i] * scale + offset) >> 10);
+        values[i] = stretched(values[i], by);
+}
+
+/// Of values that take turns, as luma and chroma do in a packed row.
+[[gnu::always_inline]] inline void stretchPairs(const uint8_t *__restrict from, uint8_t *__restrict to, int pairs,
+                                                const Stretch first, const Stretch second)
+{
+    for (int i = 0; i < pairs; ++i) {
+        to[2 * i] = stretched(from[2 * i], first);
+        to[2 * i + 1] = stretched(from[2 * i + 1], second);
+    }
+}
+
+#ifdef __x86_64__
+template <auto loop, typename... Values>
+[[gnu::target("avx2")]] void runByAvx2(Values... values)
+{
+    loop(values...);
+}
+#endif
+
+/// Runs one of the loops above with the widest registers that this processor has.
+template <auto loop, typename... Values>
+void run(Values... values)
+{
+#ifdef __x86_64__
+    if (__builtin_cpu_supports("avx2")) {
+        runByAvx2<loop>(values...);
+        return;
+    }
+#endif
+    loop(values...);
 }
 
 /// BT.709 to BT.601, both of full range: the same light described by other primaries of luma.
@@ -47,6 +94,35 @@ void convertMatrix(uint8_t *y, uint8_t *u, uint8_t *v, int pairs)
         u[i] = clamped(128 + ((toUu * cu + toUv * cv + 512) >> 10));
         v[i] = clamped(128 + ((toVu * cu + toVv * cv + 512) >> 10));
     }
+}
+
+/// A packed format: what takes it apart, and how its bytes at even and odd places are converted.
+struct Packed {
+    decltype(&libyuv::YUY2ToI422) unpack;
+    Stretch even;
+    Stretch odd;
+};
+constexpr Packed yuyv{&libyuv::YUY2ToI422, lumaStretch, chromaStretch};
+constexpr Packed uyvy{&libyuv::UYVYToI422, chromaStretch, lumaStretch};
+
+/// Row by row: a row comes from memory once, and the work on it overlaps with the wait for the next one.
+void packedToJpegPlanes(const BWFrameInfo &info, const Packed &format, BWYuvPlanes &planes)
+{
+    const BWPlane &plane = info.planes[0];
+    const int pairs = planes.chromaWidth() * 2;
+    thread_local std::vector<uint8_t> full;
+    full.resize(static_cast<std::size_t>(pairs) * 2);
+    for (int row = 0; row < info.height; ++row) {
+        const uint8_t *from = plane.data + static_cast<std::ptrdiff_t>(row) * plane.stride;
+        if (info.range == BWColorRange::Limited) {
+            run<stretchPairs>(from, full.data(), pairs, format.even, format.odd);
+            from = full.data();
+        }
+        format.unpack(from, plane.stride, planes.y(row), planes.stride(), planes.u(row), planes.chromaStride(),
+                      planes.v(row), planes.chromaStride(), info.width, 1);
+    }
+    planes.padOddColumn();
+    BWYuvConvert::toJpegColours(planes, info.matrix, BWColorRange::Full);
 }
 
 } // namespace
@@ -85,13 +161,11 @@ bool BWYuvConvert::toJpegPlanes(const BWFrameInfo &info, BWYuvPlanes &planes)
     planes.resize(width, height);
     switch (info.pixelFormat) {
     case BWPixelFormat::YUYV:
-        libyuv::YUY2ToI422(first.data, first.stride, planes.y(), planes.stride(), planes.u(), planes.chromaStride(),
-                           planes.v(), planes.chromaStride(), width, height);
-        break;
+        packedToJpegPlanes(info, yuyv, planes);
+        return true;
     case BWPixelFormat::UYVY:
-        libyuv::UYVYToI422(first.data, first.stride, planes.y(), planes.stride(), planes.u(), planes.chromaStride(),
-                           planes.v(), planes.chromaStride(), width, height);
-        break;
+        packedToJpegPlanes(info, uyvy, planes);
+        return true;
     case BWPixelFormat::YU12:
         libyuv::I420ToI422(first.data, first.stride, second.data, second.stride, third.data, third.stride, planes.y(),
                            planes.stride(), planes.u(), planes.chromaStride(), planes.v(), planes.chromaStride(), width,
@@ -112,7 +186,7 @@ bool BWYuvConvert::toJpegPlanes(const BWFrameInfo &info, BWYuvPlanes &planes)
         libyuv::CopyPlane(first.data, first.stride, planes.y(), planes.stride(), width, height);
         planes.padOddColumn();
         if (info.range == BWColorRange::Limited)
-            stretch(planes.y(), planes.stride() * height, 16, 0, 255.0 / 219);
+            run<stretchEach>(planes.y(), planes.stride() * height, lumaStretch);
         return true;
     default:
         return false;
@@ -126,9 +200,9 @@ void BWYuvConvert::toJpegColours(BWYuvPlanes &planes, BWColorMatrix matrix, BWCo
 {
     const int size = planes.stride() * planes.height();
     if (range == BWColorRange::Limited) {
-        stretch(planes.y(), size, 16, 0, 255.0 / 219);
-        stretch(planes.u(), size / 2, 128, 128, 255.0 / 224);
-        stretch(planes.v(), size / 2, 128, 128, 255.0 / 224);
+        run<stretchEach>(planes.y(), size, lumaStretch);
+        run<stretchEach>(planes.u(), size / 2, chromaStretch);
+        run<stretchEach>(planes.v(), size / 2, chromaStretch);
     }
     if (matrix == BWColorMatrix::BT709)
         convertMatrix(planes.y(), planes.u(), planes.v(), size / 2);
