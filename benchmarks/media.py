@@ -11,7 +11,9 @@ FORMATS = {
 }
 DIFFERENT_FRAMES = 15
 
-Kind = namedtuple("Kind", "width height rate format")
+CAMERA_GRAIN = 7
+
+Kind = namedtuple("Kind", "width height rate format grain", defaults=[CAMERA_GRAIN])
 KINDS = [Kind(width, height, rate, name) for name in FORMATS
          for width, height, rate in ((640, 480, 30), (1920, 1080, 30), (2592, 1944, 15))]
 
@@ -20,7 +22,7 @@ GRID_KINDS = [Kind(width, height, 30, name) for name in FORMATS for width, heigh
 
 
 def title(kind):
-    return f"{kind.width}x{kind.height} {kind.format}"
+    return f"{kind.width}x{kind.height} {kind.format}" + ("" if kind.grain else " without grain")
 
 
 class Media:
@@ -39,25 +41,38 @@ class Media:
         """A folder with the frames of an MJPEG movie, one file each, unchanged."""
         folder = self.folder / self._stem(kind)
         if not folder.exists():
-            folder.mkdir()
-            self._ffmpeg(["-i", self._loop(kind), "-c", "copy", "-f", "image2", folder / "%03d.jpg"])
+            part = self._part_of(folder)
+            part.mkdir()
+            self._ffmpeg(["-i", self._loop(kind), "-c", "copy", "-f", "image2", part / "%03d.jpg"])
+            part.rename(folder)
         return folder
 
+    def raw_frames(self, kind):
+        """A file with the pixels of a YUYV movie, one frame after the other."""
+        path = self.folder / f"{self._stem(kind)}.yuyv"
+        if not path.exists():
+            self._make(path, ["-i", self._loop(kind), "-c", "copy"], "rawvideo")
+        return path
+
     def _stem(self, kind):
-        return f"{kind.width}x{kind.height}-{kind.rate}-{kind.format.lower()}"
+        return f"{kind.width}x{kind.height}-{kind.rate}-{kind.format.lower()}" + ("" if kind.grain else "-smooth")
 
     def _loop(self, kind):
         """A test chart with a moving part and the grain of a camera."""
         path = self.folder / f"{self._stem(kind)}.avi"
         if not path.exists():
-            source = f"testsrc2=size={kind.width}x{kind.height}:rate={kind.rate},noise=alls=7:allf=t"
+            source = f"testsrc2=size={kind.width}x{kind.height}:rate={kind.rate},noise=alls={kind.grain}:allf=t"
             self._make(path, ["-f", "lavfi", "-i", source, "-frames:v", DIFFERENT_FRAMES, *FORMATS[kind.format]])
         return path
 
-    def _make(self, path, arguments):
-        part = path.with_suffix(".part")
-        self._ffmpeg([*arguments, "-f", "avi", part])
+    def _make(self, path, arguments, container="avi"):
+        part = self._part_of(path)
+        self._ffmpeg([*arguments, "-f", container, part])
         part.rename(path)
+
+    @staticmethod
+    def _part_of(path):
+        return path.with_name(f"{path.name}.{os.getpid()}")
 
     def _ffmpeg(self, arguments):
         subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-y", *map(str, arguments)], check=True)

@@ -1,156 +1,125 @@
-#!/usr/bin/python3
-"""Measures what recording costs while the live image is shown, beside ffmpeg that records the same frames and shows
-nothing; how fast a snapshot is in its album; and whether memory stays flat over a long recording.
+"""What recording costs while the live image is shown, beside ffmpeg that records the same frames and shows nothing; how
+fast a snapshot is in its album; and whether memory stays flat over a long recording.
 """
 
-import argparse
 import statistics
 import subprocess
-import sys
 import time
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "tests" / "e2e"))
-from desktop import Desktop, Failure, wait_until  # noqa: E402
-from media import Kind, Media, title  # noqa: E402
-from players import OurProgram  # noqa: E402
-from program_run import Run, cpu_seconds, memory_mib, table  # noqa: E402
+from desktop import wait_until
+from media import Kind, title
+from program_run import Run, memory_mib, memory_text, table
+from stage import LOOP_FRAMES
 
-KINDS = [Kind(2592, 1944, 30, "MJPEG"), Kind(1920, 1080, 30, "YUYV")]
+COPIED = Kind(2592, 1944, 30, "MJPEG")
+KINDS = [COPIED, Kind(1920, 1080, 30, "YUYV"), Kind(1920, 1080, 30, "YUYV", grain=0)]
 LONG_KIND = Kind(1920, 1080, 30, "MJPEG")
-LOOP_FRAMES = 60
-PARTS = ["recording", "snapshot", "memory"]
 
 
-class RecordingBench:
-    def __init__(self, desktop, options):
-        self.desktop = desktop
-        self.media = Media()
-        self.ours = OurProgram(options.build / "brimwellpro", desktop.home)
-        self.seconds = 10 if options.quick else 60
-        self.snapshots = 5 if options.quick else 30
-        self.minutes = 1 if options.quick else 10
-        self.album = desktop.home / "BrimwellPro" / "Default Album"
-
-    def run(self, parts):
-        for part in parts:
-            {"recording": self.recording_table, "snapshot": self.snapshot_table, "memory": self.memory_table}[part]()
-
-    def recording_table(self):
-        print(f"## Recording for {self.seconds} s while the image is shown\n\nCPU milliseconds for each frame of the "
-              "camera.\n")
-        rows = []
-        for kind in KINDS:
-            shown = self.cpu_of_ours(kind)
-            recorded = self.cpu_of_ours(kind, self.record)
-            frames, missing = self.frames_of(self.movie, kind.rate)
-            rows.append([title(kind) + f" {kind.rate}/s", f"{shown:.1f}", f"{recorded:.1f}", f"{recorded - shown:+.1f}",
-                         frames, missing, f"{self.cpu_of_ffmpeg(kind):.1f}"])
-            print(rows[-1], file=sys.stderr, flush=True)
-        print(table(["", "shown", "shown and recorded", "recording adds", "frames recorded", "missing",
-                     "ffmpeg, only recording"], rows) + "\n", flush=True)
-
-    def start(self, kind):
-        run = Run(self.desktop, self.ours.command(self.media.movie(kind, LOOP_FRAMES), kind), self.ours.ENVIRONMENT)
-        run.wait_for_picture()
-        time.sleep(1)
-        return run
-
-    def cpu_of_ours(self, kind, record=None):
-        run = self.start(kind)
-        if record:
-            self.desktop.key("ctrl+shift+s")
-            time.sleep(1)
-        before = cpu_seconds(run.process.pid)
-        time.sleep(self.seconds)
-        used = cpu_seconds(run.process.pid) - before
-        if record:
-            record()
-        run.quit()
-        run.wait_for_end()
-        return 1000 * used / (self.seconds * kind.rate)
-
-    def record(self):
-        """Ends the recording; `movie` is then where it is."""
-        self.desktop.key("ctrl+shift+s")
-        self.movie = wait_until("the movie is in the album", lambda: next(self.album.glob("*.mov"), None), seconds=60)
-
-    @staticmethod
-    def frames_of(movie, rate):
-        """How many frames a movie has, and how many are missing by their times. The movie is removed."""
-        found = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "packet=pts_time", "-of", "csv=p=0",
-                                str(movie)], capture_output=True, text=True, check=True).stdout
-        times = [float(line.strip(",")) for line in found.split()]
-        movie.unlink()
-        expected = round((times[-1] - times[0]) * rate) + 1
-        return len(times), expected - len(times)
-
-    def cpu_of_ffmpeg(self, kind):
-        codec = ["-c", "copy"] if kind.format == "MJPEG" else ["-c:v", "mjpeg", "-pix_fmt", "yuvj422p", "-q:v", "2"]
-        output = self.desktop.folder / "ffmpeg.mov"
-        run = Run(self.desktop, ["ffmpeg", "-nostdin", "-loglevel", "error", "-re", "-stream_loop", "-1", "-i",
-                                 str(self.media.movie(kind, LOOP_FRAMES)), "-frames:v", str(self.seconds * kind.rate),
-                                 *codec, str(output)], {})
-        run.wait_for_end(self.seconds + 60)
-        output.unlink()
-        return 1000 * run.cpu / (self.seconds * kind.rate)
-
-    def snapshot_table(self):
-        kind = KINDS[0]
-        run = self.start(kind)
-        keys = subprocess.Popen(["xdotool", "-"], env=self.desktop.environment, stdin=subprocess.PIPE, text=True)
-        times = []
-        for count in range(1, self.snapshots + 1):
-            time.sleep(0.5 + 0.033 * (count % 7) / 7)  # at different moments of a frame
-            pressed = time.monotonic()
-            keys.stdin.write("key space\n")
-            keys.stdin.flush()
-            wait_until("the snapshot is in the album",
-                       lambda n=count: len(list(self.album.glob("*.jpg"))) >= n, seconds=10, step=0.001)
-            times.append(1000 * (time.monotonic() - pressed))
-        keys.stdin.close()
-        keys.wait()
-        run.quit()
-        run.wait_for_end()
-        print(f"## From the key's press to the file in the album, {title(kind)} {kind.rate}/s\n\nMilliseconds, of "
-              f"{self.snapshots} snapshots.\n")
-        print(table(["median", "shortest", "longest"],
-                    [[f"{value:.0f}" for value in (statistics.median(times), min(times), max(times))]]) + "\n",
-              flush=True)
-
-    def memory_table(self):
-        run = self.start(LONG_KIND)
-        self.desktop.key("ctrl+shift+s")
-        time.sleep(10)
-        marks, cells = [10], ["%.0f (%.0f)" % memory_mib(run.process.pid)]
-        for part in range(1, 6):
-            time.sleep(self.minutes * 60 / 5)
-            marks.append(round(10 + self.minutes * 60 * part / 5))
-            cells.append("%.0f (%.0f)" % memory_mib(run.process.pid))
-        size = sum(path.stat().st_size for path in (self.desktop.folder / "tmp").glob("*.mov"))
-        self.record()
-        frames, missing = self.frames_of(self.movie, LONG_KIND.rate)
-        run.quit()
-        run.wait_for_end()
-        print(f"## Memory in MiB during a recording of {title(LONG_KIND)} {LONG_KIND.rate}/s\n\nResident set, and in "
-              "brackets proportional set.\n")
-        print(table([f"after {mark} s" for mark in marks], [cells]))
-        print(f"\n{frames} frames recorded, {missing} missing, {size / 1e9:.1f} GB.\n", flush=True)
+def measure_recording(stage):
+    seconds = 3 if stage.quick else 30
+    stage.head(f"Recording for {seconds} s while the image is shown", "CPU milliseconds for each frame of the camera.")
+    rows = []
+    for kind in KINDS:
+        shown, recorded, missing = cost_of_ours(stage, kind, seconds)
+        adds = recorded - shown
+        encode = stage.encode_alone(kind) if kind.format == "YUYV" else None
+        if encode:
+            stage.results.add(f"recording adds, {title(kind)}, to encode", adds / encode)
+        else:
+            stage.results.add(f"recording adds, {title(kind)}", adds)
+        stage.results.add("frames missing in a movie", missing)
+        rows.append([title(kind), f"{shown:.1f}", f"{recorded:.1f}", f"{adds:+.1f}", missing,
+                     f"{encode:.1f}" if encode else "", "" if stage.quick else f"{cost_of_ffmpeg(stage, kind, seconds):.1f}"])
+        stage.progress(*rows[-1])
+    stage.table(table(["30 frames a second", "shown", "shown and recorded", "recording adds", "frames missing",
+                       "TurboJPEG alone", "ffmpeg, only recording"], rows))
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--build", type=Path, default=ROOT / "build/release", help="where the programs are built")
-    parser.add_argument("--quick", action="store_true", help="shorter runs, less exact")
-    parser.add_argument("--part", action="append", choices=PARTS, help="only that; may be given several times")
-    options = parser.parse_args()
-    try:
-        with Desktop(accessibility=False) as desktop:
-            RecordingBench(desktop, options).run(options.part or PARTS)
-    except Failure as failure:
-        sys.exit(f"The benchmark has failed: {failure}")
+def cost_of_ours(stage, kind, seconds):
+    """Of a frame that is only shown, and of one that is recorded, too; and how many frames the movie misses."""
+    run = stage.start_ours(kind)
+    time.sleep(1)
+    shown, _, shown_for = stage.cpu_while(run, seconds)
+    press_record(stage)
+    time.sleep(1)
+    recorded, _, recorded_for = stage.cpu_while(run, seconds)
+    movie = end_recording(stage)
+    run.quit()
+    return 1000 * shown / (shown_for * kind.rate), 1000 * recorded / (recorded_for * kind.rate), missing_in(movie, kind)
 
 
-if __name__ == "__main__":
-    main()
+def press_record(stage):
+    stage.desktop.key("ctrl+shift+s")
+
+
+def end_recording(stage):
+    press_record(stage)
+    return wait_until("the movie is in the album", lambda: next(album(stage).glob("*.mov"), None), seconds=60)
+
+
+def album(stage):
+    return stage.desktop.home / "BrimwellPro" / "Default Album"
+
+
+def missing_in(movie, kind):
+    """How many frames are missing by the times of the others. The movie is removed."""
+    found = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "packet=pts_time", "-of", "csv=p=0", str(movie)],
+                           capture_output=True, text=True, check=True).stdout
+    times = [float(line.strip(",")) for line in found.split()]
+    movie.unlink()
+    return round((times[-1] - times[0]) * kind.rate) + 1 - len(times)
+
+
+def cost_of_ffmpeg(stage, kind, seconds):
+    codec = ["-c", "copy"] if kind.format == "MJPEG" else ["-c:v", "mjpeg", "-pix_fmt", "yuvj422p", "-q:v", "2"]
+    output = stage.desktop.folder / "ffmpeg.mov"
+    frames = seconds * kind.rate
+    run = Run(stage.desktop, ["ffmpeg", "-nostdin", "-loglevel", "error", "-re", "-stream_loop", "-1", "-i",
+                              str(stage.media.movie(kind, LOOP_FRAMES)), "-frames:v", str(frames), *codec, str(output)],
+              {})
+    run.wait_for_end(seconds + 60)
+    output.unlink()
+    return 1000 * run.cpu / frames
+
+
+def measure_snapshot(stage):
+    run = stage.start_ours(COPIED)
+    time.sleep(1)
+    keys = subprocess.Popen(["xdotool", "-"], env=stage.desktop.environment, stdin=subprocess.PIPE, text=True)
+    times = []
+    for count in range(1, (7 if stage.quick else 30) + 1):
+        time.sleep(0.5 + 0.033 * (count % 7) / 7)  # at different moments of a frame
+        pressed = time.monotonic()
+        keys.stdin.write("key space\n")
+        keys.stdin.flush()
+        wait_until("the snapshot is in the album", lambda n=count: len(list(album(stage).glob("*.jpg"))) >= n, seconds=10,
+                   step=0.001)
+        times.append(1000 * (time.monotonic() - pressed))
+    keys.stdin.close()
+    keys.wait()
+    run.quit()
+    median = statistics.median(times)
+    stage.results.add("snapshot, key to file, median", median)
+    stage.head(f"From the key's press to the file in the album, {title(COPIED)} {COPIED.rate}/s",
+               f"Milliseconds, of {len(times)} snapshots.")
+    stage.table(table(["median", "shortest", "longest"], [[f"{value:.0f}" for value in (median, min(times), max(times))]]))
+
+
+def measure_long_recording(stage):
+    first, last = (5, 15) if stage.quick else (10, 310)
+    run = stage.start_ours(LONG_KIND)
+    press_record(stage)
+    time.sleep(first)
+    marks, memory = [first], [memory_mib(run.process.pid)]
+    for part in range(1, 6):
+        time.sleep((last - first) / 5)
+        marks.append(round(first + (last - first) * part / 5))
+        memory.append(memory_mib(run.process.pid))
+    missing = missing_in(end_recording(stage), LONG_KIND)
+    run.quit()
+    stage.results.add("memory growth, recording", memory[-1][0] - memory[0][0])
+    stage.results.add("frames missing in a movie", missing)
+    stage.head(f"Memory in MiB during a recording of {title(LONG_KIND)} {LONG_KIND.rate}/s",
+               "Resident set and, in brackets, proportional set.")
+    stage.table(table([f"after {mark} s" for mark in marks], [list(map(memory_text, memory))]))

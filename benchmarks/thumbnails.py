@@ -1,19 +1,16 @@
-#!/usr/bin/python3
-"""Measures how fast thumbnails of 5 megapixel JPEG files are made, beside other programs, on the same files.
+"""How fast thumbnails of 5 megapixel JPEG files are made, beside other programs, on the same files.
 
 Every program runs with the low priority that our workers have by themselves.
 """
 
-import argparse
 import os
 import resource
 import shutil
 import subprocess
-import sys
 import time
-from pathlib import Path
 
-from media import KINDS, Media
+from desktop import Failure
+from media import KINDS
 from players import numbers
 from program_run import table
 
@@ -46,13 +43,11 @@ PEERS = {
 
 
 class Bench:
-    def __init__(self, build, count, peer_count):
-        self.program = build / "benchmarks/bw_bench_thumbnails"
-        media = Media()
+    def __init__(self, stage, count, peer_count):
+        self.program = stage.build / "benchmarks/bw_bench_thumbnails"
         kind = next(kind for kind in KINDS if kind.format == "MJPEG" and kind.width == 2592)
-        originals = sorted(media.pictures(kind).glob("*.jpg"))
-        self.folder = media.folder / "thumbnails"
-        shutil.rmtree(self.folder, ignore_errors=True)
+        originals = sorted(stage.media.pictures(kind).glob("*.jpg"))
+        self.folder = stage.desktop.folder / "thumbnails"
         self.album, self.target = self.folder / "album", self.folder / "target"
         self.album.mkdir(parents=True)
         self.files = [self.album / f"20240607_image_{i + 1:03}.jpg" for i in range(count)]
@@ -60,17 +55,13 @@ class Bench:
             os.link(originals[i % len(originals)], file)
         self.peer_files = self.files[:peer_count]
 
-    def run(self):
-        print(f"On {os.cpu_count()} cores, load {os.getloadavg()[0]:.1f} before; {len(self.files)} files, "
-              f"{len(self.peer_files)} for the others.\n")
-        for pixels in (256, 500):
-            rows = [*self.ours(pixels)]
-            for name, command in PEERS.items():
-                for at_once in (1, 2):
-                    rows.append([f"{name}, {at_once} at a time", *self.peer(command, pixels, at_once)])
-            print(f"## {pixels} pixels\n")
-            print(table(["", "thumbnails per second", "CPU ms for each"], rows) + "\n", flush=True)
-        shutil.rmtree(self.folder)
+    def run(self, pixels, at_once):
+        """Rows of a table: name, thumbnails per second, CPU milliseconds for each."""
+        rows = [*self.ours(pixels)]
+        for name, command in PEERS.items():
+            for count in at_once:
+                rows.append([f"{name}, {count} at a time", *self.peer(command, pixels, count)])
+        return rows
 
     def ours(self, pixels):
         shutil.rmtree(self.target, ignore_errors=True)
@@ -80,7 +71,7 @@ class Bench:
         count = len(self.files)
 
         def row(name, result, key):
-            return [name, f"{1000 * count / result[key]:.0f}", f"{result['cpu_ms'] / count:.1f}"]
+            return [name, 1000 * count / result[key], result["cpu_ms"] / count]
         return [row("brimwellpro, until shown", first, "shown_ms"), row("brimwellpro, until stored", first, "stored_ms"),
                 row("brimwellpro, its next start", again, "shown_ms")]
 
@@ -94,8 +85,8 @@ class Bench:
         seconds, used = time.monotonic() - begin, self.cpu() - used
         made, count = len(list(self.target.iterdir())), len(self.peer_files)
         if made != count:
-            sys.exit(f"{words} made {made} of {count} thumbnails")
-        return f"{count / seconds:.0f}", f"{1000 * used / count:.1f}"
+            raise Failure(f"{words} made {made} of {count} thumbnails")
+        return count / seconds, 1000 * used / count
 
     @staticmethod
     def cpu():
@@ -103,14 +94,13 @@ class Bench:
         return used.ru_utime + used.ru_stime
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--build", type=Path, required=True, help="the folder of the build")
-    parser.add_argument("--files", type=int, default=500, help="how many files we are given")
-    parser.add_argument("--peer-files", type=int, default=100, help="how many the others are given")
-    options = parser.parse_args()
-    Bench(options.build.resolve(), options.files, min(options.peer_files, options.files)).run()
-
-
-if __name__ == "__main__":
-    main()
+def measure_thumbnails(stage):
+    bench = Bench(stage, *((100, 20) if stage.quick else (500, 100)))
+    for pixels in (256, 500):
+        rows = bench.run(pixels, (2,) if stage.quick else (1, 2))
+        ours, others = rows[0], rows[3:]
+        stage.results.add(f"thumbnails of {pixels} pixels, best other to ours", max(row[1] for row in others) / ours[1])
+        stage.head(f"Thumbnails of {pixels} pixels", "The same 5-megapixel JPEGs for all, on both processors, at the same "
+                   "low priority.")
+        stage.table(table(["", "thumbnails per second", "CPU ms for each"],
+                          [[name, f"{rate:.0f}", f"{cpu:.1f}"] for name, rate, cpu in rows]))

@@ -1,0 +1,77 @@
+"""What every part of the benchmark works with: a desktop, the movies, the program, and the results."""
+
+import signal
+import subprocess
+import sys
+import time
+
+from desktop import Failure
+from media import Media
+from players import PLAYER_ENVIRONMENT, PLAYERS, OurProgram, numbers
+from program_run import Run, cpu_seconds
+
+US = "brimwellpro"
+LOOP_FRAMES = 60  # of the movies that our program repeats
+ENCODED_FRAMES = 60
+
+
+class Stage:
+    def __init__(self, desktop, options, results):
+        self.desktop = desktop
+        self.build = options.build
+        self.quick = options.quick
+        self.players = [] if options.ours else PLAYERS
+        self.results = results
+        self.media = Media()
+        self.ours = OurProgram(options.build / "brimwellpro", desktop.home)
+
+    def start_ours(self, kind, **options):
+        """Our program with a simulated camera that repeats a movie, from the first picture on."""
+        command = self.ours.command(self.media.movie(kind, LOOP_FRAMES), kind, **options)
+        run = Run(self.desktop, command, self.ours.ENVIRONMENT)
+        run.wait_for_picture()
+        return run
+
+    def run_player(self, player, kind, frames, loop=False):
+        """None if it cannot repeat a movie."""
+        command = (player.loop_command if loop else player.command)(self.media.movie(kind, frames), kind)
+        return command and Run(self.desktop, command, PLAYER_ENVIRONMENT)
+
+    def end(self, run):
+        run.process.send_signal(signal.SIGTERM)
+        try:
+            run.wait_for_end(10)
+        except Failure:
+            if run.process.returncode is None:
+                raise  # ending by the signal is fine, surviving it is not
+
+    def cpu_while(self, run, seconds):
+        """CPU seconds of the program and of the display, and how long that was."""
+        def now():
+            return cpu_seconds(run.process.pid), cpu_seconds(self.desktop.display.pid), time.monotonic()
+        before = now()
+        time.sleep(seconds)
+        return [after - earlier for after, earlier in zip(now(), before)]
+
+    def decode_alone(self, kind):
+        """CPU milliseconds for each frame of an MJPEG movie."""
+        frames = 40
+        return self._alone("decode", frames, self.media.pictures(kind))
+
+    def encode_alone(self, kind):
+        """CPU milliseconds for each frame of a YUYV movie."""
+        return self._alone("encode", ENCODED_FRAMES, self.media.raw_frames(kind), kind.width, kind.height)
+
+    def _alone(self, what, frames, *arguments):
+        command = [self.build / f"benchmarks/bw_bench_{what}", *map(str, arguments), str(frames)]
+        output = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+        return numbers(output)["cpu_ms"] / frames
+
+    def head(self, heading, text):
+        print(f"## {heading}\n\n{text}\n")
+
+    def table(self, text):
+        print(text + "\n", flush=True)
+
+    def progress(self, *what):
+        print(*what, file=sys.stderr, flush=True)
