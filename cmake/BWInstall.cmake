@@ -1,7 +1,10 @@
 # What `cmake --install` installs, and where.
 include(GNUInstallDirs)
 
+set(private_libraries ${CMAKE_INSTALL_LIBDIR}/brimwellpro)
+set_target_properties(brimwellpro PROPERTIES INSTALL_RPATH "$ORIGIN/../${private_libraries}")
 install(TARGETS brimwellpro RUNTIME)
+install(TARGETS bw_movies LIBRARY DESTINATION ${private_libraries})
 
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/brimwellpro)

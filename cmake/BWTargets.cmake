@@ -61,6 +61,7 @@ function(bw_program name)
     cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE bw_options ${arg_LINK})
+    add_dependencies(${name} bw_movies)
     bw_precompiled(${name})
     # AUTOMOC would start CMake for each of them.
     foreach(source ${arg_SOURCES})

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """The program lists every library that it is linked with, and no other.
 
-usage: test_libraries.py PROGRAM
+usage: test_libraries.py PROGRAM LIBRARY_OF_ITS_OWN...
 """
 
 import re
@@ -20,7 +20,7 @@ def listed_as(library):
 
 
 program = sys.argv[1]
-dynamic = subprocess.run(["readelf", "--dynamic", program], capture_output=True, text=True, check=True).stdout
+dynamic = subprocess.run(["readelf", "--dynamic", *sys.argv[1:]], capture_output=True, text=True, check=True).stdout
 linked = {listed_as(library) for library in re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic)} - {None}
 listed = sorted(re.findall(r"^  (\S+) (.+), .+$",
                        subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout, re.M))

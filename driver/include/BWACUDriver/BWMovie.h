@@ -30,4 +30,7 @@ struct BWMoviePicture {
     /// be, never larger. Only what is needed of the file is read, and no other file, whatever it refers to. Nothing,
     /// with the reason in `error`, if there is no good picture among the first few. Any thread.
     static std::optional<BWMoviePicture> read(int file, QSize most, QString *error = nullptr);
+
+    /// Loads the libraries that reading and recording movies needs, so that the first time takes no longer. Any thread.
+    static void prepare();
 };

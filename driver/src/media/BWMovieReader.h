@@ -2,7 +2,6 @@
 
 #include "BWACUDriver/BWFrame.h"
 #include "BWACUDriver/BWResolution.h"
-#include "media/BWLibav.h"
 #include "media/BWYuvPlanes.h"
 
 #include <memory>
@@ -14,57 +13,32 @@
 /// thread at a time.
 class BWMovieReader {
 public:
+    virtual ~BWMovieReader() = default;
+
     /// Opens the movie and steps to its first good picture. Null, with the reason in `error`, if there is none.
     static std::unique_ptr<BWMovieReader> open(const QString &path, QString &error);
 
-    BWResolution size() const;
-    double frameRate() const;
+    virtual BWResolution size() const = 0;
+    virtual double frameRate() const = 0;
 
     /// MJPEG or YUYV if the pictures are stored as cameras deliver them; then packet() is such a picture.
-    std::optional<BWPixelFormat> nativeFormat() const;
+    virtual std::optional<BWPixelFormat> nativeFormat() const = 0;
     /// How the values of the pictures are to be interpreted.
-    BWColorMatrix matrix() const;
-    BWColorRange range() const;
+    virtual BWColorMatrix matrix() const = 0;
+    virtual BWColorRange range() const = 0;
 
     /// Steps to the next good picture, from the last one to the first. False from then on if a whole round has found
     /// none, because the file has been damaged or removed; the current picture stays.
-    bool advance();
+    virtual bool advance() = 0;
     /// Steps to the first picture.
-    bool rewind();
+    virtual bool rewind() = 0;
 
     /// The current picture as it is stored; empty without a nativeFormat().
-    std::span<const uint8_t> packet() const;
+    virtual std::span<const uint8_t> packet() const = 0;
     /// Keeps the bytes of packet() valid, without a copy.
-    std::shared_ptr<const void> packetKeeper() const;
+    virtual std::shared_ptr<const void> packetKeeper() const = 0;
 
     /// The current picture, scaled to fill the size and cropped at its middle, as planes of full range and of that
     /// matrix (one other than BT.601 only if the movie has it). False if it cannot be decoded.
-    bool decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes);
-
-private:
-    explicit BWMovieReader(const QString &path);
-
-    const AVCodecParameters &parameters() const { return *m_input->streams[m_stream]->codecpar; }
-    int openFile();
-    bool toStart();
-    int step();
-    int stepNative();
-    int stepDecoded();
-    bool isWhole(const AVPacket &candidate) const;
-    void logDamage(const QString &what);
-
-    QString m_path;
-    BWLibav::Input m_input;
-    int m_stream = -1;
-    BWLibav::Codec m_codec;
-    BWLibav::Packet m_packet{av_packet_alloc()}; ///< of the current picture, if it is native
-    BWLibav::Packet m_next{av_packet_alloc()};
-    BWLibav::Frame m_frame{av_frame_alloc()}; ///< the current picture, once decoded
-    BWLibav::Frame m_nextFrame{av_frame_alloc()};
-    std::optional<BWPixelFormat> m_native;
-    BWFrameScaler m_scaler;
-    bool m_decoded = false; ///< m_frame is the current picture
-    bool m_draining = false; ///< the file is at its end, the decoder not yet
-    bool m_exhausted = false;
-    bool m_damageLogged = false;
+    virtual bool decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes) = 0;
 };

@@ -1,6 +1,7 @@
 #include "media/BWMovieReader.h"
 
 #include "base/BWDriverLog.h"
+#include "BWLibav.h"
 #include "media/BWJpeg.h"
 
 #include <utility>
@@ -17,15 +18,73 @@ std::optional<BWPixelFormat> nativeFormatOf(const AVCodecParameters &parameters)
     return std::nullopt;
 }
 
-} // namespace
+/// Whether the header tells all that is needed of a movie. Else libav decodes the first pictures, which takes time.
+bool isTold(const AVFormatContext &movie)
+{
+    for (unsigned i = 0; i < movie.nb_streams; ++i) {
+        const AVStream &stream = *movie.streams[i];
+        const AVCodecParameters &codec = *stream.codecpar;
+        if (codec.codec_type == AVMEDIA_TYPE_VIDEO)
+            return codec.codec_id == AV_CODEC_ID_MJPEG && codec.width > 0 && codec.height > 0
+                && stream.avg_frame_rate.num > 0;
+    }
+    return false;
+}
 
-int BWMovieReader::openFile()
+/// With libav.
+class LibavReader final : public BWMovieReader {
+public:
+    explicit LibavReader(const QString &path) : m_path(path) { }
+
+    /// Steps to the first good picture; libav's error number on failure.
+    int open();
+    bool statesSize() const { return parameters().width > 0 && parameters().height > 0; }
+
+    BWResolution size() const override;
+    double frameRate() const override;
+    std::optional<BWPixelFormat> nativeFormat() const override { return m_native; }
+    BWColorMatrix matrix() const override;
+    BWColorRange range() const override;
+    bool advance() override;
+    bool rewind() override;
+    std::span<const uint8_t> packet() const override;
+    std::shared_ptr<const void> packetKeeper() const override;
+    bool decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes) override;
+
+private:
+    const AVCodecParameters &parameters() const { return *m_input->streams[m_stream]->codecpar; }
+    int openFile();
+    bool toStart();
+    int step();
+    int stepNative();
+    int stepDecoded();
+    bool isWhole(const AVPacket &candidate) const;
+    void logDamage(const QString &what);
+
+    QString m_path;
+    BWLibav::Input m_input;
+    int m_stream = -1;
+    BWLibav::Codec m_codec;
+    BWLibav::Packet m_packet{av_packet_alloc()}; ///< of the current picture, if it is native
+    BWLibav::Packet m_next{av_packet_alloc()};
+    BWLibav::Frame m_frame{av_frame_alloc()}; ///< the current picture, once decoded
+    BWLibav::Frame m_nextFrame{av_frame_alloc()};
+    std::optional<BWPixelFormat> m_native;
+    BWFrameScaler m_scaler;
+    bool m_decoded = false; ///< m_frame is the current picture
+    bool m_draining = false; ///< the file is at its end, the decoder not yet
+    bool m_exhausted = false;
+    bool m_damageLogged = false;
+};
+
+int LibavReader::openFile()
 {
     int result = 0;
     m_input = BWLibav::openInput(m_path, result);
     if (!m_input)
         return result;
-    result = avformat_find_stream_info(m_input.get(), nullptr);
+    if (!isTold(*m_input))
+        result = avformat_find_stream_info(m_input.get(), nullptr);
     if (result < 0)
         return result;
     const AVCodec *decoder = nullptr;
@@ -44,7 +103,7 @@ int BWMovieReader::openFile()
     return result;
 }
 
-bool BWMovieReader::toStart()
+bool LibavReader::toStart()
 {
     m_draining = false;
     avcodec_flush_buffers(m_codec.get());
@@ -55,7 +114,7 @@ bool BWMovieReader::toStart()
     return openFile() >= 0; // some kinds of file can only be read forward
 }
 
-bool BWMovieReader::isWhole(const AVPacket &candidate) const
+bool LibavReader::isWhole(const AVPacket &candidate) const
 {
     const auto size = static_cast<std::size_t>(candidate.size);
     if (m_native == BWPixelFormat::MJPEG)
@@ -63,19 +122,19 @@ bool BWMovieReader::isWhole(const AVPacket &candidate) const
     return size == static_cast<std::size_t>(parameters().width) * static_cast<std::size_t>(parameters().height) * 2;
 }
 
-void BWMovieReader::logDamage(const QString &what)
+void LibavReader::logDamage(const QString &what)
 {
     if (!std::exchange(m_damageLogged, true))
         qCWarning(bwMedia) << m_path << "is damaged:" << what << "- its bad pictures are left out";
 }
 
 /// To the next good picture, or libav's error number, which is AVERROR_EOF at the end.
-int BWMovieReader::step()
+int LibavReader::step()
 {
     return m_native ? stepNative() : stepDecoded();
 }
 
-int BWMovieReader::stepNative()
+int LibavReader::stepNative()
 {
     for (;;) {
         av_packet_unref(m_next.get());
@@ -93,7 +152,7 @@ int BWMovieReader::stepNative()
     }
 }
 
-int BWMovieReader::stepDecoded()
+int LibavReader::stepDecoded()
 {
     for (;;) {
         int result = avcodec_receive_frame(m_codec.get(), m_nextFrame.get());
@@ -123,31 +182,18 @@ int BWMovieReader::stepDecoded()
     }
 }
 
-BWMovieReader::BWMovieReader(const QString &path) : m_path(path) { }
-
-std::unique_ptr<BWMovieReader> BWMovieReader::open(const QString &path, QString &error)
+int LibavReader::open()
 {
-    std::unique_ptr<BWMovieReader> reader(new BWMovieReader(path));
-    int result = reader->openFile();
-    if (result >= 0)
-        result = reader->step();
-    if (result < 0) {
-        error = BWLibav::errorText(result);
-        return nullptr;
-    }
-    if (reader->parameters().width <= 0 || reader->parameters().height <= 0) {
-        error = QStringLiteral("the movie does not state its size");
-        return nullptr;
-    }
-    return reader;
+    const int result = openFile();
+    return result < 0 ? result : step();
 }
 
-BWResolution BWMovieReader::size() const
+BWResolution LibavReader::size() const
 {
     return {parameters().width, parameters().height};
 }
 
-double BWMovieReader::frameRate() const
+double LibavReader::frameRate() const
 {
     constexpr double usual = 30;
     constexpr double fastest = 1000;
@@ -155,23 +201,18 @@ double BWMovieReader::frameRate() const
     return rate > 0 && rate <= fastest ? rate : usual;
 }
 
-std::optional<BWPixelFormat> BWMovieReader::nativeFormat() const
-{
-    return m_native;
-}
-
-BWColorMatrix BWMovieReader::matrix() const
+BWColorMatrix LibavReader::matrix() const
 {
     return BWFrameScaler::matrixOf(parameters().color_space, parameters().codec_id, parameters().height);
 }
 
-BWColorRange BWMovieReader::range() const
+BWColorRange LibavReader::range() const
 {
     const bool full = m_native == BWPixelFormat::MJPEG || parameters().color_range == AVCOL_RANGE_JPEG;
     return full ? BWColorRange::Full : BWColorRange::Limited;
 }
 
-bool BWMovieReader::advance()
+bool LibavReader::advance()
 {
     if (m_exhausted)
         return false;
@@ -188,26 +229,26 @@ bool BWMovieReader::advance()
     return result >= 0;
 }
 
-bool BWMovieReader::rewind()
+bool LibavReader::rewind()
 {
     if (m_exhausted || !toStart())
         return false;
     return advance();
 }
 
-std::span<const uint8_t> BWMovieReader::packet() const
+std::span<const uint8_t> LibavReader::packet() const
 {
     if (!m_native)
         return {};
     return {m_packet->data, static_cast<std::size_t>(m_packet->size)};
 }
 
-std::shared_ptr<const void> BWMovieReader::packetKeeper() const
+std::shared_ptr<const void> LibavReader::packetKeeper() const
 {
     return {av_packet_clone(m_packet.get()), BWLibav::Deleter()};
 }
 
-bool BWMovieReader::decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes)
+bool LibavReader::decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes &planes)
 {
     if (!m_decoded) {
         avcodec_flush_buffers(m_codec.get());
@@ -221,4 +262,20 @@ bool BWMovieReader::decode(BWResolution size, BWColorMatrix wanted, BWYuvPlanes 
         m_decoded = true;
     }
     return m_scaler.scale(*m_frame, m_codec->codec_id, size, wanted, planes);
+}
+
+} // namespace
+
+std::unique_ptr<BWMovieReader> BWLibav::openReader(const QString &path, QString &error)
+{
+    auto reader = std::make_unique<LibavReader>(path);
+    if (const int result = reader->open(); result < 0) {
+        error = errorText(result);
+        return nullptr;
+    }
+    if (!reader->statesSize()) {
+        error = QStringLiteral("the movie does not state its size");
+        return nullptr;
+    }
+    return reader;
 }

@@ -1,4 +1,4 @@
-#include "media/BWLibav.h"
+#include "BWLibav.h"
 
 #include <algorithm>
 #include <array>
@@ -119,3 +119,6 @@ bool BWFrameScaler::scale(const AVFrame &frame, AVCodecID codec, BWResolution si
                                 full ? BWColorRange::Full : BWColorRange::Limited);
     return true;
 }
+
+extern "C" Q_DECL_EXPORT const BWMovieLibrary bwMovieLibrary{&BWLibav::openReader, &BWLibav::createWriter,
+                                                             &BWLibav::readPicture};

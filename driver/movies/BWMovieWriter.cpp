@@ -3,8 +3,8 @@
 #include "base/BWDriverLog.h"
 #include "BWACUDriver/BWFileBytes.h"
 #include "BWACUDriver/BWMovie.h"
+#include "BWLibav.h"
 #include "media/BWJpeg.h"
-#include "media/BWLibav.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -294,13 +294,12 @@ void MovWriter::complete()
 
 } // namespace
 
-std::unique_ptr<BWMovieWriter> BWMovieWriter::create(const QString &path, QString *error)
+std::unique_ptr<BWMovieWriter> BWLibav::createWriter(const QString &path, QString &error)
 {
     int result = 0;
-    BWLibav::Output output = BWLibav::createMov(path, result);
+    Output output = createMov(path, result);
     if (!output) {
-        if (error)
-            *error = BWLibav::errorText(result);
+        error = errorText(result);
         return nullptr;
     }
     return std::make_unique<MovWriter>(path, std::move(output));

@@ -1,6 +1,6 @@
 #include "BWACUDriver/BWMovie.h"
 
-#include "media/BWLibav.h"
+#include "BWLibav.h"
 
 #include <cerrno>
 #include <cmath>
@@ -258,7 +258,7 @@ std::optional<std::chrono::milliseconds> FirstPicture::length() const
 
 } // namespace
 
-std::optional<BWMoviePicture> BWMoviePicture::read(int file, QSize most, QString *error)
+std::optional<BWMoviePicture> BWLibav::readPicture(int file, QSize most, QString &error)
 {
     FirstPicture first;
     int result = first.open(file, most);
@@ -271,7 +271,6 @@ std::optional<BWMoviePicture> BWMoviePicture::read(int file, QSize most, QString
             return picture;
         result = AVERROR_INVALIDDATA;
     }
-    if (error)
-        *error = BWLibav::errorText(result);
+    error = errorText(result);
     return std::nullopt;
 }

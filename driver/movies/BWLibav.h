@@ -1,7 +1,6 @@
 #pragma once
 
-#include "BWACUDriver/BWFrame.h"
-#include "BWACUDriver/BWResolution.h"
+#include "media/BWMovieLibrary.h"
 #include "media/BWYuvPlanes.h"
 
 #include <memory>
@@ -13,7 +12,7 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
-/// Owners for libav's objects.
+/// Owners for libav's objects, and what the library offers.
 namespace BWLibav {
 
 struct Deleter {
@@ -50,6 +49,10 @@ Output createMov(const QString &path, int &result);
 void silence();
 
 QString errorText(int error);
+
+std::unique_ptr<BWMovieReader> openReader(const QString &path, QString &error);
+std::unique_ptr<BWMovieWriter> createWriter(const QString &path, QString &error);
+std::optional<BWMoviePicture> readPicture(int file, QSize most, QString &error);
 
 } // namespace BWLibav
 
