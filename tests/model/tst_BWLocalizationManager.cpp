@@ -54,6 +54,21 @@ private Q_SLOTS:
         QCOMPARE(manager.text(u"a"_s, u"y"_s, u"<b>y</b>"_s), u"<b>y</b>"_s);
     }
 
+    /// English texts do not wait for the file; what it has is added when somebody asks.
+    void textsRequestedBeforeTheFile()
+    {
+        BWLocalizationManager manager(
+            write(json("[{'parent':'a','identifier':'x','source_value':'Old','format':'html',"
+                       "'localizations':{'de':'Abbrechen'}}]")),
+            {u"en"_s});
+        QCOMPARE(manager.text(u"a"_s, u"x"_s, u"Cancel"_s), u"Cancel"_s);
+        manager.text(u"a"_s, u"new"_s, u"New"_s);
+        QCOMPARE(wordings(manager.strings()), QStringList({u"a/new: New"_s, u"a/x: Cancel"_s}));
+        const auto table = manager.localizations();
+        QCOMPARE(table->value({u"a"_s, u"x"_s, {}})["de"_L1].toString(), u"Abbrechen"_s);
+        QVERIFY(table->value({u"a"_s, u"new"_s, {}}).contains("ja"_L1));
+    }
+
     void unusableFiles()
     {
         for (const QByteArray &content : {QByteArray(), QByteArray("[{\"parent\":\"a\""), QByteArray("{}")}) {

@@ -32,7 +32,8 @@ BWLocalizationManager::BWLocalizationManager(QString path, QStringList preferred
     : m_path(std::move(path)), m_preferredLanguages(std::move(preferredLanguages))
 {
     preferredLanguage();
-    load();
+    if (!isEnglish())
+        load();
 }
 
 QString BWLocalizationManager::preferredLanguage()
@@ -42,7 +43,22 @@ QString BWLocalizationManager::preferredLanguage()
     return m_language;
 }
 
+bool BWLocalizationManager::isEnglish() const
+{
+    return m_language.isNull() || m_language == "en"_L1 || m_language == "C"_L1; // no language was chosen
+}
+
 void BWLocalizationManager::load()
+{
+    if (std::exchange(m_isLoaded, true))
+        return;
+    const auto requested = std::exchange(m_strings, {});
+    readFile();
+    for (const BWLocalizableString &string : requested)
+        localize(string);
+}
+
+void BWLocalizationManager::readFile()
 {
     QFile file(m_path);
     if (!file.exists()) {
@@ -68,11 +84,7 @@ void BWLocalizationManager::load()
                                          element["format"_L1].toString() == "html"_L1);
         if (!m_strings.contains(string))
             m_strings.insert(string, string);
-        Translations translations;
-        const QJsonObject localizations = element["localizations"_L1].toObject();
-        for (auto it = localizations.begin(); it != localizations.end(); ++it)
-            translations.insert(it.key(), it.value().toString());
-        m_localizations->insert(string, translations);
+        m_localizations->insert(string, element["localizations"_L1].toObject());
     }
 }
 
@@ -91,17 +103,29 @@ QString BWLocalizationManager::localize(const BWLocalizableString &string)
             missing.insert(language, u""_s);
     }
 
-    const QString language = preferredLanguage();
-    if (m_localizations && language != "en"_L1) {
-        QString translation = m_localizations->value(string).value(language);
+    if (m_localizations && !isEnglish()) {
+        QString translation = m_localizations->value(string).value(m_language).toString();
         if (!translation.isEmpty())
             return translation;
     }
     return string.value();
 }
 
-void BWLocalizationManager::saveAtPath(const QString &path) const
+QList<BWLocalizableString> BWLocalizationManager::strings()
 {
+    load();
+    return m_strings.values();
+}
+
+const std::optional<BWLocalizationManager::Localizations> &BWLocalizationManager::localizations()
+{
+    load();
+    return m_localizations;
+}
+
+void BWLocalizationManager::saveAtPath(const QString &path)
+{
+    load();
     if (!m_localizations) {
         qCWarning(bwModel).noquote() << "There are no translations to write to" << path;
         return;
@@ -112,15 +136,11 @@ void BWLocalizationManager::saveAtPath(const QString &path) const
     });
     QJsonArray array;
     for (const BWLocalizableString &string : strings) {
-        QJsonObject localizations;
-        const Translations translations = m_localizations->value(string);
-        for (auto it = translations.begin(); it != translations.end(); ++it)
-            localizations.insert(it.key(), it.value());
         array.append(QJsonObject{{u"parent"_s, string.parent()},
                                  {u"identifier"_s, string.identifier()},
                                  {u"source_value"_s, string.value()},
                                  {u"format"_s, string.isHTML() ? u"html"_s : u"text"_s},
-                                 {u"localizations"_s, localizations}});
+                                 {u"localizations"_s, m_localizations->value(string)}});
     }
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(array).toJson()) < 0 || !file.commit())

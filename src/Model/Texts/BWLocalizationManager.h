@@ -37,13 +37,14 @@ size_t qHash(const BWLocalizableString &string, size_t seed = 0) noexcept;
 /// can be written back in the file's own format with empty slots for the missing translations. GUI thread only.
 class BWLocalizationManager {
 public:
-    using Translations = QMap<QString, QString>; ///< language code -> text; an empty text is not translated yet
+    using Translations = QJsonObject; ///< language code -> text; an empty text is not translated yet
     using Localizations = QHash<BWLocalizableString, Translations>;
 
     /// The codes of the languages that the program speaks, English first.
     static QStringList languages();
 
-    /// Reads the file. A missing or unreadable file is logged and leaves every text English.
+    /// Reads the file, at once unless all texts are English anyway. A missing or unreadable file is logged and leaves
+    /// every text English.
     /// `preferredLanguages` are the user's languages, best first ("de-AT", "en").
     BWLocalizationManager(QString path, QStringList preferredLanguages);
 
@@ -62,19 +63,22 @@ public:
 
     /// Writes the catalogue, sorted by parent and identifier, over what is at `path`. Without a translation
     /// table there is nothing to write. Failures are logged.
-    void saveAtPath(const QString &path) const;
+    void saveAtPath(const QString &path);
 
     /// The texts of the file and those requested, each with its latest wording.
-    QList<BWLocalizableString> strings() const { return m_strings.values(); }
+    QList<BWLocalizableString> strings();
 
     /// The translation table; nothing if there was no file.
-    const std::optional<Localizations> &localizations() const { return m_localizations; }
+    const std::optional<Localizations> &localizations();
 
 private:
+    bool isEnglish() const;
     void load();
+    void readFile();
 
     QString m_path;
     QStringList m_preferredLanguages;
+    bool m_isLoaded = false;
     QString m_language;
     QHash<BWLocalizableString, BWLocalizableString> m_strings;
     std::optional<Localizations> m_localizations;
