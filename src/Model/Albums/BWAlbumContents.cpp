@@ -71,10 +71,9 @@ void BWAlbumContents::take(const BWAlbumWatch::Report &report)
     const bool wasRequested = std::exchange(m_first, false) || (m_reload > m_served && report.requests >= m_reload);
     m_served = report.requests;
     const State state = report.listing ? State::Listed : State::Unavailable;
-    const BWAlbumWatch::Listing listing = report.listing.value_or(BWAlbumWatch::Listing{});
-    const bool differs = state != m_state || listing != m_listing;
+    const bool differs = state != m_state || report.differs;
     m_state = state;
-    m_listing = listing;
+    m_listing = report.listing.value_or(BWAlbumWatch::Listing{});
     if (wasRequested)
         Q_EMIT reloaded();
     else if (differs)

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstring>
 #include <poll.h>
+#include <QSet>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -21,6 +22,20 @@ constexpr int retryMilliseconds = 2000; // where nothing can be watched
 constexpr uint32_t entriesChange = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr uint32_t folderGoes = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 constexpr uint32_t fileWritten = IN_CLOSE_WRITE;
+
+/// Keeps the entries that were there before, so that a long list is in memory once, and the GUI thread frees few.
+void share(QList<QUrl> &now, const QList<QUrl> &before)
+{
+    if (now == before) {
+        now = before;
+        return;
+    }
+    const QSet<QUrl> known(before.cbegin(), before.cend());
+    for (QUrl &file : now) {
+        if (const auto same = known.constFind(file); same != known.cend())
+            file = *same;
+    }
+}
 
 } // namespace
 
@@ -140,8 +155,13 @@ void BWAlbumWatch::Worker::run()
     while (!m_stopped) {
         const unsigned serves = requests;
         watchFolder(); // before listing it, so that nothing is missed
-        Report now{list(), serves, (what & fileWritten) != 0};
-        if (!last || now.listing != last->listing || now.requests != last->requests || now.filesWritten)
+        Report now{list(), true, serves, (what & fileWritten) != 0};
+        if (last && last->listing && now.listing) {
+            share(now.listing->images, last->listing->images);
+            share(now.listing->videos, last->listing->videos);
+        }
+        now.differs = !last || now.listing != last->listing;
+        if (now.differs || now.requests != last->requests || now.filesWritten)
             report(now);
         last = std::move(now);
         if (requests == serves)

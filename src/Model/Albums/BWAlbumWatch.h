@@ -20,6 +20,7 @@ public:
     };
     struct Report {
         std::optional<Listing> listing; ///< nothing if the folder cannot be listed
+        bool differs = true; ///< from the last report
         unsigned requests = 0; ///< the listing is newer than that many calls of request()
         bool filesWritten = false; ///< a file in the folder may have become another
     };
