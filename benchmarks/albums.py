@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Measures the album window with ten thousand snapshots of 5 megapixels: from the window being up to the thumbnails of
-all visible cells, how long the GUI thread is held up while it is scrolled from end to end, and memory after that.
+all visible cells, how long the GUI thread is held up while it is scrolled from end to end, and memory after that. Or, with
+--growth, how all of that grows with the number of files.
 """
 
 import argparse
@@ -25,6 +26,7 @@ ORIGINALS = 20
 GRID_TOP, GRID_BOTTOM = 70, 517  # of the window's 550 points: between the tabs and the lower edge
 ROWS = 4  # fully visible
 GREY = 12  # red, green and blue of a grey differ by less
+GROWTH = 1_000, 10_000, 100_000  # files
 NOT_BLOCKED = 8  # milliseconds: the program does not report shorter hold-ups
 
 
@@ -36,20 +38,26 @@ class AlbumBench:
         self.ways = options.ways
         self.ours = OurProgram(options.build / "brimwellpro", desktop.home)
         self.movie = Media().movie(KIND, 300)
-        self.make_album(desktop.home / "BrimwellPro" / "Default Album")
+        self.originals = desktop.folder / "originals"
+        self.make_originals(self.originals)
+        self.make_album(self.files)
 
-    def make_album(self, album):
-        """Few originals with the fine noise of a camera, in full colours, and many names for each."""
-        originals = self.desktop.folder / "originals"
+    def make_originals(self, originals):
+        """Few pictures with the fine noise of a camera, in full colours."""
         originals.mkdir()
-        album.mkdir(parents=True)
         subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i",
                         "color=c=0xc02040:size=2592x1944:rate=5,hue=H=0.3*t,noise=alls=8:allf=t", "-frames:v",
                         str(ORIGINALS), "-q:v", "3", originals / "%02d.jpg"], check=True)
-        sources = sorted(originals.iterdir())
-        self.size = sum(file.stat().st_size for file in sources) / len(sources)
-        for number in range(self.files):
-            os.link(sources[number % len(sources)], album / f"20240607_image_{number + 1:05d}.jpg")
+        self.size = sum(file.stat().st_size for file in originals.iterdir()) / ORIGINALS
+
+    def make_album(self, files):
+        """Many names for each of the originals."""
+        album = self.desktop.home / "BrimwellPro" / "Default Album"
+        shutil.rmtree(album, ignore_errors=True)
+        album.mkdir(parents=True)
+        sources = sorted(self.originals.iterdir())
+        for number in range(files):
+            os.link(sources[number % len(sources)], album / f"20240607_image_{number + 1:06d}.jpg")
 
     def run(self):
         print(f"{self.files} pictures of 5 megapixels, {self.size / 1e6:.1f} MB each; load {os.getloadavg()[0]:.1f} "
@@ -69,6 +77,38 @@ class AlbumBench:
         print(table(["", "from F9 to the window", "from the window to all its thumbnails"],
                     [self.times_row("thumbnails to be made", cold), self.times_row("thumbnails stored before", warm)]))
         self.scroll_table()
+
+    # Growth
+
+    def growth_table(self):
+        """Each round opens the window once and takes a snapshot, which makes the program list the album again."""
+        self.find_window()
+        rows = []
+        for files in GROWTH:
+            self.make_album(files)
+            results = [self.growth_round() for _ in range(self.rounds)]
+            window, thumbnails, memory, opening, snapshot = zip(*results)
+            rows.append([f"{files:,}", *(f"{1000 * statistics.median(times):.0f}" for times in (window, thumbnails)),
+                         f"{statistics.median(memory):.1f}",
+                         *("{} ({} ms computed)".format(*max(longest, key=lambda one: float(one[0].split()[-1])))
+                           for longest in (opening, snapshot))])
+            print(rows[-1], file=sys.stderr, flush=True)
+        print(table(["files", "from F9 to the window, ms", "from there to its thumbnails, ms", "MiB more than before F9",
+                     "longest hold-up of the GUI thread when opened, ms", "and for a snapshot, ms"], rows))
+
+    def growth_round(self):
+        run = self.start()
+        before = memory_mib(run.process.pid)[0]
+        begin = time.monotonic()
+        window, thumbnails = self.open_window()
+        time.sleep(2)
+        opened = time.monotonic()
+        memory = memory_mib(run.process.pid)[0] - before
+        self.desktop.key("ctrl+s")
+        time.sleep(3)
+        holdups = [self.blocked(run, *times) for times in ((begin, opened), (opened, time.monotonic()))]
+        self.end(run)
+        return window, thumbnails, memory, *((longest, computed) for longest, _, computed in holdups)
 
     def times_row(self, name, times):
         return [name, *(f"{1000 * statistics.median(column):.0f} ({1000 * max(column):.0f})" for column in zip(*times))]
@@ -183,13 +223,15 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", type=Path, default=ROOT / "build/release", help="where the program is built")
     parser.add_argument("--files", type=int, default=10000)
+    parser.add_argument("--growth", action="store_true", help="how it grows with the number of files")
     parser.add_argument("--rounds", type=int, default=5, help="starts of each kind")
     parser.add_argument("--ways", type=int, help="how many ways of scrolling")
     parser.add_argument("--log", type=Path, help="keep the program's output of the scrolling in this file")
     options = parser.parse_args()
     try:
         with Desktop(accessibility=False) as desktop:
-            AlbumBench(desktop, options).run()
+            bench = AlbumBench(desktop, options)
+            bench.growth_table() if options.growth else bench.run()
             if options.log:
                 shutil.copy(desktop.folder / "program.log", options.log)
     except Failure as failure:
