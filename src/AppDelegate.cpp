@@ -8,6 +8,7 @@
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "App/Windows/BWImportMenu.h"
 #include "App/Windows/BWSessionWindows.h"
+#include "BWACUDriver/BWMovie.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureRecovery.h"
@@ -21,7 +22,6 @@
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWUIUtils.h"
 #include "Utils/BWVersion.h"
-#include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -29,6 +29,7 @@
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Technician/BWSimulatedCamerasWindowController.h"
 #include "Views/Utils/BWFlashActionViewController.h"
+#include "Views/Utils/BWIcons.h"
 
 #include <QAction>
 #include <QApplication>
@@ -68,6 +69,7 @@ AppDelegate::AppDelegate(Options options)
       m_session(m_cameraManager, m_repository.configManager(), m_productInUse, m_clock),
       m_quitting(quittingCallbacks(), m_clock)
 {
+    connect(&m_session, &BWCameraSession::cameraAdded, this, &AppDelegate::prepareCamera);
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -115,9 +117,9 @@ void AppDelegate::cameraAccessMissing(const QString &title, const QString &messa
     m_options.quit();
 }
 
+/// Cameras come first: one that is there already starts on its own thread while the windows are made.
 void AppDelegate::doFinishApplicationLaunch()
 {
-    prepareUI();
     m_cameraDetector =
         std::make_unique<BWCameraDetector>(BWCameraDetector::supportedDescriptions(), std::move(m_options.backends));
     m_cameraDetector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { m_session.cameraFound(device); });
@@ -125,7 +127,10 @@ void AppDelegate::doFinishApplicationLaunch()
         [this](const BWDetectedCameraPtr &device) { m_session.cameraRemoved(device); });
     m_cameraDetector->setDevicesChangedBlock([this] { m_sessionWindows->watchPendingDevices(); });
     m_cameraDetector->startCamerasDetection();
-    m_session.waitForCamera();
+    BWMainQueue::post(m_alive, [this] {
+        prepareUI();
+        m_session.waitForCamera();
+    });
 }
 
 void AppDelegate::prepareUI()
@@ -151,32 +156,48 @@ void AppDelegate::prepareUI()
         *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_session, m_productInUse, m_repository,
         BWSessionWindows::Callbacks{[this] { return pendingDevices(); }, [this] { return blockedCameras(); }}, m_clock);
     connectSession();
+    for (const BWCameraPtr &camera : m_session.cameras())
+        m_capture->prepareCamera(*camera);
     m_importMenu =
         std::make_unique<BWImportMenu>(*m_window, m_repository, m_panels, [this] { m_productInUse.reloadImported(); });
     connectActions();
     updateStateLabel();
 
     config.addListener(this);
-    m_auxiliaryWindows->listen(); // after us, who move the camera window
     m_window->rememberFrame(m_repository.userDefaults());
     if (!config.rememberLayout() || config.firstTime())
         config.resetLayout();
-    config.setFirstTime(false);
     m_capture->setButtonRecords(config.saveVideoOnHardwareButton(), [this] { onRecord(); });
-    if (!m_options.simulatedCameras.isEmpty()) {
-        m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
-        m_simulatedCameras->localizeWithManager(texts);
-    }
     // Posted, as a reset of the layout is: the window then first shows where it belongs.
     BWMainQueue::post(m_alive, [this] {
         m_window->show();
-        m_repository.albumManager().whenPrepared([this, alive = m_alive.watch()] {
-            if (!alive.expired())
-                m_captureRecovery->start(BWUIUtils::temporaryFolders());
-        });
-        if (m_simulatedCameras)
-            m_simulatedCameras->showBelow(*m_window);
+        constexpr double longestWait = 0.3; // seconds, for a first picture
+        m_completion = DispatchAfterStrict::dispatchForQueue(
+            this, [this] { completeLaunch(); }, longestWait, m_clock);
     });
+}
+
+/// What the first picture does not need: once, after it, or a moment after the window came up without one.
+void AppDelegate::completeLaunch()
+{
+    if (std::exchange(m_launched, true))
+        return;
+    if (m_completion)
+        m_completion->cancel();
+    QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
+    if (!m_options.simulatedCameras.isEmpty()) {
+        m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
+        m_simulatedCameras->localizeWithManager(m_repository.localizationManager());
+        m_simulatedCameras->showBelow(*m_window);
+    }
+    m_snapshotSound->prepare();
+    m_worker.run([] { BWMoviePicture::prepare(); });
+    m_repository.albumManager().whenPrepared([this, alive = m_alive.watch()] {
+        if (!alive.expired())
+            m_captureRecovery->start(BWUIUtils::temporaryFolders());
+    });
+    if (m_repository.configManager().firstTime())
+        m_repository.configManager().setFirstTime(false);
 }
 
 void AppDelegate::prepareCapture()
@@ -197,7 +218,6 @@ void AppDelegate::prepareCapture()
 
 void AppDelegate::connectSession()
 {
-    connect(&m_session, &BWCameraSession::cameraAdded, this, &AppDelegate::prepareCamera);
     connect(&m_session, &BWCameraSession::statusChanged, this, &AppDelegate::updateStateLabel);
     connect(&m_session, &BWCameraSession::quitRequested, this, &AppDelegate::applicationShouldTerminate);
     connect(m_sessionWindows.get(), &BWSessionWindows::terminateRequested, this,
@@ -231,8 +251,10 @@ void AppDelegate::connectActions()
         forceSnapshot();
         m_window->centeringClipView().showCameraCursor();
     });
-    connect(&m_window->centeringClipView(), &BWCenteringClipView::firstPicturePainted, this,
-            [this] { m_firstFrameMilliseconds = BWStatisticsReport::millisecondsSinceStart(); });
+    connect(&m_window->centeringClipView(), &BWCenteringClipView::firstPicturePainted, this, [this] {
+        m_firstFrameMilliseconds = BWStatisticsReport::millisecondsSinceStart();
+        BWMainQueue::post(m_alive, [this] { completeLaunch(); }); // when it is on the screen
+    });
     connect(m_window.get(), &BWMainWindow::otherKeyPressed, this, &AppDelegate::otherKeyPressed);
     connect(m_window.get(), &BWMainWindow::occlusionStateChanged, this, &AppDelegate::windowDidChangeOcclusionState);
     connect(&menu, &BWMainMenu::panelsMenuOpening, this, &AppDelegate::windowDidChangeOcclusionState);
@@ -247,13 +269,14 @@ void AppDelegate::prepareCamera(const BWCameraPtr &camera)
         if (const auto renderer = weak.lock())
             renderer->prepareBuffer(frame);
     });
-    m_capture->prepareCamera(*camera);
+    if (m_capture) // else as soon as that exists
+        m_capture->prepareCamera(*camera);
 }
 
 BWQuitting::Callbacks AppDelegate::quittingCallbacks()
 {
     return {
-        .isSaving = [this] { return m_auxiliaryWindows && m_auxiliaryWindows->albums().isSaving(); },
+        .isSaving = [this] { return m_auxiliaryWindows && m_auxiliaryWindows->isSaving(); },
         .mayStopSaving =
             [this] {
                 return BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);

@@ -4,6 +4,7 @@
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
+#include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/BWApplicationDelegate.h"
 #include "Model/Capture/BWCaptureController.h"
 #include "Model/LiveView/BWLiveRenderer.h"
@@ -12,6 +13,7 @@
 #include "Model/Session/BWQuitting.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Utils/BWMainQueue.h"
+#include "Utils/BWWorkerPool.h"
 #include "Views/Utils/BWFilePanels.h"
 
 #include <functional>
@@ -64,7 +66,7 @@ public:
     BWCameraPtr currentCamera() const override;
     bool pendingDevices() const override;
     QList<BWBlockedCamera> blockedCameras() const;
-    /// The main window; null until the launch is finished.
+    /// The main window; null until it has been made.
     BWMainWindow *cameraWindow() const { return m_window.get(); }
     const BWLiveRenderer &renderer() const { return *m_renderer; }
     /// From the start of the process to the first live picture on the screen; -1 while there is none.
@@ -81,6 +83,7 @@ private:
     void doFinishApplicationLaunch();
     BWQuitting::Callbacks quittingCallbacks();
     void prepareUI();
+    void completeLaunch();
     void prepareCapture();
     void connectSession();
     void connectActions();
@@ -118,6 +121,9 @@ private:
     BWAliveToken m_alive;
     BWAppTexts m_texts;
     double m_firstFrameMilliseconds = -1;
+    DispatchAfterStrict::Handle m_completion; ///< of the launch, without a picture
+    bool m_launched = false; ///< completely
+    BWWorkerPool m_worker;
     bool m_unstoredReported = false;
     BWQuitting m_quitting;
 };

@@ -52,6 +52,7 @@ private Q_SLOTS:
         QElapsedTimer timer;
         {
             BWSnapshotSound shutter(sound());
+            shutter.prepare();
             QTRY_VERIFY(server.hasPendingConnections());
             timer.start();
             for (int i = 0; i < 100; ++i)

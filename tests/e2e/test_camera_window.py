@@ -12,6 +12,7 @@ import subprocess
 import sys
 
 from desktop import wait_until
+from live_image import colours
 from program import ProgramTest, answer_product_question, frames_of, wait_for_picture
 
 HANGING_DISK = None
@@ -77,6 +78,14 @@ class CameraWindow(ProgramTest):
     def click_image(self):
         area = self.program.wait_for(None, "Live image").area
         self.desktop.click(area.x + area.width // 2, area.y + area.height // 2)
+
+    def test_snapshot_of_first_picture(self):
+        self.store('bwp2x_product_for_camera="{\\"wired_high\\":\\"mx50_40\\"}"')  # its question would block the key
+        self.start("--simulate", "high")
+        wait_until("there is a picture", lambda: colours(self.desktop.picture(), step=23) > 60, step=0.002)
+        self.desktop.key("ctrl+s")
+        wait_until("the snapshot is in the album", lambda: len(self.captures("*_image_*.jpg")) == 1)
+        self.program.quit()
 
     def test_captures_in_a_hurry(self):
         self.store("bwp2x_video_button=yes")

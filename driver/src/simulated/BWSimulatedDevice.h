@@ -45,10 +45,10 @@ public:
         m_next = 0;
     }
 
-    /// When the next frame is due.
+    /// When the next frame is due; the first one at once.
     Time due() const
     {
-        const std::chrono::duration<double> since(static_cast<double>(m_next + 1) / m_framesPerSecond);
+        const std::chrono::duration<double> since(static_cast<double>(m_next) / m_framesPerSecond);
         return m_start + std::chrono::duration_cast<Time::duration>(since);
     }
 

@@ -55,6 +55,8 @@ public:
     /// Returns after end(), as soon as the device lets it.
     void run();
 
+    /// Lets run() make the sound and the device ready; play() does, too. Any thread.
+    void begin();
     /// Requests the sound, from its start. Any thread; never waits for the device.
     void play();
     /// Asks run() to return. Any thread.
@@ -74,6 +76,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::optional<Clock::time_point> m_asked; // the newest request that run() has not seen
+    bool m_begin = false;
     bool m_end = false;
 
     // Only run() touches what follows.
@@ -120,9 +123,21 @@ BWSnapshotSound::~BWSnapshotSound()
     on_exit(&exitWithoutWaiting, nullptr);
 }
 
+void BWSnapshotSound::prepare()
+{
+    m_player->begin();
+}
+
 void BWSnapshotSound::play()
 {
     m_player->play();
+}
+
+void BWSnapshotSound::Player::begin()
+{
+    const std::lock_guard lock(m_mutex);
+    m_begin = true;
+    m_changed.notify_all();
 }
 
 void BWSnapshotSound::Player::play()
@@ -141,6 +156,12 @@ void BWSnapshotSound::Player::end()
 
 void BWSnapshotSound::Player::run()
 {
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_begin || m_asked || m_end; });
+        if (m_end)
+            return;
+    }
     const QEventLoop loop; // never runs; the sink must have somewhere to put its timers
     m_samples = decode(m_file);
     if (m_samples.bytes.isEmpty())

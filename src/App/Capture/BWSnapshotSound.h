@@ -22,13 +22,16 @@ public:
     /// around it. Any thread.
     static Samples decode(const QByteArray &file);
 
-    /// `file` holds the bytes of the sound's file. Its samples are made ready at once, before the first play().
+    /// `file` holds the bytes of the sound's file.
     explicit BWSnapshotSound(const QByteArray &file);
     /// Cuts off a sound that is being played. Does not wait for a device that does not answer.
     ~BWSnapshotSound();
     BWSnapshotSound(const BWSnapshotSound &) = delete;
     BWSnapshotSound &operator=(const BWSnapshotSound &) = delete;
 
+    /// Begins to make the samples and the device ready, if that has not begun, so that the first play() is as prompt as
+    /// the others. Any thread.
+    void prepare();
     /// Plays the sound now, from its beginning; one that is being played makes room for it. Any thread.
     void play();
 

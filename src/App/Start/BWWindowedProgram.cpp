@@ -70,6 +70,7 @@ void reportOpenProgram(const BWCommandLine &line, BWSingleInstance::Start start)
 /// Shows why the program cannot start, as few people look at what it prints.
 void showObstacle(const BWRepository::Options &options, bool homeIsUsable)
 {
+    QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
     BWLocalizationManager manager(options.localizationFile, options.preferredLanguages);
     BWMessageBoxAlertPresenter alerts(manager);
     if (!homeIsUsable) {
@@ -101,7 +102,6 @@ std::unique_ptr<QApplication> makeApplication(const BWCommandLine &line, int &ar
     QGuiApplication::setDesktopFileName(u"brimwellpro"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false); // the delegate decides, when the camera has stopped
     BWIcons::install(*application);
-    QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
     return application;
 }
 

@@ -13,6 +13,7 @@
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
 #include "Views/Technician/BWEMPIADebuggerWindowController.h"
+#include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QAction>
@@ -40,77 +41,123 @@ void bringToFront(QWidget &window)
 BWAuxiliaryWindows::BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWCameraSession &session,
                                        BWProductInUse &productInUse, const OpenUrl &openUrl, BWClock &clock)
     : m_window(window),
+      m_repository(repository),
       m_config(repository.configManager()),
       m_texts(repository.localizationManager()),
       m_productInUse(productInUse),
       m_session(session),
-      m_albums(std::make_unique<BWAlbumManagerWindowController>(
-          repository.albumManager(), repository.userDefaults(),
-          BWAlbumManagerWindowController::Callbacks{m_panels, openUrl}, &window, clock)),
-      m_settings(std::make_unique<BWSettingsWindowController>(
-          m_config, repository.userDefaults(),
-          BWSettingsWindowController::Callbacks{*this, [this] { showAdvancedSettings(); }}, &window)),
-      m_advancedSettings(std::make_unique<BWAdvancedSettingsWindowController>(productInUse, repository.userDefaults(),
-                                                                              &window, clock)),
-      m_help(std::make_unique<BWSimpleHelpWindowController>(
-          BWHelpContact::fromFile(u":/contact.json"_s),
-          BWSimpleHelpWindowController::Callbacks{openUrl, [&session] { return session.cameras(); },
-                                                  [&window] { return window.menuBar()->actions(); }},
-          &window)),
-      m_about(std::make_unique<BWAboutWindowController>(BWLibraryList::ours(), &window))
+      m_openUrl(openUrl),
+      m_clock(clock)
 {
-    m_settings->localizeWithManager(m_texts);
-    m_help->localizeWithManager(m_texts);
-    m_about->localizeWithManager(m_texts);
-    m_advancedSettings->localizeWithManager(m_texts);
-    m_albums->localizeWithManager(m_texts);
-    connect(m_albums.get(), &BWAlbumManagerWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
-    connect(m_settings.get(), &BWSettingsWindowController::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
-    connect(m_advancedSettings.get(), &BWAdvancedSettingsWindowController::visibilityChanged, this,
-            &BWAuxiliaryWindows::updateMenu);
     const BWMainMenu &menu = window.menu();
-    addToMenu(menu.albumManagerMenuItem, *m_albums, &BWAuxiliaryWindows::showAlbums);
-    addToMenu(menu.settingsMenuItem, *m_settings, &BWAuxiliaryWindows::showSettings);
-    addToMenu(menu.advancedSettingsMenuItem, *m_advancedSettings, &BWAuxiliaryWindows::showAdvancedSettings);
+    addToMenu(menu.albumManagerMenuItem, m_albums, &BWAuxiliaryWindows::showAlbums);
+    addToMenu(menu.settingsMenuItem, m_settings, &BWAuxiliaryWindows::showSettings);
+    addToMenu(menu.advancedSettingsMenuItem, m_advancedSettings, &BWAuxiliaryWindows::showAdvancedSettings);
     connect(menu.nextWindow, &QAction::triggered, this, &BWAuxiliaryWindows::activateNextWindow);
-    connect(menu.simpleHelpMenuItem, &QAction::triggered, m_help.get(),
-            &BWSimpleHelpWindowController::makeKeyAndOrderFront);
+    connect(menu.simpleHelpMenuItem, &QAction::triggered, this, &BWAuxiliaryWindows::showHelp);
     connect(menu.registerDebugger, &QAction::triggered, this, &BWAuxiliaryWindows::onEMPIADebugger);
-    connect(menu.aboutMenuItem, &QAction::triggered, m_about.get(), &BWAboutWindowController::makeKeyAndOrderFront);
+    connect(menu.aboutMenuItem, &QAction::triggered, this, &BWAuxiliaryWindows::showAbout);
 }
 
 BWAuxiliaryWindows::~BWAuxiliaryWindows() = default;
 
-void BWAuxiliaryWindows::addToMenu(QAction *item, QWidget &window, void (BWAuxiliaryWindows::*show)())
+void BWAuxiliaryWindows::addToMenu(QAction *item, const std::unique_ptr<BWUtilityPanel> &panel,
+                                   void (BWAuxiliaryWindows::*show)())
 {
-    connect(item, &QAction::triggered, this, [this, &window, show] {
-        if (window.isVisible())
-            window.hide();
+    connect(item, &QAction::triggered, this, [this, &panel, show] {
+        if (panel && panel->isVisible())
+            panel->hide();
         else
             (this->*show)();
         updateMenu();
     });
 }
 
-void BWAuxiliaryWindows::listen()
+void BWAuxiliaryWindows::prepare(BWUtilityPanel &panel, BWLocalizationManagerDelegate &texts)
 {
-    m_config.addListener(m_settings.get());
-    m_config.addListener(m_advancedSettings.get());
+    texts.localizeWithManager(m_texts);
+    connect(&panel, &BWUtilityPanel::visibilityChanged, this, &BWAuxiliaryWindows::updateMenu);
 }
 
 void BWAuxiliaryWindows::showAlbums()
 {
+    if (!m_albums) {
+        auto made = std::make_unique<BWAlbumManagerWindowController>(
+            m_repository.albumManager(), m_repository.userDefaults(),
+            BWAlbumManagerWindowController::Callbacks{m_panels, m_openUrl}, &m_window, m_clock);
+        prepare(*made, *made);
+        m_albums = std::move(made);
+    }
     bringToFront(*m_albums);
 }
 
 void BWAuxiliaryWindows::showSettings()
 {
+    if (!m_settings) {
+        auto made = std::make_unique<BWSettingsWindowController>(
+            m_config, m_repository.userDefaults(),
+            BWSettingsWindowController::Callbacks{*this, [this] { showAdvancedSettings(); }}, &m_window);
+        prepare(*made, *made);
+        m_config.addListener(made.get());
+        m_settings = std::move(made);
+        showCameras();
+    }
     bringToFront(*m_settings);
 }
 
 void BWAuxiliaryWindows::showAdvancedSettings()
 {
+    if (!m_advancedSettings) {
+        auto made = std::make_unique<BWAdvancedSettingsWindowController>(m_productInUse, m_repository.userDefaults(),
+                                                                         &m_window, m_clock);
+        prepare(*made, *made);
+        m_config.addListener(made.get());
+        m_advancedSettings = std::move(made);
+    }
     bringToFront(*m_advancedSettings);
+}
+
+void BWAuxiliaryWindows::showHelp()
+{
+    if (!m_help) {
+        m_help = std::make_unique<BWSimpleHelpWindowController>(
+            BWHelpContact::fromFile(u":/contact.json"_s),
+            BWSimpleHelpWindowController::Callbacks{m_openUrl, [this] { return m_session.cameras(); },
+                                                    [this] { return m_window.menuBar()->actions(); }},
+            &m_window);
+        m_help->localizeWithManager(m_texts);
+    }
+    m_help->makeKeyAndOrderFront();
+}
+
+void BWAuxiliaryWindows::showAbout()
+{
+    if (!m_about) {
+        m_about = std::make_unique<BWAboutWindowController>(BWLibraryList::ours(), &m_window);
+        m_about->localizeWithManager(m_texts);
+    }
+    m_about->makeKeyAndOrderFront();
+}
+
+BWAlbumManagerWindowController *BWAuxiliaryWindows::albums() const
+{
+    return static_cast<BWAlbumManagerWindowController *>(m_albums.get());
+}
+
+BWSettingsWindowController *BWAuxiliaryWindows::settings() const
+{
+    return static_cast<BWSettingsWindowController *>(m_settings.get());
+}
+
+bool BWAuxiliaryWindows::isSaving() const
+{
+    return m_albums && albums()->isSaving();
+}
+
+void BWAuxiliaryWindows::showCameras()
+{
+    if (m_settings)
+        settings()->updateCameras(m_session.cameras(), m_session.currentCamera());
 }
 
 void BWAuxiliaryWindows::onEMPIADebugger()
@@ -124,13 +171,22 @@ void BWAuxiliaryWindows::onEMPIADebugger()
     m_registerDebugger->activateWindow();
 }
 
+/// Those made so far.
+QList<BWUtilityPanel *> BWAuxiliaryWindows::panels() const
+{
+    QList<BWUtilityPanel *> made{m_albums.get(), m_settings.get(), m_advancedSettings.get()};
+    made.removeAll(nullptr);
+    return made;
+}
+
 void BWAuxiliaryWindows::activateNextWindow()
 {
     QList<QWidget *> open;
-    for (QWidget *window :
-         std::initializer_list<QWidget *>{&m_window, m_albums.get(), m_settings.get(), m_advancedSettings.get()}) {
-        if (window->isVisible())
-            open.append(window);
+    if (m_window.isVisible())
+        open.append(&m_window);
+    for (BWUtilityPanel *panel : panels()) {
+        if (panel->isVisible())
+            open.append(panel);
     }
     if (open.isEmpty())
         return;
@@ -141,11 +197,10 @@ void BWAuxiliaryWindows::activateNextWindow()
 
 void BWAuxiliaryWindows::hideAll()
 {
-    for (QWidget *window :
-         std::initializer_list<QWidget *>{m_albums.get(), m_settings.get(), m_advancedSettings.get()}) {
-        if (window->isVisible()) {
-            window->hide();
-            m_hidden.append(window);
+    for (BWUtilityPanel *panel : panels()) {
+        if (panel->isVisible()) {
+            panel->hide();
+            m_hidden.append(panel);
         }
     }
 }
@@ -158,15 +213,23 @@ void BWAuxiliaryWindows::showHidden()
 
 void BWAuxiliaryWindows::resetLayout()
 {
-    m_albums->resetLayout();
+    if (m_albums)
+        m_albums->resetLayout();
+    else
+        BWFrameAutosave::forget(BWAlbumManagerWindowController::frameName, m_repository.userDefaults());
+    if (!m_settings)
+        BWFrameAutosave::forget(BWSettingsWindowController::frameName, m_repository.userDefaults());
+    if (!m_advancedSettings)
+        BWFrameAutosave::forget(BWAdvancedSettingsWindowController::frameName, m_repository.userDefaults());
 }
 
 void BWAuxiliaryWindows::updateMenu()
 {
+    const auto isOpen = [](const std::unique_ptr<BWUtilityPanel> &panel) { return panel && panel->isVisible(); };
     m_window.menu().showOpenWindows({.camera = true,
-                                     .albums = m_albums->isVisible(),
-                                     .settings = m_settings->isVisible(),
-                                     .advancedSettings = m_advancedSettings->isVisible()});
+                                     .albums = isOpen(m_albums),
+                                     .settings = isOpen(m_settings),
+                                     .advancedSettings = isOpen(m_advancedSettings)});
 }
 
 void BWAuxiliaryWindows::changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera)

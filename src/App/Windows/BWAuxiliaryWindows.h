@@ -11,20 +11,22 @@
 #include <QUrl>
 
 class BWAboutWindowController;
-class BWAdvancedSettingsWindowController;
 class BWAlbumManagerWindowController;
 class BWCameraSession;
 class BWConfigManager;
 class BWEMPIADebuggerWindowController;
 class BWLocalizationManager;
+class BWLocalizationManagerDelegate;
 class BWMainWindow;
 class BWProductInUse;
 class BWRepository;
 class BWSettingsWindowController;
 class BWSimpleHelpWindowController;
+class BWUtilityPanel;
 class QAction;
 
-/// The windows beside the camera window: shows and hides them from its menu, and puts them in their places. GUI thread.
+/// The windows beside the camera window: makes each when it is first wanted, shows and hides them from the camera window's
+/// menu, and puts them in their places. GUI thread.
 class BWAuxiliaryWindows : public QObject, private BWSettingsWindowControllerDelegate {
     Q_OBJECT
 
@@ -36,10 +38,6 @@ public:
     BWAuxiliaryWindows(BWMainWindow &window, BWRepository &repository, BWCameraSession &session,
                        BWProductInUse &productInUse, const OpenUrl &openUrl, BWClock &clock);
     ~BWAuxiliaryWindows() override;
-
-    /// Makes the windows listeners of the settings store. Whatever moves the camera window must be one already: the
-    /// windows are placed beside it.
-    void listen();
 
     /// Brings it to the front; activates it only if it was open already.
     void showAlbums();
@@ -54,27 +52,39 @@ public:
     void hideAll();
     /// Those that `hideAll` found open.
     void showHidden();
-    /// Puts the album window in its place; the others do that themselves.
+    /// Puts the album window in its place, and sees that windows not made yet will come to theirs; the others do that
+    /// themselves.
     void resetLayout();
+    /// The attached cameras, or which of them is live, changed.
+    void showCameras();
     /// The check marks in the menu.
     void updateMenu();
 
-    BWAlbumManagerWindowController &albums() const { return *m_albums; }
-    BWSettingsWindowController &settings() const { return *m_settings; }
+    /// Whether files of an album are being saved elsewhere.
+    bool isSaving() const;
 
 private:
     void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override;
-    void addToMenu(QAction *item, QWidget &window, void (BWAuxiliaryWindows::*show)());
+    void addToMenu(QAction *item, const std::unique_ptr<BWUtilityPanel> &panel, void (BWAuxiliaryWindows::*show)());
+    void prepare(BWUtilityPanel &panel, BWLocalizationManagerDelegate &texts);
+    void showHelp();
+    void showAbout();
+    QList<BWUtilityPanel *> panels() const;
+    BWAlbumManagerWindowController *albums() const;
+    BWSettingsWindowController *settings() const;
 
     BWMainWindow &m_window;
+    BWRepository &m_repository;
     BWConfigManager &m_config;
     BWLocalizationManager &m_texts;
     BWProductInUse &m_productInUse;
     BWCameraSession &m_session;
+    OpenUrl m_openUrl;
+    BWClock &m_clock;
     BWDialogFilePanels m_panels;
-    std::unique_ptr<BWAlbumManagerWindowController> m_albums;
-    std::unique_ptr<BWSettingsWindowController> m_settings;
-    std::unique_ptr<BWAdvancedSettingsWindowController> m_advancedSettings;
+    std::unique_ptr<BWUtilityPanel> m_albums;
+    std::unique_ptr<BWUtilityPanel> m_settings;
+    std::unique_ptr<BWUtilityPanel> m_advancedSettings;
     std::unique_ptr<BWSimpleHelpWindowController> m_help;
     std::unique_ptr<BWAboutWindowController> m_about;
     std::unique_ptr<BWEMPIADebuggerWindowController> m_registerDebugger;

@@ -15,7 +15,6 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
-#include "Views/Settings/BWSettingsWindowController.h"
 
 #include <QAction>
 #include <utility>
@@ -39,6 +38,9 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
     m_window.controlBar().setCameraControlsEnabled(false);
     connectSession();
     connectMenus();
+    showCameras(); // one may be starting already
+    if (m_session.currentCamera())
+        m_window.menu().enablePanels();
 }
 
 BWSessionWindows::~BWSessionWindows() = default;
@@ -114,7 +116,7 @@ void BWSessionWindows::showCameras()
 {
     const QList<BWCameraPtr> &cameras = m_session.cameras();
     const BWCameraPtr &current = m_session.currentCamera();
-    m_auxiliary.settings().updateCameras(cameras, current);
+    m_auxiliary.showCameras();
     m_window.menu().showCameras(BWDisplayNames::cameras(cameras, m_texts), static_cast<int>(cameras.indexOf(current)));
     showProducts();
 }

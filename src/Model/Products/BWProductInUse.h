@@ -40,7 +40,7 @@ public:
     void setCamera(const BWCameraPtr &camera);
     /// Gives the camera what it starts with: its product's resolution and, behind a bridge chip, the video norm.
     /// `done` is called on the camera's thread.
-    void prepareStart(BWCamera::Completion done);
+    void prepareStart(BWCamera::Completion done = {});
     /// The camera streams, and gets all other values of its product.
     void cameraStarted();
     /// The camera is being stopped: its resolution stays as it is.

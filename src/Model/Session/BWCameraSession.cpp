@@ -263,7 +263,8 @@ void BWCameraSession::doStart()
         setProblem({BWStartProblem::Kind::Failed});
         askAboutStart();
     });
-    m_productInUse.prepareStart(then([this] { startCamera(); }));
+    m_productInUse.prepareStart();
+    startCamera(); // the camera carries out one after the other
 }
 
 void BWCameraSession::startCamera()

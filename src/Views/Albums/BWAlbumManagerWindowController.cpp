@@ -103,7 +103,7 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
     layOut();
     connectParts();
     reloadAlbums();
-    rememberFrame(u"albums"_s, defaults);
+    rememberFrame(frameName, defaults);
 }
 
 BWAlbumManagerWindowController::~BWAlbumManagerWindowController()

@@ -24,6 +24,7 @@ class BWAlbumManagerWindowController : public BWUtilityPanel, public BWLocalizat
     Q_OBJECT
 
 public:
+    static constexpr QLatin1StringView frameName{"albums"}; ///< BWFrameAutosave's
     static constexpr QSize defaultContentSize{287, 550};
 
     using Callbacks = BWAlbumFileActions::Callbacks;

@@ -55,7 +55,7 @@ BWAdvancedSettingsWindowController::BWAdvancedSettingsWindowController(BWProduct
             &BWAdvancedSettingsWindowController::onRestoreDefaults);
     connect(&productInUse, &BWProductInUse::loaded, this, &BWAdvancedSettingsWindowController::showProduct);
     connect(&productInUse, &BWProductInUse::edited, this, &BWAdvancedSettingsWindowController::showChange);
-    rememberFrame(u"advanced_settings"_s, defaults);
+    rememberFrame(frameName, defaults);
 }
 
 void BWAdvancedSettingsWindowController::layOut()
@@ -108,6 +108,8 @@ void BWAdvancedSettingsWindowController::localizeWithManager(BWLocalizationManag
     for (QPushButton *button : {m_saveAsDefaultButton, m_restoreDefaultsButton})
         button->setAccessibleDescription(button->toolTip());
     prepare();
+    if (m_productInUse.camera())
+        showProduct();
 }
 
 void BWAdvancedSettingsWindowController::prepare()

@@ -27,6 +27,8 @@ class BWAdvancedSettingsWindowController : public BWUtilityPanel,
     Q_OBJECT
 
 public:
+    static constexpr QLatin1StringView frameName{"advanced_settings"}; ///< BWFrameAutosave's
+
     /// To be registered as a listener of the settings store after what moves the camera window, beside which it is
     /// placed. The clock must outlive the window.
     BWAdvancedSettingsWindowController(BWProductInUse &productInUse, BWUserDefaults &defaults, QWidget *cameraWindow,

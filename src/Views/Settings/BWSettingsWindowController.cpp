@@ -24,7 +24,7 @@ BWSettingsWindowController::BWSettingsWindowController(BWConfigManager &config, 
     layout->addWidget(m_form);
     connectControls();
     reloadSettings();
-    rememberFrame(u"settings"_s, defaults);
+    rememberFrame(frameName, defaults);
 }
 
 void BWSettingsWindowController::connectControls()

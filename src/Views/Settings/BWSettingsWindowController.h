@@ -32,6 +32,8 @@ class BWSettingsWindowController : public BWUtilityPanel,
     Q_OBJECT
 
 public:
+    static constexpr QLatin1StringView frameName{"settings"}; ///< BWFrameAutosave's
+
     /// What the window asks of the application.
     struct Callbacks {
         BWSettingsWindowControllerDelegate &modelDelegate;

@@ -37,6 +37,12 @@ void BWFrameAutosave::forget()
     m_defaults.synchronize();
 }
 
+void BWFrameAutosave::forget(const QString &name, BWUserDefaults &defaults)
+{
+    defaults.setString(key(name), QString());
+    defaults.synchronize();
+}
+
 QMargins BWFrameAutosave::margins(const QWidget &window, const QWidget *similar)
 {
     for (const QWidget *known : {&window, similar}) {

@@ -22,6 +22,8 @@ public:
     bool isRemembered() const { return m_isRemembered; }
     /// Forgets the frame until the window is next shown.
     void forget();
+    /// The same for a window that does not exist yet.
+    static void forget(const QString &name, BWUserDefaults &defaults);
 
     /// The frame that the window manager adds to a window. Until the window has been shown, this is the frame of
     /// `similar`, or an assumed one.
