@@ -197,7 +197,9 @@ double LibavReader::frameRate() const
 {
     constexpr double usual = 30;
     constexpr double fastest = 1000;
-    const double rate = av_q2d(av_guess_frame_rate(m_input.get(), m_input->streams[m_stream], nullptr));
+    AVStream *const stream = m_input->streams[m_stream];
+    const AVRational guess = av_guess_frame_rate(m_input.get(), stream, nullptr);
+    const double rate = av_q2d(guess.num > 0 ? guess : stream->avg_frame_rate);
     return rate > 0 && rate <= fastest ? rate : usual;
 }
 

@@ -57,10 +57,9 @@ private Q_SLOTS:
     /// English texts do not wait for the file; what it has is added when somebody asks.
     void textsRequestedBeforeTheFile()
     {
-        BWLocalizationManager manager(
-            write(json("[{'parent':'a','identifier':'x','source_value':'Old','format':'html',"
-                       "'localizations':{'de':'Abbrechen'}}]")),
-            {u"en"_s});
+        BWLocalizationManager manager(write(json("[{'parent':'a','identifier':'x','source_value':'Old','format':'html',"
+                                                 "'localizations':{'de':'Abbrechen'}}]")),
+                                      {u"en"_s});
         QCOMPARE(manager.text(u"a"_s, u"x"_s, u"Cancel"_s), u"Cancel"_s);
         manager.text(u"a"_s, u"new"_s, u"New"_s);
         QCOMPARE(wordings(manager.strings()), QStringList({u"a/new: New"_s, u"a/x: Cancel"_s}));

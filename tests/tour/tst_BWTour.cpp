@@ -251,7 +251,10 @@ private Q_SLOTS:
         sizes->setCurrentText(u"1600x1200"_s);
         Q_EMIT sizes->textActivated(sizes->currentText());
         QTRY_COMPARE_WITH_TIMEOUT(size(), u"1600x1200 1600x1200"_s, patience);
-        m_window->findChild<BWAdvancedSettingsWindowController *>()->onRestoreDefaults(); // the size with the values
+        QAction *const panel = m_window->menu().advancedSettingsMenuItem;
+        panel->trigger(); // shown, and with the next one hidden
+        visible<BWAdvancedSettingsWindowController>()->onRestoreDefaults(); // the size with the values
+        panel->trigger();
         QTRY_COMPARE_WITH_TIMEOUT(size(), u"640x480 640x480"_s, patience);
     }
 
@@ -338,8 +341,10 @@ private Q_SLOTS:
         for (int i = 1; i < 6; ++i)
             plugIn(i);
         const BWMainMenu &menu = m_window->menu();
-        const auto *window = m_window->findChild<BWSettingsWindowController *>();
+        menu.settingsMenuItem->trigger();
+        const auto *window = visible<BWSettingsWindowController>();
         QTRY_COMPARE_WITH_TIMEOUT(window->findChild<QComboBox *>()->count(), 6, patience);
+        menu.settingsMenuItem->trigger();
         seePanel<BWSettingsWindowController>(menu.settingsMenuItem, u"settings"_s);
         const auto buttons = window->findChildren<QPushButton *>();
         for (const QPushButton *button : buttons)
