@@ -24,6 +24,29 @@ bool comesFirst(const Entry &a, const Entry &b)
     return order != 0 ? order > 0 : a.name > b.name;
 }
 
+QByteArray endingOf(BWMediaType type)
+{
+    return type == BWMediaType::Image ? ".jpg" : ".mov";
+}
+
+QList<QUrl> filesAmong(const QList<QByteArray> &names, const QUrl &folder, const QByteArray &ending)
+{
+    std::vector<Entry> entries;
+    for (const QByteArray &name : names) {
+        // The name ".jpg" is a hidden file without an ending.
+        if (name.size() > ending.size() && name.endsWith(ending))
+            entries.push_back({name, BWFileNameOrder::key(QFile::decodeName(name.chopped(ending.size())))});
+    }
+    std::sort(entries.begin(), entries.end(), comesFirst);
+
+    const QByteArray path = BWFilePath::native(folder) + '/';
+    QList<QUrl> files;
+    files.reserve(static_cast<qsizetype>(entries.size()));
+    for (const Entry &entry : entries)
+        files.append(BWFilePath::url(path + entry.name));
+    return files;
+}
+
 } // namespace
 
 BWAlbum::BWAlbum(const QUrl &path, Today today)
@@ -47,11 +70,10 @@ QString BWAlbum::formatToday() const
 
 QUrl BWAlbum::nextPathForType(BWMediaType type) const
 {
-    const bool image = type == BWMediaType::Image;
-    const QByteArray stem = formatToday().toLatin1() + (image ? "_image_" : "_video_");
+    const QByteArray stem = formatToday().toLatin1() + (type == BWMediaType::Image ? "_image_" : "_video_");
     for (unsigned long counter = 1;; ++counter) {
         const QByteArray number = QByteArray::number(static_cast<qulonglong>(counter)).rightJustified(3, '0');
-        QUrl candidate = BWFilePath::entry(m_path, stem + number + (image ? ".jpg" : ".mov"));
+        QUrl candidate = BWFilePath::entry(m_path, stem + number + endingOf(type));
         if (!BWFilePath::exists(candidate))
             return candidate;
     }
@@ -82,29 +104,17 @@ void BWAlbum::removeFile(const QUrl &file, BWMediaType type) const
 
 std::optional<QList<QUrl>> BWAlbum::contentsForType(BWMediaType type) const
 {
-    QByteArray ending;
-    if (type == BWMediaType::Image)
-        ending = ".jpg";
-    else if (type == BWMediaType::Video)
-        ending = ".mov";
-    else
+    if (type != BWMediaType::Image && type != BWMediaType::Video)
         return std::nullopt;
+    const std::optional<QList<QByteArray>> names = BWFilePath::entries(m_path);
+    return names ? std::optional(filesAmong(*names, m_path, endingOf(type))) : std::nullopt;
+}
 
+std::optional<BWAlbum::Contents> BWAlbum::contents() const
+{
     const std::optional<QList<QByteArray>> names = BWFilePath::entries(m_path);
     if (!names)
         return std::nullopt;
-    std::vector<Entry> entries;
-    for (const QByteArray &name : *names) {
-        // The name ".jpg" is a hidden file without an ending.
-        if (name.size() > ending.size() && name.endsWith(ending))
-            entries.push_back({name, BWFileNameOrder::key(QFile::decodeName(name.chopped(ending.size())))});
-    }
-    std::sort(entries.begin(), entries.end(), comesFirst);
-
-    const QByteArray folder = BWFilePath::native(m_path) + '/';
-    QList<QUrl> files;
-    files.reserve(static_cast<qsizetype>(entries.size()));
-    for (const Entry &entry : entries)
-        files.append(BWFilePath::url(folder + entry.name));
-    return files;
+    return Contents{filesAmong(*names, m_path, endingOf(BWMediaType::Image)),
+                    filesAmong(*names, m_path, endingOf(BWMediaType::Video))};
 }

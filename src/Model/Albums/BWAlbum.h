@@ -58,6 +58,15 @@ public:
     /// The captures of a type, newest (highest name) first; nothing if the folder cannot be listed.
     std::optional<QList<QUrl>> contentsForType(BWMediaType type) const;
 
+    /// The captures of all types, newest first.
+    struct Contents {
+        QList<QUrl> images;
+        QList<QUrl> videos;
+        bool operator==(const Contents &) const = default;
+    };
+    /// All of them, at the price of one type; nothing if the folder cannot be listed.
+    std::optional<Contents> contents() const;
+
 private:
     QString m_name;
     QUrl m_path;

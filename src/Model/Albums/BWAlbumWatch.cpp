@@ -68,7 +68,6 @@ public:
     std::atomic<unsigned> requests = 0;
 
 private:
-    std::optional<Listing> list() const;
     void watchFolder();
     uint32_t waitForChange();
     bool waitForEvents(int milliseconds) const;
@@ -82,15 +81,6 @@ private:
     int m_watch = -1;
     std::atomic<bool> m_stopped = false;
 };
-
-std::optional<BWAlbumWatch::Listing> BWAlbumWatch::Worker::list() const
-{
-    const auto images = m_album.contentsForType(BWMediaType::Image);
-    const auto videos = m_album.contentsForType(BWMediaType::Video);
-    if (!images || !videos)
-        return std::nullopt;
-    return Listing{*images, *videos};
-}
 
 void BWAlbumWatch::Worker::watchFolder()
 {
@@ -155,7 +145,7 @@ void BWAlbumWatch::Worker::run()
     while (!m_stopped) {
         const unsigned serves = requests;
         watchFolder(); // before listing it, so that nothing is missed
-        Report now{list(), true, serves, (what & fileWritten) != 0};
+        Report now{m_album.contents(), true, serves, (what & fileWritten) != 0};
         if (last && last->listing && now.listing) {
             share(now.listing->images, last->listing->images);
             share(now.listing->videos, last->listing->videos);

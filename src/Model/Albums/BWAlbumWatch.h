@@ -13,11 +13,7 @@
 /// does not answer holds up only that thread, for which nothing waits.
 class BWAlbumWatch {
 public:
-    struct Listing {
-        QList<QUrl> images;
-        QList<QUrl> videos;
-        bool operator==(const Listing &) const = default;
-    };
+    using Listing = BWAlbum::Contents;
     struct Report {
         std::optional<Listing> listing; ///< nothing if the folder cannot be listed
         bool differs = true; ///< from the last report

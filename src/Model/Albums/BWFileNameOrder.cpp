@@ -22,11 +22,6 @@ QStringView takeNumber(QStringView &text)
     return number;
 }
 
-int compareNumbers(QStringView a, QStringView b)
-{
-    return a.size() != b.size() ? (a.size() < b.size() ? -1 : 1) : a.compare(b);
-}
-
 } // namespace
 
 int BWFileNameOrder::compare(const QString &a, const QString &b)
@@ -34,23 +29,27 @@ int BWFileNameOrder::compare(const QString &a, const QString &b)
     return compareKeys(key(a), key(b));
 }
 
+/// A number as a digit, the number of its digits, and these: so keys compare as texts do, which is quick.
 QString BWFileNameOrder::key(const QString &name)
 {
-    return name.toCaseFolded();
-}
-
-int BWFileNameOrder::compareKeys(QStringView restA, QStringView restB)
-{
-    while (!restA.isEmpty() && !restB.isEmpty()) {
-        if (isDigit(restA.front()) && isDigit(restB.front())) {
-            if (const int order = compareNumbers(takeNumber(restA), takeNumber(restB)))
-                return order;
+    const QString folded = name.toCaseFolded();
+    QString key;
+    key.reserve(folded.size() + 8);
+    for (QStringView rest = folded; !rest.isEmpty();) {
+        if (isDigit(rest.front())) {
+            const QStringView number = takeNumber(rest);
+            key += u'0';
+            key += QChar(static_cast<char16_t>(number.size()));
+            key += number;
         } else {
-            if (restA.front() != restB.front())
-                return restA.front() < restB.front() ? -1 : 1;
-            restA = restA.sliced(1);
-            restB = restB.sliced(1);
+            key += rest.front();
+            rest = rest.sliced(1);
         }
     }
-    return restA.isEmpty() ? (restB.isEmpty() ? 0 : -1) : 1;
+    return key;
+}
+
+int BWFileNameOrder::compareKeys(QStringView a, QStringView b)
+{
+    return a.compare(b);
 }
