@@ -11,35 +11,35 @@ PICTURES_AFTERWARDS = 10  # seconds of movie that a player has left, so that it 
 
 
 def measure_start(stage):
-    stage.head("From the start of the process to the first picture on the screen", f"Milliseconds, median of {STARTS}.")
+    stage.head("From the start of the process to the first picture on the screen",
+               f"The programs take turns. Milliseconds, median of {STARTS}.")
     kinds = [kind for kind in KINDS if not stage.quick or kind.format == "MJPEG" and kind.width != 1920]
-    ours = [median_of(stage, lambda k=kind: stage.start_ours(k), STARTS) for kind in kinds]
-    stage.progress(US, *map(round, ours))
-    rows = [[US, *(f"{time:.0f}" for time in ours)]]
-    stage.results.add("start to the first picture, the slowest", max(ours))
-    slowest = [0] * len(kinds)
-    for player in stage.players:
-        times = [median_of(stage, lambda k=kind: start_player(stage, player, k), 3 if stage.quick else STARTS)
-                 for kind in kinds]
-        rows.append([player.name, *(f"{time:.0f}" for time in times)])
-        slowest = list(map(max, slowest, times))
-        stage.progress(player.name, *map(round, times))
+    columns = [measure_column(stage, kind) for kind in kinds]
+    rows = [[name, *(f"{column[name]:.0f}" for column in columns)] for name in columns[0]]
+    stage.results.add("start to the first picture, the slowest", max(column[US] for column in columns))
     if stage.players:
         stage.results.add("start to the first picture, to the slowest player",
-                          max(one / other for one, other in zip(ours, slowest)))
+                          max(column.pop(US) / max(column.values()) for column in columns))
     stage.table(table(["", *map(title, kinds)], rows))
+
+
+def measure_column(stage, kind):
+    """Medians of each program, which take turns, so that other load affects all of them."""
+    programs = {US: lambda: stage.start_ours(kind)}
+    for player in stage.players:
+        programs[player.name] = lambda player=player: start_player(stage, player, kind)
+    times = {name: [] for name in programs}
+    for _ in range(STARTS + 1):
+        for name, start in programs.items():
+            run = start()
+            times[name].append(1000 * run.first_picture)
+            stage.end(run)
+    medians = {name: statistics.median(each[1:]) for name, each in times.items()}
+    stage.progress(title(kind), *(f"{name} {time:.0f}" for name, time in medians.items()))
+    return medians
 
 
 def start_player(stage, player, kind):
     run = stage.run_player(player, kind, PICTURES_AFTERWARDS * kind.rate)
     run.wait_for_picture()
     return run
-
-
-def median_of(stage, start, count):
-    times = []
-    for _ in range(count + 1):
-        run = start()
-        times.append(1000 * run.first_picture)
-        stage.end(run)
-    return statistics.median(times[1:])

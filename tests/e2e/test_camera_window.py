@@ -168,7 +168,8 @@ class CameraWindow(ProgramTest):
         self.assertIsNone(self.program.window("frame", "Albums"))
         self.desktop.input("key", "space", "Return")  # as for a snapshot, a moment too late
         self.desktop.key("F1")  # the sheet blocks the menu, but not the help
-        self.program.wait_for("frame", "Help")
+        shown = self.program.wait_for("frame", "Help")
+        wait_until("the help has the keyboard", lambda: shown.has_state("active"))
         self.desktop.key("Escape")
         wait_until("the help is closed", lambda: not self.program.window("frame", "Help"))
         self.hand("Plug In")
