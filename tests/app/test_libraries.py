@@ -8,7 +8,7 @@ import re
 import subprocess
 import sys
 
-FAMILIES = {r"libQt6": "Qt", r"lib(av|sw)": "FFmpeg", r"libturbojpeg": "libjpeg-turbo", r"lib(gio|gobject|glib)-": "GLib",
+FAMILIES = {r"libQt6": "Qt", r"lib(av|sw)": "FFmpeg", r"lib(turbo)?jpeg": "libjpeg-turbo", r"lib(gio|gobject|glib)-": "GLib",
             r"libz\.": "zlib", r"lib(c|m|gcc_s|stdc\+\+)\.|ld-": None}
 
 

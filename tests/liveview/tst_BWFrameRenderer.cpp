@@ -1,8 +1,11 @@
+#include "Rows.h"
 #include "TestFrames.h"
+#include "TestJpeg.h"
 
 #include "Model/LiveView/BWFrameRenderer.h"
 
 #include <QTest>
+#include <utility>
 
 namespace {
 
@@ -71,6 +74,19 @@ QString faultOf(const BWFrame &frame, const BWLiveViewGeometry &geometry, const 
     return checked >= 2 ? QString() : QStringLiteral("nothing to see");
 }
 
+/// What the viewport shows, on a magenta ground.
+QImage seen(BWFrameRenderer &renderer, const BWRenderRequest &request, QSize viewport)
+{
+    const BWRenderedImage rendered = renderer.render(request);
+    QImage image(viewport, QImage::Format_RGB32);
+    image.fill(Qt::magenta);
+    for (int y = 0; y < viewport.height(); ++y)
+        for (int x = 0; x < viewport.width(); ++x)
+            if (const QPoint from = QPoint(x, y) - rendered.position; rendered.image.rect().contains(from))
+                image.setPixel(x, y, rendered.image.pixel(from));
+    return image;
+}
+
 } // namespace
 
 class TestFrameRenderer : public QObject {
@@ -97,6 +113,112 @@ private Q_SLOTS:
                     }
                 }
             }
+        }
+    }
+
+    void partsAreAsTheWhole_data()
+    {
+        const Rows<BWFrame> row;
+        const QSize size(211, 157);
+        const auto jpeg = [&](const TestJpeg::Options &options) {
+            return TestJpeg::frame(TestJpeg::encode(TestJpeg::noise(size, 1), options), size);
+        };
+        row("4:2:0", jpeg({2, 2}));
+        row("4:2:2", jpeg({2, 1}));
+        row("4:4:0", jpeg({1, 2}));
+        row("another size than announced", TestJpeg::frame(TestJpeg::encode(TestJpeg::noise({301, 99}, 1)), size));
+        const QImage noise = TestJpeg::noise({212, 158}, 1);
+        row("YUYV",
+            TestFrames::make(BWPixelFormat::YUYV, noise.size(), [&](int x, int y) { return noise.pixelColor(x, y); }));
+        row("NV12", TestFrames::make(BWPixelFormat::NV12, size, [&](int x, int y) { return noise.pixelColor(x, y); }));
+    }
+    void partsAreAsTheWhole()
+    {
+        const auto [frame] = Rows<BWFrame>::current();
+        const QSize viewport(61, 47);
+        BWFrameRenderer renderer;
+        for (const unsigned zoom : {50U, 60U, 90U, 100U, 110U, 150U, 200U}) {
+            for (int i = 0; i < 16; ++i) {
+                const BWLiveViewGeometry geometry(frame.size(), stateOf(zoom, i / 4 * 90, i % 4));
+                const QSize all = geometry.footprint().toSize();
+                const QPoint last = QPoint(all.width(), all.height()) - QPoint(viewport.width(), viewport.height());
+                BWFrameRenderer ofTheWhole;
+                const BWRenderRequest wholeRequest(geometry, all, {}, 1.0);
+                QVERIFY(ofTheWhole.setFrame(frame, wholeRequest));
+                const QImage whole = seen(ofTheWhole, wholeRequest, all);
+                bool newFrame = true;
+                for (const QPoint scroll : {QPoint(0, 0), QPoint(1, 3), QPoint(17, 16), last / 2, last}) {
+                    const BWRenderRequest request(geometry, viewport, scroll, 1.0);
+                    if (std::exchange(newFrame, !newFrame)) // the others move the view over the same frame
+                        QVERIFY(renderer.setFrame(frame, request));
+                    QVERIFY2(seen(renderer, request, viewport) == whole.copy(QRect(scroll, viewport)),
+                             qPrintable(QStringLiteral("zoom %1, look %2, %3,%4")
+                                            .arg(zoom)
+                                            .arg(i)
+                                            .arg(scroll.x())
+                                            .arg(scroll.y())));
+                }
+            }
+        }
+    }
+
+    void smallStepsNeedNoDecoding()
+    {
+        const QSize size(640, 480);
+        const QSize viewport(200, 100);
+        const BWFrame frame = TestJpeg::frame(TestJpeg::encode(TestJpeg::noise(size, 1)), size);
+        const BWLiveViewGeometry geometry(size, {});
+        const auto at = [&](int x, int y) { return BWRenderRequest(geometry, viewport, {x, y}, 1.0); };
+        BWFrameRenderer renderer;
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(renderer.setFrame(frame, at(200, 200)));
+        QVERIFY(renderer.render(at(200, 200)).image.height() < 120); // only what is seen
+        const BWRenderedImage first = renderer.render(at(210, 220));
+        QCOMPARE(renderer.render(at(230, 240)).image.constBits(), first.image.constBits());
+        QVERIFY(renderer.render(at(430, 340)).image.constBits() != first.image.constBits());
+    }
+
+    void tornFrames()
+    {
+        const QSize viewport(160, 60);
+        const QSize size(160, 160);
+        const auto jpegOf = [&](unsigned seed) { return TestJpeg::encode(TestJpeg::noise(size, seed), {2, 1}); };
+        const auto frameOf = [&](const QByteArray &jpeg) { return TestJpeg::frame(jpeg, size); };
+        const auto at = [&](int y) { return BWRenderRequest(BWLiveViewGeometry(size, {}), viewport, {0, y}, 1.0); };
+        BWFrameRenderer renderer;
+        QVERIFY(renderer.setFrame(frameOf(jpegOf(1)), at(0)));
+        QVERIFY(renderer.setFrame(frameOf(jpegOf(1)), at(0)));
+        const QImage first = seen(renderer, at(0), viewport);
+        const QByteArray half = jpegOf(2).first(jpegOf(2).size() / 2);
+        QVERIFY(!renderer.setFrame(frameOf(half), at(40))); // torn within
+        QVERIFY(!renderer.setFrame(frameOf(half), at(100))); // and above
+        QCOMPARE(seen(renderer, at(0), viewport), first);
+
+        QVERIFY(renderer.setFrame(frameOf(half), at(0))); // below, which nobody sees,
+        const QImage second = seen(renderer, at(0), viewport);
+        QVERIFY(second != first);
+        const QImage moved = seen(renderer, at(40), viewport); // until the view moves there
+        QCOMPARE(moved.copy(0, 0, 160, 20), second.copy(0, 40, 160, 20));
+        QCOMPARE(moved.pixelColor(80, 59), QColor(128, 128, 128));
+        QVERIFY(!renderer.setFrame(frameOf(jpegOf(3).first(200)), at(40)));
+        QCOMPARE(seen(renderer, at(40), viewport), moved);
+        QVERIFY(renderer.setFrame(frameOf(jpegOf(1)), at(40)));
+        QCOMPARE(seen(renderer, at(0), viewport), first);
+    }
+
+    void halvedDetailIsAveraged()
+    {
+        // Lines of one pixel would show or vanish if rows or columns were left out.
+        for (const bool upright : {true, false}) {
+            const auto lines = [&](int x, int y) { return (upright ? x : y) % 2 ? Qt::white : Qt::black; };
+            const BWLiveViewGeometry geometry(imageSize, stateOf(50, 0, 0));
+            const BWRenderRequest request(geometry, imageSize, {}, 1.0);
+            BWFrameRenderer renderer;
+            QVERIFY(renderer.setFrame(TestFrames::make(BWPixelFormat::YUYV, imageSize, lines), request));
+            const QImage image = renderer.render(request).image;
+            QCOMPARE(image.size(), imageSize / 2);
+            for (int i = 0; i < image.height(); ++i)
+                QVERIFY(distance(image.pixelColor(i, i), QColor(127, 127, 127)) <= 3);
         }
     }
 

@@ -1,54 +1,53 @@
 #pragma once
 
 #include "BWACUDriver/BWFrame.h"
+#include "Model/LiveView/BWImagePool.h"
+#include "Model/LiveView/BWJpegReader.h"
 
 #include <cstdint>
-#include <memory>
+#include <QImage>
 #include <QRect>
 #include <QSize>
 #include <vector>
 
-/// Makes the pixels of one frame after another readable, a part of the picture at a time.
-///
-/// Raw formats are read from the driver's buffer as it is; JPEG is decoded once, to planes, when the frame is set. One
-/// thread at a time.
+/// Makes 32-bit pixels (bytes B G R A) of one frame after another: only of the part that is needed, and at a reduced
+/// size where that is enough. One thread at a time.
 class BWFrameReader {
 public:
-    enum class Scale { Full, Half };
+    /// Takes the next frame and reads what is needed to draw `part` of the picture when the whole of it is scaled to
+    /// `whole`. False, and everything stays as it was, if the frame is torn there or above, too short or of an unknown
+    /// format. A frame of which nothing is needed yet is not looked at.
+    bool setFrame(const BWFrame &frame, QSize whole, const QRect &part);
 
-    BWFrameReader();
-    ~BWFrameReader();
-
-    /// Takes the next frame. With Scale::Half the picture is read at half its size, which costs much less; size() shows
-    /// whether the format allows that. False, and nothing readable, if the frame is torn, too short or of an unknown
-    /// format.
-    bool setFrame(const BWFrame &frame, Scale scale = Scale::Full);
+    /// Reads what another part needs from the same frame, unless that has been read already. Where the frame is torn
+    /// there, the pixels are grey: what was seen so far lies above it and stays, and the next frame is soon there.
+    void require(QSize whole, const QRect &part);
 
     /// Releases the frame.
     void clear();
 
-    /// Of the readable picture; empty without one.
-    QSize size() const { return m_size; }
-    const BWFrame &frame() const { return m_frame; }
-
-    /// Converts one part of the picture to 32-bit pixels (bytes B G R A, A opaque). `part` lies inside the picture and
-    /// its left and upper edges are even.
-    void toARGB(const QRect &part, uint8_t *argb, int stride);
+    const BWFrame &frame() const { return m_picture.frame; }
+    /// Of the whole picture as it was read; a half or a quarter of the frame's if that was enough.
+    QSize size() const { return m_picture.size; }
+    /// What has been read, and where it lies in the picture; null if nothing could be. A copy may be kept.
+    const QImage &pixels() const { return m_picture.pixels; }
+    const QRect &area() const { return m_picture.area; }
 
 private:
-    struct Yuv;
-    struct DecoderDeleter {
-        void operator()(void *decoder) const;
+    struct Picture {
+        BWFrame frame;
+        QSize size;
+        QSize whole; // what it was read for
+        QImage pixels;
+        QRect area;
     };
-    bool decodeJpeg(Scale scale);
-    bool decodeJpegToARGB(const QSize &target);
-    void rawToARGB(const QRect &part, uint8_t *argb, int stride);
-    void packedToARGB(const QRect &part, uint8_t *argb, int stride);
+    bool read(Picture &picture, QSize whole, const QRect &part);
+    void convert(const BWFrameInfo &info, const QRect &part, bool half, uint8_t *argb, int stride);
+    void convertPacked(const BWFrameInfo &info, const QRect &part, bool half, uint8_t *argb, int stride);
 
-    BWFrame m_frame;
-    Scale m_scale = Scale::Full;
-    QSize m_size;
-    std::unique_ptr<void, DecoderDeleter> m_decoder; // TurboJPEG's handle; made when it is needed
-    std::unique_ptr<Yuv> m_jpeg; // the decoded JPEG
+    BWJpegReader m_jpeg;
+    BWImagePool m_images;
+    Picture m_picture;
+    QRect m_lastPart;
     std::vector<uint8_t> m_scratch;
 };

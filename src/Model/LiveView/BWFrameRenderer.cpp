@@ -1,46 +1,33 @@
 #include "Model/LiveView/BWFrameRenderer.h"
 
-#include "Model/LiveView/BWRenderRequest.h"
-
-#include <algorithm>
 #include <libyuv.h>
 
 namespace {
 
-/// Around a change of the camera's resolution, frames briefly have another size than the requested layout.
-BWRenderRequest layoutOf(const BWFrame &frame, const BWRenderRequest &requested)
-{
-    return requested.forPicture({frame.width(), frame.height()});
-}
+/// What a request means for a frame, before the picture is turned.
+struct Layout {
+    Layout(const BWFrame &frame, const BWRenderRequest &requested)
+        // Around a change of the camera's resolution, frames briefly have another size than the requested layout.
+        : request(requested.forPicture(frame.size())),
+          orientation(request.rotation, request.flip),
+          whole(orientation.turned(request.imageSize)),
+          part(request.visible.isEmpty() ? QRect() : orientation.toUpright(request.visible, whole))
+    {
+    }
 
-/// Left and upper edges moved outwards to even numbers: colour is stored for pairs of pixels.
-QRect aligned(const QRect &part)
-{
-    QRect even = part;
-    even.setLeft(part.left() & ~1);
-    even.setTop(part.top() & ~1);
-    return even;
-}
+    BWRenderRequest request;
+    BWOrientation orientation;
+    QSize whole; // of the picture as zoomed
+    QRect part; // what is visible of it
+};
 
 } // namespace
 
-BWFrameReader::Scale BWFrameRenderer::scaleFor(const BWFrame &frame, const BWRenderRequest &request)
+bool BWFrameRenderer::setFrame(const BWFrame &frame, const BWRenderRequest &requested)
 {
-    const QSize upright = BWOrientation(request.rotation, request.flip).turned(request.imageSize);
-    const bool halfIsEnough = upright.width() * 2 <= frame.width() && upright.height() * 2 <= frame.height();
-    return halfIsEnough && !upright.isEmpty() ? BWFrameReader::Scale::Half : BWFrameReader::Scale::Full;
-}
-
-bool BWFrameRenderer::setFrame(const BWFrame &frame, const BWRenderRequest &request)
-{
-    const BWFrameReader::Scale scale = scaleFor(frame, layoutOf(frame, request));
-    if (!m_reader.setFrame(frame, scale)) {
-        // The last good frame is read again when it is next drawn.
-        m_reader.clear();
+    const Layout layout(frame, requested);
+    if (!m_reader.setFrame(frame, layout.whole, layout.part))
         return false;
-    }
-    m_frame = frame;
-    m_scale = scale;
     ++m_frameNumber;
     return true;
 }
@@ -48,88 +35,67 @@ bool BWFrameRenderer::setFrame(const BWFrame &frame, const BWRenderRequest &requ
 void BWFrameRenderer::clear()
 {
     m_reader.clear();
-    m_frame = BWFrame();
 }
 
 BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &requested)
 {
-    const BWRenderRequest request = layoutOf(m_frame, requested);
-    if (m_frame.isNull() || request.visible.isEmpty())
+    if (m_reader.frame().isNull())
         return {};
-    const BWFrameReader::Scale scale = scaleFor(m_frame, request);
-    if (m_reader.size().isEmpty() || scale != m_scale) {
-        if (!m_reader.setFrame(m_frame, scale))
-            return {};
-        m_scale = scale;
-    }
+    const auto [request, orientation, whole, part] = Layout(m_reader.frame(), requested);
+    if (part.isEmpty())
+        return {};
+    m_reader.require(whole, part);
+    const QImage &source = m_reader.pixels();
+    if (source.isNull())
+        return {};
 
-    const BWOrientation orientation(request.rotation, request.flip);
-    const QSize upright = orientation.turned(request.imageSize);
-    QRect part = orientation.toUpright(request.visible, upright);
-    const bool unscaled = upright == m_reader.size();
-    if (unscaled)
-        part = aligned(part);
-    const QRect shown = orientation.toTurned(part, upright);
+    const bool mirrored = orientation.mirrored();
+    const bool turned = orientation.clockwise() != 0;
+    const bool scaled = whole != m_reader.size();
+    if (!scaled && !mirrored && !turned)
+        return {source, request.target + m_reader.area().topLeft(), m_frameNumber, request};
 
-    const bool moved = orientation.mirrored() || orientation.clockwise() != 0;
-    QImage &image = freeImage(shown.size());
-    Pixels pixels{image.bits(), static_cast<int>(image.bytesPerLine())};
-    const auto step = [&](std::size_t index) {
-        m_steps[index].resize(static_cast<std::size_t>(part.width()) * static_cast<std::size_t>(part.height()) * 4);
-        return Pixels{m_steps[index].data(), part.width() * 4};
+    QImage &image = m_images.take(orientation.turned(part.size()));
+    const Pixels target{image.bits(), static_cast<int>(image.bytesPerLine())};
+    const auto step = [&, size = part.size()](std::size_t index) {
+        m_steps[index].resize(static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height()) * 4);
+        return Pixels{m_steps[index].data(), size.width() * 4};
     };
-
-    Pixels upRight = moved ? step(0) : pixels;
-    if (unscaled)
-        m_reader.toARGB(part, upRight.data, upRight.stride);
-    else
-        scalePart(part, upright, upRight);
-    if (orientation.mirrored()) {
-        const Pixels mirrored = orientation.clockwise() != 0 ? step(1) : pixels;
-        libyuv::ARGBMirror(upRight.data, upRight.stride, mirrored.data, mirrored.stride, part.width(), part.height());
-        upRight = mirrored;
+    const uint8_t *upright = nullptr;
+    int stride = 0;
+    if (scaled) {
+        const Pixels pixels = mirrored || turned ? step(0) : target;
+        scale(part, whole, pixels);
+        upright = pixels.data;
+        stride = pixels.stride;
+    } else {
+        const QPoint from = part.topLeft() - m_reader.area().topLeft();
+        upright = source.constScanLine(from.y()) + from.x() * 4;
+        stride = static_cast<int>(source.bytesPerLine());
     }
-    if (orientation.clockwise() != 0)
-        libyuv::ARGBRotate(upRight.data, upRight.stride, pixels.data, pixels.stride, part.width(), part.height(),
+    if (mirrored) {
+        const Pixels pixels = turned ? step(1) : target;
+        libyuv::ARGBMirror(upright, stride, pixels.data, pixels.stride, part.width(), part.height());
+        upright = pixels.data;
+        stride = pixels.stride;
+    }
+    if (turned)
+        libyuv::ARGBRotate(upright, stride, target.data, target.stride, part.width(), part.height(),
                            static_cast<libyuv::RotationMode>(orientation.clockwise()));
-    return {image, request.target + shown.topLeft(), m_frameNumber, request};
+    return {image, request.target + orientation.toTurned(part, whole).topLeft(), m_frameNumber, request};
 }
 
-void BWFrameRenderer::scalePart(const QRect &part, QSize whole, Pixels target)
+void BWFrameRenderer::scale(const QRect &part, QSize whole, Pixels target) const
 {
+    // By offsets into the whole pictures, of which only these parts exist: so scaling is exact and does not crawl when the
+    // view is scrolled.
+    const auto offset = [](const QRect &rect, int stride) {
+        return rect.top() * static_cast<std::ptrdiff_t>(stride) + rect.left() * 4;
+    };
+    const QImage &source = m_reader.pixels();
+    const int stride = static_cast<int>(source.bytesPerLine());
     const QSize size = m_reader.size();
-    // The pixels that the part is made from, and a few around it for the filter. They are put where they belong in a
-    // buffer of the whole picture, so that scaling is exact and does not crawl when the view is scrolled.
-    const double scaleX = static_cast<double>(size.width()) / whole.width();
-    const double scaleY = static_cast<double>(size.height()) / whole.height();
-    constexpr int margin = 3;
-    QRect source(
-        QPoint(static_cast<int>(part.left() * scaleX) - margin, static_cast<int>(part.top() * scaleY) - margin),
-        QPoint(static_cast<int>((part.right() + 1) * scaleX) + margin,
-               static_cast<int>((part.bottom() + 1) * scaleY) + margin));
-    source = aligned(source.intersected(QRect(QPoint(0, 0), size)));
-
-    const int stride = size.width() * 4;
-    m_unscaled.resize(static_cast<std::size_t>(stride) * static_cast<std::size_t>(size.height()));
-    m_reader.toARGB(source, m_unscaled.data() + source.top() * static_cast<std::ptrdiff_t>(stride) + source.left() * 4,
-                    stride);
-    libyuv::ARGBScaleClip(m_unscaled.data(), stride, size.width(), size.height(),
-                          target.data - part.top() * static_cast<std::ptrdiff_t>(target.stride) - part.left() * 4,
-                          target.stride, whole.width(), whole.height(), part.left(), part.top(), part.width(),
-                          part.height(), libyuv::kFilterBox);
-}
-
-QImage &BWFrameRenderer::freeImage(QSize size)
-{
-    // Reuses an image that has no other holder, which isDetached() shows.
-    const auto isFree = [](const QImage &image) { return image.isNull() || image.isDetached(); };
-    auto found = std::find_if(m_images.begin(), m_images.end(),
-                              [&](const QImage &image) { return isFree(image) && image.size() == size; });
-    if (found == m_images.end())
-        found = std::find_if(m_images.begin(), m_images.end(), isFree);
-    if (found == m_images.end())
-        found = m_images.begin();
-    if (found->size() != size || !isFree(*found))
-        *found = QImage(size, QImage::Format_RGB32);
-    return *found;
+    libyuv::ARGBScaleClip(source.constBits() - offset(m_reader.area(), stride), stride, size.width(), size.height(),
+                          target.data - offset(part, target.stride), target.stride, whole.width(), whole.height(),
+                          part.left(), part.top(), part.width(), part.height(), libyuv::kFilterBox);
 }

@@ -1,0 +1,141 @@
+#include "Rows.h"
+#include "TestJpeg.h"
+
+#include "Model/LiveView/BWJpegReader.h"
+
+#include <QTest>
+#include <turbojpeg.h>
+
+namespace {
+
+const uint8_t *bytesOf(const QByteArray &jpeg)
+{
+    return reinterpret_cast<const uint8_t *>(jpeg.constData());
+}
+
+struct Part {
+    QRect area;
+    int goodRows = -1;
+    QImage pixels;
+};
+
+Part read(BWJpegReader &reader, const QByteArray &jpeg, int divisor, const QRect &part)
+{
+    if (!reader.open(bytesOf(jpeg), std::size_t(jpeg.size())))
+        return {};
+    Part result{reader.decodable(part, divisor), 0, {}};
+    // Memory behind the rows that must stay as it is.
+    QImage target(result.area.width() + 3, result.area.height() + 1, QImage::Format_RGB32);
+    target.fill(Qt::magenta);
+    result.goodRows = reader.read(result.area, divisor, target.bits(), int(target.bytesPerLine()));
+    for (int y = 0; y < target.height(); ++y)
+        for (int x = y < result.area.height() ? result.area.width() : 0; x < target.width(); ++x)
+            if (target.pixelColor(x, y) != Qt::magenta)
+                return {};
+    result.pixels = target.copy(QRect(QPoint(0, 0), result.area.size()));
+    return result;
+}
+
+/// What TurboJPEG makes of the whole picture.
+QImage reference(const QByteArray &jpeg, QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    tjhandle handle = tjInitDecompress();
+    tjDecompress2(handle, bytesOf(jpeg), static_cast<unsigned long>(jpeg.size()), image.bits(), size.width(),
+                  int(image.bytesPerLine()), size.height(), TJPF_BGRA, TJFLAG_FASTUPSAMPLE);
+    tjDestroy(handle);
+    return image;
+}
+
+int largestDifference(const QImage &a, const QImage &b)
+{
+    int largest = a.size() == b.size() ? 0 : 999;
+    for (int y = 0; y < a.height() && largest < 999; ++y)
+        for (qsizetype i = 0; i < a.width() * 4; ++i)
+            largest = std::max(largest, std::abs(a.constScanLine(y)[i] - b.constScanLine(y)[i]));
+    return largest;
+}
+
+} // namespace
+
+class TestJpegReader : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void parts_data()
+    {
+        const Rows<QSize, TestJpeg::Options> row;
+        const QSize odd(211, 157);
+        row("4:2:0", odd, {2, 2});
+        row("4:2:2", odd, {2, 1});
+        row("4:4:4", odd, {1, 1});
+        row("4:4:0", odd, {1, 2});
+        row("4:1:1", odd, {4, 1});
+        row("grey", odd, {1, 1, true});
+        row("grey with needless factors", odd, {2, 2, true});
+        row("restart markers", odd, {2, 1, false, 1});
+        row("progressive", odd, {2, 2, false, 0, true});
+        row("no Huffman tables", odd, {2, 1, false, 0, false, false});
+        row("whole blocks", {192, 160}, {2, 2});
+        row("one column into a block", {129, 97}, {2, 2});
+        row("as narrow as two pixels", {2, 150}, {2, 1});
+        row("smaller than a block", {5, 3}, {2, 2});
+        row("one pixel", {1, 1}, {2, 2});
+    }
+    void parts()
+    {
+        const auto [size, options] = Rows<QSize, TestJpeg::Options>::current();
+        const QByteArray jpeg = TestJpeg::encode(TestJpeg::noise(size, 1), options);
+        std::mt19937 random(2);
+        BWJpegReader reader;
+        for (const int divisor : {1, 2, 4, 8}) {
+            QVERIFY(reader.open(bytesOf(jpeg), std::size_t(jpeg.size())));
+            const QRect all(QPoint(0, 0), reader.size(divisor));
+            const Part whole = read(reader, jpeg, divisor, all);
+            QCOMPARE(whole.area, all);
+            QCOMPARE(whole.goodRows, all.height());
+            QVERIFY(largestDifference(whole.pixels, reference(jpeg, all.size())) <= 1);
+            for (int i = 0; i < 60; ++i) {
+                const auto place = [&](int length) { return int(random() % unsigned(length)); };
+                QRect part(place(all.width()), place(all.height()), 1 + place(90), 1 + place(70));
+                if (i < 16) // along the edges
+                    part.moveTo(i % 4 < 2 ? i % 4 : all.right() - i % 2, i / 4 < 2 ? i / 4 : all.bottom() - i / 4 % 2);
+                part &= all;
+                if (part.isEmpty()) // in a picture of a few pixels
+                    continue;
+                const Part found = read(reader, jpeg, divisor, part);
+                QVERIFY(found.area.contains(part) && all.contains(found.area));
+                QCOMPARE(found.goodRows, found.area.height());
+                QVERIFY2(found.pixels == whole.pixels.copy(found.area),
+                         qPrintable(QStringLiteral("1/%1, %2,%3 %4x%5")
+                                        .arg(divisor)
+                                        .arg(part.x())
+                                        .arg(part.y())
+                                        .arg(part.width())
+                                        .arg(part.height())));
+            }
+        }
+    }
+
+    void damage()
+    {
+        const QSize size(160, 160);
+        const QByteArray jpeg = TestJpeg::encode(TestJpeg::noise(size, 1), {2, 2});
+        BWJpegReader reader;
+        const QImage good = read(reader, jpeg, 1, {0, 0, 160, 160}).pixels;
+        const QByteArray torn = jpeg.first(jpeg.size() / 2);
+        QCOMPARE(read(reader, torn, 1, {0, 0, 160, 60}).goodRows, 60); // it lies below
+        const Part within = read(reader, torn, 1, {0, 0, 160, 120});
+        QVERIFY(within.goodRows >= 60 && within.goodRows < 120);
+        QCOMPARE(within.pixels.copy(0, 0, 160, within.goodRows), good.copy(0, 0, 160, within.goodRows));
+        QCOMPARE(within.pixels.pixelColor(80, within.goodRows), QColor(128, 128, 128));
+        QCOMPARE(read(reader, torn, 1, {0, 128, 160, 20}).goodRows, 0); // it lies above
+        // What is lost without a trace shows at the end, if that is read.
+        QVERIFY(read(reader, QByteArray(jpeg).remove(jpeg.size() / 3, 500), 1, {0, 100, 160, 60}).goodRows < 60);
+        QCOMPARE(read(reader, jpeg.first(100), 1, {0, 0, 160, 160}).goodRows, -1);
+        QCOMPARE(read(reader, jpeg, 1, {0, 0, 160, 160}).pixels, good); // nothing of that is left
+    }
+};
+
+QTEST_APPLESS_MAIN(TestJpegReader)
+#include "tst_BWJpegReader.moc"
