@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <QSignalSpy>
 #include <QTest>
 #include <thread>
 #include <turbojpeg.h>
@@ -51,19 +52,6 @@ BWFrame jpegFrame(int level, int subsampling, Damage damage = Damage::None)
     return {info, [bytes] {}};
 }
 
-/// Counts the images that a renderer has announced, on the thread of the test.
-class ImageCounter : public QObject {
-public:
-    explicit ImageCounter(BWLiveRenderer &renderer)
-    {
-        connect(&renderer, &BWLiveRenderer::imageReady, this, [this] { ++m_count; });
-    }
-    int size() const { return m_count; }
-
-private:
-    int m_count = 0;
-};
-
 BWRenderRequest wholePicture(unsigned zoom = 100)
 {
     BWLiveViewState state;
@@ -80,7 +68,7 @@ private Q_SLOTS:
     void newestFrameWins()
     {
         BWLiveRenderer renderer;
-        ImageCounter ready(renderer);
+        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
         std::atomic<int> alive = 0;
         for (const int level : {20, 50})
             renderer.prepareBuffer(greyFrame(level, alive));
@@ -130,7 +118,7 @@ private Q_SLOTS:
     void nothingIsMadeWhileNobodyLooks()
     {
         BWLiveRenderer renderer;
-        ImageCounter ready(renderer);
+        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
         renderer.setRequest(wholePicture());
         std::atomic<int> alive = 0;
         renderer.prepareBuffer(greyFrame(20, alive));
@@ -169,7 +157,7 @@ private Q_SLOTS:
     {
         const auto [subsampling, zoom] = Rows<int, unsigned>::current();
         BWLiveRenderer renderer;
-        ImageCounter ready(renderer);
+        QSignalSpy ready(&renderer, &BWLiveRenderer::imageReady);
         renderer.setRequest(wholePicture(zoom));
         BWRenderedImage image;
         const auto shownLevel = [&] { return image.image.pixelColor(20, 20).red(); };
