@@ -52,7 +52,10 @@ int main(int argc, char **argv)
     double converting = 0;
     double bytes = 0;
     for (int i = 0; i < count; ++i) {
-        BWFrameInfo info{.pixelFormat = BWPixelFormat::YUYV, .width = width, .height = height};
+        BWFrameInfo info;
+        info.pixelFormat = BWPixelFormat::YUYV;
+        info.width = width;
+        info.height = height;
         const std::size_t offset = static_cast<std::size_t>(i) % (pixels.size() / frameSize) * frameSize;
         info.planes[0] = {pixels.data() + offset, frameSize, width * 2};
         const double begin = cpuMilliseconds();
