@@ -82,6 +82,8 @@ class Results:
                 measured = self._measured[name]
                 rows.append([name, wanted, f"{measured:.2f}".rstrip("0").rstrip(".") + wanted.unit,
                              "ok" if wanted.is_kept_by(measured) else "FALLS SHORT"])
+        if not rows:
+            return
         short = sum(row[-1] != "ok" for row in rows)
         print(f"## Wanted and measured\n\n{machine()}\n")
         print(table(["", "wanted", "measured", ""], rows))
