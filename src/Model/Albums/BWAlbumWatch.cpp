@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <malloc.h>
 #include <poll.h>
 #include <QSet>
 #include <sys/eventfd.h>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr int settleMilliseconds = 100; // of silence after which a program has written its files
 constexpr int longestSettle = 5; // times that
+constexpr qsizetype longAlbum = 10'000; // files; to list more takes memory worth giving back
 constexpr int retryMilliseconds = 2000; // where nothing can be watched
 constexpr uint32_t entriesChange = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr uint32_t folderGoes = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
@@ -154,6 +156,8 @@ void BWAlbumWatch::Worker::run()
         if (now.differs || now.requests != last->requests || now.filesWritten)
             report(now);
         last = std::move(now);
+        if (last->listing && last->listing->images.size() > longAlbum)
+            ::malloc_trim(0);
         if (requests == serves)
             what = waitForChange();
     }
