@@ -125,7 +125,10 @@ void AppDelegate::doFinishApplicationLaunch()
     m_cameraDetector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) { m_session.cameraFound(device); });
     m_cameraDetector->setCameraRemovedBlock(
         [this](const BWDetectedCameraPtr &device) { m_session.cameraRemoved(device); });
-    m_cameraDetector->setDevicesChangedBlock([this] { m_sessionWindows->watchPendingDevices(); });
+    m_cameraDetector->setDevicesChangedBlock([this] {
+        if (m_sessionWindows) // not made before the first camera is found
+            m_sessionWindows->watchPendingDevices();
+    });
     m_cameraDetector->startCamerasDetection();
     BWMainQueue::post(m_alive, [this] {
         prepareUI();
