@@ -28,6 +28,7 @@
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
+#include "Views/Settings/BWSettingViewController.h"
 #include "Views/Technician/BWEMPIADebuggerWindowController.h"
 #include "Views/Technician/BWGridDebuggerWindowController.h"
 #include "Views/Technician/BWSimulatedCamerasWindowController.h"
@@ -38,6 +39,7 @@
 #include "WindowFit.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
@@ -253,7 +255,9 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(size(), u"1600x1200 1600x1200"_s, patience);
         QAction *const panel = m_window->menu().advancedSettingsMenuItem;
         panel->trigger(); // shown, and with the next one hidden
-        visible<BWAdvancedSettingsWindowController>()->onRestoreDefaults(); // the size with the values
+        auto *advanced = visible<BWAdvancedSettingsWindowController>();
+        QVERIFY(advanced->controllerForSetting(BWSettingContrast)->setting()); // it is made after the camera's start
+        advanced->onRestoreDefaults(); // the size with the values
         panel->trigger();
         QTRY_COMPARE_WITH_TIMEOUT(size(), u"640x480 640x480"_s, patience);
     }
@@ -341,9 +345,11 @@ private Q_SLOTS:
         for (int i = 1; i < 6; ++i)
             plugIn(i);
         const BWMainMenu &menu = m_window->menu();
-        menu.settingsMenuItem->trigger();
+        const auto cameras = [&] { return m_window->findChild<QActionGroup *>()->actions().size(); };
+        QTRY_COMPARE_WITH_TIMEOUT(cameras(), 6, patience);
+        menu.settingsMenuItem->trigger(); // it is made now
         const auto *window = visible<BWSettingsWindowController>();
-        QTRY_COMPARE_WITH_TIMEOUT(window->findChild<QComboBox *>()->count(), 6, patience);
+        QCOMPARE(window->findChild<QComboBox *>()->count(), 6);
         menu.settingsMenuItem->trigger();
         seePanel<BWSettingsWindowController>(menu.settingsMenuItem, u"settings"_s);
         const auto buttons = window->findChildren<QPushButton *>();
