@@ -137,12 +137,6 @@ private Q_SLOTS:
         QCOMPARE(bench.shown(), 0.0);
         bench.grid.updateGridForCurrentProduct(100); // is shown even so
         QCOMPARE(bench.shown(), 100.0);
-        bench.grid.onGrid();
-        bench.product.setCamera(nullptr);
-        bench.liveView.updateImageDisplay();
-        bench.grid.updateGridForCurrentProduct(100);
-        bench.grid.reloadGridDebugger();
-        QCOMPARE(bench.shown(), 0.0);
     }
 
     void toolsMenuIsHiddenFromUsers()

@@ -134,7 +134,6 @@ private Q_SLOTS:
         // 100 x 80 points with lines at 30 and 70, 20 and 60 (from below), in the middle of 120 x 100 points; mirrored.
         row("1.5", 1.5, QList<QRect>{{119, 15, 2, 120}, {59, 15, 2, 120}, {15, 104, 150, 2}, {15, 44, 150, 2}});
         row("2", 2.0, QList<QRect>{{159, 20, 2, 160}, {79, 20, 2, 160}, {20, 139, 200, 2}, {20, 59, 200, 2}});
-        row("8", 8.0, QList<QRect>{{635, 80, 8, 640}, {315, 80, 8, 640}, {80, 555, 800, 8}, {80, 235, 800, 8}});
     }
     void linesFollowTheScreensScale()
     {

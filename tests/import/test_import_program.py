@@ -63,7 +63,8 @@ class CommandLine(unittest.TestCase):
 
         # Once more, from a file of another kind, when one more of the folders is there.
         (self.home / "BrimwellPro/Standardalbum").mkdir()
-        self.run_program("--import-settings", self.folder / "defaults.all-xml")
+        done = self.run_program("--import-settings", self.folder / "defaults.all-xml")
+        self.assertIn("albums (1)", done.stdout)  # the one in the list already does not count
         settings = stored(self.home)
         self.assertEqual(sorted(map(os.path.basename, json.loads(settings["bwp2x_albums"]))),
                          ["Default Album", "Pictures", "Standardalbum"])
