@@ -46,6 +46,7 @@ private Q_SLOTS:
         QCOMPARE(after(90, 10ms, 3), u"100 33 60 20"_s);
         m_meter.restart(m_now); // another camera
         QCOMPARE(figures(), u"nothing"_s);
+        m_now += 1ms;
         QCOMPARE(after(5, 0ms), u"5 5 0 20"_s);
         QCOMPARE(after(9, 500ms), u"2 2 0 20"_s);
         QCOMPARE(after(5000, 1ms, 2), u"1000 500 2500 20"_s); // more than are kept
