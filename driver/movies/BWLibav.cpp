@@ -68,7 +68,7 @@ BWLibav::Output BWLibav::createMov(const QString &path, int &result)
     if (result < 0)
         return nullptr;
     Output output(context);
-    result = avio_open(&context->pb, name.constData(), AVIO_FLAG_WRITE | AVIO_FLAG_DIRECT); // a frame in one piece
+    result = avio_open(&context->pb, name.constData(), AVIO_FLAG_WRITE);
     return result < 0 ? nullptr : std::move(output);
 }
 
