@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <QHash>
+#include <QJsonObject>
 #include <QMap>
 #include <QString>
 #include <QStringList>
