@@ -1,6 +1,7 @@
 """What every part of the benchmark works with: a desktop, the movies, the program, and the results."""
 
 import signal
+import statistics
 import subprocess
 import sys
 import time
@@ -12,7 +13,7 @@ from program_run import Run, cpu_seconds
 
 US = "brimwellpro"
 LOOP_FRAMES = 60  # of the movies that our program repeats
-ENCODED_FRAMES = 60
+ALONE_RUNS = 3  # the median counts: they are short
 
 
 class Stage:
@@ -55,17 +56,16 @@ class Stage:
 
     def decode_alone(self, kind):
         """CPU milliseconds for each frame of an MJPEG movie."""
-        frames = 40
-        return self._alone("decode", frames, self.media.pictures(kind))
+        return self._alone("decode", 20, self.media.pictures(kind))
 
     def encode_alone(self, kind):
         """CPU milliseconds for each frame of a YUYV movie."""
-        return self._alone("encode", ENCODED_FRAMES, self.media.raw_frames(kind), kind.width, kind.height)
+        return self._alone("encode", 30, self.media.raw_frames(kind), kind.width, kind.height)
 
     def _alone(self, what, frames, *arguments):
         command = [self.build / f"benchmarks/bw_bench_{what}", *map(str, arguments), str(frames)]
-        output = subprocess.run(command, capture_output=True, text=True, check=True).stdout
-        return numbers(output)["cpu_ms"] / frames
+        runs = [subprocess.run(command, capture_output=True, text=True, check=True).stdout for _ in range(ALONE_RUNS)]
+        return statistics.median(numbers(output)["cpu_ms"] for output in runs) / frames
 
     def head(self, heading, text):
         print(f"## {heading}\n\n{text}\n")
