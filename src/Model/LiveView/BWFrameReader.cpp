@@ -60,10 +60,19 @@ const libyuv::YuvConstants *constantsFor(const BWFrameInfo &info)
 
 bool BWFrameReader::setFrame(const BWFrame &frame, QSize whole, const QRect &part)
 {
+    constexpr int everySoOften = 16;
+    constexpr int someSeconds = 200;
     Picture next;
     next.frame = frame;
-    if (!part.isEmpty() && !read(next, whole, part))
-        return false;
+    if (!part.isEmpty()) {
+        const bool toTheEnd = m_suspicion > 0 || m_unchecked == 0;
+        m_unchecked = (m_unchecked + 1) % everySoOften;
+        if (!read(next, whole, part, toTheEnd)) {
+            m_suspicion = someSeconds;
+            return false;
+        }
+        m_suspicion = std::max(0, m_suspicion - 1);
+    }
     m_picture = std::move(next);
     return true;
 }
@@ -74,7 +83,7 @@ void BWFrameReader::require(QSize whole, const QRect &part)
         return;
     Picture next;
     next.frame = m_picture.frame;
-    read(next, whole, part);
+    read(next, whole, part, false);
     m_picture = std::move(next);
 }
 
@@ -83,7 +92,7 @@ void BWFrameReader::clear()
     m_picture = {};
 }
 
-bool BWFrameReader::read(Picture &picture, QSize whole, const QRect &part)
+bool BWFrameReader::read(Picture &picture, QSize whole, const QRect &part, bool toTheEnd)
 {
     const BWFrameInfo &info = picture.frame.info();
     const bool isJpeg = info.pixelFormat == BWPixelFormat::MJPEG;
@@ -103,7 +112,7 @@ bool BWFrameReader::read(Picture &picture, QSize whole, const QRect &part)
     const int stride = static_cast<int>(image.bytesPerLine());
     int goodRows = picture.area.height();
     if (isJpeg)
-        goodRows = m_jpeg.read(picture.area, divisor, image.bits(), stride);
+        goodRows = m_jpeg.read(picture.area, divisor, image.bits(), stride, toTheEnd);
     else
         convert(info, picture.area, divisor == 2, image.bits(), stride);
     picture.pixels = image;

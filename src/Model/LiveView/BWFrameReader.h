@@ -17,6 +17,9 @@ public:
     /// Takes the next frame and reads what is needed to draw `part` of the picture when the whole of it is scaled to
     /// `whole`. False, and everything stays as it was, if the frame is torn there or above, too short or of an unknown
     /// format. A frame of which nothing is needed yet is not looked at.
+    ///
+    /// Data lost in the middle of a JPEG show only at its end. That is read now and then, and once damage has been
+    /// found, of each frame for some seconds: so a camera that loses data is seen through soon, and others cost little.
     bool setFrame(const BWFrame &frame, QSize whole, const QRect &part);
 
     /// Reads what another part needs from the same frame, unless that has been read already. Where the frame is torn
@@ -41,7 +44,7 @@ private:
         QImage pixels;
         QRect area;
     };
-    bool read(Picture &picture, QSize whole, const QRect &part);
+    bool read(Picture &picture, QSize whole, const QRect &part, bool toTheEnd);
     void convert(const BWFrameInfo &info, const QRect &part, bool half, uint8_t *argb, int stride);
     void convertPacked(const BWFrameInfo &info, const QRect &part, bool half, uint8_t *argb, int stride);
 
@@ -49,5 +52,7 @@ private:
     BWImagePool m_images;
     Picture m_picture;
     QRect m_lastPart;
+    int m_suspicion = 0; // so many frames are read to their end
+    int m_unchecked = 0; // frames since the last one that was
     std::vector<uint8_t> m_scratch;
 };

@@ -161,19 +161,20 @@ QSize BWJpegReader::size(int divisor) const
 
 QRect BWJpegReader::decodable(const QRect &part, int divisor) const
 {
-    // Whole blocks to the left, right and above: libjpeg crops to these columns, and skips such rows without the special
-    // cases (and faults) that it has for others.
+    // Whole blocks: libjpeg crops to these columns, and skips such rows without the special cases (and faults) that it
+    // has for others.
     const int width = m_decoder->info.max_h_samp_factor * DCTSIZE / divisor;
     const int height = m_decoder->info.max_v_samp_factor * DCTSIZE / divisor;
     const int right = std::min((part.x() + part.width() + width - 1) / width * width, size(divisor).width());
+    const int bottom = std::min((part.y() + part.height() + height - 1) / height * height, size(divisor).height());
     int left = part.x() / width * width;
     if (right - left < width)
         left = std::max(0, left - width); // never just the sliver of a block at the picture's edge
     const int top = part.y() / height * height;
-    return {left, top, right - left, part.y() + part.height() - top};
+    return {left, top, right - left, bottom - top};
 }
 
-int BWJpegReader::read(const QRect &part, int divisor, uint8_t *pixels, int stride)
+int BWJpegReader::read(const QRect &part, int divisor, uint8_t *pixels, int stride, bool toTheEnd)
 {
     jpeg_decompress_struct &info = m_decoder->info;
     int rows = 0;
@@ -196,6 +197,17 @@ int BWJpegReader::read(const QRect &part, int divisor, uint8_t *pixels, int stri
             for (int i = 0; i < count; ++i)
                 target[static_cast<std::size_t>(i)] = row(rows + i);
             rows += static_cast<int>(jpeg_read_scanlines(&info, target.data(), static_cast<JDIMENSION>(count)));
+        }
+        if (toTheEnd && info.output_scanline < info.output_height) {
+            // Up to the last row of blocks, because libjpeg does not look at the data when it may skip all.
+            const auto block = static_cast<JDIMENSION>(info.max_v_samp_factor * DCTSIZE / divisor);
+            const JDIMENSION last = (info.output_height - 1) / block * block;
+            if (last > info.output_scanline)
+                jpeg_skip_scanlines(&info, last - info.output_scanline);
+            auto *common = reinterpret_cast<j_common_ptr>(&info);
+            JSAMPARRAY unseen = info.mem->alloc_sarray(common, JPOOL_IMAGE, width * 4, 1);
+            while (info.output_scanline < info.output_height)
+                jpeg_read_scanlines(&info, unseen, 1);
         }
         // Data that run out too early, or go on, show a loss that may be anywhere.
         if (info.output_scanline == info.output_height)

@@ -27,7 +27,10 @@ public:
 
     /// Decodes such a part of the open picture, and closes it. Returns the number of good rows: fewer than the part has
     /// if the data are damaged in it or above it, none if they turn out not to fit the picture. Damaged rows are grey.
-    int read(const QRect &part, int divisor, uint8_t *pixels, int stride);
+    ///
+    /// Most losses look like other data and show only where the data end. That is read if the part reaches there, or
+    /// if `toTheEnd`, which costs the Huffman decoding of all that lies below.
+    int read(const QRect &part, int divisor, uint8_t *pixels, int stride, bool toTheEnd = false);
 
 private:
     struct Decoder;
