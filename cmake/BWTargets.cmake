@@ -9,7 +9,8 @@ if(BW_WERROR)
 endif()
 if(BW_SANITIZE)
     target_compile_options(bw_options INTERFACE -fsanitize=${BW_SANITIZE} -fno-omit-frame-pointer)
-    target_link_options(bw_options INTERFACE -fsanitize=${BW_SANITIZE})
+    # The sanitizer loads the program's own libraries in its stead, and the newer tag says only where the program looks.
+    target_link_options(bw_options INTERFACE -fsanitize=${BW_SANITIZE} LINKER:--disable-new-dtags)
 endif()
 
 # What most sources include, parsed once: with widgets (the views and what stands above them) and without.
