@@ -174,6 +174,12 @@ void AppDelegate::prepareUI()
     // Posted, as a reset of the layout is: the window then first shows where it belongs.
     BWMainQueue::post(m_alive, [this] {
         m_window->show();
+        if (!m_options.simulatedCameras.isEmpty()) {
+            // Before any question: a window that comes later takes the keyboard from it on Wayland.
+            m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
+            m_simulatedCameras->localizeWithManager(m_repository.localizationManager());
+            m_simulatedCameras->showBelow(*m_window);
+        }
         constexpr double longestWait = 0.3; // seconds, for a first picture
         m_completion = DispatchAfterStrict::dispatchForQueue(
             this, [this] { completeLaunch(); }, longestWait, m_clock);
@@ -188,11 +194,6 @@ void AppDelegate::completeLaunch()
     if (m_completion)
         m_completion->cancel();
     QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
-    if (!m_options.simulatedCameras.isEmpty()) {
-        m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
-        m_simulatedCameras->localizeWithManager(m_repository.localizationManager());
-        m_simulatedCameras->showBelow(*m_window);
-    }
     m_snapshotSound->prepare();
     m_worker.run([] { BWMoviePicture::prepare(); });
     m_repository.albumManager().whenPrepared([this, alive = m_alive.watch()] {
