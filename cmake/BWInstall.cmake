@@ -1,7 +1,7 @@
 # What `cmake --install` installs, and where.
 include(GNUInstallDirs)
 
-set(private_libraries ${CMAKE_INSTALL_LIBDIR}/brimwellpro)
+set(private_libraries lib/${CMAKE_LIBRARY_ARCHITECTURE}/brimwellpro)
 set_target_properties(brimwellpro PROPERTIES INSTALL_RPATH "$ORIGIN/../${private_libraries}")
 install(TARGETS brimwellpro RUNTIME)
 install(TARGETS bw_movies LIBRARY DESTINATION ${private_libraries})
