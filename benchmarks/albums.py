@@ -197,7 +197,7 @@ class AlbumBench:
 
     def blocked(self, run, begin, end):
         events = [(blocked, computed) for blocked, computed, ended in
-                  (map(float, told) for told in
+                  (map(float, fields) for fields in
                    re.findall(r"blocked_ms=([\d.]+) computed_ms=([\d.]+) ended_ms=([\d.]+)", run.log))
                   if 1000 * begin <= ended <= 1000 * end]
 

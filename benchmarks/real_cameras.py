@@ -4,7 +4,7 @@
 usage: real_cameras.py PROGRAM FRAMES; FRAMES is a folder made by tests/kernel/usbcamera/make_frames
 
 CPU time is that of the program's process while the camera delivered a number of frames, slowly enough that every viewer
-can show each of them. The display server's own time is told beside it.
+can show each of them. The display server's own time stands beside it.
 """
 
 import json

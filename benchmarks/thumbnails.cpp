@@ -41,8 +41,8 @@ int main(int argc, char **argv)
     qsizetype ready = 0;
     double shown = 0;
     BWThumbnails thumbnails(
-        [&](const QList<QUrl> &told) {
-            ready += told.size();
+        [&](const QList<QUrl> &changed) {
+            ready += changed.size();
             if (ready == files.size())
                 shown = milliseconds(CLOCK_MONOTONIC) - begin;
         },
