@@ -106,7 +106,6 @@ BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
 {
     // Nothing could open it again.
     setWindowFlags(Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint);
-    setAttribute(Qt::WA_ShowWithoutActivating); // it comes when the camera window is in use already
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(simulatedCamerasMargin, simulatedCamerasMargin, simulatedCamerasMargin,
                              simulatedCamerasMargin);
