@@ -18,8 +18,8 @@ std::optional<BWPixelFormat> nativeFormatOf(const AVCodecParameters &parameters)
     return std::nullopt;
 }
 
-/// Whether the header tells all that is needed of a movie. Else libav decodes the first pictures, which takes time.
-bool isTold(const AVFormatContext &movie)
+/// Whether the header has all that is needed of a movie. Else libav decodes the first pictures, which takes time.
+bool headerSuffices(const AVFormatContext &movie)
 {
     for (unsigned i = 0; i < movie.nb_streams; ++i) {
         const AVStream &stream = *movie.streams[i];
@@ -83,7 +83,7 @@ int LibavReader::openFile()
     m_input = BWLibav::openInput(m_path, result);
     if (!m_input)
         return result;
-    if (!isTold(*m_input))
+    if (!headerSuffices(*m_input))
         result = avformat_find_stream_info(m_input.get(), nullptr);
     if (result < 0)
         return result;
