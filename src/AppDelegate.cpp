@@ -4,6 +4,7 @@
 #include "App/Capture/BWSnapshotSound.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
+#include "App/LiveView/BWSceneController.h"
 #include "App/Start/BWStatisticsReport.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "App/Windows/BWImportMenu.h"
@@ -148,7 +149,8 @@ void AppDelegate::prepareUI()
         return false; // closes when the camera has stopped
     });
     m_statusLine = std::make_unique<BWStatusLine>(m_window->currentCameraLabel(), m_clock);
-    m_liveView = std::make_unique<BWLiveViewController>(*m_window, m_productInUse);
+    m_liveView = std::make_unique<BWLiveViewController>(*m_window, *m_renderer, m_productInUse);
+    m_scene = std::make_unique<BWSceneController>(*m_window, *m_liveView, *m_renderer);
     m_grid = std::make_unique<BWGridController>(*m_window, *m_liveView, m_productInUse, texts);
     m_window->menu().showTools(m_options.technician);
     m_window->showStatistics(config.showStatistics());

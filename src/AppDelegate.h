@@ -32,6 +32,7 @@ class BWImportMenu;
 class BWLiveViewController;
 class BWMainWindow;
 class BWRepository;
+class BWSceneController;
 class BWSessionWindows;
 class BWSimulatedCamerasWindowController;
 class BWSnapshotSound;
@@ -106,6 +107,7 @@ private:
     std::unique_ptr<BWMainWindow> m_window;
     std::unique_ptr<BWStatusLine> m_statusLine;
     std::unique_ptr<BWLiveViewController> m_liveView;
+    std::unique_ptr<BWSceneController> m_scene;
     std::unique_ptr<BWGridController> m_grid;
     std::unique_ptr<BWFlashActionViewController> m_flashActionViewController;
     std::unique_ptr<BWSnapshotSound> m_snapshotSound;

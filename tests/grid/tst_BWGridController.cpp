@@ -55,7 +55,7 @@ struct Bench {
     BWLocalizationManager texts{QString(), {u"en"_s}};
     BWLiveRenderer renderer;
     BWMainWindow window{renderer};
-    BWLiveViewController liveView{window, product};
+    BWLiveViewController liveView{window, renderer, product};
     int labelUpdates = 0;
     BWGridController grid{window, liveView, product, texts};
     BWGridDebuggerWindowController &debugger = *window.findChild<BWGridDebuggerWindowController *>();

@@ -123,7 +123,7 @@ private Q_SLOTS:
                 const BWLiveViewGeometry geometry(size, state);
                 const QSize viewport = geometry.footprint().toSize() + QSize(20, 20); // all of it can be seen
                 view.resize(viewport + QSize(0, BWLiveViewGeometry::barHeight));
-                view.setLiveGeometry(geometry);
+                view.setScene(BWScene(geometry));
                 QCOMPARE(faultsOf(view, geometry, grid), QString());
             }
         }
@@ -156,14 +156,14 @@ private Q_SLOTS:
         view.show();
         BWLiveViewState state;
         const BWLiveViewGeometry before(size, state);
-        view.setLiveGeometry(before);
+        view.setScene(BWScene(before));
         renderer.prepareBuffer(grey(size));
         const BWMeasuringGrid grid(before.frameSize(), 40);
         QCOMPARE(faultsOf(view, before, grid), QString());
 
         BWRenderedImage taken; // the view gets none of the pictures to come
         state.setCurrentZoom(200);
-        view.setLiveGeometry(BWLiveViewGeometry(size, state));
+        view.setScene(BWScene(BWLiveViewGeometry(size, state)));
         const QDeadlineTimer deadline(10000);
         while (!renderer.takeImage(taken) && !deadline.hasExpired())
             QThread::yieldCurrentThread(); // no event is handled, so nothing is painted
@@ -172,10 +172,10 @@ private Q_SLOTS:
 
         // Nor is it squeezed into the layout of another size before the first picture of that size has come; there is no
         // grid meanwhile, whose distance is one for that size.
-        view.setLiveGeometry(before);
+        view.setScene(BWScene(before));
         QCOMPARE(faultsOf(view, before, grid), QString());
         QSignalSpy drawn(&renderer, &BWLiveRenderer::imageReady);
-        view.setLiveGeometry(BWLiveViewGeometry({320, 160}, {}));
+        view.setScene(BWScene(BWLiveViewGeometry({320, 160}, {})));
         QTRY_VERIFY(!drawn.isEmpty());
         const auto shown = [&view] {
             const QImage image = view.viewport()->grab().toImage();

@@ -85,7 +85,7 @@ private Q_SLOTS:
         const AttachedCameras cameras({AttachedCameras::Type::Ultra}, format);
         BWLiveRenderer renderer;
         BWCenteringClipView view(renderer);
-        view.setLiveGeometry(BWLiveViewGeometry({640, 480}, state));
+        view.setScene(BWScene(BWLiveViewGeometry({640, 480}, state)));
         view.show();
         constexpr int first = 100;
         constexpr int last = 400;

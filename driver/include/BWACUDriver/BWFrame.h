@@ -18,6 +18,7 @@ enum class BWPixelFormat {
     GREY, ///< 8 bits of luma
     RGB24, ///< bytes R G B
     BGR24, ///< bytes B G R
+    XBGR32, ///< bytes B G R X, as screens have them; X has no meaning
     MJPEG, ///< one JPEG image (possibly without Huffman tables), plane 0 holds its bytes
 };
 

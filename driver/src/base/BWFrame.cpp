@@ -80,6 +80,8 @@ std::array<BWPlaneSize, 3> BWFrameInfo::planeSizes() const
     case BWPixelFormat::RGB24:
     case BWPixelFormat::BGR24:
         return {{{width * 3, height}}};
+    case BWPixelFormat::XBGR32:
+        return {{{width * 4, height}}};
     case BWPixelFormat::None:
     case BWPixelFormat::MJPEG:
         break;

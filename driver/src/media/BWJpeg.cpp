@@ -137,9 +137,24 @@ BWJpeg::Bytes compressPlanes(const BWYuvPlanes &planes, int subsampling, int qua
                         });
 }
 
+/// TurboJPEG's name for a format that keeps the colours of a pixel together; -1 for others.
+int rgbOrder(BWPixelFormat format)
+{
+    switch (format) {
+    case BWPixelFormat::RGB24:
+        return TJPF_RGB;
+    case BWPixelFormat::BGR24:
+        return TJPF_BGR;
+    case BWPixelFormat::XBGR32:
+        return TJPF_BGRX;
+    default:
+        return -1;
+    }
+}
+
 BWJpeg::Bytes compressRgb(const BWFrameInfo &info, int quality)
 {
-    const int order = info.pixelFormat == BWPixelFormat::RGB24 ? TJPF_RGB : TJPF_BGR;
+    const int order = rgbOrder(info.pixelFormat);
     const BWPlane &plane = info.planes[0];
     return compressWith(info.width, info.height, TJSAMP_422,
                         [&](tjhandle handle, unsigned char **target, unsigned long *size) {
@@ -220,7 +235,7 @@ BWJpeg::Bytes BWJpeg::compress(const BWFrame &rawFrame, int quality)
         return {};
     }
     Bytes bytes;
-    if (info.pixelFormat == BWPixelFormat::RGB24 || info.pixelFormat == BWPixelFormat::BGR24) {
+    if (rgbOrder(info.pixelFormat) >= 0) {
         bytes = compressRgb(info, quality);
     } else {
         thread_local BWYuvPlanes planes;

@@ -1,37 +1,59 @@
 #pragma once
 
-#include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Model/LiveView/BWScene.h"
 
+#include <functional>
+#include <optional>
 #include <QObject>
 
 class BWDoubleButton;
+class BWLiveRenderer;
 class BWMainWindow;
 class BWProductInUse;
 
-/// Zoom, rotation and mirroring of the live image: takes the user's actions, lays the image out, keeps the controls
-/// of the main window in step. GUI thread.
+/// Zoom, rotation and mirroring of what the main window shows: takes the user's actions, lays the scene out, keeps the
+/// controls of the window in step. GUI thread.
+///
+/// Turning and mirroring apply to the main picture, zooming and moving to the whole scene. While the pictures of a
+/// comparison are not linked, all of it applies to the reference alone.
 class BWLiveViewController : public QObject {
     Q_OBJECT
 
 public:
-    /// Both must outlive this object.
-    BWLiveViewController(BWMainWindow &window, const BWProductInUse &productInUse);
+    /// All must outlive this object. `live` draws the camera's frames.
+    BWLiveViewController(BWMainWindow &window, BWLiveRenderer &live, const BWProductInUse &productInUse);
 
-    /// Lays the image out: size from the camera's resolution and the zoom, then rotation and mirroring.
+    /// Lays the image out: size from the camera's resolution, or the still in its place, and the zoom, then rotation and
+    /// mirroring.
     void updateImageDisplay();
-    /// Drops the last picture.
+    /// Drops the last live picture.
     void clear();
+
+    /// A still of that size, in pixels, is the main picture from now on; none: the live image.
+    void setStill(std::optional<QSize> size);
+    /// Shows a picture of that size beside the main one, or over it, turned and mirrored like that at first; another
+    /// picture in place of the last reference keeps how it was laid.
+    void setReference(QSize size, BWScene::Mode mode);
+    void endReference();
+    /// For an overlay and a dividing line, from 0 to 1.
+    void setShare(double share);
+    void setLinked(bool linked);
+    bool isLinked() const { return m_linked; }
+    const BWScene &scene() const { return m_scene; }
 
     void onZoom(BWDoubleButton *sender);
     void zoomIn();
     void zoomOut();
     void zoomToActualSize();
+    /// Shows the whole picture from now on; once more: its actual size.
+    void fitToWindow();
     void onRotate(const QString &title);
     void rotateByQuarter();
     void onFlip(int index);
     void flipHorizontally();
     void flipVertically();
 
+    /// Of the main picture.
     const BWLiveViewState &state() const { return m_state; }
 
 Q_SIGNALS:
@@ -40,9 +62,20 @@ Q_SIGNALS:
 
 private:
     void toggleFlip(BWFlip axis);
-    void showZoom();
+    void zoom(const std::function<void(BWLiveViewState &)> &change, std::optional<QPointF> at = std::nullopt);
+    void moveReference(const std::function<BWPicturePlace(const BWPicturePlace &)> &change);
+    BWLiveViewState &turnedState();
+    QSize mainSize() const;
+    void layOut(std::optional<QPointF> anchor = std::nullopt);
+    void showState();
 
     BWMainWindow &m_window;
+    BWLiveRenderer &m_live;
     const BWProductInUse &m_productInUse;
     BWLiveViewState m_state;
+    BWLiveViewState m_referenceState;
+    QSize m_referenceSize;
+    std::optional<QSize> m_still;
+    BWScene m_scene;
+    bool m_linked = true;
 };

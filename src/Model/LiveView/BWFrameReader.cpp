@@ -48,6 +48,15 @@ QRect aligned(QRect part)
     return part;
 }
 
+/// The pixels of a frame that has them as they are drawn. They live as long as the last copy of the image.
+QImage viewOf(const BWFrame &frame)
+{
+    const BWPlane &plane = frame.plane(0);
+    return {plane.data,        frame.width(),        frame.height(),
+            plane.stride,      QImage::Format_RGB32, [](void *owner) { delete static_cast<BWFrame *>(owner); },
+            new BWFrame(frame)};
+}
+
 const libyuv::YuvConstants *constantsFor(const BWFrameInfo &info)
 {
     const bool full = info.range == BWColorRange::Full;
@@ -98,6 +107,13 @@ bool BWFrameReader::read(Picture &picture, QSize whole, const QRect &part, bool 
     const bool isJpeg = info.pixelFormat == BWPixelFormat::MJPEG;
     if (isJpeg ? !m_jpeg.open(info.planes[0].data, info.planes[0].size) : !info.isWholeRawPicture())
         return false;
+    if (info.pixelFormat == BWPixelFormat::XBGR32) {
+        picture.whole = whole;
+        picture.size = picture.frame.size();
+        picture.area = QRect({}, picture.size);
+        picture.pixels = viewOf(picture.frame);
+        return true;
+    }
     const QSize full = isJpeg ? m_jpeg.size(1) : picture.frame.size();
     const int divisor = divisorFor(picture.frame, full, whole);
     picture.whole = whole;
@@ -155,6 +171,7 @@ void BWFrameReader::convert(const BWFrameInfo &info, const QRect &part, bool hal
         break;
     case BWPixelFormat::None:
     case BWPixelFormat::MJPEG:
+    case BWPixelFormat::XBGR32: // needs none
         break;
     }
 }

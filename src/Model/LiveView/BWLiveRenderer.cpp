@@ -87,6 +87,7 @@ void BWLiveRenderer::setSeen(bool seen)
 {
     BWFrame previous;
     change([&] {
+        m_requestChanged = m_requestChanged || (seen && !m_seen);
         m_seen = seen;
         if (!seen) {
             std::swap(m_frame, previous);
@@ -94,6 +95,12 @@ void BWLiveRenderer::setSeen(bool seen)
             m_imageWaiting = false;
         }
     });
+}
+
+BWFrame BWLiveRenderer::currentFrame() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_current;
 }
 
 void BWLiveRenderer::setRequest(const BWRenderRequest &request)
@@ -107,8 +114,10 @@ void BWLiveRenderer::setRequest(const BWRenderRequest &request)
 void BWLiveRenderer::clear()
 {
     BWFrame previous;
+    BWFrame current;
     change([&] {
         std::swap(m_frame, previous);
+        std::swap(m_current, current);
         m_image = {};
         m_imageWaiting = false;
         m_clear = true;
@@ -191,12 +200,16 @@ void BWLiveRenderer::run()
             renderer.clear();
         if (!frame.isNull()) {
             const bool good = renderer.setFrame(frame, request);
+            if (good)
+                captured = frame.timestamp();
             {
                 const std::lock_guard lock(m_mutex);
                 ++(good ? m_statistics.decoded : m_statistics.bad);
+                if (good && !m_clear)
+                    std::swap(m_current, frame);
             }
             if (good) {
-                captured = frame.timestamp();
+                frame = {}; // the camera has the last one's buffer back at once
                 badReported = false;
             } else {
                 // One line for a run of bad frames; statistics() counts them.

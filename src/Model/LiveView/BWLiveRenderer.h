@@ -22,11 +22,12 @@ struct BWLiveViewStatistics {
     uint64_t dropped = 0; ///< replaced by a newer frame before they were decoded, though somebody could see the image
 };
 
-/// Makes screen pixels of camera frames on a thread of its own. The newest frame wins: one that is not drawn in time
-/// is dropped. The next is begun only when the last was taken, so none is decoded that is not shown.
+/// Makes screen pixels of the frames of one source on a thread of its own: a camera's, or the single frame that a still
+/// picture is. The newest frame wins: one that is not drawn in time is dropped. The next is begun only when the last was
+/// taken, so none is decoded that is not shown.
 ///
-/// A frame that cannot be decoded is counted and the last good picture stays. At most three frames of the camera are
-/// held at a time.
+/// A frame that cannot be decoded is counted and the last good picture stays. At most three frames of a camera are held
+/// at a time.
 class BWLiveRenderer : public QObject {
     Q_OBJECT
 
@@ -38,8 +39,11 @@ public:
     void prepareBuffer(const BWFrame &frame);
 
     /// Whether anybody can see the image, as is assumed at first. While nobody can, frames are only counted: none is kept,
-    /// decoded or drawn, so that the next image is of a new frame.
+    /// decoded or drawn. When the image is seen again, the last picture is drawn unless it was cleared.
     void setSeen(bool seen);
+
+    /// The frame that is drawn; null if there is none. It may be one of a camera's few buffers: keep it for a moment only.
+    BWFrame currentFrame() const;
 
     /// What to draw from now on; redraws the last picture.
     void setRequest(const BWRenderRequest &request);
@@ -73,6 +77,7 @@ private:
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;
     BWFrame m_frame; // the newest, not yet looked at
+    BWFrame m_current; // the one that is drawn
     BWRenderRequest m_request;
     BWRenderedImage m_image; // finished, not yet taken
     BWLiveViewStatistics m_statistics;

@@ -8,22 +8,67 @@ void BWLiveViewState::setCurrentFlip(int index)
     m_flip = index >= 0 && index <= 3 ? static_cast<BWFlip>(index) : BWFlip::None;
 }
 
+unsigned BWLiveViewState::currentZoom() const
+{
+    return static_cast<unsigned>(std::lround(m_scale * 100));
+}
+
+void BWLiveViewState::setCurrentZoom(unsigned percent)
+{
+    m_scale = percent / 100.0;
+    m_sizing = Sizing::Steps;
+}
+
+void BWLiveViewState::setScale(double scale)
+{
+    m_scale = scale;
+    m_sizing = Sizing::Free;
+}
+
+void BWLiveViewState::scaleBy(double factor)
+{
+    const double smallest = std::min(m_scale, smallestZoom / 100.0);
+    const double largest = std::max(m_scale, largestZoom / 100.0);
+    setScale(std::clamp(m_scale * factor, smallest, largest));
+}
+
+void BWLiveViewState::setFitsWindow(bool fits)
+{
+    if (fits != fitsWindow())
+        m_sizing = fits ? Sizing::Fit : Sizing::Free;
+}
+
+void BWLiveViewState::adaptTo(QSize imageSize, QSize viewport)
+{
+    if (!fitsWindow() || imageSize.isEmpty() || viewport.isEmpty())
+        return;
+    const QSizeF turned = BWLiveViewGeometry(imageSize, *this).footprint() / m_scale;
+    m_scale = std::min(viewport.width() / turned.width(), viewport.height() / turned.height());
+}
+
 void BWLiveViewState::zoomIn()
 {
-    if (m_zoom < largestZoom)
-        m_zoom += 10;
+    const unsigned zoom = currentZoom();
+    if (zoom >= largestZoom)
+        return;
+    // Rounding must not make two steps of one.
+    const double next = 10 * (std::floor(m_scale * 10 + 1e-6) + 1);
+    setCurrentZoom(m_sizing == Sizing::Steps ? zoom + 10 : static_cast<unsigned>(next));
 }
 
 void BWLiveViewState::zoomOut()
 {
+    const unsigned zoom = currentZoom();
     // Not the mirror image of zoomIn(): a zoom between the steps, such as 55, may still go below 50 once.
-    if (m_zoom >= 51)
-        m_zoom -= 10;
+    if (zoom <= smallestZoom)
+        return;
+    const double next = std::min(10 * (std::ceil(m_scale * 10 - 1e-6) - 1), double{largestZoom});
+    setCurrentZoom(m_sizing == Sizing::Steps ? zoom - 10 : static_cast<unsigned>(next));
 }
 
 QString BWLiveViewState::zoomText() const
 {
-    return QString::asprintf("%u%%", m_zoom);
+    return QString::asprintf("%u%%", currentZoom());
 }
 
 int BWLiveViewState::rotationFromTitle(const QString &title)
@@ -72,24 +117,24 @@ QSize BWLiveViewGeometry::scrollRange(QSize viewport) const
     return {surplus(size.width(), viewport.width()), surplus(size.height(), viewport.height())};
 }
 
-QPointF BWLiveViewGeometry::middle(QSize viewport, QPoint scroll) const
+QPointF BWLiveViewGeometry::shareAt(QPointF at, QSize viewport, QPoint scroll) const
 {
     const QSizeF size = footprint();
-    const auto share = [](int at, int visible, double document) {
-        return document > visible ? (at + visible / 2.0) / document : 0.5;
-    };
-    return {share(scroll.x(), viewport.width(), size.width()), share(scroll.y(), viewport.height(), size.height())};
+    if (size.isEmpty())
+        return {0.5, 0.5};
+    const QPointF inside = at - imageOrigin(viewport, scroll);
+    return {inside.x() / size.width(), inside.y() / size.height()};
 }
 
-QPoint BWLiveViewGeometry::scrollForMiddle(QPointF middle, QSize viewport) const
+QPoint BWLiveViewGeometry::scrollFor(QPointF share, QPointF at, QSize viewport) const
 {
     const QSizeF size = footprint();
     const QSize range = scrollRange(viewport);
-    const auto scroll = [](double share, int visible, double document, int most) {
-        return std::clamp(static_cast<int>(std::lround(share * document - visible / 2.0)), 0, most);
+    const auto scroll = [](double inside, double place, int most) {
+        return std::clamp(static_cast<int>(std::lround(inside - place)), 0, most);
     };
-    return {scroll(middle.x(), viewport.width(), size.width(), range.width()),
-            scroll(middle.y(), viewport.height(), size.height(), range.height())};
+    return {scroll(share.x() * size.width(), at.x(), range.width()),
+            scroll(share.y() * size.height(), at.y(), range.height())};
 }
 
 QPointF BWLiveViewGeometry::imageOrigin(QSize viewport, QPoint scroll) const

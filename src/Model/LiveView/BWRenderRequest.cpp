@@ -47,19 +47,37 @@ QRect BWOrientation::toUpright(const QRect &part, QSize upright) const
 }
 
 BWRenderRequest::BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double ratio)
-    : rotation(geometry.state().currentRotation()),
-      flip(geometry.state().currentFlip()),
-      frameSize(geometry.frameSize()),
-      devicePixelRatio(ratio),
-      m_geometry(geometry),
-      m_viewport(viewport),
-      m_scroll(scroll)
+    : devicePixelRatio(ratio), m_geometry(geometry), m_viewport(viewport), m_scroll(scroll)
 {
-    const QSizeF footprint = geometry.footprint() * ratio;
-    imageSize = footprint.toSize();
+    layOut(geometry.imageOrigin(viewport, scroll));
+}
+
+BWRenderRequest BWRenderRequest::placed(const BWLiveViewGeometry &geometry, QSize viewport, const BWPicturePlace &place,
+                                        double ratio)
+{
+    BWRenderRequest request;
+    if (geometry.imageSize().isEmpty() || place.width <= 0)
+        return request;
+    BWLiveViewState state = geometry.state();
+    state.setScale(place.width / geometry.imageSize().width());
+    request.devicePixelRatio = ratio;
+    request.m_geometry = BWLiveViewGeometry(geometry.imageSize(), state);
+    request.m_viewport = viewport;
+    request.m_place = place;
+    const QSizeF size = request.m_geometry.footprint();
+    request.layOut(place.middle - QPointF(size.width(), size.height()) / 2);
+    return request;
+}
+
+void BWRenderRequest::layOut(QPointF origin)
+{
+    rotation = m_geometry.state().currentRotation();
+    flip = m_geometry.state().currentFlip();
+    frameSize = m_geometry.frameSize();
+    imageSize = (m_geometry.footprint() * devicePixelRatio).toSize();
     // On whole device pixels, so that an unzoomed image stays as sharp as it is.
-    target = (geometry.imageOrigin(viewport, scroll) * ratio).toPoint();
-    const QSize deviceViewport = (QSizeF(viewport) * ratio).toSize();
+    target = (origin * devicePixelRatio).toPoint();
+    const QSize deviceViewport = (QSizeF(m_viewport) * devicePixelRatio).toSize();
     visible = QRect(-target, deviceViewport).intersected(QRect(QPoint(0, 0), imageSize));
 }
 
@@ -67,7 +85,12 @@ BWRenderRequest BWRenderRequest::forPicture(QSize size) const
 {
     if (visible.isEmpty() || size == picture())
         return *this;
-    const BWLiveViewGeometry geometry(size, m_geometry.state());
-    const QPoint scroll = geometry.scrollForMiddle(m_geometry.middle(m_viewport, m_scroll), m_viewport);
+    BWLiveViewState state = m_geometry.state();
+    if (m_place)
+        return placed(BWLiveViewGeometry(size, state), m_viewport, *m_place, devicePixelRatio);
+    state.adaptTo(size, m_viewport);
+    const BWLiveViewGeometry geometry(size, state);
+    const QPointF middle = QRectF({}, m_viewport).center();
+    const QPoint scroll = geometry.scrollFor(m_geometry.shareAt(middle, m_viewport, m_scroll), middle, m_viewport);
     return {geometry, m_viewport, scroll, devicePixelRatio};
 }

@@ -2,6 +2,7 @@
 
 #include "Model/LiveView/BWLiveViewGeometry.h"
 
+#include <optional>
 #include <QPoint>
 #include <QRect>
 #include <QSize>
@@ -30,7 +31,21 @@ private:
     int m_clockwise;
 };
 
-/// Which part of the live image is to be drawn, and how, in device pixels.
+/// Where a picture lies in its part of the view, in points.
+struct BWPicturePlace {
+    QPointF middle;
+    double width = 0; ///< of the picture as it is before it is turned
+
+    BWPicturePlace movedBy(QPointF distance) const { return {middle + distance, width}; }
+    /// Larger by that factor; the point of the picture that lies at `about` stays there.
+    BWPicturePlace scaledBy(double factor, QPointF about) const
+    {
+        return {about + (middle - about) * factor, width * factor};
+    }
+    bool operator==(const BWPicturePlace &) const = default;
+};
+
+/// Which part of a picture is to be drawn, and how, in device pixels.
 struct BWRenderRequest {
     QSize imageSize; ///< the whole image after zoom and rotation
     QRect visible; ///< the part of it that the viewport shows; empty when nothing is to be drawn
@@ -43,16 +58,22 @@ struct BWRenderRequest {
     BWRenderRequest() = default;
     /// `viewport` and `scroll` in points; `ratio` is that of device pixels to them.
     BWRenderRequest(const BWLiveViewGeometry &geometry, QSize viewport, QPoint scroll, double ratio);
+    /// Of a picture that may lie anywhere. Its size on the screen is that of `place`, not of the geometry's zoom.
+    static BWRenderRequest placed(const BWLiveViewGeometry &geometry, QSize viewport, const BWPicturePlace &place,
+                                  double ratio);
 
-    /// The size of the camera's pictures that it is for, in pixels.
+    /// The size of the pictures that it is for, in pixels.
     QSize picture() const { return m_geometry.imageSize(); }
-    /// The same look at a picture of another size, as if that were the camera's: the point in the middle stays there.
+    /// The same look at a picture of another size, as if it had been that: the point in the middle stays there.
     BWRenderRequest forPicture(QSize size) const;
 
     bool operator==(const BWRenderRequest &) const = default;
 
 private:
+    void layOut(QPointF origin);
+
     BWLiveViewGeometry m_geometry;
     QSize m_viewport;
     QPoint m_scroll;
+    std::optional<BWPicturePlace> m_place; // in place of the scroll position
 };

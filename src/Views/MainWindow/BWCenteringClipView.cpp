@@ -4,10 +4,13 @@
 #include "Views/Utils/BWIcons.h"
 
 #include <QAccessibleWidget>
+#include <QGestureEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPainter>
+#include <QPinchGesture>
 #include <QScrollBar>
 #include <QtMath>
 #include <QWheelEvent>
@@ -36,7 +39,7 @@ QAccessibleInterface *accessibleView(const QString &className, QObject *object)
 } // namespace
 
 BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent)
-    : QAbstractScrollArea(parent), m_renderer(renderer)
+    : QAbstractScrollArea(parent), m_live(renderer)
 {
     QAccessible::installFactory(&accessibleView); // installs it once, however often it is called
     setFrameShape(QFrame::NoFrame);
@@ -50,8 +53,8 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
-    // At once: an update would go round the event loop again.
-    connect(&m_renderer, &BWLiveRenderer::imageReady, this, [this] { viewport()->repaint(changingRect()); });
+    viewport()->grabGesture(Qt::PinchGesture);
+    setSources(m_live);
     const auto stateChanged = [this](Qt::ApplicationState state) {
         if (state != Qt::ApplicationActive)
             m_programActive.invalidate();
@@ -62,14 +65,60 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     stateChanged(QGuiApplication::applicationState());
 }
 
-void BWCenteringClipView::setLiveGeometry(const BWLiveViewGeometry &geometry)
+void BWCenteringClipView::setSources(BWLiveRenderer &main, BWLiveRenderer *reference)
 {
-    const QPointF middle = m_geometry.middle(viewport()->size(), scrollPosition());
-    m_geometry = geometry;
+    const auto use = [this](Pane &pane, BWLiveRenderer *renderer) {
+        if (pane.renderer == renderer)
+            return;
+        if (pane.renderer)
+            pane.renderer->disconnect(this);
+        pane.renderer = renderer;
+        pane.isNew = false;
+        if (!renderer) {
+            pane = {};
+            return;
+        }
+        // At once: an update would go round the event loop again.
+        connect(renderer, &BWLiveRenderer::imageReady, this,
+                [this, &pane] { viewport()->repaint(pane.rect.isEmpty() ? viewport()->rect() : pane.rect); });
+    };
+    use(m_main, &main);
+    use(m_reference, reference);
+    tellSeen();
+    updateRequest();
+}
+
+/// What lies outside of the scene is not drawn. When the live image comes back, only a new picture is shown.
+void BWCenteringClipView::tellSeen()
+{
+    const bool showsLive = paneOf(m_live) != nullptr;
+    m_live.setSeen(m_isSeen && showsLive);
+    if (!showsLive)
+        m_live.clear();
+    for (const Pane *pane : {&m_main, &m_reference}) {
+        if (pane->renderer && pane->renderer != &m_live)
+            pane->renderer->setSeen(m_isSeen);
+    }
+}
+
+BWCenteringClipView::Pane *BWCenteringClipView::paneOf(const BWLiveRenderer &renderer)
+{
+    for (Pane *pane : {&m_main, &m_reference}) {
+        if (pane->renderer == &renderer)
+            return pane;
+    }
+    return nullptr;
+}
+
+void BWCenteringClipView::setScene(const BWScene &scene, std::optional<QPointF> anchor)
+{
+    const QSize before = m_scene.mainArea(viewport()->size()).size();
+    const QPointF at = anchor.value_or(QRectF({}, before).center());
+    const QPointF share = m_scene.mainPicture.shareAt(at, before, scrollPosition());
+    m_scene = scene;
     updateScrollBars();
-    const QPoint scroll = m_geometry.scrollForMiddle(middle, viewport()->size());
-    horizontalScrollBar()->setValue(scroll.x());
-    verticalScrollBar()->setValue(scroll.y());
+    const QSize now = m_scene.mainArea(viewport()->size()).size();
+    scrollTo(m_scene.mainPicture.scrollFor(share, anchor.value_or(QRectF({}, now).center()), now));
     updateRequest();
     viewport()->update();
 }
@@ -79,7 +128,7 @@ void BWCenteringClipView::setGridDistance(double distance)
     if (distance == m_gridDistance)
         return;
     m_gridDistance = distance;
-    viewport()->update(changingRect());
+    viewport()->update();
 }
 
 void BWCenteringClipView::showCameraCursor()
@@ -90,12 +139,13 @@ void BWCenteringClipView::showCameraCursor()
     viewport()->setCursor(QCursor(picture, 0, 0));
 }
 
-void BWCenteringClipView::clear()
+void BWCenteringClipView::clear(BWLiveRenderer &renderer)
 {
-    m_renderer.clear();
-    m_image = {};
-    m_isNew = false;
-    m_pictureRect = {};
+    renderer.clear();
+    if (Pane *pane = paneOf(renderer)) {
+        *pane = {};
+        pane->renderer = &renderer;
+    }
     viewport()->update();
 }
 
@@ -104,12 +154,12 @@ void BWCenteringClipView::setSeen(bool seen)
     constexpr double moment = 0.5; // seconds
     if (std::exchange(m_isSeen, seen) == seen)
         return;
-    m_renderer.setSeen(seen);
+    tellSeen();
     if (const auto forgetting = std::exchange(m_forgetting, {}))
         forgetting->cancel();
     if (!seen)
         m_forgetting = DispatchAfterStrict::dispatchForQueue(
-            this, [this] { clear(); }, moment);
+            this, [this] { clear(m_live); }, moment);
 }
 
 QPoint BWCenteringClipView::scrollPosition() const
@@ -119,8 +169,8 @@ QPoint BWCenteringClipView::scrollPosition() const
 
 void BWCenteringClipView::updateScrollBars()
 {
-    const QSize size = viewport()->size();
-    const QSize range = m_geometry.scrollRange(size);
+    const QSize size = m_scene.mainArea(viewport()->size()).size();
+    const QSize range = m_scene.mainPicture.scrollRange(size);
     // A few lines of the picture need no scroll bar; the wheel reaches them anyway.
     constexpr int barelyLarger = 32;
     const auto policy = [](int surplus) {
@@ -136,63 +186,117 @@ void BWCenteringClipView::updateScrollBars()
 
 void BWCenteringClipView::updateRequest()
 {
-    m_renderer.setRequest(BWRenderRequest(m_geometry, viewport()->size(), scrollPosition(), devicePixelRatioF()));
+    const QSize size = viewport()->size();
+    const double ratio = devicePixelRatioF();
+    m_main.renderer->setRequest(m_scene.mainRequest(size, scrollPosition(), ratio));
+    if (m_reference.renderer && m_scene.hasReference())
+        m_reference.renderer->setRequest(m_scene.referenceRequest(size, scrollPosition(), ratio));
+}
+
+QRect BWCenteringClipView::clipOf(const Pane &pane) const
+{
+    const QSize size = viewport()->size();
+    return &pane == &m_main ? m_scene.mainArea(size) : m_scene.referenceClip(size);
+}
+
+/// In device pixels of the viewport.
+QRect BWCenteringClipView::deviceRectOf(const Pane &pane) const
+{
+    const QSize size = viewport()->size();
+    const QRect area = &pane == &m_main ? m_scene.mainArea(size) : m_scene.referenceArea(size);
+    const QPoint corner = (QPointF(area.topLeft()) * devicePixelRatioF()).toPoint();
+    return {pane.image.position + corner, pane.image.image.size()};
 }
 
 /// The surround does not change from one picture to the next.
-QRect BWCenteringClipView::changingRect() const
+bool BWCenteringClipView::refresh(Pane &pane)
 {
-    return m_pictureRect.isEmpty() ? viewport()->rect() : m_pictureRect;
+    if (!pane.renderer)
+        return false;
+    pane.isNew = pane.renderer->takeImage(pane.image) || pane.isNew;
+    const double ratio = devicePixelRatioF();
+    const QRect device = deviceRectOf(pane);
+    const QRect rect =
+        QRectF(QPointF(device.topLeft()) / ratio, QSizeF(device.size()) / ratio).toAlignedRect() & clipOf(pane);
+    return std::exchange(pane.rect, rect) != rect;
+}
+
+/// The points of which nothing else can be seen.
+QRect BWCenteringClipView::coveredBy(const Pane &pane) const
+{
+    const double ratio = devicePixelRatioF();
+    const QRect device = deviceRectOf(pane);
+    const QPoint first(qCeil(device.left() / ratio), qCeil(device.top() / ratio));
+    const QPoint behind(qFloor((device.right() + 1) / ratio), qFloor((device.bottom() + 1) / ratio));
+    return QRect(first, behind - QPoint(1, 1)) & clipOf(pane);
 }
 
 void BWCenteringClipView::paintEvent(QPaintEvent *event)
 {
-    m_isNew = m_renderer.takeImage(m_image) || m_isNew;
-    QPainter painter(viewport());
-    const double ratio = devicePixelRatioF();
+    const bool mainMoved = refresh(m_main);
+    const bool moved = refresh(m_reference) || mainMoved;
     const QRect whole = viewport()->rect();
-    if (m_image.image.isNull()) {
-        painter.fillRect(whole, surroundColor(palette()));
-        return;
-    }
-    const QRect device(m_image.position, m_image.image.size());
-    const QRect picture =
-        QRectF(QPointF(device.topLeft()) / ratio, QSizeF(device.size()) / ratio).toAlignedRect() & whole;
-    if (picture != m_pictureRect) {
-        m_pictureRect = picture;
-        if (!QRegion(whole).subtracted(event->region()).isEmpty())
-            viewport()->update();
-    }
-    const QPoint first(qCeil(device.left() / ratio), qCeil(device.top() / ratio));
-    const QPoint behind(qFloor((device.right() + 1) / ratio), qFloor((device.bottom() + 1) / ratio));
-    const QRect covered(first, behind - QPoint(1, 1));
-    if (!covered.contains(event->rect())) {
+    if (moved && !QRegion(whole).subtracted(event->region()).isEmpty())
+        viewport()->update();
+    QPainter painter(viewport());
+    if (const QRect covered = coveredBy(m_main); !covered.contains(event->rect())) {
         for (const QRect &rect : event->region().subtracted(covered))
             painter.fillRect(rect, surroundColor(palette()));
     }
-    // In device pixels, so that the image is copied unscaled on any screen.
-    painter.scale(1 / ratio, 1 / ratio);
-    painter.drawImage(device.topLeft(), m_image.image);
-    drawGrid(painter);
-    if (!m_painted) {
+    drawPane(painter, m_main);
+    if (m_scene.hasReference())
+        drawReference(painter);
+    if (!m_painted && !m_main.image.image.isNull()) {
         m_painted = true;
         Q_EMIT firstPicturePainted();
     }
 }
 
+/// In device pixels, so that the image is copied unscaled on any screen.
+void BWCenteringClipView::drawPane(QPainter &painter, const Pane &pane) const
+{
+    const double ratio = devicePixelRatioF();
+    painter.save();
+    if (m_scene.hasReference())
+        painter.setClipRect(clipOf(pane));
+    painter.scale(1 / ratio, 1 / ratio);
+    painter.drawImage(deviceRectOf(pane).topLeft(), pane.image.image);
+    if (&pane == &m_main)
+        drawGrid(painter);
+    painter.restore();
+}
+
+void BWCenteringClipView::drawReference(QPainter &painter) const
+{
+    const QRect clip = clipOf(m_reference);
+    if (m_scene.mode == BWScene::Mode::SideBySide || m_scene.mode == BWScene::Mode::Divider) {
+        for (const QRect &rect : QRegion(clip).subtracted(coveredBy(m_reference)))
+            painter.fillRect(rect, surroundColor(palette()));
+    }
+    painter.setOpacity(m_scene.referenceOpacity());
+    drawPane(painter, m_reference);
+    painter.setOpacity(1);
+    // The line between them.
+    if (m_scene.mode != BWScene::Mode::Overlay)
+        painter.fillRect(QRect(clip.left() - BWScene::gap, 0, BWScene::gap, clip.height()), palette().highlight());
+}
+
 void BWCenteringClipView::windowFlushed()
 {
-    if (std::exchange(m_isNew, false))
-        m_renderer.imageShown(m_image);
+    for (Pane *pane : {&m_main, &m_reference}) {
+        if (std::exchange(pane->isNew, false))
+            pane->renderer->imageShown(pane->image);
+    }
 }
 
 /// Drawn for the picture that shows, which follows a change of the layout a little later. On a picture of another size
 /// the distance would be wrong.
 void BWCenteringClipView::drawGrid(QPainter &painter) const
 {
-    if (m_image.request.picture() != m_geometry.imageSize())
+    const BWRenderRequest &request = m_main.image.request;
+    if (m_main.image.image.isNull() || request.picture() != m_scene.mainPicture.imageSize())
         return;
-    const QList<QRect> lines = BWMeasuringGrid(m_image.request.frameSize, m_gridDistance).pixels(m_image.request);
+    const QList<QRect> lines = BWMeasuringGrid(request.frameSize, m_gridDistance).pixels(request);
     for (const QRect &line : lines)
         painter.fillRect(line, Qt::red);
 }
@@ -232,7 +336,7 @@ void BWCenteringClipView::pressLeftButton(QMouseEvent *event)
 void BWCenteringClipView::beginPanning(QMouseEvent *event)
 {
     m_panButton = event->button();
-    m_panStart = event->pos();
+    m_panStart = m_panAt = event->pos();
     m_panScroll = scrollPosition();
     viewport()->setCursor(Qt::ClosedHandCursor);
 }
@@ -247,9 +351,25 @@ void BWCenteringClipView::mouseMoveEvent(QMouseEvent *event)
 {
     if (m_panButton == Qt::NoButton)
         return;
-    const QPoint scroll = m_panScroll - (event->pos() - m_panStart);
-    horizontalScrollBar()->setValue(scroll.x());
-    verticalScrollBar()->setValue(scroll.y());
+    const QPoint step = event->pos() - std::exchange(m_panAt, event->pos());
+    if (m_movesReference)
+        Q_EMIT referenceDragged(step);
+    else // by the whole way, so that the picture stays under the pointer that comes back from beyond its end
+        scrollTo(m_panScroll - (event->pos() - m_panStart));
+}
+
+void BWCenteringClipView::scrollTo(QPoint position)
+{
+    horizontalScrollBar()->setValue(position.x());
+    verticalScrollBar()->setValue(position.y());
+}
+
+void BWCenteringClipView::panBy(QPoint distance)
+{
+    if (m_movesReference)
+        Q_EMIT referenceDragged(distance);
+    else
+        scrollTo(scrollPosition() - distance);
 }
 
 void BWCenteringClipView::mouseReleaseEvent(QMouseEvent *event)
@@ -266,9 +386,14 @@ void BWCenteringClipView::wheelEvent(QWheelEvent *event)
         m_wheel += event->angleDelta().y();
         constexpr int notch = 120; // eighths of a degree, as mouse wheels have them
         for (; m_wheel >= notch; m_wheel -= notch)
-            Q_EMIT zoomRequested(true);
+            Q_EMIT zoomRequested(true, event->position());
         for (; m_wheel <= -notch; m_wheel += notch)
-            Q_EMIT zoomRequested(false);
+            Q_EMIT zoomRequested(false, event->position());
+        event->accept();
+        return;
+    }
+    if (m_movesReference && !event->pixelDelta().isNull()) {
+        panBy(event->pixelDelta());
         event->accept();
         return;
     }
@@ -289,4 +414,27 @@ bool BWCenteringClipView::event(QEvent *event)
     if (event->type() == QEvent::ScreenChangeInternal || event->type() == QEvent::Show)
         updateRequest();
     return QAbstractScrollArea::event(event);
+}
+
+/// Fingers on a touchpad (a native gesture) or on the screen.
+bool BWCenteringClipView::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::NativeGesture) {
+        const auto &gesture = static_cast<const QNativeGestureEvent &>(*event);
+        if (gesture.gestureType() == Qt::ZoomNativeGesture)
+            Q_EMIT pinched(1 + gesture.value(), gesture.position());
+        return gesture.gestureType() == Qt::ZoomNativeGesture;
+    }
+    if (event->type() == QEvent::Gesture) {
+        if (const QGesture *gesture = static_cast<QGestureEvent *>(event)->gesture(Qt::PinchGesture)) {
+            const auto &pinch = static_cast<const QPinchGesture &>(*gesture);
+            const QPointF at = viewport()->mapFromGlobal(pinch.centerPoint());
+            if (pinch.changeFlags() & QPinchGesture::CenterPointChanged)
+                panBy((pinch.centerPoint() - pinch.lastCenterPoint()).toPoint());
+            if (pinch.changeFlags() & QPinchGesture::ScaleFactorChanged)
+                Q_EMIT pinched(pinch.scaleFactor() / pinch.lastScaleFactor(), at);
+            return true;
+        }
+    }
+    return QAbstractScrollArea::viewportEvent(event);
 }

@@ -2,37 +2,51 @@
 
 #include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/LiveView/BWLiveRenderer.h"
-#include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Model/LiveView/BWScene.h"
 
 #include <functional>
+#include <optional>
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
 
-/// The live image in its scroll area. Shows what a BWLiveRenderer makes, one pixel to one, centred where the image is
-/// smaller than the view. The top BWLiveViewGeometry::barHeight points belong to the control bar.
+/// The live image, or what is shown in its place or beside it, in a scroll area. Draws what renderers make, one pixel to
+/// one, and lays it out as a BWScene says: centred where the image is smaller than the view. The top
+/// BWLiveViewGeometry::barHeight points belong to the control bar. The scroll bars are those of the main picture.
 class BWCenteringClipView : public QAbstractScrollArea {
     Q_OBJECT
 
 public:
     explicit BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent = nullptr);
 
-    /// Lays the image out anew; the middle of what is seen stays where it is.
-    void setLiveGeometry(const BWLiveViewGeometry &geometry);
+    /// Whose pictures the scene consists of: the live renderer or that of a still. They must stay while they are shown, and
+    /// what is not shown is told so. The last picture stays until the new source has one.
+    void setSources(BWLiveRenderer &main, BWLiveRenderer *reference = nullptr);
+
+    /// Lays the pictures out anew. What lies at `anchor`, in the viewport, stays there; the middle, if none is given.
+    void setScene(const BWScene &scene, std::optional<QPointF> anchor = std::nullopt);
+    const BWScene &scene() const { return m_scene; }
+    /// The room for pictures while there are no scroll bars.
+    QSize largestViewport() const { return maximumViewportSize(); }
+    /// Where the main picture is scrolled to, in points.
+    QPoint scrollPosition() const;
 
     /// Draws the measuring grid into the picture, its lines that many points apart; 0 for no grid.
     void setGridDistance(double distance);
     double gridDistance() const { return m_gridDistance; }
+
+    /// Whether dragging moves the reference alone instead of the whole scene.
+    void setMovesReference(bool moves) { m_movesReference = moves; }
 
     /// Queried at each press of the left button, which either clicks or drags the image.
     void setLeftButtonClicks(std::function<bool()> clicks) { m_leftButtonClicks = std::move(clicks); }
     /// Until the mouse button is released, to show that the press has taken a picture.
     void showCameraCursor();
 
-    /// Shows nothing until the next frame.
-    void clear();
+    /// Shows nothing of that source until its next frame.
+    void clear(BWLiveRenderer &renderer);
 
-    /// Whether anybody can see the image. While nobody can, none is made. The last picture stays for a moment, because a
-    /// busy desktop may say for a moment that the window is hidden; then it goes, and only a new one is shown.
+    /// Whether anybody can see the image. While nobody can, none is made. The last live picture stays for a moment, because
+    /// a busy desktop may say for a moment that the window is hidden; then it goes, and only a new one is shown.
     void setSeen(bool seen);
 
     /// What was painted last has been handed to the display server.
@@ -43,8 +57,12 @@ Q_SIGNALS:
     void mousePressed();
     /// Space was pressed while the image had the focus.
     void spacePressed();
-    /// The wheel was turned with Control held.
-    void zoomRequested(bool in);
+    /// The wheel was turned with Control held, with the pointer there in the viewport.
+    void zoomRequested(bool in, QPointF at);
+    /// Two fingers were spread or brought together about that point, by that factor since the last time.
+    void pinched(double factor, QPointF at);
+    /// The reference is to be moved by that much, if movesReference().
+    void referenceDragged(QPointF distance);
     /// The very first picture was painted.
     void firstPicturePainted();
 
@@ -59,29 +77,48 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     bool event(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
 
 private:
-    QPoint scrollPosition() const;
+    /// A picture of the scene as it was last drawn.
+    struct Pane {
+        BWLiveRenderer *renderer = nullptr;
+        BWRenderedImage image;
+        QRect rect; // what the image covers of the viewport
+        bool isNew = false; // and not flushed yet
+    };
+
     void pressLeftButton(QMouseEvent *event);
     void beginPanning(QMouseEvent *event);
+    void panBy(QPoint distance);
+    void scrollTo(QPoint position);
     void updateScrollBars();
     void updateRequest();
-    QRect changingRect() const;
+    void tellSeen();
+    Pane *paneOf(const BWLiveRenderer &renderer);
+    QRect clipOf(const Pane &pane) const;
+    QRect deviceRectOf(const Pane &pane) const;
+    QRect coveredBy(const Pane &pane) const;
+    /// Takes a newer image, if there is one; true if it lies elsewhere than the last one.
+    bool refresh(Pane &pane);
+    void drawPane(QPainter &painter, const Pane &pane) const;
+    void drawReference(QPainter &painter) const;
     void drawGrid(QPainter &painter) const;
 
-    BWLiveRenderer &m_renderer;
-    BWLiveViewGeometry m_geometry;
-    BWRenderedImage m_image;
-    QRect m_pictureRect; // what m_image covers of the viewport
+    BWLiveRenderer &m_live;
+    BWScene m_scene;
+    Pane m_main;
+    Pane m_reference;
     std::function<bool()> m_leftButtonClicks;
     QElapsedTimer m_programActive; // since when; invalid while another program is active
     Qt::MouseButton m_panButton = Qt::NoButton; // which moves the image while it is held
     QPoint m_panStart;
+    QPoint m_panAt;
     QPoint m_panScroll;
     double m_gridDistance = 0;
     int m_wheel = 0;
+    bool m_movesReference = false;
     bool m_painted = false;
     bool m_isSeen = true;
     DispatchAfterStrict::Handle m_forgetting;
-    bool m_isNew = false; // m_image, and not flushed yet
 };

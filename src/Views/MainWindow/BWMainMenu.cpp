@@ -52,6 +52,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     for (QAction *stepwise : {zoomIn, zoomOut})
         stepwise->setAutoRepeat(true);
     actualSize = add(m_viewMenu, u"Ctrl+0"_s);
+    fitToWindow = add(m_viewMenu, u"Ctrl+9"_s);
+    fitToWindow->setCheckable(true);
     m_viewMenu->addSeparator();
     rotate = add(m_viewMenu, u"Ctrl+R"_s);
     flipHorizontally = add(m_viewMenu, u"Ctrl+H"_s);
@@ -124,6 +126,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(zoomIn, manager.text(u"main_menu"_s, u"zoom_in_menu_item"_s, u"Zoom &in"_s));
     set(zoomOut, manager.text(u"main_menu"_s, u"zoom_out_menu_item"_s, u"Zoom &out"_s));
     set(actualSize, manager.text(u"main_menu"_s, u"actual_size_menu_item"_s, u"&Actual size"_s));
+    set(fitToWindow, manager.text(u"main_menu"_s, u"fit_to_window_menu_item"_s, u"Fit to &window"_s));
     set(rotate, manager.text(u"main_menu"_s, u"rotate_menu_item"_s, u"&Rotate by 90 degrees"_s));
     set(flipHorizontally, manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
     set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));
@@ -187,7 +190,7 @@ void BWMainMenu::enablePanels()
 void BWMainMenu::setCameraActionsEnabled(bool enabled)
 {
     for (QAction *action :
-         {snapshot, record, zoomIn, zoomOut, actualSize, rotate, flipHorizontally, flipVertically, grid})
+         {snapshot, record, zoomIn, zoomOut, actualSize, fitToWindow, rotate, flipHorizontally, flipVertically, grid})
         action->setEnabled(enabled);
 }
 

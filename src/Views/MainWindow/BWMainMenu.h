@@ -57,6 +57,7 @@ public:
     QAction *zoomIn;
     QAction *zoomOut;
     QAction *actualSize;
+    QAction *fitToWindow;
     QAction *rotate;
     QAction *flipHorizontally;
     QAction *flipVertically;
