@@ -75,6 +75,14 @@ BWMeasuringGridTable::BWMeasuringGridTable()
 {
 }
 
+QStringList BWMeasuringGridTable::resolutions(const QString &productIdentifier) const
+{
+    QStringList all = m_products.value(productIdentifier).keys();
+    const auto width = [](const QString &resolution) { return resolution.section(u'x', 0, 0).toInt(); };
+    std::sort(all.begin(), all.end(), [&](const QString &a, const QString &b) { return width(a) < width(b); });
+    return all;
+}
+
 double BWMeasuringGridTable::distance(const QString &productIdentifier, const QString &resolution) const
 {
     return m_products.value(productIdentifier).value(resolution, 0);

@@ -5,6 +5,7 @@
 #include <QRect>
 #include <QSizeF>
 #include <QString>
+#include <QStringList>
 
 struct BWRenderRequest;
 
@@ -45,6 +46,9 @@ public:
 
     /// Whether there is a grid for the product.
     bool contains(const QString &productIdentifier) const { return m_products.contains(productIdentifier); }
+    QStringList products() const { return m_products.keys(); }
+    /// Those that are calibrated, the narrowest first.
+    QStringList resolutions(const QString &productIdentifier) const;
     /// Points from line to line; 0 where there is no calibration. `resolution` is written as "640x480".
     double distance(const QString &productIdentifier, const QString &resolution) const;
 

@@ -81,6 +81,25 @@ void BWRenderRequest::layOut(QPointF origin)
     visible = QRect(-target, deviceViewport).intersected(QRect(QPoint(0, 0), imageSize));
 }
 
+QTransform BWRenderRequest::pictureToViewport() const
+{
+    const BWOrientation orientation(rotation, flip);
+    const QSizeF upright = orientation.turned(imageSize);
+    const QSizeF size = picture();
+    if (upright.isEmpty() || size.isEmpty())
+        return {};
+    // From right to left, as each is applied to what the next one makes: sizes are those of whole device pixels.
+    QTransform all;
+    all.scale(1 / devicePixelRatio, 1 / devicePixelRatio);
+    all.translate(target.x(), target.y());
+    all.translate(imageSize.width() / 2.0, imageSize.height() / 2.0);
+    all.rotate(orientation.clockwise());
+    all.scale(orientation.mirrored() ? -1 : 1, 1);
+    all.translate(-upright.width() / 2, -upright.height() / 2);
+    all.scale(upright.width(), upright.height() * size.width() / size.height());
+    return all;
+}
+
 BWRenderRequest BWRenderRequest::forPicture(QSize size) const
 {
     if (visible.isEmpty() || size == picture())

@@ -64,6 +64,8 @@ struct BWRenderRequest {
 
     /// The size of the pictures that it is for, in pixels.
     QSize picture() const { return m_geometry.imageSize(); }
+    /// From places in the picture, in widths of it from its upper left corner, to points of the viewport.
+    QTransform pictureToViewport() const;
     /// The same look at a picture of another size, as if it had been that: the point in the middle stays there.
     BWRenderRequest forPicture(QSize size) const;
 

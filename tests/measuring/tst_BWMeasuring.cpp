@@ -1,0 +1,301 @@
+#include "Model/LiveView/BWScene.h"
+#include "Model/Measuring/BWMeasurementList.h"
+#include "Model/Measuring/BWMeasurementTable.h"
+#include "Model/Measuring/BWScaleBar.h"
+#include "Rows.h"
+
+#include <cmath>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using Unit = BWLengthUnit;
+using Dimension = BWDimension;
+
+namespace {
+
+const QLocale english(QLocale::English, QLocale::UnitedStates);
+const QLocale german(QLocale::German, QLocale::Germany);
+
+BWCalibration calibration(const QString &name, double millimetresPerWidth, double error = 0)
+{
+    return {name, millimetresPerWidth, error, {}};
+}
+
+/// Points given in pixels of a picture 1000 wide.
+BWMeasurement measured(const QString &kind, BWPoints pixels)
+{
+    for (QPointF &point : pixels)
+        point /= 1000;
+    return {kind, pixels};
+}
+
+BWMeasurementTable::Words words()
+{
+    const auto same = [](const QString &identifier) { return identifier; };
+    return {same,       same,      u"Name"_s, u"What"_s,     u"Value"_s, u"Unit"_s,
+            u"Error"_s, u"mean"_s, u"min"_s,  u"max, all"_s, u"sd"_s};
+}
+
+} // namespace
+
+class TestMeasuring : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void numbers_data()
+    {
+        const Rows<BWQuantity, QString, QString> row;
+        row("digits follow the error", {12.3456, 0.03}, u"12.35 px"_s, u"12,35 px"_s);
+        row("one more after a 1", {12.3456, 0.014}, u"12.346 px"_s, u"12,346 px"_s);
+        row("whole", {1234.5, 3, Dimension::Area, Unit::Micrometre}, u"1235 µm²"_s, u"1235 µm²"_s);
+        row("tens", {1234.5, 40, Dimension::Length, Unit::Millimetre}, u"1230 mm"_s, u"1230 mm"_s);
+        row("no error known", {0.5, 0, Dimension::Length, Unit::Inch}, u"0.500 in"_s, u"0,500 in"_s);
+        row("no minus nothing", {-0.001, 0.1, Dimension::Length, Unit::Centimetre}, u"0.00 cm"_s, u"0,00 cm"_s);
+        row("angle", {89.96, 0.4, Dimension::Angle}, u"90.0°"_s, u"90,0°"_s);
+        row("count", {3, 0, Dimension::Count}, u"3"_s, u"3"_s);
+        row("cannot be measured", {std::nan(""), 0.1}, u"–"_s, u"–"_s);
+    }
+    void numbers()
+    {
+        const auto [quantity, inEnglish, inGerman] = Rows<BWQuantity, QString, QString>::current();
+        const auto text = [&](const QLocale &locale) {
+            return BWLengths::text(quantity, locale).replace(QChar::Nbsp, u' ');
+        };
+        QCOMPARE(text(english), inEnglish);
+        QCOMPARE(text(german), inGerman);
+    }
+
+    void typedLengths()
+    {
+        const auto typed = [](const QString &text, const QLocale &locale = english) {
+            return BWLengths::parsed(text, Unit::Millimetre, locale);
+        };
+        QCOMPARE(typed(u"2"_s), 2.0);
+        QCOMPARE(typed(u" 1.5cm "_s), 15.0);
+        QCOMPARE(typed(u"200 um"_s), 0.2);
+        QCOMPARE(typed(u"200 μm"_s), 0.2);
+        QCOMPARE(typed(u"0,1 IN"_s, german), 2.54);
+        QCOMPARE(typed(u"0.1 in"_s, german), 2.54);
+        for (const QString &wrong : {u""_s, u"mm"_s, u"0"_s, u"-1 mm"_s, u"1 furlong"_s, u"nan"_s, u"inf mm"_s})
+            QCOMPARE(typed(wrong), 0.0);
+    }
+
+    void kinds_data()
+    {
+        const Rows<QString, BWPoints, QList<double>> row;
+        // In a picture 1000 pixels wide that shows 10 mm: a hundred pixels are a millimetre.
+        row("length", u"length"_s, {{100, 100}, {400, 500}}, {5});
+        row("path", u"path"_s, {{0, 0}, {300, 400}, {300, 500}}, {6});
+        row("right angle", u"angle"_s, {{200, 100}, {100, 100}, {100, 900}}, {90});
+        row("obtuse angle", u"angle"_s, {{200, 100}, {100, 100}, {0, 0}}, {135});
+        row("no angle", u"angle"_s, {{100, 100}, {100, 100}, {0, 0}}, {std::nan("")});
+        row("circle", u"circle"_s, {{500, 300}, {300, 500}, {100, 300}}, {4, M_PI * 4});
+        row("no circle", u"circle"_s, {{100, 100}, {200, 200}, {300, 300}}, {std::nan(""), std::nan("")});
+        row("radius", u"radius"_s, {{300, 300}, {300, 500}}, {4, M_PI * 4});
+        row("polygon", u"polygon"_s, {{100, 100}, {500, 100}, {500, 400}}, {6, 12});
+        row("polygon, the other way round", u"polygon"_s, {{500, 400}, {500, 100}, {100, 100}}, {6, 12});
+        row("count", u"count"_s, {{1, 1}, {2, 2}, {3, 3}}, {3});
+        row("arrow", u"arrow"_s, {{1, 1}, {2, 2}}, {});
+        row("too few points", u"polygon"_s, {{1, 1}, {2, 2}}, {});
+        row("too many points", u"length"_s, {{1, 1}, {2, 2}, {3, 3}}, {});
+        row("unknown", u"volume"_s, {{1, 1}, {2, 2}}, {});
+    }
+    void kinds()
+    {
+        const auto [kind, points, expected] = Rows<QString, BWPoints, QList<double>>::current();
+        const BWPictureScale scale{{1000, 800}, calibration(u"10"_s, 10)};
+        const auto results = measured(kind, points).results(scale);
+        QCOMPARE(results.size(), expected.size());
+        for (qsizetype i = 0; i < results.size(); ++i) {
+            const double value = results[i].quantity.value;
+            QVERIFY2(std::isnan(expected[i]) ? std::isnan(value) : std::abs(value - expected[i]) < 1e-9,
+                     qPrintable(QString::number(value, 'g', 15)));
+        }
+    }
+
+    void errors()
+    {
+        // Two ends, each off by half a pixel across and along; across does not matter for a length.
+        const BWPictureScale pixels{{1000, 800}, {}};
+        const BWMeasurement line = measured(u"length"_s, {{100, 100}, {400, 100}});
+        BWQuantity length = line.results(pixels).first().quantity;
+        QCOMPARE(length.unit, Unit::Pixel);
+        QCOMPARE(length.value, 300.0);
+        QVERIFY(std::abs(length.error - std::sqrt(0.5)) < 0.01);
+        // The scale's error counts as well, twice for an area.
+        const BWPictureScale scaled{{1000, 800}, calibration(u"10"_s, 10, 0.02), Unit::Micrometre};
+        length = line.results(scaled).first().quantity;
+        QCOMPARE(length.value, 3000.0);
+        QVERIFY(std::abs(length.error - 60.4) < 0.1);
+        const auto square = measured(u"polygon"_s, {{100, 100}, {400, 100}, {400, 400}, {100, 400}}).results(scaled);
+        QVERIFY(std::abs(square.first().quantity.error / square.first().quantity.value - 0.04) < 0.001);
+    }
+
+    void everythingCanBeUndone()
+    {
+        BWMeasurementList list;
+        const BWMeasurement line = measured(u"length"_s, {{0, 0}, {100, 0}});
+        const BWMeasurement longer = measured(u"length"_s, {{0, 0}, {200, 0}});
+        list.undo(); // nothing
+        list.add(line);
+        list.beginChange();
+        for (int x = 100; x <= 200; ++x)
+            list.replace(0, measured(u"length"_s, {{0, 0}, {double(x), 0}}));
+        list.endChange();
+        list.replace(0, longer); // no change
+        list.replace(7, line);
+        list.remove(-1);
+        list.undo();
+        QCOMPARE(list.items(), {line});
+        list.redo();
+        QCOMPARE(list.items(), {longer});
+        list.beginChange();
+        list.clear();
+        list.cancelChange();
+        QCOMPARE(list.items(), {longer});
+        list.remove(0);
+        list.beginChange();
+        list.add(line);
+        list.undo(); // in the middle of a drag: that is given up, and what was before it undone
+        QCOMPARE(list.items(), {longer});
+        QVERIFY(list.isChanged());
+        list.setSaved();
+        list.add(line);
+        QVERIFY(!list.canRedo());
+        list.undo();
+        QVERIFY(!list.isChanged());
+        while (list.canUndo())
+            list.undo();
+        QVERIFY(list.items().isEmpty());
+    }
+
+    void calibrationLines()
+    {
+        BWCalibrationLines lines;
+        lines.add(0, 1);
+        lines.add(0.5, -1);
+        QCOMPARE(lines.mean(), 0.0);
+        lines.add(0.5, 5);
+        QVERIFY(std::abs(lines.relativeError(0.001) - std::sqrt(2.0) * 0.001) < 1e-12); // half a pixel at each end
+        lines.add(0.25, 2.6);
+        lines.add(0.5, 4.9);
+        QCOMPARE(lines.mean(), (10 + 10.4 + 9.8) / 3);
+        QVERIFY(std::abs(lines.spread() - 0.0303) < 0.0001);
+        QCOMPARE(lines.relativeError(1e-6), lines.spread() / std::sqrt(3.0));
+        lines.removeLast();
+        QCOMPARE(lines.mean(), 10.2);
+    }
+
+    void calibrations()
+    {
+        BWCalibrations all;
+        // What the measuring grid says: 355 of 640 points are 5 mm.
+        QCOMPARE(all.chosen(u"dx10"_s).widthAt(u"640x480"_s), 640 * 5 / 355.0);
+        QCOMPARE(all.chosen(u"dx10"_s).widthAt(u"1600x1200"_s), 1600 * 5 / 710.0);
+        QCOMPARE(all.chosen(u"dx10"_s).widthAt(u"2592x1944"_s), 640 * 5 / 355.0);
+        QVERIFY(!all.add(u"dx10"_s, calibration(u"5 × 5 mm"_s, 3)));
+        QVERIFY(all.chosen(u"mx62"_s).isNull());
+        for (const double wrong : {0.0, -1.0, 1e-9, 1e9, std::nan("")})
+            QVERIFY(!all.add(u"mx62"_s, calibration(u"x"_s, wrong)));
+        QVERIFY(!all.add(u"mx62"_s, calibration(u" "_s, 3)));
+        QVERIFY(all.add(u"mx62"_s, calibration(u" 50x "_s, 3, 0.01)));
+        QVERIFY(all.add(u"mx62"_s, calibration(u"200x"_s, 0.75)));
+        QVERIFY(all.add(u"mx62"_s, calibration(u"50x"_s, 3.1, 0.01)));
+        all.choose(u"dx10"_s, {});
+        // Another product has none of them, and what is chosen survives.
+        BWCalibrations read;
+        QVERIFY(read.fromJson(all.toJson()));
+        QCOMPARE(read.of(u"mx62"_s), (QList{calibration(u"200x"_s, 0.75), calibration(u"50x"_s, 3.1, 0.01)}));
+        QCOMPARE(read.chosen(u"mx62"_s).name, u"50x"_s);
+        QVERIFY(read.chosen(u"mx61"_s).isNull());
+        QVERIFY(read.chosen(u"dx10"_s).isNull());
+        QCOMPARE(read.of(u"dx10"_s).size(), 1);
+        // Removed while in use: none, not another one.
+        QVERIFY(read.remove(u"mx62"_s, u"50x"_s));
+        QVERIFY(read.chosen(u"mx62"_s).isNull());
+        // Damage costs what is damaged.
+        QVERIFY(!read.fromJson(u"[1"_s));
+        QVERIFY(!read.fromJson(
+            uR"({"mx62":{"own":[{"name":"a","millimetres_per_width":-1},7,{"name":"b","millimetres_per_width":2}],"chosen":"a"}})"_s));
+        QCOMPARE(read.of(u"mx62"_s).size(), 1);
+        QVERIFY(read.chosen(u"mx62"_s).isNull());
+    }
+
+    void tables()
+    {
+        const BWPictureScale scale{{1000, 800}, calibration(u"10"_s, 10)};
+        const BWMeasurementTable table({measured(u"length"_s, {{0, 0}, {150, 0}}), measured(u"count"_s, {{1, 1}}),
+                                        measured(u"length"_s, {{0, 0}, {250, 0}}),
+                                        measured(u"circle"_s, {{1, 1}, {2, 2}, {3, 3}})},
+                                       scale, words());
+        QCOMPARE(table.toString(BWMeasurementTable::Format::CsvPoint, german),
+                 u"Name,What,Value,Unit,Error\r\nlength 1,length,1.500,mm,0.007\r\ncount 1,count,1,,\r\n"
+                 "length 2,length,2.500,mm,0.007\r\ncircle 1,diameter,,mm,\r\ncircle 1,area,,mm²,\r\n"
+                 "length: mean,length,2.000,mm,0.005\r\nlength: min,length,1.500,mm,0.007\r\n"
+                 "\"length: max, all\",length,2.500,mm,0.007\r\nlength: sd,length,0.707,mm,0.005\r\n"_s);
+        const QString comma = table.toString(BWMeasurementTable::Format::CsvComma, english);
+        QVERIFY2(comma.contains(u"\r\nlength 1;length;1,500;mm;0,007\r\n"), qPrintable(comma));
+        const QString text = table.toString(BWMeasurementTable::Format::Text, german);
+        QVERIFY2(text.startsWith(u"Name\tWhat\tValue\tUnit\tError\nlength 1\tlength\t1,500\tmm\t0,007\n"),
+                 qPrintable(text));
+    }
+
+    void scaleBars_data()
+    {
+        const Rows<double, Unit, double, QString> row;
+        row("millimetres", 0.013, Unit::Millimetre, 1 / 0.013, u"1 mm"_s);
+        row("metric units are one family", 0.0049, Unit::Centimetre, 0.2 / 0.0049, u"200 µm"_s);
+        row("just reaches", 0.05, Unit::Millimetre, 100, u"5 mm"_s);
+        row("centimetres", 0.21, Unit::Micrometre, 20 / 0.21, u"2 cm"_s);
+        row("inches stay", 0.013, Unit::Inch, 0.05 * 25.4 / 0.013, u"0.05 in"_s);
+        row("pixels", 0.5, Unit::Pixel, 100, u"50 px"_s);
+        row("nothing", 0, Unit::Millimetre, 0, QString());
+    }
+    void scaleBars()
+    {
+        const auto [perPoint, unit, length, text] = Rows<double, Unit, double, QString>::current();
+        const BWScaleBar bar(perPoint, 100, unit);
+        QVERIFY2(std::abs(bar.length - length) < 1e-6, qPrintable(QString::number(bar.length)));
+        if (length > 0)
+            QCOMPARE(bar.text(english).replace(QChar::Nbsp, u' '), text);
+    }
+
+    /// Every turn, mirror and scale leads a place in the picture to where its pixels are drawn.
+    void placesFollowThePicture()
+    {
+        const QSize image(640, 480);
+        const QSize viewport(977, 466);
+        const QPointF place(100.0 / 640, 70.0 / 640);
+        for (const int rotation : {0, 90, 180, 270}) {
+            for (const int flip : {0, 1, 2, 3}) {
+                for (const unsigned zoom : {50U, 100U, 130U, 200U}) {
+                    for (const double ratio : {1.0, 2.0}) {
+                        BWLiveViewState state;
+                        state.setCurrentZoom(zoom);
+                        state.setCurrentRotation(rotation);
+                        state.setCurrentFlip(flip);
+                        const BWScene scene(BWLiveViewGeometry(image, state));
+                        const BWRenderRequest request = scene.mainRequest(viewport, {30, 20}, ratio);
+                        const QPointF shown = request.pictureToViewport().map(place);
+                        // By the definition, with y upwards, about the middle of the picture.
+                        const QPointF fromMiddle = QPointF(100 - 320, 240 - 70) * (zoom / 100.0);
+                        const QPointF turned = scene.mainPicture.transform().map(fromMiddle);
+                        const QPointF middle = scene.mainPlace(viewport, {30, 20}).middle;
+                        const QPointF expected(middle.x() + turned.x(), middle.y() - turned.y());
+                        // The picture itself begins on a whole device pixel.
+                        QVERIFY2((shown - expected).manhattanLength() <= 1.001 / ratio,
+                                 qPrintable(u"%1 %2 %3: %4, %5"_s.arg(rotation)
+                                                .arg(flip)
+                                                .arg(zoom)
+                                                .arg(shown.x() - expected.x())
+                                                .arg(shown.y() - expected.y())));
+                        QCOMPARE(request.pictureToViewport().inverted().map(shown), place);
+                    }
+                }
+            }
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMeasuring)
+#include "tst_BWMeasuring.moc"
