@@ -1,10 +1,12 @@
 #include "Model/LiveView/BWScene.h"
-#include "Model/Measuring/BWMeasurementList.h"
+#include "Model/Measuring/BWMeasurementPainter.h"
 #include "Model/Measuring/BWMeasurementTable.h"
+#include "Model/Measuring/BWMeasuringTool.h"
 #include "Model/Measuring/BWScaleBar.h"
 #include "Rows.h"
 
 #include <cmath>
+#include <QPainter>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -169,6 +171,94 @@ private Q_SLOTS:
         QVERIFY(list.items().isEmpty());
     }
 
+    void handsPlaceAndMovePoints()
+    {
+        BWMeasurementList list;
+        BWMeasuringTool tool(list);
+        tool.setPicture({1000, 500});
+        tool.setKind(u"length"_s);
+        tool.press({0.1, 0.1}, 0.01, false);
+        tool.release();
+        tool.move({0.3, 0.12}, true); // nearly level
+        QCOMPARE(tool.unfinished(), measured(u"length"_s, {{100, 100}, {300, 100}}));
+        QVERIFY(list.items().isEmpty());
+        tool.press({7, 0.1}, 0.01, false); // beyond the edge
+        QCOMPARE(list.items(), {measured(u"length"_s, {{100, 100}, {1000, 100}})});
+        QVERIFY(tool.unfinished().points.isEmpty());
+
+        // Any number of points, until it is said to be enough; one taken back; too few do not count.
+        tool.setKind(u"polygon"_s);
+        for (const QPointF at : {QPointF(0.2, 0.2), QPointF(0.4, 0.2), QPointF(0.4, 0.4)})
+            tool.press(at, 0, false);
+        QVERIFY(tool.remove());
+        tool.finish();
+        QCOMPARE(list.items().size(), 1);
+        tool.nudge({-100, 10}); // by keys
+        tool.place();
+        tool.finish();
+        QCOMPARE(list.items().last(), measured(u"polygon"_s, {{200, 200}, {400, 200}, {300, 410}}));
+        tool.press({0.2, 0.2}, 0, false);
+        QVERIFY(tool.cancel());
+        tool.finish();
+        QCOMPARE(list.items().size(), 2);
+
+        // Picked, dragged in many steps, undone in one; the point keeps its distance from the pointer.
+        tool.setKind({});
+        tool.press({0.105, 0.1}, 0.01, false);
+        QCOMPARE(tool.selection(), (BWMeasuringTool::Selection{0, 0}));
+        for (int i = 0; i <= 100; ++i)
+            tool.move({0.105 + i / 1000.0, 0.2}, false);
+        tool.release();
+        QCOMPARE(list.items()[0].points[0], QPointF(0.2, 0.2));
+        list.undo();
+        QCOMPARE(list.items()[0].points[0], QPointF(0.1, 0.1));
+        tool.press({0.1, 0.1}, 0.01, false);
+        tool.move({0.9, 0.4}, false);
+        QVERIFY(tool.cancel()); // in the middle of a drag
+        tool.release();
+        QCOMPARE(list.items()[0].points[0], QPointF(0.1, 0.1));
+        tool.press({0.5, 0.45}, 0.01, false); // nothing there
+        QVERIFY(!tool.selection());
+
+        // By keys: the point after the last is none.
+        for (int i = 0; i < 5; ++i)
+            tool.selectNext(true);
+        QCOMPARE(tool.selection(), (BWMeasuringTool::Selection{1, 2}));
+        tool.nudge({0, 10});
+        QCOMPARE(list.items()[1].points[2], QPointF(0.3, 0.42));
+        tool.selectNext(true);
+        QVERIFY(!tool.selection() && !tool.remove() && !tool.cancel());
+        tool.selectNext(false);
+        QVERIFY(tool.remove());
+        QCOMPARE(list.items().size(), 1);
+        QVERIFY(!tool.selection());
+
+        // What is selected can be undone away.
+        tool.undo();
+        tool.selectNext(false);
+        while (list.canUndo())
+            tool.undo();
+        QVERIFY(!tool.selection() && !tool.remove());
+        tool.nudge({1, 1});
+        QVERIFY(list.items().isEmpty());
+    }
+
+    /// A line's middle is drawn where it was placed, light with a dark edge on both a white and a black ground.
+    void drawnLines()
+    {
+        for (const QColor &ground : {QColor(Qt::white), QColor(Qt::black), QColor(255, 221, 64)}) {
+            QImage image(200, 100, QImage::Format_RGB32);
+            image.fill(ground);
+            QPainter painter(&image);
+            BWMeasurementPainter(painter, QTransform::fromScale(200, 200), 2, QFont(), english)
+                .draw({u"path"_s, {{0.1, 0.25}, {0.9, 0.25}}}, {});
+            painter.end();
+            QVERIFY(image.pixelColor(100, 50).lightness() > image.pixelColor(100, 52).lightness() + 40);
+            QCOMPARE(image.pixelColor(100, 49), image.pixelColor(100, 50)); // it lies on the edge between them
+            QCOMPARE(image.pixelColor(100, 44), ground);
+        }
+    }
+
     void calibrationLines()
     {
         BWCalibrationLines lines;
@@ -297,5 +387,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestMeasuring)
+QTEST_MAIN(TestMeasuring)
 #include "tst_BWMeasuring.moc"

@@ -1,0 +1,157 @@
+#include "Model/Measuring/BWMeasurementPainter.h"
+
+#include "Model/Measuring/BWScaleBar.h"
+
+#include <cmath>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPainterPath>
+
+namespace {
+
+const QColor lineColor(255, 221, 64);
+const QColor edgeColor(0, 0, 0, 200);
+
+/// The circle through three points, in any units; an empty rectangle if there is none.
+QRectF circleThrough(QPointF a, QPointF b, QPointF c)
+{
+    const QPointF ab = b - a;
+    const QPointF ac = c - a;
+    const double twice = 2 * (ab.x() * ac.y() - ab.y() * ac.x());
+    if (twice == 0)
+        return {};
+    const double b2 = QPointF::dotProduct(ab, ab);
+    const double c2 = QPointF::dotProduct(ac, ac);
+    const QPointF middle((ac.y() * b2 - ab.y() * c2) / twice, (ab.x() * c2 - ac.x() * b2) / twice);
+    const double radius = std::hypot(middle.x(), middle.y());
+    return {a + middle - QPointF(radius, radius), QSizeF(2 * radius, 2 * radius)};
+}
+
+QRectF circleAround(QPointF middle, QPointF rim)
+{
+    const double radius = std::hypot(rim.x() - middle.x(), rim.y() - middle.y());
+    return {middle - QPointF(radius, radius), QSizeF(2 * radius, 2 * radius)};
+}
+
+void addArrowHead(QPainterPath &path, QPointF from, QPointF to, double size)
+{
+    const double angle = std::atan2(to.y() - from.y(), to.x() - from.x());
+    for (const double side : {0.42, -0.42}) {
+        path.moveTo(to);
+        path.lineTo(to - size * QPointF(std::cos(angle + side), std::sin(angle + side)));
+    }
+}
+
+} // namespace
+
+BWMeasurementPainter::BWMeasurementPainter(QPainter &painter, const QTransform &pictureToTarget, double lineWidth,
+                                           const QFont &font, const QLocale &locale)
+    : m_painter(painter), m_toTarget(pictureToTarget), m_lineWidth(lineWidth), m_font(font), m_locale(locale)
+{
+}
+
+QString BWMeasurementPainter::label(const BWMeasurement &measurement, const BWPictureScale &scale,
+                                    const QLocale &locale)
+{
+    const auto results = measurement.results(scale);
+    return results.isEmpty() ? measurement.text : BWLengths::text(results.first().quantity, locale);
+}
+
+void BWMeasurementPainter::stroke(const QPainterPath &path) const
+{
+    m_painter.setBrush(Qt::NoBrush);
+    for (const auto &[color, width] : {std::pair(edgeColor, 3.0), std::pair(lineColor, 1.5)}) {
+        m_painter.setPen(QPen(color, width * m_lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        m_painter.drawPath(path);
+    }
+}
+
+void BWMeasurementPainter::draw(const BWMeasurement &measurement, const BWPictureScale &scale, bool isActive) const
+{
+    BWPoints points;
+    for (const QPointF &point : measurement.points)
+        points.append(m_toTarget.map(point));
+    if (points.isEmpty())
+        return;
+    m_painter.save();
+    m_painter.setRenderHint(QPainter::Antialiasing);
+    const double mark = 4 * m_lineWidth;
+    QPainterPath path;
+    if (measurement.kind == QLatin1String("count")) {
+        for (const QPointF &point : points)
+            path.addEllipse(point, mark, mark);
+    } else if (measurement.kind == QLatin1String("circle") && points.size() == 3) {
+        path.addEllipse(circleThrough(points[0], points[1], points[2]));
+    } else if (measurement.kind == QLatin1String("radius") && points.size() == 2) {
+        path.addEllipse(circleAround(points[0], points[1]));
+        path.moveTo(points[0]);
+        path.lineTo(points[1]);
+    } else {
+        path.addPolygon(QPolygonF(points));
+        if (measurement.kind == QLatin1String("polygon") && points.size() > 2)
+            path.closeSubpath();
+        if (measurement.kind == QLatin1String("arrow") && points.size() == 2)
+            addArrowHead(path, points[1], points[0], 3 * mark);
+    }
+    // Ends and corners as crosses: their middle is what was meant.
+    if (isActive || measurement.kind == QLatin1String("length")) {
+        for (const QPointF &point : points) {
+            path.moveTo(point - QPointF(mark, 0));
+            path.lineTo(point + QPointF(mark, 0));
+            path.moveTo(point - QPointF(0, mark));
+            path.lineTo(point + QPointF(0, mark));
+        }
+    }
+    stroke(path);
+    drawLabel(label(measurement, scale, m_locale), points.last());
+    m_painter.restore();
+}
+
+void BWMeasurementPainter::drawCursor(QPointF place) const
+{
+    const QPointF at = m_toTarget.map(place);
+    QPainterPath path;
+    for (const QPointF way : {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1), QPointF(0, -1)}) {
+        path.moveTo(at + 3 * m_lineWidth * way); // the very place stays free
+        path.lineTo(at + 10 * m_lineWidth * way);
+    }
+    m_painter.save();
+    m_painter.setRenderHint(QPainter::Antialiasing);
+    stroke(path);
+    m_painter.restore();
+}
+
+void BWMeasurementPainter::drawLabel(const QString &text, QPointF beside) const
+{
+    if (text.isEmpty())
+        return;
+    const QFontMetricsF metrics(m_font);
+    const QRectF bounds = metrics.boundingRect(text);
+    QPainterPath path;
+    path.addText(beside + QPointF(8 * m_lineWidth, -8 * m_lineWidth) - QPointF(bounds.left(), 0), m_font, text);
+    m_painter.strokePath(path, QPen(edgeColor, 3 * m_lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    m_painter.fillPath(path, Qt::white);
+}
+
+void BWMeasurementPainter::drawScaleBar(const BWScaleBar &bar, const QRectF &area) const
+{
+    if (bar.length <= 0)
+        return;
+    const QFontMetricsF metrics(m_font);
+    const QString text = bar.text(m_locale);
+    const double margin = 16 * m_lineWidth;
+    const QPointF right = area.bottomRight() - QPointF(margin, margin);
+    const QPointF left = right - QPointF(bar.length, 0);
+    const double tick = 5 * m_lineWidth;
+    QPainterPath path;
+    path.moveTo(left - QPointF(0, tick));
+    path.lineTo(left);
+    path.lineTo(right);
+    path.lineTo(right - QPointF(0, tick));
+    m_painter.save();
+    m_painter.setRenderHint(QPainter::Antialiasing);
+    stroke(path);
+    const double width = metrics.horizontalAdvance(text);
+    drawLabel(text, (left + right) / 2 - QPointF(width / 2 + 8 * m_lineWidth, 0));
+    m_painter.restore();
+}
