@@ -1,4 +1,5 @@
 #include "Model/Albums/BWAlbumContents.h"
+#include "Model/Albums/BWStillLoader.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 
@@ -65,6 +66,20 @@ private Q_SLOTS:
             QVERIFY(!albums.isPrepared());
         }
         QVERIFY2(!called && QFile::exists(capture.toLocalFile()), "kept for the next start");
+    }
+
+    void pictureHoldsUpNoOther()
+    {
+        const TestFolder folder;
+        BWStillLoader loader;
+        QUrl slow;
+        QUrl loaded;
+        connect(&loader, &BWStillLoader::takesLong, this, [&](const QUrl &file) { slow = file; });
+        connect(&loader, &BWStillLoader::loaded, this, [&](const BWStill &still) { loaded = still.file; });
+        loader.load(folder.url(u"hanging/a.jpg"_s));
+        QTRY_COMPARE(slow, folder.url(u"hanging/a.jpg"_s));
+        loader.load(folder.file(u"b.jpg"_s));
+        QTRY_COMPARE(loaded, folder.url(u"b.jpg"_s));
     }
 
     void captureBeforeTheAlbumsAreKnown()

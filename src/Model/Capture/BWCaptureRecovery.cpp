@@ -2,7 +2,7 @@
 
 #include "BWACUDriver/BWDiskSpace.h"
 #include "BWACUDriver/BWMovie.h"
-#include "Model/Thumbnails/BWJpegThumbnail.h"
+#include "Model/Thumbnails/BWJpegPicture.h"
 #include "Model/Thumbnails/BWThumbnailMaker.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
@@ -189,8 +189,8 @@ bool Place::isWhole(const BWFileClaim &claim, const QByteArray &name) const
     if (!name.endsWith(".mov")) {
         const BWThumbnailFile file(path);
         std::vector<uint8_t> bytes;
-        const bool isPicture = file.isOpen() && file.read(bytes, BWJpegThumbnail::largestFile)
-            && !BWJpegThumbnail().make(bytes, BWThumbnailSize::Normal, &error).isNull();
+        const bool isPicture = file.isOpen() && file.read(bytes, BWJpegPicture::largestFile)
+            && !BWJpegPicture().thumbnail(bytes, BWThumbnailSize::Normal, &error).isNull();
         if (!isPicture)
             refuse(name, error.isEmpty() ? u"it is no picture"_s : error);
         return isPicture;

@@ -99,8 +99,8 @@ BWMadeThumbnail BWThumbnailMaker::make(const QByteArray &path, BWThumbnailSize s
 BWThumbnail BWThumbnailMaker::picture(const BWThumbnailFile &file, BWThumbnailSize size, QString &error)
 {
     BWThumbnail thumbnail;
-    if (file.read(m_bytes, BWJpegThumbnail::largestFile))
-        thumbnail.image = m_jpeg.make(m_bytes, size, &error);
+    if (file.read(m_bytes, BWJpegPicture::largestFile))
+        thumbnail.image = m_jpeg.thumbnail(m_bytes, size, &error);
     else
         error = QStringLiteral("cannot be read, or is too large");
     if (m_bytes.capacity() > keptMemory)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Thumbnails/BWJpegThumbnail.h"
+#include "Model/Thumbnails/BWJpegPicture.h"
 #include "Model/Thumbnails/BWThumbnail.h"
 
 #include <cstdint>
@@ -63,6 +63,6 @@ private:
     BWThumbnail picture(const BWThumbnailFile &file, BWThumbnailSize size, QString &error);
     static BWThumbnail movie(const BWThumbnailFile &file, BWThumbnailSize size, QString &error);
 
-    BWJpegThumbnail m_jpeg;
+    BWJpegPicture m_jpeg;
     std::vector<uint8_t> m_bytes; // of the last picture; its memory is used again
 };
