@@ -22,8 +22,8 @@ public:
 
     static constexpr int columns = 2;
     QList<QUrl> copied;
-    std::function<void()> onOperation = [] {}; ///< called in each of the three operations
-    QList<int> removed, opened, saved;
+    std::function<void()> onOperation = [] {}; ///< called in each of these operations
+    QList<int> removed, opened, saved, shown;
     QSet<int> painted; ///< elements whose value the grid requested
 
     QList<QUrl> elementsForThumbnailTableView(const BWThumbnailTableView &) override { return m_elements; }
@@ -32,6 +32,7 @@ public:
     QImage thumbnailForElementAtIndex(const BWThumbnailTableView &, int) override { return {}; }
     void removeIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(removed, indexes); }
     void openIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(opened, indexes); }
+    void showIndexOfModel(BWThumbnailTableView &, int index) override { operate(shown, {index}); }
     void saveIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(saved, indexes); }
 
     int numberOfColumnsForView(const BWThumbnailTableView &) override { return columns; }

@@ -51,6 +51,7 @@ private Q_SLOTS:
         row("escape", u"Ctrl+A|Escape"_s, 0, none, none);
         row("enter opens the focus", u"Right|Ctrl+Down|Return"_s, 3, Indexes{1}, Indexes{3});
         row("enter opens the selection", u"Right|Shift+Down|Enter"_s, 3, Indexes{1, 2, 3}, Indexes{1, 2, 3});
+        row("one is shown", u"Right|Shift+Down|Ctrl+Return"_s, 3, Indexes{1, 2, 3}, Indexes{3});
         row("delete", u"Right|Shift+Right|Delete"_s, 2, Indexes{1, 2}, Indexes{1, 2});
         row("all are saved", u"Ctrl+A|Ctrl+E"_s, 0, numbers(0, 24), numbers(0, 24));
     }
@@ -64,7 +65,7 @@ private Q_SLOTS:
         }
         QCOMPARE(grid.view.focusIndex(), focus);
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), selected);
-        QCOMPARE(grid.album.opened + grid.album.removed + grid.album.saved, acted);
+        QCOMPARE(grid.album.opened + grid.album.shown + grid.album.removed + grid.album.saved, acted);
         QVERIFY(grid.view.viewport()->rect().contains(grid.view.visualRect(grid.view.currentIndex())));
     }
 

@@ -348,7 +348,8 @@ private Q_SLOTS:
                  QUrl(u"file:///BrimwellPro/Default Album"_s));
         QVERIFY(m_defaults->string(u"bwp2x_albums"_s).isNull());
         int changes = 0;
-        m_manager->setOnAlbumsChanged([&] { ++changes; });
+        const BWAliveToken alive;
+        m_manager->addListener(alive, [&] { ++changes; }, {});
         QVERIFY(!m_manager->canRemoveCurrentAlbum());
         m_manager->removeCurrentAlbum();
         QCOMPARE(changes, 0);
@@ -384,7 +385,8 @@ private Q_SLOTS:
     {
         m_manager->prepare();
         QStringList events;
-        m_manager->setOnAlbumContentsChanged([&] { events.append(u"contents"_s); });
+        const BWAliveToken alive;
+        m_manager->addListener(alive, {}, [&] { events.append(u"contents"_s); });
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Cannot add"_s));
         std::thread capture([&] {
             for (const QUrl &file :

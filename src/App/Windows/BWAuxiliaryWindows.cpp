@@ -84,7 +84,9 @@ void BWAuxiliaryWindows::showAlbums()
     if (!m_albums) {
         auto made = std::make_unique<BWAlbumManagerWindowController>(
             m_repository.albumManager(), m_repository.userDefaults(),
-            BWAlbumManagerWindowController::Callbacks{m_panels, m_openUrl}, &m_window, m_clock);
+            BWAlbumManagerWindowController::Callbacks{m_panels, m_openUrl,
+                                                      [this](const QUrl &file) { Q_EMIT showRequested(file); }},
+            &m_window, m_clock);
         prepare(*made, *made);
         m_albums = std::move(made);
     }

@@ -63,6 +63,10 @@ public:
     /// Whether files of an album are being saved elsewhere.
     bool isSaving() const;
 
+Q_SIGNALS:
+    /// A file of the current album is to be shown in the main window.
+    void showRequested(const QUrl &file);
+
 private:
     void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override;
     void addToMenu(QAction *item, const std::unique_ptr<BWUtilityPanel> &panel, void (BWAuxiliaryWindows::*show)());

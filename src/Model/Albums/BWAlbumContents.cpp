@@ -2,7 +2,7 @@
 
 #include <utility>
 
-BWAlbumContents::BWAlbumContents(const BWAlbumManager &albums, BWClock &clock) : m_albums(albums), m_clock(clock) { }
+BWAlbumContents::BWAlbumContents(BWAlbumManager &albums, BWClock &clock) : m_albums(albums), m_clock(clock) { }
 
 BWAlbumContents::~BWAlbumContents()
 {
@@ -23,6 +23,13 @@ void BWAlbumContents::reload()
     else
         m_reload = m_requested = m_watch->request();
     waitForAnswer();
+}
+
+void BWAlbumContents::follow()
+{
+    m_albums.addListener(
+        m_alive, [this] { reload(); }, [this] { reload(); });
+    reload();
 }
 
 void BWAlbumContents::refresh()

@@ -23,12 +23,15 @@ public:
     /// How long a folder may take to be listed before it counts as not answering, in seconds.
     static constexpr double patience = 1.5;
 
-    explicit BWAlbumContents(const BWAlbumManager &albums, BWClock &clock = BWClock::system());
+    explicit BWAlbumContents(BWAlbumManager &albums, BWClock &clock = BWClock::system());
     ~BWAlbumContents() override;
 
     /// Lists the current album again; then emits reloaded(), whether or not something changed. For an album that was
     /// not shown before also emits it at once, with nothing in it yet.
     void reload();
+
+    /// Reloads now, and from now on whenever the manager reports a change.
+    void follow();
 
     /// Lists it again, too, but only emits changed(), if it has. For folders whose changes the system does not report.
     void refresh();
@@ -50,7 +53,7 @@ private:
     void take(const BWAlbumWatch::Report &report);
     void waitForAnswer();
 
-    const BWAlbumManager &m_albums;
+    BWAlbumManager &m_albums;
     BWClock &m_clock;
     BWAlbumPtr m_album;
     std::unique_ptr<BWAlbumWatch> m_watch;
@@ -61,4 +64,5 @@ private:
     unsigned m_reload = 0; // the latest request that reloaded() answers
     bool m_first = true; // no listing of this album has come yet
     DispatchAfterStrict::Handle m_noAnswer;
+    BWAliveToken m_alive;
 };

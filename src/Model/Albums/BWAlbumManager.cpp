@@ -84,7 +84,7 @@ BWAlbumManager::BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::
     : m_defaults(defaults),
       m_home(std::move(home)),
       m_today(std::move(today)),
-      m_intake([this] { return currentAlbum(); }, [this] { notify(m_onContentsChanged); })
+      m_intake([this] { return currentAlbum(); }, [this] { notify(&Listener::contentsChanged); })
 {
 }
 
@@ -130,7 +130,7 @@ void BWAlbumManager::take(const Question &question, const Answer &answer)
     m_faulty = !answer.failed.isEmpty();
     if (m_faulty) {
         qCWarning(bwModel).noquote() << "Albums cannot be prepared in" << answer.failed.toDisplayString();
-        notify(m_onAlbumsChanged);
+        notify(&Listener::albumsChanged);
     } else {
         takeFolders(answer.folders, question.scan);
         reload(0);
@@ -197,7 +197,7 @@ void BWAlbumManager::save()
 void BWAlbumManager::reload(int index)
 {
     m_selected = m_albums.isEmpty() ? -1 : index;
-    notify(m_onAlbumsChanged);
+    notify(&Listener::albumsChanged);
 }
 
 void BWAlbumManager::setImportOldAlbums(const QList<QUrl> &folders)
@@ -253,10 +253,20 @@ QUrl BWAlbumManager::pathForAlbumName(const QString &name) const
     return BWFilePath::entry(basePath(), QFile::encodeName(name));
 }
 
-void BWAlbumManager::notify(const ChangeCallback &callback)
+void BWAlbumManager::addListener(const BWAliveToken &listener, ChangeCallback albumsChanged,
+                                 ChangeCallback contentsChanged)
 {
-    if (callback)
-        callback();
+    std::erase_if(m_listeners, [](const Listener &other) { return other.alive.expired(); });
+    m_listeners.push_back({listener.watch(), std::move(albumsChanged), std::move(contentsChanged)});
+}
+
+void BWAlbumManager::notify(ChangeCallback Listener::*what) const
+{
+    const std::vector<Listener> listeners = m_listeners; // one may add another
+    for (const Listener &listener : listeners) {
+        if (!listener.alive.expired() && listener.*what)
+            (listener.*what)();
+    }
 }
 
 QUrl BWAlbumManager::albumsBasePath() const
@@ -275,7 +285,7 @@ void BWAlbumManager::setSelectedIndex(int index)
     if (index < 0 || index >= m_albums.size())
         return;
     m_selected = index;
-    notify(m_onContentsChanged);
+    notify(&Listener::contentsChanged);
 }
 
 BWAlbumPtr BWAlbumManager::albumOfFile(const QUrl &file) const
@@ -295,7 +305,7 @@ void BWAlbumManager::removeFile(const QUrl &file, BWMediaType type)
 void BWAlbumManager::removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &)> finished)
 {
     m_trash.move(files, [this, finished = std::move(finished)](const BWTrash::Moved &result) {
-        notify(m_onContentsChanged);
+        notify(&Listener::contentsChanged);
         if (finished)
             finished(result);
     });
@@ -304,7 +314,7 @@ void BWAlbumManager::removeFiles(const QList<QUrl> &files, std::function<void(co
 void BWAlbumManager::undoRemoving(std::function<void(const BWTrash::Restored &)> finished)
 {
     m_trash.undo([this, finished = std::move(finished)](const BWTrash::Restored &result) {
-        notify(m_onContentsChanged);
+        notify(&Listener::contentsChanged);
         if (finished)
             finished(result);
     });

@@ -2,9 +2,11 @@
 
 #include "Model/Albums/BWAlbumIntake.h"
 #include "Model/Albums/BWTrash.h"
+#include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <QList>
 #include <QString>
@@ -13,8 +15,8 @@
 
 class BWUserDefaults;
 
-/// The list of albums, which of them is current, and the place where new captures come in. Its window watches it
-/// through the two callbacks. GUI thread only, except addFile() and removeFile().
+/// The list of albums, which of them is current, and the place where new captures come in. Whoever shows
+/// them listens for changes. GUI thread only, except addFile() and removeFile().
 class BWAlbumManager {
 public:
     using ChangeCallback = std::function<void()>;
@@ -109,16 +111,20 @@ public:
     /// unless canRemoveCurrentAlbum().
     void removeCurrentAlbum();
 
-    /// The list or the selection changed (a new list shows a new current album, too).
-    void setOnAlbumsChanged(ChangeCallback callback) { m_onAlbumsChanged = std::move(callback); }
-    /// Another album is current, or files came into it or left it.
-    void setOnAlbumContentsChanged(ChangeCallback callback) { m_onContentsChanged = std::move(callback); }
+    /// Calls back while `listener` lives: `albumsChanged` when the list or the selection changed (a new list shows a new
+    /// current album, too), `contentsChanged` when another album is current, or files came into it or left it.
+    void addListener(const BWAliveToken &listener, ChangeCallback albumsChanged, ChangeCallback contentsChanged);
 
 private:
+    struct Listener {
+        std::weak_ptr<void> alive;
+        ChangeCallback albumsChanged;
+        ChangeCallback contentsChanged;
+    };
     struct Question;
     struct Answer;
     static Answer ask(const Question &question);
-    static void notify(const ChangeCallback &callback);
+    void notify(ChangeCallback Listener::*what) const;
     QUrl basePath() const;
     QString defaultName() const;
     Question load();
@@ -141,8 +147,7 @@ private:
     QList<QUrl> m_validPaths;
     QList<QUrl> m_knownPaths; // the list as it was last read or stored
     int m_selected = -1;
-    ChangeCallback m_onAlbumsChanged;
-    ChangeCallback m_onContentsChanged;
+    std::vector<Listener> m_listeners;
     BWTrash m_trash;
     BWWorkerPool m_disks{1, std::chrono::milliseconds(0)}; // at the end nobody needs their answers
     BWAlbumIntake m_intake; // last, so that it ends first

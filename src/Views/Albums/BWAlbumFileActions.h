@@ -24,6 +24,7 @@ public:
     struct Callbacks {
         BWFilePanels &panels;
         std::function<bool(const QUrl &file)> open; ///< with the desktop's program for it; false if there is none
+        std::function<void(const QUrl &file)> show; ///< in the main window
     };
 
     BWAlbumFileActions(QWidget &window, BWAlbumManager &albums, Callbacks callbacks, const BWAlbumTexts &texts,
@@ -36,6 +37,8 @@ public:
     /// Stops saving, and drops the requests that wait.
     void cancelSaving();
 
+    /// In the main window.
+    void show(const QUrl &file) { m_callbacks.show(file); }
     /// Asks first if there are many.
     void open(const QList<QUrl> &files);
 

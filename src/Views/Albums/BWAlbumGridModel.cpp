@@ -89,6 +89,12 @@ void BWAlbumGridModel::openIndexesOfModel(BWThumbnailTableView &view, const QLis
     m_actions.open(filesAt(view, indexes));
 }
 
+void BWAlbumGridModel::showIndexOfModel(BWThumbnailTableView &view, int index)
+{
+    for (const QUrl &file : filesAt(view, {index}))
+        m_actions.show(file);
+}
+
 void BWAlbumGridModel::saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
     m_actions.save(filesAt(view, indexes), typeOf(view));

@@ -23,6 +23,7 @@ public:
     QImage thumbnailForElementAtIndex(const BWThumbnailTableView &view, int index) override;
     void removeIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
     void openIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
+    void showIndexOfModel(BWThumbnailTableView &view, int index) override;
     void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
 
     int numberOfColumnsForView(const BWThumbnailTableView &view) override;

@@ -108,8 +108,6 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
 
 BWAlbumManagerWindowController::~BWAlbumManagerWindowController()
 {
-    m_albums.setOnAlbumsChanged({});
-    m_albums.setOnAlbumContentsChanged({});
     for (BWThumbnailTableView *grid : {m_images, m_videos}) {
         grid->disconnect(this);
         grid->setModelDelegate(nullptr);
@@ -154,14 +152,12 @@ void BWAlbumManagerWindowController::connectParts()
     connect(m_popUp, &QComboBox::activated, this, &BWAlbumManagerWindowController::onChangeAlbum);
     connect(m_add, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onAddAlbum);
     connect(m_remove, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onRemoveAlbum);
-    m_albums.setOnAlbumsChanged([this] {
-        m_notice->endNotice(); // another album may be current
-        reloadAlbums();
-    });
-    m_albums.setOnAlbumContentsChanged([this] {
-        if (m_shown)
-            m_contents.reload();
-    });
+    m_albums.addListener(m_alive,
+                         [this] {
+                             m_notice->endNotice(); // another album may be current
+                             reloadAlbums();
+                         },
+                         {});
     connect(&m_contents, &BWAlbumContents::reloaded, this, [this] { reloadGrids(false); });
     connect(&m_contents, &BWAlbumContents::changed, this, [this] { reloadGrids(true); });
     connect(&m_contents, &BWAlbumContents::filesWritten, this, &BWAlbumManagerWindowController::wantThumbnails);
@@ -231,8 +227,6 @@ void BWAlbumManagerWindowController::reloadAlbums()
     m_popUp->setToolTip(m_popUp->currentData(Qt::ToolTipRole).toString());
     for (QWidget *needsAlbums : std::initializer_list<QWidget *>{m_popUp, m_add, m_remove})
         needsAlbums->setEnabled(m_albums.isPrepared());
-    if (m_shown)
-        m_contents.reload();
 }
 
 void BWAlbumManagerWindowController::onChangeAlbum(int index)
@@ -361,7 +355,7 @@ void BWAlbumManagerWindowController::showEvent(QShowEvent *event)
 {
     BWUtilityPanel::showEvent(event);
     if (!std::exchange(m_shown, true))
-        m_contents.reload();
+        m_contents.follow();
 }
 
 void BWAlbumManagerWindowController::changeEvent(QEvent *event)

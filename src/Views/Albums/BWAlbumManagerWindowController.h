@@ -3,6 +3,7 @@
 #include "Model/Albums/BWAlbumContents.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Model/Thumbnails/BWThumbnails.h"
+#include "Utils/BWMainQueue.h"
 #include "Views/Albums/BWAlbumFileActions.h"
 #include "Views/Albums/BWAlbumGridModel.h"
 #include "Views/Albums/BWAlbumTexts.h"
@@ -29,7 +30,6 @@ public:
 
     using Callbacks = BWAlbumFileActions::Callbacks;
 
-    /// Becomes the only listener to changes of the albums and their contents.
     BWAlbumManagerWindowController(BWAlbumManager &albums, BWUserDefaults &defaults, Callbacks callbacks,
                                    QWidget *cameraWindow, BWClock &clock = BWClock::system());
     ~BWAlbumManagerWindowController() override;
@@ -81,4 +81,5 @@ private:
     std::unique_ptr<BWAlbumGridModel> m_model;
     bool m_shown = false; // at least once; only then the album is listed
     bool m_reloading = false;
+    BWAliveToken m_alive;
 };

@@ -26,6 +26,8 @@ constexpr std::array bindings{
     Binding{Qt::CTRL | Qt::Key_Space, Command::Toggle},
     Binding{Qt::Key_Enter, Command::Open},
     Binding{Qt::Key_Return, Command::Open},
+    Binding{Qt::CTRL | Qt::Key_Return, Command::ShowInMainWindow},
+    Binding{Qt::CTRL | Qt::Key_Enter, Command::ShowInMainWindow},
     Binding{Qt::Key_Delete, Command::Trash},
     Binding{Qt::CTRL | Qt::Key_E, Command::SaveAs}, // Ctrl+S takes a snapshot in every window
     Binding{Qt::SHIFT | Qt::Key_F10, Command::Menu}, // the menu key itself arrives as a context menu event
@@ -119,6 +121,8 @@ void perform(Command command, BWThumbnailTableView &view)
         return handler->toggle(focus);
     case Command::Open:
         return view.performDoubleClickForIndex(focus);
+    case Command::ShowInMainWindow:
+        return view.onShowInMainWindow();
     case Command::Trash:
         return view.onTrash();
     case Command::SaveAs:

@@ -112,6 +112,8 @@ void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_deselect_all"_s, u"Deselect All"_s), Command::Deselect,
         &BWThumbnailTableView::onUnselectAll);
     m_rightMenu->addSeparator();
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_show_in_main_window"_s, u"Show in the Main Window"_s),
+        Command::ShowInMainWindow, &BWThumbnailTableView::onShowInMainWindow);
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s), Command::SaveAs,
         &BWThumbnailTableView::onSaveAs);
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Command::Trash,
@@ -260,6 +262,12 @@ void BWThumbnailTableView::onTrash()
 {
     if (const auto indexes = m_handler->operationIndexes(); m_modelDelegate && !indexes.isEmpty())
         m_modelDelegate->removeIndexesOfModel(*this, indexes);
+}
+
+void BWThumbnailTableView::onShowInMainWindow()
+{
+    if (m_modelDelegate && focusIndex() >= 0)
+        m_modelDelegate->showIndexOfModel(*this, focusIndex());
 }
 
 void BWThumbnailTableView::performDoubleClickForIndex(int)

@@ -87,6 +87,8 @@ public:
     void onUnselectAll();
     void onSaveAs();
     void onTrash();
+    /// The element with the focus, however many are selected.
+    void onShowInMainWindow();
     /// Opens the operation indexes; `index` is the clicked one.
     void performDoubleClickForIndex(int index);
     /// Drags files out, as copies. Returns when the drag is over.

@@ -45,6 +45,8 @@ public:
     /// Moves elements to the Trash.
     virtual void removeIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
     virtual void openIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
+    /// Shows an element in the main window.
+    virtual void showIndexOfModel(BWThumbnailTableView &view, int index) = 0;
     /// Saves elements elsewhere.
     virtual void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
 };
