@@ -46,10 +46,7 @@ class CameraWindow(ProgramTest):
     def test_click_that_only_activates(self):
         self.start_with_picture()
         frame = self.program.wait_for("frame")
-        self.desktop.spawn(["pcmanfm", "--no-desktop", str(self.desktop.home)], log="pcmanfm.log")
-        other = wait_until("another program is there", lambda: self.desktop.output(
-            ["xdotool", "search", "--onlyvisible", "--name", "^home$"]).split()).pop().decode()
-        self.desktop.input("windowsize", "--sync", other, 200, 200, "windowmove", "--sync", other, 0, 0)
+        self.place(self.other_program(), 0, 0, 200, 200)
         wait_until("another program has the keyboard", lambda: not frame.has_state("active"))
         self.click_image()
         wait_until("the click has brought the program to the front", lambda: frame.has_state("active"))
@@ -58,6 +55,17 @@ class CameraWindow(ProgramTest):
         self.desktop.key("ctrl+s")
         wait_until("the key takes another", lambda: len(self.captures("*_image_*.jpg")) > counted)
         self.assertEqual((counted, len(self.captures("*_image_*.jpg"))), (1, 2))
+
+    def other_program(self):
+        self.desktop.spawn(["pcmanfm", "--no-desktop", str(self.desktop.home)], log="pcmanfm.log")
+        return wait_until("another program is there", lambda: self.shown("home"))[0]
+
+    def shown(self, title):
+        """Windows of the X server."""
+        return self.desktop.output(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"]).decode().split()
+
+    def place(self, window, x, y, width, height):
+        self.desktop.input("windowsize", "--sync", window, width, height, "windowmove", "--sync", window, x, y)
 
     def test_left_button_pans_without_snapshot_on_click(self):
         self.store("bwp2x_snapshot_click=no")
@@ -228,30 +236,74 @@ class CameraWindow(ProgramTest):
         self.program.click("push button", "OK")
         self.assertEqual(self.program.wait_for_end(), 0)
 
-    def test_minimised(self):
+    def work_unseen(self, hide, show):
+        """Captures go on while nobody can see the picture, of which none is made; afterwards it is back."""
         self.store("bwp2x_video_button=yes")
         self.desktop.environment["BW_STATISTICS"] = "1"
         self.start_with_picture()
-
-        def windows(*which):
-            return self.desktop.output(["xdotool", "search", *which, "--name", "^BrimwellPro$"]).split()
-
-        window = windows("--onlyvisible")[0].decode()
-        self.desktop.input("windowminimize", window)
-        wait_until("it is minimised", lambda: not windows("--onlyvisible"))
-        self.hand("Press Button")
+        hide()
+        button = self.program.wait_for("push button", "High Resolution Microscope 1: Press Button")
+        button.do("Press")
         self.wait_until_recorded(45)
-        self.hand("Press Button")
+        self.program.wait_for("push button", "Snapshot").do("Press")
+        wait_until("the snapshot is in the album", lambda: self.captures("*_image_*.jpg"))
+        button.do("Press")
         movie, = wait_until("the movie is in the album", lambda: self.captures("*_video_*.mov"))
-        self.hand("Unplug")
-        wait_until("the camera is gone", lambda: "Camera session: waiting" in self.program.log)
-        self.hand("Plug In")
-        wait_until("the camera brings it up", lambda: windows("--onlyvisible"))
+        show()
         wait_for_picture(self.program)
+        self.wait_until_moving()
         self.program.quit()
         counted = dict(re.findall(r"(\w+)=(\d+)", self.program.log.partition("statistics: ")[2]))
         unseen = int(counted["received"]) - int(counted["decoded"]) - int(counted["dropped"])
         self.assertGreaterEqual(unseen, frames_of(movie))
+
+    def wait_until_moving(self):
+        shown = set()
+        wait_until("the picture moves", lambda: shown.add(str(self.live.brightness())) or len(shown) > 5)
+
+    def test_minimised(self):
+        def minimise():
+            self.desktop.input("windowminimize", self.shown("BrimwellPro")[0])
+            wait_until("it is minimised", lambda: not self.shown("BrimwellPro"))
+
+        def attach_again():
+            self.hand("Unplug")
+            wait_until("the camera is gone", lambda: "Camera session: waiting" in self.program.log)
+            self.hand("Plug In")
+            wait_until("the camera brings it up", lambda: self.shown("BrimwellPro"))
+
+        self.work_unseen(minimise, attach_again)
+
+    def test_covered_by_another_program(self):
+        def cover():
+            self.cover = self.other_program()
+            self.place(self.cover, 0, 0, *self.desktop.size)
+            wait_until("it is covered", lambda: colours(self.live.picture()) < 200)
+
+        self.work_unseen(cover, lambda: self.desktop.input("windowclose", self.cover))
+
+    def test_covered_by_album(self):
+        def cover():
+            self.desktop.key("F9")
+            self.cover = wait_until("the album is there", lambda: self.shown("Albums"))[0]
+            area = self.program.wait_for("frame", "BrimwellPro").area  # it has made room
+            self.live = wait_for_picture(self.program)
+            self.place(self.cover, area.x + area.width // 2, area.y, area.width, area.height)
+            self.wait_until_moving()
+            self.place(self.cover, area.x, area.y - 10, area.width, area.height)  # its title bar adds to its height
+            wait_until("it is covered", lambda: colours(self.live.picture()) < 200)
+
+        self.work_unseen(cover, lambda: self.desktop.key("F9"))
+
+    def test_on_another_desktop(self):
+        self.work_unseen(lambda: self.desktop.input("set_desktop", 1), lambda: self.desktop.input("set_desktop", 0))
+
+    def test_on_another_desktop_but_mapped(self):
+        def show_desktop(number):
+            self.desktop.output(["xprop", "-root", "-format", "_NET_CURRENT_DESKTOP", "32c", "-set",
+                                 "_NET_CURRENT_DESKTOP", number])
+
+        self.work_unseen(lambda: show_desktop("1"), lambda: show_desktop("0"))
 
     def choose_resolution(self, *keys):
         self.program.click("combo box", "Resolution")
@@ -287,7 +339,6 @@ class CameraWindow(ProgramTest):
         self.program.wait_for("notification", "Settings could not be saved. Your choices apply until you quit.")
         self.program.wait_for(None, "Live streaming with: Digital Dermatoscope DX10", seconds=30)
         self.program.quit()
-
 
 
 if __name__ == "__main__":

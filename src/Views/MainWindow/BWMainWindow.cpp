@@ -15,7 +15,6 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QMenuBar>
-#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -25,7 +24,8 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
       m_clipView(new BWCenteringClipView(renderer, m_content)),
       m_controlBar(new BWControlBar(*m_menu, m_content)),
       m_statusPill(new BWStatusPill(m_content)),
-      m_statistics(new BWStatisticsPanel([&renderer] { return renderer.figures(); }, m_content))
+      m_statistics(new BWStatisticsPanel([&renderer] { return renderer.figures(); }, m_content)),
+      m_visibility(*this)
 {
     BWAccessibleRoles::install();
     setObjectName(u"main"_s);
@@ -39,6 +39,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     m_clipView->setFocus();
     connect(m_controlBar, &BWControlBar::recordingShown, m_menu, &BWMainMenu::showRecording);
     connect(m_menu->fullScreen, &QAction::toggled, this, &BWMainWindow::setFullScreen);
+    connect(&m_visibility, &BWWindowVisibility::changed, this, &BWMainWindow::updateSeen);
 }
 
 void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
@@ -82,15 +83,13 @@ void BWMainWindow::showStatistics(bool shown)
 {
     m_statisticsWanted = shown;
     m_menu->statistics->setChecked(shown);
-    m_statistics->setVisible(shown && m_isSeen);
+    updateSeen();
 }
 
-/// Not minimised, nor on another desktop, nor covered, as far as the desktop reports it.
 void BWMainWindow::updateSeen()
 {
-    m_isSeen = isVisible() && !isMinimized() && windowHandle() && windowHandle()->isExposed();
-    m_clipView->setSeen(m_isSeen);
-    m_statistics->setVisible(m_statisticsWanted && m_isSeen);
+    m_clipView->setSeen(m_visibility.isSeen());
+    m_statistics->setVisible(m_statisticsWanted && m_visibility.isSeen());
 }
 
 void BWMainWindow::keyPressEvent(QKeyEvent *event)
@@ -132,8 +131,6 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
         layOutContent();
         Q_EMIT resized();
     }
-    if (watched == windowHandle() && event->type() == QEvent::Expose)
-        updateSeen();
     if (watched == m_controlBar && event->type() == QEvent::LayoutRequest)
         updateMinimumSize();
     return QMainWindow::eventFilter(watched, event);
@@ -150,15 +147,12 @@ void BWMainWindow::changeEvent(QEvent *event)
     if (event->type() != QEvent::WindowStateChange)
         return;
     m_menu->fullScreen->setChecked(isFullScreen()); // the desktop can change it as well
-    if (isMinimized() || !m_isSeen)
-        updateSeen();
     Q_EMIT occlusionStateChanged();
 }
 
 void BWMainWindow::showEvent(QShowEvent *event)
 {
     QMainWindow::showEvent(event);
-    windowHandle()->installEventFilter(this);
     Q_EMIT occlusionStateChanged();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Utils/Windows/BWWindowVisibility.h"
 
 #include <functional>
 #include <QMainWindow>
@@ -75,6 +76,5 @@ private:
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
     bool m_statisticsWanted = false;
-    // Until the desktop says otherwise: the first frame may be decoded before the window shows.
-    bool m_isSeen = true;
+    BWWindowVisibility m_visibility;
 };
