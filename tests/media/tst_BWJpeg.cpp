@@ -4,10 +4,11 @@
 #include "Rows.h"
 #include "TestFrames.h"
 
-#include <QElapsedTimer>
+#include <cstring>
 #include <QImage>
 #include <QRegularExpression>
 #include <QTest>
+#include <sys/mman.h>
 #include <thread>
 #include <vector>
 
@@ -83,14 +84,19 @@ private Q_SLOTS:
 
     void readsOnlyHeaderAndTail()
     {
-        // Megabytes that look like one endless header, or like endless padding, are not looked through.
-        const QByteArray fill = "\xff\xd8" + QByteArray(64 << 20, '\xff');
-        const QByteArray padded = detailedJpeg(32, 32) + QByteArray(64 << 20, '\0');
-        QElapsedTimer timer;
-        timer.start();
-        QVERIFY(!BWJpeg::looksComplete(bytes(fill), size_t(fill.size())));
-        QVERIFY(!BWJpeg::looksComplete(bytes(padded), size_t(padded.size())));
-        QVERIFY2(timer.elapsed() < 60, "megabytes were scanned");
+        // Megabytes that look like one endless header, or like endless padding, are not looked through: who does, crashes.
+        constexpr std::size_t size = 64 << 20;
+        constexpr std::size_t edge = 1 << 20;
+        void *memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        QVERIFY(memory != MAP_FAILED && mprotect(static_cast<char *>(memory) + edge, size - 2 * edge, PROT_NONE) == 0);
+        const auto *data = static_cast<const uint8_t *>(memory);
+        std::memset(memory, 0xff, edge);
+        std::memcpy(memory, "\xff\xd8", 2);
+        QVERIFY(!BWJpeg::looksComplete(data, size));
+        const QByteArray jpeg = detailedJpeg(32, 32);
+        std::memcpy(memory, jpeg.constData(), size_t(jpeg.size()));
+        QVERIFY(!BWJpeg::looksComplete(data, size));
+        munmap(memory, size);
     }
 
     void insertsMissingTablesAndNothingElse()
