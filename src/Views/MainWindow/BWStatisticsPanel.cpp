@@ -142,14 +142,8 @@ void BWStatisticsPanel::fit()
     update();
 }
 
-QPixmap BWStatisticsPanel::drawn() const
+void BWStatisticsPanel::drawTexts(QPainter &painter) const
 {
-    QPixmap pixmap((QSizeF(size()) * devicePixelRatioF()).toSize());
-    pixmap.setDevicePixelRatio(devicePixelRatioF());
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    drawBWPill(painter, rect());
-    painter.setFont(font());
     const int numberRight = sidePadding + m_columns.name + numberGap + m_columns.number;
     int baseline = endPadding + fontMetrics().ascent();
     for (const Row &row : m_rows) {
@@ -165,14 +159,11 @@ QPixmap BWStatisticsPanel::drawn() const
         }
         baseline += fontMetrics().lineSpacing();
     }
-    return pixmap;
 }
 
 void BWStatisticsPanel::paintEvent(QPaintEvent *)
 {
-    if (m_drawn.isNull() || m_drawn.devicePixelRatio() != devicePixelRatioF())
-        m_drawn = drawn();
-    QPainter(this).drawPixmap(0, 0, m_drawn);
+    paintBWPill(*this, m_drawn, [this](QPainter &painter) { drawTexts(painter); });
 }
 
 void BWStatisticsPanel::showEvent(QShowEvent *event)

@@ -50,7 +50,7 @@ private:
     void fit();
     int cellWidth(QChar character) const;
     int numberWidth(const QString &number) const;
-    QPixmap drawn() const;
+    void drawTexts(QPainter &painter) const;
 
     Figures m_figures;
     BWClock &m_clock;
@@ -59,6 +59,6 @@ private:
     QString m_timeUnit;
     Columns m_columns{};
     QPoint m_corner;
-    QPixmap m_drawn; // cached, because the moving picture below has it painted many times a second
+    QPixmap m_drawn;
     DispatchAfterStrict::Handle m_next;
 };

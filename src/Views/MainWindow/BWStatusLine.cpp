@@ -73,24 +73,12 @@ void BWStatusPill::changeEvent(QEvent *event)
 
 void BWStatusPill::paintEvent(QPaintEvent *)
 {
-    if (m_drawn.isNull() || m_drawn.devicePixelRatio() != devicePixelRatioF())
-        m_drawn = drawn();
-    QPainter(this).drawPixmap(0, 0, m_drawn);
-}
-
-QPixmap BWStatusPill::drawn() const
-{
-    QPixmap pixmap((QSizeF(size()) * devicePixelRatioF()).toSize());
-    pixmap.setDevicePixelRatio(devicePixelRatioF());
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    drawBWPill(painter, rect());
-    painter.setFont(font());
-    painter.setPen(bwPillTextColor);
-    QRect text(0, 0, widestText(), height()); // so that it is wrapped as it was measured
-    text.moveCenter(rect().center());
-    painter.drawText(text, textFlags, m_text);
-    return pixmap;
+    paintBWPill(*this, m_drawn, [this](QPainter &painter) {
+        painter.setPen(bwPillTextColor);
+        QRect text(0, 0, widestText(), height()); // so that it is wrapped as it was measured
+        text.moveCenter(rect().center());
+        painter.drawText(text, textFlags, m_text);
+    });
 }
 
 BWStatusLine::BWStatusLine(BWStatusPill &pill, BWClock &clock) : m_pill(pill), m_clock(clock) { }

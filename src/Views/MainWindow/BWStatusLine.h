@@ -29,10 +29,9 @@ protected:
 private:
     int widestText() const;
     void fit();
-    QPixmap drawn() const;
 
     QString m_text;
-    QPixmap m_drawn; // cached, because the moving picture below has it painted many times a second
+    QPixmap m_drawn;
     QRect m_area;
 };
 

@@ -4,6 +4,7 @@
 #include <QFontMetrics>
 #include <QPainter>
 #include <QPen>
+#include <QWidget>
 
 namespace {
 
@@ -13,6 +14,14 @@ constexpr int signGap = 9;
 constexpr int detailsGap = 16;
 constexpr double enlarged = 1.1; // read at a glance, from the corner of the eye
 constexpr QColor recordColor(255, 82, 82);
+
+QPixmap emptyPixmap(const QSize &size, double ratio)
+{
+    QPixmap pixmap((QSizeF(size) * ratio).toSize());
+    pixmap.setDevicePixelRatio(ratio);
+    pixmap.fill(Qt::transparent);
+    return pixmap;
+}
 
 } // namespace
 
@@ -25,6 +34,19 @@ void drawBWPill(QPainter &painter, const QRectF &rect)
     painter.setBrush(QColor(24, 24, 26, 205));
     painter.drawRoundedRect(rect, radius, radius);
     painter.restore();
+}
+
+void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPainter &)> &drawTexts)
+{
+    const double ratio = widget.devicePixelRatioF();
+    if (drawing.isNull() || drawing.devicePixelRatio() != ratio) {
+        drawing = emptyPixmap(widget.size(), ratio);
+        QPainter painter(&drawing);
+        drawBWPill(painter, widget.rect());
+        painter.setFont(widget.font());
+        drawTexts(painter);
+    }
+    QPainter(&widget).drawPixmap(0, 0, drawing);
 }
 
 void BWFlashPicture::setCaption(Sign sign, const QString &caption)
@@ -74,17 +96,9 @@ QRect BWFlashPicture::fadingRect() const
     return m_sign == Sign::Check ? QRect(QPoint(), whole) : QRect(0, 0, captionEnd() + 1, whole.height());
 }
 
-QPixmap BWFlashPicture::emptyPixmap(double ratio) const
-{
-    QPixmap pixmap((QSizeF(size()) * ratio).toSize());
-    pixmap.setDevicePixelRatio(ratio);
-    pixmap.fill(Qt::transparent);
-    return pixmap;
-}
-
 QPixmap BWFlashPicture::steadyPart(double ratio) const
 {
-    QPixmap pixmap = emptyPixmap(ratio);
+    QPixmap pixmap = emptyPixmap(size(), ratio);
     if (m_sign == Sign::Check)
         return pixmap;
     QPainter painter(&pixmap);
@@ -98,7 +112,7 @@ QPixmap BWFlashPicture::steadyPart(double ratio) const
 
 QPixmap BWFlashPicture::fadingPart(double ratio) const
 {
-    QPixmap pixmap = emptyPixmap(ratio);
+    QPixmap pixmap = emptyPixmap(size(), ratio);
     QPainter painter(&pixmap);
     const QSize whole = size();
     if (m_sign == Sign::Check)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <QColor>
 #include <QFont>
 #include <QPixmap>
@@ -8,10 +9,15 @@
 #include <QString>
 
 class QPainter;
+class QWidget;
 
 /// Draws the background of a text over the live image: the same in light and dark palettes, because it lies over the
 /// picture, not the window. GUI thread.
 void drawBWPill(QPainter &painter, const QRectF &rect);
+
+/// Paints a widget that is a pill, from a drawing that is kept because the moving picture below has it painted many times
+/// a second. Where there is none for this screen, it is made: `drawTexts` has the widget's font.
+void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPainter &)> &drawTexts);
 
 /// The colour of texts on it.
 inline constexpr QColor bwPillTextColor(245, 245, 245);
@@ -47,7 +53,6 @@ private:
     int signWidth() const;
     int captionEnd() const;
     void drawSign(QPainter &painter) const;
-    QPixmap emptyPixmap(double ratio) const;
 
     Sign m_sign = Sign::Check;
     QString m_caption;
