@@ -66,24 +66,21 @@ public:
     /// The album in whose folder the file lies; null if there is none.
     BWAlbumPtr albumOfFile(const QUrl &file) const;
 
-    /// Takes a finished capture into the album that is current when the GUI thread gets to it; then reports changed
-    /// contents, then calls the completion. Returns at once; any thread. Captures are added one after the other, in
-    /// order, and copied without holding up the GUI thread.
+    /// Takes a finished capture into the album that is current when the GUI thread gets to it; reports changed contents,
+    /// then calls the completion. Returns at once; any thread. Captures are added and copied one after the other, in order.
     void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {}, AddProgress progress = {})
     {
         m_intake.add(file, type, std::move(completion), std::move(progress));
     }
     /// Moves a file of the current album to the Trash, then reports changed contents. Returns at once; any thread.
     void removeFile(const QUrl &file, BWMediaType type);
-    /// Moves files of the current album to the Trash without holding up the GUI thread; then reports changed contents,
-    /// then calls `finished`.
+    /// Moves files of the current album to the Trash in the background; reports changed contents, then calls `finished`.
     void removeFiles(const QList<QUrl> &files, std::function<void(const BWTrash::Moved &result)> finished);
     /// Whether there are files to put back: those of the last move to the Trash.
     bool canUndoRemoving() const { return m_trash.canUndo(); }
     /// Puts them back, then reports changed contents, then calls `finished`. Once only.
     void undoRemoving(std::function<void(const BWTrash::Restored &result)> finished);
-    /// Calls `done` once all captures are added or have failed; while the last completion runs, at once. For the
-    /// program's end.
+    /// Calls `done` once all captures are added or have failed; while the last completion runs, at once. For the end.
     void whenAdded(std::function<void()> done) { m_intake.whenDone(std::move(done)); }
     /// Ends all copies without calling their completions; the captures stay where they are.
     void abandonAdding() { m_intake.abandon(); }
@@ -98,8 +95,7 @@ public:
     /// Makes a folder for a new album, and those above it, if they are missing.
     static FolderProblem makeAlbumFolder(const QUrl &folder);
 
-    /// Adds a folder as the last album, selects it and stores the list. Does nothing for a folder that is remembered
-    /// already.
+    /// Adds a folder as the last album, selects it and stores the list. Does nothing for one that is remembered already.
     void addAlbumFromPath(const QUrl &folder);
 
     /// Adds folders as the last albums and stores the list; the current album stays current. Returns how many were new.
