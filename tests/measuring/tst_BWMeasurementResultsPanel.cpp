@@ -1,13 +1,16 @@
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 #include "Utils/BWUIUtils.h"
+#include "Views/Measuring/BWCalibrationDialog.h"
 #include "Views/Measuring/BWMeasurementResultsPanel.h"
 #include "Views/Utils/BWFilePanels.h"
 
 #include <QClipboard>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
 #include <QTreeWidget>
@@ -95,6 +98,42 @@ private Q_SLOTS:
         panel.findChild<QComboBox *>()->setCurrentIndex(0);
         panel.save();
         QVERIFY2(written().contains(u"\r\nLength 2,Length,2.500,mm,0.007\r\n"), qPrintable(written()));
+    }
+
+    void calibrationFromLines()
+    {
+        QLocale::setDefault(QLocale(QLocale::German));
+        BWLocalizationManager texts(QString(), {u"en"_s});
+        BWCalibration stored;
+        bool accepts = false;
+        BWCalibrationDialog dialog(
+            {{u"Length 1"_s, 0.2}, {u"Length 2"_s, 0.201}}, 1000, BWLengthUnit::Millimetre,
+            [&](const BWCalibration &made) {
+                stored = made;
+                return accepts;
+            },
+            nullptr);
+        dialog.localizeWithManager(texts);
+        dialog.show();
+        const QList<QLineEdit *> fields = dialog.findChildren<QLineEdit *>();
+        QPushButton *save = dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save);
+        fields[2]->setText(u" 50x "_s);
+        fields[0]->setText(u"2 foot"_s);
+        QVERIFY(!save->isEnabled());
+        fields[0]->setText(u"2"_s); // for both
+        QVERIFY(save->isEnabled());
+        QVERIFY(qAbs(dialog.calibration().millimetresPerWidth - 9.975) < 0.001);
+        fields[1]->setText(u"2,01 mm"_s);
+        QCOMPARE(dialog.calibration().millimetresPerWidth, 10.0);
+        fields[1]->setText(u"x"_s);
+        QVERIFY(!save->isEnabled());
+        fields[1]->clear();
+        QTest::keyClick(&dialog, Qt::Key_Return);
+        QCOMPARE(stored.name, u"50x"_s);
+        QVERIFY(dialog.isVisible()); // the name is taken: nothing typed is lost
+        accepts = true;
+        save->click();
+        QVERIFY(!dialog.isVisible());
     }
 };
 
