@@ -1,4 +1,5 @@
 #include "BWACUDriver/BWJpegHeader.h"
+#include "BWACUDriver/BWStill.h"
 #include "media/BWJpeg.h"
 #include "MediaFixture.h"
 #include "Rows.h"
@@ -157,6 +158,52 @@ private Q_SLOTS:
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot be encoded")));
             QVERIFY2(BWJpeg::encode(frame, 95).isNull(), qPrintable(QString::number(&frame - frames)));
         }
+    }
+
+    void copyHoldsNoBufferOfTheDevice()
+    {
+        using Format = BWPixelFormat;
+        for (const Format format : {Format::YUYV, Format::UYVY, Format::NV12, Format::YU12, Format::GREY, Format::RGB24,
+                                    Format::BGR24, Format::MJPEG}) {
+            const BWFrame picture = format == Format::MJPEG
+                ? jpegFrame(detailedJpeg(64, 48), 64, 48, {})
+                : TestFrames::make(
+                    format, {67, 45}, [](int x, int y) { return QColor(x * 3, y * 5, 99); }, BWColorMatrix::BT709,
+                    BWColorRange::Full, std::chrono::seconds(5));
+            BWFrameInfo info = picture.info();
+            info.sequence = 7;
+            bool released = false;
+            BWFrame frame(info, [&released] { released = true; });
+            const BWFrame copy = frame.copied();
+            frame = {};
+            QVERIFY(released);
+            const auto head = [](const BWFrame &of) {
+                return std::tuple(of.pixelFormat(), of.size(), of.info().matrix, of.info().range, of.timestamp(),
+                                  of.sequence());
+            };
+            QVERIFY(head(copy) == head(BWFrame(info, {})));
+            for (int i = 0; i < 3; ++i) {
+                QCOMPARE(copy.plane(i).stride, picture.plane(i).stride);
+                QCOMPARE(copy.plane(i).size, picture.plane(i).size);
+                QVERIFY(!copy.plane(i).data || copy.plane(i).data != picture.plane(i).data);
+                QVERIFY(std::equal(copy.plane(i).data, copy.plane(i).data + copy.plane(i).size, picture.plane(i).data));
+            }
+            QVERIFY(BWStill::isWhole(copy));
+            QCOMPARE(BWStill::jpegOf(copy), BWStill::jpegOf(picture));
+        }
+        QVERIFY(BWFrame().copied().isNull());
+    }
+
+    void stillIsTheFrameItself()
+    {
+        const QByteArray jpeg = detailedJpeg(320, 240);
+        const auto still = [](const QByteArray &data) { return BWStill::jpegOf(jpegFrame(data, 320, 240, {})); };
+        QCOMPARE(still(jpeg), jpeg);
+        QCOMPARE(still(jpeg + QByteArray(77, '\0')), jpeg);
+        QCOMPARE(still(withoutHuffmanTables(jpeg)), completed(withoutHuffmanTables(jpeg)));
+        QVERIFY(still(torn(jpeg)).isNull());
+        QVERIFY(!BWStill::isWhole(jpegFrame(torn(jpeg), 320, 240, {})));
+        QVERIFY(!BWStill::isWhole({}));
     }
 
     void encodesOnManyThreads()

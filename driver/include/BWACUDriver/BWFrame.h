@@ -53,6 +53,8 @@ struct BWFrameInfo {
     std::array<BWPlaneSize, 3> planeSizes() const;
     /// Whether it is a raw picture whose planes are all there and long enough.
     bool isWholeRawPicture() const;
+    /// Of all planes together.
+    std::size_t byteCount() const;
 };
 
 /// A reference-counted view of one of the driver's own buffers: no pixel is copied when a frame is passed on.
@@ -70,6 +72,10 @@ public:
 
     bool isNull() const { return !m_buffer; }
     explicit operator bool() const { return static_cast<bool>(m_buffer); }
+
+    /// The same frame, byte for byte, in memory of its own: it may be kept for any time, as it holds no buffer of a
+    /// device. Null if this one is.
+    BWFrame copied() const;
 
     const BWFrameInfo &info() const;
     BWPixelFormat pixelFormat() const { return info().pixelFormat; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <mutex>
 #include <new>
+#include <numeric>
 #include <utility>
 
 namespace {
@@ -103,6 +104,12 @@ bool BWFrameInfo::isWholeRawPicture() const
     });
 }
 
+std::size_t BWFrameInfo::byteCount() const
+{
+    return std::accumulate(planes.begin(), planes.end(), std::size_t(0),
+                           [](std::size_t sum, const BWPlane &plane) { return sum + plane.size; });
+}
+
 BWFrame::BWFrame(const BWFrameInfo &info, std::function<void()> release, std::shared_ptr<void> owner)
     : m_buffer(
         std::allocate_shared<const Buffer>(RecyclingAllocator<Buffer>(), info, std::move(release), std::move(owner)))
@@ -113,4 +120,20 @@ const BWFrameInfo &BWFrame::info() const
 {
     static const BWFrameInfo none;
     return m_buffer ? m_buffer->info : none;
+}
+
+BWFrame BWFrame::copied() const
+{
+    if (isNull())
+        return {};
+    BWFrameInfo copy = info();
+    const std::shared_ptr<uint8_t[]> bytes(new uint8_t[copy.byteCount()]);
+    uint8_t *next = bytes.get();
+    for (BWPlane &plane : copy.planes) {
+        if (plane.size == 0)
+            continue;
+        const uint8_t *const from = std::exchange(plane.data, next);
+        next = std::copy_n(from, plane.size, next);
+    }
+    return {copy, {}, bytes};
 }

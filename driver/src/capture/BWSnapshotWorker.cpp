@@ -1,27 +1,13 @@
 #include "capture/BWSnapshotWorker.h"
 
 #include "base/BWDriverLog.h"
-#include "media/BWJpeg.h"
+#include "BWACUDriver/BWStill.h"
 
 #include <utility>
 
 namespace {
-
 constexpr int maximumHeld = 2;
-constexpr int snapshotQuality = 95;
-
-/// The still as JPEG data; null when the frame cannot be used.
-QByteArray stillOf(const BWFrame &frame)
-{
-    if (frame.pixelFormat() != BWPixelFormat::MJPEG)
-        return BWJpeg::encode(frame, snapshotQuality);
-    const BWPlane &bytes = frame.plane(0);
-    if (!BWJpeg::decodesCleanly(bytes.data, bytes.size))
-        return {};
-    return BWJpeg::withHuffmanTables(bytes.data, bytes.size);
 }
-
-} // namespace
 
 BWSnapshotWorker::BWSnapshotWorker(Deliver deliver) : m_deliver(std::move(deliver)) { }
 
@@ -81,7 +67,7 @@ void BWSnapshotWorker::run()
     BWFrame frame;
     while (waitForFrame(frame)) {
         const BWPixelFormat format = frame.pixelFormat();
-        const QByteArray jpeg = stillOf(frame);
+        const QByteArray jpeg = BWStill::jpegOf(frame);
         frame = {}; // returns its buffer to the device before the still is written to a disk
         {
             const std::lock_guard lock(m_mutex);
