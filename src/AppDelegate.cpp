@@ -162,7 +162,7 @@ void AppDelegate::prepareUI()
         BWSessionWindows::Callbacks{[this] { return pendingDevices(); }, [this] { return blockedCameras(); }}, m_clock);
     connectSession();
     for (const BWCameraPtr &camera : m_session.cameras())
-        m_capture->prepareCamera(*camera);
+        m_capture->prepareCamera(camera);
     m_importMenu =
         std::make_unique<BWImportMenu>(*m_window, m_repository, m_panels, [this] { m_productInUse.reloadImported(); });
     connectActions();
@@ -276,7 +276,7 @@ void AppDelegate::prepareCamera(const BWCameraPtr &camera)
             renderer->prepareBuffer(frame);
     });
     if (m_capture) // else as soon as that exists
-        m_capture->prepareCamera(*camera);
+        m_capture->prepareCamera(camera);
 }
 
 BWQuitting::Callbacks AppDelegate::quittingCallbacks()
@@ -297,7 +297,11 @@ BWQuitting::Callbacks AppDelegate::quittingCallbacks()
             [this](std::function<void()> done) {
                 if (m_statusLine)
                     m_statusLine->setProgress(m_texts.quitWaitsForCaptures); // until a copy reports its progress
-                m_repository.albumManager().whenAdded(std::move(done));
+                const auto whenAdded = [this, done = std::move(done)] { m_repository.albumManager().whenAdded(done); };
+                if (m_capture)
+                    m_capture->whenStillsAreWritten(whenAdded);
+                else
+                    whenAdded();
             },
         .mayLeaveCaptures =
             [this] { return BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage); },
@@ -411,7 +415,7 @@ void AppDelegate::openAlbumFolder()
 
 void AppDelegate::forceSnapshot()
 {
-    BWCaptureController::forceSnapshot(currentCamera());
+    m_capture->forceSnapshot(currentCamera());
 }
 
 void AppDelegate::onRecord()
@@ -423,7 +427,7 @@ void AppDelegate::otherKeyPressed(int key, bool autoRepeat)
 {
     const BWCameraPtr camera = currentCamera();
     if (camera && BWCaptureController::isHardwareButton(key, autoRepeat, camera->readsHardwareButton()))
-        m_capture->pressHardwareButton(*camera);
+        m_capture->pressHardwareButton(camera);
 }
 
 void AppDelegate::windowDidChangeOcclusionState()

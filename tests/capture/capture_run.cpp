@@ -78,7 +78,7 @@ private:
     void start(const BWDetectedCameraPtr &device)
     {
         m_camera = m_manager.addDetectedCamera(device);
-        m_controller.prepareCamera(*m_camera);
+        m_controller.prepareCamera(m_camera);
         m_camera->setOnCameraFrame([this](BWCamera &camera, const BWFrame &frame) {
             const BWRecordingStatus status = camera.recordingStatus();
             m_begun = m_begun || camera.recording();

@@ -58,7 +58,7 @@ public:
                                                      BWCameraDetector::descriptionForRegularMicroscope()},
                                                std::move(backends));
         m_detector->setCameraFoundBlock([this](const BWDetectedCameraPtr &device) {
-            m_capture.prepareCamera(*m_manager.addDetectedCamera(device));
+            m_capture.prepareCamera(m_manager.addDetectedCamera(device));
             if (!current)
                 use(m_manager.cameras().constLast());
         });
@@ -134,6 +134,7 @@ private Q_SLOTS:
         m_camera->setOnCameraFrame([this](BWCamera &, const BWFrame &frame) {
             const BWPlane &bytes = frame.plane(0);
             m_lastFrame = QByteArray(reinterpret_cast<const char *>(bytes.data), static_cast<qsizetype>(bytes.size));
+            m_lastCopy = frame.copied();
         });
         QTRY_VERIFY(m_camera->started());
     }
@@ -150,7 +151,7 @@ private Q_SLOTS:
     {
         m_capture->setSnapshotTags(u"MX7"_s, u"BrimwellPro 1"_s);
         for (int i = 1; i <= 3; ++i) {
-            BWCaptureController::forceSnapshot(m_camera);
+            m_capture->forceSnapshot(m_camera);
             captureFrame();
             QTRY_COMPARE(m_saved.size(), i);
             QCOMPARE(m_stills, i);
@@ -184,28 +185,79 @@ private Q_SLOTS:
         QVERIFY(BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, false));
         QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, true, false)); // held down
         QVERIFY(!BWCaptureController::isHardwareButton(Qt::Key_WebCam, false, true)); // came by way of the camera
-        m_capture->pressHardwareButton(*m_camera); // as a key
+        m_capture->pressHardwareButton(m_camera); // as a key
         QTRY_COMPARE(recordPressed, 2);
         captureFrame();
         // That frame was not taken: the next one is the second snapshot, and there is no third.
-        BWCaptureController::forceSnapshot(m_camera);
+        m_capture->forceSnapshot(m_camera);
         captureFrame();
         QTRY_COMPARE(m_saved.size(), 2);
         QCOMPARE(pictureIn(inAlbum(u"20240607_image_002.jpg"_s)), lastFrame());
+    }
+
+    void frozenFrameIsSavedByEveryPress()
+    {
+        m_capture->toggleRecording(m_camera);
+        captureFrame();
+        const QByteArray frozen = lastFrame();
+        m_capture->setFrozenFrame(m_lastCopy);
+        m_hand->pressButton();
+        captureFrame();
+        QVERIFY(lastFrame() != frozen);
+        std::shared_ptr<void> busy = keepBusy(); // which does not matter
+        m_capture->forceSnapshot(m_camera);
+        m_capture->forceSnapshot(m_camera);
+        m_capture->pressHardwareButton(m_camera);
+        QTRY_COMPARE(m_saved.size(), 4);
+        QCOMPARE(m_stills, 4);
+        busy.reset();
+        QVERIFY(m_recording);
+        m_capture->setFrozenFrame({});
+        m_capture->forceSnapshot(m_camera);
+        captureFrame();
+        QTRY_COMPARE(m_saved.size(), 5);
+        QCOMPARE(pictureIn(inAlbum(m_saved[4])), lastFrame());
+
+        m_capture->setFrozenFrame(m_lastCopy);
+        m_hand->unplug();
+        QTRY_COMPARE(m_saved.size(), 6); // what was recorded
+        QCOMPARE(m_results[5].recording.frames, 3u);
+        m_capture->forceSnapshot(nullptr);
+        bool written = false;
+        m_capture->whenStillsAreWritten([&] { m_albums->whenAdded([&] { written = true; }); });
+        QTRY_VERIFY(written);
+        QCOMPARE(m_saved.size(), 7);
+        for (const qsizetype i : {0, 1, 2, 3, 6})
+            QCOMPARE(pictureIn(inAlbum(m_saved[i])), i < 6 ? frozen : m_lastFrame);
+    }
+
+    void tornFrozenFrameLeavesThePressToTheNext()
+    {
+        m_hand->tearNextFrames(1);
+        captureFrame();
+        lastFrame();
+        m_capture->setFrozenFrame(m_lastCopy);
+        m_capture->forceSnapshot(m_camera);
+        QTRY_VERIFY((captureFrame(), m_saved.size() == 1));
+        QCOMPARE(m_stills, 1);
+        QVERIFY(!QImage(inAlbum(m_saved[0])).isNull());
+        m_capture->forceSnapshot(nullptr);
+        QTRY_COMPARE(m_results.size(), 2);
+        QCOMPARE(m_left, QList<QUrl>{{}}); // it is reported as lost
     }
 
     void lostCaptureIsReported()
     {
         // The album is gone: the capture is kept where it is.
         QVERIFY(QDir(m_folder->filePath(u"BrimwellPro"_s)).removeRecursively());
-        BWCaptureController::forceSnapshot(m_camera);
+        m_capture->forceSnapshot(m_camera);
         captureFrame();
         QTRY_COMPARE(m_left.size(), 1);
         QVERIFY(!QImage(m_left[0].toLocalFile()).isNull());
         // No place for the temporary file either: that is reported, and the log says why.
         const SmallDisk full(1000);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot write .*: File too large"_s));
-        BWCaptureController::forceSnapshot(m_camera);
+        m_capture->forceSnapshot(m_camera);
         captureFrame();
         QTRY_COMPARE(m_left.size(), 2);
         QVERIFY(m_left[1].isEmpty());
@@ -430,6 +482,7 @@ private:
     std::shared_ptr<BWSimulatedCamera> m_hand;
     BWCameraPtr m_camera;
     QByteArray m_lastFrame;
+    BWFrame m_lastCopy;
     QStringList m_saved;
     QList<QUrl> m_left;
     QList<BWCaptureResult> m_results;

@@ -1,11 +1,13 @@
 #include "Model/Capture/BWCaptureController.h"
 
+#include "BWACUDriver/BWStill.h"
 #include "Model/Capture/BWSnapshotTags.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWUIUtils.h"
+#include "Utils/BWWorkerPool.h"
 
 #include <algorithm>
 #include <atomic>
@@ -25,6 +27,11 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
         std::shared_ptr<BWFileClaim> claim;
         bool hasBegun = false;
     };
+    /// Of which snapshots are while the picture stands still.
+    struct Frozen {
+        BWFrame frame; // null while it does not
+        QDateTime taken;
+    };
     /// On its way into the album.
     struct Capture {
         QString temporary;
@@ -37,8 +44,10 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     {
     }
 
-    void snapshotReady(const QByteArray &jpeg);
-    void buttonPressed(BWCamera &camera);
+    void snapshotReady(const QByteArray &jpeg, const QDateTime &taken);
+    void buttonPressed(BWCamera &camera, const std::weak_ptr<BWCamera> &weak);
+    Frozen frozenFrame();
+    void save(const Frozen &still, const std::weak_ptr<BWCamera> &camera);
     QString recordingOf(const BWCameraPtr &camera);
     void recordingBegan(const QString &path);
     void recordingEnded(const BWRecordingStatus &status);
@@ -55,6 +64,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     std::map<QString, Recording> recordings; // by path, until their ends are reported
     std::map<QString, BWAlbumDiskGuard> guards; // theirs; GUI thread only
     BWSnapshotTags tags;
+    Frozen frozen;
+    std::unique_ptr<BWWorkerPool> worker = std::make_unique<BWWorkerPool>(); // for frozen frames; GUI thread only
 };
 
 BWCaptureController::BWCaptureController(BWAlbumManager &albums, Callbacks callbacks, BWAlbumDiskGuard::Check roomCheck)
@@ -64,17 +75,19 @@ BWCaptureController::BWCaptureController(BWAlbumManager &albums, Callbacks callb
 
 BWCaptureController::~BWCaptureController()
 {
-    m_shared->guards.clear(); // a camera's thread may be the last to hold what is shared
+    // A camera's thread may be the last to hold what is shared.
+    m_shared->guards.clear();
+    m_shared->worker.reset();
 }
 
-void BWCaptureController::prepareCamera(BWCamera &camera)
+void BWCaptureController::prepareCamera(const BWCameraPtr &camera)
 {
     const std::weak_ptr weak(m_shared);
-    camera.setOnCameraSnapshot([weak](BWCamera &, const QByteArray &jpeg) {
+    camera->setOnCameraSnapshot([weak](BWCamera &, const QByteArray &jpeg) {
         if (const auto shared = weak.lock())
-            shared->snapshotReady(jpeg);
+            shared->snapshotReady(jpeg, QDateTime::currentDateTime());
     });
-    camera.setOnCameraRecording([weak](BWCamera &, bool recording, const BWRecordingStatus &status) {
+    camera->setOnCameraRecording([weak](BWCamera &, bool recording, const BWRecordingStatus &status) {
         const auto shared = weak.lock();
         if (!shared)
             return;
@@ -83,15 +96,15 @@ void BWCaptureController::prepareCamera(BWCamera &camera)
         else
             shared->recordingEnded(status);
     });
-    camera.setOnCameraHardwareButton([weak](BWCamera &pressed) {
+    camera->setOnCameraHardwareButton([weak, weakCamera = std::weak_ptr(camera)](BWCamera &pressed) {
         if (const auto shared = weak.lock())
-            shared->buttonPressed(pressed);
+            shared->buttonPressed(pressed, weakCamera);
     });
 }
 
-void BWCaptureController::pressHardwareButton(BWCamera &camera) const
+void BWCaptureController::pressHardwareButton(const BWCameraPtr &camera) const
 {
-    m_shared->buttonPressed(camera);
+    m_shared->buttonPressed(*camera, camera);
 }
 
 bool BWCaptureController::isHardwareButton(int key, bool autoRepeat, bool readByCamera)
@@ -100,10 +113,24 @@ bool BWCaptureController::isHardwareButton(int key, bool autoRepeat, bool readBy
     return (key == Qt::Key_WebCam || key == Qt::Key_Camera) && !autoRepeat && !readByCamera;
 }
 
+void BWCaptureController::setFrozenFrame(const BWFrame &frame)
+{
+    const std::lock_guard lock(m_shared->mutex);
+    m_shared->frozen = {frame, QDateTime::currentDateTime()};
+}
+
 void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
 {
-    if (camera)
+    if (const auto still = m_shared->frozenFrame(); !still.frame.isNull())
+        m_shared->save(still, camera);
+    else if (camera)
         camera->takeSnapshot();
+}
+
+void BWCaptureController::whenStillsAreWritten(std::function<void()> done)
+{
+    m_shared->worker->run(
+        [owner = std::weak_ptr(m_shared), done = std::move(done)] { BWMainQueue::post(owner, done); });
 }
 
 void BWCaptureController::toggleRecording(const BWCameraPtr &camera, const QString &title)
@@ -155,7 +182,7 @@ void BWCaptureController::setButtonRecords(bool records, std::function<void()> r
     m_shared->buttonRecords = records;
 }
 
-void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
+void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg, const QDateTime &taken)
 {
     BWMainQueue::post(weak_from_this(), [this] { callbacks.snapshot(); });
     BWSnapshotTags about;
@@ -163,7 +190,7 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
         const std::lock_guard lock(mutex);
         about = tags;
     }
-    about.taken = QDateTime::currentDateTime();
+    about.taken = taken;
     const QByteArray image = about.addedTo(jpeg);
     const QUrl temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
     QSaveFile file(temporary.toLocalFile());
@@ -182,15 +209,46 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg)
     takeIn({path, BWFileClaim::existing(path), {BWMediaType::Image}}, path);
 }
 
-void BWCaptureController::Shared::buttonPressed(BWCamera &camera)
+void BWCaptureController::Shared::buttonPressed(BWCamera &camera, const std::weak_ptr<BWCamera> &weak)
 {
-    if (!buttonRecords) {
-        camera.takeSnapshot();
+    if (buttonRecords) {
+        BWMainQueue::post(weak_from_this(), [this] {
+            if (record)
+                record();
+        });
         return;
     }
-    BWMainQueue::post(weak_from_this(), [this] {
-        if (record)
-            record();
+    if (const Frozen still = frozenFrame(); !still.frame.isNull())
+        BWMainQueue::post(weak_from_this(), [this, still, weak] { save(still, weak); });
+    else
+        camera.takeSnapshot();
+}
+
+/// Any thread.
+BWCaptureController::Shared::Frozen BWCaptureController::Shared::frozenFrame()
+{
+    const std::lock_guard lock(mutex);
+    return frozen;
+}
+
+/// GUI thread, which does not wait for the encoder. A frame that turns out to be torn leaves its press to the camera's
+/// next picture, as frames of the camera do.
+void BWCaptureController::Shared::save(const Frozen &still, const std::weak_ptr<BWCamera> &camera)
+{
+    if (!worker)
+        return;
+    worker->run([weak = weak_from_this(), still, camera] {
+        const QByteArray jpeg = BWStill::jpegOf(still.frame);
+        const auto shared = weak.lock();
+        if (shared && !jpeg.isNull())
+            shared->snapshotReady(jpeg, still.taken);
+        else if (shared)
+            BWMainQueue::post(weak, [self = shared.get(), camera] {
+                if (const BWCameraPtr instead = camera.lock())
+                    instead->takeSnapshot();
+                else
+                    self->callbacks.done({BWMediaType::Image});
+            });
     });
 }
 

@@ -56,20 +56,28 @@ public:
 
     /// Installs the snapshot, recording and hardware-button callbacks. They may be called on any thread until the
     /// camera is gone, and may outlive this object.
-    void prepareCamera(BWCamera &camera);
+    void prepareCamera(const BWCameraPtr &camera);
 
     /// What snapshots say about themselves from now on, besides the time.
     void setSnapshotTags(const QString &camera, const QString &software);
 
-    /// Asks the camera for a still; does nothing without a camera.
-    static void forceSnapshot(const BWCameraPtr &camera);
+    /// Every snapshot from now on is of that frame, however it is asked for; null: of the camera's next picture again.
+    /// The frame is kept, so it must be a copy that holds no buffer of a device.
+    void setFrozenFrame(const BWFrame &frame);
+
+    /// Takes a still: of the frozen frame, with or without a camera; else of the camera's next picture.
+    void forceSnapshot(const BWCameraPtr &camera);
+
+    /// Calls `done` when all stills of frozen frames asked for so far are on their way into the album, as those of a
+    /// camera are when it has stopped.
+    void whenStillsAreWritten(std::function<void()> done);
 
     /// Begins a recording, or ends the camera's present one. Returns at once: completing a movie may take a while.
     /// `title` is the camera's, for the notice at the end.
     void toggleRecording(const BWCameraPtr &camera, const QString &title = {});
 
     /// As if the button on the camera had been pressed. Any thread.
-    void pressHardwareButton(BWCamera &camera) const;
+    void pressHardwareButton(const BWCameraPtr &camera) const;
 
     /// Whether a key press that the desktop hands to the window is a press of the current camera's button. It is not if
     /// the camera reads its button itself (`readByCamera`), or every press would count twice.
