@@ -2,6 +2,7 @@
 
 #include "App/Capture/BWCaptureFeedback.h"
 #include "App/Capture/BWSnapshotSound.h"
+#include "App/LiveView/BWFreezeController.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWSceneController.h"
@@ -158,7 +159,7 @@ void AppDelegate::prepareUI()
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_session, m_productInUse,
                                                               m_options.openUrl, m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
-        *m_window, *m_liveView, *m_grid, *m_auxiliaryWindows, m_session, m_productInUse, m_repository,
+        *m_window, *m_liveView, *m_scene, *m_grid, *m_auxiliaryWindows, m_session, m_productInUse, m_repository,
         BWSessionWindows::Callbacks{[this] { return pendingDevices(); }, [this] { return blockedCameras(); }}, m_clock);
     connectSession();
     for (const BWCameraPtr &camera : m_session.cameras())
@@ -218,6 +219,7 @@ void AppDelegate::prepareCapture()
         m_window->controlBar(), *m_flashActionViewController, *m_statusLine, texts,
         BWCaptureFeedback::Callbacks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); }}, m_clock);
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
+    m_freeze = std::make_unique<BWFreezeController>(*m_window, *m_scene, *m_renderer, *m_capture, m_clock);
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->reportRecovered(last); });
 }
@@ -226,6 +228,9 @@ void AppDelegate::connectSession()
 {
     connect(&m_session, &BWCameraSession::statusChanged, this, &AppDelegate::updateStateLabel);
     connect(&m_session, &BWCameraSession::quitRequested, this, &AppDelegate::applicationShouldTerminate);
+    connect(&m_session, &BWCameraSession::cameraChosen, m_freeze.get(), &BWFreezeController::goLive);
+    connect(m_freeze.get(), &BWFreezeController::failed, this,
+            [this] { m_statusLine->showForAMoment(m_texts.notFrozen); });
     connect(m_sessionWindows.get(), &BWSessionWindows::terminateRequested, this,
             &AppDelegate::applicationShouldTerminate);
     connect(m_grid.get(), &BWGridController::gridChanged, this, &AppDelegate::updateStateLabel);

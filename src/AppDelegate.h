@@ -27,6 +27,7 @@ class BWCameraAuthorization;
 class BWCaptureFeedback;
 class BWCaptureRecovery;
 class BWFlashActionViewController;
+class BWFreezeController;
 class BWGridController;
 class BWImportMenu;
 class BWLiveViewController;
@@ -113,6 +114,7 @@ private:
     std::unique_ptr<BWSnapshotSound> m_snapshotSound;
     std::unique_ptr<BWCaptureFeedback> m_captureFeedback;
     std::unique_ptr<BWCaptureController> m_capture;
+    std::unique_ptr<BWFreezeController> m_freeze;
     std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
     std::unique_ptr<BWAuxiliaryWindows> m_auxiliaryWindows;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;

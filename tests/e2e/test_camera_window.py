@@ -11,11 +11,20 @@ import signal
 import subprocess
 import sys
 
+sys.path.append(os.path.join(os.path.dirname(__file__), "..", "capture"))
+import numbered_movie
 from desktop import wait_until
 from live_image import colours
 from program import ProgramTest, answer_product_question, frames_of, wait_for_picture
 
 HANGING_DISK = None
+
+
+def picture_in(file):
+    """The camera's own bytes, without what the snapshot says about itself."""
+    stored = file.read_bytes()
+    tags = stored.index(b"\xff\xe1")
+    return stored[:tags] + stored[tags + 2 + int.from_bytes(stored[tags + 2:tags + 4], "big"):]
 
 
 class CameraWindow(ProgramTest):
@@ -331,6 +340,52 @@ class CameraWindow(ProgramTest):
         for keys, text in (("ctrl+g", caption), ("ctrl+minus", f"{caption} Applies at 100%."), ("ctrl+0", caption)):
             self.desktop.key(keys)
             self.program.wait_for(None, text)
+        self.program.quit()
+
+    def test_frozen_picture(self):
+        movie = self.desktop.folder / "numbered.mov"
+        numbered_movie.make(movie, 640, 480, 1800, 15)
+        subprocess.run(["ffmpeg", "-v", "error", "-i", movie, "-c", "copy", "-f", "image2",
+                        self.desktop.folder / "%03d.jpg"], check=True)
+        delivered = [file.read_bytes() for file in sorted(self.desktop.folder.glob("*.jpg"))]
+        self.start("--simulate", f"high={movie}")
+        answer_product_question(self.program)
+        self.live = wait_for_picture(self.program)
+        self.record()
+        self.wait_until_recorded()
+        self.desktop.input("key", "ctrl+f", "ctrl+s")  # the second while the first is being carried out
+        self.program.wait_for("notification", "Frozen")
+        self.desktop.key("ctrl+plus")
+        wait_until("the picture is larger", lambda: self.live.width() > 650)
+        before = self.live.brightness()
+        self.desktop.input("key", "ctrl+s", "space")
+        self.hand("Press Button")
+        wait_until("each press is a file", lambda: len(self.captures("*_image_*.jpg")) == 4)
+        self.wait_until_recorded(40)
+        self.assertEqual(self.live.brightness(), before)
+        self.program.click("push button", "Stop")
+        recorded, = wait_until("the movie is in the album", lambda: self.captures("*_video_*.mov"))
+
+        self.hand("Unplug")
+        self.program.wait_for(None, "No camera detected")
+        self.program.click("push button", "Snapshot")  # nothing is in its way
+        wait_until("another press is another file", lambda: len(self.captures("*_image_*.jpg")) == 5)
+        frozen = {picture_in(file) for file in self.captures("*_image_*.jpg")}
+        self.assertEqual(len(frozen), 1)
+        number = delivered.index(frozen.pop())
+        numbers = numbered_movie.numbers(recorded)
+        self.assertEqual(numbers, list(range(numbers[0], numbers[0] + len(numbers))))
+        self.assertLess(numbers[0], number)
+        self.assertGreater(numbers[-1], number + 20)
+
+        self.program.click("push button", "Freeze")
+        self.program.wait_for("dialog", "The camera was unplugged")
+        self.hand("Plug In")
+        wait_for_picture(self.program)
+        self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
+        self.desktop.key("ctrl+s")
+        wait_until("a live picture is saved", lambda: len(self.captures("*_image_*.jpg")) == 6)
+        self.assertNotEqual(delivered.index(picture_in(self.captures("*_image_*.jpg")[-1])), number)
         self.program.quit()
 
     def test_settings_that_cannot_be_stored(self):

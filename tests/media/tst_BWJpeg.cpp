@@ -164,7 +164,7 @@ private Q_SLOTS:
     {
         using Format = BWPixelFormat;
         for (const Format format : {Format::YUYV, Format::UYVY, Format::NV12, Format::YU12, Format::GREY, Format::RGB24,
-                                    Format::BGR24, Format::MJPEG}) {
+                                    Format::BGR24, Format::XBGR32, Format::MJPEG}) {
             const BWFrame picture = format == Format::MJPEG
                 ? jpegFrame(detailedJpeg(64, 48), 64, 48, {})
                 : TestFrames::make(

@@ -47,7 +47,7 @@ inline BWFrame make(BWPixelFormat format, QSize size, const std::function<QColor
         {BWPixelFormat::YUYV, {"YUYV"}},         {BWPixelFormat::UYVY, {"UYVY"}},
         {BWPixelFormat::NV12, {"YY", "UV"}},     {BWPixelFormat::GREY, {"YY"}},
         {BWPixelFormat::YU12, {"YY", "U", "V"}}, {BWPixelFormat::RGB24, {"RGBRGB"}},
-        {BWPixelFormat::BGR24, {"BGRBGR"}},
+        {BWPixelFormat::BGR24, {"BGRBGR"}},      {BWPixelFormat::XBGR32, {"BGRXBGRX"}},
     };
     const QByteArrayList &layout = layouts.at(format);
     auto buffers = std::make_shared<std::array<QByteArray, 3>>();

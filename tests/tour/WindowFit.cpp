@@ -2,6 +2,7 @@
 
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Help/BWShortcutTable.h"
+#include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWDoubleButton.h"
@@ -92,8 +93,8 @@ public:
         place(widget);
         const bool isKnown =
             judgeAs<QLabel, QPushButton, QToolButton, QComboBox, QSpinBox, QLineEdit, BWLightTabBar, QMenuBar, QMenu,
-                    BWStatusPill, BWStatisticsPanel, BWThumbnailNotice, BWFlashActionViewController, QTreeWidget,
-                    BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
+                    BWStatusPill, BWStatisticsPanel, BWFrozenMark, BWThumbnailNotice, BWFlashActionViewController,
+                    QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
         if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
             fault(widget, u"is of a kind that this check does not know"_s);
     }
@@ -190,6 +191,7 @@ private:
     /// As it is drawn, on black: nothing light, which is to say no letter, at its ends.
     void judgeKind(const BWStatusPill &pill) { endsAreFree(pill, pill.text()); }
     void judgeKind(const BWStatisticsPanel &panel) { endsAreFree(panel, panel.text()); }
+    void judgeKind(const BWFrozenMark &mark) { endsAreFree(mark, mark.accessibleName()); }
     void endsAreFree(const QWidget &pill, const QString &text)
     {
         QImage drawn(pill.size(), QImage::Format_RGB32);

@@ -22,6 +22,7 @@
 #include "Views/Help/BWAboutWindowController.h"
 #include "Views/Help/BWSimpleHelpWindowController.h"
 #include "Views/MainWindow/BWControlBar.h"
+#include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
@@ -222,7 +223,10 @@ private Q_SLOTS:
         see(m_window, u"main-grid"_s);
         m_window->menu().statistics->trigger();
         QTRY_VERIFY(m_window->findChild<BWStatisticsPanel *>()->isVisible()); // by way of the settings
-        see(m_window, u"main-statistics"_s);
+        m_window->menu().freeze->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->findChild<BWFrozenMark *>()->isVisible(), patience);
+        see(m_window, u"main-statistics-frozen"_s);
+        m_window->menu().freeze->trigger();
         m_window->resize(m_window->minimumSizeHint());
         see(m_window, u"main-statistics-narrowest"_s);
         m_window->menu().statistics->trigger();

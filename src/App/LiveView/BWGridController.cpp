@@ -42,8 +42,8 @@ QString BWGridController::currentProduct() const
 
 QString BWGridController::currentResolution() const
 {
-    const BWCameraPtr &camera = m_productInUse.camera();
-    return camera ? camera->defaultResolution().resolutionString() : QString();
+    const QSize size = m_liveView.mainSize(); // a still may have another one than the camera now
+    return size.isEmpty() ? QString() : BWResolution(size.width(), size.height()).resolutionString();
 }
 
 double BWGridController::gridDistance() const

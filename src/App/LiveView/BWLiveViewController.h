@@ -55,6 +55,8 @@ public:
 
     /// Of the main picture.
     const BWLiveViewState &state() const { return m_state; }
+    /// In pixels, before it is turned; none without a picture.
+    QSize mainSize() const;
 
 Q_SIGNALS:
     /// At the end of updateImageDisplay().
@@ -65,7 +67,6 @@ private:
     void zoom(const std::function<void(BWLiveViewState &)> &change, std::optional<QPointF> at = std::nullopt);
     void moveReference(const std::function<BWPicturePlace(const BWPicturePlace &)> &change);
     BWLiveViewState &turnedState();
-    QSize mainSize() const;
     void layOut(std::optional<QPointF> anchor = std::nullopt);
     void showState();
 

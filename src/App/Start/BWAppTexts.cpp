@@ -69,4 +69,6 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     gridHoldsAt100 = manager.text(u"camera_window"_s, u"grid_holds_at_100"_s, u"Applies at 100%."_s);
     settingsNotStored = manager.text(u"camera_window"_s, u"settings_not_stored"_s,
                                      u"Settings could not be saved. Your choices apply until you quit."_s);
+    notFrozen = manager.text(u"camera_window"_s, u"not_frozen"_s,
+                             u"No undamaged picture has come from the camera. The image is still live."_s);
 }

@@ -13,6 +13,7 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString gridDisclaimer;
     QString gridHoldsAt100; ///< the lines keep their distance on the screen at every zoom
     QString settingsNotStored;
+    QString notFrozen;
     QString cameraAccessDeniedTitle;
     QString cameraAccessDeniedMessage;
     QString cameraAccessRestrictedTitle;

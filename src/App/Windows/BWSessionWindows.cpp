@@ -2,6 +2,7 @@
 
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
+#include "App/LiveView/BWSceneController.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "Model/BWRepository.h"
 #include "Model/Products/BWProductInUse.h"
@@ -21,12 +22,13 @@
 
 using namespace Qt::StringLiterals;
 
-BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                                   BWAuxiliaryWindows &auxiliary, BWCameraSession &session,
+BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWSceneController &scene,
+                                   BWGridController &grid, BWAuxiliaryWindows &auxiliary, BWCameraSession &session,
                                    BWProductInUse &productInUse, BWRepository &repository, Callbacks callbacks,
                                    BWClock &clock)
     : m_window(window),
       m_liveView(liveView),
+      m_scene(scene),
       m_grid(grid),
       m_auxiliary(auxiliary),
       m_session(session),
@@ -35,7 +37,7 @@ BWSessionWindows::BWSessionWindows(BWMainWindow &window, BWLiveViewController &l
       m_texts(repository.localizationManager())
 {
     makeQuestions(m_texts, std::move(callbacks), clock);
-    m_window.controlBar().setCameraControlsEnabled(false);
+    enableControls();
     connectSession();
     connectMenus();
     showCameras(); // one may be starting already
@@ -85,6 +87,7 @@ void BWSessionWindows::connectSession()
     connect(&m_session, &BWCameraSession::productUnknown, this, &BWSessionWindows::askForProduct);
     connect(&m_session, &BWCameraSession::startFailed, this, &BWSessionWindows::showStartProblem);
     connect(&m_session, &BWCameraSession::questionsWithdrawn, this, &BWSessionWindows::endQuestions);
+    connect(&m_scene, &BWSceneController::mainChanged, this, &BWSessionWindows::followScene);
     connect(&m_productInUse, &BWProductInUse::resolutionChanged, this, [this] {
         showResolutions();
         updateImageDisplay();
@@ -141,8 +144,8 @@ void BWSessionWindows::showProducts()
 
 void BWSessionWindows::cameraStarted()
 {
-    m_window.controlBar().setCameraControlsEnabled(true);
-    m_window.menu().setCameraActionsEnabled(true);
+    m_streams = true;
+    enableControls();
     m_auxiliary.showHidden();
     showResolutions();
     m_grid.followProduct();
@@ -173,9 +176,28 @@ void BWSessionWindows::bringMainWindowToFront()
 
 void BWSessionWindows::resetUIToInitial()
 {
-    m_window.controlBar().setCameraControlsEnabled(false);
-    m_window.menu().setCameraActionsEnabled(false);
+    m_streams = false;
+    enableControls();
     m_liveView.clear();
+}
+
+/// A still can be looked at, and a frozen one saved, without a camera.
+void BWSessionWindows::enableControls()
+{
+    const bool hasPicture = m_streams || m_scene.main() != BWSceneController::Main::Live;
+    m_window.controlBar().setControlsEnabled(m_streams, hasPicture);
+    m_window.menu().setActionsEnabled(m_streams, hasPicture);
+}
+
+void BWSessionWindows::followScene()
+{
+    enableControls();
+    if (m_scene.main() != BWSceneController::Main::Live)
+        return;
+    if (!m_streams)
+        m_liveView.clear(); // no picture takes the place of the still
+    if (m_sheetWaits)
+        showNoCamera(true);
 }
 
 void BWSessionWindows::askForProduct()
@@ -217,6 +239,9 @@ void BWSessionWindows::showNoCamera(bool hadCamera)
 {
     m_auxiliary.hideAll();
     if (hadCamera) {
+        m_sheetWaits = m_scene.main() != BWSceneController::Main::Live; // which it would block
+        if (m_sheetWaits)
+            return;
         m_noCameraSheet->beginSheet(&m_window, [this](int result) {
             if (result == 1)
                 m_session.quitWithoutCamera();
@@ -230,6 +255,7 @@ void BWSessionWindows::showNoCamera(bool hadCamera)
 
 void BWSessionWindows::endNoCamera()
 {
+    m_sheetWaits = false;
     m_noCameraWindow->hide();
     m_noCameraSheet->end();
 }

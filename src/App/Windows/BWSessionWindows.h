@@ -22,6 +22,7 @@ class BWNoCameraSheetWindowController;
 class BWNoCameraWindowController;
 class BWProductInUse;
 class BWRepository;
+class BWSceneController;
 
 /// Shows the camera session: the live picture and its menus, the windows that stand in for a missing camera, and the
 /// session's questions. GUI thread.
@@ -35,9 +36,9 @@ public:
     };
 
     /// All must outlive this object.
-    BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWGridController &grid,
-                     BWAuxiliaryWindows &auxiliary, BWCameraSession &session, BWProductInUse &productInUse,
-                     BWRepository &repository, Callbacks callbacks, BWClock &clock);
+    BWSessionWindows(BWMainWindow &window, BWLiveViewController &liveView, BWSceneController &scene,
+                     BWGridController &grid, BWAuxiliaryWindows &auxiliary, BWCameraSession &session,
+                     BWProductInUse &productInUse, BWRepository &repository, Callbacks callbacks, BWClock &clock);
     ~BWSessionWindows() override;
 
     /// The settings store changed.
@@ -62,6 +63,8 @@ private:
     void showResolutions();
     void updateImageDisplay();
     void resetUIToInitial();
+    void enableControls();
+    void followScene();
     void askForProduct();
     void showStartProblem(const BWCameraSession::StartQuestion &question);
     void endStartProblem();
@@ -71,6 +74,7 @@ private:
 
     BWMainWindow &m_window;
     BWLiveViewController &m_liveView;
+    BWSceneController &m_scene;
     BWGridController &m_grid;
     BWAuxiliaryWindows &m_auxiliary;
     BWCameraSession &m_session;
@@ -81,4 +85,6 @@ private:
     std::unique_ptr<BWNoCameraProductSheetWindowController> m_productSheet;
     std::unique_ptr<BWNoCameraSheetWindowController> m_noCameraSheet;
     QPointer<BWStartProblemAlert> m_startProblem;
+    bool m_streams = false;
+    bool m_sheetWaits = false; // for the live image
 };

@@ -30,7 +30,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     /// Of which snapshots are while the picture stands still.
     struct Frozen {
         BWFrame frame; // null while it does not
-        QDateTime taken;
+        BWSnapshotTags about; // as they were then
     };
     /// On its way into the album.
     struct Capture {
@@ -44,7 +44,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     {
     }
 
-    void snapshotReady(const QByteArray &jpeg, const QDateTime &taken);
+    void snapshotReady(const QByteArray &jpeg, const BWSnapshotTags &about);
+    BWSnapshotTags tagsForNow();
     void buttonPressed(BWCamera &camera, const std::weak_ptr<BWCamera> &weak);
     Frozen frozenFrame();
     void save(const Frozen &still, const std::weak_ptr<BWCamera> &camera);
@@ -85,7 +86,7 @@ void BWCaptureController::prepareCamera(const BWCameraPtr &camera)
     const std::weak_ptr weak(m_shared);
     camera->setOnCameraSnapshot([weak](BWCamera &, const QByteArray &jpeg) {
         if (const auto shared = weak.lock())
-            shared->snapshotReady(jpeg, QDateTime::currentDateTime());
+            shared->snapshotReady(jpeg, shared->tagsForNow());
     });
     camera->setOnCameraRecording([weak](BWCamera &, bool recording, const BWRecordingStatus &status) {
         const auto shared = weak.lock();
@@ -115,8 +116,9 @@ bool BWCaptureController::isHardwareButton(int key, bool autoRepeat, bool readBy
 
 void BWCaptureController::setFrozenFrame(const BWFrame &frame)
 {
+    const BWSnapshotTags about = m_shared->tagsForNow();
     const std::lock_guard lock(m_shared->mutex);
-    m_shared->frozen = {frame, QDateTime::currentDateTime()};
+    m_shared->frozen = {frame, about};
 }
 
 void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
@@ -182,15 +184,17 @@ void BWCaptureController::setButtonRecords(bool records, std::function<void()> r
     m_shared->buttonRecords = records;
 }
 
-void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg, const QDateTime &taken)
+BWSnapshotTags BWCaptureController::Shared::tagsForNow()
+{
+    const std::lock_guard lock(mutex);
+    BWSnapshotTags about = tags;
+    about.taken = QDateTime::currentDateTime();
+    return about;
+}
+
+void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg, const BWSnapshotTags &about)
 {
     BWMainQueue::post(weak_from_this(), [this] { callbacks.snapshot(); });
-    BWSnapshotTags about;
-    {
-        const std::lock_guard lock(mutex);
-        about = tags;
-    }
-    about.taken = taken;
     const QByteArray image = about.addedTo(jpeg);
     const QUrl temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
     QSaveFile file(temporary.toLocalFile());
@@ -241,7 +245,7 @@ void BWCaptureController::Shared::save(const Frozen &still, const std::weak_ptr<
         const QByteArray jpeg = BWStill::jpegOf(still.frame);
         const auto shared = weak.lock();
         if (shared && !jpeg.isNull())
-            shared->snapshotReady(jpeg, still.taken);
+            shared->snapshotReady(jpeg, still.about);
         else if (shared)
             BWMainQueue::post(weak, [self = shared.get(), camera] {
                 if (const BWCameraPtr instead = camera.lock())

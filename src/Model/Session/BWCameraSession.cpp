@@ -189,6 +189,7 @@ void BWCameraSession::changeCurrentCamera(const BWCameraPtr &camera)
     if (m_state != State::Starting && m_state != State::Streaming)
         return;
     m_nextCamera = camera;
+    Q_EMIT cameraChosen();
     stopCurrentCamera(State::Switching);
 }
 

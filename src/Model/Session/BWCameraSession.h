@@ -88,6 +88,7 @@ Q_SIGNALS:
     void cameraAdded(const BWCameraPtr &camera); ///< once for each, to install its callbacks
     void starting();
     void started(); ///< the current camera streams, with the values of its product
+    void cameraChosen(); ///< another one than the current
     void cameraGone(); ///< or about to change: its picture goes
     void noCamera(bool hadCamera); ///< `hadCamera`: one was in use since launch
     void productUnknown(); ///< which product is the current camera?

@@ -44,6 +44,7 @@ BWControlBar::BWControlBar(const BWMainMenu &menu, QWidget *parent) : QWidget(pa
     connect(m_rotatePopUpButton, &QComboBox::textActivated, this, &BWControlBar::rotationPicked);
     connect(m_flipPopUpButton, &QComboBox::activated, this, &BWControlBar::flipPicked);
     connect(m_gridButton, &QToolButton::clicked, this, &BWControlBar::gridTriggered);
+    connect(m_freezeButton, &QToolButton::clicked, this, &BWControlBar::freezeTriggered);
     connect(m_snapshotButton, &QToolButton::clicked, this, &BWControlBar::snapshotTriggered);
     connect(m_recordButton, &QToolButton::clicked, this, &BWControlBar::recordTriggered);
     connect(m_settingsButton, &QToolButton::clicked, this, &BWControlBar::settingsTriggered);
@@ -67,9 +68,11 @@ void BWControlBar::makeControls()
     m_flipPopUpButton->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_gridButton = makeButton(smallIcon);
     m_gridButton->setCheckable(true);
+    m_freezeButton = makeButton(smallIcon);
+    m_freezeButton->setCheckable(true);
     m_snapshotButton = makeButton(captureIcon);
     m_recordButton = makeButton(captureIcon);
-    for (BWBarButton *toggle : {m_gridButton, m_recordButton})
+    for (BWBarButton *toggle : {m_gridButton, m_freezeButton, m_recordButton})
         toggle->setDoubleClickIsClick(true);
     m_settingsButton = makeButton(smallIcon);
     m_albumsButton = makeButton(smallIcon);
@@ -85,23 +88,25 @@ void BWControlBar::addColumns()
     addColumn(0, m_resolutionPopUpButton,
               BWLocalizableString(u"camera_window"_s, u"resolution_label"_s, u"Resolution"_s), nullptr, Needs::Camera);
     addColumn(1, m_zoomDoubleButton, BWLocalizableString(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), nullptr,
-              Needs::Camera);
+              Needs::Picture);
     addColumn(2, m_rotatePopUpButton, BWLocalizableString(u"camera_window"_s, u"rotate_label"_s, u"Rotate"_s),
-              m_menu.rotate, Needs::Camera);
+              m_menu.rotate, Needs::Picture);
     addColumn(3, m_flipPopUpButton, BWLocalizableString(u"camera_window"_s, u"flip_label"_s, u"Flip"_s), nullptr,
-              Needs::Camera);
+              Needs::Picture);
     m_gridLabel = addColumn(4, m_gridButton, BWLocalizableString(u"camera_window"_s, u"grid_label"_s, u"Grid"_s),
-                            m_menu.grid, Needs::Camera);
+                            m_menu.grid, Needs::Picture);
     m_grid->setColumnStretch(5, 1);
-    addColumn(6, m_snapshotButton, BWLocalizableString(u"camera_window"_s, u"snapshot_label"_s, u"Snapshot"_s),
-              m_menu.snapshot, Needs::Camera);
+    addColumn(6, m_freezeButton, BWLocalizableString(u"camera_window"_s, u"freeze_label"_s, u"Freeze"_s), m_menu.freeze,
+              Needs::Picture);
+    addColumn(7, m_snapshotButton, BWLocalizableString(u"camera_window"_s, u"snapshot_label"_s, u"Snapshot"_s),
+              m_menu.snapshot, Needs::Picture);
     m_recordLabel =
-        addColumn(7, m_recordButton, BWLocalizableString(u"camera_window"_s, u"record_label"_s, u"Record"_s),
+        addColumn(8, m_recordButton, BWLocalizableString(u"camera_window"_s, u"record_label"_s, u"Record"_s),
                   m_menu.record, Needs::Camera);
-    m_grid->setColumnStretch(8, 1);
-    addColumn(9, m_settingsButton, BWLocalizableString(u"camera_window"_s, u"settings_label"_s, u"Settings"_s),
+    m_grid->setColumnStretch(9, 1);
+    addColumn(10, m_settingsButton, BWLocalizableString(u"camera_window"_s, u"settings_label"_s, u"Settings"_s),
               m_menu.settingsMenuItem, Needs::Nothing);
-    addColumn(10, m_albumsButton, BWLocalizableString(u"camera_window"_s, u"albums_label"_s, u"Albums"_s),
+    addColumn(11, m_albumsButton, BWLocalizableString(u"camera_window"_s, u"albums_label"_s, u"Albums"_s),
               m_menu.albumManagerMenuItem, Needs::Nothing);
     // The grid keeps its place while hidden, so that nothing moves when it comes and goes.
     for (QWidget *widget : std::initializer_list<QWidget *>{m_gridButton, m_gridLabel}) {
@@ -138,6 +143,7 @@ void BWControlBar::updateIcons()
     m_zoomDoubleButton->setLeftIcon(BWIcons::icon(u"brimwellpro-zoom-out"_s));
     m_zoomDoubleButton->setRightIcon(BWIcons::icon(u"brimwellpro-zoom-in"_s));
     m_gridButton->setIcon(BWIcons::icon(u"brimwellpro-grid"_s));
+    m_freezeButton->setIcon(BWIcons::icon(u"brimwellpro-freeze"_s));
     m_snapshotButton->setIcon(BWIcons::icon(u"brimwellpro-snapshot"_s));
     m_settingsButton->setIcon(BWIcons::icon(u"configure"_s));
     m_albumsButton->setIcon(BWIcons::icon(u"brimwellpro-albums"_s));
@@ -234,15 +240,21 @@ void BWControlBar::showGrid(bool on)
     m_gridButton->setChecked(on);
 }
 
-void BWControlBar::setCameraControlsEnabled(bool enabled)
+void BWControlBar::showFrozen(bool frozen)
+{
+    m_freezeButton->setChecked(frozen);
+}
+
+void BWControlBar::setControlsEnabled(bool camera, bool picture)
 {
     for (const Column &column : std::as_const(m_columns)) {
         if (column.needs == Needs::Nothing)
             continue;
+        const bool enabled = column.needs == Needs::Camera ? camera : picture;
         column.control->setEnabled(enabled);
         column.label->setEnabled(enabled);
     }
-    if (!enabled)
+    if (!camera)
         m_resolutionPopUpButton->setCurrentIndex(-1);
 }
 

@@ -38,8 +38,10 @@ public:
     /// Whether the button of the measuring grid shows, and whether it is pressed.
     void setGridAvailable(bool available);
     void showGrid(bool on);
-    /// Without a camera only settings and albums are enabled.
-    void setCameraControlsEnabled(bool enabled);
+    /// Whether the button that freezes the picture is pressed.
+    void showFrozen(bool frozen);
+    /// Enables what acts on a streaming camera, and that for which any picture will do. Settings and albums always are.
+    void setControlsEnabled(bool camera, bool picture);
 
 Q_SIGNALS:
     void resolutionPicked(const QString &title);
@@ -47,6 +49,7 @@ Q_SIGNALS:
     void rotationPicked(const QString &title);
     void flipPicked(int index);
     void gridTriggered();
+    void freezeTriggered();
     void snapshotTriggered();
     void recordTriggered();
     void recordingShown(bool recording);
@@ -58,7 +61,7 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    enum class Needs { Camera, Nothing };
+    enum class Needs { Camera, Picture, Nothing };
     /// A control over its caption.
     struct Column {
         QWidget *control;
@@ -84,6 +87,7 @@ private:
     QComboBox *m_rotatePopUpButton = nullptr;
     QComboBox *m_flipPopUpButton = nullptr;
     BWBarButton *m_gridButton = nullptr;
+    BWBarButton *m_freezeButton = nullptr;
     QToolButton *m_snapshotButton = nullptr;
     BWBarButton *m_recordButton = nullptr;
     QToolButton *m_settingsButton = nullptr;

@@ -59,6 +59,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     flipHorizontally = add(m_viewMenu, u"Ctrl+H"_s);
     flipVertically = add(m_viewMenu, u"Ctrl+J"_s);
     m_viewMenu->addSeparator();
+    freeze = add(m_viewMenu, u"Ctrl+F"_s);
+    freeze->setCheckable(true);
     grid = add(m_viewMenu, u"Ctrl+G"_s);
     grid->setCheckable(true);
     statistics = add(m_viewMenu, u"Ctrl+I"_s);
@@ -92,7 +94,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     connect(m_products, &QActionGroup::triggered, this,
             [this](QAction *action) { Q_EMIT productPicked(action->data().toString()); });
 
-    setCameraActionsEnabled(false);
+    setActionsEnabled(false, false);
     setGridAvailable(false);
     showTools(false);
     showCameras({}, -1);
@@ -130,6 +132,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(rotate, manager.text(u"main_menu"_s, u"rotate_menu_item"_s, u"&Rotate by 90 degrees"_s));
     set(flipHorizontally, manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
     set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));
+    set(freeze, manager.text(u"main_menu"_s, u"freeze_menu_item"_s, u"Free&ze"_s));
     set(grid, manager.text(u"main_menu"_s, u"grid_menu_item"_s, u"&Measuring grid"_s));
     set(statistics, manager.text(u"main_menu"_s, u"statistics_menu_item"_s, u"&Statistics"_s));
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
@@ -187,11 +190,12 @@ void BWMainMenu::enablePanels()
     advancedSettingsMenuItem->setEnabled(true);
 }
 
-void BWMainMenu::setCameraActionsEnabled(bool enabled)
+void BWMainMenu::setActionsEnabled(bool camera, bool picture)
 {
+    record->setEnabled(camera);
     for (QAction *action :
-         {snapshot, record, zoomIn, zoomOut, actualSize, fitToWindow, rotate, flipHorizontally, flipVertically, grid})
-        action->setEnabled(enabled);
+         {snapshot, zoomIn, zoomOut, actualSize, fitToWindow, rotate, flipHorizontally, flipVertically, freeze, grid})
+        action->setEnabled(picture);
 }
 
 void BWMainMenu::showRecording(bool recording)

@@ -37,8 +37,8 @@ public:
 
     /// Enables the items that make sense only once a camera has been there.
     void enablePanels();
-    /// Enables the items that act on a streaming camera.
-    void setCameraActionsEnabled(bool enabled);
+    /// Enables the items that act on a streaming camera, and those for which any picture will do.
+    void setActionsEnabled(bool camera, bool picture);
     /// Whether the item that records would end a recording.
     void showRecording(bool recording);
     /// Whether the item of the measuring grid shows, and whether it is checked.
@@ -61,6 +61,7 @@ public:
     QAction *rotate;
     QAction *flipHorizontally;
     QAction *flipVertically;
+    QAction *freeze;
     QAction *grid;
     QAction *statistics;
     QAction *fullScreen;

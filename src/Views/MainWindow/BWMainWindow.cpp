@@ -5,6 +5,7 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWControlBar.h"
+#include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
@@ -25,6 +26,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
       m_controlBar(new BWControlBar(*m_menu, m_content)),
       m_statusPill(new BWStatusPill(m_content)),
       m_statistics(new BWStatisticsPanel([&renderer] { return renderer.figures(); }, m_content)),
+      m_frozenMark(new BWFrozenMark(m_content)),
       m_visibility(*this)
 {
     BWAccessibleRoles::install();
@@ -49,6 +51,7 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
     m_menu->localizeWithManager(manager);
     m_controlBar->localizeWithManager(manager);
     m_statistics->localizeWithManager(manager);
+    m_frozenMark->localizeWithManager(manager);
     updateMinimumSize();
     layOutContent();
 }
@@ -86,6 +89,14 @@ void BWMainWindow::showStatistics(bool shown)
     updateSeen();
 }
 
+void BWMainWindow::showFrozen(bool frozen, bool checked)
+{
+    m_menu->freeze->setChecked(checked);
+    m_controlBar->showFrozen(checked);
+    m_frozenMark->setVisible(frozen);
+    layOutContent();
+}
+
 void BWMainWindow::updateSeen()
 {
     m_clipView->setSeen(m_visibility.isSeen());
@@ -113,7 +124,7 @@ void BWMainWindow::layOutContent()
     m_controlBar->setGeometry(0, 0, m_content->width(), BWLiveViewGeometry::barHeight);
     const QRect picture = m_content->rect().adjusted(0, BWLiveViewGeometry::barHeight, 0, 0);
     m_statusPill->placeIn(picture);
-    m_statistics->placeIn(picture);
+    m_statistics->placeIn(m_frozenMark->placeIn(picture));
 }
 
 bool BWMainWindow::event(QEvent *event)

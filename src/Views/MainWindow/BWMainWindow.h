@@ -9,6 +9,7 @@
 class BWCenteringClipView;
 class BWControlBar;
 class BWFrameAutosave;
+class BWFrozenMark;
 class BWLiveRenderer;
 class BWMainMenu;
 class BWStatisticsPanel;
@@ -42,6 +43,8 @@ public:
     void setFullScreen(bool fullScreen);
     /// The figures over the live image, and the menu's check mark.
     void showStatistics(bool shown);
+    /// The mark over a picture that stands still; the button and the menu's check mark, which are ahead of it for a moment.
+    void showFrozen(bool frozen, bool checked);
 
     /// Asked when the user closes the window: true to let it close. By default it may.
     void setShouldClose(std::function<bool()> shouldClose) { m_shouldClose = std::move(shouldClose); }
@@ -73,6 +76,7 @@ private:
     BWControlBar *m_controlBar;
     BWStatusPill *m_statusPill;
     BWStatisticsPanel *m_statistics;
+    BWFrozenMark *m_frozenMark;
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
     bool m_statisticsWanted = false;

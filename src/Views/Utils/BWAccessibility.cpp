@@ -17,6 +17,7 @@ constexpr std::array classRoles{
     ClassRole{"BWControlBar", QAccessible::ToolBar},
     ClassRole{"BWDoubleButton", QAccessible::Grouping},
     ClassRole{"BWFlashActionViewController", QAccessible::StaticText},
+    ClassRole{"BWFrozenMark", QAccessible::Notification},
     ClassRole{"BWKeyCaps", QAccessible::StaticText},
     ClassRole{"BWStatusPill", QAccessible::Notification},
     ClassRole{"QFrame", QAccessible::Separator}, // we use a plain QFrame only as a line

@@ -9,7 +9,7 @@ class QPalette;
 /// all others come from the desktop's icon theme, or from Breeze if the theme has none. Icons follow a change of the
 /// palette and are sharp at every scale. GUI thread.
 ///
-/// Our own: brimwellpro-zoom-in, -zoom-out, -grid, -albums, -snapshot (32 points, to stand beside "record.png"),
+/// Our own: brimwellpro-zoom-in, -zoom-out, -grid, -freeze, -albums, -snapshot (32 points, to stand beside "record.png"),
 /// -plug-in and -which-model (illustrations, 96 points).
 class BWIcons {
 public:

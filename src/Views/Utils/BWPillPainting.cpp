@@ -93,13 +93,13 @@ QSize BWFlashPicture::size() const
 QRect BWFlashPicture::fadingRect() const
 {
     const QSize whole = size();
-    return m_sign == Sign::Check ? QRect(QPoint(), whole) : QRect(0, 0, captionEnd() + 1, whole.height());
+    return m_sign == Sign::Record ? QRect(0, 0, captionEnd() + 1, whole.height()) : QRect(QPoint(), whole);
 }
 
 QPixmap BWFlashPicture::steadyPart(double ratio) const
 {
     QPixmap pixmap = emptyPixmap(size(), ratio);
-    if (m_sign == Sign::Check)
+    if (m_sign != Sign::Record)
         return pixmap;
     QPainter painter(&pixmap);
     const QSize whole = size();
@@ -115,7 +115,7 @@ QPixmap BWFlashPicture::fadingPart(double ratio) const
     QPixmap pixmap = emptyPixmap(size(), ratio);
     QPainter painter(&pixmap);
     const QSize whole = size();
-    if (m_sign == Sign::Check)
+    if (m_sign != Sign::Record)
         drawBWPill(painter, QRect(QPoint(), whole));
     drawSign(painter);
     painter.setFont(m_captionFont);
@@ -135,6 +135,10 @@ void BWFlashPicture::drawSign(QPainter &painter) const
         painter.setPen(Qt::NoPen);
         painter.setBrush(recordColor);
         painter.drawEllipse(box);
+    } else if (m_sign == Sign::Pause) {
+        const double bar = side / 3;
+        painter.fillRect(QRectF(box.left(), box.top(), bar, side), bwPillTextColor);
+        painter.fillRect(QRectF(box.right() - bar, box.top(), bar, side), bwPillTextColor);
     } else {
         painter.setPen(QPen(bwPillTextColor, std::max(1.5, side / 6), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         const auto at = [&box](double x, double y) {

@@ -28,6 +28,7 @@ class BWFlashPicture {
 public:
     enum class Sign {
         Check, ///< the pill fades with its caption
+        Pause, ///< likewise
         Record, ///< the pill and its details stay, the caption blinks
     };
 
