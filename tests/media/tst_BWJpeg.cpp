@@ -167,43 +167,29 @@ private Q_SLOTS:
                                     Format::BGR24, Format::XBGR32, Format::MJPEG}) {
             const BWFrame picture = format == Format::MJPEG
                 ? jpegFrame(detailedJpeg(64, 48), 64, 48, {})
-                : TestFrames::make(
-                    format, {67, 45}, [](int x, int y) { return QColor(x * 3, y * 5, 99); }, BWColorMatrix::BT709,
-                    BWColorRange::Full, std::chrono::seconds(5));
+                : TestFrames::twoColours(format, {67, 45}, Qt::red, Qt::blue, BWColorMatrix::BT709, BWColorRange::Full);
             BWFrameInfo info = picture.info();
             info.sequence = 7;
             bool released = false;
-            BWFrame frame(info, [&released] { released = true; });
-            const BWFrame copy = frame.copied();
-            frame = {};
-            QVERIFY(released);
-            const auto head = [](const BWFrame &of) {
-                return std::tuple(of.pixelFormat(), of.size(), of.info().matrix, of.info().range, of.timestamp(),
-                                  of.sequence());
-            };
-            QVERIFY(head(copy) == head(BWFrame(info, {})));
+            const BWFrame copy = BWFrame(info, [&released] { released = true; }).copied();
+            QVERIFY(released && copy.sequence() == 7 && copy.info().matrix == info.matrix);
             for (int i = 0; i < 3; ++i) {
-                QCOMPARE(copy.plane(i).stride, picture.plane(i).stride);
-                QCOMPARE(copy.plane(i).size, picture.plane(i).size);
-                QVERIFY(!copy.plane(i).data || copy.plane(i).data != picture.plane(i).data);
-                QVERIFY(std::equal(copy.plane(i).data, copy.plane(i).data + copy.plane(i).size, picture.plane(i).data));
+                const BWPlane &from = picture.plane(i);
+                const BWPlane &to = copy.plane(i);
+                QVERIFY(to.stride == from.stride && to.size == from.size && (!to.data || to.data != from.data));
+                QVERIFY(std::equal(to.data, to.data + to.size, from.data));
             }
-            QVERIFY(BWStill::isWhole(copy));
             QCOMPARE(BWStill::jpegOf(copy), BWStill::jpegOf(picture));
         }
-        QVERIFY(BWFrame().copied().isNull());
     }
 
     void stillIsTheFrameItself()
     {
         const QByteArray jpeg = detailedJpeg(320, 240);
         const auto still = [](const QByteArray &data) { return BWStill::jpegOf(jpegFrame(data, 320, 240, {})); };
-        QCOMPARE(still(jpeg), jpeg);
         QCOMPARE(still(jpeg + QByteArray(77, '\0')), jpeg);
         QCOMPARE(still(withoutHuffmanTables(jpeg)), completed(withoutHuffmanTables(jpeg)));
-        QVERIFY(still(torn(jpeg)).isNull());
-        QVERIFY(!BWStill::isWhole(jpegFrame(torn(jpeg), 320, 240, {})));
-        QVERIFY(!BWStill::isWhole({}));
+        QVERIFY(still(torn(jpeg)).isNull() && BWStill::jpegOf({}).isNull());
     }
 
     void encodesOnManyThreads()

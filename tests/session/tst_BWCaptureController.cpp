@@ -197,53 +197,41 @@ private Q_SLOTS:
 
     void frozenFrameIsSavedByEveryPress()
     {
-        m_capture->toggleRecording(m_camera);
         captureFrame();
         const QByteArray frozen = lastFrame();
         m_capture->setFrozenFrame(m_lastCopy);
         m_hand->pressButton();
         captureFrame();
-        QVERIFY(lastFrame() != frozen);
         std::shared_ptr<void> busy = keepBusy(); // which does not matter
         m_capture->forceSnapshot(m_camera);
-        m_capture->forceSnapshot(m_camera);
         m_capture->pressHardwareButton(m_camera);
-        QTRY_COMPARE(m_saved.size(), 4);
+        m_capture->forceSnapshot(nullptr);
+        bool written = false;
+        m_capture->whenStillsAreWritten([&] { m_albums->whenAdded([&] { written = true; }); });
+        QTRY_VERIFY(written);
+        QCOMPARE(m_saved.size(), 4);
         QCOMPARE(m_stills, 4);
+        for (const QString &name : std::as_const(m_saved))
+            QCOMPARE(pictureIn(inAlbum(name)), frozen);
         busy.reset();
-        QVERIFY(m_recording);
         m_capture->setFrozenFrame({});
         m_capture->forceSnapshot(m_camera);
         captureFrame();
         QTRY_COMPARE(m_saved.size(), 5);
         QCOMPARE(pictureIn(inAlbum(m_saved[4])), lastFrame());
-
-        m_capture->setFrozenFrame(m_lastCopy);
-        m_hand->unplug();
-        QTRY_COMPARE(m_saved.size(), 6); // what was recorded
-        QCOMPARE(m_results[5].recording.frames, 3u);
-        m_capture->forceSnapshot(nullptr);
-        bool written = false;
-        m_capture->whenStillsAreWritten([&] { m_albums->whenAdded([&] { written = true; }); });
-        QTRY_VERIFY(written);
-        QCOMPARE(m_saved.size(), 7);
-        for (const qsizetype i : {0, 1, 2, 3, 6})
-            QCOMPARE(pictureIn(inAlbum(m_saved[i])), i < 6 ? frozen : m_lastFrame);
     }
 
     void tornFrozenFrameLeavesThePressToTheNext()
     {
         m_hand->tearNextFrames(1);
         captureFrame();
-        lastFrame();
+        settle();
         m_capture->setFrozenFrame(m_lastCopy);
         m_capture->forceSnapshot(m_camera);
         QTRY_VERIFY((captureFrame(), m_saved.size() == 1));
-        QCOMPARE(m_stills, 1);
         QVERIFY(!QImage(inAlbum(m_saved[0])).isNull());
         m_capture->forceSnapshot(nullptr);
-        QTRY_COMPARE(m_results.size(), 2);
-        QCOMPARE(m_left, QList<QUrl>{{}}); // it is reported as lost
+        QTRY_COMPARE(m_left, QList<QUrl>{{}}); // it is reported as lost
     }
 
     void lostCaptureIsReported()

@@ -68,10 +68,11 @@ inline QByteArray encode(const QImage &image, const Options &options = {})
     return jpeg;
 }
 
-inline BWFrame frame(const QByteArray &jpeg, QSize size)
+inline BWFrame frame(const QByteArray &jpeg, QSize size, std::chrono::microseconds time = {})
 {
     auto bytes = std::make_shared<QByteArray>(jpeg);
-    BWFrameInfo info{BWPixelFormat::MJPEG, size.width(), size.height(), {}, {}, {}, {}, 0};
+    BWFrameInfo info{
+        BWPixelFormat::MJPEG, size.width(), size.height(), {}, {}, {}, std::chrono::steady_clock::time_point(time), 0};
     info.planes[0] = {reinterpret_cast<const uint8_t *>(bytes->constData()), std::size_t(bytes->size()), 0};
     return {info, [bytes] {}};
 }

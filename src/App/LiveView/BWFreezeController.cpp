@@ -34,7 +34,7 @@ void BWFreezeController::toggle()
         return;
     }
     m_scene.showLive();
-    m_tried = {};
+    m_tried.reset();
     m_attempts = DispatchAfterStrict::dispatchForQueue(
         this,
         [this] {

@@ -6,6 +6,7 @@
 #include "Utils/BWWorkerPool.h"
 
 #include <chrono>
+#include <optional>
 #include <QObject>
 
 class BWCaptureController;
@@ -51,7 +52,7 @@ private:
     DispatchAfterStrict::Handle m_attempts; // while the right frame is looked for
     QMetaObject::Connection m_newImages;
     BWFrame m_candidate; // being checked
-    Time m_tried;
+    std::optional<Time> m_tried;
     int m_attempt = 0;
     BWAliveToken m_alive;
     BWWorkerPool m_worker; // the GUI thread does not wait for a decoder
