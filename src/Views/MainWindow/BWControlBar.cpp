@@ -24,6 +24,8 @@ namespace {
 
 constexpr int smallIcon = 22;
 constexpr int captureIcon = 32; // taking pictures is what people come for
+constexpr int usualGap = 18; // between columns
+constexpr int leastGap = 8; // in a narrow window
 
 QString withShortcut(const QString &text, const QAction &action)
 {
@@ -82,7 +84,7 @@ void BWControlBar::addColumns()
 {
     m_grid = new QGridLayout(this);
     m_grid->setContentsMargins(16, 6, 16, 7);
-    m_grid->setHorizontalSpacing(18);
+    m_grid->setHorizontalSpacing(usualGap);
     m_grid->setVerticalSpacing(2);
     m_grid->setRowStretch(0, 1);
     addColumn(0, m_resolutionPopUpButton,
@@ -263,6 +265,22 @@ void BWControlBar::changeEvent(QEvent *event)
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
         updateIcons();
     QWidget::changeEvent(event);
+}
+
+/// With the columns as close together as they may be.
+QSize BWControlBar::minimumSizeHint() const
+{
+    const int saved = (m_grid->horizontalSpacing() - leastGap) * (m_grid->columnCount() - 1);
+    return QWidget::minimumSizeHint() - QSize(saved, 0);
+}
+
+bool BWControlBar::event(QEvent *event)
+{
+    if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
+        const int room = width() - minimumSizeHint().width();
+        m_grid->setHorizontalSpacing(std::clamp(leastGap + room / (m_grid->columnCount() - 1), leastGap, usualGap));
+    }
+    return QWidget::event(event);
 }
 
 void BWControlBar::paintEvent(QPaintEvent *)

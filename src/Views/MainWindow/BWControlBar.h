@@ -26,6 +26,7 @@ public:
     explicit BWControlBar(const BWMainMenu &menu, QWidget *parent = nullptr);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
+    QSize minimumSizeHint() const override;
 
     /// Fills the resolution menu and selects `current`.
     void showResolutions(const QList<BWResolution> &resolutions, BWResolution current);
@@ -57,6 +58,7 @@ Q_SIGNALS:
     void albumsTriggered();
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
 
