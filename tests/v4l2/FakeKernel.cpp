@@ -33,6 +33,8 @@ void FakeKernel::pushFrame(uint32_t flags, uint32_t bytesUsed)
         frame.bytesused = bytesUsed;
         frame.sequence = number;
         frame.flags = flags;
+        frame.timestamp.tv_sec = state.stamp.count() / 1'000'000;
+        frame.timestamp.tv_usec = state.stamp.count() % 1'000'000;
         m_done.push_back(frame);
     });
 }

@@ -3,6 +3,7 @@
 #include "v4l2/BWKernelCalls.h"
 #include "v4l2/BWWakeUp.h"
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <linux/videodev2.h>
@@ -35,6 +36,7 @@ public:
         std::map<uint32_t, Control> controls;
         uint32_t mostBuffers = 8;
         uint32_t sequence = 0; ///< of the next frame
+        std::chrono::microseconds stamp{0}; ///< of the next frame, whatever its flags say of the clock
         std::map<unsigned long, std::deque<int>> faults; ///< see fail()
         std::map<unsigned long, std::function<int(void *)>> answers; ///< to ioctls unknown to the fake
         bool gone = false;
