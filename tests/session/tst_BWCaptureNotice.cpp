@@ -52,6 +52,9 @@ private Q_SLOTS:
         row("nothing at all", lost(movie(End::Failed)), notSaved,
             u"It could not be written to the disk. Please check that there is free "
             "space, then take it again."_s);
+        row("no library for movies", lost(movie(End::NoMovies)), u"Videos cannot be recorded"_s,
+            u"A part of BrimwellPro that videos need is missing or damaged. Please install BrimwellPro again. Until "
+            "then you can take snapshots."_s);
         row("no picture came", lost(movie(End::CameraGone)), QString(),
             u"Nothing was recorded, because the camera sent no picture.\n"
             "The recording ended because the camera was unplugged."_s);

@@ -34,6 +34,7 @@ struct BWRecordingStatus {
         DiskFull, ///< hardly any room is left on the disk
         FileGone, ///< the file or its folder was removed while it grew
         Failed, ///< the file could not be written; the log says why
+        NoMovies, ///< this installation cannot write movies; the log says why
     };
 
     QString path{}; ///< of the movie, as given to startRecording(); identifies the recording

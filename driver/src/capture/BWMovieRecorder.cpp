@@ -150,7 +150,7 @@ void BWMovieRecorder::run(const QString &path)
             noteEmpty();
     } else {
         qCWarning(bwDriver).noquote() << "The movie" << path << "cannot be written:" << error;
-        end(BWRecordingStatus::End::Failed);
+        end(BWMovieWriter::isPossible() ? BWRecordingStatus::End::Failed : BWRecordingStatus::End::NoMovies);
     }
     conclude(std::unique_lock(m_mutex));
 }

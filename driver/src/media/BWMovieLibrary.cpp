@@ -49,6 +49,12 @@ std::unique_ptr<BWMovieWriter> BWMovieWriter::create(const QString &path, QStrin
     return writer;
 }
 
+bool BWMovieWriter::isPossible()
+{
+    QString reason;
+    return BWMovieLibrary::load(reason) != nullptr;
+}
+
 std::optional<BWMoviePicture> BWMoviePicture::read(int file, QSize most, QString *error)
 {
     QString reason;

@@ -8,7 +8,7 @@
 /// Writes one QuickTime movie with MJPEG video. An MJPEG frame is copied without loss, a raw frame encoded once. The
 /// time stamps of the frames define how long each picture is shown.
 ///
-/// While it grows the file can be played up to the last frame but one at any moment, and reaches the disk once a
+/// While it grows the file can be played up to the last frame at any moment, and reaches the disk once a
 /// second, so a crash, a power cut or a full disk costs next to nothing: completeMovie() turns what is there into a
 /// plain movie, as finish() does.
 ///
@@ -18,6 +18,9 @@ public:
     /// Creates (or empties) the file at `path`. Null, with the reason in `error` if that is given, if it cannot be
     /// written.
     static std::unique_ptr<BWMovieWriter> create(const QString &path, QString *error = nullptr);
+
+    /// Whether this installation can write movies. Any thread; the first call may take some time.
+    static bool isPossible();
 
     /// Finishes.
     virtual ~BWMovieWriter() = default;

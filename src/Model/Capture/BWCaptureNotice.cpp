@@ -20,6 +20,7 @@ QString reason(const BWCaptureResult &result, BWLocalizationManager &texts)
     switch (result.recording.end) {
     case End::None:
     case End::Asked:
+    case End::NoMovies: // has not begun
         return {};
     case End::CameraChanged:
         return texts.text(u"camera_window"_s, u"recording_camera_changed"_s,
@@ -93,6 +94,11 @@ BWCaptureNotice saved(const BWCaptureResult &result, BWLocalizationManager &text
 BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts)
 {
     const End end = result.recording.end;
+    if (end == End::NoMovies)
+        return {texts.text(u"camera_window"_s, u"recording_impossible_title"_s, u"Videos cannot be recorded"_s),
+                texts.text(u"camera_window"_s, u"recording_impossible_message"_s,
+                           u"A part of BrimwellPro that videos need is missing or damaged. Please install BrimwellPro "
+                           "again. Until then you can take snapshots."_s)};
     const QString ended = reason(result, texts);
     const QString notSaved =
         texts.text(u"camera_window"_s, u"capture_not_saved_title"_s, u"The capture could not be saved"_s);
