@@ -24,13 +24,9 @@ struct Deleter {
 struct InputDeleter {
     void operator()(AVFormatContext *context) const { avformat_close_input(&context); }
 };
-/// Closes the file without completing it.
+/// Of one that writes no file.
 struct OutputDeleter {
-    void operator()(AVFormatContext *context) const
-    {
-        avio_closep(&context->pb);
-        avformat_free_context(context);
-    }
+    void operator()(AVFormatContext *context) const { avformat_free_context(context); }
 };
 
 using Packet = std::unique_ptr<AVPacket, Deleter>;
@@ -42,8 +38,6 @@ using Output = std::unique_ptr<AVFormatContext, OutputDeleter>;
 
 /// Opens a movie file for reading; null, with libav's error number in `result`, on failure.
 Input openInput(const QString &path, int &result);
-/// Creates a QuickTime file; null, with libav's error number in `result`, on failure.
-Output createMov(const QString &path, int &result);
 
 /// Keeps libav from printing every bad picture to standard error; our callers log faults.
 void silence();

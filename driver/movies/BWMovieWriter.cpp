@@ -7,6 +7,7 @@
 #include "media/BWJpeg.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
@@ -14,6 +15,8 @@
 #include <mutex>
 #include <QDateTime>
 #include <QFile>
+#include <QtEndian>
+#include <span>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -28,32 +31,26 @@ constexpr int rawQuality = 95; // of frames that the camera did not compress its
 /// Syncs a file to the disk on its own thread: that may take the disk a while, and the writer goes on meanwhile.
 class DiskSync {
 public:
-    /// Keeps the file open; no effect if it cannot be opened.
-    explicit DiskSync(const QString &path);
-    /// Waits for a request in progress.
+    /// Takes over the open file.
+    explicit DiskSync(int file) : m_file(file), m_thread(&DiskSync::run, this) { }
+    /// Waits for a request in progress, and closes the file.
     ~DiskSync();
 
     /// Returns at once. A request made while one is in progress is carried out after it.
     void request();
 
-    /// The open file; -1 if it could not be opened.
-    int descriptor() const { return m_descriptor; }
+    int file() const { return m_file; }
 
 private:
     void run();
 
-    const int m_descriptor;
+    const int m_file;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_wanted = false;
     bool m_ending = false;
     std::thread m_thread;
 };
-
-DiskSync::DiskSync(const QString &path)
-    : m_descriptor(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC)), m_thread(&DiskSync::run, this)
-{
-}
 
 DiskSync::~DiskSync()
 {
@@ -63,8 +60,7 @@ DiskSync::~DiskSync()
         m_changed.notify_all();
     }
     m_thread.join();
-    if (m_descriptor >= 0)
-        close(m_descriptor);
+    close(m_file);
 }
 
 void DiskSync::request()
@@ -84,18 +80,82 @@ void DiskSync::run()
             return;
         m_wanted = false;
         lock.unlock();
-        if (m_descriptor >= 0 && !BWFileBytes::synchronizeData(m_descriptor) && !std::exchange(warned, true))
+        if (!BWFileBytes::synchronizeData(m_file) && !std::exchange(warned, true))
             qCWarning(bwMedia) << "A recording cannot be synced to the disk:" << std::strerror(errno);
         lock.lock();
     }
 }
 
+/// What stands in a file in front of the pictures; empty, with libav's error number in `result`, if libav fails.
+QByteArray makeHeader(QSize size, int &result)
+{
+    AVFormatContext *context = nullptr;
+    result = avformat_alloc_output_context2(&context, nullptr, "mov", nullptr);
+    if (result < 0)
+        return {};
+    const BWLibav::Output movie(context);
+    AVStream *const stream = avformat_new_stream(context, nullptr);
+    result = stream ? avio_open_dyn_buf(&context->pb) : AVERROR(ENOMEM);
+    if (result < 0)
+        return {};
+    AVCodecParameters *codec = stream->codecpar;
+    codec->codec_type = AVMEDIA_TYPE_VIDEO;
+    codec->codec_id = AV_CODEC_ID_MJPEG;
+    codec->width = size.width();
+    codec->height = size.height();
+    codec->format = AV_PIX_FMT_YUVJ422P;
+    codec->color_range = AVCOL_RANGE_JPEG;
+    codec->color_space = AVCOL_SPC_SMPTE170M;
+    codec->color_primaries = AVCOL_PRI_BT709;
+    codec->color_trc = AVCOL_TRC_BT709;
+    stream->time_base = {1, ticksPerSecond};
+    const QByteArray now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1();
+    av_dict_set(&context->metadata, "creation_time", now.constData(), 0);
+    AVDictionary *options = nullptr;
+    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov", 0);
+    result = avformat_write_header(context, &options);
+    av_dict_free(&options);
+    uint8_t *bytes = nullptr;
+    const int written = avio_close_dyn_buf(std::exchange(context->pb, nullptr), &bytes);
+    const QByteArray header(reinterpret_cast<const char *>(bytes), result < 0 ? 0 : written);
+    av_free(bytes);
+    return header;
+}
+
+constexpr uint32_t type(const char (&name)[5])
+{
+    uint32_t value = 0;
+    for (int i = 0; i < 4; ++i)
+        value = value << 8 | static_cast<uint8_t>(name[i]);
+    return value;
+}
+
+using FragmentHeader = std::array<uint32_t, 29>;
+
+/// What stands in front of a picture: a movie fragment (ISO/IEC 14496-12) of one sample, and the header of its data.
+/// libav would make it, too, but it copies the picture twice on the way, and writes it when the next one comes.
+FragmentHeader makeFragment(uint32_t number, int64_t offset, int64_t time, int64_t duration, std::size_t bytes)
+{
+    constexpr uint32_t isSync = 0x02000000; // it depends on no other picture
+    constexpr uint32_t size = sizeof(FragmentHeader);
+    const auto high = [](int64_t value) { return static_cast<uint32_t>(static_cast<uint64_t>(value) >> 32); };
+    const auto low = [](int64_t value) { return static_cast<uint32_t>(value); };
+    const auto length = static_cast<uint32_t>(bytes);
+    FragmentHeader header{
+        108,          type("moof"), // box by box: its size, its type, its version and flags, its fields
+        16,           type("mfhd"),  0,         number,       84,           type("traf"), 24,
+        type("tfhd"), 0x1,           1,         high(offset), low(offset),  20,           type("tfdt"),
+        0x01000000,   high(time),    low(time), 32,           type("trun"), 0x701,        1,
+        size,         low(duration), length,    isSync,       8 + length,   type("mdat"),
+    };
+    qToBigEndian<uint32_t>(header.data(), header.size(), header.data());
+    return header;
+}
+
 class MovWriter final : public BWMovieWriter {
 public:
-    MovWriter(QString path, BWLibav::Output output)
-        : m_path(std::move(path)), m_output(std::move(output)), m_disk(m_path)
-    {
-    }
+    /// Takes over the open file, which is empty.
+    MovWriter(QString path, int file) : m_path(std::move(path)), m_disk(file) { }
     ~MovWriter() override { MovWriter::finish(); }
 
     bool write(const BWFrame &frame) override;
@@ -107,19 +167,20 @@ public:
 
 private:
     bool begin(const BWFrame &frame);
-    bool writePacket(BWJpeg::Bytes jpeg, int64_t time);
+    bool writePicture(const BWJpeg::Parts &jpeg, int64_t time);
+    bool writeParts(std::span<const BWJpeg::Bytes> parts);
     int64_t timeOf(const BWFrame &frame) const;
-    bool fail(int result);
+    bool fail(const QString &reason);
     void leaveOut(const BWFrame &frame, const char *reason);
     void complete();
     QString pathOfOpenFile() const;
 
     QString m_path;
-    BWLibav::Output m_output;
     DiskSync m_disk;
     std::chrono::steady_clock::time_point m_synced = std::chrono::steady_clock::now();
-    AVStream *m_stream = nullptr;
     BWFrameInfo m_first;
+    bool m_begun = false;
+    uint32_t m_fragments = 0;
     int64_t m_lastTime = 0;
     int64_t m_lastDuration = ticksPerSecond / 30;
     int64_t m_goodSize = 0; ///< bytes of the file known to be good
@@ -132,35 +193,16 @@ private:
 
 bool MovWriter::begin(const BWFrame &frame)
 {
+    m_begun = true;
     m_first = frame.info();
     m_first.planes = {};
-    m_stream = avformat_new_stream(m_output.get(), nullptr);
-    if (!m_stream)
-        return fail(AVERROR(ENOMEM));
-    AVCodecParameters *codec = m_stream->codecpar;
-    codec->codec_type = AVMEDIA_TYPE_VIDEO;
-    codec->codec_id = AV_CODEC_ID_MJPEG;
-    codec->width = frame.width();
-    codec->height = frame.height();
-    codec->format = AV_PIX_FMT_YUVJ422P;
-    codec->color_range = AVCOL_RANGE_JPEG;
-    codec->color_space = AVCOL_SPC_SMPTE170M;
-    codec->color_primaries = AVCOL_PRI_BT709;
-    codec->color_trc = AVCOL_TRC_BT709;
-    m_stream->time_base = {1, ticksPerSecond};
-    const QByteArray now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1();
-    av_dict_set(&m_output->metadata, "creation_time", now.constData(), 0);
-
-    // One fragment per picture, written at once: the file can be played whatever happens next.
-    m_output->flags |= AVFMT_FLAG_FLUSH_PACKETS;
-    AVDictionary *options = nullptr;
-    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov+skip_trailer", 0);
-    const int result = avformat_write_header(m_output.get(), &options);
-    av_dict_free(&options);
-    if (result < 0)
-        return fail(result);
-    m_goodSize = avio_tell(m_output->pb);
-    return true;
+    int result = 0;
+    const QByteArray header = makeHeader(frame.size(), result);
+    if (header.isEmpty())
+        return fail(BWLibav::errorText(result));
+    const BWJpeg::Bytes bytes{reinterpret_cast<const uint8_t *>(header.constData()),
+                              static_cast<std::size_t>(header.size())};
+    return writeParts({&bytes, 1});
 }
 
 int64_t MovWriter::timeOf(const BWFrame &frame) const
@@ -173,50 +215,38 @@ bool MovWriter::write(const BWFrame &frame)
 {
     if (m_failed || m_finished)
         return false;
-    if (m_stream
+    if (m_begun
         && (frame.size() != QSize(m_first.width, m_first.height) || frame.pixelFormat() != m_first.pixelFormat)) {
         leaveOut(frame, "it differs from the first");
         return false;
     }
-    QByteArray completed;
-    BWJpeg::Bytes jpeg;
-    if (frame.pixelFormat() != BWPixelFormat::MJPEG) {
-        jpeg = BWJpeg::compress(frame, rawQuality);
-    } else if (BWJpeg::looksComplete(frame.plane(0).data, frame.plane(0).size)) {
-        completed = BWJpeg::withHuffmanTables(frame.plane(0).data, frame.plane(0).size);
-        jpeg = {reinterpret_cast<const uint8_t *>(completed.constData()), static_cast<std::size_t>(completed.size())};
-    }
-    if (jpeg.empty()) {
+    BWJpeg::Parts jpeg;
+    if (frame.pixelFormat() != BWPixelFormat::MJPEG)
+        jpeg[0] = BWJpeg::compress(frame, rawQuality);
+    else if (BWJpeg::looksComplete(frame.plane(0).data, frame.plane(0).size))
+        jpeg = BWJpeg::partsWithHuffmanTables(frame.plane(0).data, frame.plane(0).size);
+    if (jpeg[0].empty()) {
         leaveOut(frame, "it is damaged");
         return false;
     }
-    if (!m_stream && !begin(frame))
+    if (!m_begun && !begin(frame))
         return false;
-    return writePacket(jpeg, timeOf(frame));
+    return writePicture(jpeg, timeOf(frame));
 }
 
-bool MovWriter::writePacket(BWJpeg::Bytes jpeg, int64_t time)
+bool MovWriter::writePicture(const BWJpeg::Parts &jpeg, int64_t time)
 {
     if (!m_empty) {
         time = std::max(time, m_lastTime + 1);
         m_lastDuration = time - m_lastTime;
     }
-    const BWLibav::Packet packet(av_packet_alloc());
-    if (!packet)
-        return fail(AVERROR(ENOMEM));
-    packet->data = const_cast<uint8_t *>(jpeg.data()); // libav only reads it
-    packet->size = static_cast<int>(jpeg.size());
-    packet->flags = AV_PKT_FLAG_KEY;
-    packet->pts = packet->dts = av_rescale_q(time, {1, ticksPerSecond}, m_stream->time_base);
-    packet->duration = av_rescale_q(m_lastDuration, {1, ticksPerSecond}, m_stream->time_base);
-    int result = av_write_frame(m_output.get(), packet.get());
-    if (result >= 0)
-        result = m_output->pb->error;
-    if (result < 0)
-        return fail(result);
+    const std::size_t size = jpeg[0].size() + jpeg[1].size() + jpeg[2].size();
+    const FragmentHeader header = makeFragment(++m_fragments, m_goodSize, time, m_lastDuration, size);
+    const BWJpeg::Bytes head{reinterpret_cast<const uint8_t *>(header.data()), sizeof header};
+    if (!writeParts(std::array{head, jpeg[0], jpeg[1], jpeg[2]}))
+        return false;
     m_empty = false;
     m_lastTime = time;
-    m_goodSize = avio_tell(m_output->pb);
     const auto now = std::chrono::steady_clock::now();
     if (now - m_synced >= syncInterval) {
         m_synced = now;
@@ -225,13 +255,24 @@ bool MovWriter::writePacket(BWJpeg::Bytes jpeg, int64_t time)
     return true;
 }
 
-bool MovWriter::fail(int result)
+/// In one piece, if the disk can: a kill then leaves all of them or none.
+bool MovWriter::writeParts(std::span<const BWJpeg::Bytes> parts)
 {
-    qCWarning(bwMedia) << "Recording to" << m_path << "failed:" << BWLibav::errorText(result);
+    if (!BWFileBytes::write(m_disk.file(), parts)) {
+        m_diskIsFull = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
+        return fail(QString::fromLocal8Bit(std::strerror(errno)));
+    }
+    for (const BWJpeg::Bytes &part : parts)
+        m_goodSize += static_cast<int64_t>(part.size());
+    return true;
+}
+
+bool MovWriter::fail(const QString &reason)
+{
+    qCWarning(bwMedia) << "Recording to" << m_path << "failed:" << reason;
     m_failed = true;
-    m_diskIsFull = result == AVERROR(ENOSPC) || result == AVERROR(EDQUOT) || result == AVERROR(EFBIG);
-    m_output.reset();
-    QFile::resize(pathOfOpenFile(), m_goodSize); // cuts off the piece that was being written
+    if (::ftruncate(m_disk.file(), m_goodSize) != 0) // cuts off the piece that was being written
+        qCWarning(bwMedia) << "What was written of the last picture stays:" << std::strerror(errno);
     return false;
 }
 
@@ -239,7 +280,7 @@ bool MovWriter::isRemoved() const
 {
     struct stat open { };
     struct stat named { };
-    if (fstat(m_disk.descriptor(), &open) != 0)
+    if (fstat(m_disk.file(), &open) != 0)
         return false;
     const int result = stat(QFile::encodeName(m_path).constData(), &named);
     return result != 0 ? errno == ENOENT : named.st_dev != open.st_dev || named.st_ino != open.st_ino;
@@ -248,7 +289,7 @@ bool MovWriter::isRemoved() const
 /// The kernel has a name for every open file, even for one that was removed.
 QString MovWriter::pathOfOpenFile() const
 {
-    return isRemoved() ? QStringLiteral("/proc/self/fd/%1").arg(m_disk.descriptor()) : m_path;
+    return isRemoved() ? QStringLiteral("/proc/self/fd/%1").arg(m_disk.file()) : m_path;
 }
 
 void MovWriter::leaveOut(const BWFrame &frame, const char *reason)
@@ -265,14 +306,6 @@ bool MovWriter::finish()
     if (m_finished)
         return !m_failed;
     m_finished = true;
-    if (!m_failed && m_stream) {
-        int result = av_write_trailer(m_output.get());
-        if (result >= 0)
-            result = m_output->pb->error;
-        if (result < 0)
-            fail(result);
-    }
-    m_output.reset();
     complete();
     return !m_failed;
 }
@@ -285,7 +318,6 @@ void MovWriter::complete()
         qCWarning(bwMedia).noquote() << m_path << "is whole, but stays in fragments:" << reason;
     if (completion != BWMovieCompletion::Empty)
         return;
-    // The first picture reaches the file with the second one, which a full disk may refuse.
     m_empty = true;
     m_failed = true;
     if (!isRemoved())
@@ -296,11 +328,11 @@ void MovWriter::complete()
 
 std::unique_ptr<BWMovieWriter> BWLibav::createWriter(const QString &path, QString &error)
 {
-    int result = 0;
-    Output output = createMov(path, result);
-    if (!output) {
-        error = errorText(result);
+    silence();
+    const int file = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0) {
+        error = QString::fromLocal8Bit(std::strerror(errno));
         return nullptr;
     }
-    return std::make_unique<MovWriter>(path, std::move(output));
+    return std::make_unique<MovWriter>(path, file);
 }

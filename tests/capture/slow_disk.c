@@ -8,16 +8,18 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
-static int is_slow(int descriptor)
+static void wait_for(int descriptor)
 {
     const char *ending = getenv("SLOW_COPIES") ? "part" : ".mov";
     char link[64];
     char path[PATH_MAX];
     snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
     const ssize_t length = readlink(link, path, sizeof path);
-    return length > 4 && memcmp(path + length - 4, ending, 4) == 0;
+    if (length > 4 && memcmp(path + length - 4, ending, 4) == 0)
+        usleep(getenv("SLOW_COPIES") ? 700000 : 150000);
 }
 
 ssize_t write(int descriptor, const void *bytes, size_t size)
@@ -25,9 +27,17 @@ ssize_t write(int descriptor, const void *bytes, size_t size)
     static ssize_t (*next)(int, const void *, size_t);
     if (!next)
         *(void **)&next = dlsym(RTLD_NEXT, "write");
-    if (is_slow(descriptor))
-        usleep(getenv("SLOW_COPIES") ? 700000 : 150000);
+    wait_for(descriptor);
     return next(descriptor, bytes, size);
+}
+
+ssize_t writev(int descriptor, const struct iovec *parts, int count)
+{
+    static ssize_t (*next)(int, const struct iovec *, int);
+    if (!next)
+        *(void **)&next = dlsym(RTLD_NEXT, "writev");
+    wait_for(descriptor);
+    return next(descriptor, parts, count);
 }
 
 /* Between two disks of different kinds there is no such short cut. */

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <QByteArray>
+#include <span>
 
 /// Whole reads and writes of open files, and bringing files to the disk. Any thread.
 ///
@@ -12,6 +13,8 @@ public:
 
     /// All of the bytes, where the file stands.
     static bool write(int file, const char *bytes, int64_t size);
+    /// One part after the other; in one piece, if the file system can.
+    static bool write(int file, std::span<const std::span<const uint8_t>> parts);
     static bool writeAt(int file, int64_t offset, const char *bytes, int64_t size);
     /// How many bytes there were to be read, up to `size`; -1 on failure.
     static int64_t readAt(int file, int64_t offset, void *bytes, int64_t size);

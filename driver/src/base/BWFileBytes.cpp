@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -40,6 +42,27 @@ bool bringToDisk(int file, const Call &call)
 bool BWFileBytes::write(int file, const char *bytes, int64_t size)
 {
     return repeat(size, [=](int64_t done, std::size_t left) { return ::write(file, bytes + done, left); }) == size;
+}
+
+bool BWFileBytes::write(int file, std::span<const std::span<const uint8_t>> parts)
+{
+    std::vector<iovec> left;
+    for (const std::span<const uint8_t> part : parts) {
+        if (!part.empty())
+            left.push_back({const_cast<uint8_t *>(part.data()), part.size()}); // which is only read
+    }
+    for (auto next = left.begin(); next != left.end();) {
+        ssize_t count = ::writev(file, &*next, static_cast<int>(left.end() - next));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        for (; next != left.end() && static_cast<std::size_t>(count) >= next->iov_len; ++next)
+            count -= static_cast<ssize_t>(next->iov_len);
+        if (next != left.end())
+            *next = {static_cast<uint8_t *>(next->iov_base) + count, next->iov_len - static_cast<std::size_t>(count)};
+    }
+    return true;
 }
 
 bool BWFileBytes::writeAt(int file, int64_t offset, const char *bytes, int64_t size)

@@ -206,23 +206,27 @@ bool BWJpeg::decodesCleanly(const uint8_t *data, std::size_t size)
     return true;
 }
 
-QByteArray BWJpeg::withHuffmanTables(const uint8_t *data, std::size_t size)
+BWJpeg::Parts BWJpeg::partsWithHuffmanTables(const uint8_t *data, std::size_t size)
 {
+    static const QByteArray tables = standardHuffmanTables();
     const BWJpegHeader header(data, size);
     if (const std::size_t trimmed = sizeToEndMarker(data, size); trimmed > 0)
         size = trimmed;
-    const auto *bytes = reinterpret_cast<const char *>(data);
-    const auto length = static_cast<qsizetype>(size);
+    const Bytes bytes(data, size);
     if (!header.isWhole() || header.hasHuffmanTables() || !header.isBaseline())
-        return QByteArray(bytes, length);
+        return {bytes};
+    return {bytes.first(header.scanOffset()),
+            {reinterpret_cast<const uint8_t *>(tables.constData()), static_cast<std::size_t>(tables.size())},
+            bytes.subspan(header.scanOffset())};
+}
 
-    const QByteArray tables = standardHuffmanTables();
-    const auto scan = static_cast<qsizetype>(header.scanOffset());
+QByteArray BWJpeg::withHuffmanTables(const uint8_t *data, std::size_t size)
+{
+    const Parts parts = partsWithHuffmanTables(data, size);
     QByteArray result;
-    result.reserve(length + tables.size());
-    result.append(bytes, scan);
-    result.append(tables);
-    result.append(bytes + scan, length - scan);
+    result.reserve(static_cast<qsizetype>(parts[0].size() + parts[1].size() + parts[2].size()));
+    for (const Bytes part : parts)
+        result.append(reinterpret_cast<const char *>(part.data()), static_cast<qsizetype>(part.size()));
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include "BWACUDriver/BWFrame.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <QByteArray>
@@ -27,6 +28,11 @@ public:
     /// out, and without the padding after the end marker; the picture itself is not touched. Bytes that are not a JPEG
     /// image are returned as they are.
     static QByteArray withHuffmanTables(const uint8_t *data, std::size_t size);
+
+    /// The same without a copy, in up to three parts that follow one another and are valid as long as `data`; the last
+    /// ones may be empty.
+    using Parts = std::array<std::span<const uint8_t>, 3>;
+    static Parts partsWithHuffmanTables(const uint8_t *data, std::size_t size);
 
     /// Encodes a raw frame as 4:2:2 (GREY: grey) at `quality` 1 to 100. Range and matrix of the frame are converted to
     /// those of JPEG, so that the colours stay right. A null array, and a line in the log, if that is not possible
