@@ -32,9 +32,14 @@ class Picture : public QWidget {
 public:
     using QWidget::QWidget;
     QRegion painted;
+    int paints = 0;
 
 protected:
-    void paintEvent(QPaintEvent *event) override { painted += event->region(); }
+    void paintEvent(QPaintEvent *event) override
+    {
+        painted += event->region();
+        ++paints;
+    }
 };
 
 } // namespace
@@ -114,6 +119,24 @@ private Q_SLOTS:
         QVERIFY2(pill.contains(blinking) && blinking.right() < pill.right() - 60, "the details blink, too");
         QCOMPARE(m_flash->pos(), QPoint(0, 0));
         QCOMPARE(m_window->childAt(pill.center()), m_picture); // clicks go through
+    }
+
+    void fadesWithTheFramesOfALiveImage()
+    {
+        act(Action::RecordingStarted);
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        const auto paintedInASecond = [this](bool live) {
+            const int before = m_picture->paints;
+            for (int i = 0; i < 30; ++i) {
+                m_clock.advance(34ms);
+                QCoreApplication::processEvents();
+                if (live)
+                    m_picture->repaint();
+            }
+            return m_picture->paints - before;
+        };
+        QVERIFY(paintedInASecond(true) <= 30 + 2);
+        QVERIFY(paintedInASecond(false) >= 25);
     }
 
 private:

@@ -7,15 +7,17 @@
 #include <algorithm>
 #include <QEvent>
 #include <QPainter>
+#include <QPaintEvent>
 #include <QStyle>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr std::chrono::nanoseconds period = 2 * BWOpacityAnimation::duration;
-// The frame rate of cameras: the image below is painted that often anyway.
 constexpr std::chrono::nanoseconds step = std::chrono::nanoseconds(std::chrono::seconds(1)) / 30;
+constexpr int patience = 3; // steps that may pass without a frame of the image below
 
 constexpr int topDistance = 11;
 
@@ -59,7 +61,7 @@ double BWOpacityAnimation::opacity() const
     return time <= way ? time / way : 2 - time / way;
 }
 
-std::optional<std::chrono::nanoseconds> BWOpacityAnimation::nextStep() const
+std::optional<std::chrono::nanoseconds> BWOpacityAnimation::nextStep(std::chrono::nanoseconds step) const
 {
     const bool moving = m_motion == Motion::Full;
     if (!isRunning() || (!moving && m_repeat == Repeat::Forever))
@@ -160,8 +162,13 @@ void BWFlashActionViewController::nextStep()
         hide();
         return;
     }
-    update(m_picture.fadingRect().translated(pillRect().topLeft()));
-    const auto next = m_animation.nextStep();
+    // A live image below paints it with each of its frames; to paint it in between costs as much as a frame does.
+    const bool isKeptFresh = std::exchange(m_paintedByOthers, false);
+    if (!isKeptFresh) {
+        m_requested = true;
+        update(fadingRect());
+    }
+    const auto next = m_animation.nextStep(isKeptFresh ? patience * step : step);
     if (next && isVisible() && !window()->isMinimized())
         m_step = DispatchAfterStrict::dispatchForQueue(
             this, [this] { nextStep(); }, std::chrono::duration<double>(*next).count(), m_clock);
@@ -188,8 +195,15 @@ void BWFlashActionViewController::pictureChanged()
     update(m_drawn.united(pillRect())); // no more than that: a live image is below
 }
 
-void BWFlashActionViewController::paintEvent(QPaintEvent *)
+QRect BWFlashActionViewController::fadingRect() const
 {
+    return m_picture.fadingRect().translated(pillRect().topLeft());
+}
+
+void BWFlashActionViewController::paintEvent(QPaintEvent *event)
+{
+    if (!std::exchange(m_requested, false) && event->rect().contains(fadingRect()))
+        m_paintedByOthers = true;
     const double ratio = devicePixelRatioF();
     if (m_steady.isNull() || m_steady.devicePixelRatio() != ratio) {
         m_steady = m_picture.steadyPart(ratio);

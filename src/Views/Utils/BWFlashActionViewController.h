@@ -33,8 +33,8 @@ public:
     bool isRunning() const;
     /// 0 (invisible) to 1; 0 when it does not run.
     double opacity() const;
-    /// Time until the opacity changes; nothing if it stays as it is.
-    std::optional<std::chrono::nanoseconds> nextStep() const;
+    /// Time until the opacity changes, which is `step` while it fades; nothing if it stays as it is.
+    std::optional<std::chrono::nanoseconds> nextStep(std::chrono::nanoseconds step) const;
 
 private:
     enum class Repeat { Never, Once, Forever };
@@ -92,6 +92,7 @@ private:
     void cancelStep();
     void pictureChanged();
     QRect pillRect() const;
+    QRect fadingRect() const;
 
     BWLocalizationManager &m_texts;
     BWClock &m_clock;
@@ -101,6 +102,8 @@ private:
     QPixmap m_steady; // cached: over a live image both are painted many times a second
     QPixmap m_fading;
     QRect m_drawn; // where the pill was last painted
+    bool m_requested = false; // by the next step, to be painted
+    bool m_paintedByOthers = false; // since the last step
     DispatchAfterStrict::Handle m_step;
     BWAliveToken m_alive;
 };
