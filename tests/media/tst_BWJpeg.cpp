@@ -1,6 +1,7 @@
 #include "BWACUDriver/BWJpegHeader.h"
 #include "BWACUDriver/BWStill.h"
 #include "media/BWJpeg.h"
+#include "media/BWYuvPlanes.h"
 #include "MediaFixture.h"
 #include "Rows.h"
 #include "TestFrames.h"
@@ -144,6 +145,22 @@ private Q_SLOTS:
                     check(format, matrix, range, {67, 45}, Qt::green, Qt::black);
                     check(format, matrix, range, {67, 45}, Qt::white, QColor(225, 165, 140));
                 }
+            }
+        }
+    }
+
+    void encodesStripsAsWholePictures()
+    {
+        using Format = BWPixelFormat;
+        for (const Format format : {Format::YUYV, Format::UYVY, Format::NV12, Format::YU12}) {
+            for (const QSize size : {QSize(64, 48), QSize(67, 45), QSize(2, 1), QSize(129, 9)}) {
+                const BWFrame frame = TestFrames::twoColours(format, size, Qt::red, QColor(225, 165, 140));
+                BWYuvPlanes planes;
+                QVERIFY(BWYuvConvert::toJpegPlanes(frame.info(), planes));
+                const BWJpeg::Bytes whole = BWJpeg::compress(planes, 95);
+                const std::vector<uint8_t> expected(whole.begin(), whole.end());
+                const BWJpeg::Bytes strips = BWJpeg::compress(frame, 95);
+                QVERIFY(std::equal(strips.begin(), strips.end(), expected.begin(), expected.end()));
             }
         }
     }

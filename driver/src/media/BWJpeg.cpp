@@ -4,7 +4,11 @@
 #include "BWACUDriver/BWJpegHeader.h"
 #include "media/BWYuvPlanes.h"
 
+#include <algorithm>
 #include <array>
+#include <csetjmp>
+#include <cstdio> // jpeglib.h wants it
+#include <jpeglib.h>
 #include <memory>
 #include <QString>
 #include <turbojpeg.h>
@@ -85,7 +89,95 @@ struct HandleDeleter {
 };
 using Handle = std::unique_ptr<void, HandleDeleter>;
 
+/// libjpeg's compressor. It takes a frame some rows at a time, so that their planes stay in the processor's cache, while
+/// those of a whole picture would come back from memory. TurboJPEG makes the same bytes from those, by the same library.
+///
+/// libjpeg leaves a function that fails by longjmp(): nothing with a destructor may live in writeFrame().
+class StripEncoder {
+public:
+    StripEncoder();
+    ~StripEncoder() { jpeg_destroy_compress(&m_info); }
+    StripEncoder(const StripEncoder &) = delete;
+    StripEncoder &operator=(const StripEncoder &) = delete;
+
+    /// The size of the image in the buffer, which has room for any; 0 on failure.
+    std::size_t encode(const BWFrameInfo &frame, int quality, std::vector<uint8_t> &buffer);
+    QString error();
+
+private:
+    struct Errors : jpeg_error_mgr {
+        std::jmp_buf failed;
+    };
+
+    void writeFrame(const BWFrameInfo &frame, int quality);
+
+    Errors m_errors{};
+    jpeg_compress_struct m_info{};
+    BWYuvPlanes m_strip;
+};
+
+StripEncoder::StripEncoder()
+{
+    m_info.err = jpeg_std_error(&m_errors);
+    m_errors.error_exit = [](j_common_ptr info) { std::longjmp(static_cast<Errors *>(info->err)->failed, 1); };
+}
+
+std::size_t StripEncoder::encode(const BWFrameInfo &frame, int quality, std::vector<uint8_t> &buffer)
+{
+    unsigned char *target = buffer.data();
+    unsigned long size = buffer.size();
+    if (setjmp(m_errors.failed) != 0) {
+        jpeg_destroy_compress(&m_info);
+        return 0;
+    }
+    if (!m_info.mem)
+        jpeg_create_compress(&m_info);
+    jpeg_mem_dest(&m_info, &target, &size);
+    writeFrame(frame, quality);
+    return size;
+}
+
+void StripEncoder::writeFrame(const BWFrameInfo &frame, int quality)
+{
+    const bool grey = frame.pixelFormat == BWPixelFormat::GREY;
+    m_info.image_width = static_cast<JDIMENSION>(frame.width);
+    m_info.image_height = static_cast<JDIMENSION>(frame.height);
+    m_info.input_components = grey ? 1 : 3;
+    m_info.in_color_space = grey ? JCS_GRAYSCALE : JCS_YCbCr;
+    jpeg_set_defaults(&m_info);
+    jpeg_set_quality(&m_info, quality, TRUE);
+    m_info.comp_info[0].h_samp_factor = grey ? 1 : 2;
+    m_info.comp_info[0].v_samp_factor = 1;
+    m_info.raw_data_in = TRUE;
+    m_info.dct_method = quality < 96 ? JDCT_FASTEST : JDCT_ISLOW; // as TurboJPEG chooses
+    jpeg_start_compress(&m_info, TRUE);
+    for (int first = 0; first < frame.height; first += DCTSIZE) {
+        const int count = std::min(DCTSIZE, frame.height - first);
+        BWYuvConvert::toJpegPlanes(frame, first, count, m_strip);
+        m_strip.padBlocks();
+        std::array<std::array<JSAMPROW, DCTSIZE>, 3> rows;
+        for (int i = 0; i < DCTSIZE; ++i) {
+            const int row = std::min(i, count - 1);
+            const auto place = static_cast<std::size_t>(i);
+            rows[0][place] = m_strip.y(row);
+            rows[1][place] = m_strip.u(row);
+            rows[2][place] = m_strip.v(row);
+        }
+        std::array<JSAMPARRAY, 3> planes{rows[0].data(), rows[1].data(), rows[2].data()};
+        jpeg_write_raw_data(&m_info, planes.data(), DCTSIZE);
+    }
+    jpeg_finish_compress(&m_info);
+}
+
+QString StripEncoder::error()
+{
+    std::array<char, JMSG_LENGTH_MAX> text{};
+    m_errors.format_message(reinterpret_cast<j_common_ptr>(&m_info), text.data());
+    return QString::fromLocal8Bit(text.data());
+}
+
 struct ThreadState {
+    StripEncoder strips;
     Handle compressor;
     Handle decompressor;
     std::vector<uint8_t> buffer;
@@ -98,7 +190,20 @@ ThreadState &threadState()
     return state;
 }
 
-/// Room for the largest possible image, and what runs the compressor on it.
+/// Makes room for the largest possible image; false if it can have no such size.
+bool makeRoom(ThreadState &state, int width, int height, int subsampling)
+{
+    const unsigned long room = tjBufSize(width, height, subsampling);
+    if (room == static_cast<unsigned long>(-1)) {
+        state.error = QStringLiteral("%1x%2 is no size for an image").arg(width).arg(height);
+        return false;
+    }
+    if (state.buffer.size() < room)
+        state.buffer.resize(room);
+    return true;
+}
+
+/// Runs TurboJPEG's compressor.
 template <typename Run>
 BWJpeg::Bytes compressWith(int width, int height, int subsampling, Run run)
 {
@@ -109,13 +214,8 @@ BWJpeg::Bytes compressWith(int width, int height, int subsampling, Run run)
         state.error = QString::fromLatin1(tjGetErrorStr2(nullptr));
         return {};
     }
-    const unsigned long room = tjBufSize(width, height, subsampling);
-    if (room == static_cast<unsigned long>(-1)) {
-        state.error = QStringLiteral("%1x%2 is no size for an image").arg(width).arg(height);
+    if (!makeRoom(state, width, height, subsampling))
         return {};
-    }
-    if (state.buffer.size() < room)
-        state.buffer.resize(room);
     unsigned char *target = state.buffer.data();
     unsigned long size = state.buffer.size();
     if (run(state.compressor.get(), &target, &size) != 0) {
@@ -125,8 +225,21 @@ BWJpeg::Bytes compressWith(int width, int height, int subsampling, Run run)
     return {target, size};
 }
 
-BWJpeg::Bytes compressPlanes(const BWYuvPlanes &planes, int subsampling, int quality)
+BWJpeg::Bytes compressStrips(const BWFrameInfo &info, int quality)
 {
+    ThreadState &state = threadState();
+    const bool grey = info.pixelFormat == BWPixelFormat::GREY;
+    if (!makeRoom(state, info.width, info.height, grey ? TJSAMP_GRAY : TJSAMP_422))
+        return {};
+    const std::size_t size = state.strips.encode(info, quality, state.buffer);
+    if (size == 0)
+        state.error = state.strips.error();
+    return {state.buffer.data(), size};
+}
+
+BWJpeg::Bytes compressPlanes(const BWYuvPlanes &planes, int quality)
+{
+    constexpr int subsampling = TJSAMP_422;
     std::array<const unsigned char *, 3> data{planes.y(), planes.u(), planes.v()};
     const std::array<int, 3> strides{planes.stride(), planes.chromaStride(), planes.chromaStride()};
     return compressWith(planes.width(), planes.height(), subsampling,
@@ -238,14 +351,8 @@ BWJpeg::Bytes BWJpeg::compress(const BWFrame &rawFrame, int quality)
                            << "cannot be encoded: no raw format, or too few bytes";
         return {};
     }
-    Bytes bytes;
-    if (rgbOrder(info.pixelFormat) >= 0) {
-        bytes = compressRgb(info, quality);
-    } else {
-        thread_local BWYuvPlanes planes;
-        BWYuvConvert::toJpegPlanes(info, planes);
-        bytes = compressPlanes(planes, info.pixelFormat == BWPixelFormat::GREY ? TJSAMP_GRAY : TJSAMP_422, quality);
-    }
+    const bool rgb = rgbOrder(info.pixelFormat) >= 0;
+    const Bytes bytes = rgb ? compressRgb(info, quality) : compressStrips(info, quality);
     if (bytes.empty())
         qCWarning(bwMedia) << "A frame of" << rawFrame.size() << "pixels could not be encoded:" << threadState().error;
     return bytes;
@@ -261,5 +368,5 @@ QByteArray BWJpeg::encode(const BWFrame &rawFrame, int quality)
 
 BWJpeg::Bytes BWJpeg::compress(const BWYuvPlanes &planes, int quality)
 {
-    return compressPlanes(planes, TJSAMP_422, quality);
+    return compressPlanes(planes, quality);
 }

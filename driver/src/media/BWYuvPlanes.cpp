@@ -153,6 +153,33 @@ void BWYuvPlanes::padOddColumn()
         y(row)[m_width] = y(row)[m_width - 1];
 }
 
+void BWYuvPlanes::padBlocks()
+{
+    constexpr int lumaBlock = 16; // two columns of luma for one of chroma
+    const auto pad = [](uint8_t *row, int width, int unit) {
+        const int padded = (width + unit - 1) / unit * unit;
+        std::fill(row + width, row + padded, row[width - 1]);
+    };
+    for (int row = 0; row < m_height && m_width % lumaBlock != 0; ++row) {
+        pad(y(row), m_width, lumaBlock);
+        pad(u(row), chromaWidth(), lumaBlock / 2);
+        pad(v(row), chromaWidth(), lumaBlock / 2);
+    }
+}
+
+bool BWYuvConvert::toJpegPlanes(const BWFrameInfo &info, int first, int count, BWYuvPlanes &planes)
+{
+    const bool halved = info.pixelFormat == BWPixelFormat::NV12 || info.pixelFormat == BWPixelFormat::YU12;
+    BWFrameInfo part = info;
+    part.height = count;
+    for (std::size_t i = 0; i < part.planes.size(); ++i) {
+        BWPlane &plane = part.planes[i];
+        if (plane.data)
+            plane.data += static_cast<std::ptrdiff_t>(halved && i > 0 ? first / 2 : first) * plane.stride;
+    }
+    return toJpegPlanes(part, planes);
+}
+
 bool BWYuvConvert::toJpegPlanes(const BWFrameInfo &info, BWYuvPlanes &planes)
 {
     const int width = info.width;

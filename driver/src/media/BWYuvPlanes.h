@@ -37,6 +37,8 @@ public:
     void fill(uint8_t luma);
     /// Repeats the last column of a picture of odd width, as JPEG encoders read one more.
     void padOddColumn();
+    /// Repeats the last columns up to whole blocks of JPEG.
+    void padBlocks();
 
 private:
     static std::size_t offset(int row, int stride)
@@ -58,6 +60,9 @@ namespace BWYuvConvert {
 /// Unpacks a whole YUYV, UYVY, NV12, YU12 or GREY picture, and converts range and matrix. False for other formats. The
 /// chroma planes of a GREY picture stay undefined.
 bool toJpegPlanes(const BWFrameInfo &info, BWYuvPlanes &planes);
+
+/// The same for `count` rows of the picture from `first` on, an even one; the planes hold just these.
+bool toJpegPlanes(const BWFrameInfo &info, int first, int count, BWYuvPlanes &planes);
 
 /// Converts planes in place to BT.601, full range.
 void toJpegColours(BWYuvPlanes &planes, BWColorMatrix matrix, BWColorRange range);
