@@ -1,15 +1,18 @@
 // Encodes raw YUYV frames with nothing but TurboJPEG: the least that recording them costs.
-// Usage: bw_bench_encode FILE WIDTH HEIGHT FRAMES; FILE holds frames of limited range one after the other.
+// Usage: bw_bench_encode FILE WIDTH HEIGHT FRAMES RATE; FILE holds frames of limited range one after the other. Frames
+// come at that rate, as those of a camera do; 0 is without a pause.
 // Prints "encode: frames=N cpu_ms=X planes_ms=Y bytes=B"; planes_ms is what it takes to make the encoder's planes.
 
 #include "media/BWYuvPlanes.h"
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <iterator>
+#include <thread>
 #include <turbojpeg.h>
 #include <vector>
 
@@ -34,14 +37,15 @@ std::vector<unsigned char> contentsOf(const char *path)
 
 int main(int argc, char **argv)
 {
-    const auto number = [&](int index) { return argc == 5 ? std::atoi(argv[index]) : 0; };
+    const auto number = [&](int index) { return argc == 6 ? std::atoi(argv[index]) : 0; };
     const int width = number(2);
     const int height = number(3);
     const int count = number(4);
+    const int rate = number(5);
     const std::size_t frameSize = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 2;
-    const std::vector<unsigned char> pixels = argc == 5 ? contentsOf(argv[1]) : std::vector<unsigned char>();
+    const std::vector<unsigned char> pixels = argc == 6 ? contentsOf(argv[1]) : std::vector<unsigned char>();
     if (count < 1 || frameSize == 0 || pixels.size() < frameSize) {
-        std::fprintf(stderr, "Usage: bw_bench_encode FILE WIDTH HEIGHT FRAMES\n");
+        std::fprintf(stderr, "Usage: bw_bench_encode FILE WIDTH HEIGHT FRAMES RATE\n");
         return 2;
     }
 
@@ -51,7 +55,10 @@ int main(int argc, char **argv)
     double encoding = 0;
     double converting = 0;
     double bytes = 0;
+    const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < count; ++i) {
+        if (rate > 0)
+            std::this_thread::sleep_until(start + i * std::chrono::nanoseconds(std::chrono::seconds(1)) / rate);
         BWFrameInfo info;
         info.pixelFormat = BWPixelFormat::YUYV;
         info.width = width;

@@ -56,16 +56,16 @@ class Stage:
 
     def decode_alone(self, kind):
         """CPU milliseconds for each frame of an MJPEG movie."""
-        return self._alone("decode", 20, self.media.pictures(kind))
+        return self._alone("decode", self.media.pictures(kind), 20)
 
     def encode_alone(self, kind):
-        """CPU milliseconds for each frame of a YUYV movie."""
-        return self._alone("encode", 30, self.media.raw_frames(kind), kind.width, kind.height)
+        """CPU milliseconds for each frame of a YUYV movie, at its rate: after a pause, a processor takes longer."""
+        return self._alone("encode", self.media.raw_frames(kind), kind.width, kind.height, 2 * kind.rate, kind.rate)
 
-    def _alone(self, what, frames, *arguments):
-        command = [self.build / f"benchmarks/bw_bench_{what}", *map(str, arguments), str(frames)]
+    def _alone(self, what, *arguments):
+        command = [self.build / f"benchmarks/bw_bench_{what}", *map(str, arguments)]
         runs = [subprocess.run(command, capture_output=True, text=True, check=True).stdout for _ in range(ALONE_RUNS)]
-        return statistics.median(numbers(output)["cpu_ms"] for output in runs) / frames
+        return statistics.median(found["cpu_ms"] / found["frames"] for found in map(numbers, runs))
 
     def head(self, heading, text):
         print(f"## {heading}\n\n{text}\n")

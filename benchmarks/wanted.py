@@ -24,7 +24,8 @@ def below(value, unit=""):
     return Limit("below", value, True, unit)
 
 
-# "Decode" and "encode": what TurboJPEG alone takes, between JPEG and planes. "Player": mpv, ffplay or GStreamer.
+# "Decode" and "encode": what TurboJPEG alone takes, between JPEG and planes; to encode, at the camera's rate.
+# "Player": mpv, ffplay or GStreamer.
 WANTED = {
     "CPU of a frame, 2592x1944 MJPEG at 100 %, to decode": at_most(0.55),
     "CPU of a frame, 2592x1944 MJPEG at 200 %, to decode": at_most(0.45),
