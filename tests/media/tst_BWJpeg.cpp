@@ -123,7 +123,13 @@ private Q_SLOTS:
         const auto check = [](BWPixelFormat format, BWColorMatrix matrix, BWColorRange range, QSize size, QColor left,
                               QColor right) {
             const BWFrame frame = TestFrames::twoColours(format, size, left, right, matrix, range);
-            const QImage image = QImage::fromData(BWJpeg::encode(frame, 95), "JPEG");
+            const QByteArray jpeg = BWJpeg::encode(frame, 95);
+            BWYuvPlanes planes;
+            if (format != BWPixelFormat::GREY && BWYuvConvert::toJpegPlanes(frame.info(), planes)) {
+                const BWJpeg::Bytes whole = BWJpeg::compress(planes, 95); // frames are encoded some rows at a time
+                QVERIFY(std::equal(whole.begin(), whole.end(), bytes(jpeg), bytes(jpeg) + jpeg.size()));
+            }
+            const QImage image = QImage::fromData(jpeg, "JPEG");
             QCOMPARE(image.size(), size);
             const auto expected = [&](QColor c) {
                 if (format != BWPixelFormat::GREY)
@@ -145,22 +151,6 @@ private Q_SLOTS:
                     check(format, matrix, range, {67, 45}, Qt::green, Qt::black);
                     check(format, matrix, range, {67, 45}, Qt::white, QColor(225, 165, 140));
                 }
-            }
-        }
-    }
-
-    void encodesStripsAsWholePictures()
-    {
-        using Format = BWPixelFormat;
-        for (const Format format : {Format::YUYV, Format::UYVY, Format::NV12, Format::YU12}) {
-            for (const QSize size : {QSize(64, 48), QSize(67, 45), QSize(2, 1), QSize(129, 9)}) {
-                const BWFrame frame = TestFrames::twoColours(format, size, Qt::red, QColor(225, 165, 140));
-                BWYuvPlanes planes;
-                QVERIFY(BWYuvConvert::toJpegPlanes(frame.info(), planes));
-                const BWJpeg::Bytes whole = BWJpeg::compress(planes, 95);
-                const std::vector<uint8_t> expected(whole.begin(), whole.end());
-                const BWJpeg::Bytes strips = BWJpeg::compress(frame, 95);
-                QVERIFY(std::equal(strips.begin(), strips.end(), expected.begin(), expected.end()));
             }
         }
     }
