@@ -172,21 +172,19 @@ void AppDelegate::prepareUI()
     config.addListener(this);
     m_window->rememberFrame(m_repository.userDefaults());
     if (!config.rememberLayout() || config.firstTime())
-        config.resetLayout();
+        resetLayout();
     m_capture->setButtonRecords(config.saveVideoOnHardwareButton(), [this] { onRecord(); });
-    // Posted, as a reset of the layout is: the window then first shows where it belongs.
-    BWMainQueue::post(m_alive, [this] {
-        m_window->show();
-        if (!m_options.simulatedCameras.isEmpty()) {
-            // Before any question: a window that comes later takes the keyboard from it on Wayland.
-            m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
-            m_simulatedCameras->localizeWithManager(m_repository.localizationManager());
-            m_simulatedCameras->showBelow(*m_window);
-        }
-        constexpr double longestWait = 0.3; // seconds, for a first picture
-        m_completion = DispatchAfterStrict::dispatchForQueue(
-            this, [this] { completeLaunch(); }, longestWait, m_clock);
-    });
+    // At once: a camera that has started meanwhile may have a question, and a window that comes after that takes the
+    // keyboard from it on Wayland.
+    m_window->show();
+    if (!m_options.simulatedCameras.isEmpty()) {
+        m_simulatedCameras = std::make_unique<BWSimulatedCamerasWindowController>(m_options.simulatedCameras);
+        m_simulatedCameras->localizeWithManager(m_repository.localizationManager());
+        m_simulatedCameras->showBelow(*m_window);
+    }
+    constexpr double longestWait = 0.3; // seconds, for a first picture
+    m_completion = DispatchAfterStrict::dispatchForQueue(
+        this, [this] { completeLaunch(); }, longestWait, m_clock);
 }
 
 /// What the first picture does not need: once, after it, or a moment after the window came up without one.
