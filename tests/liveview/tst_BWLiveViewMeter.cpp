@@ -43,6 +43,8 @@ private Q_SLOTS:
         QCOMPARE(figures(), u"25 25 0 20"_s);
         m_now += 1s; // it stalls
         QCOMPARE(figures(), u"0 0 0 -1"_s);
+        m_meter.addShown(m_now - 90ms, m_now); // one late picture
+        QCOMPARE(figures(), u"0 1 0 90"_s);
         QCOMPARE(after(90, 10ms, 3), u"100 33 60 20"_s);
         m_meter.restart(m_now); // another camera
         QCOMPARE(figures(), u"nothing"_s);

@@ -42,12 +42,9 @@ private Q_SLOTS:
 
     void newOnceASecondWithoutAWord()
     {
-        static int announcements = 0;
-        QAccessible::setActive(true);
         m_panel.show();
         m_panel.hide();
         m_panel.show(); // with one timer, not two
-        QAccessible::installUpdateHandler([](QAccessibleEvent *) { ++announcements; });
         m_figures = {111, 9.9, 111, 111ms};
         m_clock.advance(1s);
         const int width = m_panel.width();
@@ -56,8 +53,8 @@ private Q_SLOTS:
         m_clock.advance(10s);
         QCOMPARE(m_asked, 10);
         QCOMPARE(m_panel.width(), width);
-        QAccessible::installUpdateHandler(nullptr);
-        QCOMPARE(announcements, 0);
+        // A change of these would be announced.
+        QCOMPARE(m_panel.accessibleName() + m_panel.accessibleDescription(), u"Statistics"_s);
         m_panel.hide();
         m_clock.advance(1h);
         QCOMPARE(m_asked, 10);
