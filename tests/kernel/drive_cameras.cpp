@@ -15,7 +15,6 @@
 #include <future>
 #include <iostream>
 #include <QCoreApplication>
-#include <QTimer>
 #include <string>
 #include <thread>
 
@@ -103,17 +102,17 @@ int main(int argc, char *argv[])
         manager.removeDetectedCamera(camera);
         say("removed " + camera->uniqueIdentifier().toStdString());
     });
-    detector.startCamerasDetection();
-
-    QTimer timer;
     bool pending = false;
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
+    const auto reportPending = [&] {
         if (pending != detector.pendingDevices()) {
             pending = !pending;
             say(pending ? "pending" : "settled");
         }
-    });
-    timer.start(5);
+    };
+    detector.setDevicesChangedBlock(reportPending);
+    detector.startCamerasDetection();
+    reportPending();
+
     std::thread worker(obey, std::cref(manager));
     const int result = QCoreApplication::exec();
     worker.join();

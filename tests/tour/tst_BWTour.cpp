@@ -37,6 +37,7 @@
 #include "Views/Utils/BWFlashActionViewController.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
+#include "Views/Utils/BWPreparingView.h"
 #include "WindowFit.h"
 
 #include <QAction>
@@ -154,11 +155,12 @@ private Q_SLOTS:
         m_clock.advance(2s);
         auto *window = visible<BWNoCameraWindowController>();
         see(window, u"no-camera"_s);
+        const auto *preparing = window->findChild<BWBusyIndicator *>();
         m_cameras[0]->plugIn();
-        m_clock.advance(500ms);
+        QTRY_VERIFY_WITH_TIMEOUT(preparing->isAnimating(), patience); // as soon as the backend reports it
         see(window, u"no-camera-preparing"_s);
         m_cameras[0]->unplug();
-        m_clock.advance(500ms);
+        QTRY_VERIFY_WITH_TIMEOUT(!preparing->isAnimating(), patience);
         window->setObstacle(obstacle());
         see(window, u"no-camera-blocked"_s);
     }
