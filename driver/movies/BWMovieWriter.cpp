@@ -117,7 +117,7 @@ QByteArray makeHeader(QSize size, int &result)
     av_dict_free(&options);
     uint8_t *bytes = nullptr;
     const int written = avio_close_dyn_buf(std::exchange(context->pb, nullptr), &bytes);
-    const QByteArray header(reinterpret_cast<const char *>(bytes), result < 0 ? 0 : written);
+    QByteArray header(reinterpret_cast<const char *>(bytes), result < 0 ? 0 : written);
     av_free(bytes);
     return header;
 }
