@@ -75,7 +75,7 @@ private Q_SLOTS:
         QUrl slow;
         QUrl loaded;
         connect(&loader, &BWStillLoader::takesLong, this, [&](const QUrl &file) { slow = file; });
-        connect(&loader, &BWStillLoader::loaded, this, [&](const BWStill &still) { loaded = still.file; });
+        connect(&loader, &BWStillLoader::loaded, this, [&](const BWAlbumPicture &still) { loaded = still.file; });
         loader.load(folder.url(u"hanging/a.jpg"_s));
         QTRY_COMPARE(slow, folder.url(u"hanging/a.jpg"_s));
         loader.load(folder.file(u"b.jpg"_s));

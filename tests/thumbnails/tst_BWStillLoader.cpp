@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-using Problem = BWStill::Problem;
+using Problem = BWAlbumPicture::Problem;
 
 namespace {
 
@@ -76,7 +76,7 @@ private Q_SLOTS:
     void filesBecomePictures()
     {
         const auto [name, content, problem, colour] = Rows<QByteArray, QByteArray, Problem, QString>::current();
-        const BWStill still = BWStillLoader::read(m_fixture->file(name, content));
+        const BWAlbumPicture still = BWStillLoader::read(m_fixture->file(name, content));
         QCOMPARE(still.problem, problem);
         QCOMPARE(still.image.isNull(), colour.isNull());
         QCOMPARE(still.isMovie, problem == Problem::NoMoviePicture);
@@ -96,7 +96,7 @@ private Q_SLOTS:
         const QUrl secret = m_fixture->file("secret.jpg", ThumbnailFixture::jpeg(Qt::red));
         QVERIFY(QFile::setPermissions(secret.toLocalFile(), {}));
         ::setfsuid(65534); // to root nothing is secret
-        const BWStill still = BWStillLoader::read(secret);
+        const BWAlbumPicture still = BWStillLoader::read(secret);
         ::setfsuid(::geteuid());
         QCOMPARE(still.problem, Problem::Unreadable);
     }
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(ThumbnailFixture::run(u"ffmpeg"_s,
                                       {u"-v"_s, u"error"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
                                        u"color=blue:s=640x480:d=0.2"_s, u"-c:v"_s, u"mjpeg"_s, file}));
-        const BWStill still = BWStillLoader::read(m_fixture->url("a.mov"));
+        const BWAlbumPicture still = BWStillLoader::read(m_fixture->url("a.mov"));
         QVERIFY(still.isMovie);
         QCOMPARE(still.image.size(), QSize(640, 480));
         QCOMPARE(ThumbnailFixture::nameOf(still.image.pixel(0, 0)), u"blue"_s);
@@ -138,7 +138,8 @@ private Q_SLOTS:
         BWStillLoader loader(clock);
         QSignalSpy slow(&loader, &BWStillLoader::takesLong);
         QStringList loaded;
-        connect(&loader, &BWStillLoader::loaded, this, [&](const BWStill &still) { loaded += still.file.fileName(); });
+        connect(&loader, &BWStillLoader::loaded, this,
+                [&](const BWAlbumPicture &still) { loaded += still.file.fileName(); });
         for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
             loader.load(m_fixture->file(name, ThumbnailFixture::jpeg(Qt::red)));
         clock.advance(std::chrono::seconds(1)); // the result has not been delivered, whether it is there or not

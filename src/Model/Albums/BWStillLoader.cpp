@@ -20,7 +20,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
-using Problem = BWStill::Problem;
+using Problem = BWAlbumPicture::Problem;
 
 namespace {
 
@@ -45,7 +45,7 @@ QImage opaque(QImage image)
     return ground;
 }
 
-void readJpeg(const BWThumbnailFile &file, BWStill &still, QString &error)
+void readJpeg(const BWThumbnailFile &file, BWAlbumPicture &still, QString &error)
 {
     std::vector<uint8_t> bytes;
     if (!file.read(bytes, BWJpegPicture::largestFile)) {
@@ -62,7 +62,7 @@ void readJpeg(const BWThumbnailFile &file, BWStill &still, QString &error)
         still.problem = whole.tooLarge ? Problem::TooLarge : Problem::NoMemory;
 }
 
-void readMovie(const BWThumbnailFile &file, BWStill &still, QString &error)
+void readMovie(const BWThumbnailFile &file, BWAlbumPicture &still, QString &error)
 {
     if (const auto picture = BWMoviePicture::read(file.descriptor(), largestMovie, &error)) {
         still.isMovie = true;
@@ -73,7 +73,7 @@ void readMovie(const BWThumbnailFile &file, BWStill &still, QString &error)
 }
 
 /// A picture of any other kind that Qt knows. Drawings in text form are none: they may refer to other files.
-void readOther(const BWThumbnailFile &file, BWStill &still, QString &error)
+void readOther(const BWThumbnailFile &file, BWAlbumPicture &still, QString &error)
 {
     QFile device;
     device.open(file.descriptor(), QIODevice::ReadOnly);
@@ -110,7 +110,7 @@ Problem problemOfUnopened(const QByteArray &path)
 
 } // namespace
 
-QString BWStill::text(Problem problem, BWLocalizationManager &texts)
+QString BWAlbumPicture::text(Problem problem, BWLocalizationManager &texts)
 {
     switch (problem) {
     case Problem::None:
@@ -141,7 +141,7 @@ QString BWStill::text(Problem problem, BWLocalizationManager &texts)
 /// Pictures may be very large: they are read one at a time, unless one takes so long that its disk must be hanging.
 struct BWStillLoader::Shared {
     /// Nothing if another picture is wanted by then.
-    std::optional<BWStill> read(const QUrl &file, unsigned number)
+    std::optional<BWAlbumPicture> read(const QUrl &file, unsigned number)
     {
         constexpr std::chrono::seconds turn{2};
         std::unique_lock lock(mutex);
@@ -150,7 +150,7 @@ struct BWStillLoader::Shared {
             return std::nullopt;
         busy = true;
         lock.unlock();
-        BWStill still = BWStillLoader::read(file);
+        BWAlbumPicture still = BWStillLoader::read(file);
         lock.lock();
         busy = false;
         changed.notify_all();
@@ -206,10 +206,10 @@ void BWStillLoader::load(const QUrl &file)
     });
 }
 
-BWStill BWStillLoader::read(const QUrl &file)
+BWAlbumPicture BWStillLoader::read(const QUrl &file)
 {
     const QByteArray path = BWFilePath::native(file);
-    BWStill still{file};
+    BWAlbumPicture still{file};
     const BWThumbnailFile opened(path);
     const std::optional<BWFileStamp> stamp = opened.isOpen() ? opened.stamp() : std::nullopt;
     QString error;

@@ -14,7 +14,7 @@
 class BWLocalizationManager;
 
 /// What can be shown of a file of an album: its picture, or the first one of a movie.
-struct BWStill {
+struct BWAlbumPicture {
     enum class Problem {
         None,
         PartlyDamaged, ///< the only one with an image: what could not be read of it is grey, or wrong
@@ -36,7 +36,7 @@ struct BWStill {
     /// A sentence for the user; null if there is no problem.
     static QString text(Problem problem, BWLocalizationManager &texts);
 };
-Q_DECLARE_METATYPE(BWStill)
+Q_DECLARE_METATYPE(BWAlbumPicture)
 
 /// Reads pictures of albums in the background, in full size. Only the newest request counts. A file on a disk that does
 /// not answer holds up nothing but itself. GUI thread, unless a comment says otherwise.
@@ -57,10 +57,10 @@ public:
     void cancel();
 
     /// Reads one file, waiting for its disk. Any thread.
-    static BWStill read(const QUrl &file);
+    static BWAlbumPicture read(const QUrl &file);
 
 Q_SIGNALS:
-    void loaded(const BWStill &still);
+    void loaded(const BWAlbumPicture &still);
     void takesLong(const QUrl &file);
 
 private:
