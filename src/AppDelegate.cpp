@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
 #include "App/Capture/BWCaptureFeedback.h"
+#include "App/Capture/BWLastCaptureController.h"
 #include "App/Capture/BWSnapshotSound.h"
 #include "App/LiveView/BWFreezeController.h"
 #include "App/LiveView/BWGridController.h"
@@ -11,6 +12,7 @@
 #include "App/Windows/BWImportMenu.h"
 #include "App/Windows/BWSessionWindows.h"
 #include "BWACUDriver/BWMovie.h"
+#include "Model/Albums/BWAlbumContents.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureRecovery.h"
@@ -197,6 +199,7 @@ void AppDelegate::completeLaunch()
     QGuiApplication::setWindowIcon(BWIcons::applicationIcon());
     m_snapshotSound->prepare();
     m_worker.run([] { BWMoviePicture::prepare(); });
+    m_albumContents->follow();
     m_repository.albumManager().whenPrepared([this, alive = m_alive.watch()] {
         if (!alive.expired())
             m_captureRecovery->start(BWUIUtils::temporaryFolders());
@@ -213,9 +216,14 @@ void AppDelegate::prepareCapture()
     QFile sound(u":/sounds/snapshot.mp3"_s);
     sound.open(QIODevice::ReadOnly);
     m_snapshotSound = std::make_unique<BWSnapshotSound>(sound.readAll());
+    m_albumContents = std::make_unique<BWAlbumContents>(m_repository.albumManager(), m_clock);
+    m_lastCapture = std::make_unique<BWLastCaptureController>(m_repository.albumManager(), *m_albumContents,
+                                                              m_window->controlBar());
     m_captureFeedback = std::make_unique<BWCaptureFeedback>(
         m_window->controlBar(), *m_flashActionViewController, *m_statusLine, texts,
-        BWCaptureFeedback::Callbacks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); }}, m_clock);
+        BWCaptureFeedback::Callbacks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); },
+                                     [this](const QUrl &file) { m_lastCapture->captureAdded(file); }},
+        m_clock);
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
     m_freeze = std::make_unique<BWFreezeController>(*m_window, *m_scene, *m_renderer, *m_capture, m_clock);
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(

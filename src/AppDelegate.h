@@ -22,6 +22,7 @@
 #include <QUrl>
 #include <vector>
 
+class BWAlbumContents;
 class BWAuxiliaryWindows;
 class BWCameraAuthorization;
 class BWCaptureFeedback;
@@ -30,6 +31,7 @@ class BWFlashActionViewController;
 class BWFreezeController;
 class BWGridController;
 class BWImportMenu;
+class BWLastCaptureController;
 class BWLiveViewController;
 class BWMainWindow;
 class BWRepository;
@@ -112,6 +114,8 @@ private:
     std::unique_ptr<BWGridController> m_grid;
     std::unique_ptr<BWFlashActionViewController> m_flashActionViewController;
     std::unique_ptr<BWSnapshotSound> m_snapshotSound;
+    std::unique_ptr<BWAlbumContents> m_albumContents;
+    std::unique_ptr<BWLastCaptureController> m_lastCapture;
     std::unique_ptr<BWCaptureFeedback> m_captureFeedback;
     std::unique_ptr<BWCaptureController> m_capture;
     std::unique_ptr<BWFreezeController> m_freeze;

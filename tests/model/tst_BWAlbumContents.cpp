@@ -1,5 +1,5 @@
 #include "BWManualClock.h"
-#include "Model/Albums/BWAlbumContents.h"
+#include "Model/Albums/BWLastCapture.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 
@@ -86,6 +86,47 @@ private Q_SLOTS:
             QCOMPARE(names(contents), QString());
             QTRY_COMPARE(names(contents), file);
         }
+    }
+
+    void lastCaptureIsTheNewest()
+    {
+        m_albums.addAlbumFromPath(m_folder.folder(u"Captures"_s));
+        const auto file = [this](const QString &name) { return m_folder.url(u"Captures/"_s + name); };
+        const auto write = [&](const QString &name, int minutesAgo) {
+            TestFolder::write(file(name), "x");
+            QFile opened(file(name).toLocalFile());
+            QVERIFY(opened.open(QIODevice::ReadWrite));
+            QVERIFY(opened.setFileTime(QDateTime::currentDateTime().addSecs(-60 * minutesAgo),
+                                       QFileDevice::FileModificationTime));
+        };
+        write(u"a.jpg"_s, 5);
+        write(u"b.jpg"_s, 4);
+        write(u"c.mov"_s, 3);
+        BWAlbumContents contents(m_albums);
+        BWLastCapture last(m_albums, contents);
+        contents.follow();
+        QTRY_COMPARE(last.file(), file(u"c.mov"_s));
+        write(u"b.jpg"_s, 2);
+        write(u"z.mov"_s, 1);
+        QTRY_COMPARE(last.file(), file(u"z.mov"_s));
+        QVERIFY(QFile::remove(file(u"z.mov"_s).toLocalFile()));
+        QTRY_COMPARE(last.file(), file(u"b.jpg"_s));
+
+        // What comes now is the last one, whatever it is called.
+        write(u"0.jpg"_s, 9);
+        last.captureAdded(file(u"0.jpg"_s));
+        QCOMPARE(last.file(), file(u"0.jpg"_s));
+        QTRY_VERIFY(contents.files(BWMediaType::Image).contains(file(u"0.jpg"_s)));
+        write(u"d.jpg"_s, 0);
+        QTRY_VERIFY(contents.files(BWMediaType::Image).contains(file(u"d.jpg"_s)));
+        QCOMPARE(last.file(), file(u"0.jpg"_s));
+        QVERIFY(QFile::remove(file(u"0.jpg"_s).toLocalFile()));
+        QTRY_COMPARE(last.file(), file(u"d.jpg"_s));
+
+        m_albums.addAlbumFromPath(m_folder.folder(u"Empty"_s));
+        QTRY_VERIFY(last.file().isEmpty());
+        last.captureAdded(file(u"a.jpg"_s)); // of another album by now
+        QVERIFY(last.file().isEmpty());
     }
 
 private:

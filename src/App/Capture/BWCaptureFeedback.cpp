@@ -42,6 +42,8 @@ BWCaptureController::Callbacks BWCaptureFeedback::callbacks()
             [this](bool recording) { recordingChanged(recording); },
             [this](const BWCaptureResult &result) {
                 m_statusLine.setProgress({});
+                if (m_callbacks.added && !result.file.isEmpty())
+                    m_callbacks.added(result.file);
                 report(BWCaptureNotice::of(result, m_texts));
             },
             [this](double done) { showCopying(done); },

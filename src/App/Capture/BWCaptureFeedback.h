@@ -22,6 +22,8 @@ public:
     struct Callbacks {
         std::function<BWCameraPtr()> currentCamera;
         std::function<void()> playSound;
+        /// A capture is in an album.
+        std::function<void(const QUrl &file)> added = {};
     };
 
     BWCaptureFeedback(BWControlBar &bar, BWFlashActionViewController &flash, BWStatusLine &statusLine,

@@ -3,6 +3,7 @@
 #include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
+#include "Views/MainWindow/BWLastCaptureButton.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWControls.h"
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QSignalBlocker>
+#include <QtMath>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -51,6 +53,7 @@ BWControlBar::BWControlBar(const BWMainMenu &menu, QWidget *parent) : QWidget(pa
     connect(m_recordButton, &QToolButton::clicked, this, &BWControlBar::recordTriggered);
     connect(m_settingsButton, &QToolButton::clicked, this, &BWControlBar::settingsTriggered);
     connect(m_albumsButton, &QToolButton::clicked, this, &BWControlBar::albumsTriggered);
+    connect(m_lastCaptureButton, &QToolButton::clicked, this, &BWControlBar::lastCaptureTriggered);
 }
 
 void BWControlBar::makeControls()
@@ -78,6 +81,7 @@ void BWControlBar::makeControls()
         toggle->setDoubleClickIsClick(true);
     m_settingsButton = makeButton(smallIcon);
     m_albumsButton = makeButton(smallIcon);
+    m_lastCaptureButton = new BWLastCaptureButton(this);
 }
 
 void BWControlBar::addColumns()
@@ -110,13 +114,15 @@ void BWControlBar::addColumns()
               m_menu.settingsMenuItem, Needs::Nothing);
     addColumn(11, m_albumsButton, BWLocalizableString(u"camera_window"_s, u"albums_label"_s, u"Albums"_s),
               m_menu.albumManagerMenuItem, Needs::Nothing);
-    // The grid keeps its place while hidden, so that nothing moves when it comes and goes.
-    for (QWidget *widget : std::initializer_list<QWidget *>{m_gridButton, m_gridLabel}) {
+    m_grid->addWidget(m_lastCaptureButton, 0, 12, Qt::AlignCenter);
+    // What comes and goes keeps its place while hidden, so that nothing else moves.
+    for (QWidget *widget : std::initializer_list<QWidget *>{m_gridButton, m_gridLabel, m_lastCaptureButton}) {
         QSizePolicy policy = widget->sizePolicy();
         policy.setRetainSizeWhenHidden(true);
         widget->setSizePolicy(policy);
     }
     setGridAvailable(false);
+    m_lastCaptureButton->hide();
 }
 
 QLabel *BWControlBar::addColumn(int position, QWidget *control, const BWLocalizableString &text, const QAction *action,
@@ -162,6 +168,7 @@ void BWControlBar::localizeWithManager(BWLocalizationManager &manager)
     }
     m_recordText = m_recordLabel->text();
     m_stopText = manager.text(u"camera_window"_s, u"stop_label"_s, u"Stop"_s);
+    m_lastCaptureText = manager.text(u"camera_window"_s, u"last_capture"_s, u"Last capture: %1"_s);
     const QString zoomOut = manager.text(u"camera_window"_s, u"zoom_out"_s, u"Zoom out"_s);
     const QString zoomIn = manager.text(u"camera_window"_s, u"zoom_in"_s, u"Zoom in"_s);
     m_zoomDoubleButton->setLeftName(zoomOut);
@@ -245,6 +252,20 @@ void BWControlBar::showGrid(bool on)
 void BWControlBar::showFrozen(bool frozen)
 {
     m_freezeButton->setChecked(frozen);
+}
+
+void BWControlBar::showLastCapture(const QImage &picture, const QString &fileName, bool isMovie)
+{
+    const QString text = m_lastCaptureText.arg(fileName);
+    m_lastCaptureButton->setPicture(picture, isMovie);
+    m_lastCaptureButton->setAccessibleName(text);
+    m_lastCaptureButton->setToolTip(text);
+    m_lastCaptureButton->setVisible(!picture.isNull());
+}
+
+int BWControlBar::lastCapturePixels() const
+{
+    return qCeil(m_lastCaptureButton->width() * devicePixelRatioF());
 }
 
 void BWControlBar::setControlsEnabled(bool camera, bool picture)

@@ -9,10 +9,12 @@
 
 class BWBarButton;
 class BWDoubleButton;
+class BWLastCaptureButton;
 class BWMainMenu;
 class QAction;
 class QComboBox;
 class QGridLayout;
+class QImage;
 class QLabel;
 class QToolButton;
 
@@ -43,6 +45,10 @@ public:
     void showFrozen(bool frozen);
     /// Enables what acts on a streaming camera, and that for which any picture will do. Settings and albums always are.
     void setControlsEnabled(bool camera, bool picture);
+    /// A small picture of the last capture, beside the albums; a null image for none.
+    void showLastCapture(const QImage &picture, const QString &fileName, bool isMovie);
+    /// How large it is at most, in pixels of the screen.
+    int lastCapturePixels() const;
 
 Q_SIGNALS:
     void resolutionPicked(const QString &title);
@@ -56,6 +62,7 @@ Q_SIGNALS:
     void recordingShown(bool recording);
     void settingsTriggered();
     void albumsTriggered();
+    void lastCaptureTriggered();
 
 protected:
     bool event(QEvent *event) override;
@@ -94,9 +101,11 @@ private:
     BWBarButton *m_recordButton = nullptr;
     QToolButton *m_settingsButton = nullptr;
     QToolButton *m_albumsButton = nullptr;
+    BWLastCaptureButton *m_lastCaptureButton = nullptr;
     QLabel *m_gridLabel = nullptr;
     QLabel *m_recordLabel = nullptr;
     QString m_recordText;
     QString m_stopText;
+    QString m_lastCaptureText; // with %1
     bool m_recording = false;
 };

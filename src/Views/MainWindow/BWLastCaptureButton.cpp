@@ -1,0 +1,69 @@
+#include "Views/MainWindow/BWLastCaptureButton.h"
+
+#include "Views/Utils/BWPillPainting.h"
+
+#include <QPainter>
+
+namespace {
+
+constexpr QSize place(48, 38);
+constexpr int margin = 4; // for the ring of the focus
+constexpr float frameOpacity = 0.35F;
+constexpr double markHeight = 12;
+
+/// The sign of a movie, in its middle.
+void drawMovieSign(QPainter &painter, QPointF middle)
+{
+    QRectF pill(0, 0, markHeight + 8, markHeight + 4);
+    pill.moveCenter(middle);
+    drawBWPill(painter, pill);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(bwPillTextColor);
+    const double half = markHeight / 3;
+    painter.drawPolygon(QPolygonF{middle + QPointF(-half * 0.7, -half), middle + QPointF(-half * 0.7, half),
+                                  middle + QPointF(half, 0)});
+}
+
+} // namespace
+
+BWLastCaptureButton::BWLastCaptureButton(QWidget *parent) : BWBarButton(parent)
+{
+    setFixedSize(sizeHint());
+}
+
+QSize BWLastCaptureButton::sizeHint() const
+{
+    return place;
+}
+
+void BWLastCaptureButton::setPicture(const QImage &picture, bool isMovie)
+{
+    m_picture = picture;
+    m_isMovie = isMovie;
+    update();
+}
+
+void BWLastCaptureButton::paintEvent(QPaintEvent *event)
+{
+    BWBarButton::paintEvent(event); // without an icon: the state
+    if (m_picture.isNull())
+        return;
+    QPainter painter(this);
+    const double ratio = devicePixelRatioF();
+    const QSize room = (QSizeF(size()) * ratio).toSize() - QSize(2, 2) * (margin * ratio);
+    const QSize pixels = m_picture.size().scaled(room, Qt::KeepAspectRatio).expandedTo({1, 1});
+    QImage picture = m_picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    picture.setDevicePixelRatio(ratio);
+    // On whole pixels of the screen, so that it is copied as it is.
+    const QPoint corner(qRound((width() * ratio - pixels.width()) / 2),
+                        qRound((height() * ratio - pixels.height()) / 2));
+    const QRectF rect(QPointF(corner) / ratio, QSizeF(pixels) / ratio);
+    painter.drawImage(rect.topLeft(), picture);
+    QColor frame = palette().color(QPalette::WindowText);
+    frame.setAlphaF(frameOpacity);
+    painter.setPen(QPen(frame, 1 / ratio));
+    painter.drawRect(rect.adjusted(0, 0, -1 / ratio, -1 / ratio));
+    if (m_isMovie)
+        drawMovieSign(painter, rect.center());
+}
