@@ -6,6 +6,7 @@
 #include "App/LiveView/BWFreezeController.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
+#include "App/LiveView/BWLookBackController.h"
 #include "App/LiveView/BWSceneController.h"
 #include "App/Start/BWStatisticsReport.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
@@ -158,6 +159,9 @@ void AppDelegate::prepareUI()
     m_window->menu().showTools(m_options.technician);
     m_window->showStatistics(config.showStatistics());
     prepareCapture();
+    m_lookBack =
+        std::make_unique<BWLookBackController>(*m_window, *m_scene, m_repository.albumManager(), *m_albumContents,
+                                               *m_statusLine, texts, m_options.openUrl, m_clock);
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_session, m_productInUse,
                                                               m_options.openUrl, m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
@@ -221,7 +225,11 @@ void AppDelegate::prepareCapture()
                                                               m_window->controlBar());
     m_captureFeedback = std::make_unique<BWCaptureFeedback>(
         m_window->controlBar(), *m_flashActionViewController, *m_statusLine, texts,
-        BWCaptureFeedback::Callbacks{[this] { return currentCamera(); }, [this] { m_snapshotSound->play(); },
+        BWCaptureFeedback::Callbacks{[this] { return currentCamera(); },
+                                     [this] {
+                                         m_lookBack->end(); // also when the camera's own button took it
+                                         m_snapshotSound->play();
+                                     },
                                      [this](const QUrl &file) { m_lastCapture->captureAdded(file); }},
         m_clock);
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
@@ -251,6 +259,13 @@ void AppDelegate::connectActions()
     const BWMainMenu &menu = m_window->menu();
     const BWControlBar &bar = m_window->controlBar();
     connect(m_liveView.get(), &BWLiveViewController::imageDisplayUpdated, this, &AppDelegate::updateStateLabel);
+    connect(m_scene.get(), &BWSceneController::mainChanged, this, &AppDelegate::updateStateLabel);
+    connect(m_lastCapture.get(), &BWLastCaptureController::showRequested, m_lookBack.get(),
+            &BWLookBackController::show);
+    connect(m_auxiliaryWindows.get(), &BWAuxiliaryWindows::showRequested, this, [this](const QUrl &file) {
+        m_lookBack->show(file);
+        m_sessionWindows->bringMainWindowToFront();
+    });
     connect(menu.quit, &QAction::triggered, this, &AppDelegate::applicationShouldTerminate);
     connect(menu.openAlbumFolder, &QAction::triggered, this, &AppDelegate::openAlbumFolder);
     connect(&bar, &BWControlBar::albumsTriggered, this, &AppDelegate::onSettingsAlbums);
@@ -263,7 +278,7 @@ void AppDelegate::connectActions()
     connect(menu.record, &QAction::triggered, this, &AppDelegate::onRecord);
     connect(&bar, &BWControlBar::recordTriggered, this, &AppDelegate::onRecord);
     m_window->centeringClipView().setLeftButtonClicks(
-        [this] { return m_repository.configManager().saveSnapshotOnClick(); });
+        [this] { return m_repository.configManager().saveSnapshotOnClick() && !m_lookBack->isActive(); });
     connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, [this] {
         forceSnapshot();
         m_window->centeringClipView().showCameraCursor();
@@ -349,6 +364,10 @@ QList<BWBlockedCamera> AppDelegate::blockedCameras() const
 
 void AppDelegate::updateStateLabel()
 {
+    if (m_scene->main() == BWSceneController::Main::Album) {
+        m_statusLine->setText(m_texts.lookingBack);
+        return;
+    }
     if (!currentCamera()) {
         m_statusLine->setText(m_texts.noCameraDetectedPlaceholder);
         return;
@@ -426,11 +445,13 @@ void AppDelegate::openAlbumFolder()
 
 void AppDelegate::forceSnapshot()
 {
+    m_lookBack->end();
     m_capture->forceSnapshot(currentCamera());
 }
 
 void AppDelegate::onRecord()
 {
+    m_lookBack->end();
     m_capture->toggleRecording(currentCamera(), m_sessionWindows->titleOf(currentCamera()));
 }
 

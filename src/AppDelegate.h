@@ -33,6 +33,7 @@ class BWGridController;
 class BWImportMenu;
 class BWLastCaptureController;
 class BWLiveViewController;
+class BWLookBackController;
 class BWMainWindow;
 class BWRepository;
 class BWSceneController;
@@ -120,6 +121,7 @@ private:
     std::unique_ptr<BWCaptureController> m_capture;
     std::unique_ptr<BWFreezeController> m_freeze;
     std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
+    std::unique_ptr<BWLookBackController> m_lookBack;
     std::unique_ptr<BWAuxiliaryWindows> m_auxiliaryWindows;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
     BWDialogFilePanels m_panels;

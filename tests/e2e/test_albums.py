@@ -8,7 +8,7 @@ usage: test_albums.py PROGRAM
 import subprocess
 
 from desktop import wait_until
-from live_image import colours
+from live_image import alike, colours
 from program import ProgramTest, answer_product_question
 
 NAMES = [f"20240607_image_{number:03d}" for number in (1, 2, 3)]
@@ -121,6 +121,61 @@ class Albums(ProgramTest):
         self.desktop.key("Escape")  # the help lies over the title of the camera window
         self.program.quit()
 
+    def test_look_back(self):
+        def shows(file, place):
+            return self.program.wait_for("image", f"{file}, {place}")
+
+        def new_file(what):
+            new = wait_until(what, lambda: set(self.album.glob("*.jpg")) - known).pop()
+            known.add(new)
+            self.program.wait_for("image", "Live image")
+            self.program.wait_for("push button", f"Last capture: {new.name}")
+            return new.name
+
+        known = set(self.album.iterdir())
+        first, second, third = (f"{name}.jpg" for name in NAMES)
+        self.program.wait_for("push button", f"Last capture: {third}")
+        self.focus_grid()
+        self.desktop.key("Home")
+        self.desktop.key("ctrl+Return")
+        area = shows(third, "1 of 3").area
+        self.program.wait_for_active("frame", "BrimwellPro")
+        red = (area.x + area.width // 2 - 280, area.y + area.height // 2)  # as ffmpeg draws it, at the left
+        wait_until("the picture shows", lambda: alike(self.desktop.picture(*red, 1, 1).pixel(0, 0), (254, 0, 0)))
+
+        for key, file, place in (("Right", second, "2 of 3"), ("Right", first, "3 of 3"), ("Right", first, "3 of 3"),
+                                 ("Left", second, "2 of 3")):
+            self.desktop.key(key)
+            shows(file, place)
+        self.program.click("push button", "Previous")
+        shows(third, "1 of 3")
+        self.program.click("push button", "Next")
+        shows(second, "2 of 3")
+        self.desktop.key("Delete")
+        self.program.click("push button", "OK")
+        shows(first, "2 of 2")
+        self.assertFalse((self.album / second).exists())
+        self.desktop.key("ctrl+z")
+        shows(second, "2 of 3")
+        self.assertEqual((self.album / second).read_bytes(), self.pictures[second])
+
+        self.desktop.key("space")
+        new = new_file("a snapshot is taken while looking back")
+        self.program.click("push button", f"Last capture: {new}")
+        shows(new, "1 of 4")
+        self.hand("Press Button")
+        new = new_file("the camera's own button takes one, too")
+        self.program.click("push button", f"Last capture: {new}")
+        shows(new, "1 of 5")
+        self.desktop.key("Escape")
+        self.program.wait_for("image", "Live image")
+        self.program.click("push button", f"Last capture: {new}")
+        self.hand("Unplug")
+        self.program.wait_for("dialog")
+        self.hand("Plug In")
+        wait_until("the question goes", lambda: not self.program.window("dialog"))
+        shows(new, "1 of 5")
+        self.program.quit()
 
 
 if __name__ == "__main__":

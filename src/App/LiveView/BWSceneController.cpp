@@ -77,6 +77,7 @@ void BWSceneController::endComparison()
 
 void BWSceneController::setSources()
 {
+    m_window.centeringClipView().setMainIsOfCamera(m_main != Main::Album);
     m_window.centeringClipView().setSources(m_main == Main::Live ? m_live : *m_still,
                                             m_hasReference ? m_reference.get() : nullptr);
 }

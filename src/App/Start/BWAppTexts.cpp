@@ -63,6 +63,8 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     noCameraDetectedPlaceholder =
         manager.text(u"camera_window"_s, u"no_camera_detected_placeholder"_s, u"No camera detected"_s);
     liveStreamingWith = manager.text(u"camera_window"_s, u"live_streaming_with_prefix"_s, u"Live streaming with:"_s);
+    lookingBack = manager.text(u"camera_window"_s, u"looking_back"_s,
+                               u"Picture from the album. Esc goes back to the live image."_s);
     gridDisclaimer =
         manager.text(u"camera_window"_s, u"grid_disclaimer"_s,
                      u"Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."_s);

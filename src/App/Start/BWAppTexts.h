@@ -10,6 +10,7 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
 
     QString noCameraDetectedPlaceholder;
     QString liveStreamingWith;
+    QString lookingBack;
     QString gridDisclaimer;
     QString gridHoldsAt100; ///< the lines keep their distance on the screen at every zoom
     QString settingsNotStored;

@@ -294,7 +294,7 @@ void BWCenteringClipView::windowFlushed()
 void BWCenteringClipView::drawGrid(QPainter &painter) const
 {
     const BWRenderRequest &request = m_main.image.request;
-    if (m_main.image.image.isNull() || request.picture() != m_scene.mainPicture.imageSize())
+    if (!m_mainIsOfCamera || m_main.image.image.isNull() || request.picture() != m_scene.mainPicture.imageSize())
         return;
     const QList<QRect> lines = BWMeasuringGrid(request.frameSize, m_gridDistance).pixels(request);
     for (const QRect &line : lines)

@@ -33,6 +33,8 @@ public:
     /// Draws the measuring grid into the picture, its lines that many points apart; 0 for no grid.
     void setGridDistance(double distance);
     double gridDistance() const { return m_gridDistance; }
+    /// The grid's distance is that of the camera's pictures: over others it is not drawn.
+    void setMainIsOfCamera(bool isOfCamera) { m_mainIsOfCamera = isOfCamera; }
 
     /// Whether dragging moves the reference alone instead of the whole scene.
     void setMovesReference(bool moves) { m_movesReference = moves; }
@@ -116,6 +118,7 @@ private:
     QPoint m_panAt;
     QPoint m_panScroll;
     double m_gridDistance = 0;
+    bool m_mainIsOfCamera = true;
     int m_wheel = 0;
     bool m_movesReference = false;
     bool m_painted = false;

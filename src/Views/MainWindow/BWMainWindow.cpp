@@ -100,7 +100,13 @@ void BWMainWindow::showFrozen(bool frozen, bool checked)
 void BWMainWindow::updateSeen()
 {
     m_clipView->setSeen(m_visibility.isSeen());
-    m_statistics->setVisible(m_statisticsWanted && m_visibility.isSeen());
+    m_statistics->setVisible(m_statisticsWanted && m_showsLive && m_visibility.isSeen());
+}
+
+void BWMainWindow::setShowsLive(bool shows)
+{
+    m_showsLive = shows;
+    updateSeen();
 }
 
 void BWMainWindow::keyPressEvent(QKeyEvent *event)

@@ -45,6 +45,8 @@ public:
     void showStatistics(bool shown);
     /// The mark over a picture that stands still; the button and the menu's check mark, which are ahead of it for a moment.
     void showFrozen(bool frozen, bool checked);
+    /// Without the live image there are no figures to show.
+    void setShowsLive(bool shows);
 
     /// Asked when the user closes the window: true to let it close. By default it may.
     void setShouldClose(std::function<bool()> shouldClose) { m_shouldClose = std::move(shouldClose); }
@@ -80,5 +82,6 @@ private:
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
     bool m_statisticsWanted = false;
+    bool m_showsLive = true;
     BWWindowVisibility m_visibility;
 };

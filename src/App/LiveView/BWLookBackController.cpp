@@ -1,0 +1,238 @@
+#include "App/LiveView/BWLookBackController.h"
+
+#include "App/LiveView/BWSceneController.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Utils/BWFilePath.h"
+#include "Utils/BWUIUtils.h"
+#include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWPictureCaption.h"
+#include "Views/MainWindow/BWStatusLine.h"
+
+#include <QFile>
+#include <QKeyEvent>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString nameOf(const QUrl &file)
+{
+    return QFile::decodeName(BWFilePath::lastComponent(file));
+}
+
+} // namespace
+
+BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneController &scene, BWAlbumManager &albums,
+                                           const BWAlbumContents &contents, BWStatusLine &statusLine,
+                                           BWLocalizationManager &texts, OpenUrl openUrl, BWClock &clock)
+    : m_window(window),
+      m_scene(scene),
+      m_albums(albums),
+      m_contents(contents),
+      m_statusLine(statusLine),
+      m_texts(texts),
+      m_openUrl(std::move(openUrl)),
+      m_loader(clock),
+      m_caption(new BWPictureCaption(*window.centeringClipView().viewport()))
+{
+    m_albumTexts.localizeWithManager(texts);
+    m_caption->localizeWithManager(texts);
+    connect(m_caption, &BWPictureCaption::stepTriggered, this, &BWLookBackController::step);
+    connect(m_caption, &BWPictureCaption::playTriggered, this, &BWLookBackController::play);
+    connect(m_caption, &BWPictureCaption::closeTriggered, this, &BWLookBackController::end);
+    connect(&m_loader, &BWStillLoader::loaded, this, &BWLookBackController::loaded);
+    connect(&m_loader, &BWStillLoader::takesLong, this, [this](const QUrl &file) {
+        loaded({file});
+        m_isReading = true;
+        updateCaption();
+    });
+    connect(&contents, &BWAlbumContents::reloaded, this, &BWLookBackController::followAlbum);
+    connect(&contents, &BWAlbumContents::changed, this, &BWLookBackController::followAlbum);
+    connect(&contents, &BWAlbumContents::filesWritten, this, [this] {
+        if (isActive() && m_still.problem != BWAlbumPicture::Problem::None)
+            load(); // it may be whole now
+    });
+    connect(&scene, &BWSceneController::mainChanged, this, [this] {
+        if (m_caption->isVisible() && m_scene.main() != BWSceneController::Main::Album)
+            leave(); // something else has taken the place
+    });
+    window.installEventFilter(this);
+    window.centeringClipView().installEventFilter(this);
+}
+
+void BWLookBackController::show(const QUrl &file)
+{
+    followAlbum();
+    m_stepper.setFile(file);
+    load();
+    m_window.centeringClipView().setFocus(); // the keys are for the picture
+}
+
+void BWLookBackController::end()
+{
+    if (!isActive())
+        return;
+    leave();
+    m_scene.showLive();
+}
+
+void BWLookBackController::leave()
+{
+    m_loader.cancel();
+    m_stepper.setFile({});
+    m_still = {};
+    m_caption->clear();
+    m_window.setShowsLive(true);
+    if (!m_liveName.isNull())
+        m_window.centeringClipView().setAccessibleName(std::exchange(m_liveName, {}));
+}
+
+void BWLookBackController::load()
+{
+    m_loader.load(m_stepper.file());
+}
+
+void BWLookBackController::loaded(const BWAlbumPicture &still)
+{
+    m_isReading = false;
+    m_still = {still.file, {}, still.problem, still.isMovie};
+    if (m_liveName.isNull())
+        m_liveName = m_window.centeringClipView().accessibleName();
+    m_window.setShowsLive(false);
+    updateCaption();
+    m_scene.showAlbumPicture(still.image);
+}
+
+void BWLookBackController::updateCaption()
+{
+    if (m_still.file.isEmpty())
+        return;
+    BWPictureCaption::Contents contents{nameOf(m_still.file)};
+    if (const auto position = m_stepper.position())
+        contents.place = m_texts.text(u"look_back"_s, u"place"_s, u"%1 of %2"_s).arg(*position).arg(m_stepper.count());
+    const QString problem = BWAlbumPicture::text(m_still.problem, m_texts);
+    (m_still.problem == BWAlbumPicture::Problem::PartlyDamaged ? contents.remark : contents.reason) = problem;
+    if (m_isReading)
+        contents.reason = m_texts.text(u"look_back"_s, u"reading"_s, u"Reading the picture…"_s);
+    contents.isMovie = m_still.isMovie;
+    contents.hasPrevious = !m_stepper.previous().isEmpty();
+    contents.hasNext = !m_stepper.next().isEmpty();
+    m_caption->showContents(contents);
+    m_window.centeringClipView().setAccessibleName(m_caption->text());
+}
+
+/// Only a listing says what is there; while a folder does not answer, what shows stays.
+void BWLookBackController::followAlbum()
+{
+    const BWAlbumPtr album = m_albums.currentAlbum();
+    if (std::exchange(m_album, album) != album)
+        end();
+    if (m_contents.state() != BWAlbumContents::State::Listed)
+        return;
+    const QUrl before = m_stepper.file();
+    m_stepper.setFiles(m_contents.files(BWMediaType::Image) + m_contents.files(BWMediaType::Video));
+    if (before.isEmpty())
+        return;
+    if (!isActive()) {
+        m_stepper.setFile(before);
+        end(); // nothing is left
+    } else if (m_stepper.file() != before) {
+        load();
+    } else {
+        updateCaption();
+    }
+}
+
+void BWLookBackController::step(bool forward)
+{
+    const QUrl file = forward ? m_stepper.next() : m_stepper.previous();
+    if (file.isEmpty())
+        return;
+    m_stepper.setFile(file);
+    load();
+}
+
+void BWLookBackController::play()
+{
+    if (m_still.isMovie && !m_openUrl(m_still.file))
+        BWUIUtils::displayOKAlert(m_albumTexts.errorOpening.single.title,
+                                  m_albumTexts.errorOpening.single.message.arg(nameOf(m_still.file)));
+}
+
+/// The neighbour shows as soon as the album has lost the file.
+void BWLookBackController::trash()
+{
+    const QUrl file = m_stepper.file();
+    const BWMediaType type = BWFilePath::native(file).endsWith(".mov") ? BWMediaType::Video : BWMediaType::Image;
+    const BWAlbumTexts::Alert &question = m_albumTexts.trashing(type).single;
+    if (!BWUIUtils::displayChoiceAlert(question.title, question.message, m_albumTexts.trashOk,
+                                       m_albumTexts.trashCancel))
+        return;
+    m_albums.removeFiles({file}, [this, file, alive = m_alive.watch()](const BWTrash::Moved &result) {
+        if (!alive.expired())
+            m_statusLine.showForAMoment(
+                (result.files.isEmpty() ? m_albumTexts.stayedOutOfTrash : m_albumTexts.movedToTrash).arg(nameOf(file)));
+    });
+}
+
+void BWLookBackController::undoTrash()
+{
+    m_albums.undoRemoving([this, alive = m_alive.watch()](const BWTrash::Restored &result) {
+        if (alive.expired())
+            return;
+        if (result.files.isEmpty()) {
+            for (const BWTrash::Failure &failure : result.failed)
+                m_statusLine.showForAMoment(m_albumTexts.notBroughtBack.arg(nameOf(failure.file)));
+            return;
+        }
+        const QUrl file = result.files.first().now;
+        m_statusLine.showForAMoment(m_albumTexts.broughtBack.arg(nameOf(file)));
+        if (isActive())
+            show(file);
+    });
+}
+
+bool BWLookBackController::takes(const QKeyEvent &key) const
+{
+    return key.matches(QKeySequence::Cancel) || (key.matches(QKeySequence::Undo) && m_albums.canUndoRemoving())
+        || (key.modifiers() == Qt::NoModifier
+            && (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right || key.key() == Qt::Key_Delete
+                || (m_still.isMovie && key.key() == Qt::Key_Return)));
+}
+
+bool BWLookBackController::press(const QKeyEvent &key)
+{
+    if (!takes(key))
+        return false;
+    if (key.matches(QKeySequence::Cancel))
+        end();
+    else if (key.matches(QKeySequence::Undo))
+        undoTrash();
+    else if (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right)
+        step(key.key() == Qt::Key_Right);
+    else if (key.isAutoRepeat())
+        return true;
+    else if (key.key() == Qt::Key_Delete)
+        trash();
+    else
+        play();
+    return true;
+}
+
+bool BWLookBackController::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
+    if (!isKey || !isActive())
+        return QObject::eventFilter(watched, event);
+    const auto &key = static_cast<const QKeyEvent &>(*event);
+    // From its other parts the window gets only what they do not use, and only Escape is for the picture then.
+    if (watched == &m_window && !key.matches(QKeySequence::Cancel))
+        return false;
+    if (event->type() == QEvent::KeyPress)
+        return press(key);
+    if (takes(key))
+        event->accept(); // no shortcut gets it
+    return takes(key);
+}
