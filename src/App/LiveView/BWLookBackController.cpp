@@ -55,7 +55,7 @@ BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneControll
             load(); // it may be whole now
     });
     connect(&scene, &BWSceneController::mainChanged, this, [this] {
-        if (m_caption->isVisible() && m_scene.main() != BWSceneController::Main::Album)
+        if (!m_still.file.isEmpty() && m_scene.main() != BWSceneController::Main::Album)
             leave(); // something else has taken the place
     });
     window.installEventFilter(this);

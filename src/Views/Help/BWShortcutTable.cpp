@@ -91,8 +91,10 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
         {{plainText(manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s)),
           {click, key(Qt::Key_Space)}},
          {manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {with(Qt::ControlModifier, wheel)}},
-         {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s),
-          {wheel, middleButton + drag}}}};
+         {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s), {wheel, middleButton + drag}},
+         {manager.text(u"help_window"_s, u"step_label"_s, u"Previous, next picture of the album"_s),
+          {key(Qt::Key_Left), key(Qt::Key_Right)}},
+         {manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), {key(Qt::Key_Escape)}}}};
     const BWShortcutSection albums{
         manager.text(u"album_manager"_s, u"window_title"_s, u"Albums"_s),
         {{manager.text(u"help_window"_s, u"select_label"_s, u"Select"_s), {click, arrows}},

@@ -259,8 +259,9 @@ void BWControlBar::showLastCapture(const QImage &picture, const QString &fileNam
     const QString text = m_lastCaptureText.arg(fileName);
     m_lastCaptureButton->setPicture(picture, isMovie);
     m_lastCaptureButton->setAccessibleName(text);
-    m_lastCaptureButton->setToolTip(text);
+    m_lastCaptureButton->setToolTip(withShortcut(text, *m_menu.lastCapture));
     m_lastCaptureButton->setVisible(!picture.isNull());
+    Q_EMIT lastCaptureShown(!picture.isNull());
 }
 
 int BWControlBar::lastCapturePixels() const

@@ -63,6 +63,7 @@ Q_SIGNALS:
     void settingsTriggered();
     void albumsTriggered();
     void lastCaptureTriggered();
+    void lastCaptureShown(bool shown);
 
 protected:
     bool event(QEvent *event) override;

@@ -61,6 +61,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_viewMenu->addSeparator();
     freeze = add(m_viewMenu, u"Ctrl+F"_s);
     freeze->setCheckable(true);
+    lastCapture = add(m_viewMenu, u"Ctrl+L"_s);
+    lastCapture->setEnabled(false);
     grid = add(m_viewMenu, u"Ctrl+G"_s);
     grid->setCheckable(true);
     statistics = add(m_viewMenu, u"Ctrl+I"_s);
@@ -129,6 +131,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(zoomOut, manager.text(u"main_menu"_s, u"zoom_out_menu_item"_s, u"Zoom &out"_s));
     set(actualSize, manager.text(u"main_menu"_s, u"actual_size_menu_item"_s, u"&Actual size"_s));
     set(fitToWindow, manager.text(u"main_menu"_s, u"fit_to_window_menu_item"_s, u"Fit to &window"_s));
+    set(lastCapture, manager.text(u"main_menu"_s, u"last_capture_menu_item"_s, u"&Last capture"_s));
     set(rotate, manager.text(u"main_menu"_s, u"rotate_menu_item"_s, u"&Rotate by 90 degrees"_s));
     set(flipHorizontally, manager.text(u"main_menu"_s, u"flip_horizontally_menu_item"_s, u"Flip &horizontally"_s));
     set(flipVertically, manager.text(u"main_menu"_s, u"flip_vertically_menu_item"_s, u"Flip &vertically"_s));

@@ -58,6 +58,7 @@ public:
     QAction *zoomOut;
     QAction *actualSize;
     QAction *fitToWindow;
+    QAction *lastCapture; ///< enabled while there is one
     QAction *rotate;
     QAction *flipHorizontally;
     QAction *flipVertically;

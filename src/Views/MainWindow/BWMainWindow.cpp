@@ -39,6 +39,8 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     m_statusPill->raise();
     setTabOrder(m_controlBar, m_clipView);
     m_clipView->setFocus();
+    connect(m_controlBar, &BWControlBar::lastCaptureShown, m_menu->lastCapture, &QAction::setEnabled);
+    connect(m_menu->lastCapture, &QAction::triggered, m_controlBar, &BWControlBar::lastCaptureTriggered);
     connect(m_controlBar, &BWControlBar::recordingShown, m_menu, &BWMainMenu::showRecording);
     connect(m_menu->fullScreen, &QAction::toggled, this, &BWMainWindow::setFullScreen);
     connect(&m_visibility, &BWWindowVisibility::changed, this, &BWMainWindow::updateSeen);
