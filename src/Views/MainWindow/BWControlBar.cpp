@@ -290,17 +290,29 @@ void BWControlBar::changeEvent(QEvent *event)
 }
 
 /// With the columns as close together as they may be.
+/// The layout leaves no gap beside a column that is empty or hidden.
+int BWControlBar::gaps() const
+{
+    int columns = 0;
+    for (int column = 0; column < m_grid->columnCount(); ++column) {
+        const QLayoutItem *item = m_grid->itemAtPosition(0, column);
+        columns += item && !item->isEmpty() ? 1 : 0;
+    }
+    return std::max(1, columns - 1);
+}
+
 QSize BWControlBar::minimumSizeHint() const
 {
-    const int saved = (m_grid->horizontalSpacing() - leastGap) * (m_grid->columnCount() - 1);
-    return QWidget::minimumSizeHint() - QSize(saved, 0);
+    return QWidget::minimumSizeHint() - QSize((m_grid->horizontalSpacing() - leastGap) * gaps(), 0);
 }
 
 bool BWControlBar::event(QEvent *event)
 {
     if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
         const int room = width() - minimumSizeHint().width();
-        m_grid->setHorizontalSpacing(std::clamp(leastGap + room / (m_grid->columnCount() - 1), leastGap, usualGap));
+        const int gap = std::clamp(leastGap + room / gaps(), leastGap, usualGap);
+        if (gap != m_grid->horizontalSpacing()) // setting it asks for another layout
+            m_grid->setHorizontalSpacing(gap);
     }
     return QWidget::event(event);
 }

@@ -88,6 +88,7 @@ private:
     BWBarButton *makeButton(int iconSize);
     void updateIcons();
     void keepRoomForStop();
+    int gaps() const;
 
     const BWMainMenu &m_menu;
     QGridLayout *m_grid = nullptr;
