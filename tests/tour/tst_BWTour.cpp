@@ -271,7 +271,7 @@ private Q_SLOTS:
     void captures()
     {
         m_window->menu().albumManagerMenuItem->trigger();
-        auto *notice = m_window->findChild<BWThumbnailNotice *>();
+        auto *notice = visible<BWAlbumManagerWindowController>()->findChild<BWThumbnailNotice *>();
         QTRY_VERIFY_WITH_TIMEOUT(!notice->text().isEmpty(), patience);
         see(visible<BWAlbumManagerWindowController>(), u"albums-empty"_s);
         auto *flash = m_window->findChild<BWFlashActionViewController *>();
