@@ -3,6 +3,7 @@
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Help/BWShortcutTable.h"
 #include "Views/MainWindow/BWFrozenMark.h"
+#include "Views/MainWindow/BWLastCaptureButton.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWDoubleButton.h"
@@ -92,9 +93,9 @@ public:
     {
         place(widget);
         const bool isKnown =
-            judgeAs<QLabel, QPushButton, QToolButton, QComboBox, QSpinBox, QLineEdit, BWLightTabBar, QMenuBar, QMenu,
-                    BWStatusPill, BWStatisticsPanel, BWFrozenMark, BWThumbnailNotice, BWFlashActionViewController,
-                    QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
+            judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox, QLineEdit,
+                    BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel, BWFrozenMark, BWThumbnailNotice,
+                    BWFlashActionViewController, QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
         if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
             fault(widget, u"is of a kind that this check does not know"_s);
     }
@@ -229,6 +230,8 @@ private:
         const QRect room = button.style()->subElementRect(QStyle::SE_PushButtonContents, &option, &button);
         fits(button, option.text, sizeWithIcon(option), room.size());
     }
+
+    void judgeKind(const BWLastCaptureButton &) { } // a picture only
 
     void judgeKind(const QToolButton &button)
     {
