@@ -215,8 +215,10 @@ void AppDelegate::completeLaunch()
 void AppDelegate::prepareCapture()
 {
     BWLocalizationManager &texts = m_repository.localizationManager();
-    m_flashActionViewController = std::make_unique<BWFlashActionViewController>(
-        *m_window->centralWidget(), BWLiveViewGeometry::barHeight, texts, m_clock);
+    m_flashActionViewController =
+        std::make_unique<BWFlashActionViewController>(*m_window->centralWidget(), m_window->topInset(), texts, m_clock);
+    connect(m_window.get(), &BWMainWindow::topInsetChanged, m_flashActionViewController.get(),
+            &BWFlashActionViewController::setInset);
     QFile sound(u":/sounds/snapshot.mp3"_s);
     sound.open(QIODevice::ReadOnly);
     m_snapshotSound = std::make_unique<BWSnapshotSound>(sound.readAll());
@@ -286,6 +288,11 @@ void AppDelegate::connectActions()
     connect(&m_window->centeringClipView(), &BWCenteringClipView::firstPicturePainted, this, [this] {
         m_firstFrameMilliseconds = BWStatisticsReport::millisecondsSinceStart();
         BWMainQueue::post(m_alive, [this] { completeLaunch(); }); // when it is on the screen
+    });
+    connect(m_window.get(), &BWMainWindow::fullScreenChanged, this, [this](bool fullScreen) {
+        constexpr double seconds = 4;
+        if (fullScreen)
+            m_statusLine->showForAMoment(m_texts.fullScreenHint, seconds);
     });
     connect(m_window.get(), &BWMainWindow::otherKeyPressed, this, &AppDelegate::otherKeyPressed);
     connect(m_window.get(), &BWMainWindow::occlusionStateChanged, this, &AppDelegate::windowDidChangeOcclusionState);

@@ -108,6 +108,14 @@ class Desktop:
         wait_until("the window manager is there",
                    lambda: b"window id" in self.output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]))
 
+    def bind_keys(self, actions):
+        """Actions of the window manager, in its own words."""
+        settings = self.home / ".config/openbox/rc.xml"
+        settings.parent.mkdir(parents=True)
+        keys = "".join(f'<keybind key="{key}"><action name="{name}"/></keybind>' for key, name in actions.items())
+        settings.write_text(Path("/etc/xdg/openbox/rc.xml").read_text().replace("<keyboard>", "<keyboard>" + keys))
+        self.output(["openbox", "--reconfigure"])
+
     def _start_display(self):
         reading, writing = os.pipe()
         # Without a reset: one at the end of the last program would throw out a window manager that is just starting.

@@ -314,6 +314,54 @@ class CameraWindow(ProgramTest):
 
         self.work_unseen(lambda: show_desktop("1"), lambda: show_desktop("0"))
 
+    def test_full_screen(self):
+        self.desktop.bind_keys({"W-m": "ToggleMaximize", "W-f": "ToggleFullscreen"})
+        self.start_with_picture()
+        window = self.shown("BrimwellPro")[0]
+        button = self.program.wait_for("push button", "Snapshot")
+        screen = (0, 0, *self.screen_size)
+        x, y = 60, 700  # beside the picture, and far from the bar
+
+        def state():
+            return (self.desktop.output(["xprop", "-id", window, "_NET_WM_STATE", "_NET_FRAME_EXTENTS"]),
+                    self.program.wait_for(None, "Live image").area, button.area)
+
+        def wait_for_bar(shown):
+            wait_until(f"the bar has come: {shown}", lambda: (button.area.y > 0, button.area.y < -20)[not shown])
+
+        for maximised in (False, True):
+            if maximised:
+                self.desktop.key("super+m")
+                wait_until("it is maximised", lambda: self.program.wait_for(None, "Live image").area.width == screen[2])
+            before, taken = state(), len(self.captures("*_image_*.jpg"))
+            self.desktop.input("mousemove", x, y)
+            self.desktop.key("F11")
+            wait_until("the picture has the screen", lambda: self.program.wait_for(None, "Live image").area == screen)
+            wait_for_bar(False)
+            wait_until("nothing else is on it", lambda: colours(self.desktop.picture(0, 0, 300, 60), step=1) == 1)
+            self.desktop.key("ctrl+s")
+            wait_until("the key takes a snapshot", lambda: len(self.captures("*_image_*.jpg")) == taken + 1)
+            wait_until("the pointer goes", lambda: colours(self.desktop.picture(x - 9, y - 9, 30, 30), step=1) == 1)
+            self.desktop.input("mousemove", x, 0)
+            wait_for_bar(True)
+            self.program.click("push button", "Snapshot")
+            wait_until("the bar takes another", lambda: len(self.captures("*_image_*.jpg")) == taken + 2)
+            self.desktop.input("mousemove", x, y)
+            wait_for_bar(False)
+            self.desktop.key("Tab")
+            wait_for_bar(True)
+            self.desktop.key("alt+f")
+            self.program.wait_for("menu item", "Quit")
+            for _ in ("the menu", "its title", "the bar"):
+                self.desktop.key("Escape")
+            wait_for_bar(False)
+            if maximised:
+                self.desktop.key("Escape")
+            else:
+                self.desktop.key("super+f")
+            wait_until("the window is as before", lambda: state() == before)
+        self.program.quit()
+
     def choose_resolution(self, *keys):
         self.program.click("combo box", "Resolution")
         for key in (*keys, "Return"):

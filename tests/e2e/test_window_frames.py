@@ -94,6 +94,10 @@ class WindowFrames(ProgramTest):
     def test_remembered(self):
         self.start_with_panels()
         left = self.leave_apart()
+        self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
+        self.desktop.key("F11")
+        wait_until("it fills the screen", lambda: self.content("BrimwellPro") == (0, 0, *SCREEN))
+        time.sleep(1)  # a place is stored half a second later
         self.program.quit()
         stored = self.settings.read_text()
         for name in ("main", "settings", "advanced_settings", "albums"):

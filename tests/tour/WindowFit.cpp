@@ -44,7 +44,7 @@ const QList<QByteArray> withoutText =
                "QAbstractScrollAreaScrollBarContainer QHeaderView BWAlbumFooter BWAlbumNotice "
                "BWAutoSettingViewController BWBusyIndicator BWCenteringClipView BWControlBar BWDoubleButton "
                "BWLightTabView BWNormSettingViewController BWNoticeView BWNumericSettingViewController "
-               "BWPreparingView BWProgramHead BWSettingsForm BWShortcutTable BWThumbnailTableView")
+               "BWPreparingView BWProgramHead BWSettingsForm BWShortcutTable BWSlidingBars BWThumbnailTableView")
         .split(' ');
 
 /// The style option as the widget itself fills it, which only derived classes may ask for.

@@ -441,8 +441,10 @@ private Q_SLOTS:
         }
         BWAppTexts app;
         app.localizeWithManager(manager);
-        m_window->currentCameraLabel().setText(app.settingsNotStored);
-        see(m_window, u"main-status-not-stored"_s);
+        for (const QString &text : {app.settingsNotStored, app.fullScreenHint}) {
+            m_window->currentCameraLabel().setText(text);
+            see(m_window, text == app.fullScreenHint ? u"main-status-full-screen"_s : u"main-status-not-stored"_s);
+        }
     }
 
     void unplugged()

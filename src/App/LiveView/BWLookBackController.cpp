@@ -39,6 +39,12 @@ BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneControll
 {
     m_albumTexts.localizeWithManager(texts);
     m_caption->localizeWithManager(texts);
+    window.setEscape(BWMainWindow::Escape::StillPicture, [this] {
+        const bool leaves = isActive();
+        if (leaves)
+            end();
+        return leaves;
+    });
     connect(m_caption, &BWPictureCaption::stepTriggered, this, &BWLookBackController::step);
     connect(m_caption, &BWPictureCaption::playTriggered, this, &BWLookBackController::play);
     connect(m_caption, &BWPictureCaption::closeTriggered, this, &BWLookBackController::end);
@@ -227,8 +233,8 @@ bool BWLookBackController::eventFilter(QObject *watched, QEvent *event)
     if (!isKey || !isActive())
         return QObject::eventFilter(watched, event);
     const auto &key = static_cast<const QKeyEvent &>(*event);
-    // From its other parts the window gets only what they do not use, and only Escape is for the picture then.
-    if (watched == &m_window && !key.matches(QKeySequence::Cancel))
+    // From its other parts the window gets only what they do not use, and only Escape is for the picture then, in its turn.
+    if (watched == &m_window && (event->type() == QEvent::KeyPress || !key.matches(QKeySequence::Cancel)))
         return false;
     if (event->type() == QEvent::KeyPress)
         return press(key);

@@ -73,4 +73,7 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
                                      u"Settings could not be saved. Your choices apply until you quit."_s);
     notFrozen = manager.text(u"camera_window"_s, u"not_frozen"_s,
                              u"No undamaged picture has come from the camera. The image is still live."_s);
+    fullScreenHint =
+        manager.text(u"camera_window"_s, u"full_screen_hint"_s,
+                     u"Esc leaves full screen. Move the pointer to the top edge for the bar and the menus."_s);
 }

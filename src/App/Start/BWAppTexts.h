@@ -15,6 +15,7 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString gridHoldsAt100; ///< the lines keep their distance on the screen at every zoom
     QString settingsNotStored;
     QString notFrozen;
+    QString fullScreenHint;
     QString cameraAccessDeniedTitle;
     QString cameraAccessDeniedMessage;
     QString cameraAccessRestrictedTitle;

@@ -95,6 +95,11 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"step_label"_s, u"Previous, next picture of the album"_s),
           {key(Qt::Key_Left), key(Qt::Key_Right)}},
          {manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), {key(Qt::Key_Escape)}}}};
+    const BWShortcutSection fullScreen{
+        plainText(manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s)),
+        {{manager.text(u"help_window"_s, u"show_bars_label"_s, u"Show the bar and the menus"_s),
+          {manager.text(u"help_window"_s, u"top_edge_key"_s, u"Pointer at the top edge"_s), key(Qt::Key_F10)}},
+         {manager.text(u"help_window"_s, u"leave_label"_s, u"Leave"_s), {key(QKeySequence::Cancel)}}}};
     const BWShortcutSection albums{
         manager.text(u"album_manager"_s, u"window_title"_s, u"Albums"_s),
         {{manager.text(u"help_window"_s, u"select_label"_s, u"Select"_s), {click, arrows}},
@@ -111,7 +116,7 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
           {key(Command::Trash), key(QKeySequence::Undo)}},
          {manager.text(u"help_window"_s, u"drag_label"_s, u"Drag into another program"_s), {hold + drag}}}};
-    return {image, albums};
+    return {image, fullScreen, albums};
 }
 
 namespace {

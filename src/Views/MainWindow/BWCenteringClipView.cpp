@@ -39,15 +39,12 @@ QAccessibleInterface *accessibleView(const QString &className, QObject *object)
 } // namespace
 
 BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent)
-    : QAbstractScrollArea(parent), m_live(renderer)
+    : QAbstractScrollArea(parent), m_live(renderer), m_scrollBarSpacer(new QWidget(this))
 {
     QAccessible::installFactory(&accessibleView); // installs it once, however often it is called
     setFrameShape(QFrame::NoFrame);
-    setViewportMargins(0, BWLiveViewGeometry::barHeight, 0, 0);
-    // Keeps the vertical scroll bar from beginning under the control bar.
-    auto *spacer = new QWidget(this);
-    spacer->setFixedSize(1, BWLiveViewGeometry::barHeight);
-    addScrollBarWidget(spacer, Qt::AlignTop);
+    addScrollBarWidget(m_scrollBarSpacer, Qt::AlignTop);
+    setTopInset(BWLiveViewGeometry::barHeight);
 
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
@@ -63,6 +60,12 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     };
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, stateChanged);
     stateChanged(QGuiApplication::applicationState());
+}
+
+void BWCenteringClipView::setTopInset(int points)
+{
+    setViewportMargins(0, points, 0, 0);
+    m_scrollBarSpacer->setFixedSize(1, points);
 }
 
 void BWCenteringClipView::setSources(BWLiveRenderer &main, BWLiveRenderer *reference)

@@ -10,8 +10,8 @@
 #include <QElapsedTimer>
 
 /// The live image, or what is shown in its place or beside it, in a scroll area. Draws what renderers make, one pixel to
-/// one, and lays it out as a BWScene says: centred where the image is smaller than the view. The top
-/// BWLiveViewGeometry::barHeight points belong to the control bar. The scroll bars are those of the main picture.
+/// one, and lays it out as a BWScene says: centred where the image is smaller than the view. The scroll bars are those of
+/// the main picture.
 class BWCenteringClipView : public QAbstractScrollArea {
     Q_OBJECT
 
@@ -29,6 +29,10 @@ public:
     QSize largestViewport() const { return maximumViewportSize(); }
     /// Where the main picture is scrolled to, in points.
     QPoint scrollPosition() const;
+
+    /// So many points of the top belong to something that lies over it; the image keeps clear of them. At first
+    /// BWLiveViewGeometry::barHeight.
+    void setTopInset(int points);
 
     /// Draws the measuring grid into the picture, its lines that many points apart; 0 for no grid.
     void setGridDistance(double distance);
@@ -121,6 +125,7 @@ private:
     bool m_mainIsOfCamera = true;
     int m_wheel = 0;
     bool m_movesReference = false;
+    QWidget *m_scrollBarSpacer; // keeps the vertical scroll bar from beginning in the top inset
     bool m_painted = false;
     bool m_isSeen = true;
     DispatchAfterStrict::Handle m_forgetting;

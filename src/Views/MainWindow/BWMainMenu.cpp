@@ -85,11 +85,16 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     advancedSettingsMenuItem->setEnabled(false); // the others are useful without a camera too
     gridDebugger = add(m_toolsMenu);
     registerDebugger = add(m_toolsMenu);
-    auto *toggleTools = new QAction(this);
-    toggleTools->setShortcut(u"Ctrl+Alt+Shift+T"_s);
-    toggleTools->setAutoRepeat(false);
-    window.addAction(toggleTools);
-    connect(toggleTools, &QAction::triggered, this, [this] { showTools(!m_toolsMenu->menuAction()->isVisible()); });
+    const auto withoutItem = [&](const QKeySequence &shortcut) {
+        auto *action = new QAction(this);
+        action->setShortcut(shortcut);
+        action->setAutoRepeat(false);
+        window.addAction(action);
+        return action;
+    };
+    connect(withoutItem(u"Ctrl+Alt+Shift+T"_s), &QAction::triggered, this,
+            [this] { showTools(!m_toolsMenu->menuAction()->isVisible()); });
+    connect(withoutItem(u"F10"_s), &QAction::triggered, this, &BWMainMenu::barRequested);
     connect(m_panelsMenu, &QMenu::aboutToShow, this, &BWMainMenu::panelsMenuOpening);
     connect(m_cameras, &QActionGroup::triggered, this,
             [this](QAction *action) { Q_EMIT cameraPicked(action->data().toInt()); });

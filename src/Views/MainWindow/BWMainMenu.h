@@ -79,6 +79,8 @@ public:
 Q_SIGNALS:
     void cameraPicked(int index);
     void productPicked(const QString &identifier);
+    /// The key that opens the first menu, without an item of its own.
+    void barRequested();
     /// The window list is about to be shown.
     void panelsMenuOpening();
 

@@ -7,6 +7,7 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWSlidingBars.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWAccessibility.h"
@@ -15,7 +16,9 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QHoverEvent>
 #include <QMenuBar>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -23,7 +26,8 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     : m_content(new QWidget(this)),
       m_menu(new BWMainMenu(*this)),
       m_clipView(new BWCenteringClipView(renderer, m_content)),
-      m_controlBar(new BWControlBar(*m_menu, m_content)),
+      m_bars(new BWSlidingBars(*menuBar(), m_content)),
+      m_controlBar(new BWControlBar(*m_menu, m_bars)),
       m_statusPill(new BWStatusPill(m_content)),
       m_statistics(new BWStatisticsPanel([&renderer] { return renderer.figures(); }, m_content)),
       m_frozenMark(new BWFrozenMark(m_content)),
@@ -32,10 +36,12 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     BWAccessibleRoles::install();
     setObjectName(u"main"_s);
     setCentralWidget(m_content);
+    m_content->setAttribute(Qt::WA_Hover); // to hear where the pointer is, whichever part it is over
     m_content->installEventFilter(this);
     m_controlBar->installEventFilter(this);
+    m_bars->addControlBar(m_controlBar);
     // The bar comes first in the tab order, as it does for the eye.
-    m_controlBar->raise();
+    m_bars->raise();
     m_statusPill->raise();
     setTabOrder(m_controlBar, m_clipView);
     m_clipView->setFocus();
@@ -44,6 +50,17 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     connect(m_controlBar, &BWControlBar::recordingShown, m_menu, &BWMainMenu::showRecording);
     connect(m_menu->fullScreen, &QAction::toggled, this, &BWMainWindow::setFullScreen);
     connect(&m_visibility, &BWWindowVisibility::changed, this, &BWMainWindow::updateSeen);
+    connect(m_menu, &BWMainMenu::barRequested, this, &BWMainWindow::openMenu);
+    connect(m_bars, &BWSlidingBars::coveredHeightChanged, this, &BWMainWindow::placeBelowBars);
+    connect(m_bars, &BWSlidingBars::keyboardReturned, this, [this] { m_clipView->setFocus(); });
+    connect(m_bars, &BWSlidingBars::pointerShown, this, &BWMainWindow::showPointer);
+    setEscape(Escape::Bars, [this] { return m_bars->endKeyboard(); });
+    setEscape(Escape::FullScreen, [this] {
+        const bool leaves = isFullScreen();
+        if (leaves)
+            setFullScreen(false);
+        return leaves;
+    });
 }
 
 void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
@@ -113,10 +130,18 @@ void BWMainWindow::setShowsLive(bool shows)
 
 void BWMainWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (event->matches(QKeySequence::Cancel) && isFullScreen())
-        setFullScreen(false);
-    else
-        Q_EMIT otherKeyPressed(event->key(), event->isAutoRepeat());
+    if (event->matches(QKeySequence::Cancel)) {
+        for (const std::function<bool()> &leave : m_escapes) {
+            if (leave && leave())
+                return;
+        }
+    }
+    Q_EMIT otherKeyPressed(event->key(), event->isAutoRepeat());
+}
+
+void BWMainWindow::setEscape(Escape what, std::function<bool()> leave)
+{
+    m_escapes.at(static_cast<std::size_t>(what)) = std::move(leave);
 }
 
 /// The control bar decides how narrow the window may become; its captions and contents change.
@@ -129,10 +154,46 @@ void BWMainWindow::updateMinimumSize()
 void BWMainWindow::layOutContent()
 {
     m_clipView->setGeometry(m_content->rect());
-    m_controlBar->setGeometry(0, 0, m_content->width(), BWLiveViewGeometry::barHeight);
-    const QRect picture = m_content->rect().adjusted(0, BWLiveViewGeometry::barHeight, 0, 0);
-    m_statusPill->placeIn(picture);
-    m_statistics->placeIn(m_frozenMark->placeIn(picture));
+    m_bars->placeIn(m_content->width());
+    m_statusPill->placeIn(m_content->rect());
+    placeBelowBars();
+}
+
+/// The picture itself stays where it is while the bars slide over it.
+void BWMainWindow::placeBelowBars()
+{
+    m_statistics->placeIn(m_frozenMark->placeIn(m_content->rect().adjusted(0, topInset(), 0, 0)));
+    Q_EMIT topInsetChanged(topInset());
+}
+
+int BWMainWindow::topInset() const
+{
+    return m_bars->coveredHeight();
+}
+
+void BWMainWindow::layOutFullScreen()
+{
+    const bool fullScreen = isFullScreen();
+    menuBar()->setVisible(!fullScreen);
+    m_clipView->setTopInset(fullScreen ? 0 : BWLiveViewGeometry::barHeight);
+    m_bars->setSliding(fullScreen);
+    Q_EMIT fullScreenChanged(fullScreen);
+}
+
+void BWMainWindow::showPointer(bool shown)
+{
+    if (shown)
+        m_clipView->unsetCursor();
+    else
+        m_clipView->setCursor(Qt::BlankCursor);
+}
+
+void BWMainWindow::openMenu()
+{
+    if (isFullScreen())
+        m_bars->openMenu();
+    else
+        menuBar()->setActiveAction(menuBar()->actions().value(0));
 }
 
 bool BWMainWindow::event(QEvent *event)
@@ -150,6 +211,12 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
         layOutContent();
         Q_EMIT resized();
     }
+    if (watched == m_content && (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)) {
+        const QPoint position = static_cast<const QHoverEvent *>(event)->position().toPoint();
+        m_bars->pointerAt(position);
+    }
+    if (watched == m_content && event->type() == QEvent::HoverLeave)
+        m_bars->pointerAt({});
     if (watched == m_controlBar && event->type() == QEvent::LayoutRequest)
         updateMinimumSize();
     return QMainWindow::eventFilter(watched, event);
@@ -166,6 +233,8 @@ void BWMainWindow::changeEvent(QEvent *event)
     if (event->type() != QEvent::WindowStateChange)
         return;
     m_menu->fullScreen->setChecked(isFullScreen()); // the desktop can change it as well
+    if (m_bars->slides() != isFullScreen())
+        layOutFullScreen();
     Q_EMIT occlusionStateChanged();
 }
 

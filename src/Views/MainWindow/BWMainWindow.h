@@ -3,6 +3,8 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/Windows/BWWindowVisibility.h"
 
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <QMainWindow>
 
@@ -12,6 +14,7 @@ class BWFrameAutosave;
 class BWFrozenMark;
 class BWLiveRenderer;
 class BWMainMenu;
+class BWSlidingBars;
 class BWStatisticsPanel;
 class BWStatusPill;
 class BWUserDefaults;
@@ -41,6 +44,16 @@ public:
     void setVisible(bool visible) override;
 
     void setFullScreen(bool fullScreen);
+    /// How much of the picture's top the bars cover: all of the control bar in a window, nothing in full screen until they
+    /// slide in.
+    int topInset() const;
+
+    /// What Escape leaves, one thing at a press: the first of these that there is to leave. Open menus and questions take
+    /// the key before.
+    enum class Escape { Bars, StillPicture, FullScreen };
+    /// `leave` returns whether there was anything to leave.
+    void setEscape(Escape what, std::function<bool()> leave);
+
     /// The figures over the live image, and the menu's check mark.
     void showStatistics(bool shown);
     /// The mark over a picture that stands still; the button and the menu's check mark, which are ahead of it for a moment.
@@ -53,6 +66,8 @@ public:
 
 Q_SIGNALS:
     void resized();
+    void fullScreenChanged(bool fullScreen);
+    void topInsetChanged(int inset);
     /// The window was shown, hidden, minimised or restored.
     void occlusionStateChanged();
     /// A key that nothing in the window handles.
@@ -71,16 +86,22 @@ private:
     void updateSeen();
     void updateMinimumSize();
     void layOutContent();
+    void placeBelowBars();
+    void layOutFullScreen();
+    void showPointer(bool shown);
+    void openMenu();
 
     QWidget *m_content;
     BWMainMenu *m_menu;
     BWCenteringClipView *m_clipView;
+    BWSlidingBars *m_bars;
     BWControlBar *m_controlBar;
     BWStatusPill *m_statusPill;
     BWStatisticsPanel *m_statistics;
     BWFrozenMark *m_frozenMark;
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
+    std::array<std::function<bool()>, static_cast<std::size_t>(Escape::FullScreen) + 1> m_escapes;
     bool m_statisticsWanted = false;
     bool m_showsLive = true;
     BWWindowVisibility m_visibility;

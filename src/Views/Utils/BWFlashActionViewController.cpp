@@ -191,6 +191,17 @@ void BWFlashActionViewController::pictureChanged()
 {
     m_steady = {};
     m_fading = {};
+    place();
+}
+
+void BWFlashActionViewController::setInset(int inset)
+{
+    m_inset = inset;
+    place();
+}
+
+void BWFlashActionViewController::place()
+{
     setGeometry(0, 0, parentWidget()->width(), m_inset + topDistance + m_picture.size().height());
     update(m_drawn.united(pillRect())); // no more than that: a live image is below
 }

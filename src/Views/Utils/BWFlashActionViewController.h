@@ -59,10 +59,13 @@ public:
         RecordingStopped = 2,
     };
 
-    /// Lies above the other children of `content`, along its top edge; captions start `inset` points below that edge.
+    /// Lies above the other children of `content`, along its top edge; captions start `inset` points below that edge, and
+    /// a little more.
     BWFlashActionViewController(QWidget &content, int inset, BWLocalizationManager &texts,
                                 BWClock &clock = BWClock::system());
     ~BWFlashActionViewController() override;
+
+    void setInset(int inset);
 
     /// Posted to the GUI thread. Any thread.
     void setAction(Action action);
@@ -91,12 +94,13 @@ private:
     void nextStep();
     void cancelStep();
     void pictureChanged();
+    void place();
     QRect pillRect() const;
     QRect fadingRect() const;
 
     BWLocalizationManager &m_texts;
     BWClock &m_clock;
-    const int m_inset;
+    int m_inset;
     BWOpacityAnimation m_animation;
     BWFlashPicture m_picture;
     QPixmap m_steady; // cached: over a live image both are painted many times a second

@@ -90,6 +90,8 @@ bool BWFrameAutosave::eventFilter(QObject *watched, QEvent *event)
 void BWFrameAutosave::store()
 {
     m_timer.stop();
+    if (m_window.isFullScreen()) // for a while; the next start is in a window
+        return;
     m_isRemembered = true;
     m_defaults.setString(m_key, QString::fromLatin1(m_window.saveGeometry().toBase64()));
     m_defaults.synchronize();
