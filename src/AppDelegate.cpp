@@ -371,23 +371,25 @@ QList<BWBlockedCamera> AppDelegate::blockedCameras() const
 
 void AppDelegate::updateStateLabel()
 {
+    using Kind = BWStatusLine::Kind;
     if (m_scene->main() == BWSceneController::Main::Album) {
         m_statusLine->setText(m_texts.lookingBack);
         return;
     }
     if (!currentCamera()) {
-        m_statusLine->setText(m_texts.noCameraDetectedPlaceholder);
+        m_statusLine->setText(m_texts.noCameraDetectedPlaceholder, Kind::Lasting);
         return;
     }
     if (const BWStartProblem &problem = m_session.problem(); !problem.isNone()) {
-        m_statusLine->setText(BWStartProblemText::status(problem, m_repository.localizationManager()));
+        m_statusLine->setText(BWStartProblemText::status(problem, m_repository.localizationManager()), Kind::Lasting);
         return;
     }
     const auto product = m_productInUse.currentProduct();
     if (m_grid->useGrid()) {
         m_statusLine->setText(m_liveView->state().currentZoom() == 100
                                   ? m_texts.gridDisclaimer
-                                  : BWUIUtils::inOneLine(m_texts.gridDisclaimer, m_texts.gridHoldsAt100));
+                                  : BWUIUtils::inOneLine(m_texts.gridDisclaimer, m_texts.gridHoldsAt100),
+                              Kind::Lasting);
         return;
     }
     m_statusLine->setText(

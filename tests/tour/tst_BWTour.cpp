@@ -436,13 +436,13 @@ private Q_SLOTS:
     {
         BWLocalizationManager &manager = BWRepository::singleton().localizationManager();
         for (const auto kind : {BWStartProblem::Kind::NoBandwidth, BWStartProblem::Kind::Failed}) {
-            m_window->currentCameraLabel().setText(BWStartProblemText::status({kind}, manager));
+            m_window->currentCameraLabel().announce(BWStartProblemText::status({kind}, manager));
             see(m_window, u"main-status-%1"_s.arg(static_cast<int>(kind)));
         }
         BWAppTexts app;
         app.localizeWithManager(manager);
         for (const QString &text : {app.settingsNotStored, app.fullScreenHint}) {
-            m_window->currentCameraLabel().setText(text);
+            m_window->currentCameraLabel().announce(text);
             see(m_window, text == app.fullScreenHint ? u"main-status-full-screen"_s : u"main-status-not-stored"_s);
         }
     }

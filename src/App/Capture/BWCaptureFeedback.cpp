@@ -67,6 +67,7 @@ void BWCaptureFeedback::recordingChanged(bool recording)
 {
     m_bar.showRecording(recording);
     flashVideo(recording);
+    m_statusLine.setRecording(recording);
     stopProgress();
     if (recording)
         showProgress();

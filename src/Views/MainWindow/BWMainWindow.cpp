@@ -98,6 +98,8 @@ void BWMainWindow::setVisible(bool visible)
 
 void BWMainWindow::setFullScreen(bool fullScreen)
 {
+    if (m_frame)
+        m_frame->storeChange();
     setWindowState(windowState().setFlag(Qt::WindowFullScreen, fullScreen));
 }
 
@@ -214,6 +216,7 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_content && (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)) {
         const QPoint position = static_cast<const QHoverEvent *>(event)->position().toPoint();
         m_bars->pointerAt(position);
+        m_statusPill->pointerAt(position);
     }
     if (watched == m_content && event->type() == QEvent::HoverLeave)
         m_bars->pointerAt({});

@@ -6,12 +6,16 @@
 #include <QAccessible>
 #include <QEvent>
 #include <QPainter>
+#include <QStyle>
+#include <utility>
 
 namespace {
 
 constexpr int statusSidePadding = 17;
 constexpr int statusEndPadding = 5;
 constexpr int bottomDistance = 11;
+constexpr int nearDistance = 40;
+constexpr int longestFade = 300; // milliseconds
 constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
 
 } // namespace
@@ -20,6 +24,11 @@ BWStatusPill::BWStatusPill(QWidget *parent) : QWidget(parent)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
+    connect(&m_fade, &QVariantAnimation::valueChanged, this, [this](const QVariant &opacity) {
+        m_opacity = opacity.toDouble();
+        update();
+    });
+    connect(&m_fade, &QVariantAnimation::finished, this, &BWStatusPill::fit);
     hide();
 }
 
@@ -30,21 +39,44 @@ void BWStatusPill::setText(const QString &text)
     m_text = text;
     setAccessibleName(text);
     setVisible(!text.isEmpty());
-    fit();
-    update();
+    const bool fadesAway = m_faded && m_fade.state() == QAbstractAnimation::Running;
+    if (!fadesAway)
+        fit();
 }
 
 void BWStatusPill::announce(const QString &text)
 {
+    m_fade.stop();
+    m_faded = false;
+    m_opacity = 1;
     hide(); // screen readers speak a notification when it appears
     m_text.clear();
     setText(text);
+}
+
+void BWStatusPill::setFaded(bool faded)
+{
+    if (std::exchange(m_faded, faded) == faded)
+        return;
+    m_fade.stop();
+    m_fade.setStartValue(m_opacity);
+    m_fade.setEndValue(faded ? 0.0 : 1.0);
+    // Desktops where users can switch animations off report it to Qt as a duration of 0.
+    m_fade.setDuration(std::min(longestFade, style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this)));
+    m_fade.start();
 }
 
 void BWStatusPill::placeIn(const QRect &area)
 {
     m_area = area;
     fit();
+}
+
+void BWStatusPill::pointerAt(const QPoint &position)
+{
+    constexpr QMargins around(nearDistance, nearDistance, nearDistance, nearDistance);
+    if (geometry().marginsAdded(around).contains(position))
+        Q_EMIT pointerNear();
 }
 
 int BWStatusPill::widestText() const
@@ -62,6 +94,7 @@ void BWStatusPill::fit()
                         m_area.y() + m_area.height() - bottomDistance - size.height());
     setGeometry(QRect(corner, size));
     m_drawn = {};
+    update();
 }
 
 void BWStatusPill::changeEvent(QEvent *event)
@@ -73,15 +106,24 @@ void BWStatusPill::changeEvent(QEvent *event)
 
 void BWStatusPill::paintEvent(QPaintEvent *)
 {
-    paintBWPill(*this, m_drawn, [this](QPainter &painter) {
+    const auto drawText = [this](QPainter &painter) {
         painter.setPen(bwPillTextColor);
         QRect text(0, 0, widestText(), height()); // so that it is wrapped as it was measured
         text.moveCenter(rect().center());
         painter.drawText(text, textFlags, m_text);
-    });
+    };
+    if (m_opacity > 0)
+        paintBWPill(*this, m_drawn, drawText, m_opacity);
 }
 
-BWStatusLine::BWStatusLine(BWStatusPill &pill, BWClock &clock) : m_pill(pill), m_clock(clock) { }
+BWStatusLine::BWStatusLine(BWStatusPill &pill, BWClock &clock)
+    : m_pill(pill),
+      m_clock(clock),
+      m_quiet(
+          quietTime, [this](bool) { fade(); }, clock)
+{
+    connect(&pill, &BWStatusPill::pointerNear, this, [this] { m_quiet.show(); });
+}
 
 BWStatusLine::~BWStatusLine()
 {
@@ -89,16 +131,26 @@ BWStatusLine::~BWStatusLine()
         m_moment->cancel();
 }
 
-void BWStatusLine::setText(const QString &text)
+void BWStatusLine::setText(const QString &text, Kind kind)
 {
-    m_text = text;
+    if (std::exchange(m_text, text) != text)
+        m_quiet.show();
+    m_kind = kind;
+    hold();
     show();
 }
 
 void BWStatusLine::setProgress(const QString &text)
 {
     m_progress = text;
+    hold();
     show();
+}
+
+void BWStatusLine::setRecording(bool recording)
+{
+    m_recording = recording;
+    hold();
 }
 
 void BWStatusLine::show()
@@ -113,10 +165,23 @@ void BWStatusLine::showForAMoment(const QString &text, double seconds)
         m_moment->cancel();
     m_pill.announce(text);
     m_moment = DispatchAfterStrict::dispatchForQueue(
-        this,
-        [this] {
-            m_moment.reset();
-            show();
-        },
-        seconds, m_clock);
+        this, [this] { endMoment(); }, seconds, m_clock);
+}
+
+/// A line that has faded before fades once more, with the text of the moment.
+void BWStatusLine::endMoment()
+{
+    m_moment.reset();
+    fade();
+    show();
+}
+
+void BWStatusLine::hold()
+{
+    m_quiet.setHeld(m_kind == Kind::Lasting || m_recording || !m_progress.isNull());
+}
+
+void BWStatusLine::fade()
+{
+    m_pill.setFaded(!m_moment && !m_quiet.isShown());
 }

@@ -1,26 +1,39 @@
 #pragma once
 
-#include "BWACUDriver/DispatchAfterStrict.h"
+#include "Model/LiveView/BWAutoHide.h"
 
 #include <QObject>
 #include <QPixmap>
+#include <QPoint>
 #include <QString>
+#include <QVariantAnimation>
 #include <QWidget>
 
-/// A short text on a dark pill over the live image. Ignores the mouse. Screen readers speak what appears.
+/// A short text on a dark pill over the live image, which can fade away. Ignores the mouse. Screen readers speak what
+/// appears; a faded text is still there for them, so that they do not speak it again when it is back.
 class BWStatusPill : public QWidget {
     Q_OBJECT
 
 public:
     explicit BWStatusPill(QWidget *parent);
 
+    /// While the pill fades away it still shows the text from before.
     void setText(const QString &text);
-    /// As setText(); screen readers speak it even if a text was showing already, or this one.
+    /// As setText(); shown at once, and screen readers speak it even if a text was showing already, or this one.
     void announce(const QString &text);
     const QString &text() const { return m_text; }
 
+    void setFaded(bool faded);
+    bool isFaded() const { return m_faded; }
+
     /// Moves to the middle of the lower edge of that area; long texts wrap.
     void placeIn(const QRect &area);
+    /// In the coordinates of the parent.
+    void pointerAt(const QPoint &position);
+
+Q_SIGNALS:
+    /// The pointer moves over the pill or near it.
+    void pointerNear();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -33,30 +46,48 @@ private:
     QString m_text;
     QPixmap m_drawn;
     QRect m_area;
+    QVariantAnimation m_fade;
+    double m_opacity = 1;
+    bool m_faded = false;
 };
 
-/// The status line of the main window: what the session is doing and, briefly, what has just happened.
+/// The status line of the main window: what the session is doing and, briefly, what has just happened. It fades when
+/// nothing is new, and is back for news, for what must stay in sight, and when the pointer moves near it.
 class BWStatusLine : public QObject {
     Q_OBJECT
 
 public:
     static constexpr double momentSeconds = 2.5;
+    static constexpr std::chrono::milliseconds quietTime{5000};
+
+    enum class Kind {
+        Calm, ///< worth reading once
+        Lasting, ///< a problem or a warning: stays in sight as long as it is true
+    };
 
     explicit BWStatusLine(BWStatusPill &pill, BWClock &clock = BWClock::system());
     ~BWStatusLine() override;
 
-    void setText(const QString &text);
+    void setText(const QString &text, Kind kind = Kind::Calm);
     /// Shown in place of that text while something is in progress; null afterwards.
     void setProgress(const QString &text);
     /// Shows another text briefly.
     void showForAMoment(const QString &text, double seconds = momentSeconds);
+    /// While a recording runs, the line stays in sight.
+    void setRecording(bool recording);
 
 private:
     void show();
+    void endMoment();
+    void hold();
+    void fade();
 
     BWStatusPill &m_pill;
     BWClock &m_clock;
     QString m_text;
     QString m_progress;
+    Kind m_kind = Kind::Calm;
+    bool m_recording = false;
+    BWAutoHide m_quiet;
     DispatchAfterStrict::Handle m_moment;
 };

@@ -36,7 +36,7 @@ void drawBWPill(QPainter &painter, const QRectF &rect)
     painter.restore();
 }
 
-void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPainter &)> &drawTexts)
+void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPainter &)> &drawTexts, double opacity)
 {
     const double ratio = widget.devicePixelRatioF();
     if (drawing.isNull() || drawing.devicePixelRatio() != ratio) {
@@ -46,7 +46,9 @@ void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPa
         painter.setFont(widget.font());
         drawTexts(painter);
     }
-    QPainter(&widget).drawPixmap(0, 0, drawing);
+    QPainter painter(&widget);
+    painter.setOpacity(opacity);
+    painter.drawPixmap(0, 0, drawing);
 }
 
 void BWFlashPicture::setCaption(Sign sign, const QString &caption)

@@ -17,7 +17,8 @@ void drawBWPill(QPainter &painter, const QRectF &rect);
 
 /// Paints a widget that is a pill, from a drawing that is kept because the moving picture below has it painted many times
 /// a second. Where there is none for this screen, it is made: `drawTexts` has the widget's font.
-void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPainter &)> &drawTexts);
+void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPainter &)> &drawTexts,
+                 double opacity = 1);
 
 /// The colour of texts on it.
 inline constexpr QColor bwPillTextColor(245, 245, 245);

@@ -29,6 +29,12 @@ BWFrameAutosave::BWFrameAutosave(QWidget &window, const QString &name, BWUserDef
     window.installEventFilter(this);
 }
 
+void BWFrameAutosave::storeChange()
+{
+    if (m_timer.isActive())
+        store();
+}
+
 void BWFrameAutosave::forget()
 {
     m_timer.stop();
@@ -78,8 +84,7 @@ bool BWFrameAutosave::eventFilter(QObject *watched, QEvent *event)
             m_timer.start();
         break;
     case QEvent::Hide:
-        if (m_timer.isActive())
-            store();
+        storeChange();
         break;
     default:
         break;

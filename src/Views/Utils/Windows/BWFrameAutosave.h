@@ -20,6 +20,8 @@ public:
     /// Without a remembered frame the window must be placed when it is shown, whenever that is. It must be placed before
     /// it is visible: a position set in its showEvent() would be that of the content.
     bool isRemembered() const { return m_isRemembered; }
+    /// Stores a change at once that waits for it, as before the window changes to full screen.
+    void storeChange();
     /// Forgets the frame until the window is next shown.
     void forget();
     /// The same for a window that does not exist yet.
