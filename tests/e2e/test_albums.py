@@ -169,7 +169,7 @@ class Albums(ProgramTest):
         shows(new, "1 of 5")
         self.desktop.key("Escape")
         self.program.wait_for("image", "Live image")
-        self.desktop.key("ctrl+l")
+        self.desktop.key("F7")
         shows(new, "1 of 5")
         self.hand("Unplug")
         wait_until("the camera is gone", lambda: "Camera gone:" in self.program.log)

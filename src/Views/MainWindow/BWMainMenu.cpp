@@ -61,7 +61,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_viewMenu->addSeparator();
     freeze = add(m_viewMenu, u"Ctrl+F"_s);
     freeze->setCheckable(true);
-    lastCapture = add(m_viewMenu, u"Ctrl+L"_s);
+    lastCapture = add(m_viewMenu, u"F7"_s);
     lastCapture->setEnabled(false);
     grid = add(m_viewMenu, u"Ctrl+G"_s);
     grid->setCheckable(true);
