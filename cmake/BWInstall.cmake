@@ -17,7 +17,8 @@ install(FILES ${packaging}/completion/brimwellpro.bash RENAME brimwellpro
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES ${packaging}/completion/brimwellpro.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 install(FILES ${packaging}/completion/_brimwellpro DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
-install(FILES docs/CAMERAS.md docs/TECHNICIAN.md docs/LICENCES.md ${packaging}/debian/copyright DESTINATION ${documents})
+install(FILES docs/CAMERAS.md docs/TECHNICIAN.md docs/METADATA.md docs/LICENCES.md ${packaging}/debian/copyright
+        DESTINATION ${documents})
 install(FILES ${packaging}/debian/lintian-overrides RENAME brimwellpro
         DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides)
 

@@ -17,12 +17,6 @@ namespace {
 /// What a square of the measuring grid stands for.
 constexpr double gridMillimetres = 5;
 
-/// A width beyond these, from a tenth of a micrometre to a hundred metres, is a mistake or damage.
-bool isPlausible(double millimetresPerWidth)
-{
-    return millimetresPerWidth >= 1e-4 && millimetresPerWidth <= 1e5;
-}
-
 /// What the measuring grid of a product says about each resolution; the first of them for all others.
 BWCalibration fromGrid(const QString &product)
 {
@@ -114,7 +108,7 @@ bool BWCalibrations::isBuiltIn(const QString &product, const QString &name) cons
 bool BWCalibrations::add(const QString &product, const BWCalibration &calibration)
 {
     const QString name = calibration.name.trimmed();
-    if (name.isEmpty() || !isPlausible(calibration.millimetresPerWidth) || isBuiltIn(product, name))
+    if (name.isEmpty() || !calibration.isPlausible() || isBuiltIn(product, name))
         return false;
     remove(product, name);
     Product &entry = m_products[product];
@@ -185,7 +179,7 @@ bool BWCalibrations::fromJson(const QString &json)
             one.relativeError = std::clamp(object.value(u"relative_error"_s).toDouble(), 0.0, 1.0);
             const QJsonObject other = object.value(u"other_fields"_s).toObject();
             for (auto field = other.begin(); field != other.end(); ++field) {
-                if (isPlausible(field->toDouble()))
+                if (BWCalibration{one.name, field->toDouble(), 0, {}}.isPlausible())
                     one.otherFields.insert(field.key(), field->toDouble());
             }
             whole = add(entry.key(), one) && whole;

@@ -15,6 +15,11 @@ struct BWCalibration {
     QHash<QString, double> otherFields; ///< millimetres per width by resolution ("640x480"), where that differs
 
     bool isNull() const { return !(millimetresPerWidth > 0); }
+    /// Whether it can be meant: a width from a tenth of a micrometre to a hundred metres, known to less than itself.
+    bool isPlausible() const
+    {
+        return millimetresPerWidth >= 1e-4 && millimetresPerWidth <= 1e5 && relativeError >= 0 && relativeError <= 1;
+    }
     /// In a picture of that resolution.
     double widthAt(const QString &resolution) const { return otherFields.value(resolution, millimetresPerWidth); }
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Model/Measuring/BWPictureMetadata.h"
+
+#include <QUrl>
+
+class BWLocalizationManager;
+
+/// Reads what picture files say of scale and measurements, and saves it in them. Waits for the disk. Any thread.
+class BWPictureFile {
+public:
+    BWPictureFile() = delete;
+
+    struct Read : BWPictureMetadata::Read {
+        QByteArray fingerprint; ///< of all its bytes; null if they could not be read
+    };
+    static Read read(const QUrl &file);
+
+    struct Saved {
+        BWPictureProblem problem = BWPictureProblem::None;
+        QString detail; ///< for the log, which has it already; null without a problem
+        QByteArray fingerprint; ///< to save again
+    };
+    /// Replaces the metadata in the file, if its bytes still are those of `fingerprint`. At every moment there is either the
+    /// old file or the new one, whole; the new one is on the disk when this returns. A link is followed. Owner, rights and
+    /// attributes of the file stay; its date becomes the present one, so that other programs see that it has changed.
+    static Saved save(const QUrl &file, const BWPictureMetadata &metadata, const QByteArray &fingerprint);
+
+    /// One plain sentence for whoever wanted it; null for none.
+    static QString problemText(BWPictureProblem problem, BWLocalizationManager &texts);
+};
