@@ -1,7 +1,6 @@
 #include "Model/Capture/BWCaptureController.h"
 
 #include "BWACUDriver/BWStill.h"
-#include "Model/Capture/BWSnapshotTags.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
@@ -171,11 +170,13 @@ bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QStrin
     return true;
 }
 
-void BWCaptureController::setSnapshotTags(const QString &camera, const QString &software)
+void BWCaptureController::setSnapshotTags(const QString &camera, const QString &software,
+                                          const BWPictureMetadata &scale)
 {
     const std::lock_guard lock(m_shared->mutex);
     m_shared->tags.camera = camera;
     m_shared->tags.software = software;
+    m_shared->tags.scale = scale;
 }
 
 void BWCaptureController::setButtonRecords(bool records, std::function<void()> record)

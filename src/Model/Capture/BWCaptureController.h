@@ -4,6 +4,7 @@
 #include "BWACUDriver/BWCameraStatus.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWAlbumDiskGuard.h"
+#include "Model/Capture/BWSnapshotTags.h"
 
 #include <functional>
 #include <memory>
@@ -58,8 +59,9 @@ public:
     /// camera is gone, and may outlive this object.
     void prepareCamera(const BWCameraPtr &camera);
 
-    /// What snapshots say about themselves from now on, besides the time.
-    void setSnapshotTags(const QString &camera, const QString &software);
+    /// What snapshots say about themselves from now on, besides the time: the scale, with the resolution that follows from
+    /// it, if there is a calibration.
+    void setSnapshotTags(const QString &camera, const QString &software, const BWPictureMetadata &scale = {});
 
     /// Every snapshot from now on is of that frame, however it is asked for; null: of the camera's next picture again.
     /// The frame is kept, so it must be a copy that holds no buffer of a device.

@@ -1,6 +1,7 @@
 #include "Model/Capture/BWSnapshotTags.h"
 
 #include "BWACUDriver/BWJpegHeader.h"
+#include "Utils/BWLogging.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -95,8 +96,17 @@ QByteArray exifSegment(const BWSnapshotTags &tags, QSize size)
 QByteArray BWSnapshotTags::addedTo(const QByteArray &jpeg) const
 {
     const BWJpegHeader header(reinterpret_cast<const uint8_t *>(jpeg.constData()), std::size_t(jpeg.size()));
-    if (!header.isWhole() || header.hasExif())
+    if (!header.isWhole())
         return jpeg;
     const auto place = static_cast<qsizetype>(header.exifOffset());
-    return jpeg.left(place) + exifSegment(*this, {header.width(), header.height()}) + jpeg.mid(place);
+    const QByteArray tagged = header.hasExif()
+        ? jpeg
+        : jpeg.left(place) + exifSegment(*this, {header.width(), header.height()}) + jpeg.mid(place);
+    if (scale.calibration.isNull())
+        return tagged;
+    const BWPictureMetadata::Written scaled = scale.addedTo(tagged);
+    if (scaled.problem == BWPictureProblem::None)
+        return scaled.jpeg;
+    qCWarning(bwApp, "Snapshot: it goes without its scale, as %s", qUtf8Printable(scaled.detail));
+    return tagged;
 }
