@@ -123,12 +123,19 @@ private:
 class SavePanel : public Panel {
 public:
     SavePanel(QWidget *window, const BWFilePanels::Save &save)
-        : Panel(window, save.title, save.message, save.folder), m_extension(save.extension)
+        : Panel(window, save.title, save.message, save.folder),
+          m_extension(save.extension),
+          m_otherExtension(save.otherExtension)
     {
         setAcceptMode(AcceptSave);
         setFileMode(AnyFile);
         setOption(ReadOnly); // no new folders, nothing renamed
-        setNameFilter(u"%1 (*.%2)"_s.arg(save.extension.toUpper(), save.extension));
+        QStringList filters;
+        for (const QString &extension : {save.extension, save.otherExtension}) {
+            if (!extension.isNull())
+                filters << u"%1 (*.%2)"_s.arg(extension.toUpper(), extension);
+        }
+        setNameFilters(filters);
         selectFile(save.name);
     }
 
@@ -139,7 +146,7 @@ public:
             m_name->text().contains(u'"') ? directory().absoluteFilePath(m_name->text()) : selectedFiles().value(0);
         if (typed.isEmpty() || QFileInfo(typed).isDir())
             return Panel::accept(); // enters the folder
-        const QFileInfo file(BWDialogFilePanels::withExtension(typed, m_extension));
+        const QFileInfo file(BWDialogFilePanels::withExtension(typed, extensionFor(typed)));
         // Not by selectFile(), which does not change the field while it has the focus.
         const bool isHere = file.absolutePath() == directory().absolutePath();
         m_name->setText(isHere ? file.fileName() : file.absoluteFilePath());
@@ -153,6 +160,19 @@ public:
     }
 
 private:
+    /// One that was typed counts more than one that was chosen.
+    QString extensionFor(const QString &typed) const
+    {
+        if (m_otherExtension.isNull())
+            return m_extension;
+        const QString suffix = QFileInfo(typed).suffix();
+        for (const QString &extension : {m_extension, m_otherExtension}) {
+            if (suffix.compare(extension, Qt::CaseInsensitive) == 0)
+                return extension;
+        }
+        return selectedNameFilter().startsWith(m_otherExtension.toUpper()) ? m_otherExtension : m_extension;
+    }
+
     void askToReplace(const QFileInfo &file)
     {
         const QString question =
@@ -172,6 +192,7 @@ private:
     }
 
     const QString m_extension;
+    const QString m_otherExtension;
 };
 
 } // namespace

@@ -13,9 +13,10 @@ public:
     struct Save {
         QString title;
         QString message;
-        QString extension; ///< the only type of file that can be saved, such as "jpg"
+        QString extension; ///< the type of file that is saved, such as "jpg"
         QUrl folder; ///< where the panel starts
         QString name; ///< suggested, with its extension
+        QString otherExtension{}; ///< a second one, which the user can choose or type; null for none
     };
     struct Folder {
         QString title;
@@ -37,7 +38,7 @@ public:
 
     virtual ~BWFilePanels() = default;
 
-    /// A file to write, with the extension; the user has agreed to replace an existing one. No folders can be made.
+    /// A file to write, with its extension; the user has agreed to replace an existing one. No folders can be made.
     /// Returns at once.
     virtual void save(QWidget *window, const Save &panel, Chosen chosen) = 0;
     /// An existing file to read. Returns at once.
