@@ -3,6 +3,7 @@
 #include "App/Capture/BWCaptureFeedback.h"
 #include "App/Capture/BWLastCaptureController.h"
 #include "App/Capture/BWSnapshotSound.h"
+#include "App/LiveView/BWComparison.h"
 #include "App/LiveView/BWFreezeController.h"
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
@@ -162,6 +163,12 @@ void AppDelegate::prepareUI()
     m_lookBack =
         std::make_unique<BWLookBackController>(*m_window, *m_scene, m_repository.albumManager(), *m_albumContents,
                                                *m_statusLine, texts, m_options.openUrl, m_clock);
+    m_comparison = std::make_unique<BWComparison>(
+        *m_window, *m_scene, *m_liveView, *m_albumContents, texts,
+        BWComparison::Callbacks{[this] { return m_lookBack->file(); }, [this] { return m_lastCapture->file(); },
+                                [this](const QString &text) { m_statusLine->showForAMoment(text); },
+                                [this](const QString &text) { m_statusLine->setProgress(text); }, m_panels},
+        m_clock);
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_session, m_productInUse,
                                                               m_options.openUrl, m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
@@ -279,8 +286,10 @@ void AppDelegate::connectActions()
     connect(&m_window->centeringClipView(), &BWCenteringClipView::spacePressed, this, &AppDelegate::forceSnapshot);
     connect(menu.record, &QAction::triggered, this, &AppDelegate::onRecord);
     connect(&bar, &BWControlBar::recordTriggered, this, &AppDelegate::onRecord);
-    m_window->centeringClipView().setLeftButtonClicks(
-        [this] { return m_repository.configManager().saveSnapshotOnClick() && !m_lookBack->isActive(); });
+    m_window->centeringClipView().setLeftButtonClicks([this] {
+        return m_repository.configManager().saveSnapshotOnClick() && !m_lookBack->isActive()
+            && !m_liveView->movesReference();
+    });
     connect(&m_window->centeringClipView(), &BWCenteringClipView::mousePressed, this, [this] {
         forceSnapshot();
         m_window->centeringClipView().showCameraCursor();
@@ -293,6 +302,11 @@ void AppDelegate::connectActions()
         constexpr double seconds = 4;
         if (fullScreen)
             m_statusLine->showForAMoment(m_texts.fullScreenHint, seconds);
+    });
+    m_window->centeringClipView().setStep([this](bool right) { return m_comparison->step(right); });
+    connect(m_auxiliaryWindows.get(), &BWAuxiliaryWindows::compareRequested, this, [this](const QUrl &file) {
+        m_comparison->compareWith(file);
+        m_sessionWindows->bringMainWindowToFront();
     });
     connect(m_window.get(), &BWMainWindow::otherKeyPressed, this, &AppDelegate::otherKeyPressed);
     connect(m_window.get(), &BWMainWindow::occlusionStateChanged, this, &AppDelegate::windowDidChangeOcclusionState);
@@ -315,7 +329,11 @@ void AppDelegate::prepareCamera(const BWCameraPtr &camera)
 BWQuitting::Callbacks AppDelegate::quittingCallbacks()
 {
     return {
-        .isSaving = [this] { return m_auxiliaryWindows && m_auxiliaryWindows->isSaving(); },
+        .isSaving =
+            [this] {
+                return (m_auxiliaryWindows && m_auxiliaryWindows->isSaving())
+                    || (m_comparison && m_comparison->isSaving());
+            },
         .mayStopSaving =
             [this] {
                 return BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);

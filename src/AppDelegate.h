@@ -27,6 +27,7 @@ class BWAuxiliaryWindows;
 class BWCameraAuthorization;
 class BWCaptureFeedback;
 class BWCaptureRecovery;
+class BWComparison;
 class BWFlashActionViewController;
 class BWFreezeController;
 class BWGridController;
@@ -122,6 +123,7 @@ private:
     std::unique_ptr<BWFreezeController> m_freeze;
     std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
     std::unique_ptr<BWLookBackController> m_lookBack;
+    std::unique_ptr<BWComparison> m_comparison;
     std::unique_ptr<BWAuxiliaryWindows> m_auxiliaryWindows;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
     BWDialogFilePanels m_panels;

@@ -53,6 +53,7 @@ private Q_SLOTS:
                                                           m_opened << file;
                                                           return m_canOpen;
                                                       },
+                                                      {},
                                                       {}},
             nullptr, m_clock);
         m_window->localizeWithManager(m_texts);
@@ -331,7 +332,7 @@ private Q_SLOTS:
         QWidget camera;
         camera.setGeometry(20, 30, 400, 600);
         camera.show();
-        BWAlbumManagerWindowController window(*m_albums, *m_defaults, {*this, {}, {}}, &camera);
+        BWAlbumManagerWindowController window(*m_albums, *m_defaults, {*this, {}, {}, {}}, &camera);
         camera.showMaximized(); // which is not moved
         const QRect maximized = camera.geometry();
         window.resetLayout();

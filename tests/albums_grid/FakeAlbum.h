@@ -23,7 +23,7 @@ public:
     static constexpr int columns = 2;
     QList<QUrl> copied;
     std::function<void()> onOperation = [] {}; ///< called in each of these operations
-    QList<int> removed, opened, saved, shown;
+    QList<int> removed, opened, saved, shown, compared;
     QSet<int> painted; ///< elements whose value the grid requested
 
     QList<QUrl> elementsForThumbnailTableView(const BWThumbnailTableView &) override { return m_elements; }
@@ -33,6 +33,7 @@ public:
     void removeIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(removed, indexes); }
     void openIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(opened, indexes); }
     void showIndexOfModel(BWThumbnailTableView &, int index) override { operate(shown, {index}); }
+    void compareIndexOfModel(BWThumbnailTableView &, int index) override { operate(compared, {index}); }
     void saveIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(saved, indexes); }
 
     int numberOfColumnsForView(const BWThumbnailTableView &) override { return columns; }

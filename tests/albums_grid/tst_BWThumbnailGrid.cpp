@@ -52,6 +52,7 @@ private Q_SLOTS:
         row("enter opens the focus", u"Right|Ctrl+Down|Return"_s, 3, Indexes{1}, Indexes{3});
         row("enter opens the selection", u"Right|Shift+Down|Enter"_s, 3, Indexes{1, 2, 3}, Indexes{1, 2, 3});
         row("one is shown", u"Right|Shift+Down|Ctrl+Return"_s, 3, Indexes{1, 2, 3}, Indexes{3});
+        row("one is compared", u"Down|Ctrl+Shift+Return"_s, 2, Indexes{2}, Indexes{2});
         row("delete", u"Right|Shift+Right|Delete"_s, 2, Indexes{1, 2}, Indexes{1, 2});
         row("all are saved", u"Ctrl+A|Ctrl+E"_s, 0, numbers(0, 24), numbers(0, 24));
     }
@@ -65,7 +66,8 @@ private Q_SLOTS:
         }
         QCOMPARE(grid.view.focusIndex(), focus);
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), selected);
-        QCOMPARE(grid.album.opened + grid.album.shown + grid.album.removed + grid.album.saved, acted);
+        QCOMPARE(grid.album.opened + grid.album.shown + grid.album.compared + grid.album.removed + grid.album.saved,
+                 acted);
         QVERIFY(grid.view.viewport()->rect().contains(grid.view.visualRect(grid.view.currentIndex())));
     }
 

@@ -18,6 +18,9 @@ public:
     /// A capture has come into an album.
     void captureAdded(const QUrl &file) { m_capture.captureAdded(file); }
 
+    /// Empty if there is none.
+    const QUrl &file() const { return m_capture.file(); }
+
 Q_SIGNALS:
     /// The user wants to see it.
     void showRequested(const QUrl &file);

@@ -11,6 +11,16 @@
 #include <algorithm>
 #include <QAction>
 
+namespace {
+
+/// A picture may have many more or fewer pixels than the one that it is laid over.
+void scaleFreely(BWLiveViewState &state, double scale)
+{
+    state.setScale(std::clamp(scale, 0.01, 10.0));
+}
+
+} // namespace
+
 BWLiveViewController::BWLiveViewController(BWMainWindow &window, BWLiveRenderer &live,
                                            const BWProductInUse &productInUse)
     : m_window(window), m_live(live), m_productInUse(productInUse)
@@ -28,11 +38,13 @@ BWLiveViewController::BWLiveViewController(BWMainWindow &window, BWLiveRenderer 
     connect(menu.flipHorizontally, &QAction::triggered, this, &BWLiveViewController::flipHorizontally);
     connect(menu.flipVertically, &QAction::triggered, this, &BWLiveViewController::flipVertically);
     const BWCenteringClipView &view = window.centeringClipView();
-    connect(&view, &BWCenteringClipView::zoomRequested, this, [this](bool in, QPointF at) {
-        zoom([in](BWLiveViewState &state) { in ? state.zoomIn() : state.zoomOut(); }, at);
-    });
+    connect(&view, &BWCenteringClipView::zoomRequested, this, &BWLiveViewController::zoomByStep);
     connect(&view, &BWCenteringClipView::pinched, this, [this](double factor, QPointF at) {
-        zoom([factor](BWLiveViewState &state) { state.scaleBy(factor); }, at);
+        zoom(
+            [factor, freely = movesReference()](BWLiveViewState &state) {
+                freely ? scaleFreely(state, state.scale() * factor) : state.scaleBy(factor);
+            },
+            at);
     });
     connect(&view, &BWCenteringClipView::referenceDragged, this, [this](QPointF distance) {
         moveReference([distance](const BWPicturePlace &place) { return place.movedBy(distance); });
@@ -54,14 +66,25 @@ QSize BWLiveViewController::mainSize() const
     return camera ? camera->defaultResolution().dimensions() : QSize(0, 0);
 }
 
+/// Without a live picture a reference stays where it was.
+QSize BWLiveViewController::laidOutSize() const
+{
+    const QSize size = mainSize();
+    if (!size.isEmpty() || !m_scene.hasReference())
+        return size;
+    const QSize last = m_scene.mainPicture.imageSize();
+    return last.isEmpty() ? m_referenceSize : last;
+}
+
 void BWLiveViewController::layOut(std::optional<QPointF> anchor)
 {
     BWCenteringClipView &view = m_window.centeringClipView();
-    m_state.adaptTo(mainSize(), m_scene.mainArea(view.largestViewport()).size());
-    m_scene.mainPicture = BWLiveViewGeometry(mainSize(), m_state);
+    const QSize size = laidOutSize();
+    m_state.adaptTo(size, m_scene.mainArea(view.largestViewport()).size());
+    m_scene.mainPicture = BWLiveViewGeometry(size, m_state);
     m_scene.referencePicture = BWLiveViewGeometry(m_referenceSize, m_referenceState);
     view.setScene(m_scene, anchor);
-    view.setMovesReference(m_scene.hasReference() && !m_linked);
+    view.setMovesReference(movesReference());
     showState();
     Q_EMIT imageDisplayUpdated();
 }
@@ -69,7 +92,7 @@ void BWLiveViewController::layOut(std::optional<QPointF> anchor)
 void BWLiveViewController::clear()
 {
     m_window.centeringClipView().clear(m_live);
-    if (m_still)
+    if (m_still || m_scene.hasReference())
         return;
     m_scene.mainPicture = BWLiveViewGeometry({}, m_state); // nothing to scroll in
     m_window.centeringClipView().setScene(m_scene);
@@ -81,15 +104,15 @@ void BWLiveViewController::setStill(std::optional<QSize> size)
     layOut();
 }
 
-void BWLiveViewController::setReference(QSize size, BWScene::Mode mode)
+void BWLiveViewController::setReference(QSize size)
 {
     if (!m_scene.hasReference()) {
         m_referenceState = m_state;
         m_scene.alignment = {};
+        m_scene.mode = BWScene::Mode::SideBySide;
         m_linked = true;
     }
     m_referenceSize = size;
-    m_scene.mode = mode;
     layOut();
 }
 
@@ -99,8 +122,11 @@ void BWLiveViewController::endReference()
     layOut();
 }
 
-void BWLiveViewController::setShare(double share)
+void BWLiveViewController::setComparison(BWScene::Mode mode, double share)
 {
+    if (!m_scene.hasReference() || mode == BWScene::Mode::Single)
+        return;
+    m_scene.mode = mode;
     m_scene.share = std::clamp(share, 0.0, 1.0);
     layOut();
 }
@@ -119,12 +145,11 @@ void BWLiveViewController::zoom(const std::function<void(BWLiveViewState &)> &ch
         return at ? *at - QPointF(area.contains(at->toPoint()) ? area.topLeft() : m_scene.mainArea(viewport).topLeft())
                   : QRectF({}, area.size()).center();
     };
-    if (m_scene.hasReference() && !m_linked) {
-        // Steps of its own, which count from how large it appears.
-        const double now = m_scene.referencePlace(viewport, {}).width / m_referenceSize.width();
+    if (movesReference()) {
+        const double now = referenceScale();
         m_referenceState.setScale(now);
         change(m_referenceState);
-        const double factor = m_referenceState.scale() / now;
+        const double factor = now > 0 ? m_referenceState.scale() / now : 1;
         const QPointF about = inside(m_scene.referenceArea(viewport));
         moveReference([&](const BWPicturePlace &place) { return place.scaledBy(factor, about); });
         return;
@@ -133,6 +158,13 @@ void BWLiveViewController::zoom(const std::function<void(BWLiveViewState &)> &ch
     layOut(inside(m_scene.mode == BWScene::Mode::SideBySide && at && !m_scene.mainArea(viewport).contains(at->toPoint())
                       ? m_scene.referenceArea(viewport)
                       : m_scene.mainArea(viewport)));
+}
+
+/// How large it appears: one point for so many of its pixels.
+double BWLiveViewController::referenceScale() const
+{
+    const BWPicturePlace place = m_scene.referencePlace(m_window.centeringClipView().viewport()->size(), {});
+    return m_referenceSize.isEmpty() ? 0 : place.width / m_referenceSize.width();
 }
 
 void BWLiveViewController::moveReference(const std::function<BWPicturePlace(const BWPicturePlace &)> &change)
@@ -150,12 +182,25 @@ void BWLiveViewController::onZoom(BWDoubleButton *sender)
 
 void BWLiveViewController::zoomIn()
 {
-    zoom(&BWLiveViewState::zoomIn);
+    zoomByStep(true);
 }
 
 void BWLiveViewController::zoomOut()
 {
-    zoom(&BWLiveViewState::zoomOut);
+    zoomByStep(false);
+}
+
+/// Two pictures are brought to the same size in steps of one percent.
+void BWLiveViewController::zoomByStep(bool in, std::optional<QPointF> at)
+{
+    zoom(
+        [in, fine = movesReference()](BWLiveViewState &state) {
+            if (fine)
+                scaleFreely(state, (state.currentZoom() + (in ? 1.0 : -1.0)) / 100);
+            else
+                in ? state.zoomIn() : state.zoomOut();
+        },
+        at);
 }
 
 void BWLiveViewController::zoomToActualSize()
@@ -165,29 +210,31 @@ void BWLiveViewController::zoomToActualSize()
 
 void BWLiveViewController::fitToWindow()
 {
-    if (m_state.fitsWindow()) {
-        m_state.setCurrentZoom(100);
-    } else {
-        m_state.setFitsWindow(true);
-        if (m_scene.hasReference())
-            m_scene.alignment = {};
+    if (movesReference()) {
+        const QSizeF area = m_scene.referenceArea(m_window.centeringClipView().viewport()->size()).size();
+        m_referenceState.setFitsWindow(true);
+        m_referenceState.adaptTo(m_referenceSize, area.toSize());
+        const BWPicturePlace whole{QRectF({}, area).center(), m_referenceSize.width() * m_referenceState.scale()};
+        moveReference([whole](const BWPicturePlace &) { return whole; });
+        return;
     }
+    if (m_state.fitsWindow())
+        m_state.setCurrentZoom(100);
+    else
+        m_state.setFitsWindow(true);
     layOut();
 }
 
 /// What the bar and the menu say.
 void BWLiveViewController::showState()
 {
-    m_window.controlBar().showZoom(m_state.zoomText());
-    m_window.menu().fitToWindow->setChecked(m_state.fitsWindow());
-    m_window.controlBar().showRotation(turnedState().currentRotation());
-    m_window.controlBar().showFlip(static_cast<int>(turnedState().currentFlip()));
-}
-
-/// That turning and mirroring apply to.
-BWLiveViewState &BWLiveViewController::turnedState()
-{
-    return m_scene.hasReference() && !m_linked ? m_referenceState : m_state;
+    BWLiveViewState shown = turnedState();
+    if (movesReference())
+        shown.setScale(referenceScale());
+    m_window.controlBar().showZoom(shown.zoomText());
+    m_window.menu().fitToWindow->setChecked(shown.fitsWindow());
+    m_window.controlBar().showRotation(shown.currentRotation());
+    m_window.controlBar().showFlip(static_cast<int>(shown.currentFlip()));
 }
 
 void BWLiveViewController::onRotate(const QString &title)

@@ -31,14 +31,16 @@ public:
 
     /// A still of that size, in pixels, is the main picture from now on; none: the live image.
     void setStill(std::optional<QSize> size);
-    /// Shows a picture of that size beside the main one, or over it, turned and mirrored like that at first; another
-    /// picture in place of the last reference keeps how it was laid.
-    void setReference(QSize size, BWScene::Mode mode);
+    /// Shows a picture of that size, in pixels, beside the main one, turned and mirrored like that at first; another picture
+    /// in place of the last reference keeps how it was laid. An empty size stands for one that cannot be shown.
+    void setReference(QSize size);
     void endReference();
-    /// For an overlay and a dividing line, from 0 to 1.
-    void setShare(double share);
+    /// How both are shown, while there is a reference. `share` is for an overlay and a dividing line, from 0 to 1.
+    void setComparison(BWScene::Mode mode, double share);
     void setLinked(bool linked);
     bool isLinked() const { return m_linked; }
+    /// Whether moving, zooming, turning and mirroring apply to the reference alone.
+    bool movesReference() const { return m_scene.hasReference() && !m_linked; }
     const BWScene &scene() const { return m_scene; }
 
     void onZoom(BWDoubleButton *sender);
@@ -65,8 +67,11 @@ Q_SIGNALS:
 private:
     void toggleFlip(BWFlip axis);
     void zoom(const std::function<void(BWLiveViewState &)> &change, std::optional<QPointF> at = std::nullopt);
+    void zoomByStep(bool in, std::optional<QPointF> at = std::nullopt);
     void moveReference(const std::function<BWPicturePlace(const BWPicturePlace &)> &change);
-    BWLiveViewState &turnedState();
+    BWLiveViewState &turnedState() { return movesReference() ? m_referenceState : m_state; }
+    double referenceScale() const;
+    QSize laidOutSize() const;
     void layOut(std::optional<QPointF> anchor = std::nullopt);
     void showState();
 

@@ -32,6 +32,8 @@ public:
     void show(const QUrl &file);
     /// Back to the live image; without effect unless a file is shown.
     void end();
+    /// The one that is shown, or on its way; empty if there is none.
+    const QUrl &file() const { return m_stepper.file(); }
     bool isActive() const { return !m_stepper.file().isEmpty(); }
 
 protected:

@@ -53,14 +53,17 @@ void BWSceneController::showStill(Main kind, const BWFrame &frame)
     Q_EMIT mainChanged();
 }
 
-void BWSceneController::compareWith(const QImage &image, BWScene::Mode mode)
+void BWSceneController::compareWith(const QImage &image)
 {
     if (!m_reference)
         m_reference = std::make_unique<BWLiveRenderer>();
     m_hasReference = true;
     setSources();
-    m_reference->prepareBuffer(frameOf(image));
-    m_liveView.setReference(image.size(), mode);
+    if (image.isNull())
+        m_window.centeringClipView().clear(*m_reference);
+    else
+        m_reference->prepareBuffer(frameOf(image));
+    m_liveView.setReference(image.size());
     Q_EMIT referenceChanged();
 }
 
@@ -73,6 +76,16 @@ void BWSceneController::endComparison()
     setSources();
     m_reference->clear();
     Q_EMIT referenceChanged();
+}
+
+BWFrame BWSceneController::mainFrame() const
+{
+    return m_main == Main::Live ? m_live.currentFrame() : m_still->currentFrame();
+}
+
+BWFrame BWSceneController::referenceFrame() const
+{
+    return m_hasReference ? m_reference->currentFrame() : BWFrame();
 }
 
 void BWSceneController::setSources()

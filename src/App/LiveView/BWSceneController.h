@@ -39,9 +39,14 @@ public:
     /// In place of the live image, with the same zoom, turn and mirroring; a null image shows an empty view.
     void showAlbumPicture(const QImage &image);
 
-    /// Shows a picture of an album beside the main picture or over it; in place of another reference it is laid like that.
-    void compareWith(const QImage &image, BWScene::Mode mode);
+    /// Shows a picture of an album beside the main picture; in place of another reference it is laid like that. A null
+    /// image leaves its place empty.
+    void compareWith(const QImage &image);
     void endComparison();
+
+    /// The frames that are shown, null where there is none. Those of a camera are to be kept for a moment only.
+    BWFrame mainFrame() const;
+    BWFrame referenceFrame() const;
 
     /// A picture as a frame, of 32-bit pixels without alpha; null for a null image. Shares the image's memory where it can.
     static BWFrame frameOf(const QImage &image);

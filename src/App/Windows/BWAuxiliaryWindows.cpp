@@ -85,7 +85,8 @@ void BWAuxiliaryWindows::showAlbums()
         auto made = std::make_unique<BWAlbumManagerWindowController>(
             m_repository.albumManager(), m_repository.userDefaults(),
             BWAlbumManagerWindowController::Callbacks{m_panels, m_openUrl,
-                                                      [this](const QUrl &file) { Q_EMIT showRequested(file); }},
+                                                      [this](const QUrl &file) { Q_EMIT showRequested(file); },
+                                                      [this](const QUrl &file) { Q_EMIT compareRequested(file); }},
             &m_window, m_clock);
         prepare(*made, *made);
         m_albums = std::move(made);

@@ -66,6 +66,8 @@ public:
 Q_SIGNALS:
     /// A file of the current album is to be shown in the main window.
     void showRequested(const QUrl &file);
+    /// One is to be compared with the live image.
+    void compareRequested(const QUrl &file);
 
 private:
     void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override;

@@ -213,6 +213,8 @@ BWAlbumPicture BWStillLoader::read(const QUrl &file)
     const BWThumbnailFile opened(path);
     const std::optional<BWFileStamp> stamp = opened.isOpen() ? opened.stamp() : std::nullopt;
     QString error;
+    if (stamp)
+        still.modified = QDateTime::fromSecsSinceEpoch(stamp->modified);
     if (!stamp) {
         still.problem = problemOfUnopened(path);
     } else if (stamp->size == 0) {

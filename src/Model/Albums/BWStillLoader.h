@@ -5,6 +5,7 @@
 #include "Utils/BWWorkerPool.h"
 
 #include <memory>
+#include <QDateTime>
 #include <QImage>
 #include <QMetaType>
 #include <QObject>
@@ -32,6 +33,7 @@ struct BWAlbumPicture {
     QImage image{}; ///< in full size, 32-bit, opaque, upright; null if there is none
     Problem problem = Problem::None;
     bool isMovie = false;
+    QDateTime modified{}; ///< of the file, which captures keep from when they were taken
 
     /// A sentence for the user; null if there is no problem.
     static QString text(Problem problem, BWLocalizationManager &texts);

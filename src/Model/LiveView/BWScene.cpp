@@ -28,6 +28,14 @@ QRect BWScene::referenceArea(QSize viewport) const
     return mode == Mode::SideBySide ? left.translated(viewport.width() - left.width(), 0) : left;
 }
 
+QRect BWScene::mainClip(QSize viewport) const
+{
+    QRect clip = mainArea(viewport);
+    if (mode == Mode::Divider)
+        clip.setWidth(dividerPosition(viewport));
+    return clip;
+}
+
 QRect BWScene::referenceClip(QSize viewport) const
 {
     QRect clip = referenceArea(viewport);

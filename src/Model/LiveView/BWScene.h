@@ -42,14 +42,15 @@ public:
     BWAlignment alignment;
     double share = 0.5; ///< from 0 to 1
 
-    static constexpr int gap = 2; ///< between pictures side by side
+    static constexpr int gap = 6; ///< between pictures side by side
 
     bool operator==(const BWScene &) const = default;
 
     bool hasReference() const { return mode != Mode::Single; }
     QRect mainArea(QSize viewport) const;
     QRect referenceArea(QSize viewport) const;
-    /// The part of its area in which the reference shows.
+    /// The part of its area in which a picture shows.
+    QRect mainClip(QSize viewport) const;
     QRect referenceClip(QSize viewport) const;
     /// Left edge of the reference behind a dividing line.
     int dividerPosition(QSize viewport) const;

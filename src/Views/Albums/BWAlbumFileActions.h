@@ -25,6 +25,7 @@ public:
         BWFilePanels &panels;
         std::function<bool(const QUrl &file)> open; ///< with the desktop's program for it; false if there is none
         std::function<void(const QUrl &file)> show; ///< in the main window
+        std::function<void(const QUrl &file)> compare; ///< with the live image
     };
 
     BWAlbumFileActions(QWidget &window, BWAlbumManager &albums, Callbacks callbacks, const BWAlbumTexts &texts,
@@ -39,6 +40,8 @@ public:
 
     /// In the main window.
     void show(const QUrl &file) { m_callbacks.show(file); }
+    /// With the live image.
+    void compare(const QUrl &file) { m_callbacks.compare(file); }
     /// Asks first if there are many.
     void open(const QList<QUrl> &files);
 

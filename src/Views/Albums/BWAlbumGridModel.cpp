@@ -95,6 +95,12 @@ void BWAlbumGridModel::showIndexOfModel(BWThumbnailTableView &view, int index)
         m_actions.show(file);
 }
 
+void BWAlbumGridModel::compareIndexOfModel(BWThumbnailTableView &view, int index)
+{
+    for (const QUrl &file : filesAt(view, {index}))
+        m_actions.compare(file);
+}
+
 void BWAlbumGridModel::saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
 {
     m_actions.save(filesAt(view, indexes), typeOf(view));

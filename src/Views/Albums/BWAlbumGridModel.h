@@ -24,6 +24,7 @@ public:
     void removeIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
     void openIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
     void showIndexOfModel(BWThumbnailTableView &view, int index) override;
+    void compareIndexOfModel(BWThumbnailTableView &view, int index) override;
     void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
 
     int numberOfColumnsForView(const BWThumbnailTableView &view) override;

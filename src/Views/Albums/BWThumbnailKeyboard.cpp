@@ -28,6 +28,8 @@ constexpr std::array bindings{
     Binding{Qt::Key_Return, Command::Open},
     Binding{Qt::CTRL | Qt::Key_Return, Command::ShowInMainWindow},
     Binding{Qt::CTRL | Qt::Key_Enter, Command::ShowInMainWindow},
+    Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_Return, Command::Compare},
+    Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_Enter, Command::Compare},
     Binding{Qt::Key_Delete, Command::Trash},
     Binding{Qt::CTRL | Qt::Key_E, Command::SaveAs}, // Ctrl+S takes a snapshot in every window
     Binding{Qt::SHIFT | Qt::Key_F10, Command::Menu}, // the menu key itself arrives as a context menu event
@@ -123,6 +125,8 @@ void perform(Command command, BWThumbnailTableView &view)
         return view.performDoubleClickForIndex(focus);
     case Command::ShowInMainWindow:
         return view.onShowInMainWindow();
+    case Command::Compare:
+        return view.onCompare();
     case Command::Trash:
         return view.onTrash();
     case Command::SaveAs:

@@ -114,6 +114,8 @@ void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
     m_rightMenu->addSeparator();
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_show_in_main_window"_s, u"Show in the Main Window"_s),
         Command::ShowInMainWindow, &BWThumbnailTableView::onShowInMainWindow);
+    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_compare"_s, u"Compare with the Live Image"_s),
+        Command::Compare, &BWThumbnailTableView::onCompare);
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s), Command::SaveAs,
         &BWThumbnailTableView::onSaveAs);
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Command::Trash,
@@ -268,6 +270,12 @@ void BWThumbnailTableView::onShowInMainWindow()
 {
     if (m_modelDelegate && focusIndex() >= 0)
         m_modelDelegate->showIndexOfModel(*this, focusIndex());
+}
+
+void BWThumbnailTableView::onCompare()
+{
+    if (m_modelDelegate && focusIndex() >= 0)
+        m_modelDelegate->compareIndexOfModel(*this, focusIndex());
 }
 
 void BWThumbnailTableView::performDoubleClickForIndex(int)

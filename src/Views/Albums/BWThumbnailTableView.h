@@ -89,6 +89,7 @@ public:
     void onTrash();
     /// The element with the focus, however many are selected.
     void onShowInMainWindow();
+    void onCompare();
     /// Opens the operation indexes; `index` is the clicked one.
     void performDoubleClickForIndex(int index);
     /// Drags files out, as copies. Returns when the drag is over.

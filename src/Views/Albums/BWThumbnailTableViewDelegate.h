@@ -47,6 +47,8 @@ public:
     virtual void openIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
     /// Shows an element in the main window.
     virtual void showIndexOfModel(BWThumbnailTableView &view, int index) = 0;
+    /// Compares an element with the live image.
+    virtual void compareIndexOfModel(BWThumbnailTableView &view, int index) = 0;
     /// Saves elements elsewhere.
     virtual void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
 };

@@ -112,6 +112,8 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"open_label"_s, u"Open"_s), {doubleClick, key(Command::Open)}},
          {manager.text(u"help_window"_s, u"show_in_main_window_label"_s, u"Show in the main window"_s),
           {key(Command::ShowInMainWindow)}},
+         {manager.text(u"help_window"_s, u"compare_label"_s, u"Compare with the live image"_s),
+          {key(Command::Compare)}},
          {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s), {key(Command::SaveAs)}},
          {manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
           {key(Command::Trash), key(QKeySequence::Undo)}},

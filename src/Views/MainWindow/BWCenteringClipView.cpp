@@ -27,6 +27,13 @@ QColor surroundColor(const QPalette &palette)
     return window.lightness() < 128 ? window.darker(125) : window.darker(108);
 }
 
+/// Where an arrow key points.
+QPoint arrowOf(int key)
+{
+    const auto is = [key](Qt::Key arrow) { return int(key == arrow); };
+    return {is(Qt::Key_Right) - is(Qt::Key_Left), is(Qt::Key_Down) - is(Qt::Key_Up)};
+}
+
 /// Qt's own accessible interface of scroll areas reads beyond its children when a screen reader asks for a scroll bar that
 /// has just disappeared, as happens with every change of size.
 QAccessibleInterface *accessibleView(const QString &className, QObject *object)
@@ -192,14 +199,18 @@ void BWCenteringClipView::updateRequest()
     const QSize size = viewport()->size();
     const double ratio = devicePixelRatioF();
     m_main.renderer->setRequest(m_scene.mainRequest(size, scrollPosition(), ratio));
-    if (m_reference.renderer && m_scene.hasReference())
-        m_reference.renderer->setRequest(m_scene.referenceRequest(size, scrollPosition(), ratio));
+    if (!m_reference.renderer || !m_scene.hasReference())
+        return;
+    const BWRenderRequest request = m_scene.referenceRequest(size, scrollPosition(), ratio);
+    if (request.visible.isEmpty()) // no image will come that says so
+        m_reference.image = {};
+    m_reference.renderer->setRequest(request);
 }
 
 QRect BWCenteringClipView::clipOf(const Pane &pane) const
 {
     const QSize size = viewport()->size();
-    return &pane == &m_main ? m_scene.mainArea(size) : m_scene.referenceClip(size);
+    return &pane == &m_main ? m_scene.mainClip(size) : m_scene.referenceClip(size);
 }
 
 /// In device pixels of the viewport.
@@ -247,8 +258,12 @@ void BWCenteringClipView::paintEvent(QPaintEvent *event)
             painter.fillRect(rect, surroundColor(palette()));
     }
     drawPane(painter, m_main);
-    if (m_scene.hasReference())
-        drawReference(painter);
+    if (m_scene.hasReference()) {
+        painter.setOpacity(m_scene.referenceOpacity());
+        drawPane(painter, m_reference);
+        painter.setOpacity(1);
+    }
+    drawGrid(painter);
     if (!m_painted && !m_main.image.image.isNull()) {
         m_painted = true;
         Q_EMIT firstPicturePainted();
@@ -264,24 +279,7 @@ void BWCenteringClipView::drawPane(QPainter &painter, const Pane &pane) const
         painter.setClipRect(clipOf(pane));
     painter.scale(1 / ratio, 1 / ratio);
     painter.drawImage(deviceRectOf(pane).topLeft(), pane.image.image);
-    if (&pane == &m_main)
-        drawGrid(painter);
     painter.restore();
-}
-
-void BWCenteringClipView::drawReference(QPainter &painter) const
-{
-    const QRect clip = clipOf(m_reference);
-    if (m_scene.mode == BWScene::Mode::SideBySide || m_scene.mode == BWScene::Mode::Divider) {
-        for (const QRect &rect : QRegion(clip).subtracted(coveredBy(m_reference)))
-            painter.fillRect(rect, surroundColor(palette()));
-    }
-    painter.setOpacity(m_scene.referenceOpacity());
-    drawPane(painter, m_reference);
-    painter.setOpacity(1);
-    // The line between them.
-    if (m_scene.mode != BWScene::Mode::Overlay)
-        painter.fillRect(QRect(clip.left() - BWScene::gap, 0, BWScene::gap, clip.height()), palette().highlight());
 }
 
 void BWCenteringClipView::windowFlushed()
@@ -300,8 +298,16 @@ void BWCenteringClipView::drawGrid(QPainter &painter) const
     if (!m_mainIsOfCamera || m_main.image.image.isNull() || request.picture() != m_scene.mainPicture.imageSize())
         return;
     const QList<QRect> lines = BWMeasuringGrid(request.frameSize, m_gridDistance).pixels(request);
+    if (lines.isEmpty())
+        return;
+    painter.save();
+    if (m_scene.hasReference())
+        painter.setClipRect(clipOf(m_main));
+    const double ratio = devicePixelRatioF();
+    painter.scale(1 / ratio, 1 / ratio);
     for (const QRect &line : lines)
         painter.fillRect(line, Qt::red);
+    painter.restore();
 }
 
 void BWCenteringClipView::resizeEvent(QResizeEvent *event)
@@ -395,8 +401,8 @@ void BWCenteringClipView::wheelEvent(QWheelEvent *event)
         event->accept();
         return;
     }
-    if (m_movesReference && !event->pixelDelta().isNull()) {
-        panBy(event->pixelDelta());
+    if (m_movesReference) {
+        panBy(event->pixelDelta().isNull() ? event->angleDelta() / 2 : event->pixelDelta());
         event->accept();
         return;
     }
@@ -405,9 +411,13 @@ void BWCenteringClipView::wheelEvent(QWheelEvent *event)
 
 void BWCenteringClipView::keyPressEvent(QKeyEvent *event)
 {
+    const QPoint arrow = arrowOf(event->key());
+    constexpr int wide = 10; // points, with Shift
     if (event->key() == Qt::Key_Space && !event->isAutoRepeat())
         Q_EMIT spacePressed();
-    else
+    else if (m_movesReference && !arrow.isNull())
+        panBy(arrow * (event->modifiers() & Qt::ShiftModifier ? wide : 1));
+    else if (arrow.x() == 0 || event->modifiers() & Qt::ShiftModifier || !m_step || !m_step(arrow.x() > 0))
         QAbstractScrollArea::keyPressEvent(event);
 }
 

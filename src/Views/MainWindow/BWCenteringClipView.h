@@ -40,11 +40,13 @@ public:
     /// The grid's distance is that of the camera's pictures: over others it is not drawn.
     void setMainIsOfCamera(bool isOfCamera) { m_mainIsOfCamera = isOfCamera; }
 
-    /// Whether dragging moves the reference alone instead of the whole scene.
+    /// Whether dragging, the wheel and the arrow keys move the reference alone instead of the whole scene.
     void setMovesReference(bool moves) { m_movesReference = moves; }
 
     /// Queried at each press of the left button, which either clicks or drags the image.
     void setLeftButtonClicks(std::function<bool()> clicks) { m_leftButtonClicks = std::move(clicks); }
+    /// Queried when Left or Right is pressed: true if it has stepped to another picture, and nothing is to be scrolled.
+    void setStep(std::function<bool(bool right)> step) { m_step = std::move(step); }
     /// Until the mouse button is released, to show that the press has taken a picture.
     void showCameraCursor();
 
@@ -67,7 +69,7 @@ Q_SIGNALS:
     void zoomRequested(bool in, QPointF at);
     /// Two fingers were spread or brought together about that point, by that factor since the last time.
     void pinched(double factor, QPointF at);
-    /// The reference is to be moved by that much, if movesReference().
+    /// The reference is to be moved by that much, while dragging moves it.
     void referenceDragged(QPointF distance);
     /// The very first picture was painted.
     void firstPicturePainted();
@@ -108,7 +110,6 @@ private:
     /// Takes a newer image, if there is one; true if it lies elsewhere than the last one.
     bool refresh(Pane &pane);
     void drawPane(QPainter &painter, const Pane &pane) const;
-    void drawReference(QPainter &painter) const;
     void drawGrid(QPainter &painter) const;
 
     BWLiveRenderer &m_live;
@@ -116,6 +117,7 @@ private:
     Pane m_main;
     Pane m_reference;
     std::function<bool()> m_leftButtonClicks;
+    std::function<bool(bool)> m_step;
     QElapsedTimer m_programActive; // since when; invalid while another program is active
     Qt::MouseButton m_panButton = Qt::NoButton; // which moves the image while it is held
     QPoint m_panStart;

@@ -70,6 +70,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     fullScreen = add(m_viewMenu, u"F11"_s);
     fullScreen->setCheckable(true);
 
+    addComparison();
+
     cameraWindowMenuItem = add(m_panelsMenu);
     cameraWindowMenuItem->setCheckable(true);
     albumManagerMenuItem = add(m_panelsMenu, u"F9"_s);
@@ -108,6 +110,31 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     showProducts({}, {}, {});
 }
 
+void BWMainMenu::addComparison()
+{
+    m_viewMenu->addSeparator();
+    compare = add(m_viewMenu, u"Ctrl+B"_s);
+    m_comparisonMenu = m_viewMenu->addMenu(QString());
+    compareSideBySide = add(m_comparisonMenu, u"1"_s);
+    compareOverlay = add(m_comparisonMenu, u"2"_s);
+    compareDivider = add(m_comparisonMenu, u"3"_s);
+    auto *modes = new QActionGroup(this);
+    for (QAction *mode : {compareSideBySide, compareOverlay, compareDivider})
+        modes->addAction(mode);
+    m_comparisonMenu->addSeparator();
+    showMoreReference = add(m_comparisonMenu, u"."_s);
+    showLessReference = add(m_comparisonMenu, u","_s);
+    for (QAction *stepwise : {showMoreReference, showLessReference})
+        stepwise->setAutoRepeat(true);
+    linkPictures = add(m_comparisonMenu, u"Ctrl+K"_s);
+    for (QAction *checkable : {compare, compareSideBySide, compareOverlay, compareDivider, linkPictures})
+        checkable->setCheckable(true);
+    m_comparisonMenu->addSeparator();
+    saveComparison = add(m_comparisonMenu, u"Ctrl+Shift+E"_s);
+    endComparison = add(m_comparisonMenu, u"Esc"_s);
+    showComparison(false);
+}
+
 QAction *BWMainMenu::add(QMenu *menu, const QKeySequence &shortcut)
 {
     QAction *action = menu->addAction(QString());
@@ -144,6 +171,17 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(grid, manager.text(u"main_menu"_s, u"grid_menu_item"_s, u"&Measuring grid"_s));
     set(statistics, manager.text(u"main_menu"_s, u"statistics_menu_item"_s, u"&Statistics"_s));
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
+
+    set(compare, manager.text(u"comparison"_s, u"compare_menu_item"_s, u"&Compare with an album picture"_s));
+    m_comparisonMenu->setTitle(manager.text(u"comparison"_s, u"menu"_s, u"Comp&arison"_s));
+    set(compareSideBySide, manager.text(u"comparison"_s, u"side_by_side_menu_item"_s, u"&Side by side"_s));
+    set(compareOverlay, manager.text(u"comparison"_s, u"overlay_menu_item"_s, u"&Overlay"_s));
+    set(compareDivider, manager.text(u"comparison"_s, u"divider_menu_item"_s, u"&Dividing line"_s));
+    set(showMoreReference, manager.text(u"comparison"_s, u"more_menu_item"_s, u"&More of the album picture"_s));
+    set(showLessReference, manager.text(u"comparison"_s, u"less_menu_item"_s, u"&Less of the album picture"_s));
+    set(linkPictures, manager.text(u"comparison"_s, u"link_menu_item"_s, u"Move both &together"_s));
+    set(saveComparison, manager.text(u"comparison"_s, u"save_menu_item"_s, u"Sa&ve comparison as..."_s));
+    set(endComparison, manager.text(u"comparison"_s, u"end_menu_item"_s, u"&End comparison"_s));
 
     // The item and the menu that it opens are two texts, because translators may want them to differ. Only the menu shows.
     manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"&Panels"_s);
@@ -210,6 +248,14 @@ void BWMainMenu::showRecording(bool recording)
 {
     m_recording = recording;
     record->setText(recording ? m_stopText : m_recordText);
+}
+
+void BWMainMenu::showComparison(bool comparing)
+{
+    compare->setChecked(comparing);
+    for (QAction *action : {compareSideBySide, compareOverlay, compareDivider, showMoreReference, showLessReference,
+                            linkPictures, saveComparison, endComparison})
+        action->setEnabled(comparing);
 }
 
 void BWMainMenu::setGridAvailable(bool available)

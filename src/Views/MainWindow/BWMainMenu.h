@@ -41,6 +41,8 @@ public:
     void setActionsEnabled(bool camera, bool picture);
     /// Whether the item that records would end a recording.
     void showRecording(bool recording);
+    /// Checks the item of the comparison and enables those that act on one.
+    void showComparison(bool comparing);
     /// Whether the item of the measuring grid shows, and whether it is checked.
     void setGridAvailable(bool available);
     void showGrid(bool on);
@@ -66,6 +68,15 @@ public:
     QAction *grid;
     QAction *statistics;
     QAction *fullScreen;
+    QAction *compare;
+    QAction *compareSideBySide;
+    QAction *compareOverlay;
+    QAction *compareDivider;
+    QAction *showMoreReference;
+    QAction *showLessReference;
+    QAction *linkPictures;
+    QAction *saveComparison;
+    QAction *endComparison;
     QAction *cameraWindowMenuItem;
     QAction *albumManagerMenuItem;
     QAction *settingsMenuItem;
@@ -86,11 +97,13 @@ Q_SIGNALS:
 
 private:
     QAction *add(QMenu *menu, const QKeySequence &shortcut = {});
+    void addComparison();
 
     QMenu *m_fileMenu;
     QMenu *m_cameraMenu;
     QMenu *m_productMenu;
     QMenu *m_viewMenu;
+    QMenu *m_comparisonMenu;
     QMenu *m_panelsMenu;
     QMenu *m_helpMenu;
     QMenu *m_toolsMenu;

@@ -4,6 +4,7 @@
 #include "Model/LiveView/BWLiveViewGeometry.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWComparisonStrip.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -28,6 +29,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
       m_clipView(new BWCenteringClipView(renderer, m_content)),
       m_bars(new BWSlidingBars(*menuBar(), m_content)),
       m_controlBar(new BWControlBar(*m_menu, m_bars)),
+      m_comparisonStrip(new BWComparisonStrip(*m_menu, m_content)),
       m_statusPill(new BWStatusPill(m_content)),
       m_statistics(new BWStatisticsPanel([&renderer] { return renderer.figures(); }, m_content)),
       m_frozenMark(new BWFrozenMark(m_content)),
@@ -40,10 +42,12 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     m_content->installEventFilter(this);
     m_controlBar->installEventFilter(this);
     m_bars->addControlBar(m_controlBar);
+    m_comparisonStrip->installEventFilter(this);
     // The bar comes first in the tab order, as it does for the eye.
     m_bars->raise();
     m_statusPill->raise();
     setTabOrder(m_controlBar, m_clipView);
+    setTabOrder(m_clipView, m_comparisonStrip);
     m_clipView->setFocus();
     connect(m_controlBar, &BWControlBar::lastCaptureShown, m_menu->lastCapture, &QAction::setEnabled);
     connect(m_menu->lastCapture, &QAction::triggered, m_controlBar, &BWControlBar::lastCaptureTriggered);
@@ -69,6 +73,7 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
     m_clipView->setAccessibleName(manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s));
     m_menu->localizeWithManager(manager);
     m_controlBar->localizeWithManager(manager);
+    m_comparisonStrip->localizeWithManager(manager);
     m_statistics->localizeWithManager(manager);
     m_frozenMark->localizeWithManager(manager);
     updateMinimumSize();
@@ -157,14 +162,18 @@ void BWMainWindow::layOutContent()
 {
     m_clipView->setGeometry(m_content->rect());
     m_bars->placeIn(m_content->width());
-    m_statusPill->placeIn(m_content->rect());
+    m_comparisonStrip->placeIn(m_content->rect());
+    m_statusPill->placeIn(m_content->rect().adjusted(0, 0, 0, -m_comparisonStrip->takenHeight()));
     placeBelowBars();
 }
 
 /// The picture itself stays where it is while the bars slide over it.
 void BWMainWindow::placeBelowBars()
 {
-    m_statistics->placeIn(m_frozenMark->placeIn(m_content->rect().adjusted(0, topInset(), 0, 0)));
+    const QRect picture = m_content->rect().adjusted(0, topInset(), 0, 0);
+    const QRect belowMark = m_frozenMark->placeIn(picture);
+    const bool hasCaption = !m_comparisonStrip->isHidden() && belowMark == picture; // at the place of the mark
+    m_statistics->placeIn(belowMark.adjusted(0, hasCaption ? m_comparisonStrip->sizeHint().height() : 0, 0, 0));
     Q_EMIT topInsetChanged(topInset());
 }
 
@@ -220,6 +229,9 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
     }
     if (watched == m_content && event->type() == QEvent::HoverLeave)
         m_bars->pointerAt({});
+    const QEvent::Type type = event->type();
+    if (watched == m_comparisonStrip && (type == QEvent::Show || type == QEvent::Hide || type == QEvent::LayoutRequest))
+        layOutContent();
     if (watched == m_controlBar && event->type() == QEvent::LayoutRequest)
         updateMinimumSize();
     return QMainWindow::eventFilter(watched, event);

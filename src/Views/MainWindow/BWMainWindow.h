@@ -9,6 +9,7 @@
 #include <QMainWindow>
 
 class BWCenteringClipView;
+class BWComparisonStrip;
 class BWControlBar;
 class BWFrameAutosave;
 class BWFrozenMark;
@@ -35,6 +36,7 @@ public:
     BWMainMenu &menu() const { return *m_menu; }
     BWControlBar &controlBar() const { return *m_controlBar; }
     BWCenteringClipView &centeringClipView() const { return *m_clipView; }
+    BWComparisonStrip &comparisonStrip() const { return *m_comparisonStrip; }
     BWStatusPill &currentCameraLabel() const { return *m_statusPill; }
 
     /// Gives the content its default size and puts the window into the middle of the main screen.
@@ -96,6 +98,7 @@ private:
     BWCenteringClipView *m_clipView;
     BWSlidingBars *m_bars;
     BWControlBar *m_controlBar;
+    BWComparisonStrip *m_comparisonStrip;
     BWStatusPill *m_statusPill;
     BWStatisticsPanel *m_statistics;
     BWFrozenMark *m_frozenMark;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int statusSidePadding = 17;
 constexpr int statusEndPadding = 5;
-constexpr int bottomDistance = 11;
+constexpr int edgeDistance = 11;
 constexpr int nearDistance = 40;
 constexpr int longestFade = 300; // milliseconds
 constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
@@ -66,9 +66,10 @@ void BWStatusPill::setFaded(bool faded)
     m_fade.start();
 }
 
-void BWStatusPill::placeIn(const QRect &area)
+void BWStatusPill::placeIn(const QRect &area, Qt::Alignment alignment)
 {
     m_area = area;
+    m_alignment = alignment;
     fit();
 }
 
@@ -81,7 +82,7 @@ void BWStatusPill::pointerAt(const QPoint &position)
 
 int BWStatusPill::widestText() const
 {
-    return std::max(1, m_area.width() - 2 * (bottomDistance + statusSidePadding));
+    return std::max(1, m_area.width() - 2 * (edgeDistance + statusSidePadding));
 }
 
 void BWStatusPill::fit()
@@ -90,9 +91,8 @@ void BWStatusPill::fit()
         return;
     const QRect bounds = fontMetrics().boundingRect(QRect(0, 0, widestText(), 10000), textFlags, m_text);
     const QSize size = bounds.size() + QSize(2 * statusSidePadding, 2 * statusEndPadding);
-    const QPoint corner(m_area.x() + (m_area.width() - size.width()) / 2,
-                        m_area.y() + m_area.height() - bottomDistance - size.height());
-    setGeometry(QRect(corner, size));
+    const QRect within = m_area.adjusted(edgeDistance, edgeDistance, -edgeDistance, -edgeDistance);
+    setGeometry(QStyle::alignedRect(Qt::LeftToRight, m_alignment, size, within));
     m_drawn = {};
     update();
 }

@@ -26,8 +26,8 @@ public:
     void setFaded(bool faded);
     bool isFaded() const { return m_faded; }
 
-    /// Moves to the middle of the lower edge of that area; long texts wrap.
-    void placeIn(const QRect &area);
+    /// Moves to the middle of the lower edge of that area, or where `alignment` says; long texts wrap.
+    void placeIn(const QRect &area, Qt::Alignment alignment = Qt::AlignHCenter | Qt::AlignBottom);
     /// In the coordinates of the parent.
     void pointerAt(const QPoint &position);
 
@@ -49,6 +49,7 @@ private:
     QVariantAnimation m_fade;
     double m_opacity = 1;
     bool m_faded = false;
+    Qt::Alignment m_alignment;
 };
 
 /// The status line of the main window: what the session is doing and, briefly, what has just happened. It fades when

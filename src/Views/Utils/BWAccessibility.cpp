@@ -14,7 +14,9 @@ struct ClassRole {
 // Containers and widgets that paint; buttons and the like have their roles from Qt.
 constexpr std::array classRoles{
     ClassRole{"BWAnnouncement", QAccessible::Notification},
+    ClassRole{"BWComparisonStrip", QAccessible::ToolBar},
     ClassRole{"BWControlBar", QAccessible::ToolBar},
+    ClassRole{"BWDividerHandle", QAccessible::Splitter},
     ClassRole{"BWDoubleButton", QAccessible::Grouping},
     ClassRole{"BWFlashActionViewController", QAccessible::StaticText},
     ClassRole{"BWFrozenMark", QAccessible::Notification},

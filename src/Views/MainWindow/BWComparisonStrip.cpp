@@ -1,0 +1,170 @@
+#include "Views/MainWindow/BWComparisonStrip.h"
+
+#include "Utils/BWUIUtils.h"
+#include "Views/MainWindow/BWMainMenu.h"
+#include "Views/Utils/BWBarButton.h"
+
+#include <algorithm>
+#include <QAction>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QSignalBlocker>
+#include <QSlider>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int stripDistance = 11; // from the edges of the picture
+constexpr int sliderSteps = 100;
+constexpr int sliderWidth = 110;
+
+/// A flat button with its text, or with a cross.
+class StripButton : public QToolButton {
+public:
+    enum class Shows { Text, Cross };
+
+    StripButton(Shows shows, QWidget *parent) : QToolButton(parent), m_shows(shows) { setFocusPolicy(Qt::StrongFocus); }
+
+    QSize sizeHint() const override
+    {
+        constexpr QSize padding(20, 12);
+        const int height = fontMetrics().height() + padding.height();
+        return {m_shows == Shows::Cross ? height : fontMetrics().size(0, text()).width() + padding.width(), height};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        drawBWControlPanel(painter, rect(), palette(),
+                           {.enabled = isEnabled(),
+                            .hovered = underMouse(),
+                            .pressed = isDown(),
+                            .focused = hasFocus(),
+                            .checked = isChecked()});
+        const QColor color = palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText);
+        painter.setPen(color);
+        if (m_shows == Shows::Text) {
+            painter.drawText(rect(), Qt::AlignCenter, text());
+            return;
+        }
+        constexpr double arm = 4;
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(color, 1.5, Qt::SolidLine, Qt::RoundCap));
+        painter.translate(QRectF(rect()).center());
+        painter.drawLine(QPointF(-arm, -arm), QPointF(arm, arm));
+        painter.drawLine(QPointF(-arm, arm), QPointF(arm, -arm));
+    }
+
+private:
+    const Shows m_shows;
+};
+
+QWidget *separator(QWidget *parent)
+{
+    auto *line = new QFrame(parent);
+    line->setFrameShape(QFrame::VLine);
+    line->setFrameShadow(QFrame::Plain);
+    QPalette palette = line->palette();
+    QColor color = palette.color(QPalette::WindowText);
+    color.setAlphaF(0.25F);
+    palette.setColor(QPalette::WindowText, color);
+    line->setPalette(palette);
+    return line;
+}
+
+} // namespace
+
+BWComparisonStrip::BWComparisonStrip(const BWMainMenu &menu, QWidget *parent)
+    : QWidget(parent), m_menu(menu), m_slider(new QSlider(Qt::Horizontal, this))
+{
+    const auto text = [](const QString &identifier, const QString &english) {
+        return BWLocalizableString(u"comparison"_s, identifier, english);
+    };
+    m_slider->setRange(0, sliderSteps);
+    m_slider->setFixedWidth(sliderWidth);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 5, 8, 5);
+    row->setSpacing(3);
+    row->addWidget(add(menu.compareSideBySide, text(u"side_by_side"_s, u"Side by side"_s)));
+    row->addWidget(add(menu.compareOverlay, text(u"overlay"_s, u"Overlay"_s)));
+    row->addWidget(add(menu.compareDivider, text(u"divider"_s, u"Dividing line"_s)));
+    row->addSpacing(6);
+    row->addWidget(m_slider);
+    row->addSpacing(6);
+    row->addWidget(separator(this));
+    row->addWidget(add(menu.linkPictures, text(u"link"_s, u"Linked"_s)));
+    row->addWidget(separator(this));
+    row->addWidget(add(menu.saveComparison, text(u"save"_s, u"Save comparison as..."_s)));
+    row->addWidget(add(menu.endComparison, text(u"end"_s, u"End comparison"_s)));
+    connect(m_slider, &QSlider::valueChanged, this,
+            [this](int value) { Q_EMIT shareChanged(double(value) / sliderSteps); });
+    hide();
+}
+
+QAbstractButton *BWComparisonStrip::add(QAction *action, const BWLocalizableString &text)
+{
+    const bool ends = m_menu.endComparison == action;
+    auto *button = new StripButton(ends ? StripButton::Shows::Cross : StripButton::Shows::Text, this);
+    button->setCheckable(action->isCheckable());
+    button->setChecked(action->isChecked());
+    connect(button, &QToolButton::clicked, action, [action, button] {
+        action->trigger();
+        button->setChecked(action->isChecked());
+    });
+    connect(action, &QAction::toggled, button, &QToolButton::setChecked);
+    m_buttons.append({button, action, text});
+    return button;
+}
+
+void BWComparisonStrip::localizeWithManager(BWLocalizationManager &manager)
+{
+    for (const Button &entry : std::as_const(m_buttons)) {
+        const QString text = manager.localize(entry.text);
+        entry.button->setText(text);
+        entry.button->setAccessibleName(text);
+        entry.button->setToolTip(BWUIUtils::withShortcut(text, entry.action->shortcut()));
+    }
+    setAccessibleName(manager.text(u"comparison"_s, u"controls"_s, u"Comparison"_s));
+    m_shareName = manager.text(u"comparison"_s, u"share"_s, u"How much of the album picture shows"_s);
+    m_lineName = manager.text(u"comparison"_s, u"line"_s, u"Dividing line between the pictures"_s);
+}
+
+void BWComparisonStrip::placeIn(const QRect &area)
+{
+    const QSize size(std::min(sizeHint().width(), area.width() - 2 * stripDistance), sizeHint().height());
+    setGeometry(QRect(
+        QPoint(area.x() + (area.width() - size.width()) / 2, area.y() + area.height() - stripDistance - size.height()),
+        size));
+}
+
+int BWComparisonStrip::takenHeight() const
+{
+    return isHidden() ? 0 : sizeHint().height() + stripDistance;
+}
+
+void BWComparisonStrip::showShare(BWScene::Mode mode, double share)
+{
+    const QSignalBlocker blocker(m_slider);
+    m_slider->setEnabled(mode == BWScene::Mode::Overlay || mode == BWScene::Mode::Divider);
+    m_slider->setValue(qRound(share * sliderSteps));
+    const QString &name = mode == BWScene::Mode::Divider ? m_lineName : m_shareName;
+    m_slider->setAccessibleName(name);
+    m_slider->setToolTip(name);
+}
+
+/// Readable on any picture.
+void BWComparisonStrip::paintEvent(QPaintEvent *)
+{
+    constexpr double radius = 8;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor line = palette().color(QPalette::WindowText);
+    line.setAlphaF(0.25F);
+    painter.setPen(line);
+    painter.setBrush(palette().color(QPalette::Window));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
