@@ -43,7 +43,22 @@ BWMeasurement BWMeasuringTool::unfinished() const
 {
     if (m_points.isEmpty())
         return {};
-    return {m_kind, m_points + BWPoints{m_cursor}};
+    return {m_kind, awaitsText() ? m_points : m_points + BWPoints{m_cursor}};
+}
+
+bool BWMeasuringTool::awaitsText() const
+{
+    const BWMeasurementKind *kind = BWMeasurementKind::find(m_kind);
+    return kind && kind->hasText && m_points.size() >= kind->mostPoints;
+}
+
+void BWMeasuringTool::setText(const QString &text)
+{
+    if (!awaitsText())
+        return;
+    const BWPoints points = std::exchange(m_points, {});
+    if (!text.trimmed().isEmpty())
+        m_list.add({m_kind, points, text.trimmed()});
 }
 
 std::optional<BWMeasuringTool::Selection> BWMeasuringTool::selection() const
@@ -84,8 +99,10 @@ void BWMeasuringTool::press(QPointF at, double reach, bool constrained)
         return;
     }
     m_selection.reset();
+    if (awaitsText())
+        return;
     m_points.append(m_cursor);
-    if (m_points.size() >= kind->mostPoints)
+    if (m_points.size() >= kind->mostPoints && !kind->hasText)
         complete();
 }
 
@@ -131,6 +148,15 @@ void BWMeasuringTool::nudge(QPoint pixels)
     m_cursor = m_list.items()[selected->measurement].points[selected->point];
 }
 
+void BWMeasuringTool::select(const Selection &selected)
+{
+    m_points.clear();
+    release();
+    m_selection = selected;
+    if (selection())
+        m_cursor = m_list.items()[selected.measurement].points[selected.point];
+}
+
 void BWMeasuringTool::selectNext(bool forward)
 {
     QList<Selection> all;
@@ -141,9 +167,9 @@ void BWMeasuringTool::selectNext(bool forward)
     const auto selected = selection();
     const qsizetype now = selected ? all.indexOf(*selected) : -1;
     const qsizetype next = now < 0 ? (forward ? 0 : all.size() - 1) : now + (forward ? 1 : -1);
-    m_selection = next >= 0 && next < all.size() ? std::optional(all[next]) : std::nullopt;
-    if (m_selection)
-        m_cursor = m_list.items()[m_selection->measurement].points[m_selection->point];
+    m_selection.reset();
+    if (next >= 0 && next < all.size())
+        select(all[next]);
 }
 
 void BWMeasuringTool::complete()

@@ -31,10 +31,20 @@ public:
     const QString &kind() const { return m_kind; }
 
     QPointF cursor() const { return m_cursor; }
-    /// The measurement that is being placed, with the cursor as its next point; without points if there is none.
+    /// The measurement that is being placed, with the cursor as its next point; without points if there is none. One that
+    /// awaits its text has all its points.
     BWMeasurement unfinished() const;
     /// None if what was selected is gone.
     std::optional<Selection> selection() const;
+    /// Gives up what is unfinished.
+    void select(const Selection &selection);
+    bool hasPointAt(QPointF at, double reach) const { return pointAt(at, reach).has_value(); }
+    /// Whether the pointer holds the selected point.
+    bool isMoving() const { return m_grip && selection(); }
+    /// All points of a remark are set: it is complete with a text.
+    bool awaitsText() const;
+    /// A text of blanks gives the remark up, as cancel() does.
+    void setText(const QString &text);
 
     /// The pointer: `reach` is how near a point it has to be to mean that one. `constrained` keeps lines level, upright or
     /// at 45 degrees.
