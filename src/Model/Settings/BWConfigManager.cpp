@@ -19,6 +19,7 @@ const QString showStatisticsKey = u"bwp2x_show_statistics"_s;
 const QString firstTimeKey = u"bwp2x_first_time"_s;
 const QString oldSettingsImportedKey = u"bwp2x_old_settings_imported"_s;
 const QString defaultAlbumNameKey = u"bwp2x_default_album_name"_s;
+const QString calibrationsKey = u"bwp2x_calibrations"_s;
 const QString productForCameraKey = u"bwp2x_product_for_camera"_s;
 
 void readBoolean(const BWUserDefaults &defaults, const QString &key, bool &value)
@@ -214,6 +215,12 @@ void BWConfigManager::setDefaultAlbumName(const QString &name)
     changed();
 }
 
+void BWConfigManager::setCalibrations(const QString &calibrations)
+{
+    m_calibrations = calibrations;
+    changed();
+}
+
 void BWConfigManager::setMustResetLayout(bool reset)
 {
     m_mustResetLayout = reset;
@@ -236,6 +243,7 @@ void BWConfigManager::load()
     readBoolean(m_defaults, firstTimeKey, m_firstTime);
     readBoolean(m_defaults, oldSettingsImportedKey, m_oldSettingsImported);
     m_defaultAlbumName = m_defaults.string(defaultAlbumNameKey);
+    m_calibrations = m_defaults.string(calibrationsKey);
 
     loadProductChoice();
     m_knownTexts = texts();
@@ -265,6 +273,8 @@ QJsonObject BWConfigManager::texts() const
                       {oldSettingsImportedKey, yesOrNo(m_oldSettingsImported)}};
     if (!m_defaultAlbumName.isNull()) // a name once stored stays
         texts.insert(defaultAlbumNameKey, m_defaultAlbumName);
+    if (!m_calibrations.isNull())
+        texts.insert(calibrationsKey, m_calibrations);
     return texts;
 }
 

@@ -85,6 +85,10 @@ public:
     QString defaultAlbumName() const { return m_defaultAlbumName; }
     void setDefaultAlbumName(const QString &name);
 
+    /// What users have made and chosen of scales for measuring, as BWCalibrations writes it; null if nothing was stored.
+    QString calibrations() const { return m_calibrations; }
+    void setCalibrations(const QString &calibrations);
+
     /// Windows must go back to their default places. Never stored.
     bool mustResetLayout() const { return m_mustResetLayout; }
     void setMustResetLayout(bool reset);
@@ -126,4 +130,5 @@ private:
     bool m_firstTime = true;
     bool m_oldSettingsImported = false;
     QString m_defaultAlbumName;
+    QString m_calibrations;
 };
