@@ -34,8 +34,9 @@ void BWSceneController::showFrozen(const BWFrame &frame)
     showStill(Main::Frozen, frame);
 }
 
-void BWSceneController::showAlbumPicture(const QImage &image)
+void BWSceneController::showAlbumPicture(const QImage &image, const QString &file)
 {
+    m_albumPicture = file;
     showStill(Main::Album, frameOf(image));
 }
 

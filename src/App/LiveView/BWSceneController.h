@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <QObject>
+#include <QString>
 
 class BWLiveRenderer;
 class BWLiveViewController;
@@ -36,8 +37,10 @@ public:
     void showLive();
     /// In place of the live image. The frame is kept: its memory must be its own, not a camera's.
     void showFrozen(const BWFrame &frame);
-    /// In place of the live image, with the same zoom, turn and mirroring; a null image shows an empty view.
-    void showAlbumPicture(const QImage &image);
+    /// In place of the live image, with the same zoom, turn and mirroring; a null image shows an empty view. `file` says
+    /// which picture of all albums it is.
+    void showAlbumPicture(const QImage &image, const QString &file = {});
+    const QString &albumPicture() const { return m_albumPicture; }
 
     /// Shows a picture of an album beside the main picture; in place of another reference it is laid like that. A null
     /// image leaves its place empty.
@@ -64,6 +67,7 @@ private:
     BWLiveRenderer &m_live;
     std::unique_ptr<BWLiveRenderer> m_still; // made when first wanted, like the next
     std::unique_ptr<BWLiveRenderer> m_reference;
+    QString m_albumPicture; // the file that was shown last
     Main m_main = Main::Live;
     bool m_hasReference = false;
 };

@@ -177,6 +177,14 @@ QPoint BWCenteringClipView::scrollPosition() const
     return {horizontalScrollBar()->value(), verticalScrollBar()->value()};
 }
 
+std::optional<QTransform> BWCenteringClipView::pictureToViewport() const
+{
+    if (m_main.image.image.isNull())
+        return std::nullopt;
+    const QPointF corner = m_scene.mainArea(viewport()->size()).topLeft();
+    return m_main.image.request.pictureToViewport() * QTransform::fromTranslate(corner.x(), corner.y());
+}
+
 void BWCenteringClipView::updateScrollBars()
 {
     const QSize size = m_scene.mainArea(viewport()->size()).size();

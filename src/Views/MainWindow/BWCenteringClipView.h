@@ -34,6 +34,12 @@ public:
     /// BWLiveViewGeometry::barHeight.
     void setTopInset(int points);
 
+    /// From places in the main picture, in widths of it, to the viewport, as the image lies that shows; nothing without one.
+    /// It follows a change of the scene a little later, as the image does.
+    std::optional<QTransform> pictureToViewport() const;
+    /// The main picture's frame; keep it for a moment only.
+    BWFrame mainFrame() const { return m_main.renderer->currentFrame(); }
+
     /// Draws the measuring grid into the picture, its lines that many points apart; 0 for no grid.
     void setGridDistance(double distance);
     double gridDistance() const { return m_gridDistance; }
