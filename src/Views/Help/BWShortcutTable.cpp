@@ -15,15 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Removes what only menus need: the marks of access keys and the dots of items that open a dialog.
-QString plainText(QString text)
-{
-    static const QRegularExpression accessKeyInBrackets(u"\\s*\\(&[^&]\\)"_s);
-    static const QRegularExpression accessKey(u"&(.)"_s);
-    static const QRegularExpression dots(u"(\\.\\.\\.|…)$"_s);
-    return text.remove(accessKeyInBrackets).replace(accessKey, u"\\1"_s).remove(dots);
-}
-
 /// As Qt names them in the user's language.
 QString key(const QKeySequence &keys)
 {
@@ -57,11 +48,19 @@ void collect(const QList<QAction *> &actions, QList<BWShortcutSection::Shortcut>
         for (const QKeySequence &sequence : sequences)
             keys.append(sequence.toString(QKeySequence::NativeText));
         if (!keys.isEmpty())
-            shortcuts.append({plainText(action->text()), keys});
+            shortcuts.append({BWShortcutSection::plainText(action->text()), keys});
     }
 }
 
 } // namespace
+
+QString BWShortcutSection::plainText(QString text)
+{
+    static const QRegularExpression accessKeyInBrackets(u"\\s*\\(&[^&]\\)"_s);
+    static const QRegularExpression accessKey(u"&(.)"_s);
+    static const QRegularExpression dots(u"(\\.\\.\\.|…)$"_s);
+    return text.remove(accessKeyInBrackets).replace(accessKey, u"\\1"_s).remove(dots);
+}
 
 QList<BWShortcutSection> BWShortcutSection::ofActions(const QList<QAction *> &actions)
 {

@@ -18,6 +18,8 @@ struct BWShortcutSection {
     QString title; ///< of the menu or view; null for actions outside of both
     QList<Shortcut> shortcuts;
 
+    /// A menu item's text without what only menus need: the mark of its access key, and the dots.
+    static QString plainText(QString text);
     /// The shortcuts of those actions and of all menus below them. Leaves out actions that are hidden or have no shortcut,
     /// and menus without any.
     static QList<BWShortcutSection> ofActions(const QList<QAction *> &actions);
