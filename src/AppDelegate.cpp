@@ -8,6 +8,7 @@
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWLookBackController.h"
+#include "App/LiveView/BWMeasuringController.h"
 #include "App/LiveView/BWSceneController.h"
 #include "App/Start/BWStatisticsReport.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
@@ -157,6 +158,9 @@ void AppDelegate::prepareUI()
     m_liveView = std::make_unique<BWLiveViewController>(*m_window, *m_renderer, m_productInUse);
     m_scene = std::make_unique<BWSceneController>(*m_window, *m_liveView, *m_renderer);
     m_grid = std::make_unique<BWGridController>(*m_window, *m_liveView, m_productInUse, texts);
+    m_measuring = std::make_unique<BWMeasuringController>(
+        BWMeasuringController::Parts{*m_window, *m_liveView, *m_scene, m_productInUse, *m_statusLine, config, texts,
+                                     m_panels, m_repository.userDefaults()});
     m_window->menu().showTools(m_options.technician);
     m_window->showStatistics(config.showStatistics());
     prepareCapture();

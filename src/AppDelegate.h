@@ -36,6 +36,7 @@ class BWLastCaptureController;
 class BWLiveViewController;
 class BWLookBackController;
 class BWMainWindow;
+class BWMeasuringController;
 class BWRepository;
 class BWSceneController;
 class BWSessionWindows;
@@ -114,6 +115,7 @@ private:
     std::unique_ptr<BWLiveViewController> m_liveView;
     std::unique_ptr<BWSceneController> m_scene;
     std::unique_ptr<BWGridController> m_grid;
+    std::unique_ptr<BWMeasuringController> m_measuring;
     std::unique_ptr<BWFlashActionViewController> m_flashActionViewController;
     std::unique_ptr<BWSnapshotSound> m_snapshotSound;
     std::unique_ptr<BWAlbumContents> m_albumContents;

@@ -1,6 +1,7 @@
 #include "Views/MainWindow/BWMainMenu.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Views/MainWindow/BWMeasuringMenu.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -26,6 +27,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_fileMenu = bar->addMenu(QString());
     m_cameraMenu = bar->addMenu(QString());
     m_viewMenu = bar->addMenu(QString());
+    m_measureMenu = bar->addMenu(QString());
     m_panelsMenu = bar->addMenu(QString());
     m_toolsMenu = bar->addMenu(QString());
     m_helpMenu = bar->addMenu(QString());
@@ -71,6 +73,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     fullScreen->setCheckable(true);
 
     addComparison();
+    measuring = new BWMeasuringMenu(*m_measureMenu, this);
 
     cameraWindowMenuItem = add(m_panelsMenu);
     cameraWindowMenuItem->setCheckable(true);
@@ -182,6 +185,8 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(linkPictures, manager.text(u"comparison"_s, u"link_menu_item"_s, u"Move both &together"_s));
     set(saveComparison, manager.text(u"comparison"_s, u"save_menu_item"_s, u"Sa&ve comparison as..."_s));
     set(endComparison, manager.text(u"comparison"_s, u"end_menu_item"_s, u"&End comparison"_s));
+    m_measureMenu->setTitle(manager.text(u"main_menu"_s, u"measure_menu"_s, u"&Measure"_s));
+    measuring->localizeWithManager(manager);
 
     // The item and the menu that it opens are two texts, because translators may want them to differ. Only the menu shows.
     manager.text(u"main_menu"_s, u"panels_menu_item"_s, u"&Panels"_s);

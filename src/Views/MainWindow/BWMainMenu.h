@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QString>
 
+class BWMeasuringMenu;
 class QAction;
 class QActionGroup;
 class QMainWindow;
@@ -86,6 +87,7 @@ public:
     QAction *aboutMenuItem;
     QAction *gridDebugger;
     QAction *registerDebugger;
+    BWMeasuringMenu *measuring;
 
 Q_SIGNALS:
     void cameraPicked(int index);
@@ -104,6 +106,7 @@ private:
     QMenu *m_productMenu;
     QMenu *m_viewMenu;
     QMenu *m_comparisonMenu;
+    QMenu *m_measureMenu;
     QMenu *m_panelsMenu;
     QMenu *m_helpMenu;
     QMenu *m_toolsMenu;

@@ -15,6 +15,7 @@
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
+#include <algorithm>
 #include <QAction>
 #include <QCloseEvent>
 #include <QHoverEvent>
@@ -77,6 +78,15 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
     m_statistics->localizeWithManager(manager);
     m_frozenMark->localizeWithManager(manager);
     updateMinimumSize();
+    layOutContent();
+}
+
+void BWMainWindow::setStrip(QWidget *strip)
+{
+    m_strip = strip;
+    strip->setParent(m_content);
+    strip->installEventFilter(this);
+    setTabOrder(m_clipView, strip);
     layOutContent();
 }
 
@@ -155,15 +165,27 @@ void BWMainWindow::setEscape(Escape what, std::function<bool()> leave)
 void BWMainWindow::updateMinimumSize()
 {
     constexpr int picture = 200; // of which the statistics and a status line that wraps leave a little
-    m_content->setMinimumSize(m_controlBar->minimumSizeHint().width(), BWLiveViewGeometry::barHeight + picture);
+    const int strip = stripHeight();
+    m_content->setMinimumSize(
+        std::max(m_controlBar->minimumSizeHint().width(), strip > 0 ? m_strip->minimumSizeHint().width() : 0),
+        BWLiveViewGeometry::barHeight + picture + strip);
+}
+
+int BWMainWindow::stripHeight() const
+{
+    return m_strip && !m_strip->isHidden() ? m_strip->sizeHint().height() : 0;
 }
 
 void BWMainWindow::layOutContent()
 {
-    m_clipView->setGeometry(m_content->rect());
+    const int strip = stripHeight();
+    if (strip > 0)
+        m_strip->setGeometry(0, m_content->height() - strip, m_content->width(), strip);
+    const QRect area = m_content->rect().adjusted(0, 0, 0, -strip);
+    m_clipView->setGeometry(area);
     m_bars->placeIn(m_content->width());
-    m_comparisonStrip->placeIn(m_content->rect());
-    m_statusPill->placeIn(m_content->rect().adjusted(0, 0, 0, -m_comparisonStrip->takenHeight()));
+    m_comparisonStrip->placeIn(area);
+    m_statusPill->placeIn(area.adjusted(0, 0, 0, -m_comparisonStrip->takenHeight()));
     placeBelowBars();
 }
 
@@ -232,7 +254,12 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
     const QEvent::Type type = event->type();
     if (watched == m_comparisonStrip && (type == QEvent::Show || type == QEvent::Hide || type == QEvent::LayoutRequest))
         layOutContent();
-    if (watched == m_controlBar && event->type() == QEvent::LayoutRequest)
+    if (watched == m_strip && (type == QEvent::ShowToParent || type == QEvent::HideToParent)) {
+        updateMinimumSize();
+        layOutContent();
+        Q_EMIT resized();
+    }
+    if ((watched == m_controlBar || watched == m_strip) && type == QEvent::LayoutRequest)
         updateMinimumSize();
     return QMainWindow::eventFilter(watched, event);
 }

@@ -39,6 +39,9 @@ public:
     BWComparisonStrip &comparisonStrip() const { return *m_comparisonStrip; }
     BWStatusPill &currentCameraLabel() const { return *m_statusPill; }
 
+    /// A strip of controls over the whole width below the picture, which has room while it is visible. The window owns it.
+    void setStrip(QWidget *strip);
+
     /// Gives the content its default size and puts the window into the middle of the main screen.
     void resetLayout();
     /// Remembers the window's frame from now on. Without one the layout is reset when the window is shown.
@@ -88,6 +91,7 @@ private:
     void updateSeen();
     void updateMinimumSize();
     void layOutContent();
+    int stripHeight() const;
     void placeBelowBars();
     void layOutFullScreen();
     void showPointer(bool shown);
@@ -102,6 +106,7 @@ private:
     BWStatusPill *m_statusPill;
     BWStatisticsPanel *m_statistics;
     BWFrozenMark *m_frozenMark;
+    QWidget *m_strip = nullptr;
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
     std::array<std::function<bool()>, static_cast<std::size_t>(Escape::FullScreen) + 1> m_escapes;

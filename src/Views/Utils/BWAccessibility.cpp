@@ -21,6 +21,8 @@ constexpr std::array classRoles{
     ClassRole{"BWFlashActionViewController", QAccessible::StaticText},
     ClassRole{"BWFrozenMark", QAccessible::Notification},
     ClassRole{"BWKeyCaps", QAccessible::StaticText},
+    ClassRole{"BWMeasuringLayer", QAccessible::Canvas},
+    ClassRole{"BWMeasuringStrip", QAccessible::ToolBar},
     ClassRole{"BWStatusPill", QAccessible::Notification},
     ClassRole{"QFrame", QAccessible::Separator}, // we use a plain QFrame only as a line
 };

@@ -1,0 +1,365 @@
+#include "App/LiveView/BWMeasuringController.h"
+
+#include "App/LiveView/BWLiveViewController.h"
+#include "App/LiveView/BWSceneController.h"
+#include "Model/Products/BWProductInUse.h"
+#include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWLocalizationManager.h"
+#include "Utils/BWFilePath.h"
+#include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWMeasuringLayer.h"
+#include "Views/MainWindow/BWMeasuringMenu.h"
+#include "Views/MainWindow/BWMeasuringStrip.h"
+#include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Measuring/BWCalibrationDialog.h"
+#include "Views/Measuring/BWMeasurementResultsPanel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <QAction>
+#include <QLineF>
+#include <QStandardPaths>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Widths and heights of one shape have one name.
+QString shapeOf(QSize size)
+{
+    const int divisor = std::max(1, std::gcd(size.width(), size.height()));
+    return u"%1:%2"_s.arg(size.width() / divisor).arg(size.height() / divisor);
+}
+
+constexpr double longNotice = 5; // seconds
+
+/// In which lengths of a picture read best.
+BWLengthUnit unitOf(const BWCalibration &calibration)
+{
+    constexpr double wide = 200; // millimetres
+    const double width = calibration.millimetresPerWidth;
+    return width >= wide ? BWLengthUnit::Centimetre : width >= 1 ? BWLengthUnit::Millimetre : BWLengthUnit::Micrometre;
+}
+
+} // namespace
+
+BWMeasuringController::BWMeasuringController(const Parts &parts)
+    : m_parts(parts), m_menu(*parts.window.menu().measuring), m_sheet(nullptr)
+{
+    m_calibrations.fromJson(parts.config.calibrations());
+    connectMenu();
+    connect(&parts.liveView, &BWLiveViewController::imageDisplayUpdated, this, &BWMeasuringController::followPicture);
+    connect(&parts.scene, &BWSceneController::mainChanged, this, [this] {
+        followPicture();
+        if (m_parts.scene.main() == BWSceneController::Main::Album && m_parts.scene.albumPicture().isEmpty())
+            setMeasurements({}, {}); // which picture it is nobody knows: surely not the one before
+    });
+    connect(&parts.productInUse, &BWProductInUse::loaded, this, &BWMeasuringController::followPicture);
+    followPicture();
+}
+
+BWMeasuringController::~BWMeasuringController()
+{
+    delete m_layer; // it knows a tool of ours
+    delete m_results;
+}
+
+void BWMeasuringController::connectMenu()
+{
+    connect(m_menu.showTools, &QAction::triggered, this, &BWMeasuringController::setOpen);
+    connect(&m_menu, &BWMeasuringMenu::kindPicked, this, [this](const QString &kind) {
+        setOpen(true);
+        pickKind(kind);
+    });
+    const auto connectEdit = [this](QAction *action, auto edit) {
+        connect(action, &QAction::triggered, this, [this, edit] {
+            edit(m_sheet->tool);
+            refresh();
+            announceEdit();
+        });
+    };
+    connectEdit(m_menu.undo, [](BWMeasuringTool &tool) { tool.undo(); });
+    connectEdit(m_menu.redo, [](BWMeasuringTool &tool) { tool.redo(); });
+    connectEdit(m_menu.remove, [](BWMeasuringTool &tool) { tool.remove(); });
+    connect(m_menu.calibrate, &QAction::triggered, this, &BWMeasuringController::calibrate);
+    connect(m_menu.results, &QAction::triggered, this, &BWMeasuringController::showResults);
+    connect(m_menu.scaleBar, &QAction::triggered, this, [this](bool shown) {
+        makeViews();
+        m_layer->setScaleBar(shown);
+        refresh();
+    });
+}
+
+void BWMeasuringController::makeViews()
+{
+    if (m_layer)
+        return;
+    BWCenteringClipView &view = m_parts.window.centeringClipView();
+    m_layer = new BWMeasuringLayer(view);
+    m_layer->setAccessibleName(m_parts.texts.text(u"measuring"_s, u"layer"_s, u"Measurements"_s));
+    m_layer->setTextLabel(m_parts.texts.text(u"measuring"_s, u"arrow_text"_s, u"Text of the arrow"_s));
+    m_strip = new BWMeasuringStrip(m_menu, &m_parts.window);
+    m_strip->hide();
+    m_strip->localizeWithManager(m_parts.texts);
+    m_parts.window.setStrip(m_strip);
+    QWidget::setTabOrder(&view, m_layer);
+    connect(m_layer, &BWMeasuringLayer::editing, this, &BWMeasuringController::refresh);
+    connect(m_layer, &BWMeasuringLayer::edited, this, [this] {
+        refresh();
+        announceEdit();
+    });
+    connect(m_layer, &BWMeasuringLayer::escaped, this, [this] {
+        if (m_sheet->tool.kind().isEmpty())
+            m_strip->focusTool();
+        else
+            pickKind({});
+    });
+    connect(m_strip, &BWMeasuringStrip::scalePicked, this, &BWMeasuringController::pickScale);
+    followScale();
+}
+
+void BWMeasuringController::setOpen(bool open)
+{
+    m_menu.showTools->setChecked(open);
+    if (std::exchange(m_isOpen, open) == open)
+        return;
+    makeViews();
+    while (m_sheet->tool.cancel()) { // a point that is being moved, what is unfinished, the selection
+    }
+    m_layer->setActive(open);
+    m_strip->setVisible(open);
+    refresh();
+    if (open)
+        m_layer->setFocus();
+}
+
+void BWMeasuringController::pickKind(const QString &kind)
+{
+    m_menu.setKind(kind);
+    while (m_sheet->tool.cancel()) { }
+    m_sheet->tool.setKind(kind);
+    refresh();
+}
+
+QString BWMeasuringController::product() const
+{
+    const BWCameraProductPtr product = m_parts.productInUse.currentProduct();
+    return product ? product->identifier() : QString();
+}
+
+/// The picture may be another one, or the same in another resolution.
+void BWMeasuringController::followPicture()
+{
+    const QSize size = m_parts.window.centeringClipView().scene().mainPicture.imageSize();
+    const BWCameraPtr &camera = m_parts.productInUse.camera();
+    const bool isAlbum = m_parts.scene.main() == BWSceneController::Main::Album;
+    if (m_sheet && size.isEmpty()) // while the camera is away nothing shows, and nothing is lost
+        return;
+    const QString key = isAlbum
+        ? u"album %1"_s.arg(m_parts.scene.albumPicture())
+        : u"live %1 %2"_s.arg(camera ? camera->identifierForProducts() : QString(), shapeOf(size));
+    std::unique_ptr<Sheet> &sheet = m_sheets[key];
+    if (!sheet)
+        sheet = std::make_unique<Sheet>();
+    if (m_sheet && m_sheet != sheet.get()) {
+        while (m_sheet->tool.cancel()) { }
+    }
+    m_sheet = sheet.get();
+    m_sheet->tool.setPicture(size);
+    if (m_sheet->tool.kind() != m_menu.kind())
+        m_sheet->tool.setKind(m_menu.kind());
+    followScale();
+}
+
+BWPictureScale BWMeasuringController::scale() const
+{
+    const bool isAlbum = m_parts.scene.main() == BWSceneController::Main::Album;
+    BWPictureScale scale;
+    scale.pixels = m_parts.window.centeringClipView().scene().mainPicture.imageSize();
+    scale.calibration = isAlbum ? m_sheet->calibration : m_calibrations.chosen(product());
+    scale.unit = unitOf(scale.calibration);
+    return scale;
+}
+
+/// The strip says which scale is used. One that changes under measurements in the same picture is told besides.
+void BWMeasuringController::followScale()
+{
+    if (m_strip) {
+        QStringList names;
+        for (const BWCalibration &one : m_calibrations.of(product()))
+            names << one.name;
+        const QString chosen = scale().calibration.name;
+        if (!chosen.isEmpty() && !names.contains(chosen))
+            names << chosen; // of an album's picture, from its file
+        m_strip->showScales(names, chosen);
+    }
+    if (m_results && m_results->isVisible())
+        m_results->reload();
+    refresh();
+}
+
+void BWMeasuringController::pickScale(const QString &name)
+{
+    if (m_parts.scene.main() == BWSceneController::Main::Album) {
+        const auto all = m_calibrations.of(product());
+        BWCalibration picked;
+        for (const BWCalibration &one : all) {
+            if (one.name == name)
+                picked = one;
+        }
+        m_sheet->calibration = picked;
+    } else {
+        m_calibrations.choose(product(), name);
+        m_parts.config.setCalibrations(m_calibrations.toJson());
+    }
+    followScale();
+}
+
+/// Of lines over one thing: all that are about as long as the selected one, or the newest.
+void BWMeasuringController::calibrate()
+{
+    setOpen(true);
+    const QList<BWMeasurement> &items = m_sheet->list.items();
+    const auto lengthOf = [&items](qsizetype i) {
+        const bool isLine = i >= 0 && i < items.size() && items[i].kind == "length"_L1;
+        return isLine ? QLineF(items[i].points[0], items[i].points[1]).length() : 0;
+    };
+    const auto selection = m_sheet->tool.selection();
+    double length = lengthOf(selection ? selection->measurement : -1);
+    for (qsizetype i = items.size() - 1; i >= 0 && length == 0; --i)
+        length = lengthOf(i);
+    if (length == 0) {
+        pickKind(u"length"_s);
+        m_parts.statusLine.showForAMoment(
+            m_parts.texts.text(u"measuring"_s, u"calibrate_first"_s,
+                               u"First lay a line over something whose length you know"_s),
+            longNotice);
+        return;
+    }
+    QList<BWCalibrationDialog::Line> lines;
+    constexpr double alike = 0.1;
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (std::abs(lengthOf(i) - length) <= alike * length)
+            lines.append({nameOf(i), lengthOf(i)});
+    }
+    auto *dialog = new BWCalibrationDialog(
+        lines, scale().pixels.width(), BWLengthUnit::Millimetre,
+        [this](const BWCalibration &made) { return storeScale(made); }, &m_parts.window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->localizeWithManager(m_parts.texts);
+    dialog->open();
+}
+
+/// One that was made on a picture of an album is that picture's; the live image may show another magnification by now.
+bool BWMeasuringController::storeScale(const BWCalibration &calibration)
+{
+    const QString before = m_calibrations.chosen(product()).name;
+    if (!m_calibrations.add(product(), calibration))
+        return false;
+    if (m_parts.scene.main() == BWSceneController::Main::Album) {
+        m_calibrations.choose(product(), before);
+        m_sheet->calibration = calibration;
+    }
+    m_parts.config.setCalibrations(m_calibrations.toJson());
+    followScale();
+    return true;
+}
+
+void BWMeasuringController::showResults(bool shown)
+{
+    if (!m_results) {
+        const BWMeasurementResultsPanel::Callbacks callbacks{
+            [this] { return measurements(); }, [this] { return scale(); },
+            BWFilePath::fromLocal(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))};
+        m_results = new BWMeasurementResultsPanel(callbacks, m_parts.panels, m_parts.defaults, &m_parts.window);
+        m_results->localizeWithManager(m_parts.texts);
+        connect(m_results, &BWUtilityPanel::visibilityChanged, this,
+                [this] { m_menu.results->setChecked(m_results->isVisible()); });
+        connect(m_results, &BWMeasurementResultsPanel::measurementChosen, this, [this](qsizetype index) {
+            m_sheet->tool.select({index, 0});
+            refresh();
+        });
+    }
+    m_results->reload();
+    m_results->setVisible(shown);
+}
+
+void BWMeasuringController::setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration)
+{
+    m_sheet->list.reset(measurements);
+    m_sheet->calibration = calibration;
+    followScale();
+}
+
+/// Shows everything as it is now.
+void BWMeasuringController::refresh()
+{
+    const BWPictureScale scale = this->scale();
+    const QList<BWMeasurement> &items = m_sheet->list.items();
+    if (!items.isEmpty())
+        makeViews();
+    const bool isPlacing = !m_sheet->tool.unfinished().points.isEmpty();
+    m_menu.undo->setEnabled(m_sheet->list.canUndo() || isPlacing);
+    m_menu.redo->setEnabled(m_sheet->list.canRedo() && !isPlacing);
+    m_menu.remove->setEnabled(m_isOpen && (isPlacing || m_sheet->tool.selection()));
+    if (m_layer)
+        m_layer->showMeasurements(items, m_sheet->tool, scale);
+
+    const BWPictureScale before = std::exchange(m_shownScale, scale);
+    const bool sameLengths = before.calibration.name == scale.calibration.name
+        && before.calibration.millimetresPerWidth == scale.calibration.millimetresPerWidth;
+    if (sameLengths || items.isEmpty() || before.pixels.isEmpty())
+        return;
+    m_parts.statusLine.showForAMoment(
+        scale.isCalibrated()
+            ? m_parts.texts
+                  .text(u"measuring"_s, u"scale_changed"_s, u"The scale is now “%1”; existing measurements follow it"_s)
+                  .arg(scale.calibration.name)
+            : m_parts.texts.text(u"measuring"_s, u"scale_gone"_s, u"No scale is chosen: lengths are now in pixels"_s),
+        longNotice);
+}
+
+/// "Length 2", as in the table of results.
+QString BWMeasuringController::nameOf(qsizetype measurement) const
+{
+    const QList<BWMeasurement> &items = m_sheet->list.items();
+    const QString kind = items[measurement].kind;
+    int number = 0;
+    for (qsizetype i = 0; i <= measurement; ++i)
+        number += items[i].kind == kind ? 1 : 0;
+    return u"%1 %2"_s.arg(m_menu.words().kind(kind)).arg(number);
+}
+
+/// "Length 2: 12.34 mm"
+QString BWMeasuringController::described(qsizetype measurement) const
+{
+    const QList<BWMeasurement> &items = m_sheet->list.items();
+    QStringList values;
+    for (const BWMeasurement::Result &result : items[measurement].results(m_shownScale))
+        values << BWLengths::text(result.quantity, QLocale());
+    return m_parts.texts.text(u"measuring"_s, u"result"_s, u"%1: %2"_s)
+        .arg(nameOf(measurement), values.isEmpty() ? items[measurement].text : values.join(u", "_s));
+}
+
+/// What was measured last, or what is selected.
+void BWMeasuringController::announceEdit()
+{
+    if (m_results && m_results->isVisible())
+        m_results->reload();
+    const QList<BWMeasurement> &items = m_sheet->list.items();
+    const bool isNew = items.size() > std::exchange(m_sheet->known, items.size());
+    QString text;
+    if (const auto selection = m_sheet->tool.selection())
+        text = m_parts.texts.text(u"measuring"_s, u"point"_s, u"%1, point %2 of %3"_s)
+                   .arg(described(selection->measurement))
+                   .arg(selection->point + 1)
+                   .arg(items[selection->measurement].points.size());
+    else if (isNew)
+        text = described(items.size() - 1);
+    if (m_strip && !text.isEmpty() && std::exchange(m_announced, text) != text)
+        m_strip->announce(text);
+}

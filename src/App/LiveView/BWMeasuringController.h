@@ -1,0 +1,95 @@
+#pragma once
+
+#include "Model/Measuring/BWCalibration.h"
+#include "Model/Measuring/BWMeasuringTool.h"
+
+#include <map>
+#include <memory>
+#include <QObject>
+#include <QPointer>
+
+class BWConfigManager;
+class BWFilePanels;
+class BWLiveViewController;
+class BWLocalizationManager;
+class BWMainWindow;
+class BWMeasurementResultsPanel;
+class BWMeasuringLayer;
+class BWMeasuringMenu;
+class BWMeasuringStrip;
+class BWProductInUse;
+class BWSceneController;
+class BWStatusLine;
+class BWUserDefaults;
+
+/// Measuring in the main window: wires the tools, the layer over the picture, the strip and the menu, and says which
+/// measurements belong to the picture that shows, and which scale it has. GUI thread.
+///
+/// Measurements belong to what they were made on: those of the live image to its camera, in every resolution of the same
+/// shape and while it is frozen; those of an album's picture to that.
+class BWMeasuringController : public QObject {
+    Q_OBJECT
+
+public:
+    struct Parts {
+        BWMainWindow &window;
+        BWLiveViewController &liveView;
+        BWSceneController &scene;
+        const BWProductInUse &productInUse;
+        BWStatusLine &statusLine;
+        BWConfigManager &config;
+        BWLocalizationManager &texts;
+        BWFilePanels &panels;
+        BWUserDefaults &defaults; ///< where the results' window is
+    };
+
+    /// All must outlive this object.
+    explicit BWMeasuringController(const Parts &parts);
+    ~BWMeasuringController() override;
+
+    /// Opens or closes the strip; closed, clicks and keys go to the picture again, and measurements stay.
+    void setOpen(bool open);
+    bool isOpen() const { return m_isOpen; }
+
+    /// Of the picture that shows.
+    const QList<BWMeasurement> &measurements() const { return m_sheet->list.items(); }
+    BWPictureScale scale() const;
+    /// Replaces what was measured in the album's picture that shows, as it was read from its file. Nothing can be undone.
+    void setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration);
+
+private:
+    /// A picture with what was measured in it.
+    struct Sheet {
+        BWMeasurementList list;
+        BWMeasuringTool tool{list};
+        BWCalibration calibration; ///< of an album's picture; the live image has that of the product
+        qsizetype known = 0; ///< measurements that were announced
+    };
+
+    void connectMenu();
+    void makeViews();
+    void pickKind(const QString &kind);
+    void followPicture();
+    void followScale();
+    void pickScale(const QString &name);
+    void calibrate();
+    bool storeScale(const BWCalibration &calibration);
+    void showResults(bool shown);
+    void refresh();
+    void announceEdit();
+    QString product() const;
+    QString nameOf(qsizetype measurement) const;
+    QString described(qsizetype measurement) const;
+
+    Parts m_parts;
+    BWMeasuringMenu &m_menu;
+    BWCalibrations m_calibrations;
+    std::map<QString, std::unique_ptr<Sheet>> m_sheets; // by picture
+    Sheet *m_sheet; // that of the picture that shows
+    BWPictureScale m_shownScale;
+    QPointer<BWMeasuringLayer> m_layer; // made when first wanted, like the strip; the window owns them
+    QPointer<BWMeasuringStrip> m_strip;
+    QPointer<BWMeasurementResultsPanel> m_results; // the window owns it as well
+    QString m_announced;
+    bool m_isOpen = false;
+};

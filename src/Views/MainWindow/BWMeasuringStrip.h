@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Model/Texts/BWLocalizationManager.h"
+
+#include <QStringList>
+#include <QWidget>
+
+class BWAnnouncement;
+class BWBarButton;
+class BWMeasuringMenu;
+class BWPopUpButton;
+class QAction;
+class QHBoxLayout;
+
+/// The bar of measuring tools below the picture: a button for each action of the menu, the scale that is used, and what was
+/// measured last. GUI thread.
+class BWMeasuringStrip : public QWidget, public BWLocalizationManagerDelegate {
+    Q_OBJECT
+
+public:
+    /// The menu must outlive the strip.
+    BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent);
+
+    void localizeWithManager(BWLocalizationManager &manager) override;
+
+    /// The scales to choose from; a `chosen` that is none of them stands for no scale, which is always offered, as is making
+    /// a new one.
+    void showScales(const QStringList &names, const QString &chosen);
+    /// Shows it, and screen readers say it.
+    void announce(const QString &text);
+    QString announcement() const;
+    /// The keyboard to the tool in use.
+    void focusTool();
+
+Q_SIGNALS:
+    /// Null for none.
+    void scalePicked(const QString &name);
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    BWBarButton *addButton(QAction *action);
+    void addGap();
+    void setTexts();
+    void setIcons();
+
+    const BWMeasuringMenu &m_menu;
+    QHBoxLayout *m_row;
+    BWPopUpButton *m_scales;
+    BWAnnouncement *m_announcement;
+    BWBarButton *m_close;
+    int m_shown = 0; ///< index of the scale in use
+    QString m_noScale;
+    QString m_closeText;
+};
