@@ -5,6 +5,7 @@
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "Rows.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
@@ -12,14 +13,17 @@
 #include "Views/MainWindow/BWMeasuringMenu.h"
 #include "Views/MainWindow/BWMeasuringStrip.h"
 #include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Measuring/BWCalibrationDialog.h"
 #include "Views/Utils/BWFilePanels.h"
 #include "WidgetSearch.h"
 
 #include <cmath>
 #include <QAction>
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QPainter>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -96,11 +100,22 @@ struct Bench {
         mouse(QEvent::MouseButtonPress, where, Qt::LeftButton, modifiers);
         mouse(QEvent::MouseButtonRelease, where, Qt::LeftButton, modifiers);
     }
-    void doubleClick(QPointF where) const
+    /// Clicks there, in pixels of the picture; twice at the last place if the kind takes any number of points.
+    void measure(const QString &kind, const QList<QPoint> &points) const
     {
-        click(where);
-        mouse(QEvent::MouseButtonDblClick, where);
-        mouse(QEvent::MouseButtonRelease, where);
+        pick(kind);
+        for (const QPoint &point : points)
+            click(at(point.x(), point.y()));
+        if (BWMeasurementKind::find(kind)->mostPoints == BWMeasurementKind::anyNumber)
+            mouse(QEvent::MouseButtonDblClick, at(points.last().x(), points.last().y()));
+    }
+    /// A frozen picture of the camera, which is a DX10.
+    void freeze(QSize size)
+    {
+        product.setCamera(cameras[0]);
+        product.reload();
+        scene.showFrozen(BWSceneController::frameOf(picture().scaled(size)));
+        waitForPicture();
     }
     /// Of each measurement: kind and points, in whole pixels of the picture.
     QString list() const
@@ -202,52 +217,43 @@ private Q_SLOTS:
         }
     }
 
+    void everyToolMeasures_data()
+    {
+        const Rows<QString, QList<QPoint>, QString> row;
+        row("length", u"length"_s, {{100, 100}, {200, 100}}, u"Length 1: 100.0 px"_s);
+        row("path", u"path"_s, {{100, 120}, {200, 120}, {200, 220}}, u"Path 1: 200.0 px"_s);
+        row("angle", u"angle"_s, {{300, 100}, {200, 100}, {200, 200}}, u"Angle 1: 90.0°"_s);
+        row("circle", u"circle"_s, {{300, 200}, {400, 300}, {300, 400}}, u"Circle through three points 1: 200.0 px"_s);
+        row("radius", u"radius"_s, {{300, 300}, {400, 300}}, u"Circle by its radius 1: 200"_s);
+        row("polygon", u"polygon"_s, {{300, 200}, {400, 200}, {400, 300}, {300, 300}}, u"Polygon 1: 10000 px²"_s);
+        row("count", u"count"_s, {{10, 20}, {40, 20}}, u"Count 1: 2"_s);
+    }
     void everyToolMeasures()
     {
+        const auto [kind, points, said] = Rows<QString, QList<QPoint>, QString>::current();
         Bench bench;
-        const auto at = [&](double x, double y) { return bench.at(x, y); };
+        bench.measure(kind, points);
+        QVERIFY2(bench.said().startsWith(said), qPrintable(bench.said()));
+        QCOMPARE(bench.measuring.measurements().size(), 1);
+    }
+
+    void otherWaysToPlace()
+    {
+        Bench bench;
         bench.pick(u"length"_s);
-        bench.mouse(QEvent::MouseButtonPress, at(100, 100)); // from end to end in one go
-        bench.mouse(QEvent::MouseMove, at(190, 230));
-        bench.mouse(QEvent::MouseButtonRelease, at(200, 100));
-        QCOMPARE(bench.said(), u"Length 1: 100.0 px"_s);
-        bench.click(at(100, 110));
-        bench.click(at(200, 113), Qt::ShiftModifier); // nearly level
-        bench.pick(u"path"_s);
-        bench.click(at(100, 120));
-        bench.click(at(200, 120));
-        bench.doubleClick(at(200, 220));
-        QCOMPARE(bench.said(), u"Path 1: 200.0 px"_s);
-        bench.pick(u"angle"_s);
-        for (const QPointF point : {at(300, 100), at(200, 100), at(200, 200)})
-            bench.click(point);
-        QCOMPARE(bench.said(), u"Angle 1: 90.0°"_s);
-        bench.pick(u"circle"_s);
-        for (const QPointF point : {at(300, 200), at(400, 300), at(300, 400)})
-            bench.click(point);
-        QVERIFY2(bench.said().startsWith(u"Circle through three points 1: 200"_s), qPrintable(bench.said()));
-        bench.pick(u"radius"_s);
-        bench.click(at(300, 300));
-        bench.click(at(400, 300));
-        QVERIFY2(bench.said().startsWith(u"Circle by its radius 1: 200"_s), qPrintable(bench.said()));
-        bench.pick(u"count"_s);
-        bench.click(at(10, 20));
-        bench.click(at(40, 20));
-        QTest::keyClick(&bench.layer(), Qt::Key_Return);
-        QCOMPARE(bench.said(), u"Count 1: 2"_s);
-        bench.pick(u"arrow"_s);
+        bench.mouse(QEvent::MouseButtonPress, bench.at(100, 100)); // from end to end in one go
+        bench.mouse(QEvent::MouseMove, bench.at(190, 230));
+        bench.mouse(QEvent::MouseButtonRelease, bench.at(200, 100));
+        bench.click(bench.at(100, 110));
+        bench.click(bench.at(200, 113), Qt::ShiftModifier); // nearly level
         for (const bool accepts : {false, true}) {
-            bench.click(at(50, 300));
-            bench.click(at(80, 320));
+            bench.measure(u"arrow"_s, {{50, 300}, {80, 320}});
             auto *field = bench.layer().findChild<QLineEdit *>();
             QTest::keyClicks(field, u"edge"_s);
             QTest::keyClick(field, accepts ? Qt::Key_Return : Qt::Key_Escape);
             QTRY_VERIFY(!bench.layer().findChild<QLineEdit *>());
         }
-        QCOMPARE(bench.list(),
-                 u"length 100,100 200,100; length 100,110 200,110; path 100,120 200,120 200,220; "
-                 "angle 300,100 200,100 200,200; circle 300,200 400,300 300,400; radius 300,300 400,300; "
-                 "count 10,20 40,20; arrowedge 50,300 80,320"_s);
+        QCOMPARE(bench.list(), u"length 100,100 200,100; length 100,110 200,110; arrowedge 50,300 80,320"_s);
     }
 
     void keysDoWhatTheMouseDoes()
@@ -291,9 +297,7 @@ private Q_SLOTS:
         Bench bench;
         bench.pick(u"length"_s);
         bench.click(bench.at(100, 100));
-        bench.pick(u"radius"_s); // while placing: a new beginning
-        bench.click(bench.at(200, 200));
-        bench.click(bench.at(250, 200));
+        bench.measure(u"radius"_s, {{200, 200}, {250, 200}}); // while placing: a new beginning
         QCOMPARE(bench.list(), u"radius 200,200 250,200"_s);
         bench.pick({});
         bench.mouse(QEvent::MouseButtonPress, bench.at(200, 200));
@@ -342,30 +346,18 @@ private Q_SLOTS:
     void everyPictureHasItsOwn()
     {
         Bench bench;
-        const auto measure = [&](double x) {
-            bench.pick(u"length"_s);
-            bench.click(bench.at(x, 100));
-            bench.click(bench.at(x + 50, 100));
-        };
-        measure(100);
+        bench.measure(u"length"_s, {{100, 100}, {150, 100}});
         bench.show(u"b.jpg"_s);
         QCOMPARE(bench.list(), QString());
-        measure(200);
+        bench.measure(u"length"_s, {{200, 100}, {250, 100}});
         bench.show(u"a.jpg"_s);
         QCOMPARE(bench.list(), u"length 100,100 150,100"_s);
-
-        // The live image, frozen, and in another resolution of its shape.
-        bench.product.setCamera(bench.cameras[0]);
-        bench.product.reload();
-        bench.scene.showLive();
+        bench.freeze({640, 480});
         QCOMPARE(bench.list(), QString());
-        bench.scene.showFrozen(BWSceneController::frameOf(picture()));
-        bench.waitForPicture();
-        measure(300);
-        QCOMPARE(bench.said(), u"Length 1: 0.704 mm"_s); // that product comes with a scale
-        bench.scene.showFrozen(BWSceneController::frameOf(picture().scaled(1600, 1200)));
+        bench.measure(u"length"_s, {{300, 100}, {350, 100}});
+        bench.freeze({1600, 1200}); // of the same shape
         QCOMPARE(bench.list(), u"length 300,100 350,100"_s);
-        bench.scene.showFrozen(BWSceneController::frameOf(picture().scaled(1280, 720)));
+        bench.freeze({1280, 720});
         QCOMPARE(bench.list(), QString());
         bench.show(u"b.jpg"_s);
         QCOMPARE(bench.list(), u"length 200,100 250,100"_s);
@@ -374,32 +366,39 @@ private Q_SLOTS:
     void scaleIsChosenPerProduct()
     {
         Bench bench;
-        bench.product.setCamera(bench.cameras[0]);
-        bench.product.reload();
-        bench.scene.showLive();
-        bench.scene.showFrozen(BWSceneController::frameOf(picture()));
-        bench.waitForPicture();
+        bench.freeze({640, 480});
         auto &scales = *bench.strip().findChild<QComboBox *>();
         QCOMPARE(titles(scales), u"No scale: pixels|5 × 5 mm||Calibrate..."_s);
         QCOMPARE(scales.currentText(), u"5 × 5 mm"_s);
-        bench.pick(u"length"_s);
-        bench.click(bench.at(100, 100));
-        bench.click(bench.at(455, 100));
+        bench.measure(u"length"_s, {{100, 100}, {455, 100}});
         QCOMPARE(bench.said(), u"Length 1: 5.00 mm"_s);
+        bench.product.setCamera({}); // what is frozen keeps its scale
+        bench.liveView.updateImageDisplay();
+        QVERIFY(bench.measuring.scale().isCalibrated() && !bench.list().isEmpty());
+        bench.product.setCamera(bench.cameras[0]);
 
         bench.config.setCurrentProductIdentifier(u"mx61"_s, QLatin1String(type));
         bench.product.reload();
         QCOMPARE(scales.currentText(), u"No scale: pixels"_s);
         QVERIFY(bench.window.currentCameraLabel().text().contains(u"pixels"_s)); // never silently
+        bench.window.menu().measuring->calibrate->trigger();
+        auto *dialog = bench.window.findChild<BWCalibrationDialog *>();
+        const auto fields = dialog->findChildren<QLineEdit *>();
+        fields.first()->setText(u"7.1 mm"_s);
+        fields.last()->setText(u"50x"_s);
+        dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save)->click();
+        QCOMPARE(scales.currentText(), u"50x"_s);
+        QCOMPARE(bench.measuring.scale().millimetresPerWidth(), 7.1 * 640 / 355);
+        BWCalibrations stored;
+        QVERIFY(stored.fromJson(BWConfigManager(bench.defaults).calibrations()));
+        QCOMPARE(stored.chosen(u"mx61"_s).name, u"50x"_s);
+
         bench.config.setCurrentProductIdentifier(u"dx10"_s, QLatin1String(type));
         bench.product.reload();
         QCOMPARE(scales.currentText(), u"5 × 5 mm"_s);
         scales.setCurrentIndex(0);
         Q_EMIT scales.activated(0);
         QVERIFY(!bench.measuring.scale().isCalibrated());
-        BWCalibrations stored;
-        QVERIFY(stored.fromJson(BWConfigManager(bench.defaults).calibrations()));
-        QVERIFY(stored.chosen(u"dx10"_s).isNull());
     }
 };
 

@@ -43,7 +43,8 @@ const QList<QByteArray> withoutText =
     QByteArray("QWidget QFrame QSlider QScrollBar QScrollArea QStackedWidget QTabWidget QDialogButtonBox "
                "QAbstractScrollAreaScrollBarContainer QHeaderView BWAlbumFooter BWAlbumNotice "
                "BWAutoSettingViewController BWBusyIndicator BWCenteringClipView BWControlBar BWDoubleButton "
-               "BWLightTabView BWNormSettingViewController BWNoticeView BWNumericSettingViewController "
+               "BWLightTabView BWMeasuringLayer BWMeasuringStrip BWNormSettingViewController BWNoticeView "
+               "BWNumericSettingViewController "
                "BWPreparingView BWProgramHead BWSettingsForm BWShortcutTable BWSlidingBars BWThumbnailTableView")
         .split(' ');
 

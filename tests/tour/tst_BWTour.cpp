@@ -25,8 +25,11 @@
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWMeasuringMenu.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Measuring/BWCalibrationDialog.h"
+#include "Views/Measuring/BWMeasurementResultsPanel.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
 #include "Views/Settings/BWSettingViewController.h"
@@ -237,6 +240,7 @@ private Q_SLOTS:
         int number = 0;
         for (const QAction *action : menus)
             seeMenu(action->menu(), u"menu-%1"_s.arg(++number));
+        seeMeasuring();
         m_window->menu().gridDebugger->trigger();
         see(visible<BWGridDebuggerWindowController>(), u"grid-debugger"_s);
         m_window->menu().grid->trigger();
@@ -463,6 +467,38 @@ private Q_SLOTS:
     }
 
 private:
+    void seeMeasuring()
+    {
+        const BWMeasuringMenu &menu = *m_window->menu().measuring;
+        const QSize usual = m_window->size();
+        menu.showTools->trigger();
+        menu.scaleBar->trigger();
+        showFrames();
+        auto *layer = m_window->findChild<QWidget *>(u"measuring"_s);
+        for (QAction *tool : menu.tools()) {
+            tool->trigger();
+            const int row = static_cast<int>(menu.tools().indexOf(tool));
+            for (const QPoint at : {QPoint(330, 60), QPoint(430, 90), QPoint(370, 130)})
+                QTest::mouseClick(layer, Qt::LeftButton, {}, at + QPoint(row % 3 * 130, row / 3 * 100));
+            QTest::keyClick(layer, Qt::Key_Return);
+        }
+        see(m_window, u"main-measuring"_s);
+        m_window->resize(m_window->minimumSizeHint());
+        see(m_window, u"main-measuring-narrowest"_s);
+        m_window->resize(usual);
+        menu.results->trigger();
+        see(visible<BWMeasurementResultsPanel>(), u"results"_s);
+        menu.results->trigger();
+        menu.calibrate->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(visible<BWCalibrationDialog>(), patience);
+        see(visible<BWCalibrationDialog>(), u"calibration"_s);
+        visible<BWCalibrationDialog>()->reject();
+        while (menu.undo->isEnabled())
+            menu.undo->trigger();
+        menu.scaleBar->trigger();
+        menu.showTools->trigger();
+    }
+
     /// Checks a window, and paints it; into WINDOW-LANGUAGE-LOOK.png if BW_TOUR_OUTPUT names a folder.
     void see(QWidget *window, const QString &name)
     {

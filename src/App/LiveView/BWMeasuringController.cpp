@@ -147,7 +147,9 @@ void BWMeasuringController::pickKind(const QString &kind)
 
 QString BWMeasuringController::product() const
 {
-    const BWCameraProductPtr product = m_parts.productInUse.currentProduct();
+    BWCameraProductPtr product = m_parts.productInUse.currentProduct();
+    if (!product) // a frozen picture stays when its camera goes
+        product = m_parts.productInUse.product();
     return product ? product->identifier() : QString();
 }
 
@@ -159,9 +161,10 @@ void BWMeasuringController::followPicture()
     const bool isAlbum = m_parts.scene.main() == BWSceneController::Main::Album;
     if (m_sheet && size.isEmpty()) // while the camera is away nothing shows, and nothing is lost
         return;
-    const QString key = isAlbum
-        ? u"album %1"_s.arg(m_parts.scene.albumPicture())
-        : u"live %1 %2"_s.arg(camera ? camera->identifierForProducts() : QString(), shapeOf(size));
+    if (camera)
+        m_camera = camera->identifierForProducts();
+    const QString key =
+        isAlbum ? u"album "_s + m_parts.scene.albumPicture() : u"live %1 %2"_s.arg(m_camera, shapeOf(size));
     std::unique_ptr<Sheet> &sheet = m_sheets[key];
     if (!sheet)
         sheet = std::make_unique<Sheet>();

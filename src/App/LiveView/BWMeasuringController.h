@@ -86,6 +86,7 @@ private:
     BWCalibrations m_calibrations;
     std::map<QString, std::unique_ptr<Sheet>> m_sheets; // by picture
     Sheet *m_sheet; // that of the picture that shows
+    QString m_camera; // the type of the last one
     BWPictureScale m_shownScale;
     QPointer<BWMeasuringLayer> m_layer; // made when first wanted, like the strip; the window owns them
     QPointer<BWMeasuringStrip> m_strip;

@@ -42,6 +42,8 @@ struct BWPictureScale {
 
     bool isCalibrated() const { return !calibration.isNull(); }
     double millimetresPerWidth() const;
+
+    bool operator==(const BWPictureScale &) const = default;
 };
 
 /// A measurement in a picture. Its points are in widths of the picture, from its upper left corner as the camera delivers it,

@@ -99,7 +99,8 @@ void BWMeasuringTool::press(QPointF at, double reach, bool constrained)
         return;
     }
     m_selection.reset();
-    if (awaitsText())
+    // A point on the last one would say nothing: people click twice out of habit.
+    if (awaitsText() || (!m_points.isEmpty() && m_points.last() == m_cursor))
         return;
     m_points.append(m_cursor);
     if (m_points.size() >= kind->mostPoints && !kind->hasText)

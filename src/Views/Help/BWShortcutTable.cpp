@@ -99,6 +99,17 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
         {{manager.text(u"help_window"_s, u"show_bars_label"_s, u"Show the bar and the menus"_s),
           {manager.text(u"help_window"_s, u"top_edge_key"_s, u"Pointer at the top edge"_s), key(Qt::Key_F10)}},
          {manager.text(u"help_window"_s, u"leave_label"_s, u"Leave"_s), {key(QKeySequence::Cancel)}}}};
+    const BWShortcutSection measurements{
+        manager.text(u"measuring"_s, u"layer"_s, u"Measurements"_s),
+        {{manager.text(u"help_window"_s, u"place_point_label"_s, u"Set a point"_s), {click, key(Qt::Key_Space)}},
+         {manager.text(u"help_window"_s, u"complete_label"_s, u"Complete a path, polygon or count"_s),
+          {doubleClick, key(Qt::Key_Return)}},
+         {manager.text(u"help_window"_s, u"level_label"_s, u"Keep a line level, upright or at 45°"_s),
+          {with(Qt::ShiftModifier, click)}},
+         {manager.text(u"help_window"_s, u"nudge_label"_s, u"Move a point by a pixel, by ten"_s),
+          {arrows, with(Qt::ShiftModifier, arrows)}},
+         {manager.text(u"help_window"_s, u"next_point_label"_s, u"Next point"_s), {key(Qt::Key_Tab)}},
+         {manager.text(u"help_window"_s, u"give_up_label"_s, u"Give up, leave the tool"_s), {key(Qt::Key_Escape)}}}};
     const BWShortcutSection albums{
         manager.text(u"album_manager"_s, u"window_title"_s, u"Albums"_s),
         {{manager.text(u"help_window"_s, u"select_label"_s, u"Select"_s), {click, arrows}},
@@ -117,7 +128,7 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
           {key(Command::Trash), key(QKeySequence::Undo)}},
          {manager.text(u"help_window"_s, u"drag_label"_s, u"Drag into another program"_s), {hold + drag}}}};
-    return {image, fullScreen, albums};
+    return {image, fullScreen, measurements, albums};
 }
 
 namespace {

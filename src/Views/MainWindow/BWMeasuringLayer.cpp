@@ -16,6 +16,8 @@
 #include <QStyleHints>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr double grabReach = 10; // points
@@ -59,6 +61,7 @@ bool isWhole(QPointF point)
 BWMeasuringLayer::BWMeasuringLayer(BWCenteringClipView &view)
     : QWidget(view.viewport()), m_view(view), m_magnifier(view)
 {
+    setObjectName(u"measuring"_s);
     lower(); // other things that lie over the picture come first
     setGeometry(view.viewport()->rect());
     setMouseTracking(true);
@@ -71,10 +74,18 @@ BWMeasuringLayer::BWMeasuringLayer(BWCenteringClipView &view)
 void BWMeasuringLayer::showMeasurements(const QList<BWMeasurement> &measurements, BWMeasuringTool &tool,
                                         const BWPictureScale &scale)
 {
-    m_measurements = measurements;
     m_tool = &tool;
+    const auto selection = tool.selection();
+    const qsizetype selected = m_active && selection ? selection->measurement : -1;
+    const bool allHaveHandles = m_active && tool.kind().isEmpty();
+    // A pointer that only moves leaves them as they are.
+    if (measurements != m_measurements || scale != m_scale || selected != m_selected
+        || allHaveHandles != m_allHaveHandles)
+        m_finished = {};
+    m_measurements = measurements;
     m_scale = scale;
-    m_finished = {};
+    m_selected = selected;
+    m_allHaveHandles = allHaveHandles;
     if (m_text && !tool.awaitsText())
         answerText(false);
     else if (!m_text && m_active && tool.awaitsText())
@@ -102,6 +113,7 @@ void BWMeasuringLayer::setActive(bool active)
 void BWMeasuringLayer::setScaleBar(bool shown)
 {
     m_scaleBar = shown;
+    m_finished = {};
 }
 
 void BWMeasuringLayer::setTextLabel(const QString &label)
@@ -172,10 +184,8 @@ void BWMeasuringLayer::drawFinished(const QTransform &toWidget)
     image.fill(Qt::transparent);
     QPainter painter(&image);
     const BWMeasurementPainter draw(painter, toWidget, 1, labelFont(font()), locale());
-    const auto selection = m_tool->selection();
-    const bool allHaveHandles = m_active && m_tool->kind().isEmpty();
     for (qsizetype i = 0; i < m_measurements.size(); ++i)
-        draw.draw(m_measurements[i], m_scale, allHaveHandles || (m_active && selection && selection->measurement == i));
+        draw.draw(m_measurements[i], m_scale, m_allHaveHandles || i == m_selected);
     if (m_scaleBar) {
         const QPointF width = toWidget.map(QPointF(1, 0)) - toWidget.map(QPointF());
         const double points = std::hypot(width.x(), width.y());
@@ -355,16 +365,21 @@ void BWMeasuringLayer::askForText()
     m_text = new QLineEdit(this);
     m_text->setAccessibleName(m_textLabel);
     m_text->setPlaceholderText(m_textLabel);
+    placeText();
+    m_text->installEventFilter(this);
+    connect(m_text, &QLineEdit::returnPressed, this, [this] { answerText(true); });
+    m_text->show();
+    m_text->setFocus();
+}
+
+void BWMeasuringLayer::placeText()
+{
     const QPoint at = toWidget() ? toWidget()->map(m_tool->unfinished().points.last()).toPoint() : rect().center();
     const int width = std::max(180, m_text->fontMetrics().horizontalAdvance(m_textLabel) + 24);
     const QSize size(width, m_text->sizeHint().height());
     m_text->setGeometry(QRect({std::clamp(at.x() + 8, 0, std::max(0, this->width() - size.width())),
                                std::clamp(at.y() - size.height() - 4, 0, std::max(0, height() - size.height()))},
                               size));
-    m_text->installEventFilter(this);
-    connect(m_text, &QLineEdit::returnPressed, this, [this] { answerText(true); });
-    m_text->show();
-    m_text->setFocus();
 }
 
 void BWMeasuringLayer::answerText(bool accepted)
@@ -387,8 +402,11 @@ void BWMeasuringLayer::answerText(bool accepted)
 
 bool BWMeasuringLayer::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_view.viewport() && event->type() == QEvent::Resize)
+    if (watched == m_view.viewport() && event->type() == QEvent::Resize) {
         setGeometry(m_view.viewport()->rect());
+        if (m_text)
+            placeText();
+    }
     if (watched == m_text && event->type() == QEvent::KeyPress
         && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
         answerText(false);

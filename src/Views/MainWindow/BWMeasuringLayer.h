@@ -60,6 +60,7 @@ private:
     QPoint inPicture(QPoint direction) const;
     void updateCursor();
     void askForText();
+    void placeText();
     void answerText(bool accepted);
 
     void drawFinished(const QTransform &toWidget);
@@ -72,6 +73,8 @@ private:
     BWPictureScale m_scale;
     bool m_active = false;
     bool m_scaleBar = false;
+    bool m_allHaveHandles = false;
+    qsizetype m_selected = -1;
     bool m_pointerIsOver = false;
     bool m_usesKeys = false; ///< and not the pointer
     std::optional<QPointF> m_pressed; ///< where the button went down that has begun a measurement

@@ -53,6 +53,8 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
     QSizePolicy ignored(QSizePolicy::Ignored, QSizePolicy::Preferred);
     ignored.setRetainSizeWhenHidden(true);
     m_announcement->setSizePolicy(ignored);
+    constexpr int usualText = 20; // characters
+    m_announcement->setMinimumWidth(usualText * m_announcement->fontMetrics().averageCharWidth());
     m_row->addWidget(m_announcement, 1);
     m_row->addSpacing(gap);
     m_close->setFixedSize(buttonSize, buttonSize);
@@ -124,11 +126,13 @@ void BWMeasuringStrip::announce(const QString &text)
 {
     m_announcement->announce(text);
     m_announcement->setToolTip(text);
+    m_announcement->setText(
+        m_announcement->fontMetrics().elidedText(text, Qt::ElideLeft, m_announcement->contentsRect().width()));
 }
 
 QString BWMeasuringStrip::announcement() const
 {
-    return m_announcement->text();
+    return m_announcement->accessibleName();
 }
 
 void BWMeasuringStrip::focusTool()

@@ -104,6 +104,10 @@ void BWCalibrationDialog::update()
     const QString example = u"%1 %2"_s.arg(m_exampleText, BWLengths::text({1, 3, BWDimension::Length, m_unit}, locale));
     for (QLineEdit *field : std::as_const(m_fields))
         field->setPlaceholderText(first.isEmpty() || field == m_fields.first() ? example : first);
+    constexpr int frame = 36; // and margins, in any style
+    const QList<QLineEdit *> all = m_fields + QList<QLineEdit *>{m_name};
+    for (QLineEdit *field : all)
+        field->setMinimumWidth(fontMetrics().horizontalAdvance(field->placeholderText()) + frame);
     if (made.isNull()) {
         m_result->setText(u" "_s); // keeps its line
     } else {

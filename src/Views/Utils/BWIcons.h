@@ -10,7 +10,8 @@ class QPalette;
 /// palette and are sharp at every scale. GUI thread.
 ///
 /// Our own: brimwellpro-zoom-in, -zoom-out, -grid, -freeze, -albums, -snapshot (32 points, to stand beside "record.png"),
-/// -plug-in and -which-model (illustrations, 96 points).
+/// -plug-in and -which-model (illustrations, 96 points), -select, -scale-bar, -results, -delete, -close, and one for each
+/// kind of measurement.
 class BWIcons {
 public:
     /// Picks the variant of the icon theme that fits the palette, now and at every change. Call it once, at the start.
