@@ -108,7 +108,7 @@ void BWLookBackController::loaded(const BWAlbumPicture &still)
         m_liveName = m_window.centeringClipView().accessibleName();
     m_window.setShowsLive(false);
     updateCaption();
-    m_scene.showAlbumPicture(still.image);
+    m_scene.showAlbumPicture(still.image, still.file.toString());
 }
 
 void BWLookBackController::updateCaption()
