@@ -191,7 +191,9 @@ void BWMeasuringLayer::drawFinished(const QTransform &toWidget)
         const double points = std::hypot(width.x(), width.y());
         const double shown = m_scale.isCalibrated() ? m_scale.millimetresPerWidth() : m_scale.pixels.width();
         const double height = double(m_scale.pixels.height()) / std::max(1, m_scale.pixels.width());
-        const QRectF area = toWidget.mapRect(QRectF(0, 0, 1, height)) & m_view.scene().mainArea(size());
+        constexpr int statusLine = 32; // which lies over the lower edge
+        const QRectF area =
+            toWidget.mapRect(QRectF(0, 0, 1, height)) & m_view.scene().mainArea(size()).adjusted(0, 0, 0, -statusLine);
         const BWScaleBar bar(shown / points, std::min(scaleBarLength, area.width() / 2),
                              m_scale.isCalibrated() ? m_scale.unit : BWLengthUnit::Pixel);
         draw.drawScaleBar(bar, area);
