@@ -18,7 +18,6 @@ BWMeasuringMenu::BWMeasuringMenu(QMenu &menu, QObject *parent) : QObject(parent)
     showTools = menu.addAction(QString());
     showTools->setShortcut(u"Ctrl+M"_s);
     showTools->setCheckable(true);
-    showTools->setAutoRepeat(false);
     menu.addSeparator();
     QStringList kinds{QString()}; // that which selects and moves
     for (const BWMeasurementKind &kind : BWMeasurementKind::all())
@@ -43,6 +42,8 @@ BWMeasuringMenu::BWMeasuringMenu(QMenu &menu, QObject *parent) : QObject(parent)
     calibrate = add({});
     results = add({u"Ctrl+Shift+M"_s});
     results->setCheckable(true);
+    for (QAction *action : menu.actions())
+        action->setAutoRepeat(false); // a key held down a moment too long undoes one step, not twenty
     connect(m_tools, &QActionGroup::triggered, this,
             [this](const QAction *action) { Q_EMIT kindPicked(action->data().toString()); });
 }
