@@ -167,21 +167,21 @@ private Q_SLOTS:
             names.append(item->text().section(u'\t', 0, 0));
         QCOMPARE(names,
                  QStringList({u"Select All"_s, u"Deselect All"_s, QString(), u"Show in the Main Window"_s,
-                              u"Save as..."_s, u"Trash"_s}));
+                              u"Compare with the Live Image"_s, u"Save as..."_s, u"Trash"_s}));
         items[0]->trigger();
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes().size(), 7);
-        items[5]->trigger(); // still acts on the clicked element
+        items[6]->trigger(); // still acts on the clicked element
         QCOMPARE(grid.album.removed, Indexes{5});
         act(grid, u"m4"_s);
         items[1]->trigger();
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), Indexes());
-        items[4]->trigger();
+        items[5]->trigger();
         QCOMPARE(grid.album.saved, Indexes({0, 1, 2, 3, 4, 5, 6}));
         menu->close();
         act(grid, u"m2"_s);
         grid.album.insertFirst(u"new.jpg"_s); // while the menu is open
         grid.view.reloadData();
-        items[5]->trigger();
+        items[6]->trigger();
         QCOMPARE(grid.album.removed, Indexes{3});
     }
 };

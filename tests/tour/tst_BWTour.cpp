@@ -21,11 +21,13 @@
 #include "Views/BWStartProblemAlert.h"
 #include "Views/Help/BWAboutWindowController.h"
 #include "Views/Help/BWSimpleHelpWindowController.h"
+#include "Views/MainWindow/BWComparisonStrip.h"
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/MainWindow/BWMeasuringMenu.h"
+#include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Measuring/BWCalibrationDialog.h"
@@ -302,6 +304,44 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT((showFrames(), !flash->isVisible()), patience);
         QCOMPARE(record->text(), recordText);
         see(m_window, u"main-video-saved"_s);
+    }
+
+    void pictures()
+    {
+        const BWMainMenu &menu = m_window->menu();
+        const QSize usual = m_window->size();
+        menu.fitToWindow->trigger();
+        showFrames();
+        see(m_window, u"main-fit"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(menu.lastCapture->isEnabled(), patience);
+        menu.lastCapture->trigger();
+        auto *caption = m_window->findChild<BWPictureCaption *>();
+        QTRY_VERIFY_WITH_TIMEOUT(caption->isVisible(), patience);
+        see(m_window, u"main-look-back"_s);
+        menu.compare->trigger(); // the live image comes back beside it
+        auto *strip = m_window->findChild<BWComparisonStrip *>();
+        for (const auto &[mode, name] :
+             {std::pair(menu.compareSideBySide, u"side-by-side"_s), std::pair(menu.compareOverlay, u"overlay"_s),
+              std::pair(menu.compareDivider, u"divider"_s)}) {
+            QTRY_VERIFY_WITH_TIMEOUT((showFrames(), strip->isVisible() && mode->isEnabled()), patience);
+            mode->trigger();
+            showFrames();
+            see(m_window, u"main-compare-"_s + name);
+        }
+        menu.linkPictures->trigger();
+        m_window->resize(m_window->minimumSizeHint());
+        see(m_window, u"main-compare-narrowest"_s);
+        m_window->resize(usual);
+        menu.endComparison->trigger();
+        QTRY_VERIFY(!strip->isVisible());
+        menu.fullScreen->trigger();
+        QTRY_VERIFY(m_window->isFullScreen());
+        showFrames();
+        see(m_window, u"main-full-screen"_s);
+        menu.fullScreen->trigger();
+        QTRY_VERIFY(!m_window->isFullScreen());
+        menu.actualSize->trigger();
+        m_window->resize(usual);
     }
 
     void albums()

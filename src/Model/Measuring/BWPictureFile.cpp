@@ -71,8 +71,9 @@ void copyAttributes(int from, int to)
     if (::fstat(from, &info) != 0)
         return;
     // The rights last: a change of the owner takes some away.
-    if (::fchown(to, info.st_uid, info.st_gid) != 0)
-        (void)::fchown(to, static_cast<uid_t>(-1), info.st_gid);
+    const bool isOwned =
+        ::fchown(to, info.st_uid, info.st_gid) == 0 || ::fchown(to, static_cast<uid_t>(-1), info.st_gid) == 0;
+    Q_UNUSED(isOwned) // it may not be allowed
     ::fchmod(to, info.st_mode & 07777);
     QByteArray names(64 << 10, '\0');
     const ssize_t length = ::flistxattr(from, names.data(), static_cast<size_t>(names.size()));

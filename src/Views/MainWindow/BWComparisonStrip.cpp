@@ -141,6 +141,11 @@ void BWComparisonStrip::placeIn(const QRect &area)
         size));
 }
 
+int BWComparisonStrip::neededWidth() const
+{
+    return isHidden() ? 0 : sizeHint().width() + 2 * stripDistance;
+}
+
 int BWComparisonStrip::takenHeight() const
 {
     return isHidden() ? 0 : sizeHint().height() + stripDistance;

@@ -25,6 +25,8 @@ public:
 
     /// Moves to the middle of the lower edge of that area.
     void placeIn(const QRect &area);
+    /// How wide the picture has to be for it; 0 while it is hidden.
+    int neededWidth() const;
     /// How much of the lower edge it takes up, with the gap above it; 0 while it is hidden.
     int takenHeight() const;
 

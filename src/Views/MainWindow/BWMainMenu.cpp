@@ -176,7 +176,7 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     set(fullScreen, manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s));
 
     set(compare, manager.text(u"comparison"_s, u"compare_menu_item"_s, u"&Compare with an album picture"_s));
-    m_comparisonMenu->setTitle(manager.text(u"comparison"_s, u"menu"_s, u"Comp&arison"_s));
+    m_comparisonMenu->setTitle(manager.text(u"comparison"_s, u"menu"_s, u"Compariso&n"_s));
     set(compareSideBySide, manager.text(u"comparison"_s, u"side_by_side_menu_item"_s, u"&Side by side"_s));
     set(compareOverlay, manager.text(u"comparison"_s, u"overlay_menu_item"_s, u"&Overlay"_s));
     set(compareDivider, manager.text(u"comparison"_s, u"divider_menu_item"_s, u"&Dividing line"_s));

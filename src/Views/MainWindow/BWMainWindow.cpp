@@ -166,9 +166,9 @@ void BWMainWindow::updateMinimumSize()
 {
     constexpr int picture = 200; // of which the statistics and a status line that wraps leave a little
     const int strip = stripHeight();
-    m_content->setMinimumSize(
-        std::max(m_controlBar->minimumSizeHint().width(), strip > 0 ? m_strip->minimumSizeHint().width() : 0),
-        BWLiveViewGeometry::barHeight + picture + strip);
+    const int widest = std::max({m_controlBar->minimumSizeHint().width(), m_comparisonStrip->neededWidth(),
+                                 strip > 0 ? m_strip->minimumSizeHint().width() : 0});
+    m_content->setMinimumSize(widest, BWLiveViewGeometry::barHeight + picture + strip);
 }
 
 int BWMainWindow::stripHeight() const
@@ -252,8 +252,11 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_content && event->type() == QEvent::HoverLeave)
         m_bars->pointerAt({});
     const QEvent::Type type = event->type();
-    if (watched == m_comparisonStrip && (type == QEvent::Show || type == QEvent::Hide || type == QEvent::LayoutRequest))
+    if (watched == m_comparisonStrip
+        && (type == QEvent::Show || type == QEvent::Hide || type == QEvent::LayoutRequest)) {
+        updateMinimumSize();
         layOutContent();
+    }
     if (watched == m_strip && (type == QEvent::ShowToParent || type == QEvent::HideToParent)) {
         updateMinimumSize();
         layOutContent();

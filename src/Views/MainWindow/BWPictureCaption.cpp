@@ -15,7 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int distance = 12; // from the corner, as the statistics have it
 constexpr int padding = 6;
 constexpr int buttonHeight = 26;
 constexpr int narrowest = 60; // for the name
@@ -158,11 +157,11 @@ void BWPictureCaption::fit()
     m_notice->setGeometry(m_view.rect());
     m_name->clear();
     layout()->activate();
-    const int room = m_view.width() - 2 * distance - sizeHint().width();
+    const int room = m_view.width() - 2 * bwPillDistance - sizeHint().width();
     m_name->setText(m_name->fontMetrics().elidedText(m_contents.name, Qt::ElideMiddle, std::max(room, narrowest)));
     m_name->setToolTip(m_contents.name);
     layout()->activate();
-    setGeometry(QRect(QPoint(distance, distance), sizeHint()));
+    setGeometry(QRect(QPoint(bwPillDistance, bwPillDistance), sizeHint()));
 }
 
 bool BWPictureCaption::eventFilter(QObject *watched, QEvent *event)

@@ -14,7 +14,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double refreshSeconds = 1;
-constexpr int distance = 11; // from the corner, as the status line keeps from the lower edge
 constexpr int sidePadding = 14;
 constexpr int endPadding = 8;
 constexpr int numberGap = 14;
@@ -73,7 +72,7 @@ void BWStatisticsPanel::localizeWithManager(BWLocalizationManager &manager)
 
 void BWStatisticsPanel::placeIn(const QRect &area)
 {
-    m_corner = area.topLeft() + QPoint(distance, distance);
+    m_corner = area.topLeft() + QPoint(bwPillDistance, bwPillDistance);
     move(m_corner);
 }
 

@@ -20,6 +20,9 @@ void drawBWPill(QPainter &painter, const QRectF &rect);
 void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPainter &)> &drawTexts,
                  double opacity = 1);
 
+/// How far pills keep from the edges of the picture, in points.
+inline constexpr int bwPillDistance = 11;
+
 /// The colour of texts on it.
 inline constexpr QColor bwPillTextColor(245, 245, 245);
 
