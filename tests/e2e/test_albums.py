@@ -180,6 +180,37 @@ class Albums(ProgramTest):
         shows(earlier, "2 of 5")
         self.program.quit()
 
+    def test_comparison_by_keyboard(self):
+        def pressed(name):
+            return self.program.wait_for("check box", name).has_state("checked")
+
+        known = set(self.album.iterdir())
+        self.program.activate(self.program.window("frame", "BrimwellPro"))
+        self.desktop.key("ctrl+b")
+        self.program.wait_for("tool bar", "Comparison")
+        wait_until("side by side", lambda: pressed("Side by side"))
+        for key, mode in (("2", "Overlay"), ("3", "Dividing line"), ("1", "Side by side"), ("2", "Overlay")):
+            self.desktop.key(key)
+            wait_until(f"{key} chooses {mode}", lambda: pressed(mode))
+        slider = self.program.wait_for("slider", "How much of the album picture shows")
+        before = slider.value
+        self.desktop.key("period")
+        wait_until("more of the album's picture shows", lambda: slider.value > before)
+        self.assertTrue(pressed("Linked"))
+        self.desktop.key("ctrl+k")
+        wait_until("they are not linked", lambda: not pressed("Linked"))
+        self.desktop.key("Right")
+        self.desktop.key("ctrl+r")
+        self.desktop.key("ctrl+k")
+        wait_until("they are linked again", lambda: pressed("Linked"))
+        self.desktop.key("ctrl+s")
+        new = wait_until("a snapshot is taken", lambda: set(self.album.glob("*.jpg")) - known).pop()
+        self.assertNotIn(new.read_bytes(), self.pictures.values())
+        self.assertTrue(pressed("Overlay"))  # comparing goes on
+        self.desktop.key("Escape")
+        wait_until("it ends", lambda: not self.program.find("tool bar", "Comparison"))
+        self.program.quit()
+
 
 if __name__ == "__main__":
     Albums.main()
