@@ -1,6 +1,7 @@
 """The movies that all programs show: made once, kept in a cache folder."""
 
 import os
+import shutil
 import subprocess
 from collections import namedtuple
 from pathlib import Path
@@ -35,6 +36,7 @@ class Media:
         path = self.folder / f"{self._stem(kind)}-{frames}.avi"
         if not path.exists():
             self._make(path, ["-stream_loop", "-1", "-i", self._loop(kind), "-frames:v", frames, "-c", "copy"])
+        self._read_into_memory(path)
         return path
 
     def pictures(self, kind):
@@ -53,6 +55,11 @@ class Media:
         if not path.exists():
             self._make(path, ["-i", self._loop(kind), "-c", "copy"], "rawvideo")
         return path
+
+    def _read_into_memory(self, path):
+        """Reading a raw movie from the disk costs a program more CPU than showing it."""
+        with path.open("rb") as movie, open(os.devnull, "wb") as nowhere:
+            shutil.copyfileobj(movie, nowhere, 1 << 20)
 
     def _stem(self, kind):
         return f"{kind.width}x{kind.height}-{kind.rate}-{kind.format.lower()}" + ("" if kind.grain else "-smooth")
