@@ -273,6 +273,7 @@ void AppDelegate::connectActions()
     const BWControlBar &bar = m_window->controlBar();
     connect(m_liveView.get(), &BWLiveViewController::imageDisplayUpdated, this, &AppDelegate::updateStateLabel);
     connect(m_scene.get(), &BWSceneController::mainChanged, this, &AppDelegate::updateStateLabel);
+    connect(m_scene.get(), &BWSceneController::referenceChanged, this, &AppDelegate::updateStateLabel);
     connect(m_lastCapture.get(), &BWLastCaptureController::showRequested, m_lookBack.get(),
             &BWLookBackController::show);
     connect(m_auxiliaryWindows.get(), &BWAuxiliaryWindows::showRequested, this, [this](const QUrl &file) {
@@ -394,10 +395,7 @@ QList<BWBlockedCamera> AppDelegate::blockedCameras() const
 void AppDelegate::updateStateLabel()
 {
     using Kind = BWStatusLine::Kind;
-    if (m_scene->main() == BWSceneController::Main::Album) {
-        m_statusLine->setText(m_texts.lookingBack);
-        return;
-    }
+    using Main = BWSceneController::Main;
     if (!currentCamera()) {
         m_statusLine->setText(m_texts.noCameraDetectedPlaceholder, Kind::Lasting);
         return;
@@ -406,7 +404,10 @@ void AppDelegate::updateStateLabel()
         m_statusLine->setText(BWStartProblemText::status(problem, m_repository.localizationManager()), Kind::Lasting);
         return;
     }
-    const auto product = m_productInUse.currentProduct();
+    if (m_scene->main() == Main::Album) {
+        m_statusLine->setText(m_texts.lookingBack);
+        return;
+    }
     if (m_grid->useGrid()) {
         m_statusLine->setText(m_liveView->state().currentZoom() == 100
                                   ? m_texts.gridDisclaimer
@@ -414,6 +415,16 @@ void AppDelegate::updateStateLabel()
                               Kind::Lasting);
         return;
     }
+    if (m_scene->hasReference()) {
+        m_statusLine->setText(m_texts.comparing);
+        return;
+    }
+    if (m_scene->main() == Main::Frozen) {
+        const QKeySequence key = m_window->menu().freeze->shortcut();
+        m_statusLine->setText(m_texts.frozen.arg(key.toString(QKeySequence::NativeText)));
+        return;
+    }
+    const auto product = m_productInUse.currentProduct();
     m_statusLine->setText(
         product ? BWUIUtils::inOneLine(m_texts.liveStreamingWith,
                                        BWDisplayNames::product(*product, m_repository.localizationManager()))

@@ -65,6 +65,10 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     liveStreamingWith = manager.text(u"camera_window"_s, u"live_streaming_with_prefix"_s, u"Live streaming with:"_s);
     lookingBack = manager.text(u"camera_window"_s, u"looking_back"_s,
                                u"Picture from the album. Esc goes back to the live image."_s);
+    comparing =
+        manager.text(u"camera_window"_s, u"comparing"_s, u"Comparison with a picture from the album. Esc ends it."_s);
+    frozen = manager.text(u"camera_window"_s, u"frozen"_s,
+                          u"Frozen: snapshots save this picture. %1 goes back to the live image."_s);
     gridDisclaimer =
         manager.text(u"camera_window"_s, u"grid_disclaimer"_s,
                      u"Grid represents 5x5mm when scope is resting on a flat target. Will vary on curved surfaces."_s);

@@ -11,6 +11,8 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString noCameraDetectedPlaceholder;
     QString liveStreamingWith;
     QString lookingBack;
+    QString comparing;
+    QString frozen; ///< %1 is the key that ends it
     QString gridDisclaimer;
     QString gridHoldsAt100; ///< the lines keep their distance on the screen at every zoom
     QString settingsNotStored;
