@@ -20,6 +20,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr double moment = 0.5; // seconds
+
 /// A calm surround a little darker than the window, whatever the palette.
 QColor surroundColor(const QPalette &palette)
 {
@@ -91,11 +93,23 @@ void BWCenteringClipView::setSources(BWLiveRenderer &main, BWLiveRenderer *refer
         // At once: an update would go round the event loop again.
         connect(renderer, &BWLiveRenderer::imageReady, this,
                 [this, &pane] { viewport()->repaint(pane.rect.isEmpty() ? viewport()->rect() : pane.rect); });
+        if (renderer == &m_live && !pane.image.image.isNull())
+            forgetLastImage();
     };
     use(m_main, &main);
     use(m_reference, reference);
     tellSeen();
     updateRequest();
+}
+
+/// A still must not pass for the live image of a camera that delivers nothing.
+void BWCenteringClipView::forgetLastImage()
+{
+    const auto forget = [this, last = m_main.image.image.cacheKey()] {
+        if (m_main.renderer == &m_live && m_main.image.image.cacheKey() == last)
+            clear(m_live);
+    };
+    DispatchAfterStrict::dispatchForQueue(this, forget, moment);
 }
 
 /// What lies outside of the scene is not drawn. When the live image comes back, only a new picture is shown.
@@ -161,7 +175,6 @@ void BWCenteringClipView::clear(BWLiveRenderer &renderer)
 
 void BWCenteringClipView::setSeen(bool seen)
 {
-    constexpr double moment = 0.5; // seconds
     if (std::exchange(m_isSeen, seen) == seen)
         return;
     tellSeen();

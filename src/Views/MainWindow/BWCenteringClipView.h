@@ -19,7 +19,8 @@ public:
     explicit BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent = nullptr);
 
     /// Whose pictures the scene consists of: the live renderer or that of a still. They must stay while they are shown, and
-    /// what is not shown is told so. The last picture stays until the new source has one.
+    /// what is not shown is told so. The last picture stays until the new source has one, but not long in place of a live
+    /// image.
     void setSources(BWLiveRenderer &main, BWLiveRenderer *reference = nullptr);
 
     /// Lays the pictures out anew. What lies at `anchor`, in the viewport, stays there; the middle, if none is given.
@@ -109,6 +110,7 @@ private:
     void updateScrollBars();
     void updateRequest();
     void tellSeen();
+    void forgetLastImage();
     Pane *paneOf(const BWLiveRenderer &renderer);
     QRect clipOf(const Pane &pane) const;
     QRect deviceRectOf(const Pane &pane) const;
