@@ -40,6 +40,11 @@ BWComparison::BWComparison(BWMainWindow &window, BWSceneController &scene, BWLiv
       m_clock(clock)
 {
     connectMenu();
+    window.setEscape(BWMainWindow::Escape::Comparison, [this] {
+        const bool leaves = isComparing() || !m_wanted.isEmpty();
+        end();
+        return leaves;
+    });
     connect(&m_loader, &BWStillLoader::loaded, this, &BWComparison::take);
     connect(&liveView, &BWLiveViewController::imageDisplayUpdated, m_marks, &BWComparisonMarks::place);
     connect(m_marks, &BWComparisonMarks::dividerDragged, this, &BWComparison::setShare);

@@ -64,7 +64,6 @@ BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneControll
         if (!m_still.file.isEmpty() && m_scene.main() != BWSceneController::Main::Album)
             leave(); // something else has taken the place
     });
-    window.installEventFilter(this);
     window.centeringClipView().installEventFilter(this);
 }
 
@@ -202,7 +201,7 @@ void BWLookBackController::undoTrash()
 
 bool BWLookBackController::takes(const QKeyEvent &key) const
 {
-    return key.matches(QKeySequence::Cancel) || (key.matches(QKeySequence::Undo) && m_albums.canUndoRemoving())
+    return (key.matches(QKeySequence::Undo) && m_albums.canUndoRemoving())
         || (key.modifiers() == Qt::NoModifier
             && (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right || key.key() == Qt::Key_Delete
                 || (m_still.isMovie && key.key() == Qt::Key_Return)));
@@ -212,9 +211,7 @@ bool BWLookBackController::press(const QKeyEvent &key)
 {
     if (!takes(key))
         return false;
-    if (key.matches(QKeySequence::Cancel))
-        end();
-    else if (key.matches(QKeySequence::Undo))
+    if (key.matches(QKeySequence::Undo))
         undoTrash();
     else if (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right)
         step(key.key() == Qt::Key_Right);
@@ -233,9 +230,6 @@ bool BWLookBackController::eventFilter(QObject *watched, QEvent *event)
     if (!isKey || !isActive())
         return QObject::eventFilter(watched, event);
     const auto &key = static_cast<const QKeyEvent &>(*event);
-    // From its other parts the window gets only what they do not use, and only Escape is for the picture then, in its turn.
-    if (watched == &m_window && (event->type() == QEvent::KeyPress || !key.matches(QKeySequence::Cancel)))
-        return false;
     if (event->type() == QEvent::KeyPress)
         return press(key);
     if (takes(key))

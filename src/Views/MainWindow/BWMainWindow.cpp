@@ -147,7 +147,7 @@ void BWMainWindow::setShowsLive(bool shows)
 
 void BWMainWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (event->matches(QKeySequence::Cancel)) {
+    if (event->matches(QKeySequence::Cancel) && !event->isAutoRepeat()) {
         for (const std::function<bool()> &leave : m_escapes) {
             if (leave && leave())
                 return;
@@ -231,6 +231,11 @@ void BWMainWindow::openMenu()
 
 bool BWMainWindow::event(QEvent *event)
 {
+    if (event->type() == QEvent::ShortcutOverride
+        && static_cast<const QKeyEvent *>(event)->matches(QKeySequence::Cancel)) {
+        event->accept(); // the shortcut of an item tells the key; which thing it leaves is decided here
+        return true;
+    }
     const bool result = QMainWindow::event(event);
     // This event paints what is due and flushes it. When the screen shows it, neither X11 nor Wayland says.
     if (event->type() == QEvent::UpdateRequest)

@@ -54,8 +54,8 @@ public:
     int topInset() const;
 
     /// What Escape leaves, one thing at a press: the first of these that there is to leave. Open menus and questions take
-    /// the key before.
-    enum class Escape { Bars, StillPicture, FullScreen };
+    /// the key before, no shortcut of this window does.
+    enum class Escape { Bars, Comparison, StillPicture, FullScreen };
     /// `leave` returns whether there was anything to leave.
     void setEscape(Escape what, std::function<bool()> leave);
 
