@@ -34,20 +34,14 @@ BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneControll
       m_statusLine(statusLine),
       m_texts(texts),
       m_openUrl(std::move(openUrl)),
-      m_loader(clock),
-      m_caption(new BWPictureCaption(*window.centeringClipView().viewport()))
+      m_loader(clock)
 {
-    m_albumTexts.localizeWithManager(texts);
-    m_caption->localizeWithManager(texts);
     window.setEscape(BWMainWindow::Escape::StillPicture, [this] {
         const bool leaves = isActive();
         if (leaves)
             end();
         return leaves;
     });
-    connect(m_caption, &BWPictureCaption::stepTriggered, this, &BWLookBackController::step);
-    connect(m_caption, &BWPictureCaption::playTriggered, this, &BWLookBackController::play);
-    connect(m_caption, &BWPictureCaption::closeTriggered, this, &BWLookBackController::end);
     connect(&m_loader, &BWStillLoader::loaded, this, &BWLookBackController::loaded);
     connect(&m_loader, &BWStillLoader::takesLong, this, [this](const QUrl &file) {
         loaded({file});
@@ -67,8 +61,21 @@ BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneControll
     window.centeringClipView().installEventFilter(this);
 }
 
+/// With the first picture: the start need not wait for it.
+void BWLookBackController::makeCaption()
+{
+    m_albumTexts.localizeWithManager(m_texts);
+    m_caption = new BWPictureCaption(m_window.centeringClipView());
+    m_caption->localizeWithManager(m_texts);
+    connect(m_caption, &BWPictureCaption::stepTriggered, this, &BWLookBackController::step);
+    connect(m_caption, &BWPictureCaption::playTriggered, this, &BWLookBackController::play);
+    connect(m_caption, &BWPictureCaption::closeTriggered, this, &BWLookBackController::end);
+}
+
 void BWLookBackController::show(const QUrl &file)
 {
+    if (!m_caption)
+        makeCaption();
     followAlbum();
     m_stepper.setFile(file);
     load();

@@ -40,6 +40,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void makeCaption();
     bool takes(const QKeyEvent &key) const;
     bool press(const QKeyEvent &key);
     void load();
@@ -66,6 +67,6 @@ private:
     BWAlbumPicture m_still; // that shows; without its image
     bool m_isReading = false; // for so long that the view is empty
     QString m_liveName; // of the view, for screen readers
-    BWPictureCaption *m_caption;
+    BWPictureCaption *m_caption = nullptr; // the window's
     BWAliveToken m_alive;
 };

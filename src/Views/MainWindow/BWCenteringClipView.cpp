@@ -102,6 +102,12 @@ void BWCenteringClipView::setSources(BWLiveRenderer &main, BWLiveRenderer *refer
     updateRequest();
 }
 
+void BWCenteringClipView::setCoveredTop(int points)
+{
+    if (std::exchange(m_coveredTop, points) != points)
+        Q_EMIT uncoveredChanged();
+}
+
 /// A still must not pass for the live image of a camera that delivers nothing.
 void BWCenteringClipView::forgetLastImage()
 {
@@ -336,6 +342,7 @@ void BWCenteringClipView::resizeEvent(QResizeEvent *event)
     QAbstractScrollArea::resizeEvent(event);
     updateScrollBars();
     updateRequest();
+    Q_EMIT uncoveredChanged();
 }
 
 void BWCenteringClipView::scrollContentsBy(int, int)

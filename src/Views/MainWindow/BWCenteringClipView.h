@@ -35,6 +35,10 @@ public:
     /// BWLiveViewGeometry::barHeight.
     void setTopInset(int points);
 
+    /// So many points of the viewport's top are under bars that have slid in over it; texts belong into the rest.
+    void setCoveredTop(int points);
+    QRect uncovered() const { return viewport()->rect().adjusted(0, m_coveredTop, 0, 0); }
+
     /// From places in the main picture, in widths of it, to the viewport, as the image lies that shows; nothing without one.
     /// It follows a change of the scene a little later, as the image does.
     std::optional<QTransform> pictureToViewport() const;
@@ -78,6 +82,8 @@ Q_SIGNALS:
     void pinched(double factor, QPointF at);
     /// The reference is to be moved by that much, while dragging moves it.
     void referenceDragged(QPointF distance);
+    /// The size of the viewport has changed, or what covers it.
+    void uncoveredChanged();
     /// The very first picture was painted.
     void firstPicturePainted();
 
@@ -135,6 +141,7 @@ private:
     bool m_mainIsOfCamera = true;
     int m_wheel = 0;
     bool m_movesReference = false;
+    int m_coveredTop = 0;
     QWidget *m_scrollBarSpacer; // keeps the vertical scroll bar from beginning in the top inset
     bool m_painted = false;
     bool m_isSeen = true;

@@ -4,7 +4,6 @@
 #include "Views/MainWindow/BWStatusLine.h"
 
 #include <algorithm>
-#include <QEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -71,7 +70,7 @@ BWComparisonMarks::BWComparisonMarks(BWCenteringClipView &view)
       m_word(new BWStatusPill(view.viewport())),
       m_divider(new BWDividerHandle(view.viewport()))
 {
-    view.viewport()->installEventFilter(this);
+    connect(&view, &BWCenteringClipView::uncoveredChanged, this, &BWComparisonMarks::place);
     connect(m_divider, &BWDividerHandle::draggedTo, this, [this](int x) {
         Q_EMIT dividerDragged(std::clamp(double(x) / std::max(1, m_view.viewport()->width()), 0.0, 1.0));
     });
@@ -93,18 +92,13 @@ void BWComparisonMarks::place()
     const int x = scene.dividerPosition(size);
     m_divider->setGeometry(x - BWDividerHandle::width / 2, 0, BWDividerHandle::width, size.height());
     // Each over its half, in every mode.
-    QRect half(0, 0, (size.width() - BWScene::gap) / 2, size.height());
+    QRect half = m_view.uncovered();
+    half.setWidth((size.width() - BWScene::gap) / 2);
     m_main->placeIn(half, Qt::AlignTop | Qt::AlignLeft);
     half.moveRight(size.width() - 1);
     m_reference->placeIn(half, Qt::AlignTop | Qt::AlignRight);
-    m_word->placeIn(scene.mode == BWScene::Mode::SideBySide ? half : QRect({}, size), Qt::AlignCenter);
-}
-
-bool BWComparisonMarks::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_view.viewport() && event->type() == QEvent::Resize)
-        place();
-    return QObject::eventFilter(watched, event);
+    m_word->placeIn(scene.mode == BWScene::Mode::SideBySide ? scene.referenceArea(size) : QRect({}, size),
+                    Qt::AlignCenter);
 }
 
 #include "BWComparisonMarks.moc"

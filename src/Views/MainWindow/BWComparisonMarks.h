@@ -32,9 +32,6 @@ Q_SIGNALS:
     /// The line was dragged there, as a share of the width.
     void dividerDragged(double share);
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     BWCenteringClipView &m_view;
     BWStatusPill *m_main;

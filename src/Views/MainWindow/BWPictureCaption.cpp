@@ -2,11 +2,11 @@
 
 #include "Utils/BWUIUtils.h"
 #include "Views/Albums/BWThumbnailTableView.h"
+#include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWPillPainting.h"
 
 #include <algorithm>
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -72,8 +72,8 @@ private:
 
 } // namespace
 
-BWPictureCaption::BWPictureCaption(QWidget &view)
-    : QWidget(&view),
+BWPictureCaption::BWPictureCaption(BWCenteringClipView &view)
+    : QWidget(view.viewport()),
       m_view(view),
       m_previous(new SignButton(SignButton::Sign::Previous, this)),
       m_next(new SignButton(SignButton::Sign::Next, this)),
@@ -81,7 +81,7 @@ BWPictureCaption::BWPictureCaption(QWidget &view)
       m_close(new SignButton(SignButton::Sign::Close, this)),
       m_name(new QLabel(this)),
       m_details(new QLabel(this)),
-      m_notice(new BWThumbnailNotice(&view))
+      m_notice(new BWThumbnailNotice(view.viewport()))
 {
     QPalette onPill = palette();
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
@@ -97,13 +97,21 @@ BWPictureCaption::BWPictureCaption(QWidget &view)
     row->setSpacing(padding + 2);
     for (QWidget *widget : std::initializer_list<QWidget *>{m_previous, m_next, m_name, m_details, m_play, m_close})
         row->addWidget(widget);
+    QWidget *before = &view;
+    for (QWidget *button : {m_previous, m_next, m_play, m_close}) {
+        setTabOrder(before, button);
+        before = button;
+    }
     connect(m_previous, &QAbstractButton::clicked, this, [this] { Q_EMIT stepTriggered(false); });
     connect(m_next, &QAbstractButton::clicked, this, [this] { Q_EMIT stepTriggered(true); });
     connect(m_play, &QAbstractButton::clicked, this, &BWPictureCaption::playTriggered);
     connect(m_close, &QAbstractButton::clicked, this, &BWPictureCaption::closeTriggered);
     setAttribute(Qt::WA_NoMousePropagation);
     setCursor(Qt::ArrowCursor);
-    view.installEventFilter(this);
+    connect(&view, &BWCenteringClipView::uncoveredChanged, this, [this] {
+        if (isVisible())
+            fit();
+    });
     clear();
 }
 
@@ -154,21 +162,15 @@ QString BWPictureCaption::text() const
 /// A long name gives way to the rest.
 void BWPictureCaption::fit()
 {
-    m_notice->setGeometry(m_view.rect());
+    const QRect area = m_view.uncovered().adjusted(bwPillDistance, bwPillDistance, -bwPillDistance, 0);
+    m_notice->setGeometry(m_view.viewport()->rect());
     m_name->clear();
     layout()->activate();
-    const int room = m_view.width() - 2 * bwPillDistance - sizeHint().width();
+    const int room = area.width() - sizeHint().width();
     m_name->setText(m_name->fontMetrics().elidedText(m_contents.name, Qt::ElideMiddle, std::max(room, narrowest)));
     m_name->setToolTip(m_contents.name);
     layout()->activate();
-    setGeometry(QRect(QPoint(bwPillDistance, bwPillDistance), sizeHint()));
-}
-
-bool BWPictureCaption::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::Resize && isVisible())
-        fit();
-    return QWidget::eventFilter(watched, event);
+    setGeometry(QRect(area.topLeft(), sizeHint()));
 }
 
 void BWPictureCaption::paintEvent(QPaintEvent *)

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class BWCenteringClipView;
 class BWThumbnailNotice;
 class QAbstractButton;
 class QLabel;
@@ -26,7 +27,7 @@ public:
     };
 
     /// Hidden until it has contents. It keeps itself in its place in the view, of which it becomes a child.
-    explicit BWPictureCaption(QWidget &view);
+    explicit BWPictureCaption(BWCenteringClipView &view);
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
@@ -43,12 +44,11 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void fit();
 
-    QWidget &m_view;
+    BWCenteringClipView &m_view;
     Contents m_contents;
     QAbstractButton *m_previous;
     QAbstractButton *m_next;
