@@ -6,6 +6,7 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWTouchInput.h"
 #include "Views/Utils/BWDoubleButton.h"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ BWLiveViewController::BWLiveViewController(BWMainWindow &window, BWLiveRenderer 
     connect(menu.flipVertically, &QAction::triggered, this, &BWLiveViewController::flipVertically);
     const BWCenteringClipView &view = window.centeringClipView();
     connect(&view, &BWCenteringClipView::zoomRequested, this, &BWLiveViewController::zoomByStep);
-    connect(&view, &BWCenteringClipView::pinched, this, [this](double factor, QPointF at) {
+    connect(&view.touchInput(), &BWTouchInput::pinched, this, [this](double factor, QPointF at) {
         zoom(
             [factor, freely = movesReference()](BWLiveViewState &state) {
                 freely ? scaleFreely(state, state.scale() * factor) : state.scaleBy(factor);

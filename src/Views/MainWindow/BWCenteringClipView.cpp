@@ -1,16 +1,14 @@
 #include "Views/MainWindow/BWCenteringClipView.h"
 
 #include "Model/LiveView/BWMeasuringGrid.h"
+#include "Views/MainWindow/BWTouchInput.h"
 #include "Views/Utils/BWIcons.h"
 
 #include <QAccessibleWidget>
-#include <QGestureEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QNativeGestureEvent>
 #include <QPainter>
-#include <QPinchGesture>
 #include <QScrollBar>
 #include <QtMath>
 #include <QWheelEvent>
@@ -48,7 +46,10 @@ QAccessibleInterface *accessibleView(const QString &className, QObject *object)
 } // namespace
 
 BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent)
-    : QAbstractScrollArea(parent), m_live(renderer), m_scrollBarSpacer(new QWidget(this))
+    : QAbstractScrollArea(parent),
+      m_live(renderer),
+      m_touch(new BWTouchInput(*viewport())),
+      m_scrollBarSpacer(new QWidget(this))
 {
     QAccessible::installFactory(&accessibleView); // installs it once, however often it is called
     setFrameShape(QFrame::NoFrame);
@@ -59,7 +60,17 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
-    viewport()->grabGesture(Qt::PinchGesture);
+    connect(m_touch, &BWTouchInput::touched, this, [this](QPoint at) {
+        if (!clickCounts() || !uncovered().contains(at))
+            m_touch->ignoreTap();
+    });
+    connect(m_touch, &BWTouchInput::panned, this, &BWCenteringClipView::panBy);
+    connect(m_touch, &BWTouchInput::tapped, this, [this] {
+        if (m_leftButtonClicks && !m_leftButtonClicks())
+            return;
+        Q_EMIT mousePressed();
+        viewport()->unsetCursor(); // no button will be released
+    });
     setSources(m_live);
     const auto stateChanged = [this](Qt::ApplicationState state) {
         if (state != Qt::ApplicationActive)
@@ -93,8 +104,15 @@ void BWCenteringClipView::setSources(BWLiveRenderer &main, BWLiveRenderer *refer
         // At once: an update would go round the event loop again.
         connect(renderer, &BWLiveRenderer::imageReady, this,
                 [this, &pane] { viewport()->repaint(pane.rect.isEmpty() ? viewport()->rect() : pane.rect); });
+        // A still must not pass for the live image of a camera that delivers nothing.
         if (renderer == &m_live && !pane.image.image.isNull())
-            forgetLastImage();
+            DispatchAfterStrict::dispatchForQueue(
+                this,
+                [this, &pane, last = pane.image.image.cacheKey()] {
+                    if (pane.renderer == &m_live && pane.image.image.cacheKey() == last)
+                        clear(m_live);
+                },
+                moment);
     };
     use(m_main, &main);
     use(m_reference, reference);
@@ -106,16 +124,6 @@ void BWCenteringClipView::setCoveredTop(int points)
 {
     if (std::exchange(m_coveredTop, points) != points)
         Q_EMIT uncoveredChanged();
-}
-
-/// A still must not pass for the live image of a camera that delivers nothing.
-void BWCenteringClipView::forgetLastImage()
-{
-    const auto forget = [this, last = m_main.image.image.cacheKey()] {
-        if (m_main.renderer == &m_live && m_main.image.image.cacheKey() == last)
-            clear(m_live);
-    };
-    DispatchAfterStrict::dispatchForQueue(this, forget, moment);
 }
 
 /// What lies outside of the scene is not drawn. When the live image comes back, only a new picture is shown.
@@ -358,11 +366,16 @@ void BWCenteringClipView::mousePressEvent(QMouseEvent *event)
         beginPanning(event);
 }
 
+/// Window managers pass on the click that brings a program to the front, just before or after it is there.
+bool BWCenteringClipView::clickCounts() const
+{
+    constexpr int justBroughtToFront = 200; // ms
+    return m_programActive.isValid() && m_programActive.elapsed() >= justBroughtToFront;
+}
+
 void BWCenteringClipView::pressLeftButton(QMouseEvent *event)
 {
-    // Window managers pass on the click that brings a program to the front, just before or after it is there.
-    constexpr int justBroughtToFront = 200; // ms
-    if (!m_programActive.isValid() || m_programActive.elapsed() < justBroughtToFront)
+    if (!clickCounts())
         return;
     if (!m_leftButtonClicks || m_leftButtonClicks())
         Q_EMIT mousePressed();
@@ -455,27 +468,4 @@ bool BWCenteringClipView::event(QEvent *event)
     if (event->type() == QEvent::ScreenChangeInternal || event->type() == QEvent::Show)
         updateRequest();
     return QAbstractScrollArea::event(event);
-}
-
-/// Fingers on a touchpad (a native gesture) or on the screen.
-bool BWCenteringClipView::viewportEvent(QEvent *event)
-{
-    if (event->type() == QEvent::NativeGesture) {
-        const auto &gesture = static_cast<const QNativeGestureEvent &>(*event);
-        if (gesture.gestureType() == Qt::ZoomNativeGesture)
-            Q_EMIT pinched(1 + gesture.value(), gesture.position());
-        return gesture.gestureType() == Qt::ZoomNativeGesture;
-    }
-    if (event->type() == QEvent::Gesture) {
-        if (const QGesture *gesture = static_cast<QGestureEvent *>(event)->gesture(Qt::PinchGesture)) {
-            const auto &pinch = static_cast<const QPinchGesture &>(*gesture);
-            const QPointF at = viewport()->mapFromGlobal(pinch.centerPoint());
-            if (pinch.changeFlags() & QPinchGesture::CenterPointChanged)
-                panBy((pinch.centerPoint() - pinch.lastCenterPoint()).toPoint());
-            if (pinch.changeFlags() & QPinchGesture::ScaleFactorChanged)
-                Q_EMIT pinched(pinch.scaleFactor() / pinch.lastScaleFactor(), at);
-            return true;
-        }
-    }
-    return QAbstractScrollArea::viewportEvent(event);
 }

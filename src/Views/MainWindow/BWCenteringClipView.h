@@ -9,6 +9,8 @@
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
 
+class BWTouchInput;
+
 /// The live image, or what is shown in its place or beside it, in a scroll area. Draws what renderers make, one pixel to
 /// one, and lays it out as a BWScene says: centred where the image is smaller than the view. The scroll bars are those of
 /// the main picture.
@@ -19,8 +21,7 @@ public:
     explicit BWCenteringClipView(BWLiveRenderer &renderer, QWidget *parent = nullptr);
 
     /// Whose pictures the scene consists of: the live renderer or that of a still. They must stay while they are shown, and
-    /// what is not shown is told so. The last picture stays until the new source has one, but not long in place of a live
-    /// image.
+    /// what is not shown is told so. The last picture stays until the new source has one; until a live one, for a moment.
     void setSources(BWLiveRenderer &main, BWLiveRenderer *reference = nullptr);
 
     /// Lays the pictures out anew. What lies at `anchor`, in the viewport, stays there; the middle, if none is given.
@@ -54,6 +55,8 @@ public:
     /// Whether dragging, the wheel and the arrow keys move the reference alone instead of the whole scene.
     void setMovesReference(bool moves) { m_movesReference = moves; }
 
+    /// Fingers that pinch; those that move the image or tap it are seen to.
+    BWTouchInput &touchInput() const { return *m_touch; }
     /// Queried at each press of the left button, which either clicks or drags the image.
     void setLeftButtonClicks(std::function<bool()> clicks) { m_leftButtonClicks = std::move(clicks); }
     /// Queried when Left or Right is pressed: true if it has stepped to another picture, and nothing is to be scrolled.
@@ -72,14 +75,12 @@ public:
     void windowFlushed();
 
 Q_SIGNALS:
-    /// The image was clicked; not by a click that only brought the program to the front.
+    /// The image was clicked, or tapped with one finger; not by a click that only brought the program to the front.
     void mousePressed();
     /// Space was pressed while the image had the focus.
     void spacePressed();
     /// The wheel was turned with Control held, with the pointer there in the viewport.
     void zoomRequested(bool in, QPointF at);
-    /// Two fingers were spread or brought together about that point, by that factor since the last time.
-    void pinched(double factor, QPointF at);
     /// The reference is to be moved by that much, while dragging moves it.
     void referenceDragged(QPointF distance);
     /// The size of the viewport has changed, or what covers it.
@@ -98,7 +99,6 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     bool event(QEvent *event) override;
-    bool viewportEvent(QEvent *event) override;
 
 private:
     /// A picture of the scene as it was last drawn.
@@ -109,6 +109,7 @@ private:
         bool isNew = false; // and not flushed yet
     };
 
+    bool clickCounts() const;
     void pressLeftButton(QMouseEvent *event);
     void beginPanning(QMouseEvent *event);
     void panBy(QPoint distance);
@@ -116,7 +117,6 @@ private:
     void updateScrollBars();
     void updateRequest();
     void tellSeen();
-    void forgetLastImage();
     Pane *paneOf(const BWLiveRenderer &renderer);
     QRect clipOf(const Pane &pane) const;
     QRect deviceRectOf(const Pane &pane) const;
@@ -127,6 +127,7 @@ private:
     void drawGrid(QPainter &painter) const;
 
     BWLiveRenderer &m_live;
+    BWTouchInput *m_touch;
     BWScene m_scene;
     Pane m_main;
     Pane m_reference;

@@ -11,6 +11,7 @@
 #include "Views/MainWindow/BWSlidingBars.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
+#include "Views/MainWindow/BWTouchInput.h"
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
@@ -59,6 +60,12 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     connect(m_bars, &BWSlidingBars::coveredHeightChanged, this, &BWMainWindow::placeBelowBars);
     connect(m_bars, &BWSlidingBars::keyboardReturned, this, [this] { m_clipView->setFocus(); });
     connect(m_bars, &BWSlidingBars::pointerShown, this, &BWMainWindow::showPointer);
+    connect(&m_clipView->touchInput(), &BWTouchInput::touched, this, [this](QPoint at) {
+        constexpr int reach = 24; // points; fingers do not get to the very edge
+        const QPoint place = m_clipView->viewport()->mapTo(m_content, at);
+        m_bars->pointerAt(place.y() < reach ? QPoint(place.x(), 0) : place);
+        m_statusPill->pointerAt(place);
+    });
     setEscape(Escape::Bars, [this] { return m_bars->endKeyboard(); });
     setEscape(Escape::FullScreen, [this] {
         const bool leaves = isFullScreen();
