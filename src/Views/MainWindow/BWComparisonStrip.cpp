@@ -21,11 +21,11 @@ constexpr int sliderSteps = 100;
 constexpr int sliderWidth = 110;
 
 /// A flat button with its text, or with a cross.
-class StripButton : public QToolButton {
+class StripButton : public BWBarButton {
 public:
     enum class Shows { Text, Cross };
 
-    StripButton(Shows shows, QWidget *parent) : QToolButton(parent), m_shows(shows) { setFocusPolicy(Qt::StrongFocus); }
+    StripButton(Shows shows, QWidget *parent) : BWBarButton(parent), m_shows(shows) { }
 
     QSize sizeHint() const override
     {
@@ -36,15 +36,10 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
-    void paintEvent(QPaintEvent *) override
+    void paintEvent(QPaintEvent *event) override
     {
+        BWBarButton::paintEvent(event); // without an icon: the state
         QPainter painter(this);
-        drawBWControlPanel(painter, rect(), palette(),
-                           {.enabled = isEnabled(),
-                            .hovered = underMouse(),
-                            .pressed = isDown(),
-                            .focused = hasFocus(),
-                            .checked = isChecked()});
         const QColor color = palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText);
         painter.setPen(color);
         if (m_shows == Shows::Text) {
