@@ -152,7 +152,10 @@ bool BWComparison::step(bool forward)
         return false;
     followAlbum();
     const bool hasMoved = m_stepper.file() != file(); // the shown one has gone, and the next has taken its place
-    const QUrl next = forward && hasMoved ? m_stepper.file() : forward ? m_stepper.next() : m_stepper.previous();
+    const bool isElsewhere = !m_stepper.position(); // in another album: both ways lead to the first of this one
+    const QUrl next = forward && hasMoved && !isElsewhere ? m_stepper.file()
+        : forward || isElsewhere                          ? m_stepper.next()
+                                                          : m_stepper.previous();
     if (!next.isEmpty())
         compareWith(next);
     else if (forward)
