@@ -61,7 +61,7 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
     connect(m_touch, &BWTouchInput::touched, this, [this](QPoint at) {
-        if (!clickCounts() || !uncovered().contains(at))
+        if (!clickCounts() || at.y() < uncovered().top()) // which it has just brought the bars over
             m_touch->ignoreTap();
     });
     connect(m_touch, &BWTouchInput::panned, this, &BWCenteringClipView::panBy);
@@ -120,9 +120,9 @@ void BWCenteringClipView::setSources(BWLiveRenderer &main, BWLiveRenderer *refer
     updateRequest();
 }
 
-void BWCenteringClipView::setCoveredTop(int points)
+void BWCenteringClipView::setCovered(const QMargins &covered)
 {
-    if (std::exchange(m_coveredTop, points) != points)
+    if (std::exchange(m_covered, covered) != covered)
         Q_EMIT uncoveredChanged();
 }
 

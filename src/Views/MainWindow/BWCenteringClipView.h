@@ -36,9 +36,9 @@ public:
     /// BWLiveViewGeometry::barHeight.
     void setTopInset(int points);
 
-    /// So many points of the viewport's top are under bars that have slid in over it; texts belong into the rest.
-    void setCoveredTop(int points);
-    QRect uncovered() const { return viewport()->rect().adjusted(0, m_coveredTop, 0, 0); }
+    /// Bars and controls lie over so much of the viewport's edges; what is to be read belongs into the rest.
+    void setCovered(const QMargins &covered);
+    QRect uncovered() const { return viewport()->rect().marginsRemoved(m_covered); }
 
     /// From places in the main picture, in widths of it, to the viewport, as the image lies that shows; nothing without one.
     /// It follows a change of the scene a little later, as the image does.
@@ -142,7 +142,7 @@ private:
     bool m_mainIsOfCamera = true;
     int m_wheel = 0;
     bool m_movesReference = false;
-    int m_coveredTop = 0;
+    QMargins m_covered;
     QWidget *m_scrollBarSpacer; // keeps the vertical scroll bar from beginning in the top inset
     bool m_painted = false;
     bool m_isSeen = true;

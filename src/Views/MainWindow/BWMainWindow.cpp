@@ -199,7 +199,8 @@ void BWMainWindow::layOutContent()
 /// The picture itself stays where it is while the bars slide over it; what lies over it moves with them.
 void BWMainWindow::placeBelowBars()
 {
-    m_clipView->setCoveredTop(std::max(0, topInset() - m_clipView->viewport()->mapTo(m_content, QPoint()).y()));
+    const int viewTop = m_clipView->viewport()->mapTo(m_content, QPoint()).y();
+    m_clipView->setCovered({0, std::max(0, topInset() - viewTop), 0, m_comparisonStrip->takenHeight()});
     const QRect picture = m_content->rect().adjusted(0, topInset(), 0, 0);
     const QRect belowMark = m_frozenMark->placeIn(picture);
     const bool hasCaption = !m_comparisonStrip->isHidden() && belowMark == picture; // at the place of the mark

@@ -67,6 +67,12 @@ BWMeasuringLayer::BWMeasuringLayer(BWCenteringClipView &view)
     setMouseTracking(true);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     view.viewport()->installEventFilter(this);
+    connect(&view, &BWCenteringClipView::uncoveredChanged, this, [this] {
+        if (!m_scaleBar)
+            return;
+        m_finished = {};
+        update();
+    });
     connect(&m_magnifier, &BWMagnifier::imageReady, this, qOverload<>(&QWidget::update));
     hide();
 }
@@ -192,8 +198,8 @@ void BWMeasuringLayer::drawFinished(const QTransform &toWidget)
         const double shown = m_scale.isCalibrated() ? m_scale.millimetresPerWidth() : m_scale.pixels.width();
         const double height = double(m_scale.pixels.height()) / std::max(1, m_scale.pixels.width());
         constexpr int statusLine = 32; // which lies over the lower edge
-        const QRectF area =
-            toWidget.mapRect(QRectF(0, 0, 1, height)) & m_view.scene().mainArea(size()).adjusted(0, 0, 0, -statusLine);
+        const QRectF area = toWidget.mapRect(QRectF(0, 0, 1, height))
+            & (m_view.scene().mainArea(size()) & m_view.uncovered()).adjusted(0, 0, 0, -statusLine);
         const BWScaleBar bar(shown / points, std::min(scaleBarLength, area.width() / 2),
                              m_scale.isCalibrated() ? m_scale.unit : BWLengthUnit::Pixel);
         draw.drawScaleBar(bar, area);
