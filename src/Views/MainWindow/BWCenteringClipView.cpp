@@ -60,8 +60,8 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
-    connect(m_touch, &BWTouchInput::touched, this, [this](QPoint at) {
-        if (!clickCounts() || at.y() < uncovered().top()) // which it has just brought the bars over
+    connect(m_touch, &BWTouchInput::touched, this, [this] {
+        if (!clickCounts())
             m_touch->ignoreTap();
     });
     connect(m_touch, &BWTouchInput::panned, this, &BWCenteringClipView::panBy);

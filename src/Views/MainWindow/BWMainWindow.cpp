@@ -63,7 +63,10 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     connect(&m_clipView->touchInput(), &BWTouchInput::touched, this, [this](QPoint at) {
         constexpr int reach = 24; // points; fingers do not get to the very edge
         const QPoint place = m_clipView->viewport()->mapTo(m_content, at);
-        m_bars->pointerAt(place.y() < reach ? QPoint(place.x(), 0) : place);
+        const bool callsBars = isFullScreen() && place.y() < reach;
+        if (callsBars)
+            m_clipView->touchInput().ignoreTap();
+        m_bars->pointerAt(callsBars ? QPoint(place.x(), 0) : place);
         m_statusPill->pointerAt(place);
     });
     setEscape(Escape::Bars, [this] { return m_bars->endKeyboard(); });
