@@ -74,6 +74,8 @@ void BWLookBackController::makeCaption()
 
 void BWLookBackController::show(const QUrl &file)
 {
+    if (file.isEmpty())
+        return;
     if (!m_caption)
         makeCaption();
     followAlbum();

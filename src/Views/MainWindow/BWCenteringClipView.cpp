@@ -60,6 +60,7 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
+    viewport()->ungrabGesture(Qt::PanGesture); // of any scroll area: two fingers would move the picture twice as far
     connect(m_touch, &BWTouchInput::touched, this, [this] {
         if (!clickCounts())
             m_touch->ignoreTap();
