@@ -199,7 +199,7 @@ void BWMeasuringLayer::drawFinished(const QTransform &toWidget)
         const double height = double(m_scale.pixels.height()) / std::max(1, m_scale.pixels.width());
         constexpr int statusLine = 32; // which lies over the lower edge
         const QRectF area = toWidget.mapRect(QRectF(0, 0, 1, height))
-            & (m_view.scene().mainArea(size()) & m_view.uncovered()).adjusted(0, 0, 0, -statusLine);
+            & (m_view.scene().mainClip(size()) & m_view.uncovered()).adjusted(0, 0, 0, -statusLine);
         const BWScaleBar bar(shown / points, std::min(scaleBarLength, area.width() / 2),
                              m_scale.isCalibrated() ? m_scale.unit : BWLengthUnit::Pixel);
         draw.drawScaleBar(bar, area);
