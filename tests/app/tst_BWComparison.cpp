@@ -14,14 +14,21 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWFilePanels.h"
+#include "WidgetSearch.h"
 
 #include <QAction>
+#include <QNativeGestureEvent>
 #include <QPainter>
+#include <QPointingDevice>
+#include <QSignalSpy>
 #include <QSlider>
 #include <QTest>
+#include <QWheelEvent>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 using Mode = BWScene::Mode;
@@ -184,6 +191,56 @@ struct Bench : private BWFilePanels, private BWAlertPresenter {
 class TestBWComparison : public QObject {
     Q_OBJECT
 
+    QPointingDevice *const m_screen = QTest::createTouchDevice();
+
+    /// As the window system delivers it.
+    void touch(const Bench &bench, const QString &steps, QPoint middle) const
+    {
+        QWindow *window = bench.window.windowHandle();
+        const auto inWindow = [&](QPoint at) { return bench.view.viewport()->mapTo(&bench.window, at); };
+        const auto pointIn = [](const QString &text) {
+            return QPoint(text.section(u',', 0, 0).toInt(), text.section(u',', 1).toInt());
+        };
+        const auto gesture = [&](Qt::NativeGestureType type, double value, QPointF distance) {
+            QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, inWindow(middle),
+                                      inWindow(middle), window->mapToGlobal(inWindow(middle)), value, distance);
+            QCoreApplication::sendEvent(window, &event);
+        };
+        gesture(Qt::BeginNativeGesture, 0, {});
+        QMap<int, QPoint> down;
+        auto touches = QTest::touchEvent(window, m_screen, false);
+        for (const QString &step : steps.split(u' ')) {
+            const QString rest = step.mid(1);
+            if (step[0] == u'w') {
+                QWheelEvent event(middle, inWindow(middle), {}, {0, rest.toInt()}, {}, Qt::ControlModifier,
+                                  Qt::NoScrollPhase, false);
+                QCoreApplication::sendEvent(bench.view.viewport(), &event);
+                continue;
+            }
+            if (step[0] == u'z' || step[0] == u'p') {
+                gesture(step[0] == u'z' ? Qt::ZoomNativeGesture : Qt::PanNativeGesture, rest.toDouble(), pointIn(rest));
+                continue;
+            }
+            const auto before = down;
+            for (const QString &finger : step.split(u'+')) {
+                const int id = finger[0].unicode();
+                const QPoint at = finger.endsWith(u'-') ? down[id] : inWindow(pointIn(finger.mid(1)));
+                if (finger.endsWith(u'-'))
+                    touches.release(id, at, window), down.remove(id);
+                else if (!down.contains(id))
+                    touches.press(id, at, window), down[id] = at;
+                else
+                    touches.move(id, at, window), down[id] = at;
+            }
+            for (auto still = before.begin(); still != before.end(); ++still) {
+                if (!step.contains(QChar(still.key())))
+                    touches.stationary(still.key());
+            }
+            touches.commit();
+        }
+        gesture(Qt::EndNativeGesture, 0, {});
+    }
+
 private Q_SLOTS:
     void picturesOnTheScreen_data()
     {
@@ -281,6 +338,80 @@ private Q_SLOTS:
         QVERIFY(isNear(bench.marks().second, larger.second));
     }
 
+    void fingers_data()
+    {
+        // Fingers a and b go to places in the viewport, or off. On a touchpad, z zooms and p moves; w is a wheel.
+        const Rows<QString, QString, QPoint, QPoint, double, int>
+            row; // where their middle begins and ends; factor; clicks
+        const QPoint from(400, 300);
+        row("tap", u""_s, u"a400,300 a404,303 a-"_s, from, from, 1, 1);
+        row("drag", u""_s, u"a400,300 a440,330 a-"_s, from, {440, 330}, 1, 0);
+        row("drag there and back", u""_s, u"a400,300 a440,330 a400,300 a-"_s, from, from, 1, 0);
+        row("tap with two", u""_s, u"a400,300 b460,300 a- b-"_s, from, from, 1, 0);
+        row("two fingers", u""_s, u"a350,300+b450,300 a370,310+b470,310 a380,320+b480,320 a- b-"_s, from, {430, 320}, 1,
+            0);
+        row("pinch", u""_s, u"a380,300 b420,300 a376,302+b428,302 a370,305+b440,305 b- a-"_s, from, {405, 305}, 1.75,
+            0);
+        row("pinch, and on with one", u""_s, u"a350,300+b450,300 a300,300+b500,300 b- a280,310 a-"_s, from, {380, 310},
+            2, 0);
+        row("fitted", u"fit"_s, u"a300,300+b500,300 a200,300+b600,300 a- b-"_s, from, from, 2, 0);
+        row("full screen", u"full screen"_s, u"a350,300+b450,300 a310,320+b490,320 a- b-"_s, from, {400, 320}, 1.8, 0);
+        row("linked", u"linked"_s, u"a180,300+b220,300 a170,310+b230,310 a- b-"_s, {200, 300}, {200, 310}, 1.5, 0);
+        row("not linked", u"unlinked"_s, u"a680,300+b720,300 a670,310+b730,310 a- b-"_s, {700, 300}, {700, 310}, 1.5,
+            0);
+        row("not linked, one finger", u"unlinked"_s, u"a700,300 a730,340 a-"_s, {700, 300}, {730, 340}, 1, 0);
+        row("wheel", u""_s, u"w120 w240 w-120"_s, from, from, 1.2, 0);
+        row("touchpad", u""_s, u"z0.5 z0.5 p40,-20 z-0.5"_s, from, {430, 285}, 1.5, 0);
+    }
+    /// What lay under their middle still does.
+    void fingers()
+    {
+        const auto [shown, steps, from, to, factor, clicks] =
+            Rows<QString, QString, QPoint, QPoint, double, int>::current();
+        Bench bench;
+        bench.scene.showFrozen(BWSceneController::frameOf(marked({1600, 1200}, mainColor)));
+        if (shown == "full screen"_L1)
+            bench.window.setFullScreen(true);
+        else if (shown == "fit"_L1)
+            bench.liveView.fitToWindow();
+        else if (!shown.isEmpty())
+            bench.compare(3);
+        bench.comparison->setLinked(shown != "unlinked"_L1);
+        QTRY_COMPARE(bench.window.isFullScreen(), shown == "full screen"_L1);
+        QTest::qWait(250); // the program counts as just brought to the front
+        const BWScene &scene = bench.liveView.scene();
+        const QSize size = bench.view.viewport()->size();
+        const auto middles = [&] { // of both pictures; the reference follows unless it moves alone
+            const QPoint scroll = bench.view.scrollPosition();
+            return std::pair(scene.mainPlace(size, scroll), scene.referencePlace(size, scroll));
+        };
+        const bool alone = bench.liveView.movesReference();
+        const QPointF corner = alone ? scene.referenceArea(size).topLeft() : QPoint();
+        const auto before = middles();
+        const QSignalSpy clicked(&bench.view, &BWCenteringClipView::mousePressed);
+        touch(bench, steps, from);
+        const auto after = middles();
+        const auto moved = [&](const BWPicturePlace &place) {
+            return to + (place.middle + corner - from) * factor - corner;
+        };
+        QVERIFY(isNear(after.second.middle, moved(before.second), 2));
+        QCOMPARE(qRound(after.second.width), qRound(before.second.width * factor));
+        QCOMPARE(after.first.width, alone ? before.first.width : after.second.width);
+        QVERIFY(isNear(after.first.middle, alone ? before.first.middle : moved(before.first), 2));
+        QCOMPARE(clicked.size(), clicks);
+    }
+
+    void aFingerMovesTheLine()
+    {
+        Bench bench;
+        bench.compare(3);
+        bench.comparison->setMode(Mode::Divider);
+        const auto line = [&] { return bench.liveView.scene().dividerPosition(bench.view.viewport()->size()); };
+        const int to = line() + 90;
+        touch(bench, u"a%1,300 a%2,305 a-"_s.arg(line()).arg(to), {});
+        QCOMPARE(line(), to);
+    }
+
     void keys()
     {
         Bench bench;
@@ -309,6 +440,36 @@ private Q_SLOTS:
         QCOMPARE(bench.liveView.scene().share, 0.7);
         bench.press(Qt::Key_Escape);
         QVERIFY(!strip.isVisible() && !bench.scene.hasReference() && !bench.hasCaption(u"Live"_s));
+    }
+
+    void textsMakeWayForTheBars()
+    {
+        Bench bench;
+        bench.compare(3);
+        bench.scene.showLive();
+        BWPictureCaption caption(bench.view);
+        caption.showContents({u"20260101_image_003.jpg"_s});
+        bench.window.setFullScreen(true);
+        QTRY_VERIFY(bench.window.isFullScreen() && bench.window.topInset() == 0);
+        const auto tops = [&] {
+            QList<int> all{caption.y()};
+            for (const auto *pill : bench.view.viewport()->findChildren<BWStatusPill *>())
+                all << (pill->isVisible() ? pill->y() : 11);
+            return all;
+        };
+        QCOMPARE(tops(), QList<int>(4, 11));
+        QAbstractButton *inBars = buttonNamed(bench.window.controlBar(), u"Settings"_s);
+        inBars->setFocus();
+        QTRY_VERIFY(bench.window.topInset() > BWLiveViewGeometry::barHeight);
+        QTRY_COMPARE(caption.y(), bench.window.topInset() + 11);
+        QCOMPARE(tops().count(11), 1); // of the one that is not there
+        QTest::keyClick(inBars, Qt::Key_Escape);
+        QVERIFY(bench.view.hasFocus() && bench.scene.hasReference());
+        QTRY_COMPARE(tops(), QList<int>(4, 11));
+        bench.press(Qt::Key_Escape);
+        QVERIFY(!bench.scene.hasReference() && bench.window.isFullScreen());
+        bench.press(Qt::Key_Escape);
+        QVERIFY(!bench.window.isFullScreen());
     }
 
     void picturesComeAndGo()

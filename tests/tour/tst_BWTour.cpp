@@ -234,6 +234,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(m_window->findChild<BWFrozenMark *>()->isVisible(), patience);
         see(m_window, u"main-statistics-frozen"_s);
         m_window->menu().freeze->trigger();
+        showFrames();
         m_window->resize(m_window->minimumSizeHint());
         see(m_window, u"main-statistics-narrowest"_s);
         m_window->menu().statistics->trigger();
@@ -485,9 +486,11 @@ private Q_SLOTS:
         }
         BWAppTexts app;
         app.localizeWithManager(manager);
-        for (const QString &text : {app.settingsNotStored, app.fullScreenHint}) {
+        for (const auto &[text, name] :
+             {std::pair(app.settingsNotStored, u"not-stored"_s), std::pair(app.fullScreenHint, u"full-screen"_s),
+              std::pair(app.frozen.arg(u"Ctrl+F"_s), u"frozen"_s), std::pair(app.comparing, u"comparing"_s)}) {
             m_window->currentCameraLabel().announce(text);
-            see(m_window, text == app.fullScreenHint ? u"main-status-full-screen"_s : u"main-status-not-stored"_s);
+            see(m_window, u"main-status-"_s + name);
         }
     }
 

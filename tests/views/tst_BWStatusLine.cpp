@@ -2,9 +2,22 @@
 #include "Rows.h"
 #include "Views/MainWindow/BWStatusLine.h"
 
+#include <QImage>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+QImage painted(BWStatusPill &pill)
+{
+    QImage image(pill.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    pill.render(&image, {}, {}, {});
+    return image;
+}
+
+} // namespace
 
 class TestBWStatusLine : public QObject {
     Q_OBJECT
@@ -28,6 +41,7 @@ private Q_SLOTS:
         row("and it was not read yet", u"calm 1000 news 2600"_s, u"calm"_s);
         row("pointer near", u"calm 9000 near 4900"_s, u"calm"_s);
         row("pointer rests", u"calm 9000 near 5100"_s, u"(calm)"_s);
+        row("news of a recording", u"calm record+ 9000 news 2600"_s, u"calm"_s);
         row("pointer elsewhere", u"calm 9000 far"_s, u"(calm)"_s);
     }
     void fades()
@@ -57,6 +71,14 @@ private Q_SLOTS:
         }
         QCOMPARE(pill.accessibleName(), pill.text());
         QCOMPARE(pill.isFaded() ? u'(' + pill.text() + u')' : pill.text(), shown);
+        BWStatusPill other(&window); // which has never shown anything else
+        other.placeIn({0, 0, 800, 600});
+        other.setText(pill.text());
+        QTRY_COMPARE(pill.geometry(), other.geometry());
+        QImage seen = painted(other);
+        if (pill.isFaded())
+            seen.fill(Qt::transparent);
+        QTRY_COMPARE(painted(pill), seen);
     }
 };
 
