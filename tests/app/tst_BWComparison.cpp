@@ -2,7 +2,7 @@
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWSceneController.h"
 #include "Model/Albums/BWAlbumContents.h"
-#include "Model/LiveView/BWComparisonPicture.h"
+#include "Model/Export/BWPictureExport.h"
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
@@ -546,7 +546,7 @@ private Q_SLOTS:
         const QUrl target = folder.file(u"both.png"_s, "before");
         BWExportWatch watch;
         watch.cancel();
-        const auto result = BWComparisonPicture::write(marked({640, 480}, mainColor), target, watch);
+        const auto result = BWPictureExport::write(marked({640, 480}, mainColor), target, watch);
         QCOMPARE(result.outcome, BWExportResult::Outcome::Cancelled);
         QCOMPARE(TestFolder::read(target), "before");
         QCOMPARE(QDir(folder.path()).entryList({u"both*"_s}), QStringList{u"both.png"_s});

@@ -3,23 +3,19 @@
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWSceneController.h"
 #include "Model/Albums/BWAlbumContents.h"
+#include "Model/Export/BWPictureExport.h"
 #include "Model/LiveView/BWComparisonPicture.h"
 #include "Utils/BWFilePath.h"
-#include "Utils/BWLogging.h"
-#include "Utils/BWUIUtils.h"
-#include "Views/Albums/BWAlbumTexts.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWComparisonMarks.h"
 #include "Views/MainWindow/BWComparisonStrip.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
-#include "Views/Utils/BWFilePanels.h"
 
 #include <algorithm>
 #include <QAction>
 #include <QFile>
 #include <QLocale>
-#include <QStandardPaths>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -37,7 +33,7 @@ BWComparison::BWComparison(BWMainWindow &window, BWSceneController &scene, BWLiv
       m_callbacks(std::move(callbacks)),
       m_marks(new BWComparisonMarks(window.centeringClipView())),
       m_loader(clock),
-      m_clock(clock)
+      m_saver(window, texts, {m_callbacks.say, m_callbacks.showProgress, m_callbacks.panels}, clock)
 {
     connectMenu();
     window.setEscape(BWMainWindow::Escape::Comparison, [this] {
@@ -55,14 +51,6 @@ BWComparison::BWComparison(BWMainWindow &window, BWSceneController &scene, BWLiv
         else
             showTexts();
     });
-}
-
-BWComparison::~BWComparison()
-{
-    if (m_watch)
-        m_watch->cancel();
-    if (m_slow)
-        m_slow->cancel();
 }
 
 void BWComparison::connectMenu()
@@ -248,54 +236,15 @@ void BWComparison::save()
         return;
     }
     const BWCenteringClipView &view = m_window.centeringClipView();
-    const auto picture = std::make_shared<QImage>();
-    m_thread.run([picture,
-                  shown = std::make_shared<BWComparisonPicture::Shown>(
-                      BWComparisonPicture::Shown{m_liveView.scene(), view.viewport()->size(), view.scrollPosition(),
-                                                 frame, m_scene.referenceFrame()})]() mutable {
-        *picture = BWComparisonPicture::of(*shown);
-        shown.reset(); // a camera gets its buffer back
-    });
-    BWFilePanels::Save panel;
-    panel.title = m_texts.text(u"comparison"_s, u"save_title"_s, u"Save comparison"_s);
-    panel.message =
+    BWComparisonPicture::Shown shown{m_liveView.scene(), view.viewport()->size(), view.scrollPosition(), frame,
+                                     m_scene.referenceFrame()};
+    m_saver.save(
+        m_texts.text(u"comparison"_s, u"save_title"_s, u"Save comparison"_s),
         m_texts.text(u"comparison"_s, u"save_message"_s,
                      u"Both pictures are saved as one. A name that ends in .png keeps every pixel as it is; "
-                     ".jpg makes a smaller file."_s);
-    panel.extension = u"jpg"_s;
-    panel.otherExtension = u"png"_s;
-    panel.folder = BWFilePath::fromLocal(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
-    panel.name = proposedName();
-    m_callbacks.panels.save(&m_window, panel, [this, picture](const QUrl &target) { write(picture, target); });
-}
-
-void BWComparison::write(std::shared_ptr<QImage> picture, const QUrl &target)
-{
-    constexpr double noticeable = 0.5; // seconds
-    BWAlbumTexts texts;
-    texts.localizeWithManager(m_texts);
-    m_watch = std::make_shared<BWExportWatch>();
-    m_slow = DispatchAfterStrict::dispatchForQueue(
-        this, [this, text = texts.savingProgress.arg(target.fileName())] { m_callbacks.showProgress(text); },
-        noticeable, m_clock);
-    m_thread.run([this, alive = m_alive.watch(), picture = std::move(picture), target, watch = m_watch] {
-        const BWExportResult result = BWComparisonPicture::write(*picture, target, *watch);
-        if (result.outcome == BWExportResult::Outcome::Failed)
-            qCWarning(bwApp).noquote() << "Cannot save" << target.toDisplayString() << '-' << result.reason;
-        BWMainQueue::post(alive, [this, result] { written(result); });
-    });
-}
-
-void BWComparison::written(const BWExportResult &result)
-{
-    BWAlbumTexts texts;
-    texts.localizeWithManager(m_texts);
-    m_watch.reset();
-    std::exchange(m_slow, {})->cancel();
-    m_callbacks.showProgress({});
-    if (result.outcome == BWExportResult::Outcome::Done)
-        m_callbacks.say(texts.saved.arg(result.file.fileName()));
-    else if (result.outcome == BWExportResult::Outcome::Failed)
-        BWUIUtils::displayOKAlertOver(m_window, texts.errorSavingTitle,
-                                      texts.errorSaving.value(result.problem) + u"\n\n"_s + result.file.toLocalFile());
+                     ".jpg makes a smaller file."_s),
+        proposedName(), [shown = std::move(shown)] { return BWComparisonPicture::of(shown); },
+        [](const QImage &picture, const QUrl &target, const BWExportWatch &watch) {
+            return BWPictureExport::write(picture, target, watch);
+        });
 }

@@ -1,21 +1,17 @@
 #pragma once
 
+#include "App/LiveView/BWPictureSaver.h"
 #include "Model/Albums/BWAlbumStepper.h"
 #include "Model/Albums/BWStillLoader.h"
 #include "Model/LiveView/BWScene.h"
 #include "Model/Texts/BWLocalizationManager.h"
 
 #include <functional>
-#include <memory>
 #include <QObject>
-
-struct BWExportResult;
 
 class BWAlbumContents;
 class BWComparisonMarks;
-class BWExportWatch;
 class BWLiveViewController;
-class BWFilePanels;
 class BWMainWindow;
 class BWSceneController;
 
@@ -38,7 +34,6 @@ public:
     BWComparison(BWMainWindow &window, BWSceneController &scene, BWLiveViewController &liveView,
                  const BWAlbumContents &contents, BWLocalizationManager &texts, Callbacks callbacks,
                  BWClock &clock = BWClock::system());
-    ~BWComparison() override;
 
     /// Begins with the picture that is looked at, else with the last capture; or ends.
     void toggle();
@@ -61,7 +56,7 @@ public:
     /// Asks where, then saves both as one picture in the background: as they are shown now, however long the user takes to
     /// answer.
     void save();
-    bool isSaving() const { return m_watch != nullptr; }
+    bool isSaving() const { return m_saver.isSaving(); }
 
 private:
     void connectMenu();
@@ -71,8 +66,6 @@ private:
     void showTexts();
     QString mainName() const;
     QString proposedName() const;
-    void write(std::shared_ptr<QImage> picture, const QUrl &target);
-    void written(const BWExportResult &result);
     double &share() { return m_mode == BWScene::Mode::Divider ? m_line : m_opacity; }
 
     BWMainWindow &m_window;
@@ -89,9 +82,5 @@ private:
     BWScene::Mode m_mode = BWScene::Mode::SideBySide;
     double m_opacity = 0.35; // enough to aim by, while the live image stays clear
     double m_line = 0.5;
-    BWClock &m_clock;
-    BWAliveToken m_alive;
-    std::shared_ptr<BWExportWatch> m_watch; // while it is being saved
-    DispatchAfterStrict::Handle m_slow;
-    BWWorkerPool m_thread; // makes pictures, then writes them
+    BWPictureSaver m_saver;
 };

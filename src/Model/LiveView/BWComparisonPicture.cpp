@@ -1,21 +1,15 @@
 #include "Model/LiveView/BWComparisonPicture.h"
 
-#include "Model/Export/BWPartFile.h"
 #include "Model/LiveView/BWFrameRenderer.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <QBuffer>
-#include <QImageWriter>
 #include <QPainter>
 
-using namespace Qt::StringLiterals;
 using Mode = BWScene::Mode;
 
 namespace {
 
-constexpr int comparisonQuality = 95; // of a JPEG
 constexpr int longestSide = 32'000; // that every program can read
 
 /// One of the two as it lies on the picture that is made.
@@ -106,30 +100,4 @@ QImage BWComparisonPicture::of(const Shown &shown)
     }
     reference.draw(painter, area, clip);
     return picture;
-}
-
-BWExportResult BWComparisonPicture::write(const QImage &picture, const QUrl &target, const BWExportWatch &watch)
-{
-    const bool isPng = target.path().endsWith(u".png"_s, Qt::CaseInsensitive);
-    QBuffer bytes;
-    bytes.open(QIODevice::WriteOnly);
-    QImageWriter writer(&bytes, isPng ? "png" : "jpeg");
-    if (!isPng)
-        writer.setQuality(comparisonQuality);
-    if (picture.isNull() || !writer.write(picture))
-        return BWExportResult::targetFailed(target, ENOMEM);
-    BWPartFile part(target);
-    constexpr qint64 step = 4 << 20; // a disk may be slow
-    if (!part.create())
-        return BWExportResult::targetFailed(target, errno);
-    const QByteArray &all = bytes.data();
-    for (qint64 done = 0; done < all.size(); done += step) {
-        if (watch.isCancelled())
-            return BWExportResult::cancelled();
-        if (!part.writeAt(done, all.constData() + done, std::min<qint64>(step, all.size() - done)))
-            return BWExportResult::targetFailed(target, errno);
-    }
-    if (!part.complete())
-        return BWExportResult::targetFailed(target, errno);
-    return BWExportResult::done(target);
 }

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "BWACUDriver/BWFrame.h"
-#include "Model/Export/BWExportResult.h"
 #include "Model/LiveView/BWScene.h"
 
 #include <QImage>
 #include <QPoint>
 #include <QSize>
-#include <QUrl>
 
 /// Two pictures that are compared as one picture, as it is saved. Any thread.
 class BWComparisonPicture {
@@ -30,7 +28,4 @@ public:
     /// picture covers, one pixel to one of its own. Smaller, if that were more than `mostPixels`. Null if the main picture
     /// cannot be read.
     static QImage of(const Shown &shown);
-
-    /// Writes it as PNG if the target's name ends so, else as JPEG. A file there is replaced once all is well.
-    static BWExportResult write(const QImage &picture, const QUrl &target, const BWExportWatch &watch);
 };
