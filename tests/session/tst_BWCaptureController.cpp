@@ -4,6 +4,7 @@
 #include "BWACUDriver/BWSimulatedCameras.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/Capture/BWCaptureController.h"
+#include "Model/Measuring/BWPictureFile.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "MovieProbe.h"
 #include "Rows.h"
@@ -149,7 +150,8 @@ private Q_SLOTS:
 
     void snapshotsLandInTheAlbum()
     {
-        m_capture->setSnapshotTags(u"MX7"_s, u"BrimwellPro 1"_s, {{u"50x"_s, 8, 0.01, {}}, {}, u"MX7"_s, {}});
+        const QList<BWMeasurement> line{{u"length"_s, {{0.1, 0.1}, {0.35, 0.1}}, {}}};
+        m_capture->setSnapshotTags(u"MX7"_s, u"BrimwellPro 1"_s, {{u"50x"_s, 8, 0.01, {}}, {}, u"MX7"_s, line}, {4, 3});
         for (int i = 1; i <= 3; ++i) {
             m_capture->forceSnapshot(m_camera);
             captureFrame();
@@ -160,14 +162,17 @@ private Q_SLOTS:
                  QStringList({u"20240607_image_001.jpg"_s, u"20240607_image_002.jpg"_s, u"20240607_image_003.jpg"_s}));
         const QString path = inAlbum(u"20240607_image_003.jpg"_s);
         QCOMPARE(pictureIn(path).mid(18), lastFrame().mid(18)); // behind the resolution
+        QCOMPARE(QImage(path), QImage::fromData(lastFrame()));
         QProcess exiftool;
-        exiftool.start(u"exiftool"_s, {u"-j"_s, u"-validate"_s, u"-all"_s, path});
+        exiftool.start(u"exiftool"_s, {u"-j"_s, u"-validate"_s, u"-struct"_s, u"-all"_s, path});
         QVERIFY(exiftool.waitForFinished());
         const QJsonObject tags = QJsonDocument::fromJson(exiftool.readAllStandardOutput()).array().at(0).toObject();
         QCOMPARE(tags[u"Model"_s].toString(), u"MX7"_s);
         QCOMPARE(tags[u"Software"_s].toString(), u"BrimwellPro 1"_s);
         QCOMPARE(tags[u"Validate"_s].toString(), u"OK"_s);
         QCOMPARE(tags[u"MillimetresPerWidth"_s].toDouble(), 8.0);
+        const auto result = tags[u"Measurements"_s][0][u"Results"_s][0];
+        QCOMPARE(result[u"Value"_s].toDouble(), 2000.0); // micrometres
         QCOMPARE(tags[u"XResolution"_s].toDouble(), tags[u"ImageWidth"_s].toInt() / 0.8);
         QCOMPARE(tags[u"ExifImageWidth"_s].toInt(), tags[u"ImageWidth"_s].toInt());
         const QDateTime taken = QDateTime::fromString(tags[u"DateTimeOriginal"_s].toString(), u"yyyy:MM:dd HH:mm:ss"_s);
@@ -206,7 +211,10 @@ private Q_SLOTS:
         captureFrame();
         std::shared_ptr<void> busy = keepBusy(); // which does not matter
         m_capture->forceSnapshot(m_camera);
+        const QList<BWMeasurement> line{{u"length"_s, {{0.1, 0.1}, {0.35, 0.1}}, {}}};
+        m_capture->setSnapshotTags({}, {}, {{}, {}, {}, line}, {4, 3}); // laid over the frozen picture
         m_capture->pressHardwareButton(m_camera);
+        m_capture->setSnapshotTags({}, {}, {{}, {}, {}, line}, {16, 9}); // in a picture of another shape
         m_capture->forceSnapshot(nullptr);
         bool written = false;
         m_capture->whenStillsAreWritten([&] { m_albums->whenAdded([&] { written = true; }); });
@@ -215,6 +223,10 @@ private Q_SLOTS:
         QCOMPARE(m_stills, 4);
         for (const QString &name : std::as_const(m_saved))
             QCOMPARE(pictureIn(inAlbum(name)), frozen);
+        int measured = 0;
+        for (const QString &name : std::as_const(m_saved))
+            measured += int(BWPictureFile::read(QUrl::fromLocalFile(inAlbum(name))).metadata.measurements.size());
+        QCOMPARE(measured, 1);
         busy.reset();
         m_capture->setFrozenFrame({});
         m_capture->forceSnapshot(m_camera);

@@ -171,12 +171,13 @@ bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QStrin
 }
 
 void BWCaptureController::setSnapshotTags(const QString &camera, const QString &software,
-                                          const BWPictureMetadata &scale)
+                                          const BWPictureMetadata &scale, QSize measuredIn)
 {
     const std::lock_guard lock(m_shared->mutex);
     m_shared->tags.camera = camera;
     m_shared->tags.software = software;
     m_shared->tags.scale = scale;
+    m_shared->tags.measuredIn = measuredIn;
 }
 
 void BWCaptureController::setButtonRecords(bool records, std::function<void()> record)
@@ -229,11 +230,14 @@ void BWCaptureController::Shared::buttonPressed(BWCamera &camera, const std::wea
         camera.takeSnapshot();
 }
 
-/// Any thread.
+/// With what is measured in it by now. Any thread.
 BWCaptureController::Shared::Frozen BWCaptureController::Shared::frozenFrame()
 {
     const std::lock_guard lock(mutex);
-    return frozen;
+    Frozen now = frozen;
+    now.about.scale = tags.scale;
+    now.about.measuredIn = tags.measuredIn;
+    return now;
 }
 
 /// GUI thread, which does not wait for the encoder. A frame that turns out to be torn leaves its press to the camera's

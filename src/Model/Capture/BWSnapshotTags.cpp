@@ -7,7 +7,6 @@
 #include <cstring>
 #include <libexif/exif-data.h>
 #include <memory>
-#include <QSize>
 #include <QtEndian>
 
 namespace {
@@ -102,11 +101,14 @@ QByteArray BWSnapshotTags::addedTo(const QByteArray &jpeg) const
     const QByteArray tagged = header.hasExif()
         ? jpeg
         : jpeg.left(place) + exifSegment(*this, {header.width(), header.height()}) + jpeg.mid(place);
-    if (scale.calibration.isNull())
+    BWPictureMetadata metadata = scale;
+    if (qint64(measuredIn.width()) * header.height() != qint64(measuredIn.height()) * header.width())
+        metadata.measurements.clear();
+    if (metadata.calibration.isNull() && metadata.measurements.isEmpty())
         return tagged;
-    const BWPictureMetadata::Written scaled = scale.addedTo(tagged);
+    const BWPictureMetadata::Written scaled = metadata.addedTo(tagged);
     if (scaled.problem == BWPictureProblem::None)
         return scaled.jpeg;
-    qCWarning(bwApp, "Snapshot: it goes without its scale, as %s", qUtf8Printable(scaled.detail));
+    qCWarning(bwApp, "Snapshot: it goes without scale and measurements, as %s", qUtf8Printable(scaled.detail));
     return tagged;
 }
