@@ -87,12 +87,46 @@ void copyAttributes(int from, int to)
     }
 }
 
-BWPictureFile::Saved savedPicture(const QUrl &link, const BWPictureMetadata &metadata, const QByteArray &fingerprint)
+BWFileIdentity identityOf(int descriptor)
+{
+    struct stat info;
+    if (::fstat(descriptor, &info) != 0)
+        return {};
+    return {info.st_dev, info.st_ino};
+}
+
+/// The path without links; empty, with the reason in `errno`, if nothing is there.
+QByteArray realPath(const QByteArray &path)
+{
+    char *const real = ::realpath(path.constData(), nullptr);
+    const QByteArray found(real);
+    std::free(real);
+    return found;
+}
+
+/// The same for a file that may have another name by now.
+QByteArray realPath(const QByteArray &path, const BWFileIdentity &identity)
+{
+    QByteArray found = realPath(path);
+    if (!found.isEmpty() || errno != ENOENT || identity.number == 0)
+        return found;
+    const QByteArray folder = path.left(path.lastIndexOf('/') + 1);
+    const auto names = BWFilePath::entries(BWFilePath::url(folder)).value_or(QList<QByteArray>());
+    for (const QByteArray &name : names) {
+        struct stat info;
+        const bool isThere = ::lstat((folder + name).constData(), &info) == 0 && S_ISREG(info.st_mode);
+        if (isThere && BWFileIdentity{info.st_dev, info.st_ino} == identity)
+            return realPath(folder + name);
+    }
+    errno = ENOENT;
+    return {};
+}
+
+BWPictureFile::Saved savedPicture(const QUrl &link, const BWPictureMetadata &metadata, const QByteArray &fingerprint,
+                                  const BWFileIdentity &identity)
 {
     // A new file in place of a link would leave the picture that it leads to as it is.
-    char *const real = ::realpath(BWFilePath::native(link).constData(), nullptr);
-    const QByteArray path(real);
-    std::free(real);
+    const QByteArray path = realPath(BWFilePath::native(link), identity);
     if (path.isEmpty())
         return pictureUnread(link);
     const QUrl file = BWFilePath::url(path);
@@ -111,23 +145,27 @@ BWPictureFile::Saved savedPicture(const QUrl &link, const BWPictureMetadata &met
     if (written.problem != BWPictureProblem::None)
         return {written.problem, written.detail, {}};
     if (written.jpeg == before)
-        return {BWPictureProblem::None, {}, fingerprint};
+        return {BWPictureProblem::None, {}, fingerprint, identityOf(source->descriptor())};
     BWPartFile part(file);
     if (!part.create() || !part.writeAt(0, written.jpeg.constData(), written.jpeg.size()))
         return pictureUnwritten(file);
     copyAttributes(source->descriptor(), part.descriptor());
+    // What takes long comes before the last look at the old file, which may be renamed or moved to the Trash meanwhile.
+    ::fdatasync(part.descriptor());
     if (!source->isUnchanged() || !source->isAt(path))
         return {BWPictureProblem::Changed, u"it changed while it was saved"_s, {}};
+    const BWFileIdentity now = identityOf(part.descriptor());
     if (!part.complete())
         return pictureUnwritten(file);
-    return {BWPictureProblem::None, {}, fingerprintOf(written.jpeg)};
+    return {BWPictureProblem::None, {}, fingerprintOf(written.jpeg), now};
 }
 
 } // namespace
 
 BWPictureFile::Read BWPictureFile::read(const QUrl &file)
 {
-    const QByteArray bytes = bytesOf(BWExportSource::open(file));
+    const auto source = BWExportSource::open(file);
+    const QByteArray bytes = bytesOf(source);
     Read read;
     if (bytes.isNull()) {
         const Saved failure = pictureUnread(file);
@@ -136,6 +174,10 @@ BWPictureFile::Read BWPictureFile::read(const QUrl &file)
     } else {
         static_cast<BWPictureMetadata::Read &>(read) = BWPictureMetadata::from(bytes);
         read.fingerprint = fingerprintOf(bytes);
+        read.identity = identityOf(source->descriptor());
+        if (read.problem != BWPictureProblem::NotJpeg)
+            read.turn = BWJpegPicture::turnOf(
+                {reinterpret_cast<const uint8_t *>(bytes.constData()), std::size_t(bytes.size())});
     }
     if (read.problem != BWPictureProblem::None)
         qCWarning(bwModel).noquote() << "Measurements in" << file.toDisplayString() << '-' << read.detail;
@@ -143,9 +185,9 @@ BWPictureFile::Read BWPictureFile::read(const QUrl &file)
 }
 
 BWPictureFile::Saved BWPictureFile::save(const QUrl &file, const BWPictureMetadata &metadata,
-                                         const QByteArray &fingerprint)
+                                         const QByteArray &fingerprint, const BWFileIdentity &identity)
 {
-    const Saved result = savedPicture(file, metadata, fingerprint);
+    const Saved result = savedPicture(file, metadata, fingerprint, identity);
     if (result.problem != BWPictureProblem::None)
         qCWarning(bwModel).noquote() << "Measurements cannot be saved in" << file.toDisplayString() << '-'
                                      << result.detail;

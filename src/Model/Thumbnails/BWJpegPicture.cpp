@@ -67,16 +67,11 @@ int orientationOf(std::span<const uint8_t> jpeg)
     return orientation;
 }
 
-QImage turned(QImage image, int orientation)
+QImage turned(QImage image, BWJpegPicture::Turn turn)
 {
-    const bool mirrored = orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;
-    const int degrees = orientation == 3 || orientation == 4 ? 180
-        : orientation == 5 || orientation == 8               ? 270
-        : orientation == 6 || orientation == 7               ? 90
-                                                             : 0;
-    if (mirrored)
+    if (turn.mirrored)
         image = std::move(image).mirrored(true, false); // in place
-    return degrees == 0 ? image : image.transformed(QTransform().rotate(degrees));
+    return turn.degrees == 0 ? image : image.transformed(QTransform().rotate(turn.degrees));
 }
 
 /// Printers' colours as files hold them: inverted, the amount of black folded in.
@@ -120,6 +115,16 @@ BWJpegPicture::~BWJpegPicture()
 void BWJpegPicture::reset()
 {
     tjDestroy(std::exchange(m_decoder, nullptr));
+}
+
+BWJpegPicture::Turn BWJpegPicture::turnOf(std::span<const uint8_t> jpeg)
+{
+    const int orientation = orientationOf(jpeg);
+    const int degrees = orientation == 3 || orientation == 4 ? 180
+        : orientation == 5 || orientation == 8               ? 270
+        : orientation == 6 || orientation == 7               ? 90
+                                                             : 0;
+    return {orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7, degrees};
 }
 
 QString BWJpegPicture::error() const
@@ -193,7 +198,7 @@ QImage BWJpegPicture::thumbnail(std::span<const uint8_t> jpeg, BWThumbnailSize s
     } else {
         m_scaled = {}; // handed out: must not be written again
     }
-    return turned(std::move(image), orientationOf(jpeg));
+    return turned(std::move(image), turnOf(jpeg));
 }
 
 BWJpegPicture::Whole BWJpegPicture::whole(std::span<const uint8_t> jpeg, int64_t mostPixels)
@@ -224,6 +229,6 @@ BWJpegPicture::Whole BWJpegPicture::whole(std::span<const uint8_t> jpeg, int64_t
     }
     if (picture.isCmyk())
         fromCmyk(whole.image);
-    whole.image = turned(std::move(whole.image), orientationOf(jpeg));
+    whole.image = turned(std::move(whole.image), turnOf(jpeg));
     return whole;
 }

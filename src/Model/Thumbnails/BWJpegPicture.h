@@ -29,6 +29,15 @@ public:
         bool tooLarge = false; ///< has more pixels; if it is neither, there is no memory for it
         QString error{}; ///< what is wrong, for the log
     };
+    /// How the Exif data say that an image is to be turned: mirrored left to right first, then clockwise.
+    struct Turn {
+        bool mirrored = false;
+        int degrees = 0; ///< clockwise, a multiple of 90
+
+        bool isNone() const { return !mirrored && degrees == 0; }
+    };
+    static Turn turnOf(std::span<const uint8_t> jpeg);
+
     /// The image in its own size, if it has no more pixels than that.
     Whole whole(std::span<const uint8_t> jpeg, int64_t mostPixels);
 
