@@ -2,6 +2,7 @@
 
 #include "Model/Measuring/BWScaleBar.h"
 
+#include <algorithm>
 #include <cmath>
 #include <QFontMetricsF>
 #include <QPainter>
@@ -128,7 +129,15 @@ void BWMeasurementPainter::drawLabel(const QString &text, QPointF beside) const
     const QFontMetricsF metrics(m_font);
     const QRectF bounds = metrics.boundingRect(text);
     QPainterPath path;
-    path.addText(beside + QPointF(8 * m_lineWidth, -8 * m_lineWidth) - QPointF(bounds.left(), 0), m_font, text);
+    QPointF place = beside + QPointF(8 * m_lineWidth, -8 * m_lineWidth) - QPointF(bounds.left(), 0);
+    if (!m_textArea.isEmpty()) {
+        const double edge = 3 * m_lineWidth;
+        const QRectF area = m_textArea.adjusted(edge, edge, -edge, -edge);
+        const QRectF lies = bounds.translated(place);
+        place.rx() += std::max(0.0, area.left() - lies.left()) - std::max(0.0, lies.right() - area.right());
+        place.ry() += std::max(0.0, area.top() - lies.top()) - std::max(0.0, lies.bottom() - area.bottom());
+    }
+    path.addText(place, m_font, text);
     m_painter.strokePath(path, QPen(edgeColor, 3 * m_lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     m_painter.fillPath(path, Qt::white);
 }

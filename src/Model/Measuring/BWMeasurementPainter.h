@@ -18,6 +18,9 @@ public:
     BWMeasurementPainter(QPainter &painter, const QTransform &pictureToTarget, double lineWidth, const QFont &font,
                          const QLocale &locale);
 
+    /// Texts that would lie partly outside of that area, in the painter's units, are moved into it.
+    void keepTextsIn(const QRectF &area) { m_textArea = area; }
+
     /// `isActive` is the one being placed or moved; its points have handles.
     void draw(const BWMeasurement &measurement, const BWPictureScale &scale, bool isActive = false) const;
     /// A cross where the next point will be.
@@ -37,4 +40,5 @@ private:
     double m_lineWidth;
     QFont m_font;
     QLocale m_locale;
+    QRectF m_textArea; // empty: anywhere
 };
