@@ -8,6 +8,7 @@
 #include "App/LiveView/BWGridController.h"
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWLookBackController.h"
+#include "App/LiveView/BWMeasurementsInFile.h"
 #include "App/LiveView/BWMeasuringController.h"
 #include "App/LiveView/BWSceneController.h"
 #include "App/Start/BWStatisticsReport.h"
@@ -164,15 +165,7 @@ void AppDelegate::prepareUI()
     m_window->menu().showTools(m_options.technician);
     m_window->showStatistics(config.showStatistics());
     prepareCapture();
-    m_lookBack =
-        std::make_unique<BWLookBackController>(*m_window, *m_scene, m_repository.albumManager(), *m_albumContents,
-                                               *m_statusLine, texts, m_options.openUrl, m_clock);
-    m_comparison = std::make_unique<BWComparison>(
-        *m_window, *m_scene, *m_liveView, *m_albumContents, texts,
-        BWComparison::Callbacks{[this] { return m_lookBack->file(); }, [this] { return m_lastCapture->file(); },
-                                [this](const QString &text) { m_statusLine->showForAMoment(text); },
-                                [this](const QString &text) { m_statusLine->setProgress(text); }, m_panels},
-        m_clock);
+    prepareStills();
     m_auxiliaryWindows = std::make_unique<BWAuxiliaryWindows>(*m_window, m_repository, m_session, m_productInUse,
                                                               m_options.openUrl, m_clock);
     m_sessionWindows = std::make_unique<BWSessionWindows>(
@@ -251,6 +244,30 @@ void AppDelegate::prepareCapture()
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->reportRecovered(last); });
 }
 
+/// What shows pictures in place of the live image, or beside it.
+void AppDelegate::prepareStills()
+{
+    BWLocalizationManager &texts = m_repository.localizationManager();
+    const auto say = [this](const QString &text) { m_statusLine->showForAMoment(text); };
+    const auto showProgress = [this](const QString &text) { m_statusLine->setProgress(text); };
+    m_lookBack =
+        std::make_unique<BWLookBackController>(*m_window, *m_scene, m_repository.albumManager(), *m_albumContents,
+                                               *m_statusLine, texts, m_options.openUrl, m_clock);
+    m_comparison = std::make_unique<BWComparison>(*m_window, *m_scene, *m_liveView, *m_albumContents, texts,
+                                                  BWComparison::Callbacks{[this] { return m_lookBack->file(); },
+                                                                          [this] { return m_lastCapture->file(); }, say,
+                                                                          showProgress, m_panels},
+                                                  m_clock);
+    m_measurementsInFile = std::make_unique<BWMeasurementsInFile>(
+        BWMeasurementsInFile::Parts{*m_measuring, *m_window, *m_liveView, *m_scene, texts,
+                                    BWPictureSaver::Callbacks{say, showProgress, m_panels},
+                                    [this] {
+                                        const BWCameraProductPtr &product = m_productInUse.product();
+                                        return product ? product->name() : QString();
+                                    }},
+        m_clock);
+}
+
 void AppDelegate::connectSession()
 {
     connect(&m_session, &BWCameraSession::statusChanged, this, &AppDelegate::updateStateLabel);
@@ -261,10 +278,20 @@ void AppDelegate::connectSession()
     connect(m_sessionWindows.get(), &BWSessionWindows::terminateRequested, this,
             &AppDelegate::applicationShouldTerminate);
     connect(m_grid.get(), &BWGridController::gridChanged, this, &AppDelegate::updateStateLabel);
-    connect(&m_productInUse, &BWProductInUse::loaded, this, [this] {
-        const BWCameraProductPtr &product = m_productInUse.product();
-        m_capture->setSnapshotTags(product ? product->name() : QString(), QStringLiteral("BrimwellPro " BW_VERSION));
-    });
+    connect(&m_productInUse, &BWProductInUse::loaded, this, &AppDelegate::tagSnapshots);
+    connect(m_measuring.get(), &BWMeasuringController::changed, this, &AppDelegate::tagSnapshots);
+    connect(m_measurementsInFile.get(), &BWMeasurementsInFile::problemChanged, this, &AppDelegate::updateStateLabel);
+    tagSnapshots();
+}
+
+/// Snapshots say how large what they show is, and what was measured in it.
+void AppDelegate::tagSnapshots()
+{
+    const BWCameraProductPtr &product = m_productInUse.product();
+    BWMeasuringController::OfCamera measured = m_measuring->ofCamera();
+    measured.metadata.product = product ? product->name() : QString();
+    m_capture->setSnapshotTags(measured.metadata.product, QStringLiteral("BrimwellPro " BW_VERSION), measured.metadata,
+                               measured.picture);
 }
 
 void AppDelegate::connectActions()
@@ -337,10 +364,16 @@ BWQuitting::Callbacks AppDelegate::quittingCallbacks()
         .isSaving =
             [this] {
                 return (m_auxiliaryWindows && m_auxiliaryWindows->isSaving())
-                    || (m_comparison && m_comparison->isSaving());
+                    || (m_comparison && m_comparison->isSaving())
+                    || (m_measurementsInFile
+                        && (m_measurementsInFile->isSavingCopy() || !m_measurementsInFile->unsaved().isEmpty()));
             },
         .mayStopSaving =
             [this] {
+                const QStringList unsaved = m_measurementsInFile->unsaved();
+                if (!unsaved.isEmpty())
+                    return BWUIUtils::displayOKCancelAlert(m_texts.quitUnsavedTitle,
+                                                           m_texts.quitUnsavedMessage.arg(unsaved.join(u'\n')));
                 return BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);
             },
         .stopCamera = [this](std::function<void()> done) { m_session.stopForQuit(std::move(done)); },
@@ -353,14 +386,26 @@ BWQuitting::Callbacks AppDelegate::quittingCallbacks()
             [this](std::function<void()> done) {
                 if (m_statusLine)
                     m_statusLine->setProgress(m_texts.quitWaitsForCaptures); // until a copy reports its progress
-                const auto whenAdded = [this, done = std::move(done)] { m_repository.albumManager().whenAdded(done); };
+                const auto whenSaved = [this, done = std::move(done)] {
+                    if (m_measurementsInFile)
+                        m_measurementsInFile->whenSaved(done);
+                    else
+                        done();
+                };
+                const auto whenAdded = [this, whenSaved] { m_repository.albumManager().whenAdded(whenSaved); };
                 if (m_capture)
                     m_capture->whenStillsAreWritten(whenAdded);
                 else
                     whenAdded();
             },
         .mayLeaveCaptures =
-            [this] { return BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage); },
+            [this] {
+                const QStringList measured = m_measurementsInFile ? m_measurementsInFile->onTheWay() : QStringList();
+                if (!measured.isEmpty())
+                    return BWUIUtils::displayOKCancelAlert(m_texts.quitUnsavedTitle,
+                                                           m_texts.quitUnsavedMessage.arg(measured.join(u'\n')));
+                return BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage);
+            },
         .leaveCaptures = [this] { m_repository.albumManager().abandonAdding(); },
         .end = [this] { m_options.quit(); },
     };
@@ -396,6 +441,10 @@ void AppDelegate::updateStateLabel()
 {
     using Kind = BWStatusLine::Kind;
     using Main = BWSceneController::Main;
+    if (const QString problem = m_measurementsInFile->problem(); !problem.isNull()) {
+        m_statusLine->setText(problem, Kind::Lasting);
+        return;
+    }
     if (!currentCamera()) {
         m_statusLine->setText(m_texts.noCameraDetectedPlaceholder, Kind::Lasting);
         return;

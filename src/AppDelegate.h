@@ -36,6 +36,7 @@ class BWLastCaptureController;
 class BWLiveViewController;
 class BWLookBackController;
 class BWMainWindow;
+class BWMeasurementsInFile;
 class BWMeasuringController;
 class BWRepository;
 class BWSceneController;
@@ -92,9 +93,11 @@ private:
     void prepareUI();
     void completeLaunch();
     void prepareCapture();
+    void prepareStills();
     void connectSession();
     void connectActions();
     void prepareCamera(const BWCameraPtr &camera);
+    void tagSnapshots();
     void reportUnstoredSettings();
     void resetLayout();
     void openAlbumFolder();
@@ -126,6 +129,7 @@ private:
     std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
     std::unique_ptr<BWLookBackController> m_lookBack;
     std::unique_ptr<BWComparison> m_comparison;
+    std::unique_ptr<BWMeasurementsInFile> m_measurementsInFile;
     std::unique_ptr<BWAuxiliaryWindows> m_auxiliaryWindows;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
     BWDialogFilePanels m_panels;

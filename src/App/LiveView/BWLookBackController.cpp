@@ -5,10 +5,13 @@
 #include "Utils/BWFilePath.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWMeasuringMenu.h"
 #include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatusLine.h"
 
+#include <QAction>
 #include <QFile>
 #include <QKeyEvent>
 #include <utility>
@@ -116,7 +119,7 @@ void BWLookBackController::loaded(const BWAlbumPicture &still)
         m_liveName = m_window.centeringClipView().accessibleName();
     m_window.setShowsLive(false);
     updateCaption();
-    m_scene.showAlbumPicture(still.image, still.file.toString());
+    m_scene.showAlbumPicture(still.image, QString::fromLatin1(still.file.toEncoded()));
 }
 
 void BWLookBackController::updateCaption()
@@ -210,10 +213,16 @@ void BWLookBackController::undoTrash()
 
 bool BWLookBackController::takes(const QKeyEvent &key) const
 {
-    return (key.matches(QKeySequence::Undo) && m_albums.canUndoRemoving())
-        || (key.modifiers() == Qt::NoModifier
-            && (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right || key.key() == Qt::Key_Delete
-                || (m_still.isMovie && key.key() == Qt::Key_Return)));
+    // Whoever measures means the last measurement, or the selected one, and not the file.
+    const BWMeasuringMenu &measuring = *m_window.menu().measuring;
+    const bool measures = measuring.showTools->isChecked();
+    if (key.matches(QKeySequence::Undo))
+        return m_albums.canUndoRemoving() && !(measures && measuring.undo->isEnabled());
+    if (key.key() == Qt::Key_Delete && measures && measuring.remove->isEnabled())
+        return false;
+    return key.modifiers() == Qt::NoModifier
+        && (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right || key.key() == Qt::Key_Delete
+            || (m_still.isMovie && key.key() == Qt::Key_Return));
 }
 
 bool BWLookBackController::press(const QKeyEvent &key)

@@ -55,8 +55,11 @@ BWMeasuringController::BWMeasuringController(const Parts &parts)
     connect(&parts.liveView, &BWLiveViewController::imageDisplayUpdated, this, &BWMeasuringController::followPicture);
     connect(&parts.scene, &BWSceneController::mainChanged, this, [this] {
         followPicture();
-        if (m_parts.scene.main() == BWSceneController::Main::Album && m_parts.scene.albumPicture().isEmpty())
-            setMeasurements({}, {}); // which picture it is nobody knows: surely not the one before
+        if (m_parts.scene.main() == BWSceneController::Main::Album && m_sheet->isOfAlbum && m_sheet->of.isEmpty()) {
+            m_sheet->list.reset(); // which picture it is nobody knows: surely not the one before
+            m_sheet->calibration = {};
+            followScale();
+        }
     });
     connect(&parts.productInUse, &BWProductInUse::loaded, this, &BWMeasuringController::followPicture);
     followPicture();
@@ -168,10 +171,16 @@ void BWMeasuringController::followPicture()
     std::unique_ptr<Sheet> &sheet = m_sheets[key];
     if (!sheet)
         sheet = std::make_unique<Sheet>();
+    sheet->isOfAlbum = isAlbum;
+    sheet->of = isAlbum ? m_parts.scene.albumPicture() : m_camera;
+    sheet->pixels = size;
     if (m_sheet && m_sheet != sheet.get()) {
         while (m_sheet->tool.cancel()) { }
+        m_shownScale = {}; // another picture may have another one
     }
     m_sheet = sheet.get();
+    if (!isAlbum)
+        m_cameraSheet = m_sheet;
     m_sheet->tool.setPicture(size);
     if (m_sheet->tool.kind() != m_menu.kind())
         m_sheet->tool.setKind(m_menu.kind());
@@ -291,16 +300,41 @@ void BWMeasuringController::showResults(bool shown)
     m_results->setVisible(shown);
 }
 
-void BWMeasuringController::setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration)
+void BWMeasuringController::setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration)
 {
-    m_sheet->list.reset(measurements);
+    BWMeasurementList &list = m_sheet->list;
+    if (list.items().isEmpty() && !list.canUndo()) {
+        list.reset(measurements);
+    } else {
+        list.beginChange();
+        list.clear();
+        for (const BWMeasurement &one : measurements)
+            list.add(one);
+        list.endChange();
+    }
+    m_sheet->known = measurements.size();
     m_sheet->calibration = calibration;
+    m_shownScale = scale(); // which is no news
     followScale();
+}
+
+BWMeasuringController::OfCamera BWMeasuringController::ofCamera() const
+{
+    OfCamera all;
+    all.metadata.calibration = m_calibrations.chosen(product());
+    all.metadata.unit = unitOf(all.metadata.calibration);
+    // Another camera may have come while an album's picture shows.
+    if (m_cameraSheet && m_cameraSheet->of == m_camera) {
+        all.metadata.measurements = m_cameraSheet->list.items();
+        all.picture = m_cameraSheet->pixels;
+    }
+    return all;
 }
 
 /// Shows everything as it is now.
 void BWMeasuringController::refresh()
 {
+    announceChange(); // whose listeners may bring something back
     const BWPictureScale scale = this->scale();
     const QList<BWMeasurement> &items = m_sheet->list.items();
     if (!items.isEmpty())
@@ -324,6 +358,13 @@ void BWMeasuringController::refresh()
                   .arg(scale.calibration.name)
             : m_parts.texts.text(u"measuring"_s, u"scale_gone"_s, u"No scale is chosen: lengths are now in pixels"_s),
         longNotice);
+}
+
+void BWMeasuringController::announceChange()
+{
+    const std::tuple now(static_cast<const Sheet *>(m_sheet), measurements(), scale());
+    if (std::exchange(m_lastChange, now) != now)
+        Q_EMIT changed();
 }
 
 /// "Length 2", as in the table of results.

@@ -2,11 +2,13 @@
 
 #include "Model/Measuring/BWCalibration.h"
 #include "Model/Measuring/BWMeasuringTool.h"
+#include "Model/Measuring/BWPictureMetadata.h"
 
 #include <map>
 #include <memory>
 #include <QObject>
 #include <QPointer>
+#include <tuple>
 
 class BWConfigManager;
 class BWFilePanels;
@@ -51,11 +53,25 @@ public:
     void setOpen(bool open);
     bool isOpen() const { return m_isOpen; }
 
+    /// Which picture of all albums the next ones are about, as the scene names it; null: that of the camera.
+    QString albumPicture() const { return m_sheet->isOfAlbum ? m_sheet->of : QString(); }
     /// Of the picture that shows.
     const QList<BWMeasurement> &measurements() const { return m_sheet->list.items(); }
     BWPictureScale scale() const;
-    /// Replaces what was measured in the album's picture that shows, as it was read from its file. Nothing can be undone.
-    void setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration);
+    /// Replaces what was measured in the album's picture that shows, as it was read from its file. Only if something was
+    /// there before, that can be undone.
+    void setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration);
+
+    /// What a snapshot of the camera would show now, whatever picture does.
+    struct OfCamera {
+        BWPictureMetadata metadata; ///< but for the product's name
+        QSize picture; ///< pixels of the picture in which it was measured
+    };
+    OfCamera ofCamera() const;
+
+Q_SIGNALS:
+    /// Another picture, measurement or scale. While a point is moved, at each step.
+    void changed();
 
 private:
     /// A picture with what was measured in it.
@@ -63,6 +79,9 @@ private:
         BWMeasurementList list;
         BWMeasuringTool tool{list};
         BWCalibration calibration; ///< of an album's picture; the live image has that of the product
+        bool isOfAlbum = false;
+        QString of{}; ///< the name of the album's picture, or the type of the camera
+        QSize pixels{}; ///< as it was last shown
         qsizetype known = 0; ///< measurements that were announced
     };
 
@@ -77,6 +96,7 @@ private:
     void showResults(bool shown);
     void refresh();
     void announceEdit();
+    void announceChange();
     QString product() const;
     QString nameOf(qsizetype measurement) const;
     QString described(qsizetype measurement) const;
@@ -86,11 +106,13 @@ private:
     BWCalibrations m_calibrations;
     std::map<QString, std::unique_ptr<Sheet>> m_sheets; // by picture
     Sheet *m_sheet; // that of the picture that shows
+    Sheet *m_cameraSheet = nullptr; // that of the camera's picture, while it shows or last showed
     QString m_camera; // the type of the last one
     BWPictureScale m_shownScale;
     QPointer<BWMeasuringLayer> m_layer; // made when first wanted, like the strip; the window owns them
     QPointer<BWMeasuringStrip> m_strip;
     QPointer<BWMeasurementResultsPanel> m_results; // the window owns it as well
     QString m_announced;
+    std::tuple<const Sheet *, QList<BWMeasurement>, BWPictureScale> m_lastChange;
     bool m_isOpen = false;
 };

@@ -52,6 +52,10 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
         u"camera_window"_s, u"quit_while_saving_message"_s,
         u"Files of an album are still being saved elsewhere. If you quit now, they are not saved; the album "
         "keeps them."_s);
+    quitUnsavedTitle = manager.text(u"measuring"_s, u"quit_unsaved_title"_s, u"Quit and lose measurements?"_s);
+    quitUnsavedMessage = manager.text(
+        u"measuring"_s, u"quit_unsaved_message"_s,
+        u"Measurements could not be saved in the files of these pictures, and are lost if you quit now:\n%1"_s);
     quitWaitsForCaptures =
         manager.text(u"camera_window"_s, u"quit_waits_for_captures"_s,
                      u"Waiting for a capture on its way into the album. Quit again to leave it to the next start."_s);

@@ -28,6 +28,8 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString homeNotUsableMessage;
     QString quitWhileSavingTitle;
     QString quitWhileSavingMessage;
+    QString quitUnsavedTitle;
+    QString quitUnsavedMessage; ///< with %1, names of pictures
     QString quitWaitsForCaptures;
     QString quitAtOnceTitle;
     QString quitAtOnceMessage;

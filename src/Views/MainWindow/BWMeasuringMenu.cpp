@@ -42,6 +42,8 @@ BWMeasuringMenu::BWMeasuringMenu(QMenu &menu, QObject *parent) : QObject(parent)
     calibrate = add({});
     results = add({u"Ctrl+Shift+M"_s});
     results->setCheckable(true);
+    menu.addSeparator();
+    saveCopy = add({u"Ctrl+E"_s}); // as files of an album are saved elsewhere
     for (QAction *action : menu.actions())
         action->setAutoRepeat(false); // a key held down a moment too long undoes one step, not twenty
     connect(m_tools, &QActionGroup::triggered, this,
@@ -63,6 +65,7 @@ void BWMeasuringMenu::localizeWithManager(BWLocalizationManager &manager)
     scaleBar->setText(manager.text(u"measuring"_s, u"scale_bar_menu_item"_s, u"Scale &bar"_s));
     calibrate->setText(manager.text(u"measuring"_s, u"calibrate_menu_item"_s, u"&Calibrate..."_s));
     results->setText(manager.text(u"measuring"_s, u"results_menu_item"_s, u"R&esults"_s));
+    saveCopy->setText(manager.text(u"measuring"_s, u"save_copy_menu_item"_s, u"&Save with measurements..."_s));
 }
 
 QList<QAction *> BWMeasuringMenu::tools() const

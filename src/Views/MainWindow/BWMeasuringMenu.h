@@ -34,6 +34,7 @@ public:
     QAction *scaleBar;
     QAction *calibrate;
     QAction *results;
+    QAction *saveCopy;
 
 Q_SIGNALS:
     /// The user has chosen it, or chosen it again.
