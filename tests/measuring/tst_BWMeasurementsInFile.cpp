@@ -20,6 +20,7 @@
 #include "Views/Utils/BWFilePanels.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QBuffer>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -161,7 +162,11 @@ class TestMeasurementsInFile : public QObject {
     }
 
 private Q_SLOTS:
-    void init() { m_folder = std::make_unique<TestFolder>(); }
+    void init()
+    {
+        m_folder = std::make_unique<TestFolder>();
+        inAlbum(1);
+    }
 
     void keptAndBroughtBack()
     {
@@ -301,6 +306,24 @@ private Q_SLOTS:
         QTRY_COMPARE(bench.inFile.problem().isNull(), laterSaved);
         QTRY_COMPARE(bench.inFile.unsaved().isEmpty(), laterSaved);
         QCOMPARE(TestFolder::read(file) == before, !laterSaved);
+    }
+
+    /// And not the file, as it does while nothing is measured.
+    void deleteMeansTheMeasurement()
+    {
+        Bench bench(*m_folder);
+        const auto isForTheFile = [&bench] {
+            QKeyEvent key(QEvent::ShortcutOverride, Qt::Key_Delete, Qt::NoModifier);
+            key.ignore();
+            QApplication::sendEvent(&bench.view, &key);
+            return key.isAccepted();
+        };
+        bench.show(bench.contents.files(BWMediaType::Image)[0]);
+        QVERIFY(isForTheFile());
+        bench.measure();
+        bench.menu.tools()[0]->trigger();
+        QTest::keyClick(bench.window.findChild<BWMeasuringLayer *>(), Qt::Key_Tab); // selects it
+        QVERIFY(!isForTheFile());
     }
 
     /// Before the last change is saved.

@@ -77,6 +77,8 @@ void BWMeasuringController::connectMenu()
     connect(&m_menu, &BWMeasuringMenu::kindPicked, this, [this](const QString &kind) {
         setOpen(true);
         pickKind(kind);
+        if (m_parts.window.centeringClipView().hasFocus()) // where Space takes a snapshot
+            m_layer->setFocus();
     });
     const auto connectEdit = [this](QAction *action, auto edit) {
         connect(action, &QAction::triggered, this, [this, edit] {

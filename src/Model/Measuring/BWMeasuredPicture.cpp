@@ -11,8 +11,8 @@
 
 namespace {
 
-/// Of the points that a picture usually has on a screen, in width and height alike.
-constexpr double usualSide = 700;
+/// Of a picture that is as large in a window as people like it: the mean of width and height, in points.
+constexpr double usualSide = 560;
 constexpr double finestLine = 0.7; // that can still be seen
 
 double lineWidthIn(QSize size)

@@ -179,7 +179,7 @@ BWPictureFile::Read BWPictureFile::read(const QUrl &file)
             read.turn = BWJpegPicture::turnOf(
                 {reinterpret_cast<const uint8_t *>(bytes.constData()), std::size_t(bytes.size())});
     }
-    if (read.problem != BWPictureProblem::None)
+    if (read.problem != BWPictureProblem::None && read.problem != BWPictureProblem::NotJpeg)
         qCWarning(bwModel).noquote() << "Measurements in" << file.toDisplayString() << '-' << read.detail;
     return read;
 }
