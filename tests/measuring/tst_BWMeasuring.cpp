@@ -166,9 +166,17 @@ private Q_SLOTS:
         QVERIFY(!list.canRedo());
         list.undo();
         QVERIFY(!list.isChanged());
-        while (list.canUndo())
-            list.undo();
-        QVERIFY(list.items().isEmpty());
+        // In the middle of the list, too.
+        list.reset({line, longer, line, longer});
+        list.replace(1, line);
+        list.remove(2);
+        list.undo();
+        QCOMPARE(list.items(), (QList{line, line, line, longer}));
+        list.undo();
+        QCOMPARE(list.items(), (QList{line, longer, line, longer}));
+        for (int i = 0; i < 3; ++i)
+            list.redo();
+        QCOMPARE(list.items(), (QList{line, line, longer}));
     }
 
     void handsPlaceAndMovePoints()

@@ -1,5 +1,6 @@
 #include "Model/Measuring/BWMeasurementList.h"
 
+#include <algorithm>
 #include <utility>
 
 void BWMeasurementList::set(const Items &items)
@@ -7,10 +8,23 @@ void BWMeasurementList::set(const Items &items)
     if (items == m_items)
         return;
     if (!m_before) {
-        m_undo.append(m_items);
+        const qsizetype shorter = std::min(items.size(), m_items.size());
+        qsizetype head = 0;
+        while (head < shorter && items[head] == m_items[head])
+            ++head;
+        qsizetype tail = 0;
+        while (tail < shorter - head && items[items.size() - 1 - tail] == m_items[m_items.size() - 1 - tail])
+            ++tail;
+        m_undo.append(
+            {head, m_items.mid(head, m_items.size() - tail - head), items.mid(head, items.size() - tail - head)});
         m_redo.clear();
     }
     m_items = items;
+}
+
+void BWMeasurementList::replaceRange(qsizetype at, qsizetype count, const Items &by)
+{
+    m_items = m_items.first(at) + by + m_items.sliced(at + count);
 }
 
 void BWMeasurementList::add(const BWMeasurement &measurement)
@@ -75,7 +89,9 @@ void BWMeasurementList::undo()
     cancelChange();
     if (m_undo.isEmpty())
         return;
-    m_redo.append(std::exchange(m_items, m_undo.takeLast()));
+    const Step step = m_undo.takeLast();
+    replaceRange(step.at, step.after.size(), step.before);
+    m_redo.append(step);
 }
 
 void BWMeasurementList::redo()
@@ -83,5 +99,7 @@ void BWMeasurementList::redo()
     cancelChange();
     if (m_redo.isEmpty())
         return;
-    m_undo.append(std::exchange(m_items, m_redo.takeLast()));
+    const Step step = m_redo.takeLast();
+    replaceRange(step.at, step.before.size(), step.after);
+    m_undo.append(step);
 }

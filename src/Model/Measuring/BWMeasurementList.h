@@ -36,11 +36,18 @@ public:
 
 private:
     using Items = QList<BWMeasurement>;
+    /// What one step replaced, and by what: a list is long, what is done to it is small.
+    struct Step {
+        qsizetype at;
+        Items before;
+        Items after;
+    };
     void set(const Items &items);
+    void replaceRange(qsizetype at, qsizetype count, const Items &by);
 
     Items m_items;
     Items m_saved;
-    QList<Items> m_undo; // cheap: lists share what they have in common
-    QList<Items> m_redo;
+    QList<Step> m_undo;
+    QList<Step> m_redo;
     std::optional<Items> m_before; // the change under way
 };
