@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -79,12 +80,30 @@ private Q_SLOTS:
                  QStringList({u"Length 1 1,500\u00a0mm"_s, u"Length 2 2,500\u00a0mm"_s, u"Length: mean 2,000\u00a0mm"_s,
                               u"Length: minimum 1,500\u00a0mm"_s, u"Length: maximum 2,500\u00a0mm"_s,
                               u"Length: standard deviation 0,707\u00a0mm"_s}));
+        const QTreeWidgetItem *head = rows->headerItem();
+        for (int column = 0; column < rows->columnCount(); ++column)
+            QCOMPARE(head->textAlignment(column), rows->topLevelItem(0)->textAlignment(column));
         qsizetype chosen = -1;
         connect(&panel, &BWMeasurementResultsPanel::measurementChosen, this, [&](qsizetype index) { chosen = index; });
         rows->setCurrentItem(rows->topLevelItem(1));
         QCOMPARE(chosen, 2);
         panel.copy();
         QVERIFY(QGuiApplication::clipboard()->text().contains(u"\nLength 2\tLength\t2,500\tmm\t0,007\n"));
+
+        // What is measured next comes into view, and nothing else moves or is chosen.
+        for (int i = 0; i < 60; ++i)
+            measurements.append(line(0.2));
+        panel.reload();
+        QVERIFY(rows->visualItemRect(rows->topLevelItem(61)).intersects(rows->viewport()->rect()));
+        const int scrolled = rows->verticalScrollBar()->value();
+        measurements.removeFirst();
+        measurements.removeLast();
+        panel.reload();
+        QCOMPARE(rows->verticalScrollBar()->value(), scrolled);
+        QCOMPARE(rows->indexOfTopLevelItem(rows->currentItem()), 1);
+        QCOMPARE(chosen, 2);
+        measurements = {line(0.15), line(0.2), line(0.25)};
+        panel.reload();
 
         panel.save(); // cancelled
         QCOMPARE(panels.suggested, u"Measurements.csv"_s);
@@ -94,10 +113,10 @@ private Q_SLOTS:
             QFile file(panels.answer.toLocalFile());
             return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
         };
-        QVERIFY2(written().contains(u"\r\nLength 2;Length;2,500;mm;0,007\r\n"), qPrintable(written()));
+        QVERIFY2(written().contains(u"\r\nLength 3;Length;2,500;mm;0,007\r\n"), qPrintable(written()));
         panel.findChild<QComboBox *>()->setCurrentIndex(0);
         panel.save();
-        QVERIFY2(written().contains(u"\r\nLength 2,Length,2.500,mm,0.007\r\n"), qPrintable(written()));
+        QVERIFY2(written().contains(u"\r\nLength 3,Length,2.500,mm,0.007\r\n"), qPrintable(written()));
     }
 
     void calibrationFromLines()

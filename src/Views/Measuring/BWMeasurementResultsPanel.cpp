@@ -14,7 +14,9 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QShortcut>
+#include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <utility>
@@ -79,7 +81,9 @@ BWMeasurementResultsPanel::BWMeasurementResultsPanel(Callbacks callbacks, BWFile
     m_rows->setRootIsDecorated(false);
     m_rows->setUniformRowHeights(true);
     m_rows->setAllColumnsShowFocus(true);
+    m_rows->header()->setStretchLastSection(false);
     m_rows->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_rows->header()->setSectionResizeMode(WhatColumn, QHeaderView::Stretch);
     m_nothing->setAlignment(Qt::AlignCenter);
     m_nothing->setWordWrap(true);
     m_nothing->setMargin(24);
@@ -121,6 +125,7 @@ void BWMeasurementResultsPanel::localizeWithManager(BWLocalizationManager &manag
     m_rows->setAccessibleName(title);
     const BWMeasurementTable::Words words = m_words.table();
     m_rows->setHeaderLabels({words.name, words.what, words.value});
+    m_rows->headerItem()->setTextAlignment(ValueColumn, Qt::AlignRight | Qt::AlignVCenter);
     m_nothing->setText(manager.text(u"measuring"_s, u"results_none"_s, u"Nothing has been measured yet."_s));
     m_formatLabel->setText(manager.text(u"measuring"_s, u"results_format"_s, u"&Numbers in the file:"_s));
     m_copy->setText(manager.text(u"measuring"_s, u"results_copy"_s, u"&Copy"_s));
@@ -130,6 +135,7 @@ void BWMeasurementResultsPanel::localizeWithManager(BWLocalizationManager &manag
     m_name = manager.text(u"measuring"_s, u"results_file_name"_s, u"Measurements"_s);
     m_failedTitle = manager.text(u"measuring"_s, u"results_failed_title"_s, u"The results were not saved"_s);
     m_failedMessage = manager.text(u"measuring"_s, u"results_failed_message"_s, u"The file cannot be written:"_s);
+    m_isFilled = false;
     reload();
 }
 
@@ -140,13 +146,29 @@ BWMeasurementTable BWMeasurementResultsPanel::table() const
 
 void BWMeasurementResultsPanel::reload()
 {
+    // It is asked to at every move of the picture.
+    const QList<BWMeasurement> measurements = m_callbacks.measurements();
+    const BWPictureScale scale = m_callbacks.scale();
+    if (m_isFilled && measurements == m_measurements && scale == m_scale)
+        return;
+    m_measurements = measurements;
+    m_scale = scale;
+    m_isFilled = true;
+    fill();
+}
+
+/// Leaves the reader where he is; what is new comes into view.
+void BWMeasurementResultsPanel::fill()
+{
     const BWMeasurementTable results = table();
     const QLocale locale;
-    m_rows->clear();
+    QFont italic = m_rows->font();
+    italic.setItalic(true);
+    QList<QTreeWidgetItem *> items;
     const auto add = [&](const QString &name, const QString &what, const BWQuantity &quantity) {
-        QString value = BWLengths::text(quantity, locale);
-        auto *item = new QTreeWidgetItem(m_rows, {name, what, value});
+        auto *item = new QTreeWidgetItem({name, what, BWLengths::text(quantity, locale)});
         item->setTextAlignment(ValueColumn, Qt::AlignRight | Qt::AlignVCenter);
+        items.append(item);
         return item;
     };
     for (const BWMeasurementTable::Row &row : results.rows())
@@ -157,11 +179,22 @@ void BWMeasurementResultsPanel::reload()
              {std::pair(words.mean, summary.mean), std::pair(words.smallest, summary.smallest),
               std::pair(words.largest, summary.largest), std::pair(words.deviation, summary.deviation)}) {
             QTreeWidgetItem *item = add(u"%1: %2"_s.arg(summary.name, word), summary.what, quantity);
-            QFont font = m_rows->font();
-            font.setItalic(true);
             for (int column = 0; column < ColumnCount; ++column)
-                item->setFont(column, font);
+                item->setFont(column, italic);
         }
+    }
+    {
+        const QSignalBlocker blocker(m_rows); // nobody has chosen a row
+        const int current = m_rows->indexOfTopLevelItem(m_rows->currentItem());
+        const int scrolled = m_rows->verticalScrollBar()->value();
+        m_rows->clear();
+        m_rows->addTopLevelItems(items);
+        m_rows->setCurrentItem(items.value(current));
+        m_rows->doItemsLayout();
+        m_rows->verticalScrollBar()->setValue(scrolled);
+        const auto measured = static_cast<int>(results.rows().size());
+        if (measured > std::exchange(m_measured, measured))
+            m_rows->scrollToItem(items[measured - 1]);
     }
     const bool isEmpty = results.rows().isEmpty();
     m_rows->setVisible(!isEmpty);

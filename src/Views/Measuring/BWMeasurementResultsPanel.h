@@ -59,6 +59,7 @@ Q_SIGNALS:
 
 private:
     BWMeasurementTable table() const;
+    void fill();
     void write(const QUrl &file);
 
     Callbacks m_callbacks;
@@ -70,5 +71,9 @@ private:
     QComboBox *m_format;
     QPushButton *m_copy;
     QPushButton *m_save;
+    QList<BWMeasurement> m_measurements; ///< that are shown, with that scale
+    BWPictureScale m_scale;
+    bool m_isFilled = false;
+    int m_measured = 0; ///< rows of single measurements
     QString m_saveTitle, m_saveMessage, m_name, m_failedTitle, m_failedMessage;
 };
