@@ -2,12 +2,10 @@
 
 #include "Model/Measuring/BWMeasurementPainter.h"
 #include "Model/Measuring/BWMeasuringTool.h"
-#include "Model/Measuring/BWScaleBar.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 
 #include <algorithm>
 #include <cmath>
-#include <QFontInfo>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QMouseEvent>
@@ -21,35 +19,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double grabReach = 10; // points
-constexpr double scaleBarLength = 200; // points, at most
-
-/// Tiles of the picture in which something is drawn.
-QRegion drawnRegion(const QImage &image, double ratio)
-{
-    constexpr int tile = 32;
-    QRegion region;
-    for (int top = 0; top < image.height(); top += tile) {
-        for (int left = 0; left < image.width(); left += tile) {
-            const QRect rect = QRect(left, top, tile, tile) & image.rect();
-            bool any = false;
-            for (int y = rect.top(); y <= rect.bottom() && !any; ++y) {
-                const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
-                any = std::any_of(line + rect.left(), line + rect.right() + 1, [](QRgb pixel) { return pixel != 0; });
-            }
-            if (any)
-                region += QRectF(QPointF(rect.topLeft()) / ratio, QSizeF(rect.size()) / ratio).toAlignedRect();
-        }
-    }
-    return region;
-}
-
-QFont labelFont(const QFont &base)
-{
-    QFont font = base;
-    font.setPixelSize(QFontInfo(base).pixelSize() + 1);
-    font.setWeight(QFont::DemiBold);
-    return font;
-}
 
 bool isWhole(QPointF point)
 {
@@ -68,10 +37,8 @@ BWMeasuringLayer::BWMeasuringLayer(BWCenteringClipView &view)
     setAttribute(Qt::WA_TransparentForMouseEvents);
     view.viewport()->installEventFilter(this);
     connect(&view, &BWCenteringClipView::uncoveredChanged, this, [this] {
-        if (!m_scaleBar)
-            return;
-        m_finished = {};
-        update();
+        if (m_scaleBar)
+            update();
     });
     connect(&m_magnifier, &BWMagnifier::imageReady, this, qOverload<>(&QWidget::update));
     hide();
@@ -81,17 +48,12 @@ void BWMeasuringLayer::showMeasurements(const QList<BWMeasurement> &measurements
                                         const BWPictureScale &scale)
 {
     m_tool = &tool;
-    const auto selection = tool.selection();
-    const qsizetype selected = m_active && selection ? selection->measurement : -1;
-    const bool allHaveHandles = m_active && tool.kind().isEmpty();
-    // A pointer that only moves leaves them as they are.
-    if (measurements != m_measurements || scale != m_scale || selected != m_selected
-        || allHaveHandles != m_allHaveHandles)
-        m_finished = {};
-    m_measurements = measurements;
+    m_resting = measurements;
+    m_selected = {};
+    // It may be moved at every step of the pointer, when many others lie around it.
+    if (const auto selection = m_active ? tool.selection() : std::nullopt)
+        m_selected = std::exchange(m_resting[selection->measurement], {});
     m_scale = scale;
-    m_selected = selected;
-    m_allHaveHandles = allHaveHandles;
     if (m_text && !tool.awaitsText())
         answerText(false);
     else if (!m_text && m_active && tool.awaitsText())
@@ -107,7 +69,7 @@ void BWMeasuringLayer::setActive(bool active)
         return;
     setAttribute(Qt::WA_TransparentForMouseEvents, !active);
     setFocusPolicy(active ? Qt::StrongFocus : Qt::NoFocus);
-    m_usesKeys = m_pointerIsOver = false;
+    m_usesKeys = m_pointerIsOver = m_pointerIsAside = false;
     m_pressed.reset();
     if (!active) {
         m_magnifier.stop();
@@ -119,7 +81,6 @@ void BWMeasuringLayer::setActive(bool active)
 void BWMeasuringLayer::setScaleBar(bool shown)
 {
     m_scaleBar = shown;
-    m_finished = {};
 }
 
 void BWMeasuringLayer::setTextLabel(const QString &label)
@@ -132,9 +93,25 @@ std::optional<QTransform> BWMeasuringLayer::toWidget() const
     return m_tool ? m_view.pictureToViewport() : std::nullopt;
 }
 
-/// A pointer on whole pixels, as X11 has it, means the middle of one.
+/// Where the main picture shows, and not the one that it is compared with.
+QRect BWMeasuringLayer::mainClip() const
+{
+    return m_view.scene().mainClip(size());
+}
+
+bool BWMeasuringLayer::isOverMain(QPointF position) const
+{
+    return !m_view.scene().hasReference() || QRectF(mainClip()).contains(position);
+}
+
+/// A pointer on whole pixels, as X11 has it, means the middle of one. What is dragged stays in the main picture's part.
 QPointF BWMeasuringLayer::placeAt(QPointF position) const
 {
+    if (m_view.scene().hasReference()) {
+        const QRectF clip = mainClip();
+        position = {std::clamp(position.x(), clip.left(), std::max(clip.left(), clip.right() - 1)),
+                    std::clamp(position.y(), clip.top(), std::max(clip.top(), clip.bottom() - 1))};
+    }
     const double ratio = devicePixelRatioF();
     const QPointF device = position * ratio;
     return toWidget()->inverted().map(isWhole(device) ? (device + QPointF(0.5, 0.5)) / ratio : position);
@@ -160,18 +137,24 @@ void BWMeasuringLayer::paintEvent(QPaintEvent *event)
     const auto all = toWidget();
     if (!all)
         return;
-    if (m_finished.isNull() || m_finishedFor != *all || m_finished.devicePixelRatio() != devicePixelRatioF()
-        || m_finished.deviceIndependentSize() != QSizeF(size()))
-        drawFinished(*all);
+    const QPoint corner = mapToGlobal(QPoint());
+    const QTransform toScreen = *all * QTransform::fromTranslate(corner.x(), corner.y());
+    if (std::exchange(m_paintedAt, toScreen) != toScreen)
+        QMetaObject::invokeMethod(this, &BWMeasuringLayer::followPointer, Qt::QueuedConnection);
+    const QFont font = BWDrawnMeasurements::labelFont(this->font());
+    constexpr int statusLine = 32; // which lies over the lower edge
+    const QRect clip = mainClip();
+    const QRect scaleBarIn = m_scaleBar ? (clip & m_view.uncovered()).adjusted(0, 0, 0, -statusLine) : QRect();
+    m_drawn.set(
+        m_resting,
+        {*all, size(), devicePixelRatioF(), m_scale, m_active && m_tool->kind().isEmpty(), scaleBarIn, font, locale()});
     QPainter painter(this);
-    painter.setClipRect(m_view.scene().mainArea(size()), Qt::IntersectClip);
-    const double ratio = devicePixelRatioF();
-    for (const QRect &rect : m_covered & event->region())
-        painter.drawPixmap(QRectF(rect), m_finished,
-                           QRectF(QPointF(rect.topLeft()) * ratio, QSizeF(rect.size()) * ratio));
+    painter.setClipRect(clip, Qt::IntersectClip);
+    m_drawn.paint(painter, event->region());
     if (!m_active)
         return;
-    const BWMeasurementPainter draw(painter, *all, 1, labelFont(font()), locale());
+    const BWMeasurementPainter draw(painter, *all, 1, font, locale());
+    draw.draw(m_selected, m_scale, true);
     if (const BWMeasurement unfinished = m_tool->unfinished(); !unfinished.points.isEmpty())
         draw.draw(unfinished, m_scale, true);
     if (m_tool->selection() || (m_usesKeys && hasFocus()))
@@ -182,32 +165,16 @@ void BWMeasuringLayer::paintEvent(QPaintEvent *event)
         m_magnifier.stop();
 }
 
-void BWMeasuringLayer::drawFinished(const QTransform &toWidget)
+/// The picture has moved below a pointer that rests, as when the window becomes full screen.
+void BWMeasuringLayer::followPointer()
 {
-    const double ratio = devicePixelRatioF();
-    QImage image((QSizeF(size()) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(ratio);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    const BWMeasurementPainter draw(painter, toWidget, 1, labelFont(font()), locale());
-    for (qsizetype i = 0; i < m_measurements.size(); ++i)
-        draw.draw(m_measurements[i], m_scale, m_allHaveHandles || i == m_selected);
-    if (m_scaleBar) {
-        const QPointF width = toWidget.map(QPointF(1, 0)) - toWidget.map(QPointF());
-        const double points = std::hypot(width.x(), width.y());
-        const double shown = m_scale.isCalibrated() ? m_scale.millimetresPerWidth() : m_scale.pixels.width();
-        const double height = double(m_scale.pixels.height()) / std::max(1, m_scale.pixels.width());
-        constexpr int statusLine = 32; // which lies over the lower edge
-        const QRectF area = toWidget.mapRect(QRectF(0, 0, 1, height))
-            & (m_view.scene().mainClip(size()) & m_view.uncovered()).adjusted(0, 0, 0, -statusLine);
-        const BWScaleBar bar(shown / points, std::min(scaleBarLength, area.width() / 2),
-                             m_scale.isCalibrated() ? m_scale.unit : BWLengthUnit::Pixel);
-        draw.drawScaleBar(bar, area);
-    }
-    painter.end();
-    m_covered = drawnRegion(image, ratio);
-    m_finished = QPixmap::fromImage(image);
-    m_finishedFor = toWidget;
+    if (!m_active || !m_pointerIsOver || m_usesKeys || m_text || !toWidget())
+        return;
+    const QPointF position = mapFromGlobal(m_pointer);
+    m_pointerIsOver = QRectF(rect()).contains(position) && isOverMain(position);
+    if (m_pointerIsOver)
+        m_tool->move(placeAt(position), QGuiApplication::keyboardModifiers() & Qt::ShiftModifier);
+    Q_EMIT editing();
 }
 
 /// Beside the pointer, and so never under it.
@@ -216,13 +183,14 @@ QRect BWMeasuringLayer::magnifierPlace(QPointF at) const
     constexpr int away = 28;
     constexpr int size = BWMagnifier::size;
     const QPoint point = at.toPoint();
+    const QRect room = mainClip();
     int left = point.x() + away;
-    if (left + size > width())
+    if (left + size > room.x() + room.width())
         left = point.x() - away - size;
     int top = point.y() - away - size;
     if (top < 0)
         top = point.y() + away;
-    return {left, std::clamp(top, 0, std::max(0, height() - size)), size, size};
+    return {std::max(left, room.x()), std::clamp(top, 0, std::max(0, height() - size)), size, size};
 }
 
 void BWMeasuringLayer::mousePressEvent(QMouseEvent *event)
@@ -231,6 +199,8 @@ void BWMeasuringLayer::mousePressEvent(QMouseEvent *event)
     if (!event->isAccepted() || !toWidget())
         return;
     setFocus(Qt::MouseFocusReason); // which answers an open question for a text
+    if (!isOverMain(event->position()))
+        return;
     m_usesKeys = false;
     const QPointF at = placeAt(event->position());
     m_tool->press(at, reach(), event->modifiers() & Qt::ShiftModifier);
@@ -243,7 +213,7 @@ void BWMeasuringLayer::mousePressEvent(QMouseEvent *event)
 void BWMeasuringLayer::mouseDoubleClickEvent(QMouseEvent *event)
 {
     event->setAccepted(event->button() == Qt::LeftButton);
-    if (!event->isAccepted() || !toWidget())
+    if (!event->isAccepted() || !toWidget() || !isOverMain(event->position()))
         return;
     m_tool->finish();
     Q_EMIT edited();
@@ -254,8 +224,14 @@ void BWMeasuringLayer::mouseMoveEvent(QMouseEvent *event)
     event->setAccepted(!(event->buttons() & Qt::MiddleButton)); // which moves the picture
     if (!m_active || !toWidget() || m_text)
         return;
-    m_pointerIsOver = true;
+    m_pointer = event->globalPosition();
     m_usesKeys = false;
+    m_pointerIsAside = !isOverMain(event->position()) && !(event->buttons() & Qt::LeftButton);
+    if (m_pointerIsAside) {
+        leave();
+        return;
+    }
+    m_pointerIsOver = true;
     m_tool->move(placeAt(event->position()), event->modifiers() & Qt::ShiftModifier);
     updateCursor();
     Q_EMIT editing();
@@ -335,7 +311,7 @@ QPoint BWMeasuringLayer::inPicture(QPoint direction) const
 void BWMeasuringLayer::bringIntoView()
 {
     constexpr int margin = 20; // points
-    const QRect area = m_view.scene().mainArea(size()).adjusted(margin, margin, -margin, -margin);
+    const QRect area = mainClip().adjusted(margin, margin, -margin, -margin);
     const QPoint at = toWidget()->map(m_tool->cursor()).toPoint();
     const QPoint nearest(std::clamp(at.x(), area.left(), std::max(area.left(), area.right())),
                          std::clamp(at.y(), area.top(), std::max(area.top(), area.bottom())));
@@ -358,7 +334,7 @@ bool BWMeasuringLayer::focusNextPrevChild(bool next)
 
 void BWMeasuringLayer::updateCursor()
 {
-    if (!m_tool || !m_active)
+    if (!m_tool || !m_active || m_pointerIsAside)
         unsetCursor();
     else if (!m_tool->kind().isEmpty())
         setCursor(Qt::CrossCursor);
@@ -385,7 +361,8 @@ void BWMeasuringLayer::placeText()
     const QPoint at = toWidget() ? toWidget()->map(m_tool->unfinished().points.last()).toPoint() : rect().center();
     const int width = std::max(180, m_text->fontMetrics().horizontalAdvance(m_textLabel) + 24);
     const QSize size(width, m_text->sizeHint().height());
-    m_text->setGeometry(QRect({std::clamp(at.x() + 8, 0, std::max(0, this->width() - size.width())),
+    const int room = mainClip().width() - size.width();
+    m_text->setGeometry(QRect({std::clamp(at.x() + 8, 0, std::max(0, room)),
                                std::clamp(at.y() - size.height() - 4, 0, std::max(0, height() - size.height()))},
                               size));
 }
@@ -427,10 +404,16 @@ bool BWMeasuringLayer::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
-void BWMeasuringLayer::leaveEvent(QEvent *)
+void BWMeasuringLayer::leave()
 {
     m_pointerIsOver = false;
+    updateCursor();
     update();
+}
+
+void BWMeasuringLayer::leaveEvent(QEvent *)
+{
+    leave();
 }
 
 void BWMeasuringLayer::focusOutEvent(QFocusEvent *)
@@ -441,5 +424,5 @@ void BWMeasuringLayer::focusOutEvent(QFocusEvent *)
 void BWMeasuringLayer::hideEvent(QHideEvent *)
 {
     m_magnifier.stop();
-    m_finished = {};
+    m_drawn.clear();
 }

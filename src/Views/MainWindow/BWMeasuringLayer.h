@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Model/Measuring/BWMeasurement.h"
+#include "Views/MainWindow/BWDrawnMeasurements.h"
 #include "Views/MainWindow/BWMagnifier.h"
 
 #include <optional>
-#include <QPixmap>
 #include <QTransform>
 #include <QWidget>
 
@@ -13,7 +13,7 @@ class BWMeasuringTool;
 class QLineEdit;
 
 /// Lies over the picture and shows what was measured in it. While it is active it takes mouse and keys and hands them to a
-/// tool. Hidden while there is nothing to show or to do; then it costs nothing. GUI thread.
+/// tool. Beside a picture to compare with it keeps to the main picture's part. Hidden while there is nothing to show or to do; then it costs nothing. GUI thread.
 class BWMeasuringLayer : public QWidget {
     Q_OBJECT
 
@@ -53,7 +53,11 @@ protected:
 private:
     /// From the picture to this widget; nothing while no picture shows.
     std::optional<QTransform> toWidget() const;
+    QRect mainClip() const;
+    bool isOverMain(QPointF position) const;
     QPointF placeAt(QPointF position) const;
+    void followPointer();
+    void leave();
     double reach() const;
     bool isPlacing() const;
     bool handleKey(const QKeyEvent &event);
@@ -63,26 +67,25 @@ private:
     void placeText();
     void answerText(bool accepted);
 
-    void drawFinished(const QTransform &toWidget);
     QRect magnifierPlace(QPointF at) const;
     void bringIntoView();
 
     BWCenteringClipView &m_view;
     BWMeasuringTool *m_tool = nullptr;
-    QList<BWMeasurement> m_measurements;
+    QList<BWMeasurement> m_resting; ///< in place of the selected one is nothing
+    BWMeasurement m_selected;
     BWPictureScale m_scale;
     bool m_active = false;
     bool m_scaleBar = false;
-    bool m_allHaveHandles = false;
-    qsizetype m_selected = -1;
     bool m_pointerIsOver = false;
+    bool m_pointerIsAside = false; ///< over the picture to compare with
+    QPointF m_pointer; ///< on the screen
+    QTransform m_paintedAt; ///< from the picture to the screen
     bool m_usesKeys = false; ///< and not the pointer
     std::optional<QPointF> m_pressed; ///< where the button went down that has begun a measurement
     QLineEdit *m_text = nullptr; ///< of an arrow, while it is asked for
     QString m_textLabel;
 
-    QPixmap m_finished; ///< drawn once, because the moving picture below has it painted many times a second
-    QTransform m_finishedFor;
-    QRegion m_covered; ///< by what is drawn in it
+    BWDrawnMeasurements m_drawn;
     BWMagnifier m_magnifier;
 };

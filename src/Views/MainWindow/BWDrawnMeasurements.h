@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Model/Measuring/BWMeasurement.h"
+
+#include <QFont>
+#include <QImage>
+#include <QLocale>
+#include <QRect>
+#include <QRegion>
+#include <QTransform>
+
+class QPainter;
+
+/// Measurements and the scale bar as they lie over the picture. They are drawn once, because the moving picture below has
+/// them painted many times a second; what is added to many is drawn alone. GUI thread.
+class BWDrawnMeasurements {
+public:
+    /// All that they depend on. Lengths are in points of the widget over the picture.
+    struct Look {
+        QTransform toWidget; ///< from widths of the picture
+        QSize size; ///< of the widget
+        double ratio = 1; ///< of device pixels to points
+        BWPictureScale scale;
+        bool haveHandles = false;
+        QRect scaleBarIn; ///< the part of the widget where there is room for it; empty for none
+        QFont font;
+        QLocale locale;
+
+        bool operator==(const Look &) const = default;
+    };
+
+    /// That of labels over the picture, for a widget with that font.
+    static QFont labelFont(const QFont &base);
+
+    void set(const QList<BWMeasurement> &measurements, const Look &look);
+    /// What lies in that region of the widget.
+    void paint(QPainter &painter, const QRegion &region) const;
+    void clear();
+
+private:
+    void drawScaleBar(QPainter &painter) const;
+
+    QList<BWMeasurement> m_measurements;
+    Look m_look;
+    QImage m_image; ///< null: nothing has been drawn
+    QRegion m_covered; ///< by what is drawn in it
+};
