@@ -308,8 +308,14 @@ private Q_SLOTS:
         QVERIFY(read.chosen(u"mx61"_s).isNull());
         QVERIFY(read.chosen(u"dx10"_s).isNull());
         QCOMPARE(read.of(u"dx10"_s).size(), 1);
-        // Removed while in use: none, not another one.
-        QVERIFY(read.remove(u"mx62"_s, u"50x"_s));
+        // Other names, for what users have made.
+        for (const QString &wrong : {u" "_s, u"200x"_s})
+            QVERIFY(!read.rename(u"mx62"_s, u"50x"_s, wrong));
+        QVERIFY(!read.rename(u"dx10"_s, u"5 × 5 mm"_s, u"mine"_s) && !read.remove(u"dx10"_s, u"5 × 5 mm"_s));
+        QVERIFY(read.rename(u"mx62"_s, u"50x"_s, u" 60x "_s));
+        QCOMPARE(read.chosen(u"mx62"_s), calibration(u"60x"_s, 3.1, 0.01));
+        // Removed while in use: none, not another one, nor one that is called so later.
+        QVERIFY(read.remove(u"mx62"_s, u"60x"_s) && read.rename(u"mx62"_s, u"200x"_s, u"60x"_s));
         QVERIFY(read.chosen(u"mx62"_s).isNull());
         // Damage costs what is damaged.
         QVERIFY(!read.fromJson(u"[1"_s));
@@ -317,6 +323,32 @@ private Q_SLOTS:
             uR"({"mx62":{"own":[{"name":"a","millimetres_per_width":-1},7,{"name":"b","millimetres_per_width":2}],"chosen":"a"}})"_s));
         QCOMPARE(read.of(u"mx62"_s).size(), 1);
         QVERIFY(read.chosen(u"mx62"_s).isNull());
+        QVERIFY(read.rename(u"mx62"_s, u"b"_s, u"a"_s) && read.chosen(u"mx62"_s).isNull());
+    }
+
+    /// Where it was made is known, and where it holds as well is said.
+    void calibrationsBelongToTheirPictures()
+    {
+        BWCalibrations all;
+        const QSize square(480, 480);
+        BWCalibration made = calibration(u"own"_s, 8);
+        made.lines = 3;
+        QVERIFY(all.add(u"mx62"_s, all.madeIn({640, 480}, u"mx62"_s, made)));
+        QVERIFY(all.chosen(u"mx62"_s).holdsFor({1600, 1200}) && !all.chosen(u"mx62"_s).holdsFor(square));
+        all.allow(u"mx62"_s, u"own"_s, square);
+        all.setUnit(Unit::Inch);
+        BWCalibrations read;
+        QVERIFY(read.fromJson(all.toJson()));
+        QCOMPARE(read.chosen(u"mx62"_s), all.chosen(u"mx62"_s));
+        QVERIFY(read.chosen(u"mx62"_s).holdsFor(square));
+        QCOMPARE(read.unit(), Unit::Inch);
+        QVERIFY(read.fromJson(BWCalibrations().toJson()) && !read.unit());
+        // The fields of this product's resolutions are known to differ.
+        QVERIFY(!all.chosen(u"dx10"_s).holdsFor(square));
+        made = all.madeIn({1600, 1200}, u"dx10"_s, calibration(u"own"_s, 16));
+        QCOMPARE(made.widthAt(QSize(1600, 1200)), 16.0);
+        QCOMPARE(made.widthAt(QSize(640, 480)), 12.8);
+        QVERIFY(made.holdsFor({1280, 1024}));
     }
 
     void tables()
@@ -333,6 +365,8 @@ private Q_SLOTS:
                  "\"length: max, all\",length,2.500,mm,0.007\r\nlength: sd,length,0.707,mm,0.005\r\n"_s);
         const QString comma = table.toString(BWMeasurementTable::Format::CsvComma, english);
         QVERIFY2(comma.contains(u"\r\nlength 1;length;1,500;mm;0,007\r\n"), qPrintable(comma));
+        const QString french = table.toString(BWMeasurementTable::Format::Text, QLocale(QLocale::French));
+        QVERIFY2(french.contains(u"\nlength 1\tlength\t1,500\tmm\t0,007\n"), qPrintable(french));
         const QString text = table.toString(BWMeasurementTable::Format::Text, german);
         QVERIFY2(text.startsWith(u"Name\tWhat\tValue\tUnit\tError\nlength 1\tlength\t1,500\tmm\t0,007\n"),
                  qPrintable(text));

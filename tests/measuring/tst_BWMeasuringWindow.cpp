@@ -6,7 +6,9 @@
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Rows.h"
+#include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWComparisonStrip.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/MainWindow/BWMeasuringLayer.h"
@@ -14,19 +16,24 @@
 #include "Views/MainWindow/BWMeasuringStrip.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Measuring/BWCalibrationDialog.h"
+#include "Views/Measuring/BWCalibrationsDialog.h"
 #include "Views/Utils/BWFilePanels.h"
 #include "WidgetSearch.h"
 
 #include <cmath>
+#include <functional>
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTreeWidget>
 
 using namespace Qt::StringLiterals;
 
@@ -46,17 +53,44 @@ QImage picture()
     return image;
 }
 
-/// A window that measures, with a picture of an album in it.
-struct Bench {
-    Bench()
+/// No two of its pixels have one colour.
+QRgb colorAt(QPoint at)
+{
+    return qRgb(at.x() % 256, at.y() % 256, 16 * (at.x() / 256) + 64 * (at.y() / 256) + 8);
+}
+
+/// What users have made, both called so: in pictures of 4:3 for MX61 (chosen) and MX63.
+QString calibrationsOfOneName()
+{
+    BWCalibrations all;
+    for (const auto &[product, width] : {std::pair(u"mx61"_s, 10.0), std::pair(u"mx63"_s, 4.0)})
+        all.add(product, all.madeIn(pictureSize, product, {u"50x"_s, width, 0, {}}));
+    return all.toJson();
+}
+
+/// A window that measures, with a picture of an album in it. Its user agrees to what is asked, or not.
+struct Bench : private BWAlertPresenter {
+    explicit Bench(const QString &identifier = u"dx10"_s)
     {
         window.localizeWithManager(texts);
-        config.setCurrentProductIdentifier(u"dx10"_s, QLatin1String(type));
+        useProduct(identifier);
+        product.setCamera(cameras[0]);
+        product.reload();
         window.resize(977, 550);
         window.show();
         show(u"a.jpg"_s);
         measuring.setOpen(true);
         QApplication::setActiveWindow(&window);
+        BWUIUtils::setAlertPresenter(this);
+    }
+    ~Bench() override { BWUIUtils::setAlertPresenter(nullptr); }
+
+    void presentOK(const QString &, const QString &) override { }
+    bool presentOKCancel(const QString &, const QString &) override { return agrees; }
+    bool presentChoice(const QString &, const QString &message, const QString &, const QString &) override
+    {
+        asked = message;
+        return agrees;
     }
 
     void show(const QString &file)
@@ -109,14 +143,50 @@ struct Bench {
         if (BWMeasurementKind::find(kind)->mostPoints == BWMeasurementKind::anyNumber)
             mouse(QEvent::MouseButtonDblClick, at(points.last().x(), points.last().y()));
     }
-    /// A frozen picture of the camera, which is a DX10.
     void freeze(QSize size)
     {
-        product.setCamera(cameras[0]);
-        product.reload();
         scene.showFrozen(BWSceneController::frameOf(picture().scaled(size)));
         waitForPicture();
     }
+    /// Something happens, by its name here: or by that of the product that is chosen, the size of what is frozen.
+    void act(const QString &what)
+    {
+        const QHash<QString, std::function<void()>> acts{
+            {u"line"_s,
+             [this] {
+                 measure(u"length"_s, {{160, 100}, {480, 100}});
+             }},
+            {u"live"_s, [this] { scene.showLive(); }},
+            {u"album"_s, [this] { show(u"b.jpg"_s); }},
+            {u"file"_s,
+             [this] {
+                 measuring.setMeasurements({{u"length"_s, {{0.25, 0.1}, {0.75, 0.1}}}}, {u"50x"_s, 4, 0, {}});
+             }},
+            {u"choose"_s, [this] { Q_EMIT strip().scalePicked(0); }},
+            {u"none"_s, [this] { Q_EMIT strip().scalePicked(-1); }},
+            {u"unplug"_s, [this] { product.setCamera({}), liveView.updateImageDisplay(); }},
+            {u"other camera"_s, [this] { product.setCamera(cameras[1]), product.cameraStarted(); }},
+            {u"import"_s, [this] { useProduct(u"mx63"_s), product.reloadImported(); }},
+            {u"zoomed"_s, [this] { liveView.zoomIn(); }},
+            {u"fit"_s, [this] { liveView.fitToWindow(); }},
+            {u"turned"_s, [this] { liveView.onRotate(u"90"_s); }},
+            {u"mirrored"_s, [this] { liveView.onFlip(1); }},
+            {u"small"_s, [this] { window.resize(window.minimumSizeHint()); }},
+            {u"compared"_s, [this] {
+                 scene.compareWith(picture());
+                 window.comparisonStrip().show();
+                 liveView.setComparison(BWScene::Mode::Divider, 0.6);
+             }}};
+        if (acts.contains(what))
+            acts[what]();
+        else if (config.productByIdentifier(what))
+            useProduct(what), product.reload();
+        else
+            freeze(BWResolution::fromResolutionString(what)->dimensions());
+    }
+    void useProduct(const QString &identifier) { config.setCurrentProductIdentifier(identifier, QLatin1String(type)); }
+    /// What the viewport shows.
+    QImage screen() const { return view.viewport()->grab().toImage(); }
     /// Of each measurement: kind and points, in whole pixels of the picture.
     QString list() const
     {
@@ -131,9 +201,11 @@ struct Bench {
         return all.join(u"; "_s);
     }
 
+    bool agrees = false;
+    QString asked;
     QTemporaryDir folder;
     BWSettingsFile defaults{folder.filePath(u"settings.conf"_s)};
-    const AttachedCameras cameras{{AttachedCameras::Type::High}};
+    const AttachedCameras cameras{{AttachedCameras::Type::High, AttachedCameras::Type::Ultra}};
     BWConfigManager config{defaults};
     BWProductInUse product{config};
     BWLocalizationManager texts{QString(), {u"en"_s}};
@@ -144,8 +216,9 @@ struct Bench {
     BWSceneController scene{window, liveView, renderer};
     BWDialogFilePanels panels;
     BWStatusLine statusLine{window.currentCameraLabel()};
-    BWMeasuringController measuring{
-        BWMeasuringController::Parts{window, liveView, scene, product, statusLine, config, texts, panels, defaults}};
+    const BWMeasuringController::Parts parts{window, liveView, scene,  product, statusLine,
+                                             config, texts,    panels, defaults};
+    BWMeasuringController measuring{(config.setCalibrations(calibrationsOfOneName()), parts)};
 };
 
 /// The middle of a mark on the screen, in points: the weighted middle of its colour, near where it should be.
@@ -363,42 +436,272 @@ private Q_SLOTS:
         QCOMPARE(bench.list(), u"length 200,100 250,100"_s);
     }
 
-    void scaleIsChosenPerProduct()
+    void scaleIsChosenInStripAndMenu()
     {
         Bench bench;
         bench.freeze({640, 480});
-        auto &scales = *bench.strip().findChild<QComboBox *>();
-        QCOMPARE(titles(scales), u"No scale: pixels|5 × 5 mm||Calibrate..."_s);
-        QCOMPARE(scales.currentText(), u"5 × 5 mm"_s);
+        auto &strip = *bench.strip().findChild<QComboBox *>();
+        const QMenu *menu = nullptr;
+        for (const QMenu *one : bench.window.findChildren<QMenu *>())
+            menu = one->title() == "Sc&ale"_L1 ? one : menu;
+        const auto checked = [menu] {
+            QStringList all;
+            for (const QAction *action : menu->actions())
+                all << (action->isChecked() ? action->text() : QString());
+            return all.join(u'|');
+        };
+        const auto pick = [&strip](int index) {
+            strip.setCurrentIndex(index);
+            Q_EMIT strip.activated(index);
+        };
+        QCOMPARE(titles(strip), u"No scale: pixels|5 × 5 mm||Calibrate...|Calibrations..."_s);
         bench.measure(u"length"_s, {{100, 100}, {455, 100}});
         QCOMPARE(bench.said(), u"Length 1: 5.00 mm"_s);
-        bench.product.setCamera({}); // what is frozen keeps its scale
-        bench.liveView.updateImageDisplay();
-        QVERIFY(bench.measuring.scale().isCalibrated() && !bench.list().isEmpty());
-        bench.product.setCamera(bench.cameras[0]);
+        pick(0);
+        QVERIFY(!bench.measuring.scale().isCalibrated());
+        QCOMPARE(checked(), u"No scale: pixels|"_s);
+        menu->actions().at(1)->trigger();
+        QVERIFY(bench.measuring.scale().isCalibrated());
+        QCOMPARE(checked() + strip.currentText(), u"|5 × 5 mm5 × 5 mm"_s);
 
-        bench.config.setCurrentProductIdentifier(u"mx61"_s, QLatin1String(type));
-        bench.product.reload();
-        QCOMPARE(scales.currentText(), u"No scale: pixels"_s);
-        QVERIFY(bench.window.currentCameraLabel().text().contains(u"pixels"_s)); // never silently
-        bench.window.menu().measuring->calibrate->trigger();
+        pick(3); // no scale, but a new one
+        QCOMPARE(strip.currentText(), u"5 × 5 mm"_s);
         auto *dialog = bench.window.findChild<BWCalibrationDialog *>();
         const auto fields = dialog->findChildren<QLineEdit *>();
         fields.first()->setText(u"7.1 mm"_s);
-        fields.last()->setText(u"50x"_s);
+        fields.last()->setText(u"R&D"_s);
         dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save)->click();
-        QCOMPARE(scales.currentText(), u"50x"_s);
+        QCOMPARE(checked() + strip.currentText(), u"||R&&DR&D"_s);
         QCOMPARE(bench.measuring.scale().millimetresPerWidth(), 7.1 * 640 / 355);
-        BWCalibrations stored;
+        const auto actions = bench.window.findChildren<QAction *>();
+        for (QAction *unit : actions) {
+            if (unit->text() == "in"_L1)
+                unit->trigger();
+        }
+        bench.measure(u"length"_s, {{100, 200}, {455, 200}});
+        QCOMPARE(bench.said(), u"Length 2: 0.2795 in"_s);
+        BWCalibrations stored; // for the next start
         QVERIFY(stored.fromJson(BWConfigManager(bench.defaults).calibrations()));
-        QCOMPARE(stored.chosen(u"mx61"_s).name, u"50x"_s);
+        QCOMPARE(stored.chosen(u"dx10"_s).name, u"R&D"_s);
+        QCOMPARE(stored.unit(), BWLengthUnit::Inch);
+    }
 
-        bench.config.setCurrentProductIdentifier(u"dx10"_s, QLatin1String(type));
-        bench.product.reload();
-        QCOMPARE(scales.currentText(), u"5 × 5 mm"_s);
-        scales.setCurrentIndex(0);
-        Q_EMIT scales.activated(0);
+    void calibrationsAreManaged()
+    {
+        Bench bench(u"mx61"_s);
+        bench.freeze({640, 480});
+        bench.window.menu().measuring->calibrations->trigger();
+        auto *dialog = bench.window.findChild<BWCalibrationsDialog *>();
+        QApplication::setActiveWindow(dialog);
+        auto *list = dialog->findChild<QTreeWidget *>();
+        const auto shown = [list] {
+            const QTreeWidgetItem *first = list->topLevelItem(0);
+            return first ? first->text(0) + u' ' + first->text(1).replace(QChar::Nbsp, u' ') : QString();
+        };
+        QCOMPARE(shown(), u"50x 1.000 cm"_s);
+        for (const auto &[typed, name] : {std::pair(u" "_s, u"50x"_s), std::pair(u"60x"_s, u"60x"_s)}) {
+            QTest::keyClick(list, Qt::Key_F2);
+            auto *field = list->findChild<QLineEdit *>();
+            field->setText(typed);
+            QTest::keyClick(field, Qt::Key_Return);
+            QTRY_COMPARE(shown(), name + u" 1.000 cm"_s);
+        }
+        QCoreApplication::processEvents(); // the editor has gone
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(bench.measuring.scale().calibration.name, u"60x"_s);
+        for (const bool agrees : {false, true}) {
+            bench.agrees = agrees;
+            QTest::keyClick(list, Qt::Key_Delete);
+            QVERIFY2(bench.asked.contains(u"“60x” for good? It is in use"_s), qPrintable(bench.asked));
+            QCOMPARE(shown(), agrees ? QString() : u"60x 1.000 cm"_s);
+        }
+        QVERIFY(hasLabel(*dialog, u"“60x” was removed. No calibration is in use now: lengths are in pixels."_s));
         QVERIFY(!bench.measuring.scale().isCalibrated());
+        // What came with a product stays.
+        bench.act(u"dx10"_s);
+        QVERIFY(!bench.measuring.scale().calibration.name.isEmpty());
+        bench.asked.clear();
+        bench.window.menu().measuring->calibrations->trigger();
+        dialog = bench.window.findChildren<BWCalibrationsDialog *>().last();
+        QApplication::setActiveWindow(dialog);
+        list = dialog->findChild<QTreeWidget *>();
+        QTest::keyClick(list, Qt::Key_Delete);
+        QVERIFY(bench.asked.isEmpty() && list->topLevelItem(0));
+    }
+
+    /// A line of half a picture's width, by MX61 with a scale of 10 mm; then, or before, something else becomes true.
+    void scaleIsNeverWrongSilently_data()
+    {
+        const auto now = u"The scale is now “50x”"_s;
+        const auto following = u"The scale is now “50x”; existing measurements follow it"_s;
+        const auto pixels = u"No scale is chosen: lengths are now in pixels"_s;
+        const auto withheld = u"“50x” was made in pictures of another shape"_s;
+        const Rows<QString, double, QString> row; // what happens; millimetres, 0 for pixels; what is said
+        row("as it was", u"line"_s, 5, {});
+        row("another resolution", u"line, 1600x1200"_s, 5, {});
+        row("another product", u"line, dx11t"_s, 0, pixels);
+        row("another one of the same name", u"line, mx63"_s, 2, following);
+        row("nothing measured yet", u"mx63, line"_s, 2, now);
+        row("while the album shows", u"line, album, mx63, 640x480"_s, 2, following);
+        row("imported", u"line, import"_s, 2, following);
+        row("the camera goes", u"line, unplug"_s, 5, {});
+        row("another camera comes", u"line, other camera"_s, 5, {});
+        row("picture of another camera", u"live, other camera, 640x480, line"_s, 0, {});
+        row("another shape", u"1280x720, line"_s, 0, withheld);
+        row("another shape, chosen again", u"1280x720, choose, line"_s, 5, now);
+        row("and back", u"1280x720, choose, 640x480, line"_s, 5, now);
+        row("picture of another product", u"album, file"_s, 2, {});
+        row("its scale left and chosen again", u"album, file, none, choose"_s, 2, following);
+        row("picture of nobody knows what", u"album, line"_s, 0, {});
+    }
+    void scaleIsNeverWrongSilently()
+    {
+        const auto [steps, millimetres, said] = Rows<QString, double, QString>::current();
+        Bench bench(u"mx61"_s);
+        bench.freeze({640, 480});
+        const auto all = steps.split(u", "_s);
+        for (const QString &step : all)
+            bench.act(step);
+        const auto quantity = bench.measuring.measurements().first().results(bench.measuring.scale()).first().quantity;
+        QCOMPARE(quantity.value * BWLengths::millimetres(quantity.unit), millimetres);
+        QCOMPARE(bench.strip().findChild<QComboBox *>()->currentIndex() > 0, millimetres > 0);
+        const QString status = bench.window.currentCameraLabel().text();
+        QVERIFY2(said.isNull() ? status.isEmpty() : status.startsWith(said), qPrintable(status));
+    }
+
+    /// Points belong to the main picture: beside it, nothing is drawn and nothing is clicked.
+    void comparingLeavesTheOtherPictureAlone_data()
+    {
+        const Rows<BWScene::Mode, bool> row; // and whether the right of the window belongs to the other picture alone
+        row("side by side", BWScene::Mode::SideBySide, true);
+        row("dividing line", BWScene::Mode::Divider, true);
+        row("overlay", BWScene::Mode::Overlay, false);
+    }
+    void comparingLeavesTheOtherPictureAlone()
+    {
+        const auto [mode, isOther] = Rows<BWScene::Mode, bool>::current();
+        Bench bench(u"mx61"_s);
+        bench.view.setLeftButtonClicks([] { return true; });
+        const QSignalSpy snapshots(&bench.view, &BWCenteringClipView::mousePressed);
+        bench.scene.compareWith(picture());
+        bench.liveView.setComparison(mode, 0.5);
+        bench.waitForPicture();
+        const QSize size = bench.view.viewport()->size();
+        const QRect right(size.width() / 2 + 20, 0, size.width() / 2 - 20, size.height());
+        const auto red = [&] { return bench.view.viewport()->grab(right).toImage().pixelColor(200, 200).red(); };
+        QTRY_VERIFY(std::abs(red() - 128) <= 1);
+        const QImage before = bench.view.viewport()->grab(right).toImage();
+        QTest::qWait(250); // the program counts as just brought to the front
+        bench.pick(u"length"_s);
+        bench.mouse(QEvent::MouseMove, {size.width() - 250.0, 200});
+        bench.click({size.width() - 250.0, 200});
+        bench.click({size.width() - 200.0, 200});
+        QCOMPARE(bench.measuring.measurements().size(), isOther ? 0 : 1);
+        bench.mouse(QEvent::MouseButtonPress, {200, 230});
+        bench.mouse(QEvent::MouseMove, {size.width() - 250.0, 230});
+        bench.mouse(QEvent::MouseButtonRelease, {size.width() - 250.0, 230});
+        const double end = bench.view.pictureToViewport()->map(bench.measuring.measurements().last().points[1]).x();
+        QCOMPARE(end < right.left(), isOther);
+        QCOMPARE(bench.view.viewport()->grab(right).toImage() == before, isOther);
+        QCOMPARE(snapshots.count(), 0);
+    }
+
+    /// In the middle of the magnifier is the pixel below the pointer: in the picture's corners, too, and when the picture moves
+    /// below a pointer that rests.
+    void magnifierShowsThePointersPixel_data()
+    {
+        const Rows<QPoint, int> row; // a pixel, and how large the window becomes then
+        row("middle", QPoint(320, 240), 977);
+        row("upper left", QPoint(0, 0), 977);
+        row("lower right", QPoint(639, 479), 977);
+        row("window of another size", QPoint(300, 200), 1177);
+    }
+    void magnifierShowsThePointersPixel()
+    {
+        const auto [at, width] = Rows<QPoint, int>::current();
+        QImage colors(pictureSize, QImage::Format_RGB32);
+        for (int i = 0; i < colors.width() * colors.height(); ++i)
+            colors.setPixel(i % 640, i / 640, colorAt({i % 640, i / 640}));
+        Bench bench;
+        bench.window.resize(977, 720);
+        bench.scene.showAlbumPicture(colors, u"c.jpg"_s);
+        bench.waitForPicture();
+        bench.pick(u"length"_s);
+        const double ratio = bench.view.devicePixelRatioF();
+        const QPointF pointer = bench.at(at.x() + 0.5, at.y() + 0.5) * ratio;
+        bench.mouse(QEvent::MouseMove, QPointF(std::floor(pointer.x()), std::floor(pointer.y())) / ratio);
+        const QPointF before = bench.at(0, 0);
+        bench.window.resize(width, 720);
+        bench.waitForPicture();
+        const QPoint pixel = at + (before - bench.at(0, 0)).toPoint();
+        QImage screen;
+        std::optional<QPoint> middle; // of the enlarged pixel
+        const auto isShown = [&] {
+            screen = bench.screen();
+            const int side = qRound(BWMagnifier::factor * ratio);
+            for (int i = 0; i < screen.width() * (screen.height() - side) - side; ++i) {
+                const QPoint first(i % screen.width(), i / screen.width());
+                const QPoint last = first + QPoint(side - 1, side - 1);
+                if (screen.pixel(first) == colorAt(pixel) && screen.valid(last) && screen.pixel(last) == colorAt(pixel))
+                    middle = first + QPoint(side, side) / 2;
+            }
+            return middle.has_value();
+        };
+        QTRY_VERIFY(isShown());
+        const auto seen = [&](QPoint off) {
+            return screen.pixel(*middle + (QPointF(off) * BWMagnifier::factor * ratio).toPoint());
+        };
+        for (const QPoint off : {QPoint(5, 5), QPoint(-5, 5), QPoint(5, -5), QPoint(-5, -5)}) {
+            const bool isInside = QRect(QPoint(), pictureSize).contains(pixel + off);
+            QCOMPARE(seen(off), isInside ? colorAt(pixel + off) : qRgb(0, 0, 0));
+        }
+        // An arm of the cross; the pointer may be anywhere over the pixel.
+        const QPoint arm = *middle + (QPointF(8, -0.5) * BWMagnifier::factor * ratio).toPoint();
+        bool isCrossed = false;
+        for (int y = 0; y < BWMagnifier::factor * ratio; ++y)
+            isCrossed = isCrossed || screen.pixel(arm + QPoint(0, y)) == qRgb(255, 221, 64);
+        QVERIFY(isCrossed);
+    }
+
+    /// A round length in every look, within the picture and clear of what lies over it.
+    void scaleBarFollowsThePicture_data()
+    {
+        const Rows<QString> row;
+        for (const char *const look : {"640x480", "zoomed", "fit", "turned", "mirrored", "small", "compared"})
+            row(look, QString::fromLatin1(look));
+    }
+    void scaleBarFollowsThePicture()
+    {
+        Bench bench(u"mx61"_s);
+        bench.freeze({640, 480});
+        bench.act(std::get<0>(Rows<QString>::current()));
+        bench.waitForPicture();
+        const QImage without = bench.screen();
+        bench.window.menu().measuring->scaleBar->trigger();
+        const QImage with = bench.screen();
+        QRect drawn; // in device pixels
+        for (int i = 0; i < with.width() * with.height(); ++i) {
+            const QPoint at(i % with.width(), i / with.width());
+            if (with.pixel(at) != without.pixel(at))
+                drawn |= QRect(at, QSize(1, 1));
+        }
+        const double ratio = with.devicePixelRatio();
+        const QRectF place(QPointF(drawn.topLeft()) / ratio, QSizeF(drawn.size()) / ratio);
+        const double perPoint = 10 / QLineF(bench.at(0, 0), bench.at(640, 0)).length(); // millimetres
+        constexpr double line = 3;
+        const double length = (place.width() - line) * perPoint;
+        const double power = std::pow(10, std::floor(std::log10(length * 1.1)));
+        const double off = std::abs(length - power * (length < 1.5 * power ? 1 : length < 3.5 * power ? 2 : 5));
+        QVERIFY2(off <= 2 * perPoint, qPrintable(QString::number(length)));
+        QRectF room = bench.view.scene().mainClip(bench.view.viewport()->size());
+        for (const QWidget *over : {static_cast<const QWidget *>(&bench.window.comparisonStrip()),
+                                    static_cast<const QWidget *>(&bench.window.currentCameraLabel())}) {
+            if (over->isVisible())
+                room.setBottom(
+                    std::min(room.bottom(), bench.view.viewport()->mapFromGlobal(over->mapToGlobal(QPointF())).y()));
+        }
+        QVERIFY2(room.contains(place) && place.width() > 40, qPrintable(QDebug::toString(place)));
+        QVERIFY(bench.view.pictureToViewport()->mapRect(QRectF(0, 0, 1, 0.75)).contains(place));
     }
 };
 

@@ -31,6 +31,7 @@
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Measuring/BWCalibrationDialog.h"
+#include "Views/Measuring/BWCalibrationsDialog.h"
 #include "Views/Measuring/BWMeasurementResultsPanel.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
@@ -536,6 +537,9 @@ private:
         QTRY_VERIFY_WITH_TIMEOUT(visible<BWCalibrationDialog>(), patience);
         see(visible<BWCalibrationDialog>(), u"calibration"_s);
         visible<BWCalibrationDialog>()->reject();
+        menu.calibrations->trigger();
+        see(visible<BWCalibrationsDialog>(), u"calibrations"_s);
+        visible<BWCalibrationsDialog>()->reject();
         while (menu.undo->isEnabled())
             menu.undo->trigger();
         menu.scaleBar->trigger();

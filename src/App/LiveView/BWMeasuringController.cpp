@@ -4,6 +4,7 @@
 #include "App/LiveView/BWSceneController.h"
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWFilePath.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
@@ -14,11 +15,11 @@
 #include "Views/MainWindow/BWMeasuringStrip.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Measuring/BWCalibrationDialog.h"
+#include "Views/Measuring/BWCalibrationsDialog.h"
 #include "Views/Measuring/BWMeasurementResultsPanel.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <QAction>
 #include <QLineF>
 #include <QStandardPaths>
@@ -27,13 +28,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Widths and heights of one shape have one name.
-QString shapeOf(QSize size)
-{
-    const int divisor = std::max(1, std::gcd(size.width(), size.height()));
-    return u"%1:%2"_s.arg(size.width() / divisor).arg(size.height() / divisor);
-}
 
 constexpr double longNotice = 5; // seconds
 
@@ -57,7 +51,8 @@ BWMeasuringController::BWMeasuringController(const Parts &parts)
         followPicture();
         if (m_parts.scene.main() == BWSceneController::Main::Album && m_sheet->isOfAlbum && m_sheet->of.isEmpty()) {
             m_sheet->list.reset(); // which picture it is nobody knows: surely not the one before
-            m_sheet->calibration = {};
+            m_sheet->calibration = m_sheet->cameWith = {};
+            m_sheet->shown = {};
             followScale();
         }
     });
@@ -91,6 +86,12 @@ void BWMeasuringController::connectMenu()
     connectEdit(m_menu.redo, [](BWMeasuringTool &tool) { tool.redo(); });
     connectEdit(m_menu.remove, [](BWMeasuringTool &tool) { tool.remove(); });
     connect(m_menu.calibrate, &QAction::triggered, this, &BWMeasuringController::calibrate);
+    connect(m_menu.calibrations, &QAction::triggered, this, &BWMeasuringController::manageScales);
+    connect(&m_menu, &BWMeasuringMenu::scalePicked, this, &BWMeasuringController::pickScale);
+    connect(&m_menu, &BWMeasuringMenu::unitPicked, this, [this](std::optional<BWLengthUnit> unit) {
+        m_calibrations.setUnit(unit);
+        storeScales();
+    });
     connect(m_menu.results, &QAction::triggered, this, &BWMeasuringController::showResults);
     connect(m_menu.scaleBar, &QAction::triggered, this, [this](bool shown) {
         makeViews();
@@ -138,8 +139,11 @@ void BWMeasuringController::setOpen(bool open)
     m_layer->setActive(open);
     m_strip->setVisible(open);
     refresh();
-    if (open)
-        m_layer->setFocus();
+    if (!open)
+        return;
+    m_layer->setFocus();
+    if (isScaleWithheld())
+        sayScale();
 }
 
 void BWMeasuringController::pickKind(const QString &kind)
@@ -150,11 +154,20 @@ void BWMeasuringController::pickKind(const QString &kind)
     refresh();
 }
 
-QString BWMeasuringController::product() const
+bool BWMeasuringController::isAlbum() const
 {
-    BWCameraProductPtr product = m_parts.productInUse.currentProduct();
-    if (!product) // a frozen picture stays when its camera goes
-        product = m_parts.productInUse.product();
+    return m_sheet->isOfAlbum;
+}
+
+/// Of the camera that made the picture: what is frozen stays when that goes, or another one comes.
+BWCameraProductPtr BWMeasuringController::product() const
+{
+    return m_parts.config.currentProductForCameraIdentifier(m_camera);
+}
+
+QString BWMeasuringController::productIdentifier() const
+{
+    const BWCameraProductPtr product = this->product();
     return product ? product->identifier() : QString();
 }
 
@@ -163,13 +176,15 @@ void BWMeasuringController::followPicture()
 {
     const QSize size = m_parts.window.centeringClipView().scene().mainPicture.imageSize();
     const BWCameraPtr &camera = m_parts.productInUse.camera();
-    const bool isAlbum = m_parts.scene.main() == BWSceneController::Main::Album;
+    const auto main = m_parts.scene.main();
+    const bool isStillFrozen = std::exchange(m_main, main) == main && main == BWSceneController::Main::Frozen;
+    if (camera && (!isStillFrozen || m_camera.isEmpty()))
+        m_camera = camera->identifierForProducts();
     if (m_sheet && size.isEmpty()) // while the camera is away nothing shows, and nothing is lost
         return;
-    if (camera)
-        m_camera = camera->identifierForProducts();
-    const QString key =
-        isAlbum ? u"album "_s + m_parts.scene.albumPicture() : u"live %1 %2"_s.arg(m_camera, shapeOf(size));
+    const bool isAlbum = main == BWSceneController::Main::Album;
+    const QString key = isAlbum ? u"album "_s + m_parts.scene.albumPicture()
+                                : u"live %1 %2"_s.arg(m_camera, BWCalibration::shapeOf(size));
     std::unique_ptr<Sheet> &sheet = m_sheets[key];
     if (!sheet)
         sheet = std::make_unique<Sheet>();
@@ -178,7 +193,6 @@ void BWMeasuringController::followPicture()
     sheet->pixels = size;
     if (m_sheet && m_sheet != sheet.get()) {
         while (m_sheet->tool.cancel()) { }
-        m_shownScale = {}; // another picture may have another one
     }
     m_sheet = sheet.get();
     if (!isAlbum)
@@ -189,51 +203,111 @@ void BWMeasuringController::followPicture()
     followScale();
 }
 
+/// One that was made in pictures of another shape may be wrong here.
+bool BWMeasuringController::isScaleWithheld() const
+{
+    const QSize size = m_parts.window.centeringClipView().scene().mainPicture.imageSize();
+    return !isAlbum() && !size.isEmpty() && !m_calibrations.chosen(productIdentifier()).holdsFor(size);
+}
+
 BWPictureScale BWMeasuringController::scale() const
 {
-    const bool isAlbum = m_parts.scene.main() == BWSceneController::Main::Album;
     BWPictureScale scale;
     scale.pixels = m_parts.window.centeringClipView().scene().mainPicture.imageSize();
-    scale.calibration = isAlbum ? m_sheet->calibration : m_calibrations.chosen(product());
-    scale.unit = unitOf(scale.calibration);
+    if (isAlbum())
+        scale.calibration = m_sheet->calibration;
+    else if (!isScaleWithheld())
+        scale.calibration = m_calibrations.chosen(productIdentifier());
+    scale.unit = m_calibrations.unit().value_or(unitOf(scale.calibration));
     return scale;
 }
 
-/// The strip says which scale is used. One that changes under measurements in the same picture is told besides.
+/// The product's, and before them what belongs to the album's picture alone.
+QList<BWCalibration> BWMeasuringController::scales() const
+{
+    QList<BWCalibration> all = m_calibrations.of(productIdentifier());
+    if (isAlbum()) {
+        for (const BWCalibration &one : {m_sheet->calibration, m_sheet->cameWith}) {
+            if (!one.isNull() && indexOf(all, one) < 0)
+                all.prepend(one);
+        }
+    }
+    return all;
+}
+
+/// Two of one name may come from two products.
+qsizetype BWMeasuringController::indexOf(const QList<BWCalibration> &scales, const BWCalibration &scale) const
+{
+    const QSize size = m_parts.window.centeringClipView().scene().mainPicture.imageSize();
+    const auto found = std::find_if(scales.begin(), scales.end(), [&](const BWCalibration &one) {
+        return one.name == scale.name && qFuzzyCompare(one.widthAt(size), scale.widthAt(size));
+    });
+    return found == scales.end() ? -1 : found - scales.begin();
+}
+
+/// Menu and strip say which scale is used. One that changes under measurements in the same picture is told besides.
 void BWMeasuringController::followScale()
 {
-    if (m_strip) {
-        QStringList names;
-        for (const BWCalibration &one : m_calibrations.of(product()))
-            names << one.name;
-        const QString chosen = scale().calibration.name;
-        if (!chosen.isEmpty() && !names.contains(chosen))
-            names << chosen; // of an album's picture, from its file
-        m_strip->showScales(names, chosen);
-    }
+    const QList<BWCalibration> all = scales();
+    const qsizetype ofPicture = all.size() - m_calibrations.of(productIdentifier()).size();
+    const QString ofPictureText = m_parts.texts.text(u"measuring"_s, u"scale_of_picture"_s, u"%1 (of this picture)"_s);
+    QStringList titles;
+    for (qsizetype i = 0; i < all.size(); ++i)
+        titles << (i < ofPicture ? ofPictureText.arg(all[i].name) : all[i].name);
+    const int chosen = static_cast<int>(indexOf(all, scale().calibration));
+    m_menu.showScales(titles, chosen);
+    m_menu.showUnit(m_calibrations.unit());
+    if (m_strip)
+        m_strip->showScales(titles, chosen);
     if (m_results && m_results->isVisible())
         m_results->reload();
     refresh();
 }
 
-void BWMeasuringController::pickScale(const QString &name)
+void BWMeasuringController::pickScale(int index)
 {
-    if (m_parts.scene.main() == BWSceneController::Main::Album) {
-        const auto all = m_calibrations.of(product());
-        BWCalibration picked;
-        for (const BWCalibration &one : all) {
-            if (one.name == name)
-                picked = one;
-        }
-        m_sheet->calibration = picked;
-    } else {
-        m_calibrations.choose(product(), name);
-        m_parts.config.setCalibrations(m_calibrations.toJson());
+    const BWCalibration picked = scales().value(index);
+    if (isAlbum()) {
+        m_sheet->calibration = picked.ofPicture(scale().pixels);
+        followScale();
+        return;
     }
+    m_calibrations.choose(productIdentifier(), picked.name);
+    if (const QSize pixels = scale().pixels; !pixels.isEmpty())
+        m_calibrations.allow(productIdentifier(), picked.name, pixels);
+    storeScales();
+}
+
+void BWMeasuringController::storeScales()
+{
+    m_parts.config.setCalibrations(m_calibrations.toJson());
     followScale();
 }
 
-/// Of lines over one thing: all that are about as long as the selected one, or the newest.
+void BWMeasuringController::manageScales()
+{
+    const QString product = productIdentifier();
+    const BWCameraProductPtr shown = this->product();
+    const BWCalibrationsDialog::Callbacks callbacks{[this, product](const QString &name, const QString &newName) {
+                                                        const bool renamed =
+                                                            m_calibrations.rename(product, name, newName);
+                                                        if (renamed)
+                                                            storeScales();
+                                                        return renamed;
+                                                    },
+                                                    [this, product](const QString &name) {
+                                                        m_calibrations.remove(product, name);
+                                                        storeScales();
+                                                    }};
+    auto *dialog = new BWCalibrationsDialog(m_calibrations, product,
+                                            shown ? BWDisplayNames::product(*shown, m_parts.texts) : QString(),
+                                            scale().pixels, callbacks, &m_parts.window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->localizeWithManager(m_parts.texts);
+    dialog->open();
+}
+
+/// Of lines over one thing: those that are about as long as the selected one, or the newest.
 void BWMeasuringController::calibrate()
 {
     setOpen(true);
@@ -256,30 +330,38 @@ void BWMeasuringController::calibrate()
     }
     QList<BWCalibrationDialog::Line> lines;
     constexpr double alike = 0.1;
-    for (qsizetype i = 0; i < items.size(); ++i) {
+    constexpr int most = 8; // more say little more, and have no room
+    for (qsizetype i = items.size() - 1; i >= 0 && lines.size() < most; --i) {
         if (std::abs(lengthOf(i) - length) <= alike * length)
-            lines.append({nameOf(i), lengthOf(i)});
+            lines.prepend({nameOf(i), lengthOf(i)});
+    }
+    QStringList known;
+    for (const BWCalibration &one : m_calibrations.of(productIdentifier())) {
+        if (!m_calibrations.isBuiltIn(productIdentifier(), one.name))
+            known << one.name;
     }
     auto *dialog = new BWCalibrationDialog(
-        lines, scale().pixels.width(), BWLengthUnit::Millimetre,
+        lines, scale().pixels.width(), m_calibrations.unit().value_or(BWLengthUnit::Millimetre),
         [this](const BWCalibration &made) { return storeScale(made); }, &m_parts.window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->localizeWithManager(m_parts.texts);
+    dialog->setKnownNames(known);
     dialog->open();
 }
 
 /// One that was made on a picture of an album is that picture's; the live image may show another magnification by now.
-bool BWMeasuringController::storeScale(const BWCalibration &calibration)
+bool BWMeasuringController::storeScale(const BWCalibration &made)
 {
-    const QString before = m_calibrations.chosen(product()).name;
-    if (!m_calibrations.add(product(), calibration))
+    const QString product = productIdentifier();
+    const QString before = m_calibrations.chosen(product).name;
+    const BWCalibration calibration = m_calibrations.madeIn(scale().pixels, product, made);
+    if (!m_calibrations.add(product, calibration))
         return false;
-    if (m_parts.scene.main() == BWSceneController::Main::Album) {
-        m_calibrations.choose(product(), before);
-        m_sheet->calibration = calibration;
+    if (isAlbum()) {
+        m_calibrations.choose(product, before);
+        m_sheet->calibration = calibration.ofPicture(scale().pixels);
     }
-    m_parts.config.setCalibrations(m_calibrations.toJson());
-    followScale();
+    storeScales();
     return true;
 }
 
@@ -315,16 +397,16 @@ void BWMeasuringController::setMeasurements(QList<BWMeasurement> measurements, c
         list.endChange();
     }
     m_sheet->known = measurements.size();
-    m_sheet->calibration = calibration;
-    m_shownScale = scale(); // which is no news
+    m_sheet->calibration = m_sheet->cameWith = calibration;
+    m_sheet->shown = scale(); // which is no news
     followScale();
 }
 
 BWMeasuringController::OfCamera BWMeasuringController::ofCamera() const
 {
     OfCamera all;
-    all.metadata.calibration = m_calibrations.chosen(product());
-    all.metadata.unit = unitOf(all.metadata.calibration);
+    all.metadata.calibration = m_calibrations.chosen(productIdentifier());
+    all.metadata.unit = m_calibrations.unit().value_or(unitOf(all.metadata.calibration));
     // Another camera may have come while an album's picture shows.
     if (m_cameraSheet && m_cameraSheet->of == m_camera) {
         all.metadata.measurements = m_cameraSheet->list.items();
@@ -348,18 +430,36 @@ void BWMeasuringController::refresh()
     if (m_layer)
         m_layer->showMeasurements(items, m_sheet->tool, scale);
 
-    const BWPictureScale before = std::exchange(m_shownScale, scale);
+    if (scale.pixels.isEmpty()) // nothing shows: what comes next is compared with what was last
+        return;
+    const BWPictureScale before = std::exchange(m_sheet->shown, scale);
     const bool sameLengths = before.calibration.name == scale.calibration.name
         && before.calibration.millimetresPerWidth == scale.calibration.millimetresPerWidth;
-    if (sameLengths || items.isEmpty() || before.pixels.isEmpty())
-        return;
-    m_parts.statusLine.showForAMoment(
-        scale.isCalibrated()
-            ? m_parts.texts
-                  .text(u"measuring"_s, u"scale_changed"_s, u"The scale is now “%1”; existing measurements follow it"_s)
-                  .arg(scale.calibration.name)
-            : m_parts.texts.text(u"measuring"_s, u"scale_gone"_s, u"No scale is chosen: lengths are now in pixels"_s),
-        longNotice);
+    const bool isNew = before.pixels.isEmpty();
+    if (isNew ? m_isOpen && isScaleWithheld() : !sameLengths && (m_isOpen || !items.isEmpty()))
+        sayScale();
+}
+
+void BWMeasuringController::sayScale()
+{
+    BWLocalizationManager &texts = m_parts.texts;
+    const QString used = m_sheet->shown.calibration.name;
+    QString said;
+    if (isScaleWithheld())
+        said = texts
+                   .text(u"measuring"_s, u"scale_withheld"_s,
+                         u"“%1” was made in pictures of another shape: lengths are in pixels. If it holds here, too, "
+                         "choose it again."_s)
+                   .arg(m_calibrations.chosen(productIdentifier()).name);
+    else if (!m_sheet->shown.isCalibrated())
+        said = texts.text(u"measuring"_s, u"scale_gone"_s, u"No scale is chosen: lengths are now in pixels"_s);
+    else if (m_sheet->list.items().isEmpty())
+        said = texts.text(u"measuring"_s, u"scale_now"_s, u"The scale is now “%1”"_s).arg(used);
+    else
+        said =
+            texts.text(u"measuring"_s, u"scale_changed"_s, u"The scale is now “%1”; existing measurements follow it"_s)
+                .arg(used);
+    m_parts.statusLine.showForAMoment(said, longNotice);
 }
 
 void BWMeasuringController::announceChange()
@@ -385,7 +485,7 @@ QString BWMeasuringController::described(qsizetype measurement) const
 {
     const QList<BWMeasurement> &items = m_sheet->list.items();
     QStringList values;
-    for (const BWMeasurement::Result &result : items[measurement].results(m_shownScale))
+    for (const BWMeasurement::Result &result : items[measurement].results(m_sheet->shown))
         values << BWLengths::text(result.quantity, QLocale());
     return m_parts.texts.text(u"measuring"_s, u"result"_s, u"%1: %2"_s)
         .arg(nameOf(measurement), values.isEmpty() ? items[measurement].text : values.join(u", "_s));

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "App/LiveView/BWSceneController.h"
 #include "Model/Measuring/BWCalibration.h"
 #include "Model/Measuring/BWMeasuringTool.h"
 #include "Model/Measuring/BWPictureMetadata.h"
+#include "Model/Products/BWCameraProduct.h"
 
 #include <map>
 #include <memory>
@@ -20,7 +22,6 @@ class BWMeasuringLayer;
 class BWMeasuringMenu;
 class BWMeasuringStrip;
 class BWProductInUse;
-class BWSceneController;
 class BWStatusLine;
 class BWUserDefaults;
 
@@ -82,6 +83,8 @@ private:
         bool isOfAlbum = false;
         QString of{}; ///< the name of the album's picture, or the type of the camera
         QSize pixels{}; ///< as it was last shown
+        BWCalibration cameWith{}; ///< what an album's picture had in its file
+        BWPictureScale shown{}; ///< when it was looked at last
         qsizetype known = 0; ///< measurements that were announced
     };
 
@@ -90,14 +93,22 @@ private:
     void pickKind(const QString &kind);
     void followPicture();
     void followScale();
-    void pickScale(const QString &name);
+    void pickScale(int index);
+    void storeScales();
+    void manageScales();
+    void sayScale();
     void calibrate();
     bool storeScale(const BWCalibration &calibration);
     void showResults(bool shown);
     void refresh();
     void announceEdit();
     void announceChange();
-    QString product() const;
+    bool isAlbum() const;
+    bool isScaleWithheld() const;
+    QList<BWCalibration> scales() const;
+    qsizetype indexOf(const QList<BWCalibration> &scales, const BWCalibration &scale) const;
+    BWCameraProductPtr product() const;
+    QString productIdentifier() const;
     QString nameOf(qsizetype measurement) const;
     QString described(qsizetype measurement) const;
 
@@ -107,8 +118,8 @@ private:
     std::map<QString, std::unique_ptr<Sheet>> m_sheets; // by picture
     Sheet *m_sheet; // that of the picture that shows
     Sheet *m_cameraSheet = nullptr; // that of the camera's picture, while it shows or last showed
-    QString m_camera; // the type of the last one
-    BWPictureScale m_shownScale;
+    BWSceneController::Main m_main = BWSceneController::Main::Live; // when it was looked at last
+    QString m_camera; // the type of the one whose picture shows, or did last
     QPointer<BWMeasuringLayer> m_layer; // made when first wanted, like the strip; the window owns them
     QPointer<BWMeasuringStrip> m_strip;
     QPointer<BWMeasurementResultsPanel> m_results; // the window owns it as well

@@ -104,6 +104,8 @@ QByteArray BWSnapshotTags::addedTo(const QByteArray &jpeg) const
     BWPictureMetadata metadata = scale;
     if (qint64(measuredIn.width()) * header.height() != qint64(measuredIn.height()) * header.width())
         metadata.measurements.clear();
+    if (!metadata.calibration.holdsFor({header.width(), header.height()}))
+        metadata.calibration = {};
     if (metadata.calibration.isNull() && metadata.measurements.isEmpty())
         return tagged;
     const BWPictureMetadata::Written scaled = metadata.addedTo(tagged);

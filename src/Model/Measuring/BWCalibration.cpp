@@ -5,10 +5,13 @@
 #include "Utils/BWLogging.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <numeric>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,11 +33,70 @@ BWCalibration fromGrid(const QString &product)
         if (calibration.isNull())
             calibration.millimetresPerWidth = width;
         calibration.otherFields.insert(resolution, width);
+        calibration.shapes.append(BWCalibration::shapeOf(size->dimensions()));
     }
+    calibration.shapes.removeDuplicates();
     return calibration;
 }
 
+/// As they are stored.
+const std::array<std::pair<BWLengthUnit, QString>, 4> &storedUnits()
+{
+    static const std::array<std::pair<BWLengthUnit, QString>, 4> all{{{BWLengthUnit::Micrometre, u"um"_s},
+                                                                      {BWLengthUnit::Millimetre, u"mm"_s},
+                                                                      {BWLengthUnit::Centimetre, u"cm"_s},
+                                                                      {BWLengthUnit::Inch, u"in"_s}}};
+    return all;
+}
+
+/// Beside the products, none of which is called so.
+constexpr QLatin1String unitKey("length_unit");
+
+QJsonObject stored(const BWCalibration &calibration)
+{
+    QJsonObject other;
+    for (auto field = calibration.otherFields.begin(); field != calibration.otherFields.end(); ++field)
+        other.insert(field.key(), field.value());
+    return {{u"name"_s, calibration.name},
+            {u"millimetres_per_width"_s, calibration.millimetresPerWidth},
+            {u"relative_error"_s, calibration.relativeError},
+            {u"other_fields"_s, other},
+            {u"shapes"_s, QJsonArray::fromStringList(calibration.shapes)},
+            {u"lines"_s, calibration.lines}};
+}
+
+BWCalibration read(const QJsonObject &object)
+{
+    BWCalibration one;
+    one.name = object.value(u"name"_s).toString();
+    one.millimetresPerWidth = object.value(u"millimetres_per_width"_s).toDouble();
+    one.relativeError = std::clamp(object.value(u"relative_error"_s).toDouble(), 0.0, 1.0);
+    one.lines = std::max(0, object.value(u"lines"_s).toInt());
+    const QJsonObject other = object.value(u"other_fields"_s).toObject();
+    for (auto field = other.begin(); field != other.end(); ++field) {
+        if (BWCalibration{one.name, field->toDouble(), 0, {}}.isPlausible())
+            one.otherFields.insert(field.key(), field->toDouble());
+    }
+    const QJsonArray shapes = object.value(u"shapes"_s).toArray();
+    for (const QJsonValue &shape : shapes) {
+        if (shape.isString())
+            one.shapes.append(shape.toString());
+    }
+    return one;
+}
+
 } // namespace
+
+double BWCalibration::widthAt(QSize picture) const
+{
+    return widthAt(BWResolution(picture.width(), picture.height()).resolutionString());
+}
+
+QString BWCalibration::shapeOf(QSize picture)
+{
+    const int divisor = std::max(1, std::gcd(picture.width(), picture.height()));
+    return u"%1:%2"_s.arg(picture.width() / divisor).arg(picture.height() / divisor);
+}
 
 void BWCalibrationLines::add(double length, double millimetres)
 {
@@ -87,11 +149,11 @@ BWCalibrations::BWCalibrations()
     }
 }
 
-const BWCalibration *BWCalibrations::find(const QList<BWCalibration> &list, const QString &name)
+qsizetype BWCalibrations::indexOf(const QList<BWCalibration> &list, const QString &name)
 {
     const auto found =
         std::find_if(list.begin(), list.end(), [&](const BWCalibration &one) { return one.name == name; });
-    return found == list.end() ? nullptr : &*found;
+    return found == list.end() ? -1 : found - list.begin();
 }
 
 QList<BWCalibration> BWCalibrations::of(const QString &product) const
@@ -102,7 +164,24 @@ QList<BWCalibration> BWCalibrations::of(const QString &product) const
 
 bool BWCalibrations::isBuiltIn(const QString &product, const QString &name) const
 {
-    return find(m_products.value(product).builtIn, name);
+    return indexOf(m_products.value(product).builtIn, name) >= 0;
+}
+
+BWCalibration BWCalibrations::madeIn(QSize picture, const QString &product, BWCalibration calibration) const
+{
+    calibration.shapes = {BWCalibration::shapeOf(picture)};
+    const QString resolution = BWResolution(picture.width(), picture.height()).resolutionString();
+    const QList<BWCalibration> builtIn = m_products.value(product).builtIn;
+    for (const BWCalibration &known : builtIn) {
+        if (!known.otherFields.contains(resolution))
+            continue;
+        const double share = calibration.millimetresPerWidth / known.widthAt(resolution);
+        for (auto field = known.otherFields.begin(); field != known.otherFields.end(); ++field)
+            calibration.otherFields.insert(field.key(), field.value() * share);
+        calibration.millimetresPerWidth = known.millimetresPerWidth * share;
+        calibration.shapes = known.shapes;
+    }
+    return calibration;
 }
 
 bool BWCalibrations::add(const QString &product, const BWCalibration &calibration)
@@ -127,38 +206,59 @@ bool BWCalibrations::remove(const QString &product, const QString &name)
     return removed > 0;
 }
 
+bool BWCalibrations::rename(const QString &product, const QString &name, const QString &newName)
+{
+    const QString to = newName.trimmed();
+    Product &entry = m_products[product];
+    const qsizetype index = indexOf(entry.own, name);
+    if (index < 0 || to.isEmpty() || (to != name && indexOf(of(product), to) >= 0))
+        return false;
+    entry.own[index].name = to;
+    if (entry.chosen == name)
+        entry.chosen = to;
+    return true;
+}
+
+void BWCalibrations::allow(const QString &product, const QString &name, QSize picture)
+{
+    Product &entry = m_products[product];
+    for (QList<BWCalibration> *list : {&entry.builtIn, &entry.own}) {
+        const qsizetype index = indexOf(*list, name);
+        if (index >= 0 && !list->at(index).holdsFor(picture))
+            (*list)[index].shapes.append(BWCalibration::shapeOf(picture));
+    }
+}
+
 BWCalibration BWCalibrations::chosen(const QString &product) const
 {
-    const Product entry = m_products.value(product);
-    for (const QList<BWCalibration> &list : {entry.builtIn, entry.own}) {
-        if (const BWCalibration *found = find(list, entry.chosen))
-            return *found;
-    }
-    return {};
+    const QList<BWCalibration> all = of(product);
+    return all.value(indexOf(all, m_products.value(product).chosen));
 }
 
 void BWCalibrations::choose(const QString &product, const QString &name)
 {
-    m_products[product].chosen = name;
+    m_products[product].chosen = indexOf(of(product), name) >= 0 ? name : QString();
+}
+
+void BWCalibrations::setUnit(std::optional<BWLengthUnit> unit)
+{
+    m_unit = unit == BWLengthUnit::Pixel ? std::nullopt : unit;
 }
 
 QString BWCalibrations::toJson() const
 {
-    QJsonObject products;
+    QJsonObject all;
     for (auto entry = m_products.begin(); entry != m_products.end(); ++entry) {
         QJsonArray own;
-        for (const BWCalibration &one : entry->own) {
-            QJsonObject other;
-            for (auto field = one.otherFields.begin(); field != one.otherFields.end(); ++field)
-                other.insert(field.key(), field.value());
-            own.append(QJsonObject{{u"name"_s, one.name},
-                                   {u"millimetres_per_width"_s, one.millimetresPerWidth},
-                                   {u"relative_error"_s, one.relativeError},
-                                   {u"other_fields"_s, other}});
-        }
-        products.insert(entry.key(), QJsonObject{{u"own"_s, own}, {u"chosen"_s, entry->chosen}});
+        for (const BWCalibration &one : entry->own)
+            own.append(stored(one));
+        all.insert(entry.key(), QJsonObject{{u"own"_s, own}, {u"chosen"_s, entry->chosen}});
     }
-    return QString::fromUtf8(QJsonDocument(products).toJson(QJsonDocument::Compact));
+    for (const auto &[unit, name] : storedUnits()) {
+        if (m_unit == unit)
+            all.insert(unitKey, name);
+    }
+    return QString::fromUtf8(QJsonDocument(all).toJson(QJsonDocument::Compact));
 }
 
 bool BWCalibrations::fromJson(const QString &json)
@@ -168,22 +268,17 @@ bool BWCalibrations::fromJson(const QString &json)
     const QJsonDocument document = QJsonDocument::fromJson(json.toUtf8());
     if (!document.isObject())
         return json.isEmpty();
-    const QJsonObject products = document.object();
+    QJsonObject products = document.object();
+    const QString wanted = products.take(unitKey).toString();
+    for (const auto &[unit, name] : storedUnits()) {
+        if (name == wanted)
+            m_unit = unit;
+    }
     for (auto entry = products.begin(); entry != products.end(); ++entry) {
         const QJsonObject product = entry->toObject();
-        for (const QJsonValue &value : product.value(u"own"_s).toArray()) {
-            const QJsonObject object = value.toObject();
-            BWCalibration one;
-            one.name = object.value(u"name"_s).toString();
-            one.millimetresPerWidth = object.value(u"millimetres_per_width"_s).toDouble();
-            one.relativeError = std::clamp(object.value(u"relative_error"_s).toDouble(), 0.0, 1.0);
-            const QJsonObject other = object.value(u"other_fields"_s).toObject();
-            for (auto field = other.begin(); field != other.end(); ++field) {
-                if (BWCalibration{one.name, field->toDouble(), 0, {}}.isPlausible())
-                    one.otherFields.insert(field.key(), field->toDouble());
-            }
-            whole = add(entry.key(), one) && whole;
-        }
+        const QJsonArray own = product.value(u"own"_s).toArray();
+        for (const QJsonValue &value : own)
+            whole = add(entry.key(), read(value.toObject())) && whole;
         // What was chosen and could not be read leaves nothing chosen, rather than another scale.
         choose(entry.key(), product.value(u"chosen"_s).toString());
     }

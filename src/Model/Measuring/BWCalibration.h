@@ -1,18 +1,26 @@
 #pragma once
 
+#include "Model/Measuring/BWLength.h"
+
+#include <optional>
 #include <QHash>
 #include <QList>
+#include <QSize>
 #include <QString>
+#include <QStringList>
 
 /// How long the things in a picture are, for one way of looking: a lens, a magnification, a contact plate.
 ///
 /// Kept as the length that the width of the picture covers, so that it holds for every resolution with the same field of
-/// view. Resolutions that see another field, as some cameras have them, may have a length of their own.
+/// view. Resolutions that see another field, as some cameras have them, may have a length of their own. Pictures of another
+/// shape are cut from the sensor in ways that nobody knows: it holds for those only if somebody has said so.
 struct BWCalibration {
     QString name; ///< "50x", "contact plate"
     double millimetresPerWidth = 0;
     double relativeError = 0; ///< one standard deviation, as a share of any length; 0 if it is not known
     QHash<QString, double> otherFields; ///< millimetres per width by resolution ("640x480"), where that differs
+    QStringList shapes{}; ///< of the pictures for which it holds ("4:3"); any if there are none
+    int lines = 0; ///< of how many lines it was made; 0 if that is not known
 
     bool isNull() const { return !(millimetresPerWidth > 0); }
     /// Whether it can be meant: a width from a tenth of a micrometre to a hundred metres, known to less than itself.
@@ -22,6 +30,12 @@ struct BWCalibration {
     }
     /// In a picture of that resolution.
     double widthAt(const QString &resolution) const { return otherFields.value(resolution, millimetresPerWidth); }
+    double widthAt(QSize picture) const;
+    /// As it is for that picture alone, and as files have it.
+    BWCalibration ofPicture(QSize picture) const { return {name, widthAt(picture), relativeError, {}}; }
+    bool holdsFor(QSize picture) const { return shapes.isEmpty() || shapes.contains(shapeOf(picture)); }
+    /// Widths and heights of one shape have one name: "4:3".
+    static QString shapeOf(QSize picture);
 
     bool operator==(const BWCalibration &) const = default;
 };
@@ -50,7 +64,7 @@ private:
     QList<Line> m_lines;
 };
 
-/// The calibrations of every product, and which one is chosen.
+/// The calibrations of every product, which one is chosen, and in which unit lengths are wanted.
 ///
 /// A choice belongs to one product: another product has its own, or none. Nothing is chosen by itself but what the product
 /// comes with. One thread at a time.
@@ -62,16 +76,28 @@ public:
     QList<BWCalibration> of(const QString &product) const;
     bool isBuiltIn(const QString &product, const QString &name) const;
 
+    /// One that was made in a picture of that size, by its whole width, as it is to be kept: with what is known of the
+    /// product's other resolutions.
+    BWCalibration madeIn(QSize picture, const QString &product, BWCalibration calibration) const;
     /// Adds one, or replaces that of the same name, and chooses it. False, and nothing changes, for a null calibration, a
     /// name of blanks, or one that the product came with.
     bool add(const QString &product, const BWCalibration &calibration);
-    /// Those that the product came with stay.
+    /// Those that the product came with stay. None is chosen afterwards if it was.
     bool remove(const QString &product, const QString &name);
+    /// False, and nothing changes, if it is not one that users made, or for a name of blanks or of another one.
+    bool rename(const QString &product, const QString &name, const QString &newName);
+    /// It holds for pictures of that size, too, because somebody has said so. Kept for what users made, otherwise true
+    /// until the program ends.
+    void allow(const QString &product, const QString &name, QSize picture);
 
     /// A null calibration if none is chosen.
     BWCalibration chosen(const QString &product) const;
     /// An unknown or null name: none.
     void choose(const QString &product, const QString &name);
+
+    /// Nothing: the one that suits the picture.
+    std::optional<BWLengthUnit> unit() const { return m_unit; }
+    void setUnit(std::optional<BWLengthUnit> unit);
 
     /// For the settings: compact JSON of what users made and chose.
     QString toJson() const;
@@ -84,7 +110,8 @@ private:
         QList<BWCalibration> own;
         QString chosen;
     };
-    static const BWCalibration *find(const QList<BWCalibration> &list, const QString &name);
+    static qsizetype indexOf(const QList<BWCalibration> &list, const QString &name);
 
     QHash<QString, Product> m_products;
+    std::optional<BWLengthUnit> m_unit;
 };

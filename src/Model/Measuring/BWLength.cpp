@@ -97,6 +97,12 @@ QString BWLengths::text(const BWQuantity &quantity, const QLocale &locale)
     return quantity.dimension == BWDimension::Angle ? digits + unit : digits + QChar::Nbsp + unit;
 }
 
+QString BWLengths::percent(double share, const QLocale &locale)
+{
+    const double percent = share * 100;
+    return locale.toString(percent, 'f', percent < 1 ? 2 : 1) + QChar::Nbsp + u'%';
+}
+
 double BWLengths::parsed(const QString &typed, BWLengthUnit fallback, const QLocale &locale)
 {
     QString text = typed.trimmed().toLower();

@@ -38,6 +38,9 @@ QString number(const BWQuantity &quantity, const QLocale &locale);
 /// The number with its unit: "12.34 mm".
 QString text(const BWQuantity &quantity, const QLocale &locale);
 
+/// A relative error: "0.4 %".
+QString percent(double share, const QLocale &locale);
+
 /// A number and perhaps a unit as a person types it, with the locale's decimal sign or a point: "1,5 mm", "200 um", "0.1in".
 /// Without a unit it is in `fallback`. Millimetres; 0 if it is no length above zero.
 double parsed(const QString &typed, BWLengthUnit fallback, const QLocale &locale);

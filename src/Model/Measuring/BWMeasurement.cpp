@@ -126,7 +126,7 @@ const BWMeasurementKind *BWMeasurementKind::find(const QString &identifier)
 
 double BWPictureScale::millimetresPerWidth() const
 {
-    return calibration.widthAt(u"%1x%2"_s.arg(pixels.width()).arg(pixels.height()));
+    return calibration.widthAt(pixels);
 }
 
 bool BWMeasurement::isComplete() const

@@ -5,10 +5,22 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QMenu>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
-BWMeasuringMenu::BWMeasuringMenu(QMenu &menu, QObject *parent) : QObject(parent), m_tools(new QActionGroup(this))
+namespace {
+
+/// The choice of a unit that suits the picture.
+constexpr int anyUnit = -1;
+
+} // namespace
+
+BWMeasuringMenu::BWMeasuringMenu(QMenu &menu, QObject *parent)
+    : QObject(parent),
+      m_tools(new QActionGroup(this)),
+      m_scales(new QActionGroup(this)),
+      m_units(new QActionGroup(this))
 {
     const auto add = [&menu](const QList<QKeySequence> &keys) {
         QAction *action = menu.addAction(QString());
@@ -39,15 +51,35 @@ BWMeasuringMenu::BWMeasuringMenu(QMenu &menu, QObject *parent) : QObject(parent)
     menu.addSeparator();
     scaleBar = add({u"Ctrl+L"_s});
     scaleBar->setCheckable(true);
-    calibrate = add({});
     results = add({u"Ctrl+Shift+M"_s});
     results->setCheckable(true);
-    menu.addSeparator();
     saveCopy = add({u"Ctrl+E"_s}); // as files of an album are saved elsewhere
+    menu.addSeparator();
+    m_scaleMenu = menu.addMenu(QString());
+    m_unitMenu = menu.addMenu(QString());
+    calibrate = add({});
+    calibrations = add({});
+    const auto addUnit = [this](int unit, const QString &title) {
+        QAction *action = m_unitMenu->addAction(title);
+        action->setData(unit);
+        action->setCheckable(true);
+        m_units->addAction(action);
+    };
+    addUnit(anyUnit, {});
+    for (const auto unit :
+         {BWLengthUnit::Micrometre, BWLengthUnit::Millimetre, BWLengthUnit::Centimetre, BWLengthUnit::Inch})
+        addUnit(static_cast<int>(unit), BWLengths::symbol(unit));
+    showUnit({});
     for (QAction *action : menu.actions())
         action->setAutoRepeat(false); // a key held down a moment too long undoes one step, not twenty
     connect(m_tools, &QActionGroup::triggered, this,
             [this](const QAction *action) { Q_EMIT kindPicked(action->data().toString()); });
+    connect(m_scales, &QActionGroup::triggered, this,
+            [this](const QAction *action) { Q_EMIT scalePicked(action->data().toInt()); });
+    connect(m_units, &QActionGroup::triggered, this, [this](const QAction *action) {
+        const int unit = action->data().toInt();
+        Q_EMIT unitPicked(unit == anyUnit ? std::nullopt : std::optional(static_cast<BWLengthUnit>(unit)));
+    });
 }
 
 void BWMeasuringMenu::localizeWithManager(BWLocalizationManager &manager)
@@ -64,8 +96,14 @@ void BWMeasuringMenu::localizeWithManager(BWLocalizationManager &manager)
     remove->setText(manager.text(u"measuring"_s, u"delete_menu_item"_s, u"&Delete"_s));
     scaleBar->setText(manager.text(u"measuring"_s, u"scale_bar_menu_item"_s, u"Scale &bar"_s));
     calibrate->setText(manager.text(u"measuring"_s, u"calibrate_menu_item"_s, u"&Calibrate..."_s));
+    calibrations->setText(manager.text(u"measuring"_s, u"calibrations_menu_item"_s, u"Calibrat&ions..."_s));
     results->setText(manager.text(u"measuring"_s, u"results_menu_item"_s, u"R&esults"_s));
     saveCopy->setText(manager.text(u"measuring"_s, u"save_copy_menu_item"_s, u"&Save with measurements..."_s));
+    m_scaleMenu->setTitle(manager.text(u"measuring"_s, u"scale_menu"_s, u"Sc&ale"_s));
+    m_unitMenu->setTitle(manager.text(u"measuring"_s, u"unit_menu"_s, u"U&nit"_s));
+    m_units->actions().constFirst()->setText(manager.text(u"measuring"_s, u"unit_automatic"_s, u"Automatic"_s));
+    m_noScale = manager.text(u"measuring"_s, u"no_scale"_s, u"No scale: pixels"_s);
+    fillScales();
 }
 
 QList<QAction *> BWMeasuringMenu::tools() const
@@ -84,4 +122,41 @@ void BWMeasuringMenu::setKind(const QString &kind)
         if (action->data().toString() == kind)
             action->setChecked(true);
     }
+}
+
+void BWMeasuringMenu::showScales(const QStringList &titles, int chosen)
+{
+    m_chosenScale = chosen;
+    if (std::exchange(m_scaleTitles, titles) != titles) {
+        fillScales();
+        return;
+    }
+    const auto scales = m_scales->actions();
+    for (QAction *scale : scales)
+        scale->setChecked(scale->data().toInt() == chosen);
+}
+
+void BWMeasuringMenu::fillScales()
+{
+    const auto old = m_scales->actions();
+    for (QAction *scale : old) {
+        m_scales->removeAction(scale);
+        m_scaleMenu->removeAction(scale);
+        scale->deleteLater(); // it may be the one that has just been chosen
+    }
+    for (int i = -1; i < m_scaleTitles.size(); ++i) {
+        const QString title = i < 0 ? m_noScale : m_scaleTitles[i];
+        auto *scale = new QAction(QString(title).replace(u'&', u"&&"_s), m_scales); // a name has no access key
+        scale->setData(i);
+        scale->setCheckable(true);
+        scale->setChecked(i == m_chosenScale);
+        m_scaleMenu->addAction(scale);
+    }
+}
+
+void BWMeasuringMenu::showUnit(std::optional<BWLengthUnit> unit)
+{
+    const auto units = m_units->actions();
+    for (QAction *action : units)
+        action->setChecked(action->data().toInt() == (unit ? static_cast<int>(*unit) : anyUnit));
 }

@@ -3,8 +3,10 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Measuring/BWMeasurementResultsPanel.h"
 
+#include <optional>
 #include <QList>
 #include <QObject>
+#include <QStringList>
 
 class QAction;
 class QActionGroup;
@@ -27,20 +29,38 @@ public:
     void setKind(const QString &kind);
     const BWMeasuringWords &words() const { return m_words; }
 
+    /// The scales to choose from; a `chosen` of -1 stands for no scale, which is always offered.
+    void showScales(const QStringList &titles, int chosen);
+    /// Nothing: the unit that suits the picture.
+    void showUnit(std::optional<BWLengthUnit> unit);
+
     QAction *showTools; ///< opens and closes the strip
     QAction *undo;
     QAction *redo;
     QAction *remove;
     QAction *scaleBar;
     QAction *calibrate;
+    QAction *calibrations;
     QAction *results;
     QAction *saveCopy;
 
 Q_SIGNALS:
     /// The user has chosen it, or chosen it again.
     void kindPicked(const QString &kind);
+    /// Of those that are shown; -1 for none.
+    void scalePicked(int index);
+    void unitPicked(std::optional<BWLengthUnit> unit);
 
 private:
+    void fillScales();
+
     QActionGroup *m_tools;
+    QMenu *m_scaleMenu;
+    QMenu *m_unitMenu;
+    QActionGroup *m_scales;
+    QActionGroup *m_units;
+    QStringList m_scaleTitles;
+    int m_chosenScale = -1;
+    QString m_noScale;
     BWMeasuringWords m_words;
 };

@@ -45,6 +45,9 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
     addButton(menu.results);
     m_row->addSpacing(gap);
     m_scales->setFocusPolicy(Qt::StrongFocus);
+    m_scales->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    constexpr int longestName = 30; // characters, or the window would become wide
+    m_scales->setMaximumWidth(longestName * m_scales->fontMetrics().averageCharWidth());
     m_row->addWidget(m_scales);
     m_row->addSpacing(gap);
     // A long text must not widen the window; the end that matters is the number.
@@ -62,8 +65,7 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
     m_row->addWidget(m_close);
     setIcons();
     connect(m_close, &QToolButton::clicked, menu.showTools, &QAction::trigger);
-    connect(m_scales, &QComboBox::activated, this,
-            [this](int index) { Q_EMIT scalePicked(index > 0 ? m_scales->itemText(index) : QString()); });
+    connect(m_scales, &QComboBox::activated, this, &BWMeasuringStrip::pickScale);
 }
 
 BWBarButton *BWMeasuringStrip::addButton(QAction *action)
@@ -108,18 +110,38 @@ void BWMeasuringStrip::localizeWithManager(BWLocalizationManager &manager)
     m_noScale = manager.text(u"measuring"_s, u"no_scale"_s, u"No scale: pixels"_s);
     m_closeText = manager.text(u"measuring"_s, u"close_button"_s, u"Close"_s);
     setTexts();
-    showScales({}, {});
+    fillScales();
 }
 
-void BWMeasuringStrip::showScales(const QStringList &names, const QString &chosen)
+void BWMeasuringStrip::showScales(const QStringList &titles, int chosen)
+{
+    m_chosenScale = chosen;
+    if (std::exchange(m_scaleTitles, titles) != titles)
+        fillScales();
+    else
+        m_scales->setCurrentIndex(chosen + 1);
+}
+
+void BWMeasuringStrip::fillScales()
 {
     m_scales->clear();
     m_scales->addItem(m_noScale);
-    m_scales->addItems(names);
+    m_scales->addItems(m_scaleTitles);
     m_scales->insertSeparator(m_scales->count());
-    m_scales->addItem(BWShortcutSection::plainText(m_menu.calibrate->text()) + u"..."_s);
-    m_shown = static_cast<int>(names.indexOf(chosen)) + 1;
-    m_scales->setCurrentIndex(m_shown);
+    for (const QAction *action : {m_menu.calibrate, m_menu.calibrations})
+        m_scales->addItem(BWShortcutSection::plainText(action->text()) + u"..."_s);
+    m_scales->setCurrentIndex(m_chosenScale + 1);
+}
+
+/// The last two are no scales but what can be done with them.
+void BWMeasuringStrip::pickScale(int index)
+{
+    const int scales = static_cast<int>(m_scaleTitles.size());
+    m_scales->setCurrentIndex(m_chosenScale + 1); // until another one is in use
+    if (index <= scales)
+        Q_EMIT scalePicked(index - 1);
+    else
+        (index == m_scales->count() - 1 ? m_menu.calibrations : m_menu.calibrate)->trigger();
 }
 
 void BWMeasuringStrip::announce(const QString &text)

@@ -23,9 +23,9 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
-    /// The scales to choose from; a `chosen` that is none of them stands for no scale, which is always offered, as is making
-    /// a new one.
-    void showScales(const QStringList &names, const QString &chosen);
+    /// The scales to choose from; a `chosen` of -1 stands for no scale, which is always offered, as are making a new one and
+    /// managing them.
+    void showScales(const QStringList &titles, int chosen);
     /// Shows it, and screen readers say it.
     void announce(const QString &text);
     QString announcement() const;
@@ -33,8 +33,8 @@ public:
     void focusTool();
 
 Q_SIGNALS:
-    /// Null for none.
-    void scalePicked(const QString &name);
+    /// Of those that are shown; -1 for none.
+    void scalePicked(int index);
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -45,13 +45,16 @@ private:
     void addGap();
     void setTexts();
     void setIcons();
+    void fillScales();
+    void pickScale(int index);
 
     const BWMeasuringMenu &m_menu;
     QHBoxLayout *m_row;
     BWPopUpButton *m_scales;
     BWAnnouncement *m_announcement;
     BWBarButton *m_close;
-    int m_shown = 0; ///< index of the scale in use
+    QStringList m_scaleTitles;
+    int m_chosenScale = -1;
     QString m_noScale;
     QString m_closeText;
 };

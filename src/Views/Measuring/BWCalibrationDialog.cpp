@@ -1,5 +1,7 @@
 #include "Views/Measuring/BWCalibrationDialog.h"
 
+#include "Utils/BWUIUtils.h"
+
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
@@ -67,9 +69,17 @@ void BWCalibrationDialog::localizeWithManager(BWLocalizationManager &manager)
     m_errorText = manager.text(u"measuring"_s, u"calibration_error"_s, u"Expected error:"_s);
     m_nameTaken = manager.text(u"measuring"_s, u"calibration_name_taken"_s,
                                u"This name belongs to a calibration that came with the product. Choose another one."_s);
+    m_replacesText =
+        manager.text(u"measuring"_s, u"calibration_replaces"_s, u"Saving replaces the calibration of the same name."_s);
     m_buttons->button(QDialogButtonBox::Save)->setText(manager.text(u"measuring"_s, u"calibration_save"_s, u"&Save"_s));
     m_buttons->button(QDialogButtonBox::Cancel)
         ->setText(manager.text(u"measuring"_s, u"calibration_cancel"_s, u"&Cancel"_s));
+    update();
+}
+
+void BWCalibrationDialog::setKnownNames(const QStringList &names)
+{
+    m_known = names;
     update();
 }
 
@@ -93,7 +103,8 @@ BWCalibration BWCalibrationDialog::calibration() const
     const BWCalibrationLines typed = lines();
     if (typed.count() < m_lines.size()) // one of the fields holds no length
         return {};
-    return {m_name->text().trimmed(), typed.mean(), typed.relativeError(m_pixel), {}};
+    return {m_name->text().trimmed(),       typed.mean(), typed.relativeError(m_pixel), {}, {},
+            static_cast<int>(typed.count())};
 }
 
 void BWCalibrationDialog::update()
@@ -113,10 +124,12 @@ void BWCalibrationDialog::update()
     } else {
         const BWLengthUnit unit = m_unit == BWLengthUnit::Inch ? m_unit : BWLengths::unitFor(made.millimetresPerWidth);
         const double width = made.millimetresPerWidth / BWLengths::millimetres(unit);
-        const double percent = made.relativeError * 100;
         const BWQuantity quantity{width, width * made.relativeError, BWDimension::Length, unit};
-        m_result->setText(u"%1 %2. %3 %4\u00a0%."_s.arg(m_resultText, BWLengths::text(quantity, locale), m_errorText,
-                                                        locale.toString(percent, 'f', percent < 1 ? 2 : 1)));
+        QString text = u"%1 %2. %3 %4."_s.arg(m_resultText, BWLengths::text(quantity, locale), m_errorText,
+                                              BWLengths::percent(made.relativeError, locale));
+        if (m_known.contains(made.name))
+            text = BWUIUtils::inOneLine(text, m_replacesText);
+        m_result->setText(text);
     }
     m_buttons->button(QDialogButtonBox::Save)->setEnabled(!made.isNull() && !made.name.isEmpty());
 }

@@ -7,6 +7,7 @@
 #include <functional>
 #include <QDialog>
 #include <QList>
+#include <QStringList>
 
 class QDialogButtonBox;
 class QLabel;
@@ -30,6 +31,9 @@ public:
 
     void localizeWithManager(BWLocalizationManager &manager) override;
 
+    /// Of those that can be replaced by one of the same name, which is then said.
+    void setKnownNames(const QStringList &names);
+
     /// By what is typed; null while that makes none.
     BWCalibration calibration() const;
 
@@ -50,5 +54,6 @@ private:
     QList<QLineEdit *> m_fields;
     QLabel *m_result;
     QDialogButtonBox *m_buttons;
-    QString m_resultText, m_errorText, m_nameTaken, m_exampleText;
+    QStringList m_known;
+    QString m_resultText, m_errorText, m_nameTaken, m_replacesText, m_exampleText;
 };
