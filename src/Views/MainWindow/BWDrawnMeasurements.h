@@ -33,6 +33,11 @@ public:
     static QFont labelFont(const QFont &base);
 
     void set(const QList<BWMeasurement> &measurements, const Look &look);
+    /// Whether that one was drawn as it is, at that place in the list.
+    bool shows(qsizetype index, const BWMeasurement &measurement) const
+    {
+        return index < m_measurements.size() && m_measurements[index] == measurement;
+    }
     /// What lies in that region of the widget.
     void paint(QPainter &painter, const QRegion &region) const;
     void clear();

@@ -50,9 +50,12 @@ void BWMeasuringLayer::showMeasurements(const QList<BWMeasurement> &measurements
     m_tool = &tool;
     m_resting = measurements;
     m_selected = {};
-    // It may be moved at every step of the pointer, when many others lie around it.
-    if (const auto selection = m_active ? tool.selection() : std::nullopt)
-        m_selected = std::exchange(m_resting[selection->measurement], {});
+    if (const auto selection = m_active ? tool.selection() : std::nullopt) {
+        m_selected = measurements[selection->measurement];
+        // It may be moved at every step of the pointer, with many others around it that are not drawn anew.
+        if (!m_drawn.shows(selection->measurement, m_selected))
+            m_resting[selection->measurement] = {};
+    }
     m_scale = scale;
     if (m_text && !tool.awaitsText())
         answerText(false);

@@ -58,6 +58,7 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
     m_announcement->setSizePolicy(ignored);
     constexpr int usualText = 20; // characters
     m_announcement->setMinimumWidth(usualText * m_announcement->fontMetrics().averageCharWidth());
+    m_announcement->installEventFilter(this);
     m_row->addWidget(m_announcement, 1);
     m_row->addSpacing(gap);
     m_close->setFixedSize(buttonSize, buttonSize);
@@ -148,8 +149,20 @@ void BWMeasuringStrip::announce(const QString &text)
 {
     m_announcement->announce(text);
     m_announcement->setToolTip(text);
-    m_announcement->setText(
-        m_announcement->fontMetrics().elidedText(text, Qt::ElideLeft, m_announcement->contentsRect().width()));
+    fitAnnouncement();
+}
+
+void BWMeasuringStrip::fitAnnouncement()
+{
+    m_announcement->setText(m_announcement->fontMetrics().elidedText(announcement(), Qt::ElideLeft,
+                                                                     m_announcement->contentsRect().width()));
+}
+
+bool BWMeasuringStrip::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize)
+        fitAnnouncement();
+    return QWidget::eventFilter(watched, event);
 }
 
 QString BWMeasuringStrip::announcement() const

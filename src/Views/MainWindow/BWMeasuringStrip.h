@@ -39,6 +39,7 @@ Q_SIGNALS:
 protected:
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     BWBarButton *addButton(QAction *action);
@@ -46,6 +47,7 @@ private:
     void setTexts();
     void setIcons();
     void fillScales();
+    void fitAnnouncement();
     void pickScale(int index);
 
     const BWMeasuringMenu &m_menu;

@@ -35,9 +35,8 @@ BWCalibrationDialog::BWCalibrationDialog(const QList<Line> &lines, int pixels, B
     form->setVerticalSpacing(10);
     form->addRow(m_explanation);
     for (const Line &line : lines) {
-        const BWQuantity quantity{line.length / m_pixel, 1, BWDimension::Length, BWLengthUnit::Pixel};
         auto *field = new QLineEdit;
-        auto *label = new QLabel(u"%1 (%2):"_s.arg(line.name, BWLengths::text(quantity, QLocale())));
+        auto *label = new QLabel;
         label->setBuddy(field);
         field->setAccessibleName(line.name);
         form->addRow(label, field);
@@ -61,6 +60,11 @@ void BWCalibrationDialog::localizeWithManager(BWLocalizationManager &manager)
         u"measuring"_s, u"calibration_explanation"_s,
         u"Enter how long the things under the lines really are. Several lines over the same thing make the "
         "scale more exact."_s));
+    const QString label = manager.text(u"measuring"_s, u"calibration_line"_s, u"%1 (%2):"_s);
+    for (qsizetype i = 0; i < m_lines.size(); ++i) {
+        const BWQuantity quantity{m_lines[i].length / m_pixel, 1, BWDimension::Length, BWLengthUnit::Pixel};
+        m_labels[i]->setText(label.arg(m_lines[i].name, BWLengths::text(quantity, QLocale())));
+    }
     m_nameLabel->setText(manager.text(u"measuring"_s, u"calibration_name"_s, u"&Name of the calibration:"_s));
     m_name->setPlaceholderText(
         manager.text(u"measuring"_s, u"calibration_name_example"_s, u"magnification or lens, such as 50x"_s));

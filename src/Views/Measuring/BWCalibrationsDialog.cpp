@@ -4,6 +4,7 @@
 #include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWAccessibility.h"
 
+#include <algorithm>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -11,6 +12,7 @@
 #include <QPushButton>
 #include <QShortcut>
 #include <QSignalBlocker>
+#include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <utility>
@@ -49,8 +51,6 @@ BWCalibrationsDialog::BWCalibrationsDialog(const BWCalibrations &calibrations, c
     m_list->setAllColumnsShowFocus(true);
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->header()->setStretchLastSection(false);
-    m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    m_list->header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     m_message->setWordWrap(true);
     for (QPushButton *button : {m_rename, m_remove})
         button->setAutoDefault(false); // Enter closes, or ends the editing of a name
@@ -88,8 +88,7 @@ void BWCalibrationsDialog::localizeWithManager(BWLocalizationManager &manager)
     const QString title = manager.text(u"measuring"_s, u"calibrations_title"_s, u"Calibrations"_s);
     setWindowTitle(title);
     m_list->setAccessibleName(title);
-    m_explanation->setText(
-        manager.text(u"measuring"_s, u"calibrations_of"_s, u"For pictures of %1:"_s).arg(m_productName));
+    m_explanation->setText(manager.text(u"measuring"_s, u"calibrations_of"_s, u"Product: %1"_s).arg(m_productName));
     m_explanation->setVisible(!m_productName.isEmpty());
     m_list->setHeaderLabels({manager.text(u"measuring"_s, u"calibrations_name"_s, u"Name"_s),
                              manager.text(u"measuring"_s, u"calibrations_width"_s, u"Width of the picture"_s),
@@ -131,7 +130,26 @@ void BWCalibrationsDialog::reload(const QString &current)
         if (i == 0 || m_list->topLevelItem(i)->text(NameColumn) == current)
             m_list->setCurrentItem(m_list->topLevelItem(i));
     }
+    fitColumns();
     updateButtons();
+}
+
+/// All of them are to be seen; what room is left goes to the names.
+void BWCalibrationsDialog::fitColumns()
+{
+    QHeaderView &header = *m_list->header();
+    header.setSectionResizeMode(NameColumn, QHeaderView::Interactive);
+    for (int column = 0; column < ColumnCount; ++column) {
+        constexpr int gap = 16;
+        constexpr int usualName = 150;
+        m_list->resizeColumnToContents(column);
+        const int width = m_list->columnWidth(column) + gap;
+        m_list->setColumnWidth(column, column == NameColumn ? std::max(width, usualName) : width);
+    }
+    constexpr int widest = 700; // a name can be of any length
+    const int frame = 2 * m_list->frameWidth() + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    m_list->setMinimumWidth(std::min(header.length() + frame, widest));
+    header.setSectionResizeMode(NameColumn, QHeaderView::Stretch);
 }
 
 void BWCalibrationsDialog::addRow(const BWCalibration &calibration)

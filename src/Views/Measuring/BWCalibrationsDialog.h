@@ -34,6 +34,7 @@ public:
 
 private:
     void reload(const QString &current);
+    void fitColumns();
     void addRow(const BWCalibration &calibration);
     void beginRename();
     void renamed(QTreeWidgetItem *item);

@@ -82,7 +82,6 @@ BWMeasurementResultsPanel::BWMeasurementResultsPanel(Callbacks callbacks, BWFile
     m_rows->setUniformRowHeights(true);
     m_rows->setAllColumnsShowFocus(true);
     m_rows->header()->setStretchLastSection(false);
-    m_rows->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_rows->header()->setSectionResizeMode(WhatColumn, QHeaderView::Stretch);
     m_nothing->setAlignment(Qt::AlignCenter);
     m_nothing->setWordWrap(true);
@@ -191,6 +190,11 @@ void BWMeasurementResultsPanel::fill()
         m_rows->addTopLevelItems(items);
         m_rows->setCurrentItem(items.value(current));
         m_rows->doItemsLayout();
+        for (const int column : {NameColumn, ValueColumn}) {
+            constexpr int gap = 12;
+            m_rows->resizeColumnToContents(column);
+            m_rows->setColumnWidth(column, m_rows->columnWidth(column) + gap);
+        }
         m_rows->verticalScrollBar()->setValue(scrolled);
         const auto measured = static_cast<int>(results.rows().size());
         if (measured > std::exchange(m_measured, measured))
