@@ -595,7 +595,7 @@ private Q_SLOTS:
         bench.pick(u"length"_s);
         bench.mouse(QEvent::MouseMove, {size.width() - 250.0, 200});
         bench.click({size.width() - 250.0, 200});
-        bench.click({size.width() - 200.0, 200});
+        bench.click({size.width() - 200.0, 215});
         QCOMPARE(bench.measuring.measurements().size(), isOther ? 0 : 1);
         bench.mouse(QEvent::MouseButtonPress, {200, 230});
         bench.mouse(QEvent::MouseMove, {size.width() - 250.0, 230});
@@ -655,12 +655,15 @@ private Q_SLOTS:
             const bool isInside = QRect(QPoint(), pictureSize).contains(pixel + off);
             QCOMPARE(seen(off), isInside ? colorAt(pixel + off) : qRgb(0, 0, 0));
         }
-        // An arm of the cross; the pointer may be anywhere over the pixel.
-        const QPoint arm = *middle + (QPointF(8, -0.5) * BWMagnifier::factor * ratio).toPoint();
-        bool isCrossed = false;
-        for (int y = 0; y < BWMagnifier::factor * ratio; ++y)
-            isCrossed = isCrossed || screen.pixel(arm + QPoint(0, y)) == qRgb(255, 221, 64);
-        QVERIFY(isCrossed);
+        // Arms of the cross; the pointer may be anywhere over the pixel.
+        for (const bool isUpright : {false, true}) {
+            bool isCrossed = false;
+            for (int i = 0; i < BWMagnifier::factor * ratio; ++i) {
+                const QPoint arm = (QPointF(8, -0.5) * BWMagnifier::factor * ratio).toPoint() + QPoint(0, i);
+                isCrossed |= screen.pixel(*middle + (isUpright ? arm.transposed() : arm)) == qRgb(255, 221, 64);
+            }
+            QVERIFY(isCrossed);
+        }
     }
 
     /// A round length in every look, within the picture and clear of what lies over it.

@@ -117,6 +117,10 @@ void BWCalibrationsDialog::localizeWithManager(BWLocalizationManager &manager)
     m_buttons->button(QDialogButtonBox::Close)
         ->setText(manager.text(u"measuring"_s, u"calibrations_close"_s, u"&Close"_s));
     reload(m_calibrations.chosen(m_product).name);
+    if (!m_list->topLevelItem(0))
+        m_message->announce(manager.text(
+            u"measuring"_s, u"calibrations_empty"_s,
+            u"There are none yet. Lay a line over something whose length you know, then choose “Calibrate...”."_s));
 }
 
 void BWCalibrationsDialog::reload(const QString &current)
