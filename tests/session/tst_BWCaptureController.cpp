@@ -214,7 +214,8 @@ private Q_SLOTS:
         const QList<BWMeasurement> line{{u"length"_s, {{0.1, 0.1}, {0.35, 0.1}}, {}}};
         m_capture->setSnapshotTags({}, {}, {{}, {}, {}, line}, {4, 3}); // laid over the frozen picture
         m_capture->pressHardwareButton(m_camera);
-        m_capture->setSnapshotTags({}, {}, {{}, {}, {}, line}, {16, 9}); // in a picture of another shape
+        const BWCalibration scale{u"50x"_s, 8, 0, {}, {u"16:9"_s}};
+        m_capture->setSnapshotTags({}, {}, {scale, {}, {}, line}, {16, 9}); // of pictures of another shape
         m_capture->forceSnapshot(nullptr);
         bool written = false;
         m_capture->whenStillsAreWritten([&] { m_albums->whenAdded([&] { written = true; }); });
