@@ -38,6 +38,7 @@ private Q_SLOTS:
         row("no longer", u"calm copy+ 60000 copy- 5100"_s, u"(calm)"_s);
         row("news", u"calm 9000 news 2400"_s, u"news"_s);
         row("and it fades again", u"calm 9000 news 2600"_s, u"(calm)"_s);
+        row("and it stays though the line would fade", u"calm 3000 news 2400"_s, u"news"_s);
         row("and it was not read yet", u"calm 1000 news 2600"_s, u"calm"_s);
         row("pointer near", u"calm 9000 near 4900"_s, u"calm"_s);
         row("pointer rests", u"calm 9000 near 5100"_s, u"(calm)"_s);
@@ -67,6 +68,7 @@ private Q_SLOTS:
                 pill.pointerAt(pill.geometry().center() - QPoint(0, step == "far"_L1 ? 200 : 30));
             else
                 clock.advance(std::chrono::milliseconds(step.toInt()));
+            painted(pill); // which it may keep for the next time
             QVERIFY(!pill.isHidden()); // a screen reader would speak it when it comes back
         }
         QCOMPARE(pill.accessibleName(), pill.text());
