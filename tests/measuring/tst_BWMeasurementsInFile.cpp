@@ -7,6 +7,7 @@
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
+#include "OtherPrograms.h"
 #include "Rows.h"
 #include "SmallDisk.h"
 #include "TestFolder.h"
@@ -22,10 +23,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QBuffer>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QScopeGuard>
 #include <QTest>
 #include <sys/fsuid.h>
@@ -57,21 +54,6 @@ QByteArray picturePart(const QUrl &file)
 {
     const QByteArray all = TestFolder::read(file);
     return all.sliced(std::max<qsizetype>(0, all.indexOf("\xff\xda")));
-}
-
-QByteArray output(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished() || process.exitCode() > 1)
-        qFatal("%s: %s", qPrintable(program), process.readAllStandardError().constData());
-    return process.readAllStandardOutput();
-}
-
-QJsonObject tagsOf(const QUrl &file)
-{
-    return QJsonDocument::fromJson(output(u"exiftool"_s, {u"-n"_s, u"-j"_s, u"-struct"_s, file.toLocalFile()}))[0]
-        .toObject();
 }
 
 /// The main window with an album of that folder, as one run of the program has it. Saves copies where `target` is.
@@ -199,9 +181,9 @@ private Q_SLOTS:
         QCOMPARE(picturePart(file), pictureBefore);
         QCOMPARE(QImage(file.toLocalFile()), pixels);
         const QJsonObject tags = tagsOf(file);
-        QCOMPARE(tags[u"Measurements"_s].toArray().size(), 2);
-        QCOMPARE(tags[u"Measurements"_s][1][u"Results"_s][0][u"Value"_s].toDouble(), 10 * 8 / 320.0);
-        QCOMPARE(tags[u"XResolution"_s].toDouble(), 400.0); // in a centimetre
+        QCOMPARE(tags[u"XMP-bwm:Measurements"_s].toArray().size(), 2);
+        QCOMPARE(tags[u"XMP-bwm:Measurements"_s][1][u"Results"_s][0][u"Value"_s].toDouble(), 10 * 8 / 320.0);
+        QCOMPARE(tags[u"IFD0:XResolution"_s].toDouble(), 400.0); // in a centimetre
         QVERIFY(output(u"exiv2"_s, {u"-PXkv"_s, file.toLocalFile()}).contains("Measurements[2]/bwm:Points"));
 
         const QByteArray saved = TestFolder::read(file);
@@ -437,11 +419,12 @@ private Q_SLOTS:
         const QColor there = copy.pixelColor(turn == 0 ? QPoint(120, 80) : QPoint(80, 120));
         QVERIFY2(there.red() > there.blue() + 25, qPrintable(there.name())); // on grey
         const QJsonObject tags = tagsOf(bench.target);
-        QVERIFY(!tags.contains(u"Measurements"_s));
+        QVERIFY(!tags.contains(u"XMP-bwm:Measurements"_s));
         const bool isPng = name.endsWith(u"png"_s);
-        QCOMPARE(tags[isPng ? u"PixelsPerUnitX"_s : u"XResolution"_s].toDouble(), isPng ? 40'000.0 : 400.0);
+        QCOMPARE(tags[isPng ? u"PNG-pHYs:PixelsPerUnitX"_s : u"IFD0:XResolution"_s].toDouble(),
+                 isPng ? 40'000.0 : 400.0);
         if (!isPng)
-            QCOMPARE(tags[u"MillimetresPerWidth"_s].toDouble(), copy.width() / 40.0);
+            QCOMPARE(tags[u"XMP-bwm:MillimetresPerWidth"_s].toDouble(), copy.width() / 40.0);
     }
 };
 

@@ -1,4 +1,5 @@
 #include "Model/Measuring/BWPictureFile.h"
+#include "OtherPrograms.h"
 #include "Rows.h"
 #include "SmallDisk.h"
 #include "TestFolder.h"
@@ -7,9 +8,7 @@
 #include <csignal>
 #include <QCryptographicHash>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 #include <sys/stat.h>
@@ -90,21 +89,6 @@ QByteArray untouched(const QByteArray &file)
             parts += file.mid(at, end - at);
     }
     return parts + file.mid(at);
-}
-
-QByteArray output(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished() || process.exitCode() > 1)
-        qFatal("%s: %s", qPrintable(program), process.readAllStandardError().constData());
-    return process.readAllStandardOutput();
-}
-
-QJsonObject tagsOf(const QUrl &file)
-{
-    const QStringList options{u"-m"_s, u"-a"_s, u"-n"_s, u"-G1"_s, u"-j"_s, u"-struct"_s, u"--System:all"_s};
-    return QJsonDocument::fromJson(output(u"exiftool"_s, options + QStringList(file.toLocalFile())))[0].toObject();
 }
 
 /// What other programs' tags say.
