@@ -34,13 +34,28 @@ DIR *opendir(const char *path)
     return ((DIR * (*)(const char *))dlsym(RTLD_NEXT, "opendir"))(path);
 }
 
+static int open_file(const char *path, int flags, va_list rest)
+{
+    const unsigned mode = flags & O_CREAT ? va_arg(rest, unsigned) : 0;
+    ask(path);
+    /* Not by libc: the thread sanitizer would note the opening there, but not the closing, which is Qt's. */
+    return (int)syscall(SYS_openat, AT_FDCWD, path, flags, mode);
+}
+
 int open64(const char *path, int flags, ...)
 {
     va_list rest;
     va_start(rest, flags);
-    const unsigned mode = flags & O_CREAT ? va_arg(rest, unsigned) : 0;
+    const int file = open_file(path, flags, rest);
     va_end(rest);
-    ask(path);
-    /* Not by libc: the thread sanitizer would note the opening there, but not the closing, which is Qt's. */
-    return (int)syscall(SYS_openat, AT_FDCWD, path, flags, mode);
+    return file;
+}
+
+int open(const char *path, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    const int file = open_file(path, flags, rest);
+    va_end(rest);
+    return file;
 }

@@ -1,5 +1,6 @@
 #include "Model/Albums/BWAlbumContents.h"
 #include "Model/Albums/BWStillLoader.h"
+#include "Model/Measuring/BWMeasurementFile.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 
@@ -80,6 +81,19 @@ private Q_SLOTS:
         QTRY_COMPARE(slow, folder.url(u"hanging/a.jpg"_s));
         loader.load(folder.file(u"b.jpg"_s));
         QTRY_COMPARE(loaded, folder.url(u"b.jpg"_s));
+    }
+
+    void measurementsHoldUpNobody()
+    {
+        const TestFolder folder;
+        BWMeasurementFile slow(folder.url(u"hanging/a.jpg"_s));
+        BWMeasurementFile quick(folder.file(u"b.jpg"_s));
+        for (BWMeasurementFile *file : {&slow, &quick}) {
+            file->change({{{u"length"_s, {{0, 0}, {1, 0}}, {}}}, {}, {}});
+            file->save();
+        }
+        QTRY_COMPARE(quick.problem(), BWPictureProblem::NotJpeg);
+        QVERIFY(slow.isSaving());
     }
 
     void captureBeforeTheAlbumsAreKnown()
