@@ -136,12 +136,23 @@ void BWCalibrationDialog::update()
         m_result->setText(text);
     }
     m_buttons->button(QDialogButtonBox::Save)->setEnabled(!made.isNull() && !made.name.isEmpty());
+    makeRoom();
+}
+
+/// A dialog does not grow by itself with a text that wraps.
+void BWCalibrationDialog::makeRoom()
+{
+    const int needed = isVisible() ? layout()->totalHeightForWidth(width()) : 0;
+    if (needed > height())
+        resize(width(), needed);
 }
 
 void BWCalibrationDialog::accept()
 {
-    if (m_store(calibration()))
+    if (m_store(calibration())) {
         QDialog::accept();
-    else
-        m_result->setText(m_nameTaken);
+        return;
+    }
+    m_result->setText(m_nameTaken);
+    makeRoom();
 }

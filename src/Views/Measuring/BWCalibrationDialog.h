@@ -41,6 +41,7 @@ private:
     double lengthTyped(qsizetype index) const;
     BWCalibrationLines lines() const;
     void update();
+    void makeRoom();
     void accept() override;
 
     const QList<Line> m_lines;
