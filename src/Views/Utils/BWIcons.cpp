@@ -129,6 +129,70 @@ private:
     QString m_path;
 };
 
+/// An icon of the theme. A disabled one is faded, because what styles make of it can be as bright as before in a dark
+/// window.
+class ThemedIconEngine : public QIconEngine {
+public:
+    explicit ThemedIconEngine(QIcon icon) : m_icon(std::move(icon)) { }
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        painter->save();
+        painter->setOpacity(painter->opacity() * opacity(mode));
+        m_icon.paint(painter, rect, Qt::AlignCenter, withoutDisabled(mode), state);
+        painter->restore();
+    }
+
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return scaled(size, 1, mode, state);
+    }
+
+    void virtual_hook(int id, void *data) override
+    {
+        if (id != ScaledPixmapHook) {
+            QIconEngine::virtual_hook(id, data);
+            return;
+        }
+        auto &wanted = *static_cast<ScaledPixmapArgument *>(data);
+        wanted.pixmap = scaled(wanted.size / wanted.scale, wanted.scale, wanted.mode, wanted.state);
+    }
+
+    QSize actualSize(const QSize &size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return m_icon.actualSize(size, withoutDisabled(mode), state);
+    }
+
+    QIconEngine *clone() const override { return new ThemedIconEngine(m_icon); }
+
+    QString key() const override { return u"BWThemedIconEngine"_s; }
+
+    QString iconName() override { return m_icon.name(); }
+
+    bool isNull() override { return m_icon.isNull(); }
+
+private:
+    static QIcon::Mode withoutDisabled(QIcon::Mode mode) { return mode == QIcon::Disabled ? QIcon::Normal : mode; }
+    static double opacity(QIcon::Mode mode) { return mode == QIcon::Disabled ? 0.4 : 1; }
+
+    /// `size` in points.
+    QPixmap scaled(const QSize &size, double ratio, QIcon::Mode mode, QIcon::State state)
+    {
+        const QPixmap whole = m_icon.pixmap(size, ratio, withoutDisabled(mode), state);
+        if (mode != QIcon::Disabled || whole.isNull())
+            return whole;
+        QPixmap faded(whole.size());
+        faded.setDevicePixelRatio(whole.devicePixelRatio());
+        faded.fill(Qt::transparent);
+        QPainter painter(&faded);
+        painter.setOpacity(opacity(mode));
+        painter.drawPixmap(0, 0, whole);
+        return faded;
+    }
+
+    QIcon m_icon;
+};
+
 } // namespace
 
 void BWIcons::install(QGuiApplication &application)
@@ -143,10 +207,12 @@ QIcon BWIcons::icon(const QString &name)
     const QString own = u":/brimwellpro/icons/%1.svg"_s.arg(name);
     if (QFile::exists(own))
         return QIcon(new SymbolicIconEngine(own));
-    QIcon themed = QIcon::fromTheme(name);
-    if (themed.isNull())
+    const QIcon themed = QIcon::fromTheme(name);
+    if (themed.isNull()) {
         qCInfo(bwViews, "No icon named \"%ls\"; is an icon theme installed?", qUtf16Printable(name));
-    return themed;
+        return {};
+    }
+    return QIcon(new ThemedIconEngine(themed));
 }
 
 QIcon BWIcons::image(const QString &fileName)
