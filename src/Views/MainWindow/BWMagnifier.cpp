@@ -57,7 +57,7 @@ void BWMagnifier::draw(QPainter &painter, QPointF place, QPoint corner)
     QPainterPath frame;
     frame.addRoundedRect(QRectF(0, 0, size, size), cornerRadius, cornerRadius);
     painter.save();
-    painter.setClipPath(frame);
+    painter.setClipPath(frame, Qt::IntersectClip);
     painter.fillPath(frame, Qt::black);
     painter.translate(size / 2.0, size / 2.0);
     painter.scale(factor, factor);
