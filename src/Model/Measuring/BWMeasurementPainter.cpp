@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
@@ -112,7 +113,9 @@ void BWMeasurementPainter::draw(const BWMeasurement &measurement, const BWPictur
             addCross(path, point);
     }
     stroke(path);
-    drawLabel(label(measurement, scale, m_locale), points.last());
+    const QPointF middle =
+        std::accumulate(points.begin(), points.end(), QPointF()) / static_cast<double>(points.size());
+    drawLabel(label(measurement, scale, m_locale), points.last(), points.last() - middle);
     m_painter.restore();
 }
 
@@ -130,14 +133,17 @@ void BWMeasurementPainter::drawCursor(QPointF place) const
     m_painter.restore();
 }
 
-void BWMeasurementPainter::drawLabel(const QString &text, QPointF beside) const
+void BWMeasurementPainter::drawLabel(const QString &text, QPointF beside, QPointF outwards) const
 {
     if (text.isEmpty())
         return;
     const QFontMetricsF metrics(m_font);
     const QRectF bounds = metrics.boundingRect(text);
+    const double gap = 8 * m_lineWidth;
+    const QPointF begin(outwards.x() < 0 ? -gap - bounds.width() : gap,
+                        outwards.y() > 0 ? gap + metrics.capHeight() : -gap);
     QPainterPath path;
-    QPointF place = beside + QPointF(8 * m_lineWidth, -8 * m_lineWidth) - QPointF(bounds.left(), 0);
+    QPointF place = beside + begin - QPointF(bounds.left(), 0);
     if (!m_textArea.isEmpty()) {
         const double edge = 3 * m_lineWidth;
         const QRectF area = m_textArea.adjusted(edge, edge, -edge, -edge);

@@ -33,7 +33,8 @@ public:
 
 private:
     void stroke(const class QPainterPath &path) const;
-    void drawLabel(const QString &text, QPointF beside) const;
+    /// Where no line of a shape is that lies the other way; above a point, if there is none.
+    void drawLabel(const QString &text, QPointF beside, QPointF outwards = {}) const;
 
     QPainter &m_painter;
     QTransform m_toTarget;
