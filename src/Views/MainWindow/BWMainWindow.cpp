@@ -178,7 +178,8 @@ void BWMainWindow::updateMinimumSize()
     const int strip = stripHeight();
     const int widest = std::max({m_controlBar->minimumSizeHint().width(), m_comparisonStrip->neededWidth(),
                                  strip > 0 ? m_strip->minimumSizeHint().width() : 0});
-    m_content->setMinimumSize(widest, BWLiveViewGeometry::barHeight + picture + strip);
+    m_content->setMinimumSize(widest,
+                              BWLiveViewGeometry::barHeight + picture + strip + m_comparisonStrip->takenHeight());
 }
 
 int BWMainWindow::stripHeight() const
