@@ -4,6 +4,7 @@
 #include "Views/Help/BWShortcutTable.h"
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWLastCaptureButton.h"
+#include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWDoubleButton.h"
@@ -12,6 +13,7 @@
 #include "Views/Utils/BWPillPainting.h"
 
 #include <algorithm>
+#include <cmath>
 #include <QAbstractScrollArea>
 #include <QComboBox>
 #include <QFileDialog>
@@ -22,9 +24,11 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSpinBox>
 #include <QStyleOption>
 #include <QToolButton>
@@ -35,7 +39,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize screenRoom(1280 - 4, 800 - 32); // without what a window manager adds
+constexpr double readable = 4.5; // contrast
+constexpr QSize windowFrame(4, 32); // which a window manager adds
 constexpr int titleButtons = 110; // the room that it takes from a title
 
 /// What has no text of its own, nor have windows. A widget of any other kind must be known to Judge.
@@ -45,9 +50,58 @@ const QList<QByteArray> withoutText =
                "BWAutoSettingViewController BWBusyIndicator BWCenteringClipView BWComparisonStrip BWControlBar "
                "BWDividerHandle BWDoubleButton "
                "BWLightTabView BWMeasuringLayer BWMeasuringStrip BWNormSettingViewController BWNoticeView "
-               "BWNumericSettingViewController BWPictureCaption "
+               "BWNumericSettingViewController "
                "BWPreparingView BWProgramHead BWSettingsForm BWShortcutTable BWSlidingBars BWThumbnailTableView")
         .split(' ');
+
+/// What lies over the picture.
+const QList<QByteArray> overPicture =
+    QByteArray("BWComparisonStrip BWControlBar BWFrozenMark BWMeasuringStrip BWPictureCaption "
+               "BWStatisticsPanel BWStatusPill")
+        .split(' ');
+
+/// How well two colours can be told apart, from 1 to 21; texts should have 4.5, signs 3.
+double contrast(QColor one, QColor other)
+{
+    const auto luminance = [](QColor color) {
+        const auto linear = [](float part) {
+            return part <= 0.04045F ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    };
+    const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+/// What stands out most.
+double strongest(const QImage &drawn, QColor ground)
+{
+    double most = 1;
+    for (int i = 0; i < drawn.width() * drawn.height(); ++i)
+        most = std::max(most, contrast(drawn.pixel(i % drawn.width(), i / drawn.width()), ground));
+    return most;
+}
+
+/// Of the pixel that differs most.
+int difference(const QImage &one, const QImage &other)
+{
+    int most = 0;
+    for (int i = 0; i < one.width() * one.height(); ++i) {
+        const QColor a = one.pixelColor(i % one.width(), i / one.width());
+        const QColor b = other.pixelColor(i % one.width(), i / one.width());
+        most = std::max(
+            {most, std::abs(a.red() - b.red()), std::abs(a.green() - b.green()), std::abs(a.blue() - b.blue())});
+    }
+    return most;
+}
+
+QImage drawnOn(const QWidget &widget, Qt::GlobalColor ground)
+{
+    QImage drawn(widget.size(), QImage::Format_RGB32);
+    drawn.fill(ground);
+    const_cast<QWidget &>(widget).render(&drawn, {}, {}, QWidget::DrawChildren);
+    return drawn;
+}
 
 /// The style option as the widget itself fills it, which only derived classes may ask for.
 template <typename Option, typename Widget, typename... Which>
@@ -94,10 +148,10 @@ public:
     void judge(const QWidget &widget)
     {
         place(widget);
-        const bool isKnown =
-            judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox, QLineEdit,
-                    BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel, BWFrozenMark, BWThumbnailNotice,
-                    BWFlashActionViewController, QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
+        const bool isKnown = judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox,
+                                     QLineEdit, BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel,
+                                     BWFrozenMark, BWThumbnailNotice, BWFlashActionViewController, BWPictureCaption,
+                                     QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
         if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
             fault(widget, u"is of a kind that this check does not know"_s);
     }
@@ -105,6 +159,7 @@ public:
     void judgeWindow(const QWidget &window)
     {
         const QSize size = window.size();
+        const QSize screenRoom = window.screen()->size() - windowFrame;
         if (!window.isFullScreen() && screenRoom.expandedTo(size) != screenRoom)
             fault(window, u"is larger than a screen: %1 x %2"_s.arg(size.width()).arg(size.height()));
         QFont bold = window.font();
@@ -113,9 +168,31 @@ public:
         if (!qobject_cast<const QMenu *>(&window)
             && (title.isEmpty() || QFontMetrics(bold).horizontalAdvance(title) + titleButtons > size.width()))
             fault(window, u"has no room for its title \"%1\""_s.arg(title));
+        judgeOverPicture(window);
     }
 
 private:
+    /// What lies over the picture may cover that, but nothing else that does, whichever widget they are in.
+    void judgeOverPicture(const QWidget &window)
+    {
+        QList<std::pair<const QWidget *, QRect>> placed;
+        const auto widgets = window.findChildren<QWidget *>();
+        for (const QWidget *widget : widgets) {
+            if (widget->window() != &window || !widget->isVisible()
+                || !overPicture.contains(widget->metaObject()->className()))
+                continue;
+            const QRect rect = QRect(widget->mapTo(&window, QPoint()), widget->size()) & window.rect();
+            for (const auto &[other, place] : std::as_const(placed)) {
+                if (place.intersects(rect))
+                    fault(*widget,
+                          u"\"%1\" covers a %2, \"%3\""_s.arg(widget->accessibleName(),
+                                                              QLatin1String(other->metaObject()->className()),
+                                                              other->accessibleName()));
+            }
+            placed.append({widget, rect});
+        }
+    }
+
     /// As the first of those kinds that it is of.
     template <typename... Kinds>
     bool judgeAs(const QWidget &widget)
@@ -166,8 +243,9 @@ private:
         if (scrolled ? widget.width() > parent->width() : !parent->rect().contains(widget.geometry()))
             fault(widget, u"sticks out of its parent: \"%1\""_s.arg(widget.accessibleName()));
         const auto over = [](const QWidget &one) {
-            return one.inherits("BWCenteringClipView") || one.inherits("BWFlashActionViewController")
-                || one.inherits("BWAlbumNotice");
+            const QList<QByteArray> onPurpose{"BWCenteringClipView", "BWFlashActionViewController", "BWAlbumNotice",
+                                              "BWMeasuringLayer", "BWThumbnailNotice"};
+            return onPurpose.contains(one.metaObject()->className());
         };
         const auto siblings = parent->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
         for (const QWidget *sibling : siblings) {
@@ -186,7 +264,11 @@ private:
     }
 
     void judgeKind(const BWKeyCaps &keys) { fits(keys, keys.accessibleName(), keys.sizeHint(), keys.size()); }
-    void judgeKind(const BWDoubleButtonHalf &half) { fits(half, half.accessibleName(), half.sizeHint(), half.size()); }
+    void judgeKind(const BWDoubleButtonHalf &half)
+    {
+        judgeIcon(half);
+        fits(half, half.accessibleName(), half.sizeHint(), half.size());
+    }
     void judgeKind(const QProgressBar &bar)
     {
         if (bar.isTextVisible())
@@ -195,13 +277,19 @@ private:
 
     /// As it is drawn, on black: nothing light, which is to say no letter, at its ends.
     void judgeKind(const BWStatusPill &pill) { endsAreFree(pill, pill.text()); }
-    void judgeKind(const BWStatisticsPanel &panel) { endsAreFree(panel, panel.text()); }
-    void judgeKind(const BWFrozenMark &mark) { endsAreFree(mark, mark.accessibleName()); }
+    void judgeKind(const BWStatisticsPanel &panel)
+    {
+        endsAreFree(panel, panel.text());
+        standsOut(panel);
+    }
+    void judgeKind(const BWFrozenMark &mark)
+    {
+        endsAreFree(mark, mark.accessibleName());
+        standsOut(mark);
+    }
     void endsAreFree(const QWidget &pill, const QString &text)
     {
-        QImage drawn(pill.size(), QImage::Format_RGB32);
-        drawn.fill(Qt::black);
-        const_cast<QWidget &>(pill).render(&drawn, {}, {}, {});
+        const QImage drawn = drawnOn(pill, Qt::black);
         for (int i = 0; i < 12 * drawn.height(); ++i) {
             const QPoint left(i % 12, i / 12);
             const QPoint right(drawn.width() - 1 - left.x(), left.y());
@@ -210,12 +298,49 @@ private:
         }
     }
 
+    /// What is on a pill, over the brightest picture.
+    void standsOut(const QWidget &pill)
+    {
+        const QImage drawn =
+            drawnOn(pill, Qt::white).copy(pill.rect().adjusted(14, 1, -14, -1)); // without round corners
+        const double most = strongest(drawn, drawn.pixel(drawn.width() / 2, 0));
+        if (most < readable)
+            fault(pill, u"\"%1\" has too little contrast: %2"_s.arg(pill.accessibleName()).arg(most));
+    }
+
+    void judgeKind(const BWPictureCaption &caption) { standsOut(caption); }
+
+    /// It stands out from the window, as far as the desktop's accent colour does, and shows whether it can be used.
+    void judgeIcon(const QAbstractButton &button)
+    {
+        if (button.icon().isNull())
+            return;
+        const QColor ground = button.palette().color(QPalette::Window);
+        const auto drawn = [&](QIcon::Mode mode) {
+            QImage image(button.iconSize(), QImage::Format_RGB32);
+            image.fill(ground);
+            QPainter painter(&image);
+            button.icon().paint(&painter, image.rect(), Qt::AlignCenter, mode);
+            return image;
+        };
+        constexpr double visible = 2;
+        constexpr int clearly = 60; // of 255
+        const QImage enabled = drawn(QIcon::Normal);
+        if (strongest(enabled, ground) < visible)
+            fault(button, u"\"%1\" has an icon of too little contrast"_s.arg(button.accessibleName()));
+        if (!button.isEnabled() && difference(enabled, drawn(QIcon::Disabled)) < clearly)
+            fault(button, u"\"%1\" is disabled and looks enabled"_s.arg(button.accessibleName()));
+    }
+
     void judgeKind(const QLabel &label)
     {
         if (label.text().isEmpty())
             return;
         if (label.buddy())
             accessKey(label, label.text());
+        const bool isShort = label.text().contains(u'\u2026') && !label.toolTip().contains(u'\u2026');
+        if (isShort && !label.toolTip().isEmpty() && label.window()->size() != label.window()->minimumSizeHint())
+            fault(label, u"has no room for \"%1\""_s.arg(label.toolTip()));
         const int width = label.contentsRect().width() - 2 * label.margin() - std::max(0, label.indent());
         // What QLabel itself needs, not the size hint of a derived class.
         const int height =
@@ -239,6 +364,7 @@ private:
 
     void judgeKind(const QToolButton &button)
     {
+        judgeIcon(button);
         const auto option = optionOf<QStyleOptionToolButton>(button);
         const QRect room =
             button.style()->subControlRect(QStyle::CC_ToolButton, &option, QStyle::SC_ToolButton, &button);

@@ -4,12 +4,13 @@
 
 class QWidget;
 
-/// Finds texts that cannot be read and widgets in the wrong place, as the style draws them.
+/// Finds texts and icons that cannot be read and widgets in the wrong place, as the style draws them.
 class WindowFit {
 public:
     WindowFit() = delete;
 
-    /// One line for each text that is cut off and each widget that sticks out of its parent or covers another, for a
-    /// window that does not fit a screen of 1280 by 800 points, and for each kind of widget that cannot be judged.
+    /// One line for each text that is cut off or has too little contrast, each icon that cannot be seen or does not show
+    /// that it is disabled, each widget that sticks out of its parent or covers another, for a window that does not fit
+    /// its screen, and for each kind of widget that cannot be judged.
     static QStringList faults(const QWidget &window);
 };
