@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstdio>
 #include <mutex>
 #include <QFile>
+#include <sys/stat.h>
+#include <unistd.h>
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -43,6 +47,13 @@ void cropTo(AVFrame &frame, BWResolution size)
     av_frame_apply_cropping(&frame, AV_FRAME_CROP_UNALIGNED);
 }
 
+constexpr int bufferSize = 64 * 1024;
+
+int refuseToOpen(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **)
+{
+    return AVERROR(EACCES);
+}
+
 } // namespace
 
 void BWLibav::silence()
@@ -66,6 +77,67 @@ QString BWLibav::errorText(int error)
     return QString::fromLocal8Bit(text.data());
 }
 
+BWMovieFile::BWMovieFile(int file) : m_file(file) { }
+
+BWMovieFile::~BWMovieFile()
+{
+    m_input.reset();
+    if (m_io)
+        av_freep(&m_io->buffer);
+    avio_context_free(&m_io);
+}
+
+int BWMovieFile::open()
+{
+    BWLibav::silence();
+    auto *const buffer = static_cast<unsigned char *>(av_malloc(bufferSize));
+    if (!buffer)
+        return AVERROR(ENOMEM);
+    m_io = avio_alloc_context(buffer, bufferSize, 0, this, &BWMovieFile::read, nullptr, &BWMovieFile::seek);
+    if (!m_io) {
+        av_free(buffer);
+        return AVERROR(ENOMEM);
+    }
+    AVFormatContext *context = avformat_alloc_context();
+    if (!context)
+        return AVERROR(ENOMEM);
+    context->pb = m_io;
+    context->flags |= AVFMT_FLAG_CUSTOM_IO;
+    context->io_open = &refuseToOpen;
+    const int result = avformat_open_input(&context, nullptr, av_find_input_format("mov"), nullptr);
+    if (result >= 0) // else libav has freed it
+        m_input.reset(context);
+    return result;
+}
+
+int BWMovieFile::read(void *self, uint8_t *buffer, int size)
+{
+    auto *const file = static_cast<BWMovieFile *>(self);
+    ssize_t count = 0;
+    do {
+        count = ::pread(file->m_file, buffer, static_cast<std::size_t>(size), file->m_position);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0)
+        return AVERROR(errno);
+    file->m_position += count;
+    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+int64_t BWMovieFile::seek(void *self, int64_t offset, int whence)
+{
+    auto *const file = static_cast<BWMovieFile *>(self);
+    struct stat info;
+    if (::fstat(file->m_file, &info) != 0)
+        return AVERROR(errno);
+    const int how = whence & ~AVSEEK_FORCE;
+    if (how == AVSEEK_SIZE)
+        return info.st_size;
+    const int64_t base = how == SEEK_CUR ? file->m_position : how == SEEK_END ? info.st_size : 0;
+    if (base + offset < 0)
+        return AVERROR(EINVAL);
+    return file->m_position = base + offset;
+}
+
 BWColorMatrix BWFrameScaler::matrixOf(AVColorSpace space, AVCodecID codec, int height)
 {
     constexpr int tallestOfTv = 576;
@@ -74,6 +146,12 @@ BWColorMatrix BWFrameScaler::matrixOf(AVColorSpace space, AVCodecID codec, int h
     if (space == AVCOL_SPC_BT709 || (unspecified && !plain && height > tallestOfTv))
         return BWColorMatrix::BT709;
     return BWColorMatrix::BT601;
+}
+
+bool BWFrameScaler::isFullRange(const AVFrame &frame)
+{
+    const auto format = static_cast<AVPixelFormat>(frame.format);
+    return !isRgb(format) && (isFullRangeFormat(format) || frame.color_range == AVCOL_RANGE_JPEG);
 }
 
 bool BWFrameScaler::scale(const AVFrame &frame, AVCodecID codec, BWResolution size, BWColorMatrix wanted,
@@ -99,7 +177,7 @@ bool BWFrameScaler::scale(const AVFrame &frame, AVCodecID codec, BWResolution si
 
     // libav converts RGB to BT.601 of limited range, and leaves YUV as it is.
     const bool rgb = isRgb(format);
-    const bool full = !rgb && (fullFormat || part->color_range == AVCOL_RANGE_JPEG);
+    const bool full = isFullRange(*part);
     const BWColorMatrix matrix = rgb ? BWColorMatrix::BT601 : matrixOf(part->colorspace, codec, part->height);
     planes.padOddColumn();
     BWYuvConvert::toJpegColours(planes, matrix == wanted ? BWColorMatrix::BT601 : matrix,
@@ -108,4 +186,4 @@ bool BWFrameScaler::scale(const AVFrame &frame, AVCodecID codec, BWResolution si
 }
 
 extern "C" Q_DECL_EXPORT const BWMovieLibrary bwMovieLibrary{&BWLibav::openReader, &BWLibav::createWriter,
-                                                             &BWLibav::readPicture};
+                                                             &BWLibav::readPicture, &BWLibav::makeSmaller};

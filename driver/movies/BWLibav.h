@@ -47,14 +47,43 @@ QString errorText(int error);
 std::unique_ptr<BWMovieReader> openReader(const QString &path, QString &error);
 std::unique_ptr<BWMovieWriter> createWriter(const QString &path, QString &error);
 std::optional<BWMoviePicture> readPicture(int file, QSize most, QString &error);
+BWSmallerMovie::Result makeSmaller(int movie, int target, const BWSmallerMovie::Options &options,
+                                   const BWSmallerMovie::Progress &progress);
 
 } // namespace BWLibav
+
+/// An open file as libav's input. The file must stay open; its position is neither used nor changed.
+class BWMovieFile {
+public:
+    explicit BWMovieFile(int file);
+    ~BWMovieFile();
+    BWMovieFile(const BWMovieFile &) = delete;
+    BWMovieFile &operator=(const BWMovieFile &) = delete;
+
+    /// Reads the header of a QuickTime or MP4 movie; libav's error number, below zero, where it is none. Other files
+    /// that the movie refers to are not opened.
+    int open();
+
+    AVFormatContext *input() const { return m_input.get(); }
+
+private:
+    static int read(void *self, uint8_t *buffer, int size);
+    static int64_t seek(void *self, int64_t offset, int whence);
+
+    int m_file;
+    int64_t m_position = 0;
+    AVIOContext *m_io = nullptr;
+    BWLibav::Input m_input;
+};
 
 /// Converts decoded pictures of any kind and size to planes of a given size and full range.
 class BWFrameScaler {
 public:
     /// The colour matrix of a stream: the one it states, else BT.709 for compressed pictures larger than a TV's.
     static BWColorMatrix matrixOf(AVColorSpace space, AVCodecID codec, int height);
+
+    /// Whether the values of a picture use the full range, as those of a JPEG do.
+    static bool isFullRange(const AVFrame &frame);
 
     /// Fills the size, cropped at the middle. Colours are converted to BT.601, or kept if the picture has the matrix
     /// `wanted`. False if libav cannot do it.

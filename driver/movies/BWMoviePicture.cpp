@@ -2,14 +2,10 @@
 
 #include "BWLibav.h"
 
-#include <cerrno>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <libyuv.h>
 #include <QTransform>
-#include <sys/stat.h>
-#include <unistd.h>
 
 extern "C" {
 #include <libavutil/display.h>
@@ -20,98 +16,6 @@ namespace {
 constexpr int64_t maxMoviePixels = 100'000'000; // a damaged header may claim any size
 constexpr int maxTries = 16; // pictures examined in search of a good one
 constexpr int maxPackets = 1000; // including those of sound
-
-constexpr int bufferSize = 64 * 1024;
-
-int refuseToOpen(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **)
-{
-    return AVERROR(EACCES);
-}
-
-/// An open file as libav's input. The file must stay open; its position is neither used nor changed.
-class MovieFile {
-public:
-    explicit MovieFile(int file);
-    ~MovieFile();
-    MovieFile(const MovieFile &) = delete;
-    MovieFile &operator=(const MovieFile &) = delete;
-
-    /// Reads the header of a QuickTime or MP4 movie; libav's error number, below zero, where it is none. Other files
-    /// that the movie refers to are not opened.
-    int open();
-
-    AVFormatContext *input() const { return m_input.get(); }
-
-private:
-    static int read(void *self, uint8_t *buffer, int size);
-    static int64_t seek(void *self, int64_t offset, int whence);
-
-    int m_file;
-    int64_t m_position = 0;
-    AVIOContext *m_io = nullptr;
-    BWLibav::Input m_input;
-};
-
-MovieFile::MovieFile(int file) : m_file(file) { }
-
-MovieFile::~MovieFile()
-{
-    m_input.reset();
-    if (m_io)
-        av_freep(&m_io->buffer);
-    avio_context_free(&m_io);
-}
-
-int MovieFile::open()
-{
-    BWLibav::silence();
-    auto *const buffer = static_cast<unsigned char *>(av_malloc(bufferSize));
-    if (!buffer)
-        return AVERROR(ENOMEM);
-    m_io = avio_alloc_context(buffer, bufferSize, 0, this, &MovieFile::read, nullptr, &MovieFile::seek);
-    if (!m_io) {
-        av_free(buffer);
-        return AVERROR(ENOMEM);
-    }
-    AVFormatContext *context = avformat_alloc_context();
-    if (!context)
-        return AVERROR(ENOMEM);
-    context->pb = m_io;
-    context->flags |= AVFMT_FLAG_CUSTOM_IO;
-    context->io_open = &refuseToOpen;
-    const int result = avformat_open_input(&context, nullptr, av_find_input_format("mov"), nullptr);
-    if (result >= 0) // else libav has freed it
-        m_input.reset(context);
-    return result;
-}
-
-int MovieFile::read(void *self, uint8_t *buffer, int size)
-{
-    auto *const file = static_cast<MovieFile *>(self);
-    ssize_t count = 0;
-    do {
-        count = ::pread(file->m_file, buffer, static_cast<std::size_t>(size), file->m_position);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0)
-        return AVERROR(errno);
-    file->m_position += count;
-    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
-}
-
-int64_t MovieFile::seek(void *self, int64_t offset, int whence)
-{
-    auto *const file = static_cast<MovieFile *>(self);
-    struct stat info;
-    if (::fstat(file->m_file, &info) != 0)
-        return AVERROR(errno);
-    const int how = whence & ~AVSEEK_FORCE;
-    if (how == AVSEEK_SIZE)
-        return info.st_size;
-    const int64_t base = how == SEEK_CUR ? file->m_position : how == SEEK_END ? info.st_size : 0;
-    if (base + offset < 0)
-        return AVERROR(EINVAL);
-    return file->m_position = base + offset;
-}
 
 class FirstPicture {
 public:
@@ -130,7 +34,7 @@ private:
     QSize mostUnturned() const { return quarterTurns() % 2 == 0 ? m_most : m_most.transposed(); }
 
     QSize m_most;
-    std::optional<MovieFile> m_movie;
+    std::optional<BWMovieFile> m_movie;
     int m_stream = -1;
     BWLibav::Codec m_codec;
     BWLibav::Packet m_packet{av_packet_alloc()};

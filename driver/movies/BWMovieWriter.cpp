@@ -1,4 +1,4 @@
-#include "media/BWMovieWriter.h"
+#include "BWACUDriver/BWMovieWriter.h"
 
 #include "base/BWDriverLog.h"
 #include "BWACUDriver/BWFileBytes.h"
@@ -161,6 +161,7 @@ public:
     bool write(const BWFrame &frame) override;
     bool finish() override;
     int64_t bytesWritten() const override { return m_goodSize; }
+    bool hasFailed() const override { return m_failed; }
     bool diskIsFull() const override { return m_diskIsFull; }
     bool isRemoved() const override;
     bool isEmpty() const override { return m_empty; }

@@ -19,6 +19,8 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTest>
 
@@ -42,6 +44,8 @@ private Q_SLOTS:
         m_albums->setSelectedIndex(0);
         BWUIUtils::setAlertPresenter(this);
         m_alerts.clear();
+        m_saving.clear();
+        m_choices = {};
         m_message.clear();
         m_opened.clear();
         m_press = u"OK"_s;
@@ -54,7 +58,10 @@ private Q_SLOTS:
                                                           return m_canOpen;
                                                       },
                                                       {},
-                                                      {}},
+                                                      {},
+                                                      [this] { return m_choices; },
+                                                      [this](const auto &choices) { m_choices = choices; },
+                                                      [this](bool isSaving) { m_saving << isSaving; }},
             nullptr, m_clock);
         m_window->localizeWithManager(m_texts);
         m_window->show();
@@ -160,6 +167,38 @@ private Q_SLOTS:
         QTRY_VERIFY(TestFolder::read(m_chosen).startsWith(begins));
         QTRY_VERIFY(!m_window->isSaving());
         QVERIFY(m_alerts.isEmpty());
+    }
+
+    void movies_data()
+    {
+        const Rows<bool, QList<int>, QString> row; // videos?; which; the panel
+        row("smaller", true, QList{0},
+            u"Save as Smaller Movie|Please select where to save the smaller movie|mp4|v.mp4"_s);
+        row("of pictures", false, QList{0, 2},
+            u"Make a Movie of the Pictures|Please select where to save the movie|mov|Default Album.mov"_s);
+    }
+    /// These files are no pictures, which the user learns.
+    void movies()
+    {
+        const auto [videos, indexes, panel] = Rows<bool, QList<int>, QString>::current();
+        BWThumbnailTableView &grid = *(videos ? m_videos : m_images);
+        m_chosen = m_folder->url(u"new"_s);
+        grid.modelDelegate()->makeMovieOfIndexesOfModel(grid, indexes);
+        const auto dialogs = m_window->findChildren<QDialog *>();
+        QCOMPARE(dialogs.size(), 1);
+        if (auto *quality = dialogs.first()->findChild<QRadioButton *>())
+            quality->click(); // the first, high
+        else
+            dialogs.first()->findChild<QSpinBox *>()->setValue(24);
+        dialogs.first()->accept();
+        QCOMPARE(m_panel, panel);
+        QVERIFY(m_window->isSaving());
+        QTRY_COMPARE(m_alerts.size(), 1);
+        QVERIFY2(m_alerts.first().startsWith(u"Error while saving over its window: There is no picture"_s),
+                 qPrintable(m_alerts.first()));
+        QCOMPARE(m_saving, (QList{true, false}));
+        QCOMPARE(m_choices.quality, videos ? BWSmallerMovie::Quality::High : BWSmallerMovie::Quality::Medium);
+        QCOMPARE(m_choices.rate, videos ? 10 : 24);
     }
 
     void savingInGerman()
@@ -391,6 +430,8 @@ private:
 
     QString notice() const { return m_window->findChild<BWAlbumNotice *>()->text(); }
 
+    BWMovieExport::Choices m_choices;
+    QList<bool> m_saving;
     std::unique_ptr<TestFolder> m_folder;
     std::unique_ptr<BWSettingsFile> m_defaults;
     std::unique_ptr<BWAlbumManager> m_albums;

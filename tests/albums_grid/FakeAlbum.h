@@ -23,7 +23,7 @@ public:
     static constexpr int columns = 2;
     QList<QUrl> copied;
     std::function<void()> onOperation = [] {}; ///< called in each of these operations
-    QList<int> removed, opened, saved, shown, compared;
+    QList<int> removed, opened, saved, shown, compared, filmed;
     QSet<int> painted; ///< elements whose value the grid requested
 
     QList<QUrl> elementsForThumbnailTableView(const BWThumbnailTableView &) override { return m_elements; }
@@ -35,6 +35,10 @@ public:
     void showIndexOfModel(BWThumbnailTableView &, int index) override { operate(shown, {index}); }
     void compareIndexOfModel(BWThumbnailTableView &, int index) override { operate(compared, {index}); }
     void saveIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override { operate(saved, indexes); }
+    void makeMovieOfIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override
+    {
+        operate(filmed, indexes);
+    }
 
     int numberOfColumnsForView(const BWThumbnailTableView &) override { return columns; }
     int numberOfRowsInTableView(const BWThumbnailTableView &) override

@@ -31,6 +31,7 @@ struct SlowDisk {
         }
         bool finish() override { return m_disk.finished = true; }
         int64_t bytesWritten() const override { return m_disk.written; }
+        bool hasFailed() const override { return false; }
         bool diskIsFull() const override { return false; }
         bool isRemoved() const override { return false; }
         bool isEmpty() const override { return m_disk.written == 0; }

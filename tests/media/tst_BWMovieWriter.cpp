@@ -1,5 +1,5 @@
 #include "BWACUDriver/BWMovie.h"
-#include "media/BWMovieWriter.h"
+#include "BWACUDriver/BWMovieWriter.h"
 #include "MediaFixture.h"
 #include "MovieProbe.h"
 #include "SmallDisk.h"

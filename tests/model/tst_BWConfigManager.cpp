@@ -70,6 +70,12 @@ private Q_SLOTS:
         row("video_button", u"yes"_s, [](BWConfigManager &m) { m.setSaveVideoOnHardwareButton(true); });
         row("snapshot_click", u"no"_s, [](BWConfigManager &m) { m.setSaveSnapshotOnClick(false); });
         row("show_statistics", u"yes"_s, [](BWConfigManager &m) { m.setShowStatistics(true); });
+        row("smaller_movie", u"high"_s, [](BWConfigManager &m) {
+            m.setMovieChoices({BWSmallerMovie::Quality::High, 10});
+        });
+        row("movie_rate", u"24"_s, [](BWConfigManager &m) {
+            m.setMovieChoices({BWSmallerMovie::Quality::Medium, 24});
+        });
         row("first_time", u"no"_s, [](BWConfigManager &m) { m.setFirstTime(false); });
         row("old_settings_imported", u"yes"_s, [](BWConfigManager &m) { m.setOldSettingsImported(true); });
         row("default_album_name", albumName, [](BWConfigManager &m) { m.setDefaultAlbumName(albumName); });
@@ -91,6 +97,8 @@ private Q_SLOTS:
                                       {u"bwp2x_video_button"_s, u"yes"_s},
                                       {u"bwp2x_snapshot_click"_s, u"no"_s},
                                       {u"bwp2x_show_statistics"_s, u"yes"_s},
+                                      {u"bwp2x_smaller_movie"_s, u"small"_s},
+                                      {u"bwp2x_movie_rate"_s, u"60"_s},
                                       {u"bwp2x_first_time"_s, u"no"_s},
                                       {u"bwp2x_old_settings_imported"_s, u"yes"_s},
                                       {u"bwp2x_default_album_name"_s, u"Other"_s},

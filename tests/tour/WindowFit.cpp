@@ -27,6 +27,7 @@
 #include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QSpinBox>
@@ -148,10 +149,11 @@ public:
     void judge(const QWidget &widget)
     {
         place(widget);
-        const bool isKnown = judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox,
-                                     QLineEdit, BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel,
-                                     BWFrozenMark, BWThumbnailNotice, BWFlashActionViewController, BWPictureCaption,
-                                     QTreeWidget, BWKeyCaps, BWDoubleButtonHalf, QProgressBar>(widget);
+        const bool isKnown =
+            judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox, QLineEdit, QRadioButton,
+                    BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel, BWFrozenMark, BWThumbnailNotice,
+                    BWFlashActionViewController, BWPictureCaption, QTreeWidget, BWKeyCaps, BWDoubleButtonHalf,
+                    QProgressBar>(widget);
         if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
             fault(widget, u"is of a kind that this check does not know"_s);
     }
@@ -358,6 +360,12 @@ private:
         const auto option = optionOf<QStyleOptionButton>(button);
         const QRect room = button.style()->subElementRect(QStyle::SE_PushButtonContents, &option, &button);
         fits(button, option.text, sizeWithIcon(option), room.size());
+    }
+
+    void judgeKind(const QRadioButton &button)
+    {
+        accessKey(button, button.text());
+        fits(button, button.text(), button.sizeHint(), button.size());
     }
 
     void judgeKind(const BWLastCaptureButton &) { } // a picture only

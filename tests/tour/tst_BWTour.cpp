@@ -11,7 +11,9 @@
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/Albums/BWAlbumNotice.h"
+#include "Views/Albums/BWMovieDialogs.h"
 #include "Views/Albums/BWThumbnailTableView.h"
+#include "Views/Albums/BWThumbnailTableViewDelegate.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
 #include "Views/BWStartProblemAlert.h"
@@ -246,14 +248,23 @@ private Q_SLOTS:
         tabs->setCurrentIndex(1);
         waitForThumbnails(*qobject_cast<BWThumbnailTableView *>(tabs->currentWidget()), 1);
         see(album, u"albums-videos"_s);
+        BWThumbnailTableViewDelegate &model = *grid->modelDelegate();
+        model.makeMovieOfIndexesOfModel(*qobject_cast<BWThumbnailTableView *>(tabs->currentWidget()), {0});
+        auto *smaller = visible<BWSmallerMovieDialog>();
+        see(smaller, u"albums-smaller-movie"_s);
+        smaller->close();
         tabs->setCurrentIndex(0);
+        model.makeMovieOfIndexesOfModel(*grid, {0, 1});
+        auto *joined = visible<BWPicturesMovieDialog>();
+        see(joined, u"albums-movie-of-pictures"_s);
+        joined->close();
 
         BWAlbumTexts texts;
         texts.localizeWithManager(allTexts());
         auto *footer = album->findChild<BWAlbumFooter *>();
         auto *notice = album->findChild<BWAlbumNotice *>();
         const QString file = grid->elements().first().fileName();
-        footer->showProgress(texts.savingProgress.arg(file), 0.4);
+        footer->showProgress(texts.savingProgress.arg(file) + u'\n' + texts.movies.minutesLeft.arg(12), 0.4);
         see(album, u"albums-saving"_s);
         footer->endProgress();
         for (const auto &[name, text] :

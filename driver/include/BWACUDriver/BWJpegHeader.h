@@ -20,6 +20,8 @@ public:
 
     int width() const { return m_width; }
     int height() const { return m_height; } ///< 0 if the image defines it only later
+    /// How its components are sampled: the same number for the same components and factors.
+    uint32_t sampling() const { return m_sampling; }
     std::size_t scanOffset() const { return m_scanOffset; } ///< of the first start-of-scan marker
     /// Where an Exif segment belongs: first, but after a JFIF segment, which must be first as well.
     std::size_t exifOffset() const { return m_exifOffset; }
@@ -30,6 +32,7 @@ private:
     bool m_exif = false;
     int m_width = 0;
     int m_height = 0;
+    uint32_t m_sampling = 0;
     std::size_t m_exifOffset = 2;
     std::size_t m_scanOffset = 0;
 };

@@ -2,7 +2,7 @@
 
 #include "BWACUDriver/BWCameraStatus.h"
 #include "BWACUDriver/BWFrame.h"
-#include "media/BWMovieWriter.h"
+#include "BWACUDriver/BWMovieWriter.h"
 
 #include <condition_variable>
 #include <deque>

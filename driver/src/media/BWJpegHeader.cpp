@@ -51,6 +51,9 @@ BWJpegHeader::BWJpegHeader(const uint8_t *data, std::size_t size, std::size_t li
             m_frameMarker = marker;
             m_height = data[offset + 5] << 8 | data[offset + 6];
             m_width = data[offset + 7] << 8 | data[offset + 8];
+            m_sampling = 0;
+            for (std::size_t factors = offset + 11; factors < next; factors += 3)
+                m_sampling = m_sampling << 8 | data[factors];
         }
         offset = next;
     }

@@ -65,6 +65,14 @@ std::optional<BWMoviePicture> BWMoviePicture::read(int file, QSize most, QString
     return picture;
 }
 
+BWSmallerMovie::Result BWSmallerMovie::make(int movie, int target, const Options &options, const Progress &progress)
+{
+    QString reason;
+    const BWMovieLibrary *const library = BWMovieLibrary::load(reason);
+    return library ? library->makeSmaller(movie, target, options, progress)
+                   : Result{.end = End::NoEncoder, .reason = reason};
+}
+
 void BWMoviePicture::prepare()
 {
     QString reason;

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "BWACUDriver/BWMovie.h"
+#include "BWACUDriver/BWMovieWriter.h"
+#include "BWACUDriver/BWSmallerMovie.h"
 #include "media/BWMovieReader.h"
-#include "media/BWMovieWriter.h"
 
 #include <memory>
 #include <optional>
@@ -15,6 +16,8 @@ struct BWMovieLibrary {
     std::unique_ptr<BWMovieReader> (*openReader)(const QString &path, QString &error);
     std::unique_ptr<BWMovieWriter> (*createWriter)(const QString &path, QString &error);
     std::optional<BWMoviePicture> (*readPicture)(int file, QSize most, QString &error);
+    BWSmallerMovie::Result (*makeSmaller)(int movie, int target, const BWSmallerMovie::Options &options,
+                                          const BWSmallerMovie::Progress &progress);
 
     /// Null, with the reason in `error`, if it cannot be loaded. Any thread; the first call takes some time.
     static const BWMovieLibrary *load(QString &error);

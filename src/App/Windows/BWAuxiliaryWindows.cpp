@@ -84,14 +84,22 @@ void BWAuxiliaryWindows::showAlbums()
     if (!m_albums) {
         auto made = std::make_unique<BWAlbumManagerWindowController>(
             m_repository.albumManager(), m_repository.userDefaults(),
-            BWAlbumManagerWindowController::Callbacks{m_panels, m_openUrl,
-                                                      [this](const QUrl &file) { Q_EMIT showRequested(file); },
-                                                      [this](const QUrl &file) { Q_EMIT compareRequested(file); }},
+            BWAlbumManagerWindowController::Callbacks{
+                m_panels, m_openUrl, [this](const QUrl &file) { Q_EMIT showRequested(file); },
+                [this](const QUrl &file) { Q_EMIT compareRequested(file); }, [this] { return m_config.movieChoices(); },
+                [this](const BWMovieExport::Choices &choices) { m_config.setMovieChoices(choices); },
+                [this](bool isSaving) { Q_EMIT savingChanged(isSaving); }},
             &m_window, m_clock);
         prepare(*made, *made);
         m_albums = std::move(made);
     }
     bringToFront(*m_albums);
+}
+
+void BWAuxiliaryWindows::joinPictures(const QList<QUrl> &pictures)
+{
+    showAlbums();
+    albums()->joinPictures(pictures);
 }
 
 void BWAuxiliaryWindows::showSettings()

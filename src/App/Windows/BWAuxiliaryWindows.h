@@ -41,6 +41,8 @@ public:
 
     /// Brings it to the front; activates it only if it was open already.
     void showAlbums();
+    /// Offers to make a movie of pictures, in the album window.
+    void joinPictures(const QList<QUrl> &pictures);
     void showSettings();
     void showAdvancedSettings();
     /// Opens a new register debugger in place of the last one.
@@ -68,6 +70,8 @@ Q_SIGNALS:
     void showRequested(const QUrl &file);
     /// One is to be compared with the live image.
     void compareRequested(const QUrl &file);
+    /// Files of an album begin to be saved elsewhere, or are.
+    void savingChanged(bool isSaving);
 
 private:
     void changeCurrentCamera(BWSettingsWindowController &sender, const BWCameraPtr &camera) override;

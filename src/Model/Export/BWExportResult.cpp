@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 
 using namespace Qt::StringLiterals;
@@ -54,11 +55,6 @@ Problem problemOfTarget(int error)
     }
 }
 
-BWExportResult failed(Problem problem, const QUrl &file, const QString &reason)
-{
-    return {BWExportResult::Outcome::Failed, problem, file, reason, {}};
-}
-
 QString text(int error)
 {
     return QString::fromLocal8Bit(std::strerror(error));
@@ -82,6 +78,11 @@ void BWExportWatch::add(qint64 bytes)
         return;
     m_next = Clock::now() + exportReportEvery;
     m_report(m_done, m_total);
+}
+
+BWExportResult BWExportResult::failed(Problem problem, const QUrl &file, const QString &reason)
+{
+    return {Outcome::Failed, problem, file, reason, {}};
 }
 
 BWExportResult BWExportResult::done(const QUrl &target)
@@ -112,4 +113,19 @@ BWExportResult BWExportResult::targetFailed(const QUrl &target, int error)
 BWExportResult BWExportResult::targetIsSource(const QUrl &target)
 {
     return failed(Problem::TargetIsSource, target, u"it is one of the files to save"_s);
+}
+
+std::optional<std::chrono::seconds> BWTimeLeft::add(std::chrono::nanoseconds now, double done)
+{
+    using namespace std::chrono_literals;
+    constexpr std::chrono::seconds enough = 3s;
+    constexpr double enoughDone = 0.01;
+    if (!m_begin)
+        m_begin = now;
+    const std::chrono::duration<double> passed = now - *m_begin;
+    if (passed < enough || done < enoughDone || done >= 1)
+        return std::nullopt;
+    const std::chrono::duration<double> left = passed * (1 - done) / done;
+    const std::chrono::seconds step = left < 115s ? 10s : 60s;
+    return step * std::max<int64_t>(1, std::llround(left / step));
 }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <QString>
 #include <QUrl>
 
@@ -29,6 +30,8 @@ struct BWExportResult {
         TargetFailed, ///< a fault of the disk, which may have been pulled out
         NameTooLong,
         NameNotAllowed,
+        NoEncoder, ///< this computer cannot write such movies
+        NoPictures, ///< the movie, or all of the pictures, are damaged
         Other
     };
 
@@ -37,6 +40,7 @@ struct BWExportResult {
     QUrl file; ///< done: the target; failed: the file that it failed on
     QString reason; ///< in the system's words, for the log; null unless failed
     QUrl leftover; ///< the part of an archive that a failure left; empty without one
+    int leftOut = 0; ///< of a movie: damaged pictures
 
     static BWExportResult done(const QUrl &target);
     static BWExportResult cancelled();
@@ -45,6 +49,8 @@ struct BWExportResult {
     static BWExportResult sourceChanged(const QUrl &source);
     static BWExportResult targetFailed(const QUrl &target, int error);
     static BWExportResult targetIsSource(const QUrl &target);
+    /// For reasons that are no errno.
+    static BWExportResult failed(Problem problem, const QUrl &file, const QString &reason);
 };
 
 /// Carries progress from a running export to its owner, and the owner's request to stop.
@@ -60,7 +66,7 @@ public:
     void cancel() { m_cancelled = true; }
     bool isCancelled() const { return m_cancelled; }
 
-    /// The exporting thread only, as add().
+    /// The exporting thread only, as add(). Movies count something else than bytes.
     void begin(qint64 total);
     void add(qint64 bytes);
 
@@ -70,4 +76,15 @@ private:
     qint64 m_done = 0;
     qint64 m_total = 0;
     std::chrono::steady_clock::time_point m_next;
+};
+
+/// How long something that takes minutes will take from now on, by how long it took so far.
+class BWTimeLeft {
+public:
+    /// `now` is a steady time; `done` is from 0 to 1. Nothing before there is enough to go by, or once all is done; else
+    /// rounded so that it does not change with every call: seconds to tens, and from two minutes on to whole minutes.
+    std::optional<std::chrono::seconds> add(std::chrono::nanoseconds now, double done);
+
+private:
+    std::optional<std::chrono::nanoseconds> m_begin;
 };

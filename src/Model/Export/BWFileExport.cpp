@@ -137,7 +137,28 @@ BWFileExport::~BWFileExport()
 
 bool BWFileExport::start(const QList<QUrl> &files, const QUrl &target, Finished finished, Progress progress)
 {
-    if (isRunning() || files.isEmpty())
+    if (files.isEmpty())
+        return false;
+    const Work work = [files, target](BWExportWatch &watch) {
+        return files.size() == 1 ? BWExportCopy::run(files.first(), target, watch)
+                                 : BWZipExport::run(files, target, watch);
+    };
+    return start(m_thread, work, target, std::move(finished), std::move(progress));
+}
+
+bool BWFileExport::start(const Work &work, const QUrl &target, Finished finished, Progress progress)
+{
+    const Work yielding = [work](BWExportWatch &watch) {
+        BWWorkerPool::lowerPriority();
+        return work(watch);
+    };
+    return start(m_yielding, yielding, target, std::move(finished), std::move(progress));
+}
+
+bool BWFileExport::start(BWWorkerPool &thread, const Work &work, const QUrl &target, Finished finished,
+                         Progress progress)
+{
+    if (isRunning())
         return false;
     const std::weak_ptr<void> owner = m_alive.watch();
     m_finished = std::move(finished);
@@ -145,9 +166,8 @@ bool BWFileExport::start(const QList<QUrl> &files, const QUrl &target, Finished 
         if (progress)
             BWMainQueue::post(owner, [progress, done, total] { progress(done, total); });
     });
-    m_thread.run([this, owner, files, target, watch = m_watch] {
-        const BWExportResult result = files.size() == 1 ? BWExportCopy::run(files.first(), target, *watch)
-                                                        : BWZipExport::run(files, target, *watch);
+    thread.run([this, owner, work, target, watch = m_watch] {
+        const BWExportResult result = work(*watch);
         if (result.outcome == BWExportResult::Outcome::Failed)
             report(target, result);
         BWMainQueue::post(owner, [this, result] { finish(result); });

@@ -16,13 +16,16 @@ public:
     static BWExportResult run(const QUrl &file, const QUrl &target, BWExportWatch &watch);
 };
 
-/// Saves files elsewhere while the program goes on: one file as a copy, several as one ZIP archive. One export at a
-/// time. GUI thread only.
+/// Saves files elsewhere while the program goes on: one file as a copy, several as one ZIP archive, or whatever else
+/// makes a file of them. One export at a time. GUI thread only.
 class BWFileExport {
 public:
     /// Bytes of the files that are saved, and of how many; at most twenty times a second.
     using Progress = std::function<void(qint64 done, qint64 total)>;
     using Finished = std::function<void(const BWExportResult &result)>;
+    /// Makes the target on a thread of its own, which yields to all others. It owns what it uses, and ends soon once the
+    /// watch is cancelled.
+    using Work = std::function<BWExportResult(BWExportWatch &watch)>;
 
     BWFileExport() = default;
     /// Cancels a running export, without calling anything.
@@ -31,17 +34,21 @@ public:
     /// Begins to save the files, one at least, as `target`; a file that stands there is replaced once all is well.
     /// False, and nothing happens, while an export is running. Calls `finished` once, later; logs a failure.
     bool start(const QList<QUrl> &files, const QUrl &target, Finished finished, Progress progress = {});
+    /// The same for other work.
+    bool start(const Work &work, const QUrl &target, Finished finished, Progress progress = {});
     /// `finished` is called as always; its result may still be that of an export that was done just before.
     void cancel();
     bool isRunning() const { return m_watch != nullptr; }
 
 private:
+    bool start(BWWorkerPool &thread, const Work &work, const QUrl &target, Finished finished, Progress progress);
     void finish(const BWExportResult &result);
 
     std::shared_ptr<BWExportWatch> m_watch; // of the export that runs
     Finished m_finished;
     BWAliveToken m_alive;
     BWWorkerPool m_thread;
+    BWWorkerPool m_yielding; // a thread cannot raise its priority again
 };
 
 /// Copies files into folders in the background, each on its own. When destroyed it finishes the copies it was asked

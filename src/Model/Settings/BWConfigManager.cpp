@@ -20,7 +20,22 @@ const QString firstTimeKey = u"bwp2x_first_time"_s;
 const QString oldSettingsImportedKey = u"bwp2x_old_settings_imported"_s;
 const QString defaultAlbumNameKey = u"bwp2x_default_album_name"_s;
 const QString calibrationsKey = u"bwp2x_calibrations"_s;
+const QString movieQualityKey = u"bwp2x_smaller_movie"_s;
+const QString movieRateKey = u"bwp2x_movie_rate"_s;
 const QString productForCameraKey = u"bwp2x_product_for_camera"_s;
+
+const QStringList movieQualities{u"high"_s, u"medium"_s, u"small"_s}; // by BWSmallerMovie::Quality
+
+/// What is unknown or out of range is as if it were absent.
+void readMovieChoices(const BWUserDefaults &defaults, BWMovieExport::Choices &choices)
+{
+    const qsizetype quality = movieQualities.indexOf(defaults.string(movieQualityKey));
+    if (quality >= 0)
+        choices.quality = static_cast<BWSmallerMovie::Quality>(quality);
+    const int rate = defaults.string(movieRateKey).toInt();
+    if (rate >= 1 && rate <= BWMovieExport::mostRate)
+        choices.rate = rate;
+}
 
 void readBoolean(const BWUserDefaults &defaults, const QString &key, bool &value)
 {
@@ -215,6 +230,12 @@ void BWConfigManager::setDefaultAlbumName(const QString &name)
     changed();
 }
 
+void BWConfigManager::setMovieChoices(const BWMovieExport::Choices &choices)
+{
+    m_movieChoices = choices;
+    changed();
+}
+
 void BWConfigManager::setCalibrations(const QString &calibrations)
 {
     m_calibrations = calibrations;
@@ -244,6 +265,7 @@ void BWConfigManager::load()
     readBoolean(m_defaults, oldSettingsImportedKey, m_oldSettingsImported);
     m_defaultAlbumName = m_defaults.string(defaultAlbumNameKey);
     m_calibrations = m_defaults.string(calibrationsKey);
+    readMovieChoices(m_defaults, m_movieChoices);
 
     loadProductChoice();
     m_knownTexts = texts();
@@ -269,6 +291,8 @@ QJsonObject BWConfigManager::texts() const
                       {videoButtonKey, yesOrNo(m_saveVideoOnHardwareButton)},
                       {snapshotClickKey, yesOrNo(m_saveSnapshotOnClick)},
                       {showStatisticsKey, yesOrNo(m_showStatistics)},
+                      {movieQualityKey, movieQualities[static_cast<int>(m_movieChoices.quality)]},
+                      {movieRateKey, QString::number(m_movieChoices.rate)},
                       {firstTimeKey, yesOrNo(m_firstTime)},
                       {oldSettingsImportedKey, yesOrNo(m_oldSettingsImported)}};
     if (!m_defaultAlbumName.isNull()) // a name once stored stays

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Model/Export/BWMovieExport.h"
 #include "Model/Products/BWCameraProduct.h"
 #include "Model/Texts/BWLocalizationManager.h"
 
@@ -89,6 +90,10 @@ public:
     QString calibrations() const { return m_calibrations; }
     void setCalibrations(const QString &calibrations);
 
+    /// How movies were made last of what is in an album.
+    BWMovieExport::Choices movieChoices() const { return m_movieChoices; }
+    void setMovieChoices(const BWMovieExport::Choices &choices);
+
     /// Windows must go back to their default places. Never stored.
     bool mustResetLayout() const { return m_mustResetLayout; }
     void setMustResetLayout(bool reset);
@@ -131,4 +136,5 @@ private:
     bool m_oldSettingsImported = false;
     QString m_defaultAlbumName;
     QString m_calibrations;
+    BWMovieExport::Choices m_movieChoices;
 };

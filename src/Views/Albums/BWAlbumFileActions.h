@@ -1,7 +1,9 @@
 #pragma once
 
+#include "BWACUDriver/BWClock.h"
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Export/BWFileExport.h"
+#include "Model/Export/BWMovieExport.h"
 
 #include <functional>
 #include <QList>
@@ -26,14 +28,21 @@ public:
         std::function<bool(const QUrl &file)> open; ///< with the desktop's program for it; false if there is none
         std::function<void(const QUrl &file)> show; ///< in the main window
         std::function<void(const QUrl &file)> compare; ///< with the live image
+        std::function<BWMovieExport::Choices()> movieChoices = {}; ///< what the user chose last
+        std::function<void(const BWMovieExport::Choices &choices)> setMovieChoices = {};
+        std::function<void(bool isSaving)> savingChanged = {};
     };
 
     BWAlbumFileActions(QWidget &window, BWAlbumManager &albums, Callbacks callbacks, const BWAlbumTexts &texts,
-                       BWAlbumFooter &footer, BWAlbumNotice &notice);
+                       BWAlbumFooter &footer, BWAlbumNotice &notice, BWClock &clock = BWClock::system());
 
     /// Asks where, then saves in the background: one file as a copy, several as a ZIP archive named after the album. A
     /// second request waits for the first.
     void save(const QList<QUrl> &files, BWMediaType type);
+    /// Asks how, and where, then saves smaller copies of movies in the same way: several into one folder.
+    void makeSmaller(const QList<QUrl> &movies);
+    /// Asks how fast, and where, then makes one movie of the pictures.
+    void joinPictures(const QList<QUrl> &pictures);
     bool isSaving() const { return m_export.isRunning(); }
     /// Stops saving, and drops the requests that wait.
     void cancelSaving();
@@ -52,11 +61,17 @@ public:
 
 private:
     struct Job {
-        QList<QUrl> files;
         QUrl target;
+        QList<QUrl> files;
+        BWFileExport::Work work = {}; ///< if they are not saved as they are
     };
 
+    BWMovieExport::Choices movieChoices() const;
+    void makeSmaller(const QList<QUrl> &movies, BWSmallerMovie::Quality quality);
+    void askWhereToJoin(const QList<QUrl> &pictures, int rate);
+    void enqueue(const Job &job);
     void startNextExport();
+    void showProgress(const QString &text, double done);
     void exportFinished(const BWExportResult &result);
 
     QWidget &m_window;
@@ -67,4 +82,6 @@ private:
     BWAlbumNotice &m_notice;
     BWFileExport m_export;
     QList<Job> m_waiting;
+    BWClock &m_clock;
+    BWTimeLeft m_timeLeft;
 };

@@ -106,6 +106,14 @@ void BWAlbumGridModel::saveIndexesOfModel(BWThumbnailTableView &view, const QLis
     m_actions.save(filesAt(view, indexes), typeOf(view));
 }
 
+void BWAlbumGridModel::makeMovieOfIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
+{
+    if (typeOf(view) == BWMediaType::Image)
+        m_actions.joinPictures(filesAt(view, indexes));
+    else
+        m_actions.makeSmaller(filesAt(view, indexes));
+}
+
 int BWAlbumGridModel::numberOfColumnsForView(const BWThumbnailTableView &view)
 {
     Q_UNUSED(view)

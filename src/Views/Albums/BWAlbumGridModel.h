@@ -26,6 +26,8 @@ public:
     void showIndexOfModel(BWThumbnailTableView &view, int index) override;
     void compareIndexOfModel(BWThumbnailTableView &view, int index) override;
     void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
+    /// Of images one movie, of videos smaller ones.
+    void makeMovieOfIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
 
     int numberOfColumnsForView(const BWThumbnailTableView &view) override;
     /// Takes the lists of both grids from the album's contents.

@@ -92,8 +92,8 @@ BWAlbumManagerWindowController::BWAlbumManagerWindowController(BWAlbumManager &a
           m_images->redrawElements(files);
           m_videos->redrawElements(files);
       }),
-      m_actions(
-          std::make_unique<BWAlbumFileActions>(*this, albums, std::move(callbacks), m_texts, *m_footer, *m_notice)),
+      m_actions(std::make_unique<BWAlbumFileActions>(*this, albums, std::move(callbacks), m_texts, *m_footer, *m_notice,
+                                                     clock)),
       m_model(std::make_unique<BWAlbumGridModel>(m_contents, m_thumbnails, m_texts, *m_images, *m_videos, *m_actions))
 {
     for (BWThumbnailTableView *grid : {m_images, m_videos}) {
@@ -205,6 +205,9 @@ void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &
     m_notice->localize(manager);
     m_images->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_images)));
     m_videos->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_videos)));
+    constexpr int leastPictures = 2;
+    m_images->setMovieCommand(m_texts.movies.joinCommand, leastPictures);
+    m_videos->setMovieCommand(m_texts.movies.smallerCommand, 1);
     m_images->localizeWithManager(manager);
     m_videos->localizeWithManager(manager);
     reloadAlbums();

@@ -39,6 +39,9 @@ public:
     /// Whether files are being saved elsewhere.
     bool isSaving() const { return m_actions->isSaving(); }
 
+    /// Asks how fast, and where, then makes a movie of the pictures, in the order of their names.
+    void joinPictures(const QList<QUrl> &pictures) { m_actions->joinPictures(pictures); }
+
     void onAddAlbum();
     void onRemoveAlbum();
     void onChangeAlbum(int index);

@@ -6,6 +6,7 @@ using namespace Qt::StringLiterals;
 
 void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
 {
+    movies.localizeWithManager(manager);
     defaultAlbumDisplayName = manager.text(u"album_manager"_s, u"default_album_name"_s, u"Default Album"_s);
     saveImages.single.title =
         manager.text(u"album_manager"_s, u"single_image_save_title"_s, u"Saving image as JPG file"_s);
@@ -137,6 +138,12 @@ void BWAlbumTexts::localizeErrors(BWLocalizationManager &manager)
         {Problem::NameNotAllowed,
          manager.text(u"album_manager"_s, u"save_problem_name_not_allowed"_s,
                       u"This disk does not allow the name. Please use letters, digits and spaces only."_s)},
+        {Problem::NoEncoder,
+         manager.text(u"album_manager"_s, u"save_problem_no_encoder"_s,
+                      u"This computer cannot write such movies: its FFmpeg libraries lack the encoder."_s)},
+        {Problem::NoPictures,
+         manager.text(u"album_manager"_s, u"save_problem_no_pictures"_s,
+                      u"There is no picture that can be read. The file is damaged, or of another kind."_s)},
         {Problem::Other,
          manager.text(u"album_manager"_s, u"save_problem_other"_s,
                       u"The file could not be saved, for an unexpected reason. Please choose another place."_s)},

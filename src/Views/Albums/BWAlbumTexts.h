@@ -3,6 +3,7 @@
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Export/BWExportResult.h"
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Albums/BWMovieDialogs.h"
 
 #include <QMap>
 #include <QString>
@@ -58,6 +59,7 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     QString broughtBack; ///< with %1
     QString notBroughtBack; ///< with %1
     Alert openMany; ///< title with %1
+    BWMovieTexts movies;
     // In an empty grid.
     QString noImages;
     QString noVideos;

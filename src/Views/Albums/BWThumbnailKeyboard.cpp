@@ -32,6 +32,7 @@ constexpr std::array bindings{
     Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_Enter, Command::Compare},
     Binding{Qt::Key_Delete, Command::Trash},
     Binding{Qt::CTRL | Qt::Key_E, Command::SaveAs}, // Ctrl+S takes a snapshot in every window
+    Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_V, Command::MakeMovie},
     Binding{Qt::SHIFT | Qt::Key_F10, Command::Menu}, // the menu key itself arrives as a context menu event
 };
 
@@ -131,6 +132,8 @@ void perform(Command command, BWThumbnailTableView &view)
         return view.onTrash();
     case Command::SaveAs:
         return view.onSaveAs();
+    case Command::MakeMovie:
+        return view.onMakeMovie();
     case Command::Menu:
         return view.popUpMenuAtFocus();
     }

@@ -10,7 +10,7 @@ class QKeyEvent;
 /// if it includes the focused cell, otherwise on that cell. GUI thread.
 class BWThumbnailKeyboard {
 public:
-    enum class Command { SelectAll, Deselect, Toggle, Open, ShowInMainWindow, Compare, Trash, SaveAs, Menu };
+    enum class Command { SelectAll, Deselect, Toggle, Open, ShowInMainWindow, Compare, Trash, SaveAs, MakeMovie, Menu };
 
     /// The key that menus and the help name for that command.
     static QKeySequence keyFor(Command command);

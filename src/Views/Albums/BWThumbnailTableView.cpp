@@ -69,6 +69,10 @@ BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
       m_painter(std::make_unique<BWThumbnailCellPainter>(*this)),
       m_requests(std::make_unique<BWThumbnailRequests>(*this, clock))
 {
+    connect(m_rightMenu, &QMenu::aboutToShow, this, [this] {
+        if (m_makeMovie)
+            m_makeMovie->setEnabled(m_handler->operationIndexes().size() >= m_leastForMovie);
+    });
     renewHandler();
     setModel(m_model);
     setItemDelegate(m_painter.get());
@@ -104,7 +108,7 @@ void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
     // The keys are only shown here: the grid handles them itself, while it has the focus.
     const auto add = [this](const QString &text, Command command, void (BWThumbnailTableView::*action)()) {
         const QString key = BWThumbnailKeyboard::keyFor(command).toString(QKeySequence::NativeText);
-        m_rightMenu->addAction(text + u'\t' + key, this, action);
+        return m_rightMenu->addAction(text + u'\t' + key, this, action);
     };
     m_rightMenu->clear();
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_select_all"_s, u"Select All"_s), Command::SelectAll,
@@ -118,8 +122,16 @@ void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
         Command::Compare, &BWThumbnailTableView::onCompare);
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s), Command::SaveAs,
         &BWThumbnailTableView::onSaveAs);
+    m_makeMovie =
+        m_movieText.isEmpty() ? nullptr : add(m_movieText, Command::MakeMovie, &BWThumbnailTableView::onMakeMovie);
     add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Command::Trash,
         &BWThumbnailTableView::onTrash);
+}
+
+void BWThumbnailTableView::setMovieCommand(const QString &text, int leastElements)
+{
+    m_movieText = text;
+    m_leastForMovie = leastElements;
 }
 
 void BWThumbnailTableView::setEmptyNotice(const QString &iconName, const QString &text)
@@ -258,6 +270,13 @@ void BWThumbnailTableView::onSaveAs()
 {
     if (const auto indexes = m_handler->operationIndexes(); m_modelDelegate && !indexes.isEmpty())
         m_modelDelegate->saveIndexesOfModel(*this, indexes);
+}
+
+void BWThumbnailTableView::onMakeMovie()
+{
+    const auto indexes = m_handler->operationIndexes();
+    if (m_modelDelegate && indexes.size() >= m_leastForMovie)
+        m_modelDelegate->makeMovieOfIndexesOfModel(*this, indexes);
 }
 
 void BWThumbnailTableView::onTrash()

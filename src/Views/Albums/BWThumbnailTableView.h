@@ -17,6 +17,7 @@ class BWThumbnailTableViewDataSource;
 class BWThumbnailTableViewDelegate;
 class BWThumbnailViewMouseEventHandler;
 class BWThumbnailRequests;
+class QAction;
 class QMenu;
 struct BWThumbnailDragItem;
 
@@ -58,6 +59,9 @@ public:
     BWThumbnailTableViewDataSource *dataSource() const { return m_dataSource; }
 
     void localizeWithManager(BWLocalizationManager &manager) override;
+    /// What makes movies of elements is called in the menu, and how many elements it needs at least. Before the texts are
+    /// localized.
+    void setMovieCommand(const QString &text, int leastElements);
     /// The text shown while there are no elements, below an icon (see BWIcons).
     void setEmptyNotice(const QString &iconName, const QString &text);
 
@@ -86,6 +90,7 @@ public:
     void onSelectAll();
     void onUnselectAll();
     void onSaveAs();
+    void onMakeMovie();
     void onTrash();
     /// The element with the focus, however many are selected.
     void onShowInMainWindow();
@@ -135,6 +140,9 @@ private:
     BWThumbnailTableModel *m_model;
     BWThumbnailNotice *m_notice;
     QMenu *m_rightMenu;
+    QAction *m_makeMovie = nullptr; ///< in the menu
+    QString m_movieText;
+    int m_leastForMovie = 1;
     std::unique_ptr<BWThumbnailCellPainter> m_painter;
     std::unique_ptr<BWThumbnailRequests> m_requests;
     std::shared_ptr<BWThumbnailViewMouseEventHandler> m_handler;

@@ -51,6 +51,8 @@ public:
     virtual void compareIndexOfModel(BWThumbnailTableView &view, int index) = 0;
     /// Saves elements elsewhere.
     virtual void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
+    /// Makes movies of elements.
+    virtual void makeMovieOfIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
 };
 
 /// The rows of a grid of thumbnails and what its cells show. The grid asks for columns and rows once per reload, for cells

@@ -125,6 +125,8 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"compare_label"_s, u"Compare with the live image"_s),
           {key(Command::Compare)}},
          {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s), {key(Command::SaveAs)}},
+         {manager.text(u"help_window"_s, u"make_movie_label"_s, u"Smaller movie; movie of the pictures"_s),
+          {key(Command::MakeMovie)}},
          {manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
           {key(Command::Trash), key(QKeySequence::Undo)}},
          {manager.text(u"help_window"_s, u"drag_label"_s, u"Drag into another program"_s), {hold + drag}}}};

@@ -36,7 +36,9 @@ public:
 
     /// Size of the file so far.
     virtual int64_t bytesWritten() const = 0;
-    /// Whether writing failed because there was no room.
+    /// Whether writing failed; what is in the file stays readable.
+    virtual bool hasFailed() const = 0;
+    /// Whether it failed because there was no room.
     virtual bool diskIsFull() const = 0;
     /// Whether the file or its folder was removed. Programs that have it open can still read it: the movie keeps
     /// growing, and finish() completes it.

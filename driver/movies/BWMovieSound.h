@@ -1,0 +1,41 @@
+#pragma once
+
+#include "BWLibav.h"
+
+#include <functional>
+#include <memory>
+
+struct AVAudioFifo;
+struct SwrContext;
+
+/// The sound of a movie on its way into another: AAC, which is copied if it is that already. One thread.
+class BWMovieSound {
+public:
+    /// Writes a packet of the stream, whose times are in that base; false if it cannot be written.
+    using Write = std::function<bool(AVPacket &packet, const AVStream &stream, AVRational base)>;
+
+    /// Adds a stream to `output`, which has no header yet. Null if the movie has no sound, or none that libav can read.
+    static std::unique_ptr<BWMovieSound> open(const AVFormatContext &input, AVFormatContext &output);
+    ~BWMovieSound();
+
+    /// Of the stream in the input.
+    int index() const { return m_input->index; }
+    /// The next packet of it, or null at its end; false if something cannot be written. Damaged sound is left out.
+    bool take(const AVPacket *packet, const Write &write);
+
+private:
+    explicit BWMovieSound(AVStream *input) : m_input(input) { }
+    bool prepare(AVFormatContext &output);
+    bool isCopied() const { return !m_decoder; }
+    void decode(const AVPacket *packet);
+    bool encode(bool ends, const Write &write);
+    bool send(const AVFrame *frame, const Write &write);
+
+    AVStream *const m_input;
+    AVStream *m_stream = nullptr; ///< of the output
+    BWLibav::Codec m_decoder;
+    BWLibav::Codec m_encoder;
+    SwrContext *m_resampler = nullptr;
+    AVAudioFifo *m_samples = nullptr; ///< that wait for enough of them
+    int64_t m_time = AV_NOPTS_VALUE; ///< of the next sample, in samples
+};
