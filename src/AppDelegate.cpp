@@ -89,6 +89,7 @@ void AppDelegate::applicationDidFinishLaunching()
     showQtTextsIn(BWLocalizationManager::languages().contains(language) ? language
                                                                         : QString()); // rather than a mixture
     m_texts.localizeWithManager(texts);
+    m_sleepInhibitor.setExplanation(m_texts.staysAwake);
     checkCameraAccess();
 }
 
@@ -238,7 +239,12 @@ void AppDelegate::prepareCapture()
                                      },
                                      [this](const QUrl &file) { m_lastCapture->captureAdded(file); }},
         m_clock);
-    m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), m_captureFeedback->callbacks());
+    BWCaptureController::Callbacks told = m_captureFeedback->callbacks();
+    told.recording = [this, show = told.recording](bool recording) {
+        m_sleepInhibitor.setActive(BWSleepInhibitor::Reason::Recording, recording);
+        show(recording);
+    };
+    m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), std::move(told));
     m_freeze = std::make_unique<BWFreezeController>(*m_window, *m_scene, *m_renderer, *m_capture, m_clock);
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->reportRecovered(last); });
@@ -303,6 +309,8 @@ void AppDelegate::connectActions()
     connect(m_scene.get(), &BWSceneController::referenceChanged, this, &AppDelegate::updateStateLabel);
     connect(m_lastCapture.get(), &BWLastCaptureController::showRequested, m_lookBack.get(),
             &BWLookBackController::show);
+    connect(m_auxiliaryWindows.get(), &BWAuxiliaryWindows::savingChanged, this,
+            [this](bool isSaving) { m_sleepInhibitor.setActive(BWSleepInhibitor::Reason::Export, isSaving); });
     connect(m_auxiliaryWindows.get(), &BWAuxiliaryWindows::showRequested, this, [this](const QUrl &file) {
         m_lookBack->show(file);
         m_sessionWindows->bringMainWindowToFront();

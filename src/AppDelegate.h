@@ -11,6 +11,7 @@
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Session/BWCameraSession.h"
 #include "Model/Session/BWQuitting.h"
+#include "Model/Session/BWSleepInhibitor.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
@@ -143,5 +144,6 @@ private:
     bool m_launched = false; ///< completely
     BWWorkerPool m_worker;
     bool m_unstoredReported = false;
+    BWSleepInhibitor m_sleepInhibitor;
     BWQuitting m_quitting;
 };

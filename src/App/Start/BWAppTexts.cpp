@@ -84,4 +84,6 @@ void BWAppTexts::localizeWithManager(BWLocalizationManager &manager)
     fullScreenHint =
         manager.text(u"camera_window"_s, u"full_screen_hint"_s,
                      u"Esc leaves full screen. Move the pointer to the top edge for the bar and the menus."_s);
+    staysAwake =
+        manager.text(u"general"_s, u"stays_awake_reason"_s, u"A recording, a series or an export is running"_s);
 }

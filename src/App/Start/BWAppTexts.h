@@ -33,4 +33,5 @@ struct BWAppTexts : public BWLocalizationManagerDelegate {
     QString quitWaitsForCaptures;
     QString quitAtOnceTitle;
     QString quitAtOnceMessage;
+    QString staysAwake;
 };

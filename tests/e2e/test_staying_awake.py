@@ -1,0 +1,114 @@
+#!/usr/bin/python3
+"""While the program records or saves files elsewhere, it asks the desktop on a real session bus to stay awake: the screen
+saver, the power manager and the portal, which are made up here. Afterwards, or once it is killed, it does so no more.
+
+usage: test_staying_awake.py PROGRAM
+"""
+
+import os
+import signal
+import sys
+
+from desktop import wait_until
+from program import ProgramTest, answer_product_question, wait_for_picture
+
+PORTAL = "org.freedesktop.portal.Desktop"
+# By the name of the service: its interface, where that is, and what Inhibit takes and gives.
+SERVICES = {"org.freedesktop.ScreenSaver": ("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "ss", "u", 7),
+            "org.freedesktop.PowerManagement.Inhibit":
+                ("org.freedesktop.PowerManagement.Inhibit", "/org/freedesktop/PowerManagement/Inhibit", "ss", "u", 8),
+            PORTAL: ("org.freedesktop.portal.Inhibit", "/org/freedesktop/portal/desktop", ["s", "u", "a{sv}"], "o", "/r")}
+
+
+def serve(silent):
+    """In a process of its own: prints the interfaces that keep the computer awake, at each change."""
+    sys.path.append("/usr/lib/python3/dist-packages")
+    from gi.repository import Gio, GLib
+    awake = set()
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+
+    def offer(interface, path, takes, gives, answer):
+        def called(bus, sender, path, interface, method, arguments, invocation):
+            if silent:
+                return
+            begins = method == "Inhibit"
+            assert "portal" not in interface or arguments[1] & 12 == 12
+            (awake.add if begins else awake.discard)((interface, sender))
+            invocation.return_value(GLib.Variant(f"({gives})", (answer,)) if begins else None)
+            print(*awake, flush=True)
+
+        given = "".join(f'<arg type="{kind}" direction="in"/>' for kind in takes)
+        bus.register_object(path, Gio.DBusNodeInfo.new_for_xml(
+            f'<node><interface name="{interface}"><method name="Inhibit">{given}<arg type="{gives}" direction="out"/>'
+            '</method><method name="UnInhibit"><arg type="u" direction="in"/></method></interface></node>').interfaces[0],
+            called)
+
+    def gone(bus, sender, path, interface, signal_name, arguments):
+        awake.difference_update([entry for entry in awake if entry[1] == arguments[0] and not arguments[2]])
+        print(*awake, flush=True)
+
+    for name, service in SERVICES.items():
+        offer(*service)
+        Gio.bus_own_name_on_connection(bus, name, 0)
+    bus.signal_subscribe("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", None, None, 0, gone)
+    print(flush=True)
+    GLib.MainLoop().run()
+
+
+class StayingAwake(ProgramTest):
+    def begin(self, *options):
+        self.make_pictures("640x480")
+        os.truncate(self.album / "20240607_image_003.jpg", 800 << 20)  # which takes a while to save
+        self.desktop.spawn(["/usr/bin/python3", __file__, "--serve", *options], log="awake.log")
+        wait_until("the desktop's services are there", lambda: (self.desktop.folder / "awake.log").read_text())
+        self.start("--simulate", "high")
+        answer_product_question(self.program)
+        wait_for_picture(self.program)
+
+    def said(self):
+        return [line.count("(") for line in (self.desktop.folder / "awake.log").read_text().splitlines()]
+
+    def wait_until_awake(self):
+        wait_until("all keep the computer awake", lambda: self.said()[-1] == len(SERVICES))
+
+    def wait_until_asleep(self):
+        wait_until("nothing keeps it awake", lambda: not self.said()[-1])
+
+    def test_recording_and_saving(self):
+        self.begin()
+        self.assertFalse(any(self.said()))
+        self.desktop.key("ctrl+shift+s")
+        self.wait_until_awake()
+        self.desktop.key("ctrl+shift+s")
+        self.wait_until_asleep()
+        changes = len(self.said())
+        self.desktop.key("F9")
+        self.program.click("table cell", "20240607_image_002, image")
+        self.desktop.key("ctrl+a")
+        self.desktop.key("ctrl+e")
+        self.program.wait_for_active("dialog", "Saving images as ZIP file")
+        self.desktop.key("Return")
+        wait_until("saving keeps it awake, too", lambda: any(self.said()[changes:]))
+        self.wait_until_asleep()
+        self.program.quit()
+
+    def test_killed(self):
+        self.begin()
+        self.desktop.key("ctrl+shift+s")
+        self.wait_until_awake()
+        os.kill(self.program.pid, signal.SIGKILL)
+        self.wait_until_asleep()
+
+    def test_nobody_answers(self):
+        self.begin("--silent")
+        self.desktop.key("ctrl+shift+s")
+        wait_until("it records", lambda: self.program.find("push button", "Stop"))
+        self.program.quit()
+        self.assertEqual(len(list(self.album.glob("*_video_*.mov"))), 1)
+
+
+if __name__ == "__main__":
+    if sys.argv[1] == "--serve":
+        serve("--silent" in sys.argv)
+    else:
+        StayingAwake.main()
