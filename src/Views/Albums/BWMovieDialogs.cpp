@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int dialogTextWidth = 380; // points
+constexpr int dialogTextWidth = 440; // points
 
 QLabel *wrapped(const QString &text)
 {
@@ -36,7 +36,7 @@ QVBoxLayout *beginMovieDialog(QDialog &dialog, const QString &title, const QStri
         QObject::connect(&dialog, &QDialog::finished, window, &QWidget::activateWindow);
     auto *column = new QVBoxLayout(&dialog);
     column->setContentsMargins(20, 20, 20, 16);
-    column->setSpacing(6);
+    column->setSpacing(4);
     column->addWidget(wrapped(explanation));
     column->addSpacing(8);
     return column;
@@ -78,14 +78,15 @@ void BWMovieTexts::localizeWithManager(BWLocalizationManager &manager)
     qualities = {
         {{manager.text(u"movie_export"_s, u"quality_high"_s, u"&High quality"_s),
           manager.text(u"movie_export"_s, u"quality_high_meaning"_s,
-                       u"Looks like the original. Usually a quarter of its size."_s)},
+                       u"Looks like the original. As a rule less than half its size."_s)},
          {manager.text(u"movie_export"_s, u"quality_medium"_s, u"&Medium quality"_s),
           manager.text(u"movie_export"_s, u"quality_medium_meaning"_s,
-                       u"Fine detail stays. Usually a tenth of its size."_s)},
+                       u"Fine detail stays. As a rule less than a third of the size."_s)},
          {manager.text(u"movie_export"_s, u"quality_small"_s, u"&Small file"_s),
-          manager.text(u"movie_export"_s, u"quality_small_meaning"_s,
-                       u"For mail and messages: at most 1280 pixels wide, without the finest detail. Usually a "
-                       "thirtieth of its size."_s)}}};
+          manager.text(
+              u"movie_export"_s, u"quality_small_meaning"_s,
+              u"For mail and messages: at most 1280 pixels wide, without the finest detail. As a rule less than "
+              "a fifth of the size, often far less."_s)}}};
     smallerMessage =
         manager.text(u"movie_export"_s, u"smaller_message"_s, u"Please select where to save the smaller movie"_s);
     smallerFolderMessage = manager.text(u"movie_export"_s, u"smaller_folder_message"_s,
@@ -142,6 +143,8 @@ BWPicturesMovieDialog::BWPicturesMovieDialog(const BWMovieTexts &texts, qsizetyp
         beginMovieDialog(*this, texts.joinTitle, texts.joinExplanation.arg(QLocale().toString(pictures)));
     m_rate->setRange(1, BWMovieExport::mostRate);
     m_rate->setValue(rate);
+    constexpr int roomy = 24; // some styles give just the digits too little room
+    m_rate->setMinimumWidth(m_rate->sizeHint().width() + roomy);
     auto *label = new QLabel(texts.rate);
     label->setBuddy(m_rate);
     auto *row = new QHBoxLayout;
