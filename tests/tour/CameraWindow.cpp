@@ -131,9 +131,9 @@ void Tour::seeMeasuring()
 void Tour::seeLookBack()
 {
     auto *view = &window->centeringClipView();
-    const auto *caption = window->findChild<BWPictureCaption *>();
     QTRY_VERIFY_WITH_TIMEOUT(window->menu().lastCapture->isEnabled(), patience);
     window->menu().lastCapture->trigger();
+    const auto *caption = window->findChild<BWPictureCaption *>();
     QTRY_VERIFY_WITH_TIMEOUT(caption->isVisible(), patience);
     seeNarrowest(u"main-look-back-movie"_s);
     const auto step = [&](Qt::Key key) {
