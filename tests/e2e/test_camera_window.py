@@ -396,8 +396,10 @@ class CameraWindow(ProgramTest):
         subprocess.run(["ffmpeg", "-v", "error", "-i", movie, "-c", "copy", "-f", "image2",
                         self.desktop.folder / "%03d.jpg"], check=True)
         delivered = [file.read_bytes() for file in sorted(self.desktop.folder.glob("*.jpg"))]
+        # A product with a known scale would put its resolution into the pictures' heads.
+        self.store('bwp2x_product_for_camera="{\\"wired_high\\":\\"mx50_40\\"}"')
         self.start("--simulate", f"high={movie}")
-        answer_product_question(self.program)
+        self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
         self.live = wait_for_picture(self.program)
         self.record()
         self.wait_until_recorded()
