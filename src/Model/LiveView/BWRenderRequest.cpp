@@ -24,6 +24,13 @@ QRect mirroredPart(const QRect &part, QSize size)
     return {size.width() - part.x() - part.width(), part.y(), part.width(), part.height()};
 }
 
+/// How long a side of the picture is as it is drawn. What enlarges it lays the middles of the outermost pixels onto those of
+/// the screen, so that each pixel is drawn a little larger than the zoom says.
+double drawnLength(int pixels, double onScreen)
+{
+    return onScreen > pixels && pixels > 1 ? pixels * (onScreen - 1) / (pixels - 1) : onScreen;
+}
+
 } // namespace
 
 BWOrientation::BWOrientation(int rotation, BWFlip flip)
@@ -84,10 +91,11 @@ void BWRenderRequest::layOut(QPointF origin)
 QTransform BWRenderRequest::pictureToViewport() const
 {
     const BWOrientation orientation(rotation, flip);
-    const QSizeF upright = orientation.turned(imageSize);
-    const QSizeF size = picture();
+    const QSize upright = orientation.turned(imageSize);
+    const QSize size = picture();
     if (upright.isEmpty() || size.isEmpty())
         return {};
+    const QSizeF drawn(drawnLength(size.width(), upright.width()), drawnLength(size.height(), upright.height()));
     // From right to left, as each is applied to what the next one makes: sizes are those of whole device pixels.
     QTransform all;
     all.scale(1 / devicePixelRatio, 1 / devicePixelRatio);
@@ -95,8 +103,8 @@ QTransform BWRenderRequest::pictureToViewport() const
     all.translate(imageSize.width() / 2.0, imageSize.height() / 2.0);
     all.rotate(orientation.clockwise());
     all.scale(orientation.mirrored() ? -1 : 1, 1);
-    all.translate(-upright.width() / 2, -upright.height() / 2);
-    all.scale(upright.width(), upright.height() * size.width() / size.height());
+    all.translate(-drawn.width() / 2, -drawn.height() / 2);
+    all.scale(drawn.width(), drawn.height() * size.width() / size.height());
     return all;
 }
 
