@@ -209,7 +209,10 @@ std::optional<QTransform> BWCenteringClipView::pictureToViewport() const
 {
     if (m_main.image.image.isNull())
         return std::nullopt;
-    const QPointF corner = m_scene.mainArea(viewport()->size()).topLeft();
+    // Images are drawn on whole pixels of the screen, where the view itself need not begin.
+    const double ratio = devicePixelRatioF();
+    const QPointF begin = QPointF(viewport()->mapTo(window(), QPoint())) * ratio;
+    const QPointF corner = m_scene.mainArea(viewport()->size()).topLeft() + (begin.toPoint() - begin) / ratio;
     return m_main.image.request.pictureToViewport() * QTransform::fromTranslate(corner.x(), corner.y());
 }
 

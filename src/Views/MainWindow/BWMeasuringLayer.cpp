@@ -107,6 +107,14 @@ bool BWMeasuringLayer::isOverMain(QPointF position) const
     return !m_view.scene().hasReference() || QRectF(mainClip()).contains(position);
 }
 
+/// Where a screen has several pixels for a point, only the position in the window tells them apart.
+QPointF BWMeasuringLayer::positionOf(const QMouseEvent &event) const
+{
+    const QPointF exact = mapFrom(window(), event.scenePosition());
+    const QPointF off = exact - event.position();
+    return std::max(std::abs(off.x()), std::abs(off.y())) <= 1 ? exact : event.position();
+}
+
 /// A pointer on whole pixels, as X11 has it, means the middle of one. What is dragged stays in the main picture's part.
 QPointF BWMeasuringLayer::placeAt(QPointF position) const
 {
@@ -116,8 +124,8 @@ QPointF BWMeasuringLayer::placeAt(QPointF position) const
                     std::clamp(position.y(), clip.top(), std::max(clip.top(), clip.bottom() - 1))};
     }
     const double ratio = devicePixelRatioF();
-    const QPointF device = position * ratio;
-    return toWidget()->inverted().map(isWhole(device) ? (device + QPointF(0.5, 0.5)) / ratio : position);
+    const QPointF half = QPointF(0.5, 0.5) / ratio;
+    return toWidget()->inverted().map(isWhole(mapTo(window(), position) * ratio) ? position + half : position);
 }
 
 double BWMeasuringLayer::reach() const
@@ -205,8 +213,7 @@ void BWMeasuringLayer::mousePressEvent(QMouseEvent *event)
     if (!isOverMain(event->position()))
         return;
     m_usesKeys = false;
-    const QPointF at = placeAt(event->position());
-    m_tool->press(at, reach(), event->modifiers() & Qt::ShiftModifier);
+    m_tool->press(placeAt(positionOf(*event)), reach(), event->modifiers() & Qt::ShiftModifier);
     if (m_tool->unfinished().points.size() == 2) // the first point and the one to come
         m_pressed = event->position();
     Q_EMIT edited();
@@ -227,7 +234,7 @@ void BWMeasuringLayer::mouseMoveEvent(QMouseEvent *event)
     event->setAccepted(!(event->buttons() & Qt::MiddleButton)); // which moves the picture
     if (!m_active || !toWidget() || m_text)
         return;
-    m_pointer = event->globalPosition();
+    m_pointer = mapToGlobal(positionOf(*event));
     m_usesKeys = false;
     m_pointerIsAside = !isOverMain(event->position()) && !(event->buttons() & Qt::LeftButton);
     if (m_pointerIsAside) {
@@ -235,7 +242,7 @@ void BWMeasuringLayer::mouseMoveEvent(QMouseEvent *event)
         return;
     }
     m_pointerIsOver = true;
-    m_tool->move(placeAt(event->position()), event->modifiers() & Qt::ShiftModifier);
+    m_tool->move(placeAt(positionOf(*event)), event->modifiers() & Qt::ShiftModifier);
     updateCursor();
     Q_EMIT editing();
 }
@@ -251,7 +258,7 @@ void BWMeasuringLayer::mouseReleaseEvent(QMouseEvent *event)
     const bool wasDragged = pressed
         && (event->position() - *pressed).manhattanLength() > QGuiApplication::styleHints()->startDragDistance();
     if (wasDragged && kind && kind->mostPoints == 2 && m_tool->unfinished().points.size() == 2 && toWidget())
-        m_tool->press(placeAt(event->position()), reach(), event->modifiers() & Qt::ShiftModifier);
+        m_tool->press(placeAt(positionOf(*event)), reach(), event->modifiers() & Qt::ShiftModifier);
     m_tool->release();
     Q_EMIT edited();
 }
@@ -354,7 +361,6 @@ void BWMeasuringLayer::askForText()
     m_text->setPlaceholderText(m_textLabel);
     placeText();
     m_text->installEventFilter(this);
-    connect(m_text, &QLineEdit::returnPressed, this, [this] { answerText(true); });
     m_text->show();
     m_text->setFocus();
 }
@@ -395,10 +401,13 @@ bool BWMeasuringLayer::eventFilter(QObject *watched, QEvent *event)
         if (m_text)
             placeText();
     }
-    if (watched == m_text && event->type() == QEvent::KeyPress
-        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
-        answerText(false);
-        return true;
+    if (watched == m_text && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        const bool accepts = key == Qt::Key_Return || key == Qt::Key_Enter;
+        if (accepts || key == Qt::Key_Escape) {
+            answerText(accepts);
+            return true; // the field would pass it on, and another arrow begin
+        }
     }
     if (watched == m_text && event->type() == QEvent::FocusOut
         && static_cast<QFocusEvent *>(event)->reason() != Qt::PopupFocusReason

@@ -55,6 +55,7 @@ private:
     std::optional<QTransform> toWidget() const;
     QRect mainClip() const;
     bool isOverMain(QPointF position) const;
+    QPointF positionOf(const QMouseEvent &event) const;
     QPointF placeAt(QPointF position) const;
     void followPointer();
     void leave();
