@@ -195,7 +195,8 @@ void BWAuxiliaryWindows::activateNextWindow()
     QList<QWidget *> open;
     if (m_window.isVisible())
         open.append(&m_window);
-    for (BWUtilityPanel *panel : panels()) {
+    // All of them: the results of measuring are opened elsewhere.
+    for (auto *panel : m_window.findChildren<BWUtilityPanel *>(QString(), Qt::FindDirectChildrenOnly)) {
         if (panel->isVisible())
             open.append(panel);
     }
