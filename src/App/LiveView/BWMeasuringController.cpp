@@ -72,8 +72,7 @@ void BWMeasuringController::connectMenu()
     connect(&m_menu, &BWMeasuringMenu::kindPicked, this, [this](const QString &kind) {
         setOpen(true);
         pickKind(kind);
-        if (m_parts.window.centeringClipView().hasFocus()) // where Space takes a snapshot
-            m_layer->setFocus();
+        m_layer->setFocus(); // the arrow keys now place points, and must not change the scale or another control
     });
     const auto connectEdit = [this](QAction *action, auto edit) {
         connect(action, &QAction::triggered, this, [this, edit] {
@@ -152,6 +151,8 @@ void BWMeasuringController::pickKind(const QString &kind)
     while (m_sheet->tool.cancel()) { }
     m_sheet->tool.setKind(kind);
     refresh();
+    if (m_strip)
+        m_strip->announce(m_announced = m_menu.toolName());
 }
 
 bool BWMeasuringController::isAlbum() const
@@ -396,7 +397,7 @@ void BWMeasuringController::setMeasurements(QList<BWMeasurement> measurements, c
             list.add(one);
         list.endChange();
     }
-    m_sheet->known = measurements.size();
+    m_sheet->known = m_sheet->list.items();
     m_sheet->calibration = m_sheet->cameWith = calibration;
     m_sheet->shown = scale(); // which is no news
     followScale();
@@ -491,21 +492,24 @@ QString BWMeasuringController::described(qsizetype measurement) const
         .arg(nameOf(measurement), values.isEmpty() ? items[measurement].text : values.join(u", "_s));
 }
 
-/// What was measured last, or what is selected.
+/// What has become another or a new measurement, or which one is selected.
 void BWMeasuringController::announceEdit()
 {
     if (m_results && m_results->isVisible())
         m_results->reload();
     const QList<BWMeasurement> &items = m_sheet->list.items();
-    const bool isNew = items.size() > std::exchange(m_sheet->known, items.size());
+    const QList<BWMeasurement> before = std::exchange(m_sheet->known, items);
+    const auto changed = std::mismatch(items.begin(), items.end(), before.begin(), before.end()).first - items.begin();
     QString text;
-    if (const auto selection = m_sheet->tool.selection())
+    if (items.size() < before.size())
+        text = m_parts.texts.text(u"measuring"_s, u"removed"_s, u"Removed. Measurements left: %1"_s).arg(items.size());
+    else if (const auto selection = m_sheet->tool.selection())
         text = m_parts.texts.text(u"measuring"_s, u"point"_s, u"%1, point %2 of %3"_s)
                    .arg(described(selection->measurement))
                    .arg(selection->point + 1)
                    .arg(items[selection->measurement].points.size());
-    else if (isNew)
-        text = described(items.size() - 1);
+    else if (changed < items.size())
+        text = described(changed);
     if (m_strip && !text.isEmpty() && std::exchange(m_announced, text) != text)
         m_strip->announce(text);
 }

@@ -85,7 +85,7 @@ private:
         QSize pixels{}; ///< as it was last shown
         BWCalibration cameWith{}; ///< what an album's picture had in its file
         BWPictureScale shown{}; ///< when it was looked at last
-        qsizetype known = 0; ///< measurements that were announced
+        QList<BWMeasurement> known{}; ///< when something was announced last
     };
 
     void connectMenu();

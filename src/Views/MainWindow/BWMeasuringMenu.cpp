@@ -160,3 +160,8 @@ void BWMeasuringMenu::showUnit(std::optional<BWLengthUnit> unit)
     for (QAction *action : units)
         action->setChecked(action->data().toInt() == (unit ? static_cast<int>(*unit) : anyUnit));
 }
+
+QString BWMeasuringMenu::toolName() const
+{
+    return m_tools->checkedAction()->text();
+}

@@ -27,6 +27,8 @@ public:
     /// The kind of the checked one; null for the one that selects.
     QString kind() const;
     void setKind(const QString &kind);
+    /// Of the checked one.
+    QString toolName() const;
     const BWMeasuringWords &words() const { return m_words; }
 
     /// The scales to choose from; a `chosen` of -1 stands for no scale, which is always offered.

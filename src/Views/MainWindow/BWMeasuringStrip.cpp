@@ -29,6 +29,7 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
       m_menu(menu),
       m_row(new QHBoxLayout(this)),
       m_scales(new BWPopUpButton(this)),
+      m_scaleLabel(new QLabel(this)),
       m_announcement(new BWAnnouncement(this)),
       m_close(new BWBarButton(this))
 {
@@ -42,12 +43,14 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
         addButton(action);
     addGap();
     addButton(menu.scaleBar);
-    addButton(menu.results);
+    BWBarButton *last = addButton(menu.results);
     m_row->addSpacing(gap);
     m_scales->setFocusPolicy(Qt::StrongFocus);
     m_scales->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     constexpr int longestName = 30; // characters, or the window would become wide
     m_scales->setMaximumWidth(longestName * m_scales->fontMetrics().averageCharWidth());
+    m_scaleLabel->setBuddy(m_scales);
+    m_scaleLabel->hide();
     m_row->addWidget(m_scales);
     m_row->addSpacing(gap);
     // A long text must not widen the window; the end that matters is the number.
@@ -64,6 +67,8 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
     m_close->setFixedSize(buttonSize, buttonSize);
     m_close->setIconSize({stripIconSize, stripIconSize});
     m_row->addWidget(m_close);
+    setTabOrder(last, m_scales);
+    setTabOrder(m_scales, m_close);
     setIcons();
     connect(m_close, &QToolButton::clicked, menu.showTools, &QAction::trigger);
     connect(m_scales, &QComboBox::activated, this, &BWMeasuringStrip::pickScale);
@@ -73,6 +78,7 @@ BWBarButton *BWMeasuringStrip::addButton(QAction *action)
 {
     auto *button = new BWBarButton(this);
     button->setDefaultAction(action);
+    button->setFocusPolicy(Qt::TabFocus); // a click leaves the keys to the picture
     button->setFixedSize(buttonSize, buttonSize);
     button->setIconSize({stripIconSize, stripIconSize});
     connect(action, &QAction::changed, this, &BWMeasuringStrip::setTexts);
@@ -106,8 +112,9 @@ void BWMeasuringStrip::setTexts()
 void BWMeasuringStrip::localizeWithManager(BWLocalizationManager &manager)
 {
     setAccessibleName(manager.text(u"measuring"_s, u"strip"_s, u"Measuring tools"_s));
-    m_scales->setAccessibleName(manager.text(u"measuring"_s, u"scale_label"_s, u"Scale"_s));
-    m_scales->setToolTip(m_scales->accessibleName());
+    m_scaleLabel->setText(manager.text(u"measuring"_s, u"scale_label"_s, u"Scale"_s));
+    m_scales->setAccessibleName(m_scaleLabel->text());
+    m_scales->setToolTip(m_scaleLabel->text());
     m_noScale = manager.text(u"measuring"_s, u"no_scale"_s, u"No scale: pixels"_s);
     m_closeText = manager.text(u"measuring"_s, u"close_button"_s, u"Close"_s);
     setTexts();

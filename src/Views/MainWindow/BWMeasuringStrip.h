@@ -11,6 +11,7 @@ class BWMeasuringMenu;
 class BWPopUpButton;
 class QAction;
 class QHBoxLayout;
+class QLabel;
 
 /// The bar of measuring tools below the picture: a button for each action of the menu, the scale that is used, and what was
 /// measured last. GUI thread.
@@ -53,6 +54,7 @@ private:
     const BWMeasuringMenu &m_menu;
     QHBoxLayout *m_row;
     BWPopUpButton *m_scales;
+    QLabel *m_scaleLabel; // which is only said: a combo box takes its name for screen readers from one
     BWAnnouncement *m_announcement;
     BWBarButton *m_close;
     QStringList m_scaleTitles;
