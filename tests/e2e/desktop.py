@@ -45,6 +45,10 @@ class Picture:
         row = self._rows[y]
         return row[4 * x + 2], row[4 * x + 1], row[4 * x]
 
+    def row(self, y, step=1):
+        """One pixel in `step` of it."""
+        return zip(*(self._rows[y][part::4 * step] for part in (2, 1, 0)))
+
     def save_png(self, path):
         subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "rawvideo", "-pixel_format", "bgr0", "-video_size",
                         f"{self.width}x{self.height}", "-i", "-", "-pix_fmt", "rgb24", path],

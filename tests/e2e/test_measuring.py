@@ -1,0 +1,413 @@
+#!/usr/bin/python3
+"""Measuring in the real program: as exactly as a pointer can point, by keyboard alone, and as a screen reader tells it.
+
+A simulated camera shows a picture with marks at known places. A test finds them on the screen by their colours, clicks on
+them and compares what the program says, and where it draws, with what is known of the picture.
+
+usage: test_measuring.py PROGRAM
+
+BW_EVERY_LOOK=1 tries every turn, mirroring and zoom, and prints the largest errors.
+"""
+
+import math
+import os
+import re
+import sys
+from collections import defaultdict, namedtuple
+
+from desktop import wait_until
+from keyboard_walk import KeyboardWalk
+from program import ProgramTest
+
+SIZE = (640, 480)
+GROUND = (150, 150, 150)
+# In the middle of squares with even edges, as two pixels share their colour.
+MARKS = {"A": (156, 80), "B": (476, 120), "C": (440, 400), "D": (160, 380), "E": (300, 220)}
+PAINT = {"A": (220, 30, 30), "B": (20, 180, 40), "C": (40, 50, 230), "D": (210, 30, 210), "E": (20, 190, 200)}
+HOW_MUCH = {"A": lambda r, g, b: r - max(g, b), "B": lambda r, g, b: g - max(r, b), "C": lambda r, g, b: b - max(r, g),
+            "D": lambda r, g, b: min(r, b) - g, "E": lambda r, g, b: min(g, b) - r}
+HALF_MARK = 6
+ZOOMS = [*range(50, 201, 10), "fit"]
+
+Look = namedtuple("Look", "turn flip zoom")  # flip: 1 sideways, 2 upside down, 3 both
+
+
+def length(points):
+    return sum(math.dist(*pair) for pair in zip(points, points[1:]))
+
+
+def angle(points):
+    one, other = (math.atan2(end[1] - points[1][1], end[0] - points[1][0]) for end in (points[0], points[2]))
+    return math.degrees(abs(math.remainder(one - other, 2 * math.pi)))
+
+
+def area(points):
+    return abs(sum(a[0] * b[1] - b[0] * a[1] for a, b in zip(points, points[1:] + points[:1]))) / 2
+
+
+def through(points):
+    """The diameter of the circle through them."""
+    return math.prod(math.dist(points[i], points[i - 1]) for i in range(3)) / (2 * area(points))
+
+
+def disc(diameter):
+    return lambda points: math.pi * diameter(points) ** 2 / 4
+
+
+# Key, marks, whether Return ends it, and what it tells. The first is looked for on the screen later.
+TOOLS = [("2", "AC", True, {"Path": length}), ("1", "BD", False, {"Length": length}),
+         ("7", "EABCD", True, {"Count": len}), ("3", "ABC", False, {"Angle": angle}),
+         ("4", "DEA", False, {"Through": through, "Disc": disc(through)}),
+         ("5", "CE", False, {"Radius": lambda p: 2 * length(p), "Round": disc(lambda p: 2 * length(p))}),
+         ("6", "ABCD", True, {"Polygon": area, "Around": lambda p: length(p + p[:1])})]
+
+
+def in_the_worst_case(measure, points, step=0.01):
+    """By how much a result changes for each pixel by which all coordinates are off, each the way that matters most."""
+    moved = ([*points[:i], (x + dx, y + dy), *points[i + 1:]]
+             for i, (x, y) in enumerate(points) for dx, dy in ((step, 0), (0, step)))
+    return sum(abs(measure(other) - measure(points)) for other in moved) / step
+
+
+def number(text):
+    """With the half of its last digit that is known."""
+    digits = re.match(r"[\d.]+", text)[0]
+    known = 10 ** -len(digits.partition(".")[2]) if "." in digits else 10 ** (len(digits) - len(digits.rstrip("0")))
+    return float(digits), known / 2
+
+
+class Measuring(ProgramTest):
+    def setUp(self):
+        named = re.search(r"at_scale_([\d_]+)", self.id())
+        self.scale = float(named[1].replace("_", ".")) if named else 1
+        self.screen_size = (int(1600 * self.scale), int(1000 * self.scale))
+        super().setUp()
+        self.look = Look(0, 0, 100)
+
+    def start_measuring(self, product="mx50_40"):
+        photo = self.desktop.folder / "photo.ppm"
+        rows = [[GROUND] * SIZE[0] for _ in range(SIZE[1])]
+        for name, (x, y) in MARKS.items():
+            for row in rows[y - HALF_MARK:y + HALF_MARK]:
+                row[x - HALF_MARK:x + HALF_MARK] = [PAINT[name]] * 2 * HALF_MARK
+        photo.write_bytes(b"P6 %d %d 255\n" % SIZE + bytes(part for row in rows for pixel in row for part in pixel))
+        self.store(f'bwp2x_product_for_camera="{{\\"wired_high\\":\\"{product}\\"}}"')
+        self.start("--simulate", f"high={photo}", environment={"QT_SCALE_FACTOR": str(self.scale)})
+        self.program.wait_for("push button", "Snapshot")
+        self.put("Simulated cameras", 1150, 600)
+        self.window = self.put("BrimwellPro", 0, 0, 1100, 940)
+        self.desktop.input("windowactivate", "--sync", self.window, "mousemove", 30, 5)
+        self.desktop.key("ctrl+m")
+        self.program.wait_for("tool bar", "Measuring tools")
+
+    def put(self, name, x, y, *size):
+        window = wait_until(f"{name} is there", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"]).decode().split())[-1]
+        if size:
+            self.desktop.input("windowsize", "--sync", window, *(int(side * self.scale) for side in size))
+        self.desktop.input("windowmove", window, int(x * self.scale), int(y * self.scale))
+        return window
+
+    def turn_to(self, look):
+        quarters = (look.turn - self.look.turn) // 90 % 4
+        steps = 0 if look.zoom == "fit" else (look.zoom - 100) // 10
+        keys = ["ctrl+r"] * quarters + ["ctrl+h"] * ((look.flip ^ self.look.flip) & 1)
+        keys += ["ctrl+j"] * ((look.flip ^ self.look.flip) >> 1) + ["ctrl+0"]
+        keys += ["ctrl+9"] if look.zoom == "fit" else ["ctrl+plus"] * steps + ["ctrl+minus"] * -steps
+        self.desktop.input("mousemove", 30, 5, "key", *keys)
+        self.look = look
+
+    def turned(self, x, y):
+        x, y = (-x if self.look.flip & 1 else x), (-y if self.look.flip & 2 else y)
+        for _ in range(self.look.turn // 90):
+            x, y = y, -x  # against the clock
+        return x, y
+
+    def shot(self):
+        """Of what is surely the picture's, and where that begins."""
+        left, top = int(20 * self.scale), int(140 * self.scale)
+        return self.desktop.picture(left, top, int(1060 * self.scale), int(740 * self.scale)), left, top
+
+    def marks(self, right=sys.maxsize):
+        """Where each mark's middle is on the screen, which begins with 0 at the left edge of its first pixel."""
+        picture, left, top = self.shot()
+        step, found = int(3 * self.scale), defaultdict(list)
+        for y in range(0, picture.height, step):
+            for x, pixel in zip(range(0, min(picture.width, right), step), picture.row(y, step)):
+                if max(pixel) - min(pixel) > 60:
+                    for name, how_much in HOW_MUCH.items():
+                        if how_much(*pixel) > 60:
+                            found[name].append((x, y))
+        middles = {}
+        for name, hits in found.items():
+            (first_x, last_x), (first_y, last_y) = ((min(side) - step - 2, max(side) + step + 3) for side in zip(*hits))
+            weights = [(HOW_MUCH[name](*picture.pixel(x, y)), x + 0.5, y + 0.5)
+                       for y in range(max(0, first_y), min(last_y, picture.height))
+                       for x in range(max(0, first_x), min(last_x, picture.width))]
+            weights = [(max(0, weight - 15), x, y) for weight, x, y in weights]
+            total = sum(weight for weight, _, _ in weights)
+            middles[name] = (left + sum(weight * x for weight, x, _ in weights) / total,
+                             top + sum(weight * y for weight, _, y in weights) / total)
+        return middles
+
+    def seen(self, **how):
+        """The marks, once they lie as this look has it, and pixels of the screen for one of the picture."""
+        last = {}
+
+        def settled():
+            nonlocal last
+            before, last = last, self.marks(**how)
+            return before == last and len(last) == len(MARKS) and self.as_told(last)
+
+        wait_until(f"the picture lies as in {self.look}", settled)
+        return last, math.dist(last["A"], last["C"]) / math.dist(MARKS["A"], MARKS["C"])
+
+    def as_told(self, seen):
+        zoom = self.look.zoom / 100 * self.scale if self.look.zoom != "fit" else (
+            math.dist(seen["A"], seen["C"]) / math.dist(MARKS["A"], MARKS["C"]))
+        wanted = ([zoom * part for part in self.turned(MARKS[name][0] - MARKS["E"][0], MARKS[name][1] - MARKS["E"][1])]
+                  for name in seen)
+        return all(math.dist((x - seen["E"][0], y - seen["E"][1]), want) < 2
+                   for (x, y), want in zip(seen.values(), wanted))
+
+    def clicks(self, seen, names):
+        return [part for name in names for part in ("mousemove", *map(int, seen[name]), "click", 1)]
+
+    def results(self):
+        tree = self.program.find("tree", "Results")
+        cells = [cell.name for cell in tree.children()] if tree else []
+        return [text.replace("\xa0", " ") for text in cells[5::3]]
+
+    def line_off(self, seen):
+        """How a line from A to C is drawn once it is done again: how many pixels of the screen each end lies beside its
+        mark, and how far it ends from there."""
+        self.desktop.key("ctrl+shift+z")
+        reach = int(14 * self.scale)
+
+        def drawn(end, other):
+            """What is drawn around that end: how yellow, how far along the line, how far beside it."""
+            picture, left, top = self.shot()
+            whole = math.dist(end, other)
+            along, down = ((b - a) / whole for a, b in zip(end, other))
+            first_x, first_y = int(end[0]) - left - reach, int(end[1]) - top - reach
+            pixels = [(i + 0.5 + left - end[0], j + 0.5 + top - end[1], picture.pixel(i, j))
+                      for i in range(first_x, first_x + 2 * reach) for j in range(first_y, first_y + 2 * reach)]
+            line = [(min(red, green) - blue, x * along + y * down, y * along - x * down)
+                    for x, y, (red, green, blue) in pixels if min(red, green) - blue > 60]
+            return line if any(far > reach * 0.8 for _, far, _ in line) else None
+
+        for end, other in (seen["A"], seen["C"]), (seen["C"], seen["A"]):
+            line = wait_until("it is drawn", lambda ends=(end, other): drawn(*ends))
+            sides = [(weight, aside) for weight, far, aside in line if far > 4 * self.scale]
+            yield (abs(sum(weight * aside for weight, aside in sides) / sum(weight for weight, _ in sides)),
+                   abs(min(far for _, far, _ in line) + 0.75 * self.scale - 0.5))  # it has a round end of that size
+
+    def check_looks(self):
+        every = os.environ.get("BW_EVERY_LOOK")
+        looks = [Look(i % 4 * 90, i // 4, zoom) for zoom in ZOOMS for i in range(16)] if every else [
+            Look(i % 4 * 90, i // 4, ZOOMS[(5 * i + int(self.scale)) % len(ZOOMS)]) for i in range(16)]
+        self.start_measuring()
+        self.desktop.key("ctrl+shift+m")
+        self.put("Results", 1150, 100)
+        self.desktop.input("windowactivate", "--sync", self.window)
+        worst, before = defaultdict(float), None
+        for look in looks:
+            self.turn_to(look)
+            if before:
+                self.press("ctrl+z")  # to see the marks
+            seen, zoom = self.seen()
+            if before:  # the line that was placed in the look before this lies between the marks
+                off = max(map(max, self.line_off(seen))) / zoom
+                worst["Drawn", look.zoom] = max(worst["Drawn", look.zoom], off)
+                self.assertLess(off, 0.75 / before + 0.5 / zoom, look)  # on a slant
+                self.press("ctrl+z")
+            for key, marks, ends, _ in TOOLS:
+                self.desktop.input("key", f"ctrl+{key}", *self.clicks(seen, marks), *(["key", "Return"] if ends else []))
+            self.desktop.input("key", "ctrl+8", *self.clicks(seen, "AC"), "key", "e", "d", "g", "e", "Return", "mousemove",
+                               30, 5)
+            told = [(name, marks, measure) for _, marks, _, tells in TOOLS for name, measure in tells.items()]
+            values = wait_until("all is measured", lambda: (
+                texts if len(texts := self.results()) == len(told) else None))
+            # A pointer means the middle of a pixel of the screen: each coordinate is off by half of one at most. Where the
+            # picture is enlarged, that is less than half a pixel of the picture. The rest is for finding the marks.
+            allowed = 0.5 / zoom + 0.05
+            for (name, marks, measure), text in zip(told, values):
+                points = [MARKS[mark] for mark in marks]
+                value, unknown = number(text)
+                off = max(0, abs(value - measure(points)) - unknown)
+                pixels = off and off / (in_the_worst_case(measure, points) or 1e-9)
+                worst[name, look.zoom] = max(worst[name, look.zoom], pixels)
+                self.assertLessEqual(pixels, allowed, (look, name, text))
+            before = zoom
+            self.press(*["ctrl+z"] * (len(TOOLS) + 1))
+            clicked = {name: [int(part) + 0.5 for part in place] for name, place in seen.items()}
+            aside, far = map(max, zip(*self.line_off(clicked)))
+            self.assertTrue(aside < 0.2 and far < 0.5, (look, aside, far))
+        for name in dict.fromkeys(name for name, _ in worst):
+            print(name, *(f"{zoom}:{worst[name, zoom]:.3f}" for zoom in ZOOMS if (name, zoom) in worst), flush=True)
+
+    def test_at_scale_1(self):
+        self.check_looks()
+
+    test_at_scale_1_5 = test_at_scale_2 = test_at_scale_1
+
+    def test_measurements_stay_with_the_picture(self):
+        def compare():
+            self.desktop.key("ctrl+s")
+            wait_until("there is a picture to compare with", lambda: list(self.album.glob("*.jpg")))
+            self.turn_to(Look(0, 0, 100))
+            self.desktop.key("ctrl+b")
+            self.program.wait_for("tool bar", "Comparison")
+            self.right = 530  # the other half shows the same marks
+
+        def pan():
+            self.desktop.input("mousemove", 500, 500, "mousedown", 2, "mousemove", 470, 460, "mouseup", 2, "mousemove",
+                               30, 5)
+
+        def resolution():
+            self.turn_to(Look(0, 0, "fit"))
+            self.program.click("combo box", "Resolution")
+            self.desktop.key("Down")
+            self.desktop.key("Return")
+            self.desktop.input("mousemove", 30, 5)
+            wait_until("it has more pixels", lambda: self.press("ctrl+z", "ctrl+shift+z") or (
+                float(self.said(r"Path 1: ([\d.]+) px")[1]) > 500), step=0.5)
+
+        self.right = sys.maxsize
+        self.start_measuring()
+        seen, _ = self.seen()
+        self.desktop.input("key", "ctrl+2", *self.clicks(seen, "AC"), "key", "Return")
+        for what in (lambda: self.turn_to(Look(0, 0, 170)), pan, lambda: self.turn_to(Look(90, 1, 70)),
+                     lambda: self.desktop.key("ctrl+f"), lambda: self.turn_to(Look(270, 2, 130)),
+                     lambda: self.desktop.key("ctrl+f"), resolution, compare):
+            what()
+            self.desktop.key("ctrl+z")  # to see the marks
+            seen, zoom = self.seen(right=self.right)
+            self.assertLess(max(map(max, self.line_off(seen))), 0.75 * zoom + 0.5, self.look)  # it was placed at 100 %
+        self.program.quit()
+
+    def press(self, *keys):
+        """As a person does, who looks at what a key has done before the next one."""
+        self.desktop.input("key", "--clearmodifiers", *keys)
+
+    def said(self, pattern):
+        """What a screen reader has been told last by the measuring tools."""
+        def notice():
+            strip = self.program.wait_for("tool bar", "Measuring tools")
+            texts = [one.name.replace("\xa0", " ") for one in strip.children() if one.role == "notification"]
+            return next((match for text in texts if (match := re.fullmatch(pattern, text, re.DOTALL))), None)
+
+        return wait_until(f'it says "{pattern}"', notice)
+
+    def test_by_keyboard(self):
+        self.start_measuring("dx10")  # of which 71 pixels are a millimetre
+        window = self.program.wait_for_active("frame", "BrimwellPro")
+        self.assertEqual(KeyboardWalk(self.desktop, window).run(), [])
+        right, down, left, up = (["shift+" + arrow] * 10 for arrow in ("Right", "Down", "Left", "Up"))
+        point = ["space"]
+        for key, name, keys, told in (
+                (1, "Length", point + right + point, r"Length 1: 1\.4[01]\d* mm"),
+                (2, "Path", point + down + point + left + point + ["Return"], r"Path 1: 2\.8\d* mm"),
+                (3, "Angle", point + right + point + up + point, r"Angle 1: 90\.0°"),
+                (4, "Circle through three points", point + right + down + point + left + down + point,
+                 r"Circle through three points 1: 2\.8\d* mm, 6\.\d+ mm²"),
+                (5, "Circle by its radius", point + up + point, r"Circle by its radius 1: 2\.8\d* mm, 6\.\d+ mm²"),
+                (6, "Polygon", point + right + point + down + point + ["Return"],
+                 r"Polygon 1: (0\.99|1\.0)\d* mm², 4\.8\d* mm"),
+                (7, "Count", point + left + point + ["Return"], "Count 1: 2"),
+                (8, "Arrow", point + up + point + ["e", "d", "g", "e", "Return"], "Arrow 1: edge")):
+            self.press(f"ctrl+{key}")
+            self.said(name)
+            self.assertTrue(self.program.wait_for("check box", name).has_state("checked"))
+            self.press(*keys)
+            self.said(told)
+
+        self.press("Escape")
+        self.said("Select and move")
+        for keys, told in ((["Tab"], r"Length 1: 1\.4[01]\d* mm, point 1 of 2"), (["Right"], r"Length 1: 1\.39\d* mm, .*"),
+                           (["shift+Left"], r"Length 1: 1\.5[34]\d* mm, .*"), (["ctrl+z"], r"Length 1: 1\.39\d* mm, .*"),
+                           (["Delete"], "Removed. Measurements left: 7"), (["ctrl+z"], r"Length 1: 1\.39\d* mm"),
+                           (["ctrl+shift+z"], "Removed. Measurements left: 7")):
+            self.press(*keys)
+            self.said(told)
+
+        self.press("Escape")
+        scale = self.program.wait_for("combo box", "Scale")
+        wait_until("the scale has the keyboard", lambda: scale.has_state("focused") or self.press("Tab"), step=0.2)
+        self.press("Up")
+        self.program.wait_for("combo box", "No scale: pixels")
+        self.press("ctrl+1", *point, *down, *point)  # the arrow keys are for the picture again
+        self.said(r"Length 1: 100\.0 px")
+        self.program.wait_for("combo box", "No scale: pixels")
+        self.press("ctrl+l")
+        wait_until("there is a scale bar", lambda: self.program.wait_for("check box", "Scale bar").has_state("checked"))
+        self.press("ctrl+shift+m")
+        self.program.wait_for("frame", "Results")
+        panel = wait_until("the results have the keyboard", lambda: self.press("F6") or next(
+            (one for one in self.program.windows() if one.name == "Results" and one.has_state("active")), None), step=0.5)
+        self.assertEqual(KeyboardWalk(self.desktop, panel).run(), [])
+        self.assertIn("100.0 px", self.results())
+        file = self.desktop.home / "results.csv"
+        self.press("ctrl+c", "alt+s")
+        self.program.wait_for_active("dialog", "Save the results")
+        self.desktop.input("type", str(file))
+        self.press("Return")
+        wait_until("they are saved", file.is_file)
+        self.assertIn("Length 1,Length,100.0,px,", file.read_text())
+        self.press("Escape")
+        self.program.wait_for_active("frame", "BrimwellPro")
+        self.press("ctrl+8", *point, *left, *point, "ctrl+v", "Return")  # what was copied
+        self.said(r"Arrow 2: Measurement.*Length 1\W+Length\W+100\.0\W+px.*")
+        self.press("ctrl+m")
+        wait_until("the tools are gone", lambda: not self.program.find("tool bar", "Measuring tools"))
+        self.program.quit()
+
+    def fills_screen(self):
+        return self.program.wait_for("image", "Live image").area[:3] == (0, 0, self.screen_size[0])
+
+    def test_odd_orders(self):
+        self.start_measuring()
+        seen, _ = self.seen()
+        self.desktop.input("key", "ctrl+2", *self.clicks(seen, "AB"))
+        self.hand("Unplug")
+        self.program.wait_for("dialog", "The camera was unplugged")
+        self.desktop.input("windowactivate", "--sync", self.window, "key", "Return", "space", "mousemove", 30, 5)
+        self.hand("Plug In")
+        self.seen()
+        self.desktop.input("windowactivate", "--sync", self.window, *self.clicks(seen, "C"))
+        self.program.click("check box", "Scale bar")
+        self.press("Return")  # which is still for the path
+        path = self.said(r"Path 1: ([\d.]+) px")
+        self.assertAlmostEqual(float(path[1]), length([MARKS[name] for name in "ABC"]), delta=2)
+        self.desktop.input("key", "ctrl+8", *self.clicks(seen, "AE"), "key", "x", "Escape", "ctrl+1",
+                           *self.clicks(seen, "D"), "key", "ctrl+f", *self.clicks(seen, "C"))
+        self.said(r"Length 1: .*")  # frozen in the middle of it; and the arrow without a text is none
+        self.desktop.input("mousemove", 30, 900, "key", "F11")
+        wait_until("it fills the screen", self.fills_screen)
+        self.desktop.input("key", "ctrl+1", *self.clicks(self.seen()[0], "A"))
+        self.said("Length")
+        self.press("Escape", "Escape")  # ends the line just begun, then the tool
+        self.said("Select and move")
+        for leaves in (False, True):  # from the tools to the strip, then from the full screen
+            self.press("Escape")
+            wait_until(f"Escape ends it: {leaves}", lambda end=leaves: self.fills_screen() != end)
+        self.press("ctrl+f", "ctrl+s")
+        picture, = wait_until("a picture is in the album", lambda: list(self.album.glob("*.jpg")))
+        self.press("F7")
+        self.program.wait_for("image", f"{picture.name}, 1 of 1")
+        self.desktop.input("key", "ctrl+1", *self.clicks(seen, "AB"))
+        self.said(r"Length 1: .*")
+        self.press("Escape", "Tab", "Delete", "Delete")
+        self.said("Removed. Measurements left: 0")
+        self.press("ctrl+z", "ctrl+z")
+        self.said(r"Length 1: .*")
+        self.assertTrue(picture.exists() and not self.program.window("alert"))
+        self.press("Escape", "Escape")
+        self.program.wait_for("image", "Live image")
+        self.press("ctrl+z")  # of the two that were measured in the live image
+        self.said("Removed. Measurements left: 1")
+        self.program.quit()
+
+
+if __name__ == "__main__":
+    Measuring.main()
