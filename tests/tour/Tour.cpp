@@ -129,7 +129,7 @@ void Tour::see(QWidget *seen, const QString &name) const
         Q_UNUSED(QTest::qWaitFor(hasSettled, 2000)) // unless frames keep coming
     const QStringList faults = WindowFit::faults(*seen);
     for (const QString &fault : faults)
-        QTest::qFail(qPrintable(u"%1: %2"_s.arg(name, fault)), __FILE__, __LINE__);
+        m_faults << u"%1: %2"_s.arg(name, fault);
     const QPixmap picture = seen->grab();
     seen->update();
     const QString folder = qEnvironmentVariable("BW_TOUR_OUTPUT");
@@ -137,6 +137,14 @@ void Tour::see(QWidget *seen, const QString &name) const
         return;
     const QString file = u"%1/%2-%3-%4.png"_s.arg(folder, name, m_language, m_look.name);
     QVERIFY2(QDir().mkpath(folder) && picture.save(file, "PNG", 80), qPrintable(file));
+}
+
+/// Only then: once a test has failed, nothing is waited for any more.
+void Tour::reportFaults()
+{
+    const QStringList faults = std::exchange(m_faults, {});
+    for (const QString &fault : faults)
+        QTest::qFail(qPrintable(fault), __FILE__, __LINE__);
 }
 
 void Tour::seeNarrowest(const QString &name) const

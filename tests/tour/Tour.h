@@ -11,7 +11,7 @@
 #include <QApplication>
 #include <QList>
 #include <QSize>
-#include <QString>
+#include <QStringList>
 
 class BWThumbnailTableView;
 class QMenu;
@@ -53,6 +53,8 @@ public:
 
     /// Checks a window, and paints it; into WINDOW-LANGUAGE-LOOK.png if BW_TOUR_OUTPUT names a folder.
     void see(QWidget *seen, const QString &name) const;
+    /// What was found since the last report. At the end of a test.
+    void reportFaults();
     /// The camera window, as it is, and as narrow as it can be.
     void seeNarrowest(const QString &name) const;
     void setFullScreen(bool full);
@@ -94,6 +96,7 @@ private:
     void measure(bool begins) const;
     void showAll(bool shown) const;
 
+    mutable QStringList m_faults;
     const QString m_language;
     const Look m_look;
     QSize m_usual; // of the camera window, while it is full screen

@@ -85,6 +85,7 @@ public:
 
 private Q_SLOTS:
     void initTestCase() { begin(); }
+    void cleanup() { reportFaults(); }
     void cleanupTestCase() { end(); }
 
     void noCamera()
