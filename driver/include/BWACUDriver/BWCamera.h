@@ -31,6 +31,7 @@ public:
     using StartCompletion = std::function<void(bool success)>;
     using FrameCallback = std::function<void(BWCamera &, const BWFrame &)>;
     using SnapshotCallback = std::function<void(BWCamera &, const QByteArray &jpeg)>;
+    using StillReceiver = std::function<void(const QByteArray &jpeg)>;
     /// `status` is that of the recording being reported, whatever the camera does by then.
     using RecordingCallback = std::function<void(BWCamera &, bool recording, const BWRecordingStatus &status)>;
     using HardwareButtonCallback = std::function<void(BWCamera &)>;
@@ -82,7 +83,9 @@ public:
     /// MJPEG (with the standard Huffman tables inserted if it leaves them out), else encoded once. Each call takes one
     /// good frame of its own, in order. A camera that is not streaming delivers nothing; requests still open when the
     /// stream stops are dropped and logged.
-    void takeSnapshot();
+    ///
+    /// A `receiver` gets this still in place of the callback; or no data, on any thread, if none could be taken.
+    void takeSnapshot(StillReceiver receiver = {});
 
     /// Starts writing a QuickTime movie at that path, from the next frame on. The recording callback reports when it has
     /// really begun, and exactly once that it is over, even if no frame came. False, and nothing is reported or

@@ -69,9 +69,9 @@ std::shared_ptr<BWCameraSetting> BWCamera::settingForIdentifier(int identifier) 
     return m_session->controls().setting(identifier);
 }
 
-void BWCamera::takeSnapshot()
+void BWCamera::takeSnapshot(StillReceiver receiver)
 {
-    m_session->takeSnapshot();
+    m_session->takeSnapshot(std::move(receiver));
 }
 
 bool BWCamera::startRecording(const QString &path)

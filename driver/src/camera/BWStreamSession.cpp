@@ -67,9 +67,12 @@ BWStreamSession::BWStreamSession(BWCamera &camera, BWDetectedCameraPtr detectedC
     : m_detectedCamera(std::move(detectedCamera)),
       m_callbacks(camera),
       m_controls(device->controls()),
-      m_snapshots([this](const QByteArray &jpeg) {
+      m_snapshots([this](const QByteArray &jpeg, const BWCamera::StillReceiver &receiver) {
           snapshotSession = this;
-          m_callbacks.snapshot(jpeg);
+          if (receiver)
+              receiver(jpeg);
+          else
+              m_callbacks.snapshot(jpeg);
       }),
       m_recorder([this](bool recording, const BWRecordingStatus &status) {
           m_recordingReports.post([this, recording, status] { m_callbacks.recording(recording, status); });
@@ -179,9 +182,9 @@ void BWStreamSession::setSetting(int identifier, double value)
     m_device->interrupt();
 }
 
-void BWStreamSession::takeSnapshot()
+void BWStreamSession::takeSnapshot(BWCamera::StillReceiver receiver)
 {
-    post([this] { doTakeSnapshot(); });
+    post([this, receiver = std::move(receiver)] { doTakeSnapshot(receiver); });
 }
 
 bool BWStreamSession::startRecording(const QString &path)
@@ -392,12 +395,15 @@ void BWStreamSession::doSetVideoNorm(int norm)
     });
 }
 
-void BWStreamSession::doTakeSnapshot()
+void BWStreamSession::doTakeSnapshot(const BWCamera::StillReceiver &receiver)
 {
-    if (m_state == State::Streaming || m_state == State::Interrupted)
-        m_snapshots.request();
-    else
-        qCWarning(bwDriver) << "No snapshot: the camera does not stream";
+    if (m_state == State::Streaming || m_state == State::Interrupted) {
+        m_snapshots.request(receiver);
+        return;
+    }
+    qCWarning(bwDriver) << "No snapshot: the camera does not stream";
+    if (receiver)
+        receiver({});
 }
 
 void BWStreamSession::doStartRecording(uint64_t recording)

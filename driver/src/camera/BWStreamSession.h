@@ -69,7 +69,7 @@ public:
     BWResolution resolution() const { return m_resolution; }
     void setVideoNorm(int norm, BWCamera::Completion completion);
     void setSetting(int identifier, double value);
-    void takeSnapshot();
+    void takeSnapshot(BWCamera::StillReceiver receiver);
     bool startRecording(const QString &path);
     bool recording() const { return m_recorder.isActive(); }
     void stopRecording();
@@ -103,7 +103,7 @@ private:
     void doStop();
     void doSetResolution(BWResolution resolution);
     void doSetVideoNorm(int norm);
-    void doTakeSnapshot();
+    void doTakeSnapshot(const BWCamera::StillReceiver &receiver);
     void doStartRecording(uint64_t recording);
     void reconfigure(const std::function<void()> &change);
     void resumeStream();

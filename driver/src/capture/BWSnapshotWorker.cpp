@@ -16,10 +16,10 @@ BWSnapshotWorker::~BWSnapshotWorker()
     finish();
 }
 
-void BWSnapshotWorker::request()
+void BWSnapshotWorker::request(const Receiver &receiver)
 {
     const std::lock_guard lock(m_mutex);
-    ++m_requests;
+    m_requests.push_back(receiver);
     m_streaming = true;
     if (!m_thread.joinable())
         m_thread = std::thread(&BWSnapshotWorker::run, this);
@@ -28,20 +28,28 @@ void BWSnapshotWorker::request()
 void BWSnapshotWorker::offer(const BWFrame &frame)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_requests == 0 || m_held >= maximumHeld)
+    if (m_requests.empty() || m_held >= maximumHeld)
         return;
-    --m_requests;
     ++m_held;
-    m_frames.push_back(frame);
+    m_frames.push_back({frame, std::move(m_requests.front())});
+    m_requests.pop_front();
     m_changed.notify_one();
 }
 
 void BWSnapshotWorker::dropRequests()
 {
-    const std::lock_guard lock(m_mutex);
-    m_streaming = false;
-    if (m_requests > 0)
-        qCWarning(bwDriver) << "The stream ended before" << std::exchange(m_requests, 0) << "snapshots could be taken";
+    std::deque<Receiver> dropped;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_streaming = false;
+        dropped.swap(m_requests);
+    }
+    if (!dropped.empty())
+        qCWarning(bwDriver) << "The stream ended before" << dropped.size() << "snapshots could be taken";
+    for (const Receiver &receiver : dropped) {
+        if (receiver)
+            receiver({});
+    }
 }
 
 void BWSnapshotWorker::waitUntilDelivered()
@@ -64,25 +72,29 @@ void BWSnapshotWorker::finish()
 
 void BWSnapshotWorker::run()
 {
-    BWFrame frame;
-    while (waitForFrame(frame)) {
-        const BWPixelFormat format = frame.pixelFormat();
-        const QByteArray jpeg = BWStill::jpegOf(frame);
-        frame = {}; // returns its buffer to the device before the still is written to a disk
+    Taken taken;
+    while (waitForFrame(taken)) {
+        const BWPixelFormat format = taken.frame.pixelFormat();
+        const QByteArray jpeg = BWStill::jpegOf(taken.frame);
+        taken.frame = {}; // returns its buffer to the device before the still is written to a disk
         {
             const std::lock_guard lock(m_mutex);
             --m_held;
         }
-        if (!jpeg.isNull())
-            m_deliver(jpeg);
-        else if (format == BWPixelFormat::MJPEG)
-            putBack();
-        else
+        const Receiver receiver = std::exchange(taken.receiver, {});
+        if (!jpeg.isNull()) {
+            m_deliver(jpeg, receiver);
+        } else if (format == BWPixelFormat::MJPEG) {
+            putBack(receiver);
+        } else {
             qCWarning(bwDriver) << "A snapshot was dropped because its frame could not be encoded";
+            if (receiver)
+                receiver({});
+        }
     }
 }
 
-bool BWSnapshotWorker::waitForFrame(BWFrame &frame)
+bool BWSnapshotWorker::waitForFrame(Taken &taken)
 {
     std::unique_lock lock(m_mutex);
     m_delivering = false;
@@ -91,18 +103,21 @@ bool BWSnapshotWorker::waitForFrame(BWFrame &frame)
     if (m_frames.empty())
         return false;
     m_delivering = true;
-    frame = std::move(m_frames.front());
+    taken = std::move(m_frames.front());
     m_frames.pop_front();
     return true;
 }
 
-void BWSnapshotWorker::putBack()
+void BWSnapshotWorker::putBack(const Receiver &receiver)
 {
-    const std::lock_guard lock(m_mutex);
+    std::unique_lock lock(m_mutex);
     if (m_streaming) {
         qCInfo(bwDriver) << "A snapshot takes the next frame because its own was damaged";
-        ++m_requests;
-    } else {
-        qCWarning(bwDriver) << "A snapshot was dropped: its frame was damaged and the stream has ended";
+        m_requests.push_front(receiver);
+        return;
     }
+    lock.unlock();
+    qCWarning(bwDriver) << "A snapshot was dropped: its frame was damaged and the stream has ended";
+    if (receiver)
+        receiver({});
 }

@@ -13,15 +13,17 @@
 /// damaged is dropped and its request takes the next one. The thread starts with the first request.
 class BWSnapshotWorker {
 public:
-    /// Called on the worker's thread.
-    using Deliver = std::function<void(const QByteArray &jpeg)>;
+    /// Who requested a still, if not all users of the camera; gets no data if there is none.
+    using Receiver = std::function<void(const QByteArray &jpeg)>;
+    /// Called on the worker's thread, with the receiver of the request, which may be null.
+    using Deliver = std::function<void(const QByteArray &jpeg, const Receiver &receiver)>;
 
     explicit BWSnapshotWorker(Deliver deliver);
     /// As finish().
     ~BWSnapshotWorker();
 
     /// Requests one still. Capture thread.
-    void request();
+    void request(const Receiver &receiver);
 
     /// Takes the frame if a request waits for one. Holds at most two frames at once, so that many requests do not
     /// starve the stream. Never waits. Capture thread.
@@ -38,15 +40,20 @@ public:
     void finish();
 
 private:
+    struct Taken {
+        BWFrame frame;
+        Receiver receiver;
+    };
+
     void run();
-    bool waitForFrame(BWFrame &frame);
-    void putBack();
+    bool waitForFrame(Taken &taken);
+    void putBack(const Receiver &receiver);
 
     const Deliver m_deliver;
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<BWFrame> m_frames;
-    int m_requests = 0; ///< those without a frame
+    std::deque<Taken> m_frames;
+    std::deque<Receiver> m_requests; ///< those without a frame
     int m_held = 0; ///< frames here, including the one being worked on
     bool m_delivering = false; ///< or checking whether the frame is good
     bool m_streaming = false;
