@@ -3,6 +3,7 @@
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -73,6 +74,35 @@ private Q_SLOTS:
         write(u"d.jpg"_s); // watched as before
         QTRY_COMPARE(names(contents), u"d.jpg|b.jpg|a.jpg|c.mov"_s);
         QCOMPARE(reloaded.size(), 3);
+    }
+
+    /// What it makes of thousands of changes is what a new listing shows. Set BW_SEED to repeat a run.
+    void followsLikeANewListing()
+    {
+        const uint seed = qEnvironmentVariableIsSet("BW_SEED") ? qEnvironmentVariable("BW_SEED").toUInt()
+                                                               : QRandomGenerator::global()->generate();
+        qInfo("BW_SEED=%u", seed);
+        QRandomGenerator random(seed);
+        m_albums.addAlbumFromPath(m_folder.folder(u"Busy"_s));
+        const QDir album(m_folder.path(u"Busy"_s));
+        BWAlbumContents contents(m_albums, m_clock);
+        contents.reload();
+        QTRY_COMPARE(contents.state(), State::Listed);
+        const QStringList kinds{u"A%1.jpg"_s, u"a%1.jpg"_s, u"20240607_image_%1.jpg"_s, u"b.%1.mov"_s,
+                                u".%1.jpg.part"_s};
+        for (int round = 0; round < 20; ++round) {
+            for (int i = 0; i < 100; ++i) {
+                const auto name = [&] { return kinds[random.bounded(5)].arg(random.bounded(40)); };
+                if (random.bounded(3) > 0)
+                    TestFolder::write(m_folder.url(u"Busy/"_s + name()), "x");
+                else if (random.bounded(2) > 0)
+                    QFile::remove(album.filePath(name()));
+                else
+                    QFile::rename(album.filePath(name()), album.filePath(name()));
+            }
+            const auto listed = *m_albums.currentAlbum()->contents();
+            QTRY_COMPARE(names(contents), TestFolder::names(listed.images + listed.videos));
+        }
     }
 
     void anotherAlbumIsEmptyUntilItIsListed()

@@ -101,6 +101,16 @@ private Q_SLOTS:
         const QString listed = TestFolder::names(m_album->contentsForType(image).value());
         QVERIFY(listed.startsWith(u"20240607_image_1000.jpg|20240607_image_999.jpg|"_s));
 
+        // Numbers that somebody else makes free are seen, however many there are.
+        QCOMPARE(addCapture(image), u"20240607_image_1001.jpg"_s);
+        const auto changed = [this] { return QFileInfo(m_folder->path(u"Album"_s)).lastModified(); };
+        const QDateTime before = changed();
+        QVERIFY(QFile::remove(m_folder->path(u"Album/20240607_image_007.jpg"_s)));
+        QTRY_VERIFY(
+            (m_folder->file(u"Album/tick"_s), QFile::remove(m_folder->path(u"Album/tick"_s)), changed() != before));
+        QCOMPARE(addCapture(image), u"20240607_image_007.jpg"_s);
+        QCOMPARE(addCapture(image), u"20240607_image_1002.jpg"_s);
+
         m_today = m_today.addDays(1); // midnight
         QCOMPARE(addCapture(image), u"20240608_image_001.jpg"_s);
     }

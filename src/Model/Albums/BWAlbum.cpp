@@ -7,7 +7,11 @@
 
 #include <algorithm>
 #include <climits>
+#include <map>
+#include <mutex>
 #include <QFile>
+#include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -29,13 +33,23 @@ QByteArray endingOf(BWMediaType type)
     return type == BWMediaType::Image ? ".jpg" : ".mov";
 }
 
+/// The name ".jpg" is a hidden file without an ending.
+bool isOf(const QByteArray &name, const QByteArray &ending)
+{
+    return name.size() > ending.size() && name.endsWith(ending);
+}
+
+Entry entryOf(const QByteArray &name, const QByteArray &ending)
+{
+    return {name, BWFileNameOrder::key(QFile::decodeName(name.chopped(ending.size())))};
+}
+
 QList<QUrl> filesAmong(const QList<QByteArray> &names, const QUrl &folder, const QByteArray &ending)
 {
     std::vector<Entry> entries;
     for (const QByteArray &name : names) {
-        // The name ".jpg" is a hidden file without an ending.
-        if (name.size() > ending.size() && name.endsWith(ending))
-            entries.push_back({name, BWFileNameOrder::key(QFile::decodeName(name.chopped(ending.size())))});
+        if (isOf(name, ending))
+            entries.push_back(entryOf(name, ending));
     }
     std::sort(entries.begin(), entries.end(), comesFirst);
 
@@ -47,12 +61,37 @@ QList<QUrl> filesAmong(const QList<QByteArray> &names, const QUrl &folder, const
     return files;
 }
 
+constexpr unsigned long manyFiles = 1000; // to try as many names takes about a millisecond
+
+/// When the folder's entries changed last; nothing if it cannot be asked.
+std::optional<std::pair<time_t, long>> changeOf(const QUrl &folder)
+{
+    struct stat info { };
+    if (::stat(BWFilePath::native(folder).constData(), &info) != 0)
+        return std::nullopt;
+    return std::pair(info.st_mtim.tv_sec, info.st_mtim.tv_nsec);
+}
+
 } // namespace
+
+/// The lowest free number after each capture, so that the next one need not try all those before it. They hold until
+/// the folder changes by somebody else's doing: a number may have become free.
+struct BWAlbum::Numbers {
+    struct Next {
+        QByteArray stem;
+        unsigned long counter = 1; // the last one found free
+    };
+
+    std::mutex mutex;
+    std::optional<std::pair<time_t, long>> folder;
+    std::map<BWMediaType, Next> next;
+};
 
 BWAlbum::BWAlbum(const QUrl &path, Today today)
     : m_name(QFile::decodeName(BWFilePath::lastComponent(path))),
       m_path(BWFilePath::normalized(path)),
-      m_today(today ? std::move(today) : &QDate::currentDate)
+      m_today(today ? std::move(today) : &QDate::currentDate),
+      m_numbers(std::make_shared<Numbers>())
 {
 }
 
@@ -71,7 +110,13 @@ QString BWAlbum::formatToday() const
 QUrl BWAlbum::nextPathForType(BWMediaType type) const
 {
     const QByteArray stem = formatToday().toLatin1() + (type == BWMediaType::Image ? "_image_" : "_video_");
-    for (unsigned long counter = 1;; ++counter) {
+    const std::lock_guard lock(m_numbers->mutex);
+    if (!m_numbers->folder || m_numbers->folder != changeOf(m_path))
+        m_numbers->next.clear();
+    Numbers::Next &next = m_numbers->next[type];
+    if (next.stem != stem || next.counter < manyFiles)
+        next = {stem};
+    for (unsigned long &counter = next.counter;; ++counter) {
         const QByteArray number = QByteArray::number(static_cast<qulonglong>(counter)).rightJustified(3, '0');
         QUrl candidate = BWFilePath::entry(m_path, stem + number + endingOf(type));
         if (!BWFilePath::exists(candidate))
@@ -91,6 +136,8 @@ bool BWAlbum::addFile(const QUrl &file, BWMediaType type, QUrl *added, const Pro
     }
     if (added)
         *added = target;
+    const std::lock_guard lock(m_numbers->mutex);
+    m_numbers->folder = changeOf(m_path);
     return true;
 }
 
@@ -117,4 +164,28 @@ std::optional<BWAlbum::Contents> BWAlbum::contents() const
         return std::nullopt;
     return Contents{filesAmong(*names, m_path, endingOf(BWMediaType::Image)),
                     filesAmong(*names, m_path, endingOf(BWMediaType::Video))};
+}
+
+bool BWAlbum::follow(Contents &contents, const QByteArray &name, bool isThere) const
+{
+    for (const auto &[type, files] :
+         {std::pair(BWMediaType::Image, &contents.images), std::pair(BWMediaType::Video, &contents.videos)}) {
+        const QByteArray ending = endingOf(type);
+        if (!isOf(name, ending))
+            continue;
+        const Entry entry = entryOf(name, ending);
+        const auto at =
+            std::lower_bound(files->cbegin(), files->cend(), entry, [&ending](const QUrl &file, const Entry &e) {
+                return comesFirst(entryOf(BWFilePath::lastComponent(file), ending), e);
+            });
+        const bool wasThere = at != files->cend() && BWFilePath::lastComponent(*at) == name;
+        if (wasThere == isThere)
+            return false;
+        if (isThere)
+            files->insert(at - files->cbegin(), BWFilePath::entry(m_path, name));
+        else
+            files->removeAt(at - files->cbegin());
+        return true;
+    }
+    return false;
 }

@@ -42,7 +42,8 @@ public:
     /// Today as yyyyMMdd.
     QString formatToday() const;
 
-    /// Where today's next capture goes: the lowest free number. Creates nothing.
+    /// Where today's next capture goes: the lowest free number. Creates nothing. Quick after addFile(), unless somebody
+    /// else has changed the folder since.
     QUrl nextPathForType(BWMediaType type) const;
 
     /// Copies a finished capture into the album; `added` becomes its new place. Either the whole file is there and safe
@@ -66,12 +67,17 @@ public:
     };
     /// All of them, at the price of one type; nothing if the folder cannot be listed.
     std::optional<Contents> contents() const;
+    /// Brings a listing up to date after a file of that name came into the folder or left it. False if nothing changes.
+    bool follow(Contents &contents, const QByteArray &name, bool isThere) const;
 
 private:
+    struct Numbers;
+
     QString m_name;
     QUrl m_path;
     Today m_today;
     bool m_isDefaultAlbum = false;
+    std::shared_ptr<Numbers> m_numbers; // of the last captures; copies of this object may be on other threads
 };
 
 using BWAlbumPtr = std::shared_ptr<BWAlbum>;

@@ -14,16 +14,19 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace {
 
 constexpr int settleMilliseconds = 100; // of silence after which a program has written its files
 constexpr int longestSettle = 5; // times that
+constexpr std::size_t manyChanges = 1000; // more are quicker to list
 constexpr qsizetype longAlbum = 10'000; // files; to list more takes memory worth giving back
 constexpr int retryMilliseconds = 2000; // where nothing can be watched
 constexpr uint32_t entriesChange = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr uint32_t folderGoes = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 constexpr uint32_t fileWritten = IN_CLOSE_WRITE;
+constexpr uint32_t allAnew = folderGoes | IN_Q_OVERFLOW; // what the events tell is not the whole of it
 
 /// Keeps the entries that were there before, so that a long list is in memory once, and the GUI thread frees few.
 void share(QList<QUrl> &now, const QList<QUrl> &before)
@@ -70,10 +73,17 @@ public:
     std::atomic<unsigned> requests = 0;
 
 private:
+    struct Change {
+        QByteArray name;
+        bool isThere;
+    };
+
     void watchFolder();
     uint32_t waitForChange();
     bool waitForEvents(int milliseconds) const;
     uint32_t takeEvents();
+    Report listed(const std::optional<Report> &last) const;
+    Report followed(const Report &last, const std::vector<Change> &changes) const;
     void report(const Report &report);
 
     const BWAlbum m_album;
@@ -81,6 +91,7 @@ private:
     const int m_wakeUp;
     const int m_events;
     int m_watch = -1;
+    std::vector<Change> m_changes; // of entries, since the last listing
     std::atomic<bool> m_stopped = false;
 };
 
@@ -112,6 +123,8 @@ uint32_t BWAlbumWatch::Worker::takeEvents()
             inotify_event event;
             std::memcpy(&event, at, sizeof event);
             what |= event.mask;
+            if ((event.mask & entriesChange) != 0 && event.len > 0)
+                m_changes.push_back({at + sizeof event, (event.mask & (IN_CREATE | IN_MOVED_TO)) != 0});
             at += sizeof event + event.len;
         }
     }
@@ -140,24 +153,46 @@ void BWAlbumWatch::Worker::report(const Report &report)
     });
 }
 
+/// Asks the disk for all of it.
+BWAlbumWatch::Report BWAlbumWatch::Worker::listed(const std::optional<Report> &last) const
+{
+    Report now{m_album.contents()};
+    if (last && last->listing && now.listing) {
+        share(now.listing->images, last->listing->images);
+        share(now.listing->videos, last->listing->videos);
+    }
+    now.differs = !last || now.listing != last->listing;
+    if (now.listing && now.listing->images.size() > longAlbum)
+        ::malloc_trim(0);
+    return now;
+}
+
+/// A file more or less costs a long album hardly anything.
+BWAlbumWatch::Report BWAlbumWatch::Worker::followed(const Report &last, const std::vector<Change> &changes) const
+{
+    Report now{last.listing, false};
+    for (const Change &change : changes)
+        now.differs |= m_album.follow(*now.listing, change.name, change.isThere);
+    return now;
+}
+
 void BWAlbumWatch::Worker::run()
 {
     std::optional<Report> last;
     uint32_t what = 0;
     while (!m_stopped) {
         const unsigned serves = requests;
+        const bool wasWatched = m_watch >= 0;
         watchFolder(); // before listing it, so that nothing is missed
-        Report now{m_album.contents(), true, serves, (what & fileWritten) != 0};
-        if (last && last->listing && now.listing) {
-            share(now.listing->images, last->listing->images);
-            share(now.listing->videos, last->listing->videos);
-        }
-        now.differs = !last || now.listing != last->listing;
-        if (now.differs || now.requests != last->requests || now.filesWritten)
+        const std::vector<Change> changes = std::exchange(m_changes, {});
+        const bool known = last && last->listing && wasWatched && serves == last->requests && (what & allAnew) == 0
+            && changes.size() < manyChanges;
+        Report now = known ? followed(*last, changes) : listed(last);
+        now.requests = serves;
+        now.filesWritten = (what & fileWritten) != 0;
+        if (!last || now.differs || now.requests != last->requests || now.filesWritten)
             report(now);
         last = std::move(now);
-        if (last->listing && last->listing->images.size() > longAlbum)
-            ::malloc_trim(0);
         if (requests == serves)
             what = waitForChange();
     }

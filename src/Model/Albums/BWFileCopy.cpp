@@ -119,20 +119,22 @@ QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, co
 
     const timespec times[]{info.st_atim, info.st_mtim};
     Reporter reporter(progress, info.st_size);
+    bool isFirst = true; // the name for which the copy was begun
+    const auto name = [&] { return std::exchange(isFirst, false) ? BWFilePath::url(to) : freeName(); };
     const bool copied = copyData(source.get(), target.get(), reporter) && ::futimens(target.get(), times) == 0
         && BWFileBytes::synchronize(target.get()) && target.close();
-    QByteArray name = copied
-        ? takeFreeName(freeName,
+    QByteArray taken = copied
+        ? takeFreeName(name,
                        [&part](const QByteArray &free) { return BWFileCopy::renameWithoutOverwriting(part, free); })
         : QByteArray();
-    if (name.isEmpty()) {
+    if (taken.isEmpty()) {
         const int reason = errno;
         ::unlink(part.constData());
         errno = reason;
         return {};
     }
     BWFileBytes::synchronizeFolder(folder);
-    return name;
+    return taken;
 }
 
 /// Read while there are no other threads, which could be making files meanwhile.

@@ -6,6 +6,7 @@
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWThumbnailKeyboard.h"
+#include "Views/Albums/BWThumbnailTableModel.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 #include "Views/Utils/BWControls.h"
@@ -47,27 +48,40 @@ public:
         const auto &handler = grid.mouseEventHandler();
         const QList<QUrl> files = grid.elements();
         for (const int index : handler->selectedIndexes())
-            m_selected.insert(files.value(index));
-        m_anchor = files.value(handler->anchor());
+            m_selected.append({files.value(index), index});
+        m_anchor = {files.value(handler->anchor()), handler->anchor()};
     }
 
     void restore() const
     {
         const QList<QUrl> files = m_grid.elements();
         QSet<int> indexes;
-        for (int i = 0; i < files.size(); ++i) {
-            if (m_selected.contains(files[i]))
+        QSet<QUrl> elsewhere;
+        int moved = 0; // mostly all by as many places
+        for (const auto &[file, index] : m_selected) {
+            constexpr int reach = 4; // a look at the whole list for each would take too long
+            const int found = BWThumbnailTableModel::find(files, file, index + moved, reach);
+            if (found < 0) {
+                elsewhere.insert(file);
+                continue;
+            }
+            indexes.insert(found);
+            moved = found - index;
+        }
+        for (int i = 0; i < files.size() && !elsewhere.isEmpty(); ++i) {
+            if (elsewhere.contains(files[i]))
                 indexes.insert(i);
         }
-        const auto anchor = m_anchor.isEmpty() ? -1 : static_cast<int>(files.indexOf(m_anchor));
+        const int anchor =
+            m_anchor.first.isEmpty() ? -1 : BWThumbnailTableModel::find(files, m_anchor.first, m_anchor.second + moved);
         m_grid.mouseEventHandler()->adoptSelection(indexes, anchor);
         m_grid.showSelection();
     }
 
 private:
     BWThumbnailTableView &m_grid;
-    QSet<QUrl> m_selected;
-    QUrl m_anchor;
+    QList<std::pair<QUrl, int>> m_selected;
+    std::pair<QUrl, int> m_anchor;
 };
 
 } // namespace

@@ -103,3 +103,17 @@ QSet<int> BWThumbnailTableModel::elementsIn(const QItemSelection &cells)
         indexes.insert(BWThumbnailTableView::cellIndex(index.row(), index.column()));
     return indexes;
 }
+
+int BWThumbnailTableModel::find(const QList<QUrl> &elements, const QUrl &element, int near, int reach)
+{
+    const auto isAt = [&](qsizetype index) {
+        return index >= 0 && index < elements.size() && elements[index] == element;
+    };
+    for (qsizetype away = 0; away <= reach && (near >= away || near + away < elements.size()); ++away) {
+        for (const qsizetype index : {near + away, near - away}) {
+            if (isAt(index))
+                return static_cast<int>(index);
+        }
+    }
+    return -1;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <QAbstractTableModel>
 #include <QItemSelection>
 #include <QList>
@@ -31,6 +32,10 @@ public:
     /// The cells of these elements, in as few rectangles as possible: thousands of elements must cost little.
     QItemSelection cellsOf(const QList<int> &ascending) const;
     static QSet<int> elementsIn(const QItemSelection &cells);
+    /// Where an element is now that was at `near`: quick in a long list that has hardly changed. -1 if it is not within
+    /// `reach` of that place.
+    static int find(const QList<QUrl> &elements, const QUrl &element, int near,
+                    int reach = std::numeric_limits<int>::max());
 
 private:
     BWThumbnailTableView &m_view; // owns this

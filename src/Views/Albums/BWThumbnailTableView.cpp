@@ -194,10 +194,9 @@ void BWThumbnailTableView::restoreFocus(const QUrl &file, int index)
     if (file.isEmpty())
         return;
     const QList<QUrl> now = elements();
-    const bool stayed = index < now.size() && now[index] == file;
-    const qsizetype found = stayed ? index : now.indexOf(file);
+    const int found = BWThumbnailTableModel::find(now, file, index);
     // If its element is gone, the focus moves to the one in its place.
-    setFocusIndex(static_cast<int>(found >= 0 ? found : std::min<qsizetype>(index, now.size() - 1)));
+    setFocusIndex(found >= 0 ? found : std::min(index, static_cast<int>(now.size()) - 1));
 }
 
 void BWThumbnailTableView::redrawElements(const QList<QUrl> &files)
