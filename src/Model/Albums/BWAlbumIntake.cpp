@@ -27,12 +27,12 @@ BWAlbumIntake::~BWAlbumIntake()
     startCopies();
 }
 
-void BWAlbumIntake::add(const QUrl &file, BWMediaType type, Completion completion, Progress progress)
+void BWAlbumIntake::add(const QUrl &file, BWMediaType type, Completion completion, Progress progress, BWAlbumPtr album)
 {
     ++m_open;
     {
         const std::lock_guard lock(m_mutex);
-        m_captures.push_back({file, type, std::move(completion), std::move(progress)});
+        m_captures.push_back({file, type, std::move(completion), std::move(progress), std::move(album)});
     }
     BWMainQueue::post(m_alive, [this] { startCopies(); });
 }
@@ -58,7 +58,7 @@ void BWAlbumIntake::startCopies()
 
 void BWAlbumIntake::startCopy(const Capture &capture)
 {
-    const BWAlbumPtr album = m_currentAlbum();
+    const BWAlbumPtr album = capture.album ? capture.album : m_currentAlbum();
     if (!album)
         qCWarning(bwModel).noquote() << "No album to add" << capture.file.toDisplayString() << "to";
     m_worker.run([this, alive = alive(), album, capture, progress = throttled(capture.progress)] {
@@ -70,7 +70,7 @@ void BWAlbumIntake::startCopy(const Capture &capture)
 
 void BWAlbumIntake::report(const Capture &capture, bool added, const QUrl &file)
 {
-    if (added)
+    if (added && !capture.album)
         m_contentsChanged();
     --m_open; // first: the completion may wait for the user, and the program may be asked to end meanwhile
     if (capture.completion && (added || !*m_abandoned))

@@ -27,8 +27,8 @@ public:
     BWAlbumIntake(const BWAlbumIntake &) = delete;
     BWAlbumIntake &operator=(const BWAlbumIntake &) = delete;
 
-    /// Any thread; returns at once.
-    void add(const QUrl &file, BWMediaType type, Completion completion, Progress progress = {});
+    /// Any thread; returns at once. Into `album` instead of the current one, if given, and then without `contentsChanged`.
+    void add(const QUrl &file, BWMediaType type, Completion completion, Progress progress = {}, BWAlbumPtr album = {});
 
     /// Holds captures back until release(), while the current album is unknown. Those still held back at the end stay
     /// where they are. Owner's thread.
@@ -51,6 +51,7 @@ private:
         BWMediaType type;
         Completion completion;
         Progress progress;
+        BWAlbumPtr album; ///< null for the current one
     };
 
     void startCopies();

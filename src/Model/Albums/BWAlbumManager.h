@@ -68,9 +68,11 @@ public:
 
     /// Takes a finished capture into the album that is current when the GUI thread gets to it; reports changed contents,
     /// then calls the completion. Returns at once; any thread. Captures are added and copied one after the other, in order.
-    void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {}, AddProgress progress = {})
+    /// Into `album`, if given, without a report: who shows that album notices by itself.
+    void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {}, AddProgress progress = {},
+                 const BWAlbumPtr &album = {})
     {
-        m_intake.add(file, type, std::move(completion), std::move(progress));
+        m_intake.add(file, type, std::move(completion), std::move(progress), album);
     }
     /// Moves a file of the current album to the Trash, then reports changed contents. Returns at once; any thread.
     void removeFile(const QUrl &file, BWMediaType type);

@@ -36,6 +36,8 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
         QString temporary;
         std::shared_ptr<BWFileClaim> claim;
         BWCaptureResult result;
+        BWAlbumPtr album{}; // null for the current one
+        std::function<void(const BWCaptureResult &)> done{}; // in place of the callback
     };
 
     Shared(BWAlbumManager &albumManager, Callbacks userCallbacks)
@@ -44,6 +46,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     }
 
     void snapshotReady(const QByteArray &jpeg, const BWSnapshotTags &about);
+    void write(const QByteArray &jpeg, const BWSnapshotTags &about, Capture capture);
     BWSnapshotTags tagsForNow();
     void buttonPressed(BWCamera &camera, const std::weak_ptr<BWCamera> &weak);
     Frozen frozenFrame();
@@ -52,7 +55,7 @@ struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
     void recordingBegan(const QString &path);
     void recordingEnded(const BWRecordingStatus &status);
     bool isAnyRunning();
-    void report(const BWCaptureResult &result);
+    void report(const Capture &capture);
     void takeIn(const Capture &capture, const QString &from);
     void takenIn(bool added, const QUrl &file, Capture capture, const QString &from);
 
@@ -128,6 +131,20 @@ void BWCaptureController::forceSnapshot(const BWCameraPtr &camera)
         camera->takeSnapshot();
 }
 
+void BWCaptureController::takeInto(const BWAlbumPtr &album, const BWCameraPtr &camera, const QuietPicture &picture)
+{
+    const auto take = [weak = std::weak_ptr(m_shared), album, picture](const QByteArray &jpeg) {
+        BWMainQueue::post(weak, [picture, taken = !jpeg.isNull()] { picture.taken(taken); });
+        const auto shared = weak.lock();
+        if (shared && !jpeg.isNull())
+            shared->write(jpeg, shared->tagsForNow(), {{}, {}, {BWMediaType::Image}, album, picture.done});
+    };
+    if (camera)
+        camera->takeSnapshot(take);
+    else
+        take({});
+}
+
 void BWCaptureController::whenStillsAreWritten(std::function<void()> done)
 {
     m_shared->worker->run(
@@ -197,6 +214,11 @@ BWSnapshotTags BWCaptureController::Shared::tagsForNow()
 void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg, const BWSnapshotTags &about)
 {
     BWMainQueue::post(weak_from_this(), [this] { callbacks.snapshot(); });
+    write(jpeg, about, {{}, {}, {BWMediaType::Image}});
+}
+
+void BWCaptureController::Shared::write(const QByteArray &jpeg, const BWSnapshotTags &about, Capture capture)
+{
     const QByteArray image = about.addedTo(jpeg);
     const QUrl temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
     QSaveFile file(temporary.toLocalFile());
@@ -208,11 +230,12 @@ void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg, const BW
     if (written != image.size() || !file.commit()) {
         qCWarning(bwApp, "Snapshot: cannot write %s: %s", qUtf8Printable(file.fileName()),
                   qUtf8Printable(file.errorString()));
-        report({BWMediaType::Image});
+        report(capture);
         return;
     }
-    const QString path = temporary.toLocalFile();
-    takeIn({path, BWFileClaim::existing(path), {BWMediaType::Image}}, path);
+    capture.temporary = temporary.toLocalFile();
+    capture.claim = BWFileClaim::existing(capture.temporary);
+    takeIn(capture, capture.temporary);
 }
 
 void BWCaptureController::Shared::buttonPressed(BWCamera &camera, const std::weak_ptr<BWCamera> &weak)
@@ -301,7 +324,7 @@ void BWCaptureController::Shared::recordingEnded(const BWRecordingStatus &status
         return;
     }
     QFile::remove(status.path); // the claim made it
-    report(movie);
+    report({{}, {}, movie});
 }
 
 bool BWCaptureController::Shared::isAnyRunning()
@@ -310,9 +333,10 @@ bool BWCaptureController::Shared::isAnyRunning()
     return std::any_of(recordings.cbegin(), recordings.cend(), [](const auto &entry) { return entry.second.hasBegun; });
 }
 
-void BWCaptureController::Shared::report(const BWCaptureResult &result)
+void BWCaptureController::Shared::report(const Capture &capture)
 {
-    BWMainQueue::post(weak_from_this(), [this, result] { callbacks.done(result); });
+    BWMainQueue::post(weak_from_this(),
+                      [this, capture] { (capture.done ? capture.done : callbacks.done)(capture.result); });
 }
 
 void BWCaptureController::Shared::takeIn(const Capture &capture, const QString &from)
@@ -327,7 +351,8 @@ void BWCaptureController::Shared::takeIn(const Capture &capture, const QString &
             const auto shared = weak.lock();
             if (shared && shared->callbacks.copying)
                 shared->callbacks.copying(done);
-        });
+        },
+        capture.album);
 }
 
 void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture capture, const QString &from)
@@ -350,5 +375,5 @@ void BWCaptureController::Shared::takenIn(bool added, const QUrl &file, Capture 
         qCWarning(bwApp, "Capture: %s was removed", qUtf8Printable(capture.temporary));
         result.recording.end = BWRecordingStatus::End::Failed;
     }
-    callbacks.done(result);
+    (capture.done ? capture.done : callbacks.done)(result);
 }

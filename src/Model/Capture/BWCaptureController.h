@@ -72,6 +72,15 @@ public:
     /// Takes a still: of the frozen frame, with or without a camera; else of the camera's next picture.
     void forceSnapshot(const BWCameraPtr &camera);
 
+    /// What becomes of one picture of a series. Called on the GUI thread, each at most once.
+    struct QuietPicture {
+        std::function<void(bool taken)> taken; ///< or the camera stopped before it could be
+        std::function<void(const BWCaptureResult &result)> done; ///< as Callbacks::done; not without a picture
+    };
+    /// Takes a still of the camera's next picture, even while a frame is frozen, into that album. None of the Callbacks
+    /// above hears of it, so there is neither sound nor flash.
+    void takeInto(const BWAlbumPtr &album, const BWCameraPtr &camera, const QuietPicture &picture);
+
     /// Calls `done` when all stills of frozen frames asked for so far are on their way into the album, as those of a
     /// camera are when it has stopped.
     void whenStillsAreWritten(std::function<void()> done);

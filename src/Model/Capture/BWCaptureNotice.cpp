@@ -126,15 +126,6 @@ BWCaptureNotice lost(const BWCaptureResult &result, BWLocalizationManager &texts
 
 constexpr int64_t gigabyte = 1'000'000'000;
 
-QString elapsed(std::chrono::seconds duration)
-{
-    const QLatin1Char zero('0');
-    const qint64 seconds = duration.count();
-    const QString end =
-        u"%1:%2"_s.arg(seconds / 60 % 60, seconds < 3600 ? 1 : 2, 10, zero).arg(seconds % 60, 2, 10, zero);
-    return seconds < 3600 ? end : u"%1:%2"_s.arg(seconds / 3600).arg(end);
-}
-
 } // namespace
 
 BWCaptureNotice BWCaptureNotice::ofRecovered(const QUrl &last, BWLocalizationManager &texts)
@@ -158,6 +149,15 @@ BWCaptureNotice BWCaptureNotice::ofRefused(BWRecordingRefusal reason, BWLocaliza
         : texts.text(u"camera_window"_s, u"recording_not_begun"_s,
                      u"No recording was started, because the camera is not running yet."_s);
     return {{}, text, true};
+}
+
+QString BWCaptureNotice::elapsed(std::chrono::seconds duration)
+{
+    const QLatin1Char zero('0');
+    const qint64 seconds = duration.count();
+    const QString end =
+        u"%1:%2"_s.arg(seconds / 60 % 60, seconds < 3600 ? 1 : 2, 10, zero).arg(seconds % 60, 2, 10, zero);
+    return seconds < 3600 ? end : u"%1:%2"_s.arg(seconds / 3600).arg(end);
 }
 
 QString BWCaptureNotice::progressText(const BWRecordingStatus &status, const QLocale &locale)

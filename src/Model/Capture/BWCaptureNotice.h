@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <QLocale>
 #include <QString>
 #include <QUrl>
@@ -21,6 +22,9 @@ struct BWCaptureNotice {
 
     static BWCaptureNotice of(const BWCaptureResult &result, BWLocalizationManager &texts);
     static BWCaptureNotice ofRefused(BWRecordingRefusal reason, BWLocalizationManager &texts);
+
+    /// Minutes and seconds, with hours from one hour on: "1:05".
+    static QString elapsed(std::chrono::seconds duration);
 
     /// How far the running recording has come: "1:05 · 34 MB". Minutes and seconds, with hours from one hour on; the
     /// size in whole kB or MB, from one GB on with a decimal, so that what changes twice a second is easily read.

@@ -1,0 +1,116 @@
+#include "Model/Capture/BWSeriesFile.h"
+
+#include "Utils/BWFilePath.h"
+#include "Utils/BWLogging.h"
+
+#include <mutex>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QSaveFile>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 longestRecord = 64 << 10; // of a file that may be anybody's
+
+QString textOf(const QUrl &file)
+{
+    return QString::fromLatin1(file.toEncoded());
+}
+
+QUrl fileIn(const QJsonObject &json, const QString &key)
+{
+    return QUrl::fromEncoded(json.value(key).toString().toLatin1(), QUrl::StrictMode);
+}
+
+} // namespace
+
+bool BWSeriesRecord::isOver(const QDateTime &now) const
+{
+    return plan.end == BWSeriesPlan::End::Duration ? first.addSecs(plan.duration.count()) <= now
+                                                   : saved >= plan.pictures().value_or(saved + 1);
+}
+
+struct BWSeriesFile::Writer {
+    void run();
+
+    QString path;
+    std::mutex mutex;
+    std::optional<QByteArray> waiting; // to be written; empty: the file is to be removed
+};
+
+void BWSeriesFile::Writer::run()
+{
+    std::unique_lock lock(mutex);
+    const std::optional<QByteArray> content = std::exchange(waiting, std::nullopt);
+    lock.unlock();
+    if (!content)
+        return;
+    if (content->isEmpty()) {
+        QFile::remove(path);
+        return;
+    }
+    QDir().mkpath(QFileInfo(path).path());
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(*content) != content->size() || !file.commit())
+        qCWarning(bwModel).noquote() << "Series: its progress cannot be stored in" << path << "-" << file.errorString();
+}
+
+BWSeriesFile::BWSeriesFile(const QString &path) : m_path(path), m_writer(std::make_shared<Writer>())
+{
+    m_writer->path = path;
+}
+
+bool BWSeriesFile::claim()
+{
+    if (m_claim)
+        return true;
+    QDir().mkpath(QFileInfo(m_path).path());
+    m_claim = BWFileClaim::create(m_path + u".use"_s); // the file itself is another one after each change
+    return m_claim != nullptr;
+}
+
+std::optional<BWSeriesRecord> BWSeriesFile::read() const
+{
+    QFile file(m_path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QJsonObject json = QJsonDocument::fromJson(file.read(longestRecord)).object();
+    const std::optional<BWSeriesPlan> plan = BWSeriesPlan::fromJson(json.value(u"plan"_s).toObject());
+    const BWSeriesRecord record{plan.value_or(BWSeriesPlan()),
+                                fileIn(json, u"album"_s),
+                                QDateTime::fromString(json.value(u"first"_s).toString(), Qt::ISODateWithMs),
+                                json.value(u"saved"_s).toInteger(-1),
+                                json.value(u"missed"_s).toInteger(-1),
+                                fileIn(json, u"firstFile"_s)};
+    if (!plan || !record.album.isLocalFile() || !record.first.isValid() || record.saved < 0 || record.missed < 0) {
+        qCWarning(bwModel).noquote() << "Series: its progress is damaged in" << m_path;
+        return std::nullopt;
+    }
+    return record;
+}
+
+void BWSeriesFile::store(const BWSeriesRecord &record)
+{
+    const QJsonObject json{{u"plan"_s, record.plan.toJson()},
+                           {u"album"_s, textOf(record.album)},
+                           {u"first"_s, record.first.toUTC().toString(Qt::ISODateWithMs)},
+                           {u"saved"_s, record.saved},
+                           {u"missed"_s, record.missed},
+                           {u"firstFile"_s, textOf(record.firstFile)}};
+    write(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+void BWSeriesFile::write(const QByteArray &content)
+{
+    if (!m_claim)
+        return;
+    const std::lock_guard lock(m_writer->mutex);
+    const bool isScheduled = std::exchange(m_writer->waiting, content).has_value();
+    if (!isScheduled)
+        m_disk.run([writer = m_writer] { writer->run(); });
+}

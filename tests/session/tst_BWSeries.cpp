@@ -1,0 +1,211 @@
+#include "BWManualClock.h"
+#include "Model/Capture/BWSeries.h"
+#include "Model/Capture/BWSeriesFile.h"
+#include "Rows.h"
+#include "TestFolder.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using End = BWSeriesPlan::End;
+using State = BWSeries::State;
+using Reason = BWSeries::Reason;
+
+namespace {
+
+/// A series under a clock of its own, with a camera and a disk that do what a script says. It notes the seconds at which
+/// pictures are requested, and the gaps: "0 10 gap:2/30".
+class Bench {
+public:
+    void play(const QString &script)
+    {
+        for (const QString &word : script.split(u' ', Qt::SkipEmptyParts)) {
+            if (word == "camera-"_L1 || word == "camera+"_L1 || word == "other"_L1)
+                camera = word == "camera-"_L1 ? nullptr
+                    : word == "other"_L1      ? static_cast<const void *>(&asleep)
+                                              : &clock;
+            else if (word == "stall"_L1 || word == "work"_L1)
+                answers = word == "work"_L1;
+            else if (word == "taken"_L1)
+                series.taken(request);
+            else if (word == "dropped"_L1)
+                series.notTaken(request);
+            else if (word == "slow"_L1 || word == "quick"_L1)
+                saves = word == "quick"_L1;
+            else if (word == "saved"_L1)
+                series.saved();
+            else if (word == "stop"_L1)
+                series.end(Reason::Stopped);
+            else if (word.startsWith("asleep:"_L1))
+                asleep += std::chrono::milliseconds(word.mid(7).toInt());
+            else
+                clock.advance(std::chrono::seconds(word.toInt()));
+        }
+    }
+    void take(unsigned number)
+    {
+        request = number;
+        log << QString::number(std::chrono::duration<double>(now()).count());
+        if (answers)
+            series.taken(number);
+        if (answers && saves)
+            series.saved();
+    }
+    BWSeries::Time now() const { return clock.now() + asleep; }
+    QString outcome() const
+    {
+        return u"%1 %2 %3"_s.arg(series.savedCount()).arg(series.missedCount()).arg(static_cast<int>(series.state()));
+    }
+
+    BWManualClock clock;
+    BWSeries::Time asleep{};
+    const void *camera = &clock;
+    bool answers = true;
+    bool saves = true;
+    unsigned request = 0;
+    QStringList log;
+    BWSeries series{{[this] { return camera; }, [this](unsigned number) { take(number); }, [this] { return now(); }},
+                    clock};
+};
+
+BWSeriesPlan every10s(End end, qint64 number = 3, std::chrono::seconds duration = 25s, std::chrono::seconds delay = 0s)
+{
+    return {10s, delay, end, number, duration};
+}
+
+} // namespace
+
+class TestSeries : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void takesWhatIsDue_data()
+    {
+        const Rows<BWSeriesPlan, QString, QString, QString, State> row;
+        const auto add = [&](const char *name, const BWSeriesPlan &plan, const char *script, const char *log,
+                             const char *counts, State state) {
+            row(name, plan, QString::fromLatin1(script), QString::fromLatin1(log), QString::fromLatin1(counts), state);
+        };
+        const BWSeriesPlan three = every10s(End::Number);
+        const BWSeriesPlan endless = every10s(End::UntilStopped);
+        add("a number", three, "60", "0 10 20", "3 0", State::Ended);
+        add("self-timer", every10s(End::Number, 1, 1s, 5s), "4", "", "0 0", State::Waiting);
+        add("and it goes off", every10s(End::Number, 1, 1s, 5s), "60", "5", "1 0", State::Ended);
+        add("a duration", every10s(End::Duration), "60", "0 10 20", "3 0", State::Ended);
+        add("a duration to the second", every10s(End::Duration, 1, 20s), "60", "0 10 20", "3 0", State::Ended);
+        add("stopped", endless, "35 stop 60", "0 10 20 30", "4 0", State::Ended);
+        add("asleep", endless, "15 asleep:100000 10", "0 10 120 gap:10/110", "3 10", State::Running);
+        add("asleep when one is due, not for long", endless, "9 asleep:1500 12", "0 11.5 20", "3 0", State::Running);
+        add("asleep, too late for it", endless, "9 asleep:2500 12", "0 20 gap:1/20", "2 1", State::Running);
+        add("camera pulled", endless, "15 camera- 30", "0 10", "2 3", State::WaitingForCamera);
+        add("camera is back", endless, "15 camera- 30 camera+ 10", "0 10 50 gap:3/40", "3 3", State::Running);
+        add("pictures, not places", three, "5 camera- 20 camera+ 60", "0 30 gap:2/30 40", "3 2", State::Ended);
+        add("over while the camera is away", every10s(End::Duration), "5 camera- 60", "0", "1 2", State::Ended);
+        add("camera stalls", endless, "5 stall 37", "0 10", "1 3", State::WaitingForCamera);
+        add("late picture, no burst", endless, "5 stall 37 taken saved work 10", "0 10 gap:3/42 50", "3 3",
+            State::Running);
+        add("a stalled camera does not hold up the end", every10s(End::Duration), "15 stall 60", "0 10 20", "2 1",
+            State::Ended);
+        add("but the last of a number is waited for", three, "15 stall 60", "0 10 20", "2 0", State::WaitingForCamera);
+        add("request dropped", endless, "5 stall 5 dropped work 10", "0 10 20 gap:1/20", "2 1", State::Running);
+        add("camera that hangs, and another", endless, "5 stall 6 other work 10", "0 10 20 gap:1/20", "2 1",
+            State::Running);
+        add("slow disk", endless, "slow 100", "0 10 20 30 40 50 60 70 80", "1 2", State::WaitingForDisk);
+        add("and it goes on", endless, "slow 100 saved quick 11", "0 10 20 30 40 50 60 70 80 110 gap:2/30", "3 2",
+            State::Running);
+        add("the last ones are on their way", three, "slow 60", "0 10 20", "1 0", State::Running);
+    }
+    void takesWhatIsDue()
+    {
+        const auto [plan, script, log, counts, state] = Rows<BWSeriesPlan, QString, QString, QString, State>::current();
+        Bench bench;
+        connect(&bench.series, &BWSeries::gapEnded, &bench.series,
+                [&](const BWSeries::Gap &gap) { bench.log << u"gap:%1/%2"_s.arg(gap.missed).arg(gap.length.count()); });
+        bench.series.start(plan);
+        bench.play(script);
+        QCOMPARE(bench.log.join(u' '), log);
+        QCOMPARE(bench.outcome(), u"%1 %2"_s.arg(counts).arg(static_cast<int>(state)));
+        QCOMPARE(bench.series.isRunning(), state != State::Ended);
+    }
+
+    /// How many of which were saved and missed when the program ended, and how long ago the first was due.
+    void goesOnAfterAnEarlierRun_data()
+    {
+        const Rows<qint64, qint64, BWSeries::Time, QString, qint64> row;
+        row("the gap counts", 3, 0, 65s, u"5 15"_s, 4);
+        row("just now", 3, 1, 35s, u"5 15"_s, 1);
+        row("before the first", 0, 0, -5s, u"5 15"_s, 0);
+        row("somebody has set the clock back", 3, 0, -24h, u"10 20"_s, 0);
+    }
+    void goesOnAfterAnEarlierRun()
+    {
+        const auto [saved, missed, sinceFirst, log, missedThen] =
+            Rows<qint64, qint64, BWSeries::Time, QString, qint64>::current();
+        Bench bench;
+        bench.series.resume(every10s(End::UntilStopped), saved, missed, sinceFirst);
+        bench.play(u"20"_s);
+        QCOMPARE(bench.log.join(u' '), log);
+        QCOMPARE(bench.series.savedCount(), saved + 2);
+        QCOMPARE(bench.series.missedCount(), missedThen);
+    }
+
+    void aDayHasNoDrift()
+    {
+        Bench bench;
+        bench.series.start({1s, 0s, End::UntilStopped, 1, 1s});
+        for (int i = 0; i < 100; ++i)
+            bench.play(u"864 asleep:3"_s); // timers come late
+        QCOMPARE(bench.series.savedCount(), 86'400 + 1);
+        QCOMPARE(bench.series.missedCount(), 0);
+        QVERIFY(*bench.series.untilNext() <= 1s);
+    }
+
+    void recordIsKept_data()
+    {
+        const Rows<QByteArray, bool> row;
+        row("whole", "", true);
+        row("cut off", "{\"plan\":{\"interval\":10", false);
+        row("empty", " ", false);
+        row("no interval",
+            R"({"plan":{"interval":0,"delay":0,"end":"number","number":1,"duration":1},"album":"file:///a",)"
+            R"("first":"2024-06-07T10:00:00.000Z","saved":1,"missed":0})",
+            false);
+    }
+    void recordIsKept()
+    {
+        const auto [damage, isKept] = Rows<QByteArray, bool>::current();
+        const TestFolder folder;
+        const QString path = folder.path(u"settings/series.json"_s);
+        const BWSeriesRecord record{
+            every10s(End::Duration), folder.url(u"a\xff b"_s), QDateTime::currentDateTimeUtc(), 7, 2,
+            folder.url(u"x.jpg"_s)};
+        {
+            BWSeriesFile file(path), second(path);
+            QVERIFY(file.claim());
+            QVERIFY(!second.claim()); // another program
+            second.store({});
+            for (qint64 saved = 0; saved <= 7; ++saved)
+                file.store({record.plan, record.album, record.first, saved, record.missed, record.firstFile});
+        }
+        if (!damage.isEmpty())
+            TestFolder::write(folder.url(u"settings/series.json"_s), damage);
+        BWSeriesFile file(path);
+        const std::optional<BWSeriesRecord> read = file.read();
+        QCOMPARE(read.has_value(), isKept);
+        if (read) {
+            QCOMPARE(read->plan, record.plan);
+            QCOMPARE(read->album, record.album);
+            QCOMPARE(read->first, record.first);
+            QCOMPARE(read->saved, 7);
+            QVERIFY(!read->isOver(record.first.addSecs(24)));
+            QVERIFY(read->isOver(record.first.addSecs(25)));
+        }
+        QVERIFY(file.claim());
+        file.remove();
+        QTRY_VERIFY(!QFile::exists(path));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSeries)
+#include "tst_BWSeries.moc"
