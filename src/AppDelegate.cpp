@@ -2,6 +2,7 @@
 
 #include "App/Capture/BWCaptureFeedback.h"
 #include "App/Capture/BWLastCaptureController.h"
+#include "App/Capture/BWSeriesController.h"
 #include "App/Capture/BWSnapshotSound.h"
 #include "App/LiveView/BWComparison.h"
 #include "App/LiveView/BWFreezeController.h"
@@ -42,6 +43,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QLibraryInfo>
 #include <QPointer>
 #include <QTranslator>
@@ -210,8 +212,10 @@ void AppDelegate::completeLaunch()
     m_worker.run([] { BWMoviePicture::prepare(); });
     m_albumContents->follow();
     m_repository.albumManager().whenPrepared([this, alive = m_alive.watch()] {
-        if (!alive.expired())
-            m_captureRecovery->start(BWUIUtils::temporaryFolders());
+        if (alive.expired())
+            return;
+        m_captureRecovery->start(BWUIUtils::temporaryFolders());
+        m_series->offerToResume();
     });
     if (m_repository.configManager().firstTime())
         m_repository.configManager().setFirstTime(false);
@@ -246,6 +250,11 @@ void AppDelegate::prepareCapture()
     };
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), std::move(told));
     m_freeze = std::make_unique<BWFreezeController>(*m_window, *m_scene, *m_renderer, *m_capture, m_clock);
+    m_series = std::make_unique<BWSeriesController>(
+        BWSeriesController::Parts{*m_window, *m_statusLine, m_repository.configManager(), texts,
+                                  m_repository.albumManager(), *m_capture, m_captureFeedback->callbacks()},
+        [this] { return currentCamera(); }, [this](const QUrl &file) { m_lastCapture->captureAdded(file); },
+        QFileInfo(m_repository.settingsFile()).path() + u"/series.json"_s, m_clock);
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->reportRecovered(last); });
 }
@@ -368,23 +377,30 @@ void AppDelegate::prepareCamera(const BWCameraPtr &camera)
 
 BWQuitting::Callbacks AppDelegate::quittingCallbacks()
 {
+    const auto isSavingFiles = [this] {
+        return (m_auxiliaryWindows && m_auxiliaryWindows->isSaving()) || (m_comparison && m_comparison->isSaving())
+            || (m_measurementsInFile
+                && (m_measurementsInFile->isSavingCopy() || !m_measurementsInFile->unsaved().isEmpty()));
+    };
     return {
-        .isSaving =
-            [this] {
-                return (m_auxiliaryWindows && m_auxiliaryWindows->isSaving())
-                    || (m_comparison && m_comparison->isSaving())
-                    || (m_measurementsInFile
-                        && (m_measurementsInFile->isSavingCopy() || !m_measurementsInFile->unsaved().isEmpty()));
-            },
+        .isSaving = [this, isSavingFiles] { return isSavingFiles() || (m_series && m_series->isRunning()); },
         .mayStopSaving =
-            [this] {
-                const QStringList unsaved = m_measurementsInFile->unsaved();
+            [this, isSavingFiles] {
+                if (m_series && !m_series->askToStop())
+                    return false;
+                const QStringList unsaved = m_measurementsInFile ? m_measurementsInFile->unsaved() : QStringList();
                 if (!unsaved.isEmpty())
                     return BWUIUtils::displayOKCancelAlert(m_texts.quitUnsavedTitle,
                                                            m_texts.quitUnsavedMessage.arg(unsaved.join(u'\n')));
-                return BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);
+                return !isSavingFiles()
+                    || BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);
             },
-        .stopCamera = [this](std::function<void()> done) { m_session.stopForQuit(std::move(done)); },
+        .stopCamera =
+            [this](std::function<void()> done) {
+                if (m_series)
+                    m_series->leaveForNextStart(); // nobody was asked, or it has ended
+                m_session.stopForQuit(std::move(done));
+            },
         .completesMovie =
             [this] {
                 const BWCameraPtr camera = currentCamera();

@@ -41,6 +41,7 @@ class BWMeasurementsInFile;
 class BWMeasuringController;
 class BWRepository;
 class BWSceneController;
+class BWSeriesController;
 class BWSessionWindows;
 class BWSimulatedCamerasWindowController;
 class BWSnapshotSound;
@@ -106,7 +107,6 @@ private:
     void onRecord();
     void otherKeyPressed(int key, bool autoRepeat);
     void windowDidChangeOcclusionState();
-
     Options m_options;
     BWClock &m_clock;
     BWRepository &m_repository;
@@ -127,6 +127,7 @@ private:
     std::unique_ptr<BWCaptureFeedback> m_captureFeedback;
     std::unique_ptr<BWCaptureController> m_capture;
     std::unique_ptr<BWFreezeController> m_freeze;
+    std::unique_ptr<BWSeriesController> m_series;
     std::unique_ptr<BWCaptureRecovery> m_captureRecovery;
     std::unique_ptr<BWLookBackController> m_lookBack;
     std::unique_ptr<BWComparison> m_comparison;

@@ -47,7 +47,8 @@ BWRepository &BWRepository::singleton()
 }
 
 BWRepository::BWRepository(const Options &options)
-    : m_userDefaults(std::make_unique<BWSettingsFile>(options.settingsFile)),
+    : m_settingsFile(options.settingsFile),
+      m_userDefaults(std::make_unique<BWSettingsFile>(options.settingsFile)),
       m_oldSettingsImporter(std::make_unique<BWOldSettingsImporter>(*m_userDefaults)),
       m_localizationManager(
           std::make_unique<BWLocalizationManager>(options.localizationFile, options.preferredLanguages)),

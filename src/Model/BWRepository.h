@@ -38,6 +38,7 @@ public:
     BWRepository(const BWRepository &) = delete;
     BWRepository &operator=(const BWRepository &) = delete;
 
+    const QString &settingsFile() const { return m_settingsFile; }
     BWUserDefaults &userDefaults() const { return *m_userDefaults; }
     BWOldSettingsImporter &oldSettingsImporter() const { return *m_oldSettingsImporter; }
     BWConfigManager &configManager() const { return *m_configManager; }
@@ -49,6 +50,7 @@ public:
 private:
     void prepare();
 
+    const QString m_settingsFile;
     std::unique_ptr<BWUserDefaults> m_userDefaults;
     std::unique_ptr<BWOldSettingsImporter> m_oldSettingsImporter;
     std::unique_ptr<BWLocalizationManager> m_localizationManager;

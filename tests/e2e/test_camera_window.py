@@ -373,7 +373,7 @@ class CameraWindow(ProgramTest):
         self.choose_resolution("Down")
         wait_until("the picture is wider than the window", lambda: self.live.width() > before * 1.4)
         self.desktop.key("alt+c")
-        for key in ("Down", "Down", "Down", "Return"):  # past snapshot, record and the first camera
+        for key in ("Down", "Down", "Down", "Down", "Return"):  # past snapshot, record, series and the first camera
             self.desktop.key(key)
         answer_product_question(self.program)
         self.program.wait_for(None, "Live streaming with: Wireless Dermatoscope DX12")

@@ -2,6 +2,7 @@
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
 #include "Model/Capture/BWCaptureNotice.h"
+#include "Model/Capture/BWSeriesTexts.h"
 #include "Model/Import/BWImportTexts.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Texts/BWLocalizationManager.h"
@@ -17,6 +18,7 @@
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
 #include "Views/BWStartProblemAlert.h"
+#include "Views/Capture/BWSeriesDialog.h"
 #include "Views/Help/BWAboutWindowController.h"
 #include "Views/Help/BWSimpleHelpWindowController.h"
 #include "Views/MainWindow/BWControlBar.h"
@@ -229,6 +231,25 @@ private Q_SLOTS:
         see(window, u"main-video-saved"_s);
     }
 
+    void series()
+    {
+        QAction *const item = window->menu().series;
+        const QString text = item->text();
+        item->trigger();
+        QDialog *const dialog = visible<BWSeriesDialog>();
+        see(dialog, u"series"_s);
+        dialog->accept();
+        QTRY_VERIFY_WITH_TIMEOUT((showFrames(), window->currentCameraLabel().accessibleName().contains(u'1')),
+                                 patience);
+        clock.advance(5s); // the pill has said what came before
+        see(window, u"main-series"_s);
+        QVERIFY(item->text() != text);
+        item->trigger();
+        see(window, u"main-series-stopped"_s);
+        QCOMPARE(item->text(), text);
+        clock.advance(10s);
+    }
+
     void pictures()
     {
         seeLookBack();
@@ -241,7 +262,7 @@ private Q_SLOTS:
         auto *album = visible<BWAlbumManagerWindowController>();
         auto *tabs = album->findChild<QTabWidget *>();
         auto *grid = qobject_cast<BWThumbnailTableView *>(tabs->currentWidget());
-        waitForThumbnails(*grid, 5);
+        waitForThumbnails(*grid, 6);
         see(album, u"albums"_s);
         seeMenu(grid->rightMenu(), u"albums-menu"_s);
         grid->onSelectAll();
@@ -358,6 +379,12 @@ private Q_SLOTS:
         capture("disk-full", video(movie, {}, End::DiskFull));
         capture("kept-elsewhere", video({}, QUrl(u"file:///var/tmp/brimwellpro-0f3c.mov"_s), End::CameraGone));
         capture("lost", BWCaptureNotice::of({}, manager));
+        const auto album = std::make_shared<BWAlbum>(QUrl(u"file:///home/user/BrimwellPro/Healing"_s));
+        capture("series-ended",
+                BWSeriesTexts::ofEnd({{}, BWSeries::Reason::AlbumGone, 8640, 12, album, {}, {}}, manager));
+        capture("series-unfinished", BWSeriesTexts::ofUnfinished({{}, album->path(), {}, 8640, 12, {}}, manager),
+                Alert::Question);
+        capture("series-quit", BWSeriesTexts::ofQuitting(manager), Alert::Question);
     }
     void alerts()
     {

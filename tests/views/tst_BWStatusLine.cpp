@@ -36,6 +36,10 @@ private Q_SLOTS:
         row("recorded", u"calm record+ 60000 record- 5100"_s, u"(calm)"_s);
         row("in progress", u"calm 9000 copy+ 60000"_s, u"copy"_s);
         row("no longer", u"calm copy+ 60000 copy- 5100"_s, u"(calm)"_s);
+        row("a series", u"calm 9000 series+ 60000"_s, u"series"_s);
+        row("and a problem", u"series+ problem 60000"_s, u"problem\nseries"_s);
+        row("copying during it", u"series+ copy+"_s, u"copy"_s);
+        row("no longer a series", u"calm series+ 60000 series- 5100"_s, u"(calm)"_s);
         row("news", u"calm 9000 news 2400"_s, u"news"_s);
         row("and it fades again", u"calm 9000 news 2600"_s, u"(calm)"_s);
         row("and it stays though the line would fade", u"calm 3000 news 2400"_s, u"news"_s);
@@ -64,6 +68,8 @@ private Q_SLOTS:
                 line.setRecording(step.endsWith(u'+'));
             else if (step.startsWith("copy"_L1))
                 line.setProgress(step.endsWith(u'+') ? u"copy"_s : QString());
+            else if (step.startsWith("series"_L1))
+                line.setSeries(step.endsWith(u'+') ? u"series"_s : QString());
             else if (step == "near"_L1 || step == "far"_L1)
                 pill.pointerAt(pill.geometry().center() - QPoint(0, step == "far"_L1 ? 200 : 30));
             else

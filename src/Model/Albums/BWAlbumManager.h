@@ -66,9 +66,8 @@ public:
     /// The album in whose folder the file lies; null if there is none.
     BWAlbumPtr albumOfFile(const QUrl &file) const;
 
-    /// Takes a finished capture into the album that is current when the GUI thread gets to it; reports changed contents,
-    /// then calls the completion. Returns at once; any thread. Captures are added and copied one after the other, in order.
-    /// Into `album`, if given, without a report: who shows that album notices by itself.
+    /// Takes a finished capture into the album that is current when the GUI thread gets to it, and reports changed contents;
+    /// or into `album`, which whoever shows it watches. Then calls the completion. Any thread; returns at once; in order.
     void addFile(const QUrl &file, BWMediaType type, AddCompletion completion = {}, AddProgress progress = {},
                  const BWAlbumPtr &album = {})
     {
@@ -105,8 +104,7 @@ public:
 
     /// False for the default album, and without an album.
     bool canRemoveCurrentAlbum() const;
-    /// Takes the current album off the list (its folder stays), selects the first and stores the list. Does nothing
-    /// unless canRemoveCurrentAlbum().
+    /// If canRemoveCurrentAlbum(): takes it off the list (its folder stays), selects the first and stores the list.
     void removeCurrentAlbum();
 
     /// Calls back while `listener` lives: `albumsChanged` when the list or the selection changed (a new list shows a new

@@ -22,6 +22,7 @@ const QString defaultAlbumNameKey = u"bwp2x_default_album_name"_s;
 const QString calibrationsKey = u"bwp2x_calibrations"_s;
 const QString movieQualityKey = u"bwp2x_smaller_movie"_s;
 const QString movieRateKey = u"bwp2x_movie_rate"_s;
+const QString seriesKey = u"bwp2x_series"_s;
 const QString productForCameraKey = u"bwp2x_product_for_camera"_s;
 
 const QStringList movieQualities{u"high"_s, u"medium"_s, u"small"_s}; // by BWSmallerMovie::Quality
@@ -242,6 +243,12 @@ void BWConfigManager::setCalibrations(const QString &calibrations)
     changed();
 }
 
+void BWConfigManager::setSeries(const QString &series)
+{
+    m_series = series;
+    changed();
+}
+
 void BWConfigManager::setMustResetLayout(bool reset)
 {
     m_mustResetLayout = reset;
@@ -266,6 +273,7 @@ void BWConfigManager::load()
     m_defaultAlbumName = m_defaults.string(defaultAlbumNameKey);
     m_calibrations = m_defaults.string(calibrationsKey);
     readMovieChoices(m_defaults, m_movieChoices);
+    m_series = m_defaults.string(seriesKey);
 
     loadProductChoice();
     m_knownTexts = texts();
@@ -299,6 +307,8 @@ QJsonObject BWConfigManager::texts() const
         texts.insert(defaultAlbumNameKey, m_defaultAlbumName);
     if (!m_calibrations.isNull())
         texts.insert(calibrationsKey, m_calibrations);
+    if (!m_series.isNull())
+        texts.insert(seriesKey, m_series);
     return texts;
 }
 

@@ -94,6 +94,10 @@ public:
     BWMovieExport::Choices movieChoices() const { return m_movieChoices; }
     void setMovieChoices(const BWMovieExport::Choices &choices);
 
+    /// What the last series was to be, as BWSeriesPlan writes it; null if there was none.
+    QString series() const { return m_series; }
+    void setSeries(const QString &series);
+
     /// Windows must go back to their default places. Never stored.
     bool mustResetLayout() const { return m_mustResetLayout; }
     void setMustResetLayout(bool reset);
@@ -137,4 +141,5 @@ private:
     QString m_defaultAlbumName;
     QString m_calibrations;
     BWMovieExport::Choices m_movieChoices;
+    QString m_series;
 };

@@ -41,7 +41,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
 
     snapshot = add(m_cameraMenu, u"Ctrl+S"_s);
     record = add(m_cameraMenu, u"Ctrl+Shift+S"_s);
-    for (QAction *capture : {snapshot, record}) // whichever of our windows has the keyboard
+    series = add(m_cameraMenu, u"Ctrl+I"_s);
+    for (QAction *capture : {snapshot, record, series}) // whichever of our windows has the keyboard
         capture->setShortcutContext(Qt::ApplicationShortcut);
     m_cameraListEnd = m_cameraMenu->addSeparator();
     m_productMenu = m_cameraMenu->addMenu(QString());
@@ -67,7 +68,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     lastCapture->setEnabled(false);
     grid = add(m_viewMenu, u"Ctrl+G"_s);
     grid->setCheckable(true);
-    statistics = add(m_viewMenu, u"Ctrl+I"_s);
+    statistics = add(m_viewMenu, u"Ctrl+Shift+I"_s);
     statistics->setCheckable(true);
     fullScreen = add(m_viewMenu, u"F11"_s);
     fullScreen->setCheckable(true);
@@ -159,6 +160,9 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     m_recordText = manager.text(u"main_menu"_s, u"record_menu_item"_s, u"&Record video"_s);
     m_stopText = manager.text(u"main_menu"_s, u"stop_recording_menu_item"_s, u"Stop &recording"_s);
     showRecording(m_recording);
+    m_seriesText = manager.text(u"series"_s, u"menu_item"_s, u"Pictures at &intervals..."_s);
+    m_stopSeriesText = manager.text(u"series"_s, u"stop_menu_item"_s, u"Stop ser&ies"_s);
+    showSeries(m_seriesRuns);
     m_productMenu->setTitle(manager.text(u"main_menu"_s, u"product_menu"_s, u"&Product"_s));
 
     m_viewMenu->setTitle(manager.text(u"main_menu"_s, u"view_menu"_s, u"&View"_s));
@@ -244,6 +248,8 @@ void BWMainMenu::enablePanels()
 void BWMainMenu::setActionsEnabled(bool camera, bool picture)
 {
     record->setEnabled(camera);
+    m_hasCamera = camera;
+    series->setEnabled(m_hasCamera || m_seriesRuns);
     for (QAction *action :
          {snapshot, zoomIn, zoomOut, actualSize, fitToWindow, rotate, flipHorizontally, flipVertically, freeze, grid})
         action->setEnabled(picture);
@@ -253,6 +259,13 @@ void BWMainMenu::showRecording(bool recording)
 {
     m_recording = recording;
     record->setText(recording ? m_stopText : m_recordText);
+}
+
+void BWMainMenu::showSeries(bool running)
+{
+    m_seriesRuns = running;
+    series->setText(running ? m_stopSeriesText : m_seriesText);
+    series->setEnabled(m_hasCamera || running);
 }
 
 void BWMainMenu::showComparison(bool comparing)

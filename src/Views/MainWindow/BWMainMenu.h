@@ -42,6 +42,8 @@ public:
     void setActionsEnabled(bool camera, bool picture);
     /// Whether the item that records would end a recording.
     void showRecording(bool recording);
+    /// Whether the item of the series would stop one.
+    void showSeries(bool running);
     /// Checks the item of the comparison and enables those that act on one.
     void showComparison(bool comparing);
     /// Whether the item of the measuring grid shows, and whether it is checked.
@@ -57,6 +59,7 @@ public:
     QAction *quit;
     QAction *snapshot;
     QAction *record;
+    QAction *series;
     QAction *zoomIn;
     QAction *zoomOut;
     QAction *actualSize;
@@ -115,5 +118,9 @@ private:
     QActionGroup *m_products;
     QString m_recordText;
     QString m_stopText;
+    QString m_seriesText;
+    QString m_stopSeriesText;
     bool m_recording = false;
+    bool m_seriesRuns = false;
+    bool m_hasCamera = false;
 };

@@ -32,12 +32,13 @@ BWStatusPill::BWStatusPill(QWidget *parent) : QWidget(parent)
     hide();
 }
 
-void BWStatusPill::setText(const QString &text)
+void BWStatusPill::setText(const QString &text, const QString &spoken)
 {
+    if (const QString &name = spoken.isNull() ? text : spoken; name != accessibleName())
+        setAccessibleName(name);
     if (text == m_text)
         return;
     m_text = text;
-    setAccessibleName(text);
     setVisible(!text.isEmpty());
     const bool fadesAway = m_faded && m_fade.state() == QAbstractAnimation::Running;
     if (!fadesAway)
@@ -147,6 +148,14 @@ void BWStatusLine::setProgress(const QString &text)
     show();
 }
 
+void BWStatusLine::setSeries(const QString &text, const QString &spoken)
+{
+    m_series = text;
+    m_seriesSpoken = spoken.isNull() ? text : spoken;
+    hold();
+    show();
+}
+
 void BWStatusLine::setRecording(bool recording)
 {
     m_recording = recording;
@@ -155,8 +164,14 @@ void BWStatusLine::setRecording(bool recording)
 
 void BWStatusLine::show()
 {
-    if (!m_moment)
+    if (m_moment)
+        return;
+    if (!m_progress.isNull() || m_series.isNull())
         m_pill.setText(m_progress.isNull() ? m_text : m_progress);
+    else if (m_kind == Kind::Lasting)
+        m_pill.setText(m_text + u'\n' + m_series, m_text + u'\n' + m_seriesSpoken);
+    else
+        m_pill.setText(m_series, m_seriesSpoken);
 }
 
 void BWStatusLine::showForAMoment(const QString &text, double seconds)
@@ -178,7 +193,7 @@ void BWStatusLine::endMoment()
 
 void BWStatusLine::hold()
 {
-    m_quiet.setHeld(m_kind == Kind::Lasting || m_recording || !m_progress.isNull());
+    m_quiet.setHeld(m_kind == Kind::Lasting || m_recording || !m_progress.isNull() || !m_series.isNull());
 }
 
 void BWStatusLine::fade()

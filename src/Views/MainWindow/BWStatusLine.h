@@ -17,8 +17,8 @@ class BWStatusPill : public QWidget {
 public:
     explicit BWStatusPill(QWidget *parent);
 
-    /// While the pill fades away it still shows the text from before.
-    void setText(const QString &text);
+    /// While the pill fades away it still shows the text from before. Screen readers get `spoken`, if it is not null.
+    void setText(const QString &text, const QString &spoken = {});
     /// As setText(); shown at once, and screen readers speak it even if a text was showing already, or this one.
     void announce(const QString &text);
     const QString &text() const { return m_text; }
@@ -72,6 +72,9 @@ public:
     void setText(const QString &text, Kind kind = Kind::Calm);
     /// Shown in place of that text while something is in progress; null afterwards.
     void setProgress(const QString &text);
+    /// A series runs: shown in place of a calm text, and with a lasting one; null afterwards. `spoken` is that text without
+    /// what changes every second.
+    void setSeries(const QString &text, const QString &spoken = {});
     /// Shows another text briefly.
     void showForAMoment(const QString &text, double seconds = momentSeconds);
     /// While a recording runs, the line stays in sight.
@@ -87,6 +90,8 @@ private:
     BWClock &m_clock;
     QString m_text;
     QString m_progress;
+    QString m_series;
+    QString m_seriesSpoken;
     Kind m_kind = Kind::Calm;
     bool m_recording = false;
     BWAutoHide m_quiet;
