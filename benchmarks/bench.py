@@ -17,6 +17,7 @@ from albums import measure_albums  # noqa: E402
 from frame_cost import measure_cpu, measure_grid, measure_latency  # noqa: E402
 from recording import measure_long_recording, measure_recording, measure_snapshot  # noqa: E402
 from resting import measure_idle, measure_memory  # noqa: E402
+from series import measure_series  # noqa: E402
 from smaller_movie import measure_smaller_movie  # noqa: E402
 from stage import Stage  # noqa: E402
 from start import measure_start  # noqa: E402
@@ -38,6 +39,7 @@ PARTS = {
     "thumbnails": measure_thumbnails,
     "zip-export": measure_zip_export,
     "smaller-movie": measure_smaller_movie,
+    "series": measure_series,
 }
 
 

@@ -59,6 +59,8 @@ WANTED = {
     "ZIP export, time to zip's": at_most(1),
     "ZIP export, memory": below(64, " MiB"),
     "smaller movie, time to ffmpeg's": at_most(1.25),
+    "series, CPU of a picture": below(50, " ms"),
+    "series, hold-ups above 16 ms": at_most(0),
 }
 
 
