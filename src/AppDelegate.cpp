@@ -255,6 +255,8 @@ void AppDelegate::prepareCapture()
                                   m_repository.albumManager(), *m_capture, m_captureFeedback->callbacks()},
         [this] { return currentCamera(); }, [this](const QUrl &file) { m_lastCapture->captureAdded(file); },
         QFileInfo(m_repository.settingsFile()).path() + u"/series.json"_s, m_clock);
+    connect(m_series.get(), &BWSeriesController::runningChanged, this,
+            [this](bool running) { m_sleepInhibitor.setActive(BWSleepInhibitor::Reason::Series, running); });
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->reportRecovered(last); });
 }
