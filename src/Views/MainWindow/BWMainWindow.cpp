@@ -174,7 +174,8 @@ void BWMainWindow::setEscape(Escape what, std::function<bool()> leave)
 /// The control bar decides how narrow the window may become; its captions and contents change.
 void BWMainWindow::updateMinimumSize()
 {
-    constexpr int picture = 200; // of which the statistics and a status line that wraps leave a little
+    // Of which a frozen picture with its statistics and a status line that wraps leave a little.
+    const int picture = std::max(200, 13 * fontMetrics().lineSpacing());
     const int strip = stripHeight();
     const int widest = std::max({m_controlBar->minimumSizeHint().width(), m_comparisonStrip->neededWidth(),
                                  strip > 0 ? m_strip->minimumSizeHint().width() : 0});
