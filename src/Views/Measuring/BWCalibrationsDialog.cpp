@@ -21,7 +21,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-enum Column { NameColumn, WidthColumn, ErrorColumn, LinesColumn, ColumnCount };
 constexpr int nameRole = Qt::UserRole; // what it is called until another name is accepted
 
 } // namespace

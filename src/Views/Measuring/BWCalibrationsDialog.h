@@ -33,6 +33,8 @@ public:
     void localizeWithManager(BWLocalizationManager &manager) override;
 
 private:
+    enum Column { NameColumn, WidthColumn, ErrorColumn, LinesColumn, ColumnCount };
+
     void reload(const QString &current);
     void fitColumns();
     void addRow(const BWCalibration &calibration);
