@@ -231,6 +231,13 @@ private Q_SLOTS:
         see(window, u"main-video-saved"_s);
     }
 
+    void pictures()
+    {
+        seeLookBack();
+        seeComparing();
+        seeFullScreen();
+    }
+
     void series()
     {
         QAction *const item = window->menu().series;
@@ -248,13 +255,6 @@ private Q_SLOTS:
         see(window, u"main-series-stopped"_s);
         QCOMPARE(item->text(), text);
         clock.advance(10s);
-    }
-
-    void pictures()
-    {
-        seeLookBack();
-        seeComparing();
-        seeFullScreen();
     }
 
     void albums()
