@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Measures the album window with ten thousand snapshots of 5 megapixels: from the window being up to the thumbnails of
 all visible cells, how long the GUI thread is held up while it is scrolled from end to end, and memory after that. Or, with
 --growth, how all of that grows with the number of files.

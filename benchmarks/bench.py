@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Measures the program beside others that do the same, and compares the figures with what is wanted.
 
 All parts show the same movies on a virtual display of their own.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Decodes the JPEG files of a folder repeatedly with nothing else around it: the least that a live MJPEG image costs.
 // Usage: bw_bench_decode FOLDER FRAMES. Prints "decode: frames=N cpu_ms=X".
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Encodes raw YUYV frames with nothing but TurboJPEG: the least that recording them costs.
 // Usage: bw_bench_encode FILE WIDTH HEIGHT FRAMES RATE; FILE holds frames of limited range one after the other. Frames
 // come at that rate, as those of a camera do; 0 is without a pause.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What a frame costs: CPU beside other programs and beside a decoder alone, the measuring grid's share, the latency."""
 
 import statistics

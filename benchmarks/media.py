@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The movies that all programs show: made once, kept in a cache folder."""
 
 import os

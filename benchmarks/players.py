@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The programs that are compared: how to make each show a movie in a window of the same size, frame by frame."""
 
 import re

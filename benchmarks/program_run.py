@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """One run of a program on the virtual display, and what it uses."""
 
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Measures, in the machine of tests/kernel, what it costs to show a camera of the kernel: by us and by other viewers.
 
 usage: real_cameras.py PROGRAM FRAMES; FRAMES is a folder made by tests/kernel/usbcamera/make_frames

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What recording costs while the live image is shown, beside ffmpeg that records the same frames and shows nothing; how
 fast a snapshot is in its album; and whether memory stays flat over a long recording.
 """

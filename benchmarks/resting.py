@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the program uses where nothing of it is to be seen or done, and whether its memory grows."""
 
 import time

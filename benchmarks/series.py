@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What pictures that keep arriving cost while the window of a long album is open: those of a series, as fast as one can be,
 and those of another program, faster than that."""
 

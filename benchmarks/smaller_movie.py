@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Saving a smaller copy of a movie: its size and look, and the time it takes beside ffmpeg with the same settings."""
 
 import os

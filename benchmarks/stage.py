@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What every part of the benchmark works with: a desktop, the movies, the program, and the results."""
 
 import signal

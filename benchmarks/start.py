@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """How long it takes from the start of a process to its first picture on the screen."""
 
 import statistics

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Makes the thumbnails of all files of a folder, as the album window does.
 // Usage: bw_bench_thumbnails FOLDER PIXELS SHARED_FOLDER. Prints "thumbnails: files=N shown_ms=X stored_ms=Y cpu_ms=Z".
 

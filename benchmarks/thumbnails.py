@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """How fast thumbnails of 5 megapixel JPEG files are made, beside other programs, on the same files.
 
 Every program runs with the low priority that our workers have by themselves.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What is wanted of the program, in one place, and the table that compares it with what was measured."""
 
 import os

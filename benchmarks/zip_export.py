@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Saving pictures as a ZIP archive, beside `zip -6 -j` on the same files in the same run."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Debian's hardening for programs that read untrusted input (pictures, movies, devices): a buffer overrun ends the
 # program, and its tables are read-only once it runs. For optimised builds only; the sanitizers find more.
 set(bw_optimised $<CONFIG:RelWithDebInfo,Release>)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Writes down which libraries the program is linked with, in which versions and under which licences.
 
 # The part of FFmpeg whose number tells the release; FFmpeg itself has none in pkg-config.

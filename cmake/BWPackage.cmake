@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The Debian package, made by tools/package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME brimwellpro)

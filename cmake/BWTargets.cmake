@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Settings that every target of ours shares, and the helpers that define targets.
 
 add_library(bw_options INTERFACE)

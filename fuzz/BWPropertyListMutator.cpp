@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWPropertyListMutator.h"
 
 #include "Model/Import/BWPropertyList.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Feeds files and archives of old settings to their decoders, and finally reports how many got how far.
 
 #include "BWPropertyListMutator.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Feeds picture files, and XMP in one, to their readers; what is read must survive being saved.
 
 #include "Model/Measuring/BWPictureMetadata.h"

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Renders the PNG images and icons from their SVG sources. Needs rsvg-convert (Debian: librsvg2-bin).
 set -eu
 cd "$(dirname "$0")"

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Makes the shutter sound: two short clicks of filtered noise, as of a mirror that goes up and a shutter that closes.
 # The same bytes each time. Needs python3, and ffmpeg with libmp3lame.
 set -eu

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # What run, test and the tools share: packages, configuration, build. To be sourced, with BW_ROOT set to the checkout.
 

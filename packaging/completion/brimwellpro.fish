@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Completion of brimwellpro's options for fish.
 
 function __brimwellpro_cameras

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Utils/BWFilePath.h"
 
 #include "Utils/BWLogging.h"

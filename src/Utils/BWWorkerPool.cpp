@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Utils/BWWorkerPool.h"
 
 #include <condition_variable>

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The program lists every library that it is linked with, and no other.
 
 usage: test_libraries.py PROGRAM LIBRARY_OF_ITS_OWN...

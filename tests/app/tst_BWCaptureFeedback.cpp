@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/Capture/BWCaptureFeedback.h"
 #include "AttachedCameras.h"
 #include "BWManualClock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Records a simulated camera into an album like the program, but without windows, until it is stopped or killed; or
 // brings into the album what such a run left behind. Home and temporary folder are those of the environment.
 

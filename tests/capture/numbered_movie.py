@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Movies whose pictures carry their own number: sixteen black or white squares along the top, lowest bit first."""
 
 import subprocess

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 /* Preloaded into a program, makes every write to a movie file take a while, as a tired disk does; or, with SLOW_COPIES set,
    every write to a half-done copy, as a disk on the other end of a cable does. */
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """How recordings end when no one presses stop, and what becomes of them after a kill or on a slow or full disk."""
 
 import os

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWACUDriver/BWMovie.h"
 #include "camera/BWFrameInspector.h"
 #include "OpenedCamera.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Contract.h"
 #include "V4L2Fixture.h"
 

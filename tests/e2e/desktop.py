@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A desktop of one's own: a virtual display with a window manager and a session bus, in a throw-away folder."""
 
 import mmap

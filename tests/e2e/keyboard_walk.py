@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Walks through a window by keyboard alone and reports what keyboard and screen reader users would miss."""
 
 import time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the screen shows of the camera's picture: where it is, and whether it is mirrored."""
 
 NEARLY = 12  # two colours that differ by no more than this in each part count as one

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The program on a desktop of its own, read like a screen reader does and used like a person does."""
 
 import os

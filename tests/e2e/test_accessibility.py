@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Every window of the real program, for those who use the keyboard alone or a screen reader: all that can be used has a
 name and is reached by keys, in an order that makes sense; Escape closes what may be closed and leads back.
 

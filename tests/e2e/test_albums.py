@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The album window of the real program, used by mouse and keyboard, beside other programs: a file manager takes what is
 dragged, the desktop's own tool lists the Trash, unzip reads the archive.
 

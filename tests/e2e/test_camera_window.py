@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The camera window when cameras come, go, have their button pressed and are in use elsewhere: the real program, used
 through its window and the window of simulated cameras.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What is measured in pictures of an album, in the real program that is killed; exiftool reads the files.
 
 usage: test_measurements_in_file.py PROGRAM

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Measuring in the real program: as exactly as a pointer can point, by keyboard alone, and as a screen reader tells it.
 
 A simulated camera shows a picture with marks at known places. A test finds them on the screen by their colours, clicks on

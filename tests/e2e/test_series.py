@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Series of pictures with the real program: its dialog, the status line, a camera that is pulled and plugged in again, the
 program killed and started again.
 

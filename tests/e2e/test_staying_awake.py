@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """While the program records or saves files elsewhere, it asks the desktop on a real session bus to stay awake: the screen
 saver, the power manager and the portal, which are made up here. Afterwards, or once it is killed, it does so no more.
 

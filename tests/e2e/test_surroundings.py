@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The program copes with the process it is started in: closed outputs, a home with an odd name.
 
 usage: test_surroundings.py PROGRAM

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The real program in a Wayland session: Weston in a window of the virtual display. No program knows there where its
 windows are, so they are used by keyboard and by their accessible actions; those that the mouse has to meet are
 maximised.

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The windows of the real program come back where they were, unless the user has switched that off.
 
 usage: test_window_frames.py PROGRAM

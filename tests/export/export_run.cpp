@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Saves files as the program does: export_run TARGET, with the files' names, each ended by a zero byte, from standard
 // input; export_run TARGET join RATE makes a movie of such files, export_run TARGET smaller QUALITY MOVIE a smaller one. Prints the outcome, the problem, and the memory used at first and at most.
 #include "Model/Export/BWFileExport.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Other programs read back from our ZIP archives what went into them.
 
 Usage: test_archives.py EXPORT_RUN [CLASS...]

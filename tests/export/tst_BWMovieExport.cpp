@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWACUDriver/BWSmallerMovie.h"
 #include "Model/Export/BWMovieExport.h"
 #include "MovieProbe.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/LiveView/BWMeasuringGrid.h"
 #include "Rows.h"
 #include "Views/MainWindow/BWCenteringClipView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCaptureDevice.h"
 #include "BWACUDriver/BWSimulatedCameras.h"

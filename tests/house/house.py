@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Checks what the compiler does not: who may use whom, and that files stay small.
 
 Usage: house.py ROOT QT_WIDGETS_HEADERS
@@ -26,9 +27,11 @@ LAYER_OF_TARGET = {
 }
 LAYER_OF_FOLDER = {"Utils": "Utils", "Model": "Model", "Views": "Views"}
 
-MAX_LINES = 700
+LICENCE = "SPDX-License-Identifier: GPL-3.0-or-later"
+MAX_LINES = 700  # the licence's line not counted
 MAX_HEADER_LINES = 150
 MAX_MEDIAN_LINES = 180
+CODE_SUFFIXES = {".c", ".cmake", ".cpp", ".h", ".py", ".sh"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 COMMENT_OR_TEXT = re.compile(
@@ -59,6 +62,7 @@ class House:
                    for path in sorted((self.root / folder).rglob("*")) if path.suffix in (".h", ".cpp")]
         for path in sources:
             self.check_source(path)
+        self.check_licences()
         lengths = [len(path.read_text().splitlines()) for path in sources
                    if path.suffix == ".cpp" and layer_of(path.relative_to(self.root))]
         if lengths and median(lengths) >= MAX_MEDIAN_LINES:
@@ -71,12 +75,25 @@ class House:
     def fault(self, path, line, text):
         self.faults.append(f"{path.relative_to(self.root)}:{line}: {text}")
 
+    def check_licences(self):
+        """Every file that is compiled or run names its licence at the top, below the line that says what runs it."""
+        for folder in ("benchmarks", "cmake", "driver", "fuzz", "packaging", "src", "tests", "tools"):
+            for path in sorted((self.root / folder).rglob("*")):
+                if not path.is_file() or "__pycache__" in path.parts:
+                    continue
+                with path.open("rb") as file:
+                    top = file.readline() + file.readline()
+                if (path.suffix in CODE_SUFFIXES or path.name == "CMakeLists.txt" or top.startswith(b"#!")) \
+                        and LICENCE.encode() not in top:
+                    self.fault(path, 1, f"begins with {LICENCE}")
+
     def check_source(self, path):
         text = path.read_text()
         lines = text.splitlines()
         most = MAX_HEADER_LINES if path.suffix == ".h" else MAX_LINES
-        if len(lines) > most:
-            self.fault(path, most + 1, f"{len(lines)} lines; {most} is the most")
+        length = len(lines) - (LICENCE in text)
+        if length > most:
+            self.fault(path, most + 1, f"{length} lines; {most} is the most")
         if path.suffix == ".h" and "#pragma once" not in lines:
             self.fault(path, 1, "a header begins with #pragma once")
         for number, line in enumerate(lines, 1):

@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Shows that house.py finds each fault it is there for: every case is a small tree with one fault in it."""
 
 import tempfile
 import unittest
 from pathlib import Path
 
-from house import House
+from house import LICENCE, House
 
 WIDGETS = {"QWidget", "QLabel"}
+BARE = ["int a;\n", "#!/bin/sh\n"]  # written without the licence's line
 GOOD = {
     "driver/include/BWACUDriver/BWCamera.h": "#pragma once\n",
     "driver/src/Usb.h": "#pragma once\n#include \"BWACUDriver/BWCamera.h\"\n",
@@ -32,7 +34,8 @@ def faults_of(changes):
         for name, text in {**GOOD, **changes}.items():
             path = Path(root, name)
             path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_text(text)
+            comment = "//" if path.suffix in (".cpp", ".h") else "#"
+            path.write_text(text if text in BARE else f"{comment} {LICENCE}\n{text}")
         return House(root, WIDGETS).check()
 
 
@@ -55,6 +58,8 @@ class HouseTest(unittest.TestCase):
             ("src/Model/A.h", "#pragma once\nclass QWidget;\n", "QWidget is of Qt Widgets"),
             ("driver/src/Usb.cpp", '#include <vector>\n#include "Usb.h"\n', "Usb.h comes first"),
             ("src/Views/A.h", "class A;\n", "#pragma once"),
+            ("src/Views/A.cpp", BARE[0], "begins with SPDX"),
+            ("tools/check", BARE[1], "begins with SPDX"),
             ("src/Views/A.h", "#pragma once\n" + "\n" * 150, "151 lines; 150 is the most"),
             ("tests/model/tst_a.cpp", "\n" * 701, "701 lines; 700 is the most"),
             ("src/Model/A.cpp", "QUrl url = QUrl::fromLocalFile(path);\n", "BWFilePath::fromLocal()"),

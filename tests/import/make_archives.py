@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Writes what the previous generation kept, and what merely claims to be that.
 
 Usage: make_archives.py OUTPUT HOME

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The real program takes over old settings: from the command line without a display, and by its menu.
 
 usage: test_import_program.py PROGRAM [CASE]

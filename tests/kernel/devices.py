@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the tests in the machine share: virtual video devices, USB cameras, and the driver that uses them."""
 
 import subprocess

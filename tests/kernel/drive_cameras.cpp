@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Uses the cameras of the kernel as the program does. Prints a line for each event ("found ID", "removed ID", "pending"
 // and "settled") and one in answer to each line that it reads:
 //   start          starts the first camera that is there: "started" or "failed"

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Every control of a camera, set by us and read by another program, and the other way round; and every size.
 
 Usage: test_controls.py DRIVE_CAMERAS FRAMES [TEST...]

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Cameras of the real kernel come and go, and the driver reports them. Runs in the machine, as root.
 
 Usage: test_discovery.py DRIVE_CAMERAS BRIMWELLPRO [TEST...]

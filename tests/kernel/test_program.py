@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The program itself on real device nodes: a USB camera whose button is pressed, whose frames are damaged, which is
 unplugged and held by others; what a camera is set to when the user saves values. Runs in the machine.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The registers of a bridge chip on a real USB, and which devices the udev rules give to the person at the screen. Runs
 where USB cameras can be plugged in: in the machine.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/LiveView/BWFreezeController.h"
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWSceneController.h"

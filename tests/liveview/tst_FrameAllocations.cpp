@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Counts the allocations of a running live image, by thread and by the library that asks for the memory.
 
 #include "AttachedCameras.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
 #include "Utils/BWUIUtils.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 /* Preloaded into a program, makes everything below a folder named "hanging" never answer, as a server that has gone does. */
 
 #define _GNU_SOURCE

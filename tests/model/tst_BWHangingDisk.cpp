@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Albums/BWAlbumContents.h"
 #include "Model/Albums/BWStillLoader.h"
 #include "Model/Measuring/BWMeasurementFile.h"

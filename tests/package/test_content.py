@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What is in the Debian package, by Debian's own tools, and whether its parts agree with each other.
 
 usage: test_content.py FOLDER_OF_DEB

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The package in a Debian 12 that has never seen it: it installs, the program runs there for an ordinary user, and once
 purged it leaves nothing behind but what is the user's own.
 

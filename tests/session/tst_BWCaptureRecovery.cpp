@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Capture/BWCaptureRecovery.h"
 #include "Rows.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWACUDriver/BWMovie.h"
 #include "Model/Session/BWQuitting.h"
 #include "Rows.h"

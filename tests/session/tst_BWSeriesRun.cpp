@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "AttachedCameras.h"
 #include "BWManualClock.h"
 #include "Model/Capture/BWSeriesRun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "media/BWJpeg.h"
 #include "MovieProbe.h"
 #include "simulated/picture/BWPictureSource.h"

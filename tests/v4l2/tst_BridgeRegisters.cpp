@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeKernel.h"
 #include "v4l2/device/BWBridgeRegisters.h"
 

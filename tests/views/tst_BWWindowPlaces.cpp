@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Settings/BWSettingsFile.h"
 #include "Rows.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "camera/BWCameraControls.h"
 
 BWCameraControls::BWCameraControls(const std::vector<BWControlInfo> &controls)

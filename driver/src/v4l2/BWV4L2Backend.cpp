@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWACUDriver/BWV4L2Backend.h"
 
 #include "base/BWDriverLog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Export/BWFileExport.h"
 
 #include "Model/Export/BWExportSource.h"

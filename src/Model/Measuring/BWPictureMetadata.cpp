@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Measuring/BWPictureMetadata.h"
 
 #include "Model/Measuring/BWExtendedXmp.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Settings/BWConfigManager.h"
 
 #include "Model/Products/BWProductCatalogue.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Texts/BWLocalizationManager.h"
 
 #include "Utils/BWLogging.h"

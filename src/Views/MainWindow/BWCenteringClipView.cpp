@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/MainWindow/BWCenteringClipView.h"
 
 #include "Model/LiveView/BWMeasuringGrid.h"

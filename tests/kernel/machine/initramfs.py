@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The machine's first file system: busybox, the modules and the guest's scripts."""
 
 from pathlib import Path

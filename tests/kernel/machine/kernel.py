@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The kernel that the machine boots: Debian's own, unpacked below the build folder and installed nowhere."""
 
 import lzma

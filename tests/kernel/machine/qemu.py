@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The command that starts the machine."""
 
 PORTS = ("status", "output", "errors")  # in the order of their numbers in the guest: /dev/vport0p1 and on

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A video bridge chip with nothing but its registers, read and written by vendor requests on endpoint 0."""
 
 import descriptors

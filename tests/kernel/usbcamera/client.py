@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A test's side of usb_cameras: starts it, and sends it commands."""
 
 import socket

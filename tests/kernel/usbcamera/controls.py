@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The controls of a camera: their ranges, their values, and the requests by which the host reads and moves them."""
 
 from collections import namedtuple

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Descriptors, as the USB and USB Video Class 1.1 standards lay them out."""
 
 import struct

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The pictures a camera offers, and the negotiation about them (probe and commit)."""
 
 import struct

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Where a camera's frames come from, and what goes wrong with them on their way."""
 
 from collections import deque, namedtuple

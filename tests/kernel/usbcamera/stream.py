@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The streaming interface: when frames begin, and how they are cut into payloads for the host's requests."""
 
 import time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What every USB device does: it is plugged and unplugged, and answers the standard requests on endpoint 0."""
 
 import select

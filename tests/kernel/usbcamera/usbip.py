@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The cable: USB/IP, spoken with the kernel's virtual host controller over a socket pair.
 
 The protocol is that of Documentation/usb/usbip_protocol in the kernel's tree: headers of 48 bytes, big-endian but for

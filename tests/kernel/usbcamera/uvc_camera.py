@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A USB Video Class camera: its units, its stream, and the endpoint on which it reports its button."""
 
 from collections import deque

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "simulated/picture/BWSpecimenSource.h"
 
 #include "simulated/picture/BWSpecimenSkin.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "v4l2/device/BWV4L2Device.h"
 
 #include "base/BWDriverLog.h"
