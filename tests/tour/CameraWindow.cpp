@@ -7,6 +7,7 @@
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWComparisonStrip.h"
 #include "Views/MainWindow/BWFrozenMark.h"
+#include "Views/MainWindow/BWLastCaptureButton.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMeasuringMenu.h"
 #include "Views/MainWindow/BWMeasuringStrip.h"
@@ -132,7 +133,9 @@ void Tour::seeMeasuring()
 void Tour::seeLookBack()
 {
     auto *view = &window->centeringClipView();
-    QTRY_VERIFY_WITH_TIMEOUT(window->menu().lastCapture->isEnabled(), patience);
+    const auto *lastCapture = window->findChild<BWLastCaptureButton *>();
+    // the video may still be on its way
+    QTRY_VERIFY_WITH_TIMEOUT(lastCapture->accessibleName().contains("_video_"_L1), patience);
     window->menu().lastCapture->trigger();
     const auto *caption = window->findChild<BWPictureCaption *>();
     QTRY_VERIFY_WITH_TIMEOUT(caption->isVisible(), patience);
