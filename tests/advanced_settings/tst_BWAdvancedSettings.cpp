@@ -157,6 +157,23 @@ private Q_SLOTS:
         QVERIFY(!bench.window.controllerForSetting(BWSettingBacklight));
     }
 
+    void endsWhileANumberIsTyped()
+    {
+        const NotingCamera camera(Type::Ultra);
+        {
+            Bench bench(camera);
+            bench.window.show();
+            bench.window.activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(&bench.window));
+            auto *field = bench.part<QSpinBox>(BWSettingBrightness);
+            field->setFocus();
+            field->selectAll();
+            QTest::keyClicks(field, u"7"_s);
+            camera.received();
+        }
+        QCOMPARE(camera.received(), u"3=7"_s);
+    }
+
     void successIsReportedOnlyWhenSaved()
     {
         const NotingCamera camera(Type::High);

@@ -92,6 +92,11 @@ void BWAdvancedSettingsWindowController::layOut()
     column->addLayout(buttons);
 }
 
+BWAdvancedSettingsWindowController::~BWAdvancedSettingsWindowController()
+{
+    hide(); // a field that loses the keyboard takes over what was typed, which needs all of this
+}
+
 void BWAdvancedSettingsWindowController::localizeWithManager(BWLocalizationManager &manager)
 {
     m_texts = &manager;

@@ -34,6 +34,7 @@ public:
     /// placed. The clock must outlive the window.
     BWAdvancedSettingsWindowController(BWProductInUse &productInUse, BWUserDefaults &defaults, QWidget *cameraWindow,
                                        BWClock &clock = BWClock::system());
+    ~BWAdvancedSettingsWindowController() override;
 
     /// Once; builds the controls. The manager must outlive the window.
     void localizeWithManager(BWLocalizationManager &manager) override;
