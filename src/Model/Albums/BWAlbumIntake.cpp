@@ -71,6 +71,8 @@ void BWAlbumIntake::startCopy(const Capture &capture)
 
 void BWAlbumIntake::report(const Capture &capture, bool added, const QUrl &file)
 {
+    if (added)
+        qCInfo(bwModel).noquote() << "Capture in the album:" << file.toLocalFile();
     if (added && !capture.album)
         m_contentsChanged();
     --m_open; // first: the completion may wait for the user, and the program may be asked to end meanwhile
