@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -31,6 +32,7 @@ BWSimulatedCameraRow::BWSimulatedCameraRow(std::shared_ptr<BWSimulatedCamera> ca
       m_title(new QLabel(m_camera->title())),
       m_plugButton(new QPushButton),
       m_pressButton(new QPushButton),
+      m_faultButton(new QPushButton),
       m_startLabel(new QLabel),
       m_startBox(new QComboBox)
 {
@@ -38,9 +40,16 @@ BWSimulatedCameraRow::BWSimulatedCameraRow(std::shared_ptr<BWSimulatedCamera> ca
     grid->addWidget(m_title, row, 0);
     grid->addWidget(m_plugButton, row, 1);
     grid->addWidget(m_pressButton, row, 2);
-    grid->addWidget(m_startLabel, row, 3);
-    grid->addWidget(m_startBox, row, 4);
+    grid->addWidget(m_faultButton, row, 3);
+    grid->addWidget(m_startLabel, row, 4);
+    grid->addWidget(m_startBox, row, 5);
     m_startLabel->setBuddy(m_startBox);
+    auto *faults = new QMenu(m_faultButton);
+    constexpr int frames = 5;
+    m_stall = faults->addAction(QString(), this, [this] { m_camera->stall(); });
+    m_damageFrames = faults->addAction(QString(), this, [this] { m_camera->tearNextFrames(frames); });
+    m_loseFrames = faults->addAction(QString(), this, [this] { m_camera->loseNextFrames(frames); });
+    m_faultButton->setMenu(faults);
     connect(m_plugButton, &QPushButton::clicked, this, &BWSimulatedCameraRow::onPlug);
     connect(m_pressButton, &QPushButton::clicked, this, [this] { m_camera->pressButton(); });
     connect(m_startBox, &QComboBox::activated, this, [this](int index) { m_camera->setStartProblem(starts()[index]); });
@@ -55,6 +64,13 @@ void BWSimulatedCameraRow::localize(BWLocalizationManager &manager)
     m_pressButton->setText(manager.localize(
         BWLocalizableString(u"simulated_cameras_window"_s, u"press_button_button"_s, u"Press Button"_s)));
     m_pressButton->setAccessibleName(u"%1: %2"_s.arg(m_camera->title(), m_pressButton->text()));
+    m_faultButton->setText(manager.text(u"simulated_cameras_window"_s, u"fault_button"_s, u"Fault"_s));
+    m_faultButton->setAccessibleName(u"%1: %2"_s.arg(m_camera->title(), m_faultButton->text()));
+    m_stall->setText(manager.text(u"simulated_cameras_window"_s, u"stall_item"_s, u"Stall the stream"_s));
+    m_damageFrames->setText(
+        manager.text(u"simulated_cameras_window"_s, u"damage_frames_item"_s, u"Damage the next frames"_s));
+    m_loseFrames->setText(
+        manager.text(u"simulated_cameras_window"_s, u"lose_frames_item"_s, u"Lose the next frames"_s));
     m_startLabel->setText(manager.text(u"simulated_cameras_window"_s, u"start_label"_s, u"Start"_s));
     for (QWidget *widget : std::initializer_list<QWidget *>{m_startLabel, m_startBox})
         widget->setAccessibleName(u"%1: %2"_s.arg(m_camera->title(), m_startLabel->text()));
@@ -84,6 +100,7 @@ void BWSimulatedCameraRow::update()
     m_plugButton->setText(pluggedIn ? m_unplugText : m_plugInText);
     m_plugButton->setAccessibleName(u"%1: %2"_s.arg(m_camera->title(), m_plugButton->text()));
     m_pressButton->setEnabled(pluggedIn);
+    m_faultButton->setEnabled(pluggedIn);
     m_startBox->setCurrentIndex(static_cast<int>(starts().indexOf(m_camera->startProblem())));
 }
 
@@ -112,7 +129,7 @@ BWSimulatedCamerasWindowController::BWSimulatedCamerasWindowController(
                              simulatedCamerasMargin);
     grid->setHorizontalSpacing(simulatedCamerasColumnSpacing);
     grid->setSizeConstraint(QLayout::SetFixedSize);
-    grid->addWidget(m_noCamerasLabel, 0, 0, 1, 5);
+    grid->addWidget(m_noCamerasLabel, 0, 0, 1, 6);
     m_noCamerasLabel->setVisible(cameras.isEmpty());
     for (const std::shared_ptr<BWSimulatedCamera> &camera : cameras)
         m_rows << new BWSimulatedCameraRow(camera, grid, this);

@@ -10,6 +10,7 @@
 #include <QWidget>
 
 class BWLocalizationManager;
+class QAction;
 class QComboBox;
 class QGridLayout;
 class QLabel;
@@ -34,6 +35,10 @@ private:
     QLabel *m_title;
     QPushButton *m_plugButton;
     QPushButton *m_pressButton;
+    QPushButton *m_faultButton;
+    QAction *m_stall;
+    QAction *m_damageFrames;
+    QAction *m_loseFrames;
     QLabel *m_startLabel;
     QComboBox *m_startBox;
     QString m_plugInText;
