@@ -83,12 +83,12 @@ class Element:
 
 
 class Program:
-    """Started at once, with its output in program.log of the desktop's folder."""
+    """Started at once, with its output in a file of the desktop's folder."""
 
-    def __init__(self, desktop, command, environment=None):
+    def __init__(self, desktop, command, environment=None, log="program.log"):
         self.desktop = desktop
         desktop.environment.update(environment or {})
-        self.log_file = desktop.folder / "program.log"
+        self.log_file = desktop.folder / log
         self._process = desktop.spawn(command, log=self.log_file.name)
         self._atspi = None
 

@@ -1,0 +1,204 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""A monkey at the program: what it does, one random step after another, as mouse, keyboard, camera and fate can do."""
+
+import itertools
+import os
+import signal
+import subprocess
+import sys
+import time
+from pathlib import Path
+from random import Random
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "e2e"))
+from desktop import PATIENCE, Failure  # noqa: E402
+from program import Program  # noqa: E402
+
+# How often a key is pressed, compared with the others.
+KEYS = {
+    "ctrl+s": 12, "ctrl+shift+s": 6, "ctrl+i": 2, "ctrl+f": 5, "F7": 4, "ctrl+b": 4, "ctrl+m": 4, "F9": 4, "F11": 2,
+    "ctrl+plus": 3, "ctrl+minus": 3, "ctrl+0": 1, "ctrl+9": 2, "ctrl+r": 3, "ctrl+h": 2, "ctrl+j": 2, "ctrl+g": 2,
+    "ctrl+k": 2, "ctrl+l": 2, "ctrl+shift+i": 1, "ctrl+shift+m": 2, "ctrl+e": 2, "ctrl+shift+e": 1, "ctrl+z": 4,
+    "ctrl+shift+z": 2, "ctrl+c": 2, "ctrl+a": 2, "ctrl+comma": 2, "F8": 2, "F6": 2, "F1": 1, "F10": 2, "F2": 1,
+    "ctrl+alt+shift+t": 1, "ctrl+shift+v": 1, "ctrl+Return": 2, "Delete": 2, "Return": 8, "Escape": 10, "space": 4,
+    "Tab": 6, "shift+Tab": 2, "Left": 4, "Right": 4, "Up": 3, "Down": 3, "shift+Right": 2, "Home": 1, "End": 1,
+    "Page_Down": 1, "1": 1, "2": 1, "3": 1, "period": 1, "comma": 1, "ctrl+1": 2, "ctrl+3": 1, "ctrl+5": 1, "ctrl+8": 1,
+    "alt+F4": 1, "shift+F10": 2,
+}
+TEXTS = ["", "a", "12.5", "-1", "0", "99999999999", "1e400", ".hidden", "..", "lesion/left", "photo.jpg", "Grüße", "%n%s",
+         "x" * 300, "  ", "con", "10 mm", "2"]
+STREAM_FAULTS = ["Stall the stream", "Damage the next frames", "Lose the next frames"]
+STARTS = ["Can be started", "In use by another program", "Not enough USB bandwidth", "No permission", "Fault of the camera"]
+MOST_ELEMENTS = 200
+PRESSED = {"push button", "toggle button", "check box", "radio button", "menu item", "check menu item", "radio menu item",
+           "combo box", "slider", "spin button", "table cell", "list item", "page tab", "text", "button"}
+
+
+class Monkey:
+    """Its answers to step() say what it has done. The seed and the step's number alone decide, and what is there to be
+    pressed: a step that found less than the last time changes none of those after it."""
+
+    def __init__(self, desktop, command, seed):
+        self.desktop, self.command, self.seed = desktop, command, seed
+        self.random = None
+        self.outside = desktop.folder / "outside"  # where it saves copies
+        self.outside.mkdir()
+        self.program = None
+        self.starts = 0
+        self.is_killed = False
+        self._acts = {self._key: 46, self._mouse: 16, self._element: 14, self._camera: 10, self._text: 4, self._window: 3,
+                      self._wait: 3, self._quit: 1, self._kill: 1, self._second_start: 1, self._foreign_file: 1}
+
+    def start(self):
+        self.starts += 1
+        self.is_killed = False
+        self.program = Program(self.desktop, self.command, log=f"program-{self.starts}.log")
+        self.program.wait_for("frame", "BrimwellPro")
+
+    def step(self, number):
+        self.random = Random(f"{self.seed} {number}")
+        act = self.random.choices(list(self._acts), list(self._acts.values()))[0]
+        from gi.repository import GLib  # which looks at the environment
+        try:
+            return act()
+        except (GLib.Error, IndexError, ValueError):
+            # What it looked for went away, or is busy with a menu. Whether the program answers is watched elsewhere.
+            return f"{act.__name__}, too late"
+
+    def _key(self):
+        key = self.random.choices(list(KEYS), list(KEYS.values()))[0]
+        times = self.random.choice([1, 1, 1, 1, 2, 3])
+        self.desktop.input("key", "--clearmodifiers", *[key] * times)
+        return f"key {key}" + f" {times} times" * (times > 1)
+
+    def _text(self):
+        text = self.random.choice(TEXTS)
+        self.desktop.input("type", "--delay", 1, "--", text)
+        return f'text "{text[:20]}"'
+
+    def _place(self):
+        """A point in one of the program's windows."""
+        windows = self.program.windows()
+        if not windows:
+            return self.random.randrange(self.desktop.size[0]), self.random.randrange(self.desktop.size[1])
+        area = self.random.choice(windows).area
+        return area.x + int(self.random.random() * area.width), area.y + int(self.random.random() * area.height)
+
+    def _mouse(self):
+        x, y = self._place()
+        kind = self.random.choice(["click", "click", "click", "double", "right", "drag", "wheel", "zoom"])
+        if kind == "drag":
+            to = self._place()
+            self.desktop.input("mousemove", x, y, "mousedown", 1, "mousemove", *to, "mouseup", 1)
+            return f"drag {x},{y} to {to}"
+        more = {"click": ["click", 1], "double": ["click", "--repeat", 2, "--delay", 40, 1], "right": ["click", 3],
+                "wheel": ["click", "--repeat", 3, self.random.choice([4, 5])],
+                "zoom": ["keydown", "ctrl", "click", self.random.choice([4, 5]), "keyup", "ctrl"]}[kind]
+        self.desktop.input("mousemove", x, y, *more)
+        return f"{kind} at {x},{y}"
+
+    def _element(self):
+        """As a screen reader would: whatever can be pressed, in the window that has the keyboard."""
+        windows = self.program.windows()
+        window = next((each for each in windows if each.has_state("active")), windows[0] if windows else None)
+        found = (element for element in window.descendants() if element.role in PRESSED and element.showing
+                 and element.has_state("enabled") and element.actions) if window else ()
+        elements = list(itertools.islice(found, MOST_ELEMENTS))
+        if not elements:
+            return "nothing to press"
+        element = self.random.choice(elements)
+        action = self.random.choice(element.actions)
+        said = f'{action} {element.role} "{element.name[:40]}"'
+        element.do(action)
+        return said
+
+    def _hand(self, name):
+        element = self.program.find(None, name)
+        if not element or not element.actions:
+            return False
+        element.do(element.actions[0])
+        return True
+
+    def _camera(self):
+        camera = self.random.choice(["High Resolution Microscope 1", "Regular Microscope 1"])
+        deed = self.random.choice(["Plug", "Plug", "Plug", "Plug", "Press Button", "Press Button", "Press Button", "Start",
+                                   "Fault"])
+        if deed == "Plug":
+            deed = next((name for name in ("Unplug", "Plug In") if self._hand(f"{camera}: {name}")), "nothing")
+        elif deed == "Press Button":
+            self._hand(f"{camera}: Press Button")
+        elif deed == "Start":
+            deed = self.random.choice(STARTS)
+            self._choose(f"{camera}: Start", deed)
+        else:
+            fault = self.random.randrange(len(STREAM_FAULTS))
+            deed = STREAM_FAULTS[fault]
+            if button := self.program.find(None, f"{camera}: Fault"):
+                self.desktop.click(button.area.x + 5, button.area.y + 5)
+                self.desktop.input("key", *["Down"] * (fault + 1), "Return")
+        return f"{camera}: {deed}"
+
+    def _choose(self, box, item):
+        element = self.program.find(None, f"{box}")
+        combo = element if element and element.role == "combo box" else None
+        for entry in combo.descendants() if combo else []:
+            if entry.name == item:
+                entry.do(entry.actions[0])
+                return
+
+    def _window(self):
+        main = self.desktop.output(["xdotool", "search", "--onlyvisible", "--name", "^BrimwellPro$"]).split()
+        if not main:
+            return "no main window"
+        window = main[0].decode()
+        kind = self.random.choice(["size", "activate", "activate", "minimise"])
+        if kind == "size":
+            size = self.random.randrange(300, 1240), self.random.randrange(200, 740)
+            self.desktop.output(["xdotool", "windowsize", window, str(size[0]), str(size[1])])
+            return f"size {size}"
+        if kind == "minimise":
+            self.desktop.output(["xdotool", "windowminimize", window])
+            self._wait()
+        self.desktop.output(["xdotool", "windowmap", window, "windowactivate", window])
+        return kind
+
+    def _wait(self):
+        seconds = self.random.choice([0.2, 0.5, 1, 2.5])
+        time.sleep(seconds)
+        return f"wait {seconds} s"
+
+    def _quit(self):
+        signum = self.random.choice([None, signal.SIGTERM])
+        if signum:
+            os.kill(self.program.pid, signum)
+        else:
+            self._window()
+            self.desktop.input("key", "--clearmodifiers", "Escape", "Escape", "ctrl+q")
+        return "SIGTERM" if signum else "key ctrl+q"
+
+    def _kill(self):
+        self.is_killed = True
+        os.kill(self.program.pid, signal.SIGKILL)
+        return "SIGKILL"
+
+    def _second_start(self):
+        second = self.desktop.spawn(self.command, log="second.log")
+        try:
+            if second.wait(timeout=20 * PATIENCE):
+                raise Failure(f"the second start has ended with {second.returncode}")
+        except subprocess.TimeoutExpired:
+            if self.program.running:
+                raise Failure("the second start has not ended") from None
+            second.send_signal(signal.SIGTERM)  # it has waited for the end of the first one
+            second.wait(timeout=20 * PATIENCE)
+        return "second start"
+
+    def _foreign_file(self):
+        """What others put into an album or take away from there."""
+        albums = sorted((self.desktop.home / "BrimwellPro").glob("*/"))
+        if not albums:
+            return "no album"
+        album = self.random.choice(albums)
+        name = self.random.choice(["foreign.jpg", "20990101_image_001.jpg", "notes.txt", "20240101_video_001.mov"])
+        (album / name).write_bytes(self.random.choice([b"", b"\xff\xd8\xff\xe0", bytes(5000)]))
+        return f"foreign file {album.name}/{name}"
