@@ -15,6 +15,7 @@
 #include "Utils/BWUIUtils.h"
 #include "Utils/BWVersion.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/Utils/BWControlStyle.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
@@ -102,6 +103,7 @@ std::unique_ptr<QApplication> makeApplication(const BWCommandLine &line, int &ar
     QCoreApplication::setApplicationVersion(QStringLiteral(BW_VERSION));
     QGuiApplication::setDesktopFileName(u"brimwellpro"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false); // the delegate decides, when the camera has stopped
+    QApplication::setStyle(new BWControlStyle);
     BWIcons::install(*application);
     return application;
 }

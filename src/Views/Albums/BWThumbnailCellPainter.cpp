@@ -3,6 +3,8 @@
 
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWPillPainting.h"
 
@@ -36,10 +38,7 @@ constexpr double movieInset = 4;
 /// A little text colour in the background colour: the same calm grey in light and dark palettes.
 QColor grey(const QPalette &palette, double strength)
 {
-    const QColor base = palette.color(QPalette::Base);
-    const QColor text = palette.color(QPalette::Text);
-    const auto mix = [strength](int from, int to) { return qRound(from + (to - from) * strength); };
-    return {mix(base.red(), text.red()), mix(base.green(), text.green()), mix(base.blue(), text.blue())};
+    return BWColors::mixed(palette.color(QPalette::Base), palette.color(QPalette::Text), strength);
 }
 
 QRectF grown(const QRectF &rect, double by)
@@ -70,7 +69,8 @@ void drawNoPicture(QPainter &painter, const QRectF &picture, const QPalette &pal
     const auto at = [&frame](double x, double y) {
         return frame.topLeft() + QPointF(x * frame.width(), y * frame.height());
     };
-    const QColor colour = grey(palette, glyphStrength);
+    const QColor colour =
+        BWColors::on(grey(palette, placeholderStrength), grey(palette, glyphStrength), BWColors::visible);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(colour, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     // A picture torn in two.
@@ -83,7 +83,8 @@ void drawNoPicture(QPainter &painter, const QRectF &picture, const QPalette &pal
 /// A frame; the picture is drawn over it.
 void drawSelection(QPainter &painter, const QRectF &picture, const QPalette &palette)
 {
-    const QColor colour = palette.color(QPalette::Highlight);
+    const QColor colour =
+        BWColors::on(palette.color(QPalette::Base), palette.color(QPalette::Highlight), BWColors::visible);
     QColor veil = colour;
     veil.setAlphaF(selectionOpacity);
     painter.setPen(QPen(colour, selectionWidth));
@@ -215,7 +216,7 @@ void BWThumbnailCellPainter::paintPicture(QPainter &painter, const QRectF &rect,
         const double scale = painter.device()->devicePixelRatioF();
         QPixmap pixmap = m_pixmaps.scaled(value.picture, (rect.size() * scale).toSize());
         pixmap.setDevicePixelRatio(scale);
-        painter.drawPixmap(rect.topLeft(), pixmap);
+        drawBWPixmap(painter, rect.topLeft(), pixmap);
         return;
     }
     drawPlaceholder(painter, rect, palette);

@@ -9,6 +9,7 @@
 #include "Views/Albums/BWThumbnailTableModel.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
+#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWIcons.h"
 
 #include <algorithm>
@@ -51,11 +52,12 @@ void BWThumbnailNotice::paintEvent(QPaintEvent *)
     const QRect bounds =
         painter.boundingRect(QRect(0, 0, textWidth, height()), Qt::AlignHCenter | Qt::TextWordWrap, m_text);
     const int top = (height() - emptyIconSize - gap - bounds.height()) / 2;
-    painter.setOpacity(iconOpacity);
+    const bool isHighContrast = BWColors::isHighContrast(palette());
+    painter.setOpacity(isHighContrast ? 1 : iconOpacity);
     m_icon.paint(&painter, (width() - emptyIconSize) / 2, top, emptyIconSize, emptyIconSize);
     painter.setOpacity(1);
     QColor colour = palette().color(QPalette::Text);
-    colour.setAlphaF(textOpacity);
+    colour.setAlphaF(isHighContrast ? 1 : textOpacity);
     painter.setPen(colour);
     painter.drawText(QRect((width() - textWidth) / 2, top + emptyIconSize + gap, textWidth, bounds.height()),
                      Qt::AlignHCenter | Qt::TextWordWrap, m_text);

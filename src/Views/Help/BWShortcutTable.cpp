@@ -3,10 +3,13 @@
 
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Albums/BWThumbnailKeyboard.h"
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
 
 #include <algorithm>
 #include <QAction>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
@@ -93,7 +96,8 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {with(Qt::ControlModifier, wheel)}},
          {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s), {wheel, middleButton + drag}},
          {manager.text(u"help_window"_s, u"step_label"_s, u"Previous, next picture of the album"_s),
-          {key(Qt::Key_Left), key(Qt::Key_Right)}},
+          QGuiApplication::isRightToLeft() ? QStringList{key(Qt::Key_Right), key(Qt::Key_Left)}
+                                           : QStringList{key(Qt::Key_Left), key(Qt::Key_Right)}},
          {manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), {key(Qt::Key_Escape)}}}};
     const BWShortcutSection fullScreen{
         plainText(manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s)),
@@ -188,16 +192,16 @@ void BWKeyCaps::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    QColor edge = palette().color(QPalette::WindowText);
-    edge.setAlphaF(0.3F);
+    constexpr double edgeShare = 0.3; // of the text colour
     const QList<Cap> all = caps();
     for (const Cap &cap : all) {
-        const QRectF frame(cap.left + 0.5, 0.5, cap.width - 1, sizeHint().height() - 1);
-        painter.setPen(edge);
+        const QRectF outer(cap.left, 0, cap.width, sizeHint().height());
+        const BWCrispFrame frame(painter, outer);
+        painter.setPen(QPen(BWColors::line(palette(), edgeShare), frame.width));
         painter.setBrush(palette().base());
-        painter.drawRoundedRect(frame, radius, radius);
+        painter.drawRoundedRect(frame.rect, radius, radius);
         painter.setPen(palette().color(QPalette::Text));
-        painter.drawText(frame, Qt::AlignCenter, cap.text);
+        painter.drawText(outer, Qt::AlignCenter, cap.text);
     }
 }
 

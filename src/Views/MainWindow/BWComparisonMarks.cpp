@@ -3,6 +3,7 @@
 
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Utils/BWCrispFrame.h"
 
 #include <algorithm>
 #include <QMouseEvent>
@@ -38,7 +39,7 @@ protected:
             Q_EMIT draggedTo(mapToParent(event->pos()).x() - m_grip);
     }
 
-    /// A light line with dark edges can be seen on any picture.
+    /// A light line with dark edges, equally wide, can be seen on any picture.
     void paintEvent(QPaintEvent *) override
     {
         constexpr QColor light(250, 250, 250);
@@ -46,8 +47,10 @@ protected:
         constexpr double knob = 11; // radius
         constexpr double middle = width / 2.0;
         QPainter painter(this);
-        painter.fillRect(QRectF(middle - 2, 0, 4, height()), dark);
-        painter.fillRect(QRectF(middle - 1, 0, 2, height()), light);
+        const double lightWidth = bwLineWidth(painter, 2);
+        const double edge = bwLineWidth(painter);
+        painter.fillRect(QRectF(middle - lightWidth / 2 - edge, 0, lightWidth + 2 * edge, height()), dark);
+        painter.fillRect(QRectF(middle - lightWidth / 2, 0, lightWidth, height()), light);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.translate(middle, height() / 2.0);
         painter.setPen(QPen(dark, 1.5));

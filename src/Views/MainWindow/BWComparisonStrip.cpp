@@ -4,6 +4,8 @@
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/Utils/BWBarButton.h"
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
 
 #include <algorithm>
 #include <QAction>
@@ -20,6 +22,7 @@ namespace {
 constexpr int stripDistance = 11; // from the edges of the picture
 constexpr int sliderSteps = 100;
 constexpr int sliderWidth = 110;
+constexpr double lineShare = 0.25; // of the text colour
 
 /// A flat button with its text, or with a cross.
 class StripButton : public BWBarButton {
@@ -41,7 +44,8 @@ protected:
     {
         BWBarButton::paintEvent(event); // without an icon: the state
         QPainter painter(this);
-        const QColor color = palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText);
+        const QColor color =
+            isEnabled() ? palette().color(QPalette::Active, QPalette::WindowText) : BWColors::disabled(palette());
         painter.setPen(color);
         if (m_shows == Shows::Text) {
             painter.drawText(rect(), Qt::AlignCenter, text());
@@ -65,9 +69,7 @@ QWidget *separator(QWidget *parent)
     line->setFrameShape(QFrame::VLine);
     line->setFrameShadow(QFrame::Plain);
     QPalette palette = line->palette();
-    QColor color = palette.color(QPalette::WindowText);
-    color.setAlphaF(0.25F);
-    palette.setColor(QPalette::WindowText, color);
+    palette.setColor(QPalette::WindowText, BWColors::line(palette, lineShare));
     line->setPalette(palette);
     return line;
 }
@@ -152,6 +154,10 @@ void BWComparisonStrip::showShare(BWScene::Mode mode, double share)
     const QSignalBlocker blocker(m_slider);
     m_slider->setEnabled(mode == BWScene::Mode::Overlay || mode == BWScene::Mode::Divider);
     m_slider->setValue(qRound(share * sliderSteps));
+    if (mode == BWScene::Mode::Divider) // the handle is where the line is
+        m_slider->setLayoutDirection(Qt::LeftToRight);
+    else
+        m_slider->unsetLayoutDirection();
     const QString &name = mode == BWScene::Mode::Divider ? m_lineName : m_shareName;
     m_slider->setAccessibleName(name);
     m_slider->setToolTip(name);
@@ -163,9 +169,8 @@ void BWComparisonStrip::paintEvent(QPaintEvent *)
     constexpr double radius = 8;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    QColor line = palette().color(QPalette::WindowText);
-    line.setAlphaF(0.25F);
-    painter.setPen(line);
+    const BWCrispFrame frame(painter, rect());
+    painter.setPen(QPen(BWColors::line(palette(), lineShare), frame.width));
     painter.setBrush(palette().color(QPalette::Window));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.drawRoundedRect(frame.rect, radius, radius);
 }

@@ -7,7 +7,9 @@
 #include "Views/MainWindow/BWLastCaptureButton.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/Utils/BWBarButton.h"
+#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWControls.h"
+#include "Views/Utils/BWCrispFrame.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWIcons.h"
 
@@ -322,7 +324,6 @@ void BWControlBar::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.fillRect(rect(), palette().color(QPalette::Window));
-    QColor line = palette().color(QPalette::WindowText);
-    line.setAlphaF(0.18F);
-    painter.fillRect(QRect(0, height() - 1, width(), 1), line);
+    const double line = bwLineWidth(painter);
+    painter.fillRect(QRectF(0, height() - line, width(), line), BWColors::line(palette()));
 }

@@ -13,11 +13,10 @@ namespace {
 
 constexpr double longestScaleBar = 200; // points
 
-/// Tiles of the image in which something is drawn, in points.
+/// Tiles of the image in which something is drawn, in its pixels.
 QRegion drawnRegion(const QImage &image)
 {
     constexpr int tile = 32;
-    const double ratio = image.devicePixelRatio();
     QRegion region;
     for (int top = 0; top < image.height(); top += tile) {
         for (int left = 0; left < image.width(); left += tile) {
@@ -28,7 +27,7 @@ QRegion drawnRegion(const QImage &image)
                 any = std::any_of(line + rect.left(), line + rect.right() + 1, [](QRgb pixel) { return pixel != 0; });
             }
             if (any)
-                region += QRectF(QPointF(rect.topLeft()) / ratio, QSizeF(rect.size()) / ratio).toAlignedRect();
+                region += rect;
         }
     }
     return region;
@@ -87,8 +86,14 @@ void BWDrawnMeasurements::drawScaleBar(QPainter &painter) const
 void BWDrawnMeasurements::paint(QPainter &painter, const QRegion &region) const
 {
     const double ratio = m_look.ratio;
-    for (const QRect &rect : m_covered &region)
-        painter.drawImage(QRectF(rect), m_image, QRectF(QPointF(rect.topLeft()) * ratio, QSizeF(rect.size()) * ratio));
+    QRegion pixels;
+    for (const QRect &rect : region)
+        pixels += QRectF(QPointF(rect.topLeft()) * ratio, QSizeF(rect.size()) * ratio).toAlignedRect();
+    painter.save();
+    painter.scale(1 / ratio, 1 / ratio); // pixel by pixel, as the picture below
+    for (const QRect &tile : m_covered &pixels)
+        painter.drawImage(QRectF(tile), m_image, QRectF(tile));
+    painter.restore();
 }
 
 void BWDrawnMeasurements::clear()

@@ -49,5 +49,5 @@ private:
     QList<BWMeasurement> m_measurements;
     Look m_look;
     QImage m_image; ///< null: nothing has been drawn
-    QRegion m_covered; ///< by what is drawn in it
+    QRegion m_covered; ///< by what is drawn in it, in its pixels
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/MainWindow/BWFrozenMark.h"
 
+#include "Views/Utils/BWCrispFrame.h"
+
 #include <QEvent>
 #include <QPainter>
 
@@ -48,5 +50,6 @@ void BWFrozenMark::paintEvent(QPaintEvent *)
 {
     if (m_drawn.isNull() || m_drawn.devicePixelRatio() != devicePixelRatioF())
         m_drawn = m_picture.fadingPart(devicePixelRatioF());
-    QPainter(this).drawPixmap(0, 0, m_drawn);
+    QPainter painter(this);
+    drawBWPixmap(painter, {}, m_drawn);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/MainWindow/BWLastCaptureButton.h"
 
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
 #include "Views/Utils/BWPillPainting.h"
 
 #include <QPainter>
@@ -9,7 +11,7 @@ namespace {
 
 constexpr QSize place(48, 38);
 constexpr int margin = 4; // for the ring of the focus
-constexpr float frameOpacity = 0.35F;
+constexpr double frameShare = 0.35; // of the text colour
 constexpr double markHeight = 12;
 
 /// The sign of a movie, in its middle.
@@ -54,17 +56,15 @@ void BWLastCaptureButton::paintEvent(QPaintEvent *event)
     const double ratio = devicePixelRatioF();
     const QSize room = (QSizeF(size()) * ratio).toSize() - QSize(2, 2) * (margin * ratio);
     const QSize pixels = m_picture.size().scaled(room, Qt::KeepAspectRatio).expandedTo({1, 1});
-    QImage picture = m_picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    auto picture = QPixmap::fromImage(m_picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     picture.setDevicePixelRatio(ratio);
-    // On whole pixels of the screen, so that it is copied as it is.
     const QPoint corner(qRound((width() * ratio - pixels.width()) / 2),
                         qRound((height() * ratio - pixels.height()) / 2));
     const QRectF rect(QPointF(corner) / ratio, QSizeF(pixels) / ratio);
-    painter.drawImage(rect.topLeft(), picture);
-    QColor frame = palette().color(QPalette::WindowText);
-    frame.setAlphaF(frameOpacity);
-    painter.setPen(QPen(frame, 1 / ratio));
-    painter.drawRect(rect.adjusted(0, 0, -1 / ratio, -1 / ratio));
+    drawBWPixmap(painter, rect.topLeft(), picture);
+    const BWCrispFrame frame(painter, rect);
+    painter.setPen(QPen(BWColors::line(palette(), frameShare), frame.width));
+    painter.drawRect(frame.rect);
     if (m_isMovie)
         drawMovieSign(painter, rect.center());
 }

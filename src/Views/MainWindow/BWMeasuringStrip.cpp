@@ -6,7 +6,9 @@
 #include "Views/MainWindow/BWMeasuringMenu.h"
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/BWBarButton.h"
+#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWControls.h"
+#include "Views/Utils/BWCrispFrame.h"
 #include "Views/Utils/BWIcons.h"
 
 #include <QAction>
@@ -218,7 +220,5 @@ void BWMeasuringStrip::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.fillRect(rect(), palette().color(QPalette::Window));
-    QColor line = palette().color(QPalette::WindowText);
-    line.setAlphaF(0.18F);
-    painter.fillRect(QRect(0, 0, width(), 1), line);
+    painter.fillRect(QRectF(0, 0, width(), bwLineWidth(painter)), BWColors::line(palette()));
 }

@@ -5,12 +5,15 @@
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/Utils/BWBarButton.h"
+#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWPillPainting.h"
 
 #include <algorithm>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QStyle>
 
 using namespace Qt::StringLiterals;
 
@@ -45,15 +48,17 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
-        const QPointF middle(buttonHeight / 2.0, height() / 2.0);
+        const QRect signRect = QStyle::visualRect(layoutDirection(), rect(), QRect(0, 0, buttonHeight, height()));
+        const QPointF middle = QRectF(signRect).center();
         const auto at = [&](double x, double y) { return middle + QPointF(x, y) * (side / 2); };
         painter.setPen(QPen(bwPillTextColor, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        const double onward = isRightToLeft() ? -0.5 : 0.5;
         switch (m_sign) {
         case Sign::Previous:
-            painter.drawPolyline(QPolygonF{at(0.5, -1), at(-0.5, 0), at(0.5, 1)});
+            painter.drawPolyline(QPolygonF{at(onward, -1), at(-onward, 0), at(onward, 1)});
             break;
         case Sign::Next:
-            painter.drawPolyline(QPolygonF{at(-0.5, -1), at(0.5, 0), at(-0.5, 1)});
+            painter.drawPolyline(QPolygonF{at(-onward, -1), at(onward, 0), at(-onward, 1)});
             break;
         case Sign::Play:
             painter.setBrush(bwPillTextColor);
@@ -64,7 +69,9 @@ protected:
             painter.drawLine(at(-0.8, 0.8), at(0.8, -0.8));
             break;
         }
-        painter.drawText(rect().adjusted(buttonHeight, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, text());
+        const QRect textRect(buttonHeight, 0, width() - buttonHeight, height());
+        painter.drawText(QStyle::visualRect(layoutDirection(), rect(), textRect), Qt::AlignVCenter | Qt::AlignLeft,
+                         text());
     }
 
 private:
@@ -87,6 +94,7 @@ BWPictureCaption::BWPictureCaption(BWCenteringClipView &view)
     QPalette onPill = palette();
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         onPill.setColor(role, bwPillTextColor);
+    onPill.setColor(QPalette::Window, BWColors::mixed(Qt::white, bwPillColor, bwPillColor.alphaF())); // at its lightest
     setPalette(onPill);
     QFont bold = m_name->font();
     bold.setWeight(QFont::DemiBold);
@@ -107,6 +115,7 @@ BWPictureCaption::BWPictureCaption(BWCenteringClipView &view)
     connect(m_next, &QAbstractButton::clicked, this, [this] { Q_EMIT stepTriggered(true); });
     connect(m_play, &QAbstractButton::clicked, this, &BWPictureCaption::playTriggered);
     connect(m_close, &QAbstractButton::clicked, this, &BWPictureCaption::closeTriggered);
+    setLayoutDirection(QGuiApplication::layoutDirection()); // unlike the picture below
     setAttribute(Qt::WA_NoMousePropagation);
     setCursor(Qt::ArrowCursor);
     connect(&view, &BWCenteringClipView::uncoveredChanged, this, [this] {
@@ -125,8 +134,9 @@ void BWPictureCaption::localizeWithManager(BWLocalizationManager &manager)
     const QString play = manager.text(u"look_back"_s, u"play"_s, u"Play"_s);
     m_play->setText(play);
     name(m_play, play, Qt::Key_Return);
-    name(m_previous, manager.text(u"look_back"_s, u"previous"_s, u"Previous"_s), Qt::Key_Left);
-    name(m_next, manager.text(u"look_back"_s, u"next"_s, u"Next"_s), Qt::Key_Right);
+    name(m_previous, manager.text(u"look_back"_s, u"previous"_s, u"Previous"_s),
+         isRightToLeft() ? Qt::Key_Right : Qt::Key_Left);
+    name(m_next, manager.text(u"look_back"_s, u"next"_s, u"Next"_s), isRightToLeft() ? Qt::Key_Left : Qt::Key_Right);
     name(m_close, manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), Qt::Key_Escape);
 }
 

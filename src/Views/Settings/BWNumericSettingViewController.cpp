@@ -2,6 +2,7 @@
 #include "Views/Settings/BWNumericSettingViewController.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWControls.h"
 
 #include <algorithm>
@@ -182,6 +183,7 @@ void BWNumericSettingViewController::updateColors()
 {
     QColor dim = palette().color(QPalette::Text); // not every palette has a colour for this
     dim.setAlphaF(dimmed);
+    dim = BWColors::on(palette().color(QPalette::Window), dim, BWColors::readable);
     QPalette hint;
     hint.setColor(QPalette::WindowText, dim);
     m_hint->setPalette(hint);

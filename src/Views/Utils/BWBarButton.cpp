@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/Utils/BWBarButton.h"
 
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
+
 #include <QPainter>
 #include <QPalette>
 #include <QPen>
@@ -19,26 +22,28 @@ void drawBWControlPanel(QPainter &painter, const QRectF &rect, const QPalette &p
 {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    const double inset = ringWidth / 2;
-    const QRectF panel = rect.adjusted(inset, inset, -inset, -inset);
+    const BWCrispFrame ring(painter, rect, ringWidth);
+    const QColor accent = BWColors::accent(palette);
     if (state.checked) {
-        QColor fill = palette.color(QPalette::Highlight);
-        painter.setPen(fill);
+        const BWCrispFrame frame(painter, ring.rect);
+        QColor fill = accent;
         fill.setAlphaF(checkedOpacity);
+        painter.setPen(QPen(accent, frame.width));
         painter.setBrush(fill);
-        painter.drawRoundedRect(panel.adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+        painter.drawRoundedRect(frame.rect, cornerRadius, cornerRadius);
     }
     if (state.enabled && (state.hovered || state.pressed)) {
+        const double strength = BWColors::isHighContrast(palette) ? 2 : 1;
         QColor veil = palette.color(QPalette::WindowText);
-        veil.setAlphaF(static_cast<float>(state.pressed ? pressedOpacity : hoverOpacity));
+        veil.setAlphaF(static_cast<float>(strength * (state.pressed ? pressedOpacity : hoverOpacity)));
         painter.setPen(Qt::NoPen);
         painter.setBrush(veil);
-        painter.drawRoundedRect(panel, cornerRadius, cornerRadius);
+        painter.drawRoundedRect(ring.rect, cornerRadius, cornerRadius);
     }
     if (state.focused) {
-        painter.setPen(QPen(palette.color(QPalette::Highlight), ringWidth));
+        painter.setPen(QPen(accent, ring.width));
         painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(panel, cornerRadius, cornerRadius);
+        painter.drawRoundedRect(ring.rect, cornerRadius, cornerRadius);
     }
     painter.restore();
 }

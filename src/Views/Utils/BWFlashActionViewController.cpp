@@ -4,6 +4,7 @@
 #include "BWACUDriver/DispatchAfterStrict.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWMainQueue.h"
+#include "Views/Utils/BWCrispFrame.h"
 
 #include <algorithm>
 #include <QEvent>
@@ -223,9 +224,9 @@ void BWFlashActionViewController::paintEvent(QPaintEvent *event)
     }
     m_drawn = pillRect();
     QPainter painter(this);
-    painter.drawPixmap(m_drawn.topLeft(), m_steady);
+    drawBWPixmap(painter, m_drawn.topLeft(), m_steady);
     painter.setOpacity(m_animation.opacity());
-    painter.drawPixmap(m_drawn.topLeft(), m_fading);
+    drawBWPixmap(painter, m_drawn.topLeft(), m_fading);
 }
 
 void BWFlashActionViewController::showEvent(QShowEvent *event)

@@ -2,7 +2,10 @@
 #include "Views/Utils/BWIcons.h"
 
 #include "Utils/BWLogging.h"
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
 
+#include <algorithm>
 #include <QEvent>
 #include <QFile>
 #include <QGuiApplication>
@@ -33,7 +36,7 @@ void useOurResources()
 /// family to the desktop.
 void chooseTheme()
 {
-    const QString breeze = BWIcons::isDark(QGuiApplication::palette()) ? u"breeze-dark"_s : u"breeze"_s;
+    const QString breeze = BWColors::isDark(QGuiApplication::palette()) ? u"breeze-dark"_s : u"breeze"_s;
     if (QIcon::fallbackThemeName() != breeze)
         QIcon::setFallbackThemeName(breeze);
     const QString current = QIcon::themeName();
@@ -57,46 +60,90 @@ public:
 struct Colors {
     QColor text;
     QColor accent;
+    QColor onAccent;
 };
 
 Colors colorsForMode(QIcon::Mode mode)
 {
     const QPalette palette = QGuiApplication::palette();
+    const QColor window = palette.color(QPalette::Active, QPalette::Window);
     switch (mode) {
     case QIcon::Disabled: {
-        const QColor gray = palette.color(QPalette::Disabled, QPalette::WindowText);
-        return {gray, gray};
+        const QColor gray = BWColors::disabled(palette);
+        return {gray, gray, window};
     }
     case QIcon::Selected: {
         const QColor selected = palette.color(QPalette::Active, QPalette::HighlightedText);
-        return {selected, selected};
+        return {selected, selected, palette.color(QPalette::Active, QPalette::Highlight)};
     }
     case QIcon::Normal:
     case QIcon::Active:
         break;
     }
-    return {palette.color(QPalette::Active, QPalette::WindowText),
-            palette.color(QPalette::Active, QPalette::Highlight)};
+    const QColor accent = BWColors::accent(palette);
+    const bool isLight = BWColors::contrast(accent, Qt::white) < BWColors::visible;
+    return {palette.color(QPalette::Active, QPalette::WindowText), accent, isLight ? Qt::black : Qt::white};
 }
 
-/// Draws an SVG file in the colours of the application's palette: "currentColor" in the file becomes the text colour,
-/// "accentColor" the highlight colour. Renders at exactly the requested size, in the current palette.
-class SymbolicIconEngine : public QIconEngine {
+/// An engine that makes its pictures for the pixels of the screen; what it paints lies on whole ones.
+class PixelIconEngine : public QIconEngine {
 public:
-    explicit SymbolicIconEngine(QString path) : m_path(std::move(path)) { }
-
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
     {
         const double ratio = painter->device()->devicePixelRatioF();
-        painter->drawPixmap(rect, pixmap((QSizeF(rect.size()) * ratio).toSize(), mode, state));
+        QPixmap picture = inPixels((QSizeF(rect.size()) * ratio).toSize(), ratio, mode, state);
+        picture.setDevicePixelRatio(ratio);
+        const QSizeF left = (QSizeF(rect.size()) - QSizeF(picture.size()) / ratio) / 2;
+        drawBWPixmap(*painter, rect.topLeft() + QPointF(left.width(), left.height()), picture);
     }
 
-    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State) override
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return inPixels(size, 1, mode, state);
+    }
+
+    void virtual_hook(int id, void *data) override
+    {
+        if (id != ScaledPixmapHook) {
+            QIconEngine::virtual_hook(id, data);
+            return;
+        }
+        auto &wanted = *static_cast<ScaledPixmapArgument *>(data);
+        wanted.pixmap = inPixels(wanted.size, wanted.scale, wanted.mode, wanted.state);
+    }
+
+protected:
+    /// `size` in pixels, of which a point has `ratio`.
+    virtual QPixmap inPixels(const QSize &size, double ratio, QIcon::Mode mode, QIcon::State state) = 0;
+};
+
+/// Draws an SVG file in the colours of the application's palette: "currentColor" in the file becomes the text colour,
+/// "accentColor" the highlight colour, "onAccentColor" that of what lies on it. In high contrast nothing is translucent.
+class SymbolicIconEngine : public PixelIconEngine {
+public:
+    explicit SymbolicIconEngine(QString path) : m_path(std::move(path)) { }
+
+    QSize actualSize(const QSize &size, QIcon::Mode, QIcon::State) override { return size; }
+
+    QIconEngine *clone() const override { return new SymbolicIconEngine(m_path); }
+
+    QString key() const override { return u"BWSymbolicIconEngine"_s; }
+
+    bool isNull() override { return false; }
+
+protected:
+    QPixmap inPixels(const QSize &size, double, QIcon::Mode mode, QIcon::State) override
     {
         const Colors colors = colorsForMode(mode);
+        const bool opaque = BWColors::isHighContrast(QGuiApplication::palette());
         const QString text = colors.text.name();
         const QString accent = colors.accent.name();
-        const QString cacheKey = u"%1 %2x%3 %4 %5"_s.arg(m_path).arg(size.width()).arg(size.height()).arg(text, accent);
+        const QString onAccent = colors.onAccent.name();
+        const QString cacheKey = u"%1 %2x%3 %4 %5 %6 %7"_s.arg(m_path)
+                                     .arg(size.width())
+                                     .arg(size.height())
+                                     .arg(text, accent, onAccent)
+                                     .arg(opaque);
         QPixmap pixmap;
         if (QPixmapCache::find(cacheKey, &pixmap))
             return pixmap;
@@ -104,8 +151,12 @@ public:
         QFile file(m_path);
         if (!file.open(QIODevice::ReadOnly))
             return {};
-        const QByteArray svg =
-            file.readAll().replace("currentColor", text.toLatin1()).replace("accentColor", accent.toLatin1());
+        QByteArray svg = file.readAll()
+                             .replace("currentColor", text.toLatin1())
+                             .replace("onAccentColor", onAccent.toLatin1())
+                             .replace("accentColor", accent.toLatin1());
+        if (opaque)
+            svg.replace("stroke-opacity", "class");
         QSvgRenderer renderer(svg);
         const QSize fitting = renderer.defaultSize().scaled(size, Qt::KeepAspectRatio);
         pixmap = QPixmap(size);
@@ -118,53 +169,35 @@ public:
         return pixmap;
     }
 
-    QSize actualSize(const QSize &size, QIcon::Mode, QIcon::State) override { return size; }
-
-    QIconEngine *clone() const override { return new SymbolicIconEngine(m_path); }
-
-    QString key() const override { return u"BWSymbolicIconEngine"_s; }
-
-    bool isNull() override { return false; }
-
 private:
     QString m_path;
 };
 
-/// An icon of the theme. A disabled one is faded, because what styles make of it can be as bright as before in a dark
-/// window.
-class ThemedIconEngine : public QIconEngine {
+/// How well what stands out most can be told from the ground.
+double strongest(const QImage &drawn, const QColor &ground)
+{
+    double most = 1;
+    for (int i = 0; i < drawn.width() * drawn.height() && most < BWColors::visible; ++i) {
+        const QColor color = drawn.pixelColor(i % drawn.width(), i / drawn.width());
+        most = std::max(most, BWColors::contrast(BWColors::mixed(ground, color, color.alphaF()), ground));
+    }
+    return most;
+}
+
+/// An icon of the theme, or an image. A disabled one becomes its own shadow, because what styles make of it can be as bright
+/// as before in a dark window; so does one of a theme that can hardly be seen on the window, in the colour of texts.
+class ThemedIconEngine : public PixelIconEngine {
 public:
-    explicit ThemedIconEngine(QIcon icon) : m_icon(std::move(icon)) { }
+    enum class Kind { Theme, Image };
 
-    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
-    {
-        painter->save();
-        painter->setOpacity(painter->opacity() * opacity(mode));
-        m_icon.paint(painter, rect, Qt::AlignCenter, withoutDisabled(mode), state);
-        painter->restore();
-    }
-
-    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
-    {
-        return scaled(size, 1, mode, state);
-    }
-
-    void virtual_hook(int id, void *data) override
-    {
-        if (id != ScaledPixmapHook) {
-            QIconEngine::virtual_hook(id, data);
-            return;
-        }
-        auto &wanted = *static_cast<ScaledPixmapArgument *>(data);
-        wanted.pixmap = scaled(wanted.size / wanted.scale, wanted.scale, wanted.mode, wanted.state);
-    }
+    ThemedIconEngine(QIcon icon, Kind kind) : m_icon(std::move(icon)), m_kind(kind) { }
 
     QSize actualSize(const QSize &size, QIcon::Mode mode, QIcon::State state) override
     {
         return m_icon.actualSize(size, withoutDisabled(mode), state);
     }
 
-    QIconEngine *clone() const override { return new ThemedIconEngine(m_icon); }
+    QIconEngine *clone() const override { return new ThemedIconEngine(m_icon, m_kind); }
 
     QString key() const override { return u"BWThemedIconEngine"_s; }
 
@@ -172,26 +205,26 @@ public:
 
     bool isNull() override { return m_icon.isNull(); }
 
-private:
-    static QIcon::Mode withoutDisabled(QIcon::Mode mode) { return mode == QIcon::Disabled ? QIcon::Normal : mode; }
-    static double opacity(QIcon::Mode mode) { return mode == QIcon::Disabled ? 0.4 : 1; }
-
-    /// `size` in points.
-    QPixmap scaled(const QSize &size, double ratio, QIcon::Mode mode, QIcon::State state)
+protected:
+    QPixmap inPixels(const QSize &size, double ratio, QIcon::Mode mode, QIcon::State state) override
     {
-        const QPixmap whole = m_icon.pixmap(size, ratio, withoutDisabled(mode), state);
-        if (mode != QIcon::Disabled || whole.isNull())
-            return whole;
-        QPixmap faded(whole.size());
-        faded.setDevicePixelRatio(whole.devicePixelRatio());
-        faded.fill(Qt::transparent);
-        QPainter painter(&faded);
-        painter.setOpacity(opacity(mode));
-        painter.drawPixmap(0, 0, whole);
-        return faded;
+        QPixmap picture = m_icon.pixmap((QSizeF(size) / ratio).toSize(), ratio, withoutDisabled(mode), state);
+        const QColor window = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
+        const bool isFaint = m_kind == Kind::Theme && mode != QIcon::Selected
+            && strongest(picture.toImage(), window) < BWColors::visible;
+        if ((isFaint || mode == QIcon::Disabled) && !picture.isNull()) {
+            QPainter painter(&picture);
+            painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+            painter.fillRect(QRectF(QPointF(), picture.deviceIndependentSize()), colorsForMode(mode).text);
+        }
+        return picture;
     }
 
+private:
+    static QIcon::Mode withoutDisabled(QIcon::Mode mode) { return mode == QIcon::Disabled ? QIcon::Normal : mode; }
+
     QIcon m_icon;
+    Kind m_kind;
 };
 
 } // namespace
@@ -213,7 +246,7 @@ QIcon BWIcons::icon(const QString &name)
         qCInfo(bwViews, "No icon named \"%ls\"; is an icon theme installed?", qUtf16Printable(name));
         return {};
     }
-    return QIcon(new ThemedIconEngine(themed));
+    return QIcon(new ThemedIconEngine(themed, ThemedIconEngine::Kind::Theme));
 }
 
 QIcon BWIcons::image(const QString &fileName)
@@ -225,7 +258,7 @@ QIcon BWIcons::image(const QString &fileName)
     // QIcon looks for the sharper file only if a screen needs it now, but the window can move to another screen.
     QIcon icon(path);
     icon.addFile(sharper);
-    return icon;
+    return QIcon(new ThemedIconEngine(icon, ThemedIconEngine::Kind::Image));
 }
 
 QIcon BWIcons::applicationIcon()
@@ -235,9 +268,4 @@ QIcon BWIcons::applicationIcon()
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
         icon.addFile(u":/brimwellpro/icons/application/%1.png"_s.arg(size), QSize(size, size));
     return icon;
-}
-
-bool BWIcons::isDark(const QPalette &palette)
-{
-    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }

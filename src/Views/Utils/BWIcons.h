@@ -4,11 +4,10 @@
 #include <QIcon>
 
 class QGuiApplication;
-class QPalette;
 
 /// Icons and images by name. Names that begin with "brimwellpro-" are our own drawings in the colours of the palette;
 /// all others come from the desktop's icon theme, or from Breeze if the theme has none. Icons follow a change of the
-/// palette and are sharp at every scale. GUI thread.
+/// palette, can be told from the window and from disabled ones in each, and are sharp at every scale. GUI thread.
 ///
 /// Our own: brimwellpro-zoom-in, -zoom-out, -grid, -freeze, -albums, -snapshot (32 points, to stand beside "record.png"),
 /// -plug-in and -which-model (illustrations, 96 points), -select, -scale-bar, -results, -delete, -close, and one for each
@@ -26,7 +25,4 @@ public:
 
     /// The program's own icon in all sizes.
     static QIcon applicationIcon();
-
-    /// Whether the palette has light text on a dark background.
-    static bool isDark(const QPalette &palette);
 };

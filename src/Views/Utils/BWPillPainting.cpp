@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/Utils/BWPillPainting.h"
 
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
+
 #include <algorithm>
 #include <QFontMetrics>
+#include <QGuiApplication>
 #include <QPainter>
+#include <QPalette>
 #include <QPen>
+#include <QStyle>
 #include <QWidget>
 
 namespace {
@@ -31,9 +37,16 @@ void drawBWPill(QPainter &painter, const QRectF &rect)
     const double radius = std::min(rect.height() / 2, 14.0);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(24, 24, 26, 205));
-    painter.drawRoundedRect(rect, radius, radius);
+    if (BWColors::isHighContrast(QGuiApplication::palette())) {
+        const BWCrispFrame frame(painter, rect);
+        painter.setPen(QPen(Qt::white, frame.width));
+        painter.setBrush(Qt::black);
+        painter.drawRoundedRect(frame.rect, radius, radius);
+    } else {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(bwPillColor);
+        painter.drawRoundedRect(rect, radius, radius);
+    }
     painter.restore();
 }
 
@@ -49,7 +62,7 @@ void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPa
     }
     QPainter painter(&widget);
     painter.setOpacity(opacity);
-    painter.drawPixmap(0, 0, drawing);
+    drawBWPixmap(painter, {}, drawing);
 }
 
 void BWFlashPicture::setCaption(Sign sign, const QString &caption)
@@ -93,10 +106,17 @@ QSize BWFlashPicture::size() const
     return {captionEnd() + details + pillSidePadding, height + 2 * pillEndPadding};
 }
 
-QRect BWFlashPicture::fadingRect() const
+/// Sign, caption and details follow each other in the direction of reading.
+QRect BWFlashPicture::placed(int left, int width) const
 {
     const QSize whole = size();
-    return m_sign == Sign::Record ? QRect(0, 0, captionEnd() + 1, whole.height()) : QRect(QPoint(), whole);
+    return QStyle::visualRect(QGuiApplication::layoutDirection(), QRect(QPoint(), whole),
+                              QRect(left, 0, width, whole.height()));
+}
+
+QRect BWFlashPicture::fadingRect() const
+{
+    return placed(0, m_sign == Sign::Record ? captionEnd() + 1 : size().width());
 }
 
 QPixmap BWFlashPicture::steadyPart(double ratio) const
@@ -109,7 +129,7 @@ QPixmap BWFlashPicture::steadyPart(double ratio) const
     drawBWPill(painter, QRect(QPoint(), whole));
     painter.setFont(m_detailsFont);
     painter.setPen(bwPillTextColor);
-    painter.drawText(QRect(captionEnd() + detailsGap, 0, m_detailsWidth, whole.height()), Qt::AlignVCenter, m_details);
+    painter.drawText(placed(captionEnd() + detailsGap, m_detailsWidth), Qt::AlignVCenter, m_details);
     return pixmap;
 }
 
@@ -124,7 +144,7 @@ QPixmap BWFlashPicture::fadingPart(double ratio) const
     painter.setFont(m_captionFont);
     painter.setPen(bwPillTextColor);
     const int left = pillSidePadding + signWidth() + signGap;
-    painter.drawText(QRect(left, 0, whole.width() - left, whole.height()), Qt::AlignVCenter, m_caption);
+    painter.drawText(placed(left, captionEnd() - left), Qt::AlignVCenter, m_caption);
     return pixmap;
 }
 
@@ -133,7 +153,7 @@ void BWFlashPicture::drawSign(QPainter &painter) const
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const double side = signWidth();
-    const QRectF box(pillSidePadding, (size().height() - side) / 2, side, side);
+    const QRectF box(placed(pillSidePadding, signWidth()).left(), (size().height() - side) / 2, side, side);
     if (m_sign == Sign::Record) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(recordColor);

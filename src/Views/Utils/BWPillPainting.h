@@ -13,7 +13,7 @@ class QPainter;
 class QWidget;
 
 /// Draws the background of a text over the live image: the same in light and dark palettes, because it lies over the
-/// picture, not the window. GUI thread.
+/// picture, not the window; in high contrast black, with an edge. GUI thread.
 void drawBWPill(QPainter &painter, const QRectF &rect);
 
 /// Paints a widget that is a pill, from a drawing that is kept because the moving picture below has it painted many times
@@ -24,7 +24,8 @@ void paintBWPill(QWidget &widget, QPixmap &drawing, const std::function<void(QPa
 /// How far pills keep from the edges of the picture, in points.
 inline constexpr int bwPillDistance = 11;
 
-/// The colour of texts on it.
+/// Its colour, and that of texts on it.
+inline constexpr QColor bwPillColor(24, 24, 26, 205);
 inline constexpr QColor bwPillTextColor(245, 245, 245);
 
 /// The flash over the live image as pictures: a sign and a caption on a pill, and details beside them. It comes in two
@@ -58,6 +59,7 @@ public:
 private:
     int signWidth() const;
     int captionEnd() const;
+    QRect placed(int left, int width) const;
     void drawSign(QPainter &painter) const;
 
     Sign m_sign = Sign::Check;
