@@ -40,6 +40,8 @@ private Q_SLOTS:
         row("zh-Hans-CN", QStringList{u"zh-Hans-CN"_s}, u"zh"_s, u"Cancel"_s);
         row("en-GB", QStringList{u"en-GB"_s, u"de"_s}, u"en"_s, u"Cancel"_s);
         row("none", QStringList{}, QString(), u"Cancel"_s);
+        row("longer", QStringList{u"longer"_s}, u"longer"_s, u"Caânceêl"_s);
+        row("mirrored", QStringList{u"mirrored"_s}, u"mirrored"_s, u"Cancel"_s);
     }
     void languages()
     {
@@ -51,6 +53,7 @@ private Q_SLOTS:
                        "'localizations':{'de':'Abbrechen','fr':'','en':'Not shown','zh':7}}]")),
             languages);
         QCOMPARE(manager.preferredLanguage(), code);
+        QCOMPARE(manager.isRightToLeft(), code == u"mirrored"_s);
         QCOMPARE(manager.text(u"a"_s, u"x"_s, u"Cancel"_s), shown);
         QCOMPARE(manager.text(u"a"_s, u"y"_s, u"<b>y</b>"_s), u"<b>y</b>"_s);
     }

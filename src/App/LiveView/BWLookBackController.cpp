@@ -14,6 +14,7 @@
 
 #include <QAction>
 #include <QFile>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <utility>
 
@@ -233,7 +234,7 @@ bool BWLookBackController::press(const QKeyEvent &key)
     if (key.matches(QKeySequence::Undo))
         undoTrash();
     else if (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right)
-        step(key.key() == Qt::Key_Right);
+        step((key.key() == Qt::Key_Right) != QGuiApplication::isRightToLeft());
     else if (key.isAutoRepeat())
         return true;
     else if (key.key() == Qt::Key_Delete)

@@ -111,9 +111,11 @@ std::unique_ptr<QApplication> makeApplication(const BWCommandLine &line, int &ar
 /// Until the user has quit.
 int runEventLoop(const BWCommandLine &line, BWSingleInstance &instance)
 {
+    BWLocalizationManager &texts = BWRepository::singleton().localizationManager();
+    if (texts.isRightToLeft())
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
     AppDelegate delegate(delegateOptions(line));
-    BWMessageBoxAlertPresenter alerts(BWRepository::singleton().localizationManager(),
-                                      [&delegate] { return delegate.cameraWindow(); });
+    BWMessageBoxAlertPresenter alerts(texts, [&delegate] { return delegate.cameraWindow(); });
     BWUIUtils::setAlertPresenter(&alerts);
     const BWQuitSignals quitSignals([&delegate] { delegate.terminate(); });
     instance.setBringForward([&delegate](const QByteArray &token) {

@@ -14,6 +14,26 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Every vowel twice. What is no text stays: placeholders, access keys, markup.
+QString longerText(const QString &english)
+{
+    const QString vowels = u"aeiouAEIOU"_s;
+    const QString accented = u"âêîôûÂÊÎÔÛ"_s;
+    QString text;
+    bool inMarkup = false;
+    for (const QChar letter : english) {
+        inMarkup = letter == u'<' || (inMarkup && letter != u'>');
+        text += letter;
+        if (const qsizetype vowel = vowels.indexOf(letter); vowel >= 0 && !inMarkup)
+            text += accented[vowel];
+    }
+    return text;
+}
+
+} // namespace
+
 BWLocalizableString::BWLocalizableString(QString parent, QString identifier, QString value, bool isHTML)
     : m_parent(std::move(parent)), m_identifier(std::move(identifier)), m_value(std::move(value)), m_isHTML(isHTML)
 {
@@ -109,7 +129,7 @@ QString BWLocalizationManager::localize(const BWLocalizableString &string)
         if (!translation.isEmpty())
             return translation;
     }
-    return string.value();
+    return m_language == longerLanguage ? longerText(string.value()) : string.value();
 }
 
 QList<BWLocalizableString> BWLocalizationManager::strings()

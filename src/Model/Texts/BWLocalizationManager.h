@@ -45,6 +45,11 @@ public:
     /// The codes of the languages that the program speaks, English first.
     static QStringList languages();
 
+    /// Two more for tests of layouts, made out of English and offered nowhere: texts that are two fifths longer and have
+    /// accents, and windows for texts that are read from right to left.
+    static constexpr QLatin1String longerLanguage{"longer"};
+    static constexpr QLatin1String mirroredLanguage{"mirrored"};
+
     /// Reads the file, at once unless all texts are English anyway. A missing or unreadable file is logged and leaves
     /// every text English.
     /// `preferredLanguages` are the user's languages, best first ("de-AT", "en").
@@ -52,6 +57,9 @@ public:
 
     /// The first preferred language up to its first "-"; null if there are no preferred languages. Fixed once it is known.
     QString preferredLanguage();
+
+    /// Whether the preferred language is read from right to left.
+    bool isRightToLeft() const { return m_language == mirroredLanguage; }
 
     /// The text in the preferred language, or else the string's own English one. A null parent, identifier or value
     /// is fatal.

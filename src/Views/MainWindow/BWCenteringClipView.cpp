@@ -54,6 +54,8 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
 {
     QAccessible::installFactory(&accessibleView); // installs it once, however often it is called
     setFrameShape(QFrame::NoFrame);
+    setLayoutDirection(
+        Qt::LeftToRight); // a picture is not read, and scroll bars and arrow keys move over it as it lies
     addScrollBarWidget(m_scrollBarSpacer, Qt::AlignTop);
     setTopInset(BWLiveViewGeometry::barHeight);
 
@@ -463,7 +465,8 @@ void BWCenteringClipView::keyPressEvent(QKeyEvent *event)
         Q_EMIT spacePressed();
     else if (m_movesReference && !arrow.isNull())
         panBy(arrow * (event->modifiers() & Qt::ShiftModifier ? wide : 1));
-    else if (arrow.x() == 0 || event->modifiers() & Qt::ShiftModifier || !m_step || !m_step(arrow.x() > 0))
+    else if (arrow.x() == 0 || event->modifiers() & Qt::ShiftModifier || !m_step
+             || !m_step((arrow.x() > 0) != QGuiApplication::isRightToLeft()))
         QAbstractScrollArea::keyPressEvent(event);
 }
 

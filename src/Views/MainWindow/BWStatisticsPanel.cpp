@@ -144,14 +144,18 @@ void BWStatisticsPanel::fit()
 
 void BWStatisticsPanel::drawTexts(QPainter &painter) const
 {
-    const int numberRight = sidePadding + m_columns.name + numberGap + m_columns.number;
+    const int numberLeft = sidePadding + m_columns.name + numberGap;
+    const auto leftOf = [this](int left, int width) { return isRightToLeft() ? this->width() - left - width : left; };
+    const auto drawName = [&](int left, int baseline, const QString &text) {
+        painter.drawText(leftOf(left, fontMetrics().horizontalAdvance(text)), baseline, text);
+    };
     int baseline = endPadding + fontMetrics().ascent();
     for (const Row &row : m_rows) {
         painter.setPen(nameColor);
-        painter.drawText(sidePadding, baseline, row.name);
-        painter.drawText(numberRight + unitGap, baseline, row.unit);
+        drawName(sidePadding, baseline, row.name);
+        drawName(numberLeft + m_columns.number + unitGap, baseline, row.unit);
         painter.setPen(bwPillTextColor);
-        int left = numberRight - numberWidth(row.number);
+        int left = leftOf(numberLeft, m_columns.number) + m_columns.number - numberWidth(row.number);
         for (const QChar character : row.number) {
             const int width = cellWidth(character);
             painter.drawText(left + (width - fontMetrics().horizontalAdvance(character)) / 2, baseline, character);

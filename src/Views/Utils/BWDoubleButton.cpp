@@ -137,13 +137,19 @@ BWDoubleButton::BWDoubleButton(QWidget *parent)
     connect(m_right, &QAbstractButton::clicked, this, [this] { trigger(true); });
     for (BWDoubleButtonHalf *half : {m_left, m_right})
         connect(half, &BWDoubleButtonHalf::arrowPressed, this,
-                [this](bool right) { (right ? m_right : m_left)->setFocus(Qt::TabFocusReason); });
+                [this](bool right) { (right != isRightToLeft() ? m_right : m_left)->setFocus(Qt::TabFocusReason); });
 }
 
 bool BWDoubleButton::isRightHalf(double x, double width)
 {
     const auto wholePoints = static_cast<uint32_t>(qMax(0.0, x));
     return width / 2 < wholePoints;
+}
+
+/// Where texts are read from right to left, the halves have changed places.
+bool BWDoubleButton::hitsRight(double x) const
+{
+    return isRightHalf(x, width()) != isRightToLeft();
 }
 
 void BWDoubleButton::setLeftIcon(const QIcon &icon)
@@ -240,7 +246,7 @@ void BWDoubleButton::mousePressEvent(QMouseEvent *event)
         event->ignore();
         return;
     }
-    const bool right = isRightHalf(event->position().x(), width());
+    const bool right = hitsRight(event->position().x());
     const Half half = right ? Half::Right : Half::Left;
     showMouse(half, half);
     trigger(right);
@@ -249,12 +255,12 @@ void BWDoubleButton::mousePressEvent(QMouseEvent *event)
 void BWDoubleButton::mouseMoveEvent(QMouseEvent *event)
 {
     if (event->buttons() == Qt::NoButton)
-        showMouse(isRightHalf(event->position().x(), width()) ? Half::Right : Half::Left, Half::None);
+        showMouse(hitsRight(event->position().x()) ? Half::Right : Half::Left, Half::None);
 }
 
 void BWDoubleButton::mouseReleaseEvent(QMouseEvent *event)
 {
-    const Half half = isRightHalf(event->position().x(), width()) ? Half::Right : Half::Left;
+    const Half half = hitsRight(event->position().x()) ? Half::Right : Half::Left;
     showMouse(rect().contains(event->position().toPoint()) ? half : Half::None, Half::None);
 }
 
@@ -277,7 +283,7 @@ bool BWDoubleButton::event(QEvent *event)
 {
     if (event->type() == QEvent::ToolTip) {
         const auto *help = static_cast<QHelpEvent *>(event);
-        const BWDoubleButtonHalf *half = isRightHalf(help->pos().x(), width()) ? m_right : m_left;
+        const BWDoubleButtonHalf *half = hitsRight(help->pos().x()) ? m_right : m_left;
         const QString tip = half->toolTip().isEmpty() ? half->accessibleName() : half->toolTip();
         QToolTip::showText(help->globalPos(), tip, this);
         return true;

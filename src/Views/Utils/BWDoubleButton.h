@@ -50,7 +50,8 @@ private:
 ///
 /// The button acts when the mouse is pressed, anywhere on it: it sets lastRight() and emits triggered(). With the
 /// keyboard each half takes the focus (Tab, or Left and Right) and acts on Space and Return. Screen readers see two
-/// buttons named by setLeftName() and setRightName(), in a group with this widget's accessible name. GUI thread.
+/// buttons named by setLeftName() and setRightName(), in a group with this widget's accessible name. In a layout from right
+/// to left, the halves change places. GUI thread.
 class BWDoubleButton : public QWidget {
     Q_OBJECT
     Q_PROPERTY(bool lastRight READ lastRight WRITE setLastRight)
@@ -96,6 +97,7 @@ protected:
 private:
     enum class Half { None, Left, Right };
 
+    bool hitsRight(double x) const;
     void trigger(bool right);
     void showMouse(Half hovered, Half pressed);
     void updateLabel();

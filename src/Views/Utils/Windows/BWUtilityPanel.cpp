@@ -5,6 +5,8 @@
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
+#include <algorithm>
+#include <QFontMetrics>
 #include <QKeyEvent>
 #include <QLayout>
 #include <QWidget>
@@ -98,6 +100,11 @@ void placeBWToolWindow(QWidget &tool, const QWidget &mainWindow)
 {
     constexpr int distance = 24;
     constexpr int menuBar = 24; // approximate height
+    QFont titleFont = tool.font();
+    titleFont.setBold(true);
+    constexpr int titleButtons = 120; // what a window manager takes from a title, at most
+    tool.setMinimumWidth(std::max(tool.minimumSizeHint().width(),
+                                  QFontMetrics(titleFont).horizontalAdvance(tool.windowTitle()) + titleButtons));
     tool.adjustSize();
     const QRect window = mainWindow.geometry();
     QRect place(QPoint(), tool.size().grownBy(BWFrameAutosave::margins(tool, &mainWindow)));
