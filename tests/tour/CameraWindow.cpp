@@ -145,7 +145,9 @@ void Tour::seeLookBack()
         QTest::keyClick(view, key);
         QTRY_VERIFY_WITH_TIMEOUT(caption->text() != before, patience);
     };
-    step(Qt::Key_Left);
+    const bool mirrored = QGuiApplication::isRightToLeft();
+    const Qt::Key back = mirrored ? Qt::Key_Right : Qt::Key_Left;
+    step(back);
     see(window, u"main-look-back"_s);
     const QString folder = BWRepository::singleton().albumManager().currentAlbum()->path().toLocalFile();
     const QUrl file = QUrl::fromLocalFile(folder + u'/' + caption->text().section(u',', 0, 0));
@@ -153,9 +155,9 @@ void Tour::seeLookBack()
     for (const auto &[name, content] :
          {std::pair(u"half"_s, whole.first(whole.size() / 2)), std::pair(u"damaged"_s, "x"_ba),
           std::pair(u"bright-and-dark"_s, brightAndDark())}) {
-        step(Qt::Key_Right);
+        step(mirrored ? Qt::Key_Left : Qt::Key_Right);
         TestFolder::write(file, content);
-        step(Qt::Key_Left);
+        step(back);
         see(window, u"main-look-back-"_s + name);
     }
     measure(true);
@@ -169,6 +171,7 @@ void Tour::seeComparing()
     const BWMainMenu &menu = window->menu();
     menu.compare->trigger(); // the live image comes back beside the picture of the album
     QTRY_VERIFY_WITH_TIMEOUT(menu.linkPictures->isEnabled(), patience);
+    window->activateWindow(); // or the ring of the focus would not show
     window->comparisonStrip().findChild<QAbstractButton *>()->setFocus();
     for (const auto &[mode, name] :
          {std::pair(menu.compareSideBySide, u"side-by-side"_s), std::pair(menu.compareOverlay, u"overlay"_s),

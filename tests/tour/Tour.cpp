@@ -8,14 +8,15 @@
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 #include "Views/MainWindow/BWMainMenu.h"
+#include "Views/Utils/BWControlStyle.h"
 #include "Views/Utils/BWIcons.h"
 #include "WindowFit.h"
 
+#include <array>
 #include <QAction>
 #include <QDir>
 #include <QMenu>
 #include <QMessageBox>
-#include <QProxyStyle>
 #include <QPushButton>
 #include <QStyleFactory>
 #include <QTest>
@@ -29,14 +30,14 @@ using Type = BWSimulatedCameraOptions::Type;
 namespace {
 
 /// As for users who have switched animations off, so that nothing is seen halfway.
-class StillStyle : public QProxyStyle {
+class StillStyle : public BWControlStyle {
 public:
-    using QProxyStyle::QProxyStyle;
+    using BWControlStyle::BWControlStyle;
 
     int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
                   QStyleHintReturn *data) const override
     {
-        return hint == SH_Widget_Animation_Duration ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
+        return hint == SH_Widget_Animation_Duration ? 0 : BWControlStyle::styleHint(hint, option, widget, data);
     }
 };
 
@@ -44,14 +45,19 @@ public:
 
 const QList<Look> &Look::all()
 {
+    using enum Colors;
     static const QList<Look> looks{{u"light"_s},
-                                   {u"dark"_s, true},
-                                   {u"light-2"_s, false, 2},
-                                   {u"dark-2"_s, true, 2},
-                                   {u"large"_s, false, 1, 13},
-                                   {u"adwaita"_s, false, 1, 10, u"Adwaita"_s},
-                                   {u"small"_s, false, 1, 10, u"Fusion"_s, {1024, 600}},
-                                   {u"wide"_s, true, 1, 10, u"Fusion"_s, {1920, 1080}}};
+                                   {u"dark"_s, Dark},
+                                   {u"light-1.25"_s, Light, 1.25},
+                                   {u"dark-1.5"_s, Dark, 1.5},
+                                   {u"light-2"_s, Light, 2},
+                                   {u"dark-2"_s, Dark, 2},
+                                   {u"contrast"_s, WhiteOnBlack},
+                                   {u"contrast-1.5"_s, BlackOnWhite, 1.5},
+                                   {u"large"_s, Light, 1, 13},
+                                   {u"adwaita"_s, Light, 1, 10, u"Adwaita"_s},
+                                   {u"small"_s, Light, 1, 10, u"Fusion"_s, {1024, 600}},
+                                   {u"wide"_s, Dark, 1, 10, u"Fusion"_s, {1920, 1080}}};
     return looks;
 }
 
@@ -59,8 +65,8 @@ void Look::setUpScreen(const TestFolder &folder) const
 {
     folder.file(u"screen.json"_s,
                 u"{\"screens\": [{\"name\": \"screen\", \"x\": 0, \"y\": 0, \"logicalDpi\": 96, \"dpr\": 1, "
-                "\"width\": %1, \"height\": %2}]}"_s.arg(screen.width() * scale)
-                    .arg(screen.height() * scale)
+                "\"width\": %1, \"height\": %2}]}"_s.arg(qRound(screen.width() * scale))
+                    .arg(qRound(screen.height() * scale))
                     .toUtf8());
     qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + folder.path(u"screen.json"_s).toUtf8());
     qputenv("QT_SCALE_FACTOR", QByteArray::number(scale));
@@ -72,11 +78,17 @@ void Look::dressUp() const
         qFatal("the style %s is missing; install the test packages of tools/packages.txt", qPrintable(style));
     QApplication::setStyle(new StillStyle(style));
     QApplication::setFont(QFont(u"DejaVu Sans"_s, pointSize));
-    QPalette palette(QColor(dark ? 0x31363b : 0xeff0f1), QColor(dark ? 0x2a2e32 : 0xeff0f1));
-    palette.setColor(QPalette::Base, dark ? QColor(0x1b1e20) : Qt::white);
-    palette.setColor(QPalette::Highlight, 0x3daee9);
+    static const std::array<std::array<QColor, 5>, 4> schemes{{{0xeff0f1, 0xeff0f1, Qt::white, 0x3daee9, Qt::white},
+                                                               {0x31363b, 0x2a2e32, 0x1b1e20, 0x3daee9, Qt::white},
+                                                               {Qt::black, Qt::black, Qt::black, Qt::yellow, Qt::black},
+                                                               {Qt::white, Qt::white, Qt::white, Qt::blue, Qt::white}}};
+    const auto &[button, ground, base, highlight, selected] = schemes[static_cast<std::size_t>(colors)];
+    QPalette palette(button, ground);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::Highlight, highlight);
     palette.setColor(QPalette::Disabled, QPalette::Highlight, Qt::gray);
-    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::HighlightedText, selected);
+    QApplication::style()->polish(palette); // as it does with a desktop's
     QApplication::setPalette(palette);
     QIcon::setThemeSearchPaths({u"/usr/share/icons"_s}); // a desktop would do that
     BWIcons::install(*qApp);
@@ -132,24 +144,24 @@ void Tour::see(QWidget *seen, const QString &name) const
     QVERIFY2(seen, qPrintable(name));
     for (int i = 0; i < 5; ++i) // layouts within layouts
         QCoreApplication::processEvents();
-    QImage last;
+    QImage last; // until it has settled, a picture of the whole window
     const auto hasSettled = [&] { // pictures follow a change of the layout a little later
         const QImage shown = window->grab().toImage();
         window->update(); // a picture that only grab() has seen would keep the next one waiting
         return std::exchange(last, shown) == shown;
     };
-    if (seen == window)
-        Q_UNUSED(QTest::qWaitFor(hasSettled, 2000)) // unless frames keep coming
-    const QStringList faults = WindowFit::faults(*seen);
+    if (seen != window || !QTest::qWaitFor(hasSettled, 2000)) { // frames may keep coming
+        last = seen->grab().toImage();
+        seen->update();
+    }
+    const QStringList faults = WindowFit::faults(*seen, last);
     for (const QString &fault : faults)
         m_faults << u"%1: %2"_s.arg(name, fault);
-    const QPixmap picture = seen->grab();
-    seen->update();
     const QString folder = qEnvironmentVariable("BW_TOUR_OUTPUT");
     if (folder.isEmpty())
         return;
     const QString file = u"%1/%2-%3-%4.png"_s.arg(folder, name, m_language, m_look.name);
-    QVERIFY2(QDir().mkpath(folder) && picture.save(file, "PNG", 80), qPrintable(file));
+    QVERIFY2(QDir().mkpath(folder) && last.save(file, "PNG", 80), qPrintable(file));
 }
 
 /// Only then: once a test has failed, nothing is waited for any more.

@@ -19,14 +19,16 @@ class QMenu;
 
 /// How a desktop may look.
 struct Look {
+    enum class Colors { Light, Dark, WhiteOnBlack, BlackOnWhite };
+
     static const QList<Look> &all();
     /// To be called before there is an application.
     void setUpScreen(const class TestFolder &folder) const;
     void dressUp() const;
 
     QString name;
-    bool dark = false;
-    int scale = 1;
+    Colors colors = Colors::Light;
+    double scale = 1;
     int pointSize = 10;
     QString style = QStringLiteral("Fusion");
     QSize screen{1280, 800}; ///< in points

@@ -8,14 +8,17 @@
 #include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 #include "Views/Utils/BWLightTabView.h"
 #include "Views/Utils/BWPillPainting.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <QAbstractScrollArea>
+#include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QHash>
@@ -27,10 +30,12 @@
 #include <QMenuBar>
 #include <QPainter>
 #include <QProgressBar>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QSlider>
 #include <QSpinBox>
 #include <QStyleOption>
 #include <QToolButton>
@@ -41,13 +46,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr double readable = 4.5; // contrast
+constexpr double readable = 4.5; // contrast of texts
+constexpr double visible = 3; // of icons, marks and edges
 constexpr QSize windowFrame(4, 32); // which a window manager adds
 constexpr int titleButtons = 110; // the room that it takes from a title
 
 /// What has no text of its own, nor have windows. A widget of any other kind must be known to Judge.
 const QList<QByteArray> withoutText =
-    QByteArray("QWidget QFrame QSlider QScrollBar QScrollArea QStackedWidget QTabWidget QDialogButtonBox "
+    QByteArray("QWidget QFrame QScrollBar QScrollArea QStackedWidget QTabWidget QDialogButtonBox "
                "QAbstractScrollAreaScrollBarContainer QHeaderView BWAlbumFooter BWAlbumNotice "
                "BWAutoSettingViewController BWBusyIndicator BWCenteringClipView BWComparisonStrip BWControlBar "
                "BWDividerHandle BWDoubleButton "
@@ -62,25 +68,26 @@ const QList<QByteArray> overPicture =
                "BWStatisticsPanel BWStatusPill")
         .split(' ');
 
-/// How well two colours can be told apart, from 1 to 21; texts should have 4.5, signs 3.
-double contrast(QColor one, QColor other)
+double luminance(QRgb color)
 {
-    const auto luminance = [](QColor color) {
-        const auto linear = [](float part) {
-            return part <= 0.04045F ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-    };
-    const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
-    return (lighter + 0.05) / (darker + 0.05);
+    static const auto linear = [] {
+        std::array<double, 256> parts;
+        for (int i = 0; i < 256; ++i)
+            parts[i] = i <= 10 ? i / 255.0 / 12.92 : std::pow((i / 255.0 + 0.055) / 1.055, 2.4);
+        return parts;
+    }();
+    return 0.2126 * linear[qRed(color)] + 0.7152 * linear[qGreen(color)] + 0.0722 * linear[qBlue(color)];
 }
 
-/// What stands out most.
-double strongest(const QImage &drawn, QColor ground)
+/// How well what stands out most can be told from the ground, from 1 to 21.
+double strongest(const QImage &drawn, QRgb ground, const QRect &part)
 {
+    const double there = luminance(ground) + 0.05;
     double most = 1;
-    for (int i = 0; i < drawn.width() * drawn.height(); ++i)
-        most = std::max(most, contrast(drawn.pixel(i % drawn.width(), i / drawn.width()), ground));
+    for (int i = 0; i < part.width() * part.height(); ++i) {
+        const double here = luminance(drawn.pixel(part.x() + i % part.width(), part.y() + i / part.width())) + 0.05;
+        most = std::max({most, here / there, there / here});
+    }
     return most;
 }
 
@@ -145,6 +152,8 @@ QSize sizeWithIcon(const Option &option)
 
 class Judge {
 public:
+    explicit Judge(const QImage &shown) : m_shown(shown) { }
+
     QStringList faults;
 
     void judge(const QWidget &widget)
@@ -152,9 +161,9 @@ public:
         place(widget);
         const bool isKnown =
             judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox, QLineEdit, QRadioButton,
-                    BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel, BWFrozenMark, BWThumbnailNotice,
-                    BWFlashActionViewController, BWPictureCaption, QTreeWidget, BWKeyCaps, BWDoubleButtonHalf,
-                    QProgressBar>(widget);
+                    QSlider, BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel, BWFrozenMark,
+                    BWThumbnailNotice, BWFlashActionViewController, BWPictureCaption, QTreeWidget, BWKeyCaps,
+                    BWDoubleButtonHalf, QProgressBar>(widget);
         if (!isKnown && !widget.isWindow() && !withoutText.contains(widget.metaObject()->className()))
             fault(widget, u"is of a kind that this check does not know"_s);
     }
@@ -212,6 +221,27 @@ private:
     {
         faults << u"%1 in %2 %3"_s.arg(QLatin1String(widget.metaObject()->className()),
                                        QLatin1String(widget.window()->metaObject()->className()), what);
+    }
+
+    /// A part of a widget that can be used, as far as the window shows it.
+    void isVisible(const QWidget &widget, const QRect &part, double least, const QString &what)
+    {
+        const double ratio = m_shown.devicePixelRatio();
+        const QRect seen = part & widget.visibleRegion().boundingRect();
+        const QPointF corner = widget.mapTo(widget.window(), seen.topLeft());
+        const QRect pixels = QRectF(corner * ratio, QSizeF(seen.size()) * ratio).toRect() & m_shown.rect();
+        static const auto &style = static_cast<const QProxyStyle &>(*QApplication::style());
+        if (style.baseStyle()->name() != "fusion"_L1) // others fade what is in the background
+            return;
+        const bool isFlat = qobject_cast<const BWBarButton *>(&widget);
+        const QRgb ground = widget.palette().color(isFlat ? QPalette::Window : widget.backgroundRole()).rgb();
+        if (widget.isEnabled() && seen.height() == part.height() && strongest(m_shown, ground, pixels) < least)
+            fault(widget, u"\"%1\" has too little contrast"_s.arg(what));
+    }
+    void isReadable(const QWidget &widget, const QString &text)
+    {
+        if (!text.trimmed().isEmpty())
+            isVisible(widget, widget.rect(), readable, text);
     }
 
     void fits(const QWidget &widget, const QString &text, QSize needed, QSize room)
@@ -293,8 +323,9 @@ private:
     void endsAreFree(const QWidget &pill, const QString &text)
     {
         const QImage drawn = drawnOn(pill, Qt::black);
-        for (int i = 0; i < 12 * drawn.height(); ++i) {
-            const QPoint left(i % 12, i / 12);
+        constexpr int edge = 3; // which may have a line, at its straight part
+        for (int i = 0; i < (12 - edge) * (drawn.height() / 3); ++i) {
+            const QPoint left(edge + i % (12 - edge), drawn.height() / 3 + i / (12 - edge));
             const QPoint right(drawn.width() - 1 - left.x(), left.y());
             if (std::max(qGray(drawn.pixel(left)), qGray(drawn.pixel(right))) > 127)
                 return fault(pill, u"is too narrow for \"%1\""_s.arg(text));
@@ -306,7 +337,7 @@ private:
     {
         const QImage drawn =
             drawnOn(pill, Qt::white).copy(pill.rect().adjusted(14, 1, -14, -1)); // without round corners
-        const double most = strongest(drawn, drawn.pixel(drawn.width() / 2, 0));
+        const double most = strongest(drawn, drawn.pixel(drawn.width() / 2, 0), drawn.rect());
         if (most < readable)
             fault(pill, u"\"%1\" has too little contrast: %2"_s.arg(pill.accessibleName()).arg(most));
     }
@@ -326,10 +357,9 @@ private:
             button.icon().paint(&painter, image.rect(), Qt::AlignCenter, mode);
             return image;
         };
-        constexpr double visible = 2;
         constexpr int clearly = 60; // of 255
         const QImage enabled = drawn(QIcon::Normal);
-        if (strongest(enabled, ground) < visible)
+        if (strongest(enabled, ground.rgb(), enabled.rect()) < visible)
             fault(button, u"\"%1\" has an icon of too little contrast"_s.arg(button.accessibleName()));
         if (!button.isEnabled() && difference(enabled, drawn(QIcon::Disabled)) < clearly)
             fault(button, u"\"%1\" is disabled and looks enabled"_s.arg(button.accessibleName()));
@@ -348,6 +378,7 @@ private:
         // What QLabel itself needs, not the size hint of a derived class.
         const int height =
             label.wordWrap() ? label.QLabel::heightForWidth(label.width()) : label.QLabel::sizeHint().height();
+        isReadable(label, label.text());
         const bool rich = label.textFormat() == Qt::RichText;
         fits(label, label.text(),
              {rich ? label.QLabel::sizeHint().width() : textWidth(label.fontMetrics(), label.text(), label.wordWrap()),
@@ -357,6 +388,7 @@ private:
 
     void judgeKind(const QPushButton &button)
     {
+        isReadable(button, button.text());
         accessKey(button, button.text());
         const auto option = optionOf<QStyleOptionButton>(button);
         const QRect room = button.style()->subElementRect(QStyle::SE_PushButtonContents, &option, &button);
@@ -365,20 +397,35 @@ private:
 
     void judgeKind(const QRadioButton &button)
     {
+        const auto option = optionOf<QStyleOptionButton>(button);
+        isReadable(button, button.text());
+        isVisible(button, button.style()->subElementRect(QStyle::SE_RadioButtonIndicator, &option, &button), visible,
+                  u"circle"_s);
         accessKey(button, button.text());
         fits(button, button.text(), button.sizeHint(), button.size());
     }
 
     void judgeKind(const BWLastCaptureButton &) { } // a picture only
 
+    void judgeKind(const QSlider &slider)
+    {
+        const auto option = optionOf<QStyleOptionSlider>(slider);
+        const auto part = QStyle::SC_SliderHandle;
+        isVisible(slider, slider.style()->subControlRect(QStyle::CC_Slider, &option, part, &slider), visible,
+                  slider.accessibleName());
+    }
+
     void judgeKind(const QToolButton &button)
     {
         judgeIcon(button);
+        if (button.hasFocus() && qobject_cast<const BWBarButton *>(&button))
+            isVisible(button, QRect(0, 0, button.width(), 3), visible, u"ring of the focus"_s);
         const auto option = optionOf<QStyleOptionToolButton>(button);
         const QRect room =
             button.style()->subControlRect(QStyle::CC_ToolButton, &option, QStyle::SC_ToolButton, &button);
         const bool hasText = option.toolButtonStyle == Qt::ToolButtonTextBesideIcon;
         if (!hasText && option.icon.isNull()) { // it draws itself, and asks for what that needs
+            isReadable(button, button.text());
             fits(button, button.accessibleName(), button.sizeHint(), button.size());
             return;
         }
@@ -393,6 +440,7 @@ private:
         const QSize room =
             popUp.style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, &popUp).size()
             - QSize(2, 0); // which styles keep free beside the text
+        isReadable(popUp, popUp.currentText());
         QStringList texts{popUp.placeholderText()};
         for (int i = 0; i < popUp.count(); ++i)
             texts << popUp.itemText(i);
@@ -416,6 +464,7 @@ private:
         const auto option = optionOf<QStyleOptionFrame>(edit);
         const QRect room = edit.style()->subElementRect(QStyle::SE_LineEditContents, &option, &edit);
         constexpr int margin = 2; // on both sides of the text
+        isReadable(edit, edit.text() + edit.placeholderText());
         for (const QString &text : {edit.text(), edit.placeholderText()})
             fits(edit, text, {edit.fontMetrics().horizontalAdvance(text), edit.fontMetrics().height()},
                  room.marginsRemoved(edit.textMargins()).size() - QSize(2 * margin, 0));
@@ -477,14 +526,15 @@ private:
         fits(flash, flash.caption() + flash.details(), picture.size(), flash.size());
     }
 
+    const QImage &m_shown;
     QHash<QString, QString> m_accessKeys;
 };
 
 } // namespace
 
-QStringList WindowFit::faults(const QWidget &window)
+QStringList WindowFit::faults(const QWidget &window, const QImage &shown)
 {
-    Judge judge;
+    Judge judge(shown);
     judge.judgeWindow(window);
     const bool ours = !qobject_cast<const QFileDialog *>(&window); // of that one only the texts are
     if (ours)

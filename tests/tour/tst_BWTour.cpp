@@ -446,6 +446,8 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"BrimwellPro"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    if (allTexts().isRightToLeft())
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
     look->dressUp();
     TestBWTour tour(language, *look);
     return QTest::qExec(&tour, argc - 2, argv + 2);
