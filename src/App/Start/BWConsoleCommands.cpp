@@ -27,7 +27,9 @@ int refuse(const QString &sentence)
 
 void printVersion(QTextStream &out)
 {
-    out << "BrimwellPro " << BW_VERSION << '\n';
+    out << "BrimwellPro " << BW_VERSION << "\n"
+        << "Free software under the GNU General Public License, version 3 or later\n"
+           "(GPL-3.0-or-later). There is no warranty. The libraries in use:\n";
     for (const BWLibrary &library : BWLibraryList::ours())
         out << "  " << library.name << ' ' << library.version << ", " << library.licence << '\n';
 }

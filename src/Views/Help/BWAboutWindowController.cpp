@@ -35,13 +35,15 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
     : QDialog(cameraWindow),
       m_version(label()),
       m_description(label()),
+      m_licence(label()),
       m_librariesLabel(label()),
       m_libraries(new QTreeWidget),
       m_licencesNote(label()),
       m_closeButton(new QPushButton)
 {
     makeBWTextCopyable(*m_version); // for bug reports
-    m_licencesNote->setWordWrap(true);
+    for (QLabel *wrapped : {m_licence, m_licencesNote})
+        wrapped->setWordWrap(true);
     m_librariesLabel->setBuddy(m_libraries);
     m_libraries->setRootIsDecorated(false);
     m_libraries->setColumnCount(3);
@@ -58,6 +60,8 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
     column->setSpacing(aboutRowSpacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
     column->addWidget(head);
+    column->addSpacing(aboutRowSpacing);
+    column->addWidget(m_licence);
     column->addSpacing(aboutSectionSpacing - aboutRowSpacing);
     column->addWidget(m_librariesLabel);
     column->addWidget(m_libraries);
@@ -75,6 +79,9 @@ void BWAboutWindowController::localizeWithManager(BWLocalizationManager &manager
         manager.text(u"about_window"_s, u"version_label"_s, u"Version %1"_s).arg(QStringLiteral(BW_VERSION)));
     m_description->setText(manager.text(u"about_window"_s, u"description_label"_s,
                                         u"Looks through digital microscopes and examination scopes."_s));
+    m_licence->setText(manager.text(u"about_window"_s, u"licence_label"_s,
+                                    u"Free software under the GNU General Public License, version 3 or later. There is "
+                                    "no warranty."_s));
     m_librariesLabel->setText(manager.text(u"about_window"_s, u"libraries_label"_s, u"&Libraries in use:"_s));
     m_libraries->setAccessibleName(m_librariesLabel->text().remove(u'&')); // screen readers do not see the label
     m_libraries->setHeaderLabels({manager.text(u"about_window"_s, u"library_column"_s, u"Library"_s),
@@ -113,5 +120,6 @@ void BWAboutWindowController::fitLibraries()
     }
     const int height = m_libraries->header()->sizeHint().height() + rows * m_libraries->sizeHintForRow(0);
     m_libraries->setFixedSize(width, height + frame);
-    m_licencesNote->setFixedWidth(width);
+    for (QLabel *wrapped : {m_licence, m_licencesNote})
+        wrapped->setFixedWidth(width);
 }

@@ -30,6 +30,7 @@ private:
 
     QLabel *m_version;
     QLabel *m_description;
+    QLabel *m_licence;
     QLabel *m_librariesLabel;
     QTreeWidget *m_libraries;
     QLabel *m_licencesNote;
