@@ -3,6 +3,7 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Rows.h"
 #include "Utils/BWVersion.h"
+#include "Views/Albums/BWThumbnailKeyboard.h"
 #include "Views/Help/BWHelpContact.h"
 #include "Views/Help/BWShortcutTable.h"
 #include "Views/Help/BWSimpleHelpWindowController.h"
@@ -75,6 +76,21 @@ private Q_SLOTS:
         QVERIFY(shown.filter(u"F11"_s).isEmpty() && shown.filter(u"Ctrl+R"_s).isEmpty());
         QCOMPARE(BWKeyCaps::keys(u"Ctrl++"_s), QStringList({u"Ctrl"_s, u"+"_s}));
         QCOMPARE(BWKeyCaps::keys(u"Ctrl+Shift+S"_s), QStringList({u"Ctrl"_s, u"Shift"_s, u"S"_s}));
+    }
+
+    /// Who gives an album command a key adds a row to the help.
+    void albumKeysAreAllThere()
+    {
+        BWLocalizationManager texts(QStringLiteral(BW_RESOURCES "/localization.json"), {u"en"_s});
+        QStringList shown;
+        for (const BWShortcutSection &section : BWShortcutSection::ofViews(texts)) {
+            for (const BWShortcutSection::Shortcut &shortcut : section.shortcuts)
+                shown << (section.title == u"Albums"_s ? shortcut.keys : QStringList());
+        }
+        for (const auto command : BWThumbnailKeyboard::commands()) {
+            const QString key = BWThumbnailKeyboard::keyFor(command).toString(QKeySequence::NativeText);
+            QVERIFY2(shown.contains(key), qPrintable(key));
+        }
     }
 
     void window()

@@ -149,6 +149,16 @@ QKeySequence BWThumbnailKeyboard::keyFor(Command command)
     return found == bindings.end() ? QKeySequence() : QKeySequence(found->keys);
 }
 
+QList<Command> BWThumbnailKeyboard::commands()
+{
+    QList<Command> all;
+    for (const Binding &binding : bindings) {
+        if (!all.contains(binding.command))
+            all.append(binding.command);
+    }
+    return all;
+}
+
 bool BWThumbnailKeyboard::takes(const QKeyEvent &event)
 {
     const std::optional<Command> command = commandOf(event);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QKeySequence>
+#include <QList>
 
 class BWThumbnailTableView;
 class QKeyEvent;
@@ -13,6 +14,8 @@ class BWThumbnailKeyboard {
 public:
     enum class Command { SelectAll, Deselect, Toggle, Open, ShowInMainWindow, Compare, Trash, SaveAs, MakeMovie, Menu };
 
+    /// All that have a key.
+    static QList<Command> commands();
     /// The key that menus and the help name for that command.
     static QKeySequence keyFor(Command command);
     /// Whether a grid with the focus handles that key, even if it is a shortcut of the window.

@@ -89,16 +89,34 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
     const QString hold = manager.text(u"help_window"_s, u"hold_key"_s, u"Hold"_s);
     const QString drag = u'+' + manager.text(u"help_window"_s, u"drag_key"_s, u"Drag"_s);
     const QString arrows = manager.text(u"help_window"_s, u"arrow_keys"_s, u"Arrow keys"_s);
+    const QString dragAlone = manager.text(u"help_window"_s, u"drag_key"_s, u"Drag"_s);
+    const BWShortcutSection::Shortcut step{
+        manager.text(u"help_window"_s, u"step_label"_s, u"Previous, next picture of the album"_s),
+        QGuiApplication::isRightToLeft() ? QStringList{key(Qt::Key_Right), key(Qt::Key_Left)}
+                                         : QStringList{key(Qt::Key_Left), key(Qt::Key_Right)}};
+    const BWShortcutSection::Shortcut trash{
+        manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
+        {key(Command::Trash), key(QKeySequence::Undo)}};
     const BWShortcutSection image{
         manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s),
         {{plainText(manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s)),
-          {click, key(Qt::Key_Space)}},
+          {click, key(Qt::Key_Space),
+           manager.text(u"help_window"_s, u"camera_button_key"_s, u"Button on the camera"_s)}},
          {manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {with(Qt::ControlModifier, wheel)}},
-         {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s), {wheel, middleButton + drag}},
-         {manager.text(u"help_window"_s, u"step_label"_s, u"Previous, next picture of the album"_s),
-          QGuiApplication::isRightToLeft() ? QStringList{key(Qt::Key_Right), key(Qt::Key_Left)}
-                                           : QStringList{key(Qt::Key_Left), key(Qt::Key_Right)}},
+         {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s),
+          {wheel, middleButton + drag}}}};
+    const BWShortcutSection lastCapture{
+        plainText(manager.text(u"main_menu"_s, u"last_capture_menu_item"_s, u"&Last capture"_s)),
+        {step,
+         {manager.text(u"look_back"_s, u"play"_s, u"Play"_s), {key(Qt::Key_Return)}},
+         trash,
          {manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), {key(Qt::Key_Escape)}}}};
+    const BWShortcutSection comparison{
+        plainText(manager.text(u"comparison"_s, u"menu"_s, u"Compariso&n"_s)),
+        {{manager.text(u"help_window"_s, u"move_line_label"_s, u"Move the dividing line"_s), {dragAlone}},
+         step,
+         {manager.text(u"help_window"_s, u"align_label"_s, u"Align the album picture alone"_s),
+          {dragAlone, wheel, arrows}}}};
     const BWShortcutSection fullScreen{
         plainText(manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s)),
         {{manager.text(u"help_window"_s, u"show_bars_label"_s, u"Show the bar and the menus"_s),
@@ -109,11 +127,14 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
         {{manager.text(u"help_window"_s, u"place_point_label"_s, u"Set a point"_s), {click, key(Qt::Key_Space)}},
          {manager.text(u"help_window"_s, u"complete_label"_s, u"Complete a path, polygon or count"_s),
           {doubleClick, key(Qt::Key_Return)}},
+         {manager.text(u"help_window"_s, u"draw_line_label"_s, u"Draw a line or circle in one go, move a point"_s),
+          {dragAlone}},
          {manager.text(u"help_window"_s, u"level_label"_s, u"Keep a line level, upright or at 45°"_s),
           {with(Qt::ShiftModifier, click)}},
          {manager.text(u"help_window"_s, u"nudge_label"_s, u"Move a point by a pixel, by ten"_s),
           {arrows, with(Qt::ShiftModifier, arrows)}},
-         {manager.text(u"help_window"_s, u"next_point_label"_s, u"Next point"_s), {key(Qt::Key_Tab)}},
+         {manager.text(u"help_window"_s, u"next_point_label"_s, u"Next, previous point"_s),
+          {key(Qt::Key_Tab), key(Qt::SHIFT | Qt::Key_Tab)}},
          {manager.text(u"help_window"_s, u"give_up_label"_s, u"Give up, leave the tool"_s), {key(Qt::Key_Escape)}}}};
     const BWShortcutSection albums{
         manager.text(u"album_manager"_s, u"window_title"_s, u"Albums"_s),
@@ -122,6 +143,10 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
           {with(Qt::ShiftModifier, click), with(Qt::ShiftModifier, arrows)}},
          {manager.text(u"help_window"_s, u"select_one_more_label"_s, u"Add to the selection, or remove"_s),
           {with(Qt::ControlModifier, click), key(Command::Toggle)}},
+         {manager.text(u"help_window"_s, u"move_focus_label"_s, u"Move without selecting"_s),
+          {with(Qt::ControlModifier, arrows)}},
+         {manager.text(u"help_window"_s, u"first_last_label"_s, u"First, last; a page up, down"_s),
+          {key(Qt::Key_Home), key(Qt::Key_End), key(Qt::Key_PageUp), key(Qt::Key_PageDown)}},
          {manager.text(u"help_window"_s, u"select_all_label"_s, u"Select all, none"_s),
           {key(Command::SelectAll), key(Command::Deselect)}},
          {manager.text(u"help_window"_s, u"open_label"_s, u"Open"_s), {doubleClick, key(Command::Open)}},
@@ -132,10 +157,18 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s), {key(Command::SaveAs)}},
          {manager.text(u"help_window"_s, u"make_movie_label"_s, u"Smaller movie; movie of the pictures"_s),
           {key(Command::MakeMovie)}},
-         {manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
-          {key(Command::Trash), key(QKeySequence::Undo)}},
+         trash,
+         {manager.text(u"help_window"_s, u"context_menu_label"_s, u"Menu of all commands"_s),
+          {manager.text(u"help_window"_s, u"right_click_key"_s, u"Right click"_s), key(Command::Menu)}},
          {manager.text(u"help_window"_s, u"drag_label"_s, u"Drag into another program"_s), {hold + drag}}}};
-    return {image, fullScreen, measurements, albums};
+    const BWShortcutSection others{
+        manager.text(u"help_window"_s, u"other_windows_label"_s, u"Other windows"_s),
+        {{manager.text(u"help_window"_s, u"close_label"_s, u"Close"_s),
+          {key(QKeySequence::Cancel), key(QKeySequence::Close)}},
+         {manager.text(u"help_window"_s, u"copy_results_label"_s, u"Copy the results"_s), {key(QKeySequence::Copy)}},
+         {manager.text(u"help_window"_s, u"rename_label"_s, u"Rename, remove a calibration"_s),
+          {key(Qt::Key_F2), key(QKeySequence::Delete)}}}};
+    return {image, fullScreen, lastCapture, comparison, measurements, albums, others};
 }
 
 namespace {

@@ -24,7 +24,8 @@ struct BWShortcutSection {
     /// The shortcuts of those actions and of all menus below them. Leaves out actions that are hidden or have no shortcut,
     /// and menus without any.
     static QList<BWShortcutSection> ofActions(const QList<QAction *> &actions);
-    /// Those of the live image, full screen and the album window, which are in no menu.
+    /// Those of the live image and everything that may take its place, of the album window and others, which are in no
+    /// menu.
     static QList<BWShortcutSection> ofViews(BWLocalizationManager &manager);
 };
 
