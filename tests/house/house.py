@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks what the compiler does not: who may use whom, and that files stay small.
+"""Checks what the compiler does not: who may use whom, that files stay small, and that documents lead somewhere.
 
 Usage: house.py ROOT QT_WIDGETS_HEADERS
 Prints one line for each fault, "file:line: what", and exits 1 if there is one.
@@ -37,6 +37,14 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 COMMENT_OR_TEXT = re.compile(
     r'//[^\n]*|/\*.*?\*/|R"(?P<mark>[^()\s\\]*)\(.*?\)(?P=mark)"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'', re.DOTALL)
 UNFINISHED = re.compile(r"\b(?:TODO|FIXME|XXX|QSKIP)\b")
+LINK = re.compile(r"\]\(([^()\s]+)\)")
+HEADING = re.compile(r"^#+ (.+)$", re.MULTILINE)
+VERSION = r"(\d+\.\d+\.\d+)"
+VERSIONS = {  # where the newest one is the first
+    "CHANGELOG.md": rf"^## {VERSION}", "packaging/debian/changelog": rf"^\w+ \({VERSION}\)",
+    "packaging/man/brimwellpro.1": rf"^\.TH .*{VERSION}",
+    "packaging/example.brimwellpro.brimwellpro.metainfo.xml": rf'<release version="{VERSION}"',
+}
 CMAKE_LINK = re.compile(r"\b(bw_library|bw_executable|target_link_libraries|target_include_directories)\s*\(([^()]*)\)")
 
 
@@ -63,6 +71,8 @@ class House:
         for path in sources:
             self.check_source(path)
         self.check_licences()
+        self.check_documents()
+        self.check_versions()
         lengths = [len(path.read_text().splitlines()) for path in sources
                    if path.suffix == ".cpp" and layer_of(path.relative_to(self.root))]
         if lengths and median(lengths) >= MAX_MEDIAN_LINES:
@@ -86,6 +96,30 @@ class House:
                 if (path.suffix in CODE_SUFFIXES or path.name == "CMakeLists.txt" or top.startswith(b"#!")) \
                         and LICENCE.encode() not in top:
                     self.fault(path, 1, f"begins with {LICENCE}")
+
+    def check_documents(self):
+        """What they link to is there, headings included, and every picture is shown."""
+        shown = set()
+        for path in sorted(self.root.rglob("*.md")):
+            if path.is_relative_to(self.root / "build"):
+                continue
+            for number, line in enumerate(path.read_text().splitlines(), 1):
+                for link in (link for link in LINK.findall(line) if ":" not in link):
+                    name, _, heading = link.partition("#")
+                    target = (path.parent / name).resolve() if name else path
+                    shown.add(target)
+                    if not target.exists() or heading and heading not in headings(target):
+                        self.fault(path, number, f"{link} is not there")
+        for picture in sorted(set((self.root / "docs/images").glob("*")) - shown):
+            self.fault(picture, 1, "no document shows it")
+
+    def check_versions(self):
+        """All name that of CMakeLists.txt."""
+        version = re.search(f"VERSION {VERSION}", (self.root / "CMakeLists.txt").read_text())[1]
+        for name, pattern in VERSIONS.items():
+            found = re.search(pattern, (self.root / name).read_text(), re.MULTILINE)
+            if not found or found[1] != version:
+                self.fault(self.root / name, 1, f"not of version {version}")
 
     def check_source(self, path):
         text = path.read_text()
@@ -166,6 +200,11 @@ class House:
                     self.fault(path, line, f"{words[0]} may not link {word}")
                 if layer != "driver" and "driver/src" in word:
                     self.fault(path, line, f"{words[0]} may not see {word}")
+
+
+def headings(path):
+    """As links name them."""
+    return {re.sub(r"[^\w -]", "", heading).lower().replace(" ", "-") for heading in HEADING.findall(path.read_text())}
 
 
 def widget_class_names(folder):

@@ -6,7 +6,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from house import LICENCE, House
+from house import LICENCE, VERSIONS, House
 
 WIDGETS = {"QWidget", "QLabel"}
 BARE = ["int a;\n", "#!/bin/sh\n"]  # written without the licence's line
@@ -25,6 +25,11 @@ GOOD = {
     "src/CMakeLists.txt": "bw_library(bw_utils DIRS Utils LINK Qt6::Core)\n"
                           "bw_library(bw_model DIRS Model LINK bw_utils BWACUDriver Qt6::Gui) # never Qt6::Widgets\n"
                           "bw_library(bw_views DIRS Views LINK bw_model Qt6::Widgets)\n",
+    "CMakeLists.txt": "project(BrimwellPro VERSION 1.2.3)\n", "CHANGELOG.md": "## 1.2.3 - soon\n## 1.2.2\n",
+    "packaging/debian/changelog": "brimwellpro (1.2.3) bookworm\n", "packaging/man/brimwellpro.1": ".TH A 1 B 1.2.3\n",
+    list(VERSIONS)[3]: '<release version="1.2.3"/>\n<release version="1.2.2"/>\n',
+    "docs/A.md": "[up](../src) ![](images/a.png)\n", "docs/images/a.png": "",
+    "docs/B.md": "[there](A.md) [here](#why-x-is-2) [web](https://a.example/)\n## Why `x` is 2\n",
     "tests/model/tst_album.cpp": "#include \"Usb.h\"\n#include <QWidget>\n",
 }
 
@@ -63,6 +68,11 @@ class HouseTest(unittest.TestCase):
             ("src/Views/A.h", "#pragma once\n" + "\n" * 150, "151 lines; 150 is the most"),
             ("tests/model/tst_a.cpp", "\n" * 701, "701 lines; 700 is the most"),
             ("src/Model/A.cpp", "QUrl url = QUrl::fromLocalFile(path);\n", "BWFilePath::fromLocal()"),
+            ("docs/C.md", "[gone](images/b.png)\n", "images/b.png is not there"),
+            ("docs/C.md", "[gone](A.md#b)\n", "A.md#b is not there"),
+            ("docs/images/b.png", "", "no document shows it"),
+            ("CHANGELOG.md", "## 1.2.2\n## 1.2.3\n", "not of version 1.2.3"),
+            ("packaging/man/brimwellpro.1", ".TH A 1 B\n", "not of version 1.2.3"),
             ("src/Views/A.cpp", "// TODO\n", "unfinished"),
             ("tests/model/tst_a.cpp", 'QSKIP("later");\n', "unfinished"),
             ("src/Model/CMakeLists.txt", "target_link_libraries(bw_model PUBLIC bw_views)\n", "may not link bw_views"),
