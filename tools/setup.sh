@@ -40,7 +40,7 @@ bw_packages() {
 bw_missing_packages() {
     local wanted
     mapfile -t wanted < <(bw_packages "$@")
-    comm -23 <(printf '%s\n' "${wanted[@]}" | LC_ALL=C sort) \
+    comm -23 <(printf '%s\n' "${wanted[@]}" | LC_ALL=C sort -u) \
         <(dpkg-query --show --showformat='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null |
             sed -n 's/ installed$//p' | LC_ALL=C sort -u)
 }
