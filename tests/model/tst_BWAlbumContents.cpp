@@ -87,6 +87,7 @@ private Q_SLOTS:
         m_albums.addAlbumFromPath(m_folder.folder(u"Busy"_s));
         const QDir album(m_folder.path(u"Busy"_s));
         BWAlbumContents contents(m_albums, m_clock);
+        QSignalSpy reloaded(&contents, &BWAlbumContents::reloaded);
         contents.reload();
         QTRY_COMPARE(contents.state(), State::Listed);
         const QStringList kinds{u"A%1.jpg"_s, u"a%1.jpg"_s, u"20240607_image_%1.jpg"_s, u"b.%1.mov"_s,
@@ -102,7 +103,10 @@ private Q_SLOTS:
                     QFile::rename(album.filePath(name()), album.filePath(name()));
             }
             const auto listed = *m_albums.currentAlbum()->contents();
-            QTRY_COMPARE(names(contents), TestFolder::names(listed.images + listed.videos));
+            reloaded.clear();
+            contents.reload();
+            QTRY_COMPARE(reloaded.size(), 1);
+            QCOMPARE(names(contents), TestFolder::names(listed.images + listed.videos));
         }
     }
 

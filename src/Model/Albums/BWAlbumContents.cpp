@@ -22,7 +22,7 @@ void BWAlbumContents::reload()
     if (album != m_album || !m_watch)
         startWatch(album); // also without an album, to report that there is none
     else
-        m_reload = m_requested = m_watch->request();
+        m_reload = m_requested = m_watch->request(BWAlbumWatch::Depth::Follow);
     waitForAnswer();
 }
 
@@ -37,7 +37,7 @@ void BWAlbumContents::refresh()
 {
     if (!m_watch || m_first)
         return;
-    m_requested = m_watch->request();
+    m_requested = m_watch->request(BWAlbumWatch::Depth::ListAnew);
     waitForAnswer();
 }
 

@@ -27,14 +27,14 @@ public:
     explicit BWAlbumContents(BWAlbumManager &albums, BWClock &clock = BWClock::system());
     ~BWAlbumContents() override;
 
-    /// Lists the current album again; then emits reloaded(), whether or not something changed. For an album that was
-    /// not shown before also emits it at once, with nothing in it yet.
+    /// Brings the list of the current album up to date, for changes made on this computer; then emits reloaded(), whether
+    /// or not there were any. For an album that was not shown before also emits it at once, with nothing in it yet.
     void reload();
 
     /// Reloads now, and from now on whenever the manager reports a change.
     void follow();
 
-    /// Lists it again, too, but only emits changed(), if it has. For folders whose changes the system does not report.
+    /// Lists it anew, and only emits changed(), if it has. For folders whose changes the system does not report.
     void refresh();
 
     /// Newest first; empty while they are not known.

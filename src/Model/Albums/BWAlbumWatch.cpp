@@ -72,6 +72,7 @@ public:
     }
 
     std::atomic<unsigned> requests = 0;
+    std::atomic<bool> anew = false; // the next listing asks the disk
 
 private:
     struct Change {
@@ -183,19 +184,20 @@ void BWAlbumWatch::Worker::run()
     uint32_t what = 0;
     while (!m_stopped) {
         const unsigned serves = requests;
+        const bool isAnew = anew.exchange(false);
         const bool wasWatched = m_watch >= 0;
+        what |= takeEvents(); // of what happened before the requests that this serves
         watchFolder(); // before listing it, so that nothing is missed
         const std::vector<Change> changes = std::exchange(m_changes, {});
-        const bool known = last && last->listing && wasWatched && serves == last->requests && (what & allAnew) == 0
-            && changes.size() < manyChanges;
+        const bool known =
+            last && last->listing && wasWatched && !isAnew && (what & allAnew) == 0 && changes.size() < manyChanges;
         Report now = known ? followed(*last, changes) : listed(last);
         now.requests = serves;
         now.filesWritten = (what & fileWritten) != 0;
         if (!last || now.differs || now.requests != last->requests || now.filesWritten)
             report(now);
         last = std::move(now);
-        if (requests == serves)
-            what = waitForChange();
+        what = requests == serves ? waitForChange() : 0;
     }
 }
 
@@ -210,8 +212,10 @@ BWAlbumWatch::~BWAlbumWatch()
     m_worker->stop();
 }
 
-unsigned BWAlbumWatch::request()
+unsigned BWAlbumWatch::request(Depth depth)
 {
+    if (depth == Depth::ListAnew)
+        m_worker->anew = true;
     const unsigned count = ++m_worker->requests;
     m_worker->wakeUp();
     return count;

@@ -28,8 +28,12 @@ public:
     BWAlbumWatch(const BWAlbumWatch &) = delete;
     BWAlbumWatch &operator=(const BWAlbumWatch &) = delete;
 
+    enum class Depth {
+        Follow, ///< with what the system reports of the folder, which is all that happens to it on this computer
+        ListAnew, ///< by asking the disk for all of it
+    };
     /// Requests a new listing, which is reported whether or not it differs. Returns the number of calls so far.
-    unsigned request();
+    unsigned request(Depth depth);
 
 private:
     class Worker;
