@@ -126,6 +126,32 @@ private Q_SLOTS:
         QCOMPARE(m_fixture->make(file), u"red"_s);
     }
 
+    void oldestOfOursMakeRoom()
+    {
+        constexpr int most = 6000, files = 100;
+        const QImage picture(16, 16, QImage::Format_RGB32);
+        const QString folder = QFile::decodeName(m_fixture->cache() + "/large/");
+        QVERIFY(QDir().mkpath(folder));
+        const auto isOf = [](const QString &path, int second) {
+            QFile file(path);
+            return file.open(QIODevice::ReadWrite)
+                && file.setFileTime(QDateTime::fromSecsSinceEpoch(second), QFileDevice::FileModificationTime);
+        };
+        TestFolder::write(QUrl::fromLocalFile(folder + u"theirs.png"_s), QByteArray(most / 4, 'x'));
+        QVERIFY(isOf(folder + u"theirs.png"_s, 0));
+        BWThumbnailStore store(m_fixture->cache(), most);
+        const auto path = [this](int number) { return m_fixture->path("f" + QByteArray::number(number)); };
+        for (int i = 0; i < files; ++i) {
+            store.keep(path(i), {}, BWThumbnailSize::Large, {BWThumbnail::Kind::Picture, picture, {}});
+            QVERIFY(isOf(QFile::decodeName(entry("large", BWThumbnailStore::uri(path(i)))), i + 1));
+        }
+        QVERIFY(store.find(path(files - 1), {}, BWThumbnailSize::Large));
+        QVERIFY(!store.find(path(0), {}, BWThumbnailSize::Large));
+        QVERIFY(QFile::exists(folder + u"theirs.png"_s));
+        const auto left = QDir(folder).entryList(QDir::Files).size();
+        QVERIFY2(left > 4 && left < 30, qPrintable(QString::number(left))); // about 300 bytes each
+    }
+
     void unstoredThumbnailsAreShown()
     {
         QTest::failOnWarning(QRegularExpression(u"."_s));

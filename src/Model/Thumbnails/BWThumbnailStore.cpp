@@ -2,9 +2,11 @@
 #include "Model/Thumbnails/BWThumbnailStore.h"
 
 #include "BWACUDriver/BWFileBytes.h"
+#include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWVersion.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csetjmp>
 #include <cstring>
@@ -19,6 +21,7 @@
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -29,6 +32,8 @@ const QByteArray keyUri("Thumb::URI");
 const QByteArray keyModified("Thumb::MTime");
 const QByteArray keySize("Thumb::Size");
 const QByteArray keyLength("Thumb::Movie::Length");
+const QByteArray keySoftware("Software");
+const QByteArray ourName("BrimwellPro ");
 
 const char *nameOf(BWThumbnailSize size)
 {
@@ -187,8 +192,8 @@ QByteArray realPath(const QByteArray &path)
 
 } // namespace
 
-BWThumbnailStore::BWThumbnailStore(const QByteArray &folder)
-    : m_folder(folder), m_failedFolder("fail/brimwellpro-" BW_VERSION)
+BWThumbnailStore::BWThumbnailStore(const QByteArray &folder, int64_t most)
+    : m_folder(folder), m_failedFolder("fail/brimwellpro-" BW_VERSION), m_most(most), m_untilTrim(most / 256)
 {
 }
 
@@ -247,7 +252,7 @@ void BWThumbnailStore::keep(const QByteArray &path, const BWFileStamp &stamp, BW
     Texts texts{{keyUri, address},
                 {keyModified, QByteArray::number(qlonglong(stamp.modified))},
                 {keySize, QByteArray::number(qlonglong(stamp.size))},
-                {"Software", "BrimwellPro " BW_VERSION},
+                {keySoftware, ourName + BW_VERSION},
                 {"Thumb::Mimetype", isMovie(path) ? "video/quicktime" : "image/jpeg"}};
     if (thumbnail.length)
         texts.insert(keyLength, QByteArray::number(qlonglong(thumbnail.length->count())));
@@ -286,11 +291,56 @@ void BWThumbnailStore::write(const QByteArray &subfolder, const QByteArray &name
     if (written && !closed)
         error = errno;
     if (written && closed && ::rename(part.constData(), (folder + '/' + name).constData()) == 0)
-        return;
+        return countWritten(png.size());
     if (written && closed)
         error = errno;
     ::unlink(part.constData());
     logFault(folder, error);
+}
+
+/// Not at each, as it takes a look at all that is there; once in the first minutes, as few runs store much.
+void BWThumbnailStore::countWritten(int64_t bytes)
+{
+    const int64_t before = m_untilTrim.fetch_sub(bytes);
+    if (before <= 0 || before > bytes)
+        return;
+    trim();
+    m_untilTrim = m_most / 16;
+}
+
+void BWThumbnailStore::trim() const
+{
+    std::vector<std::pair<BWFileStamp, QByteArray>> entries;
+    int64_t total = 0;
+    for (const BWThumbnailSize size : BWThumbnailSizes::all) {
+        const QByteArray folder = m_folder + '/' + nameOf(size) + '/';
+        const auto names = BWFilePath::entries(BWFilePath::url(folder)).value_or(QList<QByteArray>());
+        for (const QByteArray &name : names) {
+            if (const auto stamp = BWThumbnailFile::stampOf(folder + name)) {
+                entries.emplace_back(*stamp, folder + name);
+                total += stamp->size;
+            }
+        }
+    }
+    if (total <= m_most)
+        return;
+    std::sort(entries.begin(), entries.end(), [](const auto &a, const auto &b) { // the oldest first
+        return std::pair(a.first.modified, a.first.modifiedNanoseconds)
+            < std::pair(b.first.modified, b.first.modifiedNanoseconds);
+    });
+    int removed = 0;
+    for (const auto &[stamp, path] : entries) {
+        if (total <= m_most / 4 * 3)
+            break;
+        constexpr int textBytes = 4096; // our texts stand in front of the picture
+        if (BWThumbnailFile(path).head(textBytes).contains(keySoftware + '\0' + ourName)
+            && ::unlink(path.constData()) == 0) {
+            total -= stamp.size;
+            ++removed;
+        }
+    }
+    qCInfo(bwModel, "Thumbnails: %d of ours removed, %lld MB are left", removed,
+           static_cast<long long>(total / 1'000'000));
 }
 
 void BWThumbnailStore::logFault(const QByteArray &what, int error)

@@ -8,11 +8,14 @@
 #include <QByteArray>
 
 /// The thumbnails that all programs of the desktop share, as the Thumbnail Managing Standard of freedesktop.org has it.
-/// What cannot be stored is left out; the first time, the log says why. Any threads at once.
+/// What cannot be stored is left out; the first time, the log says why. Where all programs together have stored too much,
+/// the oldest thumbnails that are ours are removed. Any threads at once.
 class BWThumbnailStore {
 public:
+    static constexpr int64_t mostBytes = 1 << 30; ///< of all, which is some ten thousand
+
     /// `folder` is made when something is to be stored. If it is empty nothing is found and nothing stored.
-    explicit BWThumbnailStore(const QByteArray &folder);
+    explicit BWThumbnailStore(const QByteArray &folder, int64_t most = mostBytes);
 
     /// The desktop's folder for them.
     static QByteArray defaultFolder();
@@ -30,9 +33,13 @@ public:
 private:
     bool isInside(const QByteArray &path) const;
     void write(const QByteArray &subfolder, const QByteArray &name, const QByteArray &png);
+    void countWritten(int64_t bytes);
+    void trim() const;
     void logFault(const QByteArray &what, int error);
 
     QByteArray m_folder;
     QByteArray m_failedFolder; // relative
+    const int64_t m_most;
+    std::atomic<int64_t> m_untilTrim; // bytes to write
     std::atomic_bool m_faultLogged = false;
 };
