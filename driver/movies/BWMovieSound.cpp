@@ -2,10 +2,13 @@
 #include "BWMovieSound.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 
 extern "C" {
 #include <libavutil/audio_fifo.h>
 #include <libavutil/channel_layout.h>
+#include <libavutil/samplefmt.h>
 #include <libswresample/swresample.h>
 }
 
@@ -14,6 +17,8 @@ namespace {
 constexpr int bitsPerChannel = 64'000; // a second
 constexpr int usualRate = 48'000;
 constexpr int mostChannels = 2;
+constexpr double sharpness = 0.05; // seconds; what is less out of time nobody notices
+constexpr int64_t longestGap = 3600; // seconds
 
 /// The rate itself, if the encoder knows it.
 int rateFor(const AVCodec &encoder, int rate)
@@ -55,6 +60,7 @@ bool BWMovieSound::prepare(AVFormatContext &output)
         if (!m_encoder || avcodec_parameters_to_context(m_decoder.get(), &parameters) < 0
             || avcodec_open2(m_decoder.get(), decoder, nullptr) < 0)
             return false;
+        m_decoder->pkt_timebase = m_input->time_base;
         const int channels = std::clamp(m_decoder->ch_layout.nb_channels, 1, mostChannels);
         av_channel_layout_default(&m_encoder->ch_layout, channels);
         m_encoder->sample_rate = rateFor(*encoder, m_decoder->sample_rate);
@@ -83,48 +89,91 @@ bool BWMovieSound::take(const AVPacket *packet, const Write &write)
         const BWLibav::Packet copy(packet ? av_packet_clone(packet) : nullptr);
         return !copy || write(*copy, *m_stream, m_input->time_base);
     }
-    decode(packet);
-    return encode(!packet, write);
+    return decode(packet, write) && encode(!packet, write);
+}
+
+/// With a buffer, as the encoder takes it; null without memory.
+BWLibav::Frame BWMovieSound::emptyFrame(int samples) const
+{
+    BWLibav::Frame frame(av_frame_alloc());
+    if (!frame)
+        return nullptr;
+    frame->format = m_encoder->sample_fmt;
+    frame->sample_rate = m_encoder->sample_rate;
+    frame->nb_samples = samples;
+    av_channel_layout_copy(&frame->ch_layout, &m_encoder->ch_layout);
+    return samples == 0 || av_frame_get_buffer(frame.get(), 0) >= 0 ? std::move(frame) : nullptr;
 }
 
 /// Into m_samples.
-void BWMovieSound::decode(const AVPacket *packet)
+bool BWMovieSound::decode(const AVPacket *packet, const Write &write)
 {
     const BWLibav::Frame decoded(av_frame_alloc());
     if (!decoded || avcodec_send_packet(m_decoder.get(), packet) < 0)
-        return;
+        return true;
     while (avcodec_receive_frame(m_decoder.get(), decoded.get()) >= 0) {
         if (decoded->ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
             av_channel_layout_default(&decoded->ch_layout, decoded->ch_layout.nb_channels);
-        const BWLibav::Frame converted(av_frame_alloc());
-        if (!converted)
-            return;
-        converted->format = AV_SAMPLE_FMT_FLTP;
-        converted->sample_rate = m_encoder->sample_rate;
-        av_channel_layout_copy(&converted->ch_layout, &m_encoder->ch_layout);
-        if (swr_convert_frame(m_resampler, converted.get(), decoded.get()) < 0)
+        const BWLibav::Frame converted = emptyFrame(0);
+        if (!converted || swr_convert_frame(m_resampler, converted.get(), decoded.get()) < 0)
             continue;
-        if (m_time == AV_NOPTS_VALUE && decoded->pts != AV_NOPTS_VALUE)
-            m_time = av_rescale_q(decoded->pts, m_input->time_base, m_encoder->time_base);
-        av_audio_fifo_write(m_samples, reinterpret_cast<void **>(converted->extended_data), converted->nb_samples);
+        if (decoded->pts != AV_NOPTS_VALUE
+            && !keepTime(av_rescale_q(decoded->pts, m_input->time_base, m_encoder->time_base), write))
+            return false;
+        add(*converted);
     }
+    const BWLibav::Frame rest = packet ? nullptr : emptyFrame(0);
+    if (rest && swr_is_initialized(m_resampler) && swr_convert_frame(m_resampler, rest.get(), nullptr) >= 0)
+        add(*rest);
+    return true;
+}
+
+/// For samples of that time.
+bool BWMovieSound::keepTime(int64_t time, const Write &write)
+{
+    if (m_next == AV_NOPTS_VALUE)
+        m_next = time;
+    int64_t gap = time - m_next;
+    if (std::abs(gap) < m_encoder->sample_rate * sharpness)
+        return true;
+    if (gap > m_encoder->sample_rate * longestGap)
+        return true; // a mistake in the file
+    m_surplus = std::max<int64_t>(0, -gap);
+    while (gap > 0) {
+        const BWLibav::Frame silence = emptyFrame(static_cast<int>(std::min<int64_t>(gap, m_encoder->frame_size)));
+        if (!silence)
+            return true;
+        av_samples_set_silence(silence->extended_data, 0, silence->nb_samples, silence->ch_layout.nb_channels,
+                               m_encoder->sample_fmt);
+        add(*silence);
+        gap -= silence->nb_samples;
+        if (!encode(false, write))
+            return false;
+    }
+    return true;
+}
+
+void BWMovieSound::add(const AVFrame &samples)
+{
+    const int surplus = static_cast<int>(std::min<int64_t>(m_surplus, samples.nb_samples));
+    m_surplus -= surplus;
+    std::array<void *, mostChannels> planes{};
+    for (int channel = 0; channel < samples.ch_layout.nb_channels; ++channel)
+        planes.at(channel) = reinterpret_cast<float *>(samples.extended_data[channel]) + surplus;
+    if (m_next == AV_NOPTS_VALUE)
+        m_next = 0;
+    m_next += std::max(0, av_audio_fifo_write(m_samples, planes.data(), samples.nb_samples - surplus));
 }
 
 bool BWMovieSound::encode(bool ends, const Write &write)
 {
     while (av_audio_fifo_size(m_samples) >= (ends ? 1 : m_encoder->frame_size)) {
-        const BWLibav::Frame frame(av_frame_alloc());
+        const int waiting = av_audio_fifo_size(m_samples);
+        const BWLibav::Frame frame = emptyFrame(std::min(waiting, m_encoder->frame_size));
         if (!frame)
             return false;
-        frame->nb_samples = std::min(av_audio_fifo_size(m_samples), m_encoder->frame_size);
-        frame->format = AV_SAMPLE_FMT_FLTP;
-        frame->sample_rate = m_encoder->sample_rate;
-        av_channel_layout_copy(&frame->ch_layout, &m_encoder->ch_layout);
-        if (av_frame_get_buffer(frame.get(), 0) < 0)
-            return false;
         av_audio_fifo_read(m_samples, reinterpret_cast<void **>(frame->extended_data), frame->nb_samples);
-        frame->pts = m_time == AV_NOPTS_VALUE ? 0 : m_time;
-        m_time = frame->pts + frame->nb_samples;
+        frame->pts = m_next - waiting;
         if (!send(frame.get(), write))
             return false;
     }

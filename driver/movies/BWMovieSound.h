@@ -9,7 +9,8 @@
 struct AVAudioFifo;
 struct SwrContext;
 
-/// The sound of a movie on its way into another: AAC, which is copied if it is that already. One thread.
+/// The sound of a movie on its way into another: AAC, which is copied if it is that already. It keeps its time: silence
+/// fills a gap. One thread.
 class BWMovieSound {
 public:
     /// Writes a packet of the stream, whose times are in that base; false if it cannot be written.
@@ -28,8 +29,11 @@ private:
     explicit BWMovieSound(AVStream *input) : m_input(input) { }
     bool prepare(AVFormatContext &output);
     bool isCopied() const { return !m_decoder; }
-    void decode(const AVPacket *packet);
+    bool decode(const AVPacket *packet, const Write &write);
+    bool keepTime(int64_t time, const Write &write);
+    void add(const AVFrame &samples);
     bool encode(bool ends, const Write &write);
+    BWLibav::Frame emptyFrame(int samples) const;
     bool send(const AVFrame *frame, const Write &write);
 
     AVStream *const m_input;
@@ -38,5 +42,6 @@ private:
     BWLibav::Codec m_encoder;
     SwrContext *m_resampler = nullptr;
     AVAudioFifo *m_samples = nullptr; ///< that wait for enough of them
-    int64_t m_time = AV_NOPTS_VALUE; ///< of the next sample, in samples
+    int64_t m_next = AV_NOPTS_VALUE; ///< the time of the sample that follows them, in samples
+    int64_t m_surplus = 0; ///< samples to come whose time is taken
 };

@@ -380,8 +380,11 @@ bool Maker::firstPictureIsGood(const AVStream &stream, const AVPacket &packet) c
     const AVCodec *const decoder = avcodec_find_decoder(stream.codecpar->codec_id);
     const BWLibav::Codec codec(decoder ? avcodec_alloc_context3(decoder) : nullptr);
     const BWLibav::Frame frame(av_frame_alloc());
-    return codec && frame && avcodec_parameters_to_context(codec.get(), stream.codecpar) >= 0
-        && avcodec_open2(codec.get(), decoder, nullptr) >= 0 && avcodec_send_packet(codec.get(), &packet) >= 0
+    const BWLibav::Packet first(av_packet_clone(&packet));
+    if (first)
+        first->flags &= ~AV_PKT_FLAG_DISCARD; // by an edit list
+    return codec && frame && first && avcodec_parameters_to_context(codec.get(), stream.codecpar) >= 0
+        && avcodec_open2(codec.get(), decoder, nullptr) >= 0 && avcodec_send_packet(codec.get(), first.get()) >= 0
         && avcodec_send_packet(codec.get(), nullptr) >= 0 && avcodec_receive_frame(codec.get(), frame.get()) >= 0
         && frame->width == m_encoder->width && frame->height == m_encoder->height;
 }
@@ -409,8 +412,10 @@ bool Maker::check()
             return fail(End::Cancelled, 0);
     }
     const int64_t length = av_rescale_q(stream.duration, stream.time_base, m_encoder->time_base);
-    const int64_t wanted = m_lastTime - m_firstTime + m_lastDuration;
-    if (good && pictures == m_result.pictures && std::abs(length - wanted) <= m_lastDuration)
+    const int64_t wanted =
+        m_lastTime - std::max<int64_t>(m_firstTime, 0) + m_lastDuration; // an edit list hides the rest
+    const int64_t rounding = av_rescale_q(2, {1, 1000}, m_encoder->time_base); // by the file's own clock
+    if (good && pictures == m_result.pictures && std::abs(length - wanted) <= std::max(m_lastDuration, rounding))
         return goOn(1) || fail(End::Cancelled, 0);
     fail(End::Failed, AVERROR_INVALIDDATA);
     m_result.reason = QStringLiteral("it was written with %1 pictures and a length of %2, but has %3 and %4")

@@ -78,6 +78,9 @@ private Q_SLOTS:
         row("high", u"testsrc2=s=320x240"_s, false, {}, Quality::High, QSize(320, 240));
         row("odd size, uneven times", u"testsrc2=s=161x121"_s, true, {}, Quality::Medium, QSize(160, 120));
         row("white, with sound", u"color=white:s=320x240"_s, false, sound, Quality::Medium, QSize(320, 240));
+        row("a gap in the sound", u"testsrc2=s=160x120"_s, false,
+            u"-f lavfi -i sine=440:r=44100:d=3 -af aselect=not(between(t\\,1\\,2)) -c:a alac"_s.split(u' '),
+            Quality::Small, QSize(160, 120));
         row("small", u"testsrc2=s=1602x1200"_s, false, {}, Quality::Small, QSize(1280, 958));
     }
     void smaller()
@@ -106,6 +109,8 @@ private Q_SLOTS:
         const QByteArray bytes = TestFolder::read(target);
         QVERIFY(bytes.indexOf("moov") < bytes.indexOf("mdat"));
         QCOMPARE(bytes.contains("mp4a"), !more.isEmpty());
+        const qsizetype ofSound = made[u"packets"_s].toArray().size() - pictures;
+        QVERIFY2(more.isEmpty() || ofSound >= 3 * 44100 / 1024, qPrintable(QString::number(ofSound))); // all the time
         if (pattern.startsWith(u"color"_s)) {
             const QString raw = m_folder->path(u"raw"_s);
             QVERIFY(MovieProbe::ffmpeg(
