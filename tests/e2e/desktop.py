@@ -97,7 +97,7 @@ class Desktop:
             place.mkdir(parents=True, exist_ok=True)
         places["XDG_RUNTIME_DIR"].chmod(0o700)
         self.environment = {**KEPT, **{name: str(place) for name, place in places.items()},
-                            "LC_ALL": "C.UTF-8", "TZ": "Europe/Berlin", "QT_QPA_PLATFORM": "xcb"}
+                            "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nowhere", "LC_ALL": "C.UTF-8", "TZ": "Europe/Berlin", "QT_QPA_PLATFORM": "xcb"}
 
         self._start_display()
         if self.accessibility:

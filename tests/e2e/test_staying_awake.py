@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
 """While the program records or saves files elsewhere, it asks the desktop on a real session bus to stay awake: the screen
-saver, the power manager and the portal, which are made up here. Afterwards, or once it is killed, it does so no more.
+saver, the power manager and the portal, or without them the login manager, all of which are made up here. Afterwards, or
+once it is killed, it does so no more.
 
 usage: test_staying_awake.py PROGRAM
 """
@@ -20,8 +21,10 @@ SERVICES = {"org.freedesktop.ScreenSaver": ("org.freedesktop.ScreenSaver", "/org
                 ("org.freedesktop.PowerManagement.Inhibit", "/org/freedesktop/PowerManagement/Inhibit", "ss", "u", 8),
             PORTAL: ("org.freedesktop.portal.Inhibit", "/org/freedesktop/portal/desktop", ["s", "u", "a{sv}"], "o", "/r")}
 
+LOGIN = {"org.freedesktop.login1": ("org.freedesktop.login1.Manager", "/org/freedesktop/login1", "ssss", "h", None)}
 
-def serve(silent):
+
+def serve(options):
     """In a process of its own: prints the interfaces that keep the computer awake, at each change."""
     sys.path.append("/usr/lib/python3/dist-packages")
     from gi.repository import Gio, GLib
@@ -30,7 +33,15 @@ def serve(silent):
 
     def offer(interface, path, takes, gives, answer):
         def called(bus, sender, path, interface, method, arguments, invocation):
-            if silent:
+            if "--silent" in options:
+                return
+            if gives == "h":
+                ours, theirs = os.pipe()
+                awake.add(("lock", ours))
+                GLib.unix_fd_add_full(0, ours, GLib.IOCondition.HUP, lambda *_: (awake.clear(), print(flush=True)))
+                invocation.return_value_with_unix_fd_list(GLib.Variant("(h)", (0,)),
+                                                          Gio.UnixFDList.new_from_array([theirs]))
+                print(*awake, flush=True)
                 return
             begins = method == "Inhibit"
             assert "portal" not in interface or arguments[1] & 12 == 12
@@ -48,7 +59,7 @@ def serve(silent):
         awake.difference_update([entry for entry in awake if entry[1] == arguments[0] and not arguments[2]])
         print(*awake, flush=True)
 
-    for name, service in SERVICES.items():
+    for name, service in LOGIN.items() if "--login" in options else SERVICES.items():
         offer(*service)
         Gio.bus_own_name_on_connection(bus, name, 0)
     bus.signal_subscribe("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", None, None, 0, gone)
@@ -100,6 +111,15 @@ class StayingAwake(ProgramTest):
         os.kill(self.program.pid, signal.SIGKILL)
         self.wait_until_asleep()
 
+    def test_login_manager(self):
+        self.desktop.environment["DBUS_SYSTEM_BUS_ADDRESS"] = self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
+        self.begin("--login")
+        for end in (lambda: self.desktop.key("ctrl+shift+s"), lambda: os.kill(self.program.pid, signal.SIGKILL)):
+            self.desktop.key("ctrl+shift+s")
+            wait_until("the login manager keeps it awake", lambda: self.said()[-1] == 1)
+            end()
+            self.wait_until_asleep()
+
     def test_nobody_answers(self):
         self.begin("--silent")
         self.desktop.key("ctrl+shift+s")
@@ -110,6 +130,6 @@ class StayingAwake(ProgramTest):
 
 if __name__ == "__main__":
     if sys.argv[1] == "--serve":
-        serve("--silent" in sys.argv)
+        serve(sys.argv)
     else:
         StayingAwake.main()

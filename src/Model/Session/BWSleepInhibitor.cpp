@@ -5,6 +5,8 @@
 
 #include <array>
 #include <gio/gio.h>
+#include <gio/gunixfdlist.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -58,6 +60,9 @@ private:
     };
     using Error = std::unique_ptr<GError, Free>;
 
+    bool connectTo(const char *address);
+    int askDesktop();
+    bool askSystem();
     GVariant *call(const char *name, const char *path, const char *interface, const char *method, GVariant *arguments,
                    int milliseconds, GCancellable *cancellable, GDBusCallFlags flags);
     void close();
@@ -66,6 +71,7 @@ private:
     const std::unique_ptr<GCancellable, Unref> m_cancellable{g_cancellable_new()};
     std::unique_ptr<GDBusConnection, Unref> m_connection;
     std::array<guint32, services.size()> m_cookies{};
+    int m_lock = -1; // the system stays awake as long as this file is open
 };
 
 /// Null without an answer, or with a refusal.
@@ -84,19 +90,28 @@ GVariant *BWSleepInhibitor::Request::call(const char *name, const char *path, co
 
 void BWSleepInhibitor::Request::begin()
 {
-    const QByteArray address = busAddress();
-    if (address.isEmpty() || g_cancellable_is_cancelled(m_cancellable.get()))
-        return;
+    if (askDesktop() == 0 && !askSystem() && !g_cancellable_is_cancelled(m_cancellable.get()))
+        qCInfo(bwModel, "Nothing on this computer keeps it awake");
+}
+
+bool BWSleepInhibitor::Request::connectTo(const char *address)
+{
     GError *error = nullptr;
     constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
                                                              | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    m_connection.reset(
-        g_dbus_connection_new_for_address_sync(address.constData(), flags, nullptr, m_cancellable.get(), &error));
+    m_connection.reset(g_dbus_connection_new_for_address_sync(address, flags, nullptr, m_cancellable.get(), &error));
     const Error reason(error);
-    if (!m_connection) {
-        qCInfo(bwModel, "The desktop cannot be asked to stay awake: %s", error ? error->message : "no reason");
-        return;
-    }
+    if (!m_connection)
+        qCDebug(bwModel, "No connection to %s: %s", address, error ? error->message : "no reason");
+    return m_connection != nullptr;
+}
+
+/// How many take the request.
+int BWSleepInhibitor::Request::askDesktop()
+{
+    const QByteArray address = busAddress();
+    if (address.isEmpty() || !connectTo(address.constData()))
+        return 0;
     int taken = 0;
     for (std::size_t i = 0; i < services.size(); ++i) {
         GVariant *const answer = call(services[i].name, services[i].path, services[i].name, "Inhibit",
@@ -121,8 +136,32 @@ void BWSleepInhibitor::Request::begin()
         g_variant_unref(portal);
         ++taken;
     }
-    if (taken == 0 && !g_cancellable_is_cancelled(m_cancellable.get()))
-        qCInfo(bwModel, "Nothing on this desktop keeps the computer awake");
+    return taken;
+}
+
+/// Where no desktop answers, as with a plain window manager: the login manager, which gives a file that is a lock.
+bool BWSleepInhibitor::Request::askSystem()
+{
+    close(); // a desktop that is only slow is not to answer any more
+    const std::unique_ptr<char, decltype(&g_free)> address(
+        g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, m_cancellable.get(), nullptr), &g_free);
+    if (!address || !connectTo(address.get()))
+        return false;
+    GUnixFDList *files = nullptr;
+    GError *error = nullptr;
+    GVariant *const answer = g_dbus_connection_call_with_unix_fd_list_sync(
+        m_connection.get(), "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
+        "Inhibit", g_variant_new("(ssss)", "idle:sleep", "BrimwellPro", m_explanation.constData(), "block"),
+        G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, answerPatience, nullptr, &files, m_cancellable.get(),
+        &error);
+    const Error reason(error);
+    const std::unique_ptr<GUnixFDList, Unref> owned(files);
+    if (error)
+        qCDebug(bwModel, "Inhibit of the login manager: %s", error->message);
+    if (answer)
+        g_variant_unref(answer);
+    m_lock = files ? g_unix_fd_list_get(files, 0, nullptr) : -1; // open only in this process, not in those it starts
+    return m_lock >= 0;
 }
 
 void BWSleepInhibitor::Request::end()
@@ -144,6 +183,8 @@ void BWSleepInhibitor::Request::close()
     if (m_connection)
         g_dbus_connection_close_sync(m_connection.get(), nullptr, nullptr);
     m_connection.reset();
+    if (m_lock >= 0)
+        ::close(std::exchange(m_lock, -1));
 }
 
 BWSleepInhibitor::BWSleepInhibitor() = default;

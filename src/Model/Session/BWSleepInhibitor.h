@@ -9,8 +9,8 @@
 #include <set>
 
 /// Keeps the computer from going to sleep, and the screen from being locked, by itself while something runs that must not
-/// be interrupted. Asks the desktop over the session's D-Bus, wherever there is somebody to ask; nothing waits for the
-/// answer. The desktop takes it back by itself if the program is killed. GUI thread.
+/// be interrupted. Asks the desktop over the session's D-Bus, else systemd's login manager; nothing waits for the answer.
+/// Whoever keeps the computer awake ends that by itself if the program is killed. GUI thread.
 class BWSleepInhibitor {
 public:
     enum class Reason { Recording, Series, Export };
