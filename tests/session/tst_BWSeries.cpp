@@ -179,15 +179,14 @@ private Q_SLOTS:
         const TestFolder folder;
         const QString path = folder.path(u"settings/series.json"_s);
         const BWSeriesRecord record{
-            every10s(End::Duration), folder.url(u"a\xff b"_s), QDateTime::currentDateTimeUtc(), 7, 2,
-            folder.url(u"x.jpg"_s)};
+            every10s(End::Duration), folder.url(u"a\xff b"_s), QDateTime::currentDateTimeUtc(), 7, 2, {}};
         {
             BWSeriesFile file(path), second(path);
             QVERIFY(file.claim());
             QVERIFY(!second.claim()); // another program
             second.store({});
             for (qint64 saved = 0; saved <= 7; ++saved)
-                file.store({record.plan, record.album, record.first, saved, record.missed, record.firstFile});
+                file.store({record.plan, record.album, record.first, saved, record.missed, {}});
         }
         if (!damage.isEmpty())
             TestFolder::write(folder.url(u"settings/series.json"_s), damage);
@@ -205,6 +204,29 @@ private Q_SLOTS:
         QVERIFY(file.claim());
         file.remove();
         QTRY_VERIFY(!QFile::exists(path));
+    }
+
+    void filesAreTold_data()
+    {
+        const Rows<QString, QString> row; // added, others of the album
+        row("others between", u"d_image_001.jpg|d_image_003.jpg"_s, u"d_image_002.jpg|d_image_03.jpg|d.jpg"_s);
+        row("another day", u"d_image_998.jpg|e_image_001.jpg"_s, u"d_image_999.jpg|e_image_002.jpg"_s);
+        row("many", u"d_image_999.jpg|d_image_1000.jpg"_s, u"d_image_1001.jpg|d_video_1000.mov"_s);
+        row("a number that was free again", u"d_image_007.jpg|d_image_002.jpg"_s, u"d_image_003.jpg"_s);
+    }
+    void filesAreTold()
+    {
+        const auto [added, others] = Rows<QString, QString>::current();
+        BWSeriesFiles files;
+        QList<QUrl> album;
+        for (const QString &name : (added + u'|' + others).split(u'|')) {
+            album << QUrl(u"file:///a/"_s + name);
+            if (album.size() <= added.split(u'|').size())
+                files.add(album.constLast());
+        }
+        QJsonArray json = files.toJson();
+        json.append(QJsonArray{u"d_image_"_s, 900, -1}); // of a damaged file
+        QCOMPARE(TestFolder::names(BWSeriesFiles::fromJson(json).among(album)), added);
     }
 };
 

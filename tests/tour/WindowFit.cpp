@@ -58,13 +58,13 @@ const QList<QByteArray> withoutText =
                "BWAutoSettingViewController BWBusyIndicator BWCenteringClipView BWComparisonStrip BWControlBar "
                "BWDividerHandle BWDoubleButton "
                "BWLightTabView BWMeasuringLayer BWMeasuringStrip BWNormSettingViewController BWNoticeView "
-               "BWNumericSettingViewController "
+               "BWNumericSettingViewController BWOfferStrip "
                "BWPreparingView BWProgramHead BWSettingsForm BWShortcutTable BWSlidingBars BWThumbnailTableView")
         .split(' ');
 
 /// What lies over the picture.
 const QList<QByteArray> overPicture =
-    QByteArray("BWComparisonStrip BWControlBar BWFrozenMark BWMeasuringStrip BWPictureCaption "
+    QByteArray("BWComparisonStrip BWControlBar BWFrozenMark BWMeasuringStrip BWOfferStrip BWPictureCaption "
                "BWStatisticsPanel BWStatusPill")
         .split(' ');
 

@@ -25,6 +25,7 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWOfferStrip.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
@@ -256,6 +257,9 @@ private Q_SLOTS:
         see(window, u"main-series-stopped"_s);
         QCOMPARE(item->text(), text);
         clock.advance(10s);
+        window->offerStrip().show();
+        see(window, u"main-series-movie"_s);
+        window->offerStrip().end();
     }
 
     void albums()
@@ -381,8 +385,7 @@ private Q_SLOTS:
         capture("kept-elsewhere", video({}, QUrl(u"file:///var/tmp/brimwellpro-0f3c.mov"_s), End::CameraGone));
         capture("lost", BWCaptureNotice::of({}, manager));
         const auto album = std::make_shared<BWAlbum>(QUrl(u"file:///home/user/BrimwellPro/Healing"_s));
-        capture("series-ended",
-                BWSeriesTexts::ofEnd({{}, BWSeries::Reason::AlbumGone, 8640, 12, album, {}, {}}, manager));
+        capture("series-ended", BWSeriesTexts::ofEnd({{}, BWSeries::Reason::AlbumGone, 8640, 12, album, {}}, manager));
         capture("series-unfinished", BWSeriesTexts::ofUnfinished({{}, album->path(), {}, 8640, 12, {}}, manager),
                 Alert::Question);
         capture("series-quit", BWSeriesTexts::ofQuitting(manager), Alert::Question);
@@ -429,6 +432,10 @@ private Q_SLOTS:
         see(sheet, u"unplugged-preparing"_s);
         sheet->setObstacle(obstacle());
         see(sheet, u"unplugged-blocked"_s);
+        sheet->setObstacle({});
+        window->menu().showSeries(true);
+        see(sheet, u"unplugged-series"_s);
+        window->menu().showSeries(false);
     }
 };
 

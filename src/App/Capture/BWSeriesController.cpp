@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <QAction>
+#include <QApplication>
 #include <QFile>
 #include <QJsonDocument>
 #include <utility>
@@ -39,12 +40,15 @@ BWSeriesController::BWSeriesController(Parts parts, std::function<BWCameraPtr()>
                      m_parts.feedback.snapshot();
              },
              [this](const QUrl &file) { pictureSaved(file); }},
-            recordFile, clock)
+            recordFile, clock),
+      m_offer({m_parts.window, m_parts.statusLine, m_parts.texts, [this] { return m_run.files(); }, m_parts.makeMovie})
 {
     connect(m_parts.window.menu().series, &QAction::triggered, this, &BWSeriesController::toggle);
     connect(&m_run, &BWSeriesRun::runningChanged, this, [this](bool running) {
         m_parts.window.menu().showSeries(running);
         showProgress();
+        if (running)
+            m_offer.seriesBegan();
         Q_EMIT runningChanged(running);
     });
     connect(&m_run, &BWSeriesRun::ended, this, &BWSeriesController::report);
@@ -58,7 +62,7 @@ void BWSeriesController::toggle()
 {
     if (isRunning())
         m_run.stop();
-    else
+    else if (!QApplication::activeModalWidget())
         ask();
 }
 
@@ -177,7 +181,6 @@ void BWSeriesController::report(const BWSeriesResult &result)
     m_savedAt.reset();
     if (!result.last.isEmpty())
         m_saved(result.last);
-    Q_EMIT ended(result);
     if (result.reason == BWSeries::Reason::LeftForNextStart)
         return;
     const bool isSnapshot = isSingle() && result.reason == BWSeries::Reason::Done;
@@ -188,6 +191,8 @@ void BWSeriesController::report(const BWSeriesResult &result)
         m_parts.statusLine.showForAMoment(notice.text, isSnapshot ? BWStatusLine::momentSeconds : seriesNoticeSeconds);
     else
         BWUIUtils::displayOKAlert(notice.title, notice.text);
+    if (!isRunning()) // another one may have begun during the alert
+        m_offer.seriesEnded(result);
 }
 
 void BWSeriesController::offerToResume()

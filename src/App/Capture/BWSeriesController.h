@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "App/Capture/BWMovieOffer.h"
 #include "Model/Capture/BWSeriesRun.h"
 #include "Views/Capture/BWSeriesDialog.h"
 
@@ -13,7 +14,8 @@ class BWMainWindow;
 class BWStatusLine;
 
 /// The series of pictures as the user meets it: the menu item that starts and stops it, its dialog, the status line, the
-/// notice at its end, and the questions about one that an earlier run left, or when the program is to quit. GUI thread.
+/// notice at its end, the offer of a movie, and the questions about one that an earlier run left, or when the program is to
+/// quit. GUI thread.
 class BWSeriesController : public QObject {
     Q_OBJECT
 
@@ -27,6 +29,7 @@ public:
         BWAlbumManager &albums;
         BWCaptureController &capture;
         BWCaptureController::Callbacks feedback; ///< for the one picture of a self-timer, which is like any snapshot
+        std::function<void(const QList<QUrl> &pictures)> makeMovie; ///< asks how, then makes it
     };
 
     /// `saved` hears of the newest picture: of each, but not more often than every ten seconds, so that a thumbnail of each
@@ -36,7 +39,7 @@ public:
 
     bool isRunning() const { return m_run.isRunning(); }
 
-    /// Stops the series; without one, asks for another.
+    /// Stops the series; without one, asks for another, unless another question is open.
     void toggle();
     /// Once, when the albums are there: asks whether to go on with a series that did not end in an earlier run.
     void offerToResume();
@@ -47,7 +50,6 @@ public:
 
 Q_SIGNALS:
     void runningChanged(bool running);
-    void ended(const BWSeriesResult &result);
 
 private:
     void ask();
@@ -66,4 +68,5 @@ private:
     BWClock &m_clock;
     std::optional<std::chrono::nanoseconds> m_savedAt; // when m_saved heard of one last
     BWSeriesRun m_run;
+    BWMovieOffer m_offer;
 };

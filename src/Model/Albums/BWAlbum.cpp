@@ -62,7 +62,7 @@ QList<QUrl> filesAmong(const QList<QByteArray> &names, const QUrl &folder, const
     return files;
 }
 
-constexpr unsigned long manyFiles = 1000; // to try as many names takes about a millisecond
+constexpr qint64 manyFiles = 1000; // to try as many names takes about a millisecond
 
 /// When the folder's entries changed last; nothing if it cannot be asked.
 std::optional<std::pair<time_t, long>> changeOf(const QUrl &folder)
@@ -80,7 +80,7 @@ std::optional<std::pair<time_t, long>> changeOf(const QUrl &folder)
 struct BWAlbum::Numbers {
     struct Next {
         QByteArray stem;
-        unsigned long counter = 1; // the last one found free
+        qint64 counter = 1; // the last one found free
     };
 
     std::mutex mutex;
@@ -103,6 +103,11 @@ bool BWAlbum::isName(const QString &name)
         && !bytes.contains('\0');
 }
 
+QByteArray BWAlbum::numberText(qint64 number)
+{
+    return QByteArray::number(number).rightJustified(3, '0');
+}
+
 QString BWAlbum::formatToday() const
 {
     return m_today().toString(QStringLiteral("yyyyMMdd"));
@@ -117,9 +122,8 @@ QUrl BWAlbum::nextPathForType(BWMediaType type) const
     Numbers::Next &next = m_numbers->next[type];
     if (next.stem != stem || next.counter < manyFiles)
         next = {stem};
-    for (unsigned long &counter = next.counter;; ++counter) {
-        const QByteArray number = QByteArray::number(static_cast<qulonglong>(counter)).rightJustified(3, '0');
-        QUrl candidate = BWFilePath::entry(m_path, stem + number + endingOf(type));
+    for (qint64 &counter = next.counter;; ++counter) {
+        QUrl candidate = BWFilePath::entry(m_path, stem + numberText(counter) + endingOf(type));
         if (!BWFilePath::exists(candidate))
             return candidate;
     }

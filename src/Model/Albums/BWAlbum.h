@@ -40,6 +40,8 @@ public:
     bool isDefaultAlbum() const { return m_isDefaultAlbum; }
     void setIsDefaultAlbum(bool isDefault) { m_isDefaultAlbum = isDefault; }
 
+    /// How a number stands in the names of files.
+    static QByteArray numberText(qint64 number);
     /// Today as yyyyMMdd.
     QString formatToday() const;
 

@@ -16,17 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 longestRecord = 64 << 10; // of a file that may be anybody's
-
-QString textOf(const QUrl &file)
-{
-    return QString::fromLatin1(file.toEncoded());
-}
-
-QUrl fileIn(const QJsonObject &json, const QString &key)
-{
-    return QUrl::fromEncoded(json.value(key).toString().toLatin1(), QUrl::StrictMode);
-}
+constexpr qint64 longestRecord = 256 << 10; // of a file that may be anybody's
 
 } // namespace
 
@@ -83,11 +73,11 @@ std::optional<BWSeriesRecord> BWSeriesFile::read() const
     const QJsonObject json = QJsonDocument::fromJson(file.read(longestRecord)).object();
     const std::optional<BWSeriesPlan> plan = BWSeriesPlan::fromJson(json.value(u"plan"_s).toObject());
     const BWSeriesRecord record{plan.value_or(BWSeriesPlan()),
-                                fileIn(json, u"album"_s),
+                                QUrl::fromEncoded(json.value(u"album"_s).toString().toLatin1(), QUrl::StrictMode),
                                 QDateTime::fromString(json.value(u"first"_s).toString(), Qt::ISODateWithMs),
                                 json.value(u"saved"_s).toInteger(-1),
                                 json.value(u"missed"_s).toInteger(-1),
-                                fileIn(json, u"firstFile"_s)};
+                                BWSeriesFiles::fromJson(json.value(u"files"_s).toArray())};
     if (!plan || !record.album.isLocalFile() || !record.first.isValid() || record.saved < 0 || record.missed < 0) {
         qCWarning(bwModel).noquote() << "Series: its progress is damaged in" << m_path;
         return std::nullopt;
@@ -98,11 +88,11 @@ std::optional<BWSeriesRecord> BWSeriesFile::read() const
 void BWSeriesFile::store(const BWSeriesRecord &record)
 {
     const QJsonObject json{{u"plan"_s, record.plan.toJson()},
-                           {u"album"_s, textOf(record.album)},
+                           {u"album"_s, QString::fromLatin1(record.album.toEncoded())},
                            {u"first"_s, record.first.toUTC().toString(Qt::ISODateWithMs)},
                            {u"saved"_s, record.saved},
                            {u"missed"_s, record.missed},
-                           {u"firstFile"_s, textOf(record.firstFile)}};
+                           {u"files"_s, record.files.toJson()}};
     write(QJsonDocument(json).toJson(QJsonDocument::Compact));
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Model/Capture/BWSeriesFiles.h"
 #include "Model/Capture/BWSeriesPlan.h"
 #include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWWorkerPool.h"
@@ -18,7 +19,7 @@ struct BWSeriesRecord {
     QDateTime first{}; ///< when its first picture was due
     qint64 saved = 0;
     qint64 missed = 0;
-    QUrl firstFile{}; ///< of its pictures; empty before there is one
+    BWSeriesFiles files{}; ///< its pictures
 
     /// Whether it needs no more pictures, or its time has passed by then.
     bool isOver(const QDateTime &now) const;

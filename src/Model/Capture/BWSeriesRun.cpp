@@ -61,7 +61,7 @@ void BWSeriesRun::resume(const BWSeriesRecord &record)
     const QList<BWAlbumPtr> &albums = m_parts.albums.albums();
     const auto found = std::find_if(albums.cbegin(), albums.cend(),
                                     [&record](const BWAlbumPtr &album) { return album->path() == record.album; });
-    begin(found != albums.cend() ? *found : std::make_shared<BWAlbum>(record.album), record.firstFile);
+    begin(found != albums.cend() ? *found : std::make_shared<BWAlbum>(record.album), record.files);
     m_series.resume(record.plan, record.saved, record.missed,
                     std::chrono::milliseconds(record.first.msecsTo(QDateTime::currentDateTimeUtc())));
     begun();
@@ -72,11 +72,12 @@ void BWSeriesRun::forget()
     m_file.remove();
 }
 
-void BWSeriesRun::begin(const BWAlbumPtr &album, const QUrl &firstFile)
+void BWSeriesRun::begin(const BWAlbumPtr &album, const BWSeriesFiles &files)
 {
     ++m_run;
     m_album = album;
-    m_first = m_last = firstFile;
+    m_files = files;
+    m_last.clear();
     m_disk.reset();
     m_looking = m_lookAgain = m_saveFailed = false;
     lookAtDisk();
@@ -118,8 +119,7 @@ void BWSeriesRun::pictureDone(const BWCaptureResult &result)
         m_lookAgain = m_looking; // what it sees may be older
     } else {
         m_last = result.file;
-        if (m_first.isEmpty())
-            m_first = result.file;
+        m_files.add(result.file);
         if (m_parts.saved)
             m_parts.saved(result.file);
         m_series.saved();
@@ -179,7 +179,7 @@ void BWSeriesRun::store()
         m_file.store({m_series.plan(), m_album->path(),
                       QDateTime::currentDateTimeUtc().addMSecs(
                           -std::chrono::duration_cast<std::chrono::milliseconds>(m_series.sinceFirst()).count()),
-                      m_series.savedCount(), m_series.missedCount(), m_first});
+                      m_series.savedCount(), m_series.missedCount(), m_files});
 }
 
 void BWSeriesRun::finish()
@@ -187,6 +187,5 @@ void BWSeriesRun::finish()
     if (m_series.reason() != BWSeries::Reason::LeftForNextStart)
         m_file.remove();
     Q_EMIT runningChanged(false);
-    Q_EMIT ended(
-        {m_series.plan(), m_series.reason(), m_series.savedCount(), m_series.missedCount(), m_album, m_first, m_last});
+    Q_EMIT ended({m_series.plan(), m_series.reason(), m_series.savedCount(), m_series.missedCount(), m_album, m_last});
 }

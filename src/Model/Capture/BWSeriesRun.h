@@ -17,8 +17,10 @@ struct BWSeriesResult {
     qint64 saved = 0;
     qint64 missed = 0;
     BWAlbumPtr album;
-    QUrl first; ///< its files in the album; empty without any
-    QUrl last;
+    QUrl last; ///< its last file in the album; empty without any
+
+    /// Whether there are pictures for a movie.
+    bool makesMovie() const { return saved > 1 && reason != BWSeries::Reason::AlbumGone; }
 };
 
 /// Runs a series: takes its pictures with whichever camera streams, from the live image even while one is frozen, into one
@@ -55,6 +57,8 @@ public:
     bool isRunning() const { return m_series.isRunning(); }
     const BWSeries &series() const { return m_series; }
     const BWAlbumPtr &album() const { return m_album; }
+    /// Of the album; after the end some may still join them.
+    const BWSeriesFiles &files() const { return m_files; }
 
     /// The series that an earlier run left unfinished; nothing if there is none, or another program has it. It must be
     /// followed by resume() or forget(), before another series is started.
@@ -69,7 +73,7 @@ Q_SIGNALS:
     void ended(const BWSeriesResult &result);
 
 private:
-    void begin(const BWAlbumPtr &album, const QUrl &firstFile);
+    void begin(const BWAlbumPtr &album, const BWSeriesFiles &files);
     void begun();
     void take(unsigned request);
     void pictureDone(const BWCaptureResult &result);
@@ -83,7 +87,7 @@ private:
     BWSeriesFile m_file;
     BWSeries m_series;
     BWAlbumPtr m_album;
-    QUrl m_first;
+    BWSeriesFiles m_files;
     QUrl m_last;
     std::optional<Disk> m_disk; // as it was first
     bool m_looking = false;

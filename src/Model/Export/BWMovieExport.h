@@ -23,7 +23,8 @@ public:
 
     /// The pictures in that order, so many a second, as a QuickTime movie. Its size is that which most of them have, upright;
     /// a picture of another size is made to fit, with black beside it. JPEGs that have the size are copied if all of them
-    /// are alike, else encoded once. Damaged pictures, and those that are gone, are left out.
+    /// are alike, else encoded once. Damaged pictures, and those that are gone, are left
+    /// out; but those that are copied are looked at only at both ends.
     static BWExportResult joinPictures(const QList<QUrl> &pictures, int rate, const QUrl &target, BWExportWatch &watch);
 
     /// In the order in which they were taken, by their names.

@@ -146,13 +146,14 @@ void BWAlbumFileActions::joinPictures(const QList<QUrl> &pictures)
 
 void BWAlbumFileActions::askWhereToJoin(const QList<QUrl> &pictures, int rate)
 {
-    const BWAlbumPtr album = m_albums.currentAlbum();
+    const BWAlbumPtr album = m_albums.albumOfFile(pictures.first()); // a series need not have been in the current one
     BWFilePanels::Save panel;
     panel.title = m_texts.movies.joinTitle;
     panel.message = m_texts.movies.joinMessage;
     panel.extension = u"mov"_s;
     panel.folder = pictures.first().adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash);
-    panel.name = u"%1.mov"_s.arg(album ? album->shownName(m_texts.defaultAlbumDisplayName) : QString());
+    panel.name = u"%1.mov"_s.arg(album ? album->shownName(m_texts.defaultAlbumDisplayName)
+                                       : QFile::decodeName(BWFilePath::lastComponent(panel.folder)));
     m_callbacks.panels.save(&m_window, panel, [this, pictures, rate](const QUrl &target) {
         enqueue({target, pictures, [pictures, rate, target](BWExportWatch &watch) {
                      return BWMovieExport::joinPictures(BWMovieExport::inOrder(pictures), rate, target, watch);

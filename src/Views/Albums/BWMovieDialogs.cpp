@@ -93,9 +93,8 @@ void BWMovieTexts::localizeWithManager(BWLocalizationManager &manager)
     smallerFolderMessage = manager.text(u"movie_export"_s, u"smaller_folder_message"_s,
                                         u"Please select a directory for the smaller movies"_s);
     joinTitle = manager.text(u"movie_export"_s, u"join_title"_s, u"Make a Movie of the Pictures"_s);
-    joinExplanation =
-        manager.text(u"movie_export"_s, u"join_explanation"_s,
-                     u"The selected pictures (%1) follow one another in a movie, in the order of their names."_s);
+    joinExplanation = manager.text(u"movie_export"_s, u"join_explanation"_s,
+                                   u"The pictures (%1) follow one another in a movie, in the order of their names."_s);
     rate = manager.text(u"movie_export"_s, u"rate_label"_s, u"&Pictures per second:"_s);
     length = manager.text(u"movie_export"_s, u"length_label"_s, u"Length of the movie: %1"_s);
     joinMessage = manager.text(u"movie_export"_s, u"join_message"_s, u"Please select where to save the movie"_s);

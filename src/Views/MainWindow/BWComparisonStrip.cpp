@@ -3,15 +3,11 @@
 
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWMainMenu.h"
-#include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWColors.h"
-#include "Views/Utils/BWCrispFrame.h"
 
-#include <algorithm>
 #include <QAction>
 #include <QFrame>
 #include <QHBoxLayout>
-#include <QPainter>
 #include <QSignalBlocker>
 #include <QSlider>
 
@@ -19,49 +15,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int stripDistance = 11; // from the edges of the picture
 constexpr int sliderSteps = 100;
 constexpr int sliderWidth = 110;
 constexpr double lineShare = 0.25; // of the text colour
-
-/// A flat button with its text, or with a cross.
-class StripButton : public BWBarButton {
-public:
-    enum class Shows { Text, Cross };
-
-    StripButton(Shows shows, QWidget *parent) : BWBarButton(parent), m_shows(shows) { }
-
-    QSize sizeHint() const override
-    {
-        constexpr QSize padding(20, 12);
-        const int height = fontMetrics().height() + padding.height();
-        return {m_shows == Shows::Cross ? height : fontMetrics().size(0, text()).width() + padding.width(), height};
-    }
-    QSize minimumSizeHint() const override { return sizeHint(); }
-
-protected:
-    void paintEvent(QPaintEvent *event) override
-    {
-        BWBarButton::paintEvent(event); // without an icon: the state
-        QPainter painter(this);
-        const QColor color =
-            isEnabled() ? palette().color(QPalette::Active, QPalette::WindowText) : BWColors::disabled(palette());
-        painter.setPen(color);
-        if (m_shows == Shows::Text) {
-            painter.drawText(rect(), Qt::AlignCenter, text());
-            return;
-        }
-        constexpr double arm = 4;
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(color, 1.5, Qt::SolidLine, Qt::RoundCap));
-        painter.translate(QRectF(rect()).center());
-        painter.drawLine(QPointF(-arm, -arm), QPointF(arm, arm));
-        painter.drawLine(QPointF(-arm, arm), QPointF(arm, -arm));
-    }
-
-private:
-    const Shows m_shows;
-};
 
 QWidget *separator(QWidget *parent)
 {
@@ -77,7 +33,7 @@ QWidget *separator(QWidget *parent)
 } // namespace
 
 BWComparisonStrip::BWComparisonStrip(const BWMainMenu &menu, QWidget *parent)
-    : QWidget(parent), m_menu(menu), m_slider(new QSlider(Qt::Horizontal, this))
+    : BWPictureStrip(parent), m_menu(menu), m_slider(new QSlider(Qt::Horizontal, this))
 {
     const auto text = [](const QString &identifier, const QString &english) {
         return BWLocalizableString(u"comparison"_s, identifier, english);
@@ -100,13 +56,12 @@ BWComparisonStrip::BWComparisonStrip(const BWMainMenu &menu, QWidget *parent)
     row->addWidget(add(menu.endComparison, text(u"end"_s, u"End comparison"_s)));
     connect(m_slider, &QSlider::valueChanged, this,
             [this](int value) { Q_EMIT shareChanged(double(value) / sliderSteps); });
-    hide();
 }
 
 QAbstractButton *BWComparisonStrip::add(QAction *action, const BWLocalizableString &text)
 {
     const bool ends = m_menu.endComparison == action;
-    auto *button = new StripButton(ends ? StripButton::Shows::Cross : StripButton::Shows::Text, this);
+    auto *button = new BWStripButton(ends ? BWStripButton::Shows::Cross : BWStripButton::Shows::Text, this);
     button->setCheckable(action->isCheckable());
     button->setChecked(action->isChecked());
     connect(button, &QToolButton::clicked, action, [action, button] {
@@ -131,24 +86,6 @@ void BWComparisonStrip::localizeWithManager(BWLocalizationManager &manager)
     m_lineName = manager.text(u"comparison"_s, u"line"_s, u"Dividing line between the pictures"_s);
 }
 
-void BWComparisonStrip::placeIn(const QRect &area)
-{
-    const QSize size(std::min(sizeHint().width(), area.width() - 2 * stripDistance), sizeHint().height());
-    setGeometry(QRect(
-        QPoint(area.x() + (area.width() - size.width()) / 2, area.y() + area.height() - stripDistance - size.height()),
-        size));
-}
-
-int BWComparisonStrip::neededWidth() const
-{
-    return isHidden() ? 0 : sizeHint().width() + 2 * stripDistance;
-}
-
-int BWComparisonStrip::takenHeight() const
-{
-    return isHidden() ? 0 : sizeHint().height() + stripDistance;
-}
-
 void BWComparisonStrip::showShare(BWScene::Mode mode, double share)
 {
     const QSignalBlocker blocker(m_slider);
@@ -161,16 +98,4 @@ void BWComparisonStrip::showShare(BWScene::Mode mode, double share)
     const QString &name = mode == BWScene::Mode::Divider ? m_lineName : m_shareName;
     m_slider->setAccessibleName(name);
     m_slider->setToolTip(name);
-}
-
-/// Readable on any picture.
-void BWComparisonStrip::paintEvent(QPaintEvent *)
-{
-    constexpr double radius = 8;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const BWCrispFrame frame(painter, rect());
-    painter.setPen(QPen(BWColors::line(palette(), lineShare), frame.width));
-    painter.setBrush(palette().color(QPalette::Window));
-    painter.drawRoundedRect(frame.rect, radius, radius);
 }

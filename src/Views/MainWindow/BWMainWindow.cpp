@@ -9,6 +9,7 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWOfferStrip.h"
 #include "Views/MainWindow/BWSlidingBars.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
@@ -33,6 +34,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
       m_bars(new BWSlidingBars(*menuBar(), m_content)),
       m_controlBar(new BWControlBar(*m_menu, m_bars)),
       m_comparisonStrip(new BWComparisonStrip(*m_menu, m_content)),
+      m_offerStrip(new BWOfferStrip(m_content)),
       m_statusPill(new BWStatusPill(m_content)),
       m_statistics(new BWStatisticsPanel([&renderer] { return renderer.figures(); }, m_content)),
       m_frozenMark(new BWFrozenMark(m_content)),
@@ -45,12 +47,14 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     m_content->installEventFilter(this);
     m_controlBar->installEventFilter(this);
     m_bars->addControlBar(m_controlBar);
-    m_comparisonStrip->installEventFilter(this);
+    for (BWPictureStrip *strip : std::initializer_list<BWPictureStrip *>{m_comparisonStrip, m_offerStrip})
+        strip->installEventFilter(this);
     // The bar comes first in the tab order, as it does for the eye.
     m_bars->raise();
     m_statusPill->raise();
     setTabOrder(m_controlBar, m_clipView);
     setTabOrder(m_clipView, m_comparisonStrip);
+    m_offerStrip->followInTabOrder(*m_clipView);
     m_clipView->setFocus();
     connect(m_controlBar, &BWControlBar::lastCaptureShown, m_menu->lastCapture, &QAction::setEnabled);
     connect(m_menu->lastCapture, &QAction::triggered, m_controlBar, &BWControlBar::lastCaptureTriggered);
@@ -60,6 +64,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     connect(m_menu, &BWMainMenu::barRequested, this, &BWMainWindow::openMenu);
     connect(m_bars, &BWSlidingBars::coveredHeightChanged, this, &BWMainWindow::placeBelowBars);
     connect(m_bars, &BWSlidingBars::keyboardReturned, this, [this] { m_clipView->setFocus(); });
+    connect(m_offerStrip, &BWOfferStrip::keyboardReturned, this, [this] { m_clipView->setFocus(); });
     connect(m_bars, &BWSlidingBars::pointerShown, this, &BWMainWindow::showPointer);
     connect(&m_clipView->touchInput(), &BWTouchInput::touched, this, [this](QPoint at) {
         constexpr int reach = 24; // points; fingers do not get to the very edge
@@ -77,6 +82,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
             setFullScreen(false);
         return leaves;
     });
+    setEscape(Escape::Offer, [this] { return m_offerStrip->end(); });
 }
 
 void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
@@ -86,6 +92,7 @@ void BWMainWindow::localizeWithManager(BWLocalizationManager &manager)
     m_menu->localizeWithManager(manager);
     m_controlBar->localizeWithManager(manager);
     m_comparisonStrip->localizeWithManager(manager);
+    m_offerStrip->localizeWithManager(manager);
     m_statistics->localizeWithManager(manager);
     m_frozenMark->localizeWithManager(manager);
     updateMinimumSize();
@@ -179,7 +186,7 @@ void BWMainWindow::updateMinimumSize()
     const int picture = std::max(200, 13 * fontMetrics().lineSpacing());
     const int strip = stripHeight();
     const int widest = std::max({m_controlBar->minimumSizeHint().width(), m_comparisonStrip->neededWidth(),
-                                 strip > 0 ? m_strip->minimumSizeHint().width() : 0});
+                                 m_offerStrip->neededWidth(), strip > 0 ? m_strip->minimumSizeHint().width() : 0});
     m_content->setMinimumSize(widest,
                               BWLiveViewGeometry::barHeight + picture + strip + m_comparisonStrip->takenHeight());
 }
@@ -198,7 +205,9 @@ void BWMainWindow::layOutContent()
     m_clipView->setGeometry(area);
     m_bars->placeIn(m_content->width());
     m_comparisonStrip->placeIn(area);
-    m_statusPill->placeIn(area.adjusted(0, 0, 0, -m_comparisonStrip->takenHeight()));
+    const QRect aboveComparison = area.adjusted(0, 0, 0, -m_comparisonStrip->takenHeight());
+    m_offerStrip->placeIn(aboveComparison);
+    m_statusPill->placeIn(aboveComparison.adjusted(0, 0, 0, -m_offerStrip->takenHeight()));
     placeBelowBars();
 }
 
@@ -272,7 +281,7 @@ bool BWMainWindow::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_content && event->type() == QEvent::HoverLeave)
         m_bars->pointerAt({});
     const QEvent::Type type = event->type();
-    if (watched == m_comparisonStrip
+    if ((watched == m_comparisonStrip || watched == m_offerStrip)
         && (type == QEvent::Show || type == QEvent::Hide || type == QEvent::LayoutRequest)) {
         updateMinimumSize();
         layOutContent();

@@ -16,6 +16,7 @@ class BWFrameAutosave;
 class BWFrozenMark;
 class BWLiveRenderer;
 class BWMainMenu;
+class BWOfferStrip;
 class BWSlidingBars;
 class BWStatisticsPanel;
 class BWStatusPill;
@@ -38,6 +39,7 @@ public:
     BWControlBar &controlBar() const { return *m_controlBar; }
     BWCenteringClipView &centeringClipView() const { return *m_clipView; }
     BWComparisonStrip &comparisonStrip() const { return *m_comparisonStrip; }
+    BWOfferStrip &offerStrip() const { return *m_offerStrip; }
     BWStatusPill &currentCameraLabel() const { return *m_statusPill; }
 
     /// A strip of controls over the whole width below the picture, which has room while it is visible. The window owns it.
@@ -56,7 +58,7 @@ public:
 
     /// What Escape leaves, one thing at a press: the first of these that there is to leave. Open menus and questions take
     /// the key before, no shortcut of this window does.
-    enum class Escape { Bars, Comparison, StillPicture, FullScreen };
+    enum class Escape { Bars, Comparison, StillPicture, FullScreen, Offer };
     /// `leave` returns whether there was anything to leave.
     void setEscape(Escape what, std::function<bool()> leave);
 
@@ -104,13 +106,14 @@ private:
     BWSlidingBars *m_bars;
     BWControlBar *m_controlBar;
     BWComparisonStrip *m_comparisonStrip;
+    BWOfferStrip *m_offerStrip;
     BWStatusPill *m_statusPill;
     BWStatisticsPanel *m_statistics;
     BWFrozenMark *m_frozenMark;
     QWidget *m_strip = nullptr;
     BWFrameAutosave *m_frame = nullptr;
     std::function<bool()> m_shouldClose;
-    std::array<std::function<bool()>, static_cast<std::size_t>(Escape::FullScreen) + 1> m_escapes;
+    std::array<std::function<bool()>, static_cast<std::size_t>(Escape::Offer) + 1> m_escapes;
     bool m_statisticsWanted = false;
     bool m_showsLive = true;
     BWWindowVisibility m_visibility;

@@ -24,6 +24,7 @@ constexpr std::array classRoles{
     ClassRole{"BWKeyCaps", QAccessible::StaticText},
     ClassRole{"BWMeasuringLayer", QAccessible::Canvas},
     ClassRole{"BWMeasuringStrip", QAccessible::ToolBar},
+    ClassRole{"BWOfferStrip", QAccessible::Notification},
     ClassRole{"BWStatusPill", QAccessible::Notification},
     ClassRole{"QFrame", QAccessible::Separator}, // we use a plain QFrame only as a line
 };
