@@ -2,9 +2,11 @@
 #include "Views/BWNoCameraBaseWindowController.h"
 
 #include "Model/Session/BWStartProblemText.h"
+#include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/BWPreparingView.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QPushButton>
 #include <utility>
@@ -22,8 +24,10 @@ BWNoCameraBaseWindowController::BWNoCameraBaseWindowController(Callbacks callbac
       m_clock(clock),
       m_view(new BWNoticeView(u"brimwellpro-plug-in"_s)),
       m_preparing(new BWPreparingView),
+      m_actionButton(m_view->addButton()),
       m_quitButton(m_view->addButton())
 {
+    m_actionButton->hide();
     m_view->addContent(m_preparing);
     m_view->fill(*this);
     connect(m_quitButton, &QPushButton::clicked, this, [this] { onTerminate(); });
@@ -49,6 +53,19 @@ void BWNoCameraBaseWindowController::setPreparingCamera(bool preparing)
 void BWNoCameraBaseWindowController::setObstacle(const QString &obstacle)
 {
     m_view->setObstacle(obstacle);
+}
+
+void BWNoCameraBaseWindowController::showAction(QAction &action)
+{
+    const auto update = [this, &action] {
+        m_actionButton->setText(action.text());
+        m_actionButton->setToolTip(BWUIUtils::withShortcut(action.toolTip(), action.shortcut()));
+        m_actionButton->setVisible(action.isEnabled());
+    };
+    addAction(&action); // the menu's key reaches only the main window
+    connect(&action, &QAction::changed, this, update);
+    connect(m_actionButton, &QPushButton::clicked, &action, &QAction::trigger);
+    update();
 }
 
 void BWNoCameraBaseWindowController::showEvent(QShowEvent *event)

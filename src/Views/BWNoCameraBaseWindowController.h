@@ -9,6 +9,7 @@
 
 class BWNoticeView;
 class BWPreparingView;
+class QAction;
 class QPushButton;
 
 /// The common base of the windows that stand in for a missing camera: a notice, and a button that quits. They show
@@ -31,6 +32,9 @@ public:
     void setPreparingCamera(bool preparing);
     /// Shows what keeps a camera from appearing in place of the usual text; null if nothing does.
     void setObstacle(const QString &obstacle);
+
+    /// While this is enabled, its key works here, too, and a button shows it. It must outlive the window.
+    void showAction(QAction &action);
 
     /// The user wants to quit: pressed the button, or closed the window.
     virtual void onTerminate() = 0;
@@ -60,5 +64,6 @@ private:
     DispatchAfterStrict::Handle m_next;
     BWNoticeView *m_view;
     BWPreparingView *m_preparing;
+    QPushButton *m_actionButton;
     QPushButton *m_quitButton;
 };

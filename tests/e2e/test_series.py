@@ -11,7 +11,7 @@ import re
 import signal
 
 from desktop import wait_until
-from program import ProgramTest, probed, wait_for_picture
+from program import ProgramTest, frames_of, probed, wait_for_picture
 
 
 class Series(ProgramTest):
@@ -85,6 +85,37 @@ class Series(ProgramTest):
         self.start("--simulate", "high")
         wait_for_picture(self.program)
         self.assertNotIn("Go on with the series?", self.program.outline())
+
+    def test_stopped_without_a_camera(self):
+        """By the same key; afterwards its pictures, and no other, become a movie."""
+        self.begin(1)
+        self.wait_for_more(album="Default Album")
+        self.desktop.key("ctrl+s")
+        self.wait_for_more(3, "Default Album")
+        self.hand("Unplug")
+        sheet = self.program.wait_for("dialog", "The camera was unplugged")
+        self.program.activate(sheet)
+        self.status(r"(.*\n)?Series: \d+( of \d+)?, waiting for the camera")
+        pill = next(element for element in self.program.window("frame", "BrimwellPro").descendants()
+                    if element.role == "notification" and "Series" in element.name).area
+        self.assertGreaterEqual(pill.y, sheet.area.y + sheet.area.height)
+        self.program.wait_for("push button", "Stop series")
+        self.desktop.key("ctrl+i")
+        saved = int(self.status(r"The series was stopped\. Pictures in “Default Album”: (\d+)(\n.*)?")[1])
+        self.assertIsNone(self.program.find("push button", "Make a movie of the series..."))
+        self.hand("Plug In")
+        wait_for_picture(self.program)
+        self.program.click("push button", "Make a movie of the series...")
+        self.program.wait_for_active("dialog", "Make a Movie of the Pictures")
+        self.desktop.key("Return")
+        self.program.wait_for("text", "File name:")
+        self.program.wait_for_active("dialog", "Make a Movie of the Pictures")
+        self.desktop.key("Return")
+        wait_until("the movie is there", lambda: list(self.album.glob("*.mov")))
+        movie, = self.album.glob("*.mov")
+        self.assertGreaterEqual(frames_of(movie), saved)
+        self.assertLess(frames_of(movie), len(self.pictures("Default Album")))
+        self.program.quit()
 
     def test_session_ends(self):
         self.begin(1)

@@ -74,7 +74,11 @@ void BWSessionWindows::makeQuestions(BWLocalizationManager &texts, const Callbac
     for (QWidget *question :
          std::initializer_list<QWidget *>{m_noCameraWindow.get(), m_noCameraSheet.get(), m_productSheet.get()})
         question->addAction(m_window.menu().simpleHelpMenuItem);
-    m_productSheet->addAction(m_window.menu().quit);
+    for (QAction *action : {m_window.menu().quit, m_window.menu().series})
+        m_productSheet->addAction(action);
+    for (BWNoCameraBaseWindowController *question :
+         std::initializer_list<BWNoCameraBaseWindowController *>{m_noCameraWindow.get(), m_noCameraSheet.get()})
+        question->showAction(*m_window.menu().series); // enabled without a camera as long as there is one to stop
 }
 
 void BWSessionWindows::connectSession()
@@ -217,6 +221,7 @@ void BWSessionWindows::showStartProblem(const BWCameraSession::StartQuestion &qu
     endStartProblem();
     m_startProblem = new BWStartProblemAlert(question, titleOf(question.other), m_texts, &m_window);
     connect(m_startProblem, &BWStartProblemAlert::answered, &m_session, &BWCameraSession::answerStartQuestion);
+    m_startProblem->addAction(m_window.menu().series);
     m_startProblem->open();
 }
 
