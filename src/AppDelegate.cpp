@@ -252,7 +252,7 @@ void AppDelegate::prepareCapture()
     m_capture = std::make_unique<BWCaptureController>(m_repository.albumManager(), std::move(told));
     m_freeze = std::make_unique<BWFreezeController>(*m_window, *m_scene, *m_renderer, *m_capture, m_clock);
     m_series = std::make_unique<BWSeriesController>(
-        BWSeriesController::Parts{*m_window, *m_statusLine, m_repository.configManager(), texts,
+        BWSeriesController::Parts{*m_window, *m_statusLine, *m_renderer, m_repository.configManager(), texts,
                                   m_repository.albumManager(), *m_capture, m_captureFeedback->callbacks(),
                                   [this](const QList<QUrl> &pictures) { m_auxiliaryWindows->joinPictures(pictures); }},
         [this] { return currentCamera(); }, [this](const QUrl &file) { m_lastCapture->captureAdded(file); },

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/Capture/BWSeriesController.h"
 
+#include "BWACUDriver/BWStill.h"
 #include "Model/Capture/BWSeriesTexts.h"
+#include "Model/LiveView/BWLiveRenderer.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWFilePath.h"
@@ -149,14 +151,19 @@ bool BWSeriesController::isSingle() const
     return m_run.series().plan().pictures() == 1;
 }
 
-/// A guess, by the number of its pixels.
+/// Those that what shows now would take.
 qint64 BWSeriesController::pictureBytes() const
 {
     constexpr qint64 usual = 1'000'000;
-    constexpr int pixelsInByte = 5; // of a detailed picture from a camera that compresses little
-    const BWCameraPtr camera = m_camera();
-    const QSize size = camera ? camera->defaultResolution().dimensions() : QSize();
-    return size.isEmpty() ? usual : qint64(size.width()) * size.height() / pixelsInByte;
+    constexpr qint64 quicklyEncoded = 2'100'000; // pixels: 10 ms
+    constexpr int pixelsInByte = 5; // of a detailed picture
+    const BWFrame frame = m_parts.live.currentFrame();
+    if (frame.isNull())
+        return usual;
+    if (frame.pixelFormat() == BWPixelFormat::MJPEG)
+        return static_cast<qint64>(frame.plane(0).size);
+    const qint64 pixels = qint64(frame.width()) * frame.height();
+    return pixels <= quicklyEncoded ? BWStill::jpegOf(frame).size() : pixels / pixelsInByte;
 }
 
 void BWSeriesController::pictureSaved(const QUrl &file)

@@ -9,6 +9,7 @@
 #include <QObject>
 
 class BWConfigManager;
+class BWLiveRenderer;
 class BWLocalizationManager;
 class BWMainWindow;
 class BWStatusLine;
@@ -24,6 +25,7 @@ public:
     struct Parts {
         BWMainWindow &window;
         BWStatusLine &statusLine;
+        const BWLiveRenderer &live;
         BWConfigManager &config;
         BWLocalizationManager &texts;
         BWAlbumManager &albums;
