@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "App/LiveView/BWScaleController.h"
 #include "App/LiveView/BWSceneController.h"
-#include "Model/Measuring/BWCalibration.h"
 #include "Model/Measuring/BWMeasuringTool.h"
 #include "Model/Measuring/BWPictureMetadata.h"
-#include "Model/Products/BWCameraProduct.h"
 
 #include <map>
 #include <memory>
@@ -27,7 +26,7 @@ class BWStatusLine;
 class BWUserDefaults;
 
 /// Measuring in the main window: wires the tools, the layer over the picture, the strip and the menu, and says which
-/// measurements belong to the picture that shows, and which scale it has. GUI thread.
+/// measurements belong to the picture that shows; a BWScaleController knows its scale. GUI thread.
 ///
 /// Measurements belong to what they were made on: those of the live image to its camera, in every resolution of the same
 /// shape and while it is frozen; those of an album's picture to that.
@@ -56,10 +55,10 @@ public:
     bool isOpen() const { return m_isOpen; }
 
     /// Which picture of all albums the next ones are about, as the scene names it; null: that of the camera.
-    QString albumPicture() const { return m_sheet->isOfAlbum ? m_sheet->of : QString(); }
+    QString albumPicture() const { return m_sheet->scaled.isOfAlbum ? m_sheet->of : QString(); }
     /// Of the picture that shows.
     const QList<BWMeasurement> &measurements() const { return m_sheet->list.items(); }
-    BWPictureScale scale() const;
+    BWPictureScale scale() const { return m_scale.scale(); }
     /// Replaces what was measured in the album's picture that shows, as it was read from its file. Only if something was
     /// there before, that can be undone.
     void setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration);
@@ -80,12 +79,9 @@ private:
     struct Sheet {
         BWMeasurementList list;
         BWMeasuringTool tool{list};
-        BWCalibration calibration; ///< of an album's picture; the live image has that of the product
-        bool isOfAlbum = false;
+        BWScaleController::Picture scaled{};
         QString of{}; ///< the name of the album's picture, or the type of the camera
         QSize pixels{}; ///< as it was last shown
-        BWCalibration cameWith{}; ///< what an album's picture had in its file
-        BWPictureScale shown{}; ///< when it was looked at last
         QList<BWMeasurement> known{}; ///< when something was announced last
     };
 
@@ -93,31 +89,19 @@ private:
     void makeViews();
     void pickKind(const QString &kind);
     void followPicture();
-    void followScale();
-    void pickScale(int index);
-    void storeScales();
-    void manageScales();
-    void sayScale();
     void calibrate();
-    bool storeScale(const BWCalibration &calibration);
     void showResults(bool shown);
     void refresh();
     void announceEdit();
     void announceChange();
-    bool isAlbum() const;
-    bool isScaleWithheld() const;
-    QList<BWCalibration> scales() const;
-    qsizetype indexOf(const QList<BWCalibration> &scales, const BWCalibration &scale) const;
-    BWCameraProductPtr product() const;
-    QString productIdentifier() const;
     QString nameOf(qsizetype measurement) const;
     QString described(qsizetype measurement) const;
 
     Parts m_parts;
     BWMeasuringMenu &m_menu;
-    BWCalibrations m_calibrations;
+    BWScaleController m_scale;
     std::map<QString, std::unique_ptr<Sheet>> m_sheets; // by picture
-    Sheet *m_sheet; // that of the picture that shows
+    Sheet *m_sheet = nullptr; // that of the picture that shows
     Sheet *m_cameraSheet = nullptr; // that of the camera's picture, while it shows or last showed
     BWSceneController::Main m_main = BWSceneController::Main::Live; // when it was looked at last
     QString m_camera; // the type of the one whose picture shows, or did last
