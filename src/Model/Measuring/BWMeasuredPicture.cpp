@@ -68,7 +68,8 @@ QImage BWMeasuredPicture::of(const Shown &shown)
         const double width = isCalibrated ? shown.scale.millimetresPerWidth() : shown.frame.width();
         constexpr double longest = 200; // points, as on the screen
         const double room = std::min(longest * lineWidth, size.width() / 3.0);
-        draw.drawScaleBar({width / shown.frame.width(), room, isCalibrated ? shown.scale.unit : BWLengthUnit::Pixel},
+        draw.drawScaleBar({width / shown.frame.width(), room, isCalibrated ? shown.scale.unit : BWLengthUnit::Pixel,
+                           shown.scale.isUnitChosen},
                           picture.rect());
     }
     painter.end();

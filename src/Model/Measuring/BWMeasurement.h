@@ -40,6 +40,7 @@ struct BWPictureScale {
     QSize pixels; ///< of the picture in its full resolution
     BWCalibration calibration; ///< null: lengths are in pixels
     BWLengthUnit unit = BWLengthUnit::Millimetre; ///< in which to tell lengths, if calibrated
+    bool isUnitChosen = false; ///< by somebody; else a scale bar takes the one that suits it
 
     bool isCalibrated() const { return !calibration.isNull(); }
     double millimetresPerWidth() const;

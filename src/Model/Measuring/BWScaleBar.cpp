@@ -18,13 +18,13 @@ double roundBelow(double limit)
 
 } // namespace
 
-BWScaleBar::BWScaleBar(double perPoint, double longest, BWLengthUnit wanted)
+BWScaleBar::BWScaleBar(double perPoint, double longest, BWLengthUnit wanted, bool isUnitChosen)
 {
     if (!(perPoint > 0) || !(longest > 0) || !std::isfinite(perPoint * longest))
         return;
     const double most = perPoint * longest;
-    const bool isMetric = wanted != BWLengthUnit::Inch && wanted != BWLengthUnit::Pixel;
-    unit = isMetric ? BWLengths::unitFor(most) : wanted;
+    const bool isKept = isUnitChosen || wanted == BWLengthUnit::Inch || wanted == BWLengthUnit::Pixel;
+    unit = isKept ? wanted : BWLengths::unitFor(most);
     const double size = unit == BWLengthUnit::Pixel ? 1 : BWLengths::millimetres(unit);
     value = roundBelow(most / size);
     length = value * size / perPoint;

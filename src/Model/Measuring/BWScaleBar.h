@@ -11,8 +11,9 @@ struct BWScaleBar {
 
     BWScaleBar() = default;
     /// The longest that is at most `longest` points. `perPoint` is how much of the thing a point shows, in millimetres; in
-    /// pixels if `unit` is that. Inches are kept, metric lengths take the unit that suits them.
-    BWScaleBar(double perPoint, double longest, BWLengthUnit unit);
+    /// pixels if `unit` is that. Inches and a unit that somebody has chosen are kept; other lengths take the metric unit
+    /// that suits them.
+    BWScaleBar(double perPoint, double longest, BWLengthUnit unit, bool isUnitChosen = false);
 
     /// "500 µm"
     QString text(const QLocale &locale) const;
