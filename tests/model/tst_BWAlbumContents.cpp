@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWManualClock.h"
 #include "Model/Albums/BWLastCapture.h"
+#include "Model/Capture/BWSnapshotTags.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "TestFolder.h"
+#include "TestJpeg.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -157,6 +159,12 @@ private Q_SLOTS:
         QCOMPARE(last.file(), file(u"0.jpg"_s));
         QVERIFY(QFile::remove(file(u"0.jpg"_s).toLocalFile()));
         QTRY_COMPARE(last.file(), file(u"d.jpg"_s));
+
+        // A picture is as old as it says, whenever somebody measured in it.
+        const BWSnapshotTags tags{QDateTime::currentDateTime().addSecs(-60 * 4), {}, {}};
+        TestFolder::write(file(u"d.jpg"_s), tags.addedTo(TestJpeg::encode(TestJpeg::noise({16, 16}, 1))));
+        write(u"0.mov"_s, 9);
+        QTRY_COMPARE(last.file(), file(u"c.mov"_s));
 
         m_albums.addAlbumFromPath(m_folder.folder(u"Empty"_s));
         QTRY_VERIFY(last.file().isEmpty());
