@@ -15,7 +15,7 @@ ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests" / "e2e"))
 from desktop import Desktop  # noqa: E402
 from albums import measure_albums  # noqa: E402
-from frame_cost import measure_cpu, measure_grid, measure_latency  # noqa: E402
+from frame_cost import measure_cpu, measure_grid, measure_latency, measure_measurements  # noqa: E402
 from recording import measure_long_recording, measure_recording, measure_snapshot  # noqa: E402
 from resting import measure_idle, measure_memory  # noqa: E402
 from series import measure_series  # noqa: E402
@@ -29,6 +29,7 @@ from zip_export import measure_zip_export  # noqa: E402
 PARTS = {
     "cpu": measure_cpu,
     "grid": measure_grid,
+    "measurements": measure_measurements,
     "latency": measure_latency,
     "start": measure_start,
     "idle": measure_idle,

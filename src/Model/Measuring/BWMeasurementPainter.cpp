@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <numeric>
 #include <QFontMetricsF>
 #include <QPainter>
@@ -36,6 +37,14 @@ QRectF circleAround(QPointF middle, QPointF rim)
     return {middle - QPointF(radius, radius), QSizeF(2 * radius, 2 * radius)};
 }
 
+void drawText(QPainter &painter, QPointF place, const QFont &font, const QString &text, double lineWidth)
+{
+    QPainterPath path;
+    path.addText(place, font, text);
+    painter.strokePath(path, QPen(edgeColor, 3 * lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.fillPath(path, Qt::white);
+}
+
 void addArrowHead(QPainterPath &path, QPointF from, QPointF to, double size)
 {
     const double angle = std::atan2(to.y() - from.y(), to.x() - from.x());
@@ -46,6 +55,34 @@ void addArrowHead(QPainterPath &path, QPointF from, QPointF to, double size)
 }
 
 } // namespace
+
+const BWDrawnTexts::Text &BWDrawnTexts::drawn(const QString &text, const QFont &font, double lineWidth, double ratio)
+{
+    if (font != m_font || lineWidth != m_lineWidth || ratio != m_ratio)
+        m_texts.clear();
+    m_font = font;
+    m_lineWidth = lineWidth;
+    m_ratio = ratio;
+    if (const Text *known = m_texts.object(text))
+        return *known;
+    const double edge = 2 * lineWidth;
+    const QRectF bounds = QFontMetricsF(font).boundingRect(text).adjusted(-edge, -edge, edge, edge);
+    auto made = std::make_unique<Text>();
+    made->image = QImage((bounds.size() * ratio).toSize() + QSize(1, 1), QImage::Format_ARGB32_Premultiplied);
+    made->image.setDevicePixelRatio(ratio);
+    made->image.fill(Qt::transparent);
+    made->begin = QPointF((-bounds.topLeft() * ratio).toPoint()) / ratio;
+    QPainter painter(&made->image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawText(painter, made->begin, font, text, lineWidth);
+    painter.end();
+    // A cache deletes at once what is larger than itself.
+    constexpr qsizetype kilobyte = 1024;
+    const qsizetype size = std::min(m_texts.maxCost(), 1 + made->image.sizeInBytes() / kilobyte);
+    const Text &inserted = *made;
+    m_texts.insert(text, made.release(), size);
+    return inserted;
+}
 
 BWMeasurementPainter::BWMeasurementPainter(QPainter &painter, const QTransform &pictureToTarget, double lineWidth,
                                            const QFont &font, const QLocale &locale)
@@ -62,6 +99,9 @@ QString BWMeasurementPainter::label(const BWMeasurement &measurement, const BWPi
 
 void BWMeasurementPainter::stroke(const QPainterPath &path) const
 {
+    const double edge = 2 * m_lineWidth;
+    if (!isVisible(path.controlPointRect().adjusted(-edge, -edge, edge, edge)))
+        return;
     m_painter.setBrush(Qt::NoBrush);
     for (const auto &[color, width] : {std::pair(edgeColor, 3.0), std::pair(lineColor, 1.5)}) {
         m_painter.setPen(QPen(color, width * m_lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
@@ -69,7 +109,7 @@ void BWMeasurementPainter::stroke(const QPainterPath &path) const
     }
 }
 
-void BWMeasurementPainter::draw(const BWMeasurement &measurement, const BWPictureScale &scale, bool isActive) const
+void BWMeasurementPainter::draw(const BWMeasurement &measurement, const QString &label, bool isActive) const
 {
     BWPoints points;
     for (const QPointF &point : measurement.points)
@@ -116,7 +156,7 @@ void BWMeasurementPainter::draw(const BWMeasurement &measurement, const BWPictur
     stroke(path);
     const QPointF middle =
         std::accumulate(points.begin(), points.end(), QPointF()) / static_cast<double>(points.size());
-    drawLabel(label(measurement, scale, m_locale), points.last(), points.last() - middle);
+    drawLabel(label, points.last(), points.last() - middle);
     m_painter.restore();
 }
 
@@ -143,7 +183,6 @@ void BWMeasurementPainter::drawLabel(const QString &text, QPointF beside, QPoint
     const double gap = 8 * m_lineWidth;
     const QPointF begin(outwards.x() < 0 ? -gap - bounds.width() : gap,
                         outwards.y() > 0 ? gap + metrics.capHeight() : -gap);
-    QPainterPath path;
     QPointF place = beside + begin - QPointF(bounds.left(), 0);
     if (!m_textArea.isEmpty()) {
         const double edge = 3 * m_lineWidth;
@@ -152,9 +191,17 @@ void BWMeasurementPainter::drawLabel(const QString &text, QPointF beside, QPoint
         place.rx() += std::max(0.0, area.left() - lies.left()) - std::max(0.0, lies.right() - area.right());
         place.ry() += std::max(0.0, area.top() - lies.top()) - std::max(0.0, lies.bottom() - area.bottom());
     }
-    path.addText(place, m_font, text);
-    m_painter.strokePath(path, QPen(edgeColor, 3 * m_lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    m_painter.fillPath(path, Qt::white);
+    const double edge = 2 * m_lineWidth;
+    if (!isVisible(bounds.translated(place).adjusted(-edge, -edge, edge, edge)))
+        return;
+    constexpr int longestKept = 100; // characters; a remark can be of any length
+    if (!m_texts || text.size() > longestKept) {
+        drawText(m_painter, place, m_font, text, m_lineWidth);
+        return;
+    }
+    const double ratio = m_painter.device()->devicePixelRatioF();
+    const BWDrawnTexts::Text &drawn = m_texts->drawn(text, m_font, m_lineWidth, ratio);
+    m_painter.drawImage(QPointF(((place - drawn.begin) * ratio).toPoint()) / ratio, drawn.image);
 }
 
 void BWMeasurementPainter::drawScaleBar(const BWScaleBar &bar, const QRectF &area) const

@@ -51,6 +51,7 @@ void BWDrawnMeasurements::set(const QList<BWMeasurement> &measurements, const Lo
     const bool goesOn = sameLook && m_measurements.size() < measurements.size()
         && std::equal(m_measurements.begin(), m_measurements.end(), measurements.begin());
     const qsizetype known = goesOn ? m_measurements.size() : 0;
+    updateLabels(measurements, look);
     m_measurements = measurements;
     m_look = look;
     if (!goesOn) {
@@ -61,11 +62,26 @@ void BWDrawnMeasurements::set(const QList<BWMeasurement> &measurements, const Lo
     QPainter painter(&m_image);
     if (!goesOn)
         drawScaleBar(painter);
-    const BWMeasurementPainter draw(painter, look.toWidget, 1, look.font, look.locale);
+    BWMeasurementPainter draw(painter, look.toWidget, 1, look.font, look.locale);
+    draw.setVisible(QRectF({}, look.size));
+    draw.setTexts(m_texts);
     for (qsizetype i = known; i < measurements.size(); ++i)
-        draw.draw(measurements[i], look.scale, look.haveHandles);
+        draw.draw(measurements[i], m_labels[i], look.haveHandles);
     painter.end();
     m_covered = drawnRegion(m_image);
+}
+
+/// Results are worked out once, as long as neither the measurement nor the scale becomes another one.
+void BWDrawnMeasurements::updateLabels(const QList<BWMeasurement> &measurements, const Look &look)
+{
+    const bool sameScale = look.scale == m_look.scale && look.locale == m_look.locale;
+    QStringList labels;
+    labels.reserve(measurements.size());
+    for (qsizetype i = 0; i < measurements.size(); ++i) {
+        const bool isKnown = sameScale && i < m_labels.size() && m_measurements[i] == measurements[i];
+        labels.append(isKnown ? m_labels[i] : BWMeasurementPainter::label(measurements[i], look.scale, look.locale));
+    }
+    m_labels = labels;
 }
 
 void BWDrawnMeasurements::drawScaleBar(QPainter &painter) const
@@ -79,7 +95,7 @@ void BWDrawnMeasurements::drawScaleBar(QPainter &painter) const
     const double height = double(scale.pixels.height()) / scale.pixels.width();
     const QRectF area = m_look.toWidget.mapRect(QRectF(0, 0, 1, height)) & QRectF(m_look.scaleBarIn);
     const BWScaleBar bar(shown / points, std::min(longestScaleBar, area.width() / 2),
-                         scale.isCalibrated() ? scale.unit : BWLengthUnit::Pixel);
+                         scale.isCalibrated() ? scale.unit : BWLengthUnit::Pixel, scale.isUnitChosen);
     BWMeasurementPainter(painter, m_look.toWidget, 1, m_look.font, m_look.locale).drawScaleBar(bar, area);
 }
 
@@ -98,5 +114,10 @@ void BWDrawnMeasurements::paint(QPainter &painter, const QRegion &region) const
 
 void BWDrawnMeasurements::clear()
 {
-    *this = {};
+    m_measurements.clear();
+    m_labels.clear();
+    m_texts.clear();
+    m_look = {};
+    m_image = {};
+    m_covered = {};
 }

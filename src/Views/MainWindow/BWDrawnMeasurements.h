@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Model/Measuring/BWMeasurement.h"
+#include "Model/Measuring/BWMeasurementPainter.h"
 
 #include <QFont>
 #include <QImage>
 #include <QLocale>
 #include <QRect>
 #include <QRegion>
+#include <QStringList>
 #include <QTransform>
 
 class QPainter;
@@ -45,8 +46,11 @@ public:
 
 private:
     void drawScaleBar(QPainter &painter) const;
+    void updateLabels(const QList<BWMeasurement> &measurements, const Look &look);
 
     QList<BWMeasurement> m_measurements;
+    QStringList m_labels; ///< of each of them
+    BWDrawnTexts m_texts;
     Look m_look;
     QImage m_image; ///< null: nothing has been drawn
     QRegion m_covered; ///< by what is drawn in it, in its pixels
