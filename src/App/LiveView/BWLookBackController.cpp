@@ -22,6 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr double longNotice = 5; // seconds
+
 QString nameOf(const QUrl &file)
 {
     return QFile::decodeName(BWFilePath::lastComponent(file));
@@ -213,14 +215,18 @@ void BWLookBackController::undoTrash()
     });
 }
 
+bool BWLookBackController::isMeasuring() const
+{
+    return m_window.menu().measuring->showTools->isChecked();
+}
+
 bool BWLookBackController::takes(const QKeyEvent &key) const
 {
     // Whoever measures means the last measurement, or the selected one, and not the file.
     const BWMeasuringMenu &measuring = *m_window.menu().measuring;
-    const bool measures = measuring.showTools->isChecked();
     if (key.matches(QKeySequence::Undo))
-        return m_albums.canUndoRemoving() && !(measures && measuring.undo->isEnabled());
-    if (key.key() == Qt::Key_Delete && measures && measuring.remove->isEnabled())
+        return m_albums.canUndoRemoving() && !(isMeasuring() && measuring.undo->isEnabled());
+    if (key.key() == Qt::Key_Delete && isMeasuring() && measuring.remove->isEnabled())
         return false;
     return key.modifiers() == Qt::NoModifier
         && (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right || key.key() == Qt::Key_Delete
@@ -237,6 +243,14 @@ bool BWLookBackController::press(const QKeyEvent &key)
         step((key.key() == Qt::Key_Right) != QGuiApplication::isRightToLeft());
     else if (key.isAutoRepeat())
         return true;
+    else if (key.key() == Qt::Key_Delete && isMeasuring())
+        m_statusLine.showForAMoment(
+            m_texts
+                .text(u"look_back"_s, u"delete_while_measuring"_s,
+                      u"Nothing is selected to be deleted. To move the picture to the Trash, close the measuring tools "
+                      "first (%1)."_s)
+                .arg(m_window.menu().measuring->showTools->shortcut().toString(QKeySequence::NativeText)),
+            longNotice);
     else if (key.key() == Qt::Key_Delete)
         trash();
     else

@@ -52,6 +52,7 @@ private:
     void step(bool forward);
     void play();
     void trash();
+    bool isMeasuring() const;
     void undoTrash();
 
     BWMainWindow &m_window;

@@ -65,7 +65,7 @@ void BWMeasuringTool::setText(const QString &text)
 std::optional<BWMeasuringTool::Selection> BWMeasuringTool::selection() const
 {
     const QList<BWMeasurement> &items = m_list.items();
-    const bool exists = m_selection && m_selection->measurement < items.size()
+    const bool exists = m_selection && m_selection->measurement >= 0 && m_selection->measurement < items.size()
         && m_selection->point < items[m_selection->measurement].points.size();
     return exists ? m_selection : std::nullopt;
 }
@@ -133,6 +133,15 @@ void BWMeasuringTool::moveTo(const Selection &selected, QPointF at)
     BWMeasurement changed = m_list.items()[selected.measurement];
     changed.points[selected.point] = inside(at);
     m_list.replace(selected.measurement, changed);
+}
+
+void BWMeasuringTool::place(bool constrained)
+{
+    press(m_cursor, 0, constrained);
+    if (!constrained || !isMoving())
+        return;
+    move(m_cursor, true);
+    select(*m_selection); // the cursor goes along
 }
 
 void BWMeasuringTool::nudge(QPoint pixels)

@@ -37,7 +37,7 @@ public:
     BWMeasurement unfinished() const;
     /// None if what was selected is gone.
     std::optional<Selection> selection() const;
-    /// Gives up what is unfinished.
+    /// Gives up what is unfinished. One that does not exist leaves none selected.
     void select(const Selection &selection);
     bool hasPointAt(QPointF at, double reach) const { return pointAt(at, reach).has_value(); }
     /// Whether the pointer holds the selected point.
@@ -55,8 +55,8 @@ public:
 
     /// The keys. Moves the selected point, or the cursor if none is selected, by pixels of the picture.
     void nudge(QPoint pixels);
-    /// Sets a point at the cursor, as a press does.
-    void place() { press(m_cursor, 0, false); }
+    /// Sets a point at the cursor, as a press does; without a kind, `constrained` moves the point that lies there.
+    void place(bool constrained = false);
     /// Selects the next point of all measurements, or the one before; beyond the last, none.
     void selectNext(bool forward);
     /// Completes a measurement that takes any number of points, if it has enough.

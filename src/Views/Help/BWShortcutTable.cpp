@@ -130,7 +130,7 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"draw_line_label"_s, u"Draw a line or circle in one go, move a point"_s),
           {dragAlone}},
          {manager.text(u"help_window"_s, u"level_label"_s, u"Keep a line level, upright or at 45°"_s),
-          {with(Qt::ShiftModifier, click)}},
+          {with(Qt::ShiftModifier, click), key(Qt::ShiftModifier | Qt::Key_Space)}},
          {manager.text(u"help_window"_s, u"nudge_label"_s, u"Move a point by a pixel, by ten"_s),
           {arrows, with(Qt::ShiftModifier, arrows)}},
          {manager.text(u"help_window"_s, u"next_point_label"_s, u"Next, previous point"_s),

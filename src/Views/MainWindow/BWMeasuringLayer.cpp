@@ -4,11 +4,11 @@
 #include "Model/Measuring/BWMeasurementPainter.h"
 #include "Model/Measuring/BWMeasuringTool.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWRemarkField.h"
 
 #include <algorithm>
 #include <cmath>
 #include <QGuiApplication>
-#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -296,7 +296,7 @@ bool BWMeasuringLayer::handleKey(const QKeyEvent &event)
     case Qt::Key_Space:
         m_usesKeys = true;
         if (!event.isAutoRepeat()) {
-            m_tool->place();
+            m_tool->place(event.modifiers() & Qt::ShiftModifier);
             m_tool->release();
         }
         return true;
@@ -357,31 +357,24 @@ void BWMeasuringLayer::updateCursor()
 
 void BWMeasuringLayer::askForText()
 {
-    m_text = new QLineEdit(this);
-    m_text->setAccessibleName(m_textLabel);
-    m_text->setPlaceholderText(m_textLabel);
-    placeText();
-    m_text->installEventFilter(this);
+    m_text = new BWRemarkField(m_textLabel, this);
+    m_text->placeBeside(textPlace(), mainClip());
+    connect(m_text, &BWRemarkField::answered, this, &BWMeasuringLayer::answerText);
     m_text->show();
     m_text->setFocus();
 }
 
-void BWMeasuringLayer::placeText()
+QPoint BWMeasuringLayer::textPlace() const
 {
-    const QPoint at = toWidget() ? toWidget()->map(m_tool->unfinished().points.last()).toPoint() : rect().center();
-    const int width = std::max(180, m_text->fontMetrics().horizontalAdvance(m_textLabel) + 24);
-    const QSize size(width, m_text->sizeHint().height());
-    const int room = mainClip().width() - size.width();
-    m_text->setGeometry(QRect({std::clamp(at.x() + 8, 0, std::max(0, room)),
-                               std::clamp(at.y() - size.height() - 4, 0, std::max(0, height() - size.height()))},
-                              size));
+    return toWidget() ? toWidget()->map(m_tool->unfinished().points.last()).toPoint() : rect().center();
 }
 
 void BWMeasuringLayer::answerText(bool accepted)
 {
-    QLineEdit *field = std::exchange(m_text, nullptr);
+    BWRemarkField *field = std::exchange(m_text, nullptr);
     if (!field)
         return;
+    field->disconnect(this);
     if (m_tool->awaitsText()) {
         if (accepted)
             m_tool->setText(field->text());
@@ -400,20 +393,8 @@ bool BWMeasuringLayer::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_view.viewport() && event->type() == QEvent::Resize) {
         setGeometry(m_view.viewport()->rect());
         if (m_text)
-            placeText();
+            m_text->placeBeside(textPlace(), mainClip());
     }
-    if (watched == m_text && event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent *>(event)->key();
-        const bool accepts = key == Qt::Key_Return || key == Qt::Key_Enter;
-        if (accepts || key == Qt::Key_Escape) {
-            answerText(accepts);
-            return true; // the field would pass it on, and another arrow begin
-        }
-    }
-    if (watched == m_text && event->type() == QEvent::FocusOut
-        && static_cast<QFocusEvent *>(event)->reason() != Qt::PopupFocusReason
-        && static_cast<QFocusEvent *>(event)->reason() != Qt::ActiveWindowFocusReason)
-        answerText(true);
     return QWidget::eventFilter(watched, event);
 }
 

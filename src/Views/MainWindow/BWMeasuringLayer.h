@@ -11,7 +11,7 @@
 
 class BWCenteringClipView;
 class BWMeasuringTool;
-class QLineEdit;
+class BWRemarkField;
 
 /// Lies over the picture and shows what was measured in it. While it is active it takes mouse and keys and hands them to a
 /// tool. Beside a picture to compare with it keeps to the main picture's part. Hidden while there is nothing to show or to do; then it costs nothing. GUI thread.
@@ -29,6 +29,8 @@ public:
     void setScaleBar(bool shown);
     /// What is asked for behind an arrow.
     void setTextLabel(const QString &label);
+    /// Ends the typing of a text as Return does; without effect if none is being typed.
+    void completeText() { answerText(true); }
 
 Q_SIGNALS:
     /// Mouse or keys have done something to the measurements or to what is selected.
@@ -66,7 +68,7 @@ private:
     QPoint inPicture(QPoint direction) const;
     void updateCursor();
     void askForText();
-    void placeText();
+    QPoint textPlace() const;
     void answerText(bool accepted);
 
     QRect magnifierPlace(QPointF at) const;
@@ -85,7 +87,7 @@ private:
     QTransform m_paintedAt; ///< from the picture to the screen
     bool m_usesKeys = false; ///< and not the pointer
     std::optional<QPointF> m_pressed; ///< where the button went down that has begun a measurement
-    QLineEdit *m_text = nullptr; ///< of an arrow, while it is asked for
+    BWRemarkField *m_text = nullptr; ///< of an arrow, while it is asked for
     QString m_textLabel;
 
     BWDrawnMeasurements m_drawn;
