@@ -310,7 +310,7 @@ void AppDelegate::tagSnapshots()
     BWMeasuringController::OfCamera measured = m_measuring->ofCamera();
     measured.metadata.product = product ? product->name() : QString();
     m_capture->setSnapshotTags(measured.metadata.product, QStringLiteral("BrimwellPro " BW_VERSION), measured.metadata,
-                               measured.picture);
+                               measured.field);
 }
 
 void AppDelegate::connectActions()

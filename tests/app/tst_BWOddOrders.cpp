@@ -12,6 +12,8 @@
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWMeasuringLayer.h"
+#include "Views/MainWindow/BWMeasuringMenu.h"
 #include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "WidgetSearch.h"
@@ -20,6 +22,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QTest>
+#include <QTreeWidget>
 
 using namespace Qt::StringLiterals;
 
@@ -45,7 +48,7 @@ private Q_SLOTS:
     void orders_data()
     {
         // Keys and events, and behind = what shows then: the main picture, and whether there is a (c)omparison,
-        // a (r)ecording, (n)o camera, an (e)mpty view, a (f)ull screen.
+        // a (r)ecording, (n)o camera, an (e)mpty view, a (f)ull screen; behind : what was measured, once results are shown.
         const Rows<QString> row;
         row("size, frozen", u"Ctrl+F=frozen size=frozen Ctrl+F=live"_s);
         row("size, compared", u"Ctrl+B=live-c size=live-c Ctrl+B=live"_s);
@@ -76,6 +79,25 @@ private Q_SLOTS:
         row("twice: Trash", u"F7=album Del Del=album Ctrl+Z Ctrl+Z=album"_s);
         row("twice: record", u"Ctrl+Shift+S Ctrl+Shift+S=live Ctrl+S Ctrl+S=live"_s);
         row("twice: full screen", u"F11 F11=live F11=live-f F7=album-f Esc=live-f Esc=live"_s);
+        const QString own =
+            u"results line=live:10.0px Ctrl+F=frozen:10.0px F7=album line=album:10.0px line=album:10.0px,10.0px "
+            "Right=album line=album:10.0px Left=album:10.0px,10.0px Ctrl+Z=album:10.0px Right=album:10.0px "
+            "Ctrl+Z=album Left=album:10.0px Ctrl+Y=album:10.0px,10.0px Right=album Ctrl+Y=album:10.0px "
+            "Ctrl+F=frozen:10.0px Ctrl+Z=frozen Ctrl+F=live Ctrl+Y=live:10.0px"_s;
+        row("measuring: each picture its own", own);
+        row("measuring: product",
+            u"results line=live:10.0px dx10=live:0.141mm Ctrl+F=frozen:0.141mm F7=album "
+            "line=album:10.0px mx61=album:10.0px Esc=live:10.0px dx10=live:0.141mm"_s);
+        row("measuring: size",
+            u"results dx10 line=live:0.141mm size=live line=live:0.070mm F7=album small=album "
+            "Esc=live:0.141mm Ctrl+Z=live size=live:0.070mm"_s);
+        row("measuring: camera", u"results line=live:10.0px unplug=live-ne:10.0px plug=live:10.0px Ctrl+Z=live"_s);
+        row("measuring: looking back without",
+            u"results F7=album line=album:10.0px unplug=album-n:10.0px Esc=live-ne "
+            "Ctrl+Z Ctrl+Z plug=live F7=album:10.0px"_s);
+        row("measuring: closed",
+            u"results line=live:10.0px Ctrl+M Ctrl+Z=live Ctrl+Y F7=album Ctrl+M line=album:10.0px "
+            "Ctrl+M Right=album Ctrl+M Left=album:10.0px Esc=live:10.0px"_s);
     }
     void orders()
     {
@@ -144,14 +166,44 @@ private:
             albums.removeCurrentAlbum();
         else if (step == "trash"_L1)
             albums.removeFile(QUrl::fromLocalFile(inHome(u"Default Album"_s, 3)), BWMediaType::Image);
-        else if (step == "size"_L1)
-            Q_EMIT m_window->controlBar().resolutionPicked(u"1280x1024"_s);
+        else if (step == "size"_L1 || step == "small"_L1)
+            Q_EMIT m_window->controlBar().resolutionPicked(step == "size"_L1 ? u"1280x1024"_s : u"640x480"_s);
+        else if (step == "results"_L1)
+            m_window->menu().measuring->results->trigger();
+        else if (step == "line"_L1)
+            measureLine();
+        else if (BWConfigManager &config = BWRepository::singleton().configManager(); config.productByIdentifier(step))
+            config.setCurrentProductIdentifier(step, u"wired_high"_s);
         else if (step != "switch"_L1)
             QTest::keySequence(&m_window->centeringClipView(), QKeySequence::fromString(step));
         if (step == "switch"_L1) {
             albums.setSelectedIndex(1);
             QTRY_VERIFY(buttonNamed(m_window->controlBar(), u"Last capture: 20990101_image_006.jpg"_s));
         }
+    }
+
+    /// Of ten pixels.
+    void measureLine() const
+    {
+        m_window->menu().measuring->tools()[1]->trigger();
+        auto *layer = m_window->findChild<BWMeasuringLayer *>();
+        for (const auto &[key, modifiers] : {std::pair(Qt::Key_Space, Qt::NoModifier),
+                                             {Qt::Key_Down, Qt::ShiftModifier},
+                                             {Qt::Key_Space, Qt::NoModifier}})
+            QTest::keyClick(layer, key, modifiers);
+    }
+
+    /// The lengths in the window of results.
+    QString measured() const
+    {
+        const auto *panel = m_window->findChild<BWMeasurementResultsPanel *>();
+        const auto *rows = panel ? panel->findChild<QTreeWidget *>() : nullptr;
+        QStringList all;
+        for (int i = 0; rows && !rows->isHidden() && i < rows->topLevelItemCount(); ++i) {
+            if (!rows->topLevelItem(i)->text(0).contains(u':')) // a mean
+                all << rows->topLevelItem(i)->text(2).remove(QChar::Nbsp);
+        }
+        return all.isEmpty() ? QString() : u':' + all.join(u',');
     }
 
     QString state() const
@@ -167,13 +219,14 @@ private:
               std::pair(u'n', !camera), std::pair(u'e', !m_window->centeringClipView().pictureToViewport()),
               std::pair(u'f', m_window->isFullScreen())})
             more += is ? QString(QChar(letter)) : QString();
-        return more.isEmpty() ? main : main + u'-' + more;
+        return (more.isEmpty() ? main : main + u'-' + more) + measured();
     }
 
     QString expectedStatus() const
     {
-        const QString main = state().section(u'-', 0, 0);
-        const QString more = state().section(u'-', 1);
+        const QString shown = state().section(u':', 0, 0);
+        const QString main = shown.section(u'-', 0, 0);
+        const QString more = shown.section(u'-', 1);
         return more.contains(u'n') ? u"No camera detected"_s
             : main == "album"_L1   ? u"Picture from the album."_s
             : more.contains(u'c')  ? u"Comparison with a picture"_s

@@ -84,15 +84,15 @@ class Measuring(ProgramTest):
         super().setUp()
         self.look = Look(0, 0, 100)
 
-    def start_measuring(self, product="mx50_40"):
+    def start_measuring(self, product="mx50_40", camera="high"):
         photo = self.desktop.folder / "photo.ppm"
         rows = [[GROUND] * SIZE[0] for _ in range(SIZE[1])]
         for name, (x, y) in MARKS.items():
             for row in rows[y - HALF_MARK:y + HALF_MARK]:
                 row[x - HALF_MARK:x + HALF_MARK] = [PAINT[name]] * 2 * HALF_MARK
         photo.write_bytes(b"P6 %d %d 255\n" % SIZE + bytes(part for row in rows for pixel in row for part in pixel))
-        self.store(f'bwp2x_product_for_camera="{{\\"wired_high\\":\\"{product}\\"}}"')
-        self.start("--simulate", f"high={photo}", environment={"QT_SCALE_FACTOR": str(self.scale)})
+        self.store(f'bwp2x_product_for_camera="{{\\"wired_{camera}\\":\\"{product}\\"}}"')
+        self.start("--simulate", f"{camera}={photo}", environment={"QT_SCALE_FACTOR": str(self.scale)})
         self.program.wait_for("push button", "Snapshot")
         self.put("Simulated cameras", 1150, 600)
         self.window = self.put("BrimwellPro", 0, 0, 1100, 940)
@@ -259,13 +259,13 @@ class Measuring(ProgramTest):
         def resolution():
             self.turn_to(Look(0, 0, "fit"))
             self.program.click("combo box", "Resolution")
-            self.desktop.key("End")  # of the same shape
+            self.desktop.key("End")  # of the same shape, which sees the same
             self.desktop.key("Return")
             self.desktop.input("mousemove", 30, 5)
             wait_until("it has more pixels", lambda: self.press("ctrl+z", "ctrl+shift+z") or (
                 float(self.said(r"Path 1: ([\d.]+) px")[1]) > 500), step=0.5)
 
-        self.start_measuring()
+        self.start_measuring("mx51", "ultra")
         seen, _ = self.seen()
         self.desktop.input("key", "ctrl+2", *self.clicks(seen, "AC"), "key", "Return")
         for what in (lambda: self.turn_to(Look(0, 0, 170)), pan, lambda: self.turn_to(Look(90, 1, 70)),

@@ -406,11 +406,22 @@ private Q_SLOTS:
         QCOMPARE(read.unit(), Unit::Inch);
         QVERIFY(read.fromJson(BWCalibrations().toJson()) && !read.unit());
         // The fields of this product's resolutions are known to differ.
-        QVERIFY(!all.chosen(u"dx10"_s).holdsFor(square));
+        for (const QSize unknown : {square, QSize(800, 600)})
+            QVERIFY(!all.chosen(u"dx10"_s).holdsFor(unknown));
         made = all.madeIn({1600, 1200}, u"dx10"_s, calibration(u"own"_s, 16));
         QCOMPARE(made.widthAt(QSize(1600, 1200)), 16.0);
         QCOMPARE(made.widthAt(QSize(640, 480)), 12.8);
         QVERIFY(made.holdsFor({1280, 1024}));
+        // Another product with that camera has no grid: its other resolutions may see other fields as well.
+        BWCalibrations others({{u"dx10"_s, u"wired_high"_s}, {u"mx61"_s, u"wired_high"_s}, {u"mx62"_s, u"ultra"_s}});
+        QVERIFY(others.add(u"mx61"_s, others.madeIn({640, 480}, u"mx61"_s, calibration(u"own"_s, 8))));
+        QVERIFY(others.chosen(u"mx61"_s).holdsFor({640, 480}) && !others.chosen(u"mx61"_s).holdsFor({1600, 1200}));
+        QCOMPARE(others.fieldOf(u"mx62"_s, {1600, 1200}), u"4:3"_s);
+        QVERIFY(others.fromJson( // of a version that did not know
+            uR"({"mx61":{"own":[{"name":"a","millimetres_per_width":2,"shapes":["4:3"]}],"chosen":"a"}})"_s));
+        QVERIFY(!others.chosen(u"mx61"_s).holdsFor({640, 480}) && !others.chosen(u"mx61"_s).isNull());
+        others.allow(u"mx61"_s, u"a"_s, {640, 480});
+        QVERIFY(others.chosen(u"mx61"_s).holdsFor({640, 480}) && !others.chosen(u"mx61"_s).holdsFor({1600, 1200}));
     }
 
     void tables()
@@ -436,19 +447,21 @@ private Q_SLOTS:
 
     void scaleBars_data()
     {
-        const Rows<double, Unit, double, QString> row;
-        row("millimetres", 0.013, Unit::Millimetre, 1 / 0.013, u"1 mm"_s);
-        row("metric units are one family", 0.0049, Unit::Centimetre, 0.2 / 0.0049, u"200 µm"_s);
-        row("just reaches", 0.05, Unit::Millimetre, 100, u"5 mm"_s);
-        row("centimetres", 0.21, Unit::Micrometre, 20 / 0.21, u"2 cm"_s);
-        row("inches stay", 0.013, Unit::Inch, 0.05 * 25.4 / 0.013, u"0.05 in"_s);
-        row("pixels", 0.5, Unit::Pixel, 100, u"50 px"_s);
-        row("nothing", 0, Unit::Millimetre, 0, QString());
+        const Rows<double, Unit, bool, double, QString> row; // and whether somebody has chosen the unit
+        row("millimetres", 0.013, Unit::Millimetre, false, 1 / 0.013, u"1 mm"_s);
+        row("metric units are one family", 0.0049, Unit::Centimetre, false, 0.2 / 0.0049, u"200 µm"_s);
+        row("unless one is chosen", 0.0049, Unit::Centimetre, true, 0.2 / 0.0049, u"0.02 cm"_s);
+        row("chosen, and large", 0.21, Unit::Micrometre, true, 20 / 0.21, u"20000 µm"_s);
+        row("just reaches", 0.05, Unit::Millimetre, false, 100, u"5 mm"_s);
+        row("centimetres", 0.21, Unit::Micrometre, false, 20 / 0.21, u"2 cm"_s);
+        row("inches stay", 0.013, Unit::Inch, false, 0.05 * 25.4 / 0.013, u"0.05 in"_s);
+        row("pixels", 0.5, Unit::Pixel, false, 100, u"50 px"_s);
+        row("nothing", 0, Unit::Millimetre, false, 0, QString());
     }
     void scaleBars()
     {
-        const auto [perPoint, unit, length, text] = Rows<double, Unit, double, QString>::current();
-        const BWScaleBar bar(perPoint, 100, unit);
+        const auto [perPoint, unit, isChosen, length, text] = Rows<double, Unit, bool, double, QString>::current();
+        const BWScaleBar bar(perPoint, 100, unit, isChosen);
         QVERIFY2(std::abs(bar.length - length) < 1e-6, qPrintable(QString::number(bar.length)));
         if (length > 0)
             QCOMPARE(bar.text(english).replace(QChar::Nbsp, u' '), text);

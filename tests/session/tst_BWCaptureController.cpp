@@ -152,7 +152,8 @@ private Q_SLOTS:
     void snapshotsLandInTheAlbum()
     {
         const QList<BWMeasurement> line{{u"length"_s, {{0.1, 0.1}, {0.35, 0.1}}, {}}};
-        m_capture->setSnapshotTags(u"MX7"_s, u"BrimwellPro 1"_s, {{u"50x"_s, 8, 0.01, {}}, {}, u"MX7"_s, line}, {4, 3});
+        m_capture->setSnapshotTags(u"MX7"_s, u"BrimwellPro 1"_s, {{u"50x"_s, 8, 0.01, {}}, {}, u"MX7"_s, line},
+                                   u"4:3"_s);
         for (int i = 1; i <= 3; ++i) {
             m_capture->forceSnapshot(m_camera);
             captureFrame();
@@ -213,10 +214,10 @@ private Q_SLOTS:
         std::shared_ptr<void> busy = keepBusy(); // which does not matter
         m_capture->forceSnapshot(m_camera);
         const QList<BWMeasurement> line{{u"length"_s, {{0.1, 0.1}, {0.35, 0.1}}, {}}};
-        m_capture->setSnapshotTags({}, {}, {{}, {}, {}, line}, {4, 3}); // laid over the frozen picture
+        m_capture->setSnapshotTags({}, {}, {{}, {}, {}, line}, u"4:3"_s); // laid over the frozen picture
         m_capture->pressHardwareButton(m_camera);
         const BWCalibration scale{u"50x"_s, 8, 0, {}, {u"16:9"_s}};
-        m_capture->setSnapshotTags({}, {}, {scale, {}, {}, line}, {16, 9}); // of pictures of another shape
+        m_capture->setSnapshotTags({}, {}, {scale, {}, {}, line}, u"1600x1200"_s); // of others of that shape
         m_capture->forceSnapshot(nullptr);
         bool written = false;
         m_capture->whenStillsAreWritten([&] { m_albums->whenAdded([&] { written = true; }); });

@@ -3,6 +3,7 @@
 
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWSceneController.h"
+#include "BWACUDriver/BWDetectedCamera.h"
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWFilePath.h"
@@ -64,12 +65,20 @@ void BWMeasuringController::connectMenu()
     });
     const auto connectEdit = [this](QAction *action, auto edit) {
         connect(action, &QAction::triggered, this, [this, edit] {
+            if (isEmpty())
+                return; // nobody would see what it does
             edit(m_sheet->tool);
             refresh();
             announceEdit();
         });
     };
-    connectEdit(m_menu.undo, [](BWMeasuringTool &tool) { tool.undo(); });
+    connectEdit(m_menu.undo, [this](BWMeasuringTool &tool) {
+        const bool isTyping = tool.awaitsText();
+        const auto before = m_sheet->list.items().size();
+        completeText(); // so that it can be done again
+        if (!isTyping || m_sheet->list.items().size() > before)
+            tool.undo();
+    });
     connectEdit(m_menu.redo, [](BWMeasuringTool &tool) { tool.redo(); });
     connectEdit(m_menu.remove, [](BWMeasuringTool &tool) { tool.remove(); });
     connect(m_menu.calibrate, &QAction::triggered, this, &BWMeasuringController::calibrate);
@@ -114,6 +123,7 @@ void BWMeasuringController::setOpen(bool open)
     if (std::exchange(m_isOpen, open) == open)
         return;
     makeViews();
+    completeText();
     while (m_sheet->tool.cancel()) { // a point that is being moved, what is unfinished, the selection
     }
     m_layer->setActive(open);
@@ -128,6 +138,7 @@ void BWMeasuringController::setOpen(bool open)
 
 void BWMeasuringController::pickKind(const QString &kind)
 {
+    completeText();
     m_menu.setKind(kind);
     while (m_sheet->tool.cancel()) { }
     m_sheet->tool.setKind(kind);
@@ -136,38 +147,61 @@ void BWMeasuringController::pickKind(const QString &kind)
         m_strip->announce(m_announced = m_menu.toolName());
 }
 
-/// The picture may be another one, or the same in another resolution.
+void BWMeasuringController::completeText()
+{
+    if (m_layer)
+        m_layer->completeText();
+}
+
+/// Whether no picture shows: the camera is away, or the next one is still being read.
+bool BWMeasuringController::isEmpty() const
+{
+    return m_scale.scale().pixels.isEmpty();
+}
+
+BWMeasuringController::Sheet &BWMeasuringController::sheetOf(const QString &key)
+{
+    std::unique_ptr<Sheet> &sheet = m_sheets[key];
+    if (!sheet)
+        sheet = std::make_unique<Sheet>();
+    return *sheet;
+}
+
+/// The picture may be another one, or the same in another resolution. While the camera is away, its last one counts.
 void BWMeasuringController::followPicture()
 {
     const QSize size = m_parts.window.centeringClipView().scene().mainPicture.imageSize();
     const BWCameraPtr &camera = m_parts.productInUse.camera();
     const auto main = m_parts.scene.main();
     const bool isStillFrozen = std::exchange(m_main, main) == main && main == BWSceneController::Main::Frozen;
-    if (camera && (!isStillFrozen || m_camera.isEmpty()))
-        m_camera = camera->identifierForProducts();
-    if (m_sheet && size.isEmpty()) { // while the camera is away nothing shows, and nothing is lost
-        m_scale.setPicture(m_sheet->scaled, m_camera);
-        return;
+    if (camera && (!isStillFrozen || m_camera.isEmpty())) {
+        m_camera = camera->detectedCamera()->uniqueIdentifier();
+        m_cameraType = camera->identifierForProducts();
     }
     const bool isAlbum = main == BWSceneController::Main::Album;
-    const QString key = isAlbum ? u"album "_s + m_parts.scene.albumPicture()
-                                : u"live %1 %2"_s.arg(m_camera, BWCalibration::shapeOf(size));
-    std::unique_ptr<Sheet> &sheet = m_sheets[key];
-    if (!sheet)
-        sheet = std::make_unique<Sheet>();
-    sheet->scaled.isOfAlbum = isAlbum;
-    sheet->of = isAlbum ? m_parts.scene.albumPicture() : m_camera;
-    sheet->pixels = size;
-    if (m_sheet && m_sheet != sheet.get()) {
+    const QString field = m_scale.fieldOf(m_cameraType, size);
+    Sheet &sheet = isAlbum                ? sheetOf(u"album "_s + m_parts.scene.albumPicture())
+        : size.isEmpty() && m_cameraSheet ? *m_cameraSheet
+                                          : sheetOf(u"live %1 %2"_s.arg(field, m_camera));
+    if (m_sheet && m_sheet != &sheet) {
+        completeText();
         while (m_sheet->tool.cancel()) { }
     }
-    m_sheet = sheet.get();
-    m_scale.setPicture(m_sheet->scaled, m_camera);
-    if (!isAlbum)
-        m_cameraSheet = m_sheet;
-    m_sheet->tool.setPicture(size);
-    if (m_sheet->tool.kind() != m_menu.kind())
-        m_sheet->tool.setKind(m_menu.kind());
+    m_sheet = &sheet;
+    m_scale.setPicture(sheet.scaled, m_cameraType);
+    sheet.scaled.isOfAlbum = isAlbum;
+    if (isAlbum)
+        sheet.of = m_parts.scene.albumPicture();
+    if (!size.isEmpty()) {
+        sheet.tool.setPicture(size);
+        if (!isAlbum) {
+            m_cameraSheet = &sheet;
+            sheet.of = m_camera;
+            sheet.field = field;
+        }
+    }
+    if (sheet.tool.kind() != m_menu.kind())
+        sheet.tool.setKind(m_menu.kind());
     m_scale.follow();
 }
 
@@ -218,6 +252,8 @@ void BWMeasuringController::showResults(bool shown)
 void BWMeasuringController::setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration)
 {
     BWMeasurementList &list = m_sheet->list;
+    auto selected = m_sheet->tool.selection();
+    const BWMeasurement known = selected ? list.items()[selected->measurement] : BWMeasurement();
     if (list.items().isEmpty() && !list.canUndo()) {
         list.reset(measurements);
     } else {
@@ -226,6 +262,10 @@ void BWMeasuringController::setMeasurements(QList<BWMeasurement> measurements, c
         for (const BWMeasurement &one : measurements)
             list.add(one);
         list.endChange();
+    }
+    if (selected) { // it may have another number now, and must not become another one
+        selected->measurement = list.items().indexOf(known);
+        m_sheet->tool.select(*selected);
     }
     m_sheet->known = m_sheet->list.items();
     m_sheet->scaled.calibration = m_sheet->scaled.cameWith = calibration;
@@ -241,7 +281,7 @@ BWMeasuringController::OfCamera BWMeasuringController::ofCamera() const
     // Another camera may have come while an album's picture shows.
     if (m_cameraSheet && m_cameraSheet->of == m_camera) {
         all.metadata.measurements = m_cameraSheet->list.items();
-        all.picture = m_cameraSheet->pixels;
+        all.field = m_cameraSheet->field;
     }
     return all;
 }
@@ -253,10 +293,11 @@ void BWMeasuringController::refresh()
     const QList<BWMeasurement> &items = m_sheet->list.items();
     if (!items.isEmpty())
         makeViews();
+    const bool shows = !isEmpty();
     const bool isPlacing = !m_sheet->tool.unfinished().points.isEmpty();
-    m_menu.undo->setEnabled(m_sheet->list.canUndo() || isPlacing);
-    m_menu.redo->setEnabled(m_sheet->list.canRedo() && !isPlacing);
-    m_menu.remove->setEnabled(m_isOpen && (isPlacing || m_sheet->tool.selection()));
+    m_menu.undo->setEnabled(shows && (m_sheet->list.canUndo() || isPlacing));
+    m_menu.redo->setEnabled(shows && m_sheet->list.canRedo() && !isPlacing);
+    m_menu.remove->setEnabled(shows && m_isOpen && (isPlacing || m_sheet->tool.selection()));
     if (m_layer)
         m_layer->showMeasurements(items, m_sheet->tool, m_scale.scale());
     m_scale.look(m_isOpen, !items.isEmpty());

@@ -28,8 +28,8 @@ class BWUserDefaults;
 /// Measuring in the main window: wires the tools, the layer over the picture, the strip and the menu, and says which
 /// measurements belong to the picture that shows; a BWScaleController knows its scale. GUI thread.
 ///
-/// Measurements belong to what they were made on: those of the live image to its camera, in every resolution of the same
-/// shape and while it is frozen; those of an album's picture to that.
+/// Measurements belong to what they were made on: those of the live image to that very camera, in every resolution that
+/// sees the same field and while it is frozen; those of an album's picture to that.
 class BWMeasuringController : public QObject {
     Q_OBJECT
 
@@ -53,6 +53,8 @@ public:
     /// Opens or closes the strip; closed, clicks and keys go to the picture again, and measurements stay.
     void setOpen(bool open);
     bool isOpen() const { return m_isOpen; }
+    /// A text that is being typed counts as if Return had ended it.
+    void completeText();
 
     /// Which picture of all albums the next ones are about, as the scene names it; null: that of the camera.
     QString albumPicture() const { return m_sheet->scaled.isOfAlbum ? m_sheet->of : QString(); }
@@ -66,7 +68,7 @@ public:
     /// What a snapshot of the camera would show now, whatever picture does.
     struct OfCamera {
         BWPictureMetadata metadata; ///< but for the product's name
-        QSize picture; ///< pixels of the picture in which it was measured
+        QString field; ///< the name of the pictures in which it was measured (BWCalibration)
     };
     OfCamera ofCamera() const;
 
@@ -80,8 +82,8 @@ private:
         BWMeasurementList list;
         BWMeasuringTool tool{list};
         BWScaleController::Picture scaled{};
-        QString of{}; ///< the name of the album's picture, or the type of the camera
-        QSize pixels{}; ///< as it was last shown
+        QString of{}; ///< the name of the album's picture, or which camera it is
+        QString field{}; ///< the name of the camera's pictures that see the same
         QList<BWMeasurement> known{}; ///< when something was announced last
     };
 
@@ -89,6 +91,8 @@ private:
     void makeViews();
     void pickKind(const QString &kind);
     void followPicture();
+    Sheet &sheetOf(const QString &key);
+    bool isEmpty() const;
     void calibrate();
     void showResults(bool shown);
     void refresh();
@@ -104,7 +108,8 @@ private:
     Sheet *m_sheet = nullptr; // that of the picture that shows
     Sheet *m_cameraSheet = nullptr; // that of the camera's picture, while it shows or last showed
     BWSceneController::Main m_main = BWSceneController::Main::Live; // when it was looked at last
-    QString m_camera; // the type of the one whose picture shows, or did last
+    QString m_camera; // which one it is whose picture shows, or did last
+    QString m_cameraType; // of that
     QPointer<BWMeasuringLayer> m_layer; // made when first wanted, like the strip; the window owns them
     QPointer<BWMeasuringStrip> m_strip;
     QPointer<BWMeasurementResultsPanel> m_results; // the window owns it as well

@@ -30,9 +30,24 @@ BWLengthUnit unitOf(const BWCalibration &calibration)
     return width >= wide ? BWLengthUnit::Centimetre : width >= 1 ? BWLengthUnit::Millimetre : BWLengthUnit::Micrometre;
 }
 
+/// The type of the camera that each product is.
+QHash<QString, QString> camerasOf(const QList<BWCameraProductPtr> &products)
+{
+    QHash<QString, QString> cameras;
+    for (const BWCameraProductPtr &product : products)
+        cameras.insert(product->identifier(), product->cameraTypeIdentifier());
+    return cameras;
+}
+
+QString identifierOf(const BWCameraProductPtr &product)
+{
+    return product ? product->identifier() : QString();
+}
+
 } // namespace
 
-BWScaleController::BWScaleController(const Parts &parts) : m_parts(parts), m_menu(*parts.window.menu().measuring)
+BWScaleController::BWScaleController(const Parts &parts)
+    : m_parts(parts), m_menu(*parts.window.menu().measuring), m_calibrations(camerasOf(parts.config.allProducts()))
 {
     m_calibrations.fromJson(parts.config.calibrations());
     connect(m_menu.calibrations, &QAction::triggered, this, &BWScaleController::manage);
@@ -61,15 +76,14 @@ QSize BWScaleController::pixels() const
     return m_parts.window.centeringClipView().scene().mainPicture.imageSize();
 }
 
-BWCameraProductPtr BWScaleController::product() const
-{
-    return m_parts.config.currentProductForCameraIdentifier(m_camera);
-}
-
 QString BWScaleController::productIdentifier() const
 {
-    const BWCameraProductPtr product = this->product();
-    return product ? product->identifier() : QString();
+    return identifierOf(m_parts.config.currentProductForCameraIdentifier(m_camera));
+}
+
+QString BWScaleController::fieldOf(const QString &camera, QSize picture) const
+{
+    return m_calibrations.fieldOf(identifierOf(m_parts.config.currentProductForCameraIdentifier(camera)), picture);
 }
 
 bool BWScaleController::isWithheld() const
@@ -87,6 +101,7 @@ BWPictureScale BWScaleController::scale() const
     else if (!isWithheld())
         scale.calibration = calibrationOfCamera();
     scale.unit = m_calibrations.unit().value_or(unitOf(scale.calibration));
+    scale.isUnitChosen = m_calibrations.unit().has_value();
     return scale;
 }
 
@@ -146,6 +161,14 @@ void BWScaleController::pick(int index)
     if (m_picture->isOfAlbum) {
         m_picture->calibration = picked.ofPicture(size);
         follow();
+        if (!picked.holdsFor(size))
+            m_parts.statusLine.showForAMoment(
+                m_parts.texts
+                    .text(u"measuring"_s, u"scale_unsure"_s,
+                          u"“%1” was made in pictures of another size or shape. Please check it with something whose "
+                          "length you know."_s)
+                    .arg(picked.name),
+                longNotice);
         return;
     }
     m_calibrations.choose(productIdentifier(), picked.name);
@@ -162,8 +185,8 @@ void BWScaleController::store()
 
 void BWScaleController::manage()
 {
-    const QString product = productIdentifier();
-    const BWCameraProductPtr shown = this->product();
+    const BWCameraProductPtr shown = m_parts.config.currentProductForCameraIdentifier(m_camera);
+    const QString product = identifierOf(shown);
     const BWCalibrationsDialog::Callbacks callbacks{[this, product](const QString &name, const QString &newName) {
                                                         const bool renamed =
                                                             m_calibrations.rename(product, name, newName);
@@ -183,6 +206,7 @@ void BWScaleController::manage()
     dialog->open();
 }
 
+/// While the question is open, another camera or picture may come: the answer is about what was asked.
 void BWScaleController::calibrate(const QList<BWCalibrationDialog::Line> &lines)
 {
     if (lines.isEmpty()) {
@@ -192,46 +216,43 @@ void BWScaleController::calibrate(const QList<BWCalibrationDialog::Line> &lines)
             longNotice);
         return;
     }
+    const QString product = productIdentifier();
     QStringList known;
-    for (const BWCalibration &one : m_calibrations.of(productIdentifier())) {
-        if (!m_calibrations.isBuiltIn(productIdentifier(), one.name))
+    for (const BWCalibration &one : m_calibrations.of(product)) {
+        if (!m_calibrations.isBuiltIn(product, one.name))
             known << one.name;
     }
+    const auto add = [this, product, size = pixels(), picture = m_picture](const BWCalibration &made) {
+        const QString before = m_calibrations.chosen(product).name;
+        const BWCalibration calibration = m_calibrations.madeIn(size, product, made);
+        if (!m_calibrations.add(product, calibration))
+            return false;
+        if (picture->isOfAlbum) { // the live image may show another magnification by now
+            m_calibrations.choose(product, before);
+            picture->calibration = calibration.ofPicture(size);
+        }
+        store();
+        return true;
+    };
     auto *dialog = new BWCalibrationDialog(
-        lines, pixels().width(), m_calibrations.unit().value_or(BWLengthUnit::Millimetre),
-        [this](const BWCalibration &made) { return add(made); }, &m_parts.window);
+        lines, pixels().width(), m_calibrations.unit().value_or(BWLengthUnit::Millimetre), add, &m_parts.window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->localizeWithManager(m_parts.texts);
     dialog->setKnownNames(known);
     dialog->open();
 }
 
-/// One that was made on a picture of an album is that picture's; the live image may show another magnification by now.
-bool BWScaleController::add(const BWCalibration &made)
+void BWScaleController::look(bool isMeasuring, bool hasMeasurements)
 {
-    const QString product = productIdentifier();
-    const QString before = m_calibrations.chosen(product).name;
-    const BWCalibration calibration = m_calibrations.madeIn(pixels(), product, made);
-    if (!m_calibrations.add(product, calibration))
-        return false;
-    if (m_picture->isOfAlbum) {
-        m_calibrations.choose(product, before);
-        m_picture->calibration = calibration.ofPicture(pixels());
-    }
-    store();
-    return true;
-}
-
-void BWScaleController::look(bool countsLengths, bool hasMeasurements)
-{
+    const bool showsLengths = isMeasuring || m_menu.scaleBar->isChecked();
     const BWPictureScale now = scale();
     if (now.pixels.isEmpty()) // nothing shows: what comes next is compared with what was last
         return;
     const BWPictureScale before = std::exchange(m_picture->shown, now);
-    const bool sameLengths = before.calibration.name == now.calibration.name
-        && before.calibration.millimetresPerWidth == now.calibration.millimetresPerWidth;
+    const bool sameLengths =
+        before.calibration.name == now.calibration.name && before.millimetresPerWidth() == now.millimetresPerWidth();
     const bool isNew = before.pixels.isEmpty();
-    if (isNew ? countsLengths && isWithheld() : !sameLengths && (countsLengths || hasMeasurements))
+    if (isNew ? showsLengths && isWithheld() : !sameLengths && (showsLengths || hasMeasurements))
         say(hasMeasurements);
 }
 
@@ -243,8 +264,8 @@ void BWScaleController::say(bool hasMeasurements) const
     if (isWithheld())
         said = texts
                    .text(u"measuring"_s, u"scale_withheld"_s,
-                         u"“%1” was made in pictures of another shape: lengths are in pixels. If it holds here, too, "
-                         "choose it again."_s)
+                         u"“%1” was made in pictures of another size or shape: lengths are in pixels. If it holds "
+                         "here, too, choose it again."_s)
                    .arg(calibrationOfCamera().name);
     else if (!m_picture->shown.isCalibrated())
         said = texts.text(u"measuring"_s, u"scale_gone"_s, u"No scale is chosen: lengths are now in pixels"_s);

@@ -3,7 +3,6 @@
 
 #include "Model/Measuring/BWCalibration.h"
 #include "Model/Measuring/BWMeasurement.h"
-#include "Model/Products/BWCameraProduct.h"
 #include "Views/Measuring/BWCalibrationDialog.h"
 
 #include <QObject>
@@ -38,12 +37,14 @@ public:
     /// All must outlive this object.
     explicit BWScaleController(const Parts &parts);
 
-    /// The picture that shows, or did last, and the type of the camera that made it. It must stay until the next call.
+    /// The picture that shows, or did last, and the type of the camera that made it. It must stay while this object does.
     void setPicture(Picture &picture, const QString &camera);
+    /// The name of all pictures of that type of camera which see the same field as one of that size.
+    QString fieldOf(const QString &camera, QSize picture) const;
     void setStrip(BWMeasuringStrip &strip);
 
     BWPictureScale scale() const;
-    /// One that was made in pictures of another shape may be wrong here.
+    /// One that was made in pictures of another field may be wrong here.
     bool isWithheld() const;
     /// That of the camera's pictures for which it holds, and in which unit they tell lengths.
     BWCalibration calibrationOfCamera() const;
@@ -52,8 +53,8 @@ public:
     /// Menu and strip show what there is to choose from, and what is chosen. Emits followed().
     void follow();
     /// To be called when a picture shows, and after each change: says when its lengths are others than they were.
-    /// `countsLengths` is whether anybody cares, `hasMeasurements` whether some become others.
-    void look(bool countsLengths, bool hasMeasurements);
+    /// `isMeasuring` is whether the tools are open, `hasMeasurements` whether some become others.
+    void look(bool isMeasuring, bool hasMeasurements);
     /// Says which scale there is.
     void say(bool hasMeasurements) const;
 
@@ -68,12 +69,10 @@ Q_SIGNALS:
 
 private:
     void store();
-    bool add(const BWCalibration &made);
     void manage();
     QSize pixels() const;
     QList<BWCalibration> all() const;
     qsizetype indexOf(const QList<BWCalibration> &scales, const BWCalibration &scale) const;
-    BWCameraProductPtr product() const;
     QString productIdentifier() const;
 
     Parts m_parts;

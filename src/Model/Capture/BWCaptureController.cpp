@@ -189,7 +189,7 @@ bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QStrin
 }
 
 void BWCaptureController::setSnapshotTags(const QString &camera, const QString &software,
-                                          const BWPictureMetadata &scale, QSize measuredIn)
+                                          const BWPictureMetadata &scale, const QString &measuredIn)
 {
     const std::lock_guard lock(m_shared->mutex);
     m_shared->tags.camera = camera;

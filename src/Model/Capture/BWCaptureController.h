@@ -61,10 +61,10 @@ public:
     void prepareCamera(const BWCameraPtr &camera);
 
     /// What snapshots say about themselves from now on, besides the time: the scale, with the resolution that follows from
-    /// it, if there is a calibration, and what was measured in a picture of the shape of `measuredIn`. One of a frozen frame
+    /// it, if there is a calibration, and what was measured in pictures of that name (BWCalibration). One of a frozen frame
     /// keeps camera and software of the moment when it was frozen.
     void setSnapshotTags(const QString &camera, const QString &software, const BWPictureMetadata &scale = {},
-                         QSize measuredIn = {});
+                         const QString &measuredIn = {});
 
     /// Every snapshot from now on is of that frame, however it is asked for; null: of the camera's next picture again.
     /// The frame is kept, so it must be a copy that holds no buffer of a device.

@@ -103,7 +103,7 @@ QByteArray BWSnapshotTags::addedTo(const QByteArray &jpeg) const
         ? jpeg
         : jpeg.left(place) + exifSegment(*this, {header.width(), header.height()}) + jpeg.mid(place);
     BWPictureMetadata metadata = scale;
-    if (qint64(measuredIn.width()) * header.height() != qint64(measuredIn.height()) * header.width())
+    if (!BWCalibration::isNamed(measuredIn, {header.width(), header.height()}))
         metadata.measurements.clear();
     if (!metadata.calibration.holdsFor({header.width(), header.height()}))
         metadata.calibration = {};

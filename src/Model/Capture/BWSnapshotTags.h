@@ -5,7 +5,6 @@
 
 #include <QByteArray>
 #include <QDateTime>
-#include <QSize>
 #include <QString>
 
 /// What a snapshot says about itself.
@@ -14,7 +13,7 @@ struct BWSnapshotTags {
     QString camera; ///< the product; null to leave it out
     QString software; ///< name and version
     BWPictureMetadata scale{}; ///< added, with the resolution, if it says anything; with measurements, too
-    QSize measuredIn{}; ///< a picture of that shape: in another one they would be elsewhere
+    QString measuredIn{}; ///< pictures of that shape or resolution (BWCalibration): in others they would be elsewhere
 
     /// The JPEG image with these tags in an Exif segment (Exif 2.31). The image itself stays as it is, byte for byte.
     /// An image that already has an Exif segment gets none but scale and measurements; what is not a JPEG is returned unchanged.

@@ -21,7 +21,12 @@ namespace {
 /// What a square of the measuring grid stands for.
 constexpr double gridMillimetres = 5;
 
-/// What the measuring grid of a product says about each resolution; the first of them for all others.
+QString resolutionOf(QSize picture)
+{
+    return BWResolution(picture.width(), picture.height()).resolutionString();
+}
+
+/// What the measuring grid of a product says about each resolution. It holds for no other; the first is as likely as any.
 BWCalibration fromGrid(const QString &product)
 {
     const BWMeasuringGridTable grid;
@@ -34,9 +39,8 @@ BWCalibration fromGrid(const QString &product)
         if (calibration.isNull())
             calibration.millimetresPerWidth = width;
         calibration.otherFields.insert(resolution, width);
-        calibration.shapes.append(BWCalibration::shapeOf(size->dimensions()));
+        calibration.shapes.append(resolution);
     }
-    calibration.shapes.removeDuplicates();
     return calibration;
 }
 
@@ -90,7 +94,17 @@ BWCalibration read(const QJsonObject &object)
 
 double BWCalibration::widthAt(QSize picture) const
 {
-    return widthAt(BWResolution(picture.width(), picture.height()).resolutionString());
+    return widthAt(resolutionOf(picture));
+}
+
+bool BWCalibration::holdsFor(QSize picture) const
+{
+    return shapes.isEmpty() || shapes.contains(shapeOf(picture)) || shapes.contains(resolutionOf(picture));
+}
+
+bool BWCalibration::isNamed(const QString &name, QSize picture)
+{
+    return name == shapeOf(picture) || name == resolutionOf(picture);
 }
 
 QString BWCalibration::shapeOf(QSize picture)
@@ -141,13 +155,26 @@ double BWCalibrationLines::relativeError(double pixel) const
     return std::max(spread(), placed) / std::sqrt(static_cast<double>(m_lines.size()));
 }
 
-BWCalibrations::BWCalibrations()
+BWCalibrations::BWCalibrations(const QHash<QString, QString> &cameras) : m_cameras(cameras)
 {
     for (const QString &product : BWMeasuringGridTable().products()) {
         Product &entry = m_products[product];
         entry.builtIn.append(fromGrid(product));
         entry.chosen = entry.builtIn.constFirst().name;
+        const QHash<QString, double> &fields = entry.builtIn.constFirst().otherFields;
+        if (std::any_of(fields.begin(), fields.end(), [&](double width) { return width != *fields.begin(); }))
+            m_withDifferentFields.insert(m_cameras.value(product, product));
     }
+}
+
+bool BWCalibrations::fieldsDiffer(const QString &product) const
+{
+    return m_withDifferentFields.contains(m_cameras.value(product, product));
+}
+
+QString BWCalibrations::fieldOf(const QString &product, QSize picture) const
+{
+    return fieldsDiffer(product) ? resolutionOf(picture) : BWCalibration::shapeOf(picture);
 }
 
 qsizetype BWCalibrations::indexOf(const QList<BWCalibration> &list, const QString &name)
@@ -170,8 +197,8 @@ bool BWCalibrations::isBuiltIn(const QString &product, const QString &name) cons
 
 BWCalibration BWCalibrations::madeIn(QSize picture, const QString &product, BWCalibration calibration) const
 {
-    calibration.shapes = {BWCalibration::shapeOf(picture)};
-    const QString resolution = BWResolution(picture.width(), picture.height()).resolutionString();
+    calibration.shapes = {fieldOf(product, picture)};
+    const QString resolution = resolutionOf(picture);
     const QList<BWCalibration> builtIn = m_products.value(product).builtIn;
     for (const BWCalibration &known : builtIn) {
         if (!known.otherFields.contains(resolution))
@@ -226,7 +253,7 @@ void BWCalibrations::allow(const QString &product, const QString &name, QSize pi
     for (QList<BWCalibration> *list : {&entry.builtIn, &entry.own}) {
         const qsizetype index = indexOf(*list, name);
         if (index >= 0 && !list->at(index).holdsFor(picture))
-            (*list)[index].shapes.append(BWCalibration::shapeOf(picture));
+            (*list)[index].shapes.append(fieldOf(product, picture));
     }
 }
 
@@ -264,7 +291,7 @@ QString BWCalibrations::toJson() const
 
 bool BWCalibrations::fromJson(const QString &json)
 {
-    *this = {};
+    *this = BWCalibrations(m_cameras);
     bool whole = true;
     const QJsonDocument document = QJsonDocument::fromJson(json.toUtf8());
     if (!document.isObject())
@@ -278,8 +305,13 @@ bool BWCalibrations::fromJson(const QString &json)
     for (auto entry = products.begin(); entry != products.end(); ++entry) {
         const QJsonObject product = entry->toObject();
         const QJsonArray own = product.value(u"own"_s).toArray();
-        for (const QJsonValue &value : own)
-            whole = add(entry.key(), read(value.toObject())) && whole;
+        for (const QJsonValue &value : own) {
+            BWCalibration one = read(value.toObject());
+            // Earlier versions took a shape for a field, whatever the camera. A null name is that of no picture.
+            if (fieldsDiffer(entry.key()) && (one.shapes.isEmpty() || one.shapes.constFirst().contains(u':')))
+                one.shapes = one.otherFields.isEmpty() ? QStringList(QString()) : one.otherFields.keys();
+            whole = add(entry.key(), one) && whole;
+        }
         // What was chosen and could not be read leaves nothing chosen, rather than another scale.
         choose(entry.key(), product.value(u"chosen"_s).toString());
     }

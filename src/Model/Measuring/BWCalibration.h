@@ -6,6 +6,7 @@
 #include <optional>
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -14,13 +15,14 @@
 ///
 /// Kept as the length that the width of the picture covers, so that it holds for every resolution with the same field of
 /// view. Resolutions that see another field, as some cameras have them, may have a length of their own. Pictures of another
-/// shape are cut from the sensor in ways that nobody knows: it holds for those only if somebody has said so.
+/// shape, or of any other resolution of a camera whose resolutions see different fields, are cut from the sensor in ways
+/// that nobody knows: it holds for those only if somebody has said so.
 struct BWCalibration {
     QString name; ///< "50x", "contact plate"
     double millimetresPerWidth = 0;
     double relativeError = 0; ///< one standard deviation, as a share of any length; 0 if it is not known
     QHash<QString, double> otherFields; ///< millimetres per width by resolution ("640x480"), where that differs
-    QStringList shapes{}; ///< of the pictures for which it holds ("4:3"); any if there are none
+    QStringList shapes{}; ///< names of the pictures for which it holds, as isNamed() has them; any if there are none
     int lines = 0; ///< of how many lines it was made; 0 if that is not known
 
     bool isNull() const { return !(millimetresPerWidth > 0); }
@@ -34,9 +36,11 @@ struct BWCalibration {
     double widthAt(QSize picture) const;
     /// As it is for that picture alone, and as files have it.
     BWCalibration ofPicture(QSize picture) const { return {name, widthAt(picture), relativeError, {}}; }
-    bool holdsFor(QSize picture) const { return shapes.isEmpty() || shapes.contains(shapeOf(picture)); }
+    bool holdsFor(QSize picture) const;
     /// Widths and heights of one shape have one name: "4:3".
     static QString shapeOf(QSize picture);
+    /// Whether a picture of that size is meant by the name of a shape, or of a resolution.
+    static bool isNamed(const QString &name, QSize picture);
 
     bool operator==(const BWCalibration &) const = default;
 };
@@ -71,8 +75,13 @@ private:
 /// comes with. One thread at a time.
 class BWCalibrations {
 public:
-    /// Holds what products come with.
-    BWCalibrations();
+    /// Holds what products come with. `cameras` has the type of camera that each product is; one that is missing shares its
+    /// camera with no other.
+    explicit BWCalibrations(const QHash<QString, QString> &cameras = {});
+
+    /// What pictures that see the same field have in common: their shape ("4:3"), or their resolution ("640x480") if the
+    /// measuring grid of any product with that type of camera says that resolutions differ in this.
+    QString fieldOf(const QString &product, QSize picture) const;
 
     QList<BWCalibration> of(const QString &product) const;
     bool isBuiltIn(const QString &product, const QString &name) const;
@@ -112,7 +121,10 @@ private:
         QString chosen;
     };
     static qsizetype indexOf(const QList<BWCalibration> &list, const QString &name);
+    bool fieldsDiffer(const QString &product) const;
 
+    QHash<QString, QString> m_cameras;
+    QSet<QString> m_withDifferentFields; ///< types of cameras
     QHash<QString, Product> m_products;
     std::optional<BWLengthUnit> m_unit;
 };
