@@ -268,18 +268,17 @@ void AppDelegate::prepareStills()
 {
     BWLocalizationManager &texts = m_repository.localizationManager();
     const auto say = [this](const QString &text) { m_statusLine->showForAMoment(text); };
-    const auto showProgress = [this](const QString &text) { m_statusLine->setProgress(text); };
     m_lookBack =
         std::make_unique<BWLookBackController>(*m_window, *m_scene, m_repository.albumManager(), *m_albumContents,
                                                *m_statusLine, texts, m_options.openUrl, m_clock);
-    m_comparison = std::make_unique<BWComparison>(*m_window, *m_scene, *m_liveView, *m_albumContents, texts,
-                                                  BWComparison::Callbacks{[this] { return m_lookBack->file(); },
-                                                                          [this] { return m_lastCapture->file(); }, say,
-                                                                          showProgress, m_panels},
-                                                  m_clock);
+    m_comparison =
+        std::make_unique<BWComparison>(*m_window, *m_scene, *m_liveView, *m_albumContents, texts,
+                                       BWComparison::Callbacks{[this] { return m_lookBack->file(); },
+                                                               [this] { return m_lastCapture->file(); }, say, m_panels},
+                                       m_clock);
     m_measurementsInFile = std::make_unique<BWMeasurementsInFile>(
         BWMeasurementsInFile::Parts{*m_measuring, *m_window, *m_liveView, *m_scene, texts,
-                                    BWPictureSaver::Callbacks{say, showProgress, m_panels},
+                                    BWPictureSaver::Callbacks{say, m_panels},
                                     [this] {
                                         const BWCameraProductPtr &product = m_productInUse.product();
                                         return product ? product->name() : QString();

@@ -184,7 +184,7 @@ struct Bench : private BWFilePanels, private BWAlertPresenter {
         window, scene, liveView, contents, texts,
         BWComparison::Callbacks{[this] { return lookedAt; },
                                 [this] { return contents.files(BWMediaType::Image).value(0); },
-                                [this](const QString &text) { said << text; }, [](const QString &) {}, *this});
+                                [this](const QString &text) { said << text; }, *this});
 };
 
 } // namespace

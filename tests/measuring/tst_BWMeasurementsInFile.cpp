@@ -5,6 +5,7 @@
 #include "App/LiveView/BWMeasuringController.h"
 #include "App/LiveView/BWSceneController.h"
 #include "BWManualClock.h"
+#include "Model/Export/BWPictureExport.h"
 #include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
@@ -21,9 +22,13 @@
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWFilePanels.h"
 
+#include <atomic>
+#include <future>
 #include <QAction>
 #include <QApplication>
 #include <QBuffer>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QScopeGuard>
 #include <QTest>
 #include <sys/fsuid.h>
@@ -58,7 +63,7 @@ QByteArray picturePart(const QUrl &file)
 }
 
 /// The main window with an album of that folder, as one run of the program has it. Saves copies where `target` is.
-struct Bench : private BWFilePanels {
+struct Bench : BWFilePanels {
     explicit Bench(const TestFolder &home) : folder(home)
     {
         albums.prepare();
@@ -125,10 +130,9 @@ struct Bench : private BWFilePanels {
     QString proposed;
     QStringList said;
     BWMeasurementsInFile inFile{
-        BWMeasurementsInFile::Parts{
-            measuring, window, liveView, scene, texts,
-            BWPictureSaver::Callbacks{[this](const QString &text) { said << text; }, [](const QString &) {}, *this},
-            [] { return u"MX7"_s; }},
+        BWMeasurementsInFile::Parts{measuring, window, liveView, scene, texts,
+                                    BWPictureSaver::Callbacks{[this](const QString &text) { said << text; }, *this},
+                                    [] { return u"MX7"_s; }},
         clock};
 };
 
@@ -303,6 +307,9 @@ private Q_SLOTS:
         };
         bench.show(bench.contents.files(BWMediaType::Image)[0]);
         QVERIFY(isForTheFile());
+        bench.measuring.setOpen(true);
+        QTest::keyClick(&bench.view, Qt::Key_Delete); // asks nothing
+        QVERIFY(bench.window.currentCameraLabel().text().startsWith(u"Nothing is selected to be deleted."));
         bench.measure();
         bench.menu.tools()[0]->trigger();
         QTest::keyClick(bench.window.findChild<BWMeasuringLayer *>(), Qt::Key_Tab); // selects it
@@ -380,6 +387,44 @@ private Q_SLOTS:
             const QPointF way = read.measurements[1].points[1] - read.measurements[1].points[0];
             QCOMPARE(std::hypot(way.x(), way.y()), 10 / 320.0);
         }
+    }
+
+    /// What takes long can be cancelled, leaves nothing, and the next one is saved.
+    void copyIsCancelled()
+    {
+        Bench bench(*m_folder);
+        bench.target = m_folder->url(u"a.png"_s);
+        const QByteArray before = TestFolder::read(m_folder->file(u"a.png"_s, "before"));
+        BWPictureSaver saver(bench.window, bench.texts, {[&](auto &text) { bench.said << text; }, bench}, bench.clock);
+        std::atomic<bool> isWriting = false;
+        std::promise<void> goOn;
+        const auto save = [&, ready = goOn.get_future().share()] {
+            saver.save(
+                u"Save"_s, {}, {},
+                [] {
+                    return TestJpeg::noise({2000, 1500}, 1);
+                },
+                [&, ready](const QImage &picture, const QUrl &target, BWExportWatch &watch) {
+                    isWriting = true;
+                    ready.wait();
+                    return BWPictureExport::write(picture, target, watch);
+                });
+        };
+        save();
+        QTRY_VERIFY(isWriting);
+        bench.clock.advance(499ms);
+        QVERIFY(!bench.window.findChild<QProgressDialog *>());
+        bench.clock.advance(1ms);
+        auto *progress = bench.window.findChild<QProgressDialog *>();
+        QVERIFY(progress && progress->isVisible() && progress->labelText() == "Saving: a.png"_L1);
+        progress->findChild<QPushButton *>()->click();
+        QVERIFY(!saver.isSaving() && !progress->isVisible());
+        goOn.set_value();
+        bench.target = m_folder->url(u"b.png"_s);
+        save();
+        QTRY_COMPARE(bench.said, QStringList(u"Saved: b.png"_s));
+        QCOMPARE(TestFolder::read(m_folder->url(u"a.png"_s)), before);
+        QVERIFY(!QFile::exists(m_folder->path(u"a.png.part"_s)));
     }
 
     void copies_data()

@@ -34,7 +34,7 @@ BWComparison::BWComparison(BWMainWindow &window, BWSceneController &scene, BWLiv
       m_callbacks(std::move(callbacks)),
       m_marks(new BWComparisonMarks(window.centeringClipView())),
       m_loader(clock),
-      m_saver(window, texts, {m_callbacks.say, m_callbacks.showProgress, m_callbacks.panels}, clock)
+      m_saver(window, texts, {m_callbacks.say, m_callbacks.panels}, clock)
 {
     connectMenu();
     window.setEscape(BWMainWindow::Escape::Comparison, [this] {
@@ -245,7 +245,7 @@ void BWComparison::save()
                      u"Both pictures are saved as one. A name that ends in .png keeps every pixel as it is; "
                      ".jpg makes a smaller file."_s),
         proposedName(), [shown = std::move(shown)] { return BWComparisonPicture::of(shown); },
-        [](const QImage &picture, const QUrl &target, const BWExportWatch &watch) {
+        [](const QImage &picture, const QUrl &target, BWExportWatch &watch) {
             return BWPictureExport::write(picture, target, watch);
         });
 }

@@ -27,7 +27,6 @@ public:
         std::function<QUrl()> pictureInMainWindow; ///< the file that is looked at in place of the live image, if any
         std::function<QUrl()> lastCapture; ///< empty if there is none
         std::function<void(const QString &)> say; ///< a sentence for the user
-        std::function<void(const QString &)> showProgress; ///< of something that takes long; null when it is over
         BWFilePanels &panels;
     };
 

@@ -69,7 +69,6 @@ BWMeasurementFile &BWMeasurementsInFile::fileOf(const QUrl &url)
     return *file;
 }
 
-/// The view may be empty while the next picture is read; what was measured in the one before can be changed until then.
 void BWMeasurementsInFile::followMeasurements()
 {
     const QUrl url = urlOf(m_parts.measuring.albumPicture());
@@ -176,6 +175,7 @@ QStringList BWMeasurementsInFile::onTheWay() const
 
 void BWMeasurementsInFile::whenSaved(std::function<void()> done)
 {
+    m_parts.measuring.completeText();
     m_whenSaved = std::move(done);
     for (const auto &[url, file] : m_files)
         file->save();
@@ -196,6 +196,7 @@ QString BWMeasurementsInFile::proposedName() const
 
 void BWMeasurementsInFile::saveCopy()
 {
+    m_parts.measuring.completeText();
     BWMeasuredPicture::Shown shown{m_parts.scene.mainFrame(),
                                    m_parts.liveView.state(),
                                    m_parts.measuring.measurements(),
@@ -215,7 +216,7 @@ void BWMeasurementsInFile::saveCopy()
                            u"A copy of the picture is saved with the measurements drawn into it. A name that ends in "
                            ".png keeps every pixel as it is; .jpg makes a smaller file."_s),
         proposedName(), [shown = std::move(shown)] { return BWMeasuredPicture::of(shown); },
-        [metadata](const QImage &picture, const QUrl &target, const BWExportWatch &watch) {
+        [metadata](const QImage &picture, const QUrl &target, BWExportWatch &watch) {
             return BWPictureExport::write(picture, target, watch, metadata);
         });
 }

@@ -12,9 +12,13 @@
 #include <memory>
 #include <QImage>
 #include <QObject>
+#include <QPointer>
+
+class QProgressDialog;
 
 /// Saves a picture that the program makes where the user wants it: asks where, while it is being made, writes it in the
-/// background, and tells how that went. One at a time. GUI thread.
+/// background, and tells how that went. What takes longer than a moment shows its progress and can be cancelled. One at a
+/// time. GUI thread.
 class BWPictureSaver : public QObject {
     Q_OBJECT
 
@@ -22,12 +26,11 @@ public:
     /// What is needed of the rest of the program.
     struct Callbacks {
         std::function<void(const QString &)> say; ///< a sentence for the user
-        std::function<void(const QString &)> showProgress; ///< of something that takes long; null when it is over
         BWFilePanels &panels;
     };
     /// Both run on a worker.
     using Make = std::function<QImage()>; ///< a null image if it cannot be made
-    using Write = std::function<BWExportResult(const QImage &, const QUrl &target, const BWExportWatch &)>;
+    using Write = std::function<BWExportResult(const QImage &, const QUrl &target, BWExportWatch &)>;
 
     /// All must outlive this object.
     BWPictureSaver(QWidget &window, BWLocalizationManager &texts, Callbacks callbacks, BWClock &clock);
@@ -40,7 +43,9 @@ public:
 
 private:
     void write(const std::shared_ptr<QImage> &picture, const QUrl &target, const Write &write);
-    void written(const BWExportResult &result);
+    void showProgress(const QString &text);
+    void cancel();
+    void tell(const BWExportResult &result) const;
 
     QWidget &m_window;
     BWLocalizationManager &m_texts;
@@ -48,6 +53,8 @@ private:
     BWClock &m_clock;
     BWAliveToken m_alive;
     std::shared_ptr<BWExportWatch> m_watch; // while it is being saved
+    QString m_title;
     DispatchAfterStrict::Handle m_slow;
+    QPointer<QProgressDialog> m_progress; // the window's
     BWWorkerPool m_thread; // makes pictures, then writes them
 };

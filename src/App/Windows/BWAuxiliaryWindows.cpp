@@ -196,10 +196,11 @@ void BWAuxiliaryWindows::activateNextWindow()
     QList<QWidget *> open;
     if (m_window.isVisible())
         open.append(&m_window);
-    // All of them: the results of measuring are opened elsewhere.
-    for (auto *panel : m_window.findChildren<BWUtilityPanel *>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (panel->isVisible())
-            open.append(panel);
+    // All of them: the results of measuring, and the progress of saving, are opened elsewhere.
+    for (auto *window : m_window.findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+        const bool isOne = window->windowType() == Qt::Tool || window->windowType() == Qt::Dialog;
+        if (isOne && window->isVisible())
+            open.append(window);
     }
     if (open.isEmpty())
         return;

@@ -15,9 +15,24 @@ namespace {
 
 constexpr int copyQuality = 95; // of a JPEG
 
-QByteArray encoded(const QImage &picture, bool isPng, const BWPictureMetadata &metadata)
+/// Takes the encoder's bytes until somebody cancels.
+class Bytes final : public QBuffer {
+public:
+    explicit Bytes(const BWExportWatch &watch) : m_watch(watch) { }
+
+protected:
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        return m_watch.isCancelled() ? -1 : QBuffer::writeData(data, size);
+    }
+
+private:
+    const BWExportWatch &m_watch;
+};
+
+QByteArray encoded(const QImage &picture, bool isPng, const BWPictureMetadata &metadata, const BWExportWatch &watch)
 {
-    QBuffer bytes;
+    Bytes bytes(watch);
     bytes.open(QIODevice::WriteOnly);
     QImageWriter writer(&bytes, isPng ? "png" : "jpeg");
     if (!isPng)
@@ -35,23 +50,30 @@ QByteArray encoded(const QImage &picture, bool isPng, const BWPictureMetadata &m
 
 } // namespace
 
-BWExportResult BWPictureExport::write(const QImage &picture, const QUrl &target, const BWExportWatch &watch,
+BWExportResult BWPictureExport::write(const QImage &picture, const QUrl &target, BWExportWatch &watch,
                                       const BWPictureMetadata &metadata)
 {
     const bool isPng = target.path().endsWith(u".png"_s, Qt::CaseInsensitive);
-    const QByteArray all = encoded(picture, isPng, metadata);
+    const QByteArray all = encoded(picture, isPng, metadata, watch);
+    if (watch.isCancelled())
+        return BWExportResult::cancelled();
     if (all.isNull())
         return BWExportResult::targetFailed(target, ENOMEM);
     BWPartFile part(target);
     constexpr qint64 step = 4 << 20; // a disk may be slow
     if (!part.create())
         return BWExportResult::targetFailed(target, errno);
+    watch.begin(all.size());
     for (qint64 done = 0; done < all.size(); done += step) {
         if (watch.isCancelled())
             return BWExportResult::cancelled();
-        if (!part.writeAt(done, all.constData() + done, std::min<qint64>(step, all.size() - done)))
+        const qint64 size = std::min<qint64>(step, all.size() - done);
+        if (!part.writeAt(done, all.constData() + done, size))
             return BWExportResult::targetFailed(target, errno);
+        watch.add(size);
     }
+    if (watch.isCancelled())
+        return BWExportResult::cancelled();
     if (!part.complete())
         return BWExportResult::targetFailed(target, errno);
     return BWExportResult::done(target);

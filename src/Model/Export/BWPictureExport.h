@@ -12,9 +12,10 @@ class BWPictureExport {
 public:
     BWPictureExport() = delete;
 
-    /// Writes it as PNG if the target's name ends so, else as JPEG. A file there is replaced once all is well.
+    /// Writes it as PNG if the target's name ends so, else as JPEG. A file there is replaced once all is well. Progress is
+    /// that of writing; encoding can be cancelled, too.
     ///
     /// A JPEG gets the metadata, with the resolution that follows from its scale; a PNG has the image's resolution alone.
-    static BWExportResult write(const QImage &picture, const QUrl &target, const BWExportWatch &watch,
+    static BWExportResult write(const QImage &picture, const QUrl &target, BWExportWatch &watch,
                                 const BWPictureMetadata &metadata = {});
 };
