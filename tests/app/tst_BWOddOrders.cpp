@@ -21,6 +21,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -79,25 +80,21 @@ private Q_SLOTS:
         row("twice: Trash", u"F7=album Del Del=album Ctrl+Z Ctrl+Z=album"_s);
         row("twice: record", u"Ctrl+Shift+S Ctrl+Shift+S=live Ctrl+S Ctrl+S=live"_s);
         row("twice: full screen", u"F11 F11=live F11=live-f F7=album-f Esc=live-f Esc=live"_s);
-        const QString own =
-            u"results line=live:10.0px Ctrl+F=frozen:10.0px F7=album line=album:10.0px line=album:10.0px,10.0px "
-            "Right=album line=album:10.0px Left=album:10.0px,10.0px Ctrl+Z=album:10.0px Right=album:10.0px "
-            "Ctrl+Z=album Left=album:10.0px Ctrl+Y=album:10.0px,10.0px Right=album Ctrl+Y=album:10.0px "
-            "Ctrl+F=frozen:10.0px Ctrl+Z=frozen Ctrl+F=live Ctrl+Y=live:10.0px"_s;
-        row("measuring: each picture its own", own);
-        row("measuring: product",
-            u"results line=live:10.0px dx10=live:0.141mm Ctrl+F=frozen:0.141mm F7=album "
-            "line=album:10.0px mx61=album:10.0px Esc=live:10.0px dx10=live:0.141mm"_s);
+        row("measuring: each its own",
+            u"results dx10=live640 line=live640:0.141mm mx61=live640:10.0px Ctrl+F=frozen640:10.0px F7=album3 "
+            "line=album3:10.0px line=album3:10.0px,10.0px Right=album2 line=album2:10.0px Left=album3:10.0px,10.0px "
+            "Ctrl+Z=album3:10.0px Right=album2:10.0px Ctrl+Z=album2 Left=album3:10.0px Ctrl+Y=album3:10.0px,10.0px "
+            "dx10=album3:10.0px,10.0px Esc=live640:0.141mm Ctrl+Z=live640 Ctrl+F=frozen640 Ctrl+Y=frozen640:0.141mm"_s);
         row("measuring: size",
-            u"results dx10 line=live:0.141mm size=live line=live:0.070mm F7=album small=album "
-            "Esc=live:0.141mm Ctrl+Z=live size=live:0.070mm"_s);
-        row("measuring: camera", u"results line=live:10.0px unplug=live-ne:10.0px plug=live:10.0px Ctrl+Z=live"_s);
+            u"results dx10=live640 line=live640:0.141mm size=live1280 line=live1280:0.070mm F7=album3 small=album3 "
+            "Esc=live640:0.141mm Ctrl+Z=live640 size=live1280:0.070mm small=live640"_s);
+        row("measuring: camera", u"results dx10=live640 line=live640:0.141mm unplug=live-ne plug=live640:0.141mm"_s);
         row("measuring: looking back without",
-            u"results F7=album line=album:10.0px unplug=album-n:10.0px Esc=live-ne "
-            "Ctrl+Z Ctrl+Z plug=live F7=album:10.0px"_s);
+            u"results F7=album3 line=album3:10.0px unplug=album-n3:10.0px Esc=live-ne Ctrl+Z plug dx10=live640 "
+            "F7=album3:10.0px"_s);
         row("measuring: closed",
-            u"results line=live:10.0px Ctrl+M Ctrl+Z=live Ctrl+Y F7=album Ctrl+M line=album:10.0px "
-            "Ctrl+M Right=album Ctrl+M Left=album:10.0px Esc=live:10.0px"_s);
+            u"results dx10=live640 line=live640:0.141mm Ctrl+M Ctrl+Z=live640 Ctrl+Y F7=album3 line=album3:10.0px "
+            "Ctrl+M Right=album2 Ctrl+M Left=album3:10.0px Esc=live640:0.141mm"_s);
     }
     void orders()
     {
@@ -193,17 +190,25 @@ private:
             QTest::keyClick(layer, key, modifiers);
     }
 
-    /// The lengths in the window of results.
+    /// Once there is a window of results: which picture shows, and the lengths in that window.
     QString measured() const
     {
         const auto *panel = m_window->findChild<BWMeasurementResultsPanel *>();
-        const auto *rows = panel ? panel->findChild<QTreeWidget *>() : nullptr;
+        if (!panel)
+            return {};
+        const auto *caption = m_window->findChild<BWPictureCaption *>();
+        const int width = m_window->centeringClipView().scene().mainPicture.imageSize().width();
+        const bool isAlbum = caption && !caption->isHidden();
+        if (!isAlbum && width <= 0)
+            return {};
+        const auto *rows = panel->findChild<QTreeWidget *>();
         QStringList all;
-        for (int i = 0; rows && !rows->isHidden() && i < rows->topLevelItemCount(); ++i) {
+        for (int i = 0; !rows->isHidden() && i < rows->topLevelItemCount(); ++i) {
             if (!rows->topLevelItem(i)->text(0).contains(u':')) // a mean
                 all << rows->topLevelItem(i)->text(2).remove(QChar::Nbsp);
         }
-        return all.isEmpty() ? QString() : u':' + all.join(u',');
+        return (isAlbum ? caption->text().section(u'.', 0, 0).right(1) : QString::number(width))
+            + (all.isEmpty() ? QString() : u':' + all.join(u','));
     }
 
     QString state() const
@@ -224,14 +229,15 @@ private:
 
     QString expectedStatus() const
     {
-        const QString shown = state().section(u':', 0, 0);
+        static const QRegularExpression measuring(u"[0-9]+(:.*)?$"_s);
+        const QString shown = state().remove(measuring);
         const QString main = shown.section(u'-', 0, 0);
         const QString more = shown.section(u'-', 1);
         return more.contains(u'n') ? u"No camera detected"_s
             : main == "album"_L1   ? u"Picture from the album."_s
             : more.contains(u'c')  ? u"Comparison with a picture"_s
             : main == "frozen"_L1  ? u"Frozen: snapshots save this picture. Ctrl+F"_s
-                                   : u"Live streaming with: Digital Microscope"_s;
+                                   : u"Live streaming with: Digital "_s;
     }
 
     void presentOK(const QString &, const QString &) override { }
