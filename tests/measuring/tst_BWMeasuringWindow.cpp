@@ -468,7 +468,7 @@ private Q_SLOTS:
         const auto made = u"The scale is now “new”; existing measurements follow it"_s;
         const Rows<QString, double, QString> row; // what happens; millimetres, 0 for pixels; what is said
         row("as it was", u"line"_s, 5, {});
-        row("another resolution", u"line, 1600x1200, 640x480"_s, 5, {});
+        row("another resolution", u"line, 1600x1200, 640x480"_s, 5, withheld);
         row("another field", u"1600x1200, line"_s, 0, withheld);
         row("another field, chosen again", u"1600x1200, choose, line"_s, 5, now);
         row("known fields", u"dx10, line, 1600x1200, line"_s, 800 * 5 / 710.0, u"The scale is now “5 × 5 mm”"_s);
