@@ -13,7 +13,7 @@ namespace {
 
 constexpr double longestScaleBar = 200; // points
 
-/// Tiles of the image in which something is drawn, in its pixels.
+/// Tiles of the image in which something is drawn.
 QRegion drawnRegion(const QImage &image)
 {
     constexpr int tile = 32;
@@ -56,10 +56,11 @@ void BWDrawnMeasurements::set(const QList<BWMeasurement> &measurements, const Lo
     m_look = look;
     if (!goesOn) {
         m_image = QImage((QSizeF(look.size) * look.ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
-        m_image.setDevicePixelRatio(look.ratio);
         m_image.fill(Qt::transparent);
     }
     QPainter painter(&m_image);
+    painter.scale(look.ratio, look.ratio);
+    painter.translate(look.beyond);
     if (!goesOn)
         drawScaleBar(painter);
     BWMeasurementPainter draw(painter, look.toWidget, 1, look.font, look.locale);
@@ -102,13 +103,12 @@ void BWDrawnMeasurements::drawScaleBar(QPainter &painter) const
 void BWDrawnMeasurements::paint(QPainter &painter, const QRegion &region) const
 {
     const double ratio = m_look.ratio;
-    QRegion pixels;
-    for (const QRect &rect : region)
-        pixels += QRectF(QPointF(rect.topLeft()) * ratio, QSizeF(rect.size()) * ratio).toAlignedRect();
     painter.save();
-    painter.scale(1 / ratio, 1 / ratio); // pixel by pixel, as the picture below
-    for (const QRect &tile : m_covered &pixels)
-        painter.drawImage(QRectF(tile), m_image, QRectF(tile));
+    painter.scale(1 / ratio, 1 / ratio); // pixel for pixel
+    for (const QRect &rect : m_covered) {
+        if (region.intersects(QRectF(QPointF(rect.topLeft()) / ratio, QSizeF(rect.size()) / ratio).toAlignedRect()))
+            painter.drawImage(rect.topLeft(), m_image, rect);
+    }
     painter.restore();
 }
 

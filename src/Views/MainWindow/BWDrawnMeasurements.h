@@ -22,6 +22,7 @@ public:
         QTransform toWidget; ///< from widths of the picture
         QSize size; ///< of the widget
         double ratio = 1; ///< of device pixels to points
+        QPointF beyond; ///< from the whole device pixel on which the image is drawn to where the widget begins
         BWPictureScale scale;
         bool haveHandles = false;
         QRect scaleBarIn; ///< the part of the widget where there is room for it; empty for none

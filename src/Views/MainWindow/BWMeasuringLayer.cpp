@@ -157,9 +157,11 @@ void BWMeasuringLayer::paintEvent(QPaintEvent *event)
     constexpr int statusLine = 32; // which lies over the lower edge
     const QRect clip = mainClip();
     const QRect scaleBarIn = m_scaleBar ? (clip & m_view.uncovered()).adjusted(0, 0, 0, -statusLine) : QRect();
-    m_drawn.set(
-        m_resting,
-        {*all, size(), devicePixelRatioF(), m_scale, m_active && m_tool->kind().isEmpty(), scaleBarIn, font, locale()});
+    const double ratio = devicePixelRatioF();
+    const QPointF begin = QPointF(mapTo(window(), QPoint())) * ratio;
+    m_drawn.set(m_resting,
+                {*all, size(), ratio, (begin - begin.toPoint()) / ratio, m_scale, m_active && m_tool->kind().isEmpty(),
+                 scaleBarIn, font, locale()});
     QPainter painter(this);
     painter.setClipRect(clip, Qt::IntersectClip);
     m_drawn.paint(painter, event->region());
