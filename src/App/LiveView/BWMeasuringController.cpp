@@ -321,15 +321,31 @@ QString BWMeasuringController::nameOf(qsizetype measurement) const
     return u"%1 %2"_s.arg(m_menu.words().kind(kind)).arg(number);
 }
 
-/// "Length 2: 12.34 mm"
-QString BWMeasuringController::described(qsizetype measurement) const
+/// Of a measurement called so: "Length 2: 12.34 mm"
+QString BWMeasuringController::described(const QString &name, const BWMeasurement &measurement) const
 {
-    const QList<BWMeasurement> &items = m_sheet->list.items();
     QStringList values;
-    for (const BWMeasurement::Result &result : items[measurement].results(m_sheet->scaled.shown))
+    for (const BWMeasurement::Result &result : measurement.results(m_sheet->scaled.shown))
         values << BWLengths::text(result.quantity, QLocale());
-    return m_parts.texts.text(u"measuring"_s, u"result"_s, u"%1: %2"_s)
-        .arg(nameOf(measurement), values.isEmpty() ? items[measurement].text : values.join(u", "_s));
+    const QString told = values.isEmpty() ? measurement.text : values.join(u", "_s);
+    return told.isEmpty() ? name : m_parts.texts.text(u"measuring"_s, u"result"_s, u"%1: %2"_s).arg(name, told);
+}
+
+/// For those who do not see how far they have come: what is being placed, as if its next point were set now, or the place
+/// to which the keys have moved.
+QString BWMeasuringController::placing() const
+{
+    const BWMeasuringTool &tool = m_sheet->tool;
+    if (const BWMeasurement unfinished = tool.unfinished(); !unfinished.points.isEmpty())
+        return m_parts.texts.text(u"measuring"_s, u"placing"_s, u"%1, points set: %2"_s)
+            .arg(described(m_menu.toolName(), unfinished))
+            .arg(unfinished.points.size() - (tool.awaitsText() ? 0 : 1));
+    if (tool.kind().isEmpty() || !m_layer || !m_layer->usesKeys())
+        return {};
+    const QPointF at = tool.cursor() * m_sheet->scaled.shown.pixels.width();
+    return m_parts.texts.text(u"measuring"_s, u"cursor"_s, u"Position: %1, %2"_s)
+        .arg(std::floor(at.x() + 1e-6))
+        .arg(std::floor(at.y() + 1e-6));
 }
 
 /// What has become another or a new measurement, or which one is selected.
@@ -345,11 +361,13 @@ void BWMeasuringController::announceEdit()
         text = m_parts.texts.text(u"measuring"_s, u"removed"_s, u"Removed. Measurements left: %1"_s).arg(items.size());
     else if (const auto selection = m_sheet->tool.selection())
         text = m_parts.texts.text(u"measuring"_s, u"point"_s, u"%1, point %2 of %3"_s)
-                   .arg(described(selection->measurement))
+                   .arg(described(nameOf(selection->measurement), items[selection->measurement]))
                    .arg(selection->point + 1)
                    .arg(items[selection->measurement].points.size());
     else if (changed < items.size())
-        text = described(changed);
+        text = described(nameOf(changed), items[changed]);
+    else
+        text = placing();
     if (m_strip && !text.isEmpty() && std::exchange(m_announced, text) != text)
         m_strip->announce(text);
 }

@@ -99,7 +99,8 @@ private:
     void announceEdit();
     void announceChange();
     QString nameOf(qsizetype measurement) const;
-    QString described(qsizetype measurement) const;
+    QString described(const QString &name, const BWMeasurement &measurement) const;
+    QString placing() const;
 
     Parts m_parts;
     BWMeasuringMenu &m_menu;

@@ -26,6 +26,8 @@ public:
     /// Whether mouse and keys measure; otherwise they go through to the picture.
     void setActive(bool active);
     bool isActive() const { return m_active; }
+    /// Whether keys have moved the cursor last, and not the pointer.
+    bool usesKeys() const { return m_usesKeys; }
     void setScaleBar(bool shown);
     /// What is asked for behind an arrow.
     void setTextLabel(const QString &label);

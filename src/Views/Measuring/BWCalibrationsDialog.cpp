@@ -172,8 +172,13 @@ void BWCalibrationsDialog::addRow(const BWCalibration &calibration)
              : calibration.lines > 0 ? locale.toString(calibration.lines)
                                      : u"–"_s});
     item->setData(NameColumn, nameRole, calibration.name);
-    for (int column = WidthColumn; column < ColumnCount; ++column)
+    QStringList others; // of which the keys lead to none
+    for (int column = WidthColumn; column < ColumnCount; ++column) {
         item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+        item->setData(column, Qt::AccessibleDescriptionRole, calibration.name);
+        others << u"%1 %2"_s.arg(m_list->headerItem()->text(column), item->text(column));
+    }
+    item->setData(NameColumn, Qt::AccessibleDescriptionRole, others.join(u", "_s));
     item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
     if (!isBuiltIn)
         item->setFlags(item->flags() | Qt::ItemIsEditable);

@@ -168,6 +168,10 @@ void BWMeasurementResultsPanel::fill()
     const auto add = [&](const QString &name, const QString &what, const BWQuantity &quantity) {
         auto *item = new QTreeWidgetItem({name, what, BWLengths::text(quantity, locale)});
         item->setTextAlignment(ValueColumn, Qt::AlignRight | Qt::AlignVCenter);
+        // The keys go from row to row: the first cell tells a screen reader all of it, each other one whose it is.
+        item->setData(NameColumn, Qt::AccessibleDescriptionRole, u"%1 %2"_s.arg(what, item->text(ValueColumn)));
+        for (const int column : {WhatColumn, ValueColumn})
+            item->setData(column, Qt::AccessibleDescriptionRole, name);
         items.append(item);
         return item;
     };
