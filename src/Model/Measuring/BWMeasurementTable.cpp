@@ -100,7 +100,7 @@ QString BWMeasurementTable::toString(Format format, const QLocale &locale) const
         for (const auto &[word, quantity] :
              {std::pair(m_words.mean, summary.mean), std::pair(m_words.smallest, summary.smallest),
               std::pair(m_words.largest, summary.largest), std::pair(m_words.deviation, summary.deviation)})
-            addQuantity(u"%1: %2"_s.arg(summary.name, word), summary.what, quantity);
+            addQuantity(m_words.summary.arg(summary.name, word), summary.what, quantity);
     }
     return text;
 }

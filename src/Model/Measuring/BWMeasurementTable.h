@@ -38,6 +38,7 @@ public:
         std::function<QString(const QString &kind)> kind;
         std::function<QString(const QString &quantity)> quantity;
         QString name, what, value, unit, error, mean, smallest, largest, deviation;
+        QString summary = QStringLiteral("%1: %2"); ///< its name, of the kind's and that of the mean, the smallest, ...
     };
 
     BWMeasurementTable(const QList<BWMeasurement> &measurements, const BWPictureScale &scale, Words words);

@@ -130,8 +130,8 @@ void BWCalibrationDialog::update()
         const BWLengthUnit unit = m_unit == BWLengthUnit::Inch ? m_unit : BWLengths::unitFor(made.millimetresPerWidth);
         const double width = made.millimetresPerWidth / BWLengths::millimetres(unit);
         const BWQuantity quantity{width, width * made.relativeError, BWDimension::Length, unit};
-        QString text = u"%1 %2. %3 %4."_s.arg(m_resultText, BWLengths::text(quantity, locale), m_errorText,
-                                              BWLengths::percent(made.relativeError, locale));
+        QString text = u"%1 %2. %3\u00a0%4."_s.arg(m_resultText, BWLengths::text(quantity, locale), m_errorText,
+                                                   BWLengths::percent(made.relativeError, locale));
         if (m_known.contains(made.name))
             text = BWUIUtils::inOneLine(text, m_replacesText);
         m_result->setText(text);

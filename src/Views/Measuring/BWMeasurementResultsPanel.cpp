@@ -56,6 +56,7 @@ void BWMeasuringWords::localizeWithManager(BWLocalizationManager &manager)
     m_table.smallest = manager.text(u"measuring"_s, u"table_smallest"_s, u"minimum"_s);
     m_table.largest = manager.text(u"measuring"_s, u"table_largest"_s, u"maximum"_s);
     m_table.deviation = manager.text(u"measuring"_s, u"table_deviation"_s, u"standard deviation"_s);
+    m_table.summary = manager.text(u"measuring"_s, u"result"_s, u"%1: %2"_s);
 }
 
 BWMeasurementTable::Words BWMeasuringWords::table() const
@@ -182,7 +183,7 @@ void BWMeasurementResultsPanel::fill()
         for (const auto &[word, quantity] :
              {std::pair(words.mean, summary.mean), std::pair(words.smallest, summary.smallest),
               std::pair(words.largest, summary.largest), std::pair(words.deviation, summary.deviation)}) {
-            QTreeWidgetItem *item = add(u"%1: %2"_s.arg(summary.name, word), summary.what, quantity);
+            QTreeWidgetItem *item = add(words.summary.arg(summary.name, word), summary.what, quantity);
             for (int column = 0; column < ColumnCount; ++column)
                 item->setFont(column, italic);
         }
