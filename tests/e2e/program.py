@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The program on a desktop of its own, read like a screen reader does and used like a person does."""
 
+import json
 import os
 import subprocess
 import sys
@@ -69,6 +70,14 @@ class Element:
     @property
     def showing(self):
         return self.has_state("showing")
+
+    def rows(self):
+        """Of a table, as a screen reader goes through it: each cell's column header, text and description."""
+        table = self._accessible.get_table_iface()
+        cells = ([(column, table.get_accessible_at(row, column)) for column in range(table.get_n_columns())]
+                 for row in range(table.get_n_rows()))
+        return [[(table.get_column_description(column), *(text.replace("\xa0", " ") for text in (
+            cell.get_name(), cell.get_description()))) for column, cell in row] for row in cells]
 
     def children(self):
         for index in range(self._accessible.get_child_count()):
@@ -209,6 +218,13 @@ def probed(file, *options):
     """What ffprobe, which is none of ours, says about a picture or movie."""
     return subprocess.run(["ffprobe", "-v", "error", *options, "-of", "csv=p=0", file], capture_output=True, text=True,
                           check=True).stdout.strip()
+
+
+def probed_measurements(picture):
+    """As exiftool, which is none of ours either, reads them."""
+    tags = subprocess.run(["exiftool", "-j", "-struct", "-XMP-bwm:all", picture], capture_output=True, text=True,
+                          check=True).stdout
+    return json.loads(tags)[0].get("Measurements", [])
 
 
 def frames_of(movie):

@@ -5,14 +5,12 @@
 usage: test_measurements_in_file.py PROGRAM
 """
 
-import json
 import os
 import signal
-import subprocess
 import time
 
 from desktop import wait_until
-from program import ProgramTest, answer_product_question, wait_for_picture
+from program import ProgramTest, answer_product_question, probed_measurements, wait_for_picture
 
 
 class MeasurementsInFile(ProgramTest):
@@ -53,9 +51,7 @@ class MeasurementsInFile(ProgramTest):
         return file[file.index(b"\xff\xda"):]
 
     def measured(self):
-        tags = subprocess.run(["exiftool", "-j", "-struct", "-XMP-bwm:all", self.picture], capture_output=True,
-                              text=True, check=True).stdout
-        return len(json.loads(tags)[0].get("Measurements", []))
+        return len(probed_measurements(self.picture))
 
 
 if __name__ == "__main__":

@@ -252,6 +252,9 @@ private Q_SLOTS:
         row("full", jpeg(xmp("<o:a>" + QByteArray(65'000, 'x') + "</o:a>")), None, NoRoom);
         for (const QByteArray width : {"-1", "1e99", "nan", "inf", "x"})
             partly("width " + width, "<b:MillimetresPerWidth>" + width + "</b:MillimetresPerWidth>");
+        for (const QByteArray error : {"-1", "1.5", "nan"})
+            partly("error " + error,
+                   "<b:MillimetresPerWidth>4</b:MillimetresPerWidth><b:RelativeError>" + error + "</b:RelativeError>");
         for (const QByteArray points : {"", "0.1,0.2", "nan,1 0,0", "inf,1 0,0", "1e9,1 0,0", "1,1 0;0", "0.1,0.2 0.3"})
             item("points " + points, "<rdf:li b:Kind='length' b:Points='" + points + "'/>");
         item("unknown kind", "<rdf:li b:Kind='spiral' b:Points='0,0 1,1' b:Turns='4'/>");
