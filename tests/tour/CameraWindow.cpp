@@ -21,6 +21,7 @@
 #include <QAction>
 #include <QBuffer>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QHoverEvent>
 #include <QLineEdit>
 #include <QPainter>
@@ -124,6 +125,10 @@ void Tour::seeMeasuring()
     menu.calibrations->trigger();
     see(visible<BWCalibrationsDialog>(), u"calibrations"_s);
     visible<BWCalibrationsDialog>()->reject();
+    menu.saveCopy->trigger();
+    auto *panel = visible<QFileDialog>();
+    see(panel, u"save-measured"_s);
+    panel->reject();
     measure(false);
     see(visible<BWMeasurementResultsPanel>(), u"results-none"_s);
     menu.results->trigger();
