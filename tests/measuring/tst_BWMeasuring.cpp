@@ -91,6 +91,7 @@ private Q_SLOTS:
         row("digits follow the error", {12.3456, 0.03}, u"12.35 px"_s, u"12,35 px"_s);
         row("one more after a 1", {12.3456, 0.014}, u"12.346 px"_s, u"12,346 px"_s);
         row("whole", {1234.5, 3, Dimension::Area, Unit::Micrometre}, u"1235 µm²"_s, u"1235 µm²"_s);
+        row("groups of three", {1234567.8, 0.3}, u"1\u202f234\u202f567.8 px"_s, u"1\u202f234\u202f567,8 px"_s);
         row("tens", {1234.5, 40, Dimension::Length, Unit::Millimetre}, u"1230 mm"_s, u"1230 mm"_s);
         row("no error known", {0.5, 0, Dimension::Length, Unit::Inch}, u"0.500 in"_s, u"0,500 in"_s);
         row("no minus nothing", {-0.001, 0.1, Dimension::Length, Unit::Centimetre}, u"0.00 cm"_s, u"0,00 cm"_s);

@@ -45,6 +45,19 @@ int lastPlace(const BWQuantity &quantity)
     return std::clamp(digit < 2 ? first + 1 : first, -9, 9);
 }
 
+/// Five digits and more before the decimal sign in groups of three, with narrow spaces, which no language takes for one.
+QString grouped(QString digits)
+{
+    const auto isDigit = [](QChar one) { return one.isDigit(); };
+    const auto first = std::find_if(digits.cbegin(), digits.cend(), isDigit) - digits.cbegin();
+    auto at = std::find_if_not(digits.cbegin() + first, digits.cend(), isDigit) - digits.cbegin();
+    if (at - first > 4) {
+        for (at -= 3; at > first; at -= 3)
+            digits.insert(at, QChar(0x202f));
+    }
+    return digits;
+}
+
 } // namespace
 
 double BWLengths::millimetres(BWLengthUnit unit)
@@ -91,7 +104,7 @@ QString BWLengths::number(const BWQuantity &quantity, const QLocale &locale)
 QString BWLengths::text(const BWQuantity &quantity, const QLocale &locale)
 {
     const QString unit = symbol(quantity.unit, quantity.dimension);
-    const QString digits = number(quantity, locale);
+    const QString digits = grouped(number(quantity, locale));
     if (unit.isEmpty() || !std::isfinite(quantity.value))
         return digits;
     // A degree sign stands close to its number, units a no-break space away.
