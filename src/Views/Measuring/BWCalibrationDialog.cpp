@@ -69,9 +69,9 @@ void BWCalibrationDialog::localizeWithManager(BWLocalizationManager &manager)
     m_nameLabel->setText(manager.text(u"measuring"_s, u"calibration_name"_s, u"&Name of the calibration:"_s));
     m_name->setPlaceholderText(
         manager.text(u"measuring"_s, u"calibration_name_example"_s, u"magnification or lens, such as 50x"_s));
-    m_exampleText = manager.text(u"measuring"_s, u"calibration_length_example"_s, u"length and unit, such as"_s);
-    m_resultText = manager.text(u"measuring"_s, u"calibration_result"_s, u"The whole width of the picture shows"_s);
-    m_errorText = manager.text(u"measuring"_s, u"calibration_error"_s, u"Expected error:"_s);
+    m_exampleText = manager.text(u"measuring"_s, u"calibration_length_example"_s, u"length and unit, such as %1"_s);
+    m_resultText = manager.text(u"measuring"_s, u"calibration_result"_s,
+                                u"The whole width of the picture shows %1. Expected error: %2."_s);
     m_nameTaken = manager.text(u"measuring"_s, u"calibration_name_taken"_s,
                                u"This name belongs to a calibration that came with the product. Choose another one."_s);
     m_replacesText =
@@ -117,7 +117,7 @@ void BWCalibrationDialog::update()
     const BWCalibration made = calibration();
     const QLocale locale;
     const QString first = m_fields.isEmpty() ? QString() : m_fields.first()->text().trimmed();
-    const QString example = u"%1 %2"_s.arg(m_exampleText, BWLengths::text({1, 3, BWDimension::Length, m_unit}, locale));
+    const QString example = m_exampleText.arg(BWLengths::text({1, 3, BWDimension::Length, m_unit}, locale));
     for (QLineEdit *field : std::as_const(m_fields))
         field->setPlaceholderText(first.isEmpty() || field == m_fields.first() ? example : first);
     constexpr int frame = 36; // and margins, in any style
@@ -130,8 +130,8 @@ void BWCalibrationDialog::update()
         const BWLengthUnit unit = m_unit == BWLengthUnit::Inch ? m_unit : BWLengths::unitFor(made.millimetresPerWidth);
         const double width = made.millimetresPerWidth / BWLengths::millimetres(unit);
         const BWQuantity quantity{width, width * made.relativeError, BWDimension::Length, unit};
-        QString text = u"%1 %2. %3\u00a0%4."_s.arg(m_resultText, BWLengths::text(quantity, locale), m_errorText,
-                                                   BWLengths::percent(made.relativeError, locale));
+        QString text =
+            m_resultText.arg(BWLengths::text(quantity, locale), BWLengths::percent(made.relativeError, locale));
         if (m_known.contains(made.name))
             text = BWUIUtils::inOneLine(text, m_replacesText);
         m_result->setText(text);

@@ -57,5 +57,5 @@ private:
     QLabel *m_result;
     QDialogButtonBox *m_buttons;
     QStringList m_known;
-    QString m_resultText, m_errorText, m_nameTaken, m_replacesText, m_exampleText;
+    QString m_resultText, m_nameTaken, m_replacesText, m_exampleText;
 };
