@@ -28,7 +28,8 @@ GROUND = (150, 150, 150)
 MARKS = {"A": (156, 80), "B": (476, 120), "C": (440, 400), "D": (160, 380), "E": (300, 220)}
 PAINT = {"A": (220, 30, 30), "B": (20, 180, 40), "C": (40, 50, 230), "D": (210, 30, 210), "E": (20, 190, 200)}
 HOW_MUCH = {"A": lambda r, g, b: r - max(g, b), "B": lambda r, g, b: g - max(r, b), "C": lambda r, g, b: b - max(r, g),
-            "D": lambda r, g, b: min(r, b) - g, "E": lambda r, g, b: min(g, b) - r}
+            "D": lambda r, g, b: min(r, b) - g, "E": lambda r, g, b: min(g, b) - r,
+            "drawn": lambda r, g, b: min(r, g) - b}
 HALF_MARK = 6
 ZOOMS = [*range(50, 201, 10), "fit"]
 
@@ -74,7 +75,7 @@ def in_the_worst_case(measure, points, step=0.01):
 
 def number(text):
     """With the half of its last digit that is known."""
-    digits = re.match(r"[\d.]+", text)[0]
+    digits = re.match(r"[\d.]+", text.replace("\u202f", ""))[0]
     known = 10 ** -len(digits.partition(".")[2]) if "." in digits else 10 ** (len(digits) - len(digits.rstrip("0")))
     return float(digits), known / 2
 
@@ -157,13 +158,16 @@ class Measuring(ProgramTest):
                              top + sum(weight * y for weight, _, y in weights) / total)
         return middles
 
-    def seen(self):
-        """The marks, once they lie as this look has it, and pixels of the screen for one of the picture."""
+    def seen(self, drawn=False):
+        """The marks, once they lie as this look has it, with nothing drawn over them unless that is said, and pixels of
+        the screen for one of the picture."""
         last = {}
 
         def settled():
             nonlocal last
             before, last = last, self.marks()
+            if last.pop("drawn", None) and not drawn:
+                return False
             return before == last and {*last} == {*self.in_view} and self.as_told(last)
 
         wait_until(f"the picture lies as in {self.look}", settled)
@@ -519,7 +523,7 @@ class Measuring(ProgramTest):
         self.program.wait_for("dialog", "The camera was unplugged")
         self.desktop.input("windowactivate", "--sync", self.window, "key", "Return", "space", "mousemove", 30, 5)
         self.hand("Plug In")
-        self.seen()
+        self.seen(drawn=True)
         self.desktop.input("windowactivate", "--sync", self.window, *self.clicks(seen, "C"))
         self.program.click("check box", "Scale bar")
         self.press("Return")  # which is still for the path
@@ -530,7 +534,7 @@ class Measuring(ProgramTest):
         self.said(r"Length 1: .*")  # frozen in the middle of it; and the arrow without a text is none
         self.desktop.input("mousemove", 30, 900, "key", "F11")
         wait_until("it fills the screen", self.fills_screen)
-        self.desktop.input("key", "ctrl+1", *self.clicks(self.seen()[0], "A"))
+        self.desktop.input("key", "ctrl+1", *self.clicks(self.seen(drawn=True)[0], "A"))
         self.said("Length")
         self.press("Escape", "Escape")  # ends the line just begun, then the tool
         self.said("Select and move")
