@@ -336,10 +336,14 @@ QString BWMeasuringController::described(const QString &name, const BWMeasuremen
 QString BWMeasuringController::placing() const
 {
     const BWMeasuringTool &tool = m_sheet->tool;
-    if (const BWMeasurement unfinished = tool.unfinished(); !unfinished.points.isEmpty())
+    if (BWMeasurement unfinished = tool.unfinished(); !unfinished.points.isEmpty()) {
+        const qsizetype set = unfinished.points.size() - (tool.awaitsText() ? 0 : 1);
+        if (unfinished.points.last() == unfinished.points[set - 1])
+            unfinished.points.resize(set); // no next one yet
         return m_parts.texts.text(u"measuring"_s, u"placing"_s, u"%1, points set: %2"_s)
             .arg(described(m_menu.toolName(), unfinished))
-            .arg(unfinished.points.size() - (tool.awaitsText() ? 0 : 1));
+            .arg(set);
+    }
     if (tool.kind().isEmpty() || !m_layer || !m_layer->usesKeys())
         return {};
     const QPointF at = tool.cursor() * m_sheet->scaled.shown.pixels.width();
