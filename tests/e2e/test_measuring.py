@@ -372,6 +372,7 @@ class Measuring(ProgramTest):
         self.assertEqual(KeyboardWalk(self.desktop, dialog).run(), [])
         self.press("alt+s")
         self.program.wait_for("combo box", name)
+        self.program.wait_for_active("frame", "BrimwellPro")
 
     def shows(self, role, pattern):
         def shown():
@@ -457,7 +458,9 @@ class Measuring(ProgramTest):
         told = ("Width of the picture", "1.280 cm"), ("Expected error", "0.71 %"), ("Lines measured", "1")
         self.assertEqual(self.program.find("tree", "Calibrations").rows()[1], [
             ("Name", "lens, in use", ", ".join(map(" ".join, told))), *((*cell, "lens") for cell in told)])
-        self.press("Escape", "ctrl+s")
+        self.press("Escape")
+        self.program.wait_for_active("frame", "BrimwellPro")
+        self.press("ctrl+s")
         picture, = wait_until("a picture is in the album", lambda: list(self.album.glob("*.jpg")))
         self.assertEqual(len(probed_measurements(picture)), 9)
         copy = self.desktop.home / "copy.png"
@@ -466,6 +469,7 @@ class Measuring(ProgramTest):
         self.desktop.input("type", str(copy))
         self.press("Return")
         wait_until("a copy is saved", copy.is_file)
+        self.program.wait_for_active("frame", "BrimwellPro")
         self.press("F7")
         self.program.wait_for("image", f"{picture.name}, 1 of 1")
         before = picture.read_bytes()
