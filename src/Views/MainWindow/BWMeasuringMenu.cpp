@@ -3,6 +3,7 @@
 
 #include "Model/Measuring/BWMeasurement.h"
 
+#include <algorithm>
 #include <QAction>
 #include <QActionGroup>
 #include <QMenu>
@@ -43,6 +44,11 @@ BWMeasuringMenu::BWMeasuringMenu(QMenu &menu, QObject *parent)
         if (i > 0 && i <= keys)
             action->setShortcut(u"Ctrl+%1"_s.arg(i));
         menu.addAction(action);
+        // A screen reader can switch off the chosen one, too; but one of them is always in the hand.
+        connect(action, &QAction::toggled, this, [this, action] {
+            if (std::ranges::none_of(tools(), &QAction::isChecked))
+                action->setChecked(true);
+        });
     }
     setKind({});
     menu.addSeparator();
