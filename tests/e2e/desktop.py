@@ -15,7 +15,7 @@ from pathlib import Path
 WIDTH, HEIGHT = 1280, 800
 PATIENCE = float(os.environ.get("BW_PATIENCE", "1"))  # a factor for all waiting, on slow computers
 KEPT = {name: value for name, value in os.environ.items() if name == "PATH" or name.endswith("SAN_OPTIONS")}
-MISSING = "{} is missing; install the test packages of tools/packages.txt"
+MISSING = "{} is missing; install the packages that tools/packages.txt lists"
 
 
 class Failure(Exception):
