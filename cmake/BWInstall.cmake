@@ -8,7 +8,6 @@ install(TARGETS brimwellpro RUNTIME)
 install(TARGETS bw_movies LIBRARY DESTINATION ${private_libraries})
 
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
-set(documents ${CMAKE_INSTALL_DATADIR}/doc/brimwellpro)
 # udev's folder; under a prefix other than /usr and /usr/local, link it from /etc/udev/rules.d by hand.
 install(FILES ${packaging}/udev/70-brimwellpro.rules DESTINATION lib/udev/rules.d)
 install(FILES ${packaging}/brimwellpro.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
@@ -18,22 +17,6 @@ install(FILES ${packaging}/completion/brimwellpro.bash RENAME brimwellpro
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES ${packaging}/completion/brimwellpro.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 install(FILES ${packaging}/completion/_brimwellpro DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
-install(FILES docs/CAMERAS.md docs/TECHNICIAN.md docs/METADATA.md docs/LICENCES.md ${packaging}/debian/copyright
-        DESTINATION ${documents})
-install(FILES ${packaging}/debian/lintian-overrides RENAME brimwellpro
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides)
-
-# bw_install_compressed(FILE FOLDER): as FILE.gz, which is the same for the same content at any time.
-find_program(GZIP gzip REQUIRED)
-function(bw_install_compressed file folder)
-    get_filename_component(name ${file} NAME)
-    set(compressed ${PROJECT_BINARY_DIR}/packaging/${name}.gz)
-    add_custom_command(OUTPUT ${compressed}
-                       COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/packaging
-                       COMMAND ${GZIP} -9nc ${file} > ${compressed}
-                       DEPENDS ${file} VERBATIM)
-    add_custom_target(bw_compressed_${name} ALL DEPENDS ${compressed})
-    install(FILES ${compressed} DESTINATION ${folder})
-endfunction()
-bw_install_compressed(${packaging}/man/brimwellpro.1 ${CMAKE_INSTALL_MANDIR}/man1)
-bw_install_compressed(${packaging}/debian/changelog ${documents})
+install(FILES ${packaging}/man/brimwellpro.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES docs/CAMERAS.md docs/TECHNICIAN.md docs/METADATA.md docs/LICENCES.md
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/brimwellpro)

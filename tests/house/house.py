@@ -41,7 +41,7 @@ LINK = re.compile(r"\]\(([^()\s]+)\)")
 HEADING = re.compile(r"^#+ (.+)$", re.MULTILINE)
 VERSION = r"(\d+\.\d+\.\d+)"
 VERSIONS = {  # where the newest one is the first
-    "CHANGELOG.md": rf"^## {VERSION}", "packaging/debian/changelog": rf"^\w+ \({VERSION}\)",
+    "CHANGELOG.md": rf"^## {VERSION}", "debian/changelog": rf"^\w+ \({VERSION}\)",
     "packaging/man/brimwellpro.1": rf"^\.TH .*{VERSION}",
     "packaging/example.brimwellpro.brimwellpro.metainfo.xml": rf'<release version="{VERSION}"',
 }
@@ -87,7 +87,7 @@ class House:
 
     def check_licences(self):
         """Every file that is compiled or run names its licence at the top, below the line that says what runs it."""
-        for folder in ("benchmarks", "cmake", "driver", "fuzz", "packaging", "src", "tests", "tools"):
+        for folder in ("benchmarks", "cmake", "debian", "driver", "fuzz", "packaging", "src", "tests", "tools"):
             for path in sorted((self.root / folder).rglob("*")):
                 if not path.is_file() or "__pycache__" in path.parts:
                     continue

@@ -26,7 +26,7 @@ GOOD = {
                           "bw_library(bw_model DIRS Model LINK bw_utils BWACUDriver Qt6::Gui) # never Qt6::Widgets\n"
                           "bw_library(bw_views DIRS Views LINK bw_model Qt6::Widgets)\n",
     "CMakeLists.txt": "project(BrimwellPro VERSION 1.2.3)\n", "CHANGELOG.md": "## 1.2.3 - soon\n## 1.2.2\n",
-    "packaging/debian/changelog": "brimwellpro (1.2.3) bookworm\n", "packaging/man/brimwellpro.1": ".TH A 1 B 1.2.3\n",
+    "debian/changelog": "brimwellpro (1.2.3) bookworm\n", "packaging/man/brimwellpro.1": ".TH A 1 B 1.2.3\n",
     list(VERSIONS)[3]: '<release version="1.2.3"/>\n<release version="1.2.2"/>\n',
     "docs/A.md": "[up](../src) ![](images/a.png)\n", "docs/images/a.png": "",
     "docs/B.md": "[there](A.md) [here](#why-x-is-2) [web](https://a.example/)\n## Why `x` is 2\n",

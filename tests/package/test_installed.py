@@ -14,13 +14,11 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "e2e"))
-from desktop import Desktop, wait_until  # noqa: E402
-from live_image import colours  # noqa: E402
+import smoke
+from desktop import Desktop  # found by smoke
 
 SCRIPT = Path(__file__).resolve()
 VISITOR = "visitor"
@@ -84,13 +82,9 @@ def files():
 
 class Installed(unittest.TestCase):
     def test_from_installation_to_purge(self):
-        began = time.monotonic()
         subprocess.run(["chroot", ROOT, "useradd", "--create-home", VISITOR], check=True)
         subprocess.run(["chroot", ROOT, "install", "-d", "-o", VISITOR, "-m", "700", f"/run/{VISITOR}"], check=True)
         apt("satisfy", output("dpkg-deb", "--field", DEB, "Depends").strip())
-        fetched = sum(file.stat().st_size for file in Path(ROOT, "var/cache/apt/archives").glob("*.deb"))
-        print(f"{fetched / 1e6:.0f} MB were fetched for the system and what the package needs, which was there after "
-              f"{time.monotonic() - began:.0f} s", flush=True)
         before = files()
         packages = self.packages()
 
@@ -114,45 +108,15 @@ class Installed(unittest.TestCase):
     def packages():
         return set(output("chroot", ROOT, "dpkg-query", "--show", "--showformat=${Package}\n").split())
 
-    def answered(self, desktop):
-        """By a key, which counts only once the question has been open for a moment."""
-        if self.title(desktop) == "BrimwellPro":
-            return True
-        desktop.key("Return")
-        return False
-
-    def use(self):
-        """A camera is chosen, a snapshot taken, and the program ended."""
+    @staticmethod
+    def use():
         with Desktop(accessibility=False) as desktop:
             os.environ["DISPLAY"] = desktop.environment["DISPLAY"]
-            program = desktop.spawn(inside("brimwellpro", "--simulate", "high"), log="program.log")
-            try:
-                wait_until("the program asks which product it is", lambda: self.title(desktop) == "Which camera is this?")
-                wait_until("the camera window is at work", lambda: self.answered(desktop), step=0.5)
-                wait_until("a picture shows", lambda: colours(desktop.picture()) > 300)
-                desktop.picture().save_png(PICTURES / "installed.png")
-                desktop.key("ctrl+s")
-                album = Path(ROOT, "home", VISITOR, "BrimwellPro/Default Album")
-                wait_until("the snapshot is in the album", lambda: list(album.glob("*_image_001.jpg")))
-                snapshot, = album.glob("*.jpg")
-                self.assertEqual(output("ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width,height",
-                                        "-of", "csv=p=0", snapshot).strip(), "mjpeg,640,480")
-                subprocess.run(["ffmpeg", "-v", "error", "-xerror", "-i", snapshot, "-f", "null", "-"], check=True)
-                desktop.key("ctrl+q")
-                self.assertEqual(program.wait(timeout=20), 0)
-            except BaseException:
-                desktop.picture().save_png(PICTURES / "failed.png")
-                print(Path(desktop.folder, "program.log").read_text(), flush=True)
-                raise
-
-    @staticmethod
-    def title(desktop):
-        """Of the window that has the keyboard."""
-        return desktop.output(["xdotool", "getactivewindow", "getwindowname"]).decode().strip()
+            smoke.use(desktop, inside("brimwellpro"), Path(ROOT, "home", VISITOR), PICTURES)
 
 
 if __name__ == "__main__":
-    DEB, = map(str, Path(sys.argv[1]).resolve().glob("*.deb"))
+    DEB, = map(str, Path(sys.argv[1]).resolve().glob("brimwellpro_*.deb"))
     if len(sys.argv) == 2:
         sys.exit(make_system())
     ROOT = sys.argv[2]
