@@ -5,6 +5,9 @@ add_library(bw_options INTERFACE)
 target_compile_options(bw_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                        -pthread) # in every target, as the precompiled headers depend on it
 target_compile_definitions(bw_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(Qt6_VERSION VERSION_GREATER_EQUAL 6.5)
+    target_compile_options(bw_options INTERFACE -fPIC) # likewise; older ones ask for it themselves
+endif()
 if(BW_WERROR)
     target_compile_options(bw_options INTERFACE -Werror)
 endif()

@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <mutex>
 #include <QFile>
 #include <sys/stat.h>
@@ -49,6 +50,7 @@ void cropTo(AVFrame &frame, BWResolution size)
 }
 
 constexpr int bufferSize = 64 * 1024;
+constexpr std::size_t matrixSize = 9 * sizeof(int32_t);
 
 int refuseToOpen(AVFormatContext *, AVIOContext **, const char *, int, AVDictionary **)
 {
@@ -76,6 +78,68 @@ QString BWLibav::errorText(int error)
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(error, text.data(), text.size());
     return QString::fromLocal8Bit(text.data());
+}
+
+#if LIBAVFORMAT_VERSION_MAJOR >= 61 // FFmpeg 7
+
+const int32_t *BWLibav::displayMatrix(const AVStream &stream)
+{
+    const AVPacketSideData *const data = av_packet_side_data_get(
+        stream.codecpar->coded_side_data, stream.codecpar->nb_coded_side_data, AV_PKT_DATA_DISPLAYMATRIX);
+    return data && data->size >= matrixSize ? reinterpret_cast<const int32_t *>(data->data) : nullptr;
+}
+
+void BWLibav::copyDisplayMatrix(const AVStream &from, AVStream &to)
+{
+    const int32_t *const matrix = displayMatrix(from);
+    AVCodecParameters &parameters = *to.codecpar;
+    AVPacketSideData *const copy = !matrix
+        ? nullptr
+        : av_packet_side_data_new(&parameters.coded_side_data, &parameters.nb_coded_side_data,
+                                  AV_PKT_DATA_DISPLAYMATRIX, matrixSize, 0);
+    if (copy)
+        std::memcpy(copy->data, matrix, matrixSize);
+}
+
+int64_t BWLibav::duration(const AVFrame &frame)
+{
+    return frame.duration;
+}
+
+#else
+
+const int32_t *BWLibav::displayMatrix(const AVStream &stream)
+{
+    std::size_t size = 0;
+    const uint8_t *const data = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    return data && size >= matrixSize ? reinterpret_cast<const int32_t *>(data) : nullptr;
+}
+
+void BWLibav::copyDisplayMatrix(const AVStream &from, AVStream &to)
+{
+    const int32_t *const matrix = displayMatrix(from);
+    uint8_t *const copy = matrix ? av_stream_new_side_data(&to, AV_PKT_DATA_DISPLAYMATRIX, matrixSize) : nullptr;
+    if (copy)
+        std::memcpy(copy, matrix, matrixSize);
+}
+
+int64_t BWLibav::duration(const AVFrame &frame)
+{
+    return frame.pkt_duration;
+}
+
+#endif
+
+const int *BWLibav::sampleRates(const AVCodec &encoder)
+{
+#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100) // FFmpeg 7.1
+    const void *rates = nullptr;
+    if (avcodec_get_supported_config(nullptr, &encoder, AV_CODEC_CONFIG_SAMPLE_RATE, 0, &rates, nullptr) < 0)
+        return nullptr;
+    return static_cast<const int *>(rates);
+#else
+    return encoder.supported_samplerates;
+#endif
 }
 
 BWMovieFile::BWMovieFile(int file) : m_file(file) { }

@@ -45,6 +45,16 @@ void silence();
 
 QString errorText(int error);
 
+// What libav's releases offer under different names.
+/// How the pictures are to be turned before they are shown: nine numbers, or null for not at all.
+const int32_t *displayMatrix(const AVStream &stream);
+/// Makes `to` be shown as turned as `from`. Before the file's header is written.
+void copyDisplayMatrix(const AVStream &from, AVStream &to);
+/// In units of the frame's stream; 0 if unknown.
+int64_t duration(const AVFrame &frame);
+/// The rates that the encoder knows, with 0 at the end; null for any.
+const int *sampleRates(const AVCodec &encoder);
+
 std::unique_ptr<BWMovieReader> openReader(const QString &path, QString &error);
 std::unique_ptr<BWMovieWriter> createWriter(const QString &path, QString &error);
 std::optional<BWMoviePicture> readPicture(int file, QSize most, QString &error);

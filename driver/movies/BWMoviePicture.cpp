@@ -112,11 +112,10 @@ int FirstPicture::decode()
 /// How many times to rotate the picture clockwise by 90 degrees, 0 to 3.
 int FirstPicture::quarterTurns() const
 {
-    std::size_t size = 0;
-    const uint8_t *const data = av_stream_get_side_data(&stream(), AV_PKT_DATA_DISPLAYMATRIX, &size);
-    if (!data || size < 9 * sizeof(int32_t))
+    const int32_t *const matrix = BWLibav::displayMatrix(stream());
+    if (!matrix)
         return 0;
-    const double angle = av_display_rotation_get(reinterpret_cast<const int32_t *>(data)); // counter-clockwise
+    const double angle = av_display_rotation_get(matrix); // counter-clockwise
     return std::isnan(angle) ? 0 : (4 - static_cast<int>(std::lround(angle / 90))) % 4;
 }
 

@@ -23,11 +23,12 @@ constexpr int64_t longestGap = 3600; // seconds
 /// The rate itself, if the encoder knows it.
 int rateFor(const AVCodec &encoder, int rate)
 {
-    for (const int *known = encoder.supported_samplerates; known && *known != 0; ++known) {
+    const int *const rates = BWLibav::sampleRates(encoder);
+    for (const int *known = rates; known && *known != 0; ++known) {
         if (*known == rate)
             return rate;
     }
-    return encoder.supported_samplerates ? usualRate : rate;
+    return rates ? usualRate : rate;
 }
 
 } // namespace

@@ -228,11 +228,7 @@ bool Maker::createFile()
     m_stream->time_base = m_encoder->time_base;
     m_stream->avg_frame_rate = m_encoder->framerate;
     m_stream->sample_aspect_ratio = m_encoder->sample_aspect_ratio;
-    std::size_t size = 0;
-    if (const uint8_t *turn = av_stream_get_side_data(&source(), AV_PKT_DATA_DISPLAYMATRIX, &size)) {
-        if (uint8_t *copy = av_stream_new_side_data(m_stream, AV_PKT_DATA_DISPLAYMATRIX, size))
-            std::memcpy(copy, turn, size);
-    }
+    BWLibav::copyDisplayMatrix(source(), *m_stream);
     m_sound = BWMovieSound::open(*m_movie.input(), *context);
     if (const AVDictionaryEntry *time = av_dict_get(m_movie.input()->metadata, "creation_time", nullptr, 0))
         av_dict_set(&context->metadata, time->key, time->value, 0);
@@ -330,7 +326,7 @@ bool Maker::add(const AVFrame &picture)
     frame->pts = time == AV_NOPTS_VALUE ? next : isFirst ? time : std::max(time, next);
     m_firstTime = isFirst ? frame->pts : m_firstTime;
     m_lastTime = frame->pts;
-    m_lastDuration = std::max<int64_t>(picture.pkt_duration, 1);
+    m_lastDuration = std::max<int64_t>(BWLibav::duration(picture), 1);
     m_durations[m_lastTime] = m_lastDuration;
     ++m_result.pictures;
     return encode(frame.get());

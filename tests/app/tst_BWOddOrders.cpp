@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "ActiveWindow.h"
 #include "AppDelegate.h"
 #include "Model/Albums/BWAlbumManager.h"
 #include "Model/BWRepository.h"
@@ -147,7 +148,7 @@ private:
         const QString first = pacing == BWSimulatedCameraOptions::Pacing::Manual ? u"live-e"_s : u"live"_s;
         QTRY_VERIFY_WITH_TIMEOUT((m_window = m_delegate->cameraWindow()) && state() == first, patience);
         QTRY_VERIFY_WITH_TIMEOUT(m_window->menu().lastCapture->isEnabled(), patience);
-        QApplication::setActiveWindow(m_window);
+        activateAtOnce(m_window);
     }
 
     void take(const QString &step)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "ActiveWindow.h"
 #include "App/LiveView/BWLiveViewController.h"
 #include "App/LiveView/BWMeasuringController.h"
 #include "App/LiveView/BWSceneController.h"
@@ -77,7 +78,7 @@ struct Bench : private BWAlertPresenter {
         window.show();
         show(u"a.jpg"_s);
         measuring.setOpen(true);
-        QApplication::setActiveWindow(&window);
+        activateAtOnce(&window);
         BWUIUtils::setAlertPresenter(this);
     }
     ~Bench() override { BWUIUtils::setAlertPresenter(nullptr); }
@@ -422,7 +423,7 @@ private Q_SLOTS:
         bench.freeze({640, 480});
         bench.window.menu().measuring->calibrations->trigger();
         auto *dialog = bench.window.findChild<BWCalibrationsDialog *>();
-        QApplication::setActiveWindow(dialog);
+        activateAtOnce(dialog);
         auto *list = dialog->findChild<QTreeWidget *>();
         const auto shown = [list] {
             const QTreeWidgetItem *first = list->topLevelItem(0);
@@ -453,7 +454,7 @@ private Q_SLOTS:
         bench.asked.clear();
         bench.window.menu().measuring->calibrations->trigger();
         dialog = bench.window.findChildren<BWCalibrationsDialog *>().last();
-        QApplication::setActiveWindow(dialog);
+        activateAtOnce(dialog);
         list = dialog->findChild<QTreeWidget *>();
         QTest::keyClick(list, Qt::Key_Delete);
         QVERIFY(bench.asked.isEmpty() && list->topLevelItem(0));

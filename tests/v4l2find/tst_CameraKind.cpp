@@ -251,7 +251,7 @@ private Q_SLOTS:
         addInput(camera + "/1-1.2:1.2"_L1, 4, otherKeys);
         QVERIFY2(button(node).isNull(), "has no camera key");
         addInput(camera + "/1-1.2:1.1"_L1, 9, cameraKey);
-        QCOMPARE(button(node), "/dev/input/event9"_qba);
+        QCOMPARE(button(node), "/dev/input/event9"_ba);
         addInput(interface, 2, cameraKey);
         QVERIFY2(button(node) == "/dev/input/event2", "that of the camera's own interface");
         QVERIFY(button(u"/sys/no/such/folder"_s).isNull());

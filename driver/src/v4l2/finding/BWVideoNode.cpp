@@ -162,7 +162,7 @@ QByteArray BWVideoNode::buttonPath() const
     QDirIterator interfaces(device, {QFileInfo(device).fileName() + ":*"_L1}, QDir::Dirs);
     while (interfaces.hasNext())
         parents.append(interfaces.next());
-    for (const QString &parent : qAsConst(parents)) {
+    for (const QString &parent : std::as_const(parents)) {
         const QDir inputs(parent + "/input"_L1);
         for (const QString &input : inputs.entryList({u"input*"_s}, QDir::Dirs)) {
             const QDir folder(inputs.filePath(input));
