@@ -13,6 +13,7 @@
 #include "App/LiveView/BWMeasurementsInFile.h"
 #include "App/LiveView/BWMeasuringController.h"
 #include "App/LiveView/BWSceneController.h"
+#include "App/Start/BWQuittingParts.h"
 #include "App/Start/BWStatisticsReport.h"
 #include "App/Windows/BWAuxiliaryWindows.h"
 #include "App/Windows/BWImportMenu.h"
@@ -78,7 +79,10 @@ AppDelegate::AppDelegate(Options options)
       m_repository(BWRepository::singleton()),
       m_productInUse(m_repository.configManager()),
       m_session(m_cameraManager, m_repository.configManager(), m_productInUse, m_clock),
-      m_quitting(quittingCallbacks(), m_clock)
+      m_quitting(BWQuittingParts{m_texts, m_session, m_repository.albumManager(), m_statusLine, m_capture, m_series,
+                                 m_comparison, m_measurementsInFile, m_auxiliaryWindows, m_options.quit}
+                     .callbacks(),
+                 m_clock)
 {
     connect(&m_session, &BWCameraSession::cameraAdded, this, &AppDelegate::prepareCamera);
 }
@@ -376,66 +380,6 @@ void AppDelegate::prepareCamera(const BWCameraPtr &camera)
     });
     if (m_capture) // else as soon as that exists
         m_capture->prepareCamera(camera);
-}
-
-BWQuitting::Callbacks AppDelegate::quittingCallbacks()
-{
-    const auto isSavingFiles = [this] {
-        return (m_auxiliaryWindows && m_auxiliaryWindows->isSaving()) || (m_comparison && m_comparison->isSaving())
-            || (m_measurementsInFile
-                && (m_measurementsInFile->isSavingCopy() || !m_measurementsInFile->unsaved().isEmpty()));
-    };
-    return {
-        .isSaving = [this, isSavingFiles] { return isSavingFiles() || (m_series && m_series->isRunning()); },
-        .mayStopSaving =
-            [this, isSavingFiles] {
-                if (m_series && !m_series->askToStop())
-                    return false;
-                const QStringList unsaved = m_measurementsInFile ? m_measurementsInFile->unsaved() : QStringList();
-                if (!unsaved.isEmpty())
-                    return BWUIUtils::displayOKCancelAlert(m_texts.quitUnsavedTitle,
-                                                           m_texts.quitUnsavedMessage.arg(unsaved.join(u'\n')));
-                return !isSavingFiles()
-                    || BWUIUtils::displayOKCancelAlert(m_texts.quitWhileSavingTitle, m_texts.quitWhileSavingMessage);
-            },
-        .stopCamera =
-            [this](std::function<void()> done) {
-                if (m_series)
-                    m_series->leaveForNextStart(); // nobody was asked, or it has ended
-                m_session.stopForQuit(std::move(done));
-            },
-        .completesMovie =
-            [this] {
-                const BWCameraPtr camera = currentCamera();
-                return camera && camera->recording();
-            },
-        .finishCaptures =
-            [this](std::function<void()> done) {
-                if (m_statusLine)
-                    m_statusLine->setProgress(m_texts.quitWaitsForCaptures); // until a copy reports its progress
-                const auto whenSaved = [this, done = std::move(done)] {
-                    if (m_measurementsInFile)
-                        m_measurementsInFile->whenSaved(done);
-                    else
-                        done();
-                };
-                const auto whenAdded = [this, whenSaved] { m_repository.albumManager().whenAdded(whenSaved); };
-                if (m_capture)
-                    m_capture->whenStillsAreWritten(whenAdded);
-                else
-                    whenAdded();
-            },
-        .mayLeaveCaptures =
-            [this] {
-                const QStringList measured = m_measurementsInFile ? m_measurementsInFile->onTheWay() : QStringList();
-                if (!measured.isEmpty())
-                    return BWUIUtils::displayOKCancelAlert(m_texts.quitUnsavedTitle,
-                                                           m_texts.quitUnsavedMessage.arg(measured.join(u'\n')));
-                return BWUIUtils::displayOKCancelAlert(m_texts.quitAtOnceTitle, m_texts.quitAtOnceMessage);
-            },
-        .leaveCaptures = [this] { m_repository.albumManager().abandonAdding(); },
-        .end = [this] { m_options.quit(); },
-    };
 }
 
 bool AppDelegate::bringForward()

@@ -92,7 +92,6 @@ private:
     void checkCameraAccess();
     void cameraAccessMissing(const QString &title, const QString &message);
     void doFinishApplicationLaunch();
-    BWQuitting::Callbacks quittingCallbacks();
     void prepareUI();
     void completeLaunch();
     void prepareCapture();
