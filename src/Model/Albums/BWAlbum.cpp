@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Albums/BWAlbum.h"
 
+#include "Model/Albums/BWFileMoves.h"
 #include "Model/Albums/BWFileNameOrder.h"
 #include "Model/Albums/BWTrash.h"
 #include "Utils/BWFilePath.h"
@@ -11,6 +12,7 @@
 #include <map>
 #include <mutex>
 #include <QFile>
+#include <set>
 #include <sys/stat.h>
 #include <utility>
 #include <vector>
@@ -83,10 +85,30 @@ struct BWAlbum::Numbers {
         qint64 counter = 1; // the last one found free
     };
 
+    void forget()
+    {
+        next.clear();
+        renamed.clear();
+    }
+    const std::set<unsigned long> &renamedAfter(const QByteArray &stem, const QUrl &path);
+
     std::mutex mutex;
     std::optional<std::pair<time_t, long>> folder;
     std::map<BWMediaType, Next> next;
+    std::map<QByteArray, std::set<unsigned long>> renamed; // by stem: of files that have got more of a name
 };
+
+/// A number stays with its file, whatever else the user calls that.
+const std::set<unsigned long> &BWAlbum::Numbers::renamedAfter(const QByteArray &stem, const QUrl &path)
+{
+    const auto [entry, isNew] = renamed.try_emplace(stem);
+    if (isNew) {
+        QList<QByteArray> names = BWFilePath::entries(path).value_or(QList<QByteArray>());
+        names.removeIf([&stem](const QByteArray &name) { return !name.startsWith(stem) || !name.contains(' '); });
+        entry->second = BWCaptureName::numbersAmong(names, stem);
+    }
+    return entry->second;
+}
 
 BWAlbum::BWAlbum(const QUrl &path, Today today)
     : m_name(QFile::decodeName(BWFilePath::lastComponent(path))),
@@ -118,13 +140,14 @@ QUrl BWAlbum::nextPathForType(BWMediaType type) const
     const QByteArray stem = formatToday().toLatin1() + (type == BWMediaType::Image ? "_image_" : "_video_");
     const std::lock_guard lock(m_numbers->mutex);
     if (!m_numbers->folder || m_numbers->folder != changeOf(m_path))
-        m_numbers->next.clear();
+        m_numbers->forget();
     Numbers::Next &next = m_numbers->next[type];
     if (next.stem != stem || next.counter < manyFiles)
         next = {stem};
+    const std::set<unsigned long> &renamed = m_numbers->renamedAfter(stem, m_path);
     for (qint64 &counter = next.counter;; ++counter) {
         QUrl candidate = BWFilePath::entry(m_path, stem + numberText(counter) + endingOf(type));
-        if (!BWFilePath::exists(candidate))
+        if (!renamed.contains(static_cast<unsigned long>(counter)) && !BWFilePath::exists(candidate))
             return candidate;
     }
 }

@@ -45,7 +45,7 @@ public:
     /// Today as yyyyMMdd.
     QString formatToday() const;
 
-    /// Where today's next capture goes: the lowest free number. Creates nothing. Quick after addFile(), unless somebody
+    /// Where today's next capture goes: the lowest number that no file has, whatever follows it. Creates nothing. Quick after addFile(), unless somebody
     /// else has changed the folder since.
     QUrl nextPathForType(BWMediaType type) const;
 

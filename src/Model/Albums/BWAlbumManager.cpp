@@ -85,6 +85,7 @@ BWAlbumManager::BWAlbumManager(BWUserDefaults &defaults, QString home, BWAlbum::
     : m_defaults(defaults),
       m_home(std::move(home)),
       m_today(std::move(today)),
+      m_moves([this] { notify(&Listener::contentsChanged); }),
       m_intake([this] { return currentAlbum(); }, [this] { notify(&Listener::contentsChanged); })
 {
 }

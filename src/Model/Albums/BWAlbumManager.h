@@ -2,16 +2,14 @@
 #pragma once
 
 #include "Model/Albums/BWAlbumIntake.h"
+#include "Model/Albums/BWFileMoves.h"
 #include "Model/Albums/BWTrash.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
 
 #include <functional>
-#include <memory>
 #include <optional>
-#include <QList>
 #include <QString>
-#include <QUrl>
 #include <vector>
 
 class BWUserDefaults;
@@ -58,7 +56,6 @@ public:
     const QList<BWAlbumPtr> &albums() const { return m_albums; }
     /// The folders that are remembered from one start to the next.
     const QList<QUrl> &validAlbumPaths() const { return m_validPaths; }
-
     /// Position of the current album in albums(); -1 without albums.
     int selectedIndex() const { return m_selected; }
     /// The user picked another album. Reports changed contents; an index out of range changes nothing.
@@ -82,6 +79,8 @@ public:
     bool canUndoRemoving() const { return m_trash.canUndo(); }
     /// Puts them back, then reports changed contents, then calls `finished`. Once only.
     void undoRemoving(std::function<void(const BWTrash::Restored &result)> finished);
+    /// Gives files other names and other albums; reports changed contents.
+    BWFileMoves &moves() { return m_moves; }
     /// Calls `done` once all captures are added or have failed; while the last completion runs, at once. For the end.
     void whenAdded(std::function<void()> done) { m_intake.whenDone(std::move(done)); }
     /// Ends all copies without calling their completions; the captures stay where they are.
@@ -146,6 +145,7 @@ private:
     int m_selected = -1;
     std::vector<Listener> m_listeners;
     BWTrash m_trash;
+    BWFileMoves m_moves;
     BWWorkerPool m_disks{1, std::chrono::milliseconds(0)}; // at the end nobody needs their answers
     BWAlbumIntake m_intake; // last, so that it ends first
 };

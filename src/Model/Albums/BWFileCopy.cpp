@@ -5,12 +5,14 @@
 #include "Utils/BWFilePath.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <QUuid>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -96,8 +98,26 @@ QByteArray takeFreeName(const BWFileCopy::FreeName &freeName, const std::functio
     }
 }
 
+/// Such as a rating. What the other disk cannot keep is left out.
+void copyNotes(int from, int to)
+{
+    constexpr std::size_t most = 4096;
+    std::array<char, most> names{};
+    const ssize_t length = ::flistxattr(from, names.data(), names.size());
+    for (ssize_t at = 0; at < length; at += ssize_t(std::strlen(&names[std::size_t(at)])) + 1) {
+        const char *name = &names[std::size_t(at)];
+        std::array<char, most> value{};
+        const ssize_t size = ::fgetxattr(from, name, value.data(), value.size());
+        if (size >= 0)
+            ::fsetxattr(to, name, value.data(), std::size_t(size), 0);
+    }
+}
+
+enum class Kept { Date, Everything };
+
 /// Empty, with the reason in errno, when it failed.
-QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, const BWFileCopy::Progress &progress)
+QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, const BWFileCopy::Progress &progress,
+                Kept kept = Kept::Date)
 {
     // Without blocking, so that a pipe in place of a file does not block the program.
     const FileDescriptor source(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -122,8 +142,13 @@ QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, co
     Reporter reporter(progress, info.st_size);
     bool isFirst = true; // the name for which the copy was begun
     const auto name = [&] { return std::exchange(isFirst, false) ? BWFilePath::url(to) : freeName(); };
-    const bool copied = copyData(source.get(), target.get(), reporter) && ::futimens(target.get(), times) == 0
-        && BWFileBytes::synchronize(target.get()) && target.close();
+    const bool hasData = copyData(source.get(), target.get(), reporter);
+    if (hasData && kept == Kept::Everything) {
+        copyNotes(source.get(), target.get());
+        (void)::fchmod(target.get(), info.st_mode & 0777);
+    }
+    const bool copied =
+        hasData && ::futimens(target.get(), times) == 0 && BWFileBytes::synchronize(target.get()) && target.close();
     QByteArray taken = copied
         ? takeFreeName(name,
                        [&part](const QByteArray &free) { return BWFileCopy::renameWithoutOverwriting(part, free); })
@@ -173,6 +198,35 @@ QUrl BWFileCopy::shareUnderFreeName(const QUrl &from, const FreeName &freeName, 
     if (name.isEmpty() && error)
         *error = QString::fromLocal8Bit(std::strerror(errno));
     return name.isEmpty() ? QUrl() : BWFilePath::url(name);
+}
+
+QUrl BWFileCopy::moveUnderFreeName(const QUrl &from, const FreeName &freeName, const Progress &progress)
+{
+    const QByteArray source = BWFilePath::native(from);
+    struct stat before { };
+    if (::lstat(source.constData(), &before) != 0)
+        return {};
+    QByteArray name =
+        takeFreeName(freeName, [&source](const QByteArray &free) { return renameWithoutOverwriting(source, free); });
+    if (name.isEmpty() && errno == EXDEV) {
+        name = copy(source, freeName, progress, Kept::Everything);
+        struct stat after { };
+        errno = name.isEmpty() ? errno : EAGAIN;
+        const bool isSame = !name.isEmpty() && ::lstat(source.constData(), &after) == 0 && after.st_ino == before.st_ino
+            && after.st_size == before.st_size && after.st_mtim.tv_sec == before.st_mtim.tv_sec
+            && after.st_mtim.tv_nsec == before.st_mtim.tv_nsec;
+        if (!name.isEmpty() && (!isSame || ::unlink(source.constData()) != 0)) {
+            const int reason = errno;
+            ::unlink(name.constData()); // or there would be two of them
+            errno = reason;
+            return {};
+        }
+    }
+    if (name.isEmpty())
+        return {};
+    for (const QByteArray &path : {name, source})
+        BWFileBytes::synchronizeFolder(path.left(path.lastIndexOf('/') + 1));
+    return BWFilePath::url(name);
 }
 
 bool BWFileCopy::renameWithoutOverwriting(const QByteArray &from, const QByteArray &to)

@@ -24,6 +24,11 @@ public:
     static QUrl shareUnderFreeName(const QUrl &from, const FreeName &freeName, QString *error = nullptr,
                                    const Progress &progress = {});
 
+    /// Moves a file: on one disk it is only renamed. Elsewhere it is copied as above, with its rights and what other programs
+    /// have noted with it, and removed when the copy is safe. An empty URL, with the reason in errno, if anything failed:
+    /// then it is where it was. EEXIST if the last name was taken; EAGAIN if it changed while it was copied.
+    static QUrl moveUnderFreeName(const QUrl &from, const FreeName &freeName, const Progress &progress = {});
+
     /// Native paths. False, with the reason in errno, on failure; EEXIST if the new name is taken.
     static bool renameWithoutOverwriting(const QByteArray &from, const QByteArray &to);
 };

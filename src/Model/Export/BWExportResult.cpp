@@ -48,6 +48,8 @@ Problem problemOfTarget(int error)
         return Problem::TargetFailed;
     case ENAMETOOLONG:
         return Problem::NameTooLong;
+    case EEXIST:
+        return Problem::NameTaken;
     case EINVAL: // a colon, for instance, on a disk formatted by another system
     case EILSEQ:
         return Problem::NameNotAllowed;

@@ -31,6 +31,8 @@ struct BWExportResult {
         TargetFailed, ///< a fault of the disk, which may have been pulled out
         NameTooLong,
         NameNotAllowed,
+        NameTaken, ///< where nothing may be replaced
+        NotSaved, ///< what is measured in it is still on its way into the file, or cannot get there
         NoEncoder, ///< this computer cannot write such movies
         NoPictures, ///< the movie, or all of the pictures, are damaged
         Other
