@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Session/BWSleepInhibitor.h"
 
+#include "Model/Session/BWSessionBus.h"
 #include "Utils/BWLogging.h"
 
 #include <array>
-#include <gio/gio.h>
 #include <gio/gunixfdlist.h>
 #include <unistd.h>
 #include <utility>
@@ -25,14 +25,6 @@ constexpr std::array services{
     Service{"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver"},
     Service{"org.freedesktop.PowerManagement.Inhibit", "/org/freedesktop/PowerManagement/Inhibit"}};
 
-/// Where the session's bus is; empty without one. GLib itself would start one.
-QByteArray busAddress()
-{
-    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
-    return !address.isEmpty() || folder.isEmpty() ? address : "unix:path=" + folder + "/bus";
-}
-
 } // namespace
 
 /// One stay awake, from the first reason to the last. It has a connection of its own: when that is closed, the desktop
@@ -52,13 +44,8 @@ public:
     void end();
 
 private:
-    struct Unref {
-        void operator()(void *object) const { g_object_unref(object); }
-    };
-    struct Free {
-        void operator()(GError *error) const { g_error_free(error); }
-    };
-    using Error = std::unique_ptr<GError, Free>;
+    using Error = BWSessionBus::Error;
+    using Unref = BWSessionBus::Unref;
 
     bool connectTo(const char *address);
     int askDesktop();
@@ -69,7 +56,7 @@ private:
 
     const QByteArray m_explanation;
     const std::unique_ptr<GCancellable, Unref> m_cancellable{g_cancellable_new()};
-    std::unique_ptr<GDBusConnection, Unref> m_connection;
+    BWSessionBus::Connection m_connection;
     std::array<guint32, services.size()> m_cookies{};
     int m_lock = -1; // the system stays awake as long as this file is open
 };
@@ -96,11 +83,8 @@ void BWSleepInhibitor::Request::begin()
 
 bool BWSleepInhibitor::Request::connectTo(const char *address)
 {
-    GError *error = nullptr;
-    constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
-                                                             | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    m_connection.reset(g_dbus_connection_new_for_address_sync(address, flags, nullptr, m_cancellable.get(), &error));
-    const Error reason(error);
+    Error error;
+    m_connection = BWSessionBus::connect(address, m_cancellable.get(), error);
     if (!m_connection)
         qCDebug(bwModel, "No connection to %s: %s", address, error ? error->message : "no reason");
     return m_connection != nullptr;
@@ -109,7 +93,7 @@ bool BWSleepInhibitor::Request::connectTo(const char *address)
 /// How many take the request.
 int BWSleepInhibitor::Request::askDesktop()
 {
-    const QByteArray address = busAddress();
+    const QByteArray address = BWSessionBus::address();
     if (address.isEmpty() || !connectTo(address.constData()))
         return 0;
     int taken = 0;
