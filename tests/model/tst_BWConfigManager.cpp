@@ -77,6 +77,7 @@ private Q_SLOTS:
         row("movie_rate", u"24"_s, [](BWConfigManager &m) {
             m.setMovieChoices({BWSmallerMovie::Quality::Medium, 24});
         });
+        row("recent_files", u"yes"_s, [](BWConfigManager &m) { m.setShowInRecentFiles(true); });
         row("first_time", u"no"_s, [](BWConfigManager &m) { m.setFirstTime(false); });
         row("old_settings_imported", u"yes"_s, [](BWConfigManager &m) { m.setOldSettingsImported(true); });
         row("default_album_name", albumName, [](BWConfigManager &m) { m.setDefaultAlbumName(albumName); });
@@ -98,6 +99,7 @@ private Q_SLOTS:
                                       {u"bwp2x_video_button"_s, u"yes"_s},
                                       {u"bwp2x_snapshot_click"_s, u"no"_s},
                                       {u"bwp2x_show_statistics"_s, u"yes"_s},
+                                      {u"bwp2x_recent_files"_s, u"no"_s},
                                       {u"bwp2x_smaller_movie"_s, u"small"_s},
                                       {u"bwp2x_movie_rate"_s, u"60"_s},
                                       {u"bwp2x_first_time"_s, u"no"_s},

@@ -50,6 +50,7 @@ private Q_SLOTS:
         row("product", QList<int>{'P', down}, u"mx50_40 photo click layout"_s);
         row("button saves video", QList<int>{'B', down}, u"video click layout"_s);
         row("click takes none", QList<int>{'I', down}, u"photo layout"_s);
+        row("captures are listed", QList<int>{'F', Qt::Key_Up}, u"photo click recent layout"_s);
         row("layout is forgotten", QList<int>{'R', down}, u"photo click"_s);
         row("advanced", QList<int>{'V'}, u"photo click layout advanced"_s);
     }
@@ -67,6 +68,7 @@ private Q_SLOTS:
             QStringList words{m_config->currentProductIdentifierForCameraIdentifier(u"wired_high"_s),
                               m_config->saveVideoOnHardwareButton() ? u"video"_s : u"photo"_s,
                               m_config->saveSnapshotOnClick() ? u"click"_s : QString(),
+                              m_config->showInRecentFiles() ? u"recent"_s : QString(),
                               m_config->rememberLayout() ? u"layout"_s : QString(),
                               m_opened ? u"advanced"_s : QString()};
             words.removeAll(QString());

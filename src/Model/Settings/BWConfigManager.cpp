@@ -17,6 +17,7 @@ const QString rememberLayoutKey = u"bwp2x_remember_layout"_s;
 const QString videoButtonKey = u"bwp2x_video_button"_s;
 const QString snapshotClickKey = u"bwp2x_snapshot_click"_s;
 const QString showStatisticsKey = u"bwp2x_show_statistics"_s;
+const QString recentFilesKey = u"bwp2x_recent_files"_s;
 const QString firstTimeKey = u"bwp2x_first_time"_s;
 const QString oldSettingsImportedKey = u"bwp2x_old_settings_imported"_s;
 const QString defaultAlbumNameKey = u"bwp2x_default_album_name"_s;
@@ -214,6 +215,12 @@ void BWConfigManager::setShowStatistics(bool show)
     changed();
 }
 
+void BWConfigManager::setShowInRecentFiles(bool show)
+{
+    m_showInRecentFiles = show;
+    changed();
+}
+
 void BWConfigManager::setFirstTime(bool firstTime)
 {
     m_firstTime = firstTime;
@@ -269,6 +276,7 @@ void BWConfigManager::load()
     readBoolean(m_defaults, videoButtonKey, m_saveVideoOnHardwareButton);
     readBoolean(m_defaults, snapshotClickKey, m_saveSnapshotOnClick);
     readBoolean(m_defaults, showStatisticsKey, m_showStatistics);
+    readBoolean(m_defaults, recentFilesKey, m_showInRecentFiles);
     readBoolean(m_defaults, firstTimeKey, m_firstTime);
     readBoolean(m_defaults, oldSettingsImportedKey, m_oldSettingsImported);
     m_defaultAlbumName = m_defaults.string(defaultAlbumNameKey);
@@ -300,6 +308,7 @@ QJsonObject BWConfigManager::texts() const
                       {videoButtonKey, yesOrNo(m_saveVideoOnHardwareButton)},
                       {snapshotClickKey, yesOrNo(m_saveSnapshotOnClick)},
                       {showStatisticsKey, yesOrNo(m_showStatistics)},
+                      {recentFilesKey, yesOrNo(m_showInRecentFiles)},
                       {movieQualityKey, movieQualities[static_cast<int>(m_movieChoices.quality)]},
                       {movieRateKey, QString::number(m_movieChoices.rate)},
                       {firstTimeKey, yesOrNo(m_firstTime)},

@@ -78,6 +78,9 @@ public:
     /// Figures over the live image.
     bool showStatistics() const { return m_showStatistics; }
     void setShowStatistics(bool show);
+    /// New captures are among the desktop's recent files.
+    bool showInRecentFiles() const { return m_showInRecentFiles; }
+    void setShowInRecentFiles(bool show);
     /// No product has been chosen on this machine yet.
     bool firstTime() const { return m_firstTime; }
     void setFirstTime(bool firstTime);
@@ -136,6 +139,7 @@ private:
     bool m_saveVideoOnHardwareButton = false;
     bool m_saveSnapshotOnClick = true;
     bool m_showStatistics = false;
+    bool m_showInRecentFiles = false; // many show patients
     bool m_mustResetLayout = false;
     bool m_firstTime = true;
     bool m_oldSettingsImported = false;

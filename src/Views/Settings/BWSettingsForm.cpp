@@ -70,12 +70,14 @@ BWSettingsForm::BWSettingsForm(QWidget *parent)
       advancedSettings(pushButton()),
       videoHardware(popUpButton(2)),
       snapshotOnClick(popUpButton(2)),
+      recentFiles(popUpButton(2)),
       rememberLayout(popUpButton(2)),
       restoreLayout(pushButton()),
       m_selectCameraLabel(new QLabel),
       m_selectProductLabel(new QLabel),
       m_cameraButtonSavesLabel(new QLabel),
       m_snapshotOnClickLabel(new QLabel),
+      m_recentFilesLabel(new QLabel),
       m_rememberLayoutLabel(new QLabel)
 {
     auto *grid = new QGridLayout(this);
@@ -86,7 +88,10 @@ BWSettingsForm::BWSettingsForm(QWidget *parent)
     addSection(
         *grid,
         {{m_selectCameraLabel, cameraTypes}, {m_selectProductLabel, cameraProducts}, {nullptr, advancedSettings}});
-    addSection(*grid, {{m_cameraButtonSavesLabel, videoHardware}, {m_snapshotOnClickLabel, snapshotOnClick}});
+    addSection(*grid,
+               {{m_cameraButtonSavesLabel, videoHardware},
+                {m_snapshotOnClickLabel, snapshotOnClick},
+                {m_recentFilesLabel, recentFiles}});
     addSection(*grid, {{m_rememberLayoutLabel, rememberLayout}, {nullptr, restoreLayout}});
     showCameras({}, -1);
     showProducts({}, -1);
@@ -112,6 +117,7 @@ void BWSettingsForm::localizeWithManager(BWLocalizationManager &manager)
     const QString no = manager.text(u"settings_window"_s, u"option_no"_s, u"No"_s);
     setItems(*rememberLayout, yes, no);
     setItems(*snapshotOnClick, yes, no);
+    setItems(*recentFiles, yes, no);
     setItems(*videoHardware, manager.text(u"settings_window"_s, u"option_photo"_s, u"Photo"_s),
              manager.text(u"settings_window"_s, u"option_video"_s, u"Video"_s));
     restoreLayout->setText(manager.text(u"settings_window"_s, u"restore_layout_button"_s, u"Re&store layout"_s));
@@ -125,6 +131,13 @@ void BWSettingsForm::localizeWithManager(BWLocalizationManager &manager)
         manager.text(u"settings_window"_s, u"remember_layout_label"_s, u"&Remember window layout"_s));
     m_snapshotOnClickLabel->setText(
         manager.text(u"settings_window"_s, u"snapshot_on_click_label"_s, u"Click on &image takes snapshot"_s));
+    m_recentFilesLabel->setText(
+        manager.text(u"settings_window"_s, u"recent_files_label"_s, u"List captures in recent &files"_s));
+    const QString recent = manager.text(
+        u"settings_window"_s, u"recent_files_help"_s,
+        u"Whether new captures appear among the desktop’s recent files, where everybody at this computer sees them"_s);
+    recentFiles->setToolTip(recent);
+    recentFiles->setAccessibleDescription(recent);
     m_noCamera = manager.text(u"camera_window"_s, u"no_camera_detected_placeholder"_s, u"No camera detected"_s);
     m_pleaseChoose = manager.text(u"settings_window"_s, u"please_choose_placeholder"_s, u"Please choose"_s);
     updatePlaceholders();

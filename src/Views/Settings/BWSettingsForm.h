@@ -33,6 +33,7 @@ public:
     QPushButton *advancedSettings;
     QComboBox *videoHardware; ///< item 0: photo, item 1: video
     QComboBox *snapshotOnClick; ///< item 0: yes, item 1: no
+    QComboBox *recentFiles; ///< item 0: yes, item 1: no
     QComboBox *rememberLayout; ///< item 0: yes, item 1: no
     QPushButton *restoreLayout;
 
@@ -48,6 +49,7 @@ private:
     QLabel *m_selectProductLabel;
     QLabel *m_cameraButtonSavesLabel;
     QLabel *m_snapshotOnClickLabel;
+    QLabel *m_recentFilesLabel;
     QLabel *m_rememberLayoutLabel;
     QString m_noCamera;
     QString m_pleaseChoose;

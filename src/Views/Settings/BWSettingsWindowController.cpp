@@ -37,6 +37,7 @@ void BWSettingsWindowController::connectControls()
     onActivated(m_form->cameraProducts, &BWSettingsWindowController::onCameraProductChanged);
     onActivated(m_form->videoHardware, &BWSettingsWindowController::onCameraButtonSaves);
     onActivated(m_form->snapshotOnClick, &BWSettingsWindowController::onSaveSnapshotOnClick);
+    onActivated(m_form->recentFiles, &BWSettingsWindowController::onRecentFiles);
     onActivated(m_form->rememberLayout, &BWSettingsWindowController::onRememberLayout);
     connect(m_form->restoreLayout, &QPushButton::clicked, this, &BWSettingsWindowController::onRestoreLayout);
     connect(m_form->advancedSettings, &QPushButton::clicked, this, &BWSettingsWindowController::onAdvancedSettings);
@@ -103,6 +104,7 @@ void BWSettingsWindowController::reloadSettings()
     m_form->rememberLayout->setCurrentIndex(m_config.rememberLayout() ? 0 : 1);
     m_form->videoHardware->setCurrentIndex(m_config.saveVideoOnHardwareButton() ? 1 : 0);
     m_form->snapshotOnClick->setCurrentIndex(m_config.saveSnapshotOnClick() ? 0 : 1);
+    m_form->recentFiles->setCurrentIndex(m_config.showInRecentFiles() ? 0 : 1);
 }
 
 void BWSettingsWindowController::onCameraTypeChanged()
@@ -136,6 +138,11 @@ void BWSettingsWindowController::onCameraButtonSaves(int index)
 void BWSettingsWindowController::onSaveSnapshotOnClick(int index)
 {
     m_config.setSaveSnapshotOnClick(index == 0);
+}
+
+void BWSettingsWindowController::onRecentFiles(int index)
+{
+    m_config.setShowInRecentFiles(index == 0);
 }
 
 void BWSettingsWindowController::onAdvancedSettings()

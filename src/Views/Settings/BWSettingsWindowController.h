@@ -66,6 +66,7 @@ private:
     void onRememberLayout(int index);
     void onCameraButtonSaves(int index);
     void onSaveSnapshotOnClick(int index);
+    void onRecentFiles(int index);
     void onAdvancedSettings();
     void showChange(bool mustResetLayout);
     void updateUsualTitles();
