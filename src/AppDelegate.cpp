@@ -2,6 +2,7 @@
 #include "AppDelegate.h"
 
 #include "App/Capture/BWCaptureFeedback.h"
+#include "App/Capture/BWCaptureFiles.h"
 #include "App/Capture/BWLastCaptureController.h"
 #include "App/Capture/BWSeriesController.h"
 #include "App/Capture/BWSnapshotSound.h"
@@ -246,7 +247,7 @@ void AppDelegate::prepareCapture()
                                          m_lookBack->end(); // also when the camera's own button took it
                                          m_snapshotSound->play();
                                      },
-                                     [this](const QUrl &file) { m_lastCapture->captureAdded(file); }},
+                                     [this](const QUrl &file) { m_captureFiles->captureAdded(file); }},
         m_clock);
     BWCaptureController::Callbacks told = m_captureFeedback->callbacks();
     told.recording = [this, show = told.recording](bool recording) {
@@ -259,7 +260,7 @@ void AppDelegate::prepareCapture()
         BWSeriesController::Parts{*m_window, *m_statusLine, *m_renderer, m_repository.configManager(), texts,
                                   m_repository.albumManager(), *m_capture, m_captureFeedback->callbacks(),
                                   [this](const QList<QUrl> &pictures) { m_auxiliaryWindows->joinPictures(pictures); }},
-        [this] { return currentCamera(); }, [this](const QUrl &file) { m_lastCapture->captureAdded(file); },
+        [this] { return currentCamera(); }, [this](const QUrl &file) { m_captureFiles->captureAdded(file); },
         QFileInfo(m_repository.settingsFile()).path() + u"/series.json"_s, m_clock);
     connect(m_series.get(), &BWSeriesController::runningChanged, this,
             [this](bool running) { m_sleepInhibitor.setActive(BWSleepInhibitor::Reason::Series, running); });
@@ -288,6 +289,10 @@ void AppDelegate::prepareStills()
                                         return product ? product->name() : QString();
                                     }},
         m_clock);
+    m_captureFiles = std::make_unique<BWCaptureFiles>(
+        BWCaptureFiles::Parts{*m_window, *m_scene, *m_lookBack, *m_lastCapture, *m_measurementsInFile, *m_capture,
+                              m_repository.albumManager(), m_repository.configManager(), *m_statusLine, texts,
+                              [this] { return currentCamera(); }, m_options.openUrl});
 }
 
 void AppDelegate::connectSession()

@@ -21,13 +21,13 @@
 #include <functional>
 #include <memory>
 #include <QObject>
-#include <QUrl>
 #include <vector>
 
 class BWAlbumContents;
 class BWAuxiliaryWindows;
 class BWCameraAuthorization;
 class BWCaptureFeedback;
+class BWCaptureFiles;
 class BWCaptureRecovery;
 class BWComparison;
 class BWFlashActionViewController;
@@ -132,6 +132,7 @@ private:
     std::unique_ptr<BWLookBackController> m_lookBack;
     std::unique_ptr<BWComparison> m_comparison;
     std::unique_ptr<BWMeasurementsInFile> m_measurementsInFile;
+    std::unique_ptr<BWCaptureFiles> m_captureFiles;
     std::unique_ptr<BWAuxiliaryWindows> m_auxiliaryWindows;
     std::unique_ptr<BWSessionWindows> m_sessionWindows;
     BWDialogFilePanels m_panels;

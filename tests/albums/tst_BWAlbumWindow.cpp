@@ -9,6 +9,7 @@
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/Albums/BWAlbumNotice.h"
+#include "Views/Albums/BWRenameDialog.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 #include "Views/Utils/BWFilePanels.h"
@@ -17,6 +18,7 @@
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -168,6 +170,36 @@ private Q_SLOTS:
         QTRY_VERIFY(TestFolder::read(m_chosen).startsWith(begins));
         QTRY_VERIFY(!m_window->isSaving());
         QVERIFY(m_alerts.isEmpty());
+    }
+
+    /// By the real dialog and menu; what comes last is undone first.
+    void filesAreRenamedAndMoved()
+    {
+        m_images->modelDelegate()->renameIndexOfModel(*m_images, 1);
+        auto *dialog = m_window->findChild<BWRenameDialog *>();
+        auto *rename = dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save);
+        auto *edit = dialog->findChild<QLineEdit *>();
+        QCOMPARE(edit->text(), u"c"_s);
+        for (const QString &typed : {u"x/y"_s, u"d"_s, u"n"_s}) {
+            edit->selectAll();
+            QTest::keyClicks(edit, typed);
+            QCOMPARE(rename->isEnabled(), typed != u"x/y"_s);
+            QTest::keyClick(edit, Qt::Key_Return);
+            if (typed == u"d"_s) // taken
+                QTRY_VERIFY(hasLabel(*dialog, u"There is already a file of this name. Please choose another one."_s));
+        }
+        QTRY_COMPARE(shown(), u"n.jpg|d.jpg|b.jpg|a.jpg"_s);
+        QTRY_COMPARE(notice(), u"Renamed: n.jpg"_s);
+
+        QMenu menu;
+        m_images->modelDelegate()->offerAlbumsForIndexesOfModel(*m_images, menu, {0, 3});
+        QCOMPARE(menu.actions().size(), 1);
+        menu.actions().first()->trigger();
+        QTRY_COMPARE(notice(), u"Moved to the album “Second”: 2"_s);
+        QTRY_COMPARE(shown(), u"d.jpg|b.jpg"_s);
+        button(u"Undo"_s)->click();
+        QTRY_COMPARE(shown(), u"n.jpg|d.jpg|b.jpg|a.jpg"_s);
+        QCOMPARE(TestFolder::read(m_folder->url(u"BrimwellPro/Default Album/n.jpg"_s)), "c.jpg");
     }
 
     void movies_data()

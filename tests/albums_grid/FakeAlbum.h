@@ -24,7 +24,7 @@ public:
     static constexpr int columns = 2;
     QList<QUrl> copied;
     std::function<void()> onOperation = [] {}; ///< called in each of these operations
-    QList<int> removed, opened, saved, shown, compared, filmed;
+    QList<int> removed, opened, saved, shown, compared, filmed, onClipboard, renamed, revealed, movable;
     QSet<int> painted; ///< elements whose value the grid requested
 
     QList<QUrl> elementsForThumbnailTableView(const BWThumbnailTableView &) override { return m_elements; }
@@ -39,6 +39,19 @@ public:
     void makeMovieOfIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override
     {
         operate(filmed, indexes);
+    }
+    void copyIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override
+    {
+        operate(onClipboard, indexes);
+    }
+    void renameIndexOfModel(BWThumbnailTableView &, int index) override { operate(renamed, {index}); }
+    void revealIndexesOfModel(BWThumbnailTableView &, const QList<int> &indexes) override
+    {
+        operate(revealed, indexes);
+    }
+    void offerAlbumsForIndexesOfModel(BWThumbnailTableView &, QMenu &, const QList<int> &indexes) override
+    {
+        movable = indexes;
     }
 
     int numberOfColumnsForView(const BWThumbnailTableView &) override { return columns; }

@@ -54,6 +54,9 @@ private Q_SLOTS:
         row("enter opens the selection", u"Right|Shift+Down|Enter"_s, 3, Indexes{1, 2, 3}, Indexes{1, 2, 3});
         row("one is shown", u"Right|Shift+Down|Ctrl+Return"_s, 3, Indexes{1, 2, 3}, Indexes{3});
         row("one is compared", u"Down|Ctrl+Shift+Return"_s, 2, Indexes{2}, Indexes{2});
+        row("one is renamed", u"Right|Shift+Down|F2"_s, 3, Indexes{1, 2, 3}, Indexes{3});
+        row("copy", u"Right|Shift+Right|Ctrl+C"_s, 2, Indexes{1, 2}, Indexes{1, 2});
+        row("in the file manager", u"Right|Ctrl+Shift+O"_s, 1, Indexes{1}, Indexes{1});
         row("delete", u"Right|Shift+Right|Delete"_s, 2, Indexes{1, 2}, Indexes{1, 2});
         row("all are saved", u"Ctrl+A|Ctrl+E"_s, 0, numbers(0, 24), numbers(0, 24));
     }
@@ -67,7 +70,8 @@ private Q_SLOTS:
         }
         QCOMPARE(grid.view.focusIndex(), focus);
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), selected);
-        QCOMPARE(grid.album.opened + grid.album.shown + grid.album.compared + grid.album.removed + grid.album.saved,
+        QCOMPARE(grid.album.opened + grid.album.shown + grid.album.compared + grid.album.removed + grid.album.saved
+                     + grid.album.onClipboard + grid.album.renamed + grid.album.revealed,
                  acted);
         QVERIFY(grid.view.viewport()->rect().contains(grid.view.visualRect(grid.view.currentIndex())));
     }

@@ -2,6 +2,7 @@
 #include "GridFixture.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Rows.h"
+#include "Views/Albums/BWThumbnailMenu.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 
 #include <QContextMenuEvent>
@@ -167,22 +168,28 @@ private Q_SLOTS:
         for (const QAction *item : items)
             names.append(item->text().section(u'\t', 0, 0));
         QCOMPARE(names,
-                 QStringList({u"Select All"_s, u"Deselect All"_s, QString(), u"Show in the Main Window"_s,
-                              u"Compare with the Live Image"_s, u"Save as..."_s, u"Trash"_s}));
+                 QStringList({u"Select All"_s, u"Deselect All"_s, QString(), u"Open"_s, u"Show in the Main Window"_s,
+                              u"Compare with the Live Image"_s, u"Show in the File Manager"_s, QString(), u"Copy"_s,
+                              u"Rename..."_s, u"Move to Album"_s, u"Save as..."_s, u"Trash"_s}));
+        QCOMPARE(grid.album.movable, Indexes{5});
         items[0]->trigger();
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes().size(), 7);
-        items[6]->trigger(); // still acts on the clicked element
+        items[12]->trigger(); // still acts on the clicked element
         QCOMPARE(grid.album.removed, Indexes{5});
         act(grid, u"m4"_s);
         items[1]->trigger();
         QCOMPARE(grid.view.mouseEventHandler()->selectedIndexes(), Indexes());
-        items[5]->trigger();
+        for (const int item : {3, 6, 8, 9, 11})
+            items[item]->trigger();
+        QCOMPARE(grid.album.renamed, Indexes{4});
+        for (const Indexes &acted : {grid.album.opened, grid.album.revealed, grid.album.onClipboard})
+            QCOMPARE(acted, Indexes({0, 1, 2, 3, 4, 5, 6}));
         QCOMPARE(grid.album.saved, Indexes({0, 1, 2, 3, 4, 5, 6}));
         menu->close();
         act(grid, u"m2"_s);
         grid.album.insertFirst(u"new.jpg"_s); // while the menu is open
         grid.view.reloadData();
-        items[6]->trigger();
+        items[12]->trigger();
         QCOMPARE(grid.album.removed, Indexes{3});
     }
 };

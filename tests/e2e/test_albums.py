@@ -7,6 +7,7 @@ usage: test_albums.py PROGRAM
 """
 
 import subprocess
+import sys
 
 from desktop import wait_until
 from live_image import alike, colours
@@ -14,6 +15,23 @@ from program import ProgramTest, answer_product_question
 
 NAMES = [f"20240607_image_{number:03d}" for number in (1, 2, 3)]
 HELD = 0.7  # seconds; a drag begins after half a second
+
+
+def serve():
+    """In a process of its own: a file manager that prints what it is to show."""
+    sys.path.append("/usr/lib/python3/dist-packages")
+    from gi.repository import Gio, GLib
+
+    def called(bus, sender, path, interface, method, arguments, invocation):
+        print(*arguments[0], flush=True)
+        invocation.return_value(None)
+
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    bus.register_object("/org/freedesktop/FileManager1", Gio.DBusNodeInfo.new_for_xml(
+        '<node><interface name="org.freedesktop.FileManager1"><method name="ShowItems"><arg type="as" direction="in"/>'
+        '<arg type="s" direction="in"/></method></interface></node>').interfaces[0], called)
+    Gio.bus_own_name_on_connection(bus, "org.freedesktop.FileManager1", 0, lambda *_: print(flush=True), None)
+    GLib.MainLoop().run()
 
 
 class Albums(ProgramTest):
@@ -67,6 +85,56 @@ class Albums(ProgramTest):
         wait_until("it is whole", lambda: (folder / name).read_bytes() == self.pictures[name])
         self.assertEqual([file.name for file in folder.iterdir()], [name])
         self.assertEqual({file.name: file.read_bytes() for file in self.album.iterdir()}, self.pictures)
+        self.program.quit()
+
+    def test_copied_and_shown_in_file_manager(self):
+        def clipboard(kind):
+            return self.desktop.output(["xclip", "-o", "-selection", "clipboard", "-t", kind])
+
+        def wait_for_copy(kind, what):
+            wait_until(f"{what} is on the clipboard", lambda: what.encode() in clipboard(kind))
+
+        self.desktop.spawn(["/usr/bin/python3", __file__, "--serve"], log="shown.log")
+        log = self.desktop.folder / "shown.log"
+        wait_until("there is a file manager to ask", log.read_text)
+        self.focus_grid()
+        self.desktop.key("Home")
+        self.desktop.key("ctrl+c")
+        first = NAMES[2] + ".jpg"
+        wait_for_copy("text/uri-list", first)
+        file = self.album / first
+        self.assertEqual(clipboard("text/uri-list").decode().split(), [file.as_uri()])
+        self.assertEqual(clipboard("x-special/gnome-copied-files").decode(), f"copy\n{file.as_uri()}")
+        self.assertEqual(clipboard("UTF8_STRING").decode(), str(file))
+        self.assertEqual(clipboard("image/jpeg"), self.pictures[first])
+        self.assertEqual(clipboard("image/png")[:8], b"\x89PNG\r\n\x1a\n")
+        self.desktop.key("ctrl+shift+o")
+        wait_until("the file manager was asked", lambda: file.as_uri() in log.read_text())
+        self.desktop.key("ctrl+a")
+        self.desktop.key("ctrl+c")
+        wait_for_copy("text/uri-list", NAMES[0] + ".jpg")
+        self.assertNotIn(b"image", clipboard("TARGETS"))
+
+        folder = self.desktop.folder / "paste here"
+        folder.mkdir()
+        self.desktop.spawn(["pcmanfm", "--no-desktop", str(folder)], log="pcmanfm.log")
+        window = wait_until("the file manager is there", lambda: self.desktop.output(
+            ["xdotool", "search", "--onlyvisible", "--name", "paste here"]).split()).pop().decode()
+        self.desktop.input("windowactivate", "--sync", window)
+
+        def pasted():
+            self.desktop.key("ctrl+v")  # it takes its time until it listens
+            return len(list(folder.iterdir())) >= len(NAMES)
+
+        wait_until("the files are pasted", pasted, step=1)
+        wait_until("they are whole", lambda: (folder / first).read_bytes() == self.pictures[first])
+
+        self.program.activate(self.program.window("frame", "BrimwellPro"))
+        self.desktop.key("ctrl+c")
+        wait_for_copy("TARGETS", "image/jpeg")
+        self.assertEqual(clipboard("image/jpeg")[:2], b"\xff\xd8")  # of the live image, which is in no file
+        self.assertNotIn(b"uri-list", clipboard("TARGETS"))
+        self.assertEqual(len(list(self.album.iterdir())), len(NAMES))
         self.program.quit()
 
     def test_save_all_as_archive(self):
@@ -214,4 +282,7 @@ class Albums(ProgramTest):
 
 
 if __name__ == "__main__":
-    Albums.main()
+    if sys.argv[1] == "--serve":
+        serve()
+    else:
+        Albums.main()

@@ -14,6 +14,8 @@
 #include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWMovieDialogs.h"
+#include "Views/Albums/BWRenameDialog.h"
+#include "Views/Albums/BWThumbnailMenu.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
@@ -270,6 +272,10 @@ private Q_SLOTS:
         waitForThumbnails(*grid, 6);
         see(album, u"albums"_s);
         seeMenu(grid->rightMenu(), u"albums-menu"_s);
+        grid->modelDelegate()->renameIndexOfModel(*grid, 0);
+        auto *rename = visible<BWRenameDialog>();
+        see(rename, u"albums-rename"_s);
+        rename->reject();
         grid->onSelectAll();
         see(album, u"albums-selected"_s);
         tabs->setCurrentIndex(1);

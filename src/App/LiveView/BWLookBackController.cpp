@@ -192,9 +192,12 @@ void BWLookBackController::trash()
                                        m_albumTexts.trashCancel))
         return;
     m_albums.removeFiles({file}, [this, file, alive = m_alive.watch()](const BWTrash::Moved &result) {
-        if (!alive.expired())
-            m_statusLine.showForAMoment(
-                (result.files.isEmpty() ? m_albumTexts.stayedOutOfTrash : m_albumTexts.movedToTrash).arg(nameOf(file)));
+        if (alive.expired())
+            return;
+        if (!result.files.isEmpty())
+            m_albums.moves().forget(); // the Trash comes first now
+        m_statusLine.showForAMoment(
+            (result.files.isEmpty() ? m_albumTexts.stayedOutOfTrash : m_albumTexts.movedToTrash).arg(nameOf(file)));
     });
 }
 
@@ -225,7 +228,8 @@ bool BWLookBackController::takes(const QKeyEvent &key) const
     // Whoever measures means the last measurement, or the selected one, and not the file.
     const BWMeasuringMenu &measuring = *m_window.menu().measuring;
     if (key.matches(QKeySequence::Undo))
-        return m_albums.canUndoRemoving() && !(isMeasuring() && measuring.undo->isEnabled());
+        return (m_albums.canUndoRemoving() || m_albums.moves().canUndo())
+            && !(isMeasuring() && measuring.undo->isEnabled());
     if (key.key() == Qt::Key_Delete && isMeasuring() && measuring.remove->isEnabled())
         return false;
     return key.modifiers() == Qt::NoModifier
@@ -238,7 +242,7 @@ bool BWLookBackController::press(const QKeyEvent &key)
     if (!takes(key))
         return false;
     if (key.matches(QKeySequence::Undo))
-        undoTrash();
+        m_albums.moves().canUndo() ? Q_EMIT undoMoveRequested() : undoTrash();
     else if (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right)
         step((key.key() == Qt::Key_Right) != QGuiApplication::isRightToLeft());
     else if (key.isAutoRepeat())

@@ -37,6 +37,10 @@ public:
     const QUrl &file() const { return m_stepper.file(); }
     bool isActive() const { return !m_stepper.file().isEmpty(); }
 
+Q_SIGNALS:
+    /// What was done last with a file is not that it was moved to the Trash.
+    void undoMoveRequested();
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 

@@ -133,8 +133,7 @@ void BWMeasurementsInFile::fileDone(const BWMeasurementFile &file)
         announceProblem();
     else if (!file.isSaved() && !file.isBusy() && !problem.isNull())
         m_parts.callbacks.say(u"%1: %2"_s.arg(fileNameOf(file.file()), problem));
-    if (m_whenSaved && onTheWay().isEmpty())
-        std::exchange(m_whenSaved, {})();
+    announceSaved();
 }
 
 QString BWMeasurementsInFile::problemOf(const BWMeasurementFile &file) const
@@ -152,14 +151,22 @@ QString BWMeasurementsInFile::problem() const
     return m_shown && isShown(*m_shown) ? problemOf(*m_shown) : QString();
 }
 
-QStringList BWMeasurementsInFile::unsaved() const
+QList<QUrl> BWMeasurementsInFile::unsavedFiles() const
 {
-    QStringList names;
+    QList<QUrl> files;
     for (const auto &[url, file] : m_files) {
         if (!file->isSaved() && !file->isSaving() && file->problem() != BWPictureProblem::None
             && file->problem() != BWPictureProblem::Partly)
-            names << fileNameOf(url);
+            files << url;
     }
+    return files;
+}
+
+QStringList BWMeasurementsInFile::unsaved() const
+{
+    QStringList names;
+    for (const QUrl &file : unsavedFiles())
+        names << fileNameOf(file);
     return names;
 }
 
@@ -176,11 +183,18 @@ QStringList BWMeasurementsInFile::onTheWay() const
 void BWMeasurementsInFile::whenSaved(std::function<void()> done)
 {
     m_parts.measuring.completeText();
-    m_whenSaved = std::move(done);
+    m_whenSaved.push_back(std::move(done));
     for (const auto &[url, file] : m_files)
         file->save();
-    if (onTheWay().isEmpty())
-        std::exchange(m_whenSaved, {})();
+    announceSaved();
+}
+
+void BWMeasurementsInFile::announceSaved()
+{
+    if (m_whenSaved.empty() || !onTheWay().isEmpty())
+        return;
+    for (const auto &done : std::exchange(m_whenSaved, {}))
+        done();
 }
 
 QString BWMeasurementsInFile::proposedName() const

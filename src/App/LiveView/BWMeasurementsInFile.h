@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <QObject>
+#include <vector>
 
 class BWLiveViewController;
 class BWMainWindow;
@@ -39,7 +40,8 @@ public:
 
     /// What is wrong with the measurements in the picture that shows, or with saving them; null if nothing is.
     QString problem() const;
-    /// The names of pictures whose measurements cannot be saved.
+    /// The pictures whose measurements cannot be saved, and their names.
+    QList<QUrl> unsavedFiles() const;
     QStringList unsaved() const;
     /// The names of pictures whose measurements are on their way into the file.
     QStringList onTheWay() const;
@@ -59,6 +61,7 @@ private:
     void followMeasurements();
     void bringBack();
     void announceProblem();
+    void announceSaved();
     void fileDone(const BWMeasurementFile &file);
     void forget(const QUrl &url);
     bool isShown(const BWMeasurementFile &file) const;
@@ -71,6 +74,6 @@ private:
     BWMeasurementFile *m_shown = nullptr; // whose measurements can be changed
     bool m_isNew = false; // it has just taken the place of another one
     QString m_problem; // that was announced last
-    std::function<void()> m_whenSaved;
+    std::vector<std::function<void()>> m_whenSaved;
     BWPictureSaver m_saver;
 };

@@ -34,7 +34,7 @@ BWQuitting::Callbacks BWQuittingParts::callbacks() const
 
 bool BWQuittingParts::isSavingFiles() const
 {
-    return (windows && windows->isSaving()) || (comparison && comparison->isSaving())
+    return albums.moves().isRunning() || (windows && windows->isSaving()) || (comparison && comparison->isSaving())
         || (measurements && (measurements->isSavingCopy() || !measurements->unsaved().isEmpty()));
 }
 
@@ -54,6 +54,7 @@ void BWQuittingParts::stopCamera(std::function<void()> done) const
 {
     if (series)
         series->leaveForNextStart(); // nobody was asked, or it has ended
+    albums.moves().cancel();
     session.stopForQuit(std::move(done));
 }
 

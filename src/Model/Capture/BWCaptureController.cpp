@@ -146,6 +146,25 @@ void BWCaptureController::takeInto(const BWAlbumPtr &album, const BWCameraPtr &c
         take({});
 }
 
+void BWCaptureController::copyPicture(const BWCameraPtr &camera, const std::function<void(const QByteArray &)> &done)
+{
+    const std::weak_ptr weak(m_shared);
+    const auto deliver = [weak, done](const QByteArray &jpeg, const BWSnapshotTags &about) {
+        const QByteArray tagged = jpeg.isNull() ? jpeg : about.addedTo(jpeg);
+        BWMainQueue::post(weak, [done, tagged] { done(tagged); });
+    };
+    if (const auto still = m_shared->frozenFrame(); !still.frame.isNull()) {
+        m_shared->worker->run([deliver, still] { deliver(BWStill::jpegOf(still.frame), still.about); });
+    } else if (camera) {
+        camera->takeSnapshot([deliver, weak](const QByteArray &jpeg) {
+            if (const auto shared = weak.lock())
+                deliver(jpeg, shared->tagsForNow());
+        });
+    } else {
+        deliver({}, {});
+    }
+}
+
 void BWCaptureController::whenStillsAreWritten(std::function<void()> done)
 {
     m_shared->worker->run(

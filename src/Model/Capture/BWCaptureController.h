@@ -82,6 +82,10 @@ public:
     /// above hears of it, so there is neither sound nor flash.
     void takeInto(const BWAlbumPtr &album, const BWCameraPtr &camera, const QuietPicture &picture);
 
+    /// The picture that a snapshot would be of now, as that would save it, for no album: `done` gets its JPEG on the GUI
+    /// thread, null if there is none.
+    void copyPicture(const BWCameraPtr &camera, const std::function<void(const QByteArray &jpeg)> &done);
+
     /// Calls `done` when all stills of frozen frames asked for so far are on their way into the album, as those of a
     /// camera are when it has stopped.
     void whenStillsAreWritten(std::function<void()> done);

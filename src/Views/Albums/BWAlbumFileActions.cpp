@@ -21,19 +21,13 @@ namespace {
 
 constexpr qsizetype manyFiles = 20; // to open at once
 
-/// The name of a single file, the number of several.
-QString nameOrCount(const QList<QUrl> &files)
-{
-    return files.size() == 1 ? files.first().fileName() : QString::number(files.size());
-}
-
 template <typename File>
 QString nameOrCount(const QList<File> &files, QUrl File::*url)
 {
     QList<QUrl> urls;
     for (const File &file : files)
         urls.append(file.*url);
-    return nameOrCount(urls);
+    return BWFileActions::nameOrCount(urls);
 }
 
 } // namespace
@@ -47,10 +41,12 @@ BWAlbumFileActions::BWAlbumFileActions(QWidget &window, BWAlbumManager &albums, 
       m_texts(texts),
       m_footer(footer),
       m_notice(notice),
+      m_files(window, albums, texts,
+              {[&notice](const QString &text, bool canUndo) { notice.showNotice(text, canUndo); }, m_callbacks.open}),
       m_clock(clock)
 {
     connect(&footer, &BWAlbumFooter::cancelTriggered, this, &BWAlbumFileActions::cancelSaving);
-    connect(&notice, &BWAlbumNotice::undoTriggered, this, &BWAlbumFileActions::undoTrash);
+    connect(&notice, &BWAlbumNotice::undoTriggered, this, &BWAlbumFileActions::undo);
 }
 
 void BWAlbumFileActions::save(const QList<QUrl> &files, BWMediaType type)
@@ -237,7 +233,7 @@ void BWAlbumFileActions::open(const QList<QUrl> &files)
     if (unopened.isEmpty())
         return;
     const BWAlbumTexts::Alert &texts = m_texts.errorOpening.of(unopened.size());
-    BWUIUtils::displayOKAlertOver(m_window, texts.title, texts.message.arg(nameOrCount(unopened)));
+    BWUIUtils::displayOKAlertOver(m_window, texts.title, texts.message.arg(BWFileActions::nameOrCount(unopened)));
 }
 
 bool BWAlbumFileActions::trash(const QList<QUrl> &files, BWMediaType type)
@@ -252,17 +248,24 @@ bool BWAlbumFileActions::trash(const QList<QUrl> &files, BWMediaType type)
             return;
         QStringList lines;
         if (!result.files.isEmpty())
-            lines << self->m_texts.movedToTrash.arg(nameOrCount(result.files));
+            lines << self->m_texts.movedToTrash.arg(BWFileActions::nameOrCount(result.files));
         if (!result.stayed.isEmpty())
             lines << self->m_texts.stayedOutOfTrash.arg(nameOrCount(result.stayed, &BWTrash::Failure::file));
+        if (!result.files.isEmpty())
+            self->m_albums.moves().forget(); // the Trash comes first now
         // Undo brings back the last removal that moved something, which may be an earlier one.
         self->m_notice.showNotice(lines.join(u'\n'), !result.files.isEmpty() && self->m_albums.canUndoRemoving());
     });
     return true;
 }
 
-void BWAlbumFileActions::undoTrash()
+void BWAlbumFileActions::undo()
 {
+    if (m_files.canUndo()) {
+        m_notice.endNotice();
+        m_files.undo();
+        return;
+    }
     if (!m_albums.canUndoRemoving())
         return;
     m_notice.endNotice();

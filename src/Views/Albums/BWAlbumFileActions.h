@@ -5,6 +5,7 @@
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Export/BWFileExport.h"
 #include "Model/Export/BWMovieExport.h"
+#include "Views/Albums/BWFileActions.h"
 
 #include <functional>
 #include <QList>
@@ -15,7 +16,6 @@ class BWAlbumFooter;
 class BWAlbumManager;
 class BWAlbumNotice;
 class BWFilePanels;
-struct BWAlbumTexts;
 
 /// What the user does with files of the current album: save them elsewhere, open them, move them to the Trash and bring
 /// them back. Asks and reports over the album window. GUI thread.
@@ -57,8 +57,11 @@ public:
 
     /// False, without any effect, unless the user confirms it.
     bool trash(const QList<QUrl> &files, BWMediaType type);
-    /// Brings back the files of the last move to the Trash, once.
-    void undoTrash();
+    /// Brings back the files of the last move to the Trash, or undoes what was done later with files(), once.
+    void undo();
+
+    /// What can be done with them elsewhere, too.
+    BWFileActions &files() { return m_files; }
 
 private:
     struct Job {
@@ -81,6 +84,7 @@ private:
     const BWAlbumTexts &m_texts;
     BWAlbumFooter &m_footer;
     BWAlbumNotice &m_notice;
+    BWFileActions m_files;
     BWFileExport m_export;
     QList<Job> m_waiting;
     BWClock &m_clock;

@@ -115,6 +115,27 @@ void BWAlbumGridModel::makeMovieOfIndexesOfModel(BWThumbnailTableView &view, con
         m_actions.makeSmaller(filesAt(view, indexes));
 }
 
+void BWAlbumGridModel::copyIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
+{
+    m_actions.files().copy(filesAt(view, indexes));
+}
+
+void BWAlbumGridModel::renameIndexOfModel(BWThumbnailTableView &view, int index)
+{
+    for (const QUrl &file : filesAt(view, {index}))
+        m_actions.files().rename(file);
+}
+
+void BWAlbumGridModel::revealIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes)
+{
+    m_actions.files().showInFileManager(filesAt(view, indexes));
+}
+
+void BWAlbumGridModel::offerAlbumsForIndexesOfModel(BWThumbnailTableView &view, QMenu &menu, const QList<int> &indexes)
+{
+    m_actions.files().offerAlbums(menu, filesAt(view, indexes));
+}
+
 int BWAlbumGridModel::numberOfColumnsForView(const BWThumbnailTableView &view)
 {
     Q_UNUSED(view)

@@ -29,6 +29,10 @@ public:
     void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
     /// Of images one movie, of videos smaller ones.
     void makeMovieOfIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
+    void copyIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
+    void renameIndexOfModel(BWThumbnailTableView &view, int index) override;
+    void revealIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) override;
+    void offerAlbumsForIndexesOfModel(BWThumbnailTableView &view, QMenu &menu, const QList<int> &indexes) override;
 
     int numberOfColumnsForView(const BWThumbnailTableView &view) override;
     /// Takes the lists of both grids from the album's contents.

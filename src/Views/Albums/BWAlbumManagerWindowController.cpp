@@ -7,6 +7,7 @@
 #include "Views/Albums/BWAlbumFooter.h"
 #include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWThumbnailKeyboard.h"
+#include "Views/Albums/BWThumbnailMenu.h"
 #include "Views/Albums/BWThumbnailTableModel.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
@@ -196,8 +197,11 @@ void BWAlbumManagerWindowController::connectParts()
     connect(m_footer, &BWAlbumFooter::trashTriggered, this, [this] {
         m_model->removeIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
     });
-    connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_actions.get(),
-            &BWAlbumFileActions::undoTrash);
+    connect(new QShortcut(BWThumbnailKeyboard::keyFor(BWThumbnailKeyboard::Command::Copy), this), &QShortcut::activated,
+            this, [this] {
+                m_model->copyIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
+            });
+    connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_actions.get(), &BWAlbumFileActions::undo);
 }
 
 void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &manager)
@@ -221,8 +225,8 @@ void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &
     m_images->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_images)));
     m_videos->setAccessibleName(m_tabs->tabText(m_tabs->indexOf(m_videos)));
     constexpr int leastPictures = 2;
-    m_images->setMovieCommand(m_texts.movies.joinCommand, leastPictures);
-    m_videos->setMovieCommand(m_texts.movies.smallerCommand, 1);
+    m_images->rightMenu()->setMovieCommand(m_texts.movies.joinCommand, leastPictures);
+    m_videos->rightMenu()->setMovieCommand(m_texts.movies.smallerCommand, 1);
     m_images->localizeWithManager(manager);
     m_videos->localizeWithManager(manager);
     reloadAlbums();

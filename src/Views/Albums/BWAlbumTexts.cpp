@@ -27,6 +27,7 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
                                                u"Please select where to save a ZIP file with your selected videos"_s);
     errorSavingTitle = manager.text(u"album_manager"_s, u"error_saving_title"_s, u"Error while saving"_s);
     localizeErrors(manager);
+    localizeFiles(manager);
     trashImages.single.title =
         manager.text(u"album_manager"_s, u"trash_single_image_title"_s, u"Move image to the Trash"_s);
     trashImages.single.message = manager.text(u"album_manager"_s, u"trash_single_image_message"_s,
@@ -93,6 +94,32 @@ void BWAlbumTexts::localizeWithManager(BWLocalizationManager &manager)
                                u"The album’s folder cannot be read. It may have been moved, renamed or removed."_s);
 }
 
+void BWAlbumTexts::localizeFiles(BWLocalizationManager &manager)
+{
+    copied = manager.text(u"album_manager"_s, u"copied_notice"_s, u"Copied: %1"_s);
+    pictureCopied = manager.text(u"album_manager"_s, u"picture_copied_notice"_s, u"The picture is copied"_s);
+    noPictureToCopy =
+        manager.text(u"album_manager"_s, u"no_picture_to_copy_notice"_s, u"There is no picture to copy."_s);
+    renameTitle = manager.text(u"album_manager"_s, u"rename_title"_s, u"Rename"_s);
+    renameCapture = manager.text(u"album_manager"_s, u"rename_capture_message"_s,
+                                 u"The date and the number stay. What you enter is added to them."_s);
+    renameOther = manager.text(u"album_manager"_s, u"rename_other_message"_s, u"Enter a name for the file."_s);
+    renameAddition = manager.text(u"album_manager"_s, u"rename_addition_field"_s, u"Addition to the name"_s);
+    renameName = manager.text(u"album_manager"_s, u"rename_name_field"_s, u"Name"_s);
+    renameButton = manager.text(u"album_manager"_s, u"rename_button"_s, u"Rename"_s);
+    renameSign = manager.text(u"album_manager"_s, u"rename_sign_problem"_s,
+                              u"A name can contain neither “/” nor invisible characters."_s);
+    renameHidden = manager.text(u"album_manager"_s, u"rename_hidden_problem"_s,
+                                u"The file would be hidden. Please choose a name that does not begin with a dot."_s);
+    renamed = manager.text(u"album_manager"_s, u"renamed_notice"_s, u"Renamed: %1"_s);
+    moveTitle = manager.text(u"album_manager"_s, u"move_title"_s, u"Move to album"_s);
+    moving = manager.text(u"album_manager"_s, u"moving_progress"_s, u"Moving to the album “%1”"_s);
+    movedTo = manager.text(u"album_manager"_s, u"moved_notice"_s, u"Moved to the album “%1”: %2"_s);
+    movedBack = manager.text(u"album_manager"_s, u"moved_back_notice"_s, u"Undone: %1"_s);
+    notMoved = manager.text(u"album_manager"_s, u"not_moved_title"_s, u"Not everything could be moved"_s);
+    noOtherAlbum = manager.text(u"album_manager"_s, u"no_other_album"_s, u"There is no other album"_s);
+}
+
 void BWAlbumTexts::localizeErrors(BWLocalizationManager &manager)
 {
     using Problem = BWExportResult::Problem;
@@ -139,6 +166,12 @@ void BWAlbumTexts::localizeErrors(BWLocalizationManager &manager)
         {Problem::NameNotAllowed,
          manager.text(u"album_manager"_s, u"save_problem_name_not_allowed"_s,
                       u"This disk does not allow the name. Please use letters, digits and spaces only."_s)},
+        {Problem::NameTaken,
+         manager.text(u"album_manager"_s, u"save_problem_name_taken"_s,
+                      u"There is already a file of this name. Please choose another one."_s)},
+        {Problem::NotSaved,
+         manager.text(u"album_manager"_s, u"save_problem_not_saved"_s,
+                      u"What you measured in the picture could not be saved in its file yet, and would get lost."_s)},
         {Problem::NoEncoder,
          manager.text(u"album_manager"_s, u"save_problem_no_encoder"_s,
                       u"This computer cannot write such movies: its FFmpeg libraries lack the encoder."_s)},

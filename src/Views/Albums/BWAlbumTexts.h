@@ -60,6 +60,25 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     QString broughtBack; ///< with %1
     QString notBroughtBack; ///< with %1
     Alert openMany; ///< title with %1
+    // What is done with files elsewhere, too.
+    QString copied; ///< with %1
+    QString pictureCopied;
+    QString noPictureToCopy;
+    QString renameTitle;
+    QString renameCapture;
+    QString renameOther;
+    QString renameAddition;
+    QString renameName;
+    QString renameButton;
+    QString renameSign;
+    QString renameHidden;
+    QString renamed; ///< with %1
+    QString moveTitle;
+    QString moving; ///< with %1
+    QString movedTo; ///< with %1, the album, and %2
+    QString movedBack; ///< with %1
+    QString notMoved;
+    QString noOtherAlbum;
     BWMovieTexts movies;
     // In an empty grid.
     QString noImages;
@@ -69,4 +88,5 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
 
 private:
     void localizeErrors(BWLocalizationManager &manager);
+    void localizeFiles(BWLocalizationManager &manager);
 };

@@ -31,6 +31,10 @@ constexpr std::array bindings{
     Binding{Qt::CTRL | Qt::Key_Enter, Command::ShowInMainWindow},
     Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_Return, Command::Compare},
     Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_Enter, Command::Compare},
+    Binding{Qt::CTRL | Qt::Key_C, Command::Copy},
+    Binding{Qt::CTRL | Qt::Key_Insert, Command::Copy},
+    Binding{Qt::Key_F2, Command::Rename},
+    Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_O, Command::ShowInFileManager},
     Binding{Qt::Key_Delete, Command::Trash},
     Binding{Qt::CTRL | Qt::Key_E, Command::SaveAs}, // Ctrl+S takes a snapshot in every window
     Binding{Qt::CTRL | Qt::SHIFT | Qt::Key_V, Command::MakeMovie},
@@ -129,6 +133,12 @@ void perform(Command command, BWThumbnailTableView &view)
         return view.onShowInMainWindow();
     case Command::Compare:
         return view.onCompare();
+    case Command::Copy:
+        return view.onCopy();
+    case Command::Rename:
+        return view.onRename();
+    case Command::ShowInFileManager:
+        return view.onReveal();
     case Command::Trash:
         return view.onTrash();
     case Command::SaveAs:

@@ -12,7 +12,21 @@ class QKeyEvent;
 /// if it includes the focused cell, otherwise on that cell. GUI thread.
 class BWThumbnailKeyboard {
 public:
-    enum class Command { SelectAll, Deselect, Toggle, Open, ShowInMainWindow, Compare, Trash, SaveAs, MakeMovie, Menu };
+    enum class Command {
+        SelectAll,
+        Deselect,
+        Toggle,
+        Open,
+        ShowInMainWindow,
+        Compare,
+        Copy,
+        Rename,
+        ShowInFileManager,
+        Trash,
+        SaveAs,
+        MakeMovie,
+        Menu
+    };
 
     /// All that have a key.
     static QList<Command> commands();

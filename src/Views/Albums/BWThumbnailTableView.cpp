@@ -5,6 +5,7 @@
 #include "Views/Albums/BWThumbnailCellPainter.h"
 #include "Views/Albums/BWThumbnailDrag.h"
 #include "Views/Albums/BWThumbnailKeyboard.h"
+#include "Views/Albums/BWThumbnailMenu.h"
 #include "Views/Albums/BWThumbnailRequests.h"
 #include "Views/Albums/BWThumbnailTableModel.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QMenu>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
@@ -68,14 +68,10 @@ BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
       m_clock(clock),
       m_model(new BWThumbnailTableModel(*this)),
       m_notice(new BWThumbnailNotice(viewport())),
-      m_rightMenu(new QMenu(this)),
+      m_rightMenu(new BWThumbnailMenu(*this)),
       m_painter(std::make_unique<BWThumbnailCellPainter>(*this)),
       m_requests(std::make_unique<BWThumbnailRequests>(*this, clock))
 {
-    connect(m_rightMenu, &QMenu::aboutToShow, this, [this] {
-        if (m_makeMovie)
-            m_makeMovie->setEnabled(m_handler->operationIndexes().size() >= m_leastForMovie);
-    });
     renewHandler();
     setModel(m_model);
     setItemDelegate(m_painter.get());
@@ -102,39 +98,7 @@ BWThumbnailTableView::~BWThumbnailTableView()
 
 void BWThumbnailTableView::localizeWithManager(BWLocalizationManager &manager)
 {
-    createRightMenu(manager);
-}
-
-void BWThumbnailTableView::createRightMenu(BWLocalizationManager &manager)
-{
-    using Command = BWThumbnailKeyboard::Command;
-    // The keys are only shown here: the grid handles them itself, while it has the focus.
-    const auto add = [this](const QString &text, Command command, void (BWThumbnailTableView::*action)()) {
-        const QString key = BWThumbnailKeyboard::keyFor(command).toString(QKeySequence::NativeText);
-        return m_rightMenu->addAction(text + u'\t' + key, this, action);
-    };
-    m_rightMenu->clear();
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_select_all"_s, u"Select All"_s), Command::SelectAll,
-        &BWThumbnailTableView::onSelectAll);
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_deselect_all"_s, u"Deselect All"_s), Command::Deselect,
-        &BWThumbnailTableView::onUnselectAll);
-    m_rightMenu->addSeparator();
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_show_in_main_window"_s, u"Show in the Main Window"_s),
-        Command::ShowInMainWindow, &BWThumbnailTableView::onShowInMainWindow);
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_compare"_s, u"Compare with the Live Image"_s),
-        Command::Compare, &BWThumbnailTableView::onCompare);
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_save_as"_s, u"Save as..."_s), Command::SaveAs,
-        &BWThumbnailTableView::onSaveAs);
-    m_makeMovie =
-        m_movieText.isEmpty() ? nullptr : add(m_movieText, Command::MakeMovie, &BWThumbnailTableView::onMakeMovie);
-    add(manager.text(u"thumbnail_table_view"_s, u"right_menu_trash"_s, u"Trash"_s), Command::Trash,
-        &BWThumbnailTableView::onTrash);
-}
-
-void BWThumbnailTableView::setMovieCommand(const QString &text, int leastElements)
-{
-    m_movieText = text;
-    m_leastForMovie = leastElements;
+    m_rightMenu->localizeWithManager(manager);
 }
 
 void BWThumbnailTableView::setEmptyNotice(const QString &iconName, const QString &text)
@@ -277,8 +241,20 @@ void BWThumbnailTableView::onSaveAs()
 void BWThumbnailTableView::onMakeMovie()
 {
     const auto indexes = m_handler->operationIndexes();
-    if (m_modelDelegate && indexes.size() >= m_leastForMovie)
+    if (m_modelDelegate && indexes.size() >= m_rightMenu->leastForMovie())
         m_modelDelegate->makeMovieOfIndexesOfModel(*this, indexes);
+}
+
+void BWThumbnailTableView::onCopy()
+{
+    if (const auto indexes = m_handler->operationIndexes(); m_modelDelegate && !indexes.isEmpty())
+        m_modelDelegate->copyIndexesOfModel(*this, indexes);
+}
+
+void BWThumbnailTableView::onReveal()
+{
+    if (const auto indexes = m_handler->operationIndexes(); m_modelDelegate && !indexes.isEmpty())
+        m_modelDelegate->revealIndexesOfModel(*this, indexes);
 }
 
 void BWThumbnailTableView::onTrash()
@@ -297,6 +273,12 @@ void BWThumbnailTableView::onCompare()
 {
     if (m_modelDelegate && focusIndex() >= 0)
         m_modelDelegate->compareIndexOfModel(*this, focusIndex());
+}
+
+void BWThumbnailTableView::onRename()
+{
+    if (m_modelDelegate && focusIndex() >= 0)
+        m_modelDelegate->renameIndexOfModel(*this, focusIndex());
 }
 
 void BWThumbnailTableView::performDoubleClickForIndex(int)

@@ -13,13 +13,12 @@
 #include <QWidget>
 
 class BWThumbnailCellPainter;
+class BWThumbnailMenu;
 class BWThumbnailTableModel;
 class BWThumbnailTableViewDataSource;
 class BWThumbnailTableViewDelegate;
 class BWThumbnailViewMouseEventHandler;
 class BWThumbnailRequests;
-class QAction;
-class QMenu;
 struct BWThumbnailDragItem;
 
 /// What an empty grid shows in its middle: an icon and a few words. Ignores the mouse. GUI thread.
@@ -60,9 +59,6 @@ public:
     BWThumbnailTableViewDataSource *dataSource() const { return m_dataSource; }
 
     void localizeWithManager(BWLocalizationManager &manager) override;
-    /// What makes movies of elements is called in the menu, and how many elements it needs at least. Before the texts are
-    /// localized.
-    void setMovieCommand(const QString &text, int leastElements);
     /// The text shown while there are no elements, below an icon (see BWIcons).
     void setEmptyNotice(const QString &iconName, const QString &text);
 
@@ -77,7 +73,7 @@ public:
     bool cellIsSelectedAtRow(int row, int column) const;
     /// A reload makes a new one.
     const std::shared_ptr<BWThumbnailViewMouseEventHandler> &mouseEventHandler() const { return m_handler; }
-    QMenu *rightMenu() const { return m_rightMenu; }
+    BWThumbnailMenu *rightMenu() const { return m_rightMenu; }
     int narrowestColumn() const;
     /// The size of the largest thumbnail, in screen pixels.
     QSize thumbnailPixelSize() const;
@@ -92,10 +88,13 @@ public:
     void onUnselectAll();
     void onSaveAs();
     void onMakeMovie();
+    void onCopy();
+    void onReveal();
     void onTrash();
     /// The element with the focus, however many are selected.
     void onShowInMainWindow();
     void onCompare();
+    void onRename();
     /// Opens the operation indexes; `index` is the clicked one.
     void performDoubleClickForIndex(int index);
     /// Drags files out, as copies. Returns when the drag is over.
@@ -128,7 +127,6 @@ protected:
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
 
 private:
-    void createRightMenu(BWLocalizationManager &manager);
     QSet<QUrl> elementsUnderMenu() const;
     void operateOn(const QSet<QUrl> &files);
     void renewHandler();
@@ -140,10 +138,7 @@ private:
     BWThumbnailTableViewDataSource *m_dataSource = nullptr;
     BWThumbnailTableModel *m_model;
     BWThumbnailNotice *m_notice;
-    QMenu *m_rightMenu;
-    QAction *m_makeMovie = nullptr; ///< in the menu
-    QString m_movieText;
-    int m_leastForMovie = 1;
+    BWThumbnailMenu *m_rightMenu;
     std::unique_ptr<BWThumbnailCellPainter> m_painter;
     std::unique_ptr<BWThumbnailRequests> m_requests;
     std::shared_ptr<BWThumbnailViewMouseEventHandler> m_handler;

@@ -11,6 +11,7 @@
 #include <QUrl>
 
 class BWThumbnailTableView;
+class QMenu;
 
 /// What a cell of a grid shows.
 struct BWThumbnailValue {
@@ -54,6 +55,13 @@ public:
     virtual void saveIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
     /// Makes movies of elements.
     virtual void makeMovieOfIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
+    /// To the clipboard.
+    virtual void copyIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
+    virtual void renameIndexOfModel(BWThumbnailTableView &view, int index) = 0;
+    /// In the desktop's file manager.
+    virtual void revealIndexesOfModel(BWThumbnailTableView &view, const QList<int> &indexes) = 0;
+    /// Fills a menu with the albums to which elements can move.
+    virtual void offerAlbumsForIndexesOfModel(BWThumbnailTableView &view, QMenu &menu, const QList<int> &indexes) = 0;
 };
 
 /// The rows of a grid of thumbnails and what its cells show. The grid asks for columns and rows once per reload, for cells

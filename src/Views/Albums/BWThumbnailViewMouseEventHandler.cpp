@@ -3,12 +3,12 @@
 
 #include "Utils/BWLogging.h"
 #include "Views/Albums/BWThumbnailDrag.h"
+#include "Views/Albums/BWThumbnailMenu.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
 
 #include <algorithm>
 #include <QGuiApplication>
-#include <QMenu>
 #include <QMouseEvent>
 #include <QStyleHints>
 #include <utility>

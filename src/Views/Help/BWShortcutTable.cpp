@@ -84,6 +84,7 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
     using Command = BWThumbnailKeyboard::Command;
     const QString click = manager.text(u"help_window"_s, u"click_key"_s, u"Click"_s);
     const QString doubleClick = manager.text(u"help_window"_s, u"double_click_key"_s, u"Double click"_s);
+    const QString rightClick = manager.text(u"help_window"_s, u"right_click_key"_s, u"Right click"_s);
     const QString wheel = manager.text(u"help_window"_s, u"wheel_key"_s, u"Wheel"_s);
     const QString middleButton = manager.text(u"help_window"_s, u"middle_button_key"_s, u"Middle button"_s);
     const QString hold = manager.text(u"help_window"_s, u"hold_key"_s, u"Hold"_s);
@@ -97,14 +98,18 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
     const BWShortcutSection::Shortcut trash{
         manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
         {key(Command::Trash), key(QKeySequence::Undo)}};
+    const BWShortcutSection::Shortcut more{manager.text(u"help_window"_s, u"more_commands_label"_s, u"More commands"_s),
+                                           {rightClick}};
     const BWShortcutSection image{
         manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s),
         {{plainText(manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s)),
           {click, key(Qt::Key_Space),
            manager.text(u"help_window"_s, u"camera_button_key"_s, u"Button on the camera"_s)}},
          {manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {with(Qt::ControlModifier, wheel)}},
-         {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s),
-          {wheel, middleButton + drag}}}};
+         {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s), {wheel, middleButton + drag}},
+         {manager.text(u"help_window"_s, u"copy_picture_label"_s, u"Copy the picture, as a snapshot would save it"_s),
+          {key(QKeySequence::Copy)}},
+         more}};
     const BWShortcutSection lastCapture{
         plainText(manager.text(u"main_menu"_s, u"last_capture_menu_item"_s, u"&Last capture"_s)),
         {step,
@@ -154,6 +159,10 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
           {key(Command::ShowInMainWindow)}},
          {manager.text(u"help_window"_s, u"compare_label"_s, u"Compare with the live image"_s),
           {key(Command::Compare)}},
+         {manager.text(u"help_window"_s, u"copy_label"_s, u"Copy files and picture"_s), {key(Command::Copy)}},
+         {manager.text(u"help_window"_s, u"rename_file_label"_s, u"Rename"_s), {key(Command::Rename)}},
+         {manager.text(u"help_window"_s, u"show_in_file_manager_label"_s, u"Show in the file manager"_s),
+          {key(Command::ShowInFileManager)}},
          {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s), {key(Command::SaveAs)}},
          {manager.text(u"help_window"_s, u"make_movie_label"_s, u"Smaller movie; movie of the pictures"_s),
           {key(Command::MakeMovie)}},

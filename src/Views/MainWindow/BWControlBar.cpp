@@ -57,6 +57,9 @@ BWControlBar::BWControlBar(const BWMainMenu &menu, QWidget *parent) : QWidget(pa
     connect(m_settingsButton, &QToolButton::clicked, this, &BWControlBar::settingsTriggered);
     connect(m_albumsButton, &QToolButton::clicked, this, &BWControlBar::albumsTriggered);
     connect(m_lastCaptureButton, &QToolButton::clicked, this, &BWControlBar::lastCaptureTriggered);
+    m_lastCaptureButton->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_lastCaptureButton, &QWidget::customContextMenuRequested, this,
+            [this](QPoint place) { Q_EMIT lastCaptureMenuRequested(m_lastCaptureButton->mapToGlobal(place)); });
 }
 
 void BWControlBar::makeControls()

@@ -64,6 +64,7 @@ Q_SIGNALS:
     void settingsTriggered();
     void albumsTriggered();
     void lastCaptureTriggered();
+    void lastCaptureMenuRequested(const QPoint &place); ///< of the screen
     void lastCaptureShown(bool shown);
 
 protected:

@@ -34,6 +34,19 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     m_helpMenu = bar->addMenu(QString());
 
     openAlbumFolder = add(m_fileMenu, u"Ctrl+O"_s);
+    m_fileMenu->addSeparator();
+    copyPicture = add(m_fileMenu, u"Ctrl+C"_s);
+    openFile = add(m_fileMenu);
+    showInFileManager = add(m_fileMenu, u"Ctrl+Shift+O"_s);
+    renameFile = add(m_fileMenu, u"F2"_s);
+    moveFile = m_fileMenu->addMenu(QString());
+    for (QAction *ofPicture : {copyPicture, showInFileManager, renameFile}) { // the other windows have them, too
+        ofPicture->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        window.addAction(ofPicture);
+    }
+    for (QAction *ofPicture : {copyPicture, openFile, showInFileManager, renameFile, moveFile->menuAction()})
+        ofPicture->setEnabled(false);
+    m_fileMenu->addSeparator();
     importOldSettings = add(m_fileMenu);
     m_fileMenu->addSeparator();
     quit = add(m_fileMenu, QKeySequence::Quit);
@@ -153,6 +166,12 @@ void BWMainMenu::localizeWithManager(BWLocalizationManager &manager)
     const auto set = [](QAction *action, const QString &text) { action->setText(text); };
     m_fileMenu->setTitle(manager.text(u"main_menu"_s, u"file_menu"_s, u"&File"_s));
     set(openAlbumFolder, manager.text(u"main_menu"_s, u"open_album_folder_menu_item"_s, u"&Open album folder"_s));
+    set(copyPicture, manager.text(u"main_menu"_s, u"copy_picture_menu_item"_s, u"&Copy picture"_s));
+    set(openFile, manager.text(u"main_menu"_s, u"open_file_menu_item"_s, u"Open with another &program"_s));
+    set(showInFileManager,
+        manager.text(u"main_menu"_s, u"show_in_file_manager_menu_item"_s, u"&Show in the file manager"_s));
+    set(renameFile, manager.text(u"main_menu"_s, u"rename_menu_item"_s, u"Re&name..."_s));
+    moveFile->setTitle(manager.text(u"main_menu"_s, u"move_menu"_s, u"&Move to album"_s));
     set(importOldSettings, manager.text(u"import"_s, u"menu_item"_s, u"&Import old settings..."_s));
     set(quit, manager.text(u"main_menu"_s, u"quit_menu_item"_s, u"&Quit"_s));
 

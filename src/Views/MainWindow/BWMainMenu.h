@@ -56,6 +56,11 @@ public:
     void showOpenWindows(const OpenWindows &windows);
 
     QAction *openAlbumFolder;
+    QAction *copyPicture;
+    QAction *openFile; ///< the next four: of an album, while it shows
+    QAction *showInFileManager;
+    QAction *renameFile;
+    QMenu *moveFile; ///< to another album; filled when it opens
     QAction *importOldSettings;
     QAction *quit;
     QAction *snapshot;
