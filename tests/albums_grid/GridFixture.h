@@ -3,6 +3,7 @@
 
 #include "BWManualClock.h"
 #include "FakeAlbum.h"
+#include "TouchScreen.h"
 #include "Views/Albums/BWThumbnailDrag.h"
 
 #include <QCoreApplication>
@@ -44,4 +45,5 @@ struct GridFixture {
     BWManualClock clock;
     FakeAlbum album;
     DragRecorder view;
+    TouchScreen screen{*view.viewport()};
 };

@@ -7,6 +7,7 @@
 
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QScrollBar>
 
 using namespace Qt::StringLiterals;
 
@@ -48,6 +49,12 @@ private:
         }
         case 'w': // wait
             return grid.clock.advance(std::chrono::milliseconds(number));
+        case 'a': // fingers laid down, and all lifted
+        case 'b':
+            return grid.screen.touch(u"%1%2,%3"_s.arg(step[0]).arg(place.x()).arg(place.y()));
+        case 'A':
+        case 'B':
+            return grid.screen.touch(step[0].toLower() + u"-"_s);
         case 'R':
             return grid.view.reloadData();
         default:
@@ -83,6 +90,14 @@ private Q_SLOTS:
         row("held on the selection", u"c3 w300 s5 w300 p3 w500 r3 w300"_s, Indexes{3, 4, 5}, Indexes{3, 4, 5}, none,
             Indexes{3, 4, 5});
         row("held beside it", u"c3 w300 p1 w500"_s, Indexes{3}, Indexes{1}, none, Indexes{1});
+        row("a tap selects", u"a3 A w300"_s, Indexes{3}, Indexes{3}, none, none);
+        row("two quick taps open", u"a3 A w200 a3 A w1000"_s, none, Indexes{3}, Indexes{3}, none);
+        row("two slow ones", u"a3 A w500 a3 A w300"_s, none, Indexes{3}, none, none);
+        row("a finger held a little", u"a3 w799 A w300"_s, Indexes{3}, Indexes{3}, none, none);
+        row("a long press is for the menu", u"a3 w800 A w300"_s, none, Indexes{3}, none, none);
+        row("two fingers do nothing, nor does one that bounces", u"a3 b5 A B w200 a3 A w1000"_s, none, none, none,
+            none);
+        row("but one that comes later", u"a3 b5 A B w250 a3 A w1000"_s, Indexes{3}, Indexes{3}, none, none);
         row("a reload forgets a click", u"c3 w100 R0 w1000"_s, none, none, none, none);
         row("a reload forgets a drag", u"p3 w100 R0 w1000 r3 w1000"_s, none, none, none, none);
         row("a reload within a double click", u"c3 R0 d3 w1000"_s, none, Indexes{3}, Indexes{3}, none);
@@ -102,6 +117,21 @@ private Q_SLOTS:
         for (int cell = 0; cell < 7; ++cell) // what a screen reader sees
             QCOMPARE(grid.view.selectionModel()->isSelected(grid.view.model()->index(cell / 2, cell % 2)),
                      handler->isSelected(cell));
+    }
+
+    void fingersScroll()
+    {
+        GridFixture grid(400);
+        const QScrollBar &bar = *grid.view.verticalScrollBar();
+        for (const QString &step : {u"a70,400"_s, u"a70,390"_s, u"a70,380"_s, u"a70,350"_s, u"a70,300"_s}) {
+            grid.screen.touch(step);
+            grid.clock.advance(std::chrono::milliseconds(10));
+        }
+        QTRY_COMPARE(bar.value(), 100);
+        grid.screen.touch(u"a-"_s);
+        QTRY_VERIFY(bar.value() > 200); // on by itself
+        act(grid, u"w1000"_s);
+        QCOMPARE(grid.view.mouseEventHandler()->operationIndexes(), Indexes());
     }
 
     void keyFollowsThePendingClick()

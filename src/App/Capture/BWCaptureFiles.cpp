@@ -58,10 +58,7 @@ void BWCaptureFiles::connectMenu()
     connect(menu.moveFile, &QMenu::aboutToShow, this,
             [this, &menu, &shown] { m_actions.offerAlbums(*menu.moveFile, {shown.file()}); });
     connect(menu.snapshot, &QAction::enabledChanged, this, &BWCaptureFiles::updateMenu);
-    BWCenteringClipView &view = m_parts.window.centeringClipView();
-    view.setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(&view, &QWidget::customContextMenuRequested, this,
-            [this, &view](QPoint place) { showViewMenu(view.mapToGlobal(place)); });
+    connect(menu.pictureMenu, &QMenu::aboutToShow, this, &BWCaptureFiles::fillPictureMenu);
     connect(&m_parts.window.controlBar(), &BWControlBar::lastCaptureMenuRequested, this,
             &BWCaptureFiles::showLastCaptureMenu);
     updateMenu();
@@ -116,18 +113,15 @@ void BWCaptureFiles::copy()
     });
 }
 
-void BWCaptureFiles::showViewMenu(QPoint place)
+/// A picture that is no file yet has no use for what is done with files.
+void BWCaptureFiles::fillPictureMenu()
 {
     const BWMainMenu &menu = m_parts.window.menu();
-    m_menu->clear();
-    m_menu->addAction(menu.copyPicture);
-    if (m_parts.lookBack.isActive()) {
-        m_menu->addActions({menu.openFile, menu.showInFileManager, menu.renameFile});
-        m_menu->addMenu(menu.moveFile);
-    } else {
-        m_menu->addActions({menu.snapshot, menu.freeze, menu.lastCapture});
+    for (QAction *ofFile : {menu.openFile, menu.showInFileManager, menu.renameFile, menu.moveFile->menuAction()}) {
+        menu.pictureMenu->removeAction(ofFile);
+        if (m_parts.lookBack.isActive())
+            menu.pictureMenu->insertAction(menu.pictureMenuFilesEnd, ofFile);
     }
-    m_menu->popup(place);
 }
 
 void BWCaptureFiles::showLastCaptureMenu(QPoint place)

@@ -52,7 +52,7 @@ private:
     void follow(const BWFileMoves::Result::File &file);
     void updateMenu();
     void copy();
-    void showViewMenu(QPoint place);
+    void fillPictureMenu();
     void showLastCaptureMenu(QPoint place);
 
     Parts m_parts;

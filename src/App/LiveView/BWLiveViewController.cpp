@@ -7,8 +7,8 @@
 #include "Views/MainWindow/BWControlBar.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
-#include "Views/MainWindow/BWTouchInput.h"
 #include "Views/Utils/BWDoubleButton.h"
+#include "Views/Utils/BWTouchInput.h"
 
 #include <algorithm>
 #include <QAction>

@@ -9,6 +9,7 @@
 #include "Views/Albums/BWThumbnailRequests.h"
 #include "Views/Albums/BWThumbnailTableModel.h"
 #include "Views/Albums/BWThumbnailTableViewDelegate.h"
+#include "Views/Albums/BWThumbnailTouch.h"
 #include "Views/Albums/BWThumbnailViewMouseEventHandler.h"
 #include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWIcons.h"
@@ -89,6 +90,7 @@ BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
     verticalHeader()->hide();
     verticalHeader()->setMinimumSectionSize(1);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    new BWThumbnailTouch(*this, clock); // a child
 }
 
 BWThumbnailTableView::~BWThumbnailTableView()

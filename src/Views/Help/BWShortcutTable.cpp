@@ -84,9 +84,10 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
     using Command = BWThumbnailKeyboard::Command;
     const QString click = manager.text(u"help_window"_s, u"click_key"_s, u"Click"_s);
     const QString doubleClick = manager.text(u"help_window"_s, u"double_click_key"_s, u"Double click"_s);
-    const QString rightClick = manager.text(u"help_window"_s, u"right_click_key"_s, u"Right click"_s);
     const QString wheel = manager.text(u"help_window"_s, u"wheel_key"_s, u"Wheel"_s);
     const QString middleButton = manager.text(u"help_window"_s, u"middle_button_key"_s, u"Middle button"_s);
+    const QString rightClick = manager.text(u"help_window"_s, u"right_click_key"_s, u"Right click"_s);
+    const QString longPress = manager.text(u"help_window"_s, u"long_press_key"_s, u"Long press"_s);
     const QString hold = manager.text(u"help_window"_s, u"hold_key"_s, u"Hold"_s);
     const QString drag = u'+' + manager.text(u"help_window"_s, u"drag_key"_s, u"Drag"_s);
     const QString arrows = manager.text(u"help_window"_s, u"arrow_keys"_s, u"Arrow keys"_s);
@@ -99,7 +100,7 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
         manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
         {key(Command::Trash), key(QKeySequence::Undo)}};
     const BWShortcutSection::Shortcut more{manager.text(u"help_window"_s, u"more_commands_label"_s, u"More commands"_s),
-                                           {rightClick}};
+                                           {rightClick, longPress}};
     const BWShortcutSection image{
         manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s),
         {{plainText(manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s)),

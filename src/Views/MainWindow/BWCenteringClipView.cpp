@@ -2,8 +2,8 @@
 #include "Views/MainWindow/BWCenteringClipView.h"
 
 #include "Model/LiveView/BWMeasuringGrid.h"
-#include "Views/MainWindow/BWTouchInput.h"
 #include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWTouchInput.h"
 
 #include <QAccessibleWidget>
 #include <QGuiApplication>
@@ -63,14 +63,15 @@ BWCenteringClipView::BWCenteringClipView(BWLiveRenderer &renderer, QWidget *pare
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     horizontalScrollBar()->setSingleStep(20);
     verticalScrollBar()->setSingleStep(20);
-    viewport()->ungrabGesture(Qt::PanGesture); // of any scroll area: two fingers would move the picture twice as far
     connect(m_touch, &BWTouchInput::touched, this, [this] {
         if (!clickCounts())
             m_touch->ignoreTap();
     });
     connect(m_touch, &BWTouchInput::panned, this, &BWCenteringClipView::panBy);
-    connect(m_touch, &BWTouchInput::tapped, this, [this] {
-        if (m_leftButtonClicks && !m_leftButtonClicks())
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_touch, &BWTouchInput::held, this, &QWidget::customContextMenuRequested);
+    connect(m_touch, &BWTouchInput::tapped, this, [this](QPointF at) {
+        if (viewport()->childAt(at.toPoint()) || (m_leftButtonClicks && !m_leftButtonClicks()))
             return;
         Q_EMIT mousePressed();
         viewport()->unsetCursor(); // no button will be released

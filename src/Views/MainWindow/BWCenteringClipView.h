@@ -14,7 +14,7 @@ class BWTouchInput;
 
 /// The live image, or what is shown in its place or beside it, in a scroll area. Draws what renderers make, one pixel to
 /// one, and lays it out as a BWScene says: centred where the image is smaller than the view. The scroll bars are those of
-/// the main picture.
+/// the main picture. A menu is asked for by customContextMenuRequested(), also by a finger that stays.
 class BWCenteringClipView : public QAbstractScrollArea {
     Q_OBJECT
 
@@ -56,7 +56,7 @@ public:
     /// Whether dragging, the wheel and the arrow keys move the reference alone instead of the whole scene.
     void setMovesReference(bool moves) { m_movesReference = moves; }
 
-    /// Fingers that pinch; those that move the image or tap it are seen to.
+    /// Fingers that pinch or point; those that move the image or tap it are seen to.
     BWTouchInput &touchInput() const { return *m_touch; }
     /// Queried at each press of the left button, which either clicks or drags the image.
     void setLeftButtonClicks(std::function<bool()> clicks) { m_leftButtonClicks = std::move(clicks); }

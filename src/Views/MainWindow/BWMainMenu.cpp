@@ -89,6 +89,8 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
 
     addComparison();
     measuring = new BWMeasuringMenu(*m_measureMenu, this);
+    pictureMenu = new QMenu(&window);
+    fillPictureMenu();
 
     cameraWindowMenuItem = add(m_panelsMenu);
     cameraWindowMenuItem->setCheckable(true);
@@ -151,6 +153,17 @@ void BWMainMenu::addComparison()
     saveComparison = add(m_comparisonMenu, u"Ctrl+Shift+E"_s);
     endComparison = add(m_comparisonMenu, u"Esc"_s);
     showComparison(false);
+}
+
+void BWMainMenu::fillPictureMenu()
+{
+    pictureMenu->addActions({snapshot, record, freeze, lastCapture});
+    pictureMenu->addSeparator();
+    pictureMenu->addAction(copyPicture);
+    pictureMenuFilesEnd = pictureMenu->addSeparator();
+    pictureMenu->addActions({actualSize, fitToWindow, rotate, flipHorizontally, flipVertically});
+    pictureMenu->addSeparator();
+    pictureMenu->addActions({grid, measuring->showTools, compare, fullScreen});
 }
 
 QAction *BWMainMenu::add(QMenu *menu, const QKeySequence &shortcut)

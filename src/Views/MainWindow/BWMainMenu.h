@@ -16,7 +16,8 @@ class QActionGroup;
 class QMainWindow;
 class QMenu;
 
-/// The menu bar of the main window. What an item does is up to whoever connects its action.
+/// The menus of the main window: those of its bar, and the one that opens on the picture. What an item does is up to
+/// whoever connects its action.
 class BWMainMenu : public QObject, public BWLocalizationManagerDelegate {
     Q_OBJECT
 
@@ -97,6 +98,8 @@ public:
     QAction *gridDebugger;
     QAction *registerDebugger;
     BWMeasuringMenu *measuring;
+    QMenu *pictureMenu; ///< what people do most, for those who have no keyboard at hand
+    QAction *pictureMenuFilesEnd; ///< behind its place for what is done with a file
 
 Q_SIGNALS:
     void cameraPicked(int index);
@@ -109,6 +112,7 @@ Q_SIGNALS:
 private:
     QAction *add(QMenu *menu, const QKeySequence &shortcut = {});
     void addComparison();
+    void fillPictureMenu();
 
     QMenu *m_fileMenu;
     QMenu *m_cameraMenu;

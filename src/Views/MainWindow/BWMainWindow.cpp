@@ -13,8 +13,8 @@
 #include "Views/MainWindow/BWSlidingBars.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
-#include "Views/MainWindow/BWTouchInput.h"
 #include "Views/Utils/BWAccessibility.h"
+#include "Views/Utils/BWTouchInput.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
@@ -22,6 +22,7 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QHoverEvent>
+#include <QMenu>
 #include <QMenuBar>
 #include <utility>
 
@@ -66,6 +67,8 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     connect(m_bars, &BWSlidingBars::keyboardReturned, this, [this] { m_clipView->setFocus(); });
     connect(m_offerStrip, &BWOfferStrip::keyboardReturned, this, [this] { m_clipView->setFocus(); });
     connect(m_bars, &BWSlidingBars::pointerShown, this, &BWMainWindow::showPointer);
+    connect(m_clipView, &QWidget::customContextMenuRequested, m_menu->pictureMenu,
+            [this](QPoint at) { m_menu->pictureMenu->popup(m_clipView->viewport()->mapToGlobal(at)); });
     connect(&m_clipView->touchInput(), &BWTouchInput::touched, this, [this](QPoint at) {
         constexpr int reach = 24; // points; fingers do not get to the very edge
         const QPoint place = m_clipView->viewport()->mapTo(m_content, at);

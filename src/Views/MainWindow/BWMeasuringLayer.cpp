@@ -5,12 +5,15 @@
 #include "Model/Measuring/BWMeasuringTool.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWRemarkField.h"
+#include "Views/Utils/BWTouchInput.h"
 
 #include <algorithm>
 #include <cmath>
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <utility>
@@ -20,6 +23,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double grabReach = 10; // points
+constexpr double fingerReach = BWTouchInput::fingerWidth / 2.0;
 
 bool isWhole(QPointF point)
 {
@@ -41,6 +45,11 @@ BWMeasuringLayer::BWMeasuringLayer(BWCenteringClipView &view)
         if (m_scaleBar)
             update();
     });
+    BWTouchInput &touch = view.touchInput();
+    connect(&touch, &BWTouchInput::touched, this, &BWMeasuringLayer::fingerLaid);
+    connect(&touch, &BWTouchInput::pointed, this, &BWMeasuringLayer::fingerPointsTo);
+    connect(&touch, &BWTouchInput::tapped, this, &BWMeasuringLayer::fingerTapped);
+    connect(&touch, &BWTouchInput::pointingEnded, this, &BWMeasuringLayer::fingerEnds);
     connect(&m_magnifier, &BWMagnifier::imageReady, this, qOverload<>(&QWidget::update));
     hide();
 }
@@ -129,11 +138,11 @@ QPointF BWMeasuringLayer::placeAt(QPointF position) const
     return toWidget()->inverted().map(isWhole(mapTo(window(), position) * ratio) ? position + half : position);
 }
 
-double BWMeasuringLayer::reach() const
+double BWMeasuringLayer::reach(double points) const
 {
     const QTransform all = *toWidget();
     const QPointF width = all.map(QPointF(1, 0)) - all.map(QPointF());
-    return grabReach / std::max(1.0, std::hypot(width.x(), width.y()));
+    return points / std::max(1.0, std::hypot(width.x(), width.y()));
 }
 
 /// Whether the exact place matters now.
@@ -194,7 +203,7 @@ void BWMeasuringLayer::followPointer()
 /// Beside the pointer, and so never under it.
 QRect BWMeasuringLayer::magnifierPlace(QPointF at) const
 {
-    constexpr int away = 28;
+    const int away = m_view.touchInput().isPointing() ? 52 : 28; // a finger hides more
     constexpr int size = BWMagnifier::size;
     const QPoint point = at.toPoint();
     const QRect room = mainClip();
@@ -216,7 +225,8 @@ void BWMeasuringLayer::mousePressEvent(QMouseEvent *event)
     if (!isOverMain(event->position()))
         return;
     m_usesKeys = false;
-    m_tool->press(placeAt(positionOf(*event)), reach(), event->modifiers() & Qt::ShiftModifier);
+    m_tool->press(placeAt(positionOf(*event)), reach(m_isFinger ? fingerReach : grabReach),
+                  event->modifiers() & Qt::ShiftModifier);
     if (m_tool->unfinished().points.size() == 2) // the first point and the one to come
         m_pressed = event->position();
     Q_EMIT edited();
@@ -261,9 +271,65 @@ void BWMeasuringLayer::mouseReleaseEvent(QMouseEvent *event)
     const bool wasDragged = pressed
         && (event->position() - *pressed).manhattanLength() > QGuiApplication::styleHints()->startDragDistance();
     if (wasDragged && kind && kind->mostPoints == 2 && m_tool->unfinished().points.size() == 2 && toWidget())
-        m_tool->press(placeAt(positionOf(*event)), reach(), event->modifiers() & Qt::ShiftModifier);
+        m_tool->press(placeAt(positionOf(*event)), reach(m_isFinger ? fingerReach : grabReach),
+                      event->modifiers() & Qt::ShiftModifier);
     m_tool->release();
     Q_EMIT edited();
+}
+
+/// A finger alone points: where the next point comes, or at one that it moves. Elsewhere it moves the picture.
+void BWMeasuringLayer::fingerLaid(QPoint at)
+{
+    m_takesFinger = m_active && toWidget() && m_view.viewport()->childAt(at) == this;
+    if (!m_takesFinger)
+        return;
+    m_fingerFrom = at;
+    const bool points =
+        isOverMain(at) && (!m_tool->kind().isEmpty() || m_tool->hasPointAt(placeAt(at), reach(fingerReach)));
+    m_view.touchInput().setFinger(points ? BWTouchInput::Finger::Points : BWTouchInput::Finger::Moves);
+}
+
+/// Nothing is set before the finger is lifted, as another one may come and pinch.
+void BWMeasuringLayer::fingerPointsTo(QPointF at)
+{
+    const bool picks = m_tool->kind().isEmpty();
+    if (picks && m_view.touchInput().isTap())
+        return;
+    if (picks && !m_tool->isMoving())
+        sendMouse(QEvent::MouseButtonPress, m_fingerFrom, Qt::LeftButton);
+    sendMouse(QEvent::MouseMove, at, picks ? Qt::LeftButton : Qt::NoButton);
+}
+
+void BWMeasuringLayer::fingerTapped(QPointF at, int count)
+{
+    if (!m_takesFinger || !m_active)
+        return;
+    if (count == 2)
+        sendMouse(QEvent::MouseButtonDblClick, at, Qt::LeftButton);
+    else if (!m_tool->isMoving())
+        sendMouse(QEvent::MouseButtonPress, at, Qt::LeftButton);
+    sendMouse(QEvent::MouseButtonRelease, at, Qt::NoButton);
+    leave();
+}
+
+void BWMeasuringLayer::fingerEnds()
+{
+    if (m_tool && m_tool->isMoving()) {
+        m_tool->cancel();
+        m_tool->release();
+        Q_EMIT edited();
+    }
+    leave();
+}
+
+void BWMeasuringLayer::sendMouse(QEvent::Type type, QPointF at, Qt::MouseButtons buttons)
+{
+    const auto button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+    QMouseEvent event(type, at, mapTo(window(), at), mapToGlobal(at), button, buttons,
+                      QGuiApplication::keyboardModifiers());
+    const QScopedValueRollback byFinger(m_isFinger,
+                                        true); // an event of the screen's own device would disturb its touches
+    QCoreApplication::sendEvent(this, &event);
 }
 
 void BWMeasuringLayer::keyPressEvent(QKeyEvent *event)
@@ -351,7 +417,7 @@ void BWMeasuringLayer::updateCursor()
         unsetCursor();
     else if (!m_tool->kind().isEmpty())
         setCursor(Qt::CrossCursor);
-    else if (toWidget() && m_tool->hasPointAt(m_tool->cursor(), reach()))
+    else if (toWidget() && m_tool->hasPointAt(m_tool->cursor(), reach(grabReach)))
         setCursor(m_tool->isMoving() ? Qt::ClosedHandCursor : Qt::OpenHandCursor);
     else
         unsetCursor();

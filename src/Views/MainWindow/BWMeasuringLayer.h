@@ -56,6 +56,12 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void fingerLaid(QPoint at);
+    void fingerPointsTo(QPointF at);
+    void fingerTapped(QPointF at, int count);
+    void fingerEnds();
+    void sendMouse(QEvent::Type type, QPointF at, Qt::MouseButtons buttons);
+
     /// From the picture to this widget; nothing while no picture shows.
     std::optional<QTransform> toWidget() const;
     QRect mainClip() const;
@@ -64,7 +70,7 @@ private:
     QPointF placeAt(QPointF position) const;
     void followPointer();
     void leave();
-    double reach() const;
+    double reach(double points) const;
     bool isPlacing() const;
     bool handleKey(const QKeyEvent &event);
     QPoint inPicture(QPoint direction) const;
@@ -84,6 +90,9 @@ private:
     bool m_active = false;
     bool m_scaleBar = false;
     bool m_pointerIsOver = false;
+    bool m_takesFinger = false; ///< that is down; its mouse is ours, and not Qt's
+    bool m_isFinger = false; ///< what sends mouse events now
+    QPointF m_fingerFrom; ///< where it came down
     bool m_pointerIsAside = false; ///< over the picture to compare with
     QPointF m_pointer; ///< on the screen
     QTransform m_paintedAt; ///< from the picture to the screen
