@@ -395,6 +395,10 @@ private Q_SLOTS:
         const int to = line() + 90;
         touch(bench, u"a%1,300 a%2,305 a-"_s.arg(line()).arg(to), {});
         QCOMPARE(line(), to);
+        const auto &slider = *bench.window.comparisonStrip().findChild<QSlider *>();
+        TouchScreen(slider).touch(u"a10,32 a%1,32 a-"_s.arg(slider.width() / 2)); // not on the handle
+        QVERIFY2(std::abs(slider.value() - 50) <= 2, qPrintable(QString::number(slider.value())));
+        QVERIFY(std::abs(line() - bench.view.viewport()->width() / 2) <= 20);
     }
 
     void keys()

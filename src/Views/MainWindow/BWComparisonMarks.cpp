@@ -4,6 +4,7 @@
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWCrispFrame.h"
+#include "Views/Utils/BWTouchInput.h"
 
 #include <algorithm>
 #include <QMouseEvent>
@@ -14,7 +15,7 @@ class BWDividerHandle : public QWidget {
     Q_OBJECT
 
 public:
-    static constexpr int width = 28; ///< even, so that the middle is a whole point
+    static constexpr int width = BWTouchInput::fingerWidth; // even, so that the middle is a whole point
 
     explicit BWDividerHandle(QWidget *parent) : QWidget(parent)
     {

@@ -4,12 +4,12 @@
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWControls.h"
 
 #include <QAction>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
-#include <QSlider>
 
 using namespace Qt::StringLiterals;
 
@@ -33,7 +33,7 @@ QWidget *separator(QWidget *parent)
 } // namespace
 
 BWComparisonStrip::BWComparisonStrip(const BWMainMenu &menu, QWidget *parent)
-    : BWPictureStrip(parent), m_menu(menu), m_slider(new QSlider(Qt::Horizontal, this))
+    : BWPictureStrip(parent), m_menu(menu), m_slider(new BWSlider(this))
 {
     const auto text = [](const QString &identifier, const QString &english) {
         return BWLocalizableString(u"comparison"_s, identifier, english);

@@ -71,7 +71,7 @@ BWNumericSettingViewController::BWNumericSettingViewController(BWLocalizationMan
     : BWSettingViewController(texts, parent),
       m_label(new BWResizingTextField),
       m_hint(new QLabel),
-      m_slider(new QSlider(Qt::Horizontal)),
+      m_slider(new BWSlider),
       m_textField(new BWClampingSpinBox)
 {
     m_label->setBuddy(m_slider);

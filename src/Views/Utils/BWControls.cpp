@@ -2,13 +2,17 @@
 #include "Views/Utils/BWControls.h"
 
 #include "Utils/BWUIUtils.h"
+#include "Views/Utils/BWTouchInput.h"
 
 #include <QEvent>
 #include <QFontInfo>
 #include <QFontMetrics>
+#include <QMouseEvent>
 #include <QPainter>
+#include <QPointingDevice>
 #include <QScopedValueRollback>
 #include <QStyleOptionButton>
+#include <QStyleOptionSlider>
 #include <QWidget>
 
 namespace {
@@ -165,4 +169,31 @@ void BWVerticallyCenteringTextFieldCell::paintEvent(QPaintEvent *event)
     QFrame::paintEvent(event); // NOLINT(bugprone-parent-virtual-call): QLabel would draw the text as well
     QPainter painter(this);
     drawInterior(painter, contentsRect());
+}
+
+BWSlider::BWSlider(QWidget *parent) : QSlider(Qt::Horizontal, parent)
+{
+    setMinimumHeight(BWTouchInput::fingerWidth);
+}
+
+/// A mouse that presses beside the handle goes on by a page.
+void BWSlider::mousePressEvent(QMouseEvent *event)
+{
+    if (event->device()->type() != QInputDevice::DeviceType::TouchScreen) {
+        QSlider::mousePressEvent(event);
+        return;
+    }
+    QStyleOptionSlider option;
+    initStyleOption(&option);
+    const auto handle = [&] {
+        return style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this);
+    };
+    const int length = handle().width();
+    setSliderPosition(QStyle::sliderValueFromPosition(minimum(), maximum(), event->pos().x() - length / 2,
+                                                      width() - length, option.upsideDown));
+    option.sliderPosition = sliderPosition();
+    const QPointF grip = QRectF(handle()).center();
+    QMouseEvent onHandle(event->type(), grip, mapToGlobal(grip), event->button(), event->buttons(), event->modifiers());
+    QSlider::mousePressEvent(&onHandle);
+    event->setAccepted(onHandle.isAccepted());
 }

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSizeF>
+#include <QSlider>
 #include <QWheelEvent>
 
 /// Keeps a widget's font at the size its owner set, or makes it smaller, down to 10 points, until the text fits. A member
@@ -99,6 +100,15 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     virtual void drawInterior(QPainter &painter, const QRectF &frame) const;
+};
+
+/// A slider that a finger drags from wherever it is laid down, as its handle is too small to be hit. GUI thread.
+class BWSlider : public QSlider {
+public:
+    explicit BWSlider(QWidget *parent = nullptr);
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
 };
 
 /// A pop-up menu that ignores the mouse wheel unless it is open. An accidental turn of the wheel would change too much:
