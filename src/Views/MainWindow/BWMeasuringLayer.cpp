@@ -281,9 +281,9 @@ void BWMeasuringLayer::mouseReleaseEvent(QMouseEvent *event)
 void BWMeasuringLayer::fingerLaid(QPoint at)
 {
     m_takesFinger = m_active && toWidget() && m_view.viewport()->childAt(at) == this;
+    m_fingerFrom.reset();
     if (!m_takesFinger)
         return;
-    m_fingerFrom = at;
     const bool points =
         isOverMain(at) && (!m_tool->kind().isEmpty() || m_tool->hasPointAt(placeAt(at), reach(fingerReach)));
     m_view.touchInput().setFinger(points ? BWTouchInput::Finger::Points : BWTouchInput::Finger::Moves);
@@ -293,10 +293,12 @@ void BWMeasuringLayer::fingerLaid(QPoint at)
 void BWMeasuringLayer::fingerPointsTo(QPointF at)
 {
     const bool picks = m_tool->kind().isEmpty();
+    if (!m_fingerFrom)
+        m_fingerFrom = at;
     if (picks && m_view.touchInput().isTap())
         return;
     if (picks && !m_tool->isMoving())
-        sendMouse(QEvent::MouseButtonPress, m_fingerFrom, Qt::LeftButton);
+        sendMouse(QEvent::MouseButtonPress, *m_fingerFrom, Qt::LeftButton);
     sendMouse(QEvent::MouseMove, at, picks ? Qt::LeftButton : Qt::NoButton);
 }
 

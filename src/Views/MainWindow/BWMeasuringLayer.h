@@ -92,7 +92,7 @@ private:
     bool m_pointerIsOver = false;
     bool m_takesFinger = false; ///< that is down; its mouse is ours, and not Qt's
     bool m_isFinger = false; ///< what sends mouse events now
-    QPointF m_fingerFrom; ///< where it came down
+    std::optional<QPointF> m_fingerFrom; ///< where one that points came down
     bool m_pointerIsAside = false; ///< over the picture to compare with
     QPointF m_pointer; ///< on the screen
     QTransform m_paintedAt; ///< from the picture to the screen
