@@ -41,7 +41,7 @@ BWComparisonStrip::BWComparisonStrip(const BWMainMenu &menu, QWidget *parent)
     m_slider->setRange(0, sliderSteps);
     m_slider->setFixedWidth(sliderWidth);
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(8, 5, 8, 5);
+    row->setContentsMargins(8, 3, 8, 3);
     row->setSpacing(3);
     row->addWidget(add(menu.compareSideBySide, text(u"side_by_side"_s, u"Side by side"_s)));
     row->addWidget(add(menu.compareOverlay, text(u"overlay"_s, u"Overlay"_s)));
