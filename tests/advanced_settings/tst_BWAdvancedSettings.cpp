@@ -57,7 +57,7 @@ struct Bench : ProductBench {
             if (label->isVisible() && label->text() == "automatic"_L1)
                 signs << u"hint"_s;
         }
-        if (part<QSpinBox>(setting)->palette().color(QPalette::Text).alpha() < 255)
+        if (part<QSpinBox>(setting)->palette().color(QPalette::Text) != window.palette().color(QPalette::Text))
             signs << u"dimmed"_s;
         if (part<QSlider>(setting)->toolTip().contains("Automatic white balance"_L1))
             signs << u"reason"_s;

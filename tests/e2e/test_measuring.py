@@ -406,8 +406,8 @@ class Measuring(ProgramTest):
             self.said(told)
 
         self.press("ctrl+1")
-        for keys, told in ((["shift+Left"], r"Position: \d+, \d+"), (point, "Length, points set: 1"),
-                           (right, r"Length: 1\.4[01]\d* mm, points set: 1"), (["Escape"], r"Position: \d+, \d+")):
+        for keys, told in ((["shift+Left"], r"Position: \d+, \d+"), (point, "Length, points: 1"),
+                           (right, r"Length: 1\.4[01]\d* mm, points: 1"), (["Escape"], r"Position: \d+, \d+")):
             self.press(*keys)
             self.said(told)
         self.press("Escape")
@@ -540,7 +540,7 @@ class Measuring(ProgramTest):
         self.desktop.input("mousemove", 30, 900, "key", "F11")
         wait_until("it fills the screen", self.fills_screen)
         self.desktop.input("key", "ctrl+1", *self.clicks(self.seen(drawn=True)[0], "A"))
-        self.said("Length, points set: 1")
+        self.said("Length, points: 1")
         self.press("Escape", "Escape")  # ends the line just begun, then the tool
         self.said("Select and move")
         for leaves in (False, True):  # from the tools to the strip, then from the full screen

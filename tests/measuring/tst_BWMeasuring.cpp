@@ -452,7 +452,7 @@ private Q_SLOTS:
         row("millimetres", 0.013, Unit::Millimetre, false, 1 / 0.013, u"1 mm"_s);
         row("metric units are one family", 0.0049, Unit::Centimetre, false, 0.2 / 0.0049, u"200 µm"_s);
         row("unless one is chosen", 0.0049, Unit::Centimetre, true, 0.2 / 0.0049, u"0.02 cm"_s);
-        row("chosen, and large", 0.21, Unit::Micrometre, true, 20 / 0.21, u"20000 µm"_s);
+        row("chosen, and large", 0.21, Unit::Micrometre, true, 20 / 0.21, u"20\u202f000 µm"_s);
         row("just reaches", 0.05, Unit::Millimetre, false, 100, u"5 mm"_s);
         row("centimetres", 0.21, Unit::Micrometre, false, 20 / 0.21, u"2 cm"_s);
         row("inches stay", 0.013, Unit::Inch, false, 0.05 * 25.4 / 0.013, u"0.05 in"_s);

@@ -276,8 +276,9 @@ private:
         if (scrolled ? widget.width() > parent->width() : !parent->rect().contains(widget.geometry()))
             fault(widget, u"sticks out of its parent: \"%1\""_s.arg(widget.accessibleName()));
         const auto over = [](const QWidget &one) {
-            const QList<QByteArray> onPurpose{"BWCenteringClipView", "BWFlashActionViewController", "BWAlbumNotice",
-                                              "BWMeasuringLayer", "BWThumbnailNotice"};
+            const QList<QByteArray> onPurpose{"BWCenteringClipView", "BWFlashActionViewController",
+                                              "BWAlbumNotice",       "BWDividerHandle",
+                                              "BWMeasuringLayer",    "BWThumbnailNotice"};
             return onPurpose.contains(one.metaObject()->className());
         };
         const auto siblings = parent->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);

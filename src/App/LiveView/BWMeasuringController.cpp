@@ -336,11 +336,13 @@ QString BWMeasuringController::described(const QString &name, const BWMeasuremen
 QString BWMeasuringController::placing() const
 {
     const BWMeasuringTool &tool = m_sheet->tool;
+    if (tool.awaitsText())
+        return {}; // its field has the keyboard and speaks for itself
     if (BWMeasurement unfinished = tool.unfinished(); !unfinished.points.isEmpty()) {
-        const qsizetype set = unfinished.points.size() - (tool.awaitsText() ? 0 : 1);
+        const qsizetype set = unfinished.points.size() - 1;
         if (unfinished.points.last() == unfinished.points[set - 1])
             unfinished.points.resize(set); // no next one yet
-        return m_parts.texts.text(u"measuring"_s, u"placing"_s, u"%1, points set: %2"_s)
+        return m_parts.texts.text(u"measuring"_s, u"placing"_s, u"%1, points: %2"_s)
             .arg(described(m_menu.toolName(), unfinished))
             .arg(set);
     }

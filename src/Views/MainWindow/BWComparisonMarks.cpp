@@ -40,6 +40,15 @@ protected:
             Q_EMIT draggedTo(mapToParent(event->pos()).x() - m_grip);
     }
 
+    /// Wide enough for a finger at the knob alone: beside the line, the picture is within reach, to be measured.
+    void resizeEvent(QResizeEvent *) override
+    {
+        constexpr int besideLine = 5; // points
+        const QRect knob(0, (height() - width) / 2, width, width);
+        setMask(QRegion(rect().adjusted(width / 2 - besideLine, 0, besideLine - width / 2, 0))
+                + QRegion(knob, QRegion::Ellipse));
+    }
+
     /// A light line with dark edges, equally wide, can be seen on any picture.
     void paintEvent(QPaintEvent *) override
     {

@@ -6,6 +6,7 @@
 #include "Views/MainWindow/BWMagnifier.h"
 
 #include <optional>
+#include <QEvent>
 #include <QTransform>
 #include <QWidget>
 
@@ -14,7 +15,8 @@ class BWMeasuringTool;
 class BWRemarkField;
 
 /// Lies over the picture and shows what was measured in it. While it is active it takes mouse and keys and hands them to a
-/// tool. Beside a picture to compare with it keeps to the main picture's part. Hidden while there is nothing to show or to do; then it costs nothing. GUI thread.
+/// tool. Beside a picture to compare with it keeps to the main picture's part. Hidden while there is nothing to show or to
+/// do; then it costs nothing. GUI thread.
 class BWMeasuringLayer : public QWidget {
     Q_OBJECT
 
