@@ -281,8 +281,11 @@ private Q_SLOTS:
         QTRY_VERIFY(!bench.said.isEmpty());
         QVERIFY2(bench.said[0].startsWith(file.fileName() + u": "_s + said), qPrintable(bench.said[0]));
         ::setfsuid(::geteuid());
-        if (what == "in the Trash")
+        if (what == "in the Trash") {
             QVERIFY(QFile::rename(other, file.toLocalFile()));
+            const QUrl later = inAlbum(2, jpeg()); // is noticed after the way there and back
+            QTRY_VERIFY(bench.contents.files(BWMediaType::Image).contains(later));
+        }
         QCOMPARE(TestFolder::read(file), before);
         ::chmod(path.constData(), 0666);
         ::chmod(album.constData(), 0755);

@@ -35,8 +35,8 @@ PRESSED = {"push button", "toggle button", "check box", "radio button", "menu it
 
 
 class Monkey:
-    """Its answers to step() say what it has done. The seed and the step's number alone decide, and what is there to be
-    pressed: a step that found less than the last time changes none of those after it."""
+    """Its answers to step() say what it has done. The number it was given and that of the step alone decide, and what is
+    there to be pressed: a step that found less than the last time changes none of those after it."""
 
     def __init__(self, desktop, command, seed):
         self.desktop, self.command, self.seed = desktop, command, seed

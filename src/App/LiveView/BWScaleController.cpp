@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr double longNotice = 5; // seconds
+constexpr double scaleNotice = 5; // seconds
 
 /// In which lengths of a picture read best.
 BWLengthUnit unitOf(const BWCalibration &calibration)
@@ -168,7 +168,7 @@ void BWScaleController::pick(int index)
                           u"“%1” was made in pictures of another size or shape. Please check it with something whose "
                           "length you know."_s)
                     .arg(picked.name),
-                longNotice);
+                scaleNotice);
         return;
     }
     m_calibrations.choose(productIdentifier(), picked.name);
@@ -213,7 +213,7 @@ void BWScaleController::calibrate(const QList<BWCalibrationDialog::Line> &lines)
         m_parts.statusLine.showForAMoment(
             m_parts.texts.text(u"measuring"_s, u"calibrate_first"_s,
                                u"First lay a line over something whose length you know"_s),
-            longNotice);
+            scaleNotice);
         return;
     }
     const QString product = productIdentifier();
@@ -275,5 +275,5 @@ void BWScaleController::say(bool hasMeasurements) const
         said =
             texts.text(u"measuring"_s, u"scale_changed"_s, u"The scale is now “%1”; existing measurements follow it"_s)
                 .arg(used);
-    m_parts.statusLine.showForAMoment(said, longNotice);
+    m_parts.statusLine.showForAMoment(said, scaleNotice);
 }

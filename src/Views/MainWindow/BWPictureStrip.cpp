@@ -9,7 +9,7 @@
 
 namespace {
 constexpr int stripDistance = 11; // from the edges of the picture
-constexpr double frameShare = 0.25; // of the text colour
+constexpr double stripFrameShare = 0.25; // of the text colour
 } // namespace
 
 QSize BWStripButton::sizeHint() const
@@ -67,7 +67,7 @@ void BWPictureStrip::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const BWCrispFrame frame(painter, rect());
-    painter.setPen(QPen(BWColors::line(palette(), frameShare), frame.width));
+    painter.setPen(QPen(BWColors::line(palette(), stripFrameShare), frame.width));
     painter.setBrush(palette().color(QPalette::Window));
     painter.drawRoundedRect(frame.rect, radius, radius);
 }
