@@ -127,8 +127,12 @@ void BWFlashActionViewController::setDetails(const QString &details)
 {
     if (details == m_picture.details())
         return;
+    const QSize size = m_picture.size();
     m_picture.setDetails(details);
-    pictureChanged();
+    if (m_picture.size() != size)
+        m_fading = {};
+    m_steady = {};
+    place();
 }
 
 void BWFlashActionViewController::flashOnce()
@@ -218,10 +222,10 @@ void BWFlashActionViewController::paintEvent(QPaintEvent *event)
     if (!std::exchange(m_requested, false) && event->rect().contains(fadingRect()))
         m_paintedByOthers = true;
     const double ratio = devicePixelRatioF();
-    if (m_steady.isNull() || m_steady.devicePixelRatio() != ratio) {
+    if (m_steady.isNull() || m_steady.devicePixelRatio() != ratio)
         m_steady = m_picture.steadyPart(ratio);
+    if (m_fading.isNull() || m_fading.devicePixelRatio() != ratio)
         m_fading = m_picture.fadingPart(ratio);
-    }
     m_drawn = pillRect();
     QPainter painter(this);
     drawBWPixmap(painter, m_drawn.topLeft(), m_steady);

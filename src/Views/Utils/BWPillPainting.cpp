@@ -71,12 +71,14 @@ void BWFlashPicture::setCaption(Sign sign, const QString &caption)
     m_caption = caption;
     m_details.clear();
     m_detailsWidth = 0;
+    measure();
 }
 
 void BWFlashPicture::setDetails(const QString &details)
 {
     m_details = details;
     m_detailsWidth = std::max(m_detailsWidth, QFontMetrics(m_detailsFont).horizontalAdvance(details));
+    measure();
 }
 
 void BWFlashPicture::setFont(const QFont &font)
@@ -94,57 +96,51 @@ int BWFlashPicture::signWidth() const
     return QFontMetrics(m_captionFont).ascent() * 3 / 4;
 }
 
-int BWFlashPicture::captionEnd() const
+void BWFlashPicture::measure()
 {
-    return pillSidePadding + signWidth() + signGap + QFontMetrics(m_captionFont).horizontalAdvance(m_caption);
-}
-
-QSize BWFlashPicture::size() const
-{
+    const QFontMetrics caption(m_captionFont);
+    m_captionEnd = pillSidePadding + signWidth() + signGap + caption.horizontalAdvance(m_caption);
     const int details = m_details.isEmpty() ? 0 : detailsGap + m_detailsWidth;
-    const int height = std::max(QFontMetrics(m_captionFont).height(), QFontMetrics(m_detailsFont).height());
-    return {captionEnd() + details + pillSidePadding, height + 2 * pillEndPadding};
+    const int height = std::max(caption.height(), QFontMetrics(m_detailsFont).height());
+    m_size = {m_captionEnd + details + pillSidePadding, height + 2 * pillEndPadding};
 }
 
 /// Sign, caption and details follow each other in the direction of reading.
 QRect BWFlashPicture::placed(int left, int width) const
 {
-    const QSize whole = size();
-    return QStyle::visualRect(QGuiApplication::layoutDirection(), QRect(QPoint(), whole),
-                              QRect(left, 0, width, whole.height()));
+    return QStyle::visualRect(QGuiApplication::layoutDirection(), QRect(QPoint(), m_size),
+                              QRect(left, 0, width, m_size.height()));
 }
 
 QRect BWFlashPicture::fadingRect() const
 {
-    return placed(0, m_sign == Sign::Record ? captionEnd() + 1 : size().width());
+    return placed(0, m_sign == Sign::Record ? m_captionEnd + 1 : m_size.width());
 }
 
 QPixmap BWFlashPicture::steadyPart(double ratio) const
 {
-    QPixmap pixmap = emptyPixmap(size(), ratio);
+    QPixmap pixmap = emptyPixmap(m_size, ratio);
     if (m_sign != Sign::Record)
         return pixmap;
     QPainter painter(&pixmap);
-    const QSize whole = size();
-    drawBWPill(painter, QRect(QPoint(), whole));
+    drawBWPill(painter, QRect(QPoint(), m_size));
     painter.setFont(m_detailsFont);
     painter.setPen(bwPillTextColor);
-    painter.drawText(placed(captionEnd() + detailsGap, m_detailsWidth), Qt::AlignVCenter, m_details);
+    painter.drawText(placed(m_captionEnd + detailsGap, m_detailsWidth), Qt::AlignVCenter, m_details);
     return pixmap;
 }
 
 QPixmap BWFlashPicture::fadingPart(double ratio) const
 {
-    QPixmap pixmap = emptyPixmap(size(), ratio);
+    QPixmap pixmap = emptyPixmap(m_size, ratio);
     QPainter painter(&pixmap);
-    const QSize whole = size();
     if (m_sign != Sign::Record)
-        drawBWPill(painter, QRect(QPoint(), whole));
+        drawBWPill(painter, QRect(QPoint(), m_size));
     drawSign(painter);
     painter.setFont(m_captionFont);
     painter.setPen(bwPillTextColor);
     const int left = pillSidePadding + signWidth() + signGap;
-    painter.drawText(placed(left, captionEnd() - left), Qt::AlignVCenter, m_caption);
+    painter.drawText(placed(left, m_captionEnd - left), Qt::AlignVCenter, m_caption);
     return pixmap;
 }
 
@@ -153,7 +149,7 @@ void BWFlashPicture::drawSign(QPainter &painter) const
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const double side = signWidth();
-    const QRectF box(placed(pillSidePadding, signWidth()).left(), (size().height() - side) / 2, side, side);
+    const QRectF box(placed(pillSidePadding, signWidth()).left(), (m_size.height() - side) / 2, side, side);
     if (m_sign == Sign::Record) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(recordColor);

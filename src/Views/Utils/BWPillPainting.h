@@ -7,6 +7,7 @@
 #include <QPixmap>
 #include <QRect>
 #include <QRectF>
+#include <QSize>
 #include <QString>
 
 class QPainter;
@@ -48,7 +49,7 @@ public:
     const QString &caption() const { return m_caption; }
     const QString &details() const { return m_details; }
 
-    QSize size() const;
+    QSize size() const { return m_size; }
     /// The area of the fading part, relative to the pill's corner.
     QRect fadingRect() const;
 
@@ -57,8 +58,8 @@ public:
     QPixmap fadingPart(double ratio) const;
 
 private:
+    void measure();
     int signWidth() const;
-    int captionEnd() const;
     QRect placed(int left, int width) const;
     void drawSign(QPainter &painter) const;
 
@@ -68,4 +69,6 @@ private:
     QFont m_captionFont;
     QFont m_detailsFont;
     int m_detailsWidth = 0;
+    int m_captionEnd = 0;
+    QSize m_size; // kept, as it is asked for with each frame of the picture below
 };
