@@ -113,11 +113,12 @@ void packedToJpegPlanes(const BWFrameInfo &info, const Packed &format, BWYuvPlan
     const int pairs = planes.chromaWidth() * 2;
     thread_local std::vector<uint8_t> full;
     full.resize(static_cast<std::size_t>(pairs) * 2);
+    uint8_t *const stretchedRow = full.data(); // looked up once: in a library that costs a call
     for (int row = 0; row < info.height; ++row) {
         const uint8_t *from = plane.data + static_cast<std::ptrdiff_t>(row) * plane.stride;
         if (info.range == BWColorRange::Limited) {
-            run<stretchPairs>(from, full.data(), pairs, format.even, format.odd);
-            from = full.data();
+            run<stretchPairs>(from, stretchedRow, pairs, format.even, format.odd);
+            from = stretchedRow;
         }
         format.unpack(from, plane.stride, planes.y(row), planes.stride(), planes.u(row), planes.chromaStride(),
                       planes.v(row), planes.chromaStride(), info.width, 1);
