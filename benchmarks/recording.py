@@ -18,20 +18,29 @@ LONG_KIND = Kind(1920, 1080, 30, "MJPEG")
 
 
 def measure_recording(stage):
-    seconds = 3 if stage.quick else 30
-    stage.head(f"Recording for {seconds} s while the image is shown", "CPU milliseconds for each frame of the camera.")
+    """All take turns and the medians count, so that other load affects them alike."""
+    rounds, seconds = (1, 3) if stage.quick else (3, 10)
+    stage.head(f"Recording for {seconds} s while the image is shown",
+               f"CPU milliseconds for each frame of the camera, median of {rounds}.")
     rows = []
     for kind in KINDS:
-        shown, recorded, missing = cost_of_ours(stage, kind, seconds)
-        adds = recorded - shown
-        encode = stage.encode_alone(kind) if kind.format == "YUYV" else None
-        if encode:
-            stage.results.add(f"recording adds, {title(kind)}, to encode", adds / encode)
+        ours, encodes = [], []
+        for _ in range(rounds):
+            ours.append(cost_of_ours(stage, kind, seconds))
+            if kind.format == "YUYV":
+                encodes.append(stage.encode_alone(kind, seconds))
+        adds = statistics.median(recorded - shown for shown, recorded, _ in ours)
+        missing = sum(missing for *_, missing in ours)
+        if encodes:
+            ratios = [(recorded - shown) / encode for (shown, recorded, _), encode in zip(ours, encodes)]
+            stage.results.add(f"recording adds, {title(kind)}, to encode", statistics.median(ratios))
         else:
             stage.results.add(f"recording adds, {title(kind)}", adds)
         stage.results.add("frames missing in a movie", missing)
+        shown, recorded, _ = map(statistics.median, zip(*ours))
         rows.append([title(kind), f"{shown:.1f}", f"{recorded:.1f}", f"{adds:+.1f}", missing,
-                     f"{encode:.1f}" if encode else "", "" if stage.quick else f"{cost_of_ffmpeg(stage, kind, seconds):.1f}"])
+                     f"{statistics.median(encodes):.1f}" if encodes else "",
+                     "" if stage.quick else f"{cost_of_ffmpeg(stage, kind, seconds):.1f}"])
         stage.progress(*rows[-1])
     stage.table(table(["30 frames a second", "shown", "shown and recorded", "recording adds", "frames missing",
                        "TurboJPEG alone", "ffmpeg, only recording"], rows))

@@ -14,7 +14,6 @@ from program_run import Run, cpu_seconds
 
 US = "brimwellpro"
 LOOP_FRAMES = 60  # of the movies that our program repeats
-ALONE_RUNS = 3  # the median counts: they are short
 
 
 class Stage:
@@ -57,15 +56,16 @@ class Stage:
 
     def decode_alone(self, kind):
         """CPU milliseconds for each frame of an MJPEG movie."""
-        return self._alone("decode", self.media.pictures(kind), 20)
+        return self._alone(3, "decode", self.media.pictures(kind), 20)
 
-    def encode_alone(self, kind):
+    def encode_alone(self, kind, seconds):
         """CPU milliseconds for each frame of a YUYV movie, at its rate: after a pause, a processor takes longer."""
-        return self._alone("encode", self.media.raw_frames(kind), kind.width, kind.height, 2 * kind.rate, kind.rate)
+        return self._alone(1, "encode", self.media.raw_frames(kind), kind.width, kind.height, seconds * kind.rate, kind.rate)
 
-    def _alone(self, what, *arguments):
+    def _alone(self, times, what, *arguments):
+        """The median of so many runs."""
         command = [self.build / f"benchmarks/bw_bench_{what}", *map(str, arguments)]
-        runs = [subprocess.run(command, capture_output=True, text=True, check=True).stdout for _ in range(ALONE_RUNS)]
+        runs = [subprocess.run(command, capture_output=True, text=True, check=True).stdout for _ in range(times)]
         return statistics.median(found["cpu_ms"] / found["frames"] for found in map(numbers, runs))
 
     def head(self, heading, text):
