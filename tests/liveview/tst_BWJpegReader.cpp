@@ -2,6 +2,7 @@
 #include "Rows.h"
 #include "TestJpeg.h"
 
+#include "Model/LiveView/BWJpegCut.h"
 #include "Model/LiveView/BWJpegReader.h"
 
 #include <QTest>
@@ -109,6 +110,64 @@ private Q_SLOTS:
                 QVERIFY2(found.pixels == whole.pixels.copy(found.area),
                          qPrintable(QString::asprintf("1/%d, part %d", divisor, i)));
             }
+        }
+    }
+
+    void cut_data()
+    {
+        const Rows<TestJpeg::Options, bool> row;
+        row("4:2:0", {2, 2}, true);
+        row("4:4:4", {1, 1}, true);
+        row("grey", {1, 1, true}, true);
+        row("no Huffman tables", {2, 1, false, 0, false, false}, true);
+        row("grey with needless factors", {2, 2, true}, false);
+        row("restart markers", {2, 1, false, 1}, false);
+        row("progressive", {2, 2, false, 0, true}, false);
+    }
+    void cut() // what costs little, and not only looks right
+    {
+        const auto [options, possible] = Rows<TestJpeg::Options, bool>::current();
+        QByteArray jpeg = TestJpeg::encode(TestJpeg::noise({200, 160}, 1), options);
+        BWJpegCut cut;
+        const auto make = [&](int rows, bool checked) {
+            jpeg_decompress_struct info{};
+            jpeg_error_mgr errors{};
+            info.err = jpeg_std_error(&errors);
+            jpeg_create_decompress(&info);
+            jpeg_mem_src(&info, bytesOf(jpeg), static_cast<unsigned long>(jpeg.size()));
+            jpeg_read_header(&info, TRUE);
+            const bool made = cut.make(info, bytesOf(jpeg), std::size_t(jpeg.size()), rows, checked);
+            jpeg_destroy_decompress(&info);
+            return made;
+        };
+        QCOMPARE(make(3, false), possible);
+        QCOMPARE(make(3, true), possible);
+        QVERIFY(!make(0, false) && !make(20, false));
+        jpeg.insert(jpeg.size() - 2, "xx");
+        QVERIFY(!make(3, true));
+        jpeg.truncate(jpeg.size() / 2);
+        QCOMPARE(make(3, false), possible);
+        QVERIFY(!make(3, true) && !make(15 / options.vertical, false));
+    }
+
+    void damagedBits() // whatever they look like, a part shows what the whole picture does
+    {
+        const QSize size(160, 160);
+        const QByteArray jpeg = TestJpeg::encode(TestJpeg::noise(size, 1), {2, 1});
+        const auto seed = std::random_device()();
+        std::mt19937 random(seed);
+        BWJpegReader reader;
+        for (int i = 0; i < 300; ++i) {
+            QByteArray damaged = jpeg;
+            const auto place = qsizetype(700 + random() % unsigned(jpeg.size() - 700));
+            damaged[place] = static_cast<char>(damaged[place] ^ 1 << random() % 8);
+            const int top = int(random() % 140);
+            const Part whole = read(reader, damaged, 1, {0, 0, 160, 160});
+            const Part part = read(reader, damaged, 1, {40, top, 60, 20}, i % 2 == 0);
+            const int rows = std::min(part.goodRows, whole.goodRows - part.area.y());
+            const QRect seen(part.area.x(), part.area.y(), part.area.width(), rows);
+            QVERIFY2(rows <= 0 || part.pixels.copy(0, 0, seen.width(), rows) == whole.pixels.copy(seen),
+                     qPrintable(QString::asprintf("seed %u, round %d", unsigned(seed), i)));
         }
     }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/LiveView/BWJpegReader.h"
 
+#include "Model/LiveView/BWJpegCut.h"
+
 #include <algorithm>
 #include <array>
 #include <csetjmp>
@@ -132,6 +134,8 @@ struct BWJpegReader::Decoder {
     PictureMemory memory;
     Errors errors{};
     jpeg_decompress_struct info{};
+    jpeg_source_mgr *memorySource = nullptr;
+    BWJpegCut cut;
     bool created = false;
 };
 
@@ -144,9 +148,13 @@ bool BWJpegReader::open(const uint8_t *bytes, std::size_t length)
     if (!m_decoder)
         m_decoder = std::make_unique<Decoder>();
     jpeg_decompress_struct &info = m_decoder->info;
+    m_bytes = bytes;
+    m_length = length;
     const bool opened = bytes && m_decoder->created && m_decoder->attempt([&] {
         jpeg_abort_decompress(&info);
+        info.src = m_decoder->memorySource;
         jpeg_mem_src(&info, bytes, length);
+        m_decoder->memorySource = info.src;
         jpeg_read_header(&info, TRUE);
     });
     if (!opened)
@@ -179,8 +187,17 @@ int BWJpegReader::read(const QRect &part, int divisor, uint8_t *pixels, int stri
 {
     jpeg_decompress_struct &info = m_decoder->info;
     int rows = 0;
+    const int blockHeight = info.max_v_samp_factor * DCTSIZE / divisor;
+    const bool reachesEnd = part.y() + part.height() == size(divisor).height();
+    const bool cut =
+        part.y() > 0 && m_decoder->cut.make(info, m_bytes, m_length, part.y() / blockHeight, toTheEnd || reachesEnd);
     const auto row = [&](int index) { return pixels + index * static_cast<std::ptrdiff_t>(stride); };
     const bool whole = m_decoder->attempt([&] {
+        if (cut) {
+            jpeg_abort_decompress(&info);
+            info.src = &m_decoder->cut.source();
+            jpeg_read_header(&info, TRUE);
+        }
         info.scale_num = 1;
         info.scale_denom = static_cast<unsigned>(divisor);
         info.out_color_space = JCS_EXT_BGRA;
@@ -190,7 +207,7 @@ int BWJpegReader::read(const QRect &part, int divisor, uint8_t *pixels, int stri
         auto left = static_cast<JDIMENSION>(part.x());
         auto width = static_cast<JDIMENSION>(part.width());
         jpeg_crop_scanline(&info, &left, &width);
-        if (part.y() > 0)
+        if (part.y() > 0 && !cut)
             jpeg_skip_scanlines(&info, static_cast<JDIMENSION>(part.y()));
         while (rows < part.height()) {
             std::array<JSAMPROW, MAX_SAMP_FACTOR> target{};
@@ -199,9 +216,11 @@ int BWJpegReader::read(const QRect &part, int divisor, uint8_t *pixels, int stri
                 target[static_cast<std::size_t>(i)] = row(rows + i);
             rows += static_cast<int>(jpeg_read_scanlines(&info, target.data(), static_cast<JDIMENSION>(count)));
         }
+        if (cut)
+            return; // what is below has been looked at
         if (toTheEnd && info.output_scanline < info.output_height) {
             // Up to the last row of blocks, because libjpeg does not look at the data when it may skip all.
-            const auto block = static_cast<JDIMENSION>(info.max_v_samp_factor * DCTSIZE / divisor);
+            const auto block = static_cast<JDIMENSION>(blockHeight);
             const JDIMENSION last = (info.output_height - 1) / block * block;
             if (last > info.output_scanline)
                 jpeg_skip_scanlines(&info, last - info.output_scanline);

@@ -9,7 +9,8 @@
 
 /// Decodes parts of JPEG pictures to 32-bit pixels (bytes B G R A, A opaque). One thread at a time.
 ///
-/// A part costs the Huffman decoding of what lies above and beside it, but no more; what lies below it is not looked at.
+/// A part costs a walk through what lies above it, the Huffman decoding of what lies beside it, and no more; what lies
+/// below it is not looked at.
 /// Each pixel is the same in whatever part it is decoded, because colour is not interpolated between blocks. Huffman
 /// tables may be missing, as cameras leave them out.
 class BWJpegReader {
@@ -36,4 +37,6 @@ public:
 private:
     struct Decoder;
     std::unique_ptr<Decoder> m_decoder; // made when it is needed
+    const uint8_t *m_bytes = nullptr; // of the open picture
+    std::size_t m_length = 0;
 };
