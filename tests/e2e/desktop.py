@@ -168,7 +168,13 @@ class Desktop:
         subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, stdin=subprocess.DEVNULL, check=True)
 
     def click(self, x, y):
-        self.input("mousemove", x, y, "click", 1)
+        self.input(*self.clicking(x, y))
+
+    @staticmethod
+    def clicking(x, y):
+        """A click of which the program hears before any key that follows. The window manager looks at each click first, and
+        keys do not wait for that; the pointer does, which is why it moves a little afterwards."""
+        return "mousemove", x, y, "click", 1, "mousemove", "--sync", x + 1, y
 
     def key(self, keys):
         self.input("key", "--clearmodifiers", keys)

@@ -186,7 +186,7 @@ class Measuring(ProgramTest):
                    for (x, y), want in zip(seen.values(), wanted))
 
     def clicks(self, seen, names):
-        return [part for name in names for part in ("mousemove", *map(int, seen[name]), "click", 1)]
+        return [part for name in names for part in self.desktop.clicking(*map(int, seen[name]))]
 
     def results(self):
         tree = self.program.find("tree", "Results")
