@@ -3,11 +3,13 @@
 """The album window of the real program, used by mouse and keyboard, beside other programs: a file manager takes what is
 dragged, the desktop's own tool lists the Trash, unzip reads the archive.
 
-usage: test_albums.py PROGRAM
+usage: test_albums.py PROGRAM SLOW_DISK
 """
 
 import subprocess
 import sys
+import tempfile
+from pathlib import Path
 
 from desktop import wait_until
 from live_image import alike, colours
@@ -281,8 +283,49 @@ class Albums(ProgramTest):
         self.program.quit()
 
 
+class TwoDisks(ProgramTest):
+    """Another album, on a disk of its own that takes its time."""
+
+    def test_move(self):
+        def move():
+            self.program.wait_for("image", f"{picture.name}, 1 of 1")
+            self.desktop.key("alt+f")
+            self.program.click("menu item", "Move to album")
+            self.program.click("menu item", other.name)
+            self.program.wait_for("dialog", "Move to album")
+            wait_until("some of it is there", lambda: any(part.stat().st_size for part in other.iterdir()))
+            wait_until("one sees how far it has come", lambda: self.program.find("progress bar", None).value > 0)
+
+        other = Path(self.enterContext(tempfile.TemporaryDirectory(dir="/dev/shm")))
+        self.make_pictures("640x480")
+        for too_many in list(self.album.iterdir())[1:]:
+            too_many.unlink()
+        picture, = self.album.iterdir()
+        with picture.open("ab") as file:
+            file.truncate(20 << 20)
+        pixels = picture.read_bytes()
+        albums = f'[\\"{self.album}\\",\\"{other}\\"]'
+        self.store(f'bwp2x_albums="{albums}"')
+        self.start("--simulate", "high", environment={"LD_PRELOAD": SLOW_DISK, "SLOW_COPIES": "1"})
+        answer_product_question(self.program)
+        self.program.wait_for("push button", f"Last capture: {picture.name}")
+        self.desktop.key("F7")
+        move()
+        self.program.click("push button", "Cancel")
+        wait_until("nothing of it is left", lambda: not any(other.iterdir()))
+        wait_until("the dialog is gone", lambda: not self.program.window("dialog"))
+        self.assertEqual(picture.read_bytes(), pixels)
+        move()
+        wait_until("it is there", (other / picture.name).exists)
+        wait_until("the dialog is gone", lambda: not self.program.window("dialog"))
+        self.assertEqual((other / picture.name).read_bytes(), pixels)
+        self.assertFalse(picture.exists())
+        self.program.quit()
+
+
 if __name__ == "__main__":
     if sys.argv[1] == "--serve":
         serve()
     else:
-        Albums.main()
+        SLOW_DISK = sys.argv.pop(2)
+        ProgramTest.main()

@@ -111,13 +111,16 @@ private Q_SLOTS:
         row("read-only album", "target", Problem::TargetNotWritable);
         row("folder that keeps its files", "source", Problem::TargetNotWritable);
         row("not saved", "unsettled", Problem::NotSaved);
+        row("the other disk is gone", "gone", Problem::TargetFolderMissing);
     }
     /// Between two disks: it is where it was, and nowhere else.
     void stays()
     {
         const auto [why, problem] = Rows<QByteArray, Problem>::current();
-        const QTemporaryDir far(u"/dev/shm/album-XXXXXX"_s);
+        QTemporaryDir far(u"/dev/shm/album-XXXXXX"_s);
         const QUrl file = m_folder->file(u"from/a.jpg"_s, QByteArray(12'000'000, 'x'));
+        if (why == "gone")
+            QVERIFY(far.remove());
         if (why == "unsettled")
             m_moves->setSettle([&file](const auto &done) { done({file}); });
         ::chmod(QFile::encodeName(m_folder->path()).constData(), 0755);
@@ -140,14 +143,33 @@ private Q_SLOTS:
         QCOMPARE(m_changes, 0);
     }
 
-    void changedWhileItIsCopied()
+    void whileItIsCopied_data()
     {
-        const QTemporaryDir far(u"/dev/shm/album-XXXXXX"_s);
-        const QUrl file = m_folder->file(u"a.jpg"_s, "pixels");
-        const auto change = [&file](double) { return !TestFolder::write(file, "new pixels").isEmpty(); };
+        const Rows<QByteArray, int> row;
+        row("it changes", "new pixels", EAGAIN);
+        row("the user cancels", "cancel", ECANCELED);
+        row("the other folder vanishes", "remove", ENOENT);
+    }
+    void whileItIsCopied()
+    {
+        const auto [what, error] = Rows<QByteArray, int>::current();
+        QTemporaryDir far(u"/dev/shm/album-XXXXXX"_s);
+        const QByteArray pixels(12'000'000, 'x');
+        const QUrl file = m_folder->file(u"a.jpg"_s, pixels);
+        QList<double> steps;
+        const auto step = [&, what = what](double done) {
+            steps << done;
+            if (what == "remove")
+                far.remove();
+            else if (what != "cancel")
+                TestFolder::write(file, what);
+            return what != "cancel" || TestFolder::count(far.path()) != 1;
+        };
         const auto name = [&far] { return QUrl::fromLocalFile(far.filePath(u"a.jpg"_s)); };
-        QVERIFY(BWFileCopy::moveUnderFreeName(file, name, change).isEmpty());
-        QCOMPARE(TestFolder::read(file), "new pixels");
+        QVERIFY(BWFileCopy::moveUnderFreeName(file, name, step).isEmpty());
+        QCOMPARE(errno, error);
+        QVERIFY(!steps.isEmpty() && (what != "cancel" || steps.last() < 1));
+        QCOMPARE(TestFolder::read(file), error == EAGAIN ? what : pixels);
         QCOMPARE(TestFolder::count(far.path()), 0);
     }
 

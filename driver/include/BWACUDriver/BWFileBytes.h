@@ -27,3 +27,15 @@ public:
     /// The same for the names in a folder. A folder that cannot be brought to the disk is left as it is.
     static void synchronizeFolder(const QByteArray &path);
 };
+
+/// Keeps the amount that waits for the disk small while a large file is written, so that bringing it to the disk in the end
+/// takes no longer than for a small one, and giving it up takes no time. One thread at a time.
+class BWSteadyWriting {
+public:
+    /// To be called after each part, with how much of the file there is. False, with the reason in `errno`, if the disk did
+    /// not take something: a later synchronize() need not say so again.
+    bool written(int file, int64_t end);
+
+private:
+    int64_t m_begun = 0; // the kernel has begun to write up to here
+};

@@ -38,6 +38,15 @@ bool bringToDisk(int file, const Call &call)
     return true;
 }
 
+constexpr int64_t flushStep = 8 << 20;
+
+/// True also if the file system only cannot do it.
+bool flush(int file, int64_t offset, unsigned how)
+{
+    return ::sync_file_range(file, offset, flushStep, how) == 0 || errno == EINVAL || errno == ENOSYS || errno == ESPIPE
+        || errno == EOPNOTSUPP;
+}
+
 } // namespace
 
 bool BWFileBytes::write(int file, const char *bytes, int64_t size)
@@ -97,4 +106,18 @@ void BWFileBytes::synchronizeFolder(const QByteArray &path)
         return;
     synchronize(folder);
     ::close(folder);
+}
+
+bool BWSteadyWriting::written(int file, int64_t end)
+{
+    while (end - m_begun >= flushStep) {
+        if (!flush(file, m_begun, SYNC_FILE_RANGE_WRITE))
+            return false;
+        if (m_begun >= flushStep
+            && !flush(file, m_begun - flushStep,
+                      SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER))
+            return false;
+        m_begun += flushStep;
+    }
+    return true;
 }

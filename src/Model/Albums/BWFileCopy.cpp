@@ -35,14 +35,19 @@ private:
     int m_fd;
 };
 
-/// Reports how far a copy has come.
+/// Reports how far a copy has come on the disk, and not only in memory.
 class Reporter {
 public:
-    Reporter(const BWFileCopy::Progress &progress, off_t total) : m_progress(progress), m_total(total) { }
+    Reporter(const BWFileCopy::Progress &progress, int file, off_t total)
+        : m_progress(progress), m_file(file), m_total(total)
+    {
+    }
     /// False, with the reason in errno, if the copy is to stop.
     bool add(ssize_t bytes)
     {
         m_done += bytes;
+        if (!m_writing.written(m_file, m_done))
+            return false;
         if (!m_progress || m_total <= 0 || m_progress(std::min(1.0, double(m_done) / double(m_total))))
             return true;
         errno = ECANCELED;
@@ -51,6 +56,8 @@ public:
 
 private:
     const BWFileCopy::Progress &m_progress;
+    BWSteadyWriting m_writing;
+    const int m_file;
     const off_t m_total;
     off_t m_done = 0;
 };
@@ -74,7 +81,7 @@ bool copyThroughMemory(int from, int to, Reporter &reporter)
 /// Lets the file system copy, which shares the blocks if it can; goes on by hand from where that stopped.
 bool copyData(int from, int to, Reporter &reporter)
 {
-    constexpr std::size_t step = std::size_t(64) << 20;
+    constexpr std::size_t step = std::size_t(16) << 20;
     for (;;) {
         const ssize_t copied = ::copy_file_range(from, nullptr, to, nullptr, step, 0);
         if (copied <= 0)
@@ -139,7 +146,7 @@ QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, co
         return {};
 
     const timespec times[]{info.st_atim, info.st_mtim};
-    Reporter reporter(progress, info.st_size);
+    Reporter reporter(progress, target.get(), info.st_size);
     bool isFirst = true; // the name for which the copy was begun
     const auto name = [&] { return std::exchange(isFirst, false) ? BWFilePath::url(to) : freeName(); };
     const bool hasData = copyData(source.get(), target.get(), reporter);

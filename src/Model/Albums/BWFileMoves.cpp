@@ -156,13 +156,13 @@ void BWFileMoves::move(const QList<QUrl> &files, const QUrl &folder, Finished fi
     start(requests, false, std::move(finished), progress);
 }
 
-void BWFileMoves::undo(Finished finished)
+void BWFileMoves::undo(Finished finished, Progress progress)
 {
     std::vector<Request> requests;
     const QList<Moved> last = std::exchange(m_last, {});
     for (const Moved &moved : last)
         requests.push_back({moved.now, numberedNameFor(moved.original), moved});
-    start(requests, true, std::move(finished), {});
+    start(requests, true, std::move(finished), progress);
 }
 
 void BWFileMoves::cancel()

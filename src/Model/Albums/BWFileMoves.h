@@ -76,7 +76,7 @@ public:
     /// Whether there is something to undo: the last request that moved anything.
     bool canUndo() const { return !m_last.isEmpty(); }
     /// Once. A file whose old name has been taken meanwhile gets "(2)".
-    void undo(Finished finished);
+    void undo(Finished finished, Progress progress = {});
     /// Something else was done that comes first when the user undoes.
     void forget() { m_last.clear(); }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Export/BWPartFile.h"
 
-#include "BWACUDriver/BWFileBytes.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWTemporaryFiles.h"
@@ -52,15 +51,7 @@ bool follow(const QByteArray &note, const QByteArray &folder)
     return true;
 }
 
-constexpr qint64 flushStep = 8 << 20;
 constexpr int mostAttempts = 10'000;
-
-/// An error reported here is not reported again by fsync(), so it counts, unless the file system only cannot do it.
-bool flush(int descriptor, qint64 offset, unsigned how)
-{
-    return ::sync_file_range(descriptor, offset, flushStep, how) == 0 || errno == EINVAL || errno == ENOSYS
-        || errno == ESPIPE || errno == EOPNOTSUPP;
-}
 
 /// At most that many bytes of a name, without cutting a character in two.
 QByteArray shortened(const QByteArray &name, qint64 length)
@@ -157,20 +148,6 @@ bool BWPartFile::create()
 bool BWPartFile::writeAt(qint64 offset, const char *bytes, qint64 size)
 {
     return BWFileBytes::writeAt(m_descriptor, offset, bytes, size) && written(offset + size);
-}
-
-bool BWPartFile::written(qint64 end)
-{
-    while (end - m_begun >= flushStep) {
-        if (!flush(m_descriptor, m_begun, SYNC_FILE_RANGE_WRITE))
-            return false;
-        if (m_begun >= flushStep
-            && !flush(m_descriptor, m_begun - flushStep,
-                      SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER))
-            return false;
-        m_begun += flushStep;
-    }
-    return true;
 }
 
 bool BWPartFile::complete(const std::optional<timespec> &modified)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "Utils/BWTemporaryFiles.h"
 
 #include <ctime>
@@ -49,7 +50,7 @@ public:
     bool writeAt(qint64 offset, const char *bytes, qint64 size);
     /// To be called after writing through descriptor(). Keeps the amount that waits for the disk small, so that
     /// completing a large file takes no longer than a small one, and cancelling takes no time.
-    bool written(qint64 end);
+    bool written(qint64 end) { return m_writing.written(m_descriptor, end); }
 
     /// Brings the file to disk and gives it the target's name, replacing any file there, but no folder. `modified`
     /// becomes its date, if the disk can keep one.
@@ -68,5 +69,5 @@ private:
     QByteArray m_part; // empty unless the file there is ours
     std::optional<BWPartNote> m_note; // while it is neither complete nor kept
     int m_descriptor = -1;
-    qint64 m_begun = 0; // the kernel has begun to write up to here
+    BWSteadyWriting m_writing;
 };

@@ -114,6 +114,7 @@ void BWAlbumTexts::localizeFiles(BWLocalizationManager &manager)
     renamed = manager.text(u"album_manager"_s, u"renamed_notice"_s, u"Renamed: %1"_s);
     moveTitle = manager.text(u"album_manager"_s, u"move_title"_s, u"Move to album"_s);
     moving = manager.text(u"album_manager"_s, u"moving_progress"_s, u"Moving to the album “%1”"_s);
+    movingBack = manager.text(u"album_manager"_s, u"moving_back_progress"_s, u"Moving back to where it was"_s);
     movedTo = manager.text(u"album_manager"_s, u"moved_notice"_s, u"Moved to the album “%1”: %2"_s);
     movedBack = manager.text(u"album_manager"_s, u"moved_back_notice"_s, u"Undone: %1"_s);
     notMoved = manager.text(u"album_manager"_s, u"not_moved_title"_s, u"Not everything could be moved"_s);

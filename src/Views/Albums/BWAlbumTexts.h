@@ -75,6 +75,7 @@ struct BWAlbumTexts : public BWLocalizationManagerDelegate {
     QString renamed; ///< with %1
     QString moveTitle;
     QString moving; ///< with %1
+    QString movingBack;
     QString movedTo; ///< with %1, the album, and %2
     QString movedBack; ///< with %1
     QString notMoved;
