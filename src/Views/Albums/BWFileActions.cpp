@@ -20,6 +20,7 @@ namespace {
 
 constexpr int noticeable = 500; // ms
 constexpr int steps = 1000; // of the progress
+constexpr int widestName = 320; // in a menu
 
 QString nameOf(const QUrl &file)
 {
@@ -29,6 +30,14 @@ QString nameOf(const QUrl &file)
 QUrl folderOf(const QUrl &file)
 {
     return file.adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash);
+}
+
+BWFileMoves::Progress shownIn(const QPointer<QProgressDialog> &dialog)
+{
+    return [dialog](qint64 done, qint64 total) {
+        if (dialog && total > 0 && !dialog->wasCanceled())
+            dialog->setValue(static_cast<int>(double(done) / double(total) * steps));
+    };
 }
 
 } // namespace
@@ -54,20 +63,32 @@ void BWFileActions::copy(const QList<QUrl> &files)
 {
     if (files.isEmpty())
         return;
-    m_disk.run([this, files, alive = m_alive.watch()] {
-        // Its bytes only: what is copied stays there even if the file is renamed or moved.
-        const QByteArray jpeg = files.size() == 1 ? BWCopiedCaptures::pictureOf(files.first()) : QByteArray();
-        BWMainQueue::post(alive, [this, files, jpeg] {
-            QGuiApplication::clipboard()->setMimeData(new BWCopiedCaptures(files, jpeg));
-            m_callbacks.report(m_texts.copied.arg(nameOrCount(files)), false);
-        });
-    });
+    // Its bytes only: what is copied stays there even if the file is renamed or moved.
+    const auto picture = [files] {
+        return files.size() == 1 ? BWCopiedCaptures::pictureOf(files.first()) : QByteArray();
+    };
+    put(files, picture, m_texts.copied.arg(nameOrCount(files)));
 }
 
 void BWFileActions::copyPicture(const QByteArray &jpeg)
 {
-    QGuiApplication::clipboard()->setMimeData(new BWCopiedCaptures({}, jpeg));
-    m_callbacks.report(m_texts.pictureCopied, false);
+    put(
+        {}, [jpeg] { return jpeg; }, m_texts.pictureCopied);
+}
+
+/// Once it is there in all its forms: a program that keeps what was copied asks for each of them at once.
+void BWFileActions::put(const QList<QUrl> &files, const std::function<QByteArray()> &picture, const QString &said)
+{
+    m_workers.run([this, files, picture, said, copy = ++m_copies, alive = m_alive.watch()] {
+        const QByteArray jpeg = picture();
+        const QByteArray png = BWCopiedCaptures::pngOf(jpeg);
+        BWMainQueue::post(alive, [this, files, jpeg, png, said, copy] {
+            if (copy != m_copies) // the user has copied something else since
+                return;
+            QGuiApplication::clipboard()->setMimeData(new BWCopiedCaptures(files, jpeg, png));
+            m_callbacks.report(said, false);
+        });
+    });
 }
 
 void BWFileActions::showInFileManager(const QList<QUrl> &files)
@@ -96,36 +117,45 @@ void BWFileActions::move(const QList<QUrl> &files, const BWAlbumPtr &album)
     if (files.isEmpty())
         return;
     const QString name = album->shownName(m_texts.defaultAlbumDisplayName);
-    delete m_progress; // of a move that is nearly over
-    m_progress = new QProgressDialog(m_texts.moving.arg(name), m_texts.trashCancel, 0, steps, &m_window);
-    m_progress->setWindowTitle(m_texts.moveTitle);
-    m_progress->setMinimumDuration(noticeable);
-    m_progress->setAutoReset(false); // shown until the disk has it
-    connect(m_progress, &QProgressDialog::canceled, this, [this] { m_albums.moves().cancel(); });
+    const auto progress = beginProgress(m_texts.moving.arg(name));
     m_albums.moves().move(
         files, album->path(),
-        [this, alive = m_alive.watch(), name, progress = m_progress](const BWFileMoves::Result &result) {
+        [this, alive = m_alive.watch(), name, progress](const BWFileMoves::Result &result) {
             if (alive.expired())
                 return;
             delete progress;
             report(
                 result, [this, name](const QString &names) { return m_texts.movedTo.arg(name, names); }, true);
         },
-        [progress = m_progress](qint64 done, qint64 total) {
-            if (progress && total > 0 && !progress->wasCanceled())
-                progress->setValue(static_cast<int>(double(done) / double(total) * steps));
-        });
+        shownIn(progress));
 }
 
 void BWFileActions::undo()
 {
     if (!canUndo())
         return;
-    m_albums.moves().undo([this, alive = m_alive.watch()](const BWFileMoves::Result &result) {
-        if (!alive.expired())
+    const auto progress = beginProgress(m_texts.movingBack);
+    m_albums.moves().undo(
+        [this, alive = m_alive.watch(), progress](const BWFileMoves::Result &result) {
+            if (alive.expired())
+                return;
+            delete progress;
             report(
                 result, [this](const QString &names) { return m_texts.movedBack.arg(names); }, false);
-    });
+        },
+        shownIn(progress));
+}
+
+/// A dialog that shows if it takes a while, and cancels.
+QPointer<QProgressDialog> BWFileActions::beginProgress(const QString &text)
+{
+    delete m_progress; // of a move that is nearly over
+    m_progress = new QProgressDialog(text, m_texts.trashCancel, 0, steps, &m_window);
+    m_progress->setWindowTitle(m_texts.moveTitle);
+    m_progress->setMinimumDuration(noticeable);
+    m_progress->setAutoReset(false); // shown until the disk has it
+    connect(m_progress, &QProgressDialog::canceled, this, [this] { m_albums.moves().cancel(); });
+    return m_progress;
 }
 
 void BWFileActions::report(const BWFileMoves::Result &result, const std::function<QString(const QString &)> &done,
@@ -156,9 +186,10 @@ void BWFileActions::offerAlbums(QMenu &menu, const QList<QUrl> &files)
     for (const BWAlbumPtr &album : m_albums.albums()) {
         if (album->path() == here)
             continue;
-        QString name = album->shownName(m_texts.defaultAlbumDisplayName);
-        QAction *item = menu.addAction(name.replace(u'&', u"&&"_s));
-        item->setToolTip(album->path().toLocalFile()); // two may have the same name
+        const QString name = album->shownName(m_texts.defaultAlbumDisplayName);
+        QString shown = menu.fontMetrics().elidedText(name, Qt::ElideMiddle, widestName);
+        QAction *item = menu.addAction(shown.replace(u'&', u"&&"_s));
+        item->setToolTip(album->path().toLocalFile()); // two may have the same name, or look so
         item->setEnabled(!files.isEmpty());
         connect(item, &QAction::triggered, this, [this, files, album] { move(files, album); });
     }

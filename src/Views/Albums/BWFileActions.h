@@ -46,6 +46,8 @@ public:
     void undo();
 
 private:
+    QPointer<QProgressDialog> beginProgress(const QString &text);
+    void put(const QList<QUrl> &files, const std::function<QByteArray()> &picture, const QString &said);
     void report(const BWFileMoves::Result &result, const std::function<QString(const QString &names)> &done,
                 bool canUndo);
 
@@ -55,6 +57,7 @@ private:
     const Callbacks m_callbacks;
     BWFileManager m_fileManager;
     QPointer<QProgressDialog> m_progress; // while files are moved
+    int m_copies = 0; // to the clipboard, begun
     BWAliveToken m_alive;
-    BWWorkerPool m_disk{1, std::chrono::milliseconds(0)};
+    BWWorkerPool m_workers{2, std::chrono::milliseconds(0)}; // one may wait for a disk
 };
