@@ -148,10 +148,12 @@ private Q_SLOTS:
         const QString capture = m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000001.jpg"_s;
         const QString text = m_private + u"/brimwellpro-00000000-0000-0000-0000-000000000002.mov"_s;
         const QString half = m_album + u"/.20240607_image_001.jpg.0123abcd.part"_s;
+        const QString halfMove = m_album + u"/.20240607_image_002 left.jpg.0123abcd.part"_s;
         put(capture, picture());
         put(m_album + u"/a.jpg"_s, picture()); // was copied, but not removed
         put(text, "not a movie at all");
         put(half, "half");
+        put(halfMove, "half");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be taken over.*2.mov"_s));
         QVERIFY(collect().isEmpty());
         QVERIFY(!QFile::exists(capture) && QFile::exists(text));

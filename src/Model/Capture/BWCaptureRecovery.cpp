@@ -247,7 +247,8 @@ QList<BWOrphanedCapture> BWOrphanedCaptures::collect(const QStringList &temporar
 
 void BWOrphanedCaptures::removeHalfCopies(const QUrl &album, const QDateTime &now)
 {
-    static const QRegularExpression half(u"^\\.[0-9]{8}_(image|video)_[0-9]+\\.(jpg|mov)\\.[0-9a-f]{8}\\.part$"_s);
+    static const QRegularExpression half(
+        u"^\\.[0-9]{8}_(image|video)_[0-9]+( .*)?\\.(jpg|mov)\\.[0-9a-f]{8}\\.part$"_s);
     const QList<QByteArray> names = BWFilePath::entries(album).value_or(QList<QByteArray>());
     for (const QByteArray &name : names) {
         const QByteArray path = BWFilePath::native(album) + '/' + name;
