@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BWManualClock.h"
 #include "Model/Albums/BWAlbumManager.h"
+#include "Model/Session/BWSessionBus.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Rows.h"
@@ -200,6 +201,25 @@ private Q_SLOTS:
         button(u"Undo"_s)->click();
         QTRY_COMPARE(shown(), u"n.jpg|d.jpg|b.jpg|a.jpg"_s);
         QCOMPARE(TestFolder::read(m_folder->url(u"BrimwellPro/Default Album/n.jpg"_s)), "c.jpg");
+    }
+
+    void folderInPlaceOfFileManager_data()
+    {
+        const Rows<bool> row;
+        row("no bus", false);
+        row("nobody on it shows files", true);
+    }
+    void folderInPlaceOfFileManager()
+    {
+        const auto [hasBus] = Rows<bool>::current();
+        for (const char *place : {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"})
+            qunsetenv(place);
+        const std::unique_ptr<GTestDBus, BWSessionBus::Unref> bus(g_test_dbus_new(G_TEST_DBUS_NONE));
+        if (hasBus)
+            g_test_dbus_up(bus.get());
+        m_images->modelDelegate()->revealIndexesOfModel(*m_images, {1, 2});
+        QTRY_COMPARE(m_opened, QList{m_folder->url(u"BrimwellPro/Default Album"_s)});
+        QVERIFY(m_alerts.isEmpty());
     }
 
     void movies_data()
