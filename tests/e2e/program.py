@@ -129,21 +129,31 @@ class Program:
             gi.require_version("Atspi", "2.0")
             from gi.repository import Atspi
             Atspi.init()
+            answer_within = int(5000 * PATIENCE)  # of which it takes 800 by itself
+            Atspi.set_timeout(answer_within, 3 * answer_within)
             self._atspi = Atspi
         return self._atspi
 
     def windows(self):
         """The visible windows, dialogs included."""
+        return wait_until("the program tells which windows it has", self._windows)[0]
+
+    def _windows(self):
+        """In a tuple; nothing if one closed meanwhile, or the program was too busy to answer."""
         if not self.running:
             raise Failure(f"the program has ended with {self._process.returncode}")
         atspi = self._accessibility()
-        desktop = atspi.get_desktop(0)
-        desktop.clear_cache()
-        for index in range(desktop.get_child_count()):
-            application = desktop.get_child_at_index(index)
-            if application and application.get_process_id() == self.pid:
-                return [window for window in Element(application, atspi).children() if window.showing]
-        return []
+        from gi.repository import GLib
+        try:
+            desktop = atspi.get_desktop(0)
+            desktop.clear_cache()
+            for index in range(desktop.get_child_count()):
+                application = desktop.get_child_at_index(index)
+                if application and application.get_process_id() == self.pid:
+                    return ([window for window in Element(application, atspi).children() if window.showing],)
+        except GLib.Error:
+            return None
+        return ([],)
 
     def window(self, role, name=None):
         """The first visible window of that role ("frame" or "dialog") and name, or None."""
