@@ -20,7 +20,7 @@ namespace {
 
 constexpr int noticeable = 500; // ms
 constexpr int steps = 1000; // of the progress
-constexpr int widestName = 320; // in a menu
+constexpr int widestName = 320; // of an album, in a menu or dialog; it may have 255 letters
 
 QString nameOf(const QUrl &file)
 {
@@ -117,7 +117,8 @@ void BWFileActions::move(const QList<QUrl> &files, const BWAlbumPtr &album)
     if (files.isEmpty())
         return;
     const QString name = album->shownName(m_texts.defaultAlbumDisplayName);
-    const auto progress = beginProgress(m_texts.moving.arg(name));
+    const QString shown = m_window.fontMetrics().elidedText(name, Qt::ElideMiddle, widestName);
+    const auto progress = beginProgress(m_texts.moving.arg(shown));
     m_albums.moves().move(
         files, album->path(),
         [this, alive = m_alive.watch(), name, progress](const BWFileMoves::Result &result) {
@@ -153,6 +154,7 @@ QPointer<QProgressDialog> BWFileActions::beginProgress(const QString &text)
     m_progress = new QProgressDialog(text, m_texts.trashCancel, 0, steps, &m_window);
     m_progress->setWindowTitle(m_texts.moveTitle);
     m_progress->setMinimumDuration(noticeable);
+    m_progress->setMinimumWidth(widestName);
     m_progress->setAutoReset(false); // shown until the disk has it
     connect(m_progress, &QProgressDialog::canceled, this, [this] { m_albums.moves().cancel(); });
     return m_progress;

@@ -28,7 +28,7 @@ BWRenameDialog::BWRenameDialog(const QByteArray &fileName, const BWAlbumTexts &t
     auto *explanation = new QLabel(m_name.number.isEmpty() ? texts.renameOther : texts.renameCapture);
     for (QLabel *text : {explanation, m_problem})
         text->setWordWrap(true);
-    constexpr int widthOfTexts = 380;
+    constexpr int widthOfTexts = 440;
     constexpr int widthOfName = 180;
     constexpr int linesOfProblem = 2;
     explanation->setMinimumWidth(widthOfTexts);
