@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QMenu>
+#include <QProgressBar>
 #include <QProgressDialog>
 #include <QWidget>
 #include <utility>
@@ -156,6 +157,9 @@ QPointer<QProgressDialog> BWFileActions::beginProgress(const QString &text)
     m_progress->setMinimumDuration(noticeable);
     m_progress->setMinimumWidth(widestName);
     m_progress->setAutoReset(false); // shown until the disk has it
+    m_progress->setValue(0); // from when on it counts how long it takes
+    for (auto *bar : m_progress->findChildren<QProgressBar *>())
+        bar->setAccessibleName(text);
     connect(m_progress, &QProgressDialog::canceled, this, [this] { m_albums.moves().cancel(); });
     return m_progress;
 }
