@@ -45,6 +45,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -275,6 +276,8 @@ private Q_SLOTS:
         grid->modelDelegate()->renameIndexOfModel(*grid, 0);
         auto *rename = visible<BWRenameDialog>();
         see(rename, u"albums-rename"_s);
+        QTest::keyClicks(rename->findChild<QLineEdit *>(), u"a/b"_s);
+        see(rename, u"albums-rename-refused"_s);
         rename->reject();
         grid->onSelectAll();
         see(album, u"albums-selected"_s);
