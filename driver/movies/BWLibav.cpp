@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
@@ -198,7 +199,7 @@ int64_t BWMovieFile::seek(void *self, int64_t offset, int whence)
     if (how == AVSEEK_SIZE)
         return info.st_size;
     const int64_t base = how == SEEK_CUR ? file->m_position : how == SEEK_END ? info.st_size : 0;
-    if (base + offset < 0)
+    if (offset > INT64_MAX - base || base + offset < 0) // a damaged header may lead anywhere
         return AVERROR(EINVAL);
     return file->m_position = base + offset;
 }

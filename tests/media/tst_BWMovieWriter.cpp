@@ -12,6 +12,7 @@
 #include <QJsonArray>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QtEndian>
 #include <QTest>
 
 using namespace MediaFixture;
@@ -149,6 +150,11 @@ private Q_SLOTS:
         QCOMPARE(framesIn(copy), 20);
         QCOMPARE(completeMovie(copy), BWMovieCompletion::Completed);
         QCOMPARE(framesIn(copy), 20);
+
+        // A picture at a time that no movie reaches.
+        put(copy, QByteArray(whole).replace(whole.lastIndexOf("tfdt") + 8, 1, "\x7f"));
+        QCOMPARE(completeMovie(copy), BWMovieCompletion::Completed);
+        QCOMPARE(framesIn(copy), 19);
     }
 
     void leavesForeignFilesAlone()
@@ -158,7 +164,14 @@ private Q_SLOTS:
         QFile begun(m_path);
         QVERIFY(begun.open(QIODevice::ReadOnly));
         const QByteArray movie = begun.readAll();
+        constexpr quint32 levels = 50'000;
+        QByteArray nested(levels * 8, '\0'); // boxes in boxes
+        for (quint32 level = 0; level < levels; ++level) {
+            qToBigEndian((levels - level) * 8, nested.data() + level * 8);
+            nested.replace(level * 8 + 4, 4, "moov");
+        }
         const std::pair<QByteArray, BWMovieCompletion> cases[] = {
+            {movie.left(movie.indexOf("moov") - 4) + nested, BWMovieCompletion::Failed},
             {{}, BWMovieCompletion::Failed},
             {QByteArray(3000, 'x'), BWMovieCompletion::Failed},
             {QByteArray(3000, '\0'), BWMovieCompletion::Failed},

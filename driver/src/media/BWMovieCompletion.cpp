@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -53,6 +54,8 @@ constexpr std::array containers{type("moov"), type("trak"), type("mdia"), type("
 constexpr int64_t shortHeader = 8;
 constexpr int64_t longHeader = 16;
 constexpr int64_t mostContent = 16 << 20;
+constexpr int mostLevels = 8; // of boxes within boxes; a movie has five
+constexpr uint64_t latest = INT64_MAX / 4; // time of a picture: sums of a few have room
 
 bool isContainer(uint32_t type)
 {
@@ -107,7 +110,7 @@ QByteArray Box::serialized() const
 
 /// A box parsed from its content; the containers between the movie box and its tables are parsed into children. Null
 /// type if the bytes are damaged.
-Box parsed(uint32_t type, const QByteArray &content)
+Box parsed(uint32_t type, const QByteArray &content, int level = 1)
 {
     Box box{type};
     if (!isContainer(type)) {
@@ -117,10 +120,10 @@ Box parsed(uint32_t type, const QByteArray &content)
     for (qsizetype offset = 0; offset < content.size();) {
         const qsizetype left = content.size() - offset;
         const uint32_t size = left < shortHeader ? 0 : qFromBigEndian<uint32_t>(content.constData() + offset);
-        if (size < shortHeader || size > left)
+        if (size < shortHeader || size > left || level > mostLevels)
             return {};
         const auto childType = qFromBigEndian<uint32_t>(content.constData() + offset + 4);
-        box.children.push_back(parsed(childType, content.mid(offset + shortHeader, size - shortHeader)));
+        box.children.push_back(parsed(childType, content.mid(offset + shortHeader, size - shortHeader), level + 1));
         if (box.children.back().type == 0)
             return {};
         offset += size;
@@ -147,7 +150,7 @@ struct Fragments {
     static std::optional<Fragments> read(QIODevice &file);
 };
 
-/// The decode time of a movie fragment; nothing if it is damaged.
+/// The decode time of a movie fragment; nothing if it is damaged, or one that no movie reaches.
 std::optional<int64_t> timeOf(QIODevice &file, const Place &place)
 {
     Box fragment = parsed(place.type, content(file, place));
@@ -158,8 +161,9 @@ std::optional<int64_t> timeOf(QIODevice &file, const Place &place)
     const bool isLong = time->bytes.at(0) == 1;
     if (isLong && time->bytes.size() < 12)
         return std::nullopt;
-    return isLong ? static_cast<int64_t>(qFromBigEndian<uint64_t>(time->bytes.constData() + 4))
-                  : qFromBigEndian<uint32_t>(time->bytes.constData() + 4);
+    const uint64_t value = isLong ? qFromBigEndian<uint64_t>(time->bytes.constData() + 4)
+                                  : qFromBigEndian<uint32_t>(time->bytes.constData() + 4);
+    return value <= latest ? std::optional(static_cast<int64_t>(value)) : std::nullopt;
 }
 
 /// Blocks that did not reach the disk before a power cut read as zeros.
@@ -330,7 +334,9 @@ QByteArray makeIndex(const Fragments &fragments)
     const int64_t duration =
         samples.back().time - samples.front().time + durationOf(samples, samples.size() - 1, timeScale);
     mediaHeader.setDuration(duration);
-    const int64_t movieDuration = (duration * movieHeader.timeScale() + timeScale / 2) / timeScale;
+    // Floating point: both scales may be any number.
+    const double inMovieScale = static_cast<double>(duration) * movieHeader.timeScale() / timeScale;
+    const int64_t movieDuration = std::llround(std::min(inMovieScale, static_cast<double>(latest)));
     movieHeader.setDuration(movieDuration);
     trackHeader.setDuration(movieDuration);
 
