@@ -165,13 +165,18 @@ private Q_SLOTS:
     void recordIsKept_data()
     {
         const Rows<QByteArray, bool> row;
+        const auto with = [](const QByteArray &member, const QByteArray &value) {
+            QByteArray json = R"({"plan":{"interval":10,"delay":0,"end":"number","number":1,"duration":1},)"
+                              R"("album":"file:///a","first":"2024-06-07T10:00:00Z","saved":1,"missed":0})";
+            const qsizetype begin = json.indexOf('"' + member + "\":") + member.size() + 3;
+            return json.replace(begin, json.indexOf(',', begin) - begin, value);
+        };
         row("whole", "", true);
         row("cut off", "{\"plan\":{\"interval\":10", false);
         row("empty", " ", false);
-        row("no interval",
-            R"({"plan":{"interval":0,"delay":0,"end":"number","number":1,"duration":1},"album":"file:///a",)"
-            R"("first":"2024-06-07T10:00:00.000Z","saved":1,"missed":0})",
-            false);
+        row("no interval", with("interval", "0"), false);
+        row("more pictures than time", with("saved", "9223372036854775807"), false);
+        row("begun in antiquity", with("first", "\"0001-01-01T00:00:00Z\""), false);
     }
     void recordIsKept()
     {

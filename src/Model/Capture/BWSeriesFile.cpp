@@ -4,6 +4,7 @@
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 
+#include <cstdlib>
 #include <mutex>
 #include <QDir>
 #include <QFile>
@@ -17,6 +18,16 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 longestRecord = 256 << 10; // of a file that may be anybody's
+constexpr qint64 century = 36'525LL * 24 * 3600; // seconds; nanoseconds of it can still be counted
+
+bool isPlausible(const BWSeriesRecord &record)
+{
+    const auto isCount = [&record](qint64 pictures) {
+        return pictures >= 0 && pictures <= century / 2 / record.plan.interval.count();
+    };
+    return record.album.isLocalFile() && record.first.isValid() && isCount(record.saved) && isCount(record.missed)
+        && std::abs(record.first.secsTo(QDateTime::currentDateTimeUtc())) <= century;
+}
 
 } // namespace
 
@@ -78,7 +89,7 @@ std::optional<BWSeriesRecord> BWSeriesFile::read() const
                                 json.value(u"saved"_s).toInteger(-1),
                                 json.value(u"missed"_s).toInteger(-1),
                                 BWSeriesFiles::fromJson(json.value(u"files"_s).toArray())};
-    if (!plan || !record.album.isLocalFile() || !record.first.isValid() || record.saved < 0 || record.missed < 0) {
+    if (!plan || !isPlausible(record)) {
         qCWarning(bwModel).noquote() << "Series: its progress is damaged in" << m_path;
         return std::nullopt;
     }

@@ -38,7 +38,7 @@ void BWSeriesFiles::add(const QUrl &file)
     const auto &[stem, number] = *parts;
     const bool isOfLast = !m_ranges.isEmpty() && m_ranges.constLast().stem == stem;
     const bool follows = isOfLast && number > m_ranges.constLast().last
-        && (number == m_ranges.constLast().last + 1 || m_ranges.size() >= mostRanges);
+        && (number - 1 == m_ranges.constLast().last || m_ranges.size() >= mostRanges);
     if (follows)
         m_ranges.last().last = number;
     else
