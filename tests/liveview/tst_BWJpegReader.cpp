@@ -5,6 +5,7 @@
 #include "Model/LiveView/BWJpegCut.h"
 #include "Model/LiveView/BWJpegReader.h"
 
+#include <QtEndian>
 #include <QTest>
 #include <turbojpeg.h>
 
@@ -169,6 +170,24 @@ private Q_SLOTS:
             QVERIFY2(rows <= 0 || part.pixels.copy(0, 0, seen.width(), rows) == whole.pixels.copy(seen),
                      qPrintable(QString::asprintf("seed %u, round %d", unsigned(seed), i)));
         }
+    }
+
+    void claimedSizes_data()
+    {
+        const Rows<QSize, bool, bool> row; // progressive, accepted
+        row("large", {12'000, 8'000}, false, true);
+        row("too large", {12'000, 9'000}, false, false);
+        row("too long to be scaled", {32'768, 8}, false, false);
+        row("too large to be held in memory", {8'000, 5'000}, true, false);
+    }
+    void claimedSizes()
+    {
+        const auto [size, progressive, accepted] = Rows<QSize, bool, bool>::current();
+        QByteArray jpeg = TestJpeg::encode(TestJpeg::noise({8, 8}, 1), {1, 1, false, 0, progressive});
+        const qsizetype header = jpeg.indexOf(progressive ? "\xff\xc2" : "\xff\xc0");
+        qToBigEndian(quint16(size.height()), jpeg.data() + header + 5);
+        qToBigEndian(quint16(size.width()), jpeg.data() + header + 7);
+        QCOMPARE(BWJpegReader().open(bytesOf(jpeg), std::size_t(jpeg.size())), accepted);
     }
 
     void damage()

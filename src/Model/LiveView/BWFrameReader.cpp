@@ -126,6 +126,8 @@ bool BWFrameReader::read(Picture &picture, QSize whole, const QRect &part, bool 
     const QRect area = needed.adjusted(-margin, -margin, margin, margin).intersected(QRect(QPoint(0, 0), picture.size));
     picture.area = isJpeg ? m_jpeg.decodable(area, divisor) : aligned(area);
     QImage &image = m_images.take(picture.area.size());
+    if (image.isNull()) // no memory
+        return false;
     const int stride = static_cast<int>(image.bytesPerLine());
     int goodRows = picture.area.height();
     if (isJpeg)

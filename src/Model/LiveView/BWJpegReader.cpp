@@ -14,6 +14,18 @@
 
 namespace {
 
+// A damaged header may claim any size.
+constexpr JDIMENSION longestSide = 32'767; // libyuv cannot scale more
+constexpr int64_t mostPixels = 100'000'000;
+constexpr int64_t mostPixelsInMemory = 32'000'000; // where the whole picture is held, in six bytes for each
+
+bool isTooLarge(jpeg_decompress_struct &info)
+{
+    const int64_t pixels = int64_t(info.image_width) * info.image_height;
+    return std::max(info.image_width, info.image_height) > longestSide
+        || pixels > (jpeg_has_multiple_scans(&info) ? mostPixelsInMemory : mostPixels);
+}
+
 /// What libjpeg allocates for each picture comes from one block that is kept from picture to picture. What does not fit
 /// comes from libjpeg's own pools, and the block grows before the next picture.
 class PictureMemory {
@@ -156,6 +168,8 @@ bool BWJpegReader::open(const uint8_t *bytes, std::size_t length)
         jpeg_mem_src(&info, bytes, length);
         m_decoder->memorySource = info.src;
         jpeg_read_header(&info, TRUE);
+        if (isTooLarge(info))
+            leave(reinterpret_cast<j_common_ptr>(&info));
     });
     if (!opened)
         m_decoder.reset(); // it may have kept tables of the damaged header

@@ -18,7 +18,8 @@ public:
     BWJpegReader();
     ~BWJpegReader();
 
-    /// Begins with a picture, whose bytes must last until it has been read. False if its header is damaged.
+    /// Begins with a picture, whose bytes must last until it has been read. False if its header is damaged,
+    /// or claims a size that no camera has.
     bool open(const uint8_t *bytes, std::size_t length);
 
     /// Of the open picture, reduced by 1, 2, 4 or 8.
