@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QTest>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -69,6 +70,7 @@ private Q_SLOTS:
             QByteArray::number(ThumbnailFixture::longAgo.toSecsSinceEpoch()) + ".123", u"blue"_s);
         row("other file", "large", "Thumb::URI", "file:///x", u"red"_s);
         row("damaged", "large", "cut", none, u"red"_s);
+        row("claims two gigabytes", "large", "huge", none, u"red"_s);
         row("colours by number", "large", "indexed", none, u"blue"_s);
         row("16 bits and alpha", "large", "deep", none, u"blue"_s);
         row("too large", "large", "wide", none, u"red"_s);
@@ -100,11 +102,16 @@ private Q_SLOTS:
         QByteArray png = buffer.data();
         if (key == "cut")
             png.chop(png.size() / 3);
+        if (key == "huge")
+            png.insert(33, QByteArray("\x77\0\0\0tEXt", 8)); // behind the header
         const QByteArray name = entry(folder, uri);
         QVERIFY(QDir().mkpath(QFile::decodeName(m_fixture->cache() + '/' + folder)));
         TestFolder::write(BWFilePath::url(name), png);
 
         QCOMPARE(m_fixture->make(file), shown);
+        rusage usage{};
+        QCOMPARE(::getrusage(RUSAGE_SELF, &usage), 0);
+        QVERIFY(usage.ru_maxrss < 1'000'000); // kilobytes
         if (shown != u"red"_s)
             return;
         QImage own; // has replaced it

@@ -18,6 +18,7 @@
 #include <QFile>
 #include <QMap>
 #include <QStandardPaths>
+#include <QtEndian>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -124,12 +125,29 @@ QByteArray encode(const QImage &image, Texts texts)
     return done ? bytes : QByteArray();
 }
 
+/// Whether all chunks lie within the file: libpng clears as much memory as one claims to need before it reads it.
+bool chunksFit(QByteArrayView png)
+{
+    constexpr qsizetype signature = 8;
+    constexpr qsizetype around = 12; // length, name, checksum
+    qsizetype at = signature;
+    while (at + around <= png.size()) {
+        const auto length = qFromBigEndian<quint32>(png.data() + at);
+        if (length > png.size() - at - around)
+            return false;
+        at += around + length;
+    }
+    return true;
+}
+
 /// The file may come from anywhere: what is larger than any thumbnail, or whose texts are, is not read.
 StoredImage decode(const QByteArray &bytes)
 {
     constexpr png_uint_32 mostPixels = 1024; // of a side: the largest size that the desktop knows
     constexpr png_alloc_size_t mostText = 1 << 20; // bytes of a chunk, unpacked
     StoredImage stored;
+    if (!chunksFit(bytes))
+        return stored;
     QByteArrayView rest(bytes);
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, &onError, &onWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
