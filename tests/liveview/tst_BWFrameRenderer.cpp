@@ -6,6 +6,7 @@
 #include "Model/LiveView/BWFrameRenderer.h"
 
 #include <QTest>
+#include <sys/mman.h>
 #include <utility>
 
 namespace {
@@ -197,6 +198,33 @@ private Q_SLOTS:
         QVERIFY(!renderer.setFrame(frameOf(half), at(100))); // above
         QVERIFY(!renderer.setFrame(frameOf(jpegOf(3).first(200)), at(0)));
         QCOMPARE(seen(renderer, at(0), viewport), first);
+    }
+
+    void frameOfAnotherShape()
+    {
+        const BWFrame frame = TestJpeg::frame(TestJpeg::encode(TestJpeg::noise({640, 480}, 1)), {40, 20});
+        const BWRenderRequest request(BWLiveViewGeometry(frame.size(), {}), {200, 50}, {}, 1.0);
+        BWFrameRenderer renderer;
+        QVERIFY(renderer.setFrame(frame, request));
+        QCOMPARE(renderer.render(request).image.size(), QSize(40, 20));
+    }
+
+    void nothingBehindAFrameIsRead()
+    {
+        constexpr std::size_t page = 4096;
+        auto *const bytes = static_cast<uint8_t *>(
+            ::mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        QCOMPARE(::mprotect(bytes + page, page, PROT_NONE), 0);
+        BWFrameInfo info{BWPixelFormat::XBGR32, 64, 16, {}, {}, {}, {}, 0};
+        info.planes[0] = {bytes, page, 256};
+        const BWFrame frame(info, [=] { ::munmap(bytes, 2 * page); });
+        for (unsigned zoom = 20; zoom <= 200; ++zoom) {
+            const BWRenderRequest request(BWLiveViewGeometry(frame.size(), stateOf(zoom, 0, 0)), {9, 5}, {200, 50},
+                                          1.0);
+            BWFrameRenderer renderer;
+            QVERIFY(renderer.setFrame(frame, request));
+            QVERIFY(!renderer.render(request).image.isNull());
+        }
     }
 
     void losesTrustInACamera()

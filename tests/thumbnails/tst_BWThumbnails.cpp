@@ -46,6 +46,7 @@ private Q_SLOTS:
         row("huge cells", {1944, 2592}, 2000, {375, 500});
         row("never enlarged", {100, 80}, 500, {100, 80});
         row("a line", {6000, 100}, 500, {500, 8});
+        row("a thin line", {4096, 48}, 100, {128, 1});
     }
 
     void picturesAreFittedAndUpright()

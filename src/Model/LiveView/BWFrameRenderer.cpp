@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/LiveView/BWFrameRenderer.h"
 
+#include "Model/LiveView/BWScaling.h"
+
+#include <algorithm>
 #include <libyuv.h>
 
 namespace {
@@ -86,17 +89,37 @@ BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &requested)
     return {image, request.target + orientation.toTurned(part, whole).topLeft(), m_frameNumber, request};
 }
 
-void BWFrameRenderer::scale(const QRect &part, QSize whole, Pixels target) const
+void BWFrameRenderer::scale(const QRect &part, QSize whole, Pixels target)
 {
+    const QSize size = m_reader.size();
+    const libyuv::FilterMode filter = BWScaling::filterFor(size, whole);
     // By offsets into the whole pictures, of which only these parts exist: so scaling is exact and does not crawl when the
     // view is scrolled.
     const auto offset = [](const QRect &rect, int stride) {
         return rect.top() * static_cast<std::ptrdiff_t>(stride) + rect.left() * 4;
     };
+    const auto scaleRows = [&](const uint8_t *pixels, const QRect &area, int stride, const QRect &rows) {
+        libyuv::ARGBScaleClip(pixels - offset(area, stride), stride, size.width(), size.height(),
+                              target.data - offset(part, target.stride), target.stride, whole.width(), whole.height(),
+                              rows.left(), rows.top(), rows.width(), rows.height(), filter);
+    };
     const QImage &source = m_reader.pixels();
+    const QRect &area = m_reader.area();
     const int stride = static_cast<int>(source.bytesPerLine());
-    const QSize size = m_reader.size();
-    libyuv::ARGBScaleClip(source.constBits() - offset(m_reader.area(), stride), stride, size.width(), size.height(),
-                          target.data - offset(part, target.stride), target.stride, whole.width(), whole.height(),
-                          part.left(), part.top(), part.width(), part.height(), libyuv::kFilterBox);
+    QRect above = part;
+    if (part.bottom() == whole.height() - 1) {
+        // libyuv reads on to the right of a picture, and so behind the last one of its rows. That comes from a copy.
+        constexpr std::size_t spare = 64;
+        above.setBottom(part.bottom() - 1);
+        QRect last = area;
+        last.setTop(std::max(area.top(), area.bottom() - size.height() / whole.height() - 2));
+        const uint8_t *const begin = source.constScanLine(last.top() - area.top());
+        const std::size_t bytes = static_cast<std::size_t>(stride) * static_cast<std::size_t>(last.height() - 1)
+            + static_cast<std::size_t>(last.width()) * 4;
+        m_lastRows.resize(bytes + spare);
+        std::copy_n(begin, bytes, m_lastRows.begin());
+        scaleRows(m_lastRows.data(), last, stride, {part.left(), part.bottom(), part.width(), 1});
+    }
+    if (above.height() > 0)
+        scaleRows(source.constBits(), area, stride, above);
 }

@@ -39,10 +39,11 @@ private:
         int stride;
     };
 
-    void scale(const QRect &part, QSize whole, Pixels target) const;
+    void scale(const QRect &part, QSize whole, Pixels target);
 
     BWFrameReader m_reader;
     uint64_t m_frameNumber = 0;
     std::array<std::vector<uint8_t>, 2> m_steps;
+    std::vector<uint8_t> m_lastRows;
     BWImagePool m_images;
 };

@@ -2,6 +2,7 @@
 #include "Model/Thumbnails/BWJpegPicture.h"
 
 #include "BWACUDriver/BWJpegHeader.h"
+#include "Model/LiveView/BWScaling.h"
 
 #include <algorithm>
 #include <cstring>
@@ -195,7 +196,7 @@ QImage BWJpegPicture::thumbnail(std::span<const uint8_t> jpeg, BWThumbnailSize s
             return fail(QStringLiteral("out of memory"));
         libyuv::ARGBScale(m_scaled.constBits(), static_cast<int>(m_scaled.bytesPerLine()), picture.scaled.width(),
                           picture.scaled.height(), image.bits(), static_cast<int>(image.bytesPerLine()), image.width(),
-                          image.height(), libyuv::kFilterBox);
+                          image.height(), BWScaling::filterFor(picture.scaled, wanted));
     } else {
         m_scaled = {}; // handed out: must not be written again
     }
