@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Feeds files and archives of old settings to their decoders, and finally reports how many got how far.
+// Feeds files and archives of old settings to their decoders.
 
 #include "BWPropertyListMutator.h"
 #include "Model/Import/BWKeyedArchive.h"
@@ -7,21 +7,12 @@
 #include "Model/Import/BWPropertyList.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 extern "C" size_t LLVMFuzzerMutate(uint8_t *data, size_t size, size_t maxSize);
 
 namespace {
-
-struct Counts {
-    unsigned long inputs = 0;
-    unsigned long lists = 0; ///< read as property lists
-    unsigned long archives = 0; ///< decoded as keyed archives, alone or in a file
-    unsigned long settings = 0; ///< files whose settings would be imported
-    unsigned long damaged = 0; ///< files with old settings that would not
-} counts;
 
 /// The last inputs that were decoded whole. Most mutations start from one of them, because few inputs survive many mutations.
 /// Allocates nothing: when an input seems to leak, libFuzzer searches for leaks, which takes long.
@@ -56,33 +47,16 @@ private:
     size_t m_count = 0;
 } decoded;
 
-void printCounts()
-{
-    std::fprintf(stderr,
-                 "inputs %lu: property lists %lu, keyed archives %lu, settings imported %lu, settings refused %lu\n",
-                 counts.inputs, counts.lists, counts.archives, counts.settings, counts.damaged);
-}
-
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    std::atexit(printCounts);
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     QString problem;
-    ++counts.inputs;
     const bool isList = BWPropertyList::read(bytes, problem).has_value();
-    counts.lists += isList;
 
     const BWOldSettingsFile file = BWOldSettingsFile::decode(bytes);
     const bool isTaken = file.problem == BWOldSettingsFile::Problem::None;
-    counts.settings += isTaken;
-    counts.damaged += file.problem == BWOldSettingsFile::Problem::Damaged;
     if (isTaken != file.detail.isNull() || (!isTaken && (file.settings.cameras || file.settings.albums)))
         std::abort(); // refused in part, or without a reason
 
@@ -90,7 +64,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const bool isArchive = BWKeyedArchive::root(bytes, problem).has_value();
     if (isArchive != problem.isNull() || (isArchive && !isList))
         std::abort();
-    counts.archives += isArchive || isTaken;
     if (isArchive || isTaken)
         decoded.add(data, size);
     if (isArchive) {
