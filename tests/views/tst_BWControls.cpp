@@ -68,6 +68,17 @@ private Q_SLOTS:
         BWIcons::install(*qApp);
     }
 
+    void mnemonicChoosesAtOnce()
+    {
+        QWidget window;
+        BWRadioButton first(u"&First"_s, &window), second(u"&Second"_s, &window);
+        first.setChecked(true);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(&window, Qt::Key_S, Qt::AltModifier);
+        QVERIFY(second.isChecked() && second.hasFocus());
+    }
+
     void themesFollowThePalette()
     {
         setColors(Qt::black, Qt::white);

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/Albums/BWMovieDialogs.h"
 
+#include "Views/Utils/BWControls.h"
+
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QSpinBox>
 #include <QStyle>
 #include <QTime>
@@ -112,7 +113,7 @@ BWSmallerMovieDialog::BWSmallerMovieDialog(const BWMovieTexts &texts, BWSmallerM
     const int indent = style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth)
         + style()->pixelMetric(QStyle::PM_RadioButtonLabelSpacing);
     for (std::size_t step = 0; step < m_qualities.size(); ++step) {
-        m_qualities[step] = new QRadioButton(texts.qualities[step].name);
+        m_qualities[step] = new BWRadioButton(texts.qualities[step].name);
         m_qualities[step]->setAccessibleDescription(texts.qualities[step].meaning);
         auto *meaning = wrapped(texts.qualities[step].meaning);
         meaning->setIndent(0);

@@ -11,7 +11,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QSpinBox>
 #include <utility>
 
@@ -87,9 +86,9 @@ BWSeriesDialog::BWSeriesDialog(const Choice &first, const QStringList &albums, S
       m_form(new QFormLayout(this)),
       m_interval(new BWTimeField(FieldTime(1), BWSeriesPlan::longestInterval)),
       m_delay(new BWTimeField(FieldTime(0), BWSeriesPlan::longestTime)),
-      m_endsByNumber(new QRadioButton),
-      m_endsByTime(new QRadioButton),
-      m_endsWhenStopped(new QRadioButton),
+      m_endsByNumber(new BWRadioButton),
+      m_endsByTime(new BWRadioButton),
+      m_endsWhenStopped(new BWRadioButton),
       m_number(new QSpinBox),
       m_duration(new BWTimeField(FieldTime(1), BWSeriesPlan::longestTime)),
       m_album(new BWPopUpButton),

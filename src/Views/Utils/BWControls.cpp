@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QPointingDevice>
 #include <QScopedValueRollback>
+#include <QShortcutEvent>
 #include <QStyleOptionButton>
 #include <QStyleOptionSlider>
 #include <QWidget>
@@ -169,6 +170,16 @@ void BWVerticallyCenteringTextFieldCell::paintEvent(QPaintEvent *event)
     QFrame::paintEvent(event); // NOLINT(bugprone-parent-virtual-call): QLabel would draw the text as well
     QPainter painter(this);
     drawInterior(painter, contentsRect());
+}
+
+bool BWRadioButton::event(QEvent *event)
+{
+    // One that another control shares only moves the focus.
+    if (event->type() != QEvent::Shortcut || static_cast<QShortcutEvent *>(event)->isAmbiguous())
+        return QRadioButton::event(event);
+    setFocus(Qt::ShortcutFocusReason);
+    click();
+    return true;
 }
 
 BWSlider::BWSlider(QWidget *parent) : QSlider(Qt::Horizontal, parent)

@@ -5,6 +5,7 @@
 #include <QFont>
 #include <QLabel>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSizeF>
 #include <QSlider>
 #include <QWheelEvent>
@@ -100,6 +101,16 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     virtual void drawInterior(QPainter &painter, const QRectF &frame) const;
+};
+
+/// A radio button that is chosen the moment its mnemonic is pressed. QRadioButton only looks pressed for a tenth of a second
+/// first, and a Return within that time would confirm the choice before. GUI thread.
+class BWRadioButton : public QRadioButton {
+public:
+    using QRadioButton::QRadioButton;
+
+protected:
+    bool event(QEvent *event) override;
 };
 
 /// A slider that a finger drags from wherever it is laid down, as its handle is too small to be hit. GUI thread.
