@@ -10,6 +10,7 @@
 #include <cstring>
 #include <map>
 #include <QSize>
+#include <vector>
 
 namespace {
 
@@ -45,6 +46,18 @@ QSize sizeFor(QSize size, Quality quality)
     if (quality == Quality::Small && std::max(size.width(), size.height()) > BWSmallerMovie::smallSide)
         size.scale(BWSmallerMovie::smallSide, BWSmallerMovie::smallSide, Qt::KeepAspectRatio);
     return {std::max(2, size.width() & ~1), std::max(2, size.height() & ~1)};
+}
+
+/// Lets libav decode the first pictures, for what the header does not say.
+int examinePictures(AVFormatContext &movie)
+{
+    std::vector<AVDictionary *> limits(movie.nb_streams);
+    for (AVDictionary *&limit : limits)
+        av_dict_set_int(&limit, "max_pixels", mostPixels, 0);
+    const int result = avformat_find_stream_info(&movie, limits.data());
+    for (AVDictionary *&limit : limits)
+        av_dict_free(&limit);
+    return result;
 }
 
 class Maker {
@@ -145,10 +158,14 @@ bool Maker::openSource()
     if (m_index < 0)
         return fail(End::NoPictures, m_index);
     const AVCodecParameters &parameters = *source().codecpar;
+    // libav leaves the size of MPEG-4 and older kinds to their decoders.
+    if (parameters.width <= 0 || parameters.height <= 0)
+        result = examinePictures(*m_movie.input());
     m_decoder.reset(avcodec_alloc_context3(decoder));
     if (!m_decoder)
         return fail(End::Failed, AVERROR(ENOMEM));
-    result = avcodec_parameters_to_context(m_decoder.get(), &parameters);
+    if (result >= 0)
+        result = avcodec_parameters_to_context(m_decoder.get(), &parameters);
     m_decoder->max_pixels = mostPixels;
     m_decoder->thread_count = m_options.threads;
     if (result >= 0)
