@@ -6,6 +6,8 @@
 #include "TestFolder.h"
 
 #include <QTest>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -14,6 +16,9 @@ using State = BWSeries::State;
 using Reason = BWSeries::Reason;
 
 namespace {
+
+/// A clock of the kernel's that the test has moved, and by how many seconds.
+std::pair<clockid_t, time_t> moved;
 
 /// A series under a clock of its own, with a camera and a disk that do what a script says. It notes the seconds at which
 /// pictures are requested, and the gaps: "0 10 gap:2/30".
@@ -77,6 +82,15 @@ BWSeriesPlan every10s(End end, qint64 number = 3, std::chrono::seconds duration 
 
 } // namespace
 
+/// In place of the C library's, for all that is in this process.
+extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
+{
+    const long result = ::syscall(SYS_clock_gettime, clock, time);
+    if (clock == moved.first)
+        time->tv_sec += moved.second;
+    return static_cast<int>(result);
+}
+
 class TestSeries : public QObject {
     Q_OBJECT
 
@@ -91,6 +105,7 @@ private Q_SLOTS:
         const BWSeriesPlan three = every10s(End::Number);
         const BWSeriesPlan endless = every10s(End::UntilStopped);
         add("a number", three, "60", "0 10 20", "3 0", State::Ended);
+        add("after a delay", every10s(End::Number, 3, 25s, 5s), "4 56", "5 15 25", "3 0", State::Ended);
         add("self-timer", every10s(End::Number, 1, 1s, 5s), "4", "", "0 0", State::Waiting);
         add("and it goes off", every10s(End::Number, 1, 1s, 5s), "60", "5", "1 0", State::Ended);
         add("a duration", every10s(End::Duration), "60", "0 10 20", "3 0", State::Ended);
@@ -149,6 +164,22 @@ private Q_SLOTS:
         QCOMPARE(bench.log.join(u' '), log);
         QCOMPARE(bench.series.savedCount(), saved + 2);
         QCOMPARE(bench.series.missedCount(), missedThen);
+    }
+
+    void clocksAreMoved()
+    {
+        BWManualClock timers;
+        BWSeries series({[&] { return &timers; }, [](unsigned) {}}, timers);
+        series.start({1h, 0s, End::UntilStopped, 1, 1s});
+        const auto missedAfter = [&](clockid_t clock, time_t seconds) {
+            moved = {clock, seconds};
+            timers.advance(2s); // it looks each second
+            moved = {};
+            return series.missedCount();
+        };
+        QCOMPARE(missedAfter(CLOCK_REALTIME, 86'400), 0); // set by the user
+        QCOMPARE(missedAfter(CLOCK_REALTIME, -86'400), 0);
+        QCOMPARE(missedAfter(CLOCK_BOOTTIME, 5400), 1); // the computer slept
     }
 
     void aDayHasNoDrift()

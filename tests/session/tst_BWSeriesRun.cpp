@@ -8,11 +8,28 @@
 #include "TestFolder.h"
 
 #include <atomic>
+#include <dlfcn.h>
 #include <QTest>
+#include <sys/statvfs.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Reason = BWSeries::Reason;
+
+namespace {
+
+std::atomic<bool> diskIsFull = false;
+
+} // namespace
+
+/// In place of the C library's, for all that is in this process.
+extern "C" int statvfs(const char *path, struct statvfs *disk) noexcept
+{
+    static const auto real = reinterpret_cast<decltype(&statvfs)>(::dlsym(RTLD_NEXT, "statvfs"));
+    const int result = real(path, disk);
+    disk->f_bavail = diskIsFull ? 0 : disk->f_blocks;
+    return result;
+}
 
 /// A series with a simulated camera and a real folder.
 class TestSeriesRun : public QObject {
@@ -92,8 +109,7 @@ private Q_SLOTS:
             QVERIFY(QDir().rename(folder, folder + u" 2"_s));
         else if (moment == "temporary files cannot be written")
             small.emplace(1000);
-        m_isThere = reason != Reason::AlbumGone || moment == "its disk is unmounted";
-        m_isFull = moment == "full disk";
+        diskIsFull = moment == "full disk";
         m_device = moment == "its disk is unmounted" ? 2 : 1;
         m_clock.advance(10s);
         QTRY_VERIFY((push(), !m_run->isRunning()));
@@ -160,14 +176,14 @@ private:
         m_ends = 0;
         m_result = {};
         m_looks = 0;
-        m_isThere = true;
-        m_isFull = false;
+        diskIsFull = false;
         m_device = 1;
         m_run.reset(); // lets go of the record
         m_run = std::make_unique<BWSeriesRun>(
             parts(), recordFile(), m_clock, [this] { return m_clock.now(); },
-            [this](const QUrl &) {
-                const BWSeriesRun::Disk disk{m_isThere, m_isFull, m_device};
+            [this](const QUrl &album) {
+                BWSeriesRun::Disk disk = BWSeriesRun::lookAt(album);
+                disk.device = m_device;
                 ++m_looks;
                 return disk;
             });
@@ -203,8 +219,6 @@ private:
     BWAlbumPtr m_chosen;
     BWCameraPtr m_camera;
     BWSeriesResult m_result;
-    std::atomic<bool> m_isThere = true;
-    std::atomic<bool> m_isFull = false;
     std::atomic<quint64> m_device = 1;
     std::atomic<int> m_looks = 0;
     int m_stills = 0;
