@@ -9,6 +9,7 @@ usage: test_series.py PROGRAM
 import os
 import re
 import signal
+import time
 
 from desktop import wait_until
 from program import ProgramTest, frames_of, probed, wait_for_picture
@@ -34,11 +35,11 @@ class Series(ProgramTest):
         self.program.activate(self.program.wait_for("frame", "BrimwellPro"))
         self.desktop.key("ctrl+i")
         self.program.wait_for_active("dialog", "Pictures at intervals")
-        self.desktop.input("key", "ctrl+a", *str(seconds), "alt+s")
+        self.desktop.input("key", "ctrl+a", *str(seconds), "alt+s", *([] if album else ["Return"]))
         if album:
             self.desktop.input("key", "alt+a", "End", "alt+m", "ctrl+a")
             self.desktop.input("type", album)
-        self.desktop.key("Return")
+            self.desktop.key("Return")
 
     def status(self, pattern):
         return wait_until(f'the status line says "{pattern}"', lambda: re.search(
@@ -56,8 +57,10 @@ class Series(ProgramTest):
         wait_until("there is a snapshot", lambda: self.pictures("Default Album"))
         self.hand("Unplug")
         self.status(r"(.*\n)?Series: \d+, waiting for the camera")
-        counted = len(self.pictures())
+        counted, unplugged = len(self.pictures()), time.monotonic()
+        wait_until("the gap is long enough to be told", lambda: time.monotonic() > unplugged + 6)
         self.hand("Plug In")
+        self.status(r"(.*\n)?The series goes on\. Missed pictures: \d+, in \d:\d\d(\n.*)?")
         wait_for_picture(self.program)
         wait_until("it goes on", lambda: len(self.pictures()) > counted)
         os.kill(self.program.pid, signal.SIGKILL)

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""While the program records or saves files elsewhere, it asks the desktop on a real session bus to stay awake: the screen
-saver, the power manager and the portal, or without them the login manager, all of which are made up here. Afterwards, or
-once it is killed, it does so no more.
+"""While the program records, takes a series of pictures or saves files elsewhere, it asks the desktop on a real session bus
+to stay awake: the screen saver, the power manager and the portal, or without them the login manager, all of which are made
+up here. Afterwards, or once it is killed, it does so no more.
 
 usage: test_staying_awake.py PROGRAM
 """
@@ -86,30 +86,52 @@ class StayingAwake(ProgramTest):
     def wait_until_asleep(self):
         wait_until("nothing keeps it awake", lambda: not self.said()[-1])
 
-    def test_recording_and_saving(self):
-        self.begin()
-        self.assertFalse(any(self.said()))
+    def record(self):
         self.desktop.key("ctrl+shift+s")
-        self.wait_until_awake()
-        self.desktop.key("ctrl+shift+s")
-        self.wait_until_asleep()
-        changes = len(self.said())
+
+    def take_series(self):
+        self.desktop.key("ctrl+i")
+        self.program.wait_for_active("dialog", "Pictures at intervals")
+        self.desktop.key("Return")
+
+    def save(self):
         self.desktop.key("F9")
         self.program.click("table cell", "20240607_image_002, image")
         self.desktop.key("ctrl+a")
         self.desktop.key("ctrl+e")
         self.program.wait_for_active("dialog", "Saving images as ZIP file")
         self.desktop.key("Return")
+
+    def test_while_it_works(self):
+        self.begin()
+        self.assertFalse(any(self.said()))
+        for start, stop in ((self.record, "ctrl+shift+s"), (self.take_series, "ctrl+i")):
+            start()
+            self.wait_until_awake()
+            self.desktop.key(stop)
+            self.wait_until_asleep()
+        changes = len(self.said())
+        self.save()
         wait_until("saving keeps it awake, too", lambda: any(self.said()[changes:]))
         self.wait_until_asleep()
         self.program.quit()
 
-    def test_killed(self):
+    def killed_while(self, working):
         self.begin()
-        self.desktop.key("ctrl+shift+s")
-        self.wait_until_awake()
+        working()
+        wait_until("it keeps the computer awake", lambda: self.said()[-1])
         os.kill(self.program.pid, signal.SIGKILL)
         self.wait_until_asleep()
+        self.assertFalse(list(self.desktop.home.rglob("*.zip")))
+
+    def test_killed_recording(self):
+        self.killed_while(self.record)
+
+    def test_killed_in_a_series(self):
+        self.killed_while(self.take_series)
+
+    def test_killed_saving(self):
+        self.killed_while(self.save)
 
     def test_login_manager(self):
         self.desktop.environment["DBUS_SYSTEM_BUS_ADDRESS"] = self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]

@@ -2,6 +2,8 @@
 #include "BWManualClock.h"
 #include "Model/Capture/BWSeries.h"
 #include "Model/Capture/BWSeriesFile.h"
+#include "Model/Capture/BWSeriesTexts.h"
+#include "Model/Texts/BWLocalizationManager.h"
 #include "Rows.h"
 #include "TestFolder.h"
 
@@ -143,6 +145,16 @@ private Q_SLOTS:
         QCOMPARE(bench.log.join(u' '), log);
         QCOMPARE(bench.outcome(), u"%1 %2"_s.arg(counts).arg(static_cast<int>(state)));
         QCOMPARE(bench.series.isRunning(), state != State::Ended);
+    }
+
+    void pillSaysHowFarItIs()
+    {
+        BWLocalizationManager texts(QString(), {u"en"_s});
+        Bench bench;
+        bench.series.start(every10s(End::Number, 3, 25s, 5s));
+        QCOMPARE(BWSeriesTexts::progress(bench.series, texts), u"Series: starts in 0:05"_s);
+        bench.play(u"8"_s);
+        QCOMPARE(BWSeriesTexts::progress(bench.series, texts), u"Series: 1 of 3, next in 0:07"_s);
     }
 
     /// How many of which were saved and missed when the program ended, and how long ago the first was due.
