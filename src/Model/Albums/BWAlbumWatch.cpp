@@ -23,6 +23,7 @@ constexpr int settleMilliseconds = 100; // of silence after which a program has 
 constexpr int longestSettle = 5; // times that
 constexpr std::size_t manyChanges = 1000; // more are quicker to list
 constexpr qsizetype longAlbum = 10'000; // files; to list more takes memory worth giving back
+constexpr std::size_t changesUntilTrim = 1000; // each leaves the space of a list, which smaller things break up
 constexpr int retryMilliseconds = 2000; // where nothing can be watched
 constexpr uint32_t entriesChange = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr uint32_t folderGoes = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
@@ -85,7 +86,7 @@ private:
     bool waitForEvents(int milliseconds) const;
     uint32_t takeEvents();
     Report listed(const std::optional<Report> &last) const;
-    Report followed(const Report &last, const std::vector<Change> &changes) const;
+    Report followed(const Report &last, const std::vector<Change> &changes);
     void report(const Report &report);
 
     const BWAlbum m_album;
@@ -94,6 +95,7 @@ private:
     const int m_events;
     int m_watch = -1;
     std::vector<Change> m_changes; // of entries, since the last listing
+    std::size_t m_followed = 0; // changes since memory was given back
     std::atomic<bool> m_stopped = false;
 };
 
@@ -170,11 +172,16 @@ BWAlbumWatch::Report BWAlbumWatch::Worker::listed(const std::optional<Report> &l
 }
 
 /// A file more or less costs a long album hardly anything.
-BWAlbumWatch::Report BWAlbumWatch::Worker::followed(const Report &last, const std::vector<Change> &changes) const
+BWAlbumWatch::Report BWAlbumWatch::Worker::followed(const Report &last, const std::vector<Change> &changes)
 {
     Report now{last.listing, false};
     for (const Change &change : changes)
         now.differs |= m_album.follow(*now.listing, change.name, change.isThere);
+    m_followed += changes.size();
+    if (now.listing->images.size() > longAlbum && m_followed >= changesUntilTrim) {
+        m_followed = 0;
+        ::malloc_trim(0);
+    }
     return now;
 }
 
