@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A day of a series, a picture each second, as fast as the pictures can be saved, with the album window open at the newest:
 // what the program holds on to after a part of the day, and what a picture has cost since the part before. $TMPDIR needs
-// room for them, for a day 2 GB. usage: bw_bench_series_day [PICTURES]
+// room for them, for a day 2 GB. The window takes in at once what comes within a moment; with a pause between the pictures,
+// each alone, as in a real series.
+// usage: bw_bench_series_day [PICTURES [FILES-THERE-BEFORE [PAUSE-IN-MILLISECONDS]]]
 #include "BWACUDriver/BWCameraDetector.h"
 #include "BWACUDriver/BWCameraManager.h"
 #include "BWACUDriver/BWSimulatedCameras.h"
@@ -15,6 +17,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <malloc.h>
 #include <QApplication>
@@ -71,6 +74,26 @@ double mebibytesOf(const char *name)
     return status.mid(status.indexOf(name)).split(':').value(1).trimmed().split(' ').first().toDouble() / 1024;
 }
 
+/// In all arenas; mallinfo2() knows only the main one.
+double mebibytesAllocated()
+{
+    char *text = nullptr;
+    std::size_t length = 0;
+    std::FILE *const stream = ::open_memstream(&text, &length);
+    ::malloc_info(0, stream);
+    std::fclose(stream);
+    const QByteArray report(text, static_cast<qsizetype>(length));
+    std::free(text);
+    const auto last = [&report](const char *entry) { // the sums come last
+        const qsizetype at = report.lastIndexOf(entry);
+        const qsizetype size = report.indexOf("size=\"", at) + 6;
+        return report.mid(size, report.indexOf('"', size) - size).toDouble();
+    };
+    return (last("<system type=\"current\"") + last("<total type=\"mmap\"") - last("<total type=\"fast\"")
+            - last("<total type=\"rest\""))
+        / (1 << 20);
+}
+
 /// Prints a row of the table.
 class Report {
 public:
@@ -81,8 +104,7 @@ public:
         const double now = computed(CLOCK_PROCESS_CPUTIME_ID);
         const auto since = static_cast<double>(pictures - std::exchange(m_pictures, pictures));
         std::printf("| %lld | %.1f | %.1f | %lld | %lld | %.2f | %.2f | %.1f | %.1f |\n",
-                    static_cast<long long>(pictures), mebibytesOf("VmRSS"),
-                    static_cast<double>(::mallinfo2().uordblks) / (1 << 20),
+                    static_cast<long long>(pictures), mebibytesOf("VmRSS"), mebibytesAllocated(),
                     static_cast<long long>(TestFolder::count(u"/proc/self/fd"_s)),
                     static_cast<long long>(TestFolder::count(u"/proc/self/task"_s)),
                     static_cast<double>(m_passed.restart()) / since, (now - std::exchange(m_computed, now)) / since,
@@ -105,12 +127,19 @@ int main(int argc, char *argv[])
     qputenv("XDG_CACHE_HOME", folder.folder(u"cache"_s).toLocalFile().toUtf8());
     Application application(argc, argv);
     QLoggingCategory::setFilterRules(u"bw.model.info=false\nbw.views=false"_s); // each picture; missing icons
-    const qint64 pictures = argc > 1 ? QByteArray(argv[1]).toLongLong() : wholeDay;
+    const auto argument = [&](int index, qint64 usual) {
+        return argc > index ? QByteArray(argv[index]).toLongLong() : usual;
+    };
+    const qint64 pictures = argument(1, wholeDay);
+    const qint64 pause = argument(3, 0);
 
     BWManualClock clock;
     BWSettingsFile defaults(folder.path(u"settings.conf"_s));
     BWAlbumManager albums(defaults, folder.path());
     albums.prepare();
+    const QString day = QDate::currentDate().toString(u"yyyyMMdd"_s);
+    for (qint64 there = argument(2, 0); there > 0; --there)
+        folder.file(u"BrimwellPro/Default Album/%1_image_%2.jpg"_s.arg(day).arg(there));
     BWCaptureController capture(albums, {[] {}, [](bool) {}, [](const auto &) {}});
     const auto backend = BWSimulatedBackend::create({{.path = folder.path(u"photo.png"_s),
                                                       .pacing = BWSimulatedCameraOptions::Pacing::Manual,
@@ -140,8 +169,10 @@ int main(int argc, char *argv[])
         reports << pictures * tenth / 10;
     Report report;
     QElapsedTimer pushed;
+    QElapsedTimer saving;
+    saving.start();
     QTimer step; // after the events of the picture before
-    QObject::connect(&step, &QTimer::timeout, &application, [&, taken = qint64(-1)]() mutable {
+    QObject::connect(&step, &QTimer::timeout, &application, [&, taken = qint64(-1), wanted = false]() mutable {
         const BWCameraPtr camera = cameras.cameras().value(0);
         if (!camera)
             return;
@@ -163,6 +194,11 @@ int main(int argc, char *argv[])
             }
             if (!run.isRunning())
                 return application.quit();
+            wanted = true;
+        }
+        if (wanted && saving.hasExpired(pause)) {
+            wanted = false;
+            saving.start();
             clock.advance(1s);
             pushed.invalidate();
         }
