@@ -19,7 +19,7 @@ from frame_cost import measure_cpu, measure_grid, measure_latency, measure_measu
 from recording import measure_long_recording, measure_recording, measure_snapshot  # noqa: E402
 from resting import measure_idle, measure_memory  # noqa: E402
 from series import measure_series  # noqa: E402
-from smaller_movie import measure_smaller_movie  # noqa: E402
+from smaller_movie import measure_saving_view, measure_smaller_movie  # noqa: E402
 from stage import Stage  # noqa: E402
 from start import measure_start  # noqa: E402
 from thumbnails import measure_thumbnails  # noqa: E402
@@ -41,6 +41,7 @@ PARTS = {
     "thumbnails": measure_thumbnails,
     "zip-export": measure_zip_export,
     "smaller-movie": measure_smaller_movie,
+    "saving-view": measure_saving_view,
     "series": measure_series,
 }
 

@@ -60,6 +60,7 @@ WANTED = {
     "ZIP export, time to zip's": at_most(1),
     "ZIP export, memory": below(64, " MiB"),
     "smaller movie, time to ffmpeg's": at_most(1.25),
+    "live view, frames lost to an encoder": at_most(3, " %"),
     "series, CPU of a picture": below(50, " ms"),
     "series, hold-ups above 16 ms": at_most(0),
 }

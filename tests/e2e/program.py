@@ -42,6 +42,10 @@ class Element:
         return Area(extents.x, extents.y, extents.width, extents.height)
 
     @property
+    def description(self):
+        return self._accessible.get_description() or ""
+
+    @property
     def value(self):
         """Of a slider or a field for numbers."""
         return self._accessible.get_value_iface().get_current_value()
