@@ -5,11 +5,22 @@
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Rows.h"
+#include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWAlbumNotice.h"
+#include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
 #include "Views/BWNoCameraWindowController.h"
 #include "Views/BWStartProblemAlert.h"
+#include "Views/Help/BWSimpleHelpWindowController.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWMainMenu.h"
+#include "Views/MainWindow/BWMainWindow.h"
+#include "Views/MainWindow/BWMeasuringStrip.h"
+#include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWFlashActionViewController.h"
+#include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWLightTabView.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/BWPreparingView.h"
@@ -44,7 +55,15 @@ class TestBWWindows : public QObject {
     BWLocalizationManager m_texts{QString(), {u"en"_s}};
     BWManualClock m_clock;
 
+    using MakeWindow = std::function<QWidget *()>;
+
 private Q_SLOTS:
+    void initTestCase()
+    {
+        QIcon::setThemeSearchPaths({u"/usr/share/icons"_s}); // a desktop would do that
+        BWIcons::install(*qApp);
+    }
+
     void showPreparingCamera()
     {
         for (const bool sheet : {false, true}) {
@@ -269,6 +288,58 @@ private Q_SLOTS:
                 presenter.presentOK(u"Delete album"_s, markup);
             QCOMPARE(shown.join(u'|'), buttons);
         }
+    }
+
+    void coloursFollowThePaletteOfAShownWindow_data()
+    {
+        const Rows<MakeWindow> row;
+        row("camera", [this]() -> QWidget * {
+            static BWLiveRenderer renderer;
+            auto *window = new BWMainWindow(renderer);
+            window->setStrip(new BWMeasuringStrip(*window->menu().measuring, window));
+            window->localizeWithManager(m_texts);
+            window->currentCameraLabel().setText(u"Live"_s);
+            (new BWFlashActionViewController(*window, 200, m_texts, m_clock))
+                ->setAction(BWFlashActionViewController::Action::RecordingStarted);
+            return window;
+        });
+        row("albums", []() -> QWidget * {
+            auto *tabs = new BWLightTabView;
+            tabs->addTab(new BWAlbumFooter, u"Images"_s);
+            auto *grid = new BWThumbnailTableView;
+            grid->setEmptyNotice(u"network-server"_s, u"Waiting"_s);
+            tabs->addTab(grid, u"Videos"_s);
+            (new BWAlbumNotice(grid))->showNotice(u"Saved"_s, true);
+            tabs->setCurrentIndex(1);
+            return tabs;
+        });
+        row("help", []() -> QWidget * { return new BWSimpleHelpWindowController({}, {}, nullptr); });
+        row("no camera", [this]() -> QWidget * { return new BWNoCameraWindowController({}, m_clock); });
+    }
+    void coloursFollowThePaletteOfAShownWindow()
+    {
+        const auto [make] = Rows<MakeWindow>::current();
+        const auto look = [](QWidget &window) {
+            QCoreApplication::processEvents();
+            return window.grab().toImage();
+        };
+        const auto open = [&, make = make] {
+            std::unique_ptr<QWidget> window(make());
+            window->setAttribute(Qt::WA_DontShowOnScreen); // or only one of them would have the keyboard
+            const auto parts = window->findChildren<QWidget *>();
+            for (QWidget *part : parts)
+                part->setVisible(!part->isWindow());
+            window->show();
+            look(*window);
+            return window;
+        };
+        const auto shown = open();
+        for (const auto &[dark, highContrast] : {std::pair(true, false), {false, false}, {true, true}, {false, true}}) {
+            QApplication::setPalette(
+                BWColors::wanted(QPalette(Qt::lightGray), dark, highContrast).value_or(QPalette()));
+            QVERIFY(look(*shown) == look(*open()));
+        }
+        QApplication::setPalette(QPalette());
     }
 
     void onlyTheZoomRepeatsWhileItsKeyIsHeld()

@@ -5,6 +5,7 @@
 #include "Utils/BWUIUtils.h"
 #include "Utils/BWVersion.h"
 #include "Views/Help/BWShortcutTable.h"
+#include "Views/Utils/BWControls.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
@@ -74,9 +75,6 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
 {
     makeBWTextCopyable(*m_problem);
     m_problem->hide();
-    auto *line = new QFrame;
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Sunken);
 
     auto *head = new BWProgramHead(QStringLiteral("BrimwellPro " BW_VERSION));
     head->addLine(m_introduction);
@@ -86,7 +84,7 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
     column->setSizeConstraint(QLayout::SetFixedSize);
     column->addWidget(head);
     column->addLayout(ways());
-    column->addWidget(line);
+    column->addWidget(new BWLine(Qt::Horizontal));
     column->addWidget(m_shortcutsTitle);
     m_shortcutsView->setFrameShape(QFrame::NoFrame);
     m_shortcutsView->setWidgetResizable(true);

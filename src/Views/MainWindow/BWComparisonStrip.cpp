@@ -3,11 +3,9 @@
 
 #include "Utils/BWUIUtils.h"
 #include "Views/MainWindow/BWMainMenu.h"
-#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWControls.h"
 
 #include <QAction>
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
 
@@ -17,18 +15,6 @@ namespace {
 
 constexpr int sliderSteps = 100;
 constexpr int sliderWidth = 110;
-constexpr double lineShare = 0.25; // of the text colour
-
-QWidget *separator(QWidget *parent)
-{
-    auto *line = new QFrame(parent);
-    line->setFrameShape(QFrame::VLine);
-    line->setFrameShadow(QFrame::Plain);
-    QPalette palette = line->palette();
-    palette.setColor(QPalette::WindowText, BWColors::line(palette, lineShare));
-    line->setPalette(palette);
-    return line;
-}
 
 } // namespace
 
@@ -49,9 +35,9 @@ BWComparisonStrip::BWComparisonStrip(const BWMainMenu &menu, QWidget *parent)
     row->addSpacing(6);
     row->addWidget(m_slider);
     row->addSpacing(6);
-    row->addWidget(separator(this));
+    row->addWidget(new BWLine(Qt::Vertical, this));
     row->addWidget(add(menu.linkPictures, text(u"link"_s, u"Linked"_s)));
-    row->addWidget(separator(this));
+    row->addWidget(new BWLine(Qt::Vertical, this));
     row->addWidget(add(menu.saveComparison, text(u"save"_s, u"Save comparison as..."_s)));
     row->addWidget(add(menu.endComparison, text(u"end"_s, u"End comparison"_s)));
     connect(m_slider, &QSlider::valueChanged, this,

@@ -44,7 +44,7 @@ BWControlBar::BWControlBar(const BWMainMenu &menu, QWidget *parent) : QWidget(pa
     setFixedHeight(BWLiveViewGeometry::barHeight);
     makeControls();
     addColumns();
-    updateIcons();
+    setIcons();
 
     connect(m_resolutionPopUpButton, &QComboBox::textActivated, this, &BWControlBar::resolutionPicked);
     connect(m_zoomDoubleButton, &BWDoubleButton::triggered, this, &BWControlBar::zoomTriggered);
@@ -152,7 +152,7 @@ BWBarButton *BWControlBar::makeButton(int iconSize)
     return button;
 }
 
-void BWControlBar::updateIcons()
+void BWControlBar::setIcons()
 {
     m_zoomDoubleButton->setLeftIcon(BWIcons::icon(u"brimwellpro-zoom-out"_s));
     m_zoomDoubleButton->setRightIcon(BWIcons::icon(u"brimwellpro-zoom-in"_s));
@@ -286,13 +286,6 @@ void BWControlBar::setControlsEnabled(bool camera, bool picture)
     }
     if (!camera)
         m_resolutionPopUpButton->setCurrentIndex(-1);
-}
-
-void BWControlBar::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
-        updateIcons();
-    QWidget::changeEvent(event);
 }
 
 /// With the columns as close together as they may be.

@@ -70,7 +70,6 @@ Q_SIGNALS:
 protected:
     bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
 private:
     enum class Needs { Camera, Picture, Nothing };
@@ -88,7 +87,7 @@ private:
     QLabel *addColumn(int position, QWidget *control, const BWLocalizableString &text, const QAction *action,
                       Needs needs);
     BWBarButton *makeButton(int iconSize);
-    void updateIcons();
+    void setIcons();
     void keepRoomForStop();
     int gaps() const;
 

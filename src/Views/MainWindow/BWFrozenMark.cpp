@@ -41,7 +41,7 @@ void BWFrozenMark::fit()
 
 void BWFrozenMark::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange)
         fit();
     QWidget::changeEvent(event);
 }

@@ -75,6 +75,9 @@ BWMeasuringStrip::BWMeasuringStrip(const BWMeasuringMenu &menu, QWidget *parent)
     setIcons();
     connect(m_close, &QToolButton::clicked, menu.showTools, &QAction::trigger);
     connect(m_scales, &QComboBox::activated, this, &BWMeasuringStrip::pickScale);
+    connect(m_scales, &QComboBox::currentTextChanged, this, [this](const QString &scale) { // it may not fit
+        m_scales->setToolTip(m_scaleLabel->text() + u'\n' + scale);
+    });
 }
 
 BWBarButton *BWMeasuringStrip::addButton(QAction *action)
@@ -91,12 +94,8 @@ BWBarButton *BWMeasuringStrip::addButton(QAction *action)
 
 void BWMeasuringStrip::addGap()
 {
-    auto *line = new QFrame(this);
-    line->setFrameShape(QFrame::VLine);
-    line->setForegroundRole(QPalette::Mid);
-    line->setFrameShadow(QFrame::Plain);
     m_row->addSpacing(gap / 2);
-    m_row->addWidget(line);
+    m_row->addWidget(new BWLine(Qt::Vertical, this));
     m_row->addSpacing(gap / 2);
 }
 
@@ -117,7 +116,6 @@ void BWMeasuringStrip::localizeWithManager(BWLocalizationManager &manager)
     setAccessibleName(manager.text(u"measuring"_s, u"strip"_s, u"Measuring tools"_s));
     m_scaleLabel->setText(manager.text(u"measuring"_s, u"scale_label"_s, u"Scale"_s));
     m_scales->setAccessibleName(m_scaleLabel->text());
-    m_scales->setToolTip(m_scaleLabel->text());
     m_noScale = manager.text(u"measuring"_s, u"no_scale"_s, u"No scale: pixels"_s);
     m_closeText = manager.text(u"measuring"_s, u"close_button"_s, u"Close"_s);
     setTexts();
@@ -189,7 +187,6 @@ void BWMeasuringStrip::focusTool()
     }
 }
 
-/// Those of a theme do not follow the palette by themselves.
 void BWMeasuringStrip::setIcons()
 {
     const auto tools = m_menu.tools();
@@ -206,13 +203,6 @@ void BWMeasuringStrip::setIcons()
         action->setIconVisibleInMenu(false);
     }
     m_close->setIcon(BWIcons::icon(u"brimwellpro-close"_s));
-}
-
-void BWMeasuringStrip::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
-        setIcons();
-    QWidget::changeEvent(event);
 }
 
 /// As the control bar above the picture.

@@ -39,7 +39,6 @@ Q_SIGNALS:
     void scalePicked(int index);
 
 protected:
-    void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 

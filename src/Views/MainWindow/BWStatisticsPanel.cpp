@@ -185,7 +185,7 @@ void BWStatisticsPanel::hideEvent(QHideEvent *event)
 
 void BWStatisticsPanel::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::FontChange) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange) {
         m_columns = {};
         fit();
     }

@@ -101,7 +101,7 @@ void BWStatusPill::fit()
 
 void BWStatusPill::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange)
         fit();
     QWidget::changeEvent(event);
 }

@@ -74,9 +74,6 @@ void BWAdvancedSettingsWindowController::layOut()
     bold.setBold(true);
     m_productName->setFont(bold);
     m_productName->setContentsMargins(margin, margin, margin, 0);
-    auto *line = new QFrame;
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Sunken);
     auto *buttons = new QHBoxLayout;
     buttons->setContentsMargins(margin, margin * 3 / 5, margin, margin * 3 / 5);
     buttons->setSpacing(margin / 2);
@@ -88,7 +85,7 @@ void BWAdvancedSettingsWindowController::layOut()
     column->setSpacing(0);
     column->addWidget(m_productName);
     column->addWidget(m_settingsView, 1);
-    column->addWidget(line);
+    column->addWidget(new BWLine(Qt::Horizontal));
     column->addLayout(buttons);
 }
 

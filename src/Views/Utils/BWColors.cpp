@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <QPalette>
 
 namespace {
 
@@ -96,6 +95,33 @@ QColor BWColors::line(const QPalette &palette, double share)
 {
     const QColor text = palette.color(QPalette::Active, QPalette::WindowText);
     return isHighContrast(palette) ? text : mixed(palette.color(QPalette::Window), text, share);
+}
+
+std::optional<QPalette> BWColors::wanted(const QPalette &own, std::optional<bool> dark, bool highContrast)
+{
+    const bool becomesDark = dark.value_or(isDark(own));
+    if (becomesDark == isDark(own) && (!highContrast || isHighContrast(own)))
+        return std::nullopt;
+    struct Scheme {
+        QColor button, window, base, highlight, highlightedText;
+    };
+    static const Scheme schemes[]{{0xeff0f1, 0xeff0f1, Qt::white, 0x2a76c6, Qt::white},
+                                  {0x3a3d41, 0x2b2d30, 0x1e1f22, 0x3584e4, Qt::white},
+                                  {Qt::white, Qt::white, Qt::white, Qt::blue, Qt::white},
+                                  {Qt::black, Qt::black, Qt::black, Qt::yellow, Qt::black}};
+    const Scheme &scheme = schemes[2 * int(highContrast) + int(becomesDark)];
+    QPalette palette(scheme.button, scheme.window);
+    palette.setColor(QPalette::Base, scheme.base);
+    palette.setColor(QPalette::AlternateBase, mixed(scheme.base, scheme.window, 0.5));
+    palette.setColor(QPalette::Highlight, scheme.highlight);
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, Qt::gray);
+    palette.setColor(QPalette::HighlightedText, scheme.highlightedText);
+    palette.setColor(QPalette::ToolTipBase, scheme.window);
+    palette.setColor(QPalette::ToolTipText, palette.color(QPalette::WindowText));
+    for (const QPalette::ColorRole role : {QPalette::Link, QPalette::LinkVisited})
+        palette.setColor(role, scheme.highlight);
+    mend(palette);
+    return palette;
 }
 
 void BWColors::mend(QPalette &palette)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <optional>
 #include <QColor>
-
-class QPalette;
+#include <QPalette>
 
 /// Colours that can be told from what they lie on, in every palette: whatever we paint ourselves takes them from here.
 /// Contrast is that of the Web Content Accessibility Guidelines, from 1 to 21. Any thread.
@@ -13,6 +13,7 @@ public:
 
     static constexpr double readable = 4.5; ///< the least contrast of a text
     static constexpr double visible = 3; ///< of an icon, a mark, the edge of a control
+    static constexpr QColor mark{0x27, 0xae, 0x60}; ///< of what is chosen, where it needs no other
 
     static double contrast(const QColor &one, const QColor &other);
     /// So much of a colour in an opaque ground.
@@ -34,6 +35,9 @@ public:
     /// A line that only divides. In high contrast as strong as text, else a share of it.
     static QColor line(const QPalette &palette, double share = 0.18);
 
+    /// The palette for a desktop that wants the program dark or light, or in high contrast. Nothing if what the program has by
+    /// itself will do.
+    static std::optional<QPalette> wanted(const QPalette &own, std::optional<bool> dark, bool highContrast);
     /// Makes selected texts, placeholders and links readable, and disabled texts unlike others.
     static void mend(QPalette &palette);
 };

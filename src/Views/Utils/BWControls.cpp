@@ -2,6 +2,8 @@
 #include "Views/Utils/BWControls.h"
 
 #include "Utils/BWUIUtils.h"
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
 #include "Views/Utils/BWTouchInput.h"
 
 #include <QEvent>
@@ -180,6 +182,40 @@ bool BWRadioButton::event(QEvent *event)
     setFocus(Qt::ShortcutFocusReason);
     click();
     return true;
+}
+
+BWLine::BWLine(Qt::Orientation orientation, QWidget *parent) : QWidget(parent), m_orientation(orientation)
+{
+    if (orientation == Qt::Vertical)
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+    else
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+QSize BWLine::sizeHint() const
+{
+    constexpr int room = 3;
+    return {room, room};
+}
+
+void BWLine::paintEvent(QPaintEvent *)
+{
+    constexpr double share = 0.25; // of the text colour
+    QPainter painter(this);
+    QRectF line = rect();
+    if (m_orientation == Qt::Vertical)
+        line = QRectF(width() / 2, 0, bwLineWidth(painter), height());
+    else
+        line = QRectF(0, height() / 2, width(), bwLineWidth(painter));
+    painter.fillRect(line, BWColors::line(palette(), share));
+}
+
+void BWPopUpButton::initStyleOption(QStyleOptionComboBox *option) const
+{
+    QComboBox::initStyleOption(option);
+    constexpr int kept = 2; // which styles keep free beside the text
+    const int room = style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this).width();
+    option->currentText = option->fontMetrics.elidedText(option->currentText, Qt::ElideMiddle, room - kept);
 }
 
 BWSlider::BWSlider(QWidget *parent) : QSlider(Qt::Horizontal, parent)

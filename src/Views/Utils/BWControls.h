@@ -122,6 +122,20 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
 };
 
+/// A line between parts of a window that can be seen in every palette. GUI thread.
+class BWLine : public QWidget {
+public:
+    explicit BWLine(Qt::Orientation orientation, QWidget *parent = nullptr);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    Qt::Orientation m_orientation;
+};
+
 /// A pop-up menu that ignores the mouse wheel unless it is open. An accidental turn of the wheel would change too much:
 /// another camera or resolution ends a recording, another album receives the next captures.
 class BWPopUpButton : public QComboBox {
@@ -129,5 +143,7 @@ public:
     using QComboBox::QComboBox;
 
 protected:
+    /// A choice that is too long ends in dots.
+    void initStyleOption(QStyleOptionComboBox *option) const override;
     void wheelEvent(QWheelEvent *event) override { event->ignore(); }
 };

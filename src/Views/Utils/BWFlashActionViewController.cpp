@@ -247,7 +247,7 @@ void BWFlashActionViewController::hideEvent(QHideEvent *event)
 
 void BWFlashActionViewController::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::FontChange) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange) {
         m_picture.setFont(font());
         pictureChanged();
     }

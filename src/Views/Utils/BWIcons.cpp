@@ -173,6 +173,14 @@ private:
     QString m_path;
 };
 
+/// Keeps the shape alone.
+void fill(QPixmap &picture, const QColor &color)
+{
+    QPainter painter(&picture);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(QRectF(QPointF(), picture.deviceIndependentSize()), color);
+}
+
 /// How well what stands out most can be told from the ground.
 double strongest(const QImage &drawn, const QColor &ground)
 {
@@ -185,46 +193,45 @@ double strongest(const QImage &drawn, const QColor &ground)
 }
 
 /// An icon of the theme, or an image. A disabled one becomes its own shadow, because what styles make of it can be as bright
-/// as before in a dark window; so does one of a theme that can hardly be seen on the window, in the colour of texts.
+/// as before in a dark window; so does one of a theme that can hardly be seen on the window, in the colour of texts. An icon
+/// that was asked for in one theme is drawn from the next one, too.
 class ThemedIconEngine : public PixelIconEngine {
 public:
-    enum class Kind { Theme, Image };
-
-    ThemedIconEngine(QIcon icon, Kind kind) : m_icon(std::move(icon)), m_kind(kind) { }
+    /// With the name that it has in themes, unless it is an image.
+    explicit ThemedIconEngine(QIcon icon, QString name = {}) : m_icon(std::move(icon)), m_name(std::move(name)) { }
 
     QSize actualSize(const QSize &size, QIcon::Mode mode, QIcon::State state) override
     {
-        return m_icon.actualSize(size, withoutDisabled(mode), state);
+        return icon().actualSize(size, withoutDisabled(mode), state);
     }
 
-    QIconEngine *clone() const override { return new ThemedIconEngine(m_icon, m_kind); }
+    QIconEngine *clone() const override { return new ThemedIconEngine(m_icon, m_name); }
 
     QString key() const override { return u"BWThemedIconEngine"_s; }
 
-    QString iconName() override { return m_icon.name(); }
+    QString iconName() override { return m_name; }
 
     bool isNull() override { return m_icon.isNull(); }
 
 protected:
     QPixmap inPixels(const QSize &size, double ratio, QIcon::Mode mode, QIcon::State state) override
     {
-        QPixmap picture = m_icon.pixmap((QSizeF(size) / ratio).toSize(), ratio, withoutDisabled(mode), state);
+        QPixmap picture = icon().pixmap((QSizeF(size) / ratio).toSize(), ratio, withoutDisabled(mode), state);
         const QColor window = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
-        const bool isFaint = m_kind == Kind::Theme && mode != QIcon::Selected
-            && strongest(picture.toImage(), window) < BWColors::visible;
-        if ((isFaint || mode == QIcon::Disabled) && !picture.isNull()) {
-            QPainter painter(&picture);
-            painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-            painter.fillRect(QRectF(QPointF(), picture.deviceIndependentSize()), colorsForMode(mode).text);
-        }
+        const bool isFaint =
+            !m_name.isEmpty() && mode != QIcon::Selected && strongest(picture.toImage(), window) < BWColors::visible;
+        if ((isFaint || mode == QIcon::Disabled) && !picture.isNull())
+            fill(picture, colorsForMode(mode).text);
         return picture;
     }
 
 private:
     static QIcon::Mode withoutDisabled(QIcon::Mode mode) { return mode == QIcon::Disabled ? QIcon::Normal : mode; }
 
+    QIcon icon() const { return m_name.isEmpty() ? m_icon : QIcon::fromTheme(m_name, m_icon); }
+
     QIcon m_icon;
-    Kind m_kind;
+    QString m_name;
 };
 
 } // namespace
@@ -246,7 +253,7 @@ QIcon BWIcons::icon(const QString &name)
         qCInfo(bwViews, "No icon named \"%ls\"; is an icon theme installed?", qUtf16Printable(name));
         return {};
     }
-    return QIcon(new ThemedIconEngine(themed, ThemedIconEngine::Kind::Theme));
+    return QIcon(new ThemedIconEngine(themed, name));
 }
 
 QIcon BWIcons::image(const QString &fileName)
@@ -258,7 +265,14 @@ QIcon BWIcons::image(const QString &fileName)
     // QIcon looks for the sharper file only if a screen needs it now, but the window can move to another screen.
     QIcon icon(path);
     icon.addFile(sharper);
-    return QIcon(new ThemedIconEngine(icon, ThemedIconEngine::Kind::Image));
+    return QIcon(new ThemedIconEngine(icon));
+}
+
+QPixmap BWIcons::tinted(const QIcon &icon, const QSize &size, double ratio, const QColor &color)
+{
+    QPixmap picture = icon.pixmap(size, ratio);
+    fill(picture, color);
+    return picture;
 }
 
 QIcon BWIcons::applicationIcon()

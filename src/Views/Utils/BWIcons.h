@@ -23,6 +23,9 @@ public:
     /// One of the program's images by file name, such as "record.png", with its sharper variant for high resolutions.
     static QIcon image(const QString &fileName);
 
+    /// An icon's shape in another colour. `size` in points, of which each has `ratio` pixels.
+    static QPixmap tinted(const QIcon &icon, const QSize &size, double ratio, const QColor &color);
+
     /// The program's own icon in all sizes.
     static QIcon applicationIcon();
 };
