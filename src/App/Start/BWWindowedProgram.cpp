@@ -11,10 +11,12 @@
 #include "BWACUDriver/BWV4L2Backend.h"
 #include "Model/BWRepository.h"
 #include "Model/Session/BWCameraAuthorization.h"
+#include "Model/Session/BWDesktopAppearance.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Utils/BWVersion.h"
 #include "Views/MainWindow/BWMainWindow.h"
+#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWControlStyle.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
@@ -108,12 +110,24 @@ std::unique_ptr<QApplication> makeApplication(const BWCommandLine &line, int &ar
     return application;
 }
 
+/// Where Qt does not do it by itself. Other styles than Qt's own come with a desktop that looks after colours.
+void showAsDesktopWants(const BWDesktopAppearance::Wish &wish)
+{
+    const auto *style = qobject_cast<const BWControlStyle *>(QApplication::style());
+    if (!style || !style->isFusion())
+        return;
+    QApplication::setPalette(QPalette()); // Qt's choice, with which it may have followed the desktop
+    if (const auto palette = BWColors::wanted(QApplication::palette(), wish.dark, wish.highContrast))
+        QApplication::setPalette(*palette);
+}
+
 /// Until the user has quit.
 int runEventLoop(const BWCommandLine &line, BWSingleInstance &instance)
 {
     BWLocalizationManager &texts = BWRepository::singleton().localizationManager();
     if (texts.isRightToLeft())
         QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+    const BWDesktopAppearance appearance(showAsDesktopWants);
     AppDelegate delegate(delegateOptions(line));
     BWMessageBoxAlertPresenter alerts(texts, [&delegate] { return delegate.cameraWindow(); });
     BWUIUtils::setAlertPresenter(&alerts);

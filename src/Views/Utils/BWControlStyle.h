@@ -11,6 +11,9 @@ class BWControlStyle : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;
 
+    /// Whether it is Qt's own, which desktops leave to programs that bring no other.
+    bool isFusion() const;
+
     using QProxyStyle::polish;
     void polish(QPalette &palette) override;
     void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
@@ -19,7 +22,4 @@ public:
                      const QWidget *widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
                             const QWidget *widget) const override;
-
-private:
-    bool isFusion() const;
 };
