@@ -248,10 +248,14 @@ private Q_SLOTS:
         const QImage image = bar.grab().toImage();
         for (const int tab : {0, 1}) {
             const QRectF dot = BWLightTabItem::dotRect(bar.labelRect(tab));
-            const QColor color = image.pixelColor(dot.center().toPoint());
-            const bool green = color.green() > color.red() + 60 && color.green() > color.blue() + 30;
-            const bool gray = color.hsvSaturation() < 40 && color.value() < 200;
-            QVERIFY2(tab == 1 ? green : gray, qPrintable(color.name()));
+            const QPoint corner(qRound(dot.x()), qRound(dot.y()));
+            const QColor color = image.pixelColor(corner + QPoint(0, 1));
+            const QColor ground = image.pixelColor(corner - QPoint(1, 0));
+            const bool green = color.green() > color.red() + 40 && color.green() > color.blue() + 20;
+            QVERIFY2(tab == 1 ? green : color.hsvSaturation() < 40, qPrintable(color.name()));
+            QVERIFY(BWColors::contrast(color, ground) >= 3);
+            const bool isFilled = BWColors::contrast(image.pixelColor(corner + QPoint(1, 1)), ground) >= 3;
+            QCOMPARE(isFilled, tab == 1); // also for those who cannot tell the colours
         }
     }
 };

@@ -198,13 +198,14 @@ void BWThumbnailCellPainter::paint(QPainter *painter, const QStyleOptionViewItem
     if (m_view.hasFocus() && index == m_view.currentIndex())
         drawFocus(*painter, rect, option.palette);
     if (selected)
-        paintMark(*painter, BWThumbnailCellGeometry::markRect(option.rect));
+        paintMark(*painter, BWThumbnailCellGeometry::markRect(option.rect), option.palette.color(QPalette::Base));
     painter->restore();
 }
 
-void BWThumbnailCellPainter::paintMark(QPainter &painter, const QRectF &rect) const
+void BWThumbnailCellPainter::paintMark(QPainter &painter, const QRectF &rect, const QColor &ground) const
 {
-    const QPixmap mark = m_mark.pixmap(rect.size().toSize(), painter.device()->devicePixelRatioF());
+    const QPixmap mark = BWIcons::tinted(m_mark, rect.size().toSize(), painter.device()->devicePixelRatioF(),
+                                         BWColors::on(ground, BWColors::mark, BWColors::visible));
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawPixmap(rect, mark, QRectF(mark.rect()));
 }

@@ -70,7 +70,7 @@ public:
     static QString lengthText(std::chrono::milliseconds length);
 
 private:
-    void paintMark(QPainter &painter, const QRectF &rect) const;
+    void paintMark(QPainter &painter, const QRectF &rect, const QColor &ground) const;
     void paintPicture(QPainter &painter, const QRectF &rect, const BWThumbnailValue &value,
                       const QPalette &palette) const;
 

@@ -71,9 +71,12 @@ void BWControlStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
         break;
     case PE_PanelButtonCommand:
     case PE_FrameLineEdit:
+        if (option->state & State_HasFocus) // of which they show the ring
+            break;
+        [[fallthrough]];
     case PE_Frame:
     case PE_PanelMenu:
-        if (BWColors::isHighContrast(option->palette) && !(option->state & State_HasFocus))
+        if (BWColors::isHighContrast(option->palette))
             EdgePainter(*painter, *option).box(option->rect);
         break;
     default:

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/Utils/BWLightTabView.h"
 
+#include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWCrispFrame.h"
 #include "Views/Utils/BWIcons.h"
 
 #include <QPainter>
@@ -13,6 +15,8 @@ namespace {
 
 constexpr double dotSize = 4;
 constexpr double dotDistance = 7;
+constexpr QColor otherColor(0x9a, 0xa0, 0xa6);
+constexpr double dotContrast = BWColors::readable; // styles shade tabs, and what is so small is drawn lighter
 constexpr int dotRoom = 14; // for the dot on the left, and as much on the right, so that the text stays centred
 
 } // namespace
@@ -27,12 +31,14 @@ QRectF BWLightTabItem::dotRect(const QRectF &labelRect)
     return {labelRect.x() - dotDistance, labelRect.y() + labelRect.height() * 0.5 - 1, dotSize, dotSize};
 }
 
-void BWLightTabItem::drawDot(QPainter &painter, const QRectF &labelRect, bool selected) const
+void BWLightTabItem::drawDot(QPainter &painter, const QRectF &labelRect, bool selected, const QColor &ground) const
 {
     const QSize size(static_cast<int>(dotSize), static_cast<int>(dotSize));
-    const QPixmap pixmap = (selected ? m_greenImage : m_grayImage).pixmap(size, painter.device()->devicePixelRatioF());
+    const QColor color = BWColors::on(ground, selected ? BWColors::mark : otherColor, dotContrast);
+    const QPixmap pixmap =
+        BWIcons::tinted(selected ? m_greenImage : m_grayImage, size, painter.device()->devicePixelRatioF(), color);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    painter.drawPixmap(dotRect(labelRect), pixmap, QRectF(pixmap.rect()));
+    drawBWPixmap(painter, dotRect(labelRect).topLeft(), pixmap);
 }
 
 QSize BWLightTabBar::tabSizeHint(int index) const
@@ -54,7 +60,7 @@ void BWLightTabBar::drawTab(QPainter &painter, int index) const
     QStyleOptionTab option;
     initStyleOption(&option, index);
     style()->drawControl(QStyle::CE_TabBarTab, &option, &painter, this);
-    m_item.drawDot(painter, labelRect(index), index == currentIndex());
+    m_item.drawDot(painter, labelRect(index), index == currentIndex(), palette().color(QPalette::Window));
 }
 
 void BWLightTabBar::paintEvent(QPaintEvent *)

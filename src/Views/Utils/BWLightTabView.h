@@ -8,7 +8,8 @@
 
 class QPainter;
 
-/// The dot before a tab's label: 4 by 4 points, green for the selected tab, grey for the others.
+/// The dot before a tab's label: 4 by 4 points, green for the selected tab, a grey ring for
+/// the others, as strong as it takes to be seen.
 class BWLightTabItem {
 public:
     BWLightTabItem();
@@ -16,7 +17,7 @@ public:
     /// 7 points left of the label, vertically centred.
     static QRectF dotRect(const QRectF &labelRect);
 
-    void drawDot(QPainter &painter, const QRectF &labelRect, bool selected) const;
+    void drawDot(QPainter &painter, const QRectF &labelRect, bool selected, const QColor &ground) const;
 
 private:
     QIcon m_greenImage;
