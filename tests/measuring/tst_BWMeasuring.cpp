@@ -8,6 +8,7 @@
 #include "TestFrames.h"
 
 #include <cmath>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QTest>
 
@@ -107,6 +108,22 @@ private Q_SLOTS:
         };
         QCOMPARE(text(english), inEnglish);
         QCOMPARE(text(german), inGerman);
+    }
+
+    void unitsFollowNumbersWhereTextsAreReadFromTheRight()
+    {
+        const auto drawn = [](Qt::LayoutDirection direction) {
+            QGuiApplication::setLayoutDirection(direction);
+            QImage image(100, 20, QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            painter.setLayoutDirection(direction);
+            painter.drawText(image.rect(), Qt::AlignCenter,
+                             BWLengths::text({12, 3, Dimension::Length, Unit::Millimetre}, english));
+            return image;
+        };
+        const QImage fromTheRight = drawn(Qt::RightToLeft);
+        QVERIFY(drawn(Qt::LeftToRight) == fromTheRight);
     }
 
     void typedLengths()

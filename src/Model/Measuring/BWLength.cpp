@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <QGuiApplication>
 
 using namespace Qt::StringLiterals;
 
@@ -58,6 +59,14 @@ QString grouped(QString digits)
     return digits;
 }
 
+/// Kept in its order among texts that are read from the right.
+QString isolated(const QString &text)
+{
+    constexpr QChar leftToRight(0x2066);
+    constexpr QChar end(0x2069);
+    return QGuiApplication::isRightToLeft() ? leftToRight + text + end : text;
+}
+
 } // namespace
 
 double BWLengths::millimetres(BWLengthUnit unit)
@@ -108,13 +117,13 @@ QString BWLengths::text(const BWQuantity &quantity, const QLocale &locale)
     if (unit.isEmpty() || !std::isfinite(quantity.value))
         return digits;
     // A degree sign stands close to its number, units a no-break space away.
-    return quantity.dimension == BWDimension::Angle ? digits + unit : digits + QChar::Nbsp + unit;
+    return isolated(quantity.dimension == BWDimension::Angle ? digits + unit : digits + QChar::Nbsp + unit);
 }
 
 QString BWLengths::percent(double share, const QLocale &locale)
 {
     const double percent = share * 100;
-    return locale.toString(percent, 'f', percent < 1 ? 2 : 1) + QChar::Nbsp + u'%';
+    return isolated(locale.toString(percent, 'f', percent < 1 ? 2 : 1) + QChar::Nbsp + u'%');
 }
 
 double BWLengths::parsed(const QString &typed, BWLengthUnit fallback, const QLocale &locale)

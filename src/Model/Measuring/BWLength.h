@@ -36,7 +36,7 @@ QString symbol(BWLengthUnit unit, BWDimension dimension = BWDimension::Length);
 /// next if that is a 1. Never with a group separator. A dash for what could not be measured.
 QString number(const BWQuantity &quantity, const QLocale &locale);
 
-/// The number with its unit: "12.34 mm".
+/// The number with its unit: "12.34 mm". Stays in this order also where the program is read from the right.
 QString text(const BWQuantity &quantity, const QLocale &locale);
 
 /// A relative error: "0.4 %".
