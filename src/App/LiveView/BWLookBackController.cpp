@@ -11,6 +11,7 @@
 #include "Views/MainWindow/BWMeasuringMenu.h"
 #include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <QAction>
 #include <QFile>
@@ -227,27 +228,27 @@ bool BWLookBackController::takes(const QKeyEvent &key) const
 {
     // Whoever measures means the last measurement, or the selected one, and not the file.
     const BWMeasuringMenu &measuring = *m_window.menu().measuring;
-    if (key.matches(QKeySequence::Undo))
+    if (key.matches(BWViewKeys::undo))
         return (m_albums.canUndoRemoving() || m_albums.moves().canUndo())
             && !(isMeasuring() && measuring.undo->isEnabled());
-    if (key.key() == Qt::Key_Delete && isMeasuring() && measuring.remove->isEnabled())
+    if (key.key() == BWViewKeys::trash && isMeasuring() && measuring.remove->isEnabled())
         return false;
     return key.modifiers() == Qt::NoModifier
-        && (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right || key.key() == Qt::Key_Delete
-            || (m_still.isMovie && key.key() == Qt::Key_Return));
+        && (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right || key.key() == BWViewKeys::trash
+            || (m_still.isMovie && key.key() == BWViewKeys::play));
 }
 
 bool BWLookBackController::press(const QKeyEvent &key)
 {
     if (!takes(key))
         return false;
-    if (key.matches(QKeySequence::Undo))
+    if (key.matches(BWViewKeys::undo))
         m_albums.moves().canUndo() ? Q_EMIT undoMoveRequested() : undoTrash();
     else if (key.key() == Qt::Key_Left || key.key() == Qt::Key_Right)
         step((key.key() == Qt::Key_Right) != QGuiApplication::isRightToLeft());
     else if (key.isAutoRepeat())
         return true;
-    else if (key.key() == Qt::Key_Delete && isMeasuring())
+    else if (key.key() == BWViewKeys::trash && isMeasuring())
         m_statusLine.showForAMoment(
             m_texts
                 .text(u"look_back"_s, u"delete_while_measuring"_s,
@@ -255,7 +256,7 @@ bool BWLookBackController::press(const QKeyEvent &key)
                       "first (%1)."_s)
                 .arg(m_window.menu().measuring->showTools->shortcut().toString(QKeySequence::NativeText)),
             longNotice);
-    else if (key.key() == Qt::Key_Delete)
+    else if (key.key() == BWViewKeys::trash)
         trash();
     else
         play();

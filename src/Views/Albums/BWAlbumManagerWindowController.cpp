@@ -15,6 +15,7 @@
 #include "Views/Utils/BWFilePanels.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWLightTabView.h"
+#include "Views/Utils/BWViewKeys.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
@@ -201,7 +202,7 @@ void BWAlbumManagerWindowController::connectParts()
             this, [this] {
                 m_model->copyIndexesOfModel(currentGrid(), currentGrid().mouseEventHandler()->selectedIndexes());
             });
-    connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, m_actions.get(), &BWAlbumFileActions::undo);
+    connect(new QShortcut(BWViewKeys::undo, this), &QShortcut::activated, m_actions.get(), &BWAlbumFileActions::undo);
 }
 
 void BWAlbumManagerWindowController::localizeWithManager(BWLocalizationManager &manager)

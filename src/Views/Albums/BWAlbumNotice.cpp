@@ -4,6 +4,7 @@
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWIcons.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <QHBoxLayout>
 #include <QRegularExpression>
@@ -61,7 +62,7 @@ BWAlbumNotice::~BWAlbumNotice()
 void BWAlbumNotice::localize(BWLocalizationManager &manager)
 {
     m_undo->setText(manager.text(u"album_manager"_s, u"undo_button"_s, u"Undo"_s));
-    m_undo->setToolTip(BWUIUtils::withShortcut(m_undo->text(), QKeySequence::Undo));
+    m_undo->setToolTip(BWUIUtils::withShortcut(m_undo->text(), BWViewKeys::undo));
 }
 
 void BWAlbumNotice::showNotice(const QString &text, bool canUndo)

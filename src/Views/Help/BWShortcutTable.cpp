@@ -5,6 +5,7 @@
 #include "Views/Albums/BWThumbnailKeyboard.h"
 #include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWCrispFrame.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <algorithm>
 #include <QAction>
@@ -96,27 +97,25 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
         manager.text(u"help_window"_s, u"step_label"_s, u"Previous, next picture of the album"_s),
         QGuiApplication::isRightToLeft() ? QStringList{key(Qt::Key_Right), key(Qt::Key_Left)}
                                          : QStringList{key(Qt::Key_Left), key(Qt::Key_Right)}};
-    const BWShortcutSection::Shortcut trash{
-        manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s),
-        {key(Command::Trash), key(QKeySequence::Undo)}};
+    const QString trash = manager.text(u"help_window"_s, u"trash_label"_s, u"Move to the Trash, bring back"_s);
     const BWShortcutSection::Shortcut more{manager.text(u"help_window"_s, u"more_commands_label"_s, u"More commands"_s),
                                            {rightClick, longPress}};
     const BWShortcutSection image{
         manager.text(u"camera_window"_s, u"live_image"_s, u"Live image"_s),
         {{plainText(manager.text(u"main_menu"_s, u"snapshot_menu_item"_s, u"Take &snapshot"_s)),
-          {click, key(Qt::Key_Space),
+          {click, key(BWViewKeys::snapshot),
            manager.text(u"help_window"_s, u"camera_button_key"_s, u"Button on the camera"_s)}},
          {manager.text(u"camera_window"_s, u"zoom_label"_s, u"Zoom"_s), {with(Qt::ControlModifier, wheel)}},
          {manager.text(u"help_window"_s, u"move_picture_label"_s, u"Move the picture"_s), {wheel, middleButton + drag}},
          {manager.text(u"help_window"_s, u"copy_picture_label"_s, u"Copy the picture, as a snapshot would save it"_s),
-          {key(QKeySequence::Copy)}},
+          {key(BWViewKeys::copy)}},
          more}};
     const BWShortcutSection lastCapture{
         plainText(manager.text(u"main_menu"_s, u"last_capture_menu_item"_s, u"&Last capture"_s)),
         {step,
-         {manager.text(u"look_back"_s, u"play"_s, u"Play"_s), {key(Qt::Key_Return)}},
-         trash,
-         {manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), {key(Qt::Key_Escape)}}}};
+         {manager.text(u"look_back"_s, u"play"_s, u"Play"_s), {key(BWViewKeys::play)}},
+         {trash, {key(BWViewKeys::trash), key(BWViewKeys::undo)}},
+         {manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), {key(BWViewKeys::leave)}}}};
     const BWShortcutSection comparison{
         plainText(manager.text(u"comparison"_s, u"menu"_s, u"Compariso&n"_s)),
         {{manager.text(u"help_window"_s, u"move_line_label"_s, u"Move the dividing line"_s), {dragAlone}},
@@ -126,22 +125,24 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
     const BWShortcutSection fullScreen{
         plainText(manager.text(u"main_menu"_s, u"full_screen_menu_item"_s, u"&Full screen"_s)),
         {{manager.text(u"help_window"_s, u"show_bars_label"_s, u"Show the bar and the menus"_s),
-          {manager.text(u"help_window"_s, u"top_edge_key"_s, u"Pointer at the top edge"_s), key(Qt::Key_F10)}},
-         {manager.text(u"help_window"_s, u"leave_label"_s, u"Leave"_s), {key(QKeySequence::Cancel)}}}};
+          {manager.text(u"help_window"_s, u"top_edge_key"_s, u"Pointer at the top edge"_s), key(BWViewKeys::bars)}},
+         {manager.text(u"help_window"_s, u"leave_label"_s, u"Leave"_s), {key(BWViewKeys::leave)}}}};
     const BWShortcutSection measurements{
         manager.text(u"measuring"_s, u"layer"_s, u"Measurements"_s),
-        {{manager.text(u"help_window"_s, u"place_point_label"_s, u"Set a point"_s), {click, key(Qt::Key_Space)}},
+        {{manager.text(u"help_window"_s, u"place_point_label"_s, u"Set a point"_s),
+          {click, key(BWViewKeys::placePoint)}},
          {manager.text(u"help_window"_s, u"complete_label"_s, u"Complete a path, polygon or count"_s),
-          {doubleClick, key(Qt::Key_Return)}},
+          {doubleClick, key(BWViewKeys::complete)}},
          {manager.text(u"help_window"_s, u"draw_line_label"_s, u"Draw a line or circle in one go, move a point"_s),
           {dragAlone}},
          {manager.text(u"help_window"_s, u"level_label"_s, u"Keep a line level, upright or at 45°"_s),
-          {with(Qt::ShiftModifier, click), key(Qt::ShiftModifier | Qt::Key_Space)}},
+          {with(Qt::ShiftModifier, click), key(Qt::ShiftModifier | BWViewKeys::placePoint)}},
          {manager.text(u"help_window"_s, u"nudge_label"_s, u"Move a point by a pixel, by ten"_s),
           {arrows, with(Qt::ShiftModifier, arrows)}},
          {manager.text(u"help_window"_s, u"next_point_label"_s, u"Next, previous point"_s),
           {key(Qt::Key_Tab), key(Qt::SHIFT | Qt::Key_Tab)}},
-         {manager.text(u"help_window"_s, u"give_up_label"_s, u"Give up, leave the tool"_s), {key(Qt::Key_Escape)}}}};
+         {manager.text(u"help_window"_s, u"give_up_label"_s, u"Give up, leave the tool"_s),
+          {key(BWViewKeys::giveUp)}}}};
     const BWShortcutSection albums{
         manager.text(u"album_manager"_s, u"window_title"_s, u"Albums"_s),
         {{manager.text(u"help_window"_s, u"select_label"_s, u"Select"_s), {click, arrows}},
@@ -167,17 +168,17 @@ QList<BWShortcutSection> BWShortcutSection::ofViews(BWLocalizationManager &manag
          {manager.text(u"help_window"_s, u"save_elsewhere_label"_s, u"Save elsewhere"_s), {key(Command::SaveAs)}},
          {manager.text(u"help_window"_s, u"make_movie_label"_s, u"Smaller movie; movie of the pictures"_s),
           {key(Command::MakeMovie)}},
-         trash,
+         {trash, {key(Command::Trash), key(BWViewKeys::undo)}},
          {manager.text(u"help_window"_s, u"context_menu_label"_s, u"Menu of all commands"_s),
           {manager.text(u"help_window"_s, u"right_click_key"_s, u"Right click"_s), key(Command::Menu)}},
          {manager.text(u"help_window"_s, u"drag_label"_s, u"Drag into another program"_s), {hold + drag}}}};
     const BWShortcutSection others{
         manager.text(u"help_window"_s, u"other_windows_label"_s, u"Other windows"_s),
         {{manager.text(u"help_window"_s, u"close_label"_s, u"Close"_s),
-          {key(QKeySequence::Cancel), key(QKeySequence::Close)}},
-         {manager.text(u"help_window"_s, u"copy_results_label"_s, u"Copy the results"_s), {key(QKeySequence::Copy)}},
+          {key(BWViewKeys::leave), key(BWViewKeys::close)}},
+         {manager.text(u"help_window"_s, u"copy_results_label"_s, u"Copy the results"_s), {key(BWViewKeys::copy)}},
          {manager.text(u"help_window"_s, u"rename_label"_s, u"Rename, remove a calibration"_s),
-          {key(Qt::Key_F2), key(QKeySequence::Delete)}}}};
+          {key(BWViewKeys::renameCalibration), key(BWViewKeys::removeCalibration)}}}};
     return {image, fullScreen, lastCapture, comparison, measurements, albums, others};
 }
 

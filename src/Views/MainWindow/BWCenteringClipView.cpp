@@ -4,6 +4,7 @@
 #include "Model/LiveView/BWMeasuringGrid.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWTouchInput.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <QAccessibleWidget>
 #include <QGuiApplication>
@@ -462,7 +463,7 @@ void BWCenteringClipView::keyPressEvent(QKeyEvent *event)
 {
     const QPoint arrow = arrowOf(event->key());
     constexpr int wide = 10; // points, with Shift
-    if (event->key() == Qt::Key_Space && !event->isAutoRepeat())
+    if (event->key() == BWViewKeys::snapshot && !event->isAutoRepeat())
         Q_EMIT spacePressed();
     else if (m_movesReference && !arrow.isNull())
         panBy(arrow * (event->modifiers() & Qt::ShiftModifier ? wide : 1));

@@ -3,6 +3,7 @@
 
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/MainWindow/BWMeasuringMenu.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -35,7 +36,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
 
     openAlbumFolder = add(m_fileMenu, u"Ctrl+O"_s);
     m_fileMenu->addSeparator();
-    copyPicture = add(m_fileMenu, u"Ctrl+C"_s);
+    copyPicture = add(m_fileMenu, BWViewKeys::copy);
     openFile = add(m_fileMenu);
     showInFileManager = add(m_fileMenu, u"Ctrl+Shift+O"_s);
     renameFile = add(m_fileMenu, u"F2"_s);
@@ -116,7 +117,7 @@ BWMainMenu::BWMainMenu(QMainWindow &window) : QObject(&window)
     };
     connect(withoutItem(u"Ctrl+Alt+Shift+T"_s), &QAction::triggered, this,
             [this] { showTools(!m_toolsMenu->menuAction()->isVisible()); });
-    connect(withoutItem(u"F10"_s), &QAction::triggered, this, &BWMainMenu::barRequested);
+    connect(withoutItem(BWViewKeys::bars), &QAction::triggered, this, &BWMainMenu::barRequested);
     connect(m_panelsMenu, &QMenu::aboutToShow, this, &BWMainMenu::panelsMenuOpening);
     connect(m_cameras, &QActionGroup::triggered, this,
             [this](QAction *action) { Q_EMIT cameraPicked(action->data().toInt()); });

@@ -15,6 +15,7 @@
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/BWTouchInput.h"
+#include "Views/Utils/BWViewKeys.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
@@ -168,7 +169,7 @@ void BWMainWindow::setShowsLive(bool shows)
 
 void BWMainWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (event->matches(QKeySequence::Cancel) && !event->isAutoRepeat()) {
+    if (event->matches(BWViewKeys::leave) && !event->isAutoRepeat()) {
         for (const std::function<bool()> &leave : m_escapes) {
             if (leave && leave())
                 return;
@@ -259,7 +260,7 @@ void BWMainWindow::openMenu()
 bool BWMainWindow::event(QEvent *event)
 {
     if (event->type() == QEvent::ShortcutOverride
-        && static_cast<const QKeyEvent *>(event)->matches(QKeySequence::Cancel)) {
+        && static_cast<const QKeyEvent *>(event)->matches(BWViewKeys::leave)) {
         event->accept(); // the shortcut of an item tells the key; which thing it leaves is decided here
         return true;
     }

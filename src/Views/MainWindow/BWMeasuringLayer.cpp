@@ -6,6 +6,7 @@
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWRemarkField.h"
 #include "Views/Utils/BWTouchInput.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -356,21 +357,21 @@ bool BWMeasuringLayer::handleKey(const QKeyEvent &event)
         return true;
     }
     switch (event.key()) {
-    case Qt::Key_Return:
+    case BWViewKeys::complete:
     case Qt::Key_Enter:
         if (kind && kind->mostPoints == BWMeasurementKind::anyNumber && !m_tool->unfinished().points.isEmpty()) {
             m_tool->finish();
             return true;
         }
         [[fallthrough]];
-    case Qt::Key_Space:
+    case BWViewKeys::placePoint:
         m_usesKeys = true;
         if (!event.isAutoRepeat()) {
             m_tool->place(event.modifiers() & Qt::ShiftModifier);
             m_tool->release();
         }
         return true;
-    case Qt::Key_Escape:
+    case BWViewKeys::giveUp:
         if (m_tool->cancel())
             return true;
         Q_EMIT escaped();

@@ -7,6 +7,7 @@
 #include "Views/Utils/BWBarButton.h"
 #include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWPillPainting.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <algorithm>
 #include <QGuiApplication>
@@ -133,11 +134,11 @@ void BWPictureCaption::localizeWithManager(BWLocalizationManager &manager)
     };
     const QString play = manager.text(u"look_back"_s, u"play"_s, u"Play"_s);
     m_play->setText(play);
-    name(m_play, play, Qt::Key_Return);
+    name(m_play, play, BWViewKeys::play);
     name(m_previous, manager.text(u"look_back"_s, u"previous"_s, u"Previous"_s),
          isRightToLeft() ? Qt::Key_Right : Qt::Key_Left);
     name(m_next, manager.text(u"look_back"_s, u"next"_s, u"Next"_s), isRightToLeft() ? Qt::Key_Left : Qt::Key_Right);
-    name(m_close, manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), Qt::Key_Escape);
+    name(m_close, manager.text(u"look_back"_s, u"back_to_live"_s, u"Back to the live image"_s), BWViewKeys::leave);
 }
 
 void BWPictureCaption::showContents(const Contents &contents)

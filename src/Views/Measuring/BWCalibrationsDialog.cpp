@@ -4,6 +4,7 @@
 #include "Model/Measuring/BWLength.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWAccessibility.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <algorithm>
 #include <QDialogButtonBox>
@@ -78,8 +79,8 @@ BWCalibrationsDialog::BWCalibrationsDialog(const BWCalibrations &calibrations, c
         shortcut->setContext(Qt::WidgetShortcut); // not while a name is being edited
         connect(shortcut, &QShortcut::activated, this, react);
     };
-    onKey(Qt::Key_F2, &BWCalibrationsDialog::beginRename);
-    onKey(QKeySequence::Delete, &BWCalibrationsDialog::remove);
+    onKey(BWViewKeys::renameCalibration, &BWCalibrationsDialog::beginRename);
+    onKey(BWViewKeys::removeCalibration, &BWCalibrationsDialog::remove);
     m_list->setFocus();
 }
 

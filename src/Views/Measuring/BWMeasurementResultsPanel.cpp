@@ -4,6 +4,7 @@
 #include "Model/Export/BWPartFile.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWFilePanels.h"
+#include "Views/Utils/BWViewKeys.h"
 
 #include <cerrno>
 #include <cstring>
@@ -110,7 +111,7 @@ BWMeasurementResultsPanel::BWMeasurementResultsPanel(Callbacks callbacks, BWFile
 
     connect(m_copy, &QPushButton::clicked, this, &BWMeasurementResultsPanel::copy);
     connect(m_save, &QPushButton::clicked, this, &BWMeasurementResultsPanel::save);
-    connect(new QShortcut(QKeySequence::Copy, this), &QShortcut::activated, this, &BWMeasurementResultsPanel::copy);
+    connect(new QShortcut(BWViewKeys::copy, this), &QShortcut::activated, this, &BWMeasurementResultsPanel::copy);
     connect(m_rows, &QTreeWidget::currentItemChanged, this, [this](const QTreeWidgetItem *item) {
         if (item && item->data(NameColumn, measurementRole).isValid())
             Q_EMIT measurementChosen(item->data(NameColumn, measurementRole).toLongLong());

@@ -2,6 +2,7 @@
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include "Model/LiveView/BWLiveViewGeometry.h"
+#include "Views/Utils/BWViewKeys.h"
 #include "Views/Utils/Windows/BWFrameAutosave.h"
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
@@ -90,7 +91,7 @@ bool BWClosingKeys::eventFilter(QObject *watched, QEvent *event)
     if (event->type() != QEvent::KeyPress)
         return QObject::eventFilter(watched, event);
     const auto &key = static_cast<const QKeyEvent &>(*event);
-    const bool closes = key.matches(QKeySequence::Cancel) || key.matches(QKeySequence::Close);
+    const bool closes = key.matches(BWViewKeys::leave) || key.matches(BWViewKeys::close);
     if (closes)
         m_window.close();
     return closes;
