@@ -43,6 +43,14 @@ private:
     QPen m_pen;
 };
 
+/// Whether Fusion draws a ring in place of the edge.
+bool showsFocus(QStyle::PrimitiveElement element, QStyle::State state)
+{
+    return state & QStyle::State_HasFocus
+        && (element == QStyle::PE_FrameLineEdit
+            || (element == QStyle::PE_PanelButtonCommand && state & QStyle::State_KeyboardFocusChange));
+}
+
 } // namespace
 
 bool BWControlStyle::isFusion() const
@@ -71,12 +79,9 @@ void BWControlStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
         break;
     case PE_PanelButtonCommand:
     case PE_FrameLineEdit:
-        if (option->state & State_HasFocus) // of which they show the ring
-            break;
-        [[fallthrough]];
     case PE_Frame:
     case PE_PanelMenu:
-        if (BWColors::isHighContrast(option->palette))
+        if (BWColors::isHighContrast(option->palette) && !showsFocus(element, option->state))
             EdgePainter(*painter, *option).box(option->rect);
         break;
     default:
