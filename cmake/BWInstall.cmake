@@ -18,5 +18,13 @@ install(FILES ${packaging}/completion/brimwellpro.bash RENAME brimwellpro
 install(FILES ${packaging}/completion/brimwellpro.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 install(FILES ${packaging}/completion/_brimwellpro DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 install(FILES ${packaging}/man/brimwellpro.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES docs/CAMERAS.md docs/TECHNICIAN.md docs/METADATA.md docs/LICENCES.md
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/brimwellpro)
+
+set(documents ${CMAKE_INSTALL_DATADIR}/doc/brimwellpro)
+set(guides docs/FIRST-STEPS.md docs/SCOPES.md docs/MEASURING.md docs/CAMERAS.md docs/TECHNICIAN.md docs/METADATA.md)
+install(FILES CHANGELOG.md docs/LICENCES.md ${guides} DESTINATION ${documents})
+foreach(guide ${guides}) # with the pictures that they show
+    file(READ ${guide} text)
+    string(REGEX MATCHALL "images/[a-z0-9-]+\\.(png|jpg)" shown "${text}")
+    list(TRANSFORM shown PREPEND docs/)
+    install(FILES ${shown} DESTINATION ${documents}/images)
+endforeach()

@@ -66,6 +66,13 @@ class Package(unittest.TestCase):
         needed = re.search(r"\nBuild-Depends:((?:.+\n)+)\n", (SOURCES / "debian/control").read_text())[1]
         self.assertEqual({name.strip() for name in needed.split(",")} - {"", "debhelper-compat (= 13)"}, listed)
 
+    def test_guides_lead_to_what_is_installed(self):
+        documents = self.share / "doc/brimwellpro"
+        links = [(guide.name, link) for guide in documents.glob("*.md") if guide.name != "CHANGELOG.md"
+                 for link in re.findall(r"\]\(((?:images/)?[\w-]+\.\w+)[)#]", guide.read_text())]
+        self.assertGreater(len(links), 20)
+        self.assertEqual([link for link in links if not (documents / link[1]).exists()], [])
+
     def test_menu_finds_program_and_icon(self):
         entry = configparser.RawConfigParser()
         entry.read(self.share / "applications/brimwellpro.desktop")
