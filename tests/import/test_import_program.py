@@ -44,10 +44,10 @@ class CommandLine(unittest.TestCase):
         (self.folder / "%1\n").touch()
         os.truncate(self.folder / "%1\n", 17_000_000)
 
-    def run_program(self, *arguments):
+    def run_program(self, *arguments, output=subprocess.PIPE):
         environment = {"HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / ".config"), "LC_ALL": "C.UTF-8"}
-        return subprocess.run([PROGRAM, *map(str, arguments)], env=environment, capture_output=True, text=True,
-                              timeout=20, check=False)
+        return subprocess.run([PROGRAM, *map(str, arguments)], env=environment, stdout=output, stderr=subprocess.PIPE,
+                              text=True, timeout=20, check=False)
 
     def test_command_line(self):
         file = self.folder / "defaults.xml"
@@ -90,6 +90,13 @@ class CommandLine(unittest.TestCase):
             done = self.run_program(*arguments, "--list-cameras")
             self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1))
             self.assertIn("en, de, es, fr, ja", done.stderr)
+
+    def test_output_that_cannot_be_written(self):
+        with open("/dev/full", "wb") as full:
+            for arguments in (["--help"], ["--version"], ["--list-cameras"], ["--import-settings", self.folder / "defaults.xml"]):
+                done = self.run_program(*arguments, output=full)
+                self.assertEqual((done.returncode, done.stderr),
+                                 (1, "brimwellpro: The output could not be written: No space left on device\n"), arguments)
 
 
 class Menu(unittest.TestCase):

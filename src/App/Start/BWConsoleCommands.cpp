@@ -15,7 +15,10 @@
 #include "Utils/BWVersion.h"
 
 #include <QCoreApplication>
+#include <QIODevice>
 #include <QTextStream>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -61,11 +64,8 @@ int importSettings(const BWRepository::Options &options, const QString &path, QT
     return 0;
 }
 
-} // namespace
-
-int BWConsoleCommands::run(const BWCommandLine &line, int &argc, char **argv)
+int obey(const BWCommandLine &line, int &argc, char **argv, QTextStream &out)
 {
-    QTextStream out(stdout);
     if (line.help) {
         out << BWCommandLine::helpText();
         return 0;
@@ -82,4 +82,17 @@ int BWConsoleCommands::run(const BWCommandLine &line, int &argc, char **argv)
     else
         BWCameraListing::printSimulated(line.simulated, out);
     return 0;
+}
+
+} // namespace
+
+int BWConsoleCommands::run(const BWCommandLine &line, int &argc, char **argv)
+{
+    QTextStream out(stdout);
+    const int code = obey(line, argc, argv, out);
+    out.flush();
+    // A script must not take half a list for the whole one.
+    if (out.status() != QTextStream::Ok)
+        return refuse(u"The output could not be written: %1"_s.arg(out.device()->errorString()));
+    return code;
 }

@@ -9,6 +9,7 @@ class BWConsoleCommands {
 public:
     BWConsoleCommands() = delete;
 
-    /// Prints the result, or to the standard error why there is none. Returns the exit code, 0 or 1.
+    /// Prints the result, or to the standard error why there is none or why it could not be printed. Returns the exit
+    /// code, 0 or 1.
     static int run(const BWCommandLine &line, int &argc, char **argv);
 };
