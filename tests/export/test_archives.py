@@ -133,7 +133,7 @@ class Archives(unittest.TestCase):
             self.addCleanup(lambda run=run: (run.kill(), run.wait()))
             run.stdin.write(large + b"\0" + small)
             run.stdin.close()
-            while not os.path.exists(self.part(name)) or os.path.getsize(self.part(name)) == 0:
+            while not os.path.exists(self.part(name)) or os.path.getsize(self.part(name)) < 6:
                 self.assertIsNone(run.poll())
             run.send_signal(signal.SIGSTOP)
             with open(self.part(name), "rb") as part:
@@ -145,9 +145,11 @@ class Archives(unittest.TestCase):
         for name in ("taken", "foreign"):
             Path(self.part(name)).write_bytes(b"another program's")
 
+        begun = ["begun", "begun and taken"]
+
         def export(target):
             subprocess.run([PROGRAM, target], input=small, stdout=subprocess.DEVNULL, env=self.environment, check=True)
-            return [name for name in ("killed", "taken", "foreign", "running") if os.path.exists(self.part(name))]
+            return [name for name in ("killed", "taken", "foreign", "running", *begun) if os.path.exists(self.part(name))]
 
         self.assertEqual(export(os.path.join(self.album, b"out.jpg")), ["killed", "taken", "foreign", "running"])
         self.assertEqual(export(self.target), ["taken", "foreign", "running"])
@@ -155,6 +157,15 @@ class Archives(unittest.TestCase):
         runs["running"].wait()
         self.assertEqual(export(self.target), ["taken", "foreign"])
         self.assertEqual(Path(self.part("taken")).read_bytes(), b"another program's")
+
+        for name in begun:  # killed before the note of the part could say which file it is
+            part = self.part(name)
+            run = subprocess.run(["prlimit", f"--fsize={len(part) + 1}", PROGRAM, part[:-5]], input=large + b"\0" + small,
+                                 env=self.environment, check=False)
+            self.assertEqual((run.returncode, os.path.getsize(part)), (-signal.SIGXFSZ, 0))
+            if name.endswith("taken"):
+                Path(part).write_bytes(b"another program's")
+            self.assertEqual(export(self.target), ["taken", "foreign", *begun[1:begun.index(name) + 1]])
         self.assertEqual(list(self.target.parent.rglob("export-*")), [])
 
     def part(self, name):

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <QFile>
 #include <sys/stat.h>
@@ -36,16 +37,29 @@ QByteArray identity(int folder, const QByteArray &path, int flags)
     return "number " + QByteArray::number(qulonglong(info.stx_ino));
 }
 
-/// Removes the part that an unclaimed note is about. Whether the note has served its purpose.
-bool follow(const QByteArray &note, const QByteArray &folder)
+/// Whether the file may be a part whose program was killed before it could say more of it than its name: nothing is in it
+/// yet, and it was made when the note was, as far as the clocks of two disks agree.
+bool mayBeJustMade(const QByteArray &part, time_t noted)
 {
-    if (note.isEmpty())
+    constexpr time_t tolerance = 60; // seconds; a disk may have to wake up first
+    struct stat info;
+    return ::lstat(part.constData(), &info) == 0 && S_ISREG(info.st_mode) && info.st_size == 0
+        && std::abs(info.st_mtim.tv_sec - noted) <= tolerance;
+}
+
+/// Removes the part that an unclaimed note is about. Whether the note has served its purpose.
+bool follow(const QByteArray &note, time_t noted, const QByteArray &folder)
+{
+    const qsizetype end = note.indexOf('\0');
+    if (end < 0)
         return true; // its program was killed as it began
-    const qsizetype line = note.indexOf('\n');
-    const QByteArray part = note.mid(line + 1);
+    const QByteArray part = note.left(end);
     if (part.left(part.lastIndexOf('/') + 1) != folder)
         return false; // that part may be on a disk that does not answer
-    if (identity(AT_FDCWD, part, AT_SYMLINK_NOFOLLOW) == note.left(line) && ::unlink(part.constData()) == 0)
+    const QByteArray known = note.mid(end + 1);
+    const bool isOurs =
+        known.isEmpty() ? mayBeJustMade(part, noted) : identity(AT_FDCWD, part, AT_SYMLINK_NOFOLLOW) == known;
+    if (isOurs && ::unlink(part.constData()) == 0)
         qCInfo(bwModel).noquote() << "Removed what an interrupted export had left:"
                                   << BWFilePath::url(part).toDisplayString();
     return true;
@@ -65,12 +79,19 @@ QByteArray shortened(const QByteArray &name, qint64 length)
 
 } // namespace
 
-BWPartNote::BWPartNote(const QByteArray &part, int descriptor)
+BWPartNote::BWPartNote(const QByteArray &part)
     : m_path(BWFilePath::native(BWUIUtils::temporaryPath(prefix, u"part"_s))),
       m_claim(BWFileClaim::create(QFile::decodeName(m_path)))
 {
-    const QByteArray note = identity(descriptor, {}, AT_EMPTY_PATH) + '\n' + part;
-    if (m_claim && ::write(m_claim->descriptor(), note.constData(), std::size_t(note.size())) != note.size())
+    const qsizetype size = part.size() + 1; // with the zero that ends it
+    if (m_claim && ::write(m_claim->descriptor(), part.constData(), std::size_t(size)) != size)
+        m_claim.reset();
+}
+
+void BWPartNote::partIsOpen(int descriptor)
+{
+    const QByteArray known = identity(descriptor, {}, AT_EMPTY_PATH);
+    if (m_claim && ::write(m_claim->descriptor(), known.constData(), std::size_t(known.size())) != known.size())
         m_claim.reset();
 }
 
@@ -90,7 +111,9 @@ void BWPartNote::clearParts(const QByteArray &folder)
                 const auto claim = BWFileClaim::existing(notes.descriptor(), name);
                 std::array<char, std::size_t{2} * PATH_MAX> bytes;
                 const ssize_t size = claim ? ::pread(claim->descriptor(), bytes.data(), bytes.size(), 0) : -1;
-                if (size >= 0 && follow(QByteArray(bytes.data(), size), folder))
+                struct stat info;
+                if (size >= 0 && ::fstat(claim->descriptor(), &info) == 0
+                    && follow(QByteArray(bytes.data(), size), info.st_mtim.tv_sec, folder))
                     ::unlinkat(notes.descriptor(), name.constData(), 0);
             }
         }
@@ -126,21 +149,28 @@ bool BWPartFile::create()
     const bool taken = ::lstat((m_folder + m_name).constData(), &info) == 0;
     if (taken && S_ISDIR(info.st_mode))
         errno = EISDIR;
-    if (taken ? S_ISDIR(info.st_mode) : errno == ENAMETOOLONG)
+    if ((taken ? S_ISDIR(info.st_mode) : errno == ENAMETOOLONG)
+        || ::faccessat(AT_FDCWD, m_folder.constData(), W_OK | X_OK, AT_EACCESS) != 0)
         return false;
     if (const long longest = ::pathconf(m_folder.constData(), _PC_NAME_MAX); longest > 0)
         m_longestName = longest;
     BWPartNote::clearParts(m_folder);
     for (int attempt = 1; attempt < mostAttempts; ++attempt) {
         const QByteArray part = m_folder + partName(attempt);
-        m_descriptor = ::open(part.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (m_descriptor < 0 && errno == EEXIST)
+        if (::lstat(part.constData(), &info) == 0)
             continue;
-        if (m_descriptor < 0)
+        m_note.emplace(part); // first, so that a kill leaves no part without one
+        m_descriptor = ::open(part.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (m_descriptor >= 0) {
+            m_part = part; // what is not ours is never removed
+            m_note->partIsOpen(m_descriptor);
+            return true;
+        }
+        const int reason = errno;
+        m_note.reset();
+        errno = reason;
+        if (reason != EEXIST)
             return false;
-        m_part = part; // what is not ours is never removed
-        m_note.emplace(m_part, m_descriptor);
-        return true;
     }
     return false;
 }

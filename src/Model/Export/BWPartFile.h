@@ -14,11 +14,14 @@
 /// A note whose program is gone names the part that the program left behind. Any thread.
 class BWPartNote {
 public:
-    /// The part is open. Does without a note that cannot be written.
-    BWPartNote(const QByteArray &part, int descriptor);
+    /// The part is about to be made. Does without a note that cannot be written.
+    explicit BWPartNote(const QByteArray &part);
     ~BWPartNote();
     BWPartNote(const BWPartNote &) = delete;
     BWPartNote &operator=(const BWPartNote &) = delete;
+
+    /// The part is open. Until then only an empty file that is as old as the note is taken for it.
+    void partIsOpen(int descriptor);
 
     /// Removes the parts that killed programs have left in that folder, whose path ends with a slash. Leaves alone what
     /// has taken the name of such a part since.
