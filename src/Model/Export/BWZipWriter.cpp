@@ -23,6 +23,8 @@ constexpr unsigned long nameIsUtf8 = 1 << 11;
 constexpr qint64 endOf32Bits = 0xffffffff;
 constexpr qsizetype mostIn16Bits = 0xffff;
 constexpr qsizetype endRecordSize = 22;
+constexpr qsizetype locatorSize = 20; // of zip64, before the end record
+constexpr quint32 locatorMark = 0x07064b50;
 
 /// Local time in the format of MS-DOS, which begins in 1980, ends in 2107 and counts in steps of two seconds.
 unsigned long dosDate(std::time_t time)
@@ -191,17 +193,18 @@ bool BWZipWriter::close()
     return check(status) && (m_names.size() <= mostIn16Bits || writeTrueCount());
 }
 
-/// minizip makes an archive zip64 for its size, but not for the number of its entries.
+/// minizip makes an archive zip64 for its size, but only newer releases do so for the number of its entries.
 bool BWZipWriter::writeTrueCount()
 {
     const qint64 endRecord = m_end - endRecordSize;
-    QByteArray end(endRecordSize, Qt::Uninitialized);
-    if (::pread(m_file.descriptor(), end.data(), endRecordSize, endRecord) != endRecordSize)
+    QByteArray end(locatorSize + endRecordSize, Qt::Uninitialized);
+    if (::pread(m_file.descriptor(), end.data(), std::size_t(end.size()), endRecord - locatorSize) != end.size())
         return check(ZIP_ERRNO);
+    if (qFromLittleEndian<quint32>(end.constData()) == locatorMark)
+        return true; // is zip64 already
+    end.remove(0, locatorSize);
     const auto directorySize = qFromLittleEndian<quint32>(end.constData() + 12);
     const auto directory = qFromLittleEndian<quint32>(end.constData() + 16);
-    if (directory == endOf32Bits)
-        return true; // is zip64 already
 
     const auto count = static_cast<quint64>(m_names.size());
     QByteArray large;
@@ -214,7 +217,7 @@ bool BWZipWriter::writeTrueCount()
     append<quint64>(&large, count);
     append<quint64>(&large, directorySize);
     append<quint64>(&large, directory);
-    append<quint32>(&large, 0x07064b50); // where that record is
+    append<quint32>(&large, locatorMark); // where that record is
     append<quint32>(&large, 0);
     append<quint64>(&large, static_cast<quint64>(endRecord));
     append<quint32>(&large, 1); // disk
