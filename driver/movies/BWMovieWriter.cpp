@@ -9,11 +9,13 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
 #include <fcntl.h>
 #include <mutex>
+#include <new>
 #include <QDateTime>
 #include <QFile>
 #include <QtEndian>
@@ -39,6 +41,8 @@ public:
 
     /// Returns at once. A request made while one is in progress is carried out after it.
     void request();
+    /// The errno of the first sync that failed; 0 as long as all is well. The kernel reports a lost block only once.
+    int error() const { return m_error; }
 
     int file() const { return m_file; }
 
@@ -50,6 +54,7 @@ private:
     std::condition_variable m_changed;
     bool m_wanted = false;
     bool m_ending = false;
+    std::atomic<int> m_error = 0;
     std::thread m_thread;
 };
 
@@ -73,7 +78,6 @@ void DiskSync::request()
 
 void DiskSync::run()
 {
-    bool warned = false;
     std::unique_lock lock(m_mutex);
     while (true) {
         m_changed.wait(lock, [this] { return m_wanted || m_ending; });
@@ -81,8 +85,8 @@ void DiskSync::run()
             return;
         m_wanted = false;
         lock.unlock();
-        if (!BWFileBytes::synchronizeData(m_file) && !std::exchange(warned, true))
-            qCWarning(bwMedia) << "A recording cannot be synced to the disk:" << std::strerror(errno);
+        if (m_error == 0 && !BWFileBytes::synchronizeData(m_file))
+            m_error = errno;
         lock.lock();
     }
 }
@@ -169,9 +173,11 @@ public:
 
 private:
     bool begin(const BWFrame &frame);
+    static BWJpeg::Bytes compressed(const BWFrame &frame);
     bool writePicture(const BWJpeg::Parts &jpeg, int64_t time);
     bool writeParts(std::span<const BWJpeg::Bytes> parts);
     int64_t timeOf(const BWFrame &frame) const;
+    bool fail(int error);
     bool fail(const QString &reason);
     void leaveOut(const BWFrame &frame, const char *reason);
     void complete();
@@ -217,6 +223,8 @@ bool MovWriter::write(const BWFrame &frame)
 {
     if (m_failed || m_finished)
         return false;
+    if (m_disk.error() != 0)
+        return fail(m_disk.error());
     if (m_begun
         && (frame.size() != QSize(m_first.width, m_first.height) || frame.pixelFormat() != m_first.pixelFormat)) {
         leaveOut(frame, "it differs from the first");
@@ -224,16 +232,26 @@ bool MovWriter::write(const BWFrame &frame)
     }
     BWJpeg::Parts jpeg;
     if (frame.pixelFormat() != BWPixelFormat::MJPEG)
-        jpeg[0] = BWJpeg::compress(frame, rawQuality);
+        jpeg[0] = compressed(frame);
     else if (BWJpeg::looksComplete(frame.plane(0).data, frame.plane(0).size))
         jpeg = BWJpeg::partsWithHuffmanTables(frame.plane(0).data, frame.plane(0).size);
     if (jpeg[0].empty()) {
-        leaveOut(frame, "it is damaged");
+        leaveOut(frame, "it is damaged, or there is no memory to encode it");
         return false;
     }
     if (!m_begun && !begin(frame))
         return false;
     return writePicture(jpeg, timeOf(frame));
+}
+
+/// Empty if it is damaged, or if there is no memory for it just now.
+BWJpeg::Bytes MovWriter::compressed(const BWFrame &frame)
+{
+    try {
+        return BWJpeg::compress(frame, rawQuality);
+    } catch (const std::bad_alloc &) {
+        return {};
+    }
 }
 
 bool MovWriter::writePicture(const BWJpeg::Parts &jpeg, int64_t time)
@@ -260,20 +278,24 @@ bool MovWriter::writePicture(const BWJpeg::Parts &jpeg, int64_t time)
 /// In one piece, if the disk can: a kill then leaves all of them or none.
 bool MovWriter::writeParts(std::span<const BWJpeg::Bytes> parts)
 {
-    if (!BWFileBytes::write(m_disk.file(), parts)) {
-        m_diskIsFull = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
-        return fail(QString::fromLocal8Bit(std::strerror(errno)));
-    }
+    if (!BWFileBytes::write(m_disk.file(), parts))
+        return fail(errno);
     for (const BWJpeg::Bytes &part : parts)
         m_goodSize += static_cast<int64_t>(part.size());
     return true;
+}
+
+bool MovWriter::fail(int error)
+{
+    m_diskIsFull = error == ENOSPC || error == EDQUOT || error == EFBIG;
+    return fail(QString::fromLocal8Bit(std::strerror(error)));
 }
 
 bool MovWriter::fail(const QString &reason)
 {
     qCWarning(bwMedia) << "Recording to" << m_path << "failed:" << reason;
     m_failed = true;
-    if (::ftruncate(m_disk.file(), m_goodSize) != 0) // cuts off the piece that was being written
+    if (!m_finished && ::ftruncate(m_disk.file(), m_goodSize) != 0) // cuts off the piece that was being written
         qCWarning(bwMedia) << "What was written of the last picture stays:" << std::strerror(errno);
     return false;
 }
@@ -306,10 +328,13 @@ void MovWriter::leaveOut(const BWFrame &frame, const char *reason)
 bool MovWriter::finish()
 {
     if (m_finished)
-        return !m_failed;
+        return !m_failed && !m_empty;
     m_finished = true;
     complete();
-    return !m_failed;
+    // A block that was lost on the way to the disk is reported to each open file: to this one, too, whoever synced it.
+    if (!m_empty && !m_failed && (m_disk.error() != 0 || !BWFileBytes::synchronizeData(m_disk.file())))
+        fail(m_disk.error() != 0 ? m_disk.error() : errno);
+    return !m_failed && !m_empty;
 }
 
 void MovWriter::complete()
@@ -321,7 +346,6 @@ void MovWriter::complete()
     if (completion != BWMovieCompletion::Empty)
         return;
     m_empty = true;
-    m_failed = true;
     if (!isRemoved())
         QFile::remove(m_path);
 }
@@ -331,7 +355,7 @@ void MovWriter::complete()
 std::unique_ptr<BWMovieWriter> BWLibav::createWriter(const QString &path, QString &error)
 {
     silence();
-    const int file = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int file = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (file < 0) {
         error = QString::fromLocal8Bit(std::strerror(errno));
         return nullptr;

@@ -82,8 +82,8 @@ public:
 
     /// Requests one still, delivered through the snapshot callback as JPEG data: the camera's own bytes if it streams
     /// MJPEG (with the standard Huffman tables inserted if it leaves them out), else encoded once. Each call takes one
-    /// good frame of its own, in order. A camera that is not streaming delivers nothing; requests still open when the
-    /// stream stops are dropped and logged.
+    /// good frame of its own, in order, or delivers no data if that cannot be encoded. A camera that is not streaming
+    /// delivers nothing; requests still open when the stream stops are dropped and logged.
     ///
     /// A `receiver` gets this still in place of the callback; or no data, on any thread, if none could be taken.
     void takeSnapshot(StillReceiver receiver = {});

@@ -16,7 +16,7 @@
 /// Used by one thread at a time. Faults are logged once.
 class BWMovieWriter {
 public:
-    /// Creates (or empties) the file at `path`. Null, with the reason in `error` if that is given, if it cannot be
+    /// Creates the file at `path` for this user alone, or empties it. Null, with the reason in `error` if that is given, if it cannot be
     /// written.
     static std::unique_ptr<BWMovieWriter> create(const QString &path, QString *error = nullptr);
 

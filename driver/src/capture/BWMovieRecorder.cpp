@@ -5,6 +5,7 @@
 #include "BWACUDriver/BWDiskSpace.h"
 
 #include <algorithm>
+#include <new>
 #include <QFile>
 #include <utility>
 
@@ -106,7 +107,12 @@ void BWMovieRecorder::offer(const BWFrame &frame)
     const std::lock_guard lock(m_mutex);
     if (m_state != State::Writing)
         return;
-    if (m_frames.push(frame))
+    bool isTaken = false;
+    try {
+        isTaken = m_frames.push(frame);
+    } catch (const std::bad_alloc &) { // for its copy; the stream goes on
+    }
+    if (isTaken)
         m_changed.notify_all();
     else if (m_status.framesLeftOut++ == 0)
         qCWarning(bwDriver) << "The movie file cannot be written as fast as frames arrive; frames are left out";
@@ -147,6 +153,8 @@ void BWMovieRecorder::run(const QString &path)
         writeFrames(*writer, path);
         if (!writer->finish())
             qCWarning(bwDriver).noquote() << "The movie" << path << "could not be completed";
+        if (writer->hasFailed())
+            noteFailed(*writer);
         if (writer->isEmpty())
             noteEmpty();
     } else {
@@ -164,7 +172,7 @@ void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
     auto spaceChecked = std::chrono::steady_clock::now();
     while (refused < refusedInARow && waitForFrame(frame)) {
         if (!writer.write(frame)) {
-            ++refused;
+            refused = writer.hasFailed() ? refusedInARow : refused + 1;
             continue;
         }
         refused = 0;
@@ -186,7 +194,7 @@ void BWMovieRecorder::writeFrames(BWMovieWriter &writer, const QString &path)
     if (refused < refusedInARow)
         return;
     qCWarning(bwDriver) << "The recording ends because its file accepts no more frames";
-    end(writer.diskIsFull() ? BWRecordingStatus::End::DiskFull : BWRecordingStatus::End::Failed);
+    end(BWRecordingStatus::End::Failed);
 }
 
 void BWMovieRecorder::noteWritten(const BWMovieWriter &writer, const BWFrame &frame)
@@ -196,6 +204,13 @@ void BWMovieRecorder::noteWritten(const BWMovieWriter &writer, const BWFrame &fr
         m_firstTime = frame.timestamp();
     m_status.duration = std::chrono::duration_cast<std::chrono::milliseconds>(frame.timestamp() - m_firstTime);
     m_status.bytes = writer.bytesWritten();
+}
+
+/// Pictures are missing, which counts more than why it was being ended.
+void BWMovieRecorder::noteFailed(const BWMovieWriter &writer)
+{
+    const std::lock_guard lock(m_mutex);
+    m_status.end = writer.diskIsFull() ? BWRecordingStatus::End::DiskFull : BWRecordingStatus::End::Failed;
 }
 
 void BWMovieRecorder::noteEmpty()

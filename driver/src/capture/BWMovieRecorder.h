@@ -85,6 +85,7 @@ private:
     void run(const QString &path);
     void writeFrames(BWMovieWriter &writer, const QString &path);
     void noteWritten(const BWMovieWriter &writer, const BWFrame &frame);
+    void noteFailed(const BWMovieWriter &writer);
     void noteEmpty();
     bool waitForFrame(BWFrame &frame);
     void conclude(std::unique_lock<std::mutex> lock);

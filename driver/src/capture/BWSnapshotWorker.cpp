@@ -4,11 +4,23 @@
 #include "base/BWDriverLog.h"
 #include "BWACUDriver/BWStill.h"
 
+#include <new>
 #include <utility>
 
 namespace {
+
 constexpr int maximumHeld = 2;
+
+QByteArray jpegOf(const BWFrame &frame)
+{
+    try {
+        return BWStill::jpegOf(frame);
+    } catch (const std::bad_alloc &) {
+        return {};
+    }
 }
+
+} // namespace
 
 BWSnapshotWorker::BWSnapshotWorker(Deliver deliver) : m_deliver(std::move(deliver)) { }
 
@@ -76,7 +88,7 @@ void BWSnapshotWorker::run()
     Taken taken;
     while (waitForFrame(taken)) {
         const BWPixelFormat format = taken.frame.pixelFormat();
-        const QByteArray jpeg = BWStill::jpegOf(taken.frame);
+        const QByteArray jpeg = jpegOf(taken.frame);
         taken.frame = {}; // returns its buffer to the device before the still is written to a disk
         {
             const std::lock_guard lock(m_mutex);
@@ -89,8 +101,7 @@ void BWSnapshotWorker::run()
             putBack(receiver);
         } else {
             qCWarning(bwDriver) << "A snapshot was dropped because its frame could not be encoded";
-            if (receiver)
-                receiver({});
+            m_deliver({}, receiver);
         }
     }
 }

@@ -16,7 +16,8 @@ class BWSnapshotWorker {
 public:
     /// Who requested a still, if not all users of the camera; gets no data if there is none.
     using Receiver = std::function<void(const QByteArray &jpeg)>;
-    /// Called on the worker's thread, with the receiver of the request, which may be null.
+    /// Called on the worker's thread, with the receiver of the request, which may be null; with no data if a whole frame
+    /// could not be encoded.
     using Deliver = std::function<void(const QByteArray &jpeg, const Receiver &receiver)>;
 
     explicit BWSnapshotWorker(Deliver deliver);

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <QByteArray>
 #include <QFile>
@@ -367,15 +368,9 @@ QByteArray longDataHeader(int64_t size)
     return header;
 }
 
-} // namespace
-
-BWMovieCompletion completeMovie(const QString &path, QString *error)
+template <typename Fail>
+BWMovieCompletion complete(const QString &path, const Fail &fail)
 {
-    const auto fail = [error](const QString &reason) {
-        if (error)
-            *error = reason;
-        return BWMovieCompletion::Failed;
-    };
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly))
         return fail(file.errorString());
@@ -399,4 +394,20 @@ BWMovieCompletion completeMovie(const QString &path, QString *error)
     if (!writeAt(file, begin, longDataHeader(fragments->end - begin)))
         return fail(file.errorString());
     return BWMovieCompletion::Completed;
+}
+
+} // namespace
+
+BWMovieCompletion completeMovie(const QString &path, QString *error)
+{
+    const auto fail = [error](const QString &reason) {
+        if (error)
+            *error = reason;
+        return BWMovieCompletion::Failed;
+    };
+    try {
+        return complete(path, fail);
+    } catch (const std::bad_alloc &) {
+        return fail(QStringLiteral("there is no memory for its index"));
+    }
 }

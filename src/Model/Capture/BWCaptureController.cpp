@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Capture/BWCaptureController.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "BWACUDriver/BWStill.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
@@ -11,13 +12,42 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <map>
 #include <mutex>
+#include <new>
 #include <QFile>
-#include <QSaveFile>
+#include <unistd.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Null also if there is no memory for it just now.
+QByteArray jpegOf(const BWFrame &frame)
+{
+    try {
+        return BWStill::jpegOf(frame);
+    } catch (const std::bad_alloc &) {
+        return {};
+    }
+}
+
+/// As it came, if there is no memory for more: a picture that says nothing of itself is better than none.
+QByteArray tagged(const QByteArray &jpeg, const BWSnapshotTags &about)
+{
+    try {
+        return about.addedTo(jpeg);
+    } catch (const std::bad_alloc &) {
+        qCWarning(bwApp, "Snapshot: it goes without metadata, for lack of memory");
+        return jpeg;
+    }
+}
+
+} // namespace
 
 /// What the cameras' callbacks use, and hold weakly.
 struct BWCaptureController::Shared : std::enable_shared_from_this<Shared> {
@@ -150,11 +180,11 @@ void BWCaptureController::copyPicture(const BWCameraPtr &camera, const std::func
 {
     const std::weak_ptr weak(m_shared);
     const auto deliver = [weak, done](const QByteArray &jpeg, const BWSnapshotTags &about) {
-        const QByteArray tagged = jpeg.isNull() ? jpeg : about.addedTo(jpeg);
-        BWMainQueue::post(weak, [done, tagged] { done(tagged); });
+        const QByteArray picture = jpeg.isNull() ? jpeg : tagged(jpeg, about);
+        BWMainQueue::post(weak, [done, picture] { done(picture); });
     };
     if (const auto still = m_shared->frozenFrame(); !still.frame.isNull()) {
-        m_shared->worker->run([deliver, still] { deliver(BWStill::jpegOf(still.frame), still.about); });
+        m_shared->worker->run([deliver, still] { deliver(jpegOf(still.frame), still.about); });
     } else if (camera) {
         camera->takeSnapshot([deliver, weak](const QByteArray &jpeg) {
             if (const auto shared = weak.lock())
@@ -231,30 +261,31 @@ BWSnapshotTags BWCaptureController::Shared::tagsForNow()
     return about;
 }
 
+/// A null one could not be encoded.
 void BWCaptureController::Shared::snapshotReady(const QByteArray &jpeg, const BWSnapshotTags &about)
 {
+    if (jpeg.isNull())
+        return report({{}, {}, {BWMediaType::Image}});
     BWMainQueue::post(weak_from_this(), [this] { callbacks.snapshot(); });
     write(jpeg, about, {{}, {}, {BWMediaType::Image}});
 }
 
 void BWCaptureController::Shared::write(const QByteArray &jpeg, const BWSnapshotTags &about, Capture capture)
 {
-    const QByteArray image = about.addedTo(jpeg);
-    const QUrl temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s);
-    QSaveFile file(temporary.toLocalFile());
-    const bool opened =
-        file.open(QIODevice::WriteOnly) && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    qint64 written = opened ? file.write(image) : -1;
-    if (written >= 0 && written < image.size())
-        written += file.write(image.sliced(written)); // which gives the reason
-    if (written != image.size() || !file.commit()) {
-        qCWarning(bwApp, "Snapshot: cannot write %s: %s", qUtf8Printable(file.fileName()),
-                  qUtf8Printable(file.errorString()));
+    const QByteArray image = tagged(jpeg, about);
+    capture.temporary = BWUIUtils::temporaryPath(u"brimwellpro"_s, u"jpg"_s).toLocalFile();
+    // Under that name it is whole. Whoever puts it into the album brings it to the disk first, and hears of any fault there,
+    // which the kernel reports only once.
+    const QByteArray path = QFile::encodeName(capture.temporary);
+    const QByteArray part = path + ".part";
+    capture.claim = BWFileClaim::create(capture.temporary + u".part"_s);
+    if (!capture.claim || !BWFileBytes::write(capture.claim->descriptor(), image.constData(), image.size())
+        || ::rename(part.constData(), path.constData()) != 0) {
+        qCWarning(bwApp, "Snapshot: cannot write %s: %s", path.constData(), std::strerror(errno));
+        ::unlink(part.constData());
         report(capture);
         return;
     }
-    capture.temporary = temporary.toLocalFile();
-    capture.claim = BWFileClaim::existing(capture.temporary);
     takeIn(capture, capture.temporary);
 }
 
@@ -290,7 +321,7 @@ void BWCaptureController::Shared::save(const Frozen &still, const std::weak_ptr<
     if (!worker)
         return;
     worker->run([weak = weak_from_this(), still, camera] {
-        const QByteArray jpeg = BWStill::jpegOf(still.frame);
+        const QByteArray jpeg = jpegOf(still.frame);
         const auto shared = weak.lock();
         if (shared && !jpeg.isNull())
             shared->snapshotReady(jpeg, still.about);
