@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/Start/BWSingleInstance.h"
+#include "Model/Settings/BWSettingsLock.h"
 
 #include <atomic>
 #include <csignal>
@@ -35,6 +36,19 @@ private Q_SLOTS:
         QCOMPARE(LaterStart(settings(), "late").outcome(), Start::HandedOver);
         QCOMPARE(tokens, "early late ");
         QCOMPARE(BWSingleInstance(settings() + u'2').start(), Start::First); // other settings, other instance
+    }
+
+    void strangerIsNotAnswered()
+    {
+        BWSingleInstance first(settings());
+        bool asked = false;
+        first.setBringForward([&](const QByteArray &) { return asked = true; });
+        QByteArray note = BWSettingsLock(settings()).note();
+        note.back() = note.endsWith('0') ? '1' : '0'; // the name is public, the secret is not known
+        BWSettingsLock other(settings() + u'2');
+        other.setNote(note);
+        QCOMPARE(LaterStart(settings() + u'2', {}, std::chrono::milliseconds(200)).outcome(), Start::NoAnswer);
+        QVERIFY(!note.isEmpty() && !asked);
     }
 
     void silentProgramTimesOut()

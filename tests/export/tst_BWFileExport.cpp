@@ -54,6 +54,7 @@ private Q_SLOTS:
         const QUrl source = m_folder->file(u"a.jpg"_s, content);
         const timeval times[]{{0, 0}, {1'720'000'001, 0}};
         ::utimes(BWFilePath::native(source).constData(), times);
+        ::chmod(BWFilePath::native(source).constData(), 0600);
         const QUrl target = BWFilePath::entry(m_folder->url(u"out"_s), name);
         TestFolder::write(target, "old");
 
@@ -65,6 +66,7 @@ private Q_SLOTS:
         struct stat info;
         QCOMPARE(::stat(BWFilePath::native(target).constData(), &info), 0);
         QCOMPARE(info.st_mtim.tv_sec, 1'720'000'001);
+        QCOMPARE(info.st_mode & 0777, mode_t(0600));
         QVERIFY(TestFolder::read(target) == content);
     }
 

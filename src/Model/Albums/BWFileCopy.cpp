@@ -10,12 +10,13 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
+#include <new>
 #include <QUuid>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -64,14 +65,15 @@ private:
 
 bool copyThroughMemory(int from, int to, Reporter &reporter)
 {
-    std::vector<char> buffer(4 << 20);
+    constexpr std::size_t size = 4 << 20;
+    const std::unique_ptr<char[]> buffer(new (std::nothrow) char[size]);
     for (;;) {
-        const ssize_t got = ::read(from, buffer.data(), buffer.size());
+        const ssize_t got = buffer ? ::read(from, buffer.get(), size) : -1;
         if (got == 0)
             return true;
         if (got < 0 && errno != EINTR)
             return false;
-        if (got > 0 && !BWFileBytes::write(to, buffer.data(), got))
+        if (got > 0 && !BWFileBytes::write(to, buffer.get(), got))
             return false;
         if (got > 0 && !reporter.add(got))
             return false;
@@ -141,7 +143,9 @@ QByteArray copy(const QByteArray &from, const BWFileCopy::FreeName &freeName, co
     const QByteArray folder = to.left(slash + 1);
     const QByteArray unique = QUuid::createUuid().toByteArray(QUuid::Id128).left(8);
     const QByteArray part = folder + '.' + to.mid(slash + 1) + '.' + unique + ".part";
-    FileDescriptor target(::open(part.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    // A private one stays so from its first byte on.
+    const mode_t rights = kept == Kept::Everything ? info.st_mode & 0600 : 0666;
+    FileDescriptor target(::open(part.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights));
     if (!target.isOpen())
         return {};
 

@@ -41,6 +41,7 @@ std::shared_ptr<const BWExportSource> BWExportSource::open(const QUrl &file)
     }
     source->m_size = info.st_size;
     source->m_modified = info.st_mtim;
+    source->m_rights = info.st_mode & 0777;
     source->m_identity = {info.st_dev, info.st_ino};
     return source;
 }

@@ -4,6 +4,7 @@
 #include <ctime>
 #include <memory>
 #include <QUrl>
+#include <sys/types.h>
 
 /// A file that is being exported, as it was when it was opened. Can be read by several threads at once.
 class BWExportSource {
@@ -19,6 +20,7 @@ public:
     /// Bytes.
     qint64 size() const { return m_size; }
     timespec modified() const { return m_modified; }
+    mode_t rights() const { return m_rights; }
 
     /// All of that many bytes. False if there are fewer (`errno` is 0) or they cannot be read.
     bool readAt(qint64 offset, char *bytes, qint64 size) const;
@@ -34,5 +36,6 @@ private:
     const int m_descriptor;
     qint64 m_size = 0;
     timespec m_modified{};
+    mode_t m_rights = 0;
     std::pair<dev_t, ino_t> m_identity;
 };

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <optional>
 #include <QFile>
 #include <unistd.h>
@@ -79,10 +80,20 @@ private:
     std::vector<char> m_buffer;
 };
 
+BWExportResult resultOf(const BWFileExport::Work &work, const QUrl &target, BWExportWatch &watch)
+{
+    try {
+        return work(watch);
+    } catch (const std::bad_alloc &) {
+        return BWExportResult::targetFailed(target, ENOMEM);
+    }
+}
+
 void copyFile(const QUrl &file, const QUrl &target)
 {
     BWExportWatch watch;
-    const BWExportResult result = BWExportCopy::run(file, target, watch);
+    const BWExportResult result =
+        resultOf([&](BWExportWatch &own) { return BWExportCopy::run(file, target, own); }, target, watch);
     if (result.outcome == BWExportResult::Outcome::Failed)
         qCWarning(bwModel).noquote() << "Cannot copy" << file.toDisplayString() << "to" << target.toDisplayString()
                                      << '-' << result.reason;
@@ -107,7 +118,7 @@ BWExportResult BWExportCopy::run(const QUrl &file, const QUrl &target, BWExportW
         return BWExportResult::done(target);
 
     BWPartFile part(target);
-    if (!part.create())
+    if (!part.create((source->rights() | 0600) & 0666)) // a private picture stays private
         return BWExportResult::targetFailed(target, errno);
     if (const auto failure = Copy(*source, part, watch).run())
         return *failure;
@@ -168,7 +179,7 @@ bool BWFileExport::start(BWWorkerPool &thread, const Work &work, const QUrl &tar
             BWMainQueue::post(owner, [progress, done, total] { progress(done, total); });
     });
     thread.run([this, owner, work, target, watch = m_watch] {
-        const BWExportResult result = work(*watch);
+        const BWExportResult result = resultOf(work, target, *watch);
         if (result.outcome == BWExportResult::Outcome::Failed)
             report(target, result);
         BWMainQueue::post(owner, [this, result] { finish(result); });

@@ -139,7 +139,7 @@ QByteArray BWPartFile::partName(int attempt) const
     return shortened(m_name, m_longestName - ending.size()) + ending;
 }
 
-bool BWPartFile::create()
+bool BWPartFile::create(mode_t rights)
 {
     if (m_name.isEmpty()) {
         errno = EISDIR;
@@ -160,7 +160,7 @@ bool BWPartFile::create()
         if (::lstat(part.constData(), &info) == 0)
             continue;
         m_note.emplace(part); // first, so that a kill leaves no part without one
-        m_descriptor = ::open(part.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        m_descriptor = ::open(part.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, rights);
         if (m_descriptor >= 0) {
             m_part = part; // what is not ours is never removed
             m_note->partIsOpen(m_descriptor);

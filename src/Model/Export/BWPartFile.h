@@ -9,6 +9,7 @@
 #include <optional>
 #include <QByteArray>
 #include <QUrl>
+#include <sys/types.h>
 
 /// A note of a part file that is being written, kept in the folder for temporary files for as long as the object lives.
 /// A note whose program is gone names the part that the program left behind. Any thread.
@@ -46,8 +47,8 @@ public:
 
     const QUrl &target() const { return m_target; }
     /// Takes another name if NAME.part is in use or too long. First removes the parts that killed programs have left in
-    /// the folder.
-    bool create();
+    /// the folder. `rights` are those of the file, without those that the user gives to no new file.
+    bool create(mode_t rights = 0666);
     int descriptor() const { return m_descriptor; }
 
     bool writeAt(qint64 offset, const char *bytes, qint64 size);

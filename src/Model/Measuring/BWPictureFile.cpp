@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Measuring/BWPictureFile.h"
 
+#include "BWACUDriver/BWFileBytes.h"
 #include "Model/Export/BWExportResult.h"
 #include "Model/Export/BWExportSource.h"
 #include "Model/Export/BWPartFile.h"
@@ -9,6 +10,7 @@
 #include "Utils/BWLogging.h"
 
 #include <cerrno>
+#include <new>
 #include <QCryptographicHash>
 #include <QFile>
 #include <sys/stat.h>
@@ -148,11 +150,13 @@ BWPictureFile::Saved savedPicture(const QUrl &link, const BWPictureMetadata &met
     if (written.jpeg == before)
         return {BWPictureProblem::None, {}, fingerprint, identityOf(source->descriptor())};
     BWPartFile part(file);
-    if (!part.create() || !part.writeAt(0, written.jpeg.constData(), written.jpeg.size()))
+    // At no moment may others read what they could not before.
+    if (!part.create(info.st_mode & 0600) || !part.writeAt(0, written.jpeg.constData(), written.jpeg.size()))
         return pictureUnwritten(file);
     copyAttributes(source->descriptor(), part.descriptor());
     // What takes long comes before the last look at the old file, which may be renamed or moved to the Trash meanwhile.
-    ::fdatasync(part.descriptor());
+    if (!BWFileBytes::synchronizeData(part.descriptor())) // which the kernel would not say again
+        return pictureUnwritten(file);
     if (!source->isUnchanged() || !source->isAt(path))
         return {BWPictureProblem::Changed, u"it changed while it was saved"_s, {}};
     const BWFileIdentity now = identityOf(part.descriptor());
@@ -161,15 +165,13 @@ BWPictureFile::Saved savedPicture(const QUrl &link, const BWPictureMetadata &met
     return {BWPictureProblem::None, {}, fingerprintOf(written.jpeg), now};
 }
 
-} // namespace
-
-BWPictureFile::Read BWPictureFile::read(const QUrl &file)
+BWPictureFile::Read readPicture(const QUrl &file)
 {
     const auto source = BWExportSource::open(file);
     const QByteArray bytes = bytesOf(source);
-    Read read;
+    BWPictureFile::Read read;
     if (bytes.isNull()) {
-        const Saved failure = pictureUnread(file);
+        const BWPictureFile::Saved failure = pictureUnread(file);
         read.problem = failure.problem;
         read.detail = failure.detail;
     } else {
@@ -180,6 +182,20 @@ BWPictureFile::Read BWPictureFile::read(const QUrl &file)
             read.turn = BWJpegPicture::turnOf(
                 {reinterpret_cast<const uint8_t *>(bytes.constData()), std::size_t(bytes.size())});
     }
+    return read;
+}
+
+} // namespace
+
+BWPictureFile::Read BWPictureFile::read(const QUrl &file)
+{
+    Read read;
+    try {
+        read = readPicture(file);
+    } catch (const std::bad_alloc &) {
+        read.problem = BWPictureProblem::Unreadable;
+        read.detail = u"there is no memory for it"_s;
+    }
     if (read.problem != BWPictureProblem::None && read.problem != BWPictureProblem::NotJpeg)
         qCWarning(bwModel).noquote() << "Measurements in" << file.toDisplayString() << '-' << read.detail;
     return read;
@@ -188,7 +204,13 @@ BWPictureFile::Read BWPictureFile::read(const QUrl &file)
 BWPictureFile::Saved BWPictureFile::save(const QUrl &file, const BWPictureMetadata &metadata,
                                          const QByteArray &fingerprint, const BWFileIdentity &identity)
 {
-    const Saved result = savedPicture(file, metadata, fingerprint, identity);
+    Saved result;
+    try {
+        result = savedPicture(file, metadata, fingerprint, identity);
+    } catch (const std::bad_alloc &) {
+        errno = ENOMEM;
+        result = pictureUnwritten(file);
+    }
     if (result.problem != BWPictureProblem::None)
         qCWarning(bwModel).noquote() << "Measurements cannot be saved in" << file.toDisplayString() << '-'
                                      << result.detail;
