@@ -23,6 +23,7 @@ std::optional<BWFileStamp> stampFrom(const struct stat &info)
 }
 
 constexpr std::size_t keptMemory = 16 << 20; // bytes
+const QString unread = QStringLiteral("cannot be read");
 constexpr int64_t settled = 10; // seconds without a change after which the file counts as written
 
 bool changedJustNow(const BWFileStamp &stamp)
@@ -90,8 +91,12 @@ BWMadeThumbnail BWThumbnailMaker::make(const QByteArray &path, BWThumbnailSize s
     made.thumbnail = isJpeg ? picture(file, size, error) : movie(file, size, error);
     const bool impossible = made.thumbnail.kind == BWThumbnail::Kind::Impossible;
     const bool changedMeanwhile = file.stamp() != made.stamp;
-    made.unsettled = changedMeanwhile || (impossible && changedJustNow(*made.stamp));
+    // A lack of memory, as every decoder calls it, or a disk that fails says nothing about the file.
+    const bool isPassing = impossible && (error == unread || error.contains(QStringLiteral("memory")));
+    made.unsettled = changedMeanwhile || isPassing || (impossible && changedJustNow(*made.stamp));
     made.worthKeeping = !made.unsettled;
+    if (isPassing)
+        made.stamp.reset(); // so that it is looked at again
     if (impossible && !made.unsettled)
         qCInfo(bwModel, "No thumbnail of %s: %s", path.constData(), qPrintable(error));
     return made;
@@ -103,7 +108,8 @@ BWThumbnail BWThumbnailMaker::picture(const BWThumbnailFile &file, BWThumbnailSi
     if (file.read(m_bytes, BWJpegPicture::largestFile))
         thumbnail.image = m_jpeg.thumbnail(m_bytes, size, &error);
     else
-        error = QStringLiteral("cannot be read, or is too large");
+        error = file.stamp().value_or(BWFileStamp()).size > BWJpegPicture::largestFile ? QStringLiteral("is too large")
+                                                                                       : unread;
     if (m_bytes.capacity() > keptMemory)
         m_bytes = {};
     if (!thumbnail.image.isNull())

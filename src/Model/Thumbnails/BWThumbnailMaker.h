@@ -49,9 +49,9 @@ private:
 /// The outcome of looking at a file.
 struct BWMadeThumbnail {
     BWThumbnail thumbnail{};
-    std::optional<BWFileStamp> stamp{}; ///< of the file looked at; nothing unless it is a regular file
+    std::optional<BWFileStamp> stamp{}; ///< of the file looked at; nothing unless it is regular and could be read
     bool worthKeeping = false; ///< will hold as long as the stamp does
-    bool unsettled = false; ///< the file changed just now and may still be written: worth another look soon
+    bool unsettled = false; ///< the file may still be written, or there was no memory: worth another look soon
 };
 
 /// Makes the thumbnail of one file after the other: JPEG pictures and QuickTime movies, recognized by their contents.

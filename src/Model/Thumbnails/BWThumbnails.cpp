@@ -5,6 +5,7 @@
 #include "Utils/BWMainQueue.h"
 
 #include <algorithm>
+#include <new>
 #include <QSet>
 
 using Clock = std::chrono::steady_clock;
@@ -38,7 +39,7 @@ BWThumbnailWorkers::Callbacks callbacksFor(const QByteArray &folder)
     BWThumbnailWorkers::Callbacks callbacks;
     callbacks.newMaker = [store] {
         const auto maker = std::make_shared<BWThumbnailMaker>();
-        return [store, maker](const BWThumbnailRequest &request) {
+        const auto make = [store, maker](const BWThumbnailRequest &request) {
             const QByteArray path = BWFilePath::native(request.file);
             BWThumbnailResult result{request};
             result.made.stamp = BWThumbnailFile::stampOf(path);
@@ -56,10 +57,20 @@ BWThumbnailWorkers::Callbacks callbacksFor(const QByteArray &folder)
             result.toBeStored = result.made.worthKeeping;
             return result;
         };
+        return [make](const BWThumbnailRequest &request) {
+            try {
+                return make(request);
+            } catch (const std::bad_alloc &) {
+                return BWThumbnailResult{.request = request, .made = {.unsettled = true}};
+            }
+        };
     };
     callbacks.store = [store](const BWThumbnailResult &result) {
-        store->keep(BWFilePath::native(result.request.file), *result.made.stamp, result.request.size,
-                    result.made.thumbnail);
+        try {
+            store->keep(BWFilePath::native(result.request.file), *result.made.stamp, result.request.size,
+                        result.made.thumbnail);
+        } catch (const std::bad_alloc &) { // then it is made again the next time
+        }
     };
     return callbacks;
 }
