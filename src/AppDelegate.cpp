@@ -28,6 +28,7 @@
 #include "Model/Session/BWCameraAuthorization.h"
 #include "Model/Session/BWStartProblemText.h"
 #include "Model/Settings/BWConfigManager.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWLogging.h"
@@ -264,6 +265,8 @@ void AppDelegate::prepareCapture()
         QFileInfo(m_repository.settingsFile()).path() + u"/series.json"_s, m_clock);
     connect(m_series.get(), &BWSeriesController::runningChanged, this,
             [this](bool running) { m_sleepInhibitor.setActive(BWSleepInhibitor::Reason::Series, running); });
+    m_repository.albumManager().addListener(
+        m_alive, [this] { BWMainQueue::post(m_alive, [this] { reportUnstoredSettings(); }); }, {});
     m_captureRecovery = std::make_unique<BWCaptureRecovery>(
         m_repository.albumManager(), [this](int, const QUrl &last) { m_captureFeedback->reportRecovered(last); });
 }
@@ -475,7 +478,7 @@ void AppDelegate::configManagerUpdatedSettings(BWConfigManager &config)
 void AppDelegate::reportUnstoredSettings()
 {
     constexpr double seconds = 8; // two sentences, for people who are looking at something else
-    const bool stored = m_repository.configManager().isStored();
+    const bool stored = m_repository.userDefaults().isStored();
     if (!stored && !m_unstoredReported && m_window->isVisible()) {
         m_statusLine->showForAMoment(m_texts.settingsNotStored, seconds);
         m_unstoredReported = true;

@@ -351,5 +351,10 @@ void BWConfigManager::save()
     for (auto it = mineOfThem.begin(); it != mineOfThem.end(); ++it)
         choice.insert(it.key(), it.value());
     m_defaults.setString(productForCameraKey, QString::fromUtf8(QJsonDocument(choice).toJson(QJsonDocument::Compact)));
-    m_isStored = m_defaults.synchronize();
+    m_defaults.synchronize();
+}
+
+bool BWConfigManager::isStored() const
+{
+    return m_defaults.isStored();
 }

@@ -111,7 +111,7 @@ public:
     /// Stores everything now.
     void save();
     /// False if the last attempt failed: changes then last only for this run.
-    bool isStored() const { return m_isStored; }
+    bool isStored() const;
 
 private:
     void loadProducts();
@@ -134,7 +134,6 @@ private:
     QJsonObject m_knownTexts; ///< as they were read or stored last, by key
     QJsonObject m_knownProductChoice;
     bool m_loading = true;
-    bool m_isStored = true;
     bool m_rememberLayout = true;
     bool m_saveVideoOnHardwareButton = false;
     bool m_saveSnapshotOnClick = true;

@@ -27,6 +27,8 @@ public:
     /// Writes all changes to disk and reads what others have stored there since. Call it once after a group of changes.
     /// False if that failed.
     virtual bool synchronize() = 0;
+    /// False if the last synchronize() failed: changes then last only for this run.
+    virtual bool isStored() const = 0;
 
     /// What to store of a group of values: `mine` where this program changed them, that is, where they differ from `known`,
     /// the values that it read or stored last; elsewhere what is `stored` now, perhaps by another program.
@@ -54,6 +56,7 @@ public:
     QByteArray data(const QString &key) const override;
     void setData(const QString &key, const QByteArray &value) override;
     bool synchronize() override;
+    bool isStored() const override { return m_isUsable && !m_failed; }
 
 private:
     std::unique_ptr<QSettings> m_settings;
