@@ -4,6 +4,7 @@
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <QDir>
@@ -43,6 +44,7 @@ struct BWSeriesFile::Writer {
     QString path;
     std::mutex mutex;
     std::optional<QByteArray> waiting; // to be written; empty: the file is to be removed
+    bool isReported = false; // that it cannot be; the thread's alone
 };
 
 void BWSeriesFile::Writer::run()
@@ -58,8 +60,10 @@ void BWSeriesFile::Writer::run()
     }
     QDir().mkpath(QFileInfo(path).path());
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(*content) != content->size() || !file.commit())
+    const bool isStored = file.open(QIODevice::WriteOnly) && file.write(*content) == content->size() && file.commit();
+    if (!isStored && !std::exchange(isReported, true))
         qCWarning(bwModel).noquote() << "Series: its progress cannot be stored in" << path << "-" << file.errorString();
+    isReported = isReported && !isStored;
 }
 
 BWSeriesFile::BWSeriesFile(const QString &path) : m_path(path), m_writer(std::make_shared<Writer>())
@@ -81,7 +85,7 @@ std::optional<BWSeriesRecord> BWSeriesFile::read() const
     QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QJsonObject json = QJsonDocument::fromJson(file.read(longestRecord)).object();
+    const QJsonObject json = QJsonDocument::fromJson(file.read(std::min(file.size(), longestRecord))).object();
     const std::optional<BWSeriesPlan> plan = BWSeriesPlan::fromJson(json.value(u"plan"_s).toObject());
     const BWSeriesRecord record{plan.value_or(BWSeriesPlan()),
                                 QUrl::fromEncoded(json.value(u"album"_s).toString().toLatin1(), QUrl::StrictMode),

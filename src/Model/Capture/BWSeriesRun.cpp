@@ -31,7 +31,7 @@ void BWSeriesRun::start(const BWSeriesPlan &plan, const BWAlbumPtr &album)
     if (isRunning() || !album || !plan.isValid())
         return;
     if (!m_file.claim())
-        qCWarning(bwModel, "Series: another program has one; this one cannot be resumed");
+        qCWarning(bwModel, "Series: another program has one, or no record can be kept; this one cannot be resumed");
     begin(album, {});
     m_series.start(plan);
     begun();

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -125,6 +126,24 @@ std::optional<QVariantMap> rootOf(const QByteArray &archive, QString &problem)
     return root->toMap();
 }
 
+BWOldSettingsFile readFile(const QString &path)
+{
+    using Problem = BWOldSettingsFile::Problem;
+    QFile file(path);
+    if (::access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == ENOENT)
+        return refuse(Problem::NotThere, u"there is no such file"_s);
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // opening a pipe or a device may take forever
+        return refuse(Problem::Foreign, u"\"%1\" is no file"_s.arg(path));
+    if (!file.open(QIODevice::ReadOnly))
+        return refuse(Problem::Unreadable, file.errorString());
+    if (file.size() > BWPropertyList::maximumBytes)
+        return refuse(Problem::TooLarge, u"the file has %1 bytes"_s.arg(file.size()));
+    const QByteArray content = file.read(BWPropertyList::maximumBytes + 1);
+    if (file.error() != QFileDevice::NoError)
+        return refuse(Problem::Unreadable, file.errorString());
+    return BWOldSettingsFile::decode(content);
+}
+
 } // namespace
 
 std::optional<BWOldCameraSettings> BWOldCameraSettings::decode(const QByteArray &archive, QString &problem)
@@ -168,19 +187,11 @@ std::optional<QList<BWOldAlbum>> BWOldAlbum::decode(const QByteArray &archive, Q
 
 BWOldSettingsFile BWOldSettingsFile::read(const QString &path)
 {
-    QFile file(path);
-    if (::access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == ENOENT)
-        return refuse(Problem::NotThere, u"there is no such file"_s);
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // opening a pipe or a device may take forever
-        return refuse(Problem::Foreign, u"\"%1\" is no file"_s.arg(path));
-    if (!file.open(QIODevice::ReadOnly))
-        return refuse(Problem::Unreadable, file.errorString());
-    if (file.size() > BWPropertyList::maximumBytes)
-        return refuse(Problem::TooLarge, u"the file has %1 bytes"_s.arg(file.size()));
-    const QByteArray content = file.read(BWPropertyList::maximumBytes + 1);
-    if (file.error() != QFileDevice::NoError)
-        return refuse(Problem::Unreadable, file.errorString());
-    return decode(content);
+    try {
+        return readFile(path);
+    } catch (const std::bad_alloc &) {
+        return refuse(Problem::Unreadable, u"there is no memory for it"_s);
+    }
 }
 
 BWOldSettingsFile BWOldSettingsFile::decode(const QByteArray &content)
