@@ -60,7 +60,8 @@ void BWSeriesFile::Writer::run()
     }
     QDir().mkpath(QFileInfo(path).path());
     QSaveFile file(path);
-    const bool isStored = file.open(QIODevice::WriteOnly) && file.write(*content) == content->size() && file.commit();
+    const bool isStored = file.open(QIODevice::WriteOnly) && file.write(*content) == content->size() && file.flush()
+        && file.commit(); // which alone would not say that there was no room
     if (!isStored && !std::exchange(isReported, true))
         qCWarning(bwModel).noquote() << "Series: its progress cannot be stored in" << path << "-" << file.errorString();
     isReported = isReported && !isStored;

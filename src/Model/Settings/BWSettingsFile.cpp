@@ -3,8 +3,15 @@
 
 #include "Utils/BWLogging.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStandardPaths>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -71,6 +78,41 @@ void BWSettingsFile::setData(const QString &key, const QByteArray &value)
         m_settings->setValue(key, value);
 }
 
+/// QSettings replaces the file even if the end of it could not be written, and says that all is well.
+bool BWSettingsFile::storeWhole()
+{
+    const QByteArray path = QFile::encodeName(m_settings->fileName());
+    const QByteArray old = path + ".old";
+    ::unlink(old.constData());
+    const bool isKept = ::link(path.constData(), old.constData()) == 0; // which takes no room
+    m_settings->sync();
+    const bool isStored = m_settings->status() != QSettings::AccessError;
+    if (!isStored || isWhole()) {
+        ::unlink(old.constData());
+        return isStored;
+    }
+    if (isKept)
+        ::rename(old.constData(), path.constData());
+    const QStringList keys = m_settings->allKeys();
+    for (const QString &key : keys)
+        m_settings->setValue(key, m_settings->value(key)); // still to be stored
+    return false;
+}
+
+/// Whether all that is to be in the file is, as far as its lines tell.
+bool BWSettingsFile::isWhole() const
+{
+    static const QRegularExpression plain(u"^\\w+$"_s);
+    const QStringList keys = m_settings->allKeys();
+    if (keys.isEmpty())
+        return true; // there may be no file yet
+    QFile file(m_settings->fileName());
+    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? '\n' + file.readAll() : QByteArray();
+    return bytes.endsWith('\n') && std::all_of(keys.cbegin(), keys.cend(), [&bytes](const QString &key) {
+               return !plain.match(key).hasMatch() || bytes.contains('\n' + key.toLatin1() + '=');
+           });
+}
+
 bool BWSettingsFile::synchronize()
 {
     if (!m_isUsable)
@@ -79,8 +121,7 @@ bool BWSettingsFile::synchronize()
     // be stored.
     if (m_failed)
         m_settings = std::make_unique<QSettings>(m_settings->fileName(), QSettings::IniFormat);
-    m_settings->sync();
-    const bool failed = m_settings->status() == QSettings::AccessError;
+    const bool failed = !storeWhole();
     if (failed && !m_failed)
         qCWarning(bwModel).noquote() << "Settings cannot be stored in" << m_settings->fileName();
     m_failed = failed;

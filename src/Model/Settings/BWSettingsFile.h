@@ -59,6 +59,9 @@ public:
     bool isStored() const override { return m_isUsable && !m_failed; }
 
 private:
+    bool storeWhole();
+    bool isWhole() const;
+
     std::unique_ptr<QSettings> m_settings;
     bool m_isUsable = true; ///< if not, values last only for this run
     bool m_failed = false; ///< at the last attempt to store
