@@ -129,7 +129,8 @@ class Endings(Recordings):
 
     def test_slow_disk(self):
         """Frames are left out and counted, the others are whole, and the camera is not held up."""
-        run = self.record("1600x1200", 15, LD_PRELOAD=SLOW_DISK, pixel_format="yuyv")
+        run = self.record("1600x1200", 15, LD_PRELOAD=FAILING_CALLS, pixel_format="yuyv",
+                          FAULT="1 0 1 1 150000 0 .mov")  # each write takes a while
         run.read_frames(55)
         run.say("stop")
         numbers = self.saved(run, ASKED)
@@ -147,7 +148,8 @@ class Endings(Recordings):
         album = tempfile.TemporaryDirectory(dir="/dev/shm")
         self.addCleanup(album.cleanup)
         self.assertNotEqual(os.stat(album.name).st_dev, self.folder.stat().st_dev)
-        run = self.record("1600x1200", 15, home=Path(album.name), LD_PRELOAD=SLOW_DISK, SLOW_COPIES="1")
+        run = self.record("1600x1200", 15, home=Path(album.name), LD_PRELOAD=FAILING_CALLS,
+                          FAULT="1 0 1 1 700000 1 part")
         run.read_frames(55)
         run.say("stop")
         self.assertTrue(run.has_in_order(self.saved(run, ASKED)))
@@ -207,7 +209,7 @@ class SmallDisk(Recordings):
 
 
 if __name__ == "__main__":
-    PROGRAM, SLOW_DISK = sys.argv[1:3]
+    PROGRAM, FAILING_CALLS = sys.argv[1:3]
     seed = int(os.environ.get("BW_SEED") or random.randrange(1 << 30))  # set it to repeat a run
     random.seed(seed)
     print(f"BW_SEED={seed}", flush=True)

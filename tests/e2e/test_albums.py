@@ -3,7 +3,7 @@
 """The album window of the real program, used by mouse and keyboard, beside other programs: a file manager takes what is
 dragged, the desktop's own tool lists the Trash, unzip reads the archive.
 
-usage: test_albums.py PROGRAM SLOW_DISK
+usage: test_albums.py PROGRAM FAILING_CALLS
 """
 
 import subprocess
@@ -306,7 +306,7 @@ class TwoDisks(ProgramTest):
         pixels = picture.read_bytes()
         albums = f'[\\"{self.album}\\",\\"{other}\\"]'
         self.store(f'bwp2x_albums="{albums}"')
-        self.start("--simulate", "high", environment={"LD_PRELOAD": SLOW_DISK, "SLOW_COPIES": "1"})
+        self.start("--simulate", "high", environment={"LD_PRELOAD": FAILING_CALLS, "FAULT": "1 0 1 1 700000 1 part"})
         answer_product_question(self.program)
         self.program.wait_for("push button", f"Last capture: {picture.name}")
         self.desktop.key("F7")
@@ -327,5 +327,5 @@ if __name__ == "__main__":
     if sys.argv[1] == "--serve":
         serve()
     else:
-        SLOW_DISK = sys.argv.pop(2)
+        FAILING_CALLS = sys.argv.pop(2)
         ProgramTest.main()
