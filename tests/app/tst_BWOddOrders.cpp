@@ -198,7 +198,7 @@ private:
         if (!panel)
             return {};
         const auto *caption = m_window->findChild<BWPictureCaption *>();
-        const int width = m_window->centeringClipView().scene().mainPicture.imageSize().width();
+        const int width = m_window->centeringClipView().mainFrame().size().width(); // a new size has no picture yet
         const bool isAlbum = caption && !caption->isHidden();
         if (!isAlbum && width <= 0)
             return {};

@@ -382,7 +382,12 @@ private Q_SLOTS:
         bench.freeze({640, 480});
         bench.act(std::get<0>(Rows<QString>::current()));
         bench.waitForPicture();
-        const QImage without = bench.screen();
+        QImage without;
+        const auto isSettled = [&] { // no strip is on its way
+            const QImage now = bench.screen();
+            return now == std::exchange(without, now);
+        };
+        QTRY_VERIFY(isSettled());
         bench.window.menu().measuring->scaleBar->trigger();
         const QImage with = bench.screen();
         QRect drawn; // in device pixels
