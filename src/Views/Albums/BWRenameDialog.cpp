@@ -85,6 +85,7 @@ void BWRenameDialog::check()
 void BWRenameDialog::say(const QString &problem)
 {
     m_problem->setText(problem);
+    resize(size().expandedTo({0, layout()->totalHeightForWidth(width())})); // signs may be higher than the font says
     m_rest->setAccessibleDescription(problem);
     m_buttons->button(QDialogButtonBox::Save)->setEnabled(m_name.faultOf(m_rest->text()) == BWCaptureName::Fault::None);
 }
