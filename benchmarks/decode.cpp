@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Decodes the JPEG files of a folder repeatedly with nothing else around it: the least that a live MJPEG image costs.
-// Usage: bw_bench_decode FOLDER FRAMES. Prints "decode: frames=N cpu_ms=X".
+// Usage: bw_bench_decode FOLDER FRAMES RATE. Prints "decode: frames=N cpu_ms=X". With a rate, in frames a second, frames
+// come at that rate, as those of a camera do; 0 is without a pause.
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
 #include <turbojpeg.h>
 #include <vector>
 
@@ -38,17 +41,21 @@ double cpuMilliseconds()
 
 int main(int argc, char **argv)
 {
-    const std::vector<Bytes> frames = argc == 3 ? readFrames(argv[1]) : std::vector<Bytes>();
-    const int count = argc == 3 ? std::atoi(argv[2]) : 0;
-    if (frames.empty() || count < 1) {
-        std::fprintf(stderr, "Usage: bw_bench_decode FOLDER FRAMES\n");
+    const std::vector<Bytes> frames = argc == 4 ? readFrames(argv[1]) : std::vector<Bytes>();
+    const int count = argc == 4 ? std::atoi(argv[2]) : 0;
+    const int rate = argc == 4 ? std::atoi(argv[3]) : 0;
+    if (frames.empty() || count < 1 || rate < 0) {
+        std::fprintf(stderr, "Usage: bw_bench_decode FOLDER FRAMES RATE\n");
         return 2;
     }
 
     const tjhandle decoder = tjInitDecompress();
     Bytes pixels;
     const double begin = cpuMilliseconds();
+    const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < count; ++i) {
+        if (rate > 0)
+            std::this_thread::sleep_until(start + i * std::chrono::nanoseconds(std::chrono::seconds(1)) / rate);
         const Bytes &jpeg = frames[static_cast<std::size_t>(i) % frames.size()];
         int width = 0;
         int height = 0;

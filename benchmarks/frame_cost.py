@@ -16,21 +16,24 @@ from wanted import WANTED
 ZOOMS = {"100 %": ["ctrl+0"], "200 %": 10 * ["ctrl+plus"], "50 %": ["ctrl+0"] + 5 * ["ctrl+minus"]}  # how to get there
 SCREEN_INTERVAL = 1000 / 60  # milliseconds
 ROUNDS = 3
+ALONE, IN_A_LOOP = "TurboJPEG alone", "TurboJPEG alone, without pauses"
 
 
 def measure_cpu(stage):
     """CPU per shown frame. The players' comes from two runs of different length each, so that starting does not count."""
     stage.head("CPU per shown frame", "Milliseconds of the program and, in brackets, of the display server for it.")
     zooms = {zoom: f"{US}, {zoom}" for zoom in ZOOMS}
-    rows = {name: [name] for name in (*zooms.values(), *(player.name for player in stage.players), "TurboJPEG alone")}
+    rows = {name: [name] for name in (*zooms.values(), *(player.name for player in stage.players),
+                                     ALONE, IN_A_LOOP)}
     kinds = [kind for kind in KINDS if not stage.quick or is_wanted(kind, "to ")]
     for kind in kinds:
         wanted_zooms = [zoom for zoom in ZOOMS if not stage.quick or is_wanted(kind, f"at {zoom}")]
-        ours, decodes = [], []
+        ours, decodes, loops = [], [], []
         for _ in range(1 if stage.quick else ROUNDS):  # taking turns, so that other load affects both
             ours.append(costs_of_ours(stage, kind, wanted_zooms))
             if kind.format == "MJPEG":
-                decodes.append(stage.decode_alone(kind))
+                decodes.append(stage.decode_at_rate(kind, 2 if stage.quick else 4))
+                loops.append(stage.decode_alone(kind))
         costs = {zooms[zoom]: tuple(map(statistics.median, zip(*(costs[zoom] for costs in ours)))) for zoom in wanted_zooms}
         for player in stage.players:
             if not stage.quick or is_wanted(kind, "to the best player"):
@@ -39,7 +42,7 @@ def measure_cpu(stage):
         cells = {name: "%.1f (%.1f)" % cost for name, cost in costs.items()}
         decode = statistics.median(decodes) if decodes else None
         if decode:
-            cells["TurboJPEG alone"] = f"{decode:.1f}"
+            cells |= {ALONE: f"{decode:.1f}", IN_A_LOOP: f"{statistics.median(loops):.1f}"}
         for zoom in wanted_zooms:
             for other, name in ((decode, "decode"), (best, "the best player")):
                 if other:

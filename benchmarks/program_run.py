@@ -27,13 +27,16 @@ def wake_ups(pid):
 
 
 def memory_mib(pid):
-    """Resident and proportional set size in MiB."""
+    """Resident and proportional set size in MiB, and what is held besides files: their pages, such as those of libraries,
+    come and go as the kernel likes."""
     text = Path(f"/proc/{pid}/smaps_rollup").read_text()
-    return tuple(int(re.search(rf"^{name}:\s+(\d+)", text, re.M).group(1)) / 1024 for name in ("Rss", "Pss"))
+    resident, proportional, *held = (int(re.search(rf"^{name}:\s+(\d+)", text, re.M).group(1)) / 1024
+                                     for name in ("Rss", "Pss", "Anonymous", "Pss_Shmem"))
+    return resident, proportional, sum(held)
 
 
 def memory_text(memory):
-    return "%.0f (%.0f)" % memory
+    return "%.0f (%.0f, %.1f)" % memory
 
 
 def table(head, rows):

@@ -128,8 +128,8 @@ def measure_long_recording(stage):
         memory.append(memory_mib(run.process.pid))
     missing = missing_in(end_recording(stage), LONG_KIND)
     run.quit()
-    stage.results.add("memory growth, recording", memory[-1][0] - memory[0][0])
+    stage.results.add("memory growth, recording", memory[-1][2] - memory[0][2])
     stage.results.add("frames missing in a movie", missing)
     stage.head(f"Memory in MiB during a recording of {title(LONG_KIND)} {LONG_KIND.rate}/s",
-               "Resident set and, in brackets, proportional set.")
+               "Resident set and, in brackets, proportional set and what is not from files.")
     stage.table(table([f"after {mark} s" for mark in marks], [list(map(memory_text, memory))]))

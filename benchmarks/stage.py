@@ -55,8 +55,12 @@ class Stage:
         return [after - earlier for after, earlier in zip(now(), before)]
 
     def decode_alone(self, kind):
-        """CPU milliseconds for each frame of an MJPEG movie."""
-        return self._alone(3, "decode", self.media.pictures(kind), 20)
+        """CPU milliseconds for each frame of an MJPEG movie, one after the other without a pause."""
+        return self._alone(3, "decode", self.media.pictures(kind), 20, 0)
+
+    def decode_at_rate(self, kind, seconds):
+        """CPU milliseconds for each frame of an MJPEG movie, at its rate: after a pause, a processor takes longer."""
+        return self._alone(1, "decode", self.media.pictures(kind), seconds * kind.rate, kind.rate)
 
     def encode_alone(self, kind, seconds):
         """CPU milliseconds for each frame of a YUYV movie, at its rate: after a pause, a processor takes longer."""
