@@ -199,6 +199,7 @@ struct OneText : BWUserDefaults {
     QByteArray data(const QString &) const override { return {}; }
     void setData(const QString &, const QByteArray &) override { }
     bool synchronize() override { return true; }
+    bool isStored() const override { return true; }
     const QString text;
 };
 

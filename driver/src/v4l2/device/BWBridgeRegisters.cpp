@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr unsigned int timeout = 500; // milliseconds
+constexpr unsigned int requestTimeout = 500; // milliseconds
 
 struct Closer {
     void operator()(libusb_context *context) const { libusb_exit(context); }
@@ -48,7 +48,7 @@ QString transferProblem(int result, const QString &reg)
     case LIBUSB_ERROR_PIPE:
         return u"The chip refuses register %1."_s.arg(reg);
     case LIBUSB_ERROR_TIMEOUT:
-        return u"The chip has not answered within %1 ms (register %2)."_s.arg(timeout).arg(reg);
+        return u"The chip has not answered within %1 ms (register %2)."_s.arg(requestTimeout).arg(reg);
     default:
         return u"Register %1: %2."_s.arg(reg, QLatin1StringView(libusb_strerror(result)));
     }
@@ -136,6 +136,6 @@ QString BWBridgeRegisters::accessOverUsb(Direction direction, int reg, uint8_t &
         return u"%1: %2."_s.arg(QLatin1StringView(m_usbPath), QLatin1StringView(libusb_strerror(error)));
     const UsbHandle handle(opened);
     const int result = libusb_control_transfer(handle.get(), static_cast<uint8_t>(direction), 0, 0,
-                                               static_cast<uint16_t>(reg), &value, 1, timeout);
+                                               static_cast<uint16_t>(reg), &value, 1, requestTimeout);
     return transferProblem(result, u"0x%1"_s.arg(reg, 2, 16, QLatin1Char('0')));
 }
