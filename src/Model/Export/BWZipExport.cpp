@@ -14,6 +14,7 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <QScopeGuard>
 #include <QThread>
 #include <sys/stat.h>
 #include <vector>
@@ -46,6 +47,7 @@ bool compress(char *dictionary, qint64 dictionarySize, DeflatedBlock *block, boo
     z_stream stream{};
     if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK)
         return false;
+    const auto atTheEnd = qScopeGuard([&stream] { ::deflateEnd(&stream); }); // also when the block finds no memory
     // The block may refer to what precedes it, so that cutting into blocks costs next to nothing.
     if (dictionarySize > 0)
         ::deflateSetDictionary(&stream, bytes(dictionary), static_cast<uInt>(dictionarySize));
@@ -58,9 +60,7 @@ bool compress(char *dictionary, qint64 dictionarySize, DeflatedBlock *block, boo
     stream.avail_out = static_cast<uInt>(block->deflated.size());
     const int status = ::deflate(&stream, last ? Z_FINISH : Z_SYNC_FLUSH);
     block->deflated.resize(static_cast<qsizetype>(stream.total_out));
-    const bool whole = last ? status == Z_STREAM_END : status == Z_OK && stream.avail_out > 0;
-    ::deflateEnd(&stream);
-    return whole;
+    return last ? status == Z_STREAM_END : status == Z_OK && stream.avail_out > 0;
 }
 
 /// The block that begins at that place; the last one of a file ends the stream.

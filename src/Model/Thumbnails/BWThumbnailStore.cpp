@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <glib.h>
 #include <memory>
+#include <new>
 #include <png.h>
 #include <QCryptographicHash>
 #include <QFile>
@@ -79,7 +80,14 @@ bool succeeds(png_structp png, const Calls &calls)
 void appendBytes(png_structp png, png_bytep bytes, std::size_t size)
 {
     auto *const written = static_cast<QByteArray *>(png_get_io_ptr(png));
-    written->append(reinterpret_cast<const char *>(bytes), static_cast<qsizetype>(size));
+    bool fits = true;
+    try {
+        written->append(reinterpret_cast<const char *>(bytes), static_cast<qsizetype>(size));
+    } catch (const std::bad_alloc &) { // libpng would not free what it has
+        fits = false;
+    }
+    if (!fits)
+        png_error(png, "no memory");
 }
 
 void takeBytes(png_structp png, png_bytep bytes, std::size_t size)
