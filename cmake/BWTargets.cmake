@@ -81,10 +81,12 @@ function(bw_program name)
     endforeach()
 endfunction()
 
-# The longest that most tests may take; under a sanitizer everything is slow.
+# The longest that most tests, and the few long ones, may take; under a sanitizer everything is slow.
 set(bw_test_seconds 120)
+set(bw_long_test_seconds 400)
 if(BW_SANITIZE)
     set(bw_test_seconds 480)
+    set(bw_long_test_seconds 1600)
 endif()
 
 # bw_test(NAME SOURCES file... LINK target...): one Qt Test program, run by ctest without a display.

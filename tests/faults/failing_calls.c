@@ -161,30 +161,31 @@ int open(const char *path, int flags, mode_t mode)
 ALSO(openat64, openat);
 ALSO(open64, open);
 
-#ifndef SANITIZED /* which has an allocator of its own */
-extern void *__libc_malloc(size_t size);
-extern void *__libc_calloc(size_t count, size_t size);
-extern void *__libc_realloc(void *block, size_t size);
+#define ALLOCATOR(name, parameters, arguments, size)                                                                   \
+    extern void *__libc_##name parameters;                                                                             \
+    extern void *__interceptor_##name parameters __attribute__((weak)); /* a sanitizer's, if it is there */            \
+    void *name parameters                                                                                              \
+    {                                                                                                                  \
+        return lacks(size) ? NULL : __interceptor_##name ? __interceptor_##name arguments : __libc_##name arguments;   \
+    }
 
-void *malloc(size_t size)
-{
-    return lacks(size) ? NULL : __libc_malloc(size);
-}
-
-void *calloc(size_t count, size_t size)
-{
-    return lacks(count * size) ? NULL : __libc_calloc(count, size);
-}
-
-void *realloc(void *block, size_t size)
-{
-    return lacks(size) ? NULL : __libc_realloc(block, size);
-}
-
-void *mmap(void *place, size_t size, int protection, int flags, int file, off_t at)
-{
-    return lacks(size) ? MAP_FAILED : (void *)syscall(SYS_mmap, place, size, protection, flags, file, at);
-}
-
+ALLOCATOR(malloc, (size_t size), (size), size)
+ALLOCATOR(calloc, (size_t count, size_t size), (count, size), count *size)
+ALLOCATOR(realloc, (void *block, size_t size), (block, size), size)
+CALL(void *, mmap, (void *place, size_t size, int protection, int flags, int file, off_t at),
+     (place, size, protection, flags, file, at), lacks(size))
 ALSO(mmap64, mmap);
+
+#ifdef SANITIZED /* whose operators ask none of these */
+extern void _ZSt17__throw_bad_allocv(void) __attribute__((weak));
+
+static int throws(size_t size)
+{
+    if (lacks(size))
+        _ZSt17__throw_bad_allocv();
+    return 0;
+}
+
+CALL(void *, _Znwm, (size_t size), (size), throws(size))
+CALL(void *, _Znam, (size_t size), (size), throws(size))
 #endif

@@ -23,6 +23,7 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <QDirIterator>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QTest>
 
