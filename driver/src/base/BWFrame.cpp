@@ -9,6 +9,11 @@
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+/// To recycle memory would hide from them that it is used too late, and its lock what threads share without one.
+template <typename T>
+using RecyclingAllocator = std::allocator<T>;
+#else
 /// Keeps the memory of objects that are gone for the next ones of their type. Any thread.
 template <typename T>
 class RecyclingAllocator {
@@ -44,6 +49,7 @@ private:
     };
     static inline constinit Pool pool{}; // never destroyed, as the last frame may outlive main()
 };
+#endif
 
 } // namespace
 
