@@ -3,6 +3,7 @@
 
 import mmap
 import os
+import re
 import shutil
 import signal
 import struct
@@ -15,6 +16,7 @@ from pathlib import Path
 WIDTH, HEIGHT = 1280, 800
 PATIENCE = float(os.environ.get("BW_PATIENCE", "1"))  # a factor for all waiting, on slow computers
 KEPT = {name: value for name, value in os.environ.items() if name == "PATH" or name.endswith("SAN_OPTIONS")}
+REPORT = re.compile(rb"(?:ERROR|WARNING): \w+Sanitizer:|: runtime error: ")
 MISSING = "{} is missing; install the packages that tools/packages.txt lists"
 
 
@@ -82,10 +84,13 @@ class Desktop:
     def __exit__(self, *_):
         for process in reversed(self._processes):
             self._end(process)
+        reports = [log for file in self.folder.glob("*.log") if REPORT.search(log := file.read_bytes())]
         if self.keep:
             print(f"kept: {self.folder}", flush=True)
         else:
             shutil.rmtree(self.folder, ignore_errors=True)
+        if reports:  # perhaps of a program whose end nobody waited for
+            raise Failure(b"\n".join(reports).decode(errors="replace"))
 
     def _start(self):
         self.home = self.folder / "home"
