@@ -38,7 +38,10 @@ QByteArray halfOf(const QByteArray &bytes)
 /// Does something when the next result is on its way, just before it is delivered.
 class BeforeDelivery : public QObject {
 public:
-    explicit BeforeDelivery(std::function<void()> act) : m_act(std::move(act)) { qApp->installEventFilter(this); }
+    explicit BeforeDelivery(std::function<void()> act) : m_act(std::move(act))
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
 
 protected:
     bool eventFilter(QObject *, QEvent *event) override
