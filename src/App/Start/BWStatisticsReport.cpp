@@ -10,6 +10,7 @@
 #include <QMetaEnum>
 #include <QTextStream>
 #include <QThread>
+#include <QTimer>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
@@ -72,6 +73,7 @@ void BWStatisticsReport::print(const AppDelegate &delegate)
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     const auto milliseconds = [](const timeval &time) { return time.tv_sec * 1e3 + time.tv_usec / 1e3; };
+    const auto now = std::chrono::steady_clock::now();
     const BWLiveViewStatistics counts = delegate.renderer().statistics();
     QTextStream out(stderr);
     out << "statistics: received=" << counts.received << " decoded=" << counts.decoded << " shown=" << counts.shown
@@ -82,7 +84,18 @@ void BWStatisticsReport::print(const AppDelegate &delegate)
     if (const auto latencies = delegate.renderer().latencies())
         out << " latency_ms=" << latencies->median.count() / 1e3
             << " latency_p99_ms=" << latencies->percentile99.count() / 1e3;
-    out << '\n';
+    out << " time_ms="
+        << QString::number(std::chrono::duration<double, std::milli>(now.time_since_epoch()).count(), 'f', 1) << '\n';
+}
+
+void BWStatisticsReport::printRegularly(AppDelegate &delegate)
+{
+    const int seconds = qEnvironmentVariableIntValue("BW_STATISTICS_EVERY");
+    if (!isWanted() || seconds <= 0)
+        return;
+    auto *timer = new QTimer(&delegate);
+    timer->callOnTimeout([&delegate] { print(delegate); });
+    timer->start(std::chrono::seconds(seconds));
 }
 
 double BWStatisticsReport::millisecondsSinceStart()

@@ -34,7 +34,7 @@ private:
     double m_longest = 0;
 };
 
-/// One line of figures at the end of a run, for benchmarks and bug reports.
+/// A line of figures at the end of a run, for benchmarks and bug reports, and during a long one, too.
 class BWStatisticsReport {
 public:
     /// Whether the environment variable BW_STATISTICS is set.
@@ -42,6 +42,10 @@ public:
 
     /// Prints to the standard error output if that is wanted and the application is a BWTimedApplication.
     static void print(const AppDelegate &delegate);
+
+    /// Does that again and again as long as the delegate lives, if BW_STATISTICS_EVERY is a number of seconds. The latencies
+    /// are those of the last pictures, half a minute of a usual camera.
+    static void printRegularly(AppDelegate &delegate);
 
     /// Milliseconds since the process was started, as the kernel counts (in steps of 10 ms).
     static double millisecondsSinceStart();

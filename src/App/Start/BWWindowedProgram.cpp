@@ -139,6 +139,7 @@ int runEventLoop(const BWCommandLine &line, BWSingleInstance &instance)
     });
     QMetaObject::invokeMethod(
         &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+    BWStatisticsReport::printRegularly(delegate);
     const int result = QApplication::exec();
     BWStatisticsReport::print(delegate);
     BWUIUtils::setAlertPresenter(nullptr);
