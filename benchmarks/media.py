@@ -63,7 +63,8 @@ class Media:
             shutil.copyfileobj(movie, nowhere, 1 << 20)
 
     def _stem(self, kind):
-        return f"{kind.width}x{kind.height}-{kind.rate}-{kind.format.lower()}" + ("" if kind.grain else "-smooth")
+        grain = {CAMERA_GRAIN: "", 0: "-smooth"}.get(kind.grain, f"-grain{kind.grain}")
+        return f"{kind.width}x{kind.height}-{kind.rate}-{kind.format.lower()}{grain}"
 
     def _loop(self, kind):
         """A test chart with a moving part and the grain of a camera."""

@@ -63,6 +63,15 @@ WANTED = {
     "live view, frames lost to an encoder": at_most(3, " %"),
     "series, CPU of a picture": below(50, " ms"),
     "series, hold-ups above 16 ms": at_most(0),
+    "soak, private memory, more at the end": at_most(5, " MiB"),
+    "soak, open files, more at the end": at_most(0),
+    "soak, threads, more at the end": at_most(0),
+    "soak, latency, end to beginning": at_most(1.1),
+    "soak, 99th percentile of latency, end to beginning": at_most(1.25),
+    "soak, frames not shown, the worst part": at_most(2, " per mille"),
+    "soak, frames missing in recordings": at_most(1, " per mille"),
+    "soak, pictures missed by the series": at_most(0),
+    "soak, captures lost, damaged or double": at_most(0),
 }
 
 
@@ -100,4 +109,6 @@ def machine():
     cores = re.findall(r"^model name\s*:\s*(.*)", Path("/proc/cpuinfo").read_text(), re.M)
     speeds = [float(mhz) for mhz in re.findall(r"^cpu MHz\s*:\s*([\d.]+)", Path("/proc/cpuinfo").read_text(), re.M)]
     names = ", ".join(sorted(set(cores))) or "unknown"
-    return (f"On {os.cpu_count()} cores ({names}, {max(speeds, default=0):.0f} MHz), load {os.getloadavg()[0]:.1f}.")
+    usable, count = len(os.sched_getaffinity(0)), os.cpu_count()
+    number = f"{count}" if usable == count else f"{usable} of {count}"
+    return f"On {number} cores ({names}, {max(speeds, default=0):.0f} MHz), load {os.getloadavg()[0]:.1f}."
