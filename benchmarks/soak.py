@@ -155,7 +155,7 @@ class Soak:
             max(0, 1000 * (1 - (last["shown"] - first["shown"]) / due)),
             *(statistics.median(report[name] for report in reports) for name in ("latency_ms", "latency_p99_ms")),
             max(within(held), default=0)]
-        return dict(zip(HEAD, [f"{begin / 60:g}-{end / 60:g}", *values]))
+        return dict(zip(HEAD, [f"{begin / 60:.3g}-{end / 60:.3g}", *values]))
 
 
 def report(soak, captures, minutes, results):
