@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """A monkey at the program: what it does, one random step after another, as mouse, keyboard, camera and fate can do."""
 
+import collections
 import itertools
 import os
 import signal
@@ -28,8 +29,33 @@ KEYS = {
 TEXTS = ["", "a", "12.5", "-1", "0", "99999999999", "1e400", ".hidden", "..", "lesion/left", "photo.jpg", "Grüße", "%n%s",
          "x" * 300, "  ", "con", "10 mm", "2"]
 STREAM_FAULTS = ["Stall the stream", "Damage the next frames", "Lose the next frames"]
-STARTS = ["Can be started", "In use by another program", "Not enough USB bandwidth", "No permission", "Fault of the camera"]
+STARTS = 6  # can be started, and the problems that a start may have
 MOST_ELEMENTS = 200
+DIALOG = 2  # seconds in which one appears
+MAIN, ALBUMS = "BrimwellPro", "Albums"
+# What takes more than one key, so that chance would seldom come to its end.
+DEEDS = {
+    "resolution": lambda monkey: monkey.pick("Resolution", 6),
+    "rotation": lambda monkey: monkey.pick("Rotate", 4),
+    "flip": lambda monkey: monkey.pick("Flip", 4),
+    "product": lambda monkey: monkey.keys(MAIN, "alt+c", "p", *monkey.some("Down", 5), "Return"),
+    "grid": lambda monkey: monkey.keys(MAIN, "alt+c", "p", "Home", "Return", "ctrl+g"),
+    "camera": lambda monkey: monkey.keys(MAIN, "alt+c", "Up", *monkey.some("Up", 2), "Return"),
+    "measurement": lambda monkey: monkey.measure(),
+    "copy with measurements": lambda monkey: monkey.keys(MAIN, "ctrl+e") and monkey.answer(monkey.copy()),
+    "comparison": lambda monkey: monkey.keys(MAIN, "ctrl+b", monkey.one_of("1", "2", "3"), "ctrl+shift+e")
+    and monkey.answer(monkey.copy()),
+    "series": lambda monkey: monkey.keys(MAIN, "ctrl+i") and monkey.answer("1"),
+    "album added": lambda monkey: monkey.press(ALBUMS, "Add album")
+    and monkey.answer(monkey.one_of("left", "right", "other")),
+    "album deleted": lambda monkey: monkey.press(ALBUMS, "Delete album") and monkey.answer(),
+    "album switched": lambda monkey: monkey.keys(ALBUMS) and monkey.pick("Album", 4),
+    "trash": lambda monkey: monkey.keys(ALBUMS, monkey.one_of("Home", "End", "ctrl+a"), "Delete"),
+    "trash and undo": lambda monkey: monkey.keys(ALBUMS, monkey.one_of("Home", "End", "ctrl+a"), "Delete", "ctrl+z"),
+    "export": lambda monkey: monkey.keys(ALBUMS, monkey.one_of("Home", "End", "ctrl+a"), "ctrl+e")
+    and monkey.answer(monkey.copy()),
+    "movie": lambda monkey: monkey.keys(ALBUMS, "ctrl+a", "ctrl+shift+v") and monkey.answer(monkey.copy()),
+}
 PRESSED = {"push button", "toggle button", "check box", "radio button", "menu item", "check menu item", "radio menu item",
            "combo box", "slider", "spin button", "table cell", "list item", "page tab", "text", "button"}
 
@@ -46,8 +72,10 @@ class Monkey:
         self.program = None
         self.starts = 0
         self.is_killed = False
-        self._acts = {self._key: 46, self._mouse: 16, self._element: 14, self._camera: 10, self._text: 4, self._window: 3,
-                      self._wait: 3, self._quit: 1, self._kill: 1, self._second_start: 1, self._foreign_file: 1}
+        self.counted = collections.Counter()  # what it has done, by kind
+        self._acts = {self._key: 46, self._mouse: 16, self._element: 14, self._deed: 20, self._camera: 12, self._text: 4,
+                      self._window: 3, self._wait: 3, self._quit: 1, self._kill: 1, self._second_start: 1,
+                      self._foreign_file: 1}
 
     def start(self):
         self.starts += 1
@@ -60,7 +88,9 @@ class Monkey:
         act = self.random.choices(list(self._acts), list(self._acts.values()))[0]
         from gi.repository import GLib  # which looks at the environment
         try:
-            return act()
+            said = act()
+            self.counted[act.__name__[1:].replace("_", " ")] += 1
+            return said
         except (GLib.Error, IndexError, ValueError):
             # What it looked for went away, or is busy with a menu. Whether the program answers is watched elsewhere.
             return f"{act.__name__}, too late"
@@ -112,6 +142,67 @@ class Monkey:
         element.do(action)
         return said
 
+    def one_of(self, *choices):
+        return self.random.choice(choices)
+
+    def some(self, key, most):
+        return [key] * self.random.randrange(most + 1)
+
+    def copy(self):
+        """Where a copy is to be saved; often it is there already."""
+        return str(self.outside / self.one_of("copy", "copy.jpg", "copy.png", "nowhere/copy", "movie"))
+
+    def _deed(self):
+        name = self.one_of(*DEEDS)
+        if not DEEDS[name](self):
+            return f"{name}, but nobody listens"
+        self.counted[name] += 1
+        return name
+
+    def keys(self, window, *keys):
+        """Into that window, which gets the keyboard, and is opened if need be."""
+        search = ["xdotool", "search", "--onlyvisible", "--name", f"^{window}$"]
+        if window == ALBUMS and not self.desktop.output(search):
+            self.desktop.input("key", "F9")
+        search[2:2] = ["--sync"]
+        self.desktop.output(["timeout", str(DIALOG * PATIENCE), *search, "windowactivate", "--sync"])
+        if keys:
+            self.desktop.input("key", "--clearmodifiers", *keys)
+        return True
+
+    def answer(self, text=""):
+        """To a dialog, if there is one."""
+        end = time.monotonic() + DIALOG * PATIENCE
+        while not any(each.role in ("dialog", "alert") and each.has_state("active") for each in self.program.windows()):
+            if time.monotonic() > end:
+                return False
+            time.sleep(0.05)
+        self.desktop.input("type", "--delay", 1, "--", text)
+        self.desktop.input("key", "Return")
+        return True
+
+    def press(self, window, name):
+        self.keys(window)
+        return self._hand(name)
+
+    def pick(self, name, count):
+        """One of the choices of a box."""
+        box = self.program.find("combo box", name)
+        if box:
+            self.desktop.click(box.area.x + box.area.width // 2, box.area.y + box.area.height // 2)
+            self.desktop.input("key", "Home", *self.some("Down", count - 1), "Return")
+        return bool(box)
+
+    def measure(self):
+        image = self.program.find(None, "Live image")
+        if not image:
+            return False
+        self.keys(MAIN, "ctrl+m", f"ctrl+{self.one_of(1, 2, 3, 4, 5, 6, 7, 8)}")
+        for _ in range(4):
+            self.desktop.click(image.area.x + int(self.random.random() * image.area.width),
+                               image.area.y + int(self.random.random() * image.area.height))
+        return self.keys(MAIN, "Return", self.one_of("Escape", "ctrl+z", "ctrl+m"))
+
     def _hand(self, name):
         element = self.program.find(None, name)
         if not element or not element.actions:
@@ -120,31 +211,22 @@ class Monkey:
         return True
 
     def _camera(self):
-        camera = self.random.choice(["High Resolution Microscope 1", "Regular Microscope 1"])
-        deed = self.random.choice(["Plug", "Plug", "Plug", "Plug", "Press Button", "Press Button", "Press Button", "Start",
-                                   "Fault"])
+        camera = self.one_of("High Resolution Microscope 1", "Regular Microscope 1")
+        deed = self.one_of("Plug", "Plug", "Plug", "Plug", "Press Button", "Press Button", "Press Button", "Start", "Fault")
         if deed == "Plug":
             deed = next((name for name in ("Unplug", "Plug In") if self._hand(f"{camera}: {name}")), "nothing")
         elif deed == "Press Button":
             self._hand(f"{camera}: Press Button")
         elif deed == "Start":
-            deed = self.random.choice(STARTS)
-            self._choose(f"{camera}: Start", deed)
+            self.pick(f"{camera}: Start", self.one_of(1, STARTS))
         else:
             fault = self.random.randrange(len(STREAM_FAULTS))
             deed = STREAM_FAULTS[fault]
             if button := self.program.find(None, f"{camera}: Fault"):
                 self.desktop.click(button.area.x + 5, button.area.y + 5)
                 self.desktop.input("key", *["Down"] * (fault + 1), "Return")
+        self.counted[deed] += 1
         return f"{camera}: {deed}"
-
-    def _choose(self, box, item):
-        element = self.program.find(None, f"{box}")
-        combo = element if element and element.role == "combo box" else None
-        for entry in combo.descendants() if combo else []:
-            if entry.name == item:
-                entry.do(entry.actions[0])
-                return
 
     def _window(self):
         main = self.desktop.output(["xdotool", "search", "--onlyvisible", "--name", "^BrimwellPro$"]).split()

@@ -12,9 +12,15 @@ from desktop import PATIENCE, Failure
 
 ANSWER = 2  # seconds
 BOUNDS = {"handles": 160, "threads": 80, "MiB": 900}
+SANITIZED = 4  # times the memory
 MOST_SEGMENTS = 100
 REACHABLE = 60  # pixels of a window
 REPORTED = re.compile(r"Capture in the album: (/.*)")
+SESSION = re.compile(r"Camera session: (.*)")
+# The state in which each question may be on the screen, if the program does not quit.
+QUESTIONS = {"Welcome to BrimwellPro": "no camera", "The camera was unplugged": "no camera",
+             "Which camera is this?": "streaming"}
+PASSING = {"waiting": 15, "starting": 30, "switching": 60, "stopping": 60, "quitting": 60}  # seconds
 
 
 def picture_bytes(path):
@@ -37,37 +43,65 @@ def picture_bytes(path):
 class Watch:
     def __init__(self, desktop, sanitized=False):
         self.desktop = desktop
+        self.places = [desktop.home / "BrimwellPro", desktop.home / ".local/share/Trash/files"]
         self.sanitized = sanitized
         self.reported = collections.Counter()  # captures by their bytes
         self.names = {}
         self._known = {}  # bytes of files by identity, size and time
         self._read = {}  # how far a log was read
+        self._session = None, 0.0  # the state of the camera session as the program told it, and since when
+        self.slowest = 0.0  # answer of the windows, in seconds
         self.peak = collections.Counter()
 
     def after_step(self, program):
         """While it runs."""
         began = time.monotonic()
-        self._deadline = began + 10 * PATIENCE
-        self._look(program)
-        if (took := time.monotonic() - began) > ANSWER * PATIENCE:
+        windows = self._look(program)
+        self.slowest = max(self.slowest, took := time.monotonic() - began)
+        if took > ANSWER * PATIENCE:
             raise Failure(f"the windows have answered after {took:.1f} s")
         for name, value in self._used(program.pid).items():
             self.peak[name] = max(self.peak[name], value)
-            if value > BOUNDS[name] and not (self.sanitized and name == "MiB"):
+            if value > BOUNDS[name] * (SANITIZED if self.sanitized and name == "MiB" else 1):
                 raise Failure(f"{value} {name}; {BOUNDS[name]} is the most")
-        self.read_reports(program)
+        self._wait_for_legal_state(program, windows)
 
     def _look(self, program):
+        """Role and name of each window."""
         from gi.repository import GLib  # which looks at the environment
+        deadline = time.monotonic() + 10 * PATIENCE
         while program.running:
             try:
-                for window in program.windows():
+                windows = program.windows()
+                for window in windows:
                     self._on_screen(window)
-                return
+                return [(window.role, window.name) for window in windows]
             except GLib.Error as error:  # a window is gone meanwhile, or the program is about to end
-                if time.monotonic() > self._deadline:
+                if time.monotonic() > deadline:
                     raise Failure(f"the windows do not answer: {error.message}") from None
                 time.sleep(0.1)
+        return []
+
+    def _wait_for_legal_state(self, program, windows):
+        """What must not follow what ends the program by itself. Here: the windows say the same, and nothing is stuck."""
+        deadline = time.monotonic() + ANSWER * PATIENCE
+        self.read_reports(program)
+        while (wrong := self._illegal(windows)) and program.running:
+            if time.monotonic() > deadline:
+                raise Failure(wrong)
+            time.sleep(0.1)
+            windows = self._look(program)
+            self.read_reports(program)
+
+    def _illegal(self, windows):
+        state, since = self._session
+        for _, name in windows:
+            if state != "quitting" and QUESTIONS.get(name, state) != state:
+                return f'"{name}" is shown while the camera session is {state}'
+        asked = state == "starting" and any(role in ("dialog", "alert") for role, _ in windows)
+        if state in PASSING and not asked and time.monotonic() - since > PASSING[state] * PATIENCE:
+            return f"the camera session has been {state} for {time.monotonic() - since:.0f} s"
+        return None
 
     def _on_screen(self, window):
         area, (width, height) = window.area, self.desktop.size
@@ -90,18 +124,24 @@ class Watch:
 
     def read_reports(self, program):
         """Takes in what the program has said about captures since the last time."""
+        if program.log_file not in self._read:
+            self._session = None, 0.0
         with open(program.log_file, errors="replace") as log:
             log.seek(self._read.get(program.log_file, 0))
             lines = log.read()
             complete = lines.rfind("\n") + 1
             self._read[program.log_file] = self._read.get(program.log_file, 0) + len(lines[:complete].encode())
+        for state in SESSION.findall(lines[:complete])[-1:]:
+            self._session = state, time.monotonic()
         for path in REPORTED.findall(lines[:complete]):
             self._take(Path(path))
 
     def _take(self, path):
         try:
             identity = picture_bytes(path)
-        except FileNotFoundError:  # moved on already; the files are counted in all places
+        except FileNotFoundError:  # renamed or moved already: date and number stay
+            if not any(file for place in self.places for file in place.rglob(f"{path.stem}*")):
+                raise Failure(f"{path} was reported and is nowhere") from None
             return
         self.reported[identity] += 1
         self.names[identity] = path.name
@@ -118,7 +158,7 @@ class Watch:
                     for identity, times in self.reported.items() if found[identity] != times]
 
         faults = wrong()
-        for _ in range(20):  # a file may be on its way from one place to another
+        for _ in range(50):  # a file may be on its way from one place to another
             if not faults:
                 return
             time.sleep(0.2 * PATIENCE)
@@ -127,8 +167,7 @@ class Watch:
             raise Failure("; ".join(faults[:5]))
 
     def _identities(self):
-        places = [self.desktop.home / "BrimwellPro", self.desktop.home / ".local/share/Trash/files"]
-        for place in places:
+        for place in self.places:
             for path in place.rglob("*"):
                 try:
                     about = path.stat()
