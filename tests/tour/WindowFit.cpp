@@ -242,6 +242,11 @@ private:
     {
         if (!text.trimmed().isEmpty())
             isVisible(widget, widget.rect(), readable, text);
+        // "12.5 mm" would become "mm 12.5".
+        static const QRegularExpression kept(u"\\x{2068}[^\\x{2069}]*\\x{2069}"_s);
+        static const QRegularExpression turnedRound(u"^\\P{L}*\\d[\\s\\x{a0}]\\p{Latin}"_s);
+        if (widget.isRightToLeft() && QString(text).remove(kept).contains(turnedRound))
+            fault(widget, u"turns \"%1\" round"_s.arg(text));
     }
 
     void fits(const QWidget &widget, const QString &text, QSize needed, QSize room)

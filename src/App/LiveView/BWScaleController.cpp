@@ -3,6 +3,7 @@
 
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Texts/BWDisplayNames.h"
+#include "Model/Texts/BWIsolated.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWMainMenu.h"
@@ -144,8 +145,10 @@ void BWScaleController::follow()
     const qsizetype ofPicture = all.size() - m_calibrations.of(productIdentifier()).size();
     const QString ofPictureText = m_parts.texts.text(u"measuring"_s, u"scale_of_picture"_s, u"%1 (of this picture)"_s);
     QStringList titles;
-    for (qsizetype i = 0; i < all.size(); ++i)
-        titles << (i < ofPicture ? ofPictureText.arg(all[i].name) : all[i].name);
+    for (qsizetype i = 0; i < all.size(); ++i) {
+        const QString name = bwIsolated(all[i].name);
+        titles << (i < ofPicture ? ofPictureText.arg(name) : name);
+    }
     const int chosen = static_cast<int>(indexOf(all, scale().calibration));
     m_menu.showScales(titles, chosen);
     m_menu.showUnit(m_calibrations.unit());
@@ -167,7 +170,7 @@ void BWScaleController::pick(int index)
                     .text(u"measuring"_s, u"scale_unsure"_s,
                           u"“%1” was made in pictures of another size or shape. Please check it with something whose "
                           "length you know."_s)
-                    .arg(picked.name),
+                    .arg(bwIsolated(picked.name)),
                 scaleNotice);
         return;
     }
@@ -259,14 +262,14 @@ void BWScaleController::look(bool isMeasuring, bool hasMeasurements)
 void BWScaleController::say(bool hasMeasurements) const
 {
     BWLocalizationManager &texts = m_parts.texts;
-    const QString used = m_picture->shown.calibration.name;
+    const QString used = bwIsolated(m_picture->shown.calibration.name);
     QString said;
     if (isWithheld())
         said = texts
                    .text(u"measuring"_s, u"scale_withheld"_s,
                          u"“%1” was made in pictures of another size or shape: lengths are in pixels. If it holds "
                          "here, too, choose it again."_s)
-                   .arg(calibrationOfCamera().name);
+                   .arg(bwIsolated(calibrationOfCamera().name));
     else if (!m_picture->shown.isCalibrated())
         said = texts.text(u"measuring"_s, u"scale_gone"_s, u"No scale is chosen: lengths are now in pixels"_s);
     else if (!hasMeasurements)

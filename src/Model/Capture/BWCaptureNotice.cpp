@@ -2,6 +2,7 @@
 #include "Model/Capture/BWCaptureNotice.h"
 
 #include "Model/Capture/BWCaptureController.h"
+#include "Model/Texts/BWIsolated.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWUIUtils.h"
 
@@ -165,5 +166,5 @@ QString BWCaptureNotice::progressText(const BWRecordingStatus &status, const QLo
 {
     const int decimals = status.bytes < gigabyte ? 0 : 1;
     return u"%1 · %2"_s.arg(elapsed(std::chrono::floor<std::chrono::seconds>(status.duration)),
-                            locale.formattedDataSize(status.bytes, decimals, QLocale::DataSizeSIFormat));
+                            bwIsolated(locale.formattedDataSize(status.bytes, decimals, QLocale::DataSizeSIFormat)));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Capture/BWSeriesTexts.h"
 
+#include "Model/Texts/BWIsolated.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWUIUtils.h"
@@ -46,7 +47,7 @@ QString inWords(std::chrono::seconds time)
         if (value > 0 && parts.size() < 2)
             parts << u"%1\u00a0%2"_s.arg(value).arg(symbol);
     }
-    return parts.isEmpty() ? u"0\u00a0s"_s : parts.join(u' ');
+    return bwIsolated(parts.isEmpty() ? u"0\u00a0s"_s : parts.join(u' '));
 }
 
 QString whyEnded(const BWSeriesResult &result, BWLocalizationManager &texts)
@@ -153,7 +154,7 @@ QString BWSeriesTexts::summary(const BWSeriesPlan &plan, qint64 pictureBytes, BW
 {
     const auto room = [&](qint64 pictures) {
         const qint64 bytes = pictures * pictureBytes;
-        return locale.formattedDataSize(bytes, bytes < 1'000'000'000 ? 0 : 1, QLocale::DataSizeSIFormat);
+        return bwIsolated(locale.formattedDataSize(bytes, bytes < 1'000'000'000 ? 0 : 1, QLocale::DataSizeSIFormat));
     };
     if (const std::optional<qint64> pictures = plan.pictures())
         return texts

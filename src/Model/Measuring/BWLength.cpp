@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Measuring/BWLength.h"
 
+#include "Model/Texts/BWIsolated.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <QGuiApplication>
 
 using namespace Qt::StringLiterals;
 
@@ -59,14 +60,6 @@ QString grouped(QString digits)
     return digits;
 }
 
-/// Kept in its order among texts that are read from the right.
-QString isolated(const QString &text)
-{
-    constexpr QChar leftToRight(0x2066);
-    constexpr QChar end(0x2069);
-    return QGuiApplication::isRightToLeft() ? leftToRight + text + end : text;
-}
-
 } // namespace
 
 double BWLengths::millimetres(BWLengthUnit unit)
@@ -117,13 +110,13 @@ QString BWLengths::text(const BWQuantity &quantity, const QLocale &locale)
     if (unit.isEmpty() || !std::isfinite(quantity.value))
         return digits;
     // A degree sign stands close to its number, units a no-break space away.
-    return isolated(quantity.dimension == BWDimension::Angle ? digits + unit : digits + QChar::Nbsp + unit);
+    return bwIsolated(quantity.dimension == BWDimension::Angle ? digits + unit : digits + QChar::Nbsp + unit);
 }
 
 QString BWLengths::percent(double share, const QLocale &locale)
 {
     const double percent = share * 100;
-    return isolated(locale.toString(percent, 'f', percent < 1 ? 2 : 1) + QChar::Nbsp + u'%');
+    return bwIsolated(locale.toString(percent, 'f', percent < 1 ? 2 : 1) + QChar::Nbsp + u'%');
 }
 
 double BWLengths::parsed(const QString &typed, BWLengthUnit fallback, const QLocale &locale)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/Albums/BWMovieDialogs.h"
 
+#include "Model/Texts/BWIsolated.h"
 #include "Views/Utils/BWControls.h"
 
 #include <QDialogButtonBox>
@@ -62,7 +63,7 @@ QString movieLengthText(double seconds)
     constexpr double exact = 10;
     constexpr double hour = 3600;
     if (seconds < exact)
-        return u"%1\u00a0s"_s.arg(QLocale().toString(seconds, 'f', 1));
+        return bwIsolated(u"%1\u00a0s"_s.arg(QLocale().toString(seconds, 'f', 1)));
     const QTime time = QTime::fromMSecsSinceStartOfDay(qRound(seconds) * 1000);
     return time.toString(seconds < hour ? u"m:ss"_s : u"h:mm:ss"_s);
 }

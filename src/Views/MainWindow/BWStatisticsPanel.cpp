@@ -146,16 +146,15 @@ void BWStatisticsPanel::drawTexts(QPainter &painter) const
 {
     const int numberLeft = sidePadding + m_columns.name + numberGap;
     const auto leftOf = [this](int left, int width) { return isRightToLeft() ? this->width() - left - width : left; };
-    const auto drawName = [&](int left, int baseline, const QString &text) {
-        painter.drawText(leftOf(left, fontMetrics().horizontalAdvance(text)), baseline, text);
-    };
+    // A number stands before its unit also where names are read from the right.
+    const int number = leftOf(numberLeft, m_columns.number + unitGap + m_columns.unit);
     int baseline = endPadding + fontMetrics().ascent();
     for (const Row &row : m_rows) {
         painter.setPen(nameColor);
-        drawName(sidePadding, baseline, row.name);
-        drawName(numberLeft + m_columns.number + unitGap, baseline, row.unit);
+        painter.drawText(leftOf(sidePadding, fontMetrics().horizontalAdvance(row.name)), baseline, row.name);
+        painter.drawText(number + m_columns.number + unitGap, baseline, row.unit);
         painter.setPen(bwPillTextColor);
-        int left = leftOf(numberLeft, m_columns.number) + m_columns.number - numberWidth(row.number);
+        int left = number + m_columns.number - numberWidth(row.number);
         for (const QChar character : row.number) {
             const int width = cellWidth(character);
             painter.drawText(left + (width - fontMetrics().horizontalAdvance(character)) / 2, baseline, character);

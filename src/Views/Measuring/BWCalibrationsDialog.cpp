@@ -2,6 +2,7 @@
 #include "Views/Measuring/BWCalibrationsDialog.h"
 
 #include "Model/Measuring/BWLength.h"
+#include "Model/Texts/BWIsolated.h"
 #include "Utils/BWUIUtils.h"
 #include "Views/Utils/BWAccessibility.h"
 #include "Views/Utils/BWViewKeys.h"
@@ -15,6 +16,7 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QStyle>
+#include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <utility>
@@ -24,6 +26,17 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int nameRole = Qt::UserRole; // what it is called until another name is accepted
+
+/// Marks of direction are for what shows, not for what is edited.
+class NameDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QString displayText(const QVariant &value, const QLocale &locale) const override
+    {
+        return bwIsolated(QStyledItemDelegate::displayText(value, locale));
+    }
+};
 
 } // namespace
 
@@ -47,6 +60,7 @@ BWCalibrationsDialog::BWCalibrationsDialog(const BWCalibrations &calibrations, c
     m_explanation->setTextFormat(Qt::PlainText);
     m_explanation->setWordWrap(true);
     m_list->setColumnCount(ColumnCount);
+    m_list->setItemDelegateForColumn(NameColumn, new NameDelegate(m_list));
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
     m_list->setAllColumnsShowFocus(true);
@@ -204,7 +218,7 @@ void BWCalibrationsDialog::renamed(QTreeWidgetItem *item)
     const QString newName = item->text(NameColumn).trimmed();
     const bool accepted = name == newName || m_callbacks.rename(name, newName);
     if (name != newName)
-        m_message->announce(accepted ? m_renamedText.arg(newName) : m_nameTaken);
+        m_message->announce(accepted ? m_renamedText.arg(bwIsolated(newName)) : m_nameTaken);
     // Its editor is still at work on the row.
     QMetaObject::invokeMethod(
         this, [this, current = accepted ? newName : name] { reload(current); }, Qt::QueuedConnection);
@@ -216,11 +230,12 @@ void BWCalibrationsDialog::remove()
         return;
     const QString name = m_list->currentItem()->data(NameColumn, nameRole).toString();
     const bool isChosen = m_calibrations.chosen(m_product).name == name;
-    if (!BWUIUtils::displayChoiceAlert(m_removeTitle, (isChosen ? m_removeChosenMessage : m_removeMessage).arg(name),
+    if (!BWUIUtils::displayChoiceAlert(m_removeTitle,
+                                       (isChosen ? m_removeChosenMessage : m_removeMessage).arg(bwIsolated(name)),
                                        m_removeOk, m_removeCancel))
         return;
     m_callbacks.remove(name);
-    const QString removed = m_removedText.arg(name);
+    const QString removed = m_removedText.arg(bwIsolated(name));
     m_message->announce(isChosen ? BWUIUtils::inOneLine(removed, m_noneChosen) : removed);
     reload({});
 }
