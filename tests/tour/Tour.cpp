@@ -53,6 +53,8 @@ const QList<Look> &Look::all()
                                    {u"light-2"_s, Light, 2},
                                    {u"dark-2"_s, Dark, 2},
                                    {u"contrast"_s, WhiteOnBlack},
+                                   {u"contrast-1.25"_s, BlackOnWhite, 1.25},
+                                   {u"contrast-2"_s, WhiteOnBlack, 2},
                                    {u"contrast-1.5"_s, BlackOnWhite, 1.5},
                                    {u"large"_s, Light, 1, 13},
                                    {u"adwaita"_s, Light, 1, 10, u"Adwaita"_s},

@@ -3,12 +3,14 @@
 
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Help/BWShortcutTable.h"
+#include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWLastCaptureButton.h"
 #include "Views/MainWindow/BWPictureCaption.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Utils/BWBarButton.h"
+#include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWDoubleButton.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 #include "Views/Utils/BWLightTabView.h"
@@ -159,6 +161,8 @@ public:
     void judge(const QWidget &widget)
     {
         place(widget);
+        if (const auto *list = qobject_cast<const QAbstractScrollArea *>(&widget))
+            judgeFrame(*list);
         const bool isKnown =
             judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox, QLineEdit, QRadioButton,
                     QSlider, BWLightTabBar, QMenuBar, QMenu, BWStatusPill, BWStatisticsPanel, BWFrozenMark,
@@ -292,6 +296,13 @@ private:
                 && sibling->geometry().intersects(widget.geometry()))
                 fault(widget, u"overlaps a %1"_s.arg(QLatin1String(sibling->metaObject()->className())));
         }
+    }
+
+    /// Where all grounds are alike, an edge shows where a list ends.
+    void judgeFrame(const QAbstractScrollArea &list)
+    {
+        if (BWColors::isHighContrast(list.palette()) && !qobject_cast<const BWCenteringClipView *>(&list))
+            isVisible(list, QRect(0, list.height() / 2, 2, 1), visible, u"frame"_s);
     }
 
     void judgeKind(const BWThumbnailNotice &notice)

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AttachedCameras.h"
 #include "BWManualClock.h"
+#include "Model/Albums/BWAlbumManager.h"
+#include "Model/Products/BWProductInUse.h"
 #include "Model/Settings/BWConfigManager.h"
 #include "Model/Settings/BWSettingsFile.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Rows.h"
 #include "Views/Albums/BWAlbumFooter.h"
+#include "Views/Albums/BWAlbumManagerWindowController.h"
 #include "Views/Albums/BWAlbumNotice.h"
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/BWNoCameraProductSheetWindowController.h"
@@ -17,7 +20,10 @@
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/MainWindow/BWMeasuringStrip.h"
 #include "Views/MainWindow/BWStatusLine.h"
+#include "Views/Settings/BWAdvancedSettingsWindowController.h"
+#include "Views/Settings/BWSettingsWindowController.h"
 #include "Views/Utils/BWColors.h"
+#include "Views/Utils/BWFilePanels.h"
 #include "Views/Utils/BWFlashActionViewController.h"
 #include "Views/Utils/BWIcons.h"
 #include "Views/Utils/BWLightTabView.h"
@@ -32,6 +38,7 @@
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -49,11 +56,21 @@ void pressKeysMeantForASnapshot(const QWidget &window)
 
 } // namespace
 
-class TestBWWindows : public QObject {
+class TestBWWindows : public QObject, private BWSettingsWindowControllerDelegate {
     Q_OBJECT
 
     BWLocalizationManager m_texts{QString(), {u"en"_s}};
     BWManualClock m_clock;
+
+    const QTemporaryDir m_folder;
+    BWSettingsFile m_defaults{m_folder.filePath(u"settings.conf"_s)};
+    BWConfigManager m_config{m_defaults};
+    BWAlbumManager m_albums{m_defaults, m_folder.path()};
+    BWProductInUse m_product{m_config};
+    const AttachedCameras m_cameras{{AttachedCameras::Type::High}};
+    BWDialogFilePanels m_panels;
+
+    void changeCurrentCamera(BWSettingsWindowController &, const BWCameraPtr &) override { }
 
     using MakeWindow = std::function<QWidget *()>;
 
@@ -312,6 +329,23 @@ private Q_SLOTS:
             (new BWAlbumNotice(grid))->showNotice(u"Saved"_s, true);
             tabs->setCurrentIndex(1);
             return tabs;
+        });
+        row("whole albums", [this]() -> QWidget * {
+            auto *window =
+                new BWAlbumManagerWindowController(m_albums, m_defaults, {m_panels, {}, {}, {}}, nullptr, m_clock);
+            window->localizeWithManager(m_texts);
+            return window;
+        });
+        row("settings", [this]() -> QWidget * {
+            auto *window = new BWSettingsWindowController(m_config, m_defaults, {*this, {}}, nullptr);
+            window->localizeWithManager(m_texts);
+            return window;
+        });
+        row("camera controls", [this]() -> QWidget * {
+            auto *window = new BWAdvancedSettingsWindowController(m_product, m_defaults, nullptr, m_clock);
+            window->localizeWithManager(m_texts);
+            window->setCurrentCamera(m_cameras[0]);
+            return window;
         });
         row("help", []() -> QWidget * { return new BWSimpleHelpWindowController({}, {}, nullptr); });
         row("no camera", [this]() -> QWidget * { return new BWNoCameraWindowController({}, m_clock); });

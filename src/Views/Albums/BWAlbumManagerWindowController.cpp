@@ -141,8 +141,6 @@ void BWAlbumManagerWindowController::layOut()
     m_tabs->setDocumentMode(true);
     m_tabs->addTab(m_images, QString());
     m_tabs->addTab(m_videos, QString());
-    for (BWThumbnailTableView *grid : {m_images, m_videos})
-        grid->setFrameShape(QFrame::NoFrame);
 
     auto *top = new QHBoxLayout;
     top->addWidget(m_popUp, 1);

@@ -74,6 +74,7 @@ BWThumbnailTableView::BWThumbnailTableView(QWidget *parent, BWClock &clock)
       m_requests(std::make_unique<BWThumbnailRequests>(*this, clock))
 {
     renewHandler();
+    updateFrame();
     setModel(m_model);
     setItemDelegate(m_painter.get());
     setSelectionMode(ExtendedSelection);
@@ -331,6 +332,13 @@ bool BWThumbnailTableView::event(QEvent *event)
     return QTableView::event(event);
 }
 
+void BWThumbnailTableView::changeEvent(QEvent *event)
+{
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        updateFrame();
+}
+
 // The handler is held during the call, which may make the grid reload and replace it.
 
 void BWThumbnailTableView::mousePressEvent(QMouseEvent *event)
@@ -418,6 +426,12 @@ void BWThumbnailTableView::updateRowHeight()
     verticalHeader()->setDefaultSectionSize(height);
     updateGeometries();
     verticalScrollBar()->setValue(qRound(top * height)); // keeps the same row at the top
+}
+
+/// In high contrast the window has the same colour.
+void BWThumbnailTableView::updateFrame()
+{
+    setFrameShape(BWColors::isHighContrast(palette()) ? QFrame::StyledPanel : QFrame::NoFrame);
 }
 
 void BWThumbnailTableView::initViewItemOption(QStyleOptionViewItem *option) const

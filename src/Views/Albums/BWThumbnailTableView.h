@@ -113,6 +113,7 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -131,6 +132,7 @@ private:
     void operateOn(const QSet<QUrl> &files);
     void renewHandler();
     void updateRowHeight();
+    void updateFrame();
     void restoreFocus(const QUrl &file, int index);
 
     BWClock &m_clock;
