@@ -3,7 +3,6 @@
 
 #include "Views/Albums/BWThumbnailTableView.h"
 #include "Views/Help/BWShortcutTable.h"
-#include "Views/MainWindow/BWCenteringClipView.h"
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWLastCaptureButton.h"
 #include "Views/MainWindow/BWPictureCaption.h"
@@ -19,6 +18,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <QAbstractItemView>
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QComboBox>
@@ -161,7 +161,7 @@ public:
     void judge(const QWidget &widget)
     {
         place(widget);
-        if (const auto *list = qobject_cast<const QAbstractScrollArea *>(&widget))
+        if (const auto *list = qobject_cast<const QAbstractItemView *>(&widget))
             judgeFrame(*list);
         const bool isKnown =
             judgeAs<QLabel, QPushButton, BWLastCaptureButton, QToolButton, QComboBox, QSpinBox, QLineEdit, QRadioButton,
@@ -248,7 +248,8 @@ private:
             isVisible(widget, widget.rect(), readable, text);
         // "12.5 mm" would become "mm 12.5".
         static const QRegularExpression kept(u"\\x{2068}[^\\x{2069}]*\\x{2069}"_s);
-        static const QRegularExpression turnedRound(u"^\\P{L}*\\d[\\s\\x{a0}]\\p{Latin}"_s);
+        static const QRegularExpression turnedRound(
+            u"^\\P{L}*\\d[\\s\\x{a0}](?:[cm\u00b5]m|px|in|m?s|min|h|fps|[kMG]?B)\\b"_s);
         if (widget.isRightToLeft() && QString(text).remove(kept).contains(turnedRound))
             fault(widget, u"turns \"%1\" round"_s.arg(text));
     }
@@ -299,9 +300,9 @@ private:
     }
 
     /// Where all grounds are alike, an edge shows where a list ends.
-    void judgeFrame(const QAbstractScrollArea &list)
+    void judgeFrame(const QAbstractItemView &list)
     {
-        if (BWColors::isHighContrast(list.palette()) && !qobject_cast<const BWCenteringClipView *>(&list))
+        if (BWColors::isHighContrast(list.palette()))
             isVisible(list, QRect(0, list.height() / 2, 2, 1), visible, u"frame"_s);
     }
 
