@@ -9,80 +9,13 @@ Usage: test_program.py PROGRAM FRAMES [TEST...]; FRAMES is a folder made by make
 import json
 import re
 import subprocess
-import sys
 import unittest
-from pathlib import Path
 
-from devices import UsbCameras, usb_node, wait_until
-from desktop import Desktop  # where devices.py looks
-from program import Program
-
-PROGRAM, FRAMES = sys.argv.pop(1), Path(sys.argv.pop(1))
-TITLE = "BrimwellPro"
-PATIENCE = 60  # seconds; the processor is emulated
-START_OF_PICTURE = b"\xff\xd8\xff"
+from devices import usb_node
+from program_test import FRAMES, PATIENCE, START_OF_PICTURE, CameraProgramTest, pictures_in
 
 
-def without_tags(jpeg):
-    """The image without the tags of a snapshot."""
-    at = jpeg.find(b"\xff\xe1")
-    if at < 0:
-        return jpeg
-    return jpeg[:at] + jpeg[at + 2 + int.from_bytes(jpeg[at + 2:at + 4], "big"):]
-
-
-def pictures_in(movie):
-    """The stored pictures, byte for byte."""
-    out = subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", str(movie), "-c", "copy", "-f", "mjpeg",
-                          "-"], check=True, capture_output=True).stdout
-    starts = [match.start() for match in re.finditer(START_OF_PICTURE, out)]
-    return [out[begin:end] for begin, end in zip(starts, [*starts[1:], len(out)])]
-
-
-class ProgramTest(unittest.TestCase):
-    def setUp(self):
-        self.desktop = self.enterContext(Desktop(accessibility=False))
-        self.cameras = self.enterContext(UsbCameras())
-        self.album = self.desktop.home / "BrimwellPro" / "Default Album"
-
-    def configure(self, table=(), **products):
-        """What the user has chosen before: the product of each type of camera, and entries of cameras.json."""
-        folder = self.desktop.home / ".config" / "BrimwellPro"
-        folder.mkdir(parents=True)
-        text = json.dumps(products, separators=(",", ":")).replace('"', '\\"')
-        self.settings = folder / "BrimwellPro.conf"
-        self.settings.write_text(f'[General]\nbwp2x_product_for_camera="{text}"\n')
-        (folder / "cameras.json").write_text(json.dumps({"cameras": list(table)}))
-
-    def start(self):
-        self.program = Program(self.desktop, [PROGRAM])
-        self.window = self.wait("the window", lambda: self.windows("--name", f"^{TITLE}"))[0]
-
-    def windows(self, *pattern):
-        pattern = pattern or ("--class", "brimwellpro")
-        found = self.desktop.output(["xdotool", "search", "--onlyvisible", *pattern]).split()
-        return [window.decode() for window in found]
-
-    def wait(self, what, condition, seconds=PATIENCE):
-        try:
-            return wait_until(what, condition, seconds, step=0.2)
-        except Exception:
-            print(self.program.log)
-            self.desktop.picture().save_png("/tmp/failed.png")
-            raise
-
-    def wait_for_stream(self, name):
-        self.wait(f"{name} streams", lambda: "streaming" in self.cameras(f"status {name}"))
-        sent = self.sent(name)
-        self.wait(f"{name} sends", lambda: self.sent(name) > sent + 1)
-
-    def sent(self, name):
-        return int(re.search(r"sent=(\d+)", self.cameras(f"status {name}"))[1])
-
-    def press_keys(self, keys):
-        self.desktop.input("windowactivate", "--sync", self.window)
-        self.desktop.key(keys)
-
+class ProgramTest(CameraProgramTest):
     def captures(self, pattern, count):
         """The files of the album once there are that many; never more."""
         found = self.wait(f"{count} {pattern}",
@@ -90,10 +23,6 @@ class ProgramTest(unittest.TestCase):
         self.wait("they are whole", lambda: all(file.stat().st_size for file in found))
         self.assertEqual(len(found), count)
         return found
-
-    def assert_sent(self, jpeg, size="640x480"):
-        sent = {path.read_bytes() for path in FRAMES.glob(f"{size}-*.jpg")}
-        self.assertIn(without_tags(jpeg), sent)
 
     def test_one_day(self):
         """All in one run of the program, as starting it takes long here."""
