@@ -158,13 +158,16 @@ class TouchTest(unittest.TestCase):
         return len(list(self.album.glob("*.jpg")))
 
     def holds(self, at):
-        """A finger stays there until a menu is open."""
+        """A finger stays there until a menu is open, which stands when the finger has gone."""
         before = len(self.windows())
         self.screen.fingers(at)
         self.wait("a menu", lambda: len(self.windows()) > before)
+        self.screen.fingers((at[0] + 1, at[1]))
+        self.screen.fingers(None)
+        time.sleep(1)  # it would have closed at once
+        self.assertGreater(len(self.windows()), before)
         self.desktop.key("Escape")
         self.wait("the menu is closed", lambda: len(self.windows()) == before)
-        self.screen.fingers(None)
 
     def test_fingers(self):
         self.desktop.input("windowactivate", "--sync", self.window)

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QStyleHints>
 #include <QTouchEvent>
@@ -19,6 +20,10 @@ BWTouchInput::BWTouchInput(QWidget &widget, BWClock &clock) : QObject(&widget), 
 
 bool BWTouchInput::eventFilter(QObject *watched, QEvent *event)
 {
+    if (m_isHeld && takeMouse(*event))
+        return true;
+    if (watched != &m_widget)
+        return false;
     switch (event->type()) {
     case QEvent::NativeGesture:
         event->setAccepted(takeGesture(static_cast<const QNativeGestureEvent &>(*event)));
@@ -68,6 +73,7 @@ bool BWTouchInput::begin(QPoint at)
 {
     const std::chrono::duration<double> longPress =
         std::chrono::milliseconds(QGuiApplication::styleHints()->mousePressAndHoldInterval());
+    letGo();
     m_rest = {};
     m_fingers.begin(m_clock.now());
     m_finger = m_widget.childAt(at) ? Finger::IsMouse : Finger::Moves;
@@ -76,17 +82,40 @@ bool BWTouchInput::begin(QPoint at)
         m_holding = DispatchAfterStrict::dispatchForQueue(
             this,
             [this, at] {
-                if (!isTap())
-                    return;
-                ignoreTap();
-                Q_EMIT held(at);
+                if (isTap())
+                    hold(at);
             },
             longPress.count(), m_clock);
     return m_finger != Finger::IsMouse;
 }
 
+void BWTouchInput::hold(QPoint at)
+{
+    ignoreTap();
+    m_isHeld = true;
+    QCoreApplication::instance()->installEventFilter(this);
+    Q_EMIT held(at);
+}
+
+/// While a menu is open, Qt makes a mouse of each finger. The one that has opened it would close it when it goes.
+bool BWTouchInput::takeMouse(const QEvent &event)
+{
+    const bool isMove = event.type() == QEvent::MouseMove;
+    const bool isRelease = event.type() == QEvent::MouseButtonRelease;
+    if (event.type() == QEvent::MouseButtonPress)
+        letGo(); // the next finger
+    else if ((isMove || isRelease)
+             && static_cast<const QMouseEvent &>(event).source() != Qt::MouseEventNotSynthesized) {
+        if (isRelease)
+            end();
+        return true;
+    }
+    return false;
+}
+
 void BWTouchInput::end()
 {
+    letGo();
     if (const auto holding = std::exchange(m_holding, nullptr))
         holding->cancel();
     const std::chrono::milliseconds interval(QGuiApplication::styleHints()->mouseDoubleClickInterval());
@@ -94,6 +123,12 @@ void BWTouchInput::end()
         Q_EMIT tapped(m_fingers.place(), m_fingers.countTap(m_clock.now(), interval));
     m_finger = Finger::Moves;
     Q_EMIT lifted();
+}
+
+void BWTouchInput::letGo()
+{
+    if (std::exchange(m_isHeld, false))
+        QCoreApplication::instance()->removeEventFilter(this);
 }
 
 /// Each event says what has come to the scale, not by which factor it has grown.

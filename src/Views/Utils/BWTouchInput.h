@@ -62,7 +62,10 @@ protected:
 private:
     bool touch(const QTouchEvent &event);
     bool begin(QPoint at);
+    void hold(QPoint at);
+    bool takeMouse(const QEvent &event);
     void end();
+    void letGo();
     bool takeGesture(const QNativeGestureEvent &gesture);
     void pan(QPointF distance);
 
@@ -71,6 +74,7 @@ private:
     BWFingers m_fingers;
     Finger m_finger = Finger::Moves;
     DispatchAfterStrict::Handle m_holding;
+    bool m_isHeld = false; // since held() was sent
     QPointF m_rest; // of panning, that was less than a point
     double m_gestureScale = 1; // since the fingers were laid on the touchpad
 };
