@@ -59,14 +59,18 @@ class DiscoveryTest(unittest.TestCase):
         for name in "left", "right":
             cameras(f"add {name} uvc serial={name} title=Scope")
         watcher = self.watch()
+
+        def used():
+            return [line.split()[1] for line in watcher.log if "is used as" in line]
         nodes = {}
         for turn, order in enumerate((("left", "right"), ("right", "left"))):
             for name in order:
-                begin = len(watcher.lines)
+                begin, known = len(watcher.lines), len(used())
                 cameras(f"plug {name}")
                 watcher.wait_for(lambda begin=begin: "pending" in watcher.lines[begin:])
                 watcher.wait_for_events(f"found 1209:0001 {name}")
-                nodes[turn, name] = [line for line in watcher.log if "is used as" in line][-1].split()[1]
+                watcher.wait_for(lambda known=known: len(used()) > known)  # the log has a pipe of its own
+                nodes[turn, name] = used()[-1]
             if turn == 0:
                 self.check_listing(nodes[turn, "left"], "left")
             for name in order:
