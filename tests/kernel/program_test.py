@@ -64,7 +64,7 @@ class CameraProgramTest(unittest.TestCase):
             return wait_until(what, condition, seconds, step=0.2)
         except Exception:
             print(self.program.log)
-            self.desktop.picture().save_png("/tmp/failed.png")
+            print(self.desktop.output(["dmesg"]).decode()[-8000:])
             raise
 
     def wait_for_stream(self, name):
