@@ -63,8 +63,10 @@ class CameraProgramTest(unittest.TestCase):
         try:
             return wait_until(what, condition, seconds, step=0.2)
         except Exception:
-            print(self.program.log)
-            print(self.desktop.output(["dmesg"]).decode()[-8000:])
+            print(self.program.log)  # then where each thread waits, what there is, and what the kernel says
+            print(self.desktop.output(["sh", "-c", f"head -n 12 /proc/{self.program.pid}/task/*/comm /proc/"
+                                       f"{self.program.pid}/task/*/stack; ls -l /dev/video* /sys/bus/usb/devices; "
+                                       "dmesg | tail -n 100"]).decode())
             raise
 
     def wait_for_stream(self, name):
