@@ -42,8 +42,9 @@ class SeriesBench(AlbumBench):
         self.desktop.key("F6")  # back to the camera's window
         rows = [self.row("another program's, %d a second" % OTHERS_PACE, resting,
                          self.cost(run, seconds, lambda: self.others_files(seconds)))]
+        open_before = self.windows()
         self.desktop.key("ctrl+i")
-        time.sleep(1)
+        wait_until("its dialog is open", lambda: self.windows() > open_before)
         before = self.count()
         self.desktop.input("key", "--delay", 50, "ctrl+a", 1, "alt+s", "Return")
         wait_until("the series runs", lambda: self.count() > before)
@@ -51,6 +52,9 @@ class SeriesBench(AlbumBench):
         self.desktop.key("ctrl+i")
         self.end(run)
         return rows
+
+    def windows(self):
+        return len(self.desktop.output(["xdotool", "search", "--onlyvisible", "--class", "brimwellpro"]).split())
 
     def others_files(self, seconds):
         for _ in range(OTHERS_PACE * seconds):
