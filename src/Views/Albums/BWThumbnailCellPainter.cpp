@@ -128,7 +128,8 @@ void drawMovieMark(QPainter &painter, const QRectF &picture, const std::optional
     painter.drawPolygon(QPolygonF{corner, corner + QPointF(0, side), corner + QPointF(side * 0.87, side / 2)});
     painter.setFont(small);
     painter.setPen(bwPillTextColor);
-    painter.drawText(pill.adjusted(padding + side + height / 4, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, text);
+    painter.drawText(pill.adjusted(padding + side + height / 4, 0, 0, 0),
+                     Qt::AlignVCenter | Qt::AlignLeft | Qt::AlignAbsolute, text);
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Views/Albums/BWThumbnailDrag.h"
 
+#include "Views/Utils/BWColors.h"
+
 #include <algorithm>
 #include <QBuffer>
 #include <QDrag>
@@ -26,6 +28,7 @@ QString imageFormat()
 constexpr QSize largest(128, 128); // anything larger would hide the drop target
 constexpr QSize placeholder(96, 72);
 constexpr int sheetDistance = 3; // between the sheets of a stack
+constexpr double sheetShare = 0.3; // of the text colour
 constexpr int badgePadding = 7;
 constexpr double opacity = 0.9;
 
@@ -102,7 +105,7 @@ QPixmap BWThumbnailDrag::picture(const QWidget &source, const QList<BWThumbnailD
     const QPalette &palette = source.palette();
     for (int below = sheetsBelow; below >= 0; --below) {
         const QRect rect(QPoint(0, badgeRoom) + QPoint(1, 1) * (sheetDistance * below), sheet);
-        painter.fillRect(rect, palette.color(QPalette::Mid));
+        painter.fillRect(rect, BWColors::line(palette, sheetShare));
         painter.setPen(palette.color(QPalette::Base));
         if (below > 0 || first.image.isNull())
             painter.drawRect(QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5));

@@ -190,7 +190,7 @@ void BWNumericSettingViewController::updateColors()
     QPalette value;
     if (!m_heldBy.isNull()) {
         value.setColor(QPalette::Text, dim);
-        value.setColor(QPalette::Highlight, palette().color(QPalette::Mid));
+        value.setColor(QPalette::Highlight, BWColors::disabled(palette())); // Mid can be as dark as the window
     }
     m_slider->setPalette(value);
     m_textField->setPalette(value);
