@@ -3,12 +3,24 @@
 
 import time
 
-from desktop import PATIENCE, Failure
+from desktop import PATIENCE, Failure, wait_until
 
 USED = {"push button", "toggle button", "check box", "radio button", "combo box", "slider", "spin button", "text",
         "entry", "list item", "table cell", "page tab", "link"}
 NOTHING_IN_PARTICULAR = {"filler", "panel", "unknown", "invalid"}
 ARROW_KEYS_LEAD_THROUGH = {"table", "tree", "page tab list"}
+RING = 30  # pixels at least that change clearly where the focus comes
+AROUND = 4  # pixels
+
+
+def contrast(*colours):
+    """Of two of them, from 1 to 21."""
+    def luminance(colour):
+        red, green, blue = ((part / 255 + 0.055) ** 2.4 / 1.055 ** 2.4 if part > 10 else part / 3294 for part in colour)
+        return 0.2126 * red + 0.7152 * green + 0.0722 * blue + 0.05
+
+    darker, lighter = sorted(map(luminance, colours))
+    return lighter / darker
 
 
 class Node:
@@ -125,10 +137,29 @@ class KeyboardWalk:
         node = self._focused() or self._press(key)
         while node and node not in found:
             found.append(node)
+            before = self._desktop.picture()
             node = self._press(key)
+            if node not in (found[-1], None):
+                self._look_at_focus(before, node)
         if not node:
             raise Failure(f"{key} leads to nothing known after {found[-1] if found else 'nothing'}")
         return found
+
+    def _look_at_focus(self, before, node):
+        """Which everybody must be able to see as soon as it comes."""
+        area = (node.within(ARROW_KEYS_LEAD_THROUGH) or node).area
+
+        def shows():
+            after = self._desktop.picture()
+            places = ((x, y) for y in range(max(0, area.y - AROUND), min(after.height, area.y + area.height + AROUND))
+                      for x in range(max(0, area.x - AROUND), min(after.width, area.x + area.width + AROUND)))
+            pairs = ((before.pixel(*place), after.pixel(*place)) for place in places)
+            return sum(one != other and contrast(one, other) >= 3 for one, other in pairs) >= RING
+
+        try:
+            wait_until("the focus shows", shows, seconds=2)
+        except Failure:
+            self.problems.append(f"its focus cannot be seen: {node}")
 
     def _arrows(self, holder):
         for _ in self._used:

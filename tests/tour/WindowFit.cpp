@@ -50,6 +50,7 @@ namespace {
 
 constexpr double readable = 4.5; // contrast of texts
 constexpr double visible = 3; // of icons, marks and edges
+constexpr double discernible = 1.5; // of what only divides
 constexpr QSize windowFrame(4, 32); // which a window manager adds
 constexpr int titleButtons = 110; // the room that it takes from a title
 
@@ -60,7 +61,7 @@ const QList<QByteArray> withoutText =
                "BWAutoSettingViewController BWBusyIndicator BWCenteringClipView BWComparisonStrip BWControlBar "
                "BWDividerHandle BWDoubleButton "
                "BWLightTabView BWMeasuringLayer BWMeasuringStrip BWNormSettingViewController BWNoticeView "
-               "BWNumericSettingViewController BWOfferStrip "
+               "BWNumericSettingViewController BWOfferStrip BWPictureFocus "
                "BWPreparingView BWProgramHead BWSettingsForm BWShortcutTable BWSlidingBars BWThumbnailTableView")
         .split(' ');
 
@@ -286,9 +287,9 @@ private:
         if (scrolled ? widget.width() > parent->width() : !parent->rect().contains(widget.geometry()))
             fault(widget, u"sticks out of its parent: \"%1\""_s.arg(widget.accessibleName()));
         const auto over = [](const QWidget &one) {
-            const QList<QByteArray> onPurpose{"BWCenteringClipView", "BWFlashActionViewController",
-                                              "BWAlbumNotice",       "BWDividerHandle",
-                                              "BWMeasuringLayer",    "BWThumbnailNotice"};
+            const QList<QByteArray> onPurpose{
+                "BWCenteringClipView", "BWFlashActionViewController", "BWAlbumNotice", "BWDividerHandle",
+                "BWMeasuringLayer",    "BWThumbnailNotice",           "BWPictureFocus"};
             return onPurpose.contains(one.metaObject()->className());
         };
         const auto siblings = parent->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
@@ -299,11 +300,11 @@ private:
         }
     }
 
-    /// Where all grounds are alike, an edge shows where a list ends.
-    void judgeFrame(const QAbstractItemView &list)
+    /// Where all grounds are alike, an edge shows where something ends.
+    void judgeFrame(const QWidget &widget)
     {
-        if (BWColors::isHighContrast(list.palette()))
-            isVisible(list, QRect(0, list.height() / 2, 2, 1), visible, u"frame"_s);
+        if (BWColors::isHighContrast(widget.palette()))
+            isVisible(widget, QRect(0, widget.height() / 2, 2, 1), visible, u"frame"_s);
     }
 
     void judgeKind(const BWThumbnailNotice &notice)
@@ -322,6 +323,7 @@ private:
     }
     void judgeKind(const QProgressBar &bar)
     {
+        judgeFrame(bar);
         if (bar.isTextVisible())
             fault(bar, u"shows a text that this check does not know"_s);
     }
@@ -517,7 +519,17 @@ private:
 
     void judgeKind(const QMenuBar &bar) { judgeActions(bar, true); }
     /// A context menu, which has no title, needs no access keys, nor do cameras and products in a group.
-    void judgeKind(const QMenu &menu) { judgeActions(menu, !menu.title().isEmpty()); }
+    void judgeKind(const QMenu &menu)
+    {
+        judgeFrame(menu);
+        judgeActions(menu, !menu.title().isEmpty());
+        const auto actions = menu.actions();
+        for (QAction *action : actions) {
+            if (action->isSeparator() && action->isVisible())
+                isVisible(menu, menu.actionGeometry(action),
+                          BWColors::isHighContrast(menu.palette()) ? visible : discernible, u"separator"_s);
+        }
+    }
     template <typename Menu>
     void judgeActions(const Menu &menu, bool needsKeys)
     {

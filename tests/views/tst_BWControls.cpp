@@ -10,10 +10,17 @@
 #include <array>
 #include <functional>
 #include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPushButton>
 #include <QScopeGuard>
+#include <QScrollArea>
+#include <QSlider>
+#include <QSpinBox>
 #include <QTest>
+#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -114,6 +121,52 @@ private Q_SLOTS:
             QVERIFY(contrast(drawn(QIcon::Normal), window) >= 3);
             QVERIFY(contrast(drawn(QIcon::Disabled), window) >= 1.5);
             QVERIFY(drawn(QIcon::Disabled) != drawn(QIcon::Normal));
+        }
+    }
+
+    void focusCanBeSeen_data()
+    {
+        const Rows<bool, bool> row; // dark, high contrast
+        row("light", false, false);
+        row("black on white", false, true);
+        row("white on black", true, true);
+    }
+    void focusCanBeSeen()
+    {
+        const auto [dark, most] = Rows<bool, bool>::current();
+        const QScopeGuard before([old = QApplication::palette()] {
+            QApplication::setStyle(u"Fusion"_s);
+            QApplication::setPalette(old);
+        });
+        QApplication::setStyle(new BWControlStyle(u"Fusion"_s));
+        QApplication::setPalette(BWColors::wanted(QPalette(dark ? Qt::white : Qt::black), dark, most).value());
+        QWidget window;
+        QVBoxLayout column(&window);
+        const QList<QWidget *> widgets{new QPushButton(u"button"_s),
+                                       new QComboBox,
+                                       new QLineEdit,
+                                       new QSpinBox,
+                                       new QSlider(Qt::Horizontal),
+                                       new QScrollArea,
+                                       new BWRadioButton(u"one"_s),
+                                       new BWDoubleButton};
+        for (QWidget *widget : widgets)
+            column.addWidget(widget);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(&window, Qt::Key_Shift); // who opens a window by a key sees it at once
+        for (QWidget *widget : widgets) {
+            (widget == widgets[0] ? widgets[1] : widgets[0])->setFocus();
+            const QImage without = widget->grab().toImage();
+            widget->setFocus(Qt::TabFocusReason);
+            const QImage with = widget->grab().toImage();
+            int clear = 0;
+            for (int i = 0; i < with.width() * with.height(); ++i) {
+                const QPoint at(i % with.width(), i / with.width());
+                clear += BWColors::contrast(with.pixelColor(at), without.pixelColor(at)) >= 3 ? 1 : 0;
+            }
+            QVERIFY2(clear >= 60,
+                     qPrintable(u"%1: %2"_s.arg(QLatin1String(widget->metaObject()->className())).arg(clear)));
         }
     }
 

@@ -33,7 +33,7 @@ QLabel *label()
 
 BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &libraries, QWidget *cameraWindow)
     : QDialog(cameraWindow),
-      m_version(label()),
+      m_version(new BWCopyableLabel), // for bug reports
       m_description(label()),
       m_licence(label()),
       m_librariesLabel(label()),
@@ -41,7 +41,6 @@ BWAboutWindowController::BWAboutWindowController(const QList<BWLibrary> &librari
       m_licencesNote(label()),
       m_closeButton(new QPushButton)
 {
-    makeBWTextCopyable(*m_version); // for bug reports
     for (QLabel *wrapped : {m_licence, m_licencesNote})
         wrapped->setWordWrap(true);
     m_librariesLabel->setBuddy(m_libraries);

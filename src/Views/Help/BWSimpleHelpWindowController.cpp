@@ -47,15 +47,6 @@ QPushButton *pushButton(const QString &icon)
     return button;
 }
 
-/// A label whose text the user can copy.
-QLabel *addressLabel(const QString &address)
-{
-    QLabel *made = label(false);
-    made->setText(address);
-    makeBWTextCopyable(*made);
-    return made;
-}
-
 } // namespace
 
 BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &contact, Callbacks callbacks,
@@ -68,12 +59,12 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
       m_faqButton(pushButton(u"help-contents"_s)),
       m_supportButton(pushButton(u"mail-message-new"_s)),
       m_supportNote(label(true)),
-      m_problem(label(true)),
+      m_problem(new BWCopyableLabel),
       m_shortcutsTitle(label(false)),
       m_shortcutsView(new QScrollArea),
       m_shortcuts(new BWShortcutTable)
 {
-    makeBWTextCopyable(*m_problem);
+    m_problem->setWordWrap(true);
     m_problem->hide();
 
     auto *head = new BWProgramHead(QStringLiteral("BrimwellPro " BW_VERSION));
@@ -86,9 +77,9 @@ BWSimpleHelpWindowController::BWSimpleHelpWindowController(const BWHelpContact &
     column->addLayout(ways());
     column->addWidget(new BWLine(Qt::Horizontal));
     column->addWidget(m_shortcutsTitle);
-    m_shortcutsView->setFrameShape(QFrame::NoFrame);
     m_shortcutsView->setWidgetResizable(true);
     m_shortcutsView->setWidget(m_shortcuts);
+    m_shortcuts->setContentsMargins(helpRowSpacing, helpRowSpacing, helpRowSpacing, helpRowSpacing);
     column->addWidget(m_shortcutsView);
     updateFonts();
 
@@ -106,7 +97,7 @@ QLayout *BWSimpleHelpWindowController::ways()
     const auto add = [&](QPushButton *button, const QString &address) {
         const int row = grid->rowCount();
         grid->addWidget(button, row, 0);
-        grid->addWidget(addressLabel(address), row, 1);
+        grid->addWidget(new BWCopyableLabel(address), row, 1);
         button->setVisible(!address.isEmpty());
         return row;
     };
@@ -209,15 +200,14 @@ void BWSimpleHelpWindowController::placeOverCameraWindow()
 void BWSimpleHelpWindowController::fitShortcuts()
 {
     constexpr int least = 100;
-    m_shortcuts->setContentsMargins({});
-    QSize size = m_shortcuts->sizeHint();
+    const int frame = 2 * m_shortcutsView->frameWidth();
+    QSize size = m_shortcuts->sizeHint() + QSize(frame, frame);
     m_shortcutsView->setFixedSize(size);
     const int room = m_cameraWindow->screen()->availableGeometry().height();
     const int excess = layout()->totalSizeHint().height() + BWWindowPlacement::assumedMargins.top() - room;
     if (excess <= 0)
         return;
-    m_shortcuts->setContentsMargins(0, 0, helpRowSpacing, 0); // the keys do not touch the scroll bar
-    size.rwidth() += helpRowSpacing + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    size.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     size.rheight() = std::max(size.height() - excess, least);
     m_shortcutsView->setFixedSize(size);
 }

@@ -10,6 +10,7 @@
 #include "Views/MainWindow/BWFrozenMark.h"
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWOfferStrip.h"
+#include "Views/MainWindow/BWPictureFocus.h"
 #include "Views/MainWindow/BWSlidingBars.h"
 #include "Views/MainWindow/BWStatisticsPanel.h"
 #include "Views/MainWindow/BWStatusLine.h"
@@ -57,6 +58,7 @@ BWMainWindow::BWMainWindow(BWLiveRenderer &renderer)
     setTabOrder(m_controlBar, m_clipView);
     setTabOrder(m_clipView, m_comparisonStrip);
     m_offerStrip->followInTabOrder(*m_clipView);
+    new BWPictureFocus(*m_clipView, *m_clipView);
     m_clipView->setFocus();
     connect(m_controlBar, &BWControlBar::lastCaptureShown, m_menu->lastCapture, &QAction::setEnabled);
     connect(m_menu->lastCapture, &QAction::triggered, m_controlBar, &BWControlBar::lastCaptureTriggered);

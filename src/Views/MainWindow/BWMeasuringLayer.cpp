@@ -4,6 +4,7 @@
 #include "Model/Measuring/BWMeasurementPainter.h"
 #include "Model/Measuring/BWMeasuringTool.h"
 #include "Views/MainWindow/BWCenteringClipView.h"
+#include "Views/MainWindow/BWPictureFocus.h"
 #include "Views/MainWindow/BWRemarkField.h"
 #include "Views/Utils/BWTouchInput.h"
 #include "Views/Utils/BWViewKeys.h"
@@ -52,6 +53,7 @@ BWMeasuringLayer::BWMeasuringLayer(BWCenteringClipView &view)
     connect(&touch, &BWTouchInput::tapped, this, &BWMeasuringLayer::fingerTapped);
     connect(&touch, &BWTouchInput::pointingEnded, this, &BWMeasuringLayer::fingerEnds);
     connect(&m_magnifier, &BWMagnifier::imageReady, this, qOverload<>(&QWidget::update));
+    new BWPictureFocus(view, *this);
     hide();
 }
 

@@ -33,10 +33,10 @@ BWGridDebuggerWindowController::BWGridDebuggerWindowController(const BWProductIn
       m_productLabel(new QLabel),
       m_resolutionLabel(new QLabel),
       m_distanceLabel(new QLabel),
-      m_productNameTextField(new QLabel),
-      m_resolutionTextField(new QLabel),
+      m_productNameTextField(new BWCopyableLabel),
+      m_resolutionTextField(new BWCopyableLabel),
       m_gridSlider(new QSlider(Qt::Horizontal)),
-      m_resultNumberTextField(new QLabel)
+      m_resultNumberTextField(new BWCopyableLabel)
 {
     m_gridSlider->setRange(0, qRound(largestDistance * stepsPerPoint));
     m_gridSlider->setSingleStep(1); // the arrow keys tune finely
@@ -47,8 +47,6 @@ BWGridDebuggerWindowController::BWGridDebuggerWindowController(const BWProductIn
     // The window must not change its width with the digits.
     m_resultNumberTextField->setMinimumWidth(
         m_resultNumberTextField->fontMetrics().horizontalAdvance(oneDecimal(largestDistance)));
-    for (QLabel *field : {m_productNameTextField, m_resolutionTextField, m_resultNumberTextField})
-        makeBWTextCopyable(*field);
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(16, 16, 16, 16);

@@ -4,6 +4,9 @@
 #include "Views/Utils/BWColors.h"
 #include "Views/Utils/BWCrispFrame.h"
 
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <QEvent>
 #include <QPainter>
 #include <QStyleOption>
 
@@ -12,13 +15,12 @@ namespace {
 /// Draws over the edge of a control, which is where Fusion has it.
 class EdgePainter {
 public:
-    EdgePainter(QPainter &painter, const QStyleOption &option) : m_painter(painter)
+    EdgePainter(QPainter &painter, const QStyleOption &option)
+        : m_painter(painter), m_palette(option.palette), m_enabled(option.state & QStyle::State_Enabled)
     {
-        const bool enabled = option.state & QStyle::State_Enabled;
         m_painter.save();
         m_painter.setRenderHint(QPainter::Antialiasing);
         m_painter.setBrush(Qt::NoBrush);
-        m_pen = QPen(enabled ? BWColors::edge(option.palette) : BWColors::disabled(option.palette));
     }
     ~EdgePainter() { m_painter.restore(); }
     Q_DISABLE_COPY_MOVE(EdgePainter)
@@ -26,29 +28,45 @@ public:
     void circle(const QRect &rect)
     {
         const double radius = (rect.width() + (rect.width() + 1) % 2) / 2.0 - 1;
-        m_painter.setPen(m_pen);
+        m_painter.setPen(edge());
         m_painter.drawEllipse(rect.center() + QPointF(1, 1), radius, radius);
     }
 
-    void box(const QRect &rect, double radius = 2)
+    void box(const QRect &rect, double radius = 2) { box(rect, edge(), radius); }
+    void box(const QRect &rect, const QColor &color, double radius)
     {
         const BWCrispFrame frame(m_painter, rect);
-        m_pen.setWidthF(frame.width);
-        m_painter.setPen(m_pen);
+        m_painter.setPen(QPen(color, frame.width));
+        m_painter.drawRoundedRect(frame.rect, radius, radius);
+    }
+
+    /// Of the focus, over the edge.
+    void ring(const QRect &rect)
+    {
+        // Over an edge that is as strong, one more line has to tell. Around something small, a line must be wider.
+        constexpr int small = 20;
+        const bool wide = BWColors::isHighContrast(m_palette) || rect.width() < small;
+        const BWCrispFrame frame(m_painter, rect, wide ? 3 : 2);
+        constexpr double radius = 2;
+        m_painter.setPen(QPen(BWColors::accent(m_palette), frame.width));
         m_painter.drawRoundedRect(frame.rect, radius, radius);
     }
 
 private:
+    QColor edge() const { return m_enabled ? BWColors::edge(m_palette) : BWColors::disabled(m_palette); }
+
     QPainter &m_painter;
-    QPen m_pen;
+    const QPalette &m_palette;
+    const bool m_enabled;
 };
 
-/// Whether Fusion draws a ring in place of the edge.
-bool showsFocus(QStyle::PrimitiveElement element, QStyle::State state)
+/// Fusion shows it by a shade of the edge, which is hardly to be seen, and in high contrast not at all.
+bool showsFocus(const QStyleOption &option, const QWidget *widget)
 {
-    return state & QStyle::State_HasFocus
-        && (element == QStyle::PE_FrameLineEdit
-            || (element == QStyle::PE_PanelButtonCommand && state & QStyle::State_KeyboardFocusChange));
+    constexpr QStyle::State needed = QStyle::State_Enabled | QStyle::State_HasFocus;
+    const bool byKeys = widget ? widget->window()->testAttribute(Qt::WA_KeyboardFocusChange)
+                               : bool(option.state & QStyle::State_KeyboardFocusChange);
+    return (option.state & needed) == needed && (byKeys || BWColors::isHighContrast(option.palette));
 }
 
 } // namespace
@@ -64,25 +82,96 @@ void BWControlStyle::polish(QPalette &palette)
     BWColors::mend(palette);
 }
 
+void BWControlStyle::polish(QApplication *application)
+{
+    QProxyStyle::polish(application);
+    application->installEventFilter(this);
+}
+
+void BWControlStyle::unpolish(QApplication *application)
+{
+    application->removeEventFilter(this);
+    QProxyStyle::unpolish(application);
+}
+
+/// Qt shows the focus in a window once Tab was pressed there. Who opens it by a key has to see it before.
+bool BWControlStyle::eventFilter(QObject *object, QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::ShortcutOverride:
+    case QEvent::KeyPress:
+        m_usesKeys = true;
+        break;
+    case QEvent::MouseButtonPress:
+    case QEvent::TouchBegin:
+    case QEvent::TabletPress:
+        m_usesKeys = false;
+        break;
+    case QEvent::FocusIn:
+        if (const auto *widget = qobject_cast<QWidget *>(object))
+            widget->window()->setAttribute(Qt::WA_KeyboardFocusChange, m_usesKeys);
+        break;
+    default:
+        break;
+    }
+    return QProxyStyle::eventFilter(object, event);
+}
+
+/// Fusion's disabled texts cast a shadow, which on a dark window blurs them.
+int BWControlStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                              QStyleHintReturn *data) const
+{
+    return hint == SH_EtchDisabledText ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
+}
+
+/// Room for the ring of the focus, which what is scrolled would cover.
+int BWControlStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
+{
+    constexpr int frame = 2;
+    if (metric == PM_DefaultFrameWidth && isFusion() && qobject_cast<const QAbstractScrollArea *>(widget))
+        return frame;
+    return QProxyStyle::pixelMetric(metric, option, widget);
+}
+
 void BWControlStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
                                    const QWidget *widget) const
 {
-    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (!isFusion() || element != PE_FrameFocusRect)
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
     if (!isFusion())
         return;
+    const bool focused = showsFocus(*option, widget);
+    const auto edge = [&] { return EdgePainter(*painter, *option); };
     switch (element) {
     case PE_IndicatorRadioButton:
-        EdgePainter(*painter, *option).circle(option->rect);
+        edge().circle(option->rect);
         break;
     case PE_IndicatorCheckBox:
-        EdgePainter(*painter, *option).box(option->rect, 0);
+        edge().box(option->rect, 0);
         break;
+    case PE_FrameFocusRect:
+        if (focused && option->state & State_Item) { // in a list, which has the ring
+            const bool isSelected = option->state & State_Selected;
+            edge().box(option->rect, option->palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text), 0);
+        } else if (focused) {
+            edge().ring(option->rect);
+        }
+        break;
+    case PE_PanelMenu:
+    case PE_FrameMenu: {
+        QStyleOption menu = *option;
+        menu.state |= State_Enabled; // which Qt does not say here
+        if (BWColors::isHighContrast(option->palette))
+            EdgePainter(*painter, menu).box(option->rect);
+        break;
+    }
     case PE_PanelButtonCommand:
     case PE_FrameLineEdit:
     case PE_Frame:
-    case PE_PanelMenu:
-        if (BWColors::isHighContrast(option->palette) && !showsFocus(element, option->state))
-            EdgePainter(*painter, *option).box(option->rect);
+        if (BWColors::isHighContrast(option->palette))
+            edge().box(option->rect);
+        if (focused || (element == PE_FrameLineEdit && option->state & State_HasFocus))
+            edge().ring(option->rect);
         break;
     default:
         break;
@@ -92,16 +181,48 @@ void BWControlStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
 void BWControlStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
                                  const QWidget *widget) const
 {
+    const QRect &rect = option->rect;
+    const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option);
+    if (isFusion() && element == CE_PushButtonLabel && button && button->direction == Qt::RightToLeft
+        && !button->icon.isNull()
+        && !button->text.isEmpty()) { // Qt would turn the text round twice, away from the icon
+        constexpr int gap = 4;
+        const int iconRoom = button->iconSize.width() + gap;
+        const QSize needed(iconRoom + button->fontMetrics.size(Qt::TextShowMnemonic, button->text).width(),
+                           rect.height());
+        const QRect place = alignedRect(Qt::LeftToRight, Qt::AlignCenter, needed, rect);
+        QStyleOptionButton part = *button;
+        part.icon = {};
+        part.rect = place.adjusted(0, 0, -iconRoom, 0);
+        QProxyStyle::drawControl(element, &part, painter, widget);
+        part.icon = button->icon;
+        part.text.clear();
+        part.rect = place.adjusted(needed.width() - button->iconSize.width(), 0, 0, 0);
+        QProxyStyle::drawControl(element, &part, painter, widget);
+        return;
+    }
     QProxyStyle::drawControl(element, option, painter, widget);
     if (!isFusion())
         return;
-    const QRect &rect = option->rect;
-    if (element == CE_MenuBarEmptyArea || (element == CE_MenuBarItem && !(option->state & State_Sunken))) {
+    const double line = bwLineWidth(*painter);
+    const bool most = BWColors::isHighContrast(option->palette);
+    const bool isHeader = element == CE_HeaderSection || element == CE_HeaderEmptyArea;
+    const bool isMenuBar = element == CE_MenuBarEmptyArea || element == CE_MenuBarItem;
+    const auto *item = element == CE_MenuItem ? qstyleoption_cast<const QStyleOptionMenuItem *>(option) : nullptr;
+    if ((isMenuBar && !(option->state & State_Sunken)) || (isHeader && most)) {
         // Where a point is not whole pixels, Fusion's own line has gaps.
-        const double line = bwLineWidth(*painter);
         painter->fillRect(QRectF(rect.left(), rect.top() + rect.height() - line, rect.width(), line),
                           BWColors::line(option->palette));
-    } else if (element == CE_TabBarTabShape && BWColors::isHighContrast(option->palette)) {
+    } else if (item && item->menuItemType == QStyleOptionMenuItem::Separator && item->text.isEmpty()) {
+        constexpr int margin = 5;
+        painter->fillRect(QRectF(rect.left() + margin, rect.center().y(), rect.width() - 2 * margin, line),
+                          BWColors::line(option->palette));
+    } else if (element == CE_TabBarTabLabel && showsFocus(*option, widget)) {
+        constexpr int inset = 3;
+        EdgePainter(*painter, *option).ring(rect.adjusted(inset, inset, -inset, -inset));
+    } else if (element == CE_ProgressBarGroove && most) {
+        EdgePainter(*painter, *option).box(rect);
+    } else if (element == CE_TabBarTabShape && most) {
         EdgePainter edge(*painter, *option);
         edge.box(rect, 0);
         constexpr int mark = 3;
@@ -116,16 +237,22 @@ void BWControlStyle::drawComplexControl(ComplexControl control, const QStyleOpti
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     if (!isFusion())
         return;
-    const bool most = BWColors::isHighContrast(option->palette);
+    const bool focused = showsFocus(*option, widget);
     if (control == CC_Slider) {
         EdgePainter edge(*painter, *option);
         const QRect handle = subControlRect(CC_Slider, option, SC_SliderHandle, widget).adjusted(1, 1, -1, -1);
         edge.box(handle);
+        if (focused)
+            edge.ring(handle);
         painter->setClipRegion(QRegion(option->rect) - handle, Qt::IntersectClip);
         edge.box(subControlRect(CC_Slider, option, SC_SliderGroove, widget).adjusted(1, 1, -1, -1), 1);
     } else if (control == CC_ScrollBar) {
         EdgePainter(*painter, *option).box(subControlRect(CC_ScrollBar, option, SC_ScrollBarSlider, widget));
-    } else if (most && (control == CC_ComboBox || control == CC_SpinBox)) {
-        EdgePainter(*painter, *option).box(option->rect);
+    } else if (control == CC_ComboBox || control == CC_SpinBox) {
+        EdgePainter edge(*painter, *option);
+        if (BWColors::isHighContrast(option->palette))
+            edge.box(option->rect);
+        if (focused || (control == CC_SpinBox && option->state & State_HasFocus))
+            edge.ring(option->rect);
     }
 }

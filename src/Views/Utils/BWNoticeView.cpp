@@ -5,8 +5,7 @@
 
 #include <algorithm>
 #include <QDialog>
-#include <QEvent>
-#include <QLabel>
+#include <QFocusEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -43,10 +42,25 @@ private:
 
 } // namespace
 
-void makeBWTextCopyable(QLabel &label)
+BWCopyableLabel::BWCopyableLabel(const QString &text, QWidget *parent) : QLabel(text, parent)
 {
-    label.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    label.setFocusPolicy(Qt::StrongFocus);
+    setTextFormat(Qt::PlainText);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+void BWCopyableLabel::focusInEvent(QFocusEvent *event)
+{
+    QLabel::focusInEvent(event);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
+        setSelection(0, static_cast<int>(text().size()));
+}
+
+void BWCopyableLabel::focusOutEvent(QFocusEvent *event)
+{
+    QLabel::focusOutEvent(event);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
+        setSelection(0, 0);
 }
 
 QFont bwHeadingFont(const QFont &font, double scale)

@@ -2,17 +2,27 @@
 #pragma once
 
 #include <QFont>
+#include <QLabel>
 #include <QList>
 #include <QWidget>
 
 class QDialog;
 class QHBoxLayout;
-class QLabel;
 class QPushButton;
 class QVBoxLayout;
 
-/// Lets the user select and copy the text of a label, with the mouse and, as it joins the Tab order, with the keyboard.
-void makeBWTextCopyable(QLabel &label);
+/// A plain text that the user can select and copy, with the mouse and, as it is in the Tab order, with the keyboard: Tab
+/// selects all of it, which also shows where the focus is. GUI thread.
+class BWCopyableLabel : public QLabel {
+    Q_OBJECT
+
+public:
+    explicit BWCopyableLabel(const QString &text = {}, QWidget *parent = nullptr);
+
+protected:
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+};
 
 /// The font of a heading above texts in that font, larger by that factor. Bold, because Japanese fonts seldom have a
 /// weight in between.
