@@ -128,6 +128,7 @@ private Q_SLOTS:
     {
         const Rows<bool, bool> row; // dark, high contrast
         row("light", false, false);
+        row("dark", true, false);
         row("black on white", false, true);
         row("white on black", true, true);
     }

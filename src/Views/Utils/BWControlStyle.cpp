@@ -48,7 +48,10 @@ public:
         const bool wide = BWColors::isHighContrast(m_palette) || rect.width() < small;
         const BWCrispFrame frame(m_painter, rect, wide ? 3 : 2);
         constexpr double radius = 2;
-        m_painter.setPen(QPen(BWColors::accent(m_palette), frame.width));
+        constexpr double shaded = 1.4; // Fusion fills a control with lighter shades of its colour
+        m_painter.setPen(QPen(
+            BWColors::on(m_palette.color(QPalette::Button), BWColors::accent(m_palette), shaded * BWColors::visible),
+            frame.width));
         m_painter.drawRoundedRect(frame.rect, radius, radius);
     }
 
