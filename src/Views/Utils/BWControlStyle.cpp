@@ -43,16 +43,18 @@ public:
     /// Of the focus, over the edge.
     void ring(const QRect &rect)
     {
-        // Over an edge that is as strong, one more line has to tell. Around something small, a line must be wider.
+        // Over an edge that is as strong, one more line has to tell. Something small is filled, as a line hardly shows.
         constexpr int small = 20;
-        const bool wide = BWColors::isHighContrast(m_palette) || rect.width() < small;
-        const BWCrispFrame frame(m_painter, rect, wide ? 3 : 2);
+        const bool most = BWColors::isHighContrast(m_palette);
+        const BWCrispFrame frame(m_painter, rect, most ? 3 : 2);
         constexpr double radius = 2;
-        constexpr double shaded = 1.4; // Fusion fills a control with lighter shades of its colour
-        m_painter.setPen(QPen(
-            BWColors::on(m_palette.color(QPalette::Button), BWColors::accent(m_palette), shaded * BWColors::visible),
-            frame.width));
+        constexpr double shaded = 1.6; // Fusion fills a control with lighter shades of its colour
+        const QColor color =
+            BWColors::on(m_palette.color(QPalette::Button), BWColors::accent(m_palette), shaded * BWColors::visible);
+        m_painter.setPen(QPen(color, frame.width));
+        m_painter.setBrush(!most && rect.width() < small ? QBrush(color) : QBrush(Qt::NoBrush));
         m_painter.drawRoundedRect(frame.rect, radius, radius);
+        m_painter.setBrush(Qt::NoBrush);
     }
 
 private:
