@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The package in a Debian 12 that has never seen it: it installs, the program runs there for an ordinary user, and once
+"""The package in a new Debian, of this one's release: it installs, the program runs there for an ordinary user, and once
 purged it leaves nothing behind but what is the user's own.
 
 The system is made by mmdebstrap in a throw-away folder, from the mirrors that this machine's apt uses, and looked at
@@ -10,6 +10,7 @@ usage: test_installed.py FOLDER_OF_DEB [ROOT FOLDER_FOR_PICTURES]
 """
 
 import os
+import platform
 import shutil
 import subprocess
 import sys
@@ -42,7 +43,7 @@ def make_system():
         again = f'--customize-hook="{sys.executable}" "{SCRIPT}" "{Path(DEB).parent}" "$1" "{folder}"'
         command = ["mmdebstrap", "--variant=minbase", "--format=null", "--skip=essential/unlink", "--quiet",
                    f"--aptopt={settings}", "--dpkgopt=force-unsafe-io",
-                   again, "bookworm", "-", *mirrors]
+                   again, platform.freedesktop_os_release()["VERSION_CODENAME"], "-", *mirrors]
         unshare = ["unshare", "--mount"]  # what it mounts goes away even if it is killed; not to be had in a chroot
         if os.geteuid() == 0 and subprocess.call([*unshare, "true"], stderr=subprocess.DEVNULL) == 0:
             command = [*unshare, *command]
