@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The machine's first file system: busybox, the modules and the guest's scripts."""
 
+import lzma
 from pathlib import Path
 
 BUSYBOX = Path("/bin/busybox")  # of busybox-static: there is nothing to link it with
@@ -22,8 +23,9 @@ def entries(kernel, modules, given):
         yield f"machine/{name}", FILE, text.encode()
     order = []
     for file in kernel.module_files([*MODULES, *modules]):
-        yield f"modules/{file.name}", FILE, file.read_bytes()
-        order.append(f"{file.name} {modules.get(file.stem, '')}\n")
+        name = file.name.removesuffix(".xz")  # busybox loads no packed ones
+        yield f"modules/{name}", FILE, file.read_bytes() if name == file.name else lzma.decompress(file.read_bytes())
+        order.append(f"{name} {modules.get(name.removesuffix('.ko'), '')}\n")
     yield "modules/order", FILE, "".join(order).encode()
 
 

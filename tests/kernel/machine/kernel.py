@@ -17,6 +17,8 @@ class Kernel:
         if packed is None:
             raise FileNotFoundError(f"no kernel in {folder}; ./test unpacks linux-image-amd64 there")
         self.release = packed.name.removeprefix("vmlinuz-")
+        if not (folder / "lib").exists():  # since Debian 13 the package counts on a /lib that leads there
+            (folder / "lib").symlink_to("usr/lib")
         self.modules = folder / "lib" / "modules"
         self.image = packed.with_name(f"vmlinux-{self.release}")
         if not self.image.exists():
@@ -26,7 +28,8 @@ class Kernel:
         index = self.modules / self.release / "modules.dep"
         if not index.exists():
             subprocess.run(["/sbin/depmod", "-b", folder, self.release], check=True)
-        self._files = {}  # name of a module: its file and those that it needs
+        builtin = index.with_name("modules.builtin").read_text().splitlines()
+        self._files = {module_name(module): [] for module in builtin}  # name of a module: its file and those that it needs
         for line in index.read_text().splitlines():
             module, needed = line.split(":")
             self._files[module_name(module)] = [module, *needed.split()]
@@ -48,9 +51,11 @@ def module_name(path):
 
 
 def without_wrapping(image):
-    """The kernel proper out of a bzImage, which would unpack itself, but takes five seconds for that in software."""
+    """The kernel proper out of a bzImage, which would unpack itself, but takes five seconds for that in software. One that
+    is packed otherwise than by xz is quicker and stays as it is."""
     setup_sectors = image[0x1F1]
     offset, length = (int.from_bytes(image[at:at + 4], "little") for at in (0x248, 0x24C))
     begin = (setup_sectors + 1) * 512 + offset
     # behind the packed data stands their unpacked length
-    return lzma.LZMADecompressor().decompress(image[begin:begin + length])
+    data = image[begin:begin + length]
+    return lzma.LZMADecompressor().decompress(data) if data.startswith(b"\xfd7zXZ") else image
