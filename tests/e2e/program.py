@@ -23,7 +23,8 @@ class Element:
 
     @property
     def role(self):
-        return self._accessible.get_role_name()
+        name = self._accessible.get_role_name()
+        return "push button" if name == "button" else name  # the new name in Debian 13
 
     @property
     def name(self):
