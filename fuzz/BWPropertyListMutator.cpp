@@ -4,6 +4,7 @@
 #include "Model/Import/BWPropertyList.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <plist/plist.h>
 
@@ -82,7 +83,7 @@ QByteArray written(const QVariant &value)
     uint32_t length = 0;
     plist_to_bin(node, &bytes, &length);
     const QByteArray result(bytes, static_cast<qsizetype>(length));
-    plist_to_bin_free(bytes);
+    std::free(bytes); // as the library's own function does, which newer versions call otherwise
     plist_free(node);
     return result;
 }

@@ -27,6 +27,7 @@
 #include <QCryptographicHash>
 #include <QJsonDocument>
 #include <QtEndian>
+#include <QTimeZone>
 #include <sys/mman.h>
 #include <zlib.h>
 
@@ -231,7 +232,7 @@ void readSettingsFile(Input &input)
 void readSeries(Input &input)
 {
     const auto record = BWSeriesFile(input.saved()).read();
-    const QDateTime now = QDateTime::fromSecsSinceEpoch(1'800'000'000, Qt::UTC);
+    const QDateTime now = QDateTime::fromSecsSinceEpoch(1'800'000'000, QTimeZone::utc());
     if (!record || record->isOver(now))
         return;
     BWSeriesFiles files = record->files;
