@@ -224,6 +224,7 @@ void BWMeasuringLayer::mousePressEvent(QMouseEvent *event)
     event->setAccepted(event->button() == Qt::LeftButton);
     if (!event->isAccepted() || !toWidget())
         return;
+    m_lastPress = event->position();
     setFocus(Qt::MouseFocusReason); // which answers an open question for a text
     if (!isOverMain(event->position()))
         return;
@@ -241,6 +242,13 @@ void BWMeasuringLayer::mouseDoubleClickEvent(QMouseEvent *event)
     event->setAccepted(event->button() == Qt::LeftButton);
     if (!event->isAccepted() || !toWidget() || !isOverMain(event->position()))
         return;
+    // Newer versions of Qt grant a pen as much room for the second press as a finger, which is 100 points.
+    const QPointF off = event->position() - m_lastPress;
+    if (event->pointerType() == QPointingDevice::PointerType::Pen
+        && std::max(std::abs(off.x()), std::abs(off.y())) > QGuiApplication::styleHints()->mouseDoubleClickDistance()) {
+        mousePressEvent(event);
+        return;
+    }
     m_tool->finish();
     Q_EMIT edited();
 }

@@ -100,6 +100,7 @@ private:
     QTransform m_paintedAt; ///< from the picture to the screen
     bool m_usesKeys = false; ///< and not the pointer
     std::optional<QPointF> m_pressed; ///< where the button went down that has begun a measurement
+    QPointF m_lastPress;
     BWRemarkField *m_text = nullptr; ///< of an arrow, while it is asked for
     QString m_textLabel;
 
