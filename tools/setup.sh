@@ -40,10 +40,13 @@ bw_logged() {
 
 # bw_packages GROUP...: the names listed in those groups of packages.txt.
 bw_packages() {
-    awk -v wanted=" $* " '
+    local release
+    # Debian's next release has no number.
+    release=$(. /etc/os-release 2>/dev/null && printf '%s' "${VERSION_ID:-99}") || release=99
+    awk -v wanted=" $* " -v release="$release" '
         { sub(/#.*/, "") }
-        $1 ~ /^\[.*\]$/ { group = substr($1, 2, length($1) - 2); next }
-        NF && index(wanted, " " group " ") { print $1 }' "$BW_ROOT/tools/packages.txt"
+        $1 ~ /^\[.*\]$/ { split(substr($1, 2, length($1) - 2), group, "@"); next }
+        NF && index(wanted, " " group[1] " ") && release + 0 >= group[2] + 0 { print $1 }' "$BW_ROOT/tools/packages.txt"
 }
 
 # bw_missing_packages GROUP...: those of them that are not installed.
