@@ -109,7 +109,9 @@ public:
             return;
         }
         auto &wanted = *static_cast<ScaledPixmapArgument *>(data);
-        wanted.pixmap = inPixels(wanted.size, wanted.scale, wanted.mode, wanted.state);
+        const bool isInPoints = QT_VERSION >= QT_VERSION_CHECK(6, 8, 0);
+        const QSize size = isInPoints ? (QSizeF(wanted.size) * wanted.scale).toSize() : wanted.size;
+        wanted.pixmap = inPixels(size, wanted.scale, wanted.mode, wanted.state);
     }
 
 protected:
