@@ -27,7 +27,7 @@ bool udevRuns()
     return QFile::exists(u"/run/udev/control"_s);
 }
 
-int milliseconds(const std::optional<BWNodeTracker::Time> &until)
+int waitingTime(const std::optional<BWNodeTracker::Time> &until)
 {
     if (!until)
         return -1;
@@ -75,7 +75,7 @@ private:
             publish();
             const auto [kernel, udev, access] = sources.descriptors();
             std::array polled{pollfd{m_end.descriptor(), POLLIN, 0}, kernel, udev, access};
-            if (poll(polled.data(), polled.size(), milliseconds(m_tracker->nextTime())) < 0 && errno != EINTR) {
+            if (poll(polled.data(), polled.size(), waitingTime(m_tracker->nextTime())) < 0 && errno != EINTR) {
                 qCWarning(bwDriver) << "Cameras are no longer watched:" << std::strerror(errno);
                 return;
             }
