@@ -154,7 +154,10 @@ QImage FirstPicture::image()
 
 std::optional<std::chrono::milliseconds> FirstPicture::length() const
 {
-    const int64_t length = m_movie->input()->duration;
+    int64_t length = m_movie->input()->duration;
+    // Newer versions of libav take it out of the header only once they have analysed pictures.
+    if ((length == AV_NOPTS_VALUE || length == 0) && stream().duration > 0)
+        length = av_rescale_q(stream().duration, stream().time_base, AV_TIME_BASE_Q);
     if (length == AV_NOPTS_VALUE || length < 0)
         return std::nullopt;
     return std::chrono::milliseconds(length / (AV_TIME_BASE / 1000));
