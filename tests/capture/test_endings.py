@@ -55,15 +55,19 @@ class CaptureRun:
 
     def kill(self):
         self.process.kill()
-        self.read_until("nothing: what was printed before the kill")
-        self.process.wait()
+        self.end()
+
+    def end(self):
+        """With its exit code."""
+        self.read_until("nothing: what was printed before the end")
         self.process.stdin.close()
         self.process.stdout.close()
+        return self.process.wait()
 
     def recover(self):
         """The file in the album; None if there was nothing to recover."""
-        result = subprocess.run([PROGRAM, "recover"], env=self.environment, capture_output=True, text=True,
-                                timeout=60)
+        result = subprocess.run([PROGRAM, "recover"], env=self.environment, stdout=subprocess.PIPE, text=True,
+                                timeout=60, check=True)
         words = result.stdout.split(maxsplit=2)
         return Path(words[2].strip()) if words[:2] == ["recovered", "1"] else None
 
@@ -97,7 +101,7 @@ class Recordings(unittest.TestCase):
         self.left_out = int(line.split()[3])
         line = run.read_until("saved")
         self.assertTrue(line, "not saved")
-        run.kill()
+        self.assertEqual(run.end(), 0)
         path = Path(line.split(maxsplit=1)[1])
         self.assertEqual(run.left_files(), [])
         self.path = path

@@ -16,7 +16,7 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "e2e"))
-from desktop import Desktop, wait_until  # noqa: E402
+from desktop import KEPT, Desktop, wait_until  # noqa: E402
 from program import Program  # noqa: E402
 
 PROGRAM = None
@@ -45,7 +45,7 @@ class CommandLine(unittest.TestCase):
         os.truncate(self.folder / "%1\n", 17_000_000)
 
     def run_program(self, *arguments, output=subprocess.PIPE):
-        environment = {"HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / ".config"), "LC_ALL": "C.UTF-8"}
+        environment = {**KEPT, "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / ".config"), "LC_ALL": "C.UTF-8"}
         return subprocess.run([PROGRAM, *map(str, arguments)], env=environment, stdout=output, stderr=subprocess.PIPE,
                               text=True, timeout=20, check=False)
 
