@@ -16,6 +16,7 @@ SANITIZED = 4  # times the memory
 MOST_SEGMENTS = 100
 REACHABLE = 60  # pixels of a window
 REPORTED = re.compile(r"Capture in the album: (/.*)")
+SAVED = re.compile(r"Saved: (/.*)")
 SESSION = re.compile(r"Camera session: (.*)")
 # The state in which each question may be on the screen, if the program does not quit.
 QUESTIONS = {"Welcome to BrimwellPro": "no camera", "The camera was unplugged": "no camera",
@@ -47,6 +48,7 @@ class Watch:
         self.sanitized = sanitized
         self.reported = collections.Counter()  # captures by their bytes
         self.names = {}
+        self._paths = {}  # bytes of files by where they were reported
         self._known = {}  # bytes of files by identity, size and time
         self._read = {}  # how far a log was read
         self._session = None, 0.0  # the state of the camera session as the program told it, and since when
@@ -135,6 +137,8 @@ class Watch:
             self._session = state, time.monotonic()
         for path in REPORTED.findall(lines[:complete]):
             self._take(Path(path))
+        for path in SAVED.findall(lines[:complete]):
+            self._take_copy(Path(path))
 
     def _take(self, path):
         try:
@@ -143,15 +147,31 @@ class Watch:
             if not any(file for place in self.places for file in place.rglob(f"{path.stem}*")):
                 raise Failure(f"{path} was reported and is nowhere") from None
             return
-        self.reported[identity] += 1
-        self.names[identity] = path.name
+        self._keep(path, identity)
         result = subprocess.run(["ffmpeg", "-v", "error", "-xerror", "-i", path, "-f", "null", "-"], capture_output=True,
                                 text=True, check=False)
         if (result.returncode or result.stderr) and path.exists():
             raise Failure(f"{path} was reported and is not whole: {result.stderr.strip()[:300]}")
 
+    def _take_copy(self, path):
+        """The file dialog may have been led into an album, and what was there may have been replaced."""
+        if not any(path.is_relative_to(place) for place in self.places):
+            return
+        try:
+            identity = picture_bytes(path)
+        except FileNotFoundError:
+            return
+        if path in self._paths:
+            self.reported[self._paths[path]] -= 1
+        self._keep(path, identity)
+
+    def _keep(self, path, identity):
+        self.reported[identity] += 1
+        self.names[identity] = path.name
+        self._paths[path] = identity
+
     def count_captures(self):
-        """Each one that was reported is in an album or in the Trash, exactly as often as reported."""
+        """Each one that was reported is in an album or in the Trash, exactly as often as reported and saved there."""
         def wrong():
             found = collections.Counter(self._identities())
             return [f"{self.names[identity]}: reported {times} times, found {found[identity]} times"

@@ -182,6 +182,8 @@ bool BWFileExport::start(BWWorkerPool &thread, const Work &work, const QUrl &tar
         const BWExportResult result = resultOf(work, target, *watch);
         if (result.outcome == BWExportResult::Outcome::Failed)
             report(target, result);
+        else if (result.outcome == BWExportResult::Outcome::Done)
+            qCInfo(bwModel).noquote() << "Saved:" << target.toLocalFile();
         BWMainQueue::post(owner, [this, result] { finish(result); });
     });
     return true;
