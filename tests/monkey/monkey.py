@@ -71,6 +71,7 @@ class Monkey:
         self.outside.mkdir()
         self.program = None
         self.starts = 0
+        self.started = None
         self.is_killed = False
         self.counted = collections.Counter()  # what it has done, by kind
         self._acts = {self._key: 46, self._mouse: 16, self._element: 14, self._deed: 20, self._camera: 12, self._text: 4,
@@ -80,6 +81,7 @@ class Monkey:
     def start(self):
         self.starts += 1
         self.is_killed = False
+        self.started = time.time()
         self.program = Program(self.desktop, self.command, log=f"program-{self.starts}.log")
         self.program.wait_for("frame", "BrimwellPro")
 

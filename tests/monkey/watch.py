@@ -13,6 +13,7 @@ from desktop import PATIENCE, Failure
 ANSWER = 2  # seconds
 BOUNDS = {"handles": 160, "threads": 80, "MiB": 900}
 SANITIZED = 4  # times the memory
+BEGUN = 10  # seconds, during which somebody may still begin a capture
 MOST_SEGMENTS = 100
 REACHABLE = 60  # pixels of a window
 REPORTED = re.compile(r"Capture in the album: (/.*)")
@@ -204,8 +205,12 @@ class Watch:
                 except FileNotFoundError:
                     continue
 
-    def nothing_left_over(self):
-        """Once the program has ended by itself."""
-        left = [path for path in (self.desktop.folder / "tmp").rglob("*.*") if path.suffix in (".jpg", ".mov", ".part")]
+    def nothing_left_over(self, started):
+        """Once the program has ended by itself, which started at that time. What may have belonged to another one that had
+        just begun it then, such as an empty movie, it leaves to the next start."""
+        left = {path: path.stat() for path in (self.desktop.folder / "tmp").rglob("*.*")
+                if path.suffix in (".jpg", ".mov", ".part")}
+        left = [f"{path} ({about.st_size} bytes)" for path, about in left.items()
+                if not 0 <= started - about.st_mtime < BEGUN or path.suffix == ".mov" and about.st_size]
         if left:
             raise Failure(f"left over: {left[:5]}")
