@@ -5,7 +5,6 @@ import collections
 import itertools
 import os
 import signal
-import subprocess
 import sys
 import time
 from pathlib import Path
@@ -267,14 +266,16 @@ class Monkey:
 
     def _second_start(self):
         second = self.desktop.spawn(self.command, log="second.log")
-        try:
-            if second.wait(timeout=20 * PATIENCE):
-                raise Failure(f"the second start has ended with {second.returncode}")
-        except subprocess.TimeoutExpired:
-            if self.program.running:
-                raise Failure("the second start has not ended") from None
-            second.send_signal(signal.SIGTERM)  # it has waited for the end of the first one
+        end = time.monotonic() + 20 * PATIENCE
+        while second.poll() is None and self.program.running:
+            if time.monotonic() > end:
+                raise Failure("the second start has not ended")
+            time.sleep(0.1)
+        if second.poll() is None:  # it has waited for the end of the first one
+            second.send_signal(signal.SIGTERM)
             second.wait(timeout=20 * PATIENCE)
+        elif second.returncode:
+            raise Failure(f"the second start has ended with {second.returncode}")
         return "second start"
 
     def _foreign_file(self):
