@@ -395,7 +395,7 @@ class CameraWindow(ProgramTest):
         movie = self.desktop.folder / "numbered.mov"
         numbered_movie.make(movie, 640, 480, 1800, 15)
         subprocess.run(["ffmpeg", "-v", "error", "-i", movie, "-c", "copy", "-f", "image2",
-                        self.desktop.folder / "%03d.jpg"], check=True)
+                        self.desktop.folder / "%04d.jpg"], check=True)
         delivered = [file.read_bytes() for file in sorted(self.desktop.folder.glob("*.jpg"))]
         # A product with a known scale would put its resolution into the pictures' heads.
         self.store('bwp2x_product_for_camera="{\\"wired_high\\":\\"mx50_40\\"}"')
