@@ -99,7 +99,7 @@ private Q_SLOTS:
                     most = std::max(most.load(), alive.load());
                 }
             });
-            QTRY_VERIFY(renderer.statistics().shown > 100 && renderer.statistics().dropped > 100);
+            QTRY_VERIFY_WITH_TIMEOUT(renderer.statistics().shown > 100 && renderer.statistics().dropped > 100, 30000);
         }
         QVERIFY2(most <= 3, qPrintable(QString::number(most))); // one waits, one is worked on, one shows
     }
