@@ -11,7 +11,7 @@ import sys
 import tempfile
 from pathlib import Path
 
-from desktop import wait_until
+from desktop import PATIENCE, wait_until
 from live_image import alike, colours
 from program import ProgramTest, answer_product_question
 
@@ -306,7 +306,8 @@ class TwoDisks(ProgramTest):
         pixels = picture.read_bytes()
         albums = f'[\\"{self.album}\\",\\"{other}\\"]'
         self.store(f'bwp2x_albums="{albums}"')
-        self.start("--simulate", "high", environment={"LD_PRELOAD": FAILING_CALLS, "FAULT": "1 0 1 1 700000 1 part"})
+        slow = f"1 0 1 1 {700000 * PATIENCE:.0f} 1 part"
+        self.start("--simulate", "high", environment={"LD_PRELOAD": FAILING_CALLS, "FAULT": slow})
         answer_product_question(self.program)
         self.program.wait_for("push button", f"Last capture: {picture.name}")
         self.desktop.key("F7")

@@ -425,7 +425,7 @@ private Q_SLOTS:
         goOn.set_value();
         bench.target = m_folder->url(u"b.png"_s);
         save();
-        QTRY_COMPARE(bench.said, QStringList(u"Saved: b.png"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(bench.said, QStringList(u"Saved: b.png"_s), 30000);
         QCOMPARE(TestFolder::read(m_folder->url(u"a.png"_s)), before);
         QVERIFY(!QFile::exists(m_folder->path(u"a.png.part"_s)));
     }
