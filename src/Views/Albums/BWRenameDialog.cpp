@@ -43,10 +43,11 @@ BWRenameDialog::BWRenameDialog(const QByteArray &fileName, const BWAlbumTexts &t
 
     auto *row = new QHBoxLayout;
     for (const QString &part : {m_name.number, m_name.ending}) {
-        auto *label = new QLabel(part);
-        label->setTextFormat(Qt::PlainText);
-        if (!part.isEmpty())
+        if (!part.isEmpty()) {
+            auto *label = new QLabel(part);
+            label->setTextFormat(Qt::PlainText);
             row->addWidget(label);
+        }
         if (row->indexOf(m_rest) < 0)
             row->addWidget(m_rest, 1);
     }
