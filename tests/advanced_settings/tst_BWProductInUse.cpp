@@ -127,7 +127,7 @@ private Q_SLOTS:
         const auto size = [&] { return camera.camera->defaultResolution(); };
 
         bench.product.changeResolution({1600, 1200});
-        QTRY_COMPARE(changes, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(changes, 1, 30000);
         QCOMPARE(size(), BWResolution(1600, 1200));
         QCOMPARE(bench.product.product()->currentResolution(), BWResolution(1600, 1200));
         bench.product.restoreDefaults();
