@@ -80,9 +80,11 @@ void BWMeasurementList::cancelChange()
 
 void BWMeasurementList::reset(const QList<BWMeasurement> &items)
 {
-    *this = {};
     m_items = items;
     m_saved = items;
+    m_undo.clear();
+    m_redo.clear();
+    m_before.reset();
 }
 
 void BWMeasurementList::undo()
