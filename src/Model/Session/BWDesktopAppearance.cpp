@@ -53,8 +53,7 @@ public:
         if (!m_connection)
             return;
         // Without a main loop of GLib, which not every platform of Qt runs.
-        g_dbus_connection_add_filter(m_connection.get(), &Portal::filter, new std::weak_ptr(weak_from_this()),
-                                     [](void *portal) { delete static_cast<std::weak_ptr<Portal> *>(portal); });
+        g_dbus_connection_add_filter(m_connection.get(), &Portal::filter, Watch::of(weak_from_this()), &Watch::end);
         const QByteArray rule = QByteArray("type='signal',member='SettingChanged',sender='") + service + "',interface='"
             + settings + "',arg0='" + appearance + '\'';
         call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "AddMatch",
@@ -66,6 +65,30 @@ public:
     }
 
 private:
+    /// What the thread of the connection gets. It crosses under a mutex of ours, as the thread sanitizer cannot look into
+    /// GLib.
+    class Watch {
+    public:
+        static void *of(const std::weak_ptr<Portal> &portal)
+        {
+            const std::lock_guard lock(mutex);
+            return new std::weak_ptr(portal);
+        }
+        static std::shared_ptr<Portal> portal(void *watch)
+        {
+            const std::lock_guard lock(mutex);
+            return static_cast<std::weak_ptr<Portal> *>(watch)->lock();
+        }
+        static void end(void *watch)
+        {
+            const std::lock_guard lock(mutex);
+            delete static_cast<std::weak_ptr<Portal> *>(watch);
+        }
+
+    private:
+        static inline std::mutex mutex;
+    };
+
     Variant call(const char *name, const char *path, const char *interface, const char *method, GVariant *arguments,
                  const char *answerType)
     {
@@ -100,7 +123,7 @@ private:
             && g_strcmp0(g_dbus_message_get_member(message), "SettingChanged") == 0;
         GVariant *const body = isChange ? g_dbus_message_get_body(message) : nullptr;
         if (body && g_variant_is_of_type(body, G_VARIANT_TYPE("(ssv)"))) {
-            if (const auto self = static_cast<std::weak_ptr<Portal> *>(portal)->lock())
+            if (const auto self = Watch::portal(portal))
                 self->change(body);
         }
         return message;
