@@ -178,7 +178,7 @@ BWAlbumWatch::Report BWAlbumWatch::Worker::followed(const Report &last, const st
     for (const Change &change : changes)
         now.differs |= m_album.follow(*now.listing, change.name, change.isThere);
     m_followed += changes.size();
-    if (now.listing->images.size() > longAlbum && m_followed >= changesUntilTrim) {
+    if (m_followed >= changesUntilTrim) {
         m_followed = 0;
         ::malloc_trim(0);
     }
