@@ -38,7 +38,7 @@ class PluggingTest(CameraProgramTest):
         self.cameras(f"source other {FRAMES}")
         self.start()
         self.addCleanup(lambda: print(self.program.log[-20000:]))
-        self.wait_for_stream("scope")
+        self.wait_for_session("scope")
         for each in "/dev/video0", "/dev/media0", "/dev/input/event", "vb2_":
             self.assertIn(each, " ".join(self.left()))
         began = time.monotonic()
@@ -154,11 +154,15 @@ class PluggingTest(CameraProgramTest):
             count := movie.read_bytes().count(START_OF_PICTURE)) >= wanted), 0))
         self.movies = range(1, 2)
 
-    def take_one(self, name):
-        """It streams again, for the user as well, who is asked nothing any more."""
+    def wait_for_session(self, name):
+        """Before that, keys do nothing."""
         self.wait_for_stream(name)
         self.wait("the session streams",
-                  lambda: re.findall("Camera session: (.*)", self.program.log)[-1] == "streaming")
+                  lambda: re.findall("Camera session: (.*)", self.program.log)[-1:] == ["streaming"])
+
+    def take_one(self, name):
+        """It streams again, for the user as well, who is asked nothing any more."""
+        self.wait_for_session(name)
         self.wait("there is no question", lambda: self.windows() == [self.window])
         self.wait("there are its nodes only", lambda: len(list(Path("/dev").glob("video*"))) == 2)
         count = len(self.reported())
