@@ -7,6 +7,7 @@
 int main(int argc, char *argv[])
 {
     BWProcess::openStandardStreams();
+    BWProcess::shareHeap();
     const BWCommandLine line = BWCommandLine::parse(argc, argv);
     if (!line.error.isNull()) {
         BWProcess::printError(line.error);

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <malloc.h>
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QTextStream>
@@ -82,6 +83,11 @@ void BWProcess::openStandardStreams()
         if (::fcntl(descriptor, F_GETFD) < 0)
             ::open("/dev/null", O_RDWR); // takes the lowest number that is free
     }
+}
+
+void BWProcess::shareHeap()
+{
+    ::mallopt(M_ARENA_MAX, 2);
 }
 
 void BWProcess::outliveLogReaders()

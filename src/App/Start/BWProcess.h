@@ -14,6 +14,9 @@ public:
     /// Opens those of the standard streams that are closed. Without them the program would write its messages into the
     /// first files that it opens, a movie maybe.
     static void openStandardStreams();
+    /// Makes all threads share two areas of the heap. Else each of more than a dozen has one of its own, and keeps in it
+    /// the space of the largest pictures that it ever had. To be called while there is one thread.
+    static void shareHeap();
     /// Keeps the process alive when the reader of its messages goes away, such as a terminal during a recording.
     static void outliveLogReaders();
     /// Whether captures and settings can be kept in the home folder. Qt takes file names for UTF-8: it would make a
