@@ -86,7 +86,7 @@ private Q_SLOTS:
         QCOMPARE(m_alerts, QStringList{u"The recording ended because the disk is full"_s});
         QCOMPARE(m_pill.text(), u"Streaming"_s);
 
-        m_report.refused(BWRecordingRefusal::StillSaving);
+        m_report.refused(BWCaptureRefusal::StillSaving);
         QCOMPARE(m_pill.text(), u"The video is still being saved."_s);
 
         m_alerts.clear();

@@ -31,7 +31,7 @@
 
 using namespace Qt::StringLiterals;
 using End = BWRecordingStatus::End;
-using Refusals = QList<BWRecordingRefusal>;
+using Refusals = QList<BWCaptureRefusal>;
 
 namespace {
 
@@ -127,7 +127,7 @@ private Q_SLOTS:
                                            [this](bool recording) { m_recording = recording; },
                                            [this](const BWCaptureResult &result) { done(result); },
                                            {},
-                                           [this](BWRecordingRefusal reason) { m_refused << reason; }},
+                                           [this](BWCaptureRefusal reason) { m_refused << reason; }},
             [this](const QUrl &, const QUrl &) { return m_albumIsShort.load(); });
         m_desk = std::make_unique<Desk>(*m_capture, QList{Type::High}, BWPixelFormat::MJPEG);
         QTRY_VERIFY(m_desk->current);
@@ -251,6 +251,17 @@ private Q_SLOTS:
         QTRY_COMPARE(m_left, QList<QUrl>{{}}); // it is reported as lost
     }
 
+    void snapshotWithoutPictureIsReported()
+    {
+        m_capture->forceSnapshot(m_camera);
+        settle();
+        m_hand->unplug();
+        QTRY_COMPARE(m_refused, Refusals{BWCaptureRefusal::NoPicture});
+        m_capture->pressHardwareButton(m_camera);
+        QTRY_COMPARE(m_refused.size(), 2);
+        QVERIFY(m_saved.isEmpty() && m_left.isEmpty());
+    }
+
     void lostCaptureIsReported()
     {
         // The album is gone: the capture is kept where it is.
@@ -304,8 +315,8 @@ private Q_SLOTS:
     void everyPressIsAnswered_data()
     {
         const Rows<Refusals, QList<End>> row;
-        row("no camera", Refusals{BWRecordingRefusal::NotStreaming}, QList<End>());
-        row("stopped camera", Refusals{BWRecordingRefusal::NotStreaming}, QList<End>());
+        row("no camera", Refusals{BWCaptureRefusal::NotStreaming}, QList<End>());
+        row("stopped camera", Refusals{BWCaptureRefusal::NotStreaming}, QList<End>());
         row("pressed twice", Refusals(), QList{End::Asked});
         row("stopped before it begins", Refusals(), QList{End::Asked});
         row("no picture comes", Refusals(), QList{End::Asked});
@@ -354,7 +365,7 @@ private Q_SLOTS:
         m_capture->toggleRecording(m_camera);
         QTRY_VERIFY(!m_camera->recording());
         m_capture->toggleRecording(m_camera);
-        QCOMPARE(m_refused, Refusals{BWRecordingRefusal::StillSaving});
+        QCOMPARE(m_refused, Refusals{BWCaptureRefusal::StillSaving});
         busy.reset();
         QTRY_COMPARE(m_saved, QStringList{u"20240607_video_001.mov"_s});
         QCOMPARE(MovieProbe::framesIn(inAlbum(m_saved[0])), 1);

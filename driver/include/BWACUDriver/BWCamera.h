@@ -32,6 +32,7 @@ public:
     using StartCompletion = std::function<void(bool success)>;
     using FrameCallback = std::function<void(BWCamera &, const BWFrame &)>;
     using SnapshotCallback = std::function<void(BWCamera &, const QByteArray &jpeg)>;
+    using SnapshotDroppedCallback = std::function<void(BWCamera &)>;
     using StillReceiver = std::function<void(const QByteArray &jpeg)>;
     /// `status` is that of the recording being reported, whatever the camera does by then.
     using RecordingCallback = std::function<void(BWCamera &, bool recording, const BWRecordingStatus &status)>;
@@ -82,10 +83,10 @@ public:
 
     /// Requests one still, delivered through the snapshot callback as JPEG data: the camera's own bytes if it streams
     /// MJPEG (with the standard Huffman tables inserted if it leaves them out), else encoded once. Each call takes one
-    /// good frame of its own, in order, or delivers no data if that cannot be encoded. A camera that is not streaming
-    /// delivers nothing; requests still open when the stream stops are dropped and logged.
+    /// good frame of its own, in order, or delivers no data if that cannot be encoded. Requests to a camera that is not
+    /// streaming, or still open when the stream stops, are dropped: each is logged and calls the callback for that.
     ///
-    /// A `receiver` gets this still in place of the callback; or no data, on any thread, if none could be taken.
+    /// A `receiver` gets this still in place of the callbacks; or no data, on any thread, if none could be taken.
     void takeSnapshot(StillReceiver receiver = {});
 
     /// Starts writing a QuickTime movie at that path, from the next frame on. The recording callback reports when it has
@@ -103,6 +104,7 @@ public:
 
     void setOnCameraFrame(FrameCallback callback);
     void setOnCameraSnapshot(SnapshotCallback callback);
+    void setOnCameraSnapshotDropped(SnapshotDroppedCallback callback);
     void setOnCameraRecording(RecordingCallback callback);
     void setOnCameraHardwareButton(HardwareButtonCallback callback);
     /// Called with the reason when a running stream could not be restarted, after a change of the size or a fault, and

@@ -110,6 +110,11 @@ void BWCamera::setOnCameraSnapshot(SnapshotCallback callback)
     m_session->callbacks().setSnapshot(std::move(callback));
 }
 
+void BWCamera::setOnCameraSnapshotDropped(SnapshotDroppedCallback callback)
+{
+    m_session->callbacks().setSnapshotDropped(std::move(callback));
+}
+
 void BWCamera::setOnCameraRecording(RecordingCallback callback)
 {
     m_session->callbacks().setRecording(std::move(callback));

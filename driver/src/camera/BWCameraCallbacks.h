@@ -13,12 +13,17 @@ public:
 
     void setFrame(BWCamera::FrameCallback callback) { set(&Table::frame, std::move(callback)); }
     void setSnapshot(BWCamera::SnapshotCallback callback) { set(&Table::snapshot, std::move(callback)); }
+    void setSnapshotDropped(BWCamera::SnapshotDroppedCallback callback)
+    {
+        set(&Table::snapshotDropped, std::move(callback));
+    }
     void setRecording(BWCamera::RecordingCallback callback) { set(&Table::recording, std::move(callback)); }
     void setHardwareButton(BWCamera::HardwareButtonCallback callback) { set(&Table::button, std::move(callback)); }
     void setStreamProblem(BWCamera::StreamProblemCallback callback) { set(&Table::streamProblem, std::move(callback)); }
 
     void frame(const BWFrame &frame) const { call(&Table::frame, frame); }
     void snapshot(const QByteArray &jpeg) const { call(&Table::snapshot, jpeg); }
+    void snapshotDropped() const { call(&Table::snapshotDropped); }
     void recording(bool recording, const BWRecordingStatus &status) const
     {
         call(&Table::recording, recording, status);
@@ -37,6 +42,7 @@ private:
     struct Table {
         BWCamera::FrameCallback frame;
         BWCamera::SnapshotCallback snapshot;
+        BWCamera::SnapshotDroppedCallback snapshotDropped;
         BWCamera::RecordingCallback recording;
         BWCamera::HardwareButtonCallback button;
         BWCamera::StreamProblemCallback streamProblem;

@@ -68,13 +68,15 @@ BWStreamSession::BWStreamSession(BWCamera &camera, BWDetectedCameraPtr detectedC
     : m_detectedCamera(std::move(detectedCamera)),
       m_callbacks(camera),
       m_controls(device->controls()),
-      m_snapshots([this](const QByteArray &jpeg, const BWCamera::StillReceiver &receiver) {
-          snapshotSession = this;
-          if (receiver)
-              receiver(jpeg);
-          else
-              m_callbacks.snapshot(jpeg);
-      }),
+      m_snapshots(
+          [this](const QByteArray &jpeg, const BWCamera::StillReceiver &receiver) {
+              snapshotSession = this;
+              if (receiver)
+                  receiver(jpeg);
+              else
+                  m_callbacks.snapshot(jpeg);
+          },
+          [this](const BWCamera::StillReceiver &receiver) { dropSnapshot(receiver); }),
       m_recorder([this](bool recording, const BWRecordingStatus &status) {
           m_recordingReports.post([this, recording, status] { m_callbacks.recording(recording, status); });
           post([this] { m_recordingReports.runWaiting(); });
@@ -403,8 +405,15 @@ void BWStreamSession::doTakeSnapshot(const BWCamera::StillReceiver &receiver)
         return;
     }
     qCWarning(bwDriver) << "No snapshot: the camera does not stream";
+    dropSnapshot(receiver);
+}
+
+void BWStreamSession::dropSnapshot(const BWCamera::StillReceiver &receiver) const
+{
     if (receiver)
         receiver({});
+    else
+        m_callbacks.snapshotDropped();
 }
 
 void BWStreamSession::doStartRecording(uint64_t recording)

@@ -104,6 +104,7 @@ private:
     void doStop();
     void doSetResolution(BWResolution resolution);
     void doSetVideoNorm(int norm);
+    void dropSnapshot(const BWCamera::StillReceiver &receiver) const;
     void doTakeSnapshot(const BWCamera::StillReceiver &receiver);
     void doStartRecording(uint64_t recording);
     void reconfigure(const std::function<void()> &change);

@@ -22,7 +22,10 @@ QByteArray jpegOf(const BWFrame &frame)
 
 } // namespace
 
-BWSnapshotWorker::BWSnapshotWorker(Deliver deliver) : m_deliver(std::move(deliver)) { }
+BWSnapshotWorker::BWSnapshotWorker(Deliver deliver, Drop drop)
+    : m_deliver(std::move(deliver)), m_drop(std::move(drop))
+{
+}
 
 BWSnapshotWorker::~BWSnapshotWorker()
 {
@@ -59,10 +62,8 @@ void BWSnapshotWorker::dropRequests()
     }
     if (!dropped.empty())
         qCWarning(bwDriver) << "The stream ended before" << dropped.size() << "snapshots could be taken";
-    for (const Receiver &receiver : dropped) {
-        if (receiver)
-            receiver({});
-    }
+    for (const Receiver &receiver : dropped)
+        m_drop(receiver);
 }
 
 void BWSnapshotWorker::waitUntilDelivered()
@@ -130,6 +131,5 @@ void BWSnapshotWorker::putBack(const Receiver &receiver)
     }
     lock.unlock();
     qCWarning(bwDriver) << "A snapshot was dropped: its frame was damaged and the stream has ended";
-    if (receiver)
-        receiver({});
+    m_drop(receiver);
 }

@@ -20,7 +20,11 @@ public:
     /// could not be encoded.
     using Deliver = std::function<void(const QByteArray &jpeg, const Receiver &receiver)>;
 
-    explicit BWSnapshotWorker(Deliver deliver);
+    /// Called with the receiver of a request for which no good frame came, on the thread that ended the stream or on the
+    /// worker's.
+    using Drop = std::function<void(const Receiver &receiver)>;
+
+    BWSnapshotWorker(Deliver deliver, Drop drop);
     /// As finish().
     ~BWSnapshotWorker();
 
@@ -52,6 +56,7 @@ private:
     void putBack(const Receiver &receiver);
 
     const Deliver m_deliver;
+    const Drop m_drop;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Taken> m_frames;

@@ -48,7 +48,7 @@ BWCaptureController::Callbacks BWCaptureFeedback::callbacks()
                 report(BWCaptureNotice::of(result, m_texts));
             },
             [this](double done) { showCopying(done); },
-            [this](BWRecordingRefusal reason) { report(BWCaptureNotice::ofRefused(reason, m_texts)); }};
+            [this](BWCaptureRefusal reason) { report(BWCaptureNotice::ofRefused(reason, m_texts)); }};
 }
 
 void BWCaptureFeedback::flashSnapshot()

@@ -121,6 +121,10 @@ void BWCaptureController::prepareCamera(const BWCameraPtr &camera)
         if (const auto shared = weak.lock())
             shared->snapshotReady(jpeg, shared->tagsForNow());
     });
+    camera->setOnCameraSnapshotDropped([weak](BWCamera &) {
+        if (const auto shared = weak.lock(); shared && shared->callbacks.refused)
+            BWMainQueue::post(weak, [self = shared.get()] { self->callbacks.refused(BWCaptureRefusal::NoPicture); });
+    });
     camera->setOnCameraRecording([weak](BWCamera &, bool recording, const BWRecordingStatus &status) {
         const auto shared = weak.lock();
         if (!shared)
@@ -207,7 +211,7 @@ void BWCaptureController::toggleRecording(const BWCameraPtr &camera, const QStri
     const QString path = m_shared->recordingOf(camera);
     const bool done = path.isNull() ? beginRecording(camera, title) : camera->endRecording(path);
     if (!done && m_shared->callbacks.refused)
-        m_shared->callbacks.refused(path.isNull() ? BWRecordingRefusal::NotStreaming : BWRecordingRefusal::StillSaving);
+        m_shared->callbacks.refused(path.isNull() ? BWCaptureRefusal::NotStreaming : BWCaptureRefusal::StillSaving);
 }
 
 bool BWCaptureController::beginRecording(const BWCameraPtr &camera, const QString &title)

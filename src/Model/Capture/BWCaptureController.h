@@ -23,10 +23,11 @@ struct BWCaptureResult {
     BWAlbumPtr album{}; ///< that it is in; null if that one is no longer listed
 };
 
-/// Why pressing Record had no effect.
-enum class BWRecordingRefusal {
-    NotStreaming, ///< no camera streams
-    StillSaving, ///< the camera's recording has ended, and its file is being completed
+/// Why a press of Record or of Snapshot had no effect.
+enum class BWCaptureRefusal {
+    NotStreaming, ///< no recording: no camera streams
+    StillSaving, ///< no recording: the camera's recording has ended, and its file is being completed
+    NoPicture, ///< no snapshot: the camera was gone or stopped before its next picture
 };
 
 /// Takes what cameras capture into the album that is current when it is complete: snapshots as they come, movies
@@ -46,8 +47,8 @@ public:
         std::function<void(const BWCaptureResult &result)> done;
         /// How much of a capture that takes long to copy is in the album, from 0 to 1.
         std::function<void(double done)> copying = {};
-        /// Pressing Record had no effect.
-        std::function<void(BWRecordingRefusal reason)> refused = {};
+        /// A press of Record or of Snapshot had no effect.
+        std::function<void(BWCaptureRefusal reason)> refused = {};
     };
 
     /// `roomCheck` checks the room in the album while a movie grows elsewhere; the usual check if null.

@@ -144,13 +144,25 @@ BWCaptureNotice BWCaptureNotice::of(const BWCaptureResult &result, BWLocalizatio
     return result.file.isEmpty() ? lost(result, texts) : saved(result, texts);
 }
 
-BWCaptureNotice BWCaptureNotice::ofRefused(BWRecordingRefusal reason, BWLocalizationManager &texts)
+BWCaptureNotice BWCaptureNotice::ofRefused(BWCaptureRefusal reason, BWLocalizationManager &texts)
 {
-    const QString text = reason == BWRecordingRefusal::StillSaving
-        ? texts.text(u"camera_window"_s, u"recording_still_saving"_s, u"The video is still being saved."_s)
-        : texts.text(u"camera_window"_s, u"recording_not_begun"_s,
-                     u"No recording was started, because the camera is not running yet."_s);
-    return {{}, text, true};
+    switch (reason) {
+    case BWCaptureRefusal::StillSaving:
+        return {{},
+                texts.text(u"camera_window"_s, u"recording_still_saving"_s, u"The video is still being saved."_s),
+                true};
+    case BWCaptureRefusal::NotStreaming:
+        return {{},
+                texts.text(u"camera_window"_s, u"recording_not_begun"_s,
+                           u"No recording was started, because the camera is not running yet."_s),
+                true};
+    case BWCaptureRefusal::NoPicture:
+        return {{},
+                texts.text(u"camera_window"_s, u"snapshot_without_picture"_s,
+                           u"No snapshot was taken, because the camera sent no further picture."_s),
+                true};
+    }
+    return {};
 }
 
 QString BWCaptureNotice::elapsed(std::chrono::seconds duration)

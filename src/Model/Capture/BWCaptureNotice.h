@@ -7,7 +7,7 @@
 #include <QUrl>
 
 class BWLocalizationManager;
-enum class BWRecordingRefusal;
+enum class BWCaptureRefusal;
 struct BWCaptureResult;
 struct BWRecordingStatus;
 
@@ -22,7 +22,7 @@ struct BWCaptureNotice {
     static BWCaptureNotice ofRecovered(const QUrl &last, BWLocalizationManager &texts);
 
     static BWCaptureNotice of(const BWCaptureResult &result, BWLocalizationManager &texts);
-    static BWCaptureNotice ofRefused(BWRecordingRefusal reason, BWLocalizationManager &texts);
+    static BWCaptureNotice ofRefused(BWCaptureRefusal reason, BWLocalizationManager &texts);
 
     /// Minutes and seconds, with hours from one hour on: "1:05".
     static QString elapsed(std::chrono::seconds duration);
