@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Model/Albums/BWAlbum.h"
 #include "Model/Capture/BWCaptureRecovery.h"
+#include "Model/Settings/BWSettingsFile.h"
 #include "Rows.h"
 #include "Utils/BWTemporaryFiles.h"
 #include "Utils/BWUIUtils.h"
@@ -157,8 +158,14 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be taken over.*2.mov"_s));
         QVERIFY(collect().isEmpty());
         QVERIFY(!QFile::exists(capture) && QFile::exists(text));
-        BWOrphanedCaptures::removeHalfCopies(QUrl::fromLocalFile(m_album));
-        QCOMPARE(QDir(m_album).entryList(QDir::Files | QDir::Hidden), QStringList{u"a.jpg"_s});
+        BWSettingsFile settings(m_folder->filePath(u"settings.conf"_s));
+        BWAlbumManager albums(settings, m_folder->path());
+        albums.prepare();
+        albums.addAlbumFromPath(QUrl::fromLocalFile(m_album));
+        albums.setSelectedIndex(0); // another one than that
+        BWCaptureRecovery recovery(albums, {});
+        recovery.start({});
+        QTRY_COMPARE(QDir(m_album).entryList(QDir::Files | QDir::Hidden), QStringList{u"a.jpg"_s});
     }
 
     void whatIsTakenBecomesTheUsersOwn()

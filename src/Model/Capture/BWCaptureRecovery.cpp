@@ -266,11 +266,12 @@ BWCaptureRecovery::BWCaptureRecovery(BWAlbumManager &albums, std::function<void(
 
 void BWCaptureRecovery::start(const QStringList &temporaryFolders)
 {
+    for (const BWAlbumPtr &any : m_albums.albums())
+        m_sweeper.run([path = any->path()] { BWOrphanedCaptures::removeHalfCopies(path); });
     const BWAlbumPtr album = m_albums.currentAlbum();
     if (!album)
         return;
     m_worker.run([this, alive = m_alive.watch(), temporaryFolders, path = album->path()] {
-        BWOrphanedCaptures::removeHalfCopies(path);
         const QList<BWOrphanedCapture> captures = BWOrphanedCaptures::collect(temporaryFolders, path);
         if (!captures.isEmpty())
             BWMainQueue::post(alive, [this, captures] { takeIn(captures); });

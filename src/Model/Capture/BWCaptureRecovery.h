@@ -44,7 +44,7 @@ public:
     /// the one that came last.
     BWCaptureRecovery(BWAlbumManager &albums, std::function<void(int captures, const QUrl &last)> recovered);
 
-    /// Once, at start. Looks into those folders for temporary files.
+    /// Once, at start. Looks into those folders for temporary files, and into all albums for half copies.
     void start(const QStringList &temporaryFolders);
 
 private:
@@ -58,4 +58,5 @@ private:
     QUrl m_last;
     BWAliveToken m_alive;
     BWWorkerPool m_worker{1, BWWorkerPool::untilDone};
+    BWWorkerPool m_sweeper{1, std::chrono::milliseconds(0)}; // the disk of an album may not answer
 };
