@@ -52,7 +52,8 @@ bool hasMarkerByte(uint64_t bytes)
 
 } // namespace
 
-/// False if it is not a table of prefix codes.
+/// False if it is not a table of prefix codes, or has lengths of DC coefficients that there are not: what the tables below
+/// leave out must be longer codes.
 bool BWJpegCut::Codes::set(const JHUFF_TBL &table, bool dc)
 {
     if (isDc == dc && std::memcmp(made.bits, table.bits, sizeof table.bits) == 0
@@ -73,6 +74,8 @@ bool BWJpegCut::Codes::set(const JHUFF_TBL &table, bool dc)
         limits[at] = code << (longestCode - length);
         code <<= 1;
     }
+    if (isDc && std::any_of(made.huffval, made.huffval + place, [](int value) { return value > largestDcLength; }))
+        return false;
     limits[longestCode + 1] = 1 << longestCode;
     for (uint32_t next = 0; next < single.size(); ++next) {
         single[next] = stepOf(next << (longestCode - peekBits), 1, peekBits);
@@ -81,7 +84,7 @@ bool BWJpegCut::Codes::set(const JHUFF_TBL &table, bool dc)
     return true;
 }
 
-/// An entry for the code that 16 bits begin with; 0 if it is none, or longer than `longest`.
+/// An entry for the code that 16 bits begin with; 0 if it is none, or longer than `longest`. None is shorter than `shortest`.
 uint16_t BWJpegCut::Codes::stepOf(uint32_t next16, int shortest, int longest) const
 {
     int length = shortest;
@@ -94,7 +97,7 @@ uint16_t BWJpegCut::Codes::stepOf(uint32_t next16, int shortest, int longest) co
     const int bits = value & 15;
     const int run = value >> 4;
     if (isDc)
-        return value <= largestDcLength ? static_cast<uint16_t>(value << 8 | (length + value)) : uint16_t(0);
+        return static_cast<uint16_t>(value << 8 | (length + value));
     const int coefficients = bits != 0 || run == 15 ? run + 1 : endOfBlock;
     return static_cast<uint16_t>(coefficients << 8 | (length + bits));
 }
