@@ -157,7 +157,7 @@ std::optional<std::chrono::milliseconds> FirstPicture::length() const
     int64_t length = m_movie->input()->duration;
     // Newer versions of libav take it out of the header only once they have analysed pictures.
     if ((length == AV_NOPTS_VALUE || length == 0) && stream().duration > 0)
-        length = av_rescale_q(stream().duration, stream().time_base, AV_TIME_BASE_Q);
+        length = av_rescale_q(stream().duration, stream().time_base, AVRational{1, AV_TIME_BASE});
     if (length == AV_NOPTS_VALUE || length < 0)
         return std::nullopt;
     return std::chrono::milliseconds(length / (AV_TIME_BASE / 1000));

@@ -71,7 +71,8 @@ QByteArray standardHuffmanTables()
 }
 
 constexpr uint8_t endOfImage = 0xd9; // marker code
-constexpr std::size_t maxPadding = 256 * 1024; // more zeros than this after the end marker are not searched
+constexpr std::size_t maxPadding =
+    std::size_t(256) * 1024; // more zeros than this after the end marker are not searched
 
 /// The size without the zeros after the end marker; 0 if there is no end marker.
 std::size_t sizeToEndMarker(const uint8_t *data, std::size_t size)
@@ -338,7 +339,10 @@ QByteArray BWJpeg::withHuffmanTables(const uint8_t *data, std::size_t size)
 {
     const Parts parts = partsWithHuffmanTables(data, size);
     QByteArray result;
-    result.reserve(static_cast<qsizetype>(parts[0].size() + parts[1].size() + parts[2].size()));
+    qsizetype length = 0;
+    for (const Bytes part : parts)
+        length += static_cast<qsizetype>(part.size());
+    result.reserve(length);
     for (const Bytes part : parts)
         result.append(reinterpret_cast<const char *>(part.data()), static_cast<qsizetype>(part.size()));
     return result;

@@ -40,7 +40,7 @@ constexpr Stretch chromaStretch{16, 240, 142, 700, 18}; // 255 / 224
 [[gnu::always_inline]] inline void stretchPairs(const uint8_t *__restrict from, uint8_t *__restrict to, int pairs,
                                                 const Stretch first, const Stretch second)
 {
-    for (int i = 0; i < pairs; ++i) {
+    for (std::ptrdiff_t i = 0; i < pairs; ++i) {
         to[2 * i] = stretched(from[2 * i], first);
         to[2 * i + 1] = stretched(from[2 * i + 1], second);
     }

@@ -144,11 +144,11 @@ BWFileMoves::~BWFileMoves()
 
 void BWFileMoves::rename(const QUrl &file, const QByteArray &name, Finished finished)
 {
-    const QUrl target = BWFilePath::entry(file.adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash), name);
-    start({{file, [target] { return target; }}}, false, std::move(finished), {});
+    const QUrl folder = file.adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash);
+    start({{file, [folder, name] { return BWFilePath::entry(folder, name); }}}, false, std::move(finished), {});
 }
 
-void BWFileMoves::move(const QList<QUrl> &files, const QUrl &folder, Finished finished, Progress progress)
+void BWFileMoves::move(const QList<QUrl> &files, const QUrl &folder, Finished finished, const Progress &progress)
 {
     std::vector<Request> requests;
     for (const QUrl &file : files)
@@ -156,7 +156,7 @@ void BWFileMoves::move(const QList<QUrl> &files, const QUrl &folder, Finished fi
     start(requests, false, std::move(finished), progress);
 }
 
-void BWFileMoves::undo(Finished finished, Progress progress)
+void BWFileMoves::undo(Finished finished, const Progress &progress)
 {
     std::vector<Request> requests;
     const QList<Moved> last = std::exchange(m_last, {});

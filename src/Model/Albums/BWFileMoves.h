@@ -68,7 +68,7 @@ public:
     /// Within its folder; fails if the name is taken.
     void rename(const QUrl &file, const QByteArray &name, Finished finished);
     /// Into a folder. Where the name is taken, a capture gets the next free number there, any other file "(2)".
-    void move(const QList<QUrl> &files, const QUrl &folder, Finished finished, Progress progress = {});
+    void move(const QList<QUrl> &files, const QUrl &folder, Finished finished, const Progress &progress = {});
     /// Ends the copying between disks; the file that is being copied stays.
     void cancel();
     bool isRunning() const { return !m_watches.empty(); }
@@ -76,7 +76,7 @@ public:
     /// Whether there is something to undo: the last request that moved anything.
     bool canUndo() const { return !m_last.isEmpty(); }
     /// Once. A file whose old name has been taken meanwhile gets "(2)".
-    void undo(Finished finished, Progress progress = {});
+    void undo(Finished finished, const Progress &progress = {});
     /// Something else was done that comes first when the user undoes.
     void forget() { m_last.clear(); }
 
