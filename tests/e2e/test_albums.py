@@ -289,12 +289,17 @@ class TwoDisks(ProgramTest):
     def test_move(self):
         def move():
             self.program.wait_for("image", f"{picture.name}, 1 of 1")
-            self.desktop.key("alt+f")
-            self.program.click("menu item", "Move to album")
-            self.program.click("menu item", other.name)
-            self.program.wait_for("dialog", "Move to album")
+            # Not with the mouse: Qt 6.8 takes no click in a menu that a key opened, if the mouse has never moved before.
+            for key, opened in (("alt+f", "Move to album"), ("m", other.name)):
+                self.desktop.key(key)
+                self.program.wait_for("menu item", opened)
+            self.desktop.key("Return")
+            dialog = self.program.wait_for("dialog", "Move to album")
+            progress, cancel = (next(part for part in dialog.descendants() if part.role == role)
+                                for role in ("progress bar", "push button"))
             wait_until("some of it is there", lambda: any(part.stat().st_size for part in other.iterdir()))
-            wait_until("one sees how far it has come", lambda: self.program.find("progress bar", None).value > 0)
+            wait_until("one sees how far it has come", lambda: progress.value > 0)
+            return cancel
 
         other = Path(self.enterContext(tempfile.TemporaryDirectory(dir="/dev/shm")))
         self.make_pictures("640x480")
@@ -311,8 +316,7 @@ class TwoDisks(ProgramTest):
         answer_product_question(self.program)
         self.program.wait_for("push button", f"Last capture: {picture.name}")
         self.desktop.key("F7")
-        move()
-        self.program.click("push button", "Cancel")
+        move().do("Press")
         wait_until("nothing of it is left", lambda: not any(other.iterdir()))
         wait_until("the dialog is gone", lambda: not self.program.window("dialog"))
         self.assertEqual(picture.read_bytes(), pixels)
