@@ -87,7 +87,7 @@ bool BWUIUtils::displayChoiceAlert(const QString &title, const QString &message,
 
 QString BWUIUtils::withShortcut(const QString &text, const QKeySequence &shortcut)
 {
-    return QStringLiteral("%1 (%2)").arg(text, shortcut.toString(QKeySequence::NativeText));
+    return shortcut.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, shortcut.toString(QKeySequence::NativeText));
 }
 
 QString BWUIUtils::inOneLine(const QString &first, const QString &second)

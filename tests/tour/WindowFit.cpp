@@ -162,6 +162,8 @@ public:
     void judge(const QWidget &widget)
     {
         place(widget);
+        if (widget.toolTip().contains(u"()"_s))
+            fault(widget, u"names no key in \"%1\""_s.arg(widget.toolTip()));
         if (const auto *list = qobject_cast<const QAbstractItemView *>(&widget))
             judgeFrame(*list);
         const bool isKnown =

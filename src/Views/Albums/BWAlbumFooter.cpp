@@ -32,7 +32,7 @@ QToolButton *button(const QString &icon)
 
 void setName(QToolButton *button, const QString &name, const QKeySequence &key = {})
 {
-    button->setToolTip(key.isEmpty() ? name : BWUIUtils::withShortcut(name, key));
+    button->setToolTip(BWUIUtils::withShortcut(name, key));
     button->setAccessibleName(name);
 }
 
