@@ -124,6 +124,20 @@ private Q_SLOTS:
         }
     }
 
+    /// Yellow with a white sign in it, on a light window.
+    void faintIconsKeepTheirDetails()
+    {
+        setColors(Qt::white, Qt::black);
+        const QImage image = painted(Qt::white, 1, [icon = BWIcons::icon(u"dialog-warning"_s)](QPainter &painter) {
+            icon.paint(&painter, 0, 0, 64, 64);
+        });
+        QVERIFY(contrast(image, Qt::white) >= 3);
+        int coloured = 0;
+        for (int i = 0; i < image.width() * image.height(); ++i)
+            coloured += image.pixelColor(i % image.width(), i / image.width()).hsvSaturation() > 128 ? 1 : 0;
+        QVERIFY2(coloured > 1000, qPrintable(QString::number(coloured)));
+    }
+
     void focusCanBeSeen_data()
     {
         const Rows<bool, bool> row; // dark, high contrast

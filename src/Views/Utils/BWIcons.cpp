@@ -6,6 +6,8 @@
 #include "Views/Utils/BWCrispFrame.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <optional>
 #include <QEvent>
 #include <QFile>
 #include <QGuiApplication>
@@ -175,12 +177,31 @@ private:
     QString m_path;
 };
 
-/// Keeps the shape alone.
+/// Keeps the shape, and of the colours what a translucent one lets through.
 void fill(QPixmap &picture, const QColor &color)
 {
     QPainter painter(&picture);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
     painter.fillRect(QRectF(QPointF(), picture.deviceIndependentSize()), color);
+}
+
+/// Whether it has one colour, as icons for bars have, so that the shape alone says all.
+bool isPlain(const QImage &drawn)
+{
+    constexpr int alike = 48;
+    constexpr int opaque = 200;
+    std::optional<QColor> first;
+    for (int i = 0; i < drawn.width() * drawn.height(); ++i) {
+        const QColor color = drawn.pixelColor(i % drawn.width(), i / drawn.width());
+        if (color.alpha() < opaque)
+            continue;
+        first = first.value_or(color);
+        if (std::max({std::abs(color.red() - first->red()), std::abs(color.green() - first->green()),
+                      std::abs(color.blue() - first->blue())})
+            > alike)
+            return false;
+    }
+    return true;
 }
 
 /// How well what stands out most can be told from the ground.
@@ -195,7 +216,8 @@ double strongest(const QImage &drawn, const QColor &ground)
 }
 
 /// An icon of the theme, or an image. A disabled one becomes its own shadow, because what styles make of it can be as bright
-/// as before in a dark window; so does one of a theme that can hardly be seen on the window, in the colour of texts. An icon
+/// as before in a dark window; so does one of a theme that can hardly be seen on the window, in the colour of texts; if it has
+/// several colours, they only come nearer to that of texts, as their shape alone would say nothing. An icon
 /// that was asked for in one theme is drawn from the next one, too.
 class ThemedIconEngine : public PixelIconEngine {
 public:
@@ -222,8 +244,13 @@ protected:
         const QColor window = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
         const bool isFaint =
             !m_name.isEmpty() && mode != QIcon::Selected && strongest(picture.toImage(), window) < BWColors::visible;
-        if ((isFaint || mode == QIcon::Disabled) && !picture.isNull())
-            fill(picture, colorsForMode(mode).text);
+        if ((!isFaint && mode != QIcon::Disabled) || picture.isNull())
+            return picture;
+        QColor color = colorsForMode(mode).text;
+        constexpr float share = 0.4F;
+        if (mode != QIcon::Disabled && !isPlain(picture.toImage()))
+            color.setAlphaF(share);
+        fill(picture, color);
         return picture;
     }
 
