@@ -167,12 +167,15 @@ private Q_SLOTS:
                                        new BWDoubleButton};
         for (QWidget *widget : widgets)
             column.addWidget(widget);
+        static_cast<QPushButton *>(widgets[0])->setDefault(true);
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
         QTest::keyClick(&window, Qt::Key_Shift); // who opens a window by a key sees it at once
         for (QWidget *widget : widgets) {
             (widget == widgets[0] ? widgets[1] : widgets[0])->setFocus();
             const QImage without = widget->grab().toImage();
+            const QColor frame = without.pixelColor(0, without.height() / 2); // only the focus has its colour
+            QVERIFY2(frame.hsvSaturation() < 60, qPrintable(frame.name()));
             widget->setFocus(Qt::TabFocusReason);
             const QImage with = widget->grab().toImage();
             int clear = 0;

@@ -9,6 +9,7 @@
 #include <QEvent>
 #include <QPainter>
 #include <QStyleOption>
+#include <QTransform>
 
 namespace {
 
@@ -32,6 +33,40 @@ public:
         m_painter.drawEllipse(rect.center() + QPointF(1, 1), radius, radius);
     }
 
+    /// In full strength where Fusion draws it translucent.
+    void dot(const QRect &rect)
+    {
+        constexpr double share = 0.2;
+        m_painter.setPen(Qt::NoPen);
+        m_painter.setBrush(m_palette.text());
+        m_painter.drawEllipse(rect.center() + QPointF(1, 1), share * rect.width(), share * rect.width());
+        m_painter.setBrush(Qt::NoBrush);
+    }
+
+    /// Likewise; `angle` in degrees, from one that points to the right.
+    void arrow(const QRect &rect, int angle, QPalette::ColorRole color)
+    {
+        constexpr double length = 4;
+        m_painter.setPen(Qt::NoPen);
+        m_painter.setBrush(m_palette.brush(color));
+        const QTransform turned =
+            QTransform::fromTranslate(QRectF(rect).center().x(), QRectF(rect).center().y()).rotate(angle);
+        m_painter.drawConvexPolygon(
+            turned.map(QPolygonF{{-length / 2, -length}, {length / 2, 0}, {-length / 2, length}}));
+        m_painter.setBrush(Qt::NoBrush);
+    }
+
+    /// Of the button that Enter presses. In its own colour, as that of the focus would promise the focus.
+    void defaultFrame(const QRect &rect)
+    {
+        constexpr double strong = 0.8;
+        const bool most = BWColors::isHighContrast(m_palette);
+        const BWCrispFrame frame(m_painter, rect, most ? 2 : 1);
+        m_painter.setPen(QPen(BWColors::line(m_palette, strong), frame.width));
+        constexpr double radius = 2;
+        m_painter.drawRoundedRect(frame.rect, radius, radius);
+    }
+
     void box(const QRect &rect, double radius = 2) { box(rect, edge(), radius); }
     void box(const QRect &rect, const QColor &color, double radius)
     {
@@ -41,12 +76,12 @@ public:
     }
 
     /// Of the focus, over the edge.
-    void ring(const QRect &rect)
+    void ring(const QRect &rect, bool isOverStrongEdge = false)
     {
         // Over an edge that is as strong, one more line has to tell. Something small is filled, as a line hardly shows.
         constexpr int small = 20;
         const bool most = BWColors::isHighContrast(m_palette);
-        const BWCrispFrame frame(m_painter, rect, most ? 3 : 2);
+        const BWCrispFrame frame(m_painter, rect, most || isOverStrongEdge ? 3 : 2);
         constexpr double radius = 2;
         constexpr double shaded = 1.6; // Fusion fills a control with lighter shades of its colour
         const QColor color =
@@ -64,6 +99,14 @@ private:
     const QPalette &m_palette;
     const bool m_enabled;
 };
+
+int angleOf(QStyle::PrimitiveElement arrow)
+{
+    return arrow == QStyle::PE_IndicatorArrowDown ? 90
+        : arrow == QStyle::PE_IndicatorArrowLeft  ? 180
+        : arrow == QStyle::PE_IndicatorArrowUp    ? 270
+                                                  : 0;
+}
 
 /// Fusion shows it by a shade of the edge, which is hardly to be seen, and in high contrast not at all.
 bool showsFocus(const QStyleOption &option, const QWidget *widget)
@@ -141,15 +184,34 @@ int BWControlStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, 
 void BWControlStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
                                    const QWidget *widget) const
 {
-    if (!isFusion() || element != PE_FrameFocusRect)
+    if (!isFusion()) {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
-    if (!isFusion())
         return;
+    }
+    const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option);
+    const bool isDefault = button && button->features & QStyleOptionButton::DefaultButton;
+    if (isDefault) { // without the tint, on which a ring would hardly show
+        QStyleOptionButton plain = *button;
+        plain.features.setFlag(QStyleOptionButton::DefaultButton, false);
+        QProxyStyle::drawPrimitive(element, &plain, painter, widget);
+    } else if (element != PE_FrameFocusRect) {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
     const bool focused = showsFocus(*option, widget);
+    const bool most = BWColors::isHighContrast(option->palette);
     const auto edge = [&] { return EdgePainter(*painter, *option); };
     switch (element) {
     case PE_IndicatorRadioButton:
+        if (most && option->state & State_On && option->state & State_Enabled)
+            edge().dot(option->rect);
         edge().circle(option->rect);
+        break;
+    case PE_IndicatorArrowRight:
+    case PE_IndicatorArrowDown:
+    case PE_IndicatorArrowLeft:
+    case PE_IndicatorArrowUp:
+        if (most && option->state & State_Enabled)
+            edge().arrow(option->rect, angleOf(element), QPalette::WindowText);
         break;
     case PE_IndicatorCheckBox:
         edge().box(option->rect, 0);
@@ -166,17 +228,19 @@ void BWControlStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
     case PE_FrameMenu: {
         QStyleOption menu = *option;
         menu.state |= State_Enabled; // which Qt does not say here
-        if (BWColors::isHighContrast(option->palette))
+        if (most)
             EdgePainter(*painter, menu).box(option->rect);
         break;
     }
     case PE_PanelButtonCommand:
     case PE_FrameLineEdit:
     case PE_Frame:
-        if (BWColors::isHighContrast(option->palette))
+        if (most)
             edge().box(option->rect);
+        if (isDefault && option->state & State_Enabled)
+            edge().defaultFrame(option->rect);
         if (focused || (element == PE_FrameLineEdit && option->state & State_HasFocus))
-            edge().ring(option->rect);
+            edge().ring(option->rect, isDefault);
         break;
     default:
         break;
@@ -255,8 +319,20 @@ void BWControlStyle::drawComplexControl(ComplexControl control, const QStyleOpti
         EdgePainter(*painter, *option).box(subControlRect(CC_ScrollBar, option, SC_ScrollBarSlider, widget));
     } else if (control == CC_ComboBox || control == CC_SpinBox) {
         EdgePainter edge(*painter, *option);
-        if (BWColors::isHighContrast(option->palette))
+        if (BWColors::isHighContrast(option->palette)) {
             edge.box(option->rect);
+            const auto arrow = [&](SubControl part, int angle) {
+                edge.arrow(subControlRect(control, option, part, widget), angle, QPalette::ButtonText);
+            };
+            const auto *box = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+            const bool isEnabled = option->state & State_Enabled;
+            if (isEnabled && control == CC_ComboBox)
+                arrow(SC_ComboBoxArrow, angleOf(PE_IndicatorArrowDown));
+            if (isEnabled && box && box->stepEnabled & QAbstractSpinBox::StepUpEnabled)
+                arrow(SC_SpinBoxUp, angleOf(PE_IndicatorArrowUp));
+            if (isEnabled && box && box->stepEnabled & QAbstractSpinBox::StepDownEnabled)
+                arrow(SC_SpinBoxDown, angleOf(PE_IndicatorArrowDown));
+        }
         if (focused || (control == CC_SpinBox && option->state & State_HasFocus))
             edge.ring(option->rect);
     }
