@@ -7,8 +7,10 @@
 
 #include <QAbstractItemView>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QPushButton>
+#include <QStyle>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -24,10 +26,12 @@ BWNoCameraProductSheetWindowController::BWNoCameraProductSheetWindowController(P
       m_clock(clock),
       m_sheet(this),
       m_view(new BWNoticeView(u"brimwellpro-which-model"_s)),
-      m_popup(new QComboBox),
-      m_askLaterButton(m_view->addButton()),
-      m_okButton(m_view->addButton())
+      m_popup(new QComboBox)
 {
+    const int order = style()->styleHint(QStyle::SH_DialogButtonLayout);
+    const bool isOKFirst = order == QDialogButtonBox::WinLayout || order == QDialogButtonBox::KdeLayout;
+    (isOKFirst ? m_okButton : m_askLaterButton) = m_view->addButton();
+    (isOKFirst ? m_askLaterButton : m_okButton) = m_view->addButton();
     setWindowFlags(Qt::Sheet);
     m_popup->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_view->addContent(m_popup);

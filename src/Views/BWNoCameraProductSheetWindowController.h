@@ -63,6 +63,6 @@ private:
     QList<BWCameraProductPtr> m_products;
     BWNoticeView *m_view;
     QComboBox *m_popup;
-    QPushButton *m_askLaterButton;
-    QPushButton *m_okButton;
+    QPushButton *m_askLaterButton = nullptr;
+    QPushButton *m_okButton = nullptr;
 };

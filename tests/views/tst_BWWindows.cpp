@@ -179,7 +179,7 @@ private Q_SLOTS:
         const Rows<QList<Qt::Key>, int, int> row;
         row("first is preselected", {Qt::Key_Return}, 1, 0);
         row("escape means later", {Qt::Key_Down, Qt::Key_Escape}, 0, 1);
-        row("later by keyboard", {Qt::Key_Tab, Qt::Key_Space}, 0, 0);
+        row("later by keyboard", {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Space}, 0, 0);
     }
     void productSheet()
     {
