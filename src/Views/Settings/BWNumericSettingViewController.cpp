@@ -87,13 +87,12 @@ BWNumericSettingViewController::BWNumericSettingViewController(BWLocalizationMan
     auto *names = new QHBoxLayout;
     names->addWidget(m_label, 1);
     names->addWidget(m_hint);
-    auto *controls = new QHBoxLayout;
-    constexpr int between = 10;
-    controls->setSpacing(between);
-    controls->addWidget(m_slider, 1);
-    controls->addWidget(m_textField);
     column().addLayout(names);
-    column().addLayout(controls);
+    QHBoxLayout &controls = addControls();
+    constexpr int between = 10;
+    controls.setSpacing(between);
+    controls.addWidget(m_slider, 1);
+    controls.addWidget(m_textField);
     column().addStretch();
     connect(m_slider, &QSlider::valueChanged, this, &BWNumericSettingViewController::onChange);
     connect(m_textField, &QSpinBox::valueChanged, this, &BWNumericSettingViewController::onChange);

@@ -17,7 +17,7 @@ BWPopUpSettingViewController::BWPopUpSettingViewController(BWLocalizationManager
     m_label->setBuddy(m_popUpButton);
     setFocusProxy(m_popUpButton);
     column().addWidget(m_label);
-    column().addWidget(m_popUpButton);
+    addControls().addWidget(m_popUpButton);
     column().addStretch();
     connect(m_popUpButton, &QComboBox::activated, this, &BWPopUpSettingViewController::onChange);
 }

@@ -2,7 +2,9 @@
 #include "Views/Settings/BWSettingViewController.h"
 
 #include "Model/Texts/BWLocalizationManager.h"
+#include "Views/Utils/BWTouchInput.h"
 
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -27,6 +29,14 @@ void BWSettingViewController::setSetting(const std::shared_ptr<BWCameraSetting> 
     m_setting = setting;
     m_shown = setting ? setting->value() : 0;
     reload();
+}
+
+QHBoxLayout &BWSettingViewController::addControls()
+{
+    auto *controls = new QHBoxLayout;
+    controls->addStrut(BWTouchInput::fingerWidth); // as high as a slider
+    m_column.addLayout(controls);
+    return *controls;
 }
 
 void BWSettingViewController::apply()

@@ -8,6 +8,7 @@
 #include <QWidget>
 
 class BWLocalizationManager;
+class QHBoxLayout;
 class QLabel;
 class QVBoxLayout;
 
@@ -67,6 +68,8 @@ protected:
     BWLocalizationManager &texts() const { return m_texts; }
     /// The cell's column: the line with the name, and what is added below it.
     QVBoxLayout &column() const { return m_column; }
+    /// Adds the line with the controls, which is as high in each cell, so that those side by side are in line.
+    QHBoxLayout &addControls();
 
 private:
     BWLocalizationManager &m_texts;
