@@ -2,6 +2,7 @@
 #include "Views/Technician/BWGridDebuggerWindowController.h"
 
 #include "Model/Products/BWProductInUse.h"
+#include "Model/Texts/BWDisplayNames.h"
 #include "Model/Texts/BWLocalizationManager.h"
 #include "Views/Utils/BWNoticeView.h"
 #include "Views/Utils/Windows/BWUtilityPanel.h"
@@ -75,6 +76,8 @@ void BWGridDebuggerWindowController::localizeWithManager(BWLocalizationManager &
     const QString distance = manager.text(u"grid_debugger_window"_s, u"distance_label"_s, u"Distance of the lines:"_s);
     m_distanceLabel->setText(distance);
     m_gridSlider->setAccessibleName(distance);
+    m_texts = &manager;
+    reload();
 }
 
 void BWGridDebuggerWindowController::reload()
@@ -82,7 +85,7 @@ void BWGridDebuggerWindowController::reload()
     const BWCameraProductPtr product = m_productInUse.currentProduct();
     if (!product)
         return;
-    m_productNameTextField->setText(product->name());
+    m_productNameTextField->setText(m_texts ? BWDisplayNames::product(*product, *m_texts) : product->name());
     m_resolutionTextField->setText(m_productInUse.camera()->defaultResolution().resolutionString());
     {
         const QSignalBlocker blocker(m_gridSlider); // the user has not moved it

@@ -37,6 +37,7 @@ private:
 
     Callbacks m_callbacks;
     const BWProductInUse &m_productInUse;
+    BWLocalizationManager *m_texts = nullptr;
     QLabel *m_productLabel;
     QLabel *m_resolutionLabel;
     QLabel *m_distanceLabel;
