@@ -37,17 +37,21 @@ QString shownName(const BWAlbum &album, BWLocalizationManager &texts)
     return album.shownName(texts.text(u"album_manager"_s, u"default_album_name"_s, u"Default Album"_s));
 }
 
-/// "16 min 30 s", with the symbols that all languages share; at most two of them.
-QString inWords(std::chrono::seconds time)
+/// "16 min 30 s"; at most two of them.
+QString inWords(std::chrono::seconds time, BWLocalizationManager &texts)
 {
     const qint64 seconds = time.count();
+    const auto part = [](const QString &text, qint64 value) { return text.arg(value).replace(u' ', u'\u00a0'); };
+    const QString secondsText = texts.text(u"series"_s, u"time_seconds"_s, u"%1 s"_s);
     QStringList parts;
-    for (const auto &[value, symbol] :
-         {std::pair(seconds / 3600, u"h"_s), std::pair(seconds / 60 % 60, u"min"_s), std::pair(seconds % 60, u"s"_s)}) {
+    for (const auto &[value, text] :
+         {std::pair(seconds / 3600, texts.text(u"series"_s, u"time_hours"_s, u"%1 h"_s)),
+          std::pair(seconds / 60 % 60, texts.text(u"series"_s, u"time_minutes"_s, u"%1 min"_s)),
+          std::pair(seconds % 60, secondsText)}) {
         if (value > 0 && parts.size() < 2)
-            parts << u"%1\u00a0%2"_s.arg(value).arg(symbol);
+            parts << part(text, value);
     }
-    return bwIsolated(parts.isEmpty() ? u"0\u00a0s"_s : parts.join(u' '));
+    return bwIsolated(parts.isEmpty() ? part(secondsText, 0) : parts.join(u' '));
 }
 
 QString whyEnded(const BWSeriesResult &result, BWLocalizationManager &texts)
@@ -159,7 +163,7 @@ QString BWSeriesTexts::summary(const BWSeriesPlan &plan, qint64 pictureBytes, BW
     if (const std::optional<qint64> pictures = plan.pictures())
         return texts
             .text(u"series"_s, u"summary"_s, u"Pictures: %1. Time to the last one: %2. Room needed: about %3."_s)
-            .arg(locale.toString(*pictures), inWords(*plan.length()), room(*pictures));
+            .arg(locale.toString(*pictures), inWords(*plan.length(), texts), room(*pictures));
     const qint64 daily = std::chrono::seconds(24h) / plan.interval;
     const qint64 hourly = std::chrono::seconds(1h) / plan.interval;
     return (hourly > 0 ? texts.text(u"series"_s, u"summary_hourly"_s, u"Pictures in an hour: %1, about %2."_s)

@@ -58,12 +58,12 @@ void endMovieDialog(QDialog &dialog, QVBoxLayout *column, const BWMovieTexts &te
 }
 
 /// "0:12"; shorter movies with tenths of a second.
-QString movieLengthText(double seconds)
+QString movieLengthText(double seconds, const QString &secondsText)
 {
     constexpr double exact = 10;
     constexpr double hour = 3600;
     if (seconds < exact)
-        return bwIsolated(u"%1\u00a0s"_s.arg(QLocale().toString(seconds, 'f', 1)));
+        return bwIsolated(secondsText.arg(QLocale().toString(seconds, 'f', 1)).replace(u' ', u'\u00a0'));
     const QTime time = QTime::fromMSecsSinceStartOfDay(qRound(seconds) * 1000);
     return time.toString(seconds < hour ? u"m:ss"_s : u"h:mm:ss"_s);
 }
@@ -99,6 +99,7 @@ void BWMovieTexts::localizeWithManager(BWLocalizationManager &manager)
                                    u"The pictures (%1) follow one another in a movie, in the order of their names."_s);
     rate = manager.text(u"movie_export"_s, u"rate_label"_s, u"&Pictures per second:"_s);
     length = manager.text(u"movie_export"_s, u"length_label"_s, u"Length of the movie: %1"_s);
+    lengthSeconds = manager.text(u"movie_export"_s, u"length_seconds"_s, u"%1 s"_s);
     joinMessage = manager.text(u"movie_export"_s, u"join_message"_s, u"Please select where to save the movie"_s);
     save = manager.text(u"movie_export"_s, u"save_button"_s, u"Save &as..."_s);
     cancel = manager.text(u"movie_export"_s, u"cancel_button"_s, u"&Cancel"_s);
@@ -139,7 +140,12 @@ BWSmallerMovie::Quality BWSmallerMovieDialog::quality() const
 }
 
 BWPicturesMovieDialog::BWPicturesMovieDialog(const BWMovieTexts &texts, qsizetype pictures, int rate, QWidget *parent)
-    : QDialog(parent), m_lengthText(texts.length), m_pictures(pictures), m_rate(new QSpinBox), m_length(new QLabel)
+    : QDialog(parent),
+      m_lengthText(texts.length),
+      m_secondsText(texts.lengthSeconds),
+      m_pictures(pictures),
+      m_rate(new QSpinBox),
+      m_length(new QLabel)
 {
     QVBoxLayout *const column =
         beginMovieDialog(*this, texts.joinTitle, texts.joinExplanation.arg(QLocale().toString(pictures)));
@@ -169,6 +175,7 @@ int BWPicturesMovieDialog::rate() const
 
 void BWPicturesMovieDialog::showLength()
 {
-    m_length->setText(m_lengthText.arg(movieLengthText(static_cast<double>(m_pictures) / m_rate->value())));
+    m_length->setText(
+        m_lengthText.arg(movieLengthText(static_cast<double>(m_pictures) / m_rate->value(), m_secondsText)));
     m_rate->setAccessibleDescription(m_length->text());
 }

@@ -31,6 +31,7 @@ struct BWMovieTexts : public BWLocalizationManagerDelegate {
     QString joinExplanation; ///< with %1
     QString rate;
     QString length; ///< with %1
+    QString lengthSeconds; ///< of a short movie, with %1
     QString joinMessage;
     QString save;
     QString cancel;
@@ -65,6 +66,7 @@ private:
     void showLength();
 
     const QString m_lengthText;
+    const QString m_secondsText;
     const qsizetype m_pictures;
     QSpinBox *m_rate;
     QLabel *m_length;
