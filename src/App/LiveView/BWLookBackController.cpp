@@ -137,7 +137,7 @@ void BWLookBackController::updateCaption()
     const QString problem = BWAlbumPicture::text(m_still.problem, m_texts);
     (m_still.problem == BWAlbumPicture::Problem::PartlyDamaged ? contents.remark : contents.reason) = problem;
     if (m_isReading)
-        contents.reason = m_texts.text(u"look_back"_s, u"reading"_s, u"Reading the picture…"_s);
+        contents.reason = m_texts.text(u"look_back"_s, u"reading"_s, u"Reading the picture..."_s);
     contents.isMovie = m_still.isMovie;
     contents.hasPrevious = !m_stepper.previous().isEmpty();
     contents.hasNext = !m_stepper.next().isEmpty();
