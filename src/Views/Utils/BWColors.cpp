@@ -52,7 +52,7 @@ QColor BWColors::on(const QColor &ground, const QColor &wanted, double least)
     QColor end = isLighter ? Qt::white : Qt::black;
     if (contrast(end, ground) < least)
         end = isLighter ? Qt::black : Qt::white;
-    constexpr int steps = 32;
+    constexpr int steps = 128; // fine enough to keep an accent that is just readable apart from a dark window
     for (int step = 0; step < steps; ++step) {
         const QColor shade = mixed(seen, end, double(step) / steps);
         if (contrast(shade, ground) >= least)
