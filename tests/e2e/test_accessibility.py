@@ -61,6 +61,10 @@ class Accessibility(ProgramTest):
                 self.program.click("push button", "Save as defaults")
                 self.program.wait_for("notification", "Saved")
             if name == "Albums":
+                self.desktop.key("F2")
+                self.walk("dialog", "Rename")
+                self.desktop.key("Escape")
+                self.program.wait_for_active(role, name)
                 self.desktop.key("Escape")  # the first one is for what is selected
                 self.program.wait_for("label", "Total: 3")
             self.escape(name)

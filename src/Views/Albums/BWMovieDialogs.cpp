@@ -3,6 +3,7 @@
 
 #include "Model/Texts/BWIsolated.h"
 #include "Views/Utils/BWControls.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
@@ -35,8 +36,7 @@ QVBoxLayout *beginMovieDialog(QDialog &dialog, const QString &title, const QStri
     dialog.setWindowModality(Qt::WindowModal);
     dialog.setAttribute(Qt::WA_DeleteOnClose);
     dialog.setWindowTitle(title);
-    if (QWidget *const window = dialog.parentWidget()) // not every desktop returns the keyboard to it
-        QObject::connect(&dialog, &QDialog::finished, window, &QWidget::activateWindow);
+    returnBWKeyboardAfter(dialog);
     auto *column = new QVBoxLayout(&dialog);
     column->setContentsMargins(20, 20, 20, 16);
     column->setSpacing(4);

@@ -2,6 +2,7 @@
 #include "Views/Albums/BWRenameDialog.h"
 
 #include "Views/Albums/BWAlbumTexts.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
@@ -25,6 +26,7 @@ BWRenameDialog::BWRenameDialog(const QByteArray &fileName, const BWAlbumTexts &t
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::WindowModal);
     setWindowTitle(texts.renameTitle);
+    returnBWKeyboardAfter(*this);
     auto *explanation = new QLabel(m_name.number.isEmpty() ? texts.renameOther : texts.renameCapture);
     for (QLabel *text : {explanation, m_problem})
         text->setWordWrap(true);
@@ -39,6 +41,7 @@ BWRenameDialog::BWRenameDialog(const QByteArray &fileName, const BWAlbumTexts &t
     m_problem->setMinimumHeight(linesOfProblem * fontMetrics().lineSpacing());
     m_problem->setAlignment(Qt::AlignTop | Qt::AlignLeading);
     m_buttons->button(QDialogButtonBox::Save)->setText(texts.renameButton);
+    m_buttons->button(QDialogButtonBox::Save)->setIcon({}); // which some styles have for saving
     m_buttons->button(QDialogButtonBox::Cancel)->setText(texts.trashCancel);
 
     auto *row = new QHBoxLayout;

@@ -2,6 +2,7 @@
 #include "Views/Utils/BWFilePanels.h"
 
 #include "Utils/BWFilePath.h"
+#include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -33,8 +34,7 @@ public:
         setWindowModality(Qt::WindowModal);
         setWindowTitle(title);
         resize(sizeHint().expandedTo({760, 480})); // so that dates and names can be read
-        if (window) // not every desktop returns the keyboard to a panel of another window
-            connect(this, &QDialog::finished, window, &QWidget::activateWindow);
+        returnBWKeyboardAfter(*this);
         setAccessibleDescription(message);
         auto *label = new QLabel(message);
         label->setWordWrap(true);

@@ -7,6 +7,7 @@
 #include "Views/Utils/Windows/BWWindowPlacement.h"
 
 #include <algorithm>
+#include <QDialog>
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QLayout>
@@ -95,6 +96,12 @@ bool BWClosingKeys::eventFilter(QObject *watched, QEvent *event)
     if (closes)
         m_window.close();
     return closes;
+}
+
+void returnBWKeyboardAfter(const QDialog &dialog)
+{
+    if (QWidget *const window = dialog.parentWidget())
+        QObject::connect(&dialog, &QDialog::finished, window, &QWidget::activateWindow);
 }
 
 void placeBWToolWindow(QWidget &tool, const QWidget &mainWindow)

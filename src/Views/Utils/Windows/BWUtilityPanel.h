@@ -7,6 +7,7 @@
 
 class BWFrameAutosave;
 class BWUserDefaults;
+class QDialog;
 class QWidget;
 
 /// A utility window beside the camera window, which stays active when the panel is shown. The panel remembers its frame;
@@ -59,6 +60,10 @@ protected:
 private:
     QWidget &m_window;
 };
+
+/// Gives the keyboard back to the dialog's window, if it has one, when the dialog finishes: not every desktop returns it to
+/// a panel, and what is typed next must not reach the camera window. GUI thread.
+void returnBWKeyboardAfter(const QDialog &dialog);
 
 /// Moves a small tool window to the upper right of the picture in the main window, or as near to it as the screen
 /// allows. For the first time it is shown; after that it stays where the user left it. GUI thread.
