@@ -165,11 +165,13 @@ bool BWControlStyle::eventFilter(QObject *object, QEvent *event)
     return QProxyStyle::eventFilter(object, event);
 }
 
-/// Fusion's disabled texts cast a shadow, which on a dark window blurs them.
+/// Fusion's disabled texts cast a shadow, which on a dark window blurs them. Its buttons in dialogs have icons, unlike those
+/// elsewhere.
 int BWControlStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
                               QStyleHintReturn *data) const
 {
-    return hint == SH_EtchDisabledText ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
+    const bool isPlain = hint == SH_EtchDisabledText || (hint == SH_DialogButtonBox_ButtonsHaveIcons && isFusion());
+    return isPlain ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
 }
 
 /// Room for the ring of the focus, which what is scrolled would cover.
