@@ -176,6 +176,7 @@ private Q_SLOTS:
     /// By the real dialog and menu; what comes last is undone first.
     void filesAreRenamedAndMoved()
     {
+        m_images->mouseEventHandler()->adoptSelection({1}, 1);
         m_images->modelDelegate()->renameIndexOfModel(*m_images, 1);
         auto *dialog = m_window->findChild<BWRenameDialog *>();
         auto *rename = dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save);
@@ -191,6 +192,7 @@ private Q_SLOTS:
         }
         QTRY_COMPARE(shown(), u"n.jpg|d.jpg|b.jpg|a.jpg"_s);
         QTRY_COMPARE(notice(), u"Renamed: n.jpg"_s);
+        QCOMPARE(m_images->mouseEventHandler()->selectedIndexes(), {0});
 
         QMenu menu;
         m_images->modelDelegate()->offerAlbumsForIndexesOfModel(*m_images, menu, {0, 3});

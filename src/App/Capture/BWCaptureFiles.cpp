@@ -35,7 +35,7 @@ BWCaptureFiles::BWCaptureFiles(const Parts &parts)
             m_last = m_parts.lastCapture.file();
             m_parts.measurements.whenSaved([this, done] { done(m_parts.measurements.unsavedFiles()); });
         });
-    parts.albums.moves().setFollow([this, alive = m_alive.watch()](const BWFileMoves::Result::File &file) {
+    parts.albums.moves().addFollower([this, alive = m_alive.watch()](const BWFileMoves::Result::File &file) {
         if (!alive.expired())
             follow(file);
     });

@@ -201,8 +201,8 @@ void BWFileMoves::run(const std::vector<Request> &requests, const QList<QUrl> &u
             if (!moved.isEmpty() && !isUndo)
                 m_last = moved;
             for (const Result::File &file : result.files) {
-                if (m_follow)
-                    m_follow(file);
+                for (const auto &follow : m_followers)
+                    follow(file);
             }
             if (!moved.isEmpty())
                 m_changed();

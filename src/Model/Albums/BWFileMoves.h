@@ -63,7 +63,7 @@ public:
     void setSettle(Settle settle) { m_settle = std::move(settle); }
 
     /// Who else shows a file learns where it is now, before anybody lists its folder again.
-    void setFollow(std::function<void(const Result::File &file)> follow) { m_follow = std::move(follow); }
+    void addFollower(std::function<void(const Result::File &file)> follow) { m_followers.push_back(std::move(follow)); }
 
     /// Within its folder; fails if the name is taken.
     void rename(const QUrl &file, const QByteArray &name, Finished finished);
@@ -99,7 +99,7 @@ private:
 
     std::function<void()> m_changed;
     Settle m_settle;
-    std::function<void(const Result::File &file)> m_follow;
+    std::vector<std::function<void(const Result::File &file)>> m_followers;
     QList<Moved> m_last;
     std::vector<std::shared_ptr<BWExportWatch>> m_watches; // of the requests that run or wait
     BWAliveToken m_alive;

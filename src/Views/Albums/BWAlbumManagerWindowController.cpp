@@ -43,13 +43,15 @@ QToolButton *toolButton(const QString &icon)
     return button;
 }
 
-/// The selected files of a grid, to select them again after a reload, wherever they are then.
+/// The selected files of a grid, to select them again after a reload, wherever they are and whatever their names are then.
 class KeptSelection {
 public:
-    explicit KeptSelection(BWThumbnailTableView &grid) : m_grid(grid)
+    KeptSelection(BWThumbnailTableView &grid, const QHash<QUrl, QUrl> &renamed) : m_grid(grid)
     {
         const auto &handler = grid.mouseEventHandler();
-        const QList<QUrl> files = grid.elements();
+        QList<QUrl> files = grid.elements();
+        for (QUrl &file : files)
+            file = renamed.value(file, file);
         for (const int index : handler->selectedIndexes())
             m_selected.append({files.value(index), index});
         m_anchor = {files.value(handler->anchor()), handler->anchor()};
@@ -167,6 +169,10 @@ void BWAlbumManagerWindowController::connectParts()
     connect(m_popUp, &QComboBox::activated, this, &BWAlbumManagerWindowController::onChangeAlbum);
     connect(m_add, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onAddAlbum);
     connect(m_remove, &QToolButton::clicked, this, &BWAlbumManagerWindowController::onRemoveAlbum);
+    m_albums.moves().addFollower([this, alive = m_alive.watch()](const BWFileMoves::Result::File &file) {
+        if (!alive.expired())
+            m_renamed.insert(file.original, file.now);
+    });
     m_albums.addListener(m_alive,
                          [this] {
                              m_notice->endNotice(); // another album may be current
@@ -293,11 +299,12 @@ void BWAlbumManagerWindowController::onRemoveAlbum()
 void BWAlbumManagerWindowController::reloadGrids(bool keepSelection)
 {
     const QScopedValueRollback reloading(m_reloading, true);
-    const KeptSelection images(*m_images);
-    const KeptSelection videos(*m_videos); // before either reloads, which renews the lists of both
+    const QHash<QUrl, QUrl> renamed = std::exchange(m_renamed, {});
+    const KeptSelection images(*m_images, renamed);
+    const KeptSelection videos(*m_videos, renamed); // before either reloads, which renews the lists of both
     m_images->reloadData();
     m_videos->reloadData();
-    if (keepSelection) {
+    if (keepSelection || !renamed.isEmpty()) {
         images.restore();
         videos.restore();
     }

@@ -11,6 +11,8 @@
 #include "Views/Utils/Windows/BWUtilityPanel.h"
 
 #include <memory>
+#include <QHash>
+#include <QUrl>
 
 class BWAlbumFooter;
 class BWAlbumManager;
@@ -85,5 +87,6 @@ private:
     std::unique_ptr<BWAlbumGridModel> m_model;
     bool m_shown = false; // at least once; only then the album is listed
     bool m_reloading = false;
+    QHash<QUrl, QUrl> m_renamed; // since the last reload
     BWAliveToken m_alive;
 };
