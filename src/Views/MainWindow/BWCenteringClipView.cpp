@@ -115,8 +115,10 @@ void BWCenteringClipView::setSources(BWLiveRenderer &main, BWLiveRenderer *refer
             DispatchAfterStrict::dispatchForQueue(
                 this,
                 [this, &pane, last = pane.image.image.cacheKey()] {
-                    if (pane.renderer == &m_live && pane.image.image.cacheKey() == last)
-                        clear(m_live);
+                    if (pane.renderer != &m_live || pane.image.image.cacheKey() != last)
+                        return;
+                    pane.image = {}; // and not the new frame that is just being drawn
+                    viewport()->update();
                 },
                 moment);
     };
