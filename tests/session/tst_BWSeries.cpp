@@ -19,8 +19,8 @@ using Reason = BWSeries::Reason;
 
 namespace {
 
-/// A clock of the kernel's that the test has moved, and by how many seconds.
-std::pair<clockid_t, time_t> moved;
+/// A clock of the kernel's that the test has moved, and by how many seconds; for its own thread.
+thread_local std::pair<clockid_t, time_t> moved;
 
 /// A series under a clock of its own, with a camera and a disk that do what a script says. It notes the seconds at which
 /// pictures are requested, and the gaps: "0 10 gap:2/30".
