@@ -14,7 +14,7 @@ import sys
 
 sys.path.append(os.path.join(os.path.dirname(__file__), "..", "capture"))
 import numbered_movie
-from desktop import wait_until
+from desktop import PATIENCE, wait_until
 from live_image import colours
 from program import ProgramTest, answer_product_question, frames_of, wait_for_picture
 
@@ -60,7 +60,8 @@ class CameraWindow(ProgramTest):
         wait_until("another program has the keyboard", lambda: not frame.has_state("active"))
         self.click_image()
         wait_until("the click has brought the program to the front", lambda: frame.has_state("active"))
-        wait_until("a later click takes a snapshot", lambda: self.click_image() or self.captures("*_image_*.jpg"))
+        wait_until("a later click takes a snapshot", lambda: self.captures("*_image_*.jpg") or self.click_image(),
+                   step=PATIENCE)  # before another one is tried
         counted = len(self.captures("*_image_*.jpg"))
         self.desktop.key("ctrl+s")
         wait_until("the key takes another", lambda: len(self.captures("*_image_*.jpg")) > counted)

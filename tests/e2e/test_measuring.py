@@ -17,7 +17,7 @@ import subprocess
 from collections import defaultdict, namedtuple
 from pathlib import Path
 
-from desktop import wait_until
+from desktop import PATIENCE, wait_until
 from keyboard_walk import KeyboardWalk
 from program import ProgramTest, probed_measurements
 
@@ -209,16 +209,20 @@ class Measuring(ProgramTest):
             return [(min(red, green) - blue, x * along + y * down, y * along - x * down)
                     for x, y, (red, green, blue) in pixels if min(red, green) - blue > 60]
 
+        last = None
+
         def drawn(end, other):
-            line = yellow(end, other)
-            return line if any(far > reach * 0.8 for _, far, _ in line) and line == yellow(end, other) else None
+            """Once it looks the same twice, with a pause: a display that was interrupted has drawn a part of it."""
+            nonlocal last
+            before, last = last, yellow(end, other)
+            return last if last == before and any(far > reach * 0.8 for _, far, _ in last) else None
 
         seen = [seen[name] for name in names]
         ends = seen[:2], seen[:-3:-1]
         wait_until("nothing is drawn there yet", lambda: not any(yellow(*end) for end in ends))
         self.desktop.key("ctrl+shift+z")
         for end in ends:
-            line = wait_until("it is drawn", lambda one=end: drawn(*one))
+            line = wait_until("it is drawn", lambda one=end: drawn(*one), step=0.05 * PATIENCE)
             sides = [(weight, aside) for weight, far, aside in line if far > 4 * self.scale]
             yield (abs(sum(weight * aside for weight, aside in sides) / sum(weight for weight, _ in sides)),
                    abs(min(far for _, far, _ in line) + 0.75 * self.scale - 0.5))  # it has a round end of that size
@@ -548,6 +552,7 @@ class Measuring(ProgramTest):
             wait_until(f"Escape ends it: {leaves}", lambda end=leaves: self.fills_screen() != end)
         self.press("ctrl+f", "ctrl+s")
         picture, = wait_until("a picture is in the album", lambda: list(self.album.glob("*.jpg")))
+        self.program.wait_for("push button", f"Last capture: {picture.name}")
         self.press("F7")
         self.program.wait_for("image", f"{picture.name}, 1 of 1")
         self.desktop.input("key", "ctrl+1", *self.clicks(seen, "AB"))
