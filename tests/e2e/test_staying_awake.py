@@ -11,7 +11,7 @@ import os
 import signal
 import sys
 
-from desktop import wait_until
+from desktop import PATIENCE, wait_until
 from program import ProgramTest, answer_product_question, wait_for_picture
 
 PORTAL = "org.freedesktop.portal.Desktop"
@@ -70,7 +70,7 @@ def serve(options):
 class StayingAwake(ProgramTest):
     def begin(self, *options):
         self.make_pictures("640x480")
-        os.truncate(self.album / "20240607_image_003.jpg", 800 << 20)  # which takes a while to save
+        os.truncate(self.album / "20240607_image_003.jpg", int((800 << 20) / PATIENCE))  # which takes a while
         self.desktop.spawn(["/usr/bin/python3", __file__, "--serve", *options], log="awake.log")
         wait_until("the desktop's services are there", lambda: (self.desktop.folder / "awake.log").read_text())
         self.start("--simulate", "high")
