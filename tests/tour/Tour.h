@@ -7,6 +7,7 @@
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/Utils/BWMessageBoxAlertPresenter.h"
 
+#include <algorithm>
 #include <memory>
 #include <QAction>
 #include <QApplication>
@@ -37,7 +38,8 @@ struct Look {
 /// The real program on simulated cameras, in one language and one look, in which windows are looked at.
 class Tour {
 public:
-    static constexpr int patience = 30000; ///< milliseconds; the computer may be busy
+    /// Milliseconds; the computer may be busy, and a sanitizer slow.
+    static inline const int patience = 30000 * std::max(1, qEnvironmentVariableIntValue("BW_PATIENCE"));
 
     Tour(const QString &language, const Look &look) : m_language(language), m_look(look) { }
     void begin();
