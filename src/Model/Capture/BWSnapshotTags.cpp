@@ -99,7 +99,7 @@ QByteArray BWSnapshotTags::addedTo(const QByteArray &jpeg) const
     if (!header.isWhole())
         return jpeg;
     const auto place = static_cast<qsizetype>(header.exifOffset());
-    const QByteArray tagged = header.hasExif()
+    QByteArray tagged = header.hasExif()
         ? jpeg
         : jpeg.left(place) + exifSegment(*this, {header.width(), header.height()}) + jpeg.mid(place);
     BWPictureMetadata metadata = scale;
