@@ -134,6 +134,8 @@ void BWSeriesDialog::layOut()
     m_form->addRow(new QLabel, m_interval);
     m_form->addRow(new QLabel, m_delay);
     gap();
+    for (QWidget *choice : std::initializer_list<QWidget *>{m_endsByNumber, m_endsByTime}) // in line with their fields
+        choice->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     m_form->addRow(m_endsByNumber, m_number);
     m_form->addRow(m_endsByTime, m_duration);
     m_form->addRow(m_endsWhenStopped);
