@@ -447,7 +447,9 @@ class CameraWindow(ProgramTest):
 
     def test_settings_that_cannot_be_stored(self):
         self.settings.mkdir(parents=True)  # where the file should be
-        self.start_with_picture()
+        self.start("--simulate", "high")
+        self.program.wait_for_active("dialog", "Which camera is this?")
+        self.program.confirm_question()  # which there is something to store of; at once, as it shows for eight seconds
         self.program.wait_for("notification", "Settings could not be saved. Your choices apply until you quit.")
         self.program.wait_for(None, "Live streaming with: Digital Dermatoscope DX10", seconds=30)
         self.program.quit()
