@@ -22,8 +22,7 @@ QByteArray jpegOf(const BWFrame &frame)
 
 } // namespace
 
-BWSnapshotWorker::BWSnapshotWorker(Deliver deliver, Drop drop)
-    : m_deliver(std::move(deliver)), m_drop(std::move(drop))
+BWSnapshotWorker::BWSnapshotWorker(Deliver deliver, Drop drop) : m_deliver(std::move(deliver)), m_drop(std::move(drop))
 {
 }
 
