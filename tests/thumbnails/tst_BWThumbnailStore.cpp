@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Model/Albums/BWFileMoves.h"
+#include "Model/Albums/BWTrash.h"
 #include "Rows.h"
 #include "SmallDisk.h"
 #include "ThumbnailFixture.h"
@@ -133,6 +135,30 @@ private Q_SLOTS:
         QCOMPARE(m_fixture->make(file), u"red"_s);
     }
 
+    /// Who deletes or renames a picture would not expect to be able to see it there, or its old name.
+    void forgottenWithTheFile()
+    {
+        QList<QUrl> files;
+        for (const char *name : {"stays.jpg", "renamed.jpg", "trashed.jpg"})
+            files.append(m_fixture->file(name, ThumbnailFixture::jpeg(Qt::red)));
+        m_fixture->make(files, 128);
+        m_fixture->restart();
+        m_fixture->make(files, 500);
+        files.append(m_fixture->file("broken.jpg", "not a picture"));
+        m_fixture->make(files.last());
+        QCOMPARE(storedFiles(), 7);
+
+        qputenv("XDG_CACHE_HOME", m_fixture->cache().left(m_fixture->cache().lastIndexOf('/')));
+        bool renamed = false, trashed = false;
+        BWFileMoves moves([] {});
+        moves.rename(files[1], "new.jpg", [&](const auto &result) { renamed = result.failed.isEmpty(); });
+        BWTrash trash;
+        trash.move({files[2], files[3]}, [&](const auto &result) { trashed = result.stayed.isEmpty(); });
+        QTRY_VERIFY(renamed && trashed);
+        QCOMPARE(storedFiles(), 2);
+        QCOMPARE(m_fixture->make(files[0]), u"red"_s);
+    }
+
     void oldestOfOursMakeRoom()
     {
         constexpr int most = 6000, files = 100;
@@ -194,6 +220,15 @@ private Q_SLOTS:
     }
 
 private:
+    int storedFiles() const
+    {
+        QDirIterator entries(QFile::decodeName(m_fixture->cache()), QDir::Files, QDirIterator::Subdirectories);
+        int count = 0;
+        for (; entries.hasNext(); entries.next())
+            ++count;
+        return count;
+    }
+
     QByteArray entry(const QByteArray &folder, const QByteArray &uri) const
     {
         return m_fixture->cache() + '/' + folder + '/' + QCryptographicHash::hash(uri, QCryptographicHash::Md5).toHex()

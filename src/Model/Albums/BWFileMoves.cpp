@@ -2,6 +2,7 @@
 #include "Model/Albums/BWFileMoves.h"
 
 #include "Model/Albums/BWFileCopy.h"
+#include "Model/Thumbnails/BWThumbnailStore.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 
@@ -217,6 +218,7 @@ BWFileMoves::Result BWFileMoves::serve(const std::vector<Request> &requests, con
                                        BWExportWatch &watch, QList<Moved> &moved)
 {
     const auto sizeOf = [](const QUrl &file) { return qint64(statusOf(file).value_or(noStatus).st_size); };
+    const BWThumbnailStore thumbnails(BWThumbnailStore::defaultFolder());
     Result result;
     qint64 total = 0;
     for (const Request &request : requests)
@@ -236,6 +238,7 @@ BWFileMoves::Result BWFileMoves::serve(const std::vector<Request> &requests, con
             ? BWExportResult::failed(BWExportResult::Problem::NotSaved, request.file, u"not all of it is saved"_s)
             : moveOne(request, report, now);
         if (!now.isEmpty()) {
+            thumbnails.forget(BWFilePath::native(request.file));
             const struct stat info = statusOf(now).value_or(noStatus);
             result.files.append({request.file, now});
             moved.append(Moved{{request.file, now}, info.st_dev, info.st_ino});

@@ -2,6 +2,7 @@
 #include "Model/Albums/BWTrash.h"
 
 #include "Model/Albums/BWFileCopy.h"
+#include "Model/Thumbnails/BWThumbnailStore.h"
 #include "Utils/BWFilePath.h"
 #include "Utils/BWLogging.h"
 #include "Utils/BWMainQueue.h"
@@ -140,6 +141,7 @@ bool BWTrashedFile::restore(QUrl *restored, QString *error) const
 void BWTrash::move(const QList<QUrl> &files, std::function<void(const Moved &)> finished)
 {
     m_thread.run([this, owner = m_alive.watch(), files, finished = std::move(finished)] {
+        const BWThumbnailStore thumbnails(BWThumbnailStore::defaultFolder());
         Moved result;
         QList<BWTrashedFile> moved;
         for (const QUrl &file : files) {
@@ -147,6 +149,7 @@ void BWTrash::move(const QList<QUrl> &files, std::function<void(const Moved &)> 
             QString error;
             if (BWTrashedFile::moveToTrash(file, &trashed, &error)) {
                 result.files.append(file);
+                thumbnails.forget(BWFilePath::native(BWFilePath::normalized(file)));
                 if (!trashed.inTrash().isEmpty())
                     moved.append(trashed);
             } else {

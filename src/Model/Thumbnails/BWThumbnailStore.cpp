@@ -292,6 +292,18 @@ void BWThumbnailStore::keep(const QByteArray &path, const BWFileStamp &stamp, BW
     }
 }
 
+void BWThumbnailStore::forget(const QByteArray &path) const
+{
+    const QByteArray address = uri(path);
+    if (m_folder.isEmpty() || address.isEmpty())
+        return;
+    QList<QByteArray> subfolders{m_failedFolder};
+    for (const BWThumbnailSize size : BWThumbnailSizes::all)
+        subfolders.append(nameOf(size));
+    for (const QByteArray &subfolder : subfolders)
+        ::unlink((m_folder + '/' + subfolder + '/' + nameFor(address)).constData()); // mostly there is none
+}
+
 bool BWThumbnailStore::isInside(const QByteArray &path) const
 {
     const QByteArray folder = realPath(m_folder);

@@ -27,6 +27,10 @@ public:
     /// Stores a thumbnail, or that none can be made. Thumbnails of thumbnails are not stored.
     void keep(const QByteArray &path, const BWFileStamp &stamp, BWThumbnailSize size, const BWThumbnail &thumbnail);
 
+    /// Removes what any program has stored of a file that is no longer at this path: the thumbnail shows the picture, and
+    /// names the path.
+    void forget(const QByteArray &path) const;
+
     /// The address by which all programs know the file: the bytes of its path, percent-encoded.
     static QByteArray uri(const QByteArray &path);
 

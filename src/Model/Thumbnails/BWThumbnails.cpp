@@ -66,9 +66,11 @@ BWThumbnailWorkers::Callbacks callbacksFor(const QByteArray &folder)
         };
     };
     callbacks.store = [store](const BWThumbnailResult &result) {
+        const QByteArray path = BWFilePath::native(result.request.file);
+        if (BWThumbnailFile::stampOf(path) != result.made.stamp) // it has gone or changed meanwhile
+            return;
         try {
-            store->keep(BWFilePath::native(result.request.file), *result.made.stamp, result.request.size,
-                        result.made.thumbnail);
+            store->keep(path, *result.made.stamp, result.request.size, result.made.thumbnail);
         } catch (const std::bad_alloc &) { // then it is made again the next time
         }
     };
