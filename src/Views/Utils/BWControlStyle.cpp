@@ -318,7 +318,16 @@ void BWControlStyle::drawComplexControl(ComplexControl control, const QStyleOpti
         painter->setClipRegion(QRegion(option->rect) - handle, Qt::IntersectClip);
         edge.box(subControlRect(CC_Slider, option, SC_SliderGroove, widget).adjusted(1, 1, -1, -1), 1);
     } else if (control == CC_ScrollBar) {
-        EdgePainter(*painter, *option).box(subControlRect(CC_ScrollBar, option, SC_ScrollBarSlider, widget));
+        EdgePainter edge(*painter, *option);
+        edge.box(subControlRect(CC_ScrollBar, option, SC_ScrollBarSlider, widget));
+        if (BWColors::isHighContrast(option->palette) && option->state & State_Enabled) {
+            const bool isUpright = !(option->state & State_Horizontal);
+            const bool isMirrored = !isUpright && option->direction == Qt::RightToLeft;
+            const int back = angleOf(isUpright ? PE_IndicatorArrowUp : PE_IndicatorArrowLeft) + (isMirrored ? 180 : 0);
+            edge.arrow(subControlRect(CC_ScrollBar, option, SC_ScrollBarSubLine, widget), back, QPalette::ButtonText);
+            edge.arrow(subControlRect(CC_ScrollBar, option, SC_ScrollBarAddLine, widget), back + 180,
+                       QPalette::ButtonText);
+        }
     } else if (control == CC_ComboBox || control == CC_SpinBox) {
         EdgePainter edge(*painter, *option);
         if (BWColors::isHighContrast(option->palette)) {
