@@ -66,10 +66,10 @@ BWThumbnailWorkers::Callbacks callbacksFor(const QByteArray &folder)
         };
     };
     callbacks.store = [store](const BWThumbnailResult &result) {
-        const QByteArray path = BWFilePath::native(result.request.file);
-        if (BWThumbnailFile::stampOf(path) != result.made.stamp) // it has gone or changed meanwhile
-            return;
         try {
+            const QByteArray path = BWFilePath::native(result.request.file);
+            if (BWThumbnailFile::stampOf(path) != result.made.stamp) // it has gone or changed meanwhile
+                return;
             store->keep(path, *result.made.stamp, result.request.size, result.made.thumbnail);
         } catch (const std::bad_alloc &) { // then it is made again the next time
         }
