@@ -19,6 +19,7 @@
 #include "Views/MainWindow/BWMainMenu.h"
 #include "Views/MainWindow/BWMainWindow.h"
 #include "Views/MainWindow/BWMeasuringStrip.h"
+#include "Views/MainWindow/BWSlidingBars.h"
 #include "Views/MainWindow/BWStatusLine.h"
 #include "Views/Settings/BWAdvancedSettingsWindowController.h"
 #include "Views/Settings/BWSettingsWindowController.h"
@@ -32,10 +33,13 @@
 #include "Views/Utils/BWPreparingView.h"
 #include "WidgetSearch.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QMainWindow>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -144,6 +148,28 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 2);
         QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
         QTRY_COMPARE(spy.count(), 3);
+    }
+
+    /// The focus leaves the list of a pop-up button when that goes, which is after the rules of the bars.
+    void endsInFullScreenWithAnOpenListInItsBars()
+    {
+        auto window = std::make_unique<QMainWindow>();
+        auto *const content = new QWidget;
+        content->setFocusPolicy(Qt::StrongFocus);
+        window->setCentralWidget(content);
+        auto *const bars = new BWSlidingBars(*window->menuBar(), content);
+        auto *const button = new QComboBox;
+        button->addItems({u"one"_s, u"two"_s});
+        bars->addControlBar(button);
+        window->show();
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        content->setFocus();
+        bars->setSliding(true);
+        button->setFocus(Qt::TabFocusReason);
+        button->showPopup();
+        QTRY_VERIFY(button->view()->hasFocus());
+        window.reset(); // where the sanitizers look
     }
 
     void noCameraSheetEnds()

@@ -33,6 +33,11 @@ BWSlidingBars::BWSlidingBars(const QMenuBar &menuBar, QWidget *content)
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { focusChanged(now); });
 }
 
+BWSlidingBars::~BWSlidingBars()
+{
+    disconnect(qApp, nullptr, this, nullptr); // an open list loses the focus when it goes, after the rules
+}
+
 void BWSlidingBars::addControlBar(QWidget *bar)
 {
     m_column->addWidget(bar);

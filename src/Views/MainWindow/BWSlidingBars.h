@@ -20,6 +20,7 @@ class BWSlidingBars : public QWidget {
 public:
     /// `menuBar` is the window's, which is hidden in full screen; its menus must outlive this object.
     BWSlidingBars(const QMenuBar &menuBar, QWidget *content);
+    ~BWSlidingBars() override;
 
     void addControlBar(QWidget *bar);
 
