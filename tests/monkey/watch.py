@@ -45,7 +45,7 @@ def picture_bytes(path):
 class Watch:
     def __init__(self, desktop, sanitized=False):
         self.desktop = desktop
-        self.places = [desktop.home / "BrimwellPro", desktop.home / ".local/share/Trash/files"]
+        self.elsewhere = set()  # folders outside the home that were made albums
         self.sanitized = sanitized
         self.reported = collections.Counter()  # captures by their bytes
         self.names = {}
@@ -142,10 +142,12 @@ class Watch:
             self._take_copy(Path(path))
 
     def _take(self, path):
+        if not path.is_relative_to(self.desktop.home):
+            self.elsewhere.add(path.parent)
         try:
             identity = picture_bytes(path)
         except FileNotFoundError:  # renamed or moved already: date and number stay
-            if not any(file for place in self.places for file in place.rglob(f"{path.stem}*")):
+            if not any(file.name.startswith(path.stem) for file in self._files()):
                 raise Failure(f"{path} was reported and is nowhere") from None
             return
         self._keep(path, identity)
@@ -157,8 +159,8 @@ class Watch:
             raise Failure(f"{path} was reported and is not whole: {result.stderr.strip()[:300]}")
 
     def _take_copy(self, path):
-        """The file dialog may have been led into an album, and what was there may have been replaced."""
-        if not any(path.is_relative_to(place) for place in self.places):
+        """What was there may have been replaced."""
+        if not path.is_relative_to(self.desktop.home) and path.parent not in self.elsewhere:
             return
         try:
             identity = picture_bytes(path)
@@ -191,26 +193,37 @@ class Watch:
         if faults:
             raise Failure("; ".join(faults[:5]))
 
+    def _files(self):
+        """An album may be anywhere, as the file dialog may be led anywhere."""
+        yield from self.desktop.home.rglob("*")
+        for folder in self.elsewhere:
+            yield from folder.glob("*")
+
     def _identities(self):
-        for place in self.places:
-            for path in place.rglob("*"):
-                try:
-                    about = path.stat()
-                    if not path.is_file():
-                        continue
-                    key = about.st_ino, about.st_size, about.st_mtime_ns
-                    if key not in self._known:
-                        self._known[key] = picture_bytes(path)
-                    yield self._known[key]
-                except FileNotFoundError:
+        for path in self._files():
+            try:
+                about = path.stat()
+                if not path.is_file():
                     continue
+                key = about.st_ino, about.st_size, about.st_mtime_ns
+                if key not in self._known:
+                    self._known[key] = picture_bytes(path)
+                yield self._known[key]
+            except FileNotFoundError:
+                continue
 
     def nothing_left_over(self, started):
-        """Once the program has ended by itself, which started at that time. What may have belonged to another one that had
-        just begun it then, such as an empty movie, it leaves to the next start."""
+        """Once the program has ended by itself, which started at that time."""
         left = {path: path.stat() for path in (self.desktop.folder / "tmp").rglob("*.*")
                 if path.suffix in (".jpg", ".mov", ".part")}
-        left = [f"{path} ({about.st_size} bytes)" for path, about in left.items()
-                if not 0 <= started - about.st_mtime < BEGUN or path.suffix == ".mov" and about.st_size]
-        if left:
+        if left := [f"{path} ({about.st_size} bytes)" for path, about in left.items()
+                    if not self._is_left_to_another(path, about, started)]:
             raise Failure(f"left over: {left[:5]}")
+
+    @staticmethod
+    def _is_left_to_another(path, about, started):
+        """What an earlier program had just begun, such as an empty movie, it leaves to the next start; and what that one
+        noted of an export, to the next export into the same folder."""
+        if path.name.startswith("export"):
+            return about.st_mtime < started
+        return 0 <= started - about.st_mtime < BEGUN and not (path.suffix == ".mov" and about.st_size)
