@@ -139,7 +139,7 @@ QString BWSeriesController::freeName() const
                                         QDate::currentDate().toString(Qt::ISODate));
     const QList<BWAlbumPtr> &albums = m_parts.albums.albums();
     for (int number = 1;; ++number) {
-        const QString numbered = name + QString::fromLatin1(BWFilePath::numberSuffix(number));
+        QString numbered = name + QString::fromLatin1(BWFilePath::numberSuffix(number));
         if (std::none_of(albums.cbegin(), albums.cend(),
                          [&numbered](const BWAlbumPtr &album) { return album->name() == numbered; }))
             return numbered;

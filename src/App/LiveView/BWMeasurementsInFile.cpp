@@ -138,7 +138,7 @@ void BWMeasurementsInFile::fileDone(const BWMeasurementFile &file)
 
 QString BWMeasurementsInFile::problemOf(const BWMeasurementFile &file) const
 {
-    const QString problem = BWPictureFile::problemText(file.problem(), m_parts.texts);
+    QString problem = BWPictureFile::problemText(file.problem(), m_parts.texts);
     if (problem.isNull() || file.isSaved())
         return problem;
     return BWUIUtils::inOneLine(

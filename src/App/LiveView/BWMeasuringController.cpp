@@ -249,7 +249,7 @@ void BWMeasuringController::showResults(bool shown)
     m_results->setVisible(shown);
 }
 
-void BWMeasuringController::setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration)
+void BWMeasuringController::setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration)
 {
     BWMeasurementList &list = m_sheet->list;
     auto selected = m_sheet->tool.selection();

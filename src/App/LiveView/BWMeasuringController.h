@@ -63,7 +63,7 @@ public:
     BWPictureScale scale() const { return m_scale.scale(); }
     /// Replaces what was measured in the album's picture that shows, as it was read from its file. Only if something was
     /// there before, that can be undone.
-    void setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration);
+    void setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration);
 
     /// What a snapshot of the camera would show now, whatever picture does.
     struct OfCamera {

@@ -185,8 +185,8 @@ void BWFrameReader::convertPacked(const BWFrameInfo &info, const QRect &part, bo
     const bool isYuyv = info.pixelFormat == BWPixelFormat::YUYV;
     const int width = part.width();
     const int sourceStride = info.planes[0].stride;
-    const uint8_t *source =
-        info.planes[0].data + part.y() * factor * static_cast<std::ptrdiff_t>(sourceStride) + part.x() * factor * 2;
+    const std::ptrdiff_t sourceStep = static_cast<std::ptrdiff_t>(sourceStride) * factor;
+    const uint8_t *source = info.planes[0].data + part.y() * sourceStep + part.x() * (std::ptrdiff_t{2} * factor);
     if (!half && info.matrix == BWColorMatrix::BT601 && info.range == BWColorRange::Limited) {
         const auto direct = isYuyv ? libyuv::YUY2ToARGB : libyuv::UYVYToARGB;
         direct(source, sourceStride, argb, stride, width, part.height());
@@ -198,15 +198,17 @@ void BWFrameReader::convertPacked(const BWFrameInfo &info, const QRect &part, bo
     constexpr int band = 8;
     const int wide = width * factor;
     const int chroma = (wide + 1) / 2;
-    m_scratch.resize(static_cast<std::size_t>((wide * factor + 2 * chroma + width) * band));
+    const std::ptrdiff_t lumaSize = std::ptrdiff_t{band} * wide * factor;
+    const std::ptrdiff_t chromaSize = std::ptrdiff_t{band} * chroma;
+    m_scratch.resize(static_cast<std::size_t>(lumaSize + 2 * chromaSize + std::ptrdiff_t{band} * width));
     uint8_t *luma = m_scratch.data();
-    uint8_t *u = luma + wide * factor * band;
-    uint8_t *v = u + chroma * band;
-    uint8_t *small = v + chroma * band;
+    uint8_t *u = luma + lumaSize;
+    uint8_t *v = u + chromaSize;
+    uint8_t *small = v + chromaSize;
     const auto *constants = constantsFor(info);
     for (int y = 0; y < part.height(); y += band) {
         const int rows = std::min(band, part.height() - y);
-        const uint8_t *from = source + y * factor * static_cast<std::ptrdiff_t>(sourceStride);
+        const uint8_t *from = source + y * sourceStep;
         uint8_t *to = argb + y * static_cast<std::ptrdiff_t>(stride);
         if (half) {
             const auto split = isYuyv ? libyuv::YUY2ToI420 : libyuv::UYVYToI420;

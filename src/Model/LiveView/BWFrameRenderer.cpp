@@ -74,7 +74,7 @@ BWRenderedImage BWFrameRenderer::render(const BWRenderRequest &requested)
         stride = pixels.stride;
     } else {
         const QPoint from = part.topLeft() - m_reader.area().topLeft();
-        upright = source.constScanLine(from.y()) + from.x() * 4;
+        upright = source.constScanLine(from.y()) + std::ptrdiff_t{4} * from.x();
         stride = static_cast<int>(source.bytesPerLine());
     }
     if (mirrored) {
@@ -96,7 +96,7 @@ void BWFrameRenderer::scale(const QRect &part, QSize whole, Pixels target)
     // By offsets into the whole pictures, of which only these parts exist: so scaling is exact and does not crawl when the
     // view is scrolled.
     const auto offset = [](const QRect &rect, int stride) {
-        return rect.top() * static_cast<std::ptrdiff_t>(stride) + rect.left() * 4;
+        return rect.top() * static_cast<std::ptrdiff_t>(stride) + std::ptrdiff_t{4} * rect.left();
     };
     const auto scaleRows = [&](const uint8_t *pixels, const QRect &area, int stride, const QRect &rows) {
         libyuv::ARGBScaleClip(pixels - offset(area, stride), stride, size.width(), size.height(),

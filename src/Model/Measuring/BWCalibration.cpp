@@ -83,7 +83,7 @@ BWCalibration read(const QJsonObject &object)
             one.otherFields.insert(field.key(), field->toDouble());
     }
     const QJsonArray shapes = object.value(u"shapes"_s).toArray();
-    for (const QJsonValue &shape : shapes) {
+    for (const auto &shape : shapes) {
         if (shape.isString())
             one.shapes.append(shape.toString());
     }
@@ -305,7 +305,7 @@ bool BWCalibrations::fromJson(const QString &json)
     for (auto entry = products.begin(); entry != products.end(); ++entry) {
         const QJsonObject product = entry->toObject();
         const QJsonArray own = product.value(u"own"_s).toArray();
-        for (const QJsonValue &value : own) {
+        for (const auto &value : own) {
             BWCalibration one = read(value.toObject());
             // Earlier versions took a shape for a field, whatever the camera. A null name is that of no picture.
             if (fieldsDiffer(entry.key()) && (one.shapes.isEmpty() || one.shapes.constFirst().contains(u':')))

@@ -106,7 +106,7 @@ QString BWLengths::number(const BWQuantity &quantity, const QLocale &locale)
 QString BWLengths::text(const BWQuantity &quantity, const QLocale &locale)
 {
     const QString unit = symbol(quantity.unit, quantity.dimension);
-    const QString digits = grouped(number(quantity, locale));
+    QString digits = grouped(number(quantity, locale));
     if (unit.isEmpty() || !std::isfinite(quantity.value))
         return digits;
     // A degree sign stands close to its number, units a no-break space away.

@@ -102,7 +102,7 @@ BWFileIdentity identityOf(int descriptor)
 QByteArray realPath(const QByteArray &path)
 {
     char *const real = ::realpath(path.constData(), nullptr);
-    const QByteArray found(real);
+    QByteArray found(real);
     std::free(real);
     return found;
 }

@@ -207,7 +207,7 @@ BWJpegPicture::Whole BWJpegPicture::whole(std::span<const uint8_t> jpeg, int64_t
 {
     Picture picture;
     if (!open(jpeg, picture)) {
-        const Whole damaged{.damaged = true, .error = error()};
+        Whole damaged{.damaged = true, .error = error()};
         reset();
         return damaged;
     }

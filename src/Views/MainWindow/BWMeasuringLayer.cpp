@@ -426,11 +426,10 @@ bool BWMeasuringLayer::focusNextPrevChild(bool next)
 
 void BWMeasuringLayer::updateCursor()
 {
-    if (!m_tool || !m_active || m_pointerIsAside)
-        unsetCursor();
-    else if (!m_tool->kind().isEmpty())
+    const bool measures = m_tool && m_active && !m_pointerIsAside;
+    if (measures && !m_tool->kind().isEmpty())
         setCursor(Qt::CrossCursor);
-    else if (toWidget() && m_tool->hasPointAt(m_tool->cursor(), reach(grabReach)))
+    else if (measures && toWidget() && m_tool->hasPointAt(m_tool->cursor(), reach(grabReach)))
         setCursor(m_tool->isMoving() ? Qt::ClosedHandCursor : Qt::OpenHandCursor);
     else
         unsetCursor();

@@ -202,11 +202,12 @@ void BWLine::paintEvent(QPaintEvent *)
 {
     constexpr double share = 0.25; // of the text colour
     QPainter painter(this);
+    const QPoint middle(width() / 2, height() / 2);
     QRectF line = rect();
     if (m_orientation == Qt::Vertical)
-        line = QRectF(width() / 2, 0, bwLineWidth(painter), height());
+        line = QRectF(middle.x(), 0, bwLineWidth(painter), height());
     else
-        line = QRectF(0, height() / 2, width(), bwLineWidth(painter));
+        line = QRectF(0, middle.y(), width(), bwLineWidth(painter));
     painter.fillRect(line, BWColors::line(palette(), share));
 }
 

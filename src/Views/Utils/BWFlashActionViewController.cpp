@@ -63,15 +63,15 @@ double BWOpacityAnimation::opacity() const
     return time <= way ? time / way : 2 - time / way;
 }
 
-std::optional<std::chrono::nanoseconds> BWOpacityAnimation::nextStep(std::chrono::nanoseconds step) const
+std::optional<std::chrono::nanoseconds> BWOpacityAnimation::nextStep(std::chrono::nanoseconds interval) const
 {
     const bool moving = m_motion == Motion::Full;
     if (!isRunning() || (!moving && m_repeat == Repeat::Forever))
         return std::nullopt;
     if (m_repeat == Repeat::Forever)
-        return step;
+        return interval;
     const std::chrono::nanoseconds left = m_start + period - m_clock.now();
-    return moving ? std::min(step, left) : left;
+    return moving ? std::min(interval, left) : left;
 }
 
 BWFlashActionViewController::BWFlashActionViewController(QWidget &content, int inset, BWLocalizationManager &texts,

@@ -34,8 +34,8 @@ public:
     bool isRunning() const;
     /// 0 (invisible) to 1; 0 when it does not run.
     double opacity() const;
-    /// Time until the opacity changes, which is `step` while it fades; nothing if it stays as it is.
-    std::optional<std::chrono::nanoseconds> nextStep(std::chrono::nanoseconds step) const;
+    /// Time until the opacity changes, which is `interval` while it fades; nothing if it stays as it is.
+    std::optional<std::chrono::nanoseconds> nextStep(std::chrono::nanoseconds interval) const;
 
 private:
     enum class Repeat { Never, Once, Forever };
