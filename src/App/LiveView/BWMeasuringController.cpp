@@ -249,13 +249,13 @@ void BWMeasuringController::showResults(bool shown)
     m_results->setVisible(shown);
 }
 
-void BWMeasuringController::setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration)
+void BWMeasuringController::setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration)
 {
     BWMeasurementList &list = m_sheet->list;
     auto selected = m_sheet->tool.selection();
     const BWMeasurement known = selected ? list.items()[selected->measurement] : BWMeasurement();
     if (list.items().isEmpty() && !list.canUndo()) {
-        list.reset(measurements);
+        list.reset(std::move(measurements));
     } else {
         list.beginChange();
         list.clear();

@@ -62,8 +62,8 @@ public:
     const QList<BWMeasurement> &measurements() const { return m_sheet->list.items(); }
     BWPictureScale scale() const { return m_scale.scale(); }
     /// Replaces what was measured in the album's picture that shows, as it was read from its file. Only if something was
-    /// there before, that can be undone.
-    void setMeasurements(const QList<BWMeasurement> &measurements, const BWCalibration &calibration);
+    /// there before, that can be undone. `measurements` may be those of this object.
+    void setMeasurements(QList<BWMeasurement> measurements, const BWCalibration &calibration);
 
     /// What a snapshot of the camera would show now, whatever picture does.
     struct OfCamera {

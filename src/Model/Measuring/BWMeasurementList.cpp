@@ -78,10 +78,10 @@ void BWMeasurementList::cancelChange()
         m_items = *std::exchange(m_before, std::nullopt);
 }
 
-void BWMeasurementList::reset(const QList<BWMeasurement> &items)
+void BWMeasurementList::reset(QList<BWMeasurement> items)
 {
     m_items = items;
-    m_saved = items;
+    m_saved = std::move(items);
     m_undo.clear();
     m_redo.clear();
     m_before.reset();

@@ -24,7 +24,7 @@ public:
     void cancelChange();
 
     /// Other measurements, as those of another picture: nothing of before can be undone.
-    void reset(const QList<BWMeasurement> &items = {});
+    void reset(QList<BWMeasurement> items = {});
 
     bool canUndo() const { return !m_undo.isEmpty(); }
     bool canRedo() const { return !m_redo.isEmpty(); }
