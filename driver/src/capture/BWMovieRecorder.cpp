@@ -110,7 +110,8 @@ void BWMovieRecorder::offer(const BWFrame &frame)
     bool isTaken = false;
     try {
         isTaken = m_frames.push(frame);
-    } catch (const std::bad_alloc &) { // for its copy; the stream goes on
+    } catch (const std::bad_alloc &) {
+        isTaken = false; // no memory for its copy; the stream goes on
     }
     if (isTaken)
         m_changed.notify_all();
