@@ -23,8 +23,8 @@
 #include "v4l2/finding/BWVideoNode.h"
 
 #include <cassert>
-#include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QGuiApplication>
 #include <QJsonDocument>
 #include <QtEndian>
 #include <QTimeZone>
@@ -268,7 +268,8 @@ void (*reader)(Input &) = nullptr;
 
 extern "C" int LLVMFuzzerInitialize(int *count, char ***arguments)
 {
-    static const QCoreApplication app(*count, *arguments);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    static const QGuiApplication app(*count, *arguments); // as the program has, for pictures in a settings file
     static const BWStillLoader loader; // limits what a picture may take
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     BWMoviePicture::prepare();

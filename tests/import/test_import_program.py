@@ -50,6 +50,10 @@ class CommandLine(unittest.TestCase):
                               text=True, timeout=20, check=False)
 
     def test_command_line(self):
+        # A picture among the settings of a damaged file: Qt makes it as soon as it reads any of them.
+        own = self.home / ".config/BrimwellPro/BrimwellPro.conf"
+        own.parent.mkdir(parents=True)
+        own.write_text("[General]\nbwp2x_movie_rate=20\nbitmap=@Variant(\\0\\0\\0I\\0\\0\\0\\0)\n")
         file = self.folder / "defaults.xml"
         before = file.read_bytes()
         done = self.run_program("--import-settings", file)
@@ -57,6 +61,7 @@ class CommandLine(unittest.TestCase):
                          (0, f"Taken over from “defaults.xml”: {PARTS}; left out: {LEFT_OUT}.\n", ""))
         self.assertEqual(file.read_bytes(), before)
         settings = stored(self.home)
+        self.assertEqual(settings["bwp2x_movie_rate"], "20")
         self.assertEqual(json.loads(settings["bwp2x_product_for_camera"]),
                          {"wired_high": "mx50_40", "wired_regular": "dx14", "wireless": "dx17_18"})
         self.assertEqual(set(json.loads(settings["bwp2x_albums"])),

@@ -15,6 +15,7 @@
 #include "Utils/BWVersion.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QIODevice>
 #include <QTextStream>
 
@@ -74,9 +75,17 @@ int obey(const BWCommandLine &line, int &argc, char **argv, QTextStream &out)
         printVersion(out);
         return 0;
     }
-    const QCoreApplication application(argc, argv);
-    if (!line.importSettings.isNull())
+    if (!line.importSettings.isNull()) {
+        // Qt ends a program without windows that finds a picture among the settings in a damaged file. One with windows
+        // needs no display if it shows none; what Qt misses of a desktop is no news on a console.
+        qputenv("QT_QPA_PLATFORM", "minimal");
+        qunsetenv("QT_QPA_PLATFORMTHEME"); // some themes want a display
+        const auto handler = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+        const QGuiApplication application(argc, argv);
+        qInstallMessageHandler(handler);
         return importSettings(line.repositoryOptions(), line.importSettings, out);
+    }
+    const QCoreApplication application(argc, argv);
     if (line.simulated.isEmpty())
         BWCameraListing::printNodes(BWV4L2Listing::list(BWCameraListing::cameraTables()), out);
     else
