@@ -50,10 +50,10 @@ class CommandLine(unittest.TestCase):
                               text=True, timeout=20, check=False)
 
     def test_command_line(self):
-        # A picture among the settings of a damaged file: Qt makes it as soon as it reads any of them.
+        # A picture among the settings of a damaged file, whose last line has no end: Qt makes it as soon as it reads any.
         own = self.home / ".config/BrimwellPro/BrimwellPro.conf"
         own.parent.mkdir(parents=True)
-        own.write_text("[General]\nbwp2x_movie_rate=20\nbitmap=@Variant(\\0\\0\\0I\\0\\0\\0\\0)\n")
+        own.write_text("[General]\nbwp2x_movie_rate=20\nbitmap=@Variant(\\0\\0\\0I\\0\\0\\0\\0)")
         file = self.folder / "defaults.xml"
         before = file.read_bytes()
         done = self.run_program("--import-settings", file)

@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <system_error>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -78,7 +80,8 @@ void BWSettingsFile::setData(const QString &key, const QByteArray &value)
         m_settings->setValue(key, value);
 }
 
-/// QSettings replaces the file even if the end of it could not be written, and says that all is well.
+/// QSettings replaces the file even if the end of it could not be written, and says that all is well. Where nothing was to
+/// be stored it leaves the file as it is, which may end in the middle of a line.
 bool BWSettingsFile::storeWhole()
 {
     const QByteArray path = QFile::encodeName(m_settings->fileName());
@@ -87,7 +90,9 @@ bool BWSettingsFile::storeWhole()
     const bool isKept = ::link(path.constData(), old.constData()) == 0; // which takes no room
     m_settings->sync();
     const bool isStored = m_settings->status() != QSettings::AccessError;
-    if (!isStored || isWhole()) {
+    std::error_code error;
+    const bool isUntouched = isKept && std::filesystem::equivalent(path.toStdString(), old.toStdString(), error);
+    if (!isStored || isUntouched || isWhole()) {
         ::unlink(old.constData());
         return isStored;
     }
