@@ -155,6 +155,10 @@ private Q_SLOTS:
         BWTrash trash;
         trash.move({files[2], files[3]}, [&](const auto &result) { trashed = result.stayed.isEmpty(); });
         QTRY_VERIFY(renamed && trashed);
+        const QImage picture(16, 16, QImage::Format_RGB32); // that a worker had begun to store before
+        BWThumbnailStore(m_fixture->cache())
+            .keep(m_fixture->path("renamed.jpg"), {}, BWThumbnailSize::Normal,
+                  {BWThumbnail::Kind::Picture, picture, {}});
         QCOMPARE(storedFiles(), 2);
         QCOMPARE(m_fixture->make(files[0]), u"red"_s);
     }
@@ -175,6 +179,7 @@ private Q_SLOTS:
         BWThumbnailStore store(m_fixture->cache(), most);
         const auto path = [this](int number) { return m_fixture->path("f" + QByteArray::number(number)); };
         for (int i = 0; i < files; ++i) {
+            m_fixture->file("f" + QByteArray::number(i), {});
             store.keep(path(i), {}, BWThumbnailSize::Large, {BWThumbnail::Kind::Picture, picture, {}});
             QVERIFY(isOf(QFile::decodeName(entry("large", BWThumbnailStore::uri(path(i)))), i + 1));
         }

@@ -290,6 +290,10 @@ void BWThumbnailStore::keep(const QByteArray &path, const BWFileStamp &stamp, BW
         dot.fill(Qt::black);
         write(m_failedFolder, name, encode(dot, texts));
     }
+    // Who deleted the file meanwhile has made us forget it, but perhaps too early.
+    struct stat info;
+    if (::stat(path.constData(), &info) != 0 && errno == ENOENT)
+        forget(path);
 }
 
 void BWThumbnailStore::forget(const QByteArray &path) const
