@@ -183,6 +183,25 @@ private Q_SLOTS:
         QCOMPARE(m_fixture->reported().count(other), 1); // looked at again, but the same
     }
 
+    /// One that is found half written a little later than another must not wait for a request.
+    void allThatArriveAreSeen()
+    {
+        m_fixture->options().lookAgainAfter = std::chrono::milliseconds(400);
+        m_fixture->restart();
+        const QByteArray red = ThumbnailFixture::jpeg(Qt::red);
+        QList<QUrl> files;
+        for (const char *name : {"early.jpg", "late.jpg"}) {
+            files.append(m_fixture->file(name, red.left(red.size() / 2), true));
+            m_fixture->make(files);
+            QCOMPARE(m_fixture->shown(files.last()), u"impossible"_s);
+            QTest::qWait(200);
+        }
+        for (const char *name : {"early.jpg", "late.jpg"})
+            m_fixture->file(name, red, true);
+        for (const QUrl &file : files)
+            QTRY_COMPARE(m_fixture->shown(file), u"red"_s);
+    }
+
     void memoryIsBounded()
     {
         m_fixture->options().memory = 2'000'000;

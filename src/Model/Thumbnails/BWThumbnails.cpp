@@ -130,6 +130,8 @@ void BWThumbnails::ask()
             missing.append({file, m_size});
         else if (entry->looked <= longAgo)
             again.append({file, m_size, true, entry->stamp});
+        else if (entry->looksLeft > 0 && !m_nextLook.isActive())
+            m_nextLook.start(); // it is younger than the one that the timer was started for
     }
     // The cache drops the first files last.
     std::for_each(m_wanted.crbegin(), m_wanted.crend(), [this](const QUrl &file) { m_memory.object(file); });
