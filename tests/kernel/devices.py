@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """What the tests in the machine share: virtual video devices, USB cameras, and the driver that uses them."""
 
+import contextlib
+import signal
 import subprocess
 import sys
 import threading
@@ -66,6 +68,13 @@ class CameraDriver:
             reader.join()
         if self._process.returncode != 0 or self._expected and len(self.events()) != len(self._expected):
             raise AssertionError(f"ended with {self._process.returncode}; reported: {self.lines}, logged: {self.log}")
+
+    @contextlib.contextmanager
+    def stopped(self):
+        """Meanwhile it does nothing."""
+        self._process.send_signal(signal.SIGSTOP)
+        yield
+        self._process.send_signal(signal.SIGCONT)
 
     def ask(self, line):
         count = len(self.answers)

@@ -14,6 +14,8 @@ from pathlib import Path
 from devices import NOBODY, CameraDriver, UsbCameras, vivid, vivid_nodes, wait_until
 
 DRIVE_CAMERAS, PROGRAM = sys.argv.pop(1), sys.argv.pop(1)
+MEMBER = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--groups=video"]
+MOST_RECEIVED = Path("/proc/sys/net/core/rmem_max")  # bytes that wait at a socket which a user makes from now on
 BOTH_VIVID = ["vivid vivid.0 vivid-000-vid-cap", "vivid vivid.0 vivid-001-vid-cap"]
 
 
@@ -38,6 +40,27 @@ class DiscoveryTest(unittest.TestCase):
             self.assertEqual(own, ["found"] + ["removed", "found"] * (len(own) // 2), watcher.events())
             self.assertGreater(len(own), 1)
         self.assertTrue(any("it came back" in line for line in watcher.log), watcher.log)
+
+    def test_more_events_than_the_kernel_keeps(self):
+        # What it does keep is the oldest: that the cameras went.
+        vivid("bind")
+        usual = MOST_RECEIVED.read_text()
+        self.addCleanup(MOST_RECEIVED.write_text, usual)
+        MOST_RECEIVED.write_text("2304")  # has room for a removal or two
+        watcher = self.watch(MEMBER)
+        watcher.wait_for(lambda: sorted(watcher.events()) == [f"found {each}" for each in BOTH_VIVID])
+        MOST_RECEIVED.write_text(usual)
+        with watcher.stopped():
+            vivid("unbind")
+            for _ in range(30):
+                Path("/sys/bus/usb/devices/1-0:1.0/uevent").write_text("change")
+            vivid("bind")
+            subprocess.run(["udevadm", "settle"], check=True)
+
+        def last(camera):
+            return [event.split()[0] for event in watcher.events() if event.endswith(camera)][-1]
+        watcher.wait_for(lambda: len(watcher.events()) > 2 and all(last(each) == "found" for each in BOTH_VIVID))
+        watcher.wait_for(lambda: any("were lost" in line for line in watcher.log))
 
     def test_camera_is_found_when_its_permissions_come(self):
         vivid("unbind", "bind")

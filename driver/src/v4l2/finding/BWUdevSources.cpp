@@ -97,8 +97,10 @@ void BWUdevSources::readEvents(BWNodeTracker &tracker)
 {
     const bool kernelLost = !readMonitor(m_kernelEvents.get(), false, tracker);
     const bool udevLost = !readMonitor(m_udevEvents.get(), true, tracker);
-    if (kernelLost || udevLost)
+    if (kernelLost || udevLost) {
+        qCInfo(bwDriver) << "Events were lost, as too many waited; looking at all cameras again";
         enumerate(tracker);
+    }
     readAccess(tracker);
 }
 
@@ -106,11 +108,16 @@ bool BWUdevSources::readMonitor(udev_monitor *monitor, bool initialised, BWNodeT
 {
     if (!monitor)
         return true;
+    bool complete = true;
     while (true) {
         errno = 0;
         const Device device(udev_monitor_receive_device(monitor));
+        if (!device && errno == ENOBUFS) {
+            complete = false; // what still waits is older than what was lost, and than what is there now
+            continue;
+        }
         if (!device)
-            return errno != ENOBUFS;
+            return complete;
         const QByteArray sysPath = udev_device_get_syspath(device.get());
         const std::string_view action = udev_device_get_action(device.get());
         const quint64 sequence = udev_device_get_seqnum(device.get());
