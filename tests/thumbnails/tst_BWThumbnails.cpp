@@ -202,6 +202,18 @@ private Q_SLOTS:
             QTRY_COMPARE(m_fixture->shown(file), u"red"_s);
     }
 
+    /// Somebody saves it twice within moments: the second time is too early for another look.
+    void lastChangeIsSeen()
+    {
+        m_fixture->options().lookAgainAfter = std::chrono::milliseconds(1000);
+        m_fixture->restart();
+        const QUrl file = m_fixture->file("picture.jpg", ThumbnailFixture::jpeg(Qt::red));
+        QCOMPARE(m_fixture->make(file), u"red"_s);
+        m_fixture->file("picture.jpg", ThumbnailFixture::jpeg(Qt::blue), true);
+        m_fixture->make(file);
+        QTRY_COMPARE(m_fixture->shown(file), u"blue"_s);
+    }
+
     void memoryIsBounded()
     {
         m_fixture->options().memory = 2'000'000;

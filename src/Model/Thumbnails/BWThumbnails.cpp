@@ -89,7 +89,7 @@ BWThumbnails::BWThumbnails(Ready ready, const Options &options)
     m_workers = std::make_unique<BWThumbnailWorkers>(std::move(callbacks), options.threads);
     m_nextLook.setSingleShot(true);
     m_nextLook.setInterval(options.lookAgainAfter + margin);
-    m_nextLook.callOnTimeout([this] { ask(); });
+    m_nextLook.callOnTimeout([this] { ask(false); });
 }
 
 BWThumbnails::~BWThumbnails() = default;
@@ -104,10 +104,10 @@ void BWThumbnails::request(const QList<QUrl> &inOrder, int pixels)
 {
     m_size = BWThumbnailSizes::forPixels(pixels);
     m_wanted = inOrder;
-    ask();
+    ask(true);
 }
 
-void BWThumbnails::ask()
+void BWThumbnails::ask(bool isRequested)
 {
     const auto longAgo = Clock::now() - m_options.lookAgainAfter;
     QList<BWThumbnailRequest> missing;
@@ -130,8 +130,8 @@ void BWThumbnails::ask()
             missing.append({file, m_size});
         else if (entry->looked <= longAgo)
             again.append({file, m_size, true, entry->stamp});
-        else if (entry->looksLeft > 0 && !m_nextLook.isActive())
-            m_nextLook.start(); // it is younger than the one that the timer was started for
+        else if ((isRequested || entry->looksLeft > 0) && !m_nextLook.isActive())
+            m_nextLook.start(); // too soon for another look, but it may have changed since the last one
     }
     // The cache drops the first files last.
     std::for_each(m_wanted.crbegin(), m_wanted.crend(), [this](const QUrl &file) { m_memory.object(file); });
@@ -148,7 +148,7 @@ void BWThumbnails::takeResults()
             ready.append(result.request.file);
     }
     if (lost) // the cache has dropped an unchanged one meanwhile
-        ask();
+        ask(false);
     if (!ready.isEmpty())
         m_ready(ready);
 }

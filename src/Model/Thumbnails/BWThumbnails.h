@@ -41,8 +41,8 @@ public:
 
     /// Replaces all requests: visible files first, then those nearby. `pixels` is the larger side of the place where
     /// they are shown, in device pixels; thumbnails have at most 500. Earlier requests that have not been begun are
-    /// dropped. Uses only as much of the list as fits into the memory. Also looks again at files that have changed, so
-    /// call this when the folder may have changed.
+    /// dropped. Uses only as much of the list as fits into the memory. Also looks again at files that have changed, at
+    /// once or a little later, so call this when the folder may have changed.
     void request(const QList<QUrl> &inOrder, int pixels);
 
     /// Whether nothing is left to be made, reported or stored.
@@ -52,7 +52,7 @@ private:
     struct Entry;
     void takeResults();
     bool keep(const BWThumbnailResult &result);
-    void ask();
+    void ask(bool isRequested);
 
     Ready m_ready;
     Options m_options;
