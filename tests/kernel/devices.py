@@ -73,8 +73,10 @@ class CameraDriver:
     def stopped(self):
         """Meanwhile it does nothing."""
         self._process.send_signal(signal.SIGSTOP)
-        yield
-        self._process.send_signal(signal.SIGCONT)
+        try:
+            yield
+        finally:
+            self._process.send_signal(signal.SIGCONT)
 
     def ask(self, line):
         count = len(self.answers)

@@ -130,8 +130,8 @@ void BWThumbnails::ask(bool isRequested)
             missing.append({file, m_size});
         else if (entry->looked <= longAgo)
             again.append({file, m_size, true, entry->stamp});
-        else if ((isRequested || entry->looksLeft > 0) && !m_nextLook.isActive())
-            m_nextLook.start(); // too soon for another look, but it may have changed since the last one
+        else if (isRequested || (entry->looksLeft > 0 && !m_nextLook.isActive()))
+            m_nextLook.start(); // anew: this one may have been looked at later than the one that it runs for
     }
     // The cache drops the first files last.
     std::for_each(m_wanted.crbegin(), m_wanted.crend(), [this](const QUrl &file) { m_memory.object(file); });
