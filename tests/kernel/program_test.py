@@ -63,11 +63,18 @@ class CameraProgramTest(unittest.TestCase):
         try:
             return wait_until(what, condition, seconds, step=0.2)
         except Exception:
-            print(self.program.log)  # then where each thread waits, what there is, and what the kernel says
-            print(self.desktop.output(["sh", "-c", f"head -n 12 /proc/{self.program.pid}/task/*/comm /proc/"
-                                       f"{self.program.pid}/task/*/stack; ls -l /dev/video* /sys/bus/usb/devices; "
-                                       "dmesg | tail -n 100"]).decode())
+            print(self.state_of_things())
             raise
+
+    def state_of_things(self):
+        """What the kernel has said, what there is of cameras, where each thread waits, and the program's log."""
+        return self.desktop.output(["sh", "-c", f"""
+            dmesg | tail -n 40
+            ls -d /dev/video* /sys/bus/usb/devices/*-[1-9]*
+            for task in /proc/{self.program.pid}/task/*; do
+                echo "$(cat "$task/comm"): $(head -n 4 "$task/stack" | tr '\\n' ' ')"
+            done
+            """]).decode() + self.program.log
 
     def wait_for_stream(self, name):
         self.wait(f"{name} streams", lambda: "streaming" in self.cameras(f"status {name}"))

@@ -102,6 +102,20 @@ class DiscoveryTest(unittest.TestCase):
         self.assertEqual(nodes[0, "left"], nodes[1, "right"], nodes)
         self.assertEqual(nodes[0, "right"], nodes[1, "left"], nodes)
 
+    def test_usb_camera_is_pulled_while_the_kernel_sets_it_up(self):
+        vivid("unbind")
+        cameras = self.enterContext(UsbCameras())
+        cameras("add scope uvc serial=scope")
+        watcher = self.watch()
+        for answered in 0, 8, 12:  # then the kernel wants its descriptor, sets its configuration, reads its controls
+            cameras(f"unplug scope after-requests={answered}")
+            cameras("plug scope")
+            wait_until("it is pulled", lambda: "plugged" not in cameras("status scope"))
+            cameras("plug scope")
+            watcher.wait_for_events("found 1209:0001 scope")
+            cameras("unplug scope")
+            watcher.wait_for_events("removed 1209:0001 scope")
+
     def check_listing(self, node, serial):
         with subprocess.Popen(["sh", "-c", f"exec sleep 60 < {node}"]) as holder:
             wait_until("the node is open", lambda: Path(f"/proc/{holder.pid}/comm").read_text() == "sleep\n")

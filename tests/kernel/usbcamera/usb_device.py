@@ -29,6 +29,7 @@ class UsbDevice:
         self._lock = threading.Lock()
         self.cable = None
         self.log = []
+        self.requests_left = None  # to endpoint 0, until it is unplugged at one more
         self._descriptor, self._configuration = descriptor, configuration
         self._strings = [b"\x09\x04"] + [text.encode("utf-16-le") for text in strings]
         self._thread = None
@@ -111,6 +112,12 @@ class UsbDevice:
         self.cable.answer_unlink(request, was_waiting=bool(found))
 
     def _answer_control(self, request):
+        if self.requests_left is not None:
+            self.requests_left -= 1
+            if self.requests_left < 0:
+                self.requests_left = None
+                self.unplug()
+                return
         kind, what, value, index, length = SETUP.unpack(request.setup)
         try:
             if kind & NOT_STANDARD:

@@ -35,6 +35,7 @@ class Cable:
 
     def __init__(self):
         self.port = free_port()
+        wait_until_forgotten(self.port)
         self._socket, theirs = socket.socketpair()
         with theirs:
             attach(self.port, theirs)
@@ -108,6 +109,18 @@ def attach(port, plug):
             if error.errno != errno.EBUSY or time.monotonic() > end:
                 raise
             time.sleep(0.02)
+
+
+def wait_until_forgotten(port):
+    """Until the kernel has removed the device that was in that port before. A real hub disables a port when its
+    device goes; this one does not, so the kernel would take the next device for the old one, even if it has failed to
+    set that up. A request that the old one left unanswered keeps it for five seconds.
+    """
+    end = time.monotonic() + 20
+    while any(CONTROLLER.glob(f"usb*/*-{port + 1}")):
+        if time.monotonic() > end:
+            raise OSError(errno.EBUSY, f"the kernel keeps what was in port {port + 1}")
+        time.sleep(0.005)
 
 
 def free_port():
