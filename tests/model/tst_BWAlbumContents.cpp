@@ -6,6 +6,7 @@
 #include "TestFolder.h"
 #include "TestJpeg.h"
 
+#include <filesystem>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
@@ -60,6 +61,9 @@ private Q_SLOTS:
         written.clear();
         write(u"a.jpg"_s); // again
         QTRY_COMPARE(written.size(), 1);
+        m_folder.file(u"new"_s);
+        std::filesystem::rename(m_folder.path(u"new"_s).toStdString(), album.filePath(u"a.jpg"_s).toStdString());
+        QTRY_COMPARE(written.size(), 2);
         QCOMPARE(changed.size(), changes); // the list is the same
         QCOMPARE(reloaded.size(), 2);
 

@@ -200,8 +200,10 @@ void BWComparison::showTexts()
     if (m_scene.main() == Main::Live) // the mark of a frozen picture is in the same place
         texts.main = mainName();
     texts.reference = QFile::decodeName(BWFilePath::lastComponent(m_shown.file));
-    if (m_shown.modified.isValid())
-        texts.reference += u" · "_s + QLocale().toString(m_shown.modified, QLocale::ShortFormat);
+    if (m_shown.stamp) { // which captures keep from when they were taken
+        const QDateTime modified = QDateTime::fromSecsSinceEpoch(m_shown.stamp->modified);
+        texts.reference += u" · "_s + QLocale().toString(modified, QLocale::ShortFormat);
+    }
     const QString problem = BWAlbumPicture::text(m_shown.problem, m_texts);
     if (m_shown.image.isNull())
         texts.inPlaceOfReference = problem;

@@ -50,7 +50,11 @@ BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneControll
             end();
         return leaves;
     });
-    connect(&m_loader, &BWStillLoader::loaded, this, &BWLookBackController::loaded);
+    connect(&m_loader, &BWStillLoader::loaded, this, [this](const BWAlbumPicture &still) {
+        m_isLoading = false;
+        loaded(still);
+        followFile();
+    });
     connect(&m_loader, &BWStillLoader::takesLong, this, [this](const QUrl &file) {
         loaded({file});
         m_isReading = true;
@@ -59,8 +63,8 @@ BWLookBackController::BWLookBackController(BWMainWindow &window, BWSceneControll
     connect(&contents, &BWAlbumContents::reloaded, this, &BWLookBackController::followAlbum);
     connect(&contents, &BWAlbumContents::changed, this, &BWLookBackController::followAlbum);
     connect(&contents, &BWAlbumContents::filesWritten, this, [this] {
-        if (isActive() && m_still.problem != BWAlbumPicture::Problem::None)
-            load(); // it may be whole now
+        m_mayDiffer = true;
+        followFile();
     });
     connect(&scene, &BWSceneController::mainChanged, this, [this] {
         if (!m_still.file.isEmpty() && m_scene.main() != BWSceneController::Main::Album)
@@ -103,6 +107,7 @@ void BWLookBackController::end()
 void BWLookBackController::leave()
 {
     m_loader.cancel();
+    m_isLoading = false;
     m_stepper.setFile({});
     m_still = {};
     m_caption->clear();
@@ -113,13 +118,25 @@ void BWLookBackController::leave()
 
 void BWLookBackController::load()
 {
+    m_isLoading = true;
     m_loader.load(m_stepper.file());
+}
+
+/// Another program may have saved the picture, or may have completed it by now.
+void BWLookBackController::followFile()
+{
+    if (!isActive() || m_isLoading || !std::exchange(m_mayDiffer, false))
+        return;
+    if (m_still.problem == BWAlbumPicture::Problem::None)
+        m_loader.loadIfChanged(m_still);
+    else
+        load();
 }
 
 void BWLookBackController::loaded(const BWAlbumPicture &still)
 {
     m_isReading = false;
-    m_still = {still.file, {}, still.problem, still.isMovie};
+    m_still = {still.file, {}, still.problem, still.isMovie, still.stamp};
     if (m_liveName.isNull())
         m_liveName = m_window.centeringClipView().accessibleName();
     m_window.setShowsLive(false);

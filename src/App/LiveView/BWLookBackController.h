@@ -50,6 +50,7 @@ private:
     bool press(const QKeyEvent &key);
     void load();
     void loaded(const BWAlbumPicture &still);
+    void followFile();
     void updateCaption();
     void followAlbum();
     void leave();
@@ -71,7 +72,9 @@ private:
     BWAlbumStepper m_stepper;
     BWStillLoader m_loader;
     BWAlbumPicture m_still; // that shows; without its image
+    bool m_isLoading = false;
     bool m_isReading = false; // for so long that the view is empty
+    bool m_mayDiffer = false; // the file, from what shows of it
     QString m_liveName; // of the view, for screen readers
     BWPictureCaption *m_caption = nullptr; // the window's
     BWAliveToken m_alive;

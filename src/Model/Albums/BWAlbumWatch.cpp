@@ -28,6 +28,7 @@ constexpr int retryMilliseconds = 2000; // where nothing can be watched
 constexpr uint32_t entriesChange = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr uint32_t folderGoes = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 constexpr uint32_t fileWritten = IN_CLOSE_WRITE;
+constexpr uint32_t fileMayDiffer = fileWritten | IN_MOVED_TO | IN_Q_OVERFLOW; // or was moved over the old one
 constexpr uint32_t allAnew = folderGoes | IN_Q_OVERFLOW; // what the events tell is not the whole of it
 
 /// Keeps the entries that were there before, so that a long list is in memory once, and the GUI thread frees few.
@@ -200,7 +201,7 @@ void BWAlbumWatch::Worker::run()
             last && last->listing && wasWatched && !isAnew && (what & allAnew) == 0 && changes.size() < manyChanges;
         Report now = known ? followed(*last, changes) : listed(last);
         now.requests = serves;
-        now.filesWritten = (what & fileWritten) != 0;
+        now.filesWritten = (what & fileMayDiffer) != 0;
         if (!last || now.differs || now.requests != last->requests || now.filesWritten)
             report(now);
         last = std::move(now);

@@ -102,6 +102,11 @@ void readOther(const BWThumbnailFile &file, BWAlbumPicture &still, QString &erro
         still.problem = Problem::NoMemory;
 }
 
+std::optional<BWFileStamp> stampOf(const BWThumbnailFile &file)
+{
+    return file.isOpen() ? file.stamp() : std::nullopt;
+}
+
 Problem problemOfUnopened(const QByteArray &path)
 {
     struct stat info;
@@ -141,8 +146,8 @@ QString BWAlbumPicture::text(Problem problem, BWLocalizationManager &texts)
 
 /// Pictures may be very large: they are read one at a time, unless one takes so long that its disk must be hanging.
 struct BWStillLoader::Shared {
-    /// Nothing if another picture is wanted by then.
-    std::optional<BWAlbumPicture> read(const QUrl &file, unsigned number)
+    /// Nothing if another picture is wanted by then, or if the file still has the stamp that is known.
+    std::optional<BWAlbumPicture> read(const QUrl &file, const std::optional<BWFileStamp> &known, unsigned number)
     {
         constexpr std::chrono::seconds turn{2};
         std::unique_lock lock(mutex);
@@ -151,7 +156,9 @@ struct BWStillLoader::Shared {
             return std::nullopt;
         busy = true;
         lock.unlock();
-        BWAlbumPicture still = BWStillLoader::read(file);
+        std::optional<BWAlbumPicture> still;
+        if (!known || stampOf(BWThumbnailFile(BWFilePath::native(file))) != known)
+            still = BWStillLoader::read(file);
         lock.lock();
         busy = false;
         changed.notify_all();
@@ -192,10 +199,21 @@ void BWStillLoader::load(const QUrl &file)
     cancel();
     m_slow = DispatchAfterStrict::dispatchForQueue(
         this, [this, file] { Q_EMIT takesLong(file); }, patience, m_clock);
+    start(file, std::nullopt);
+}
+
+void BWStillLoader::loadIfChanged(const BWAlbumPicture &shown)
+{
+    cancel();
+    start(shown.file, shown.stamp);
+}
+
+void BWStillLoader::start(const QUrl &file, const std::optional<BWFileStamp> &known)
+{
     // A thread for each request, as the last one may wait for its disk for ever.
     m_thread = std::make_unique<BWWorkerPool>(1, std::chrono::milliseconds(0));
-    m_thread->run([this, file, number = m_shared->newest.load(), shared = m_shared, alive = m_alive.watch()] {
-        const auto still = shared->read(file, number);
+    m_thread->run([this, file, known, number = m_shared->newest.load(), shared = m_shared, alive = m_alive.watch()] {
+        const auto still = shared->read(file, known, number);
         if (!still)
             return;
         BWMainQueue::post(alive, [this, number, still = *still] {
@@ -212,13 +230,11 @@ BWAlbumPicture BWStillLoader::read(const QUrl &file)
     const QByteArray path = BWFilePath::native(file);
     BWAlbumPicture still{file};
     const BWThumbnailFile opened(path);
-    const std::optional<BWFileStamp> stamp = opened.isOpen() ? opened.stamp() : std::nullopt;
+    still.stamp = stampOf(opened);
     QString error;
-    if (stamp)
-        still.modified = QDateTime::fromSecsSinceEpoch(stamp->modified);
-    if (!stamp) {
+    if (!still.stamp) {
         still.problem = problemOfUnopened(path);
-    } else if (stamp->size == 0) {
+    } else if (still.stamp->size == 0) {
         still.problem = Problem::Empty;
     } else if (opened.head(2) == "\xff\xd8") {
         readJpeg(opened, still, error);

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "BWACUDriver/DispatchAfterStrict.h"
+#include "Model/Thumbnails/BWThumbnailMaker.h"
 #include "Utils/BWMainQueue.h"
 #include "Utils/BWWorkerPool.h"
 
 #include <memory>
-#include <QDateTime>
+#include <optional>
 #include <QImage>
 #include <QMetaType>
 #include <QObject>
@@ -34,7 +35,7 @@ struct BWAlbumPicture {
     QImage image{}; ///< in full size, 32-bit, opaque, upright; null if there is none
     Problem problem = Problem::None;
     bool isMovie = false;
-    QDateTime modified{}; ///< of the file, which captures keep from when they were taken
+    std::optional<BWFileStamp> stamp{}; ///< of the file, as it was when it was read; nothing if there was none
 
     /// A sentence for the user; null if there is no problem.
     static QString text(Problem problem, BWLocalizationManager &texts);
@@ -56,6 +57,8 @@ public:
 
     /// Replaces an earlier request whose result has not been delivered.
     void load(const QUrl &file);
+    /// Loads a picture that is shown anew if its file has changed since; else nothing is emitted, as if never called.
+    void loadIfChanged(const BWAlbumPicture &shown);
     /// Drops it.
     void cancel();
 
@@ -68,6 +71,8 @@ Q_SIGNALS:
 
 private:
     struct Shared;
+
+    void start(const QUrl &file, const std::optional<BWFileStamp> &known);
 
     BWClock &m_clock;
     const std::shared_ptr<Shared> m_shared; // with threads that may be left behind
