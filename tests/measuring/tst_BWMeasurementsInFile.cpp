@@ -381,10 +381,8 @@ private Q_SLOTS:
         read.metadata.measurements[1] = theirs; // in place of the second one
         QVERIFY(BWPictureFile::save(file, read.metadata, read.fingerprint).problem == BWPictureProblem::None);
         bench.measure();
-        bench.clock.advance(1s);
-        QTRY_VERIFY(!bench.inFile.problem().isNull());
         const auto ours = bench.measuring.measurements();
-        bench.show(file);
+        bench.clock.advance(1s);
         const QList<BWMeasurement> both{ours[0], theirs, ours[2]};
         QTRY_COMPARE(bench.measuring.measurements(), both);
         QTRY_COMPARE(BWPictureFile::read(file).metadata.measurements, both);
