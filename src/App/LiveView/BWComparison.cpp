@@ -47,10 +47,12 @@ BWComparison::BWComparison(BWMainWindow &window, BWSceneController &scene, BWLiv
     connect(m_marks, &BWComparisonMarks::dividerDragged, this, &BWComparison::setShare);
     connect(&window.comparisonStrip(), &BWComparisonStrip::shareChanged, this, &BWComparison::setShare);
     connect(&scene, &BWSceneController::mainChanged, this, [this] {
-        if (m_scene.main() == Main::Album)
-            end(); // it takes the place of both
-        else
+        const bool isAlbum = m_scene.main() == Main::Album;
+        const QString before = std::exchange(m_inMain, isAlbum ? m_scene.albumPicture() : QString());
+        if (!isAlbum)
             showTexts();
+        else if (isComparing() || m_inMain != before)
+            end(); // it takes the place of both; the same one may show anew while another is read
     });
 }
 

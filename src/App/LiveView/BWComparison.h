@@ -78,6 +78,7 @@ private:
     BWStillLoader m_loader;
     BWAlbumStepper m_stepper;
     QUrl m_wanted; // until it is loaded
+    QString m_inMain; // the album's picture in the main place
     BWAlbumPicture m_shown;
     BWScene::Mode m_mode = BWScene::Mode::SideBySide;
     double m_opacity = 0.35; // enough to aim by, while the live image stays clear

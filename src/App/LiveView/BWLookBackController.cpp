@@ -119,6 +119,7 @@ void BWLookBackController::leave()
 void BWLookBackController::load()
 {
     m_isLoading = true;
+    m_mayDiffer = false;
     m_loader.load(m_stepper.file());
 }
 
