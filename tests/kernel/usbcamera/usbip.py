@@ -116,7 +116,7 @@ def wait_until_forgotten(port):
     device goes; this one does not, so the kernel would take the next device for the old one, even if it has failed to
     set that up. A request that the old one left unanswered keeps it for five seconds.
     """
-    end = time.monotonic() + 20
+    end = time.monotonic() + 60
     while any(CONTROLLER.glob(f"usb*/*-{port + 1}")):
         if time.monotonic() > end:
             raise OSError(errno.EBUSY, f"the kernel keeps what was in port {port + 1}")
