@@ -60,6 +60,10 @@ public:
 
     /// Keeps that many of the next frames, and with them their buffers.
     void holdNextFrames(std::size_t count);
+    bool waitForHeld(std::size_t count)
+    {
+        return waitFor([&] { return m_held.size() >= count; });
+    }
     std::vector<BWFrame> takeHeld();
 
     /// The threads on which frames, recording changes, presses and completions came.
